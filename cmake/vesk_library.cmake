@@ -1,0 +1,23 @@
+# vesk_library(name SOURCES ... LINKS ...)
+#
+# A folder under src/ as a static library `vesk_<name>`. Its headers are reached as "<name>/header.h", and only by
+# targets that link it: the include path it exports holds a link to this one folder and nothing else, so an include
+# that goes against the order of the layers does not compile.
+function(vesk_library name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LINKS;PRIVATE_LINKS" ${ARGN})
+  set(root ${CMAKE_BINARY_DIR}/include/${name})
+  file(MAKE_DIRECTORY ${root})
+  file(CREATE_LINK ${CMAKE_CURRENT_SOURCE_DIR} ${root}/${name} SYMBOLIC)
+  add_library(vesk_${name} STATIC ${ARG_SOURCES})
+  target_include_directories(vesk_${name} PUBLIC ${root})
+  target_link_libraries(vesk_${name} PUBLIC ${ARG_LINKS} PRIVATE vesk_flags ${ARG_PRIVATE_LINKS})
+endfunction()
+
+# vesk_test(name SOURCES ... LINKS ...): one test program; every test in it is a test of CTest.
+function(vesk_test name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
+  add_executable(${name}_test ${ARG_SOURCES})
+  target_link_libraries(${name}_test PRIVATE ${ARG_LINKS} vesk_flags GTest::gtest GTest::gmock GTest::gtest_main)
+  set_target_properties(${name}_test PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
+  gtest_discover_tests(${name}_test DISCOVERY_MODE PRE_TEST TEST_PREFIX "${name}." PROPERTIES TIMEOUT 300)
+endfunction()

@@ -1,0 +1,67 @@
+/* The contract between the front end and a numerical engine: everything an engine author needs.
+ *
+ * An engine is a shared library with the six functions below. Each is handed one callback and reads and writes
+ * everything through it, keyword by keyword. A function returns when its work is done or when it has read a
+ * CANCEL that is not 0; its caller does not look at any result.
+ *
+ * The callback. `name` is a mode letter and a keyword in one NUL-terminated string: "GNUMSEG" reads the number of
+ * segments, "PNUMSEG" writes it. "G" or "g" reads; any other letter writes. Keywords are upper case. `a1` to `a5`
+ * are the addresses of the keyword's arguments in order, never their values; what stands behind the keyword's last
+ * argument is ignored. An index is an argument like any other and travels by address too. The engine counts from 1.
+ *
+ *   INTEGER   address of an int32_t
+ *   REAL      address of a float
+ *   STRING    address of a NUL-terminated character buffer. The callback knows no buffer's size: a text that is
+ *             read is written whole with its terminator. Names of segments, systems, functions, constants and
+ *             output variables have up to 255 bytes (so 256 with the terminator); file names have no limit.
+ *   array     address of the first element of an array of float, owned by the engine
+ *
+ * Texts are bytes, UTF-8 by preference.
+ *
+ * Arrays that the engine registers (ALLTFDATA, ALLLOADDATA, ALLBCDATA, ALLFLOWDATA, ALLEXCHANGEDATA,
+ * PRINTTIMEFUNC) are written at each PUT of DAYS and stay the engine's own. They must live until the function
+ * returns, and start as the engine leaves them: an element that no series owns is never written.
+ *   ALLTFDATA        element ISC - 1; must reach the largest ISC number of the model, used or not
+ *   ALLLOADDATA      element segment * NUMSYS + system - 1, segment from 0; NUMSEG * NUMSYS elements
+ *   ALLBCDATA        the same
+ *   ALLFLOWDATA      element function * 6 + field, both from 0; there are six flow fields
+ *   ALLEXCHANGEDATA  element function * 6 + field, both from 0; there are two exchange fields
+ *   PRINTTIMEFUNC    one element, the current print interval
+ *
+ * The results array of GRIDDATA is read by the front end at any time until DONE is put; put DONE before freeing it.
+ *
+ * Calls may come from any thread of the engine's, but only one at a time. No exception crosses this boundary:
+ * when the front end fails inside a call it notes the failure and answers CANCEL with 1 from then on.
+ */
+#ifndef VESK_ENGINE_H
+#define VESK_ENGINE_H
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+typedef void (*vesk_data_callback)(const char* name, void* a1, void* a2, void* a3, void* a4, void* a5);
+
+/* Runs the model. `library` is the engine library's name as the catalogue gives it for the chosen model. */
+void execute_model(const char* library, vesk_data_callback data_callback);
+
+/* Puts the engine's limits: MAXSEG, MAXTRANFUNC, MAXBREAK, MAXBOUND and MAXLOAD. */
+void get_maximum_parameters(const char* library, vesk_data_callback data_callback);
+
+/* Reads (flag 1) the file named by FILENAME into the data set, or writes (flag 0) the data set to it. */
+void import_export(vesk_data_callback data_callback, int flag);
+
+/* Reads the network file named by FILENAME into the data set. */
+void import_network(vesk_data_callback data_callback);
+
+/* Reads the restart file named by FILENAME into the data set. */
+void load_restart_file(vesk_data_callback data_callback);
+
+/* Builds the network from the hydrodynamic file named by HYDROFILE. */
+void read_hyd_file(vesk_data_callback data_callback);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,94 @@
+// The model catalogue: which models exist and what each consists of.
+//
+// It is read once from its store into an immutable value that all data sets and threads share.
+#pragma once
+
+#include "dataset/records.h"
+
+#include <cstdint>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+namespace vesk {
+
+// A catalogue that cannot be read: one sentence with store, table and cause.
+class catalogue_exception : public std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+struct catalogue_parameter {
+  std::uint32_t isc;
+  double minimum, maximum, default_value;
+  std::string description;
+};
+using catalogue_constant = catalogue_parameter;
+
+struct catalogue_system {
+  std::uint32_t model_system_id;
+  std::string description;
+};
+
+struct catalogue_time_function {
+  std::uint32_t isc;
+  std::string description;
+};
+
+struct catalogue_constant_group {
+  std::uint32_t group_id;
+  std::string description;
+  std::vector<catalogue_constant> constants;
+};
+
+struct catalogue_segment_type {
+  std::uint32_t vesk_segment_type_id;
+  std::string description;
+};
+
+struct catalogue_output {
+  std::uint32_t isc;
+  std::string description, units, short_desc, csv_filename;
+};
+
+// One model with all that it consists of, each list in the order of its Sort_key.
+struct catalogue_model {
+  std::uint32_t model_id;
+  std::string model_name;
+  std::string library; // file name of the engine library
+  std::vector<catalogue_parameter> parameters;
+  std::vector<catalogue_system> systems;
+  std::vector<catalogue_time_function> time_functions;
+  std::vector<catalogue_constant_group> constant_groups;
+  std::vector<catalogue_segment_type> segment_types;
+  std::vector<catalogue_output> outputs;
+};
+
+struct model_catalogue {
+  std::vector<catalogue_model> models; // in the order of Sort_key
+  std::vector<solution_technique_type> solution_techniques;
+
+  // The model, or nullptr when the catalogue does not hold it.
+  const catalogue_model* find_model(std::uint32_t model_id) const;
+};
+
+using catalogue_value = std::variant<std::monostate, std::int64_t, double, std::string>; // monostate: null
+using catalogue_row = std::vector<catalogue_value>;
+
+// Where the catalogue's tables are kept. Read-only.
+class catalogue_store {
+public:
+  virtual ~catalogue_store() = default;
+
+  // All rows of `table` with the named columns in the order asked for, in the store's own order of rows. Table and
+  // column names match in any case of letters. Throws catalogue_exception when the store, the table or a column is
+  // missing or cannot be read.
+  virtual std::vector<catalogue_row> read(std::string_view table, const std::vector<std::string_view>& columns) = 0;
+};
+
+// Reads the whole catalogue. Throws catalogue_exception.
+std::shared_ptr<const model_catalogue> read_catalogue(catalogue_store& store);
+
+} // namespace vesk

@@ -1,0 +1,61 @@
+#include "dataset/dataset.h"
+
+#include <cmath>
+
+namespace vesk {
+
+thread_local std::uint32_t segment_data_type::default_segment_type = 0;
+
+prevesk_dataset_data_type::prevesk_dataset_data_type() {
+  const double now = current_date_time();
+  seed_date = end_date = skip_date = std::floor(now);
+  seed_time = end_time = skip_time = now - std::floor(now);
+  for (const char* name : {"Surface Water", "Pore Water"}) {
+    exchange_field_data_type field;
+    field.description = name;
+    exchange_fields.push_back(field);
+  }
+  for (const char* name :
+       {"Surface Water", "Pore Water", "Solids 1", "Solids 2", "Solids 3", "Evaporation/Precipitation"}) {
+    flow_field_data_type field;
+    field.description = name;
+    flow_fields.push_back(field);
+  }
+}
+
+prevesk_dataset_data_type::prevesk_dataset_data_type(std::shared_ptr<const model_catalogue> catalogue)
+    : prevesk_dataset_data_type() {
+  if (!catalogue) return;
+  catalogue_.pointer = std::move(catalogue);
+  const model_catalogue& tables = *catalogue_.pointer;
+  if (!tables.models.empty()) model_type = tables.models.front().model_id;
+  refresh_from_catalogue(false);
+  for (const solution_technique_type& technique : tables.solution_techniques) solution_techniques.push_back(technique);
+}
+
+void prevesk_dataset_data_type::apply_seed() const {
+  const moment_type start = moment_type::from_date_time(start_date_time());
+  moment_type::set_seed(start.date, start.time);
+  moment_type::moment_seed_is_set = true;
+}
+
+void prevesk_dataset_data_type::resize_segments(std::size_t count) {
+  segments.resize(count);
+  if (!catalogue()) {
+    for (std::size_t i = 0; i < segments.size(); ++i) {
+      if (segments[i].parameters.size() != parameters.size()) segments.edit(i).parameters.resize(parameters.size());
+      if (segments[i].systems.size() != systems.size()) segments.edit(i).systems.resize(systems.size());
+    }
+    return;
+  }
+  fill_parameters(parameters.size(), true);
+  fill_systems(systems.size(), true);
+}
+
+void prevesk_dataset_data_type::ensure_default_points(point_list& points) const {
+  if (!points.empty()) return;
+  points.push_back(moment_value_pair_type(moment_type(), 0.0));
+  points.push_back(moment_value_pair_type(moment_type::from_date_time(end_date_time()), 0.0));
+}
+
+} // namespace vesk

@@ -1,0 +1,144 @@
+// The whole input of a model run.
+#pragma once
+
+#include "dataset/catalogue.h"
+#include "dataset/records.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace vesk {
+
+class binary_reader;
+class binary_writer;
+
+// Everything that one model input consists of.
+//
+// A value: copies share bulk content until one side changes it, so a copy costs little and may go to another thread.
+// One object belongs to one thread at a time. Dates and times are date-time numbers, date and time held apart.
+class prevesk_dataset_data_type {
+public:
+  shared_list<solution_technique_type> solution_techniques;
+  print_interval_series print_intervals; // days between outputs
+  stored_series time_steps;              // days
+  shared_list<segment_data_type> segments;
+  shared_list<time_function_data_type> time_functions;
+  shared_list<constant_group_data_type> constant_groups;
+  shared_list<system_data_type> systems;
+  shared_list<parameter_data_type> parameters;
+  shared_list<exchange_field_data_type> exchange_fields; // 2 from the start
+  shared_list<flow_field_data_type> flow_fields;         // 6 from the start
+  shared_list<output_control_type> output_controls;
+  std::string comments;
+  std::string description = "Unnamed VESK Input Data Set";
+  std::string hydrodynamic_file;
+  std::string nps_file;
+  double seed_date = 0; // start of the simulation
+  double end_date = 0;  // end of the simulation
+  double seed_time = 0;
+  double end_time = 0;
+  double skip_date = 0; // where the hydrodynamic file is taken up
+  double skip_time = 0;
+  bool time_step_option = true;
+  bool negative_solution = false;
+  bool use_nps_file = false;
+  bool bed_compaction_option = false; // true dynamic, false static bed volumes
+  std::uint32_t reserved_option = 0;  // stored, without a meaning
+  std::uint32_t model_type = 0;       // the catalogue's Model_id
+  std::uint32_t restart_option = 0;   // 0 no restart file, 1 create one
+  std::uint32_t vesk_to_vesk_linkage_option = 0;
+  std::uint32_t flow_option = 1; // 1 net flows, 2 gross flows, 3 hydrodynamic linkage, 4 kinematic wave
+  double volume_scale_factor = 1.0;
+  double volume_conversion_factor = 1.0;
+  double bed_compaction_time_step = 0;
+  double fraction_of_max_time_step = 0.9;
+  std::string library = "UNKNOWN.DLL";
+  std::string model_name = "UNKNOWN MODEL";
+  std::uint32_t file_version = current_file_version();
+  std::uint32_t max_num_segments = 0; // this and the next four: the engine's limits, 0 until it has told them
+  std::uint32_t max_num_ef_functions = 0;
+  std::uint32_t max_num_time_breaks = 0;
+  std::uint32_t max_num_boundaries = 0;
+  std::uint32_t max_num_loads = 0;
+  shared_list<validation_information> validation_results;
+  std::uint32_t hydrodynamic_file_type = 0;
+  std::uint32_t solution_type = 0; // id of a solution technique
+  double max_dt = 1.0;             // days
+  double min_dt = 0.0001;          // days
+  shared_list<short_text> project_files;
+
+  static constexpr std::uint32_t current_file_version() { return 0x00070007; }
+
+  // A data set without a catalogue: all defaults, the transport fields, and the machine's clock for all dates and
+  // times.
+  prevesk_dataset_data_type();
+
+  // A new data set for the catalogue's first model. `catalogue` may be null: then as above.
+  explicit prevesk_dataset_data_type(std::shared_ptr<const model_catalogue> catalogue);
+
+  // Reads a whole data file over this freshly constructed data set and reconciles it with the catalogue, if there is
+  // one. Throws data_file_exception; the data set is then as far as it came.
+  void read(binary_reader& file);
+
+  // Reads a whole data file as it is stored: `file_version` is the file's and the catalogue is not asked.
+  void read_stored(binary_reader& file);
+
+  // Writes the current layout.
+  void write(binary_writer& file) const;
+
+  // Takes the model's lists from the catalogue, sets the seed of new moments to the data set's start and the default
+  // segment type to the model's first. With `merge` what the user has set is carried over to items with the same ISC
+  // number; without it the lists and all that hangs on them start anew. Throws catalogue_exception without catalogue.
+  void refresh_from_catalogue(bool merge);
+
+  // The fills behind it: `count` is the number of records that the list gets. `merge` as above. The segments' own
+  // lists are brought to the same length.
+  void fill_parameters(std::size_t count, bool merge);
+  void fill_systems(std::size_t count, bool merge);
+  void fill_constant_groups(std::size_t count, bool merge);
+  void fill_time_functions(std::size_t count, bool merge);
+  void fill_output_controls(std::size_t count, bool merge);
+  std::size_t count_constants_in_group(const constant_group_data_type& group) const;
+  void fill_constants_of_group(constant_group_data_type& group, std::size_t count) const;
+
+  // Makes the number of segments `count`: new ones are appended with lists of the right length, the last ones go.
+  void resize_segments(std::size_t count);
+
+  // Gives an empty series two points of value 0, at the default moment and at the data set's end. Others stay.
+  void ensure_default_points(point_list& points) const;
+
+  // Called before a run copy's queries are executed. Leaves every series as it is: only a job's own copy ever moves
+  // cursors, so there is nothing to take back.
+  void reset_cursors() const {}
+
+  // Brings each system's boundaries into line with the segments that touch the outside of the model: missing ones
+  // are appended with a series of zeros over the run, those without a reason are erased.
+  void find_boundaries();
+
+  // The start and the end of the simulation as date-time numbers.
+  double start_date_time() const { return seed_date + seed_time; }
+  double end_date_time() const { return end_date + end_time; }
+
+  // Sets the seed of new moments to the data set's start, for the calling thread.
+  void apply_seed() const;
+
+  // What the model lists come from; may be null.
+  const std::shared_ptr<const model_catalogue>& catalogue() const { return catalogue_.pointer; }
+
+  // Equal in all members; cursors and the catalogue behind the lists do not count.
+  friend bool operator==(const prevesk_dataset_data_type&, const prevesk_dataset_data_type&) = default;
+
+private:
+  struct catalogue_link {
+    std::shared_ptr<const model_catalogue> pointer;
+    friend bool operator==(const catalogue_link&, const catalogue_link&) { return true; }
+  };
+
+  // The catalogue's model of `model_type`; a model without rows when the catalogue does not hold it.
+  const catalogue_model& model() const;
+
+  catalogue_link catalogue_;
+};
+
+} // namespace vesk

@@ -1,0 +1,31 @@
+// A text of at most 255 bytes. A longer one is cut to its first 255 bytes on assignment, silently.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace vesk {
+
+class short_text {
+public:
+  static constexpr std::size_t max_size = 255;
+
+  short_text() = default;
+  short_text(std::string_view text) : text_(text.substr(0, max_size)) {}
+  short_text(const std::string& text) : short_text(std::string_view(text)) {}
+  short_text(const char* text) : short_text(std::string_view(text)) {}
+
+  const std::string& str() const { return text_; }
+  const char* c_str() const { return text_.c_str(); }
+  std::size_t size() const { return text_.size(); }
+  bool empty() const { return text_.empty(); }
+  operator std::string_view() const { return text_; }
+
+  friend bool operator==(const short_text&, const short_text&) = default;
+  friend bool operator==(const short_text& a, const char* b) { return a.text_ == b; }
+
+private:
+  std::string text_;
+};
+
+} // namespace vesk

@@ -1,0 +1,47 @@
+#include "platform/memory_arena.h"
+
+#include <new>
+#include <sys/mman.h>
+
+namespace vesk {
+
+namespace {
+constexpr std::size_t large_page = std::size_t{2} << 20;
+constexpr std::size_t smallest_returned = std::size_t{64} << 10; // below this a system call costs more than it gives
+
+std::size_t round_up(std::size_t n, std::size_t unit) { return (n + unit - 1) / unit * unit; }
+} // namespace
+
+memory_arena* memory_arena::create(std::size_t bytes) {
+  const std::size_t whole = round_up(bytes + page_size, page_size);
+  void* memory = mmap(nullptr, whole, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+  if (memory == MAP_FAILED) throw std::bad_alloc();
+  if (whole >= 4 * large_page) madvise(memory, whole, MADV_HUGEPAGE); // only a hint
+  return new (memory) memory_arena(whole);
+}
+
+void* memory_arena::allocate(std::size_t bytes) {
+  const std::size_t size = round_up(bytes, 16);
+  if (size > bytes_ - next_) return nullptr;
+  void* begin = reinterpret_cast<char*>(this) + next_;
+  next_ += size;
+  users_.fetch_add(1, std::memory_order_relaxed);
+  return begin;
+}
+
+void memory_arena::release() {
+  if (users_.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
+  const std::size_t whole = bytes_;
+  this->~memory_arena();
+  munmap(static_cast<void*>(this), whole);
+}
+
+void memory_arena::release(void* begin, std::size_t bytes) {
+  const auto first = round_up(reinterpret_cast<std::uintptr_t>(begin), page_size);
+  const auto last = (reinterpret_cast<std::uintptr_t>(begin) + bytes) / page_size * page_size;
+  if (last > first && last - first >= smallest_returned && users_.load(std::memory_order_relaxed) > 1)
+    madvise(reinterpret_cast<void*>(first), last - first, MADV_DONTNEED);
+  release();
+}
+
+} // namespace vesk

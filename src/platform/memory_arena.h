@@ -1,0 +1,43 @@
+// One large block of memory for many arrays that are read together and mostly live together.
+//
+// Address space for the whole block is reserved at once; pages are taken from the system only when they are first
+// written, in large pages where the system has them. The arena lives on the heap of the system, not of the program:
+// it is created with `create`, counts its users itself and goes when the last one has left.
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+
+namespace vesk {
+
+class memory_arena {
+public:
+  static constexpr std::size_t page_size = 4096;
+
+  // Reserves `bytes` and returns an arena with one user, the caller. Throws std::bad_alloc.
+  static memory_arena* create(std::size_t bytes);
+
+  memory_arena(const memory_arena&) = delete;
+  memory_arena& operator=(const memory_arena&) = delete;
+
+  // The next `bytes` bytes, aligned to 16; nullptr when the reservation is used up. Adds one user. The thread that
+  // created the arena only.
+  void* allocate(std::size_t bytes);
+
+  // One user less; the last one frees the arena. Any thread.
+  void release();
+
+  // One user less, whose memory is [begin, begin + bytes): whole pages in it go back to the system at once.
+  void release(void* begin, std::size_t bytes);
+
+private:
+  explicit memory_arena(std::size_t bytes) : bytes_(bytes) {}
+  ~memory_arena() = default;
+
+  std::atomic<std::uint64_t> users_{1};
+  const std::size_t bytes_; // of the whole reservation, this header's page included
+  std::size_t next_ = page_size;
+};
+
+} // namespace vesk

@@ -1,0 +1,96 @@
+// What the keyword layer needs of the job that it serves.
+#pragma once
+
+#include "dataset/dataset.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vesk {
+
+// The engine's arrays that DAYS fills. Borrowed: the engine owns them and keeps them until its function returns.
+// Null means not registered. Their sizes are the engine's promise and are not told.
+struct registered_arrays {
+  float* time_functions = nullptr;      // element ISC - 1
+  float* loads = nullptr;               // element segment * number of systems + system number - 1
+  float* boundary_conditions = nullptr; // as loads
+  float* flows = nullptr;               // element function * 6 + field
+  float* exchanges = nullptr;           // element function * 6 + field
+  float* print_interval = nullptr;      // one element
+
+  friend bool operator==(const registered_arrays&, const registered_arrays&) = default;
+};
+
+// A job, as the keywords see it. All members are called on the thread that calls the callback, one call at a time.
+class engine_job {
+public:
+  virtual ~engine_job() = default;
+
+  // The job's private copy of the data set.
+  virtual prevesk_dataset_data_type& data_set() = 0;
+  virtual registered_arrays& arrays() = 0;
+
+  virtual bool is_import() const = 0; // the import job, code 0
+  virtual bool cancel_requested() const = 0;
+  virtual std::int32_t elapsed_seconds() const = 0; // since the job was made
+
+  // The file the job is about: the data file, or the one to import, export or load. Setting it tells the front end.
+  virtual std::string input_file_name() const = 0;
+  virtual void set_file_name(std::string_view name) = 0;
+
+  // Lines for the user. They wait until the front end has taken them.
+  virtual void add_message(std::string_view text) = 0; // icon 0
+  virtual void add_icon_message(std::int32_t icon, std::string_view text) = 0;
+  virtual void clear_messages() = 0;
+
+  // Left in a mailbox that the front end empties when it has time.
+  virtual void set_progress(std::int32_t percent) = 0;
+  virtual void set_simulation_time(double date_time) = 0; // a date-time number
+  virtual void mark_grid_changed() = 0;
+
+  virtual void set_status(std::string_view description, std::int32_t status) = 0;
+
+  // The results grid. `data` is borrowed until `clear_grid_data`.
+  virtual void initialize_grid(std::vector<std::string> column_labels, std::int32_t rows) = 0;
+  virtual void set_grid_data(const float* data, std::int32_t actual_columns, std::int32_t actual_rows, bool invert) = 0;
+  virtual void clear_grid_data() = 0;
+
+  // Services of the front end.
+  virtual std::int32_t diagnostic_level() const = 0; // 0 none, 1 moderate, 2 full
+  virtual void set_diagnostic_level(std::int32_t level) = 0;
+  virtual std::int32_t window_handle() const = 0;
+  virtual void set_return_code(std::int32_t code) = 0;
+  virtual void request_read_hyd_file() = 0; // a job is busy by then, so this ends in the front end's busy message
+
+  // True while the user has logging switched on: the callback traces each call.
+  virtual bool logging_enabled() const = 0;
+  // Appends one line to the job's log file, if it has one. Never fails.
+  virtual void log_line(std::string_view text) = 0;
+  // True when the job has a log file, so that texts for it are worth making.
+  virtual bool has_log() const = 0;
+
+  // Called when something thrown would have left the callback. Notes it: CANCEL answers 1 from then on and the job
+  // counts as failed.
+  virtual void fail(std::string_view cause) = 0;
+};
+
+// The job that a call from the engine belongs to: the calling thread's own, or, on a thread of the engine's making,
+// the one active job. Null when there is none.
+engine_job* current_engine_job();
+
+// Says which job the calling thread, and any thread without one of its own, serves; for as long as the object lives.
+class engine_job_scope {
+public:
+  explicit engine_job_scope(engine_job& job);
+  ~engine_job_scope();
+  engine_job_scope(const engine_job_scope&) = delete;
+  engine_job_scope& operator=(const engine_job_scope&) = delete;
+
+private:
+  engine_job* previous_own_;
+  engine_job* previous_active_;
+};
+
+} // namespace vesk
