@@ -1,0 +1,38 @@
+// The engine: a shared library that exports the six functions of sdk/vesk_engine.h, loaded at run time.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <stdexcept>
+
+#include "vesk_engine.h"
+
+namespace vesk {
+
+// A library that cannot be loaded or lacks a function: one sentence with library and cause.
+class engine_library_exception : public std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+// Loaded for as long as the process runs: an engine may have threads and thread-local data of its own.
+class engine_library {
+public:
+  static constexpr const char* file_name = "libpreveskwdll.so";
+
+  // Throws engine_library_exception.
+  static std::shared_ptr<const engine_library> load(const std::filesystem::path& file);
+
+  // Where the library is taken from: VESK_ENGINE when that is set, else beside the executable, else
+  // <prefix>/lib/vesk/. The first that exists; when none does, the place beside the executable.
+  static std::filesystem::path default_path();
+
+  std::filesystem::path path;
+  decltype(&::execute_model) execute_model = nullptr;
+  decltype(&::get_maximum_parameters) get_maximum_parameters = nullptr;
+  decltype(&::import_export) import_export = nullptr;
+  decltype(&::import_network) import_network = nullptr;
+  decltype(&::load_restart_file) load_restart_file = nullptr;
+  decltype(&::read_hyd_file) read_hyd_file = nullptr;
+};
+
+} // namespace vesk

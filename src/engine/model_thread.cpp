@@ -1,0 +1,61 @@
+#include "engine/model_thread.h"
+
+#include "platform/millisecond_clock.h"
+#include "shell/callback.h"
+
+namespace vesk {
+
+model_thread::model_thread(job_front_end& front_end, std::shared_ptr<const engine_library> library,
+                           const prevesk_dataset_data_type& data_set, job_code code, const std::string& file_name,
+                           const std::filesystem::path& log_name)
+    : winvesk_thread(front_end, log_name), library_(std::move(library)), data_set_(data_set),
+      input_file_name_(file_name), shell_(*this), code_(code) {}
+
+void model_thread::copy_back(prevesk_dataset_data_type& to) const {
+  to = data_set_;
+  to.apply_seed();
+  segment_data_type::default_segment_type = default_segment_type_;
+}
+
+void model_thread::set_file_name(std::string_view name) {
+  input_file_name_ = name;
+  Synchronize([this] { front_end().set_file_name(input_file_name_); });
+}
+
+void model_thread::Execute() {
+  winvesk_thread::Execute();
+  const millisecond_clock ticks;
+  const engine_job_scope serving(*this);
+  data_set_.apply_seed();
+  segment_data_type::default_segment_type = default_segment_type_;
+  try {
+    call_engine();
+  } catch (const std::exception& error) {
+    fail(std::string("The engine failed: ") + error.what());
+  } catch (...) {
+    fail("The engine failed with an exception of an unknown kind.");
+  }
+  default_segment_type_ = segment_data_type::default_segment_type;
+  leave_nothing_behind();
+}
+
+void model_thread::call_engine() {
+  const std::string library_text = data_set_.library;
+  switch (code_) {
+  case job_code::run: return library_->execute_model(library_text.c_str(), &data_callback);
+  case job_code::get_maximum_parameters: return library_->get_maximum_parameters(library_text.c_str(), &data_callback);
+  case job_code::read_hyd_file: return library_->read_hyd_file(&data_callback);
+  case job_code::import_network: return library_->import_network(&data_callback);
+  case job_code::load_restart_file: return library_->load_restart_file(&data_callback);
+  case job_code::import_file: return library_->import_export(&data_callback, 1);
+  case job_code::export_file: return library_->import_export(&data_callback, 0);
+  }
+}
+
+// Whatever the engine has registered is its own and may be gone by now.
+void model_thread::leave_nothing_behind() {
+  arrays_ = {};
+  if (grid_data_is_set()) clear_grid_data();
+}
+
+} // namespace vesk

@@ -1,0 +1,16 @@
+// Where the program stands and where it may write.
+#pragma once
+
+#include <filesystem>
+
+namespace vesk {
+
+std::filesystem::path program_directory(); // the folder of the executable
+std::filesystem::path install_prefix();    // the folder above it: <prefix> of <prefix>/bin
+
+// $XDG_STATE_HOME/vesk, or ~/.local/state/vesk. Not created here.
+std::filesystem::path state_directory();
+
+bool is_writable_directory(const std::filesystem::path& directory);
+
+} // namespace vesk
