@@ -5,6 +5,7 @@
 #include "dataset/records.h"
 
 #include <cstdint>
+#include <filesystem>
 #include <memory>
 #include <string>
 
@@ -115,6 +116,11 @@ public:
   // Brings each system's boundaries into line with the segments that touch the outside of the model: missing ones
   // are appended with a series of zeros over the run, those without a reason are erased.
   void find_boundaries();
+
+  // Holds the data set against the engine's limits and the files that it names, and fills `validation_results` anew.
+  // A relative file name is looked for in `data_folder`, then in the current folder. True when nothing of severity 2
+  // was found. The limits must have been told by the engine before.
+  bool check_limits(const std::filesystem::path& data_folder = {});
 
   // The start and the end of the simulation as date-time numbers.
   double start_date_time() const { return seed_date + seed_time; }

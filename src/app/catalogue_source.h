@@ -1,0 +1,38 @@
+// Where the program's catalogue comes from: the tables in its database folder.
+#pragma once
+
+#include "dataset/catalogue.h"
+
+#include <filesystem>
+#include <memory>
+
+namespace vesk {
+
+class catalogue_source {
+public:
+  explicit catalogue_source(std::filesystem::path directory) : directory_(std::move(directory)) {}
+
+  // `database/` beside the executable, else <prefix>/share/vesk/database/.
+  static std::filesystem::path default_directory();
+
+  const std::filesystem::path& directory() const { return directory_; }
+  void set_directory(std::filesystem::path directory) { directory_ = std::move(directory); }
+
+  // The catalogue, read at the first call and again when the folder or its file has changed since. Throws
+  // catalogue_exception.
+  std::shared_ptr<const model_catalogue> get();
+
+private:
+  struct state {
+    std::filesystem::path file;
+    std::filesystem::file_time_type written;
+    std::uintmax_t size = 0;
+    friend bool operator==(const state&, const state&) = default;
+  };
+
+  std::filesystem::path directory_;
+  state read_state_;
+  std::shared_ptr<const model_catalogue> catalogue_;
+};
+
+} // namespace vesk

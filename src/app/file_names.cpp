@@ -1,0 +1,22 @@
+#include "app/file_names.h"
+
+namespace vesk {
+
+file_name_parts split_file_name(std::string_view name) {
+  const std::size_t separator = name.find_last_of("/\\");
+  const std::size_t base = separator == std::string_view::npos ? 0 : separator + 1;
+  std::size_t dot = name.rfind('.');
+  if (dot == std::string_view::npos || dot < base) dot = name.size();
+  return {std::string(name.substr(0, base)), std::string(name.substr(base, dot - base)), std::string(name.substr(dot))};
+}
+
+std::string upper_case(std::string_view text) {
+  std::string result(text);
+  for (char& c : result)
+    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+  return result;
+}
+
+std::string upper_extension(std::string_view name) { return upper_case(split_file_name(name).extension); }
+
+} // namespace vesk

@@ -1,0 +1,24 @@
+// File names as the commands look at them: split into folder, base and extension, compared in upper case. Both "/" and
+// "\" part the folders, on every platform.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace vesk {
+
+struct file_name_parts {
+  std::string folder;    // with the separator at its end; empty when the name has none
+  std::string base;      // without the extension
+  std::string extension; // with the dot; empty when the name has none
+};
+
+file_name_parts split_file_name(std::string_view name);
+
+// ASCII letters only, as extensions and options are compared.
+std::string upper_case(std::string_view text);
+
+// The extension in upper case, with the dot: ".VKI".
+std::string upper_extension(std::string_view name);
+
+} // namespace vesk

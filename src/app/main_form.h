@@ -1,0 +1,165 @@
+// The main window's state and logic, without a window.
+//
+// TPreveskMainForm owns what lasts: the data set being edited, its snapshot and the one job that may run. It decides;
+// what is shown and asked goes through user_interface. All members belong to the main thread but those of
+// job_front_end that are marked otherwise.
+#pragma once
+
+#include "app/catalogue_source.h"
+#include "app/user_interface.h"
+#include "dataset/dataset.h"
+#include "engine/job_front_end.h"
+#include "engine/model_thread.h"
+#include "query/deferred_queries.h"
+
+#include <atomic>
+#include <filesystem>
+#include <memory>
+#include <mutex>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace vesk {
+
+// What the command line asks for besides the files that it opens.
+struct command_line_requests {
+  bool run = false;
+  bool quit = false;
+  bool import_requested = false;
+  std::string import_name; // as it stands in the argument
+};
+
+// How the last job ended.
+struct job_outcome {
+  bool cancelled = false;   // somebody asked it to stop
+  bool checked = true;      // of a validity check: nothing of severity 2 was found
+  std::string failure;      // of an exception in the engine or a keyword; empty: none
+  bool failed() const { return !failure.empty(); }
+};
+
+class TPreveskMainForm final : private job_front_end {
+public:
+  // The interval of UIUpdateTimer, in milliseconds.
+  static constexpr int ui_update_interval = 500;
+
+  // `ui` must outlive the form.
+  explicit TPreveskMainForm(user_interface& ui);
+  ~TPreveskMainForm() override;
+
+  // State.
+  bool quit_after_run = false;
+  bool run_on_start = false;
+  bool run_time_grid_always_visible = false;
+  model_thread* active_thread = nullptr; // the one job; null when idle. It frees itself.
+  std::string base_caption = " TALMO VESK";
+  std::string file_name;                 // of the data set; empty for a new one
+  std::string import_file_name;          // of the last import or export
+  std::filesystem::path log_file_name;   // the template for the jobs' logs
+  std::filesystem::path engine_path;     // of the engine library
+  catalogue_source catalogue;
+  query_executor execute_query;          // how a stored query is run
+  bool skip_deferred_queries = false;    // run on the stored points
+  std::unique_ptr<prevesk_dataset_data_type> current_data_set;
+  std::unique_ptr<prevesk_dataset_data_type> backup_data_set; // the snapshot; null exactly when the other is
+
+  // Start.
+  // Looks at the arguments in order: opens files at once, notes options. Options are recognised in any case.
+  command_line_requests walk_command_line(std::span<const std::string> arguments);
+  // Tells whether the catalogue can be opened, asks once for another folder when it cannot.
+  void check_database();
+
+  // Captions, commands, snapshots.
+  void update_caption();
+  void update_menus();
+  command_conditions conditions() const;
+  void commit_snapshot();
+  void restore_snapshot();
+
+  // Files. A failure is told in a box and counted in `failures`.
+  void new_data_set();
+  void open_file(const std::string& name);
+  bool load_data_file(const std::string& name); // true also when the failure has been told already
+  bool open_project_file(const std::string& name);
+  void SaveItemClick();
+  void SaveasItemClick();
+  void OpenItemClick();
+  void OpenProjectItemClick();
+  void ImportItemClick();
+  void ExportItemClick();
+  void import_file(const std::string& name); // the command line's import: only .INP
+  void export_file(const std::string& name);
+  int failures() const { return failures_; } // of opening, importing, exporting and saving files
+
+  // Run control.
+  void RunModelButtonClick(); // starts a run, or cancels the one that goes
+  void start_import_export(bool import);
+  void start_validity_check();
+  void start_read_hyd_file() override;
+  void start_import_network();
+  void start_import_network(const std::string& name);
+  void start_load_restart_file();
+  void start_load_restart_file(const std::string& name);
+  // Executes the deferred queries of the data set itself, so that they become plain series. False: failed, and told;
+  // the data set is as before.
+  bool execute_all_deferred_queries();
+  void UpdateTimerTimer();
+  const job_outcome& last_job() const { return last_job_; }
+
+  void add_info_line(const std::string& text, int icon) override;
+
+  // Diagnostics. Any thread.
+  bool logging_enabled() const override { return logging_enabled_; }
+  void set_logging_enabled(bool enabled) { logging_enabled_ = enabled; }
+  int diagnostic_level() const override { return diagnostic_level_; }
+  void set_diagnostic_level(int level) override { diagnostic_level_ = level; }
+  int return_code() const { return return_code_; } // the process's exit code as the engine has put it
+
+  // The results grid's element at a row and column of the grid, both from 0; nothing without an array. Main thread;
+  // reads the engine's array as it is being written.
+  std::optional<double> results_cell(int row, int column) const;
+
+private:
+  struct results_grid {
+    const float* data = nullptr; // the engine's
+    int actual_columns = 0;
+    int actual_rows = 0;
+    bool invert = false;
+  };
+
+  void report_failure(const std::string& text);
+  void make_data_sets();
+  void read_into_new_data_sets(const std::string& name);
+  void save_to_file_name();
+  void prepare_import(const std::string& name);
+  bool refuse_when_busy(job_code code);
+  bool start_job(const prevesk_dataset_data_type& data_set, job_code code, const std::string& name,
+                 void (TPreveskMainForm::*end_handler)());
+  void cancel_run();
+  void run_end();
+  void import_export_end();
+  void validity_end();
+  void copy_back_end();
+  void note_end_of_job();
+
+  // job_front_end
+  void clear_info_lines() override;
+  void set_file_name(const std::string& name) override;
+  void initialize_results_grid(const std::vector<std::string>& column_labels, int rows) override;
+  void clear_grid_data() override;
+  void set_grid_data(const float* data, int actual_columns, int actual_rows, bool invert) override; // worker
+  std::int32_t window_handle() const override { return 0; }                                         // any thread
+  void set_return_code(int code) override { return_code_ = code; }                                  // any thread
+
+  user_interface& ui_;
+  std::shared_ptr<const engine_library> library_;
+  int failures_ = 0;
+  job_outcome last_job_;
+  std::atomic<bool> logging_enabled_{false};
+  std::atomic<int> diagnostic_level_{0};
+  std::atomic<int> return_code_{0};
+  mutable std::mutex grid_lock_;
+  results_grid grid_; // guarded by grid_lock_
+};
+
+} // namespace vesk

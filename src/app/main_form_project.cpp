@@ -1,0 +1,88 @@
+// Projects: a text file that names a data file and what belongs with it.
+#include "app/file_names.h"
+#include "app/main_form.h"
+
+#include <filesystem>
+#include <fstream>
+
+namespace vesk {
+
+namespace {
+
+const file_dialog project_dialog{file_dialog::kind::open, "", "ORL VESK Projects (*.VKP)|*.vkp", "vkp"};
+
+// The count in a project's first line: its leading digits, 0 without any.
+std::size_t leading_number(const std::string& line) {
+  constexpr std::size_t enough = 1'000'000'000; // more lines than any file has
+  std::size_t number = 0;
+  for (const char c : line) {
+    if (c < '0' || c > '9') break;
+    number = std::min(enough, number * 10 + static_cast<std::size_t>(c - '0'));
+  }
+  return number;
+}
+
+// A line as text mode reads it: the carriage return before the line feed belongs to the line's end.
+bool read_line(std::istream& file, std::string& line) {
+  if (!std::getline(file, line)) return false;
+  if (!line.empty() && line.back() == '\r') line.pop_back();
+  return true;
+}
+
+std::string absolute_member(const std::string& member, const std::string& project) {
+  namespace fs = std::filesystem;
+  std::string name = member;
+  for (char& c : name)
+    if (c == '\\') c = '/';
+  return (fs::absolute(project).parent_path() / name).lexically_normal().string();
+}
+
+} // namespace
+
+bool TPreveskMainForm::open_project_file(const std::string& name) {
+  std::ifstream file(name, std::ios::binary);
+  std::string line;
+  const bool is_file = std::filesystem::is_regular_file(name);
+  if (!file || !is_file) {
+    ui_.message_box("Error", "Failed to open " + name, box_buttons::ok);
+    return false;
+  }
+  read_line(file, line);
+  const std::size_t count = leading_number(line);
+  std::vector<short_text> members;
+  for (std::size_t i = 0; i < count; ++i) {
+    if (!read_line(file, line)) break; // the rounds that are left find nothing either
+    if (line.empty()) continue;
+    if (upper_extension(line) != ".VKI") {
+      members.emplace_back(line);
+      continue;
+    }
+    const std::string data_file = absolute_member(line, name);
+    if (!load_data_file(data_file)) {
+      ui_.message_box("Error", "Failed to open " + data_file, box_buttons::ok);
+      return false;
+    }
+  }
+  if (current_data_set) {
+    current_data_set->project_files.clear();
+    for (const short_text& member : members) current_data_set->project_files.push_back(member);
+  }
+  return true;
+}
+
+void TPreveskMainForm::OpenProjectItemClick() {
+  if (current_data_set) {
+    const box_answer answer =
+        ui_.message_box("Save VESK input file?",
+                        "Opening an existing project will close the current VESK input file\r\n"
+                        "if it contains a VKI file. Do you want to save the current VESK input file first?",
+                        box_buttons::yes_no_cancel);
+    if (answer == box_answer::cancel) return;
+    if (answer == box_answer::yes) SaveItemClick();
+  }
+  const auto name = ui_.ask_file(project_dialog);
+  if (!name) return;
+  if (!open_project_file(*name)) report_failure("Could not open specified file.");
+}
+
+} // namespace vesk

@@ -1,0 +1,236 @@
+// The main window's side of the jobs: launching, what comes back at the end, the timer.
+//
+// A run works on a copy and nothing of it comes back. Every other job but an export copies its data set back.
+#include "app/main_form.h"
+
+#include "app/file_names.h"
+#include "app/time_remaining.h"
+
+#include <ctime>
+
+namespace vesk {
+
+namespace {
+
+// What a launcher says while another job runs.
+struct busy_box {
+  job_code code;
+  const char* title;
+  const char* text;
+};
+
+constexpr busy_box busy_boxes[] = {
+    {job_code::import_file, "Cannot Import/Export now", "The import/export thread is busy. Try again later."},
+    {job_code::export_file, "Cannot Import/Export now", "The import/export thread is busy. Try again later."},
+    {job_code::get_maximum_parameters, "Cannot determine parameters now",
+     "The parameter thread is busy. Try again later."},
+    {job_code::read_hyd_file, "Cannot read hyd file now", "The read hyd file thread is busy. Try again later."},
+    {job_code::import_network, "Cannot import network now", "The import network thread is busy. Try again later."},
+    {job_code::load_restart_file, "Cannot load restart file now",
+     "The load restart file thread is busy. Try again later."},
+};
+
+const file_dialog network_dialog{file_dialog::kind::open, "Import Network", "Vesk Network Files (*.vkn)|*.vkn", "vkn"};
+const file_dialog restart_dialog{file_dialog::kind::open, "Select restart file to open",
+                                 "Vesk Restart Files (*.rst)|*.rst", "rst"};
+
+} // namespace
+
+bool TPreveskMainForm::refuse_when_busy(job_code code) {
+  if (!active_thread) return false;
+  for (const busy_box& box : busy_boxes)
+    if (box.code == code) ui_.message_box(box.title, box.text, box_buttons::ok);
+  return true;
+}
+
+bool TPreveskMainForm::start_job(const prevesk_dataset_data_type& data_set, job_code code, const std::string& name,
+                                 void (TPreveskMainForm::*end_handler)()) {
+  try {
+    if (!library_ || library_->path != engine_path) library_ = engine_library::load(engine_path);
+  } catch (const engine_library_exception& error) {
+    report_failure(error.what());
+    return false;
+  }
+  last_job_ = {};
+  const auto log_name = logging_enabled() ? log_file_name : std::filesystem::path();
+  active_thread = new model_thread(*this, library_, data_set, code, name, log_name);
+  active_thread->OnTerminate = [this, end_handler](ResizableThread*) {
+    note_end_of_job();
+    (this->*end_handler)();
+  };
+  active_thread->FreeOnTerminate = true;
+  return true;
+}
+
+void TPreveskMainForm::note_end_of_job() {
+  last_job_.cancelled = active_thread->Terminated();
+  last_job_.failure = active_thread->failure();
+}
+
+void TPreveskMainForm::RunModelButtonClick() {
+  if (active_thread) return cancel_run();
+  if (!current_data_set) return;
+
+  prevesk_dataset_data_type copy = *current_data_set;
+  try {
+    copy.reset_cursors();
+    if (!skip_deferred_queries)
+      execute_deferred_queries(copy, execute_query, [this](int percent) { ui_.set_progress(percent); }, false);
+  } catch (const live_query_exception& error) {
+    ++failures_;
+    ui_.message_box("Live query error", error.what(), box_buttons::ok);
+    return;
+  }
+  if (!start_job(copy, job_code::run, file_name, &TPreveskMainForm::run_end)) return;
+  ui_.show_run_controls(true);
+  active_thread->Resume();
+  update_menus();
+}
+
+void TPreveskMainForm::cancel_run() {
+  add_info_line("Terminating model thread... please wait...", icon_plain);
+  active_thread->Terminate();
+}
+
+void TPreveskMainForm::run_end() {
+  active_thread = nullptr;
+  ui_.show_run_controls(false);
+  if (!run_time_grid_always_visible) ui_.show_results_grid(false);
+  ui_.set_progress(0);
+  ui_.set_info_label("");
+  ui_.set_time_remaining_label("");
+  update_menus();
+  if (quit_after_run) ui_.close_main_window();
+}
+
+void TPreveskMainForm::start_import_export(bool import) {
+  const job_code code = import ? job_code::import_file : job_code::export_file;
+  if (refuse_when_busy(code)) return;
+  if (start_job(*current_data_set, code, import_file_name, &TPreveskMainForm::import_export_end))
+    active_thread->Resume();
+}
+
+void TPreveskMainForm::import_export_end() {
+  ui_.set_progress(0);
+  ui_.set_info_label("");
+  if (active_thread->code() == job_code::import_file) active_thread->copy_back(*current_data_set);
+  active_thread = nullptr;
+  update_menus();
+  if (run_on_start) RunModelButtonClick();
+}
+
+void TPreveskMainForm::start_validity_check() {
+  if (refuse_when_busy(job_code::get_maximum_parameters)) return;
+  if (start_job(*current_data_set, job_code::get_maximum_parameters, file_name, &TPreveskMainForm::validity_end))
+    active_thread->Resume();
+}
+
+void TPreveskMainForm::validity_end() {
+  active_thread->copy_back(*current_data_set);
+  last_job_.checked = current_data_set->check_limits(split_file_name(file_name).folder);
+  if (last_job_.checked)
+    ui_.message_box("Validity check passed", "No problems were detected", box_buttons::ok);
+  else
+    ui_.message_box("Validity check failed", "Problems were detected", box_buttons::ok);
+  for (const validation_information& finding : current_data_set->validation_results)
+    add_info_line(finding.message, finding.severity);
+  active_thread = nullptr;
+  update_menus();
+}
+
+void TPreveskMainForm::start_read_hyd_file() {
+  if (refuse_when_busy(job_code::read_hyd_file)) return;
+  update_menus();
+  if (start_job(*current_data_set, job_code::read_hyd_file, file_name, &TPreveskMainForm::copy_back_end))
+    active_thread->Resume();
+}
+
+void TPreveskMainForm::start_import_network() {
+  if (const auto name = ui_.ask_file(network_dialog)) start_import_network(*name);
+}
+
+void TPreveskMainForm::start_import_network(const std::string& name) {
+  if (refuse_when_busy(job_code::import_network)) return;
+  update_menus();
+  if (start_job(*current_data_set, job_code::import_network, name, &TPreveskMainForm::copy_back_end))
+    active_thread->Resume();
+}
+
+void TPreveskMainForm::start_load_restart_file() {
+  if (const auto name = ui_.ask_file(restart_dialog)) start_load_restart_file(*name);
+}
+
+void TPreveskMainForm::start_load_restart_file(const std::string& name) {
+  if (refuse_when_busy(job_code::load_restart_file)) return;
+  update_menus();
+  if (start_job(*current_data_set, job_code::load_restart_file, name, &TPreveskMainForm::copy_back_end))
+    active_thread->Resume();
+}
+
+void TPreveskMainForm::copy_back_end() {
+  ui_.set_progress(0);
+  active_thread->copy_back(*current_data_set);
+  active_thread = nullptr;
+  update_menus();
+}
+
+bool TPreveskMainForm::execute_all_deferred_queries() {
+  const prevesk_dataset_data_type backup = *current_data_set;
+  ui_.set_busy(true);
+  std::string failure;
+  try {
+    execute_deferred_queries(*current_data_set, execute_query, [this](int percent) { ui_.set_progress(percent); }, true);
+  } catch (const live_query_exception& error) {
+    failure = error.what();
+    *current_data_set = backup;
+  }
+  ui_.set_busy(false);
+  if (failure.empty()) return true;
+  ++failures_;
+  ui_.message_box("Live query error", failure, box_buttons::ok);
+  return false;
+}
+
+void TPreveskMainForm::UpdateTimerTimer() {
+  if (!active_thread) return;
+  const winvesk_thread::mailbox news = active_thread->take_mailbox();
+  if (news.progress_changed) {
+    ui_.set_progress(news.progress_percent);
+    const auto elapsed = static_cast<int>(std::time(nullptr) - active_thread->start_time());
+    ui_.set_time_remaining_label(time_remaining_text(elapsed, news.progress_percent));
+  }
+  if (news.simulation_time_changed) ui_.set_info_label(news.simulation_time_text);
+  if (news.grid_changed) {
+    ui_.show_results_grid(true);
+    ui_.repaint_results_grid();
+  }
+}
+
+void TPreveskMainForm::initialize_results_grid(const std::vector<std::string>& column_labels, int rows) {
+  ui_.set_up_results_grid(column_labels, rows);
+}
+
+void TPreveskMainForm::set_grid_data(const float* data, int actual_columns, int actual_rows, bool invert) {
+  const std::lock_guard guard(grid_lock_);
+  grid_ = {data, actual_columns, actual_rows, invert};
+}
+
+void TPreveskMainForm::clear_grid_data() {
+  const std::lock_guard guard(grid_lock_);
+  grid_ = {};
+}
+
+std::optional<double> TPreveskMainForm::results_cell(int row, int column) const {
+  results_grid grid;
+  {
+    const std::lock_guard guard(grid_lock_);
+    grid = grid_;
+  }
+  if (!grid.data || row < 0 || column < 0) return {};
+  // Both ways of laying it out step by the columns; the rows play no part.
+  const auto at = grid.invert ? row + std::ptrdiff_t{column} * grid.actual_columns
+                              : column + std::ptrdiff_t{row} * grid.actual_columns;
+  return static_cast<double>(grid.data[at]);
+}
+
+} // namespace vesk

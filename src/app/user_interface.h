@@ -1,0 +1,64 @@
+// The one way in which the program speaks to its user. The window, the console and the tests each have their own.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace vesk {
+
+enum class box_buttons { ok, yes_no, yes_no_cancel };
+enum class box_answer { ok, yes, no, cancel };
+
+enum : int { icon_plain = 0, icon_note = 1, icon_failure = 2 };
+
+// A question for a file name.
+struct file_dialog {
+  enum class kind { open, save } kind = kind::open;
+  std::string title; // empty: the dialog's own
+  std::string filter; // pairs of a description and a pattern, all parted by "|"
+  std::string default_extension;
+};
+
+// Which groups of commands can be used; see TPreveskMainForm::update_menus.
+struct command_conditions {
+  bool idle = true;       // no job runs
+  bool has_data = false;  // there is a data set
+  bool has_model = false; // and it has a model
+  bool ready = false;     // and it ends after it starts
+
+  friend bool operator==(const command_conditions&, const command_conditions&) = default;
+};
+
+// All members are called on the main thread.
+class user_interface {
+public:
+  virtual ~user_interface() = default;
+
+  virtual box_answer message_box(const std::string& title, const std::string& text, box_buttons buttons) = 0;
+  virtual std::optional<std::string> ask_file(const file_dialog& dialog) = 0;                   // nothing: cancelled
+  virtual std::optional<std::string> ask_folder(const std::string& title) = 0;                  // nothing: cancelled
+  virtual void set_busy(bool busy) = 0;                                                         // the hourglass
+  virtual void set_caption(const std::string& caption) = 0;
+  virtual void set_commands(const command_conditions& conditions) = 0;
+  virtual void close_main_window() = 0;
+
+  // The info list.
+  virtual void add_info_line(const std::string& text, int icon) = 0;
+  virtual void clear_info_lines() = 0;
+
+  // The progress panel.
+  virtual void set_progress(int percent) = 0; // 0 to 100
+  virtual void set_info_label(const std::string& text) = 0;
+  virtual void set_time_remaining_label(const std::string& text) = 0;
+
+  // A run begins or has ended: the run button turns into cancel and back, the priority track bar comes and goes.
+  virtual void show_run_controls(bool running) = 0;
+
+  // The results grid, a view on the engine's array.
+  virtual void set_up_results_grid(const std::vector<std::string>& column_labels, int rows) = 0;
+  virtual void show_results_grid(bool visible) = 0;
+  virtual void repaint_results_grid() = 0;
+};
+
+} // namespace vesk

@@ -1,0 +1,93 @@
+#include "query/deferred_queries.h"
+
+#include <string>
+
+namespace vesk {
+
+namespace {
+
+class walk {
+public:
+  walk(prevesk_dataset_data_type& data_set, const query_executor& execute, const std::function<void(int)>& progress,
+       bool clear_flags)
+      : data_(data_set), execute_(execute), progress_(progress), clear_flags_(clear_flags), total_(count(data_set)) {}
+
+  void all() {
+    visit(data_.print_intervals, "Print Interval", [this]() -> stored_series& { return data_.print_intervals; });
+    visit(data_.time_steps, "Time step", [this]() -> stored_series& { return data_.time_steps; });
+    for (std::size_t i = 0; i < data_.time_functions.size(); ++i)
+      visit(data_.time_functions[i], "Time function: " + data_.time_functions[i].description.str(),
+            [this, i]() -> stored_series& { return data_.time_functions.edit(i); });
+    for (std::size_t s = 0; s < data_.systems.size(); ++s) {
+      segment_series(s, "Loads", &system_data_type::loads);
+      segment_series(s, "Boundaries", &system_data_type::boundaries);
+    }
+    field_series("Exchange", "exchange", data_.exchange_fields);
+    field_series("Flow", "flow", data_.flow_fields);
+  }
+
+private:
+  static std::size_t count(const prevesk_dataset_data_type& data) {
+    std::size_t total = 2 + data.time_functions.size();
+    for (const auto& system : data.systems) total += system.loads.size() + system.boundaries.size();
+    for (const auto& field : data.exchange_fields) total += field.functions.size();
+    for (const auto& field : data.flow_fields) total += field.functions.size();
+    return total;
+  }
+
+  template <class List>
+  void segment_series(std::size_t s, const char* kind, List system_data_type::*list) {
+    for (std::size_t i = 0; i < (data_.systems[s].*list).size(); ++i) {
+      const auto& series = (data_.systems[s].*list)[i];
+      visit(series,
+            std::string(kind) + " for system '" + data_.systems[s].description.str() +
+                "' segment id: " + std::to_string(series.segment),
+            [this, s, i, list]() -> stored_series& { return (data_.systems.edit(s).*list).edit(i); });
+    }
+  }
+
+  template <class Fields>
+  void field_series(const char* kind, const char* field_kind, Fields& fields) {
+    for (std::size_t f = 0; f < fields.size(); ++f)
+      for (std::size_t i = 0; i < fields[f].functions.size(); ++i)
+        visit(fields[f].functions[i],
+              std::string(kind) + " function '" + fields[f].functions[i].description.str() + "' for " + field_kind +
+                  " field '" + fields[f].description.str() + "'",
+              [&fields, f, i]() -> stored_series& { return fields.edit(f).functions.edit(i); });
+  }
+
+  // `edit` gives the series for changing; it is only asked for one that has a query to run, so that the others go on
+  // sharing their points.
+  template <class Edit>
+  void visit(const stored_series& series, const std::string& label, const Edit& edit) {
+    if (series.query->deferred) {
+      try {
+        point_list points = series.points;
+        execute_(*series.query, data_, points);
+        stored_series& target = edit();
+        target.points = std::move(points);
+        if (clear_flags_) target.query.edit().deferred = false;
+      } catch (const query_engine_exception& error) {
+        throw live_query_exception("Live query for time series \"" + label + "\" failed: " + error.what());
+      }
+    }
+    done_ += 1.0;
+    progress_(static_cast<int>(done_ / static_cast<double>(total_) * 100));
+  }
+
+  prevesk_dataset_data_type& data_;
+  const query_executor& execute_;
+  const std::function<void(int)>& progress_;
+  const bool clear_flags_;
+  const std::size_t total_;
+  double done_ = 0;
+};
+
+} // namespace
+
+void execute_deferred_queries(prevesk_dataset_data_type& data_set, const query_executor& execute,
+                              const std::function<void(int percent)>& progress, bool clear_flags) {
+  walk(data_set, execute, progress, clear_flags).all();
+}
+
+} // namespace vesk
