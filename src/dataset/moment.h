@@ -38,7 +38,7 @@ public:
   void set_from_days(double days, double base) { *this = from_date_time(days + base); }
 
   // The moment as a date-time number.
-  double date_time() const { return static_cast<double>(date - date_time_origin) + time / seconds_per_day; }
+  double date_time() const { return (static_cast<double>(date) - date_time_origin) + time / seconds_per_day; }
 
   friend constexpr bool operator<(const moment_type& a, const moment_type& b) {
     return a.date != b.date ? a.date < b.date : a.time < b.time;
