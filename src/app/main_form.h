@@ -93,6 +93,7 @@ public:
 
   // Run control.
   void RunModelButtonClick(); // starts a run, or cancels the one that goes
+  void cancel_job();          // asks the job that goes to stop
   void start_import_export(bool import);
   void start_validity_check();
   void start_read_hyd_file() override;
@@ -135,7 +136,6 @@ private:
   bool refuse_when_busy(job_code code);
   bool start_job(const prevesk_dataset_data_type& data_set, job_code code, const std::string& name,
                  void (TPreveskMainForm::*end_handler)());
-  void cancel_run();
   void run_end();
   void import_export_end();
   void validity_end();

@@ -68,7 +68,7 @@ void TPreveskMainForm::note_end_of_job() {
 }
 
 void TPreveskMainForm::RunModelButtonClick() {
-  if (active_thread) return cancel_run();
+  if (active_thread) return cancel_job();
   if (!current_data_set) return;
 
   prevesk_dataset_data_type copy = *current_data_set;
@@ -87,7 +87,7 @@ void TPreveskMainForm::RunModelButtonClick() {
   update_menus();
 }
 
-void TPreveskMainForm::cancel_run() {
+void TPreveskMainForm::cancel_job() {
   add_info_line("Terminating model thread... please wait...", icon_plain);
   active_thread->Terminate();
 }

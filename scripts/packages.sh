@@ -1,0 +1,23 @@
+# Sourced by the commands of the project. install_packages NAME... installs the Debian packages that are missing, as
+# root or with sudo, and is silent when none is.
+
+install_packages() {
+  local missing=() name
+  for name in "$@"; do
+    [ "$(dpkg-query -W -f='${db:Status-Status}' "$name" 2>/dev/null)" = installed ] || missing+=("$name")
+  done
+  [ ${#missing[@]} -eq 0 ] && return 0
+  local as_root=()
+  if [ "$(id -u)" -ne 0 ]; then
+    command -v sudo >/dev/null || { echo "Packages are missing (${missing[*]}); install them as root, or install sudo." >&2; return 1; }
+    as_root=(sudo)
+  fi
+  echo "Installing ${missing[*]} ..."
+  "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get update -qq &&
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+}
+
+# What it takes to build and run, and what the tests take besides.
+build_packages=(g++ cmake ninja-build libsqlite3-dev sqlite3 nlohmann-json3-dev libnetcdf-dev)
+sample_packages=(python3)
+test_packages=(libgtest-dev libgmock-dev python3 procps)

@@ -1,0 +1,107 @@
+#include "console/console_interface.h"
+
+#include <algorithm>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+namespace vesk {
+
+namespace {
+
+// A box's text on one line: line ends become blanks.
+std::string on_one_line(const std::string& text) {
+  std::string line;
+  for (const char c : text) {
+    if (c == '\r') continue;
+    if (c == '\n') {
+      if (!line.empty() && line.back() != ' ') line += ' ';
+      continue;
+    }
+    line += c;
+  }
+  while (!line.empty() && line.back() == ' ') line.pop_back();
+  return line;
+}
+
+std::size_t terminal_width(std::FILE* stream) {
+  winsize size{};
+  if (ioctl(fileno(stream), TIOCGWINSZ, &size) == 0 && size.ws_col > 0) return size.ws_col;
+  return 80;
+}
+
+} // namespace
+
+console_interface::console_interface(settings s, std::FILE* out, std::FILE* err) : settings_(s), out_(out), err_(err) {
+  if (settings_.progress == progress_style::automatic)
+    settings_.progress = isatty(fileno(err_)) ? progress_style::bar : progress_style::plain;
+  if (settings_.quiet) settings_.progress = progress_style::none;
+}
+
+void console_interface::print(std::FILE* stream, const std::string& text) {
+  wipe_bar();
+  std::fprintf(stream, "%s\n", text.c_str());
+  std::fflush(stream);
+  refresh_progress();
+}
+
+void console_interface::say_failure(const std::string& text) { print(err_, "vesk-run: " + text); }
+
+void console_interface::say(const std::string& text) {
+  if (!settings_.quiet) print(out_, text);
+}
+
+box_answer console_interface::message_box(const std::string& title, const std::string& text, box_buttons buttons) {
+  const std::string line = on_one_line(text);
+  const bool names_subject = subject_.empty() || line.find(subject_) != std::string::npos;
+  say_failure((title == "Error" ? std::string() : title + ": ") + (names_subject ? line : subject_ + ": " + line));
+  if (buttons == box_buttons::ok) return box_answer::ok;
+  if (settings_.yes) return box_answer::yes;
+  return buttons == box_buttons::yes_no ? box_answer::no : box_answer::cancel;
+}
+
+void console_interface::add_info_line(const std::string& text, int icon) {
+  if (icon == icon_failure)
+    say_failure(text);
+  else
+    say(text);
+}
+
+void console_interface::begin_progress() {
+  progress_runs_ = true;
+  percent_ = last_tenth_ = 0;
+  info_label_.clear();
+  time_remaining_.clear();
+}
+
+void console_interface::end_progress() {
+  wipe_bar();
+  progress_runs_ = false;
+}
+
+void console_interface::set_progress(int percent) {
+  percent_ = std::clamp(percent, 0, 100);
+  if (!progress_runs_ || settings_.progress != progress_style::plain || percent_ / 10 <= last_tenth_) return;
+  last_tenth_ = percent_ / 10;
+  std::fprintf(err_, "%d %%\n", last_tenth_ * 10);
+}
+
+void console_interface::refresh_progress() {
+  if (!progress_runs_ || settings_.progress != progress_style::bar) return;
+  constexpr int cells = 30;
+  std::string line = "[";
+  for (int i = 0; i < cells; ++i) line += i * 100 < percent_ * cells ? '#' : '.';
+  line += "] " + std::to_string(percent_) + " %" + time_remaining_ + (info_label_.empty() ? "" : "  " + info_label_);
+  line.resize(std::min(line.size(), terminal_width(err_) - 1));
+  std::fprintf(err_, "\r\033[K%s", line.c_str());
+  std::fflush(err_);
+  bar_is_drawn_ = true;
+}
+
+void console_interface::wipe_bar() {
+  if (!bar_is_drawn_) return;
+  std::fprintf(err_, "\r\033[K");
+  std::fflush(err_);
+  bar_is_drawn_ = false;
+}
+
+} // namespace vesk

@@ -1,0 +1,68 @@
+// The user interface of vesk-run: lines on the two standard streams and a progress bar.
+#pragma once
+
+#include "app/user_interface.h"
+#include "console/options.h"
+
+#include <cstdio>
+
+namespace vesk {
+
+class console_interface final : public user_interface {
+public:
+  struct settings {
+    progress_style progress = progress_style::automatic; // automatic: a bar on a terminal, plain lines elsewhere
+    bool quiet = false;                                  // failures only
+    bool yes = false;                                    // Yes or OK to every question
+  };
+
+  // Info lines go to `out`, failures, boxes and progress to `err`.
+  console_interface(settings s, std::FILE* out, std::FILE* err);
+
+  // What the messages are about: named in front of a box's text that does not name it itself.
+  void set_subject(std::string subject) { subject_ = std::move(subject); }
+
+  // One line about a failure of the program's own.
+  void say_failure(const std::string& text);
+  void say(const std::string& text); // one line, left out when quiet
+
+  // The bar begins and ends with a job.
+  void begin_progress();
+  void end_progress();
+
+  box_answer message_box(const std::string& title, const std::string& text, box_buttons buttons) override;
+  std::optional<std::string> ask_file(const file_dialog&) override { return {}; }
+  std::optional<std::string> ask_folder(const std::string&) override { return {}; }
+  void set_busy(bool) override {}
+  void set_caption(const std::string&) override {}
+  void set_commands(const command_conditions&) override {}
+  void close_main_window() override {}
+  void add_info_line(const std::string& text, int icon) override;
+  void clear_info_lines() override {} // what has been printed stays
+  void set_progress(int percent) override;
+  void set_info_label(const std::string& text) override { info_label_ = text; }
+  void set_time_remaining_label(const std::string& text) override { time_remaining_ = text; }
+  void show_run_controls(bool) override {}
+  void set_up_results_grid(const std::vector<std::string>&, int) override {}
+  void show_results_grid(bool) override {}
+  void repaint_results_grid() override {}
+
+  // Draws the bar anew; after the labels have changed.
+  void refresh_progress();
+
+private:
+  void print(std::FILE* stream, const std::string& text);
+  void wipe_bar();
+
+  settings settings_;
+  std::FILE* out_;
+  std::FILE* err_;
+  std::string subject_;
+  bool progress_runs_ = false;
+  bool bar_is_drawn_ = false;
+  int percent_ = 0;
+  int last_tenth_ = 0;
+  std::string info_label_, time_remaining_;
+};
+
+} // namespace vesk

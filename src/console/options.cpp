@@ -1,0 +1,199 @@
+#include "console/options.h"
+
+#include "app/file_names.h"
+
+#include <algorithm>
+#include <map>
+
+namespace vesk {
+
+namespace {
+
+// One option of the console alone. Exactly one of the members says what it sets.
+struct option_row {
+  const char* name;
+  const char* argument; // as the usage shows it; null: takes none
+  const char* help;
+  bool console_options::*flag = nullptr;
+  std::optional<std::string> console_options::*text = nullptr;
+};
+
+constexpr option_row rows[] = {
+    {.name = "--engine",
+     .argument = "PATH",
+     .help = "take this engine library",
+     .text = &console_options::engine},
+    {.name = "--catalogue",
+     .argument = "DIR",
+     .help = "take the model catalogue in this folder",
+     .text = &console_options::catalogue},
+    {.name = "--import-network",
+     .argument = "NAME",
+     .help = "import a network file (.vkn)",
+     .text = &console_options::import_network},
+    {.name = "--read-hyd",
+     .argument = nullptr,
+     .help = "build the network from the hydrodynamic file",
+     .flag = &console_options::read_hyd},
+    {.name = "--load-restart",
+     .argument = "NAME",
+     .help = "load a restart file (.rst)",
+     .text = &console_options::load_restart},
+    {.name = "--check",
+     .argument = nullptr,
+     .help = "hold the data set against the engine's limits",
+     .flag = &console_options::check},
+    {.name = "--export",
+     .argument = "NAME",
+     .help = "export to a text input file (.inp, .vkn)",
+     .text = &console_options::export_name},
+    {.name = "--save",
+     .argument = "FILE",
+     .help = "save the data set, replacing an existing file",
+     .text = &console_options::save},
+    {.name = "--log",
+     .argument = "[=DIR]",
+     .help = "log what passes between engine and data set",
+     .flag = &console_options::log},
+    {.name = "--progress",
+     .argument = "auto|bar|plain|none",
+     .help = "how progress is shown; plain is a line at each tenth"},
+    {.name = "--quiet", .argument = nullptr, .help = "show failures only", .flag = &console_options::quiet},
+    {.name = "--no-queries",
+     .argument = nullptr,
+     .help = "run on the stored points of deferred queries",
+     .flag = &console_options::no_queries},
+    {.name = "--refresh",
+     .argument = nullptr,
+     .help = "execute all deferred queries and save",
+     .flag = &console_options::refresh},
+    {.name = "--yes",
+     .argument = nullptr,
+     .help = "answer Yes or OK where a question is asked",
+     .flag = &console_options::yes},
+    {.name = "--help", .argument = nullptr, .help = "show this text", .flag = &console_options::help},
+    {.name = "--version", .argument = nullptr, .help = "show the version", .flag = &console_options::version},
+};
+
+// How many letters part two words: replaced, left out or added.
+std::size_t distance(std::string_view a, std::string_view b) {
+  std::vector<std::size_t> row(b.size() + 1);
+  for (std::size_t j = 0; j <= b.size(); ++j) row[j] = j;
+  for (std::size_t i = 1; i <= a.size(); ++i) {
+    std::size_t diagonal = row[0];
+    row[0] = i;
+    for (std::size_t j = 1; j <= b.size(); ++j) {
+      const std::size_t replaced = diagonal + (a[i - 1] == b[j - 1] ? 0 : 1);
+      diagonal = row[j];
+      row[j] = std::min({replaced, row[j] + 1, row[j - 1] + 1});
+    }
+  }
+  return row[b.size()];
+}
+
+[[noreturn]] void unknown_option(const std::string& name) {
+  std::vector<std::string> known{"-RUN", "-QUIT", "-EXPERT", "-IMPORT"};
+  for (const option_row& row : rows) known.emplace_back(row.name);
+  const auto nearest = std::min_element(known.begin(), known.end(), [&](const auto& a, const auto& b) {
+    return distance(name, a) < distance(name, b);
+  });
+  throw usage_error("Unknown option " + name + "; the nearest is " + *nearest + ".");
+}
+
+progress_style parse_progress(const std::string& word) {
+  static const std::map<std::string, progress_style> words{{"auto", progress_style::automatic},
+                                                           {"bar", progress_style::bar},
+                                                           {"plain", progress_style::plain},
+                                                           {"none", progress_style::none}};
+  const auto found = words.find(word);
+  if (found == words.end())
+    throw usage_error("Option --progress takes auto, bar, plain or none, not \"" + word + "\".");
+  return found->second;
+}
+
+class parser {
+public:
+  explicit parser(std::span<const std::string> arguments) : arguments_(arguments) {}
+
+  console_options parse() {
+    for (; at_ < arguments_.size(); ++at_) {
+      const std::string& argument = arguments_[at_];
+      if (argument.starts_with("--"))
+        long_option(argument);
+      else if (argument.size() > 1 && argument[0] == '-')
+        window_option(argument);
+      else
+        options_.walk.push_back(argument);
+    }
+    return std::move(options_);
+  }
+
+private:
+  // Recognised in any case of letters, as in the window.
+  void window_option(const std::string& argument) {
+    const std::string word = upper_case(argument);
+    if (word != "-RUN" && word != "-QUIT" && word != "-EXPERT" && word != "-IMPORT") unknown_option(argument);
+    options_.walk.push_back(argument);
+    if (word == "-RUN") options_.run = true;
+    if (word != "-IMPORT") return;
+    options_.import = true;
+    if (at_ + 1 < arguments_.size()) options_.walk.push_back(arguments_[++at_]);
+  }
+
+  void long_option(const std::string& argument) {
+    const std::size_t equals = argument.find('=');
+    const std::string name = argument.substr(0, equals);
+    std::optional<std::string> value;
+    if (equals != std::string::npos) value = argument.substr(equals + 1);
+    const auto row = std::find_if(std::begin(rows), std::end(rows), [&](const auto& r) { return name == r.name; });
+    if (row == std::end(rows)) unknown_option(name);
+    if (name == "--progress") {
+      options_.progress = parse_progress(argument_of(name, value));
+    } else if (name == "--log") {
+      options_.log = true;
+      options_.log_directory = value;
+    } else if (row->text) {
+      options_.*(row->text) = argument_of(name, value);
+    } else {
+      if (value) throw usage_error("Option " + name + " takes no value, but has \"" + *value + "\".");
+      options_.*(row->flag) = true;
+    }
+  }
+
+  std::string argument_of(const std::string& name, const std::optional<std::string>& value) {
+    if (value) return *value;
+    if (at_ + 1 == arguments_.size()) throw usage_error("Option " + name + " needs a value behind it.");
+    return arguments_[++at_];
+  }
+
+  std::span<const std::string> arguments_;
+  std::size_t at_ = 0;
+  console_options options_;
+};
+
+} // namespace
+
+bool console_options::any_work() const {
+  return !walk.empty() || import_network || read_hyd || load_restart || check || export_name || save || refresh;
+}
+
+console_options parse_console_options(std::span<const std::string> arguments) { return parser(arguments).parse(); }
+
+std::string usage_text() {
+  std::string text = "Usage: vesk-run [options] [FILE ...] [-RUN] [-QUIT] [-EXPERT] [-IMPORT NAME]\n\n"
+                     "Opens data files (.vki) and projects (.vkp) and runs the engine on the last of them.\n\n"
+                     "  -RUN                            run the model\n"
+                     "  -IMPORT NAME                    import a text input file (.inp) first\n"
+                     "  -QUIT, -EXPERT                  taken as by the window; of no effect here\n\n";
+  for (const option_row& row : rows) {
+    std::string left = std::string("  ") + row.name;
+    if (row.argument) left += (row.argument[0] == '[' ? "" : " ") + std::string(row.argument);
+    left.resize(std::max<std::size_t>(left.size() + 1, 34), ' ');
+    text += left + row.help + "\n";
+  }
+  text += "\nThe order of the work: files, -IMPORT, network, hydrodynamic file, restart, check, queries, run, export,\n"
+          "save. Exit status: 0 good, 1 a failure, 2 wrong usage, 130 cancelled, else the engine's return code.\n";
+  return text;
+}
+
+} // namespace vesk

@@ -1,0 +1,43 @@
+// One call of vesk-run: what is asked for, in its order, and the exit status.
+#pragma once
+
+#include "app/main_form.h"
+#include "console/console_interface.h"
+#include "console/options.h"
+
+#include <functional>
+
+namespace vesk {
+
+// The exit statuses of vesk-run. Any other is the engine's return code.
+enum : int { exit_good = 0, exit_failure = 1, exit_usage = 2, exit_cancelled = 130, exit_unfit_return_code = 125 };
+
+class session {
+public:
+  session(const console_options& options, console_interface& ui);
+
+  // Does all the work and returns the exit status. Main thread.
+  int run();
+
+private:
+  // How a step of the work ended. What follows is left out after any but the first. An engine that puts a return code
+  // other than 0 has failed in its own way: the exit status is that code.
+  enum class step { done, failed, cancelled, engine_failed };
+
+  void set_up();
+  bool catalogue_is_there();
+  step open_files();
+  step jobs();
+  step job(const std::string& subject, const std::function<void()>& launch);
+  step require_data(const char* what);
+  step check();
+  step run_model();
+  step save();
+  int status_of(step result) const;
+
+  const console_options& options_;
+  console_interface& ui_;
+  TPreveskMainForm form_;
+};
+
+} // namespace vesk
