@@ -6,6 +6,7 @@
 // the data set. What the table yields is, bit for bit, what the algorithm in bulk_reference.h yields.
 #pragma once
 
+#include "platform/millisecond_clock.h"
 #include "shell/job.h"
 
 #include <array>
@@ -50,11 +51,15 @@ public:
 private:
   class fast_tables;
 
+  void update_one(prevesk_dataset_data_type& data, bulk_stage stage, double t, float* array);
+  void warn_once(bulk_stage stage, const std::function<std::string()>& text);
+
+  millisecond_clock clock_; // keeps the ticks going
   log_function log_;
   std::array<std::uint32_t, bulk_stage_count> milliseconds_{};
   std::unique_ptr<fast_tables> fast_; // null before the first update and once the plain algorithm has taken over
   bool plain_ = false;                // the plain algorithm has taken over
-  std::array<bool, bulk_stage_count> warned_{};
+  std::array<bool, bulk_stage_count> warned_{}; // the log has a line about series without an element
 };
 
 } // namespace vesk

@@ -1,0 +1,128 @@
+#include "shell/bulk_service.h"
+
+#include "shell/bulk_reference.h"
+#include "shell/bulk_series.h"
+#include "shell/bulk_table.h"
+
+#include <cassert>
+#include <utility>
+
+namespace vesk {
+
+namespace {
+
+// Everything about a stage that is not its arithmetic.
+struct stage_description {
+  float* registered_arrays::*array;
+  const char* label; // of its line in the report
+};
+constexpr stage_description stages[bulk_stage_count] = {
+    {.array = &registered_arrays::time_functions, .label = "time function interpolation: "},
+    {.array = &registered_arrays::loads, .label = "loads interpolation: "},
+    {.array = &registered_arrays::boundary_conditions, .label = "boundary conditions interpolation: "},
+    {.array = &registered_arrays::flows, .label = "flows interpolation: "},
+    {.array = &registered_arrays::exchanges, .label = "exchanges interpolation: "},
+    {.array = &registered_arrays::print_interval, .label = "print interval interpolation: "},
+};
+
+} // namespace
+
+// A table for each stage whose array has been registered at some update.
+class bulk_service::fast_tables {
+public:
+  // True when the tables can serve an update at `t`, which is then noted as the latest.
+  bool reach(double t) {
+    if (!(t >= latest_ && t < bulk_time_limit)) return false;
+    latest_ = t;
+    return true;
+  }
+
+  template <class Outside>
+  void update(prevesk_dataset_data_type& data, bulk_stage stage, double t, float* array, const Outside& outside) {
+    auto& table = tables_[static_cast<std::size_t>(stage)];
+    if (!table) table = build(data, stage, outside);
+    table->update(t, array);
+  }
+
+  // Sets the cursors of all series that have been evaluated.
+  void write_back(prevesk_dataset_data_type& data) const {
+    for (std::size_t s = 0; s < bulk_stage_count; ++s) {
+      if (!tables_[s]) continue;
+      std::size_t position = 0;
+      visit_series(data, static_cast<bulk_stage>(s), [&](const bulk_element&, const auto&, auto edit) {
+        const series_cursors cursors = tables_[s]->cursors(position++);
+        if (cursors.cursor_next.value != cursor_unset) static_cast<series_cursors&>(edit()) = cursors;
+      });
+    }
+  }
+
+private:
+  template <class Outside>
+  static std::unique_ptr<bulk_table> build(prevesk_dataset_data_type& data, bulk_stage stage, const Outside& outside) {
+    auto table = std::make_unique<bulk_table>();
+    visit_series(
+        data, stage,
+        [&](const bulk_element& element, const auto& series, auto) {
+          if (element.used)
+            table->add(element.index, series.points, element.step, series);
+          else
+            table->add_zero(element.index);
+        },
+        outside);
+    table->finish();
+    return table;
+  }
+
+  std::array<std::unique_ptr<bulk_table>, bulk_stage_count> tables_; // indexed by bulk_stage
+  double latest_ = -bulk_time_limit;
+};
+
+bulk_service::bulk_service(log_function log) : log_(std::move(log)) {}
+bulk_service::~bulk_service() = default;
+
+void bulk_service::update(engine_job& job, float days) {
+  prevesk_dataset_data_type& data = job.data_set();
+  const double t = data.start_date_time() + static_cast<double>(days);
+  job.set_simulation_time(t);
+  if (!fast_ && !plain_) fast_ = std::make_unique<fast_tables>();
+  if (fast_ && !fast_->reach(t)) series_changing(data);
+
+  const registered_arrays& arrays = job.arrays();
+  std::uint32_t mark = millisecond_clock::now();
+  for (std::size_t s = 0; s < bulk_stage_count; ++s) {
+    float* const array = arrays.*stages[s].array;
+    if (!array) continue;
+    update_one(data, static_cast<bulk_stage>(s), t, array);
+    const std::uint32_t now = millisecond_clock::now();
+    milliseconds_[s] += now - std::exchange(mark, now);
+  }
+}
+
+void bulk_service::update_one(prevesk_dataset_data_type& data, bulk_stage stage, double t, float* array) {
+  const auto outside = [&](const std::function<std::string()>& text) { warn_once(stage, text); };
+  if (fast_)
+    fast_->update(data, stage, t, array, outside);
+  else
+    update_stage(data, stage, t, array, outside);
+}
+
+void bulk_service::warn_once(bulk_stage stage, const std::function<std::string()>& text) {
+  if (std::exchange(warned_[static_cast<std::size_t>(stage)], true) || !log_) return;
+  log_(text());
+}
+
+void bulk_service::series_changing(prevesk_dataset_data_type& data) {
+  if (!fast_) return;
+  plain_ = true;
+  fast_->write_back(data);
+  fast_.reset();
+}
+
+std::string bulk_service::metrics_text() const {
+  std::string text = "RUNTIME PERFORMANCE METRICS FOLLOW:\n";
+  for (std::size_t s = 0; s < bulk_stage_count; ++s)
+    text += stages[s].label + std::to_string(milliseconds_[s]) + " ms\n";
+  return text;
+}
+
+} // namespace vesk

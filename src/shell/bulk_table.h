@@ -1,0 +1,76 @@
+// The series of one stage in the form in which a step costs least.
+#pragma once
+
+#include "dataset/records.h"
+#include "shell/bulk_kernels.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace vesk {
+
+// Made in three steps: `add` for each series in list order, `finish` once, then `update` with times that never go
+// back. Points are shared with the data set, not copied; changing the data set's meanwhile costs it a copy of its own
+// and leaves the table as it was. Series whose points are not in strictly ascending order, or that hold a value the
+// plain algorithm can take for something else, are evaluated by the plain algorithm, with cursors of the table's own.
+class bulk_table {
+public:
+  explicit bulk_table(bulk_kernel kernel = best_bulk_kernel()) : kernel_(kernel) {}
+
+  // A series that fills `element` of the engine's array. Of several with the same element the one added last counts.
+  void add(std::size_t element, const point_list& points, bool step, const series_cursors& cursors);
+
+  // An element that is always 0.
+  void add_zero(std::size_t element) { add(element, {}, true, {}); }
+
+  void finish();
+
+  // Writes every series' value at the date-time number `t` into the engine's array. `t` is at least that of the update
+  // before, and its magnitude less than bulk_time_limit.
+  void update(double t, float* array);
+
+  // The cursors that the plain algorithm would have left in the series added as number `position`, from 0; unset ones
+  // for a position that was not added.
+  series_cursors cursors(std::size_t position) const;
+
+private:
+  // Where a row's next points come from. Read only when a row moves on.
+  struct source {
+    const moment_value_pair_type* upcoming; // the point at `next`
+    std::uint32_t left;                     // points from there to the end; 0: past the end, `upcoming` is the last
+    bool linear;
+    bool bracketed; // has had a point on either side of it at some update
+  };
+  struct added_series {
+    std::size_t element;
+    point_list points;
+    series_cursors cursors; // moved only where `plain`
+    bool step;
+    bool plain;
+    std::uint32_t row; // of a series that is not plain
+  };
+
+  static constexpr std::size_t chunk_blocks = 128;
+  static constexpr std::size_t chunk_rows = chunk_blocks * bulk_block_rows;
+
+  void place(std::uint32_t row, added_series& series);
+  void advance_all(std::size_t first_row, std::size_t count, double t);
+  void advance(std::size_t row, double t);
+  void write_out(std::size_t first_row, std::size_t rows, float* array) const;
+
+  bulk_kernel kernel_;
+  std::vector<bulk_block> blocks_;      // the rows, in ascending order of elements; filled up with idle ones
+  std::vector<source> sources_;         // of each row
+  std::vector<std::uint32_t> elements_; // of each row
+  std::size_t rows_ = 0;
+  std::vector<added_series> added_;
+  std::vector<std::uint32_t> plain_; // positions in added_
+  alignas(64) float values_[chunk_rows];
+  std::uint32_t reached_[chunk_rows + bulk_block_rows];
+};
+
+// Beyond it a held value would not come out exactly. Far outside of what moments can hold.
+inline constexpr double bulk_time_limit = 1e100;
+
+} // namespace vesk
