@@ -19,8 +19,7 @@ std::shared_ptr<const model_catalogue> catalogue_source::get() {
   now.file = directory_ / "catalogue.sqlite";
   std::error_code error;
   now.size = fs::file_size(now.file, error);
-  if (error)
-    throw catalogue_exception("Cannot open catalogue " + now.file.string() + ": " + error.message() + ".");
+  if (error) throw catalogue_exception("Cannot open catalogue " + now.file.string() + ": " + error.message() + ".");
   now.written = fs::last_write_time(now.file, error);
   if (!catalogue_ || !(now == read_state_)) {
     sqlite_catalogue_store store(now.file);

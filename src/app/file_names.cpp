@@ -17,6 +17,8 @@ std::string upper_case(std::string_view text) {
   return result;
 }
 
-std::string upper_extension(std::string_view name) { return upper_case(split_file_name(name).extension); }
+std::string upper_extension(std::string_view name) {
+  return upper_case(split_file_name(name).extension);
+}
 
 } // namespace vesk

@@ -10,7 +10,8 @@ TPreveskMainForm::TPreveskMainForm(user_interface& ui)
   const auto directory = is_writable_directory(program_directory()) ? program_directory() : state_directory();
   log_file_name = directory / "LOG.TXT";
   execute_query = [](const import_query_descriptor& query, const prevesk_dataset_data_type&, point_list&) {
-    throw query_engine_exception("the query '" + query.name + "' cannot be executed, because this program has no access to its source yet");
+    throw query_engine_exception("the query '" + query.name +
+                                 "' cannot be executed, because this program has no access to its source yet");
   };
 }
 
@@ -75,7 +76,9 @@ command_conditions TPreveskMainForm::conditions() const {
   return now;
 }
 
-void TPreveskMainForm::update_menus() { ui_.set_commands(conditions()); }
+void TPreveskMainForm::update_menus() {
+  ui_.set_commands(conditions());
+}
 
 void TPreveskMainForm::commit_snapshot() {
   if (current_data_set && backup_data_set) *backup_data_set = *current_data_set;
@@ -90,9 +93,13 @@ void TPreveskMainForm::report_failure(const std::string& text) {
   ui_.message_box("Error", text, box_buttons::ok);
 }
 
-void TPreveskMainForm::add_info_line(const std::string& text, int icon) { ui_.add_info_line(text, icon); }
+void TPreveskMainForm::add_info_line(const std::string& text, int icon) {
+  ui_.add_info_line(text, icon);
+}
 
-void TPreveskMainForm::clear_info_lines() { ui_.clear_info_lines(); }
+void TPreveskMainForm::clear_info_lines() {
+  ui_.clear_info_lines();
+}
 
 void TPreveskMainForm::set_file_name(const std::string& name) {
   file_name = name;

@@ -32,9 +32,9 @@ struct command_line_requests {
 
 // How the last job ended.
 struct job_outcome {
-  bool cancelled = false;   // somebody asked it to stop
-  bool checked = true;      // of a validity check: nothing of severity 2 was found
-  std::string failure;      // of an exception in the engine or a keyword; empty: none
+  bool cancelled = false; // somebody asked it to stop
+  bool checked = true;    // of a validity check: nothing of severity 2 was found
+  std::string failure;    // of an exception in the engine or a keyword; empty: none
   bool failed() const { return !failure.empty(); }
 };
 
@@ -53,13 +53,13 @@ public:
   bool run_time_grid_always_visible = false;
   model_thread* active_thread = nullptr; // the one job; null when idle. It frees itself.
   std::string base_caption = " TALMO VESK";
-  std::string file_name;                 // of the data set; empty for a new one
-  std::string import_file_name;          // of the last import or export
-  std::filesystem::path log_file_name;   // the template for the jobs' logs
-  std::filesystem::path engine_path;     // of the engine library
+  std::string file_name;               // of the data set; empty for a new one
+  std::string import_file_name;        // of the last import or export
+  std::filesystem::path log_file_name; // the template for the jobs' logs
+  std::filesystem::path engine_path;   // of the engine library
   catalogue_source catalogue;
-  query_executor execute_query;          // how a stored query is run
-  bool skip_deferred_queries = false;    // run on the stored points
+  query_executor execute_query;       // how a stored query is run
+  bool skip_deferred_queries = false; // run on the stored points
   std::unique_ptr<prevesk_dataset_data_type> current_data_set;
   std::unique_ptr<prevesk_dataset_data_type> backup_data_set; // the snapshot; null exactly when the other is
 
@@ -130,7 +130,7 @@ private:
 
   void report_failure(const std::string& text);
   void make_data_sets();
-  void read_into_new_data_sets(const std::string& name);
+  bool read_into_new_data_sets(const std::string& name);
   void save_to_file_name();
   void prepare_import(const std::string& name);
   bool refuse_when_busy(job_code code);

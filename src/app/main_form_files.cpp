@@ -12,9 +12,9 @@ namespace vesk {
 
 namespace {
 
-const file_dialog open_dialog{
-    file_dialog::kind::open, "",
-    "VESK Files|*.vkp;*.vki|VESK Input Files (*.vki)|*.vki|VESK Projects (*.VKP)|*.vkp", "vkp"};
+const file_dialog open_dialog{file_dialog::kind::open, "",
+                              "VESK Files|*.vkp;*.vki|VESK Input Files (*.vki)|*.vki|VESK Projects (*.VKP)|*.vkp",
+                              "vkp"};
 const file_dialog save_dialog{file_dialog::kind::save, "", "VESK Input Files (*.vki)|*.vki", "vki"};
 const char* const old_style_filter = "Old Style VESK input files (*.inp)|*.inp|VKN files (*.vkn)|*.vkn";
 const file_dialog import_dialog{file_dialog::kind::open, "", old_style_filter, "inp"};
@@ -71,12 +71,11 @@ void TPreveskMainForm::OpenItemClick() {
 bool TPreveskMainForm::load_data_file(const std::string& name) {
   commit_snapshot();
   try {
-    read_into_new_data_sets(name);
-  } catch (const cannot_open_file&) {
-    // The data set is a new, empty one by now, and the name stays.
-    report_failure("Cannot open file.");
-    restore_snapshot();
-    return true;
+    if (!read_into_new_data_sets(name)) {
+      report_failure("Cannot open file.");
+      restore_snapshot(); // of the new data set, so that it stays empty
+      return true;
+    }
   } catch (const std::exception& error) {
     // A damaged file, or no catalogue to read it with: data set and name are as they were.
     report_failure(error.what());
@@ -84,26 +83,36 @@ bool TPreveskMainForm::load_data_file(const std::string& name) {
   }
   if (current_data_set->file_version != prevesk_dataset_data_type::current_file_version())
     ui_.message_box("Error", "VKI Version not supported; data could be corrupt.", box_buttons::ok);
+  if (!catalogue.get()->find_model(current_data_set->model_type))
+    report_failure("The catalogue has no model " + std::to_string(current_data_set->model_type) + ", which " + name +
+                   " is for; its systems, parameters, constants, time functions and outputs cannot be shown.");
   return true;
 }
 
-void TPreveskMainForm::read_into_new_data_sets(const std::string& name) {
+// Replaces both data sets, the file's name with them, unless the file is damaged: then it throws and all is as it was.
+// A file that cannot be opened (false) leaves new, empty data sets under its name.
+bool TPreveskMainForm::read_into_new_data_sets(const std::string& name) {
   const busy_cursor busy(ui_);
   const auto tables = catalogue.get();
   auto fresh = std::make_unique<prevesk_dataset_data_type>(tables);
   bool opened = true;
   try {
     read_data_file(name, *fresh);
-  } catch (const cannot_open_file&) {
+  } catch (const file_open_exception&) {
     opened = false;
+  } catch (...) {
+    if (current_data_set) current_data_set->apply_seed(); // reading had moved it
+    throw;
   }
+  auto backup = std::make_unique<prevesk_dataset_data_type>(tables);
   current_data_set = std::move(fresh);
-  backup_data_set = std::make_unique<prevesk_dataset_data_type>(tables);
+  backup_data_set = std::move(backup);
   current_data_set->apply_seed();
   file_name = name;
-  if (!opened) throw cannot_open_file(name);
+  if (!opened) return false;
   update_caption();
   update_menus();
+  return true;
 }
 
 void TPreveskMainForm::SaveItemClick() {
@@ -116,9 +125,9 @@ void TPreveskMainForm::SaveItemClick() {
 void TPreveskMainForm::save_to_file_name() {
   try {
     const busy_cursor busy(ui_);
-    write_data_file(file_name, *current_data_set);
+    save_data_file(file_name, *current_data_set);
     update_caption();
-  } catch (const cannot_open_file&) {
+  } catch (const file_open_exception&) {
     report_failure("Cannot open file for writing.");
   } catch (const std::exception& error) {
     report_failure(error.what());

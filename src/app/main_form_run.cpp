@@ -75,7 +75,8 @@ void TPreveskMainForm::RunModelButtonClick() {
   try {
     copy.reset_cursors();
     if (!skip_deferred_queries)
-      execute_deferred_queries(copy, execute_query, [this](int percent) { ui_.set_progress(percent); }, false);
+      execute_deferred_queries(
+          copy, execute_query, [this](int percent) { ui_.set_progress(percent); }, false);
   } catch (const live_query_exception& error) {
     ++failures_;
     ui_.message_box("Live query error", error.what(), box_buttons::ok);
@@ -179,7 +180,8 @@ bool TPreveskMainForm::execute_all_deferred_queries() {
   ui_.set_busy(true);
   std::string failure;
   try {
-    execute_deferred_queries(*current_data_set, execute_query, [this](int percent) { ui_.set_progress(percent); }, true);
+    execute_deferred_queries(
+        *current_data_set, execute_query, [this](int percent) { ui_.set_progress(percent); }, true);
   } catch (const live_query_exception& error) {
     failure = error.what();
     *current_data_set = backup;

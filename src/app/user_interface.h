@@ -15,7 +15,7 @@ enum : int { icon_plain = 0, icon_note = 1, icon_failure = 2 };
 // A question for a file name.
 struct file_dialog {
   enum class kind { open, save } kind = kind::open;
-  std::string title; // empty: the dialog's own
+  std::string title;  // empty: the dialog's own
   std::string filter; // pairs of a description and a pattern, all parted by "|"
   std::string default_extension;
 };
@@ -36,9 +36,9 @@ public:
   virtual ~user_interface() = default;
 
   virtual box_answer message_box(const std::string& title, const std::string& text, box_buttons buttons) = 0;
-  virtual std::optional<std::string> ask_file(const file_dialog& dialog) = 0;                   // nothing: cancelled
-  virtual std::optional<std::string> ask_folder(const std::string& title) = 0;                  // nothing: cancelled
-  virtual void set_busy(bool busy) = 0;                                                         // the hourglass
+  virtual std::optional<std::string> ask_file(const file_dialog& dialog) = 0;  // nothing: cancelled
+  virtual std::optional<std::string> ask_folder(const std::string& title) = 0; // nothing: cancelled
+  virtual void set_busy(bool busy) = 0;                                        // the hourglass
   virtual void set_caption(const std::string& caption) = 0;
   virtual void set_commands(const command_conditions& conditions) = 0;
   virtual void close_main_window() = 0;

@@ -44,7 +44,9 @@ void console_interface::print(std::FILE* stream, const std::string& text) {
   refresh_progress();
 }
 
-void console_interface::say_failure(const std::string& text) { print(err_, "vesk-run: " + text); }
+void console_interface::say_failure(const std::string& text) {
+  print(err_, "vesk-run: " + text);
+}
 
 void console_interface::say(const std::string& text) {
   if (!settings_.quiet) print(out_, text);

@@ -19,13 +19,15 @@ extern "C" void note_signal(int) {
 } // namespace
 
 void watch_interrupts() {
-  struct sigaction action{};
+  struct sigaction action {};
   action.sa_handler = note_signal;
   sigemptyset(&action.sa_mask);
   sigaction(SIGINT, &action, nullptr);
   sigaction(SIGTERM, &action, nullptr);
 }
 
-bool interrupted() { return signals_seen != 0; }
+bool interrupted() {
+  return signals_seen != 0;
+}
 
 } // namespace vesk

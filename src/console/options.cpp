@@ -19,10 +19,7 @@ struct option_row {
 };
 
 constexpr option_row rows[] = {
-    {.name = "--engine",
-     .argument = "PATH",
-     .help = "take this engine library",
-     .text = &console_options::engine},
+    {.name = "--engine", .argument = "PATH", .help = "take this engine library", .text = &console_options::engine},
     {.name = "--catalogue",
      .argument = "DIR",
      .help = "take the model catalogue in this folder",
@@ -94,9 +91,8 @@ std::size_t distance(std::string_view a, std::string_view b) {
 [[noreturn]] void unknown_option(const std::string& name) {
   std::vector<std::string> known{"-RUN", "-QUIT", "-EXPERT", "-IMPORT"};
   for (const option_row& row : rows) known.emplace_back(row.name);
-  const auto nearest = std::min_element(known.begin(), known.end(), [&](const auto& a, const auto& b) {
-    return distance(name, a) < distance(name, b);
-  });
+  const auto nearest = std::min_element(
+      known.begin(), known.end(), [&](const auto& a, const auto& b) { return distance(name, a) < distance(name, b); });
   throw usage_error("Unknown option " + name + "; the nearest is " + *nearest + ".");
 }
 
@@ -177,7 +173,9 @@ bool console_options::any_work() const {
   return !walk.empty() || import_network || read_hyd || load_restart || check || export_name || save || refresh;
 }
 
-console_options parse_console_options(std::span<const std::string> arguments) { return parser(arguments).parse(); }
+console_options parse_console_options(std::span<const std::string> arguments) {
+  return parser(arguments).parse();
+}
 
 std::string usage_text() {
   std::string text = "Usage: vesk-run [options] [FILE ...] [-RUN] [-QUIT] [-EXPERT] [-IMPORT NAME]\n\n"

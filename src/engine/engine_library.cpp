@@ -14,18 +14,17 @@ namespace {
 template <class Function>
 void take(void* library, const char* name, Function& function, const fs::path& file) {
   function = reinterpret_cast<Function>(dlsym(library, name));
-  if (!function)
-    throw engine_library_exception("Engine library " + file.string() + " has no function " + name + ".");
+  if (!function) throw engine_library_exception("Engine library " + file.string() + " has no function " + name + ".");
 }
 
 } // namespace
 
 std::shared_ptr<const engine_library> engine_library::load(const fs::path& file) {
   std::error_code ignored;
-  if (!fs::exists(file, ignored)) throw engine_library_exception("Engine library " + file.string() + " does not exist.");
+  if (!fs::exists(file, ignored))
+    throw engine_library_exception("Engine library " + file.string() + " does not exist.");
   void* library = dlopen(fs::absolute(file).c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (!library)
-    throw engine_library_exception("Cannot load engine library " + file.string() + ": " + dlerror() + ".");
+  if (!library) throw engine_library_exception("Cannot load engine library " + file.string() + ": " + dlerror() + ".");
   auto result = std::make_shared<engine_library>();
   result->path = file;
   take(library, "execute_model", result->execute_model, file);

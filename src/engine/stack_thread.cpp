@@ -43,7 +43,9 @@ shared_state& shared() {
 // Made before main begins, on the main thread.
 [[maybe_unused]] const shared_state& made_early = shared();
 
-bool on_main_thread() { return std::this_thread::get_id() == shared().main_thread; }
+bool on_main_thread() {
+  return std::this_thread::get_id() == shared().main_thread;
+}
 
 constexpr int platform_priorities[] = {-15, -2, -1, 0, 1, 2, 15};
 
@@ -67,7 +69,9 @@ int nice_of(TThreadPriority priority) {
 
 } // namespace
 
-int platform_priority(TThreadPriority priority) { return platform_priorities[priority]; }
+int platform_priority(TThreadPriority priority) {
+  return platform_priorities[priority];
+}
 
 ResizableThread::ResizableThread(bool create_suspended) : create_suspended_(create_suspended) {
   pthread_attr_t attributes;
@@ -157,7 +161,8 @@ void ResizableThread::SetSuspended(bool suspended) {
 
 void ResizableThread::SetPriority(TThreadPriority priority) {
   const int number = thread_number_;
-  if (number != 0 && nice_of(priority) != nice_of(priority_)) CheckThreadError(set_thread_nice(number, nice_of(priority)));
+  if (number != 0 && nice_of(priority) != nice_of(priority_))
+    CheckThreadError(set_thread_nice(number, nice_of(priority)));
   priority_ = priority;
   const std::lock_guard lock(gate_mutex_);
   share_ = share_of(priority);

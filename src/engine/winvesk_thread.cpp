@@ -37,7 +37,9 @@ std::int32_t winvesk_thread::elapsed_seconds() const {
   return static_cast<std::int32_t>(std::time(nullptr) - start_time_);
 }
 
-void winvesk_thread::add_message(std::string_view text) { add_icon_message(0, text); }
+void winvesk_thread::add_message(std::string_view text) {
+  add_icon_message(0, text);
+}
 
 void winvesk_thread::add_icon_message(std::int32_t icon, std::string_view text) {
   Synchronize([&] { front_end_.add_info_line(std::string(text), icon); });

@@ -34,7 +34,9 @@ sqlite_catalogue_store::sqlite_catalogue_store(const std::filesystem::path& file
   }
 }
 
-sqlite_catalogue_store::~sqlite_catalogue_store() { sqlite3_close(database_); }
+sqlite_catalogue_store::~sqlite_catalogue_store() {
+  sqlite3_close(database_);
+}
 
 std::vector<catalogue_row> sqlite_catalogue_store::read(std::string_view table,
                                                         const std::vector<std::string_view>& columns) {

@@ -1,0 +1,112 @@
+// An engine whose behaviour is named by the model's library text.
+#include "vesk_engine.h"
+
+#include <chrono>
+#include <cstdint>
+#include <map>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+vesk_data_callback call;
+
+void put(const char* name, std::int32_t value) {
+  call(name, &value, nullptr, nullptr, nullptr, nullptr);
+}
+void put(const char* name, std::string text) {
+  call(name, text.data(), nullptr, nullptr, nullptr, nullptr);
+}
+std::int32_t get(const char* name) {
+  std::int32_t value = -1;
+  call(name, &value, nullptr, nullptr, nullptr, nullptr);
+  return value;
+}
+
+void grid(const std::vector<std::string>& labels, std::int32_t rows) {
+  std::int32_t width = 8, columns = static_cast<std::int32_t>(labels.size());
+  std::string block;
+  for (const std::string& label : labels) block += (label + std::string(8, '\0')).substr(0, 8);
+  call("PGRIDINIT", block.data(), &width, &columns, &rows, nullptr);
+}
+
+// Left behind on purpose after the engine has returned.
+float grid_values[4] = {1, 2, 3, 4};
+
+const std::map<std::string, void (*)()> behaviours{
+    {"returns", [] {}},
+    {"throws", [] { throw std::runtime_error("division by zero in segment 3"); }},
+    {"throws an int", [] { throw 7; }},
+    {"reports",
+     [] {
+       std::int32_t icon = 2, status = 5;
+       std::string text = "a failure", description = "halfway";
+       put("PINFO", "a line");
+       call("PICONINFO", &icon, text.data(), nullptr, nullptr, nullptr);
+       call("PSTATUS", description.data(), &status, nullptr, nullptr, nullptr);
+       for (std::int32_t percent = 1; percent <= 10; ++percent) put("PPROGRESS", percent);
+       float days = 1.5F;
+       call("PDAYS", &days, nullptr, nullptr, nullptr, nullptr);
+       put("PRETURNCODE", 3);
+       put("PRETURNCODE", 4);
+       put("PFILENAME", "other.vki");
+     }},
+    {"grid without DONE",
+     [] {
+       grid({"one", "two", "three"}, 2);
+       grid({"only"}, 2);
+       std::int32_t columns = 2, rows = 2, invert = 0;
+       call("PGRIDDATA", grid_values, &columns, &rows, &invert, nullptr);
+       call("PGRIDUPDATE", nullptr, nullptr, nullptr, nullptr, nullptr);
+     }},
+    {"waits for cancel",
+     [] {
+       while (get("GCANCEL") == 0) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+       put("PRETURNCODE", 9);
+     }},
+    {"absurd size, then asks for cancel",
+     [] {
+       put("PNUMSEG", 2);
+       put("PRETURNCODE", get("GCANCEL"));
+     }},
+    {"calls from its own thread", [] { std::thread([] { put("PINFO", "from another thread"); }).join(); }},
+    {"renames segment 1",
+     [] {
+       std::int32_t segment = 1;
+       std::string name = "renamed";
+       call("PSEGNAME", &segment, name.data(), nullptr, nullptr, nullptr);
+     }},
+};
+
+void behave(const std::string& name, vesk_data_callback data_callback) {
+  call = data_callback;
+  const auto found = behaviours.find(name);
+  if (found != behaviours.end()) found->second();
+}
+
+} // namespace
+
+extern "C" {
+void execute_model(const char* library, vesk_data_callback data_callback) {
+  behave(library, data_callback);
+}
+void get_maximum_parameters(const char* library, vesk_data_callback data_callback) {
+  behave(library, data_callback);
+  put("PMAXSEG", 1);
+}
+void import_export(vesk_data_callback data_callback, int flag) {
+  call = data_callback;
+  put("PINFO", flag == 1 ? "import " + std::to_string(get("GIMPORT")) : "export " + std::to_string(get("GIMPORT")));
+}
+void import_network(vesk_data_callback data_callback) {
+  behave("renames segment 1", data_callback);
+}
+void load_restart_file(vesk_data_callback data_callback) {
+  behave("renames segment 1", data_callback);
+}
+void read_hyd_file(vesk_data_callback data_callback) {
+  behave("renames segment 1", data_callback);
+}
+}
