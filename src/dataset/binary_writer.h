@@ -1,0 +1,69 @@
+// Little-endian numbers and plain bytes into a data file or into memory.
+//
+// Small pieces gather in a buffer; long arrays go to the file from where they stand.
+#pragma once
+
+#include "platform/file_io.h"
+
+#include <bit>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace vesk {
+
+static_assert(std::endian::native == std::endian::little, "numbers are copied as they stand in memory");
+
+class binary_writer {
+public:
+  // Writes to the open file `descriptor`, which stays the caller's. `name` is for messages.
+  binary_writer(int descriptor, std::string name);
+
+  // Appends to `memory`, which stays the caller's; nothing has to be finished.
+  explicit binary_writer(std::string& memory) : bytes_(memory) {}
+
+  binary_writer(const binary_writer&) = delete;
+  binary_writer& operator=(const binary_writer&) = delete;
+
+  // Throws file_exception, as all writing does.
+  template <class T>
+  void number(T value) {
+    bytes({reinterpret_cast<const char*>(&value), sizeof value});
+  }
+  void bytes(std::string_view piece) {
+    if (descriptor_ >= 0 && bytes_.size() + piece.size() > buffer_size) return overflow(piece);
+    bytes_.append(piece);
+  }
+
+  // Writes what is still in the buffer. What is not finished may be lost.
+  void finish();
+
+private:
+  static constexpr std::size_t buffer_size = std::size_t{256} << 10;
+
+  void overflow(std::string_view piece);
+  void write_out(std::string_view piece);
+
+  int descriptor_ = -1; // -1: memory
+  std::string name_;
+  std::string buffer_;
+  std::string& bytes_ = buffer_; // the buffer, or the caller's memory
+  std::uint64_t written_ = 0;    // to the file
+  std::uint64_t on_its_way_ = 0; // of these the system was told to bring to the disk
+};
+
+// Takes what a binary_writer takes and only counts it.
+class byte_counter {
+public:
+  template <class T>
+  void number(T) {
+    count_ += sizeof(T);
+  }
+  void bytes(std::string_view piece) { count_ += piece.size(); }
+  std::uint64_t count() const { return count_; }
+
+private:
+  std::uint64_t count_ = 0;
+};
+
+} // namespace vesk

@@ -1,0 +1,227 @@
+#include "dataset/vki_reader.h"
+
+#include "dataset/vki_layout.h"
+#include "platform/memory_arena.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <vector>
+
+namespace vesk {
+
+namespace {
+
+// The visitor that adds up the fewest bytes that a record can have in a file of one version.
+class smallest_record : public versioned {
+public:
+  using versioned::versioned;
+
+  template <class Record>
+  static std::size_t size(std::uint32_t version) {
+    smallest_record visitor(version);
+    if constexpr (std::is_same_v<Record, short_text>)
+      return sizeof(std::uint32_t);
+    else {
+      const Record record{};
+      layout<Record>::fields(visitor, record);
+    }
+    return visitor.size_;
+  }
+
+  void field(const char*, const bool&) { size_ += 1; }
+  void field(const char*, const std::uint32_t&) { size_ += sizeof(std::uint32_t); }
+  void field(const char*, const std::int32_t&) { size_ += sizeof(std::int32_t); }
+  void field(const char*, const double&) { size_ += sizeof(double); }
+  void field(const char*, const shared_value<import_query_descriptor>& query) {
+    layout<import_query_descriptor>::fields(*this, *query);
+  }
+  template <class TextOrList>
+  void field(const char*, const TextOrList&) {
+    size_ += sizeof(std::uint32_t); // its length or count
+  }
+  void retired_text(const char*) { size_ += sizeof(std::uint32_t); }
+
+private:
+  std::size_t size_ = 0;
+};
+
+// The reading visitor of the layout.
+class vki_reader : public versioned {
+public:
+  vki_reader(binary_reader& file, vki_facts& facts)
+      : versioned(facts.version), file_(file), facts_(facts), arena_(memory_arena::create(file.size())) {}
+  ~vki_reader() { arena_->release(); } // lives on with the arrays in it
+  vki_reader(const vki_reader&) = delete;
+  vki_reader& operator=(const vki_reader&) = delete;
+
+  void header(std::uint32_t& file_version) {
+    file_version = version();
+    if (!from(0x00070005)) return;
+    facts_.project_files_offset = file_.number<std::uint32_t>("project_files offset");
+    facts_.header_zero = file_.number<std::uint32_t>("zero");
+  }
+
+  void section(int number, const char* name, auto& member) {
+    enter(number, name);
+    field(name, member);
+  }
+  void points_section(int number, const char* name, stored_series& series) { section(number, name, series.points); }
+  void query_section(int number, const char* name, stored_series& series) { section(number, name, series.query); }
+
+  void retired_queries(int number, const char* name) {
+    enter(number, name);
+    const std::uint32_t queries = count("queries", smallest_record::size<import_query_descriptor>(version()));
+    import_query_descriptor dropped;
+    for (std::uint32_t i = 0; i < queries; ++i) layout<import_query_descriptor>::fields(*this, dropped);
+    retired_text("text");
+  }
+  void retired_text(const char*) { file_.skip(count("bytes of text", 1)); }
+
+  void field(const char* name, bool& value) { value = file_.number<std::uint8_t>(name) != 0; }
+  void field(const char* name, std::uint32_t& value) { value = file_.number<std::uint32_t>(name); }
+  void field(const char* name, std::int32_t& value) { value = file_.number<std::int32_t>(name); }
+  void field(const char* name, double& value) { value = file_.number<double>(name); }
+
+  void field(const char*, std::string& text) {
+    text.resize(count("bytes of text", 1));
+    file_.copy(text.data(), text.size());
+  }
+  void field(const char* name, short_text& text) {
+    const std::uint32_t length = count("bytes of text", 1);
+    const std::uint32_t kept = std::min<std::uint32_t>(length, short_text::max_size);
+    text = std::string_view(file_.piece(kept, name), kept);
+    file_.skip(length - kept);
+  }
+
+  void field(const char*, shared_value<import_query_descriptor>& query) {
+    static const import_query_descriptor untouched;
+    import_query_descriptor read;
+    layout<import_query_descriptor>::fields(*this, read);
+    query = read == untouched ? shared_value<import_query_descriptor>() : shared_value(std::move(read));
+  }
+  void field(const char* name, std::vector<query_condition>& conditions) {
+    const std::uint32_t wanted = count(name, smallest_record::size<query_condition>(version()));
+    conditions.clear();
+    for (std::uint32_t i = 0; i < wanted; ++i) layout<query_condition>::fields(*this, conditions.emplace_back());
+  }
+
+  // Points and pairs stand in memory as they do in the file.
+  template <class T>
+  void field(const char* name, shared_array<T>& array) {
+    const std::uint32_t size = count(name, sizeof(T));
+    array = shared_array<T>::uninitialized(*arena_, size);
+    if (size > 0) file_.copy(array.edit_data(), size * sizeof(T));
+  }
+
+  template <class Record>
+  void field(const char* name, segment_item_list<Record>& items) {
+    using payload = typename Record::payload;
+    constexpr std::size_t item_size = sizeof(std::uint32_t) + sizeof(payload);
+    const std::uint32_t size = count(name, item_size);
+    auto values = shared_array<payload>::uninitialized(*arena_, size);
+    payload* value = values.edit_data();
+    isc_.resize(size);
+    for (std::uint32_t done = 0; done < size;) {
+      const std::size_t ready = std::clamp<std::size_t>(file_.at_hand() / item_size, 1, items_at_once);
+      const auto items_here = std::min(size - done, static_cast<std::uint32_t>(ready));
+      const char* item = file_.piece(items_here * item_size, name);
+      for (std::uint32_t i = done; i < done + items_here; ++i, item += item_size) {
+        std::memcpy(&isc_[i], item, sizeof(std::uint32_t));
+        std::memcpy(static_cast<void*>(value + i), item + sizeof(std::uint32_t), sizeof(payload));
+      }
+      done += items_here;
+    }
+    items = segment_item_list<Record>(shared_numbers(last_isc<Record>()), std::move(values));
+  }
+
+  // Records are appended as they come, so that memory follows what was read and not what was announced.
+  template <class Record>
+  void field(const char* name, shared_list<Record>& list) {
+    const std::uint32_t wanted = count(name, smallest_record::size<Record>(version()));
+    list.clear();
+    for (std::uint32_t i = 0; i < wanted; ++i) {
+      list.push_back({});
+      if constexpr (std::is_same_v<Record, short_text>)
+        field(name, list.edit_back());
+      else
+        layout<Record>::fields(*this, list.edit_back());
+    }
+  }
+
+private:
+  static constexpr std::size_t items_at_once = binary_reader::longest_piece / 32;
+
+  void enter(int number, const char* name) {
+    file_.enter({number, name});
+    facts_.last_section = file_.section();
+    facts_.last_section_offset = file_.position();
+  }
+
+  // A count of elements that take at least `smallest` bytes each: the rest of the file can hold them. `what` names
+  // them in the message when it cannot.
+  std::uint32_t count(const char* what, std::size_t smallest) {
+    const std::uint64_t place = file_.position();
+    const auto announced = file_.number<std::uint32_t>(what);
+    const std::uint64_t possible = file_.left() / smallest;
+    if (announced <= possible) return announced;
+    if (version() > prevesk_dataset_data_type::current_file_version()) return static_cast<std::uint32_t>(possible);
+    file_.fail(place, std::to_string(announced) + " " + what + ", but only " + std::to_string(file_.left()) +
+                          " bytes are left.");
+  }
+
+  // The numbers just read; memory is taken only when they differ from the segment's before.
+  const shared_array<std::uint32_t>& shared_numbers(shared_array<std::uint32_t>& last) {
+    if (std::equal(last.begin(), last.end(), isc_.begin(), isc_.end())) return last;
+    last = shared_array<std::uint32_t>::uninitialized(*arena_, isc_.size());
+    if (!isc_.empty()) std::memcpy(last.edit_data(), isc_.data(), isc_.size() * sizeof(std::uint32_t));
+    return last;
+  }
+  template <class Record>
+  shared_array<std::uint32_t>& last_isc() {
+    if constexpr (std::is_same_v<Record, segment_parameter_data_record_type>)
+      return last_parameter_isc_;
+    else
+      return last_system_isc_;
+  }
+
+  binary_reader& file_;
+  vki_facts& facts_;
+  memory_arena* arena_;
+  std::vector<std::uint32_t> isc_; // of the items just read
+  shared_array<std::uint32_t> last_parameter_isc_, last_system_isc_;
+};
+
+std::uint32_t read_version(binary_reader& file) {
+  const auto version = file.number<std::uint32_t>("version");
+  if (version >= lowest_file_version && version <= highest_file_version) return version;
+  char cause[64];
+  std::snprintf(cause, sizeof cause, "this is no data file: 0x%08x is no version of one.", version);
+  file.fail(0, cause);
+}
+
+} // namespace
+
+vki_facts read_vki(binary_reader& file, prevesk_dataset_data_type& data) {
+  vki_facts facts;
+  data.file_version = facts.version = read_version(file);
+  vki_reader reader(file, facts);
+  try {
+    layout<prevesk_dataset_data_type>::fields(reader, data);
+  } catch (const data_file_exception&) {
+    if (facts.version <= prevesk_dataset_data_type::current_file_version()) throw;
+    // A newer version need not end where this one does: what has come is kept.
+  }
+  return facts;
+}
+
+void prevesk_dataset_data_type::read_stored(binary_reader& file) {
+  read_vki(file, *this);
+}
+
+void prevesk_dataset_data_type::read(binary_reader& file) {
+  read_vki(file, *this);
+  file_version = std::max(file_version, current_file_version());
+  if (catalogue()) refresh_from_catalogue(true);
+}
+
+} // namespace vesk

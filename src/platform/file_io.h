@@ -1,0 +1,64 @@
+// Files as the system hands them out: opening, reading and writing, with one sentence for each failure.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace vesk {
+
+// A file that cannot be opened, read or written: one sentence with path and cause.
+class file_exception : public std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+// The file could not be opened at all; nothing has been read or written.
+class file_open_exception : public file_exception {
+  using file_exception::file_exception;
+};
+
+// "Cannot <action> <file>: <the system's text for `error`>."
+std::string file_failure(std::string_view action, std::string_view file, int error);
+
+// An open file, closed when the owner goes.
+class file_descriptor {
+public:
+  file_descriptor() = default;
+  explicit file_descriptor(int number) : number_(number) {}
+  file_descriptor(file_descriptor&& other) noexcept : number_(other.release()) {}
+  file_descriptor& operator=(file_descriptor&& other) noexcept;
+  ~file_descriptor();
+
+  int get() const { return number_; }
+  bool is_open() const { return number_ >= 0; }
+  int release() noexcept;
+
+private:
+  int number_ = -1;
+};
+
+// Opens a file, a pipe or a device for reading. Throws file_open_exception; a directory counts as one that cannot be
+// opened.
+file_descriptor open_for_reading(const std::filesystem::path& file);
+
+// The size of a regular file. 0 for all that has no size of its own, such as a pipe, and for an empty file.
+std::uint64_t size_of_regular_file(int file);
+
+// All that is left in an open file or pipe. `name` is for the message of a file_exception.
+std::string read_to_end(int file, std::string_view name);
+
+// Reads up to `size` bytes at `offset` into `first`, and once that is full up to `more` bytes into `second`, in one
+// call to the system. Returns how many bytes came, 0 at the end of the file. Throws file_exception.
+std::size_t read_at(int file, std::uint64_t offset, void* first, std::size_t size, void* second, std::size_t more,
+                    std::string_view name);
+
+// Writes both pieces whole, one after the other, in one call to the system when it takes them. Throws file_exception.
+void write_all(int file, std::string_view first, std::string_view second, std::string_view name);
+
+// Tells the system that it may start bringing these bytes of a file to the disk. Only a hint.
+void start_writeback(int file, std::uint64_t offset, std::uint64_t size);
+
+} // namespace vesk
