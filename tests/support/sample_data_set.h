@@ -3,7 +3,7 @@
 
 #include "dataset/dataset.h"
 
-namespace vesk::testing {
+namespace vesk {
 
 // Day number of 1 January 2000.
 inline constexpr std::int32_t year_2000 = 146097;
@@ -193,4 +193,4 @@ inline prevesk_dataset_data_type sample_data_set() {
   return data;
 }
 
-} // namespace vesk::testing
+} // namespace vesk
