@@ -1,0 +1,44 @@
+// Explicit Euler: first order, one pass over memory for all systems.
+#ifndef REFERENCE_ENGINE_CORE_EULER_H
+#define REFERENCE_ENGINE_CORE_EULER_H
+
+#include "core/integrator.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace reference_engine {
+
+class Euler : public Integrator {
+public:
+  void step(const Equations& equations, State& state, double days, MassBalance* balance) override;
+
+private:
+  // C_new = keep C_i + lower C_(i-1) + upper C_(i+1) + the rest: the coefficients of one class for this step.
+  struct Scaled {
+    std::vector<double> keep, lower, upper;
+  };
+
+  void prepare(const Equations& equations, const State& state, double days);
+  void gather(const Equations& equations, const State& state, double days, MassBalance* balance);
+  void save_block(const State& state, std::size_t begin, std::size_t end);
+  void react(const Equations& equations, State& state, std::size_t begin, std::size_t end, double days,
+             MassBalance* balance);
+  void carry(const Equations& equations, State& state, std::size_t begin, std::size_t end) const;
+  void add_gains(const Equations& equations, State& state, std::size_t begin, std::size_t end) const;
+
+  std::vector<Scaled> scaled_;            // by class
+  std::vector<double> per_gram_;          // days / new volume
+  std::vector<double> per_rate_;          // days * volume / new volume
+  std::vector<std::vector<double>> gain_; // by system, g/day at the equations' gaining segments
+  std::vector<double> saved_;             // [system], a block of old values with a neighbour on each side
+  std::vector<double> rate_;              // [system], a block
+  std::vector<double*> rate_rows_;
+  std::vector<const double*> saved_rows_;
+  std::uint64_t version_ = 0; // that scaled_ was made for, and its step
+  double days_ = 0;
+};
+
+} // namespace reference_engine
+
+#endif

@@ -1,0 +1,57 @@
+#include "core/integrator.h"
+
+#include "core/errors.h"
+#include "core/euler.h"
+#include "core/runge_kutta.h"
+#include "core/text.h"
+
+#include <cmath>
+#include <limits>
+
+namespace reference_engine {
+
+void Integrator::find_new_volumes(const Equations& equations, const State& state, double days) {
+  const auto change = equations.network().volume_change();
+  new_volume_.resize(state.volume.size());
+  for (std::size_t i = 0; i < new_volume_.size(); ++i) {
+    new_volume_[i] = state.volume[i] + days * change[i];
+    if (!(new_volume_[i] > 0))
+      throw RunError(text("Segment ", numbered(equations.problem().segments[i], i), " runs dry."));
+  }
+}
+
+void Integrator::hold_limits(const Problem& problem, std::size_t system, std::size_t begin, std::size_t end,
+                             State& state, MassBalance* balance) const {
+  const System& it = problem.systems[system];
+  const double largest = it.largest_concentration > 0 ? it.largest_concentration : std::numeric_limits<double>::max();
+  const std::span<double> values = state.of(system);
+  long long above = 0, below = 0; // as wide as a double, so that the loop is done in vectors
+  for (std::size_t i = begin; i < end; ++i) {
+    above += values[i] <= largest ? 0 : 1; // not-a-number counts as above
+    below += values[i] < 0 ? 1 : 0;
+  }
+  for (std::size_t i = begin; above > 0 && i < end; ++i) {
+    if (values[i] <= largest) continue;
+    throw RunError(text("The concentration of ", it.name, " in segment ", numbered(problem.segments[i], i), " is ",
+                        values[i], " g/m3, above the system's largest of ", largest, "."));
+  }
+  if (below == 0 || problem.negative_allowed) return;
+  const bool noted = balance != nullptr && static_cast<int>(system) == problem.balance_system;
+  for (std::size_t i = begin; i < end; ++i) {
+    if (values[i] >= 0) continue;
+    if (noted) balance->clipped -= new_volume_[i] * values[i];
+    values[i] = 0;
+  }
+}
+
+std::unique_ptr<Integrator> make_integrator(int technique) {
+  switch (technique == 0 ? Technique::explicit_euler : static_cast<Technique>(technique)) {
+  case Technique::explicit_euler: return std::make_unique<Euler>();
+  case Technique::runge_kutta_4: return std::make_unique<RungeKutta>();
+  case Technique::implicit_bdf:
+    throw InputError("The solution technique implicit BDF is not part of this engine yet; choose an explicit one.");
+  }
+  throw InputError(text("The solution technique ", technique, " is not known to this engine."));
+}
+
+} // namespace reference_engine

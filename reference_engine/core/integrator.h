@@ -1,0 +1,41 @@
+// How a State is moved over one step. The forcing is held through the step as it stands at its start.
+#ifndef REFERENCE_ENGINE_CORE_INTEGRATOR_H
+#define REFERENCE_ENGINE_CORE_INTEGRATOR_H
+
+#include "core/equations.h"
+#include "core/state.h"
+
+#include <memory>
+#include <vector>
+
+namespace reference_engine {
+
+// The catalogue's numbers: never change.
+enum class Technique { explicit_euler = 1, runge_kutta_4 = 2, implicit_bdf = 3 };
+
+class Integrator {
+public:
+  virtual ~Integrator() = default;
+
+  // Moves the state by `days`, after a refresh of the equations with it. balance: of problem.balance_system, null for
+  // none. Throws RunError when a segment runs dry or a concentration passes its system's limit; the state is then of
+  // no more use.
+  virtual void step(const Equations& equations, State& state, double days, MassBalance* balance) = 0;
+
+protected:
+  // Writes the volumes at the end of the step into new_volume_.
+  void find_new_volumes(const Equations& equations, const State& state, double days);
+  // Holds segments begin to end of one system to what the problem allows: not above its largest concentration, and
+  // not below 0 (set to 0, and noted in the balance).
+  void hold_limits(const Problem& problem, std::size_t system, std::size_t begin, std::size_t end, State& state,
+                   MassBalance* balance) const;
+
+  std::vector<double> new_volume_;
+};
+
+// technique: the data set's number, where 0 is the first. Throws InputError for one that this engine does not offer.
+std::unique_ptr<Integrator> make_integrator(int technique);
+
+} // namespace reference_engine
+
+#endif

@@ -1,0 +1,189 @@
+#include "core/oxygen.h"
+
+#include "core/errors.h"
+#include "core/oxygen_formulas.h"
+#include "core/text.h"
+
+#include <algorithm>
+
+namespace reference_engine {
+
+namespace {
+
+enum { ammonium, nitrate, cbod, oxygen };
+
+// ISC numbers, shared with the catalogue.
+enum {
+  nitrification_rate = 11, nitrification_theta, nitrification_half, nitrification_oxygen,
+  denitrification_rate, denitrification_theta, denitrification_half,
+  oxidation_rate = 21, oxidation_theta, oxidation_half, settling_constant,
+  reaeration_constant = 31, reaeration_theta, demand_constant, demand_theta, demand_half, salinity_constant
+};
+enum { demand_parameter = 2, reaeration_parameter, settling_parameter, photosynthesis_parameter,
+                 salinity_parameter };
+enum { wind_function = 2, light_function = 3 };
+enum { first_system_output = 21, last_system_output = 24, saturation_output, deficit_output, reaeration_output };
+
+// Share of its full rate at which a process runs that needs oxygen (Monod). A half-saturation of 0 asks for no oxygen.
+double with_oxygen(double available, double half_saturation) {
+  if (half_saturation <= 0) return 1;
+  const double there = std::max(available, 0.0);
+  return there / (half_saturation + there);
+}
+
+// The same for a process that oxygen hinders; a half-saturation of 0 lets it run only without any.
+double without_oxygen(double available, double half_saturation) {
+  const double there = std::max(available, 0.0);
+  return half_saturation <= 0 ? (there > 0 ? 0.0 : 1.0) : half_saturation / (half_saturation + there);
+}
+
+} // namespace
+
+ModelInfo Oxygen::info() {
+  return {.library = library,
+          .systems = {"ammonium nitrogen", "nitrate nitrogen", "ultimate CBOD", "dissolved oxygen"},
+          .parameters = {1, demand_parameter, reaeration_parameter, settling_parameter, photosynthesis_parameter,
+                         salinity_parameter},
+          .time_functions = {1, wind_function, light_function},
+          .constants = {{nitrification_rate, 0.1},
+                        {nitrification_theta, 1.083},
+                        {nitrification_half, 2},
+                        {nitrification_oxygen, 4.57},
+                        {denitrification_rate, 0.09},
+                        {denitrification_theta, 1.045},
+                        {denitrification_half, 0.1},
+                        {oxidation_rate, 0.2},
+                        {oxidation_theta, 1.047},
+                        {oxidation_half, 0.5},
+                        {settling_constant, 0},
+                        {reaeration_constant, 0},
+                        {reaeration_theta, 1.024},
+                        {demand_constant, 0},
+                        {demand_theta, 1.065},
+                        {demand_half, 0.5},
+                        {salinity_constant, 0}},
+          .outputs = {1, 2, 3, 4, 5, 6, 7, 21, 22, 23, 24, 25, 26, 27}};
+}
+
+Oxygen::Oxygen(const Problem& problem)
+    : problem_(problem), model_(model_info(library)), temperature_(problem),
+      nitrification_(process(nitrification_rate, nitrification_theta, nitrification_half)),
+      denitrification_(process(denitrification_rate, denitrification_theta, denitrification_half)),
+      oxidation_(process(oxidation_rate, oxidation_theta, oxidation_half)),
+      oxygen_per_nitrogen_(constant(problem, model_, nitrification_oxygen)),
+      demand_half_saturation_(constant(problem, model_, demand_half)),
+      reaeration_theta_(constant(problem, model_, reaeration_theta)),
+      demand_theta_(constant(problem, model_, demand_theta)),
+      has_wind_(problem.time_functions.contains(wind_function)),
+      has_light_(problem.time_functions.contains(light_function)),
+      given_reaeration_(parameter(problem, reaeration_parameter, 0)),
+      given_demand_(parameter(problem, demand_parameter, constant(problem, model_, demand_constant))),
+      photosynthesis_20_(parameter(problem, photosynthesis_parameter, 0)),
+      salinity_(parameter(problem, salinity_parameter, constant(problem, model_, salinity_constant))),
+      settling_(parameter(problem, settling_parameter, constant(problem, model_, settling_constant))) {
+  const std::size_t count = problem.segments.size();
+  for (auto* per_segment : {&reaeration_factor_, &demand_factor_, &saturation_, &reaeration_, &demand_,
+                            &photosynthesis_, &decay_})
+    per_segment->resize(count);
+  const double everywhere = constant(problem, model_, reaeration_constant);
+  for (double& given : given_reaeration_)
+    if (given <= 0) given = everywhere;
+  for (std::size_t i = 0; i < count; ++i) settling_[i] *= 1 - problem.dissolved[problem.at(cbod, i)];
+}
+
+Oxygen::Process Oxygen::process(int rate_isc, int theta_isc, int half_saturation_isc) const {
+  return {constant(problem_, model_, rate_isc), constant(problem_, model_, theta_isc),
+          constant(problem_, model_, half_saturation_isc), std::vector<double>(problem_.segments.size())};
+}
+
+void Oxygen::update(const Hydraulics& hydraulics, const Forcing& forcing) {
+  if (temperature_.update(forcing)) update_temperature();
+  update_surface(hydraulics, has_wind_ ? std::max(forcing.time_function(wind_function), 0.0) : 0.0);
+  const double light = has_light_ ? forcing.time_function(light_function) : 1.0;
+  for (std::size_t i = 0; i < decay_.size(); ++i) {
+    photosynthesis_[i] = photosynthesis_20_[i] * light;
+    decay_[i] = std::max({nitrification_.now[i], denitrification_.now[i], oxidation_.now[i], reaeration_[i]});
+  }
+}
+
+void Oxygen::update_temperature() {
+  for (Process* process : {&nitrification_, &denitrification_, &oxidation_}) {
+    temperature_.factors(process->theta, process->now);
+    for (double& rate : process->now) rate *= process->rate_20;
+  }
+  temperature_.factors(reaeration_theta_, reaeration_factor_);
+  temperature_.factors(demand_theta_, demand_factor_);
+  const auto temperature = temperature_.values();
+  for (std::size_t i = 0; i < saturation_.size(); ++i) {
+    const bool as_before = i > 0 && temperature[i] == temperature[i - 1] && salinity_[i] == salinity_[i - 1];
+    saturation_[i] = as_before ? saturation_[i - 1] : oxygen_saturation(temperature[i], salinity_[i]);
+  }
+}
+
+double Oxygen::depth_of(const Hydraulics& hydraulics, std::size_t segment, const char* purpose) const {
+  const double depth = hydraulics.depth()[segment];
+  if (depth > 0) return depth;
+  throw RunError(text("Segment ", numbered(problem_.segments[segment], segment), " needs a depth for its ", purpose,
+                      ": give it a depth multiplier, a length and a width, or a minimum depth."));
+}
+
+// Oxygen passes the surface of surface segments only; the sediment takes its demand from any segment that has one.
+void Oxygen::update_surface(const Hydraulics& hydraulics, double wind) {
+  const double transfer = wind_transfer(wind);
+  for (std::size_t i = 0; i < reaeration_.size(); ++i) {
+    double reaeration = 0;
+    if (problem_.segments[i].type == surface) {
+      reaeration = given_reaeration_[i];
+      if (reaeration <= 0) {
+        const double depth = depth_of(hydraulics, i, "reaeration");
+        reaeration = stream_reaeration(hydraulics.velocity()[i], depth) + transfer / depth;
+      }
+    }
+    reaeration_[i] = reaeration * reaeration_factor_[i];
+    demand_[i] = given_demand_[i] > 0
+                     ? given_demand_[i] * demand_factor_[i] / depth_of(hydraulics, i, "sediment oxygen demand")
+                     : 0.0;
+  }
+}
+
+void Oxygen::rates(std::size_t begin, std::size_t end, const double* const* concentration,
+                   double* const* rate) const {
+  for (std::size_t i = begin, k = 0; i < end; ++i, ++k) {
+    const double dissolved = concentration[oxygen][k];
+    const double nitrified =
+        nitrification_.now[i] * with_oxygen(dissolved, nitrification_.half_saturation) * concentration[ammonium][k];
+    const double denitrified =
+        denitrification_.now[i] * without_oxygen(dissolved, denitrification_.half_saturation) * concentration[nitrate][k];
+    const double oxidised =
+        oxidation_.now[i] * with_oxygen(dissolved, oxidation_.half_saturation) * concentration[cbod][k];
+    const double taken_by_sediment = demand_[i] * with_oxygen(dissolved, demand_half_saturation_);
+    rate[ammonium][k] = -nitrified;
+    rate[nitrate][k] = nitrified - denitrified;
+    rate[cbod][k] = -oxidised;
+    rate[oxygen][k] = reaeration_[i] * (saturation_[i] - dissolved) + photosynthesis_[i] - oxidised -
+                      oxygen_per_nitrogen_ * nitrified - taken_by_sediment;
+  }
+}
+
+bool Oxygen::settles(std::size_t system) const {
+  return system == cbod && std::any_of(settling_.begin(), settling_.end(), [](double v) { return v > 0; });
+}
+
+bool Oxygen::output(int isc, std::span<const double> concentration, std::span<double> values) const {
+  const std::size_t count = values.size();
+  const auto row = [&](std::size_t system) { return concentration.subspan(system * count, count); };
+  if (isc >= first_system_output && isc <= last_system_output) {
+    std::ranges::copy(row(static_cast<std::size_t>(isc - first_system_output)), values.begin());
+    return true;
+  }
+  switch (isc) {
+  case saturation_output: std::ranges::copy(saturation_, values.begin()); return true;
+  case deficit_output:
+    std::ranges::transform(saturation_, row(oxygen), values.begin(), std::minus<>());
+    return true;
+  case reaeration_output: std::ranges::copy(reaeration_, values.begin()); return true;
+  default: return false;
+  }
+}
+
+} // namespace reference_engine

@@ -1,0 +1,38 @@
+// The classic explicit Runge-Kutta method of order 4, on the masses V C.
+#ifndef REFERENCE_ENGINE_CORE_RUNGE_KUTTA_H
+#define REFERENCE_ENGINE_CORE_RUNGE_KUTTA_H
+
+#include "core/integrator.h"
+
+#include <vector>
+
+namespace reference_engine {
+
+class RungeKutta : public Integrator {
+public:
+  void step(const Equations& equations, State& state, double days, MassBalance* balance) override;
+
+private:
+  // A stage's concentrations, [system][segment], each system with a 0 before its first and behind its last segment.
+  using Padded = std::vector<double>;
+
+  void prepare(const Equations& equations, const State& state);
+  double* of(Padded& values, std::size_t system) const { return &values[system * stride_ + 1]; }
+  void stage(const Equations& equations, State& state, double weight, double to_next, double days, double elapsed,
+             MassBalance* balance);
+  void change_block(const Equations& equations, const TransportClass& its_class, std::size_t system,
+                    std::size_t begin, std::size_t end);
+
+  std::size_t stride_ = 0;
+  Padded now_, next_;                     // concentrations at this stage and the next
+  std::vector<double> sum_;               // [system][segment], weighted changes of mass so far, g/day
+  std::vector<double> stage_volume_;      // at this stage
+  std::vector<std::vector<double>> gain_; // by system, g/day at the equations' gaining segments
+  std::vector<double> change_, rate_;     // a block: g/day of one system; [system], g/m3/day
+  std::vector<double*> rate_rows_;
+  std::vector<const double*> now_rows_;
+};
+
+} // namespace reference_engine
+
+#endif

@@ -1,0 +1,44 @@
+#include "core/step_control.h"
+
+#include "core/errors.h"
+#include "core/text.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace reference_engine {
+
+void StepRules::check() const {
+  if (!(largest > 0)) throw InputError("The maximum time step is 0 or less.");
+  if (!(fraction > 0)) throw InputError("The fraction of the maximum time step is 0 or less.");
+  if (steps.empty() && !automatic) throw InputError("The data set has no time step.");
+  for (const auto& [moment, step] : steps)
+    if (!(step > 0)) throw InputError(text("The time step from day ", moment, " on is 0 or less."));
+}
+
+double StepRules::given(double now) const {
+  if (steps.empty()) return largest;
+  const auto later = [now](const auto& point) { return point.first > now; };
+  const auto next = std::find_if(steps.begin(), steps.end(), later);
+  return next == steps.begin() ? next->second : std::prev(next)->second;
+}
+
+double choose_step(const StepRules& rules, const StepLimit& limit, const Problem& problem, double now,
+                   double remaining) {
+  double step = rules.given(now);
+  const auto where = [&] { return numbered(problem.segments[limit.segment], limit.segment); };
+  if (rules.automatic) {
+    const double allowed = rules.fraction * limit.days;
+    if (allowed < rules.smallest)
+      throw RunError(text("The stable time step in segment ", where(), " is ", allowed,
+                          " days, below the minimum time step of ", rules.smallest, " days."));
+    step = std::min({step, rules.largest, allowed});
+  } else if (step > limit.days) {
+    throw RunError(text("The time step of ", step, " days is longer than segment ", where(), " allows, which is ",
+                        limit.days, " days."));
+  }
+  constexpr double rounding = 1e-9; // a rest of this share of a step is not a step
+  return remaining / std::max(1.0, std::ceil(remaining / step - rounding));
+}
+
+} // namespace reference_engine

@@ -1,0 +1,83 @@
+// The callback with types: an argument for an address, an exception for a cancel.
+#ifndef REFERENCE_ENGINE_HOST_HOST_H
+#define REFERENCE_ENGINE_HOST_HOST_H
+
+#include "vesk_engine.h"
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace reference_engine {
+
+// Thrown when the front end answers CANCEL with other than 0.
+struct Cancelled {};
+
+enum class ReturnCode : std::int32_t { good = 0, bad_input = 1, failed = 2, cancelled = 3 }; // read by scripts: never change
+
+class Host {
+public:
+  explicit Host(vesk_data_callback callback) : callback_(callback), text_(text_size) {}
+
+  // Indices count from 1. What the front end does not find reads as 0 or an empty text.
+  template <class... Index>
+  std::int32_t integer(std::string_view keyword, Index... indices) {
+    std::int32_t value = 0;
+    get(keyword, &value, indices...);
+    return value;
+  }
+  // Widened from the interface's single precision.
+  template <class... Index>
+  double real(std::string_view keyword, Index... indices) {
+    float value = 0;
+    get(keyword, &value, indices...);
+    return static_cast<double>(value);
+  }
+  template <class... Index>
+  std::string string(std::string_view keyword, Index... indices) {
+    text_.front() = '\0';
+    get(keyword, text_.data(), indices...);
+    return text_.data();
+  }
+  // A count that is used as a size: never below 0.
+  template <class... Index>
+  std::int32_t count(std::string_view keyword, Index... indices) {
+    return std::max(integer(keyword, indices...), 0);
+  }
+
+  using Arguments = std::array<void*, 5>;
+  void get(std::string_view keyword, const Arguments& arguments) { call('G', keyword, arguments); }
+  void put(std::string_view keyword, const Arguments& arguments = {}) { call('P', keyword, arguments); }
+  void put(std::string_view keyword, std::int32_t value) { put(keyword, Arguments{&value}); }
+  void put(std::string_view keyword, std::string value) { put(keyword, Arguments{value.data()}); }
+
+  void info(std::string line) { put("INFO", std::move(line)); }
+  void failure(std::string line); // an info line with the icon of a failure
+  void status(std::string description, std::int32_t code);
+  void return_code(ReturnCode code) { put("RETURNCODE", static_cast<std::int32_t>(code)); }
+  void stop_if_cancelled(); // throws Cancelled
+
+  // Room for any text that the interface hands out; file names have no limit, so this leaves plenty.
+  static constexpr std::size_t text_size = std::size_t{1} << 16;
+  char* text_buffer() { return text_.data(); }
+
+private:
+  template <class... Index>
+  void get(std::string_view keyword, void* value, Index... indices) {
+    std::array<std::int32_t, sizeof...(Index) + 1> copies{static_cast<std::int32_t>(indices)...};
+    Arguments arguments{};
+    for (std::size_t k = 0; k < sizeof...(Index); ++k) arguments[k] = &copies[k];
+    arguments[sizeof...(Index)] = value;
+    get(keyword, arguments);
+  }
+  void call(char mode, std::string_view keyword, const Arguments& arguments);
+
+  vesk_data_callback callback_;
+  std::vector<char> text_;
+};
+
+} // namespace reference_engine
+
+#endif

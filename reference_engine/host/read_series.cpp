@@ -1,0 +1,134 @@
+#include "host/read_series.h"
+
+#include "core/errors.h"
+#include "core/text.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <set>
+
+namespace reference_engine {
+
+namespace {
+
+constexpr float untouched = std::numeric_limits<float>::quiet_NaN();
+
+std::size_t element(std::int32_t function, std::int32_t field) {
+  return static_cast<std::size_t>(function - 1) * fields_per_function + static_cast<std::size_t>(field - 1);
+}
+
+// No keyword tells which fields are in use. The front end writes the elements of those alone, so the others still hold
+// what they were filled with.
+bool in_use(const std::vector<float>& values, std::int32_t functions, std::int32_t field) {
+  for (std::int32_t function = 1; function <= functions; ++function)
+    if (!std::isnan(values[element(function, field)])) return true;
+  return false;
+}
+
+std::vector<float> make_functions(Host& host, std::string_view keyword, std::int32_t fields) {
+  std::int32_t most = 0;
+  for (std::int32_t field = 1; field <= fields; ++field) most = std::max(most, host.count(keyword, field));
+  return std::vector<float>(static_cast<std::size_t>(most) * fields_per_function, untouched);
+}
+
+void read_flow_field(Host& host, std::int32_t field, std::int32_t functions, Problem& problem) {
+  const double factor = host.real("SCALEQ", field) * host.real("CONVQ", field);
+  for (std::int32_t function = 1; function <= functions; ++function) {
+    host.stop_if_cancelled();
+    const std::int32_t pairs = host.count("NOQS", field, function);
+    for (std::int32_t pair = 1; pair <= pairs; ++pair)
+      problem.flows.push_back({.element = element(function, field),
+                               .field = static_cast<FlowField>(field - 1),
+                               .from = host.integer("JQ", field, function, pair) - 1,
+                               .to = host.integer("IQ", field, function, pair) - 1,
+                               .factor = factor * host.real("BQ", field, function, pair)});
+  }
+}
+
+void read_exchange_field(Host& host, std::int32_t field, std::int32_t functions, Problem& problem) {
+  const double factor = host.real("SCALER", field) * host.real("CONVR", field);
+  for (std::int32_t function = 1; function <= functions; ++function) {
+    host.stop_if_cancelled();
+    const std::int32_t pairs = host.count("NORS", field, function);
+    for (std::int32_t pair = 1; pair <= pairs; ++pair) {
+      const double area = host.real("XAREA", field, function, pair), length = host.real("LENGTH", field, function, pair);
+      if (!(length > 0))
+        throw InputError(text("Pair ", pair, " of exchange function ", function, " in field ", field,
+                              " has no mixing length."));
+      problem.exchanges.push_back({.element = element(function, field),
+                                   .field = static_cast<ExchangeField>(field - 1),
+                                   .one = host.integer("JRSEG", field, function, pair) - 1,
+                                   .two = host.integer("IRSEG", field, function, pair) - 1,
+                                   .factor = factor * area / length});
+    }
+  }
+}
+
+void clear_untouched(std::vector<float>& values) {
+  std::replace_if(values.begin(), values.end(), [](float value) { return std::isnan(value); }, 0.0f);
+}
+
+} // namespace
+
+std::pair<double, double> read_point(Host& host, std::string_view keyword, std::int32_t point) {
+  float days = 0, value = 0;
+  host.get(keyword, {&point, &days, &value});
+  return {days, value};
+}
+
+void register_forcing(Host& host, const ModelInfo& model, const Problem& problem, Forcing& forcing) {
+  constexpr int room = 256; // a catalogue with functions of later models must not write past the end
+  const int largest = model.time_functions.empty() ? 0 : std::ranges::max(model.time_functions);
+  const std::size_t cells = problem.segments.size() * problem.systems.size();
+  forcing.time_functions.assign(static_cast<std::size_t>(std::max(largest, room)), 0.0f);
+  forcing.loads.assign(cells, 0.0f);
+  forcing.boundaries.assign(cells, 0.0f);
+  forcing.flows = make_functions(host, "NINQ", flow_fields);
+  forcing.exchanges = make_functions(host, "NTEX", exchange_fields);
+  const auto put_array = [&host](const char* keyword, std::vector<float>& values) {
+    if (!values.empty()) host.put(keyword, Host::Arguments{values.data()});
+  };
+  put_array("ALLTFDATA", forcing.time_functions);
+  put_array("ALLLOADDATA", forcing.loads);
+  put_array("ALLBCDATA", forcing.boundaries);
+  put_array("ALLFLOWDATA", forcing.flows);
+  put_array("ALLEXCHANGEDATA", forcing.exchanges);
+  host.put("PRINTTIMEFUNC", Host::Arguments{&forcing.print_interval});
+  set_days(host, 0);
+}
+
+void set_days(Host& host, double days) {
+  auto narrowed = static_cast<float>(days);
+  host.put("DAYS", Host::Arguments{&narrowed});
+}
+
+void read_pairs(Host& host, Forcing& forcing, Problem& problem) {
+  for (std::int32_t field = 1; field <= flow_fields; ++field) {
+    const std::int32_t functions = host.count("NINQ", field);
+    if (in_use(forcing.flows, functions, field)) read_flow_field(host, field, functions, problem);
+  }
+  for (std::int32_t field = 1; field <= exchange_fields; ++field) {
+    const std::int32_t functions = host.count("NTEX", field);
+    if (in_use(forcing.exchanges, functions, field)) read_exchange_field(host, field, functions, problem);
+  }
+  clear_untouched(forcing.flows);
+  clear_untouched(forcing.exchanges);
+}
+
+void read_loads(Host& host, Problem& problem) {
+  for (std::size_t s = 1; s <= problem.systems.size(); ++s) {
+    std::set<int> segments; // of two loads on one segment the later one is what the array holds
+    const std::int32_t loads = host.count("NOWK", s);
+    for (std::int32_t load = 1; load <= loads; ++load) {
+      const int segment = host.integer("IWK", s, load) - 1;
+      if (segment < 0 || segment >= static_cast<int>(problem.segments.size()))
+        throw InputError(text("Load ", load, " of ", problem.systems[s - 1].name, " names segment ", segment + 1,
+                              ", but the model has ", problem.segments.size(), " segments."));
+      segments.insert(segment);
+    }
+    for (const int segment : segments) problem.loads.push_back({static_cast<int>(s - 1), segment});
+  }
+}
+
+} // namespace reference_engine

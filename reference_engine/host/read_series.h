@@ -1,0 +1,33 @@
+// The part of the data set that is driven by values over time: the forcing's arrays, and what they act on.
+#ifndef REFERENCE_ENGINE_HOST_READ_SERIES_H
+#define REFERENCE_ENGINE_HOST_READ_SERIES_H
+
+#include "core/forcing.h"
+#include "core/kinetics.h"
+#include "core/problem.h"
+#include "host/host.h"
+
+#include <utility>
+
+namespace reference_engine {
+
+constexpr std::int32_t flow_fields = 6, exchange_fields = 2;
+
+// One point of a series without parent records, DTFUNC or PRINTFUNC: days since the start, and value.
+std::pair<double, double> read_point(Host& host, std::string_view keyword, std::int32_t point);
+
+// Sizes the forcing's arrays by the problem's segments and systems, registers them, and fills them for day 0. Elements
+// of fields that are not in use stay not-a-number until read_pairs has looked at them.
+void register_forcing(Host& host, const ModelInfo& model, const Problem& problem, Forcing& forcing);
+
+// The forcing's values at a moment, days since the start.
+void set_days(Host& host, double days);
+
+// Reads the pairs of the fields in use, and sets the forcing's other elements to 0.
+void read_pairs(Host& host, Forcing& forcing, Problem& problem);
+
+void read_loads(Host& host, Problem& problem);
+
+} // namespace reference_engine
+
+#endif

@@ -1,0 +1,189 @@
+#include "host/run.h"
+
+#include "core/equations.h"
+#include "core/errors.h"
+#include "core/integrator.h"
+#include "core/text.h"
+#include "host/read_series.h"
+#include "host/results_grid.h"
+#include "host/run_input.h"
+#include "script/restart_file.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <limits>
+#include <optional>
+
+namespace reference_engine {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+const char* technique_name(int technique) {
+  return static_cast<Technique>(technique) == Technique::runge_kutta_4 ? "explicit Runge-Kutta of order 4"
+                                                                        : "explicit Euler";
+}
+
+class Run {
+public:
+  Run(Host& host, const RunInput& input, std::string_view library)
+      : host_(host), input_(input), library_(library), equations_(input.problem, library), state_(input.problem),
+        integrator_(make_integrator(input.technique)), grid_(host, input.problem), values_(state_.volume.size()) {
+    if (input.problem.balance_system >= 0) {
+      balance_.emplace();
+      balance_->at_start = state_.mass(static_cast<std::size_t>(input.problem.balance_system));
+    }
+    open_results();
+  }
+
+  void go() {
+    host_.info(text("Running ", library_, " with ", state_.volume.size(), " segments from ", input_.start.iso(' '),
+                    " over ", input_.days, " days by ", technique_name(input_.technique), "."));
+    if (input_.debug > 0) tell_network();
+    double next_print = 0;
+    for (;;) {
+      host_.stop_if_cancelled();
+      set_days(host_, now_);
+      equations_.refresh(input_.forcing, state_);
+      note_limit();
+      const bool at_end = now_ >= input_.days;
+      if (now_ >= next_print || at_end) {
+        print();
+        next_print = now_ + print_interval();
+      }
+      if (at_end) break;
+      advance(std::min(next_print, input_.days));
+      show_progress();
+    }
+    publish();
+    host_.info(closing_line());
+  }
+
+private:
+  void open_results() {
+    RunDescription run{.title = text("Results of ", input_.base.filename().string()),
+                       .source = text("Compartment model, kinetics ", library_, ", ", technique_name(input_.technique)),
+                       .start = input_.start,
+                       .segments = {}};
+    for (const Segment& segment : input_.problem.segments) run.segments.push_back(segment.name);
+    writers_.push_back({make_netcdf_writer(input_.base, run, input_.outputs), &input_.outputs});
+    if (!input_.csv_outputs.empty())
+      writers_.push_back({make_csv_writer(input_.base, run, input_.csv_outputs), &input_.csv_outputs});
+  }
+
+  void tell_network() {
+    host_.info(text(input_.problem.flows.size(), " flow pairs and ", input_.problem.exchanges.size(),
+                    " exchange pairs make ", equations_.network().links().size(), " links; ",
+                    equations_.network().far_terms().size(), " neighbours are not numbered one after the other; ",
+                    equations_.classes().size(), " ways in which systems are carried."));
+  }
+
+  double print_interval() const {
+    const auto interval = static_cast<double>(input_.forcing.print_interval);
+    if (!(interval > 0)) throw RunError(text("The print interval at day ", now_, " is 0 or less."));
+    return interval;
+  }
+
+  void note_limit() {
+    const StepLimit limit = equations_.limit();
+    if (limit.days < shortest_.days) shortest_ = limit;
+    if (std::isfinite(limit.days)) longest_ = std::max(longest_, limit.days);
+  }
+
+  void advance(double next_event) {
+    const double remaining = next_event - now_;
+    const double step = choose_step(input_.rules, equations_.limit(), input_.problem, now_, remaining);
+    integrator_->step(equations_, state_, step, balance_ ? &*balance_ : nullptr);
+    now_ = step >= remaining ? next_event : now_ + step;
+    ++steps_;
+  }
+
+  void print() {
+    for (const Writer& writer : writers_) {
+      writer.results->begin_time(now_);
+      for (std::size_t k = 0; k < writer.variables->size(); ++k) {
+        equations_.output((*writer.variables)[k].isc, state_, values_);
+        writer.results->write(k, values_);
+      }
+    }
+    grid_.show(state_);
+    shown_at_ = Clock::now();
+    if (input_.debug > 1)
+      host_.info(text("Day ", now_, ": ", steps_, " steps, limit ", equations_.limit().days, " days in segment ",
+                      numbered(input_.problem.segments[equations_.limit().segment], equations_.limit().segment), "."));
+  }
+
+  // Told only when it changes: the front end works out the time remaining from each.
+  void show_progress() {
+    constexpr auto between_shows = std::chrono::milliseconds(250);
+    const auto percent = static_cast<std::int32_t>(100 * now_ / input_.days);
+    if (percent != percent_) host_.put("PROGRESS", percent_ = percent);
+    if (Clock::now() - shown_at_ < between_shows) return;
+    grid_.show(state_);
+    shown_at_ = Clock::now();
+  }
+
+  void publish() {
+    std::optional<RestartFile> restart;
+    if (input_.writes_restart) restart.emplace(input_.base, state_, input_.volume_factor);
+    for (const Writer& writer : writers_) writer.results->publish();
+    if (restart) restart->publish();
+  }
+
+  std::string closing_line() {
+    const std::chrono::duration<double> wall = Clock::now() - began_;
+    std::string line = text("Finished ", input_.days, " days in ", steps_, " steps and ", wall.count(), " s; ");
+    if (std::isfinite(shortest_.days))
+      line += text("the largest stable step was between ", shortest_.days, " and ", longest_,
+                   " days, shortest in segment ",
+                   numbered(input_.problem.segments[shortest_.segment], shortest_.segment));
+    else line += "no segment limited the step";
+    if (!balance_) return line + "; no system is chosen for the mass balance.";
+    const auto system = static_cast<std::size_t>(input_.problem.balance_system);
+    balance_->now = state_.mass(system);
+    const auto kilograms = [](double grams) { return grams / grams_per_kilogram; };
+    line += text("; mass of ", input_.problem.systems[system].name, " in kg: inflow ", kilograms(balance_->moved.inflow),
+                 ", outflow ", kilograms(balance_->moved.outflow), ", loads ", kilograms(balance_->moved.loads),
+                 ", reacted ", kilograms(balance_->moved.reacted), ", stored ", kilograms(balance_->stored()));
+    if (balance_->clipped > 0) line += text(", raised to 0 ", kilograms(balance_->clipped));
+    return line + text(", relative error ", balance_->relative_error(), ".");
+  }
+
+  struct Writer {
+    std::unique_ptr<ResultWriter> results;
+    const std::vector<OutputVariable>* variables;
+  };
+
+  Host& host_;
+  const RunInput& input_;
+  std::string_view library_;
+  Equations equations_;
+  State state_;
+  std::unique_ptr<Integrator> integrator_;
+  std::vector<Writer> writers_;
+  ResultsGrid grid_;
+  std::vector<double> values_; // one a segment
+  std::optional<MassBalance> balance_;
+  double now_ = 0; // days since the start; the interface's single precision is too coarse to count in
+  long long steps_ = 0;
+  std::int32_t percent_ = 0;
+  StepLimit shortest_{std::numeric_limits<double>::infinity(), 0};
+  double longest_ = 0;
+  Clock::time_point began_ = Clock::now(), shown_at_ = began_;
+};
+
+} // namespace
+
+void run_model(Host& host, std::string_view library) {
+  host.status("Reading the data set", 1);
+  RunInput input;
+  read_run_input(host, library, input);
+  host.status("Running", 2);
+  Run(host, input, library).go();
+  host.put("PROGRESS", 100);
+  host.status("Finished", 0);
+}
+
+} // namespace reference_engine

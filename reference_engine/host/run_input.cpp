@@ -1,0 +1,188 @@
+#include "host/run_input.h"
+
+#include "core/errors.h"
+#include "core/kinetics.h"
+#include "core/text.h"
+#include "host/read_series.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace reference_engine {
+
+namespace {
+
+// Choices that this engine does not offer are refused, never passed over.
+void refuse_unsupported(Host& host) {
+  switch (host.integer("IQOPT")) {
+  case 1:
+  case 2: break;
+  case 3: throw InputError("Hydrodynamic linkage is not part of this engine yet; choose net or gross flows.");
+  case 4: throw InputError("The kinematic wave network is not part of this engine; choose net or gross flows.");
+  default: throw InputError("The flow option is not known; choose net or gross flows.");
+  }
+  if (host.integer("LOPT") != 0) throw InputError("Non-point-source files are not part of this engine.");
+  if (host.integer("BEDOPT") != 0) throw InputError("Dynamic bed volumes are not part of this engine.");
+  if (host.integer("VESKTOVESKLINK") != 0) throw InputError("Linkage of one model to another is not part of this engine.");
+  if (const int option = host.integer("ICRD"); option != 0 && option != 1)
+    throw InputError("The restart option is neither to create a restart file nor to create none.");
+}
+
+void read_segments(Host& host, RunInput& input) {
+  const std::int32_t count = host.count("NUMSEG");
+  if (count == 0) throw InputError("The data set has no segments.");
+  input.volume_factor = host.real("SCALV") * host.real("CONVV");
+  for (std::int32_t i = 1; i <= count; ++i) {
+    host.stop_if_cancelled();
+    Segment segment{.name = host.string("SEGNAME", i),
+                    .volume = host.real("VOLUME", i) * input.volume_factor,
+                    .velocity_multiplier = host.real("VMULT", i),
+                    .velocity_exponent = host.real("VEXP", i),
+                    .depth_multiplier = host.real("DMULT", i),
+                    .depth_exponent = host.real("DEXP", i),
+                    .length = host.real("SEGLENGTH", i),
+                    .width = host.real("SEGWIDTH", i),
+                    .minimum_depth = host.real("SEGMINDEPTH", i),
+                    .type = host.integer("SEGTYPE", i),
+                    .bottom = host.integer("BOTSEG", i) - 1};
+    if (!(segment.volume > 0))
+      throw InputError(text("Segment ", numbered(segment, static_cast<std::size_t>(i - 1)), " has no volume."));
+    input.problem.segments.push_back(std::move(segment));
+  }
+}
+
+void read_systems(Host& host, Problem& problem) {
+  const std::int32_t count = host.count("NUMSYS");
+  for (std::int32_t s = 1; s <= count; ++s) {
+    problem.systems.push_back({.name = host.string("SYSNAME", s),
+                               .simulated = host.integer("GSYSPASS", s) == 0,
+                               .flows = host.integer("NOQSYSPASS", s) == 0,
+                               .disperses = host.integer("NORSYSPASS", s) == 0,
+                               .solids_field = host.integer("IFIELD", s),
+                               .largest_concentration = host.real("CMAX", s),
+                               .boundary_factor = host.real("SCALB", s) * host.real("CONVB", s),
+                               .load_factor = host.real("SCALW", s) * host.real("CONVW", s)});
+  }
+  // The choice reads back as a position from 0, and as the number of systems where none is chosen.
+  const std::int32_t balance = host.integer("JMAS");
+  if (balance >= 0 && balance < count) problem.balance_system = balance;
+}
+
+void read_concentrations(Host& host, Problem& problem) {
+  for (std::size_t s = 0; s < problem.systems.size(); ++s) {
+    const System& system = problem.systems[s];
+    for (std::size_t i = 0; i < problem.segments.size(); ++i) {
+      const double initial = host.real("INITC", s + 1, i + 1), dissolved = host.real("FDISS", s + 1, i + 1);
+      const auto where = [&] { return text(system.name, " in segment ", numbered(problem.segments[i], i)); };
+      if (system.largest_concentration > 0 && initial > system.largest_concentration)
+        throw InputError(text("The initial concentration of ", where(), " is ", initial,
+                              ", above the system's largest of ", system.largest_concentration, "."));
+      if (initial < 0 && !problem.negative_allowed)
+        throw InputError(text("The initial concentration of ", where(), " is below 0, which the data set does not allow."));
+      if (!(dissolved >= 0 && dissolved <= 1))
+        throw InputError(text("The dissolved fraction of ", where(), " is ", dissolved, ", not between 0 and 1."));
+      problem.initial.push_back(initial);
+      problem.dissolved.push_back(dissolved);
+    }
+    host.stop_if_cancelled();
+  }
+}
+
+template <class Known>
+void check_known(const Known& known, std::int32_t isc, const char* what, std::string_view library) {
+  if (std::find(known.begin(), known.end(), isc) == known.end())
+    throw InputError(text("The model ", library, " of this engine has no ", what, " with the number ", isc, "."));
+}
+
+void read_parameters(Host& host, const ModelInfo& model, Problem& problem) {
+  const std::int32_t count = host.count("NOPAM", 1);
+  for (std::int32_t p = 1; p <= count; ++p) {
+    const std::int32_t isc = host.integer("ISCPARAM", 1, p);
+    check_known(model.parameters, isc, "parameter", model.library);
+    const double scale = host.real("SCALEPARAM", p);
+    std::vector<double>& values = problem.parameters[isc];
+    values.clear();
+    for (std::size_t i = 1; i <= problem.segments.size(); ++i) values.push_back(scale * host.real("CONSTPARAM", i, p));
+    host.stop_if_cancelled();
+  }
+}
+
+void read_constants(Host& host, const ModelInfo& model, Problem& problem) {
+  std::vector<int> known;
+  for (const ConstantInfo& info : model.constants) known.push_back(info.isc);
+  const std::int32_t constants = host.count("NUMCONST");
+  for (std::int32_t k = 1; k <= constants; ++k) {
+    const std::int32_t isc = host.integer("CONSTISC", k);
+    check_known(known, isc, "constant", model.library);
+    problem.constants[isc] = host.real("CONSTVALUE", k);
+  }
+  const std::int32_t functions = host.count("NUMTF");
+  for (std::int32_t k = 1; k <= functions; ++k) {
+    const std::int32_t isc = host.integer("TFISC", k);
+    check_known(model.time_functions, isc, "time function", model.library);
+    problem.time_functions.insert(isc);
+  }
+}
+
+void read_times(Host& host, RunInput& input) {
+  host.get("SEEDDATE", {&input.start.month, &input.start.day, &input.start.year});
+  host.get("SEEDTIME", {&input.start.hour, &input.start.minute, &input.start.second});
+  input.days = host.real("ENDJULIAN");
+  if (!(input.days > 0)) throw InputError("The end of the simulation is not after its start.");
+  input.rules = {.steps = {},
+                 .largest = host.real("MAXDT"),
+                 .smallest = host.real("MINDT"),
+                 .fraction = host.real("FRACMAXTS"),
+                 .automatic = host.integer("INTYP") != 0};
+  const std::int32_t steps = host.count("NUMDT"), prints = host.count("NPRINT");
+  for (std::int32_t k = 1; k <= steps; ++k) input.rules.steps.push_back(read_point(host, "DTFUNC", k));
+  input.rules.check();
+  if (prints == 0) throw InputError("The data set has no print interval.");
+  for (std::int32_t k = 1; k <= prints; ++k)
+    if (const auto [moment, interval] = read_point(host, "PRINTFUNC", k); !(interval > 0))
+      throw InputError(text("The print interval from day ", moment, " on is 0 or less."));
+}
+
+std::vector<OutputVariable> read_outputs(Host& host, const ModelInfo& model, bool csv) {
+  const auto keyword = [csv](const char* plain, const char* of_csv) { return csv ? of_csv : plain; };
+  std::vector<OutputVariable> outputs;
+  const std::int32_t count = host.count(keyword("NUMOP", "NUMCSVOP"));
+  for (std::int32_t k = 1; k <= count; ++k) {
+    OutputVariable output{.isc = host.integer(keyword("OPISC", "CSVOPISC"), k),
+                          .name = host.string(keyword("OPSHORTDESC", "CSVOPSHORTDESC"), k),
+                          .description = host.string(keyword("OPDESCRIPTION", "CSVOPDESCRIPTION"), k),
+                          .units = host.string(keyword("OPUNITS", "CSVOPUNITS"), k),
+                          .csv_file = csv ? host.string("CSVOPFILENAME", k) : std::string()};
+    check_known(model.outputs, output.isc, "output variable", model.library);
+    outputs.push_back(std::move(output));
+  }
+  return outputs;
+}
+
+} // namespace
+
+void read_run_input(Host& host, std::string_view library, RunInput& input) {
+  const ModelInfo& model = model_info(library);
+  refuse_unsupported(host);
+  const std::string file = host.string("FILENAME");
+  if (file.empty()) throw InputError("The data set has no file name, so its results have no place: save it first.");
+  input.base = std::filesystem::path(file).replace_extension();
+  input.technique = host.integer("SOLUTIONTYPE");
+  input.debug = host.integer("DEBUG");
+  input.writes_restart = host.integer("ICRD") == 1;
+  input.problem.net_flows = host.integer("IQOPT") == 1;
+  input.problem.negative_allowed = host.integer("NEGSLN") != 0;
+  read_times(host, input);
+  read_segments(host, input);
+  read_systems(host, input.problem);
+  read_concentrations(host, input.problem);
+  read_parameters(host, model, input.problem);
+  read_constants(host, model, input.problem);
+  input.outputs = read_outputs(host, model, false);
+  input.csv_outputs = read_outputs(host, model, true);
+  register_forcing(host, model, input.problem, input.forcing);
+  read_pairs(host, input.forcing, input.problem);
+  read_loads(host, input.problem);
+}
+
+} // namespace reference_engine

@@ -1,0 +1,107 @@
+// The six functions that the library exports. What goes wrong inside ends here, as one sentence for the modeller and a
+// return code.
+#include "core/errors.h"
+#include "host/host.h"
+#include "host/run.h"
+#include "script/script.h"
+
+#include <algorithm>
+#include <exception>
+#include <filesystem>
+
+namespace reference_engine {
+namespace {
+
+void end(Host& host, ReturnCode code, const char* sentence) {
+  host.failure(sentence);
+  host.return_code(code);
+}
+
+template <class Job>
+void guarded(vesk_data_callback callback, Job job) noexcept {
+  try {
+    Host host(callback);
+    try {
+      job(host);
+      host.return_code(ReturnCode::good);
+    } catch (const Cancelled&) {
+      host.info("Cancelled; no file was written.");
+      host.return_code(ReturnCode::cancelled);
+    } catch (const InputError& error) {
+      end(host, ReturnCode::bad_input, error.what());
+    } catch (const std::bad_alloc&) {
+      end(host, ReturnCode::failed, "There is not enough memory for this model.");
+    } catch (const std::exception& error) {
+      end(host, ReturnCode::failed, error.what());
+    }
+  } catch (...) { // not even that could be told
+  }
+}
+
+Form form_of(const std::string& file) {
+  const auto extension = std::filesystem::path(file).extension();
+  if (extension == ".vkn") return network_form;
+  if (extension == ".rst") return restart_form;
+  return input_form;
+}
+
+std::string named_file(Host& host) {
+  std::string file = host.string("FILENAME");
+  if (file.empty()) throw InputError("No file is named.");
+  return file;
+}
+
+} // namespace
+} // namespace reference_engine
+
+using namespace reference_engine;
+
+extern "C" {
+
+void execute_model(const char* library, vesk_data_callback data_callback) {
+  guarded(data_callback, [&](Host& host) { run_model(host, library == nullptr ? "" : library); });
+}
+
+void get_maximum_parameters(const char*, vesk_data_callback data_callback) {
+  guarded(data_callback, [](Host& host) {
+    host.put("MAXSEG", Limits::segments);
+    host.put("MAXTRANFUNC", Limits::functions);
+    host.put("MAXBREAK", Limits::breaks);
+    host.put("MAXBOUND", Limits::boundaries);
+    host.put("MAXLOAD", Limits::loads);
+  });
+}
+
+void import_export(vesk_data_callback data_callback, int flag) {
+  guarded(data_callback, [flag](Host& host) {
+    const std::string file = named_file(host);
+    if (flag == 0) return export_script(host, file, form_of(file));
+    import_script(host, file, input_form);
+    host.put("FILENAME", file);
+    host.info("Read " + file + ".");
+  });
+}
+
+void import_network(vesk_data_callback data_callback) {
+  guarded(data_callback, [](Host& host) {
+    const std::string file = named_file(host);
+    import_script(host, file, network_form);
+    host.info("Read the network " + file + ".");
+  });
+}
+
+void load_restart_file(vesk_data_callback data_callback) {
+  guarded(data_callback, [](Host& host) {
+    const std::string file = named_file(host);
+    import_script(host, file, restart_form);
+    host.info("Read the restart file " + file + ".");
+  });
+}
+
+void read_hyd_file(vesk_data_callback data_callback) {
+  guarded(data_callback, [](Host&) {
+    throw InputError("Reading hydrodynamic files is not part of this engine yet.");
+  });
+}
+
+} // extern "C"

@@ -1,0 +1,99 @@
+// Comma-separated results: one file for each variable; first column the time, then one column for each segment.
+#include "core/errors.h"
+#include "core/text.h"
+#include "output/output_file.h"
+#include "output/results.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <fstream>
+#include <map>
+
+namespace reference_engine {
+
+namespace {
+
+// RFC 4180: quotes around what holds a separator, and quotes doubled.
+std::string quoted(const std::string& field) {
+  if (field.find_first_of(",\"\r\n") == std::string::npos) return field;
+  std::string out = "\"";
+  for (const char c : field) {
+    if (c == '"') out += '"';
+    out += c;
+  }
+  return out + '"';
+}
+
+// A name that several segments bear gets the segment's number.
+std::string header(const std::vector<std::string>& segments) {
+  std::map<std::string, int> uses;
+  for (const std::string& name : segments) ++uses[name];
+  std::string line = "time";
+  for (std::size_t i = 0; i < segments.size(); ++i) {
+    const bool alone = uses[segments[i]] == 1 && !segments[i].empty();
+    line += ',' + quoted(alone ? segments[i] : text(segments[i], " [", i + 1, "]"));
+  }
+  return line + '\n';
+}
+
+class CsvWriter : public ResultWriter {
+public:
+  CsvWriter(const std::filesystem::path& base, const RunDescription& run, const std::vector<OutputVariable>& variables)
+      : start_(run.start) {
+    for (const OutputVariable& variable : variables) {
+      const std::string name = variable.csv_file.empty() ? text("output_", variable.isc, ".csv") : variable.csv_file;
+      files_.push_back(std::make_unique<File>(base.string() + "_" + name));
+      files_.back()->stream << header(run.segments);
+      check(*files_.back());
+    }
+  }
+
+  void begin_time(double days) override { time_ = start_.after(days).iso(); }
+
+  void write(std::size_t variable, std::span<const double> values) override {
+    line_ = time_;
+    for (const double value : values) {
+      line_ += ',';
+      if (std::isnan(value)) continue;
+      std::array<char, 32> digits;
+      const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), static_cast<float>(value)).ptr;
+      line_.append(digits.data(), end);
+    }
+    line_ += '\n';
+    files_[variable]->stream << line_;
+    check(*files_[variable]);
+  }
+
+  void publish() override {
+    for (const auto& file : files_) {
+      file->stream.close();
+      check(*file);
+    }
+    for (const auto& file : files_) file->file.publish();
+  }
+
+private:
+  struct File {
+    explicit File(std::filesystem::path name) : file(std::move(name)), stream(file.temporary(), std::ios::binary) {}
+    OutputFile file;
+    std::ofstream stream;
+  };
+
+  static void check(const File& file) {
+    if (!file.stream) throw RunError(text(file.file.final_name().string(), ": can't be written."));
+  }
+
+  Moment start_;
+  std::vector<std::unique_ptr<File>> files_;
+  std::string time_, line_;
+};
+
+} // namespace
+
+std::unique_ptr<ResultWriter> make_csv_writer(const std::filesystem::path& base, const RunDescription& run,
+                                              const std::vector<OutputVariable>& variables) {
+  return std::make_unique<CsvWriter>(base, run, variables);
+}
+
+} // namespace reference_engine

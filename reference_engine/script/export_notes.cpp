@@ -1,0 +1,197 @@
+#include "script/export_notes.h"
+
+#include "core/forcing.h"
+#include "core/text.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace reference_engine {
+
+namespace {
+
+using Item = std::int32_t;
+constexpr Item flow_fields = 6, exchange_fields = 2;
+constexpr float untouched = std::numeric_limits<float>::quiet_NaN();
+
+// A kind of series, by the keywords that tell its points.
+struct SeriesKind {
+  const char* points;
+  const char* point;
+};
+
+// Interpolation has no keyword, so the front end is asked for each series' value between two of its points: a linear
+// one is then between their values, a step series still at the first.
+class Probe {
+public:
+  explicit Probe(Host& host) : host_(host) {
+    const auto cells = static_cast<std::size_t>(host.count("NUMSEG")) * static_cast<std::size_t>(host.count("NUMSYS"));
+    functions_.resize(256);
+    loads_.resize(cells);
+    boundaries_.resize(cells);
+    flows_.assign(field_elements("NINQ", flow_fields), untouched);
+    exchanges_.assign(field_elements("NTEX", exchange_fields), untouched);
+    lend("ALLTFDATA", functions_);
+    lend("ALLLOADDATA", loads_);
+    lend("ALLBCDATA", boundaries_);
+    lend("ALLFLOWDATA", flows_);
+    lend("ALLEXCHANGEDATA", exchanges_);
+  }
+
+  // Notes all series, asks for their values in order of time, and returns the names of the step series.
+  std::vector<std::string> step_series() {
+    note_time_functions();
+    note_records("load", "NOWK", "IWK", {"NBWK", "LOADFUNC"}, loads_);
+    note_records("boundary", "NOBC", "IBC", {"NBFP", "BOUNDFUNC"}, boundaries_);
+    note_fields("flow", flow_fields, "NINQ", {"NBRKQ", "NOQFUNC"}, flows_);
+    note_fields("exchange", exchange_fields, "NTEX", {"NOBRKS", "NORFUNC"}, exchanges_);
+    std::vector<std::string> names;
+    for (auto& [days, series] : questions_) {
+      host_.stop_if_cancelled();
+      float moment = days;
+      host_.put("DAYS", Host::Arguments{&moment});
+      for (Series& it : series)
+        if (std::abs(*it.value - it.first) < std::abs(*it.value - (it.first + it.second) / 2))
+          names.push_back(std::move(it.name));
+    }
+    return names;
+  }
+
+  // Fields with functions that the front end leaves alone. To be asked first.
+  std::vector<std::string> unused_fields() {
+    float start = 0;
+    host_.put("DAYS", Host::Arguments{&start});
+    std::vector<std::string> names;
+    const auto look = [&](const char* what, Item fields, const char* count, const std::vector<float>& values) {
+      for (Item field = 1; field <= fields; ++field)
+        if (host_.count(count, field) > 0 && std::isnan(values[static_cast<std::size_t>(field - 1)]))
+          names.push_back(text(what, " field ", field));
+    };
+    look("flow", flow_fields, "NINQ", flows_);
+    look("exchange", exchange_fields, "NTEX", exchanges_);
+    return names;
+  }
+
+private:
+  struct Series {
+    std::string name;
+    float first, second;
+    const float* value;
+  };
+
+  std::size_t field_elements(const char* count, Item fields) {
+    Item most = 0;
+    for (Item field = 1; field <= fields; ++field) most = std::max(most, host_.count(count, field));
+    return static_cast<std::size_t>(most) * fields_per_function;
+  }
+  void lend(const char* keyword, std::vector<float>& values) {
+    if (!values.empty()) host_.put(keyword, Host::Arguments{values.data()});
+  }
+
+  // Finds the first two points with different values and a moment between them.
+  template <class... Parent>
+  void note(std::string name, SeriesKind kind, const float* value, Parent... parents) {
+    const Item count = host_.count(kind.points, parents...);
+    Item indices[] = {parents..., 0};
+    float days[2] = {}, values[2] = {};
+    for (Item point = 1; point <= count; ++point) {
+      days[0] = days[1];
+      values[0] = values[1];
+      Host::Arguments arguments{};
+      for (std::size_t k = 0; k < sizeof...(Parent); ++k) arguments[k] = &indices[k];
+      indices[sizeof...(Parent)] = point;
+      arguments[sizeof...(Parent)] = &indices[sizeof...(Parent)];
+      arguments[sizeof...(Parent) + 1] = &days[1];
+      arguments[sizeof...(Parent) + 2] = &values[1];
+      host_.get(kind.point, arguments);
+      const float between = days[0] + (days[1] - days[0]) / 2;
+      if (point == 1 || values[0] == values[1] || !(between > days[0] && between < days[1])) continue;
+      questions_[between].push_back({std::move(name), values[0], values[1], value});
+      return;
+    }
+  }
+
+  void note_time_functions() {
+    const Item count = host_.count("NUMTF");
+    for (Item k = 1; k <= count; ++k) {
+      const Item isc = host_.integer("TFISC", k);
+      if (isc < 1 || isc > static_cast<Item>(functions_.size())) continue;
+      note(host_.string("TFDESC", k), {"NBRKTF", "BRKTF"}, &functions_[static_cast<std::size_t>(isc - 1)], k);
+    }
+  }
+
+  // Of two records on one segment the later one is seen in the array, so only the last is asked for.
+  void note_records(const char* what, const char* count, const char* segment_of, SeriesKind kind,
+                    const std::vector<float>& values) {
+    const Item systems = host_.count("NUMSYS");
+    for (Item s = 1; s <= systems; ++s) {
+      std::map<Item, Item> last; // record by segment
+      const Item records = host_.count(count, s);
+      for (Item k = 1; k <= records; ++k) last[host_.integer(segment_of, s, k)] = k;
+      for (const auto& [segment, record] : last) {
+        const auto cell = static_cast<std::size_t>(segment - 1) * static_cast<std::size_t>(systems) +
+                          static_cast<std::size_t>(s - 1);
+        if (segment < 1 || cell >= values.size()) continue;
+        note(text(what, " of ", host_.string("SYSNAME", s), " on segment ", segment), kind, &values[cell], s, record);
+      }
+    }
+  }
+
+  void note_fields(const char* what, Item fields, const char* count, SeriesKind kind,
+                   const std::vector<float>& values) {
+    for (Item field = 1; field <= fields; ++field) {
+      const Item functions = host_.count(count, field);
+      for (Item k = 1; k <= functions; ++k) {
+        const auto element = static_cast<std::size_t>(k - 1) * fields_per_function + static_cast<std::size_t>(field - 1);
+        if (std::isnan(values[element])) continue; // field not in use
+        note(text(what, " function ", k, " of field ", field), kind, &values[element], field, k);
+      }
+    }
+  }
+
+  Host& host_;
+  std::vector<float> functions_, loads_, boundaries_, flows_, exchanges_;
+  std::map<float, std::vector<Series>> questions_; // by the moment to ask for
+};
+
+std::vector<std::string> systems_not_simulated(Host& host) {
+  std::vector<std::string> names;
+  const Item count = host.count("NUMSYS");
+  for (Item s = 1; s <= count; ++s)
+    if (host.integer("GSYSPASS", s) != 0) names.push_back(host.string("SYSNAME", s));
+  return names;
+}
+
+std::vector<std::string> empty_time_functions(Host& host) {
+  std::vector<std::string> names;
+  const Item count = host.count("NUMTF");
+  for (Item k = 1; k <= count; ++k)
+    if (host.integer("NBRKTF", k) == 0) names.push_back(host.string("TFDESC", k));
+  return names;
+}
+
+// "what: a, b, c and 12 more."
+void tell(Host& host, const char* what, const std::vector<std::string>& names) {
+  if (names.empty()) return;
+  constexpr std::size_t most = 5;
+  std::string line = what;
+  for (std::size_t k = 0; k < std::min(names.size(), most); ++k) line += text(k == 0 ? ": " : ", ", names[k]);
+  if (names.size() > most) line += text(" and ", names.size() - most, " more");
+  host.info(line + ".");
+}
+
+} // namespace
+
+void tell_what_is_left_out(Host& host) {
+  Probe probe(host);
+  tell(host, "Fields that are not in use come back in use", probe.unused_fields());
+  tell(host, "Step series come back linear", probe.step_series());
+  tell(host, "Systems that are constant come back bypassed, as do those that are", systems_not_simulated(host));
+  tell(host, "Time functions in use without points come back unused", empty_time_functions(host));
+}
+
+} // namespace reference_engine
