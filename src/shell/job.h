@@ -3,12 +3,15 @@
 
 #include "dataset/dataset.h"
 
+#include <atomic>
 #include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace vesk {
+
+class shell_interface;
 
 // The engine's arrays that DAYS fills. Borrowed: the engine owns them and keeps them until its function returns.
 // Null means not registered. Their sizes are the engine's promise and are not told.
@@ -28,8 +31,10 @@ class engine_job {
 public:
   virtual ~engine_job() = default;
 
-  // The job's private copy of the data set.
+  // The job's private copy of the data set; the same object while an engine_job_scope of the job lives.
   virtual prevesk_dataset_data_type& data_set() = 0;
+  // The keywords of this job. The job owns it.
+  virtual shell_interface& shell() = 0;
   virtual registered_arrays& arrays() = 0;
 
   virtual bool is_import() const = 0; // the import job, code 0
@@ -68,12 +73,26 @@ public:
   virtual bool logging_enabled() const = 0;
   // Appends one line to the job's log file, if it has one. Never fails.
   virtual void log_line(std::string_view text) = 0;
-  // True when the job has a log file, so that texts for it are worth making.
+  // True when the job has a log file, so that texts for it are worth making. Asked when an engine_job_scope begins.
   virtual bool has_log() const = 0;
+
+  // Held up here while the user has the job stopped or slowed down. The callback passes it at each call.
+  void pass_gate() {
+    if (gate_->load(std::memory_order_relaxed)) wait_at_gate();
+  }
 
   // Called when something thrown would have left the callback. Notes it: CANCEL answers 1 from then on and the job
   // counts as failed.
   virtual void fail(std::string_view cause) = 0;
+
+protected:
+  // Names the flag that says whether there is anything to wait for at the gate; open for good without one.
+  void watch_gate(const std::atomic<bool>& closed) { gate_ = &closed; }
+  virtual void wait_at_gate() {}
+
+private:
+  static constexpr std::atomic<bool> always_open_{false};
+  const std::atomic<bool>* gate_ = &always_open_;
 };
 
 // The job that a call from the engine belongs to: the calling thread's own, or, on a thread of the engine's making,
@@ -89,8 +108,8 @@ public:
   engine_job_scope& operator=(const engine_job_scope&) = delete;
 
 private:
-  engine_job* previous_own_;
-  engine_job* previous_active_;
+  shell_interface* previous_own_;
+  shell_interface* previous_active_;
 };
 
 } // namespace vesk

@@ -1,0 +1,21 @@
+// Where the callback finds the shell of the job that a call belongs to.
+#pragma once
+
+#include <atomic>
+
+namespace vesk {
+
+class shell_interface;
+
+// Set by engine_job_scope. The own one is the thread's; the active one serves threads that an engine has made.
+extern constinit thread_local shell_interface* own_shell [[gnu::tls_model("initial-exec")]];
+extern std::atomic<shell_interface*> active_shell;
+
+// Null when no job is at work.
+inline shell_interface* current_shell() {
+  if (shell_interface* own = own_shell) [[likely]]
+    return own;
+  return active_shell.load(std::memory_order_acquire);
+}
+
+} // namespace vesk

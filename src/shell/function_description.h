@@ -1,0 +1,88 @@
+// What one keyword is: its names, its arguments, its modes and the code behind it.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <iosfwd>
+#include <span>
+#include <stdexcept>
+#include <string_view>
+
+namespace vesk {
+
+class shell_interface;
+
+// How an argument travels; the word is always an address, never the value.
+enum variable_type : std::uint8_t {
+  INTEGER = 0, // std::int32_t
+  REAL = 1,    // float, or the first of an array of them
+  STRING = 2,  // NUL-terminated bytes; the size of the engine's buffer is not known
+};
+
+// One argument of a keyword. The name is printed in logs and in the dictionary.
+struct variable_description {
+  std::uint8_t type = INTEGER;
+  std::string_view name;
+};
+
+// The number of argument words of a call.
+inline constexpr std::size_t max_variables = 5;
+
+// Serves a keyword: the shell whose `is_get` tells the mode, and the five raw argument words, of which those behind
+// the keyword's last argument may hold anything.
+using keyword_handler = void (*)(shell_interface&, void*, void*, void*, void*, void*);
+
+enum keyword_modes : std::uint8_t { get = 1, put = 2, get_put = 3 };
+
+// A handler with the types of its arguments, taken from the C++ function behind it (shell/typed_handler.h).
+struct typed_handler {
+  keyword_handler call = nullptr;
+  std::array<std::uint8_t, max_variables> types{};
+  std::size_t count = 0;
+};
+
+// Up to five arguments in order; more do not compile.
+class variable_list {
+public:
+  constexpr variable_list() = default;
+  constexpr variable_list(std::initializer_list<variable_description> variables) {
+    if (variables.size() > max_variables) throw std::length_error("a keyword has at most five arguments");
+    for (const variable_description& variable : variables) variables_[count_++] = variable;
+  }
+  constexpr std::size_t size() const { return count_; }
+  constexpr const variable_description& operator[](std::size_t i) const { return variables_[i]; }
+  constexpr operator std::span<const variable_description>() const { return {variables_.data(), count_}; }
+
+private:
+  std::array<variable_description, max_variables> variables_{};
+  std::size_t count_ = 0;
+};
+
+// A row of the keyword table: all there is to know about one keyword.
+struct keyword_row {
+  std::string_view keyword{};     // upper case, at most 16 bytes
+  std::string_view description{}; // the long name
+  variable_list variables{};
+  keyword_modes modes = get_put;
+  std::string_view refusal{};  // what the log gets in the mode that is not served; empty: nothing
+  bool changes_series = false; // a PUT may change points, sizes of lists, used flags, the model's start or the model
+  typed_handler handler{};
+};
+
+// A row at work in one shell, with what its calls have cost.
+struct function_description {
+  keyword_handler handler = nullptr; // null: the keyword has no code behind it yet
+  std::uint32_t elapsed_ms = 0;      // spent in the handler since the job began
+  keyword_modes modes = get_put;
+  bool changes_series = false;
+  std::string_view keyword{};
+  std::string_view description{};
+  std::span<const variable_description> variables{};
+  std::string_view refusal{};
+
+  // One entry of the dictionary.
+  void write(std::ostream& stream) const;
+};
+
+} // namespace vesk

@@ -1,0 +1,101 @@
+#include "shell/shell_interface.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <ctime>
+#include <string>
+
+namespace vesk {
+
+namespace {
+
+// The local date and time to the millisecond, as it stands at the head of a log line.
+std::string time_stamp() {
+  using namespace std::chrono;
+  const auto now = time_point_cast<milliseconds>(system_clock::now());
+  const std::time_t seconds = system_clock::to_time_t(floor<std::chrono::seconds>(now));
+  const auto fraction = static_cast<int>((now.time_since_epoch() % 1s).count());
+  std::tm local{};
+  localtime_r(&seconds, &local);
+  const moment_type moment(day_number(local.tm_year + 1900, local.tm_mon + 1, local.tm_mday),
+                           local.tm_hour * 3600 + local.tm_min * 60 + local.tm_sec);
+  char text[16];
+  std::snprintf(text, sizeof text, ".%03d", fraction);
+  return date_time_text(moment) + text;
+}
+
+function_description describe(const keyword_row& row) {
+  return {.handler = row.handler.call,
+          .elapsed_ms = 0,
+          .modes = row.modes,
+          .changes_series = row.changes_series,
+          .keyword = row.keyword,
+          .description = row.description,
+          .variables = row.variables,
+          .refusal = row.refusal};
+}
+
+} // namespace
+
+shell_interface::shell_interface() : functions(), bulk([this](std::string_view line) { log(line); }) {
+  std::transform(keyword_table.begin(), keyword_table.end(), functions.begin(), describe);
+}
+
+shell_interface::shell_interface(engine_job& job) : shell_interface() {
+  job_ = &job;
+}
+
+void shell_interface::attach(engine_job& job) {
+  job_ = &job;
+  data_set_ = &job.data_set();
+  logs_ = job.has_log();
+}
+
+bool shell_interface::find_function(std::string_view keyword, std::size_t& position) const {
+  const std::size_t found = keyword_positions.find(pad(keyword));
+  if (found == keyword_positions.not_found || functions[found].keyword != keyword) return false;
+  position = found;
+  return true;
+}
+
+void shell_interface::log(std::string_view message) const {
+  if (logs_) job_->log_line(time_stamp().append(": ").append(message));
+}
+
+void shell_interface::unrecognized(const char* keyword) const {
+  if (logs_) log(std::string("Unrecognized Name: ") + keyword);
+}
+
+void shell_interface::refuse(const function_description& function) const {
+  if (!function.refusal.empty()) log(function.refusal);
+}
+
+void shell_interface::warn(std::string_view text) const {
+  if (logs_) log(std::string("WARNING: ").append(current_->keyword).append(": ").append(text));
+}
+
+void shell_interface::warn_outside(std::int32_t number, std::int64_t first, std::int64_t last,
+                                   std::size_t argument) const {
+  if (!logs_) return;
+  warn(std::string(current_->variables[argument].name) + " " + std::to_string(number) + " lies outside " +
+       std::to_string(first) + " to " + std::to_string(last));
+}
+
+std::optional<std::size_t> shell_interface::list_size(std::int32_t count, std::size_t argument,
+                                                      std::int32_t largest) const {
+  if (count >= 0 && count <= largest) return static_cast<std::size_t>(count);
+  warn_outside(count, 0, largest, argument);
+  return {};
+}
+
+void shell_interface::settle_thread_defaults() const {
+  const prevesk_dataset_data_type& data = *data_set_;
+  data.apply_seed();
+  if (!data.catalogue()) return;
+  const catalogue_model* model = data.catalogue()->find_model(data.model_type);
+  if (model && !model->segment_types.empty())
+    segment_data_type::default_segment_type = model->segment_types.front().vesk_segment_type_id;
+}
+
+} // namespace vesk

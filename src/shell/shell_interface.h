@@ -1,0 +1,169 @@
+// The keywords at work for one job: dispatch, trace, lookups and what handlers share.
+#pragma once
+
+#include "platform/millisecond_clock.h"
+#include "shell/bulk_service.h"
+#include "shell/function_description.h"
+#include "shell/job.h"
+#include "shell/keyword_name.h"
+#include "shell/keyword_table.h"
+
+#include <array>
+#include <cstdint>
+#include <iosfwd>
+#include <optional>
+#include <string_view>
+
+namespace vesk {
+
+// Where a constant stands: both positions are 0-based.
+struct constant_position {
+  std::size_t group;
+  std::size_t constant; // in its group
+
+  friend bool operator==(const constant_position&, const constant_position&) = default;
+};
+
+// Where a per-segment value stands: both positions are 0-based.
+struct segment_item_position {
+  std::size_t segment;
+  std::size_t item; // in the segment's own list
+
+  friend bool operator==(const segment_item_position&, const segment_item_position&) = default;
+};
+
+// Owned by a job. All members on the thread that calls the callback, one call at a time. A default-constructed object
+// serves no job: only its table may be used.
+class shell_interface {
+public:
+  shell_interface();
+  explicit shell_interface(engine_job& job);
+  shell_interface(const shell_interface&) = delete;
+  shell_interface& operator=(const shell_interface&) = delete;
+
+  // The number of the first item in the engine's counting: taken off each index that arrives, added to each segment
+  // number that goes back.
+  std::int32_t index_base = 1;
+  // The mode of the call at work.
+  bool is_get = false;
+  // The table, ordered by the bytes of the keywords.
+  std::array<function_description, keyword_count> functions;
+  // The service behind `DAYS`, with the counters of its stages.
+  bulk_service bulk;
+
+  // Prepares for calls of `job`, which is the one that owns this object. Done by engine_job_scope.
+  void attach(engine_job& job);
+
+  engine_job& job() const { return *job_; }
+  prevesk_dataset_data_type& data_set() const { return *data_set_; }
+
+  // True when `keyword`, to the byte, is in the table; `position` is then its place in `functions`.
+  bool find_function(std::string_view keyword, std::size_t& position) const;
+
+  // One call of the engine: mode letter and keyword in `name`, then the argument words. Throws what a handler throws.
+  void call(const char* name, void* a1, void* a2, void* a3, void* a4, void* a5);
+
+  // The call of a keyword that has been found, with its trace and its time.
+  void invoke(function_description& function, void* a1, void* a2, void* a3, void* a4, void* a5);
+
+  // True when there is a log file: what is only made for the log need not be made otherwise.
+  bool logs() const { return logs_; }
+  // Appends a line with the date and time in front of `message`; nothing without a log file.
+  void log(std::string_view message) const;
+
+  // Prints all keywords, ordered by their bytes, for engine authors.
+  void write_dictionary(std::ostream& stream) const;
+
+  // Lookups. They take the engine's numbers, answer 0-based positions in the data set's lists, and log their search
+  // and their failure.
+
+  // Item number `n` among those that are switched on; constants are counted through all groups.
+  std::optional<constant_position> get_nth_constant(std::int32_t n) const;
+  std::optional<std::size_t> get_nth_time_function(std::int32_t n) const;
+  std::optional<std::size_t> get_nth_parameter(std::int32_t n) const;
+  std::optional<std::size_t> get_nth_output_parameter(std::int32_t n) const;
+  std::optional<std::size_t> get_nth_csv_output_parameter(std::int32_t n) const;
+
+  // Field number `n`, switched on or not.
+  std::optional<std::size_t> get_nth_exchange_field(std::int32_t n) const;
+  std::optional<std::size_t> get_nth_flow_field(std::int32_t n) const;
+
+  // The first item with the ISC number, switched on or not.
+  std::optional<constant_position> get_constant_by_isc(std::int32_t isc) const;
+  std::optional<std::size_t> get_parameter_by_isc(std::int32_t isc) const;
+  std::optional<std::size_t> get_time_function_by_isc(std::int32_t isc) const;
+  std::optional<std::size_t> get_output_parameter_by_isc(std::int32_t isc) const;
+
+  // The position of the first system whose own number is `system`; 0 when there is none, so that a wrong number falls
+  // on the first system.
+  std::size_t get_actual_system_index(std::int32_t system) const;
+  // The same position; nothing only in a data set without systems.
+  std::optional<std::size_t> get_nth_system(std::int32_t n) const;
+
+  // The value of a parameter or system in one segment. A segment outside the model is warned about.
+  std::optional<segment_item_position> get_nth_segment_parameter(std::int32_t segment_index,
+                                                                 std::int32_t param_index) const;
+  std::optional<segment_item_position> get_segment_parameter_by_isc(std::int32_t segment_index, std::int32_t isc) const;
+  std::optional<segment_item_position> get_nth_segment_system(std::int32_t segment_index,
+                                                              std::int32_t system_index) const;
+
+  // For handlers.
+
+  // The 0-based position of item `number` in a list of `size`. An index outside leaves a warning that names the
+  // keyword at work and its argument number `argument`, 0-based.
+  std::optional<std::size_t> position(std::int32_t number, std::size_t size, std::size_t argument) const {
+    const auto result = static_cast<std::uint32_t>(number) - static_cast<std::uint32_t>(index_base);
+    if (result < size) [[likely]]
+      return result;
+    warn_outside(number, index_base, static_cast<std::int64_t>(size) + index_base - 1, argument);
+    return {};
+  }
+
+  // A new size for a list; nothing, and a warning as above, for one that no list can have.
+  std::optional<std::size_t> list_size(std::int32_t count, std::size_t argument,
+                                       std::int32_t largest = largest_list) const;
+  // Far beyond any model, and little enough that a wild number does not take the machine's memory.
+  static constexpr std::int32_t largest_list = 10'000'000;
+
+  // Logs "WARNING: ", the keyword at work, ": " and `text`.
+  void warn(std::string_view text) const;
+
+  // Makes new points start at the data set's start and new segments have the model's first type, whichever thread
+  // the engine calls from.
+  void settle_thread_defaults() const;
+
+private:
+  void invoke_traced(function_description& function, void* const (&words)[max_variables]);
+  void refuse(const function_description& function) const;
+  void unrecognized(const char* keyword) const;
+  void trace_variables(const function_description& function, void* const (&words)[max_variables], bool before) const;
+  void warn_outside(std::int32_t number, std::int64_t first, std::int64_t last, std::size_t argument) const;
+
+  engine_job* job_ = nullptr;
+  prevesk_dataset_data_type* data_set_ = nullptr;
+  const function_description* current_ = nullptr; // of the call at work
+  bool logs_ = false;
+};
+
+inline void shell_interface::call(const char* name, void* a1, void* a2, void* a3, void* a4, void* a5) {
+  const char mode = name[0];
+  const char* keyword = name + (mode != '\0'); // an empty name has no keyword
+  is_get = (mode | 0x20) == 'g';
+  const std::size_t found = keyword_positions.find(load_keyword(keyword));
+  if (found == keyword_positions.not_found) [[unlikely]]
+    return unrecognized(keyword);
+  invoke(functions[found], a1, a2, a3, a4, a5);
+}
+
+inline void shell_interface::invoke(function_description& function, void* a1, void* a2, void* a3, void* a4, void* a5) {
+  current_ = &function;
+  const keyword_modes mode = is_get ? get : put;
+  if (logs_ || !function.handler || !(function.modes & mode)) [[unlikely]]
+    return invoke_traced(function, {a1, a2, a3, a4, a5});
+  const std::uint32_t before = millisecond_clock::now();
+  if (!is_get && function.changes_series) bulk.series_changing(*data_set_);
+  function.handler(*this, a1, a2, a3, a4, a5);
+  function.elapsed_ms += millisecond_clock::now() - before;
+}
+
+} // namespace vesk

@@ -1,0 +1,75 @@
+// Calls that leave something in the log: the trace of each call, and calls that have no handler to go to.
+#include "shell/shell_interface.h"
+
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+namespace vesk {
+
+namespace {
+
+// A buffer that a GET is about to fill may hold anything, so only as much of it is read as any engine provides. Other
+// texts are shown up to the length of the longest path.
+constexpr std::size_t longest_text_before_get = 255;
+constexpr std::size_t longest_text = 4096;
+
+std::string real_text(float value) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%g", static_cast<double>(value));
+  return text;
+}
+
+// The argument's name, its value now and its type; empty for a type that does not exist.
+std::string variable_text(const variable_description& variable, const void* word, std::size_t longest) {
+  std::string line(variable.name);
+  line += ": ";
+  switch (variable.type) {
+  case INTEGER:
+    if (word) line += std::to_string(*static_cast<const std::int32_t*>(word));
+    return line + " (INTEGER)";
+  case REAL:
+    if (word) line += real_text(*static_cast<const float*>(word));
+    return line + " (REAL)";
+  case STRING:
+    if (word) line.append(static_cast<const char*>(word), strnlen(static_cast<const char*>(word), longest));
+    return line + " (STRING)";
+  default: return {};
+  }
+}
+
+} // namespace
+
+void shell_interface::trace_variables(const function_description& function, void* const (&words)[max_variables],
+                                      bool before) const {
+  const std::size_t longest = before && is_get ? longest_text_before_get : longest_text;
+  for (std::size_t i = 0; i < function.variables.size(); ++i)
+    if (const std::string line = variable_text(function.variables[i], words[i], longest); !line.empty()) log(line);
+}
+
+void shell_interface::invoke_traced(function_description& function, void* const (&words)[max_variables]) {
+  const bool traced = logs_ && job_->logging_enabled();
+  if (traced) {
+    log("");
+    log(is_get ? "Mode: GET" : "Mode: PUT");
+    log(std::string("Keyword: ").append(function.keyword));
+    log(std::string("Description: ").append(function.description));
+    log("Input Parameters: ");
+    trace_variables(function, words, true);
+  }
+  const std::uint32_t before = millisecond_clock::now();
+  if (!function.handler)
+    log("Function not intialized");
+  else if (!(function.modes & (is_get ? get : put)))
+    refuse(function);
+  else {
+    if (!is_get && function.changes_series) bulk.series_changing(*data_set_);
+    function.handler(*this, words[0], words[1], words[2], words[3], words[4]);
+  }
+  function.elapsed_ms += millisecond_clock::now() - before;
+  if (!traced) return;
+  log("Output Parameters: ");
+  trace_variables(function, words, false);
+}
+
+} // namespace vesk

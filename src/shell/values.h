@@ -1,0 +1,86 @@
+// How a member of a record becomes an argument and back.
+//
+//   double           REAL: narrowed on the way out, widened on the way in
+//   bool             INTEGER: 0 or 1; whatever is not 0 is true
+//   std::uint32_t    INTEGER: as it is
+//   std::int32_t     INTEGER: a segment's position, which the engine counts from index_base
+//   texts            STRING: whole, with the terminator
+#pragma once
+
+#include "shell/shell_interface.h"
+
+#include <cstring>
+#include <string>
+
+namespace vesk {
+
+inline void to_argument(const shell_interface&, double member, float& argument) {
+  argument = static_cast<float>(member);
+}
+inline void to_argument(const shell_interface&, bool member, std::int32_t& argument) {
+  argument = member ? 1 : 0;
+}
+inline void to_argument(const shell_interface&, std::uint32_t member, std::int32_t& argument) {
+  argument = static_cast<std::int32_t>(member);
+}
+inline void to_argument(const shell_interface& shell, std::int32_t member, std::int32_t& argument) {
+  argument =
+      static_cast<std::int32_t>(static_cast<std::uint32_t>(member) + static_cast<std::uint32_t>(shell.index_base));
+}
+inline void to_argument(const shell_interface&, const std::string& member, char* argument) {
+  std::memcpy(argument, member.c_str(), member.size() + 1);
+}
+inline void to_argument(const shell_interface& shell, const short_text& member, char* argument) {
+  to_argument(shell, member.str(), argument);
+}
+
+inline void from_argument(const shell_interface&, double& member, float argument) {
+  member = argument;
+}
+inline void from_argument(const shell_interface&, bool& member, std::int32_t argument) {
+  member = argument != 0;
+}
+inline void from_argument(const shell_interface&, std::uint32_t& member, std::int32_t argument) {
+  member = static_cast<std::uint32_t>(argument);
+}
+inline void from_argument(const shell_interface& shell, std::int32_t& member, std::int32_t argument) {
+  member =
+      static_cast<std::int32_t>(static_cast<std::uint32_t>(argument) - static_cast<std::uint32_t>(shell.index_base));
+}
+inline void from_argument(const shell_interface&, std::string& member, const char* argument) {
+  member = argument;
+}
+inline void from_argument(const shell_interface&, short_text& member, const char* argument) {
+  member = argument;
+}
+
+namespace detail {
+template <class Value>
+struct argument_of_value {
+  using type = std::int32_t&;
+};
+template <>
+struct argument_of_value<double> {
+  using type = float&;
+};
+template <>
+struct argument_of_value<std::string> {
+  using type = char*;
+};
+template <>
+struct argument_of_value<short_text> {
+  using type = char*;
+};
+template <class Member>
+struct value_of_member;
+template <class Class, class Value>
+struct value_of_member<Value Class::*> {
+  using type = Value;
+};
+} // namespace detail
+
+// How the member that `Member` points to travels.
+template <auto Member>
+using argument_of = typename detail::argument_of_value<typename detail::value_of_member<decltype(Member)>::type>::type;
+
+} // namespace vesk
