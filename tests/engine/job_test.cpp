@@ -117,7 +117,7 @@ TEST(Job, AnExceptionFailsTheJobAndNotTheProcess) {
 
 TEST(Job, CanBeCancelled) {
   const auto cancel = [](model_thread& job) { job.Terminate(); };
-  EXPECT_EQ(run_job(job_code::run, data_for("waits for cancel"), {}, cancel).notes, (lines{"code 9"}));
+  EXPECT_EQ(run_job(job_code::run, data_for("waits for cancel"), {}, cancel).notes, (lines{"0 waiting", "code 9"}));
 }
 
 TEST(Job, LeavesNoPointerIntoTheEngineBehind) {

@@ -1,0 +1,200 @@
+#include "app/file_names.h"
+#include "app/main_form.h"
+#include "behaviour_catalogue.h"
+#include "dataset/vki_file.h"
+#include "noting_interface.h"
+#include "temporary_folder.h"
+
+#include <gtest/gtest.h>
+
+namespace vesk {
+namespace {
+
+using lines = std::vector<std::string>;
+
+class FileCommands : public testing::Test {
+protected:
+  FileCommands() {
+    write_behaviour_catalogue(folder.path);
+    form.catalogue.set_directory(folder.path);
+  }
+
+  // A data file with a segment of the given name.
+  std::string make_file(const std::string& name, const std::string& segment, std::uint32_t model = 1) {
+    prevesk_dataset_data_type data(form.catalogue.get());
+    data.model_type = model;
+    data.segments.resize(1);
+    data.segments.edit(0).name = segment;
+    save_data_file(folder.path / name, data);
+    return folder.file(name);
+  }
+  std::string first_segment() const {
+    if (!form.current_data_set) return "no data set";
+    return form.current_data_set->segments.empty() ? "no segment" : form.current_data_set->segments[0].name.str();
+  }
+
+  temporary_folder folder;
+  noting_interface ui;
+  TPreveskMainForm form{ui};
+};
+
+TEST_F(FileCommands, OpenByExtensionInAnyCase) {
+  const std::string name = make_file("River.Vki", "upper");
+  form.open_file(name);
+  EXPECT_EQ(first_segment(), "upper");
+  EXPECT_EQ(form.file_name, name);
+  EXPECT_EQ(ui.caption, " TALMO VESK: " + name + " (Unnamed VESK Input Data Set, Model)");
+  EXPECT_EQ(form.backup_data_set->segments.size(), 0U);
+  form.open_file("notes.txt");
+  form.open_file("noextension");
+  EXPECT_EQ(ui.boxes, (lines{"Error: Could not open specified file type \"notes.txt\" (.TXT file)",
+                             "Error: Could not open specified file type \"noextension\" ( file)"}));
+  EXPECT_EQ(first_segment(), "upper");
+  EXPECT_EQ(form.failures(), 2);
+}
+
+TEST_F(FileCommands, AFileThatCannotBeOpenedLeavesAnEmptyDataSetUnderItsName) {
+  form.open_file(make_file("a.vki", "upper"));
+  const std::string caption = ui.caption;
+  form.open_file(folder.file("missing.vki"));
+  EXPECT_EQ(ui.boxes, lines{"Error: Cannot open file."});
+  EXPECT_EQ(first_segment(), "no segment");
+  EXPECT_EQ(form.file_name, folder.file("missing.vki"));
+  EXPECT_EQ(ui.caption, caption);
+}
+
+TEST_F(FileCommands, ADamagedFileLeavesAllAsItWas) {
+  const std::string good = make_file("good.vki", "upper");
+  form.open_file(good);
+  const std::string bytes = folder.read("good.vki");
+  folder.write("cut.vki", bytes.substr(0, bytes.size() / 2));
+  folder.write("text.vki", "this is no data file at all");
+  for (const char* name : {"cut.vki", "text.vki"}) {
+    form.open_file(folder.file(name));
+    const lines boxes = ui.take_boxes();
+    ASSERT_EQ(boxes.size(), 1U);
+    EXPECT_TRUE(boxes[0].starts_with("Error: " + folder.file(name))) << boxes[0];
+    EXPECT_EQ(first_segment(), "upper");
+    EXPECT_EQ(form.file_name, good);
+  }
+}
+
+TEST_F(FileCommands, ANewerVersionIsKeptAndWarnedAbout) {
+  make_file("newer.vki", "upper");
+  std::string bytes = folder.read("newer.vki");
+  bytes[0] = 8;
+  folder.write("newer.vki", bytes);
+  form.open_file(folder.file("newer.vki"));
+  EXPECT_EQ(ui.boxes, lines{"Error: VKI Version not supported; data could be corrupt."});
+  EXPECT_EQ(first_segment(), "upper");
+}
+
+TEST_F(FileCommands, AModelThatTheCatalogueLacksIsTold) {
+  const std::string name = make_file("other.vki", "upper", 77);
+  form.open_file(name);
+  EXPECT_EQ(ui.boxes,
+            lines{"Error: The catalogue has no model 77, which " + name +
+                  " is for; its systems, parameters, constants, time functions and outputs cannot be shown."});
+  EXPECT_EQ(form.current_data_set->library, "UNKNOWN.DLL");
+}
+
+TEST_F(FileCommands, SaveTakesTheDataFilesExtension) {
+  form.SaveItemClick(); // no data set, a cancelled dialog
+  form.open_file(make_file("a.vki", "upper"));
+  form.file_name = folder.file("a.inp");
+  form.SaveItemClick();
+  EXPECT_EQ(form.file_name, folder.file("a.VKI"));
+  EXPECT_EQ(folder.read("a.VKI"), folder.read("a.vki"));
+  form.file_name = folder.file("gone/a.vki");
+  form.SaveItemClick();
+  EXPECT_EQ(ui.boxes, lines{"Error: Cannot open file for writing."});
+  form.file_name.clear();
+  ui.file = folder.file("chosen.vki");
+  form.SaveItemClick();
+  EXPECT_EQ(folder.read("chosen.vki"), folder.read("a.vki"));
+}
+
+TEST_F(FileCommands, AProjectOpensItsDataFileAndKeepsTheOtherMembers) {
+  make_file("a.vki", "upper");
+  folder.write("river.vkp", "5\r\nmap.shp\r\n\r\na.VKI\nobserved\\do.db\n");
+  std::filesystem::rename(folder.path / "a.vki", folder.path / "a.VKI");
+  form.open_file(folder.file("river.vkp"));
+  EXPECT_EQ(first_segment(), "upper");
+  EXPECT_EQ(form.file_name, folder.file("a.VKI"));
+  EXPECT_EQ(form.current_data_set->project_files, (shared_list<short_text>{"map.shp", "observed\\do.db"}));
+  folder.write("empty.vkp", "0\nmap.shp\n");
+  form.open_file(folder.file("empty.vkp"));
+  EXPECT_TRUE(form.current_data_set->project_files.empty());
+  folder.write("huge.vkp", "99999999999999999999\nmap.shp");
+  form.open_file(folder.file("huge.vkp"));
+  EXPECT_EQ(form.current_data_set->project_files, (shared_list<short_text>{"map.shp"}));
+  EXPECT_EQ(ui.boxes, lines{});
+  form.open_file(folder.file("missing.vkp"));
+  EXPECT_EQ(ui.boxes,
+            (lines{"Error: Failed to open " + folder.file("missing.vkp"),
+                   "Error: Could not open specified file \"" + folder.file("missing.vkp") + "\" (.VKP file)"}));
+}
+
+TEST_F(FileCommands, TheCommandLineIsWalkedInOrder) {
+  const lines arguments{"-Run",    make_file("a.vki", "first"),  "-EXPERT", "-import",
+                        "Old.INP", make_file("b.vki", "second"), "-quit"};
+  const command_line_requests requests = form.walk_command_line(arguments);
+  EXPECT_TRUE(requests.run && requests.quit && requests.import_requested);
+  EXPECT_EQ(requests.import_name, "Old.INP");
+  EXPECT_EQ(first_segment(), "second");
+  const command_line_requests nothing = form.walk_command_line(lines{"-IMPORT"});
+  EXPECT_TRUE(nothing.import_requested);
+  form.import_file(nothing.import_name);
+  form.import_file("net.vkn");
+  EXPECT_EQ(ui.boxes, lines(2, "Error: Cannot import specified file type"));
+}
+
+TEST_F(FileCommands, ConditionsOfTheCommands) {
+  EXPECT_EQ(form.conditions(), (command_conditions{true, false, false, false}));
+  form.new_data_set();
+  form.current_data_set->end_date = form.current_data_set->seed_date;
+  EXPECT_EQ(form.conditions(), (command_conditions{true, true, true, false}));
+  form.current_data_set->end_date += 1;
+  EXPECT_EQ(form.conditions(), (command_conditions{true, true, true, true}));
+  form.current_data_set->model_type = 0;
+  EXPECT_EQ(form.conditions(), (command_conditions{true, true, false, false}));
+}
+
+TEST_F(FileCommands, ASnapshotRestoresTheDataSet) {
+  form.commit_snapshot(); // nothing to take
+  form.open_file(make_file("a.vki", "upper"));
+  form.commit_snapshot();
+  form.current_data_set->segments.edit(0).name = "edited";
+  form.restore_snapshot();
+  EXPECT_EQ(first_segment(), "upper");
+}
+
+TEST_F(FileCommands, AMissingCatalogueIsAskedForOnce) {
+  form.catalogue.set_directory(folder.path / "gone");
+  form.new_data_set();
+  ASSERT_EQ(ui.boxes.size(), 2U);
+  EXPECT_TRUE(ui.boxes[0].starts_with("Cannot locate database: Unable to find ORLVesk database in folder\r\n"));
+  EXPECT_TRUE(ui.boxes[1].starts_with("Failed to locate database: Failed to find ORLVesk database in folder\r\n"));
+  EXPECT_EQ(form.current_data_set, nullptr);
+  ui.boxes.clear();
+  ui.folder = folder.path.string();
+  form.check_database();
+  EXPECT_EQ(ui.boxes.size(), 1U);
+  form.new_data_set();
+  EXPECT_NE(form.current_data_set, nullptr);
+}
+
+TEST(FileNames, AreSplitByBothSeparators) {
+  const auto check = [](const char* name, const char* folder, const char* base, const char* extension) {
+    const file_name_parts parts = split_file_name(name);
+    EXPECT_EQ(parts.folder, folder);
+    EXPECT_EQ(parts.base, base);
+    EXPECT_EQ(parts.extension, extension);
+  };
+  check("C:\\rivers\\big.river.vki", "C:\\rivers\\", "big.river", ".vki");
+  check("a.b/river", "a.b/", "river", "");
+  check("", "", "", "");
+}
+
+} // namespace
+} // namespace vesk

@@ -1,0 +1,194 @@
+#include "app/main_form.h"
+#include "app/time_remaining.h"
+#include "behaviour_catalogue.h"
+#include "noting_interface.h"
+#include "temporary_folder.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace vesk {
+namespace {
+
+using lines = std::vector<std::string>;
+
+class RunControl : public testing::Test {
+protected:
+  RunControl() {
+    write_behaviour_catalogue(folder.path);
+    form.catalogue.set_directory(folder.path);
+    form.engine_path = MISBEHAVING_ENGINE;
+    form.file_name = "river.vki";
+  }
+  ~RunControl() override {
+    if (form.active_thread) form.cancel_job();
+    finish();
+  }
+
+  // A new data set whose model makes the engine behave as named.
+  void make_data(const std::string& behaviour) {
+    form.new_data_set();
+    form.file_name = "river.vki";
+    form.current_data_set->model_type = model_of(behaviour);
+    form.current_data_set->refresh_from_catalogue(false);
+    form.current_data_set->segments.resize(1);
+    ui.shown.clear();
+  }
+  // Serves the job until it has ended and its thread is gone.
+  void finish() {
+    while (form.active_thread || live_thread_count() > 0) wait_and_synchronize(std::chrono::milliseconds(1));
+  }
+
+  temporary_folder folder;
+  noting_interface ui;
+  TPreveskMainForm form{ui};
+};
+
+TEST_F(RunControl, ARunWorksOnACopyAndShowsItsControls) {
+  make_data("reports");
+  const prevesk_dataset_data_type before = *form.current_data_set;
+  form.RunModelButtonClick();
+  EXPECT_FALSE(ui.commands.idle);
+  finish();
+  EXPECT_EQ(*form.current_data_set, before);
+  EXPECT_EQ(ui.lines, (lines{"0 a line", "2 a failure"}));
+  EXPECT_EQ(form.return_code(), 4);
+  EXPECT_EQ(form.file_name, "other.vki"); // named by the engine
+  EXPECT_TRUE(ui.commands.idle);
+  EXPECT_FALSE(ui.closed);
+  const lines at_end{"run off", "grid off", "progress 0", "info ", "time"};
+  ASSERT_GE(ui.shown.size(), at_end.size());
+  EXPECT_EQ(lines(ui.shown.end() - 5, ui.shown.end()), at_end);
+}
+
+TEST_F(RunControl, ASecondClickCancels) {
+  make_data("waits for cancel");
+  form.quit_after_run = true;
+  form.RunModelButtonClick();
+  form.RunModelButtonClick();
+  finish();
+  EXPECT_NE(std::find(ui.lines.begin(), ui.lines.end(), "0 Terminating model thread... please wait..."),
+            ui.lines.end());
+  EXPECT_TRUE(form.last_job().cancelled);
+  EXPECT_TRUE(ui.closed);
+}
+
+TEST_F(RunControl, EachLauncherIsRefusedWhileAJobRuns) {
+  make_data("waits for cancel");
+  form.RunModelButtonClick();
+  ui.file = "some.file";
+  form.start_import_export(true);
+  form.start_validity_check();
+  form.start_read_hyd_file();
+  form.start_import_network();
+  form.start_load_restart_file();
+  EXPECT_EQ(ui.boxes, (lines{"Cannot Import/Export now: The import/export thread is busy. Try again later.",
+                             "Cannot determine parameters now: The parameter thread is busy. Try again later.",
+                             "Cannot read hyd file now: The read hyd file thread is busy. Try again later.",
+                             "Cannot import network now: The import network thread is busy. Try again later.",
+                             "Cannot load restart file now: The load restart file thread is busy. Try again later."}));
+}
+
+TEST_F(RunControl, OtherJobsCopyTheirDataSetBack) {
+  for (auto launch : {+[](TPreveskMainForm& f) { f.start_read_hyd_file(); },
+                      +[](TPreveskMainForm& f) { f.start_import_network("a.vkn"); },
+                      +[](TPreveskMainForm& f) { f.start_load_restart_file("a.rst"); }}) {
+    make_data("returns");
+    launch(form);
+    EXPECT_TRUE(ui.commands.idle); // the busy boxes, not the commands, keep a second job away
+    finish();
+    EXPECT_EQ(form.current_data_set->segments[0].name, "renamed");
+  }
+}
+
+TEST_F(RunControl, TheValidityCheckListsWhatItFinds) {
+  make_data("returns"); // the engine's limit is one segment, none of anything else
+  form.current_data_set->segments.resize(2);
+  form.current_data_set->time_steps.points.push_back({});
+  form.start_validity_check();
+  finish();
+  EXPECT_EQ(ui.boxes, lines{"Validity check failed: Problems were detected"});
+  EXPECT_EQ(ui.lines, (lines{"2 Maximum of 1 segments exceeded", "2 Tracer system has no boundaries.",
+                             "2 Maximum of 0 time/value pairs for time steps exceeded"}));
+  EXPECT_FALSE(form.last_job().checked);
+
+  ui.boxes.clear();
+  ui.lines.clear();
+  make_data("returns");
+  form.current_data_set->systems.edit(0).gsysbypass = system_bypassed;
+  form.start_validity_check();
+  finish();
+  EXPECT_EQ(ui.boxes, lines{"Validity check passed: No problems were detected"});
+  EXPECT_EQ(ui.lines, lines{"1 BYPASSED Tracer system has no boundaries."});
+}
+
+TEST_F(RunControl, AnImportIsFollowedByTheRunThatWasAskedFor) {
+  form.run_on_start = form.quit_after_run = true;
+  form.import_file(folder.file("old.inp"));
+  finish();
+  EXPECT_EQ(ui.lines, lines{"0 import 1"});
+  EXPECT_EQ(std::count(ui.shown.begin(), ui.shown.end(), "run on"), 1);
+  EXPECT_TRUE(ui.closed);
+}
+
+TEST_F(RunControl, ADeferredQueryThatCannotBeExecutedStopsTheRun) {
+  make_data("returns");
+  form.current_data_set->time_steps.query.edit().deferred = true;
+  form.execute_query = [](const import_query_descriptor&, const prevesk_dataset_data_type&, point_list&) {
+    throw query_engine_exception("no such table");
+  };
+  form.RunModelButtonClick();
+  EXPECT_EQ(form.active_thread, nullptr);
+  EXPECT_EQ(ui.boxes, lines{"Live query error: Live query for time series \"Time step\" failed: no such table"});
+  EXPECT_EQ(form.failures(), 1);
+  form.skip_deferred_queries = true;
+  form.RunModelButtonClick();
+  EXPECT_NE(form.active_thread, nullptr);
+}
+
+TEST_F(RunControl, QueriesOfARunLeaveTheDataSetAndThoseOfTheCommandChangeIt) {
+  make_data("returns");
+  form.current_data_set->print_intervals.query.edit().deferred = true;
+  form.current_data_set->time_steps.query.edit().deferred = true;
+  int executed = 0;
+  form.execute_query = [&](const import_query_descriptor&, const prevesk_dataset_data_type&, point_list& points) {
+    if (++executed == 4) throw query_engine_exception("gone");
+    points.push_back({});
+  };
+  form.RunModelButtonClick();
+  finish();
+  EXPECT_EQ(executed, 2);
+  EXPECT_TRUE(form.current_data_set->time_steps.points.empty());
+  EXPECT_FALSE(form.execute_all_deferred_queries()); // fails at the second: both are as before
+  EXPECT_TRUE(form.current_data_set->print_intervals.points.empty());
+  EXPECT_TRUE(form.current_data_set->print_intervals.query->deferred);
+  EXPECT_TRUE(form.execute_all_deferred_queries());
+  EXPECT_EQ(form.current_data_set->time_steps.points.size(), 1U);
+  EXPECT_FALSE(form.current_data_set->time_steps.query->deferred);
+}
+
+TEST_F(RunControl, AnEngineThatCannotBeLoadedStartsNothing) {
+  make_data("returns");
+  form.engine_path = folder.path / "gone.so";
+  form.RunModelButtonClick();
+  EXPECT_EQ(form.active_thread, nullptr);
+  EXPECT_EQ(ui.boxes, lines{"Error: Engine library " + folder.file("gone.so") + " does not exist."});
+}
+
+TEST_F(RunControl, TheGridReadsTheEnginesArrayUntilTheEnd) {
+  make_data("grid without DONE");
+  form.RunModelButtonClick();
+  finish();
+  EXPECT_EQ(form.results_cell(0, 0), std::nullopt);
+}
+
+TEST(TimeRemaining, IsExtrapolatedFromTheStart) {
+  EXPECT_EQ(time_remaining_text(90, 0), " Time remaining: 0:00:00");
+  EXPECT_EQ(time_remaining_text(90, 100), " Time remaining: 0:00:00");
+  EXPECT_EQ(time_remaining_text(90, 50), " Time remaining: 0:01:30");
+  EXPECT_EQ(time_remaining_text(3700, 1), " Time remaining: 101:45:00");
+}
+
+} // namespace
+} // namespace vesk

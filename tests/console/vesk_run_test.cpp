@@ -1,0 +1,125 @@
+// vesk-run as a whole: what it does in which order, what it says, and its exit status.
+#include "app/catalogue_source.h"
+#include "behaviour_catalogue.h"
+#include "dataset/vki_file.h"
+#include "run_program.h"
+#include "temporary_folder.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+
+namespace vesk {
+namespace {
+
+class VeskRun : public testing::Test {
+protected:
+  VeskRun() { write_behaviour_catalogue(folder.path); }
+
+  // A data file on which the engine behaves as named.
+  std::string make_file(const std::string& behaviour, bool deferred = false) {
+    prevesk_dataset_data_type data(catalogue_source(folder.path).get());
+    data.model_type = model_of(behaviour);
+    data.refresh_from_catalogue(false);
+    data.segments.resize(1);
+    if (deferred) data.time_steps.query.edit().deferred = true;
+    save_data_file(folder.path / "river.vki", data);
+    return folder.file("river.vki");
+  }
+  program_result run(std::vector<std::string> arguments, int signal = 0) {
+    arguments.insert(arguments.begin(), {"--catalogue", folder.path.string(), "--engine", MISBEHAVING_ENGINE});
+    return run_program(VESK_RUN, arguments, signal);
+  }
+
+  temporary_folder folder;
+};
+
+TEST_F(VeskRun, RunsAndReports) {
+  const program_result result = run({make_file("reports"), "-RUN"});
+  EXPECT_EQ(result.out, "a line\n");
+  EXPECT_EQ(result.err, "vesk-run: a failure\n");
+  EXPECT_EQ(result.status, 4); // the engine's return code, the last one put
+}
+
+TEST_F(VeskRun, AnEngineThatThrowsEndsInOneSentence) {
+  const program_result result = run({make_file("throws"), "-RUN", "--save", folder.file("never.vki")});
+  EXPECT_EQ(result.err, "vesk-run: The engine failed: division by zero in segment 3\n");
+  EXPECT_EQ(result.status, 1);
+  EXPECT_FALSE(std::filesystem::exists(folder.file("never.vki")));
+}
+
+TEST_F(VeskRun, CtrlCCancels) {
+  const program_result result =
+      run({make_file("waits for cancel"), "-RUN", "--save", folder.file("never.vki")}, SIGINT);
+  EXPECT_EQ(result.out, "waiting\nTerminating model thread... please wait...\n");
+  EXPECT_EQ(result.status, 130); // whatever code the engine has put
+  EXPECT_FALSE(std::filesystem::exists(folder.file("never.vki")));
+}
+
+TEST_F(VeskRun, DoesItsWorkInTheToldOrder) {
+  const std::string file = make_file("returns");
+  const program_result result = run({"--save", folder.file("out.vki"), "--export", "out.inp", "-RUN", "--load-restart",
+                                     "a.rst", "-IMPORT", "x.inp", file});
+  EXPECT_EQ(result.out, "import 1\nexport 0\nSaved " + folder.file("out.vki") + ".\n");
+  EXPECT_EQ(result.err, "");
+  EXPECT_EQ(result.status, 0);
+  prevesk_dataset_data_type saved;
+  read_data_file(folder.path / "out.vki", saved);
+  EXPECT_EQ(saved.segments.size(), 0U); // an import starts from a new data set
+}
+
+TEST_F(VeskRun, BadInputIsToldInOneSentence) {
+  const std::string file = make_file("returns", true), missing = folder.file("missing.vki");
+  folder.write("text.vki", "no data file");
+  struct {
+    std::vector<std::string> arguments;
+    int status;
+    std::string err;
+  } const cases[] = {
+      {{missing, "-RUN"}, 1, "vesk-run: " + missing + ": Cannot open file.\n"},
+      {{"notes.txt"}, 1, "vesk-run: Could not open specified file type \"notes.txt\" (.TXT file)\n"},
+      {{"-RUN"}, 1, "vesk-run: There is nothing to run: no data file was opened or imported.\n"},
+      {{"--save", "x.vki"}, 1, "vesk-run: There is nothing to save: no data file was opened or imported.\n"},
+      {{file, "-RUN"},
+       1,
+       "vesk-run: Live query error: " + file +
+           ": Live query for time series \"Time step\" failed: the query 'New Query' cannot be executed, because this "
+           "program has no access to its source yet\n"},
+      {{file, "-RUN", "--no-queries"}, 0, ""},
+      {{file, "--engine", folder.file("gone.so"), "-RUN", "--no-queries"},
+       1,
+       "vesk-run: " + file + ": Engine library " + folder.file("gone.so") + " does not exist.\n"},
+      {{file, "--save", folder.file("gone/x.vki")},
+       1,
+       "vesk-run: " + folder.file("gone/x.vki") + ": Cannot open file for writing.\n"},
+      {{file, "--export", "x.doc"}, 1, "vesk-run: x.doc: Cannot export specified file type\n"},
+      {{"-IMPORT"}, 1, "vesk-run: Cannot import specified file type\n"},
+      {{"--frobnicate"}, 2, "vesk-run: Unknown option --frobnicate; the nearest is --refresh. Try vesk-run --help.\n"},
+  };
+  for (const auto& c : cases) {
+    const program_result result = run(c.arguments);
+    EXPECT_EQ(result.err, c.err);
+    EXPECT_EQ(result.status, c.status) << c.err;
+  }
+  const program_result no_catalogue = run({"--catalogue", folder.file("gone"), file});
+  EXPECT_EQ(no_catalogue.err, "vesk-run: Cannot open catalogue " + folder.file("gone/catalogue.sqlite") +
+                                  ": No such file or directory.\n");
+  EXPECT_EQ(no_catalogue.status, 1);
+}
+
+TEST_F(VeskRun, AFailedCheckEndsTheWork) {
+  const std::string file = make_file("returns");
+  const program_result result = run({file, "--check", "--save", folder.file("never.vki")});
+  EXPECT_EQ(result.err, "vesk-run: Validity check failed: " + file +
+                            ": Problems were detected\nvesk-run: Tracer system has no boundaries.\n");
+  EXPECT_EQ(result.status, 1);
+  EXPECT_FALSE(std::filesystem::exists(folder.file("never.vki")));
+}
+
+TEST_F(VeskRun, TellsAboutItself) {
+  EXPECT_EQ(run({"--version"}).out, "vesk-run 0.1.0\n");
+  EXPECT_NE(run({"--help"}).out.find("--import-network NAME"), std::string::npos);
+}
+
+} // namespace
+} // namespace vesk

@@ -1,0 +1,41 @@
+#include "behaviour_catalogue.h"
+
+#include <sqlite3.h>
+
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+
+namespace vesk {
+
+const std::initializer_list<const char*> behaviours{"returns", "throws", "waits for cancel", "reports",
+                                                    "grid without DONE"};
+
+unsigned model_of(const std::string& behaviour) {
+  unsigned model = 1;
+  for (const char* name : behaviours) {
+    if (name == behaviour) return model;
+    ++model;
+  }
+  throw std::invalid_argument("no behaviour " + behaviour);
+}
+
+void write_behaviour_catalogue(const std::filesystem::path& folder) {
+  std::ostringstream sql;
+  sql << std::ifstream(CATALOGUE_SCHEMA).rdbuf();
+  for (const char* name : behaviours) {
+    const unsigned model = model_of(name);
+    sql << "INSERT INTO models VALUES (" << model << ", 'Model', '" << name << "', 0, " << model << ");"
+        << "INSERT INTO Systems VALUES (" << model << ", 1, " << model << ", 'Tracer', 1);"
+        << "INSERT INTO Parameters VALUES (NULL, " << model << ", 1, 0, 9, 1, 'One', 1), (NULL, " << model
+        << ", 2, 0, 9, 1, 'Two', 2);";
+  }
+  sqlite3* database = nullptr;
+  sqlite3_open((folder / "catalogue.sqlite").c_str(), &database);
+  const bool good = sqlite3_exec(database, sql.str().c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
+  const std::string cause = sqlite3_errmsg(database);
+  sqlite3_close(database);
+  if (!good) throw std::runtime_error(cause);
+}
+
+} // namespace vesk
