@@ -1,5 +1,6 @@
 #include "shell/callback.h"
 
+#include "platform/millisecond_clock.h"
 #include "shell/current_shell.h"
 #include "shell/shell_interface.h"
 
@@ -10,31 +11,51 @@ namespace vesk {
 
 namespace {
 
-[[gnu::cold]] void report(const shell_interface& shell, const char* name, const char* cause) noexcept {
+// The exception at work, told to the job. Must be called from a handler of it.
+void report(const shell_interface& shell) noexcept {
   try {
-    const bool named = name[0] != '\0';
-    shell.job().fail(std::string(shell.is_get ? "GET " : "PUT ") + (named ? name + 1 : "") + " failed: " + cause);
-  } catch (...) { // not even the memory for the text: the failure itself must be noted
+    const std::string keyword(shell.current_keyword());
+    try {
+      throw;
+    } catch (const std::exception& error) {
+      shell.job().fail((shell.is_get ? "GET " : "PUT ") + keyword + " failed: " + error.what());
+    } catch (...) {
+      shell.job().fail((shell.is_get ? "GET " : "PUT ") + keyword + " failed with an exception of an unknown kind");
+    }
+  } catch (...) { // not even the memory for the text
     try {
       shell.job().fail("A keyword failed.");
-    } catch (...) { // the job has heard of it, and nothing more can be done here
+    } catch (...) { // the job has been told; there is nothing more to be done
     }
+  }
+}
+
+// A call with everything that may belong to it. Out of the way, so that the usual call saves no registers for it.
+[[gnu::noinline]] void whole_call(const char* name, void* a1, void* a2, void* a3, void* a4, void* a5) noexcept {
+  shell_interface* const shell = current_shell();
+  if (!shell) return;
+  try {
+    shell->call(name, {a1, a2, a3, a4, a5});
+  } catch (...) {
+    report(*shell);
   }
 }
 
 } // namespace
 
 void data_callback(const char* name, void* a1, void* a2, void* a3, void* a4, void* a5) noexcept {
-  shell_interface* const shell = current_shell();
-  if (!shell) return;
+  shell_interface* const shell = own_shell;
+  function_description* function = nullptr;
+  const auto shortcut = shell ? shell->take_shortcut(name, function) : shell_interface::shortcut::none;
+  if (shortcut == shell_interface::shortcut::none) return whole_call(name, a1, a2, a3, a4, a5);
+  if (shortcut == shell_interface::shortcut::nothing_to_do) return;
+  const std::uint32_t before = millisecond_clock::now();
   try {
-    shell->job().pass_gate();
-    shell->call(name, a1, a2, a3, a4, a5);
-  } catch (const std::exception& error) {
-    report(*shell, name, error.what());
+    function->handler(*shell, a1, a2, a3, a4, a5);
   } catch (...) {
-    report(*shell, name, "an exception of an unknown kind");
+    report(*own_shell);
   }
+  function->elapsed_ms += millisecond_clock::now() - before;
 }
 
 } // namespace vesk

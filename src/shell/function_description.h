@@ -33,7 +33,7 @@ inline constexpr std::size_t max_variables = 5;
 // the keyword's last argument may hold anything.
 using keyword_handler = void (*)(shell_interface&, void*, void*, void*, void*, void*);
 
-enum keyword_modes : std::uint8_t { get = 1, put = 2, get_put = 3 };
+enum keyword_modes : std::uint8_t { no_mode = 0, get = 1, put = 2, get_put = 3 };
 
 // A handler with the types of its arguments, taken from the C++ function behind it (shell/typed_handler.h).
 struct typed_handler {
@@ -75,6 +75,7 @@ struct function_description {
   keyword_handler handler = nullptr; // null: the keyword has no code behind it yet
   std::uint32_t elapsed_ms = 0;      // spent in the handler since the job began
   keyword_modes modes = get_put;
+  keyword_modes direct = no_mode; // the modes that need nothing but the handler
   bool changes_series = false;
   std::string_view keyword{};
   std::string_view description{};

@@ -1,5 +1,7 @@
 #include "shell/shell_interface.h"
 
+#include "platform/millisecond_clock.h"
+
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -29,6 +31,7 @@ function_description describe(const keyword_row& row) {
   return {.handler = row.handler.call,
           .elapsed_ms = 0,
           .modes = row.modes,
+          .direct = static_cast<keyword_modes>(row.modes & (row.changes_series ? get : get_put)),
           .changes_series = row.changes_series,
           .keyword = row.keyword,
           .description = row.description,
@@ -63,12 +66,38 @@ void shell_interface::log(std::string_view message) const {
   if (logs_) job_->log_line(time_stamp().append(": ").append(message));
 }
 
-void shell_interface::unrecognized(const char* keyword) const {
-  if (logs_) log(std::string("Unrecognized Name: ") + keyword);
+void shell_interface::call(const char* name, argument_words words) {
+  job_->pass_gate();
+  const char mode = name[0];
+  const char* keyword = name + (mode != '\0'); // an empty name has no keyword
+  is_get = mode == 'G' || mode == 'g';
+  const std::size_t found = keyword_positions.find(load_keyword(keyword));
+  if (found != keyword_positions.not_found)
+    invoke(functions[found], words);
+  else if (logs_)
+    log(std::string("Unrecognized Name: ") + keyword);
 }
 
-void shell_interface::refuse(const function_description& function) const {
-  if (!function.refusal.empty()) log(function.refusal);
+void shell_interface::invoke(function_description& function, argument_words words) {
+  current_ = &function;
+  const bool traced = logs_ && job_->logging_enabled();
+  if (traced) trace_head(function, words);
+  if (function.handler)
+    run(function, words);
+  else
+    log("Function not intialized");
+  if (traced) trace_tail(function, words);
+}
+
+void shell_interface::run(function_description& function, argument_words words) {
+  const std::uint32_t before = millisecond_clock::now();
+  if (function.modes & (is_get ? get : put)) {
+    if (!is_get && function.changes_series) bulk.series_changing(*data_set_);
+    function.handler(*this, words[0], words[1], words[2], words[3], words[4]);
+  } else if (!function.refusal.empty()) {
+    log(function.refusal);
+  }
+  function.elapsed_ms += millisecond_clock::now() - before;
 }
 
 void shell_interface::warn(std::string_view text) const {

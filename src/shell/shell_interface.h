@@ -1,7 +1,6 @@
 // The keywords at work for one job: dispatch, trace, lookups and what handlers share.
 #pragma once
 
-#include "platform/millisecond_clock.h"
 #include "shell/bulk_service.h"
 #include "shell/function_description.h"
 #include "shell/job.h"
@@ -60,11 +59,21 @@ public:
   // True when `keyword`, to the byte, is in the table; `position` is then its place in `functions`.
   bool find_function(std::string_view keyword, std::size_t& position) const;
 
-  // One call of the engine: mode letter and keyword in `name`, then the argument words. Throws what a handler throws.
-  void call(const char* name, void* a1, void* a2, void* a3, void* a4, void* a5);
+  using argument_words = void* const (&)[max_variables];
+
+  // One call of the engine: mode letter and keyword in `name`. Throws what a handler throws.
+  void call(const char* name, argument_words words);
 
   // The call of a keyword that has been found, with its trace and its time.
-  void invoke(function_description& function, void* a1, void* a2, void* a3, void* a4, void* a5);
+  void invoke(function_description& function, argument_words words);
+
+  // What of a call can be left out. `handler`: the mode is set and `function` is the row whose handler is all that the
+  // call comes to; `none`: the call must be made as a whole.
+  enum class shortcut { none, nothing_to_do, handler };
+  shortcut take_shortcut(const char* name, function_description*& function);
+
+  // The keyword of the call at work, for telling of a failure; empty before the first call.
+  std::string_view current_keyword() const { return current_ ? current_->keyword : std::string_view(); }
 
   // True when there is a log file: what is only made for the log need not be made otherwise.
   bool logs() const { return logs_; }
@@ -133,10 +142,10 @@ public:
   void settle_thread_defaults() const;
 
 private:
-  void invoke_traced(function_description& function, void* const (&words)[max_variables]);
-  void refuse(const function_description& function) const;
-  void unrecognized(const char* keyword) const;
-  void trace_variables(const function_description& function, void* const (&words)[max_variables], bool before) const;
+  void run(function_description& function, argument_words words);
+  void trace_head(const function_description& function, argument_words words) const;
+  void trace_tail(const function_description& function, argument_words words) const;
+  void trace_variables(const function_description& function, argument_words words, std::size_t longest_text) const;
   void warn_outside(std::int32_t number, std::int64_t first, std::int64_t last, std::size_t argument) const;
 
   engine_job* job_ = nullptr;
@@ -145,25 +154,22 @@ private:
   bool logs_ = false;
 };
 
-inline void shell_interface::call(const char* name, void* a1, void* a2, void* a3, void* a4, void* a5) {
+// Nearly all calls: no log to write to, nobody waiting at the gate, and a keyword that serves the mode without more
+// ado.
+[[gnu::always_inline]] inline shell_interface::shortcut
+shell_interface::take_shortcut(const char* name, function_description*& function) {
+  if (logs_ || job_->gate_is_closed()) [[unlikely]]
+    return shortcut::none;
   const char mode = name[0];
-  const char* keyword = name + (mode != '\0'); // an empty name has no keyword
-  is_get = (mode | 0x20) == 'g';
-  const std::size_t found = keyword_positions.find(load_keyword(keyword));
+  is_get = mode == 'G' || mode == 'g';
+  padded_keyword keyword;
+  if (!load_keyword_at_once(name + (mode != '\0'), keyword)) return shortcut::none; // an empty name has no keyword
+  const std::size_t found = keyword_positions.find(keyword);
   if (found == keyword_positions.not_found) [[unlikely]]
-    return unrecognized(keyword);
-  invoke(functions[found], a1, a2, a3, a4, a5);
-}
-
-inline void shell_interface::invoke(function_description& function, void* a1, void* a2, void* a3, void* a4, void* a5) {
-  current_ = &function;
-  const keyword_modes mode = is_get ? get : put;
-  if (logs_ || !function.handler || !(function.modes & mode)) [[unlikely]]
-    return invoke_traced(function, {a1, a2, a3, a4, a5});
-  const std::uint32_t before = millisecond_clock::now();
-  if (!is_get && function.changes_series) bulk.series_changing(*data_set_);
-  function.handler(*this, a1, a2, a3, a4, a5);
-  function.elapsed_ms += millisecond_clock::now() - before;
+    return shortcut::nothing_to_do;
+  function = &functions[found];
+  current_ = function;
+  return function->direct & (is_get ? get : put) ? shortcut::handler : shortcut::none;
 }
 
 } // namespace vesk

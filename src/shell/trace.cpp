@@ -1,4 +1,4 @@
-// Calls that leave something in the log: the trace of each call, and calls that have no handler to go to.
+// The trace of each call in the log.
 #include "shell/shell_interface.h"
 
 #include <cstdio>
@@ -40,36 +40,24 @@ std::string variable_text(const variable_description& variable, const void* word
 
 } // namespace
 
-void shell_interface::trace_variables(const function_description& function, void* const (&words)[max_variables],
-                                      bool before) const {
-  const std::size_t longest = before && is_get ? longest_text_before_get : longest_text;
+void shell_interface::trace_variables(const function_description& function, argument_words words,
+                                      std::size_t longest) const {
   for (std::size_t i = 0; i < function.variables.size(); ++i)
     if (const std::string line = variable_text(function.variables[i], words[i], longest); !line.empty()) log(line);
 }
 
-void shell_interface::invoke_traced(function_description& function, void* const (&words)[max_variables]) {
-  const bool traced = logs_ && job_->logging_enabled();
-  if (traced) {
-    log("");
-    log(is_get ? "Mode: GET" : "Mode: PUT");
-    log(std::string("Keyword: ").append(function.keyword));
-    log(std::string("Description: ").append(function.description));
-    log("Input Parameters: ");
-    trace_variables(function, words, true);
-  }
-  const std::uint32_t before = millisecond_clock::now();
-  if (!function.handler)
-    log("Function not intialized");
-  else if (!(function.modes & (is_get ? get : put)))
-    refuse(function);
-  else {
-    if (!is_get && function.changes_series) bulk.series_changing(*data_set_);
-    function.handler(*this, words[0], words[1], words[2], words[3], words[4]);
-  }
-  function.elapsed_ms += millisecond_clock::now() - before;
-  if (!traced) return;
+void shell_interface::trace_head(const function_description& function, argument_words words) const {
+  log("");
+  log(is_get ? "Mode: GET" : "Mode: PUT");
+  log(std::string("Keyword: ").append(function.keyword));
+  log(std::string("Description: ").append(function.description));
+  log("Input Parameters: ");
+  trace_variables(function, words, is_get ? longest_text_before_get : longest_text);
+}
+
+void shell_interface::trace_tail(const function_description& function, argument_words words) const {
   log("Output Parameters: ");
-  trace_variables(function, words, false);
+  trace_variables(function, words, longest_text);
 }
 
 } // namespace vesk
