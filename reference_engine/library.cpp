@@ -1,5 +1,10 @@
 // The six functions that the library exports. What goes wrong inside ends here, as one sentence for the modeller and a
 // return code.
+// The header's functions are all that is seen from outside; the rest of the library is built hidden.
+#pragma GCC visibility push(default)
+#include "vesk_engine.h"
+#pragma GCC visibility pop
+
 #include "core/errors.h"
 #include "host/host.h"
 #include "host/run.h"

@@ -1,0 +1,207 @@
+// Transport against solutions that are known.
+#include "core/errors.h"
+#include "models.h"
+
+#include <gtest/gtest.h>
+
+#include <numbers>
+#include <random>
+
+namespace reference_engine {
+namespace {
+
+enum { conservative, decaying, solids };
+
+// dC/dt = -(Q/V) C. Euler's error after n steps over one residence time is e^-1 / (2 n) to first order; that of
+// Runge-Kutta e^-1 / (120 n^4).
+TEST(Transport, OneMixedSegmentIsWashedOut) {
+  Model model(1);
+  model.through(0.25);
+  model.initial(conservative, 0) = 8;
+  const double expected = 8 * std::exp(-1.0);
+  EXPECT_NEAR(model.run(euler, 4, 1000).of(conservative)[0], expected - expected / 2000, expected * 1e-6);
+  EXPECT_NEAR(model.run(runge_kutta, 4, 100).of(conservative)[0], expected, expected * 1e-10);
+}
+
+// The outlet of n mixed segments after a step at the inlet follows Erlang's distribution:
+// 1 - exp(-x) sum over k < n of x^k / k!, x = t Q / V.
+TEST(Transport, SegmentsInSeriesFollowErlang) {
+  constexpr int n = 5;
+  Model model(n);
+  model.through(2);
+  model.boundary(conservative, 0) = 1;
+  const double x = 4.0;
+  double term = 1, sum = 0;
+  for (int k = 0; k < n; term *= x / ++k) sum += term;
+  const double expected = 1 - std::exp(-x) * sum;
+  EXPECT_NEAR(model.run(runge_kutta, x / 2, 200).of(conservative)[n - 1], expected, 1e-9);
+  EXPECT_NEAR(model.run(euler, x / 2, 20000).of(conservative)[n - 1], expected, 1e-4); // x^2 / (2 steps) at most
+}
+
+// dC/dt = E d2C/dx2 between closed ends: the first cosine decays with E (pi / length)^2. Central differences are of
+// second order, so twice as many segments leave a quarter of the error.
+TEST(Transport, CosineProfileDecaysByDispersion) {
+  const auto error = [](int n) {
+    Model model(static_cast<std::size_t>(n));
+    const double dx = 1.0 / n, dispersion = 1 / (std::numbers::pi * std::numbers::pi); // decays with 1/day
+    for (int i = 0; i < n; ++i) {
+      model.problem.segments[static_cast<std::size_t>(i)].volume = dx;
+      model.initial(conservative, static_cast<std::size_t>(i)) = 2 + std::cos(std::numbers::pi * (i + 0.5) * dx);
+      if (i > 0) model.exchange(i - 1, i, dispersion / dx);
+    }
+    const State state = model.run(runge_kutta, 1, 4 * n * n / 10);
+    return state.of(conservative)[0] - 2 - std::exp(-1.0) * std::cos(std::numbers::pi * 0.5 * dx);
+  };
+  const double coarse = error(20), fine = error(40);
+  EXPECT_LT(std::abs(fine), 1e-3);
+  EXPECT_NEAR(coarse / fine, 4, 0.1);
+}
+
+// A closed network of 1000 segments: rounds of random flows between random segments, some of which fill one segment
+// from another, and random exchanges. Mass stays, and a concentration that is the same everywhere stays so.
+TEST(Transport, ClosedNetworkKeepsMassAndUniformity) {
+  constexpr int n = 1000;
+  std::mt19937 random(7);
+  std::uniform_int_distribution<int> segment(0, n - 1);
+  std::uniform_real_distribution<double> amount(0.01, 0.2);
+  Model model(n);
+  for (int k = 0; k < 600; ++k) {
+    const int a = segment(random), b = segment(random), c = segment(random);
+    const double round = amount(random);
+    model.flow(a, b, round);
+    model.flow(b, c, round);
+    model.flow(c, a, k % 5 == 0 ? round * 0.9 : round);
+    model.exchange(segment(random), segment(random), amount(random));
+  }
+  for (int i = 0; i < n; ++i) model.initial(conservative, static_cast<std::size_t>(i)) = amount(random);
+  model.start_all_at(decaying, 3);
+  for (const int technique : {euler, runge_kutta}) {
+    for (const bool net : {true, false}) {
+      model.problem.net_flows = net;
+      const State before(model.problem), after = model.run(technique, 2, 400);
+      EXPECT_NEAR(after.mass(conservative) / before.mass(conservative), 1, 1e-12);
+      for (const double value : after.of(decaying)) ASSERT_NEAR(value, 3, 3e-12);
+    }
+  }
+}
+
+// Euler tends to Runge-Kutta's answer with its order: half the step, half the difference. Numbered at random, so that
+// most neighbours are far terms, and with flows that turn round.
+TEST(Transport, TechniquesAgreeOnAnyNumbering) {
+  Model model(40);
+  for (int i = 0; i < 40; ++i) model.flow((i * 7) % 40, ((i + 1) * 7) % 40, i % 3 == 0 ? 0.5 : 0.8);
+  model.flow(5, 20, -0.3);
+  model.exchange(3, 30, 0.4);
+  model.flow(outside, 11, 0.2);
+  model.flow(30, outside, 0.1);
+  model.boundary(conservative, 11) = 4;
+  for (std::size_t i = 0; i < 40; ++i) model.problem.segments[i].volume = 5, model.initial(conservative, i) = double(i % 9);
+  const State exact = model.run(runge_kutta, 3, 600);
+  const auto difference = [&](int steps) {
+    const State state = model.run(euler, 3, steps);
+    double largest = 0;
+    for (std::size_t i = 0; i < 40; ++i)
+      largest = std::max(largest, std::abs(state.of(conservative)[i] - exact.of(conservative)[i]));
+    return largest;
+  };
+  const double coarse = difference(500), fine = difference(1000);
+  EXPECT_LT(fine, 2e-3);
+  EXPECT_NEAR(coarse / fine, 2, 0.05);
+}
+
+// One segment that loses by one field alone: C = exp(-share Q t / V), V constant since the surface water is in balance
+// or the field moves no water.
+TEST(Transport, FieldsCarryTheirShare) {
+  Model model(1);
+  model.problem.dissolved = {0.25, 0.25, 0.25};
+  for (std::size_t s = 0; s < 3; ++s) model.initial(s, 0) = 1;
+  model.problem.systems[solids].solids_field = 1;
+  model.problem.systems[decaying].flows = false;
+
+  Model pore = model, second_solids = model, evaporation = model, mixing = model;
+  pore.flow(outside, 0, 1, FlowField::pore_water);
+  pore.flow(0, outside, 1, FlowField::pore_water);
+  State state = pore.run(runge_kutta, 1, 50);
+  EXPECT_NEAR(state.of(conservative)[0], std::exp(-0.25), 1e-9);
+  EXPECT_DOUBLE_EQ(state.of(decaying)[0], 1); // not carried by flows
+  EXPECT_NEAR(state.volume[0], 1, 1e-12);
+
+  second_solids.flow(0, outside, 1, FlowField::solids_2);
+  state = second_solids.run(runge_kutta, 1, 50);
+  EXPECT_NEAR(state.of(solids)[0], std::exp(-0.75), 1e-9);
+  EXPECT_DOUBLE_EQ(state.of(conservative)[0], 1); // goes with the first solids field
+  EXPECT_DOUBLE_EQ(state.volume[0], 1);
+
+  evaporation.flow(0, outside, 0.5, FlowField::evaporation);
+  state = evaporation.run(euler, 1, 50);
+  EXPECT_NEAR(state.volume[0], 0.5, 1e-12);
+  EXPECT_NEAR(state.of(conservative)[0], 2, 1e-12);
+
+  mixing.exchange(0, outside, 1, ExchangeField::pore_water);
+  mixing.problem.systems[conservative].disperses = false;
+  state = mixing.run(runge_kutta, 1, 50);
+  EXPECT_NEAR(state.of(solids)[0], std::exp(-0.25), 1e-9);
+  EXPECT_DOUBLE_EQ(state.of(conservative)[0], 1);
+}
+
+// 3 m3/day one way and 2 back: 1 m3/day when netted; else an exchange of 2 beside it.
+TEST(Transport, FlowsBetweenTheSameSegmentsAreNettedOnRequest) {
+  Model model(2);
+  model.flow(0, 1, 3);
+  model.flow(1, 0, 2);
+  Equations net(model.problem, "tracer");
+  model.problem.net_flows = false;
+  Equations gross(model.problem, "tracer");
+  const State state(model.problem);
+  net.refresh(model.forcing, state);
+  gross.refresh(model.forcing, state);
+  EXPECT_NEAR(net.limit().days, 1.0, 1e-6);
+  EXPECT_NEAR(gross.limit().days, 1.0 / 3, 1e-6);
+}
+
+TEST(Transport, BalanceOfOneSystemClosesAndTellsWhereMassWent) {
+  Model model(3);
+  model.through(0.5);
+  model.problem.balance_system = decaying;
+  model.problem.constants[1] = 0.4; // decay, 1/day
+  model.problem.loads = {{decaying, 1}};
+  model.forcing.loads[1 * 3 + decaying] = 0.002f; // kg/day
+  model.boundary(decaying, 0) = 4;
+  model.start_all_at(decaying, 1);
+  for (const int technique : {euler, runge_kutta}) {
+    model.balance = {};
+    model.run(technique, 10, 200);
+    EXPECT_NEAR(model.balance.moved.inflow, 4 * 0.5 * 10, 1e-9);
+    EXPECT_NEAR(model.balance.moved.loads, 2.0 * 10, 1e-6); // single precision of the load
+    EXPECT_LT(model.balance.moved.reacted, -1);
+    EXPECT_GT(model.balance.moved.outflow, 1);
+    EXPECT_NEAR(model.balance.relative_error(), 0, 1e-12);
+  }
+}
+
+TEST(Transport, WhatCannotBeSolvedIsNamed) {
+  Model model(3);
+  model.flow(0, 3, 1);
+  EXPECT_THROW(model.run(euler, 1, 1), InputError); // no such segment
+
+  Model dry(2);
+  dry.flow(1, outside, 3);
+  Model high(2);
+  high.problem.systems[conservative].largest_concentration = 5;
+  high.flow(outside, 1, 1);
+  high.boundary(conservative, 1) = 50;
+  const auto sentence = [](Model& it) {
+    try {
+      it.run(euler, 1, 2);
+    } catch (const RunError& error) {
+      return std::string(error.what());
+    }
+    return std::string();
+  };
+  EXPECT_EQ(sentence(dry), "Segment 2 (s2) runs dry.");
+  EXPECT_EQ(sentence(high), "The concentration of conservative tracer in segment 2 (s2) is 16.6667 g/m3, above the "
+                            "system's largest of 5.");
+}
+
+} // namespace
+} // namespace reference_engine
