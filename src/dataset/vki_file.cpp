@@ -5,15 +5,24 @@
 
 namespace vesk {
 
+data_file::data_file(const std::filesystem::path& file) : opened_(open_for_reading(file)) {
+  if (size_of_regular_file(opened_.get()) > 0)
+    reader_.emplace(opened_.get(), file.native());
+  else
+    read_from(opened_.get(), file.native());
+}
+
+data_file::data_file(int descriptor, std::string name) {
+  read_from(descriptor, std::move(name));
+}
+
+void data_file::read_from(int descriptor, std::string name) {
+  bytes_ = read_to_end(descriptor, name);
+  reader_.emplace(std::string_view(bytes_), std::move(name));
+}
+
 void read_data_file(const std::filesystem::path& file, prevesk_dataset_data_type& data) {
-  const file_descriptor opened = open_for_reading(file);
-  if (size_of_regular_file(opened.get()) > 0) {
-    binary_reader reader(opened.get(), file.native());
-    return data.read(reader);
-  }
-  const std::string bytes = read_to_end(opened.get(), file.native());
-  binary_reader reader(bytes, file.native());
-  data.read(reader);
+  data.read(data_file(file).reader());
 }
 
 void save_data_file(const std::filesystem::path& file, const prevesk_dataset_data_type& data) {

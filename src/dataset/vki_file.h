@@ -6,8 +6,29 @@
 #include "platform/file_io.h"
 
 #include <filesystem>
+#include <optional>
+#include <string>
 
 namespace vesk {
+
+// A data file that is open for one pass of reading.
+class data_file {
+public:
+  // Throws file_open_exception.
+  explicit data_file(const std::filesystem::path& file);
+
+  // All that is left to read from `descriptor`, such as standard input.
+  data_file(int descriptor, std::string name);
+
+  binary_reader& reader() { return *reader_; }
+
+private:
+  void read_from(int descriptor, std::string name);
+
+  file_descriptor opened_;
+  std::string bytes_; // of what has no size before it is read
+  std::optional<binary_reader> reader_;
+};
 
 // Reads a data file over the freshly constructed `data` and reconciles it with its catalogue, if it has one.
 // Afterwards a `file_version` above the current one says that the file is of a newer version.

@@ -166,7 +166,7 @@ private:
     if (announced <= possible) return announced;
     if (version() > prevesk_dataset_data_type::current_file_version()) return static_cast<std::uint32_t>(possible);
     file_.fail(place, std::to_string(announced) + " " + what + ", but only " + std::to_string(file_.left()) +
-                          " bytes are left.");
+                          (smallest == 1 ? " are left." : " bytes are left."));
   }
 
   // The numbers just read; memory is taken only when they differ from the segment's before.

@@ -1,0 +1,93 @@
+#include "dataset/text_encoding.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <iterator>
+
+namespace vesk {
+
+namespace {
+
+// The characters of the bytes 80 to 9F; all other bytes are the character of their own number.
+constexpr char32_t upper_controls[] = {0x20ac, 0x0081, 0x201a, 0x0192, 0x201e, 0x2026, 0x2020, 0x2021,
+                                       0x02c6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008d, 0x017d, 0x008f,
+                                       0x0090, 0x2018, 0x2019, 0x201c, 0x201d, 0x2022, 0x2013, 0x2014,
+                                       0x02dc, 0x2122, 0x0161, 0x203a, 0x0153, 0x009d, 0x017e, 0x0178};
+static_assert(std::size(upper_controls) == 32);
+
+constexpr char32_t invalid = 0xffffffff;
+
+// Takes one character off the front of `bytes`; `invalid` leaves them as they are.
+char32_t next_character(std::string_view& bytes) {
+  const auto lead = static_cast<std::uint8_t>(bytes.front());
+  const std::size_t length = lead < 0x80   ? 1
+                             : lead < 0xc0 ? 0
+                             : lead < 0xe0 ? 2
+                             : lead < 0xf0 ? 3
+                             : lead < 0xf8 ? 4
+                                           : 0;
+  if (length == 0 || length > bytes.size()) return invalid;
+  char32_t character = length == 1 ? lead : lead & (0x7fu >> length);
+  for (std::size_t i = 1; i < length; ++i) {
+    const auto byte = static_cast<std::uint8_t>(bytes[i]);
+    if ((byte & 0xc0) != 0x80) return invalid;
+    character = character << 6 | (byte & 0x3f);
+  }
+  constexpr char32_t smallest[] = {0, 0, 0x80, 0x800, 0x10000}; // by length: a smaller one is an overlong form
+  if (character < smallest[length] || character > 0x10ffff || (character >= 0xd800 && character < 0xe000))
+    return invalid;
+  bytes.remove_prefix(length);
+  return character;
+}
+
+// `character` lies below U+10000, as all that Windows-1252 knows.
+void append_utf8(std::string& text, char32_t character) {
+  if (character < 0x80) {
+    text += static_cast<char>(character);
+  } else if (character < 0x800) {
+    text += static_cast<char>(0xc0 | character >> 6);
+    text += static_cast<char>(0x80 | (character & 0x3f));
+  } else {
+    text += static_cast<char>(0xe0 | character >> 12);
+    text += static_cast<char>(0x80 | (character >> 6 & 0x3f));
+    text += static_cast<char>(0x80 | (character & 0x3f));
+  }
+}
+
+} // namespace
+
+bool is_utf8(std::string_view bytes) {
+  while (!bytes.empty())
+    if (next_character(bytes) == invalid) return false;
+  return true;
+}
+
+std::string utf8_from_windows_1252(std::string_view bytes) {
+  std::string text;
+  for (const char c : bytes) {
+    const auto byte = static_cast<std::uint8_t>(c);
+    append_utf8(text, byte >= 0x80 && byte < 0xa0 ? upper_controls[byte - 0x80] : byte);
+  }
+  return text;
+}
+
+std::optional<std::string> windows_1252_from_utf8(std::string_view text) {
+  std::string bytes;
+  while (!text.empty()) {
+    const char32_t character = next_character(text);
+    const auto* upper = std::find(std::begin(upper_controls), std::end(upper_controls), character);
+    if (upper != std::end(upper_controls))
+      bytes += static_cast<char>(0x80 + (upper - std::begin(upper_controls)));
+    else if (character < 0x80 || (character >= 0xa0 && character <= 0xff))
+      bytes += static_cast<char>(character);
+    else
+      return std::nullopt;
+  }
+  return bytes;
+}
+
+std::string shown_text(std::string_view bytes) {
+  return is_utf8(bytes) ? std::string(bytes) : utf8_from_windows_1252(bytes);
+}
+
+} // namespace vesk

@@ -1,0 +1,24 @@
+// The bytes of the data layer's texts, and what they mean to a reader.
+//
+// A text is UTF-8 where it is valid UTF-8, and Windows-1252 otherwise. Windows-1252 is taken here with every byte
+// mapped: the five bytes that it leaves open (81, 8D, 8F, 90, 9D) are the control characters of the same number.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace vesk {
+
+// Valid in the strict sense: no overlong forms, no surrogates, nothing beyond U+10FFFF.
+bool is_utf8(std::string_view bytes);
+
+std::string utf8_from_windows_1252(std::string_view bytes);
+
+// Nothing when a character has no byte in Windows-1252. `text` must be valid UTF-8.
+std::optional<std::string> windows_1252_from_utf8(std::string_view text);
+
+// A text of the data layer as UTF-8, for showing it.
+std::string shown_text(std::string_view bytes);
+
+} // namespace vesk

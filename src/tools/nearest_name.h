@@ -1,0 +1,13 @@
+// The known name that a misspelt one most likely means.
+#pragma once
+
+#include <span>
+#include <string_view>
+
+namespace vesk {
+
+// The one of `names`, of which there is at least one, that takes the fewest single-character edits from `name`; the
+// first of several.
+std::string_view nearest_name(std::string_view name, std::span<const std::string_view> names);
+
+} // namespace vesk

@@ -1,0 +1,129 @@
+// vki: dump, build, check and upgrade data files.
+#include "dataset/vki_file.h"
+#include "dataset/vki_reader.h"
+#include "platform/safe_file.h"
+#include "tools/data_file_check.h"
+#include "tools/dataset_json.h"
+#include "tools/file_version_text.h"
+
+#include <cstdio>
+#include <string>
+#include <string_view>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+using namespace vesk;
+
+enum exit_status { success = 0, failed_file = 1, wrong_usage = 2 };
+
+constexpr std::string_view standard_stream = "-";
+
+constexpr const char* usage =
+    "usage: vki dump FILE              print a data file as JSON\n"
+    "       vki load IN.json OUT.vki   write a data file from JSON\n"
+    "       vki check FILE             say whether a data file is intact\n"
+    "       vki upgrade IN OUT         rewrite a data file in the current layout\n"
+    "       vki --help | --version\n"
+    "\n"
+    "\"-\" is standard input or output. A file that is written takes its place only when it is whole.\n"
+    "Exit status: 0 done, 1 a file failed, 2 wrong usage.\n";
+
+// An input's name in messages.
+std::string shown(const std::string& name) {
+  return name == standard_stream ? "standard input" : name;
+}
+
+data_file open_input(const std::string& name) {
+  return name == standard_stream ? data_file(STDIN_FILENO, shown(name)) : data_file(name);
+}
+
+std::string read_text(const std::string& name) {
+  if (name == standard_stream) return read_to_end(STDIN_FILENO, shown(name));
+  return read_to_end(open_for_reading(name).get(), name);
+}
+
+void save(const std::string& name, const prevesk_dataset_data_type& data) {
+  if (name != standard_stream) return save_data_file(name, data);
+  binary_writer output(STDOUT_FILENO, "standard output");
+  data.write(output);
+}
+
+void dump(const std::vector<std::string>& names) {
+  data_file input = open_input(names[0]);
+  prevesk_dataset_data_type data;
+  const vki_facts facts = read_vki(input.reader(), data);
+  binary_writer output(STDOUT_FILENO, "standard output");
+  write_json(output, data, facts.last_section.number);
+  if (facts.version > data.current_file_version())
+    std::fprintf(stderr, "%s: version %s is newer than %s; read as far as its bytes go.\n", shown(names[0]).c_str(),
+                 file_version_text(facts.version).c_str(), file_version_text(data.current_file_version()).c_str());
+}
+
+void load(const std::vector<std::string>& names) {
+  const std::string json = read_text(names[0]);
+  try {
+    save(names[1], read_json(json));
+  } catch (const json_exception& error) {
+    throw json_exception(shown(names[0]) + ": " + error.what());
+  }
+}
+
+void check(const std::vector<std::string>& names) {
+  check_data_file(open_input(names[0]).reader());
+}
+
+void upgrade(const std::vector<std::string>& names) {
+  data_file input = open_input(names[0]);
+  prevesk_dataset_data_type data;
+  const vki_facts facts = read_vki(input.reader(), data);
+  refuse_newer_version(input.reader(), facts.version);
+  data.file_version = data.current_file_version();
+  save(names[1], data);
+}
+
+struct command {
+  std::string_view name;
+  std::size_t files;
+  void (*run)(const std::vector<std::string>& names);
+};
+
+constexpr command commands[] = {
+    {.name = "dump", .files = 1, .run = dump},
+    {.name = "load", .files = 2, .run = load},
+    {.name = "check", .files = 1, .run = check},
+    {.name = "upgrade", .files = 2, .run = upgrade},
+};
+
+int fail_usage(const std::string& cause) {
+  std::fprintf(stderr, "vki: %s\n%s", cause.c_str(), usage);
+  return wrong_usage;
+}
+
+int run(const command& chosen, const std::vector<std::string>& names) {
+  for (const std::string& name : names)
+    if (name.empty() || (name[0] == '-' && name != standard_stream))
+      return fail_usage("\"" + name + "\" is no option and no file name.");
+  if (names.size() != chosen.files)
+    return fail_usage(std::string(chosen.name) + " takes " + (chosen.files == 1 ? "one file." : "two files."));
+  try {
+    chosen.run(names);
+    return success;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "%s\n", error.what());
+    return failed_file;
+  }
+}
+
+} // namespace
+
+int main(int count, char** arguments) {
+  const std::vector<std::string> words(arguments + 1, arguments + count);
+  if (words.empty()) return fail_usage("no command.");
+  if (words[0] == "--help") return std::fputs(usage, stdout) < 0 ? failed_file : success;
+  if (words[0] == "--version") return std::puts("vki " VESK_VERSION) < 0 ? failed_file : success;
+  for (const command& known : commands)
+    if (words[0] == known.name) return run(known, {words.begin() + 1, words.end()});
+  return fail_usage("unknown command \"" + words[0] + "\".");
+}
