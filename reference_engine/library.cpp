@@ -104,9 +104,7 @@ void load_restart_file(vesk_data_callback data_callback) {
 }
 
 void read_hyd_file(vesk_data_callback data_callback) {
-  guarded(data_callback, [](Host&) {
-    throw InputError("Reading hydrodynamic files is not part of this engine yet.");
-  });
+  guarded(data_callback, [](Host&) { throw InputError("Reading hydrodynamic files is not part of this engine yet."); });
 }
 
 } // extern "C"

@@ -11,8 +11,15 @@ namespace reference_engine {
 
 namespace {
 
-enum { volume_output = 1, flow_output, velocity_output, depth_output, temperature_output, residence_output,
-       step_output };
+enum {
+  volume_output = 1,
+  flow_output,
+  velocity_output,
+  depth_output,
+  temperature_output,
+  residence_output,
+  step_output
+};
 
 std::vector<bool> settling_systems(const Problem& problem, const Kinetics& kinetics) {
   std::vector<bool> settles(problem.systems.size());
@@ -20,7 +27,9 @@ std::vector<bool> settling_systems(const Problem& problem, const Kinetics& kinet
   return settles;
 }
 
-bool any(const std::vector<bool>& flags) { return std::find(flags.begin(), flags.end(), true) != flags.end(); }
+bool any(const std::vector<bool>& flags) {
+  return std::find(flags.begin(), flags.end(), true) != flags.end();
+}
 
 } // namespace
 
@@ -38,8 +47,10 @@ Equations::Equations(const Problem& problem, std::string_view library)
     if (!problem.systems[s].simulated) continue;
     const auto serves = [&](const TransportClass& it) { return it.serves(problem, s, settles_[s]); };
     const auto found = std::find_if(classes_.begin(), classes_.end(), serves);
-    if (found != classes_.end()) found->join(s);
-    else classes_.emplace_back(problem, s, settles_[s]);
+    if (found != classes_.end())
+      found->join(s);
+    else
+      classes_.emplace_back(problem, s, settles_[s]);
   }
   settling_.resize(classes_.size());
   find_gaining();
@@ -113,7 +124,8 @@ void Equations::update_settling(const State& state) {
       if (velocity[i] <= 0) continue;
       const double depth = hydraulics_.depth()[i];
       if (depth <= 0)
-        throw RunError(text("Segment ", numbered(problem_.segments[i], i), " needs a depth for settling: give it a "
+        throw RunError(text("Segment ", numbered(problem_.segments[i], i),
+                            " needs a depth for settling: give it a "
                             "depth multiplier, a length and a width, or a minimum depth."));
       settling_[c][i] = velocity[i] * state.volume[i] / depth;
     }

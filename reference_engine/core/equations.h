@@ -75,9 +75,9 @@ private:
   std::vector<TransportClass> classes_;
   std::vector<std::size_t> gaining_, far_gain_, rim_gain_; // gain positions of far terms and rim segments
   std::vector<LoadSource> load_sources_;
-  std::vector<std::size_t> load_starts_; // by system
-  std::vector<double> load_;             // g/day of each source
-  std::vector<double> boundary_;         // [system][rim], g/m3
+  std::vector<std::size_t> load_starts_;      // by system
+  std::vector<double> load_;                  // g/day of each source
+  std::vector<double> boundary_;              // [system][rim], g/m3
   std::vector<std::vector<double>> settling_; // by class, m3/day
   std::vector<double> turnover_;              // 1/day
   std::vector<float> last_time_functions_;

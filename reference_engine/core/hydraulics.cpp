@@ -15,15 +15,18 @@ void Hydraulics::update(const Problem& problem, std::span<const double> flow, st
     const Segment& segment = problem.segments[i];
     const double bottom_area = segment.length * segment.width;
     double depth = 0;
-    if (segment.depth_multiplier > 0) depth = segment.depth_multiplier * std::pow(flow[i], segment.depth_exponent);
-    else if (bottom_area > 0) depth = volume[i] / bottom_area;
+    if (segment.depth_multiplier > 0)
+      depth = segment.depth_multiplier * std::pow(flow[i], segment.depth_exponent);
+    else if (bottom_area > 0)
+      depth = volume[i] / bottom_area;
     depth_[i] = std::max(depth, segment.minimum_depth);
 
     const double section = segment.width * depth_[i];
     double velocity = 0;
     if (segment.velocity_multiplier > 0)
       velocity = segment.velocity_multiplier * std::pow(flow[i], segment.velocity_exponent);
-    else if (section > 0) velocity = flow[i] / section;
+    else if (section > 0)
+      velocity = flow[i] / section;
     velocity_[i] = velocity;
   }
 }

@@ -39,8 +39,10 @@ bool WaterTemperature::update(const Forcing& forcing) {
 
 void WaterTemperature::factors(double theta, std::span<double> factors) const {
   const auto factor = [theta](double celsius) { return std::pow(theta, celsius - standard_temperature); };
-  if (uniform_ && !values_.empty()) std::fill(factors.begin(), factors.end(), factor(values_.front()));
-  else std::transform(values_.begin(), values_.end(), factors.begin(), factor);
+  if (uniform_ && !values_.empty())
+    std::fill(factors.begin(), factors.end(), factor(values_.front()));
+  else
+    std::transform(values_.begin(), values_.end(), factors.begin(), factor);
 }
 
 } // namespace reference_engine

@@ -15,7 +15,8 @@ const std::vector<ModelInfo>& known_models() {
 const ModelInfo& model_info(std::string_view library) {
   for (const ModelInfo& model : known_models())
     if (model.library == library) return model;
-  throw InputError(text("The model library \"", library, "\" is not known to this engine, which has oxygen and tracer."));
+  throw InputError(
+      text("The model library \"", library, "\" is not known to this engine, which has oxygen and tracer."));
 }
 
 std::unique_ptr<Kinetics> make_kinetics(std::string_view library, const Problem& problem) {

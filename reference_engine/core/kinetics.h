@@ -52,7 +52,8 @@ public:
   virtual std::span<const double> settling_velocity(std::size_t system) const = 0;
 
   virtual std::span<const double> temperature() const = 0; // deg C for each segment
-  // Writes an output variable for each segment; false when it is none of this model's. concentration: [system][segment].
+  // Writes an output variable for each segment; false when it is none of this model's. concentration:
+  // [system][segment].
   virtual bool output(int isc, std::span<const double> concentration, std::span<double> values) const = 0;
 };
 

@@ -63,7 +63,8 @@ std::vector<Network::PairEnds> Network::gather(const Problem& problem) const {
   for (const FlowPair& pair : problem.flows)
     add(pair.from, pair.to, static_cast<Carrier>(pair.field), {pair.element, pair.factor}, -1.0);
   for (const ExchangePair& pair : problem.exchanges) {
-    const auto carrier = pair.field == ExchangeField::surface_water ? Carrier::surface_exchange : Carrier::pore_exchange;
+    const auto carrier =
+        pair.field == ExchangeField::surface_water ? Carrier::surface_exchange : Carrier::pore_exchange;
     add(pair.one, pair.two, carrier, {pair.element, pair.factor}, 1.0);
   }
   return pairs;
@@ -73,8 +74,7 @@ std::vector<Network::PairEnds> Network::gather(const Problem& problem) const {
 // segments are always one link, flows only when they are netted; flows across the rim always count by themselves.
 void Network::make_links(std::vector<PairEnds> pairs, bool net_flows) {
   const auto key = [](const PairEnds& pair) { return std::tuple(pair.a, pair.b, pair.carrier); };
-  std::stable_sort(pairs.begin(), pairs.end(),
-                   [&](const PairEnds& x, const PairEnds& y) { return key(x) < key(y); });
+  std::stable_sort(pairs.begin(), pairs.end(), [&](const PairEnds& x, const PairEnds& y) { return key(x) < key(y); });
   for (std::size_t k = 0; k < pairs.size(); ++k) {
     const PairEnds& pair = pairs[k];
     const bool merges = is_exchange(pair.carrier) || (net_flows && pair.b != outside);
@@ -166,7 +166,8 @@ bool Network::update(const Forcing& forcing) {
 }
 
 void Network::balance_water() {
-  for (auto* sum : {&volume_change_, &water_out_, &surface_flow_, &surface_in_}) std::fill(sum->begin(), sum->end(), 0.0);
+  for (auto* sum : {&volume_change_, &water_out_, &surface_flow_, &surface_in_})
+    std::fill(sum->begin(), sum->end(), 0.0);
   const auto move = [this](int from, int to, double amount, bool on_surface) {
     if (from != outside) {
       const auto giver = static_cast<std::size_t>(from);
@@ -184,8 +185,10 @@ void Network::balance_water() {
     const Link& link = links_[k];
     if (!moves_water(link.carrier)) continue;
     const bool on_surface = link.carrier == Carrier::surface_flow;
-    if (values_[k] >= 0) move(static_cast<int>(link.a), link.b, values_[k], on_surface);
-    else move(link.b, static_cast<int>(link.a), -values_[k], on_surface);
+    if (values_[k] >= 0)
+      move(static_cast<int>(link.a), link.b, values_[k], on_surface);
+    else
+      move(link.b, static_cast<int>(link.a), -values_[k], on_surface);
   }
   for (std::size_t i = 0; i < layout_.segments; ++i)
     surface_flow_[i] = std::max(surface_flow_[i], surface_in_[i]) / seconds_per_day;

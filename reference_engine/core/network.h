@@ -32,10 +32,19 @@ struct CoefficientLayout {
 
 // What a link carries, by the field of its pairs.
 enum class Carrier : std::uint8_t {
-  surface_flow, pore_flow, solids_1, solids_2, solids_3, evaporation, surface_exchange, pore_exchange
+  surface_flow,
+  pore_flow,
+  solids_1,
+  solids_2,
+  solids_3,
+  evaporation,
+  surface_exchange,
+  pore_exchange
 };
 constexpr std::size_t carriers = 8;
-constexpr bool is_exchange(Carrier carrier) { return carrier >= Carrier::surface_exchange; }
+constexpr bool is_exchange(Carrier carrier) {
+  return carrier >= Carrier::surface_exchange;
+}
 constexpr bool moves_water(Carrier carrier) {
   return carrier == Carrier::surface_flow || carrier == Carrier::pore_flow || carrier == Carrier::evaporation;
 }
@@ -74,7 +83,7 @@ public:
   std::span<const double> volume_change() const { return volume_change_; } // m3/day for each segment
   std::span<const double> water_out() const { return water_out_; }         // m3/day for each segment
   std::span<const double> surface_flow() const { return surface_flow_; }   // m3/s, the larger of in and out
-  bool steady() const { return steady_; } // no volume changes
+  bool steady() const { return steady_; }                                  // no volume changes
 
 private:
   struct Member {

@@ -14,13 +14,25 @@ enum { ammonium, nitrate, cbod, oxygen };
 
 // ISC numbers, shared with the catalogue.
 enum {
-  nitrification_rate = 11, nitrification_theta, nitrification_half, nitrification_oxygen,
-  denitrification_rate, denitrification_theta, denitrification_half,
-  oxidation_rate = 21, oxidation_theta, oxidation_half, settling_constant,
-  reaeration_constant = 31, reaeration_theta, demand_constant, demand_theta, demand_half, salinity_constant
+  nitrification_rate = 11,
+  nitrification_theta,
+  nitrification_half,
+  nitrification_oxygen,
+  denitrification_rate,
+  denitrification_theta,
+  denitrification_half,
+  oxidation_rate = 21,
+  oxidation_theta,
+  oxidation_half,
+  settling_constant,
+  reaeration_constant = 31,
+  reaeration_theta,
+  demand_constant,
+  demand_theta,
+  demand_half,
+  salinity_constant
 };
-enum { demand_parameter = 2, reaeration_parameter, settling_parameter, photosynthesis_parameter,
-                 salinity_parameter };
+enum { demand_parameter = 2, reaeration_parameter, settling_parameter, photosynthesis_parameter, salinity_parameter };
 enum { wind_function = 2, light_function = 3 };
 enum { first_system_output = 21, last_system_output = 24, saturation_output, deficit_output, reaeration_output };
 
@@ -73,8 +85,7 @@ Oxygen::Oxygen(const Problem& problem)
       oxygen_per_nitrogen_(constant(problem, model_, nitrification_oxygen)),
       demand_half_saturation_(constant(problem, model_, demand_half)),
       reaeration_theta_(constant(problem, model_, reaeration_theta)),
-      demand_theta_(constant(problem, model_, demand_theta)),
-      has_wind_(problem.time_functions.contains(wind_function)),
+      demand_theta_(constant(problem, model_, demand_theta)), has_wind_(problem.time_functions.contains(wind_function)),
       has_light_(problem.time_functions.contains(light_function)),
       given_reaeration_(parameter(problem, reaeration_parameter, 0)),
       given_demand_(parameter(problem, demand_parameter, constant(problem, model_, demand_constant))),
@@ -82,8 +93,8 @@ Oxygen::Oxygen(const Problem& problem)
       salinity_(parameter(problem, salinity_parameter, constant(problem, model_, salinity_constant))),
       settling_(parameter(problem, settling_parameter, constant(problem, model_, settling_constant))) {
   const std::size_t count = problem.segments.size();
-  for (auto* per_segment : {&reaeration_factor_, &demand_factor_, &saturation_, &reaeration_, &demand_,
-                            &photosynthesis_, &decay_})
+  for (auto* per_segment :
+       {&reaeration_factor_, &demand_factor_, &saturation_, &reaeration_, &demand_, &photosynthesis_, &decay_})
     per_segment->resize(count);
   const double everywhere = constant(problem, model_, reaeration_constant);
   for (double& given : given_reaeration_)
@@ -146,14 +157,13 @@ void Oxygen::update_surface(const Hydraulics& hydraulics, double wind) {
   }
 }
 
-void Oxygen::rates(std::size_t begin, std::size_t end, const double* const* concentration,
-                   double* const* rate) const {
+void Oxygen::rates(std::size_t begin, std::size_t end, const double* const* concentration, double* const* rate) const {
   for (std::size_t i = begin, k = 0; i < end; ++i, ++k) {
     const double dissolved = concentration[oxygen][k];
     const double nitrified =
         nitrification_.now[i] * with_oxygen(dissolved, nitrification_.half_saturation) * concentration[ammonium][k];
-    const double denitrified =
-        denitrification_.now[i] * without_oxygen(dissolved, denitrification_.half_saturation) * concentration[nitrate][k];
+    const double denitrified = denitrification_.now[i] * without_oxygen(dissolved, denitrification_.half_saturation) *
+                               concentration[nitrate][k];
     const double oxidised =
         oxidation_.now[i] * with_oxygen(dissolved, oxidation_.half_saturation) * concentration[cbod][k];
     const double taken_by_sediment = demand_[i] * with_oxygen(dissolved, demand_half_saturation_);
@@ -178,9 +188,7 @@ bool Oxygen::output(int isc, std::span<const double> concentration, std::span<do
   }
   switch (isc) {
   case saturation_output: std::ranges::copy(saturation_, values.begin()); return true;
-  case deficit_output:
-    std::ranges::transform(saturation_, row(oxygen), values.begin(), std::minus<>());
-    return true;
+  case deficit_output: std::ranges::transform(saturation_, row(oxygen), values.begin(), std::minus<>()); return true;
   case reaeration_output: std::ranges::copy(reaeration_, values.begin()); return true;
   default: return false;
   }

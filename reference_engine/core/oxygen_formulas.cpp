@@ -21,6 +21,8 @@ double stream_reaeration(double velocity, double depth) {
 }
 
 // Banks and Herrera, 1977 (in Chapra, 1997, eq. 20.46).
-double wind_transfer(double wind) { return 0.728 * std::sqrt(wind) - 0.317 * wind + 0.0372 * wind * wind; }
+double wind_transfer(double wind) {
+  return 0.728 * std::sqrt(wind) - 0.317 * wind + 0.0372 * wind * wind;
+}
 
 } // namespace reference_engine

@@ -20,7 +20,7 @@ enum SegmentType { surface = 1, subsurface = 2, surface_benthic = 3, subsurface_
 
 struct Segment {
   std::string name;
-  double volume = 0; // at the start, more than 0
+  double volume = 0;                                     // at the start, more than 0
   double velocity_multiplier = 0, velocity_exponent = 0; // velocity = multiplier * flow ^ exponent, m/s and m3/s
   double depth_multiplier = 0, depth_exponent = 0;       // depth = multiplier * flow ^ exponent
   double length = 0, width = 0, minimum_depth = 0;
@@ -30,10 +30,10 @@ struct Segment {
 
 struct System {
   std::string name;
-  bool simulated = true; // false: keeps its initial concentrations
-  bool flows = true;     // carried by flows
-  bool disperses = true; // carried by exchanges
-  int solids_field = 0;  // 0 to 2: the solids field that carries its particulate share
+  bool simulated = true;            // false: keeps its initial concentrations
+  bool flows = true;                // carried by flows
+  bool disperses = true;            // carried by exchanges
+  int solids_field = 0;             // 0 to 2: the solids field that carries its particulate share
   double largest_concentration = 0; // 0 or less: no limit
   double boundary_factor = 1, load_factor = 1;
 };
@@ -64,15 +64,15 @@ struct Problem {
   std::vector<System> systems;
   std::vector<FlowPair> flows;
   std::vector<ExchangePair> exchanges;
-  std::vector<Load> loads;          // each system and segment at most once
-  std::vector<double> initial;      // [system][segment]
-  std::vector<double> dissolved;    // [system][segment], share from 0 to 1
+  std::vector<Load> loads;                       // each system and segment at most once
+  std::vector<double> initial;                   // [system][segment]
+  std::vector<double> dissolved;                 // [system][segment], share from 0 to 1
   std::map<int, std::vector<double>> parameters; // used ones by ISC number, one value a segment
   std::map<int, double> constants;               // used ones by ISC number
   std::set<int> time_functions;                  // used ones by ISC number
-  bool net_flows = true;          // flows between the same two segments are netted first
-  bool negative_allowed = false;  // else a concentration below 0 is set to 0
-  int balance_system = -1;        // whose mass balance is kept, -1 none
+  bool net_flows = true;                         // flows between the same two segments are netted first
+  bool negative_allowed = false;                 // else a concentration below 0 is set to 0
+  int balance_system = -1;                       // whose mass balance is kept, -1 none
 
   std::size_t at(std::size_t system, std::size_t segment) const { return system * segments.size() + segment; }
 };

@@ -94,7 +94,7 @@ void RungeKutta::stage(const Equations& equations, State& state, double weight, 
           sum[i] += weight * change;
           if (to_next > 0)
             next[i] = (state.volume[i] * old[i] + to_next * days * change) /
-                    (state.volume[i] + to_next * days * volume_change[i]);
+                      (state.volume[i] + to_next * days * volume_change[i]);
         }
       }
     }

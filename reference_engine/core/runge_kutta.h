@@ -20,8 +20,8 @@ private:
   double* of(Padded& values, std::size_t system) const { return &values[system * stride_ + 1]; }
   void stage(const Equations& equations, State& state, double weight, double to_next, double days, double elapsed,
              MassBalance* balance);
-  void change_block(const Equations& equations, const TransportClass& its_class, std::size_t system,
-                    std::size_t begin, std::size_t end);
+  void change_block(const Equations& equations, const TransportClass& its_class, std::size_t system, std::size_t begin,
+                    std::size_t end);
 
   std::size_t stride_ = 0;
   Padded now_, next_;                     // concentrations at this stage and the next

@@ -44,10 +44,10 @@ struct MassFlux {
 };
 
 struct MassBalance {
-  MassFlux moved;       // g since the start
-  double clipped = 0;   // g that came in by setting concentrations below 0 to 0
-  double at_start = 0;  // g
-  double now = 0;       // g
+  MassFlux moved;      // g since the start
+  double clipped = 0;  // g that came in by setting concentrations below 0 to 0
+  double at_start = 0; // g
+  double now = 0;      // g
 
   double stored() const { return now - at_start; }
   // What is unaccounted for, as a share of all that was there or moved.

@@ -37,8 +37,8 @@ double choose_step(const StepRules& rules, const StepLimit& limit, const Problem
     throw RunError(text("The time step of ", step, " days is longer than segment ", where(), " allows, which is ",
                         limit.days, " days."));
   }
-  constexpr double rounding = 1e-9; // a rest of this share of a step is not a step
-  return remaining / std::max(1.0, std::ceil(remaining / step - rounding));
+  constexpr double rounding = 1e-6; // given steps have single precision: what they miss is not a step of its own
+  return remaining / std::max(1.0, std::ceil(remaining / step * (1 - rounding)));
 }
 
 } // namespace reference_engine

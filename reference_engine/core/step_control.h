@@ -12,8 +12,8 @@ namespace reference_engine {
 struct StepRules {
   std::vector<std::pair<double, double>> steps; // moment and step from then on; the first holds before it, too
   double largest = 1, smallest = 0;
-  double fraction = 0.9;  // of the stability limit that may be used
-  bool automatic = true;  // shorten the step to the limit; else take it as given and refuse one beyond the limit
+  double fraction = 0.9; // of the stability limit that may be used
+  bool automatic = true; // shorten the step to the limit; else take it as given and refuse one beyond the limit
 
   // Throws InputError for a step of 0 or less, or none at all.
   void check() const;

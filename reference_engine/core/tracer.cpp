@@ -24,8 +24,8 @@ ModelInfo Tracer::info() {
 Tracer::Tracer(const Problem& problem)
     : temperature_(problem), decay_rate_(constant(problem, model_info(library), rate_isc)),
       decay_theta_(constant(problem, model_info(library), theta_isc)), decay_(problem.segments.size()),
-      settling_(parameter(problem, settling_parameter_isc,
-                          constant(problem, model_info(library), settling_constant_isc))) {}
+      settling_(
+          parameter(problem, settling_parameter_isc, constant(problem, model_info(library), settling_constant_isc))) {}
 
 void Tracer::update(const Hydraulics&, const Forcing& forcing) {
   if (!temperature_.update(forcing)) return;
@@ -34,8 +34,7 @@ void Tracer::update(const Hydraulics&, const Forcing& forcing) {
 }
 
 // First-order decay: dC/dt = -k C.
-void Tracer::rates(std::size_t begin, std::size_t end, const double* const* concentration,
-                   double* const* rate) const {
+void Tracer::rates(std::size_t begin, std::size_t end, const double* const* concentration, double* const* rate) const {
   std::fill_n(rate[conservative], end - begin, 0.0);
   std::fill_n(rate[solids], end - begin, 0.0);
   for (std::size_t i = 0; i < end - begin; ++i) rate[decaying][i] = -decay_[begin + i] * concentration[decaying][i];

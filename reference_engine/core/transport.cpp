@@ -10,7 +10,9 @@ TransportClass::TransportClass(const Problem& problem, std::size_t system, bool 
 
 std::array<TransportClass::Share, carriers> TransportClass::shares(const Problem& problem, std::size_t system) const {
   const System& it = problem.systems[system];
-  const auto solids = [&](int field) { return it.flows && it.solids_field == field ? Share::particulate : Share::none; };
+  const auto solids = [&](int field) {
+    return it.flows && it.solids_field == field ? Share::particulate : Share::none;
+  };
   return {it.flows ? Share::whole : Share::none,
           it.flows ? Share::dissolved : Share::none,
           solids(0),
@@ -23,7 +25,9 @@ std::array<TransportClass::Share, carriers> TransportClass::shares(const Problem
 
 bool TransportClass::serves(const Problem& problem, std::size_t system, bool settles) const {
   if (settles || settles_ || shares(problem, system) != shares_) return false;
-  const auto row = [&](std::size_t s) { return problem.dissolved.begin() + static_cast<std::ptrdiff_t>(problem.at(s, 0)); };
+  const auto row = [&](std::size_t s) {
+    return problem.dissolved.begin() + static_cast<std::ptrdiff_t>(problem.at(s, 0));
+  };
   const auto count = static_cast<std::ptrdiff_t>(problem.segments.size());
   return std::equal(row(system), row(system) + count, row(systems_.front()));
 }
@@ -66,8 +70,10 @@ void TransportClass::update(const Problem& problem, const Network& network, std:
   sink_.assign(settling.size(), 0.0);
   for (std::size_t i = 0; i < settling.size(); ++i) {
     coefficients_[layout.out(i)] += settling[i];
-    if (network.settling_place(i) == layout.unused()) sink_[i] = settling[i];
-    else coefficients_[network.settling_place(i)] += settling[i];
+    if (network.settling_place(i) == layout.unused())
+      sink_[i] = settling[i];
+    else
+      coefficients_[network.settling_place(i)] += settling[i];
   }
 }
 

@@ -20,7 +20,9 @@ void Host::failure(std::string line) {
   put("ICONINFO", Arguments{&icon, line.data()});
 }
 
-void Host::status(std::string description, std::int32_t code) { put("STATUS", Arguments{description.data(), &code}); }
+void Host::status(std::string description, std::int32_t code) {
+  put("STATUS", Arguments{description.data(), &code});
+}
 
 void Host::stop_if_cancelled() {
   if (integer("CANCEL") != 0) throw Cancelled{};

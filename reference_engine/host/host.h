@@ -15,7 +15,12 @@ namespace reference_engine {
 // Thrown when the front end answers CANCEL with other than 0.
 struct Cancelled {};
 
-enum class ReturnCode : std::int32_t { good = 0, bad_input = 1, failed = 2, cancelled = 3 }; // read by scripts: never change
+enum class ReturnCode : std::int32_t {
+  good = 0,
+  bad_input = 1,
+  failed = 2,
+  cancelled = 3
+}; // read by scripts: never change
 
 class Host {
 public:

@@ -52,10 +52,11 @@ void read_exchange_field(Host& host, std::int32_t field, std::int32_t functions,
     host.stop_if_cancelled();
     const std::int32_t pairs = host.count("NORS", field, function);
     for (std::int32_t pair = 1; pair <= pairs; ++pair) {
-      const double area = host.real("XAREA", field, function, pair), length = host.real("LENGTH", field, function, pair);
+      const double area = host.real("XAREA", field, function, pair),
+                   length = host.real("LENGTH", field, function, pair);
       if (!(length > 0))
-        throw InputError(text("Pair ", pair, " of exchange function ", function, " in field ", field,
-                              " has no mixing length."));
+        throw InputError(
+            text("Pair ", pair, " of exchange function ", function, " in field ", field, " has no mixing length."));
       problem.exchanges.push_back({.element = element(function, field),
                                    .field = static_cast<ExchangeField>(field - 1),
                                    .one = host.integer("JRSEG", field, function, pair) - 1,
@@ -66,7 +67,8 @@ void read_exchange_field(Host& host, std::int32_t field, std::int32_t functions,
 }
 
 void clear_untouched(std::vector<float>& values) {
-  std::replace_if(values.begin(), values.end(), [](float value) { return std::isnan(value); }, 0.0f);
+  std::replace_if(
+      values.begin(), values.end(), [](float value) { return std::isnan(value); }, 0.0f);
 }
 
 } // namespace

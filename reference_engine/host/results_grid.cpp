@@ -30,7 +30,9 @@ ResultsGrid::ResultsGrid(Host& host, const Problem& problem) : host_(host) {
   host_.put("GRIDDATA", {cells_.data(), &columns, &rows, &by_column});
 }
 
-ResultsGrid::~ResultsGrid() { host_.put("DONE"); }
+ResultsGrid::~ResultsGrid() {
+  host_.put("DONE");
+}
 
 // The front end reads the cells while they are written, so each is written whole.
 void ResultsGrid::show(const State& state) {

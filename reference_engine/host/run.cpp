@@ -23,7 +23,7 @@ using Clock = std::chrono::steady_clock;
 
 const char* technique_name(int technique) {
   return static_cast<Technique>(technique) == Technique::runge_kutta_4 ? "explicit Runge-Kutta of order 4"
-                                                                        : "explicit Euler";
+                                                                       : "explicit Euler";
 }
 
 class Run {
@@ -136,17 +136,19 @@ private:
     const std::chrono::duration<double> wall = Clock::now() - began_;
     std::string line = text("Finished ", input_.days, " days in ", steps_, " steps and ", wall.count(), " s; ");
     if (std::isfinite(shortest_.days))
-      line += text("the largest stable step was between ", shortest_.days, " and ", longest_,
-                   " days, shortest in segment ",
-                   numbered(input_.problem.segments[shortest_.segment], shortest_.segment));
-    else line += "no segment limited the step";
+      line +=
+          text("the largest stable step was between ", shortest_.days, " and ", longest_, " days, shortest in segment ",
+               numbered(input_.problem.segments[shortest_.segment], shortest_.segment));
+    else
+      line += "no segment limited the step";
     if (!balance_) return line + "; no system is chosen for the mass balance.";
     const auto system = static_cast<std::size_t>(input_.problem.balance_system);
     balance_->now = state_.mass(system);
     const auto kilograms = [](double grams) { return grams / grams_per_kilogram; };
-    line += text("; mass of ", input_.problem.systems[system].name, " in kg: inflow ", kilograms(balance_->moved.inflow),
-                 ", outflow ", kilograms(balance_->moved.outflow), ", loads ", kilograms(balance_->moved.loads),
-                 ", reacted ", kilograms(balance_->moved.reacted), ", stored ", kilograms(balance_->stored()));
+    line +=
+        text("; mass of ", input_.problem.systems[system].name, " in kg: inflow ", kilograms(balance_->moved.inflow),
+             ", outflow ", kilograms(balance_->moved.outflow), ", loads ", kilograms(balance_->moved.loads),
+             ", reacted ", kilograms(balance_->moved.reacted), ", stored ", kilograms(balance_->stored()));
     if (balance_->clipped > 0) line += text(", raised to 0 ", kilograms(balance_->clipped));
     return line + text(", relative error ", balance_->relative_error(), ".");
   }

@@ -23,7 +23,8 @@ void refuse_unsupported(Host& host) {
   }
   if (host.integer("LOPT") != 0) throw InputError("Non-point-source files are not part of this engine.");
   if (host.integer("BEDOPT") != 0) throw InputError("Dynamic bed volumes are not part of this engine.");
-  if (host.integer("VESKTOVESKLINK") != 0) throw InputError("Linkage of one model to another is not part of this engine.");
+  if (host.integer("VESKTOVESKLINK") != 0)
+    throw InputError("Linkage of one model to another is not part of this engine.");
   if (const int option = host.integer("ICRD"); option != 0 && option != 1)
     throw InputError("The restart option is neither to create a restart file nor to create none.");
 }
@@ -78,7 +79,8 @@ void read_concentrations(Host& host, Problem& problem) {
         throw InputError(text("The initial concentration of ", where(), " is ", initial,
                               ", above the system's largest of ", system.largest_concentration, "."));
       if (initial < 0 && !problem.negative_allowed)
-        throw InputError(text("The initial concentration of ", where(), " is below 0, which the data set does not allow."));
+        throw InputError(
+            text("The initial concentration of ", where(), " is below 0, which the data set does not allow."));
       if (!(dissolved >= 0 && dissolved <= 1))
         throw InputError(text("The dissolved fraction of ", where(), " is ", dissolved, ", not between 0 and 1."));
       problem.initial.push_back(initial);

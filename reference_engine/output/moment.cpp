@@ -12,8 +12,8 @@ using namespace std::chrono;
 Moment Moment::after(double days) const {
   const sys_days date = year_month_day{std::chrono::year(year), std::chrono::month(static_cast<unsigned>(month)),
                                        std::chrono::day(static_cast<unsigned>(day))};
-  const auto moment = sys_seconds(date) + hours(hour) + minutes(minute) + seconds(second) +
-                      seconds(std::llround(days * 86400.0));
+  const auto moment =
+      sys_seconds(date) + hours(hour) + minutes(minute) + seconds(second) + seconds(std::llround(days * 86400.0));
   const auto midnight = floor<std::chrono::days>(moment);
   const year_month_day on(midnight);
   const hh_mm_ss time(moment - midnight);

@@ -53,9 +53,8 @@ public:
   }
 
   void write(std::size_t variable, std::span<const double> values) override {
-    std::transform(values.begin(), values.end(), values_.begin(), [](double value) {
-      return std::isnan(value) ? NC_FILL_FLOAT : static_cast<float>(value);
-    });
+    std::transform(values.begin(), values.end(), values_.begin(),
+                   [](double value) { return std::isnan(value) ? NC_FILL_FLOAT : static_cast<float>(value); });
     const std::size_t start[] = {record_ - 1, 0}, count[] = {1, values_.size()};
     check(nc_put_vara_float(id_, variables_[variable], start, count, values_.data()));
   }

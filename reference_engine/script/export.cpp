@@ -27,7 +27,8 @@ private:
     if (depth == 0) host_.stop_if_cancelled();
     for (std::int32_t k = 1; k <= count; ++k) {
       positions[depth] = numbers[depth] = k;
-      if (!index.isc.empty()) numbers[depth] = index.segment_before ? host_.integer(index.isc, 1, k) : host_.integer(index.isc, k);
+      if (!index.isc.empty())
+        numbers[depth] = index.segment_before ? host_.integer(index.isc, 1, k) : host_.integer(index.isc, k);
       write_below(row, depth + 1, positions, numbers);
     }
   }

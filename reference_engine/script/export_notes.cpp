@@ -133,8 +133,8 @@ private:
       const Item records = host_.count(count, s);
       for (Item k = 1; k <= records; ++k) last[host_.integer(segment_of, s, k)] = k;
       for (const auto& [segment, record] : last) {
-        const auto cell = static_cast<std::size_t>(segment - 1) * static_cast<std::size_t>(systems) +
-                          static_cast<std::size_t>(s - 1);
+        const auto cell =
+            static_cast<std::size_t>(segment - 1) * static_cast<std::size_t>(systems) + static_cast<std::size_t>(s - 1);
         if (segment < 1 || cell >= values.size()) continue;
         note(text(what, " of ", host_.string("SYSNAME", s), " on segment ", segment), kind, &values[cell], s, record);
       }
@@ -146,7 +146,8 @@ private:
     for (Item field = 1; field <= fields; ++field) {
       const Item functions = host_.count(count, field);
       for (Item k = 1; k <= functions; ++k) {
-        const auto element = static_cast<std::size_t>(k - 1) * fields_per_function + static_cast<std::size_t>(field - 1);
+        const auto element =
+            static_cast<std::size_t>(k - 1) * fields_per_function + static_cast<std::size_t>(field - 1);
         if (std::isnan(values[element])) continue; // field not in use
         note(text(what, " function ", k, " of field ", field), kind, &values[element], field, k);
       }

@@ -37,7 +37,8 @@ bool parse_line(std::string_view line, Form form, Statement& statement) {
   const std::string& name = words.front().text;
   statement.row = words.front().quoted ? nullptr : find_keyword(name, form);
   if (statement.row == nullptr)
-    throw InputError(text("the keyword \"", name, "\" is not known here; the nearest one is ", nearest_keyword(name, form)));
+    throw InputError(
+        text("the keyword \"", name, "\" is not known here; the nearest one is ", nearest_keyword(name, form)));
   const Keyword& row = *statement.row;
   const std::size_t indices = index_count(row), values = word_count(row.value);
   if (words.size() != 1 + indices + values)
@@ -54,13 +55,17 @@ bool parse_line(std::string_view line, Form form, Statement& statement) {
     switch (row.value) {
     case ValueKind::integer:
     case ValueKind::triple:
-      if (const auto number = parse_integer(word)) statement.value.integers[k] = *number;
-      else throw InputError(text("\"", word.text, "\" is no integer"));
+      if (const auto number = parse_integer(word))
+        statement.value.integers[k] = *number;
+      else
+        throw InputError(text("\"", word.text, "\" is no integer"));
       break;
     case ValueKind::real:
     case ValueKind::point:
-      if (const auto number = parse_real(word)) statement.value.reals[k] = *number;
-      else throw InputError(text("\"", word.text, "\" is no number that single precision can hold"));
+      if (const auto number = parse_real(word))
+        statement.value.reals[k] = *number;
+      else
+        throw InputError(text("\"", word.text, "\" is no number that single precision can hold"));
       break;
     case ValueKind::text:
       if (!word.quoted) throw InputError(text("the text ", word.text, " has no quotes"));
@@ -137,8 +142,8 @@ private:
       sizes_[{row.name, statement.indices[0]}] = statement.value.integers[0];
   }
 
-  // The front end does not look at indices, so a wrong one must not get there. An ISC number is looked up there, and one
-  // that the model lacks changes nothing.
+  // The front end does not look at indices, so a wrong one must not get there. An ISC number is looked up there, and
+  // one that the model lacks changes nothing.
   void check_index(const Statement& statement, std::size_t k) const {
     const Keyword& row = *statement.row;
     const Index& index = *row.indices[k];

@@ -125,7 +125,10 @@ constexpr Keyword rows[] = {
      .indices = {&exchange_field, &exchange_function, &exchange_pair},
      .forms = network,
      .range = segment_or_outside},
-    {.name = "XAREA", .indices = {&exchange_field, &exchange_function, &exchange_pair}, .value = real, .forms = network},
+    {.name = "XAREA",
+     .indices = {&exchange_field, &exchange_function, &exchange_pair},
+     .value = real,
+     .forms = network},
     {.name = "LENGTH",
      .indices = {&exchange_field, &exchange_function, &exchange_pair},
      .value = real,
@@ -176,7 +179,9 @@ std::size_t distance(std::string_view from, std::string_view to) {
 
 } // namespace
 
-std::span<const Keyword> keywords() { return rows; }
+std::span<const Keyword> keywords() {
+  return rows;
+}
 
 const Keyword* find_keyword(std::string_view name, Form form) {
   const auto is_it = [&](const Keyword& row) { return row.name == name && (row.forms & form) != 0; };

@@ -11,10 +11,10 @@ namespace {
 
 // Windows-1252 from 0x80 to 0x9f; its other bytes are code points of their own (Unicode's CP1252.TXT). Bytes without a
 // character stand for the control characters of the same number.
-constexpr std::array<char32_t, 32> windows_1252 = {
-    0x20ac, 0x81,   0x201a, 0x0192, 0x201e, 0x2026, 0x2020, 0x2021, 0x02c6, 0x2030, 0x0160, 0x2039, 0x0152, 0x8d,
-    0x017d, 0x8f,   0x90,   0x2018, 0x2019, 0x201c, 0x201d, 0x2022, 0x2013, 0x2014, 0x02dc, 0x2122, 0x0161, 0x203a,
-    0x0153, 0x9d,   0x017e, 0x0178};
+constexpr std::array<char32_t, 32> windows_1252 = {0x20ac, 0x81,   0x201a, 0x0192, 0x201e, 0x2026, 0x2020, 0x2021,
+                                                   0x02c6, 0x2030, 0x0160, 0x2039, 0x0152, 0x8d,   0x017d, 0x8f,
+                                                   0x90,   0x2018, 0x2019, 0x201c, 0x201d, 0x2022, 0x2013, 0x2014,
+                                                   0x02dc, 0x2122, 0x0161, 0x203a, 0x0153, 0x9d,   0x017e, 0x0178};
 
 void append_utf8(std::string& out, char32_t code) {
   const auto byte = [&out](char32_t value) { out += static_cast<char>(static_cast<unsigned char>(value)); };
@@ -80,9 +80,12 @@ public:
     for (;;) {
       const char c = take();
       if (c == '"') return out;
-      if (c == '\\') append_escaped(out);
-      else if (static_cast<unsigned char>(c) < 0x20) throw InputError("a control character stands in a text");
-      else out += c;
+      if (c == '\\')
+        append_escaped(out);
+      else if (static_cast<unsigned char>(c) < 0x20)
+        throw InputError("a control character stands in a text");
+      else
+        out += c;
     }
   }
 
@@ -147,12 +150,18 @@ std::optional<Number> parse(const Word& word) {
   return number;
 }
 
-constexpr bool is_blank(char c) { return c == ' ' || c == '\t' || c == '\r'; }
+constexpr bool is_blank(char c) {
+  return c == ' ' || c == '\t' || c == '\r';
+}
 
 } // namespace
 
-void append_number(std::string& line, std::int32_t number) { append_digits(line, number); }
-void append_number(std::string& line, float number) { append_digits(line, number); }
+void append_number(std::string& line, std::int32_t number) {
+  append_digits(line, number);
+}
+void append_number(std::string& line, float number) {
+  append_digits(line, number);
+}
 
 void append_text(std::string& line, std::string_view bytes) {
   constexpr std::string_view hexadecimal = "0123456789abcdef";
@@ -189,7 +198,11 @@ std::vector<Word> split_line(std::string_view rest) {
   return words;
 }
 
-std::optional<std::int32_t> parse_integer(const Word& word) { return parse<std::int32_t>(word); }
-std::optional<float> parse_real(const Word& word) { return parse<float>(word); }
+std::optional<std::int32_t> parse_integer(const Word& word) {
+  return parse<std::int32_t>(word);
+}
+std::optional<float> parse_real(const Word& word) {
+  return parse<float>(word);
+}
 
 } // namespace reference_engine

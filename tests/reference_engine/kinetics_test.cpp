@@ -24,8 +24,8 @@ TEST(OxygenFormulas, AgreeWithTablesAndHandCalculation) {
 }
 
 // Rates of one segment, term by term:
-// nitrified 0.1 * 4/6 * 1 = 0.0666667; denitrified 0.09 * 0.1/4.1 * 2 = 0.00439024; oxidised 0.2 * 4/4.5 * 10 = 1.777778;
-// sediment 1/2 * 4/4.5 = 0.4444444; reaerated 1 * (Cs - 4); photosynthesis 0.5 * 3.
+// nitrified 0.1 * 4/6 * 1 = 0.0666667; denitrified 0.09 * 0.1/4.1 * 2 = 0.00439024; oxidised 0.2 * 4/4.5 * 10
+// = 1.777778; sediment 1/2 * 4/4.5 = 0.4444444; reaerated 1 * (Cs - 4); photosynthesis 0.5 * 3.
 TEST(OxygenKinetics, AddsUpItsProcesses) {
   Model model(1, "oxygen");
   model.problem.segments[0].minimum_depth = 2;
@@ -59,13 +59,13 @@ TEST(OxygenKinetics, AddsUpItsProcesses) {
   EXPECT_NEAR(rates()[cbod], -1.7777778 * std::pow(1.047, 10), 1e-5);
 
   model.problem.segments[0].type = subsurface; // no air there
-  EXPECT_NEAR(rates()[oxygen] + 1.7777778 * std::pow(1.047, 10), 1.5 - 4.57 * 0.0666667 * std::pow(1.083, 10) -
-                                                                     0.4444444 * std::pow(1.065, 10), 1e-5);
+  EXPECT_NEAR(rates()[oxygen] + 1.7777778 * std::pow(1.047, 10),
+              1.5 - 4.57 * 0.0666667 * std::pow(1.083, 10) - 0.4444444 * std::pow(1.065, 10), 1e-5);
 }
 
 // Streeter and Phelps, 1925: with travel time t, L = L0 exp(-kd t) and
-// D = kd L0 / (ka - kd) (exp(-kd t) - exp(-ka t)) + D0 exp(-ka t). Upwind segments are of first order: half as long, half
-// the error.
+// D = kd L0 / (ka - kd) (exp(-kd t) - exp(-ka t)) + D0 exp(-ka t). Upwind segments are of first order: half as long,
+// half the error.
 TEST(OxygenKinetics, SteadySagConvergesToTheClassicSolution) {
   constexpr double kd = 0.3, ka = 0.7, cbod_in = 12, travel = 4;
   const auto error = [&](int n) {
@@ -127,8 +127,12 @@ TEST(TracerKinetics, SolidsSettleAndTracersDecay) {
 
 TEST(Hydraulics, PowersOfTheFlowOrTheBox) {
   Model model(2);
-  model.problem.segments[0] = {.name = "s1", .volume = 1, .velocity_multiplier = 0.2, .velocity_exponent = 0.5,
-                               .depth_multiplier = 0.4, .depth_exponent = 0.5};
+  model.problem.segments[0] = {.name = "s1",
+                               .volume = 1,
+                               .velocity_multiplier = 0.2,
+                               .velocity_exponent = 0.5,
+                               .depth_multiplier = 0.4,
+                               .depth_exponent = 0.5};
   model.problem.segments[1] = {.name = "s2", .volume = 600, .length = 100, .width = 3};
   Hydraulics hydraulics(model.problem);
   const double flow[] = {4, 9}, volume[] = {1, 600};

@@ -95,7 +95,8 @@ TEST(Transport, TechniquesAgreeOnAnyNumbering) {
   model.flow(outside, 11, 0.2);
   model.flow(30, outside, 0.1);
   model.boundary(conservative, 11) = 4;
-  for (std::size_t i = 0; i < 40; ++i) model.problem.segments[i].volume = 5, model.initial(conservative, i) = double(i % 9);
+  for (std::size_t i = 0; i < 40; ++i)
+    model.problem.segments[i].volume = 5, model.initial(conservative, i) = double(i % 9);
   const State exact = model.run(runge_kutta, 3, 600);
   const auto difference = [&](int steps) {
     const State state = model.run(euler, 3, steps);

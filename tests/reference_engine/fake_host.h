@@ -1,0 +1,59 @@
+// A front end in memory, for tests of the engine library through its six functions. It knows the keywords' arguments,
+// keeps what is put under keyword and indices, translates positions and ISC numbers, and evaluates series at each DAYS.
+#ifndef TESTS_REFERENCE_ENGINE_FAKE_HOST_H
+#define TESTS_REFERENCE_ENGINE_FAKE_HOST_H
+
+#include "vesk_engine.h"
+
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+class FakeHost {
+public:
+  FakeHost(); // becomes the one that `callback` serves
+  ~FakeHost();
+  static void callback(const char* name, void* a1, void* a2, void* a3, void* a4, void* a5);
+
+  // Puts lines of "KEYWORD indices value", a text in quotes without escapes. Lines "step SERIES indices" and
+  // "unused COUNT field" say what no keyword can.
+  void load(const std::string& script);
+  double number(const std::string& key) const; // "VOLUME 3"
+  std::string text(const std::string& key) const;
+
+  std::vector<std::string> infos, failures, wrong_calls;
+  int return_code = -1, last_progress = -1, days_calls = 0, grid_updates = 0;
+  int cancel_after_days = -1; // answer CANCEL with 1 after so many DAYS; -1 never
+  bool grid_lent = false, bound_found = false;
+  std::string grid_labels; // joined with '|'
+  int grid_columns = 0, grid_rows = 0;
+  std::vector<float> last_grid; // as the engine left it at the last GRIDUPDATE
+  std::map<std::string, int> limits;
+
+private:
+  struct Signature {
+    int indices;
+    std::string values; // one of i, r, s for each
+  };
+  static const std::map<std::string, Signature>& signatures();
+
+  void serve(char mode, const std::string& keyword, void* const* arguments);
+  bool serve_special(bool get, const std::string& keyword, void* const* arguments);
+  bool count_or_isc(const std::string& keyword, void* const* arguments, const Signature& signature);
+  std::string key_of(bool get, const std::string& keyword, void* const* arguments, int indices) const;
+  std::set<int>* used_by(const std::string& keyword);
+  void choose_model(int model);
+  void evaluate(float days);
+  float series_value(const std::string& points, const std::string& point, const std::string& indices,
+                     double days) const;
+
+  std::map<std::string, std::vector<double>> numbers_; // by key
+  std::map<std::string, std::string> texts_;
+  std::set<std::string> steps_, unused_;
+  std::set<int> constants_, parameters_, functions_, outputs_, csv_outputs_; // ISC numbers of those in use
+  std::map<std::string, float*> arrays_;
+  const float* grid_ = nullptr;
+};
+
+#endif

@@ -1,0 +1,173 @@
+// Runs through the library's own functions, against a front end in memory.
+#include "fake_host.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <netcdf.h>
+
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+class RunTest : public testing::Test {
+protected:
+  // Two mixed segments, washed out by 1 m3/s each day once; results in a folder of this test's own.
+  RunTest() {
+    std::filesystem::remove_all(folder);
+    std::filesystem::create_directories(folder);
+    host.load("MODELTYPE 2\nSEEDDATE 2 28 2008\nSEEDTIME 18 0 0\nENDJULIAN 2\nMINDT 0.0001\nFRACMAXTS 0.5\nNPRINT 1\n"
+              "PRINTFUNC 1 0 0.5\nNUMSEG 2\nVOLUME 1 86400\nVOLUME 2 86400\nSEGNAME 1 \"upper, reach\"\n"
+              "SEGNAME 2 \"lower\"\nINITC 1 1 2\nINITC 1 2 2\nNINQ 1 1\nNOQS 1 1 3\nJQ 1 1 1 0\nIQ 1 1 1 1\n"
+              "JQ 1 1 2 1\nIQ 1 1 2 2\nJQ 1 1 3 2\nIQ 1 1 3 0\nNBRKQ 1 1 1\nNOQFUNC 1 1 1 0 1\nSOLUTIONTYPE 2\n"
+              "NUMDT 1\nDTFUNC 1 0 0.01\nCSVOPENABLED 11 1\nJMAS 1\nFRACMAXTS 0.9");
+    host.load("FILENAME \"" + (folder / "river.vki").string() + "\"");
+  }
+
+  std::string after(const std::string& change) {
+    host.load(change);
+    execute_model("tracer", &FakeHost::callback);
+    return host.failures.empty() ? std::string() : host.failures.back();
+  }
+  std::vector<std::string> files() const {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder))
+      names.push_back(entry.path().filename().string());
+    std::sort(names.begin(), names.end());
+    return names;
+  }
+  std::string content(const std::string& name) const {
+    std::ostringstream out;
+    out << std::ifstream(folder / name).rdbuf();
+    return out.str();
+  }
+
+  std::filesystem::path folder =
+      std::filesystem::path(testing::TempDir()) /
+      (std::string("reference_engine_") + testing::UnitTest::GetInstance()->current_test_info()->name());
+  FakeHost host;
+};
+
+// Upper: 2 exp(-t); lower: 2 (1 + t) exp(-t). Single precision and Runge-Kutta leave 1e-6.
+TEST_F(RunTest, WritesItsResultsAndReports) {
+  EXPECT_EQ(after("DEBUG 2\nICRD 1"), "");
+  EXPECT_EQ(host.return_code, 0);
+  EXPECT_THAT(host.wrong_calls, IsEmpty());
+  EXPECT_THAT(files(), ElementsAre("river.nc", "river.rst", "river_out11.csv"));
+
+  int id = 0, variable = 0;
+  ASSERT_EQ(nc_open((folder / "river.nc").c_str(), NC_NOWRITE, &id), NC_NOERR);
+  double time[5];
+  float values[10], fill = 0;
+  char text[64] = {}, names[24] = {};
+  ASSERT_EQ(nc_inq_varid(id, "time", &variable), NC_NOERR);
+  nc_get_var_double(id, variable, time);
+  nc_get_att_text(id, variable, "units", text);
+  EXPECT_STREQ(text, "days since 2008-02-28 18:00:00");
+  EXPECT_THAT(time, ElementsAre(0, 0.5, 1, 1.5, 2));
+  ASSERT_EQ(nc_inq_varid(id, "out_11", &variable), NC_NOERR);
+  ASSERT_EQ(nc_get_att_float(id, variable, "_FillValue", &fill), NC_NOERR);
+  nc_get_var_float(id, variable, values);
+  for (int k = 0; k < 5; ++k) {
+    EXPECT_NEAR(values[2 * k], 2 * std::exp(-time[k]), 1e-6);
+    EXPECT_NEAR(values[2 * k + 1], 2 * (1 + time[k]) * std::exp(-time[k]), 1e-6);
+  }
+  ASSERT_EQ(nc_inq_varid(id, "segment_name", &variable), NC_NOERR);
+  nc_get_var_text(id, variable, names);
+  EXPECT_STREQ(names, "upper, reachlower");
+  nc_close(id);
+
+  const std::string csv = content("river_out11.csv");
+  EXPECT_THAT(csv, StartsWith("time,\"upper, reach\",lower\n2008-02-28T18:00:00,2,2\n2008-02-29T06:00:00,1.213"));
+  EXPECT_THAT(csv, HasSubstr("\n2008-03-01T18:00:00,0.2706"));
+
+  EXPECT_EQ(host.grid_labels, "system 1|system 2|system 3|Volume, m3");
+  ASSERT_EQ(host.last_grid.size(), 8u);
+  EXPECT_NEAR(host.last_grid[4], 6 * std::exp(-2.0), 1e-6);
+  EXPECT_EQ(host.last_grid[7], 86400);
+  EXPECT_FALSE(host.grid_lent);
+  EXPECT_EQ(host.last_progress, 100);
+  EXPECT_THAT(host.infos.back(), testing::AllOf(StartsWith("Finished 2 days in 200 steps and "),
+                                                HasSubstr("between 1 and 1 days, shortest in segment 1 (upper, reach)"),
+                                                HasSubstr("mass of system 1 in kg: inflow 0, outflow ")));
+}
+
+TEST_F(RunTest, RestartFileBringsTheStateBack) {
+  EXPECT_EQ(after("ICRD 1\nSCALV 2"), "");
+  const std::vector<float> end = host.last_grid;
+  host.load("INITC 1 1 0\nVOLUME 1 1\nFILENAME \"" + (folder / "river.rst").string() + "\"");
+  load_restart_file(&FakeHost::callback);
+  EXPECT_EQ(host.return_code, 0) << host.failures.back();
+  EXPECT_EQ(static_cast<float>(host.number("INITC 1 1")), end[0]);
+  EXPECT_EQ(host.number("VOLUME 1"), 86400); // the data set's own unit, not that of SCALV
+}
+
+// The engine asks before each step: no more than one DAYS follows the moment of the cancel.
+TEST_F(RunTest, CancelEndsWithinOneStepAndLeavesNothing) {
+  host.cancel_after_days = 50;
+  EXPECT_EQ(after("JMAS 1"), "");
+  EXPECT_EQ(host.return_code, 3);
+  EXPECT_EQ(host.days_calls, 50);
+  EXPECT_FALSE(host.grid_lent);
+  EXPECT_THAT(files(), IsEmpty());
+}
+
+TEST_F(RunTest, BadInputIsRefusedInOneSentence) {
+  const auto refused = [this](const std::string& change, const std::string& undo) {
+    const std::string sentence = after(change);
+    EXPECT_EQ(host.return_code, 1) << change;
+    EXPECT_THAT(files(), IsEmpty());
+    host.load(undo);
+    host.failures.clear();
+    return sentence;
+  };
+  EXPECT_EQ(refused("IQOPT 4", "IQOPT 1"),
+            "The kinematic wave network is not part of this engine; choose net or gross flows.");
+  EXPECT_THAT(refused("IQOPT 3", "IQOPT 1"), HasSubstr("not part of this engine yet"));
+  EXPECT_THAT(refused("SOLUTIONTYPE 3", "SOLUTIONTYPE 0"), HasSubstr("implicit BDF is not part of this engine yet"));
+  EXPECT_EQ(refused("LOPT 1", "LOPT 0"), "Non-point-source files are not part of this engine.");
+  EXPECT_EQ(refused("BEDOPT 1", "BEDOPT 0"), "Dynamic bed volumes are not part of this engine.");
+  EXPECT_EQ(refused("VESKTOVESKLINK 1", "VESKTOVESKLINK 0"),
+            "Linkage of one model to another is not part of this engine.");
+  EXPECT_EQ(refused("VOLUME 2 0", "VOLUME 2 1"), "Segment 2 (lower) has no volume.");
+  EXPECT_EQ(refused("NUMSEG 0", "NUMSEG 2"), "The data set has no segments.");
+  EXPECT_EQ(refused("IQ 1 1 3 7", "IQ 1 1 3 0"), "A flow pair names segment 7, but the model has 2 segments.");
+  EXPECT_EQ(refused("DTFUNC 1 0 0", "DTFUNC 1 0 1"), "The time step from day 0 on is 0 or less.");
+  EXPECT_EQ(refused("PRINTFUNC 1 0 0", "PRINTFUNC 1 0 1"), "The print interval from day 0 on is 0 or less.");
+  EXPECT_EQ(refused("CONSTVALUE 77 1", ""), "The model tracer of this engine has no constant with the number 77.");
+  execute_model("UNKNOWN.DLL", &FakeHost::callback);
+  EXPECT_EQ(host.failures.back(),
+            "The model library \"UNKNOWN.DLL\" is not known to this engine, which has oxygen and tracer.");
+  read_hyd_file(&FakeHost::callback);
+  EXPECT_EQ(host.return_code, 1);
+}
+
+TEST_F(RunTest, FailureInTheRunLeavesNoResults) {
+  EXPECT_EQ(after("MINDT 0.95"), "The stable time step in segment 1 (upper, reach) is 0.9 days, below the minimum time "
+                                 "step of 0.95 days.");
+  EXPECT_EQ(host.return_code, 2);
+  EXPECT_THAT(files(), IsEmpty());
+  EXPECT_FALSE(host.grid_lent);
+}
+
+// A field that is not in use carries nothing, though its functions and pairs are still there.
+TEST_F(RunTest, FieldNotInUseIsLeftOut) {
+  EXPECT_EQ(after("unused NINQ 1"), "");
+  EXPECT_EQ(host.last_grid[0], 2);
+}
+
+TEST(Limits, AreTold) {
+  FakeHost host;
+  get_maximum_parameters("oxygen", &FakeHost::callback);
+  EXPECT_EQ(host.limits.size(), 5u);
+  for (const auto& [keyword, limit] : host.limits) EXPECT_GE(limit, 1000000) << keyword;
+}
+
+} // namespace

@@ -1,0 +1,126 @@
+// The script files, through the library's own functions.
+#include "fake_host.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+namespace {
+
+using testing::Contains;
+using testing::HasSubstr;
+
+class ScriptTest : public testing::Test {
+protected:
+  std::string path(const std::string& name) const {
+    return testing::TempDir() + "reference_engine_" + testing::UnitTest::GetInstance()->current_test_info()->name() +
+           "_" + name;
+  }
+  void write(const std::string& name, const std::string& content) {
+    std::ofstream(path(name), std::ios::binary) << content;
+    host.load("FILENAME \"" + path(name) + "\"");
+  }
+  std::string read(const std::string& name) const {
+    std::ostringstream out;
+    out << std::ifstream(path(name), std::ios::binary).rdbuf();
+    return out.str();
+  }
+  std::string import_failure(const std::string& content) {
+    write("bad.inp", content);
+    host.failures.clear();
+    import_export(&FakeHost::callback, 1);
+    EXPECT_EQ(host.return_code, 1);
+    const std::string all = host.failures.empty() ? "" : host.failures.back(), name = path("bad.inp");
+    return all.starts_with(name) ? all.substr(name.size()) : all;
+  }
+
+  FakeHost host;
+};
+
+constexpr const char* river =
+    "MODELTYPE 1\nSEEDDATE 2 29 2008\nENDJULIAN 365.25\nNUMDT 1\nDTFUNC 1 0 0.1\nNPRINT 2\nPRINTFUNC 1 0 1\n"
+    "PRINTFUNC 2 0.33333334 0.5\nNUMSEG 2\nSEGNAME 1 \"Roanoke \xe2\x80\x93 upper # reach\"\nSEGNAME 2 \"caf\xe9 \\\\ "
+    "\tx\"\n"
+    "BOTSEG 1 2\nVOLUME 1 1.1e9\nVOLUME 2 0.1\nCONSTVALUE 21 0.25\nCONSTVALUE 11 0\nSCALEPARAM 4 1\nCONSTPARAM 1 4 "
+    "0.7\n"
+    "NBRKTF 3 2\nBRKTF 3 1 0 0\nBRKTF 3 2 0.5 1\nJMAS 3\nGSYSPASS 2 2\nCMAX 1 100\nINITC 4 2 8.25\nFDISS 3 1 0.5\n"
+    "NOBC 4 1\nIBC 4 1 1\nNBFP 4 1 2\nBOUNDFUNC 4 1 1 0 7\nBOUNDFUNC 4 1 2 10 8\nNOWK 3 1\nIWK 3 1 2\nNBWK 3 1 2\n"
+    "LOADFUNC 3 1 1 0 5\nLOADFUNC 3 1 2 4 9\nNTEX 1 1\nEXCHANGEFUNCDESC 1 1 \"tide\"\nNORS 1 1 1\nJRSEG 1 1 1 1\n"
+    "IRSEG 1 1 1 2\nXAREA 1 1 1 30\nLENGTH 1 1 1 250\nNOBRKS 1 1 1\nNORFUNC 1 1 1 0 12\nNINQ 6 1\nNOQS 6 1 1\n"
+    "IQ 6 1 1 1\nNBRKQ 6 1 1\nNOQFUNC 6 1 1 0 -3\nOPENABLED 1 0\nCSVOPENABLED 24 1";
+
+TEST_F(ScriptTest, ExportImportExportGivesTheSameBytes) {
+  host.load(river);
+  host.load("FILENAME \"" + path("first.inp") + "\"");
+  import_export(&FakeHost::callback, 0);
+  ASSERT_EQ(host.return_code, 0) << host.failures.back();
+  EXPECT_THAT(host.wrong_calls, testing::IsEmpty());
+  const std::string first = read("first.inp");
+  EXPECT_THAT(first, testing::StartsWith("MODELTYPE 1\nSEEDDATE 2 29 2008\n"));
+  EXPECT_THAT(first, HasSubstr("\nSEGNAME 1 \"Roanoke \xe2\x80\x93 upper # reach\"\n"));
+  EXPECT_THAT(first, HasSubstr("\nSEGNAME 2 \"caf\xc3\xa9 \\\\\\\\ \\u0009x\"\n")); // Windows-1252 became UTF-8
+  EXPECT_THAT(first, HasSubstr("\nVOLUME 1 1.1e+09\nVOLUME 2 0.1\n"));
+  EXPECT_THAT(first, HasSubstr("\nCONSTVALUE 11 0\nCONSTVALUE 21 0.25\n"));
+  EXPECT_THAT(first, HasSubstr("\nJMAS 3\n"));
+  EXPECT_THAT(first, HasSubstr("\nOPENABLED 23 1\nOPENABLED 24 1\nOPUNITS 23 ")); // 1 is off
+
+  FakeHost other;
+  other.load("MODELTYPE 2\nFILENAME \"" + path("first.inp") + "\"");
+  import_export(&FakeHost::callback, 1);
+  ASSERT_EQ(other.return_code, 0) << other.failures.back();
+  other.load("FILENAME \"" + path("second.inp") + "\"");
+  import_export(&FakeHost::callback, 0);
+  EXPECT_EQ(read("second.inp"), first);
+  EXPECT_EQ(other.number("CONSTPARAM 1 4"), host.number("CONSTPARAM 1 4"));
+}
+
+TEST_F(ScriptTest, ExportTellsWhatTheFormCannotCarry) {
+  host.load(river);
+  host.load("step LOADFUNC 3 1\nunused NINQ 6\nBRKTF 1 1 0 0\nNBRKTF 1 0\nFILENAME \"" + path("told.inp") + "\"");
+  import_export(&FakeHost::callback, 0);
+  EXPECT_THAT(host.infos, Contains("Step series come back linear: load of system 3 on segment 2."));
+  EXPECT_THAT(host.infos, Contains("Fields that are not in use come back in use: flow field 6."));
+  EXPECT_THAT(host.infos, Contains("Systems that are constant come back bypassed, as do those that are: system 2."));
+  EXPECT_THAT(host.infos, Contains(HasSubstr("Time functions in use without points come back unused")));
+}
+
+TEST_F(ScriptTest, ErrorsNameFileLineAndCause) {
+  EXPECT_EQ(import_failure("# a river\nMODELTYPE 1\n\nNUMSGE 3\n"),
+            ", line 4: the keyword \"NUMSGE\" is not known here; the nearest one is NUMSEG.");
+  EXPECT_EQ(import_failure("NUMSEG 3"), ", line 1: MODELTYPE is not the first keyword.");
+  EXPECT_EQ(import_failure("MODELTYPE 9"), ", line 1: there is no model 9.");
+  EXPECT_EQ(import_failure("MODELTYPE 1\nNUMSEG 2\nVOLUME 3 1"), ", line 3: there is no segment 3: NUMSEG says 2.");
+  EXPECT_EQ(import_failure("MODELTYPE 1\nBRKTF 2 1 0 0"), ", line 2: there is no point 1: NBRKTF says 0.");
+  EXPECT_EQ(import_failure("MODELTYPE 1\nNINQ 7 1"), ", line 2: there is no flow field 7: they are 6.");
+  EXPECT_EQ(import_failure("MODELTYPE 1\nNUMSEG -1"), ", line 2: a number of -1 does not lie between 0 and 10000000.");
+  EXPECT_EQ(import_failure("MODELTYPE 1\nNUMSEG 1\nVOLUME 1"),
+            ", line 3: VOLUME takes 1 index and 1 value, but 1 words follow it.");
+  EXPECT_EQ(import_failure("MODELTYPE 1\nMAXDT 1e99"),
+            ", line 2: \"1e99\" is no number that single precision can hold.");
+  EXPECT_EQ(import_failure("MODELTYPE 1\nNUMSEG 1\nSEGNAME 1 \"open"), ", line 3: a text has no closing quote.");
+  EXPECT_EQ(import_failure("MODELTYPE 1\nNUMSEG 1\nSEGNAME 1 \"\\ud800x\""),
+            ", line 3: a text holds half a surrogate pair.");
+  std::filesystem::remove(path("bad.inp"));
+  import_export(&FakeHost::callback, 1);
+  EXPECT_EQ(host.failures.back(), path("bad.inp") + ": can't be read.");
+}
+
+TEST_F(ScriptTest, NetworkIsReadByItselfAndEndsWithTheBoundaries) {
+  host.load(river);
+  write("net.vkn", "NUMSEG 3\r\nVOLUME 3 7 # m3\r\nSEGNAME 3 \"\\u00e9\\n\\ud83d\\ude00\"\r\nNINQ 1 1\r\nNOQS 1 1 "
+                   "1\r\nIQ 1 1 1 3\r\n");
+  import_network(&FakeHost::callback);
+  EXPECT_EQ(host.return_code, 0);
+  EXPECT_EQ(host.number("VOLUME 3"), 7);
+  EXPECT_EQ(host.number("IQ 1 1 1"), 3);
+  EXPECT_EQ(host.text("SEGNAME 3"), "\xc3\xa9\n\xf0\x9f\x98\x80");
+  EXPECT_TRUE(host.bound_found);
+  write("net.vkn", "INITC 1 1 2\n");
+  import_network(&FakeHost::callback);
+  EXPECT_THAT(host.failures.back(), HasSubstr("line 1: the keyword \"INITC\" is not known here"));
+}
+
+} // namespace
