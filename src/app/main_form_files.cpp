@@ -55,6 +55,7 @@ void TPreveskMainForm::new_data_set() {
 }
 
 void TPreveskMainForm::open_file(const std::string& name) {
+  ui_.set_subject(name);
   const std::string extension = upper_extension(name);
   if (extension == ".VKI" || extension == ".VKP") {
     const bool opened = extension == ".VKI" ? load_data_file(name) : open_project_file(name);
@@ -62,6 +63,7 @@ void TPreveskMainForm::open_file(const std::string& name) {
   } else {
     report_failure("Could not open specified file type \"" + name + "\" (" + extension + " file)");
   }
+  ui_.set_subject("");
 }
 
 void TPreveskMainForm::OpenItemClick() {

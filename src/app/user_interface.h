@@ -43,6 +43,10 @@ public:
   virtual void set_commands(const command_conditions& conditions) = 0;
   virtual void close_main_window() = 0;
 
+  // Names the file that the next messages are about, for a front end that shows them without their context; empty:
+  // nothing in particular.
+  virtual void set_subject(const std::string&) {}
+
   // The info list.
   virtual void add_info_line(const std::string& text, int icon) = 0;
   virtual void clear_info_lines() = 0;

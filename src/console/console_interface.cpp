@@ -8,16 +8,18 @@ namespace vesk {
 
 namespace {
 
-// A box's text on one line: line ends become blanks.
+// A box's text on one line: a line's end and the blanks around it become one blank.
 std::string on_one_line(const std::string& text) {
   std::string line;
+  bool at_line_end = false;
   for (const char c : text) {
-    if (c == '\r') continue;
-    if (c == '\n') {
-      if (!line.empty() && line.back() != ' ') line += ' ';
-      continue;
+    if (c == '\r' || c == '\n') {
+      at_line_end = true;
+    } else if (!at_line_end || c != ' ') {
+      if (at_line_end && !line.empty() && line.back() != ' ') line += ' ';
+      at_line_end = false;
+      line += c;
     }
-    line += c;
   }
   while (!line.empty() && line.back() == ' ') line.pop_back();
   return line;

@@ -20,7 +20,7 @@ public:
   console_interface(settings s, std::FILE* out, std::FILE* err);
 
   // What the messages are about: named in front of a box's text that does not name it itself.
-  void set_subject(std::string subject) { subject_ = std::move(subject); }
+  void set_subject(const std::string& subject) override { subject_ = subject; }
 
   // One line about a failure of the program's own.
   void say_failure(const std::string& text);

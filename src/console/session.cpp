@@ -113,8 +113,8 @@ session::step session::require_data(const char* what) {
 session::step session::job(const std::string& subject, const std::function<void()>& launch) {
   const int failures_before = form_.failures();
   ui_.set_subject(subject);
-  ui_.begin_progress();
   launch();
+  ui_.begin_progress(); // of the job, not of what was done before its start
   auto next_tick = steady_clock::now() + milliseconds(TPreveskMainForm::ui_update_interval);
   bool cancel_told = false;
   while (form_.active_thread) {

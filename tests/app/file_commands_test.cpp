@@ -23,7 +23,7 @@ protected:
   std::string make_file(const std::string& name, const std::string& segment, std::uint32_t model = 1) {
     prevesk_dataset_data_type data(form.catalogue.get());
     data.model_type = model;
-    data.segments.resize(1);
+    data.resize_segments(1);
     data.segments.edit(0).name = segment;
     save_data_file(folder.path / name, data);
     return folder.file(name);

@@ -94,7 +94,7 @@ TEST_F(VeskRun, BadInputIsToldInOneSentence) {
        "vesk-run: " + folder.file("gone/x.vki") + ": Cannot open file for writing.\n"},
       {{file, "--export", "x.doc"}, 1, "vesk-run: x.doc: Cannot export specified file type\n"},
       {{"-IMPORT"}, 1, "vesk-run: Cannot import specified file type\n"},
-      {{"--frobnicate"}, 2, "vesk-run: Unknown option --frobnicate; the nearest is --refresh. Try vesk-run --help.\n"},
+      {{"--refrsh"}, 2, "vesk-run: Unknown option --refrsh; the nearest is --refresh. Try vesk-run --help.\n"},
   };
   for (const auto& c : cases) {
     const program_result result = run(c.arguments);
