@@ -13,7 +13,9 @@ fs::path program_directory() {
   return error ? fs::current_path() : executable.parent_path();
 }
 
-fs::path install_prefix() { return program_directory().parent_path(); }
+fs::path install_prefix() {
+  return program_directory().parent_path();
+}
 
 fs::path state_directory() {
   // Only an absolute path counts, as the base directory rules have it.
@@ -22,6 +24,8 @@ fs::path state_directory() {
   return fs::path(home && *home ? home : "/tmp") / ".local" / "state" / "vesk";
 }
 
-bool is_writable_directory(const fs::path& directory) { return access(directory.c_str(), W_OK | X_OK) == 0; }
+bool is_writable_directory(const fs::path& directory) {
+  return access(directory.c_str(), W_OK | X_OK) == 0;
+}
 
 } // namespace vesk

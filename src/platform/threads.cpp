@@ -6,7 +6,9 @@
 
 namespace vesk {
 
-int current_thread_number() { return static_cast<int>(syscall(SYS_gettid)); }
+int current_thread_number() {
+  return static_cast<int>(syscall(SYS_gettid));
+}
 
 // On Linux a nice value belongs to a thread, and PRIO_PROCESS takes its number.
 bool set_thread_nice(int thread_number, int nice) {
