@@ -1,0 +1,126 @@
+#!/usr/bin/env python3
+"""Tests of the sample river. The whole run is tested where VESK_BIN names the folder of the programs."""
+import csv
+import datetime
+import os
+import pathlib
+import subprocess
+import tempfile
+import unittest
+
+import build
+import network
+import physics
+import records
+import tables
+from scores import score
+
+
+class Formulas(unittest.TestCase):
+    def test_oxygen_saturation_is_as_tabulated(self):
+        for celsius, tabulated in ((0, 14.621), (10, 11.288), (20, 9.092), (30, 7.559)):
+            self.assertAlmostEqual(physics.oxygen_saturation(celsius), tabulated, delta=0.001)
+
+    def test_power_laws_follow_manning_and_carry_the_flow(self):
+        depth, depth_exponent, velocity, velocity_exponent = physics.power_laws(85, 0.000064, 0.030)
+        self.assertAlmostEqual(depth, 0.1537, places=4)  # (0.030 / (85 * 0.008)) ^ 0.6
+        self.assertAlmostEqual(depth * 32**depth_exponent, 1.2299, places=3)  # 32 ^ 0.6 = 8
+        self.assertAlmostEqual(85 * depth * 250**depth_exponent * velocity * 250**velocity_exponent, 250)
+
+    def test_load_is_in_kg_per_day(self):
+        self.assertAlmostEqual(physics.load(0.5, 20), 864)
+
+    def test_monthly_values_hold_in_mid_month_and_pass_the_turn_of_the_year(self):
+        share = tables.monthly("release_share")
+        for day, value in (("2011-12-15", 0.94), ("2011-12-31", 0.94 + 0.03 * 16 / 31), ("2012-01-01", 0.94 + 0.03 * 17 / 31)):
+            self.assertAlmostEqual(share(datetime.date.fromisoformat(day)), value)
+
+    def test_scores(self):
+        days = [datetime.date(2012, 1, day) for day in (1, 2, 3, 4)]
+        measured = dict(zip(days, (8.0, 10.0, 12.0)))  # mean 10, squares about it 8
+        s = score(measured, dict(zip(days, (9.0, 10.0, 14.0, 99.0))))  # errors 1, 0, 2
+        self.assertEqual((s.count, s.observed, s.estimated, s.bias), (3, 10, 11, 1))
+        self.assertAlmostEqual(s.rmse, (5 / 3) ** 0.5)
+        self.assertAlmostEqual(s.efficiency, 1 - 5 / 8)
+        self.assertAlmostEqual(s.correlation, 10 / (8 * 14) ** 0.5)
+
+
+class Network(unittest.TestCase):
+    def test_positions(self):
+        river = network.segments()
+        self.assertEqual(len(river), 26)
+        for km, place in ((213.9, 0), (206, 1), (205.9, 2), (187, 6), (110, 25)):
+            self.assertEqual(network.position(river, km), place, km)
+        self.assertAlmostEqual(sum(segment.length for segment in river), 104000)
+        self.assertEqual(len({segment.name for segment in river}), 26)
+
+    def test_pairs_to_the_outside_make_a_contact(self):
+        flows = [records.flow_function("", [], [(-1, 3, 1), (3, 5, 1), (5, -1, 1), (-1, -1, 1)])]
+        exchanges = [records.exchange_function("", [], [(2, -1, 1, 1), (3, 4, 1, 1)])]
+        data = {"flow_fields": records.flow_fields(flows), "exchange_fields": records.exchange_fields(exchanges)}
+        self.assertEqual(records.outside_contacts(data), [2, 3, 5])
+
+
+class Data(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.data = build.Sample(2012).data()
+
+    def test_dates(self):
+        self.assertEqual(records.point(datetime.date(1900, 1, 1), 1.5), [109573, 43200, 1.5])
+        self.assertEqual((self.data["seed_date"], self.data["end_date"]), (40801, 41182))  # 2011-09-15, 2012-09-30
+
+    def test_every_segment_passes_on_what_it_gets(self):
+        for function in self.data["flow_fields"][0]["functions"]:
+            left = [0.0] * 26
+            for pair in function["pairs"]:
+                if pair["from_segment"] >= 0:
+                    left[pair["from_segment"]] -= pair["fraction"]
+                if pair["to_segment"] >= 0:
+                    left[pair["to_segment"]] += pair["fraction"]
+            self.assertTrue(all(abs(rest) < 1e-12 for rest in left), function["description"])
+
+    def test_boundaries_are_those_that_a_search_would_leave(self):
+        for system in self.data["systems"]:
+            self.assertEqual([row["segment"] for row in system["boundaries"]], [0, 1, 7, 11, 14, 23, 25])
+
+    def test_series_are_in_order_and_reach_over_the_run(self):
+        daily = [self.data["time_functions"][0], self.data["flow_fields"][0]["functions"][0]]
+        for series in [*daily, self.data["systems"][3]["boundaries"][0]]:
+            days = [point[0] for point in series["points"]]
+            self.assertEqual(days, sorted(set(days)))
+            self.assertLess(days[0], 150372)  # 2011-09-15
+            self.assertGreater(days[-1], 150753)  # 2012-09-30
+
+
+@unittest.skipUnless("VESK_BIN" in os.environ, "VESK_BIN is not set")
+class WholeRun(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.folder = tempfile.TemporaryDirectory()
+        cls.addClassCleanup(cls.folder.cleanup)
+        cls.outcome = subprocess.run([tables.HERE / "run", cls.folder.name], capture_output=True, text=True, check=False)
+
+    def table(self, name):
+        with open(pathlib.Path(self.folder.name) / name, newline="", encoding="utf-8") as file:
+            return list(csv.DictReader(file))
+
+    def test_input_comes_out_again(self):
+        self.assertEqual(self.outcome.returncode, 0, self.outcome.stderr)
+        last = "km 112 Big Swash to Oak City"
+        for name, day, value in (
+            ("temperature", "2012-07-15T12:00:00", 29.5),
+            ("flow", "2012-07-15T12:00:00", 2250 * 0.028316847 + 1330 * 0.005),  # release and runoff in m3/s
+        ):
+            at = {row["time"][:19]: float(row[last]) for row in self.table(f"roanoke_{name}.csv")}
+            self.assertEqual(len(at), 382)
+            self.assertAlmostEqual(at[day], value, delta=0.01, msg=name)
+
+    def test_the_model_is_better_than_guesses_without_one(self):
+        rmse = {row["estimate"]: float(row["rmse"]) for row in self.table("roanoke_agreement.csv") if row["period"] == "year"}
+        self.assertEqual(len(rmse), 4)
+        self.assertEqual(min(rmse, key=rmse.get), "model", rmse)
+
+
+if __name__ == "__main__":
+    unittest.main()
