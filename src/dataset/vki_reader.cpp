@@ -65,8 +65,14 @@ public:
     enter(number, name);
     field(name, member);
   }
-  void points_section(int number, const char* name, stored_series& series) { section(number, name, series.points); }
-  void query_section(int number, const char* name, stored_series& series) { section(number, name, series.query); }
+  void points_section(int number, const char* name, stored_series& series) {
+    enter(number, name);
+    field("points", series.points);
+  }
+  void query_section(int number, const char* name, stored_series& series) {
+    enter(number, name);
+    field("query", series.query);
+  }
 
   void retired_queries(int number, const char* name) {
     enter(number, name);

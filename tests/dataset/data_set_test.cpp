@@ -1,0 +1,103 @@
+#include "sample_data_set.h"
+
+#include "dataset/text_encoding.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+
+namespace vesk {
+namespace {
+
+TEST(DataSet, ANewOneHasTheTransportFieldsAndTheClocksDates) {
+  const prevesk_dataset_data_type data;
+  std::string names;
+  for (const auto& field : data.exchange_fields) names += field.description.str() + ";";
+  EXPECT_EQ(names, "Surface Water;Pore Water;");
+  names.clear();
+  for (const auto& field : data.flow_fields) names += field.description.str() + ";";
+  EXPECT_EQ(names, "Surface Water;Pore Water;Solids 1;Solids 2;Solids 3;Evaporation/Precipitation;");
+  EXPECT_EQ(data.description, "Unnamed VESK Input Data Set");
+  EXPECT_EQ(data.library, "UNKNOWN.DLL");
+  EXPECT_EQ(data.model_name, "UNKNOWN MODEL");
+  EXPECT_EQ(data.time_steps.query->name, "New Query");
+  EXPECT_EQ(data.file_version, 0x00070007u);
+  EXPECT_NEAR(data.start_date_time(), current_date_time(), 2.0 / 86400);
+  EXPECT_EQ(data.seed_date, std::floor(data.seed_date));
+  EXPECT_EQ(data.end_date, data.skip_date);
+}
+
+TEST(Records, DefaultsOfNewOnes) {
+  const flow_pair_record_type flow;
+  EXPECT_EQ(flow, (flow_pair_record_type{1.0, -1, -1}));
+  EXPECT_EQ(exchange_pair_record_type{}, (exchange_pair_record_type{0, 0, -1, -1}));
+  const system_data_type system;
+  for (const double factor : {system.density, system.scalb, system.convb, system.scalw, system.convw})
+    EXPECT_EQ(factor, 1.0);
+  EXPECT_EQ(system.cmax, 100.0);
+  EXPECT_EQ(segment_data_type{}.name, "Vesk Segment");
+  EXPECT_EQ(segment_data_type{}.bottom_segment, -1);
+  EXPECT_EQ(exchange_function_data_type{}.description, "Exchange Function");
+  EXPECT_EQ(flow_function_data_type{}.description, "Flow Function");
+  EXPECT_EQ(time_function_data_type{}.cursor_next.value, std::numeric_limits<double>::max());
+}
+
+TEST(Records, ShortTextsAreCutTo255Bytes) {
+  const std::string long_text = std::string(254, 'a') + "bcd";
+  EXPECT_EQ(short_text(long_text).str(), std::string(254, 'a') + "b");
+  output_control_type output;
+  output.units = long_text;
+  EXPECT_EQ(output.units.size(), 255u);
+}
+
+TEST(DataSet, EmptySeriesGetTwoPointsOverTheRunAndOthersStay) {
+  prevesk_dataset_data_type data;
+  data.seed_date = 36526;
+  data.seed_time = 0.25;
+  data.end_date = 36530;
+  data.end_time = 0.5;
+  data.apply_seed();
+  point_list points;
+  data.ensure_default_points(points);
+  EXPECT_EQ(points, (point_list{{{year_2000, 21600}, 0}, {{year_2000 + 4, 43200}, 0}}));
+  point_list one{{{1, 2}, 3}};
+  data.ensure_default_points(one);
+  EXPECT_EQ(one.size(), 1u);
+}
+
+TEST(DataSet, ACopyIsRestoredWholeWhateverWasEdited) {
+  const prevesk_dataset_data_type snapshot = sample_data_set();
+  prevesk_dataset_data_type data = snapshot;
+  EXPECT_EQ(data, snapshot);
+  data.segments.edit(1).parameters.set(0, {10, 99});
+  EXPECT_NE(data, snapshot);
+  data.systems.edit(0).loads.edit(0).points.edit(1).value = 5;
+  data.flow_fields.edit(5).functions.edit(0).pairs.erase(0);
+  data.time_functions.edit(1).query.edit().conditions.clear();
+  EXPECT_EQ(snapshot, sample_data_set());
+  data = snapshot;
+  EXPECT_EQ(data, sample_data_set());
+}
+
+TEST(TextEncoding, Utf8IsTakenStrictly) {
+  for (const char* good : {"", "plain", "\xc3\xa4", "\xe2\x82\xac", "\xf4\x8f\xbf\xbf", "\xed\x9f\xbf"})
+    EXPECT_TRUE(is_utf8(good)) << good;
+  for (const char* bad : {"\x80", "\xc3", "\xc3(", "\xc0\xaf", "\xc1\xbf", "\xe0\x9f\xbf", "\xed\xa0\x80",
+                          "\xf0\x8f\xbf\xbf", "\xf4\x90\x80\x80", "\xf8\x88\x80\x80\x80", "\xe2\x82"})
+    EXPECT_FALSE(is_utf8(bad)) << bad;
+}
+
+TEST(TextEncoding, EveryByteOfWindows1252HasACharacterAndComesBack) {
+  std::string all;
+  for (int byte = 0; byte < 256; ++byte) all += static_cast<char>(byte);
+  const std::string text = utf8_from_windows_1252(all);
+  EXPECT_TRUE(is_utf8(text));
+  EXPECT_EQ(windows_1252_from_utf8(text), all);
+  EXPECT_EQ(utf8_from_windows_1252("\x80\x81\xdf"), "\xe2\x82\xac\xc2\x81\xc3\x9f");
+  EXPECT_EQ(windows_1252_from_utf8("\xc2\x80"), std::nullopt); // U+0080: its byte is the euro sign
+  EXPECT_EQ(windows_1252_from_utf8("\xe4\xb8\xad"), std::nullopt);
+  EXPECT_EQ(shown_text("\xc3\xa4"), "\xc3\xa4");
+  EXPECT_EQ(shown_text("\xe4"), "\xc3\xa4");
+}
+
+} // namespace
+} // namespace vesk
