@@ -98,7 +98,8 @@ class Sample:
         first[OXYGEN] = self.oxygen("release_share")[self.start]
         return {
             "parameters": [
-                {"isc": isc, "value": round(value * per_segment[isc], 4)} for isc, value in self.parameter_values().items()
+                {"isc": isc, "value": round(value * per_segment[isc], 4)}
+                for isc, value in self.parameter_values().items()
             ],
             "systems": [{"isc": isc, "initial_concentration": value} for isc, value in sorted(first.items())],
             "volume": round(segment.length * segment.section(self.mean_flow)),

@@ -58,7 +58,9 @@ def results(observed, estimates):
     """[(period, estimate, Scores)], months in order of time, then the whole year."""
     months = sorted({date.strftime("%Y-%m") for date in observed})
     rows = [
-        (month, name, score(of_month(observed, month), values)) for month in months for name, values in estimates.items()
+        (month, name, score(of_month(observed, month), values))
+        for month in months
+        for name, values in estimates.items()
     ]
     return rows + [("year", name, score(observed, values)) for name, values in estimates.items()]
 
@@ -69,7 +71,8 @@ def print_table(rows):
     by_name = {(period, name): scores for period, name, scores in rows}
     for period in dict.fromkeys(period for period, _, _ in rows):
         s, simple = by_name[period, MODEL], by_name[period, SATURATION]
-        print(f"{period:7}  {s.count:4}  {s.observed:8.2f}  {s.estimated:8.2f}  {s.bias:+5.2f}  {s.rmse:5.2f}  {simple.rmse:19.2f}")
+        figures = f"{s.count:4}  {s.observed:8.2f}  {s.estimated:8.2f}  {s.bias:+5.2f}  {s.rmse:5.2f}"
+        print(f"{period:7}  {figures}  {simple.rmse:19.2f}")
     print(f"\n{'whole year':40}   bias   RMSE      r  efficiency")
     for period, name, s in rows:
         if period == "year":
