@@ -1,0 +1,203 @@
+#include "tools/dataset_json.h"
+
+#include "old_data_file.h"
+#include "sample_data_set.h"
+
+#include <bit>
+#include <gtest/gtest.h>
+
+namespace vesk {
+namespace {
+
+using namespace std::string_literals;
+
+std::string bytes_of(const prevesk_dataset_data_type& data) {
+  std::string bytes;
+  binary_writer writer(bytes);
+  data.write(writer);
+  return bytes;
+}
+
+std::string json_of(const prevesk_dataset_data_type& data) {
+  std::string json;
+  binary_writer writer(json);
+  write_json(writer, data);
+  return json;
+}
+
+std::string refusal(std::string_view json) {
+  try {
+    read_json(json);
+  } catch (const json_exception& error) {
+    return error.what();
+  }
+  return "none";
+}
+
+TEST(DatasetJson, ADataSetComesBackByteForByte) {
+  prevesk_dataset_data_type data = sample_data_set();
+  const double numbers[] = {0.0,
+                            -0.0,
+                            5e-324,
+                            1.7976931348623157e308,
+                            0.1,
+                            1.0 / 3,
+                            123456789012345680.0,
+                            1e23,
+                            -1e22,
+                            4096,
+                            18446744073709551616.0,
+                            std::numeric_limits<double>::infinity(),
+                            -std::numeric_limits<double>::infinity(),
+                            2.2250738585072014e-308};
+  for (const double number : numbers) data.time_steps.points.push_back({{1, 2}, number});
+  for (const std::uint64_t bits : {0x7ff8000000000000u, 0xfff8000000000000u, 0x7ff0000000000001u})
+    data.time_steps.points.push_back({{1, 2}, std::bit_cast<double>(bits)});
+  data.print_intervals.points.push_back({{-2147483647 - 1, 2147483647}, 1});
+  data.reserved_option = 4294967295u;
+  std::string all_bytes;
+  for (int byte = 0; byte < 256; ++byte) all_bytes += static_cast<char>(byte);
+  data.comments = all_bytes;
+  data.description = "control \x01\x1f\x7f, quote \" and \\ \t\r\n\b, zero \0 and \xe2\x82\xac"s;
+  const std::string json = json_of(data);
+  EXPECT_EQ(bytes_of(read_json(json)), bytes_of(data));
+  EXPECT_EQ(json_of(read_json(json)), json);
+}
+
+TEST(DatasetJson, IsPrintedAsTold) {
+  prevesk_dataset_data_type data = read_json("{}");
+  data.time_steps.points = {{{1, 2}, 0.5}, {{3, 4}, std::numeric_limits<double>::quiet_NaN()}};
+  data.exchange_fields.clear();
+  data.nps_file = "Stra\xdf"
+                  "e";
+  flow_function_data_type function;
+  function.pairs = {{0.5, -1, 2}};
+  data.flow_fields.clear();
+  data.flow_fields.resize(1);
+  data.flow_fields.edit(0).functions = {function};
+  data.file_version = 0x00010001;
+  EXPECT_EQ(json_of(data), R"({
+  "file_version": 65537,
+  "print_intervals": {
+    "points": []
+  },
+  "time_steps": {
+    "points": [
+      [1, 2, 0.5],
+      [3, 4, "nan"]
+    ]
+  },
+  "segments": [],
+  "time_functions": [],
+  "constant_groups": [],
+  "systems": [],
+  "parameters": [],
+  "exchange_fields": [],
+  "flow_fields": [
+    {
+      "functions": [
+        {
+          "points": [],
+          "pairs": [
+            {"fraction": 0.5, "from_segment": -1, "to_segment": 2}
+          ],
+          "description": "Flow Function"
+        }
+      ],
+      "used": false,
+      "reserved": 0,
+      "scale": 1,
+      "conversion": 1,
+      "description": ""
+    }
+  ],
+  "comments": "",
+  "description": "Unnamed VESK Input Data Set",
+  "hydrodynamic_file": "",
+  "nps_file": {"windows-1252": "Straße"},
+  "seed_date": 0,
+  "end_date": 0,
+  "seed_time": 0,
+  "end_time": 0,
+  "time_step_option": true,
+  "negative_solution": false,
+  "use_nps_file": false,
+  "bed_compaction_option": false,
+  "reserved_option": 0,
+  "model_type": 0,
+  "restart_option": 0,
+  "flow_option": 1,
+  "volume_scale_factor": 1,
+  "volume_conversion_factor": 1,
+  "bed_compaction_time_step": 0
+}
+)");
+}
+
+TEST(DatasetJson, AnOlderVersionsMembersComeBackWithDefaultsForTheOthers) {
+  for (const std::uint32_t version : {0x00010001u, 0x00010009u, 0x00070001u, 0x00070002u, 0x00070004u, 0x00070007u}) {
+    prevesk_dataset_data_type data = old_data_set(version);
+    if (version < 0x00070003) data.skip_date = data.skip_time = 0;
+    prevesk_dataset_data_type expected = data;
+    expected.file_version = 0x00070007;
+    EXPECT_EQ(read_json(json_of(data)), expected) << version;
+  }
+}
+
+TEST(DatasetJson, MembersLeftOutHaveTheirDefaults) {
+  prevesk_dataset_data_type expected;
+  expected.seed_date = expected.end_date = expected.skip_date = 0;
+  expected.seed_time = expected.end_time = expected.skip_time = 0;
+  EXPECT_EQ(read_json("{}"), expected);
+  EXPECT_EQ(expected.model_type, 0u);
+  expected.segments.resize(2);
+  expected.segments.edit(1).systems.resize(1);
+  expected.exchange_fields.clear();
+  EXPECT_EQ(read_json(R"({"exchange_fields": [], "segments": [{}, {"systems": [{}]}]})"), expected);
+}
+
+TEST(DatasetJson, WhatIsWrongIsNamedByItsPath) {
+  const std::string long_text(256, 'x');
+  const struct {
+    std::string json, refusal;
+  } cases[] = {
+      {R"({"segments": [{}, {}, {}, {"volume": "big"}]})", "segments[3].volume: expected a number, found a text."},
+      {R"({"segments": [{"volume": null}]})", "segments[0].volume: expected a number, found null."},
+      {R"({"segments": [{"volume": "nan:0000000000000001"}]})", "segments[0].volume: expected a number, found a text."},
+      {R"({"segments": [{"volum": 1}]})", "segments[0].volum: no such member; the nearest is volume."},
+      {R"({"segmants": []})", "segmants: no such member; the nearest is segments."},
+      {R"({"segments": [{"parameters": [{}, {"valeu": 1}]}]})",
+       "segments[0].parameters[1].valeu: no such member; the nearest is value."},
+      {R"({"segments": {}})", "segments: expected an array, found an object."},
+      {R"({"segments": [7]})", "segments[0]: expected an object, found 7."},
+      {R"([])", "expected an object, found an array."},
+      {R"({"model_type": -1})", "model_type: -1 lies outside 0 to 4294967295."},
+      {R"({"model_type": 4294967296})", "model_type: 4294967296 lies outside 0 to 4294967295."},
+      {R"({"model_type": 1.5})", "model_type: expected a whole number, found 1.5."},
+      {R"({"segments": [{"bottom_segment": 2147483648}]})",
+       "segments[0].bottom_segment: 2147483648 lies outside -2147483648 to 2147483647."},
+      {R"({"use_nps_file": 1})", "use_nps_file: expected true or false, found 1."},
+      {R"({"time_steps": {"points": [[1, 2, 3], [1, 2]]}})", "time_steps.points[1]: a point is [date, time, value]."},
+      {R"({"time_steps": {"points": [[1, 2, 3, 4]]}})", "time_steps.points[0][3]: a point is [date, time, value]."},
+      {R"({"time_steps": {"points": [[1, "2", 3]]}})",
+       "time_steps.points[0][1]: expected a whole number, found a text."},
+      {R"({"time_steps": {"query": {"conditions": [{"comparison": []}]}}})",
+       "time_steps.query.conditions[0].comparison: expected a whole number, found an array."},
+      {R"({"description": {"windows-1252": "中"}})",
+       "description.windows-1252: a character that Windows-1252 does not have."},
+      {R"({"description": {}})", "description: expected a text, found an empty object."},
+      {R"({"description": {"latin-1": "a"}})", "description.latin-1: no such member; the only one is windows-1252."},
+      {R"({"project_files": ["a", ")" + long_text + R"("]})",
+       "project_files[1]: a text of 256 bytes, but at most 255 fit here."},
+      {R"({"flow_option": 1, "flow_option": 2})", "flow_option: given twice."},
+      {R"({"file_version": 458760})", "file_version: 7.8 is newer than 7.7, which is what can be written."},
+      {"{\"segments\": [\n{\"volume\": }]}", "parse error at line 2, column 12: syntax error while parsing value - "
+                                             "unexpected '}'; expected '[', '{', or a literal."},
+      {"", "parse error at line 1, column 1: syntax error while parsing value - unexpected end of input; expected "
+           "'[', '{', or a literal."},
+  };
+  for (const auto& c : cases) EXPECT_EQ(refusal(c.json), c.refusal) << c.json;
+}
+
+} // namespace
+} // namespace vesk
