@@ -25,9 +25,9 @@ std::string on_one_line(const std::string& text) {
   return line;
 }
 
-std::size_t terminal_width(std::FILE* stream) {
+int terminal_width(std::FILE* stream) {
   winsize size{};
-  if (ioctl(fileno(stream), TIOCGWINSZ, &size) == 0 && size.ws_col > 0) return size.ws_col;
+  if (ioctl(fileno(stream), TIOCGWINSZ, &size) == 0 && size.ws_col > 1) return size.ws_col;
   return 80;
 }
 
@@ -77,7 +77,8 @@ void console_interface::begin_progress() {
   time_remaining_.clear();
 }
 
-void console_interface::end_progress() {
+void console_interface::end_progress(bool good) {
+  if (good && percent_ > 0) set_progress(100); // the last report comes before the end of the work
   wipe_bar();
   progress_runs_ = false;
 }
@@ -91,11 +92,14 @@ void console_interface::set_progress(int percent) {
 
 void console_interface::refresh_progress() {
   if (!progress_runs_ || settings_.progress != progress_style::bar) return;
-  constexpr int cells = 30;
+  const std::string words =
+      std::to_string(percent_) + " %" + time_remaining_ + (info_label_.empty() ? "" : "  ") + info_label_;
+  const int width = terminal_width(err_) - 1;
+  const int cells = std::clamp(width - static_cast<int>(words.size()) - 3, 8, 30); // what the words leave
   std::string line = "[";
   for (int i = 0; i < cells; ++i) line += i * 100 < percent_ * cells ? '#' : '.';
-  line += "] " + std::to_string(percent_) + " %" + time_remaining_ + (info_label_.empty() ? "" : "  " + info_label_);
-  line.resize(std::min(line.size(), terminal_width(err_) - 1));
+  line += "] " + words;
+  line.resize(std::min(line.size(), static_cast<std::size_t>(width)));
   std::fprintf(err_, "\r\033[K%s", line.c_str());
   std::fflush(err_);
   bar_is_drawn_ = true;

@@ -26,9 +26,9 @@ public:
   void say_failure(const std::string& text);
   void say(const std::string& text); // one line, left out when quiet
 
-  // The bar begins and ends with a job.
+  // The bar begins and ends with a job; `good`: the job did all its work.
   void begin_progress();
-  void end_progress();
+  void end_progress(bool good);
 
   box_answer message_box(const std::string& title, const std::string& text, box_buttons buttons) override;
   std::optional<std::string> ask_file(const file_dialog&) override { return {}; }

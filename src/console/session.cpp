@@ -129,11 +129,13 @@ session::step session::job(const std::string& subject, const std::function<void(
       next_tick += milliseconds(TPreveskMainForm::ui_update_interval);
     }
   }
-  ui_.end_progress();
+  const step result = form_.last_job().cancelled                                        ? step::cancelled
+                      : form_.failures() > failures_before || form_.last_job().failed() ? step::failed
+                      : form_.return_code() != 0                                        ? step::engine_failed
+                                                                                        : step::done;
+  ui_.end_progress(result == step::done);
   ui_.set_subject("");
-  if (form_.last_job().cancelled) return step::cancelled;
-  if (form_.failures() > failures_before || form_.last_job().failed()) return step::failed;
-  return form_.return_code() != 0 ? step::engine_failed : step::done;
+  return result;
 }
 
 session::step session::check() {

@@ -60,8 +60,8 @@ TEST(ConsoleInterface, PartsTheStreamsAndAnswersCautiously) {
   EXPECT_EQ(ui.message_box("Error", "Cannot open file.", box_buttons::ok), box_answer::ok);
   EXPECT_EQ(ui.message_box("Sure?", "first\r\n second\r\n", box_buttons::yes_no_cancel), box_answer::cancel);
   ui.begin_progress();
-  for (const int percent : {3, 9, 10, 12, 47, 200}) ui.set_progress(percent);
-  ui.end_progress();
+  for (const int percent : {3, 9, 10, 12, 47, 48}) ui.set_progress(percent);
+  ui.end_progress(true);
   ui.set_progress(0);
   EXPECT_EQ(out.text(), "a line\n");
   EXPECT_EQ(err.text(), "vesk-run: a failure\nvesk-run: river.vki: Cannot open file.\n"
@@ -89,7 +89,7 @@ TEST(ConsoleInterface, TheBarGivesWayToLines) {
   ui.set_time_remaining_label(" Time remaining: 0:00:09");
   ui.refresh_progress();
   ui.say_failure("stop");
-  ui.end_progress();
+  ui.end_progress(false);
   const std::string bar = "\r\033[K[###############...............] 50 % Time remaining: 0:00:09";
   EXPECT_EQ(err.text(), bar + "\r\033[Kvesk-run: stop\n" + bar + "\r\033[K");
 }
