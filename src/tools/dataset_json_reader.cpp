@@ -1,154 +1,31 @@
 #include "dataset/text_encoding.h"
 #include "tools/dataset_json.h"
 #include "tools/file_version_text.h"
+#include "tools/json_loader.h"
 #include "tools/nearest_name.h"
 
 #include <bit>
-#include <bitset>
 #include <charconv>
 #include <cstring>
 #include <limits>
-#include <nlohmann/json.hpp>
+#include <optional>
 #include <tuple>
 #include <type_traits>
-#include <variant>
+#include <utility>
 #include <vector>
 
 namespace vesk {
 
 namespace {
 
-class json_loader;
-
-using json_scalar = std::variant<std::nullptr_t, bool, std::int64_t, std::uint64_t, double, std::string>;
-
-// A place that a JSON value goes into, and how. The members that are null are what the place does not take.
-struct slot_kind;
-struct slot {
-  void* place = nullptr;
-  const slot_kind* kind = nullptr;
-};
-struct slot_kind {
-  const char* expected;                                            // for the message, as in "a number"
-  void (*take)(json_loader&, void*, json_scalar&&) = nullptr;      // a plain value
-  slot (*member)(json_loader&, void*, std::string_view) = nullptr; // an object: the place of its next member
-  slot (*element)(json_loader&, void*, std::size_t) = nullptr;     // an array: the place of its next element
-  void (*opened)(json_loader&, void*) = nullptr;                   // before the first member or element
-  void (*closed)(json_loader&, void*, std::size_t) = nullptr;      // after the last of so many
+// Segment items have no address of their own: each is put together here before it joins its list.
+struct data_set_loader : json_loader {
+  std::tuple<segment_parameter_data_record_type, segment_system_data_record_type> items;
 };
 
-// What the parser's events say, led to the places that they are for.
-class json_loader {
-public:
-  explicit json_loader(slot root) : root_(root) {}
-
-  // The events.
-  bool null() { return scalar(nullptr); }
-  bool boolean(bool value) { return scalar(value); }
-  bool number_integer(std::int64_t value) { return scalar(value); }
-  bool number_unsigned(std::uint64_t value) { return scalar(value); }
-  bool number_float(double value, const std::string&) { return scalar(value); }
-  bool string(std::string& value) { return scalar(std::move(value)); }
-  bool binary(std::vector<std::uint8_t>&) { return false; } // not in JSON
-  bool start_object(std::size_t) { return open(next_place(), true); }
-  bool start_array(std::size_t) { return open(next_place(), false); }
-  bool end_object() { return close(); }
-  bool end_array() { return close(); }
-  bool key(std::string& name) {
-    frames_.back().name = name;
-    member_ = frames_.back().at.kind->member(*this, frames_.back().at.place, name);
-    ++frames_.back().count;
-    return true;
-  }
-  bool parse_error(std::size_t, const std::string&, const nlohmann::json::exception& error) {
-    const std::string_view text = error.what();
-    const std::size_t prefix = text.find("] "); // the library's own number of the error
-    throw json_exception(std::string(text.substr(prefix == text.npos ? 0 : prefix + 2)) + ".");
-  }
-
-  [[noreturn]] void fail(const std::string& cause) const {
-    const std::string where = path();
-    throw json_exception(where.empty() ? cause : where + ": " + cause);
-  }
-  [[noreturn]] void fail_unexpected(const char* expected, const std::string& found) const {
-    fail(std::string("expected ") + expected + ", found " + found + ".");
-  }
-  [[noreturn]] void fail_unexpected(const char* expected, const json_scalar& found) const;
-
-  // Notes that the innermost object's member number `index` is being given.
-  void note_member(std::size_t index) {
-    if (frames_.back().given.test(index)) fail("given twice.");
-    frames_.back().given.set(index);
-  }
-
-  // Where the item of a segment's list is put together before it joins the list.
-  template <class Record>
-  Record& item() {
-    return std::get<Record>(items_);
-  }
-
-private:
-  struct frame { // an object or array that is open
-    slot at;
-    bool is_object;
-    std::size_t count = 0; // of the members or elements so far, the present one included
-    std::string name = {}; // of the present member
-    std::bitset<64> given = {};
-  };
-
-  slot next_place() {
-    if (frames_.empty()) return root_;
-    frame& innermost = frames_.back();
-    if (innermost.is_object) return member_;
-    return innermost.at.kind->element(*this, innermost.at.place, innermost.count++);
-  }
-  bool scalar(json_scalar&& value) {
-    const slot to = next_place();
-    if (!to.kind->take) fail_unexpected(to.kind->expected, value);
-    to.kind->take(*this, to.place, std::move(value));
-    return true;
-  }
-  bool open(slot to, bool is_object) {
-    if (is_object ? !to.kind->member : !to.kind->element)
-      fail_unexpected(to.kind->expected, std::string(is_object ? "an object" : "an array"));
-    if (to.kind->opened) to.kind->opened(*this, to.place);
-    frames_.push_back({to, is_object});
-    return true;
-  }
-  bool close() {
-    const frame done = std::move(frames_.back());
-    frames_.pop_back();
-    if (done.at.kind->closed) done.at.kind->closed(*this, done.at.place, done.count);
-    return true;
-  }
-  std::string path() const {
-    std::string result;
-    for (const frame& outer : frames_) {
-      if (outer.count == 0 && outer.name.empty()) break; // nothing in it yet
-      if (!outer.is_object)
-        result += "[" + std::to_string(outer.count - 1) + "]";
-      else
-        result += (result.empty() ? "" : ".") + outer.name;
-    }
-    return result;
-  }
-
-  slot root_;
-  slot member_; // the place of the member whose name came last
-  std::vector<frame> frames_;
-  std::tuple<segment_parameter_data_record_type, segment_system_data_record_type> items_;
-};
-
-void json_loader::fail_unexpected(const char* expected, const json_scalar& found) const {
-  struct description {
-    std::string operator()(std::nullptr_t) const { return "null"; }
-    std::string operator()(bool flag) const { return flag ? "true" : "false"; }
-    std::string operator()(std::int64_t number) const { return std::to_string(number); }
-    std::string operator()(std::uint64_t number) const { return std::to_string(number); }
-    std::string operator()(double number) const { return nlohmann::json(number).dump(); }
-    std::string operator()(const std::string&) const { return "a text"; }
-  };
-  fail_unexpected(expected, std::visit(description{}, found));
+template <class Record>
+Record& item_of(json_loader& loader) {
+  return std::get<Record>(static_cast<data_set_loader&>(loader).items);
 }
 
 // --- plain values
@@ -420,18 +297,17 @@ slot slot_for(std::vector<query_condition>& conditions) {
   return {&conditions, &conditions_kind};
 }
 
-// A segment's items have no address of their own: each is put together in the loader.
 template <class Record>
 slot item_member(json_loader& loader, void*, std::string_view name) {
-  return member_of(loader, loader.item<Record>(), name);
+  return member_of(loader, item_of<Record>(loader), name);
 }
 template <class Record>
 void item_opened(json_loader& loader, void*) {
-  loader.item<Record>() = Record();
+  item_of<Record>(loader) = Record();
 }
 template <class Record>
 void item_closed(json_loader& loader, void* place, std::size_t) {
-  static_cast<segment_item_list<Record>*>(place)->push_back(loader.item<Record>());
+  static_cast<segment_item_list<Record>*>(place)->push_back(item_of<Record>(loader));
 }
 template <class Record>
 constexpr slot_kind item_kind{.expected = "an object",
@@ -475,8 +351,7 @@ prevesk_dataset_data_type read_json(std::string_view json) {
   prevesk_dataset_data_type data;
   data.seed_date = data.end_date = data.skip_date = 0;
   data.seed_time = data.end_time = data.skip_time = 0;
-  json_loader loader(record_slot(data));
-  nlohmann::json::sax_parse(json.begin(), json.end(), &loader);
+  data_set_loader().load(json, record_slot(data));
   constexpr std::uint32_t current = prevesk_dataset_data_type::current_file_version();
   if (data.file_version > current)
     throw json_exception("file_version: " + file_version_text(data.file_version) + " is newer than " +
