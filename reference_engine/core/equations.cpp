@@ -33,15 +33,11 @@ bool any(const std::vector<bool>& flags) {
 
 } // namespace
 
-double MassBalance::relative_error() const {
-  const double came = moved.inflow + moved.loads + moved.reacted + clipped - moved.outflow;
-  const double size = std::max({std::abs(at_start), std::abs(now), std::abs(moved.inflow), std::abs(moved.outflow),
-                                std::abs(moved.loads), std::abs(moved.reacted)});
-  return size > 0 ? (stored() - came) / size : 0.0;
-}
-
 Equations::Equations(const Problem& problem, std::string_view library)
-    : problem_(problem), kinetics_(make_kinetics(library, problem)), settles_(settling_systems(problem, *kinetics_)),
+    : Equations(problem, make_kinetics(library, problem)) {}
+
+Equations::Equations(const Problem& problem, std::unique_ptr<Kinetics> kinetics)
+    : problem_(problem), kinetics_(std::move(kinetics)), settles_(settling_systems(problem, *kinetics_)),
       network_(problem, any(settles_)), hydraulics_(problem), turnover_(problem.segments.size()) {
   for (std::size_t s = 0; s < problem.systems.size(); ++s) {
     if (!problem.systems[s].simulated) continue;

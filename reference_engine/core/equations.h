@@ -31,6 +31,8 @@ class Equations {
 public:
   // Keeps a reference to the problem. Throws InputError for what can't be solved.
   Equations(const Problem& problem, std::string_view library);
+  // With kinetics of the caller's own, for any number of systems.
+  Equations(const Problem& problem, std::unique_ptr<Kinetics> kinetics);
 
   // Takes the forcing's values and the state's volumes. Throws RunError where they can't be used.
   void refresh(const Forcing& forcing, const State& state);

@@ -6,31 +6,35 @@ namespace reference_engine {
 
 namespace {
 
-// Segments of one block: the old values of all systems stay in the first-level cache while they are replaced in place.
+// Segments of one block: the coefficients stay in the first-level cache while one system after the other is replaced.
 constexpr std::size_t block = 512;
-constexpr std::size_t row = block + 2;
-
-// old[0] is the neighbour before the block's first segment, old[count + 1] the one behind its last.
-void advance(std::size_t count, const double* __restrict keep, const double* __restrict lower,
-             const double* __restrict upper, const double* __restrict old, double* __restrict now) {
-  for (std::size_t k = 0; k < count; ++k) now[k] = keep[k] * old[k + 1] + lower[k] * old[k] + upper[k] * old[k + 2];
-}
 
 } // namespace
 
 void Euler::step(const Equations& equations, State& state, double days, MassBalance* balance) {
   prepare(equations, state, days);
   gather(equations, state, days, balance);
+  const Problem& problem = equations.problem();
+  const bool reacts = equations.kinetics().reacts();
   const std::size_t count = state.volume.size();
   for (std::size_t begin = 0; begin < count; begin += block) {
     const std::size_t end = std::min(begin + block, count);
-    save_block(state, begin, end);
-    carry(equations, state, begin, end);
-    if (equations.kinetics().reacts()) react(equations, state, begin, end, days, balance);
-    add_gains(equations, state, begin, end);
-    for (const TransportClass& it : equations.classes())
-      for (const std::size_t system : it.systems())
-        hold_limits(equations.problem(), system, begin, end, state, balance);
+    if (reacts) {
+      for (std::size_t s = 0; s < old_rows_.size(); ++s) old_rows_[s] = state.of(s).data() + begin;
+      equations.kinetics().rates(begin, end, old_rows_.data(), rate_rows_.data());
+    }
+    for (std::size_t c = 0; c < scaled_.size(); ++c) {
+      for (const std::size_t system : equations.classes()[c].systems()) {
+        Advance row = row_of(problem, c, system, begin, end, reacts, state);
+        const bool moved_out = advance(end - begin, row);
+        before_[system] = row.before;
+        const bool gained_out = add_gains(equations, system, begin, end, state);
+        if (moved_out || gained_out) hold_limits(problem, system, begin, end, state, balance);
+        if (reacts && balance != nullptr && static_cast<int>(system) == problem.balance_system)
+          for (std::size_t i = begin; i < end; ++i)
+            balance->moved.reacted += days * state.volume[i] * rate_rows_[system][i - begin];
+      }
+    }
   }
   state.volume.swap(new_volume_);
 }
@@ -45,12 +49,10 @@ void Euler::prepare(const Equations& equations, const State& state, double days)
     per_gram_.resize(count);
     per_rate_.resize(count);
     gain_.assign(systems, std::vector<double>(equations.gaining().size()));
-    saved_.assign(systems * row, 0.0);
+    before_.resize(systems);
+    old_rows_.resize(systems);
     rate_.assign(systems * block, 0.0);
-    for (std::size_t s = 0; s < systems; ++s) {
-      saved_rows_.push_back(&saved_[s * row + 1]);
-      rate_rows_.push_back(&rate_[s * block]);
-    }
+    for (std::size_t s = 0; s < systems; ++s) rate_rows_.push_back(&rate_[s * block]);
   }
   if (version_ == equations.version() && days_ == days) return;
   version_ = equations.version();
@@ -83,49 +85,35 @@ void Euler::gather(const Equations& equations, const State& state, double days, 
   }
 }
 
-// The last old value of the block before is still at hand in the row: it moves to its front.
-void Euler::save_block(const State& state, std::size_t begin, std::size_t end) {
-  const std::size_t count = state.volume.size();
-  for (std::size_t s = 0; s < saved_rows_.size(); ++s) {
-    double* const saved = &saved_[s * row];
-    const double* const now = state.of(s).data();
-    saved[0] = begin == 0 ? 0.0 : saved[block];
-    std::copy(now + begin, now + end, saved + 1);
-    saved[end - begin + 1] = end < count ? now[end] : 0.0;
-  }
+Advance Euler::row_of(const Problem& problem, std::size_t its_class, std::size_t system, std::size_t begin,
+                      std::size_t end, bool reacts, State& state) const {
+  const Scaled& it = scaled_[its_class];
+  const Limits limit = limits(problem, system);
+  const std::span<double> values = state.of(system);
+  return {.keep = &it.keep[begin],
+          .lower = &it.lower[begin],
+          .upper = &it.upper[begin],
+          .per_rate = &per_rate_[begin],
+          .rate = reacts ? rate_rows_[system] : nullptr,
+          .values = &values[begin],
+          .before = begin > 0 ? before_[system] : 0.0,
+          .behind = end < values.size() ? values[end] : 0.0,
+          .least = limit.least,
+          .most = limit.most};
 }
 
-void Euler::carry(const Equations& equations, State& state, std::size_t begin, std::size_t end) const {
-  for (std::size_t c = 0; c < scaled_.size(); ++c) {
-    const Scaled& it = scaled_[c];
-    for (const std::size_t system : equations.classes()[c].systems())
-      advance(end - begin, &it.keep[begin], &it.lower[begin], &it.upper[begin], &saved_[system * row],
-              state.of(system).data() + begin);
-  }
-}
-
-void Euler::react(const Equations& equations, State& state, std::size_t begin, std::size_t end, double days,
-                  MassBalance* balance) {
-  equations.kinetics().rates(begin, end, saved_rows_.data(), rate_rows_.data());
-  for (const TransportClass& it : equations.classes()) {
-    for (const std::size_t system : it.systems()) {
-      const double* const rate = rate_rows_[system];
-      double* const now = state.of(system).data();
-      for (std::size_t i = begin; i < end; ++i) now[i] += per_rate_[i] * rate[i - begin];
-      if (balance == nullptr || static_cast<int>(system) != equations.problem().balance_system) continue;
-      for (std::size_t i = begin; i < end; ++i) balance->moved.reacted += days * state.volume[i] * rate[i - begin];
-    }
-  }
-}
-
-void Euler::add_gains(const Equations& equations, State& state, std::size_t begin, std::size_t end) const {
+bool Euler::add_gains(const Equations& equations, std::size_t system, std::size_t begin, std::size_t end,
+                      State& state) const {
+  const Limits limit = limits(equations.problem(), system);
   const auto gaining = equations.gaining();
-  const auto first = std::lower_bound(gaining.begin(), gaining.end(), begin);
-  for (auto at = first; at != gaining.end() && *at < end; ++at) {
-    const auto k = static_cast<std::size_t>(at - gaining.begin());
-    for (const TransportClass& it : equations.classes())
-      for (const std::size_t system : it.systems()) state.of(system)[*at] += per_gram_[*at] * gain_[system][k];
+  const std::span<double> values = state.of(system);
+  bool outside_limits = false;
+  for (auto at = std::lower_bound(gaining.begin(), gaining.end(), begin); at != gaining.end() && *at < end; ++at) {
+    double& value = values[*at];
+    value += per_gram_[*at] * gain_[system][static_cast<std::size_t>(at - gaining.begin())];
+    outside_limits = outside_limits || !(value >= limit.least && value <= limit.most);
   }
+  return outside_limits;
 }
 
 } // namespace reference_engine

@@ -3,6 +3,7 @@
 #define REFERENCE_ENGINE_CORE_EULER_H
 
 #include "core/integrator.h"
+#include "core/kernels.h"
 
 #include <cstdint>
 #include <vector>
@@ -21,20 +22,20 @@ private:
 
   void prepare(const Equations& equations, const State& state, double days);
   void gather(const Equations& equations, const State& state, double days, MassBalance* balance);
-  void save_block(const State& state, std::size_t begin, std::size_t end);
-  void react(const Equations& equations, State& state, std::size_t begin, std::size_t end, double days,
-             MassBalance* balance);
-  void carry(const Equations& equations, State& state, std::size_t begin, std::size_t end) const;
-  void add_gains(const Equations& equations, State& state, std::size_t begin, std::size_t end) const;
+  Advance row_of(const Problem& problem, std::size_t its_class, std::size_t system, std::size_t begin, std::size_t end,
+                 bool reacts, State& state) const;
+  // Whether one of the gaining segments ends outside the system's limits.
+  bool add_gains(const Equations& equations, std::size_t system, std::size_t begin, std::size_t end,
+                 State& state) const;
 
   std::vector<Scaled> scaled_;            // by class
   std::vector<double> per_gram_;          // days / new volume
   std::vector<double> per_rate_;          // days * volume / new volume
   std::vector<std::vector<double>> gain_; // by system, g/day at the equations' gaining segments
-  std::vector<double> saved_;             // [system], a block of old values with a neighbour on each side
+  std::vector<double> before_;            // by system, old value of the last segment of the block before
   std::vector<double> rate_;              // [system], a block
   std::vector<double*> rate_rows_;
-  std::vector<const double*> saved_rows_;
+  std::vector<const double*> old_rows_;
   std::uint64_t version_ = 0; // that scaled_ was made for, and its step
   double days_ = 0;
 };

@@ -20,25 +20,23 @@ void Integrator::find_new_volumes(const Equations& equations, const State& state
   }
 }
 
+Integrator::Limits Integrator::limits(const Problem& problem, std::size_t system) {
+  constexpr double unlimited = std::numeric_limits<double>::max();
+  const double largest = problem.systems[system].largest_concentration;
+  return {problem.negative_allowed ? -unlimited : 0.0, largest > 0 ? largest : unlimited};
+}
+
 void Integrator::hold_limits(const Problem& problem, std::size_t system, std::size_t begin, std::size_t end,
                              State& state, MassBalance* balance) const {
-  const System& it = problem.systems[system];
-  const double largest = it.largest_concentration > 0 ? it.largest_concentration : std::numeric_limits<double>::max();
-  const std::span<double> values = state.of(system);
-  long long above = 0, below = 0; // as wide as a double, so that the loop is done in vectors
-  for (std::size_t i = begin; i < end; ++i) {
-    above += values[i] <= largest ? 0 : 1; // not-a-number counts as above
-    below += values[i] < 0 ? 1 : 0;
-  }
-  for (std::size_t i = begin; above > 0 && i < end; ++i) {
-    if (values[i] <= largest) continue;
-    throw RunError(text("The concentration of ", it.name, " in segment ", numbered(problem.segments[i], i), " is ",
-                        values[i], " g/m3, above the system's largest of ", largest, "."));
-  }
-  if (below == 0 || problem.negative_allowed) return;
+  const Limits limit = limits(problem, system);
   const bool noted = balance != nullptr && static_cast<int>(system) == problem.balance_system;
+  const std::span<double> values = state.of(system);
   for (std::size_t i = begin; i < end; ++i) {
-    if (values[i] >= 0) continue;
+    if (values[i] >= limit.least && values[i] <= limit.most) continue;
+    if (!(values[i] < 0) || problem.negative_allowed)
+      throw RunError(text("The concentration of ", problem.systems[system].name, " in segment ",
+                          numbered(problem.segments[i], i), " is ", values[i], " g/m3, above the system's largest of ",
+                          limit.most, "."));
     if (noted) balance->clipped -= new_volume_[i] * values[i];
     values[i] = 0;
   }

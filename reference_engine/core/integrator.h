@@ -25,6 +25,11 @@ public:
 protected:
   // Writes the volumes at the end of the step into new_volume_.
   void find_new_volumes(const Equations& equations, const State& state, double days);
+  // Between which a system's concentrations must lie.
+  struct Limits {
+    double least, most;
+  };
+  static Limits limits(const Problem& problem, std::size_t system);
   // Holds segments begin to end of one system to what the problem allows: not above its largest concentration, and
   // not below 0 (set to 0, and noted in the balance).
   void hold_limits(const Problem& problem, std::size_t system, std::size_t begin, std::size_t end, State& state,

@@ -13,21 +13,15 @@ struct State {
   std::vector<double> volume;        // m3
   std::vector<double> concentration; // [system][segment], g/m3
 
-  explicit State(const Problem& problem) : concentration(problem.initial) {
-    volume.reserve(problem.segments.size());
-    for (const Segment& segment : problem.segments) volume.push_back(segment.volume);
-  }
+  explicit State(const Problem& problem); // at the start
+
   std::span<double> of(std::size_t system) {
     return std::span(concentration).subspan(system * volume.size(), volume.size());
   }
   std::span<const double> of(std::size_t system) const {
     return std::span(concentration).subspan(system * volume.size(), volume.size());
   }
-  double mass(std::size_t system) const { // g
-    double sum = 0;
-    for (std::size_t i = 0; i < volume.size(); ++i) sum += volume[i] * of(system)[i];
-    return sum;
-  }
+  double mass(std::size_t system) const; // g
 };
 
 // What a system gained or lost, in g/day as a flux and in g as a sum over time. Losses count as positive outflow and
@@ -35,12 +29,7 @@ struct State {
 struct MassFlux {
   double inflow = 0, outflow = 0, loads = 0, reacted = 0;
 
-  void add(const MassFlux& flux, double days) {
-    inflow += flux.inflow * days;
-    outflow += flux.outflow * days;
-    loads += flux.loads * days;
-    reacted += flux.reacted * days;
-  }
+  void add(const MassFlux& flux, double days);
 };
 
 struct MassBalance {

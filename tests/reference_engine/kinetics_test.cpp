@@ -1,5 +1,6 @@
 // Kinetics and step control against values worked out by hand.
 #include "core/errors.h"
+#include "core/kernels.h"
 #include "core/oxygen_formulas.h"
 #include "core/step_control.h"
 #include "models.h"
@@ -141,6 +142,30 @@ TEST(Hydraulics, PowersOfTheFlowOrTheBox) {
   EXPECT_DOUBLE_EQ(hydraulics.depth()[0], 0.8);
   EXPECT_DOUBLE_EQ(hydraulics.depth()[1], 2);
   EXPECT_DOUBLE_EQ(hydraulics.velocity()[1], 1.5);
+}
+
+// Any count, so with and without a rest that fills no vector, in one call and in two.
+TEST(Kernels, ReplaceInPlaceWhatAPlainLoopWorksOut) {
+  for (std::size_t count = 1; count < 30; ++count) {
+    std::vector<double> keep(count), lower(count), upper(count), rate(count), values(count), expected(count);
+    for (std::size_t k = 0; k < count; ++k) {
+      const auto x = static_cast<double>(k + 1);
+      keep[k] = 0.5 + 0.001 * x, lower[k] = 0.3 / x, upper[k] = 0.2 - 0.003 * x, rate[k] = x / 7, values[k] = x * x;
+    }
+    for (std::size_t k = 0; k < count; ++k)
+      expected[k] = keep[k] * values[k] + lower[k] * (k > 0 ? values[k - 1] : 11.0) +
+                    upper[k] * (k + 1 < count ? values[k + 1] : 13.0) + keep[k] * rate[k];
+    const double last = values[count - 1];
+    const std::size_t half = count / 2;
+    Advance row{keep.data(),   lower.data(), upper.data(), keep.data(), rate.data(),
+                values.data(), 11,           values[half], 0,           1e9};
+    EXPECT_FALSE(advance(half, row));
+    Advance rest{&keep[half],   &lower[half], &upper[half], &keep[half], &rate[half],
+                 &values[half], row.before,   13,           0,           expected[count - 1] - 1e-9};
+    EXPECT_TRUE(advance(count - half, rest)); // the last value is above the limit
+    EXPECT_EQ(values, expected);
+    EXPECT_EQ(rest.before, last);
+  }
 }
 
 TEST(StepControl, KeepsToTheRulesAndDividesTheWayEvenly) {

@@ -1,0 +1,33 @@
+#include "core/state.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace reference_engine {
+
+State::State(const Problem& problem) : concentration(problem.initial) {
+  volume.reserve(problem.segments.size());
+  for (const Segment& segment : problem.segments) volume.push_back(segment.volume);
+}
+
+double State::mass(std::size_t system) const {
+  double sum = 0;
+  for (std::size_t i = 0; i < volume.size(); ++i) sum += volume[i] * of(system)[i];
+  return sum;
+}
+
+void MassFlux::add(const MassFlux& flux, double days) {
+  inflow += flux.inflow * days;
+  outflow += flux.outflow * days;
+  loads += flux.loads * days;
+  reacted += flux.reacted * days;
+}
+
+double MassBalance::relative_error() const {
+  const double came = moved.inflow + moved.loads + moved.reacted + clipped - moved.outflow;
+  const double size = std::max({std::abs(at_start), std::abs(now), std::abs(moved.inflow), std::abs(moved.outflow),
+                                std::abs(moved.loads), std::abs(moved.reacted)});
+  return size > 0 ? (stored() - came) / size : 0.0;
+}
+
+} // namespace reference_engine
