@@ -11,8 +11,9 @@ namespace vesk {
 
 namespace {
 
-// The exception at work, told to the job. Must be called from a handler of it.
-void report(const shell_interface& shell) noexcept {
+// Tells the job of the exception that is being handled.
+[[gnu::noinline]] void report_failure() noexcept {
+  const shell_interface& shell = *current_shell();
   try {
     const std::string keyword(shell.current_keyword());
     try {
@@ -37,7 +38,7 @@ void report(const shell_interface& shell) noexcept {
   try {
     shell->call(name, {a1, a2, a3, a4, a5});
   } catch (...) {
-    report(*shell);
+    report_failure();
   }
 }
 
@@ -46,16 +47,17 @@ void report(const shell_interface& shell) noexcept {
 void data_callback(const char* name, void* a1, void* a2, void* a3, void* a4, void* a5) noexcept {
   shell_interface* const shell = own_shell;
   function_description* function = nullptr;
-  const auto shortcut = shell ? shell->take_shortcut(name, function) : shell_interface::shortcut::none;
+  keyword_handler handler = nullptr;
+  const auto shortcut = shell ? shell->take_shortcut(name, function, handler) : shell_interface::shortcut::none;
   if (shortcut == shell_interface::shortcut::none) return whole_call(name, a1, a2, a3, a4, a5);
   if (shortcut == shell_interface::shortcut::nothing_to_do) return;
   const std::uint32_t before = millisecond_clock::now();
   try {
-    function->handler(*shell, a1, a2, a3, a4, a5);
+    handler(*shell, a1, a2, a3, a4, a5);
   } catch (...) {
-    report(*own_shell);
+    report_failure();
   }
-  function->elapsed_ms += millisecond_clock::now() - before;
+  if (const std::uint32_t after = millisecond_clock::now(); after != before) function->elapsed_ms += after - before;
 }
 
 } // namespace vesk

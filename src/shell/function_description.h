@@ -1,6 +1,8 @@
 // What one keyword is: its names, its arguments, its modes and the code behind it.
 #pragma once
 
+#include "shell/keyword_index.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -33,13 +35,15 @@ inline constexpr std::size_t max_variables = 5;
 // the keyword's last argument may hold anything.
 using keyword_handler = void (*)(shell_interface&, void*, void*, void*, void*, void*);
 
-enum keyword_modes : std::uint8_t { no_mode = 0, get = 1, put = 2, get_put = 3 };
+enum keyword_modes : std::uint8_t { get = 1, put = 2, get_put = 3 };
 
 // A handler with the types of its arguments, taken from the C++ function behind it (shell/typed_handler.h).
 struct typed_handler {
+  static constexpr std::size_t no_handler = max_variables + 1;
+
   keyword_handler call = nullptr;
   std::array<std::uint8_t, max_variables> types{};
-  std::size_t count = 0;
+  std::size_t count = no_handler; // of arguments
 };
 
 // Up to five arguments in order; more do not compile.
@@ -70,12 +74,14 @@ struct keyword_row {
   typed_handler handler{};
 };
 
-// A row at work in one shell, with what its calls have cost.
-struct function_description {
-  keyword_handler handler = nullptr; // null: the keyword has no code behind it yet
-  std::uint32_t elapsed_ms = 0;      // spent in the handler since the job began
+// A row at work in one shell, with what its calls have cost. What a call needs stands in the first cache line.
+struct alignas(64) function_description {
+  padded_keyword name{};                // the keyword, as names of calls are compared with it
+  keyword_handler handler = nullptr;    // null: the keyword has no code behind it yet
+  keyword_handler direct_get = nullptr; // the handler where a call of the mode needs nothing else, or null
+  keyword_handler direct_put = nullptr;
+  std::uint32_t elapsed_ms = 0; // spent in the handler since the job began
   keyword_modes modes = get_put;
-  keyword_modes direct = no_mode; // the modes that need nothing but the handler
   bool changes_series = false;
   std::string_view keyword{};
   std::string_view description{};

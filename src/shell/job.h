@@ -78,9 +78,9 @@ public:
 
   // Held up here while the user has the job stopped or slowed down. The callback passes it at each call.
   void pass_gate() {
-    if (gate_is_closed()) wait_at_gate();
+    if (gate_closed().load(std::memory_order_relaxed)) wait_at_gate();
   }
-  bool gate_is_closed() const { return gate_->load(std::memory_order_relaxed); }
+  const std::atomic<bool>& gate_closed() const { return *gate_; } // the same while an engine_job_scope lives
 
   // Called when something thrown would have left the callback. Notes it: CANCEL answers 1 from then on and the job
   // counts as failed.

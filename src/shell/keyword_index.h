@@ -1,11 +1,11 @@
 // Finds a keyword's position by a perfect hash that is worked out when the program is compiled.
 //
-// A keyword has at most 16 bytes, so two words hold it, padded with zeros. One multiplication picks a slot, one
-// comparison of both words confirms it: an unknown name is turned away as fast as a known one is found.
+// A keyword has at most 16 bytes, so two words hold it, padded with zeros. One multiplication picks the only position
+// that the keyword may have; whoever asks compares the two words with the keyword there. An unknown name is so turned
+// away as fast as a known one is found.
 #pragma once
 
 #include <array>
-#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -18,6 +18,9 @@ struct padded_keyword {
   std::uint64_t high = 0;
 
   static constexpr std::size_t max_size = 16;
+
+  // What its position is worked out from.
+  constexpr std::uint64_t folded() const { return low ^ high; }
 
   friend constexpr bool operator==(const padded_keyword&, const padded_keyword&) = default;
 };
@@ -37,23 +40,17 @@ template <std::size_t Count>
 class keyword_index {
   static_assert(Count < 255);
   static constexpr int slot_bits = 11; // some hundred tries find a multiplier without collisions for 157 keywords
-  static constexpr std::size_t slots = std::size_t{1} << slot_bits;
 
 public:
-  static constexpr std::size_t not_found = Count;
-
-  // `names`: the keywords, all different; the position in it is what `find` answers.
+  // `names`: the keywords, all different, none empty; what is found is the position in it.
   constexpr explicit keyword_index(const std::array<std::string_view, Count>& names) {
-    for (std::size_t i = 0; i < Count; ++i) keywords_[i] = pad(names[i]);
     std::uint64_t seed = 0;
     do multiplier_ = scramble(seed += 0x9e3779b97f4a7c15) | 1;
-    while (!fill());
+    while (!fill(names));
   }
 
-  std::size_t find(const padded_keyword& keyword) const {
-    const std::size_t position = positions_[slot(keyword)];
-    return keywords_[position] == keyword ? position : not_found;
-  }
+  // The position where the keyword stands if it stands anywhere.
+  std::size_t candidate(std::uint64_t folded) const { return positions_[slot(folded)]; }
 
 private:
   static constexpr std::uint64_t scramble(std::uint64_t x) {
@@ -62,24 +59,26 @@ private:
     return x ^ (x >> 31);
   }
 
-  constexpr std::size_t slot(const padded_keyword& keyword) const {
-    return static_cast<std::size_t>(((keyword.low ^ std::rotl(keyword.high, 29)) * multiplier_) >> (64 - slot_bits));
+  constexpr std::size_t slot(std::uint64_t folded) const {
+    return static_cast<std::size_t>((folded * multiplier_) >> (64 - slot_bits));
   }
 
-  // Gives each keyword its slot; false when two of them want the same one.
-  constexpr bool fill() {
-    positions_.fill(static_cast<std::uint8_t>(Count));
+  // Gives each keyword its slot; false when two of them want the same one. Free slots lead to the first keyword, which
+  // has a slot of its own, so that none of them can confirm it.
+  constexpr bool fill(const std::array<std::string_view, Count>& names) {
+    positions_.fill(0);
+    std::array<bool, std::size_t{1} << slot_bits> taken{};
     for (std::size_t i = 0; i < Count; ++i) {
-      std::uint8_t& position = positions_[slot(keywords_[i])];
-      if (position != Count) return false;
-      position = static_cast<std::uint8_t>(i);
+      const std::size_t wanted = slot(pad(names[i]).folded());
+      if (taken[wanted]) return false;
+      taken[wanted] = true;
+      positions_[wanted] = static_cast<std::uint8_t>(i);
     }
     return true;
   }
 
   std::uint64_t multiplier_ = 0;
-  std::array<padded_keyword, Count + 1> keywords_{}; // the last one, empty, stands behind all free slots
-  std::array<std::uint8_t, slots> positions_{};
+  std::array<std::uint8_t, std::size_t{1} << slot_bits> positions_{};
 };
 
 } // namespace vesk

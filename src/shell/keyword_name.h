@@ -3,6 +3,7 @@
 
 #include "shell/keyword_index.h"
 
+#include <bit>
 #include <cstdint>
 
 // Sixteen bytes at once, past the terminator but never past the page. Sanitizers would rightly ask what we do there.
@@ -24,27 +25,47 @@ inline padded_keyword load_keyword(const char* text) {
   return text[padded_keyword::max_size] == '\0' ? result : padded_keyword{};
 }
 
-// The same in one load where the machine can. False when it cannot here: then the bytes must be gone through.
-// `text` is NUL-terminated.
-[[gnu::always_inline]] inline bool load_keyword_at_once(const char* text, padded_keyword& keyword) {
 #ifdef VESK_WIDE_NAMES
-  constexpr std::uintptr_t smallest_page = 4096;
-  if (reinterpret_cast<std::uintptr_t>(text) % smallest_page > smallest_page - padded_keyword::max_size) [[unlikely]]
-    return false;
-  const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text));
-  const auto ends = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(bytes, _mm_setzero_si128())));
-  // Ones, then zeros: read from 16 - n on it keeps n bytes.
-  alignas(32) static constexpr std::uint8_t mask[32] = {0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff,
-                                                        0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff};
-  int length = std::countr_zero(ends | 0x10000u);
-  if (length == 16 && text[16] != '\0') length = 0; // longer than any keyword
-  const __m128i kept = _mm_and_si128(bytes, _mm_loadu_si128(reinterpret_cast<const __m128i*>(mask + 16 - length)));
-  keyword = {static_cast<std::uint64_t>(_mm_cvtsi128_si64(kept)),
-             static_cast<std::uint64_t>(_mm_cvtsi128_si64(_mm_unpackhi_epi64(kept, kept)))};
+
+// The same in one register. Not every text can be loaded so; `text` is NUL-terminated.
+class wide_keyword {
+public:
+  // Sixteen bytes from `text` on lie in memory that is there.
+  static bool can_load(const char* text) {
+    constexpr std::uintptr_t smallest_page = 4096;
+    return reinterpret_cast<std::uintptr_t>(text) % smallest_page <= smallest_page - padded_keyword::max_size;
+  }
+  explicit wide_keyword(const char* text) {
+    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text));
+    const auto ends = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(bytes, _mm_setzero_si128())));
+    int size = std::countr_zero(ends | 0x10000u);
+    if (ends == 0 && text[padded_keyword::max_size] != '\0') size = 0; // longer than any keyword
+    // Ones, then zeros: read from 16 - size on they keep so many bytes.
+    alignas(32) static constexpr std::uint8_t mask[32] = {0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff,
+                                                          0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff};
+    bytes_ = _mm_and_si128(bytes, _mm_loadu_si128(reinterpret_cast<const __m128i*>(mask + 16 - size)));
+  }
+
+  std::uint64_t folded() const {
+    return static_cast<std::uint64_t>(_mm_cvtsi128_si64(_mm_xor_si128(bytes_, _mm_unpackhi_epi64(bytes_, bytes_))));
+  }
+  friend bool operator==(const wide_keyword& a, const padded_keyword& b) {
+    const __m128i other = _mm_loadu_si128(reinterpret_cast<const __m128i*>(&b));
+    return _mm_movemask_epi8(_mm_cmpeq_epi8(a.bytes_, other)) == 0xffff;
+  }
+
+private:
+  __m128i bytes_;
+};
+
 #else
-  keyword = load_keyword(text);
+
+class wide_keyword : public padded_keyword {
+public:
+  static bool can_load(const char*) { return true; }
+  explicit wide_keyword(const char* text) : padded_keyword(load_keyword(text)) {}
+};
+
 #endif
-  return true;
-}
 
 } // namespace vesk

@@ -28,10 +28,12 @@ std::string time_stamp() {
 }
 
 function_description describe(const keyword_row& row) {
-  return {.handler = row.handler.call,
+  return {.name = pad(row.keyword),
+          .handler = row.handler.call,
+          .direct_get = row.modes & get ? row.handler.call : nullptr,
+          .direct_put = row.modes & put && !row.changes_series ? row.handler.call : nullptr,
           .elapsed_ms = 0,
           .modes = row.modes,
-          .direct = static_cast<keyword_modes>(row.modes & (row.changes_series ? get : get_put)),
           .changes_series = row.changes_series,
           .keyword = row.keyword,
           .description = row.description,
@@ -53,12 +55,13 @@ void shell_interface::attach(engine_job& job) {
   job_ = &job;
   data_set_ = &job.data_set();
   logs_ = job.has_log();
+  gate_closed_ = &job.gate_closed();
 }
 
 bool shell_interface::find_function(std::string_view keyword, std::size_t& position) const {
-  const std::size_t found = keyword_positions.find(pad(keyword));
-  if (found == keyword_positions.not_found || functions[found].keyword != keyword) return false;
-  position = found;
+  const std::size_t candidate = keyword_positions.candidate(pad(keyword).folded());
+  if (functions[candidate].keyword != keyword) return false;
+  position = candidate;
   return true;
 }
 
@@ -68,14 +71,14 @@ void shell_interface::log(std::string_view message) const {
 
 void shell_interface::call(const char* name, argument_words words) {
   job_->pass_gate();
-  const char mode = name[0];
-  const char* keyword = name + (mode != '\0'); // an empty name has no keyword
-  is_get = mode == 'G' || mode == 'g';
-  const std::size_t found = keyword_positions.find(load_keyword(keyword));
-  if (found != keyword_positions.not_found)
-    invoke(functions[found], words);
+  is_get = name[0] == 'G' || name[0] == 'g';
+  const char* const text = name + (name[0] != '\0'); // an empty name has no keyword
+  const padded_keyword keyword = load_keyword(text);
+  function_description& candidate = functions[keyword_positions.candidate(keyword.folded())];
+  if (candidate.name == keyword)
+    invoke(candidate, words);
   else if (logs_)
-    log(std::string("Unrecognized Name: ") + keyword);
+    log(std::string("Unrecognized Name: ") + text);
 }
 
 void shell_interface::invoke(function_description& function, argument_words words) {

@@ -67,10 +67,10 @@ public:
   // The call of a keyword that has been found, with its trace and its time.
   void invoke(function_description& function, argument_words words);
 
-  // What of a call can be left out. `handler`: the mode is set and `function` is the row whose handler is all that the
-  // call comes to; `none`: the call must be made as a whole.
+  // What of a call can be left out. `handler`: the mode is set, and `handler` is all that the call comes to; `none`:
+  // the call must be made as a whole.
   enum class shortcut { none, nothing_to_do, handler };
-  shortcut take_shortcut(const char* name, function_description*& function);
+  shortcut take_shortcut(const char* name, function_description*& function, keyword_handler& handler);
 
   // The keyword of the call at work, for telling of a failure; empty before the first call.
   std::string_view current_keyword() const { return current_ ? current_->keyword : std::string_view(); }
@@ -150,26 +150,26 @@ private:
 
   engine_job* job_ = nullptr;
   prevesk_dataset_data_type* data_set_ = nullptr;
-  const function_description* current_ = nullptr; // of the call at work
+  const std::atomic<bool>* gate_closed_ = nullptr; // the job's
+  const function_description* current_ = nullptr;  // of the call at work
   bool logs_ = false;
 };
 
-// Nearly all calls: no log to write to, nobody waiting at the gate, and a keyword that serves the mode without more
-// ado.
+// Nearly all calls: no log to write to, nobody waiting at the gate, a keyword that serves the mode without more ado.
 [[gnu::always_inline]] inline shell_interface::shortcut
-shell_interface::take_shortcut(const char* name, function_description*& function) {
-  if (logs_ || job_->gate_is_closed()) [[unlikely]]
-    return shortcut::none;
+shell_interface::take_shortcut(const char* name, function_description*& function, keyword_handler& handler) {
   const char mode = name[0];
-  is_get = mode == 'G' || mode == 'g';
-  padded_keyword keyword;
-  if (!load_keyword_at_once(name + (mode != '\0'), keyword)) return shortcut::none; // an empty name has no keyword
-  const std::size_t found = keyword_positions.find(keyword);
-  if (found == keyword_positions.not_found) [[unlikely]]
+  if (logs_ || gate_closed_->load(std::memory_order_relaxed) || mode == '\0' || !wide_keyword::can_load(name + 1))
+      [[unlikely]]
+    return shortcut::none;
+  const wide_keyword keyword(name + 1);
+  function = &functions[keyword_positions.candidate(keyword.folded())];
+  if (!(keyword == function->name)) [[unlikely]]
     return shortcut::nothing_to_do;
-  function = &functions[found];
+  is_get = mode == 'G' || mode == 'g';
   current_ = function;
-  return function->direct & (is_get ? get : put) ? shortcut::handler : shortcut::none;
+  handler = is_get ? function->direct_get : function->direct_put;
+  return handler ? shortcut::handler : shortcut::none;
 }
 
 } // namespace vesk
