@@ -38,7 +38,9 @@ double choose_step(const StepRules& rules, const StepLimit& limit, const Problem
                         limit.days, " days."));
   }
   constexpr double rounding = 1e-6; // given steps have single precision: what they miss is not a step of its own
-  return remaining / std::max(1.0, std::ceil(remaining / step * (1 - rounding)));
+  const double even = remaining / std::max(1.0, std::ceil(remaining / step * (1 - rounding)));
+  if (even < same_moment) throw RunError(text("At day ", now, " the next step is too short to go on."));
+  return even;
 }
 
 } // namespace reference_engine

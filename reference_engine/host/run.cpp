@@ -48,8 +48,8 @@ public:
       set_days(host_, now_);
       equations_.refresh(input_.forcing, state_);
       note_limit();
-      const bool at_end = now_ >= input_.days;
-      if (now_ >= next_print || at_end) {
+      const bool at_end = now_ >= input_.days - same_moment;
+      if (now_ >= next_print - same_moment || at_end) {
         print();
         next_print = now_ + print_interval();
       }

@@ -157,6 +157,14 @@ TEST_F(RunTest, FailureInTheRunLeavesNoResults) {
   EXPECT_FALSE(host.grid_lent);
 }
 
+// Steps get shorter as the segment empties; the run must end all the same.
+TEST_F(RunTest, SegmentThatEmptiesEndsTheRun) {
+  EXPECT_EQ(after("MINDT 0\nJQ 1 1 1 2\nIQ 1 1 1 0"), "Segment 1 (upper, reach) runs dry.");
+  EXPECT_EQ(host.return_code, 2);
+  host.load("JQ 1 1 1 0\nIQ 1 1 1 1\nPRINTFUNC 1 0 1e-20");
+  EXPECT_THAT(after("ENDJULIAN 2"), HasSubstr("too short to go on"));
+}
+
 // A field that is not in use carries nothing, though its functions and pairs are still there.
 TEST_F(RunTest, FieldNotInUseIsLeftOut) {
   EXPECT_EQ(after("unused NINQ 1"), "");
