@@ -116,6 +116,7 @@ TEST(TracerKinetics, SolidsSettleAndTracersDecay) {
   model.problem.parameters = {{1, {20, 20, 22}}, {4, {1.0, 0.0, 1.0}}};
   model.problem.segments[0].bottom = 2;
   for (std::size_t s = 0; s < 3; ++s) model.start_all_at(s, 1);
+  model.problem.balance_system = 2;
   const State state = model.run(runge_kutta, 1, 50);
   EXPECT_DOUBLE_EQ(state.of(0)[0], 1);
   EXPECT_NEAR(state.of(1)[0], std::exp(-0.5), 1e-9);
@@ -124,6 +125,8 @@ TEST(TracerKinetics, SolidsSettleAndTracersDecay) {
   EXPECT_NEAR(state.of(2)[0], left, 1e-9);
   EXPECT_NEAR(state.of(2)[1], 1, 1e-12);
   EXPECT_NEAR(state.of(2)[2], left + 0.5 * left, 1e-9); // its own, and what came from above: 0.5 t exp(-0.5 t)
+  EXPECT_NEAR(model.balance.moved.reacted, 2.5 * left + 1 - 3, 1e-9); // what settled out of the model
+  EXPECT_NEAR(model.balance.relative_error(), 0, 1e-12);
 }
 
 TEST(Hydraulics, PowersOfTheFlowOrTheBox) {

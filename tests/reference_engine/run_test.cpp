@@ -165,6 +165,17 @@ TEST_F(RunTest, SegmentThatEmptiesEndsTheRun) {
   EXPECT_THAT(after("ENDJULIAN 2"), HasSubstr("too short to go on"));
 }
 
+// Still water: dV/dt = 0 and dM/dt = load. Boundaries, loads, volumes and flows with their factors, by hand.
+TEST_F(RunTest, FactorsAreApplied) {
+  EXPECT_EQ(after("SCALW 1 2\nCONVW 1 5\nNOWK 1 1\nIWK 1 1 2\nNBWK 1 1 1\nLOADFUNC 1 1 1 0 8.64\nSCALEQ 1 0"), "");
+  EXPECT_NEAR(host.last_grid[4], 2 + 2.0 * 8.64e3 * 10 / 86400, 1e-5); // 2 days of 86.4 kg/day in 86400 m3
+  EXPECT_EQ(after("NOWK 1 0\nSCALEQ 1 4\nCONVQ 1 0.5\nNOBC 1 1\nIBC 1 1 1\nNBFP 1 1 1\nBOUNDFUNC 1 1 1 0 3\n"
+                  "SCALB 1 2\nCONVB 1 0.25\nCONVV 4"),
+            "");
+  const double x = 2 * 2.0 / 4; // twice the flow, four times the volume, 2 days
+  EXPECT_NEAR(host.last_grid[0], 1.5 + 0.5 * std::exp(-x), 1e-5);
+}
+
 // A field that is not in use carries nothing, though its functions and pairs are still there.
 TEST_F(RunTest, FieldNotInUseIsLeftOut) {
   EXPECT_EQ(after("unused NINQ 1"), "");
