@@ -62,8 +62,8 @@ TEST_F(JobKeywords, FormatTexts) {
 
 TEST(FormatValues, RefuseWhatWouldReadOrWriteElsewhere) {
   const format_value integer = 1, real = 1.5;
-  for (const char* format : {"%s", "%n", "%p", "%f", "%*d", "%1$d", "%d %d", "%", "%5", "%hhd", "%256d", "%.999d",
-                             "%99999999999999999999d", "%Lf"})
+  for (const char* format : {"%s", "%n", "%p", "%f", "%*d", "%.*d", "%1$d", "%d %d", "%", "%5", "%hhd", "%256d",
+                             "%.999d", "%99999999999999999999d", "%Lf"})
     EXPECT_EQ(format_values(format, {&integer, 1}), std::nullopt) << format;
   for (const char* format : {"%d", "%c", "%a %a", "%.256f"})
     EXPECT_EQ(format_values(format, {&real, 1}), std::nullopt) << format;
