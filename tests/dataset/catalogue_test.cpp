@@ -35,8 +35,12 @@ std::string numbers(const List& list) {
   return text;
 }
 
-int shown(double value) { return static_cast<int>(value); }
-int shown(const segment_system_data_record_type::payload& p) { return static_cast<int>(p.initial_concentration); }
+int shown(double value) {
+  return static_cast<int>(value);
+}
+int shown(const segment_system_data_record_type::payload& p) {
+  return static_cast<int>(p.initial_concentration);
+}
 
 template <class Items>
 std::string print(const Items& items) {

@@ -23,6 +23,7 @@ prevesk_dataset_data_type long_data_set() {
   }
   data.comments = std::string(700000, 'c');
   for (std::uint32_t items : {6000u, 3u, 3u, 30000u}) data.segments.push_back(sample_segment(5, items, items));
+  data.segments.edit(1).parameters.set(2, {99, 1.0}); // as many as before it and after it, with another number
   return data;
 }
 
@@ -33,6 +34,7 @@ TEST(VkiFile, LongContentComesBackEqualFromFileAndFromPipe) {
   prevesk_dataset_data_type back;
   read_data_file(folder.file("long.vki"), back);
   EXPECT_EQ(back, data);
+  ASSERT_EQ(back.segments.size(), 7u);
   EXPECT_TRUE(back.segments[4].parameters.isc_numbers().shares_with(back.segments[5].parameters.isc_numbers()));
 
   ASSERT_EQ(mkfifo(folder.file("pipe").c_str(), 0600), 0);

@@ -135,11 +135,10 @@ TEST(Vki, ReadingReconcilesWithTheCatalogue) {
 
 TEST(Vki, TextsAreCutWhereTheyAreShortAndAnyFlagThatIsNot0IsTrue) {
   prevesk_dataset_data_type data;
-  data.project_files = {std::string(255, 'x')};
+  data.project_files = {std::string(255, 'x'), "next"};
   std::string bytes = bytes_of(data);
-  bytes.replace(bytes.size() - 259, 4, "\x2c\x01\0\0"s); // 300 bytes
-  bytes += std::string(45, 'y');
-  EXPECT_EQ(stored_in(bytes).project_files[0].str(), std::string(255, 'x'));
+  bytes.replace(bytes.size() - 267, 259, "\x2c\x01\0\0"s + std::string(255, 'x') + std::string(45, 'y')); // 300 bytes
+  EXPECT_EQ(stored_in(bytes).project_files, data.project_files);
   data.project_files.clear();
   data.negative_solution = true;
   bytes = bytes_of(data);
