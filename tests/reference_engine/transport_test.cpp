@@ -145,6 +145,20 @@ TEST(Transport, FieldsCarryTheirShare) {
   EXPECT_DOUBLE_EQ(state.of(conservative)[0], 1);
 }
 
+// The share is that of the segment that gives, whichever way a link is numbered.
+TEST(Transport, ShareIsTheGivers) {
+  Model model(2);
+  for (std::size_t s = 0; s < 3; ++s) model.problem.dissolved[model.problem.at(s, 0)] = 0.25;
+  for (std::size_t s = 0; s < 3; ++s) model.problem.dissolved[model.problem.at(s, 1)] = 0.6;
+  model.start_all_at(conservative, 1);
+  Model exchange = model;
+  model.flow(1, 0, 1, FlowField::solids_1);
+  EXPECT_NEAR(model.run(runge_kutta, 1, 50).of(conservative)[1], std::exp(-0.4), 1e-9);
+  exchange.exchange(0, 1, 1, ExchangeField::pore_water);
+  const State mixed = exchange.run(runge_kutta, 50, 500); // until the dissolved concentrations are equal
+  EXPECT_NEAR(mixed.of(conservative)[0], 2 * 0.6 / 0.85, 1e-9);
+}
+
 // 3 m3/day one way and 2 back: 1 m3/day when netted; else an exchange of 2 beside it.
 TEST(Transport, FlowsBetweenTheSameSegmentsAreNettedOnRequest) {
   Model model(2);
