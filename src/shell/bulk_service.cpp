@@ -4,7 +4,6 @@
 #include "shell/bulk_series.h"
 #include "shell/bulk_table.h"
 
-#include <cassert>
 #include <utility>
 
 namespace vesk {
@@ -51,7 +50,7 @@ public:
       std::size_t position = 0;
       visit_series(data, static_cast<bulk_stage>(s), [&](const bulk_element&, const auto&, auto edit) {
         const series_cursors cursors = tables_[s]->cursors(position++);
-        if (cursors.cursor_next.value != cursor_unset) static_cast<series_cursors&>(edit()) = cursors;
+        if (cursors.cursor_index != 0) static_cast<series_cursors&>(edit()) = cursors; // 0: never set
       });
     }
   }

@@ -3,6 +3,7 @@
 #include "shell/bulk_reference.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <limits>
 #include <numeric>
@@ -17,17 +18,23 @@ constexpr double hold = -0.0; // as a row's delta: see bulk_block
 // Held values need a start before every update, as far away as not to overflow a division by a bracket.
 constexpr double long_ago = -bulk_time_limit;
 
+// `difference` where `mask` is all ones, `hold` where it is 0; without a branch, since rows of either kind stand mixed.
+double masked(double difference, std::uint64_t mask) {
+  constexpr auto hold_bits = std::bit_cast<std::uint64_t>(hold);
+  return std::bit_cast<double>(hold_bits ^ ((std::bit_cast<std::uint64_t>(difference) ^ hold_bits) & mask));
+}
+
 std::int64_t seconds(const moment_type& moment) {
   return std::int64_t{moment.date} * 86400 + moment.time;
 }
 
-// True when the value at any time does not depend on how it was found.
+// True when the value at any time is the same, to the bit, however it is found.
 bool is_plain_sailing(const point_list& points) {
   std::int64_t before = std::numeric_limits<std::int64_t>::min();
   bool fine = true;
   for (const moment_value_pair_type& point : points) {
     const std::int64_t now = seconds(point);
-    fine &= now > before && point.value != cursor_unset && !std::isnan(point.value);
+    fine &= now >= before && point.value != cursor_unset && !std::isnan(point.value);
     before = now;
   }
   return fine;
@@ -60,7 +67,8 @@ void bulk_table::finish() {
 
   rows_ = order.size();
   sources_.resize(rows_);
-  elements_.resize(rows_);
+  elements_.resize(rows_ + 1);
+  reached_.resize(rows_ + 2 * bulk_block_rows);
   blocks_.resize((rows_ + bulk_block_rows - 1) / bulk_block_rows);
   for (bulk_block& block : blocks_)
     for (std::size_t i = 0; i < bulk_block_rows; ++i) {
@@ -70,29 +78,39 @@ void bulk_table::finish() {
       block.value[i] = 0;
     }
   for (std::uint32_t row = 0; row < rows_; ++row) place(row, added_[order[row]]);
+  elements_[rows_] = rows_ == 0 ? 0 : ~elements_[rows_ - 1];
 }
 
 void bulk_table::place(std::uint32_t row, added_series& series) {
   series.row = row;
   elements_[row] = static_cast<std::uint32_t>(series.element);
-  sources_[row] = {series.points.data(), static_cast<std::uint32_t>(series.points.size()), !series.step, false};
   if (series.points.empty()) return;
+  sources_[row] = {&series.points.front(), &series.points.back(), series.step ? 0 : ~std::uint64_t{0}};
   bulk_block& block = blocks_[row / bulk_block_rows];
   block.next[row % bulk_block_rows] = series.points.front().date_time();
   block.value[row % bulk_block_rows] = series.points.front().value;
 }
 
 void bulk_table::update(double t, float* array) {
+  std::size_t reached = 0; // rows that are still to move on, at the front of reached_
   for (std::size_t first = 0; first < rows_; first += chunk_rows) {
     const std::size_t rows = std::min(chunk_rows, rows_ - first);
-    const bulk_block* blocks = &blocks_[first / bulk_block_rows];
-    const std::size_t block_count = (rows + bulk_block_rows - 1) / bulk_block_rows;
-    const std::size_t reached = kernel_(blocks, block_count, t, values_, reached_);
-    if (reached != 0) {
-      advance_all(first, reached, t);
-      kernel_(blocks, block_count, t, values_, reached_);
+    const std::size_t blocks = (rows + bulk_block_rows - 1) / bulk_block_rows;
+    std::uint32_t* const found = &reached_[reached];
+    std::size_t count = kernel_(&blocks_[first / bulk_block_rows], blocks, t, values_, found);
+    for (std::size_t k = 0; k < count; ++k) found[k] += static_cast<std::uint32_t>(first);
+    if (count > rows / 8) { // cheaper all together, while the chunk is at hand
+      advance_rows(found, count, t);
+      count = kernel_(&blocks_[first / bulk_block_rows], blocks, t, values_, found);
     }
+    reached += count;
     write_out(first, rows, array);
+  }
+  // The others lie far apart: collected over all chunks, so that many of their misses are under way at a time.
+  advance_rows(reached_.data(), reached, t);
+  for (std::size_t k = 0; k < reached; ++k) {
+    const std::size_t row = reached_[k];
+    if (elements_[row + 1] != elements_[row]) array[elements_[row]] = value(row, t);
   }
   for (const std::uint32_t i : plain_) {
     added_series& series = added_[i];
@@ -100,42 +118,52 @@ void bulk_table::update(double t, float* array) {
   }
 }
 
-void bulk_table::advance_all(std::size_t first_row, std::size_t count, double t) {
+float bulk_table::value(std::size_t row, double t) const {
+  const bulk_block& block = blocks_[row / bulk_block_rows];
+  const std::size_t i = row % bulk_block_rows;
+  const double part = (t - block.previous[i]) / (block.next[i] - block.previous[i]);
+  return static_cast<float>(block.delta[i] * part + block.value[i]);
+}
+
+void bulk_table::advance_rows(const std::uint32_t* rows, std::size_t count, double t) {
   constexpr std::size_t ahead = 24;
   for (std::size_t k = 0; k < count; ++k) {
-    if (k + ahead < count) __builtin_prefetch(sources_[first_row + reached_[k + ahead]].upcoming);
-    advance(first_row + reached_[k], t);
+    if (k + ahead < count) __builtin_prefetch(sources_[rows[k + ahead]].upcoming + 1);
+    advance(rows[k], t);
   }
 }
 
-void bulk_table::advance(std::size_t row, double t) {
+inline void bulk_table::advance(std::size_t row, double t) {
   source& from = sources_[row];
   bulk_block& block = blocks_[row / bulk_block_rows];
   const std::size_t i = row % bulk_block_rows;
+  const moment_value_pair_type* point = from.upcoming;
   double previous = block.next[i];
   for (;;) {
-    const moment_value_pair_type& point = *from.upcoming;
-    if (from.left <= 1) {
-      from.left = 0;
-      block.next[i] = never;
-      block.previous[i] = previous;
-      block.value[i] = point.value;
-      block.delta[i] = hold;
-      return;
-    }
-    const moment_value_pair_type& following = *++from.upcoming;
-    --from.left;
-    const double next = following.date_time();
+    if (point == from.last) return come_to_end(row, previous);
+    const double next = point[1].date_time();
     if (!(t >= next)) {
+      from.upcoming = point + 1;
       block.next[i] = next;
       block.previous[i] = previous;
-      block.value[i] = point.value;
-      block.delta[i] = from.linear ? following.value - point.value : hold;
-      from.bracketed = true;
+      block.value[i] = point->value;
+      block.delta[i] = masked(point[1].value - point->value, from.rise_mask);
       return;
     }
     previous = next;
+    ++point;
   }
+}
+
+void bulk_table::come_to_end(std::size_t row, double last_time) {
+  source& from = sources_[row];
+  bulk_block& block = blocks_[row / bulk_block_rows];
+  const std::size_t i = row % bulk_block_rows;
+  from.upcoming = block.previous[i] == long_ago ? nullptr : from.last;
+  block.next[i] = never;
+  block.previous[i] = last_time;
+  block.value[i] = from.last->value;
+  block.delta[i] = hold;
 }
 
 void bulk_table::write_out(std::size_t first_row, std::size_t rows, float* array) const {
@@ -148,8 +176,9 @@ series_cursors bulk_table::cursors(std::size_t position) const {
   if (position >= added_.size()) return result;
   const added_series& series = added_[position];
   if (series.plain) return series.cursors;
-  if (!sources_[series.row].bracketed) return result;
-  const auto index = static_cast<std::uint32_t>(sources_[series.row].upcoming - series.points.data());
+  const moment_value_pair_type* upcoming = sources_[series.row].upcoming;
+  if (!upcoming || upcoming == series.points.begin()) return result;
+  const auto index = static_cast<std::uint32_t>(upcoming - series.points.begin());
   result.cursor_next = series.points[index];
   result.cursor_previous = series.points[index - 1];
   result.cursor_index = index;

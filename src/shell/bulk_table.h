@@ -12,8 +12,8 @@ namespace vesk {
 
 // Made in three steps: `add` for each series in list order, `finish` once, then `update` with times that never go
 // back. Points are shared with the data set, not copied; changing the data set's meanwhile costs it a copy of its own
-// and leaves the table as it was. Series whose points are not in strictly ascending order, or that hold a value the
-// plain algorithm can take for something else, are evaluated by the plain algorithm, with cursors of the table's own.
+// and leaves the table as it was. Series whose points are not in ascending order, or that hold not-a-number or
+// the marker of an unset cursor, are evaluated by the plain algorithm, with cursors of the table's own.
 class bulk_table {
 public:
   explicit bulk_table(bulk_kernel kernel = best_bulk_kernel()) : kernel_(kernel) {}
@@ -37,10 +37,10 @@ public:
 private:
   // Where a row's next points come from. Read only when a row moves on.
   struct source {
-    const moment_value_pair_type* upcoming; // the point at `next`
-    std::uint32_t left;                     // points from there to the end; 0: past the end, `upcoming` is the last
-    bool linear;
-    bool bracketed; // has had a point on either side of it at some update
+    const moment_value_pair_type* upcoming; // the point at `next`; past the end the last, or null if no update was
+                                            // ever between two points
+    const moment_value_pair_type* last;
+    std::uint64_t rise_mask; // the bits of a difference that go into a row's delta: none for steps
   };
   struct added_series {
     std::size_t element;
@@ -51,23 +51,24 @@ private:
     std::uint32_t row; // of a series that is not plain
   };
 
-  static constexpr std::size_t chunk_blocks = 128;
-  static constexpr std::size_t chunk_rows = chunk_blocks * bulk_block_rows;
+  static constexpr std::size_t chunk_rows = 512;
 
   void place(std::uint32_t row, added_series& series);
-  void advance_all(std::size_t first_row, std::size_t count, double t);
+  void advance_rows(const std::uint32_t* rows, std::size_t count, double t);
   void advance(std::size_t row, double t);
+  void come_to_end(std::size_t row, double last_time);
+  float value(std::size_t row, double t) const;
   void write_out(std::size_t first_row, std::size_t rows, float* array) const;
 
   bulk_kernel kernel_;
   std::vector<bulk_block> blocks_;      // the rows, in ascending order of elements; filled up with idle ones
   std::vector<source> sources_;         // of each row
-  std::vector<std::uint32_t> elements_; // of each row
+  std::vector<std::uint32_t> elements_; // of each row, and one more that differs from the last
   std::size_t rows_ = 0;
   std::vector<added_series> added_;
-  std::vector<std::uint32_t> plain_; // positions in added_
-  alignas(64) float values_[chunk_rows];
-  std::uint32_t reached_[chunk_rows + bulk_block_rows];
+  std::vector<std::uint32_t> plain_;     // positions in added_
+  std::vector<std::uint32_t> reached_;   // of an update: rows that move on
+  alignas(64) float values_[chunk_rows]; // of an update: a chunk's
 };
 
 // Beyond it a held value would not come out exactly. Far outside of what moments can hold.
