@@ -13,7 +13,8 @@
  *   REAL      address of a float
  *   STRING    address of a NUL-terminated character buffer. The callback knows no buffer's size: a text that is
  *             read is written whole with its terminator. Names of segments, systems, functions, constants and
- *             output variables have up to 255 bytes (so 256 with the terminator); file names have no limit.
+ *             output variables have up to 255 bytes (so 256 with the terminator); file names have no limit. Start
+ *             a buffer as an empty text: a read that finds nothing leaves it, and a log shows it, as it was.
  *   array     address of the first element of an array of float, owned by the engine
  *
  * Texts are bytes, UTF-8 by preference.
@@ -29,6 +30,11 @@
  *   PRINTTIMEFUNC    one element, the current print interval
  *
  * The results array of GRIDDATA is read by the front end at any time until DONE is put; put DONE before freeing it.
+ *
+ * The column labels of GRIDINIT are one block of slots of the width that is told; a label shorter than its slot ends
+ * with a NUL.
+ *
+ * An engine's function has to return: ending its thread or the process ends the program.
  *
  * Calls may come from any thread of the engine's, but only one at a time. No exception crosses this boundary:
  * when the front end fails inside a call it notes the failure and answers CANCEL with 1 from then on.

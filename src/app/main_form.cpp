@@ -17,7 +17,8 @@ TPreveskMainForm::TPreveskMainForm(user_interface& ui)
 
 TPreveskMainForm::~TPreveskMainForm() = default;
 
-command_line_requests TPreveskMainForm::walk_command_line(std::span<const std::string> arguments) {
+command_line_requests TPreveskMainForm::walk_command_line(std::span<const std::string> arguments,
+                                                          const std::function<bool()>& keep_going) {
   command_line_requests requests;
   for (std::size_t i = 0; i < arguments.size(); ++i) {
     const std::string option = upper_case(arguments[i]);
@@ -30,7 +31,7 @@ command_line_requests TPreveskMainForm::walk_command_line(std::span<const std::s
     } else if (option == "-IMPORT") {
       requests.import_requested = true;
       requests.import_name = i + 1 < arguments.size() ? arguments[++i] : std::string();
-    } else {
+    } else if (keep_going()) {
       open_file(arguments[i]);
     }
   }

@@ -33,7 +33,7 @@ struct command_line_requests {
 // How the last job ended.
 struct job_outcome {
   bool cancelled = false; // somebody asked it to stop
-  bool checked = true;    // of a validity check: nothing of severity 2 was found
+  bool checked = true;    // of a validity check: it was made, and nothing of severity 2 was found
   std::string failure;    // of an exception in the engine or a keyword; empty: none
   bool failed() const { return !failure.empty(); }
 };
@@ -65,7 +65,9 @@ public:
 
   // Start.
   // Looks at the arguments in order: opens files at once, notes options. Options are recognised in any case.
-  command_line_requests walk_command_line(std::span<const std::string> arguments);
+  // `keep_going` is asked before each file.
+  command_line_requests walk_command_line(
+      std::span<const std::string> arguments, const std::function<bool()>& keep_going = [] { return true; });
   // Tells whether the catalogue can be opened, asks once for another folder when it cannot.
   void check_database();
 
@@ -94,6 +96,7 @@ public:
   // Run control.
   void RunModelButtonClick(); // starts a run, or cancels the one that goes
   void cancel_job();          // asks the job that goes to stop
+  // The launchers; without a data set they do nothing.
   void start_import_export(bool import);
   void start_validity_check();
   void start_read_hyd_file() override;
@@ -130,6 +133,8 @@ private:
 
   void report_failure(const std::string& text);
   void make_data_sets();
+  enum class load_result { loaded, cannot_open, refused }; // refused: data set and name are as they were
+  load_result load(const std::string& name);
   bool read_into_new_data_sets(const std::string& name);
   void save_to_file_name();
   void prepare_import(const std::string& name);
@@ -160,6 +165,7 @@ private:
   std::atomic<int> return_code_{0};
   mutable std::mutex grid_lock_;
   results_grid grid_; // guarded by grid_lock_
+  int grid_rows_ = 0; // as the engine has set the grid up; main thread
 };
 
 } // namespace vesk

@@ -71,24 +71,29 @@ void TPreveskMainForm::OpenItemClick() {
 }
 
 bool TPreveskMainForm::load_data_file(const std::string& name) {
+  load(name);
+  return true; // whatever came of it has been told
+}
+
+TPreveskMainForm::load_result TPreveskMainForm::load(const std::string& name) {
   commit_snapshot();
   try {
     if (!read_into_new_data_sets(name)) {
       report_failure("Cannot open file.");
       restore_snapshot(); // of the new data set, so that it stays empty
-      return true;
+      return load_result::cannot_open;
     }
   } catch (const std::exception& error) {
-    // A damaged file, or no catalogue to read it with: data set and name are as they were.
-    report_failure(error.what());
-    return true;
+    report_failure(error.what()); // a damaged file, or no catalogue to read it with
+    return load_result::refused;
   }
   if (current_data_set->file_version != prevesk_dataset_data_type::current_file_version())
     ui_.message_box("Error", "VKI Version not supported; data could be corrupt.", box_buttons::ok);
-  if (!catalogue.get()->find_model(current_data_set->model_type))
-    report_failure("The catalogue has no model " + std::to_string(current_data_set->model_type) + ", which " + name +
+  const std::uint32_t model = current_data_set->model_type;
+  if (model != 0 && !current_data_set->catalogue()->find_model(model))
+    report_failure("The catalogue has no model " + std::to_string(model) + ", which " + name +
                    " is for; its systems, parameters, constants, time functions and outputs cannot be shown.");
-  return true;
+  return load_result::loaded;
 }
 
 // Replaces both data sets, the file's name with them, unless the file is damaged: then it throws and all is as it was.
@@ -96,6 +101,8 @@ bool TPreveskMainForm::load_data_file(const std::string& name) {
 bool TPreveskMainForm::read_into_new_data_sets(const std::string& name) {
   const busy_cursor busy(ui_);
   const auto tables = catalogue.get();
+  const std::uint32_t segment_type_before = segment_data_type::default_segment_type;
+  auto backup = std::make_unique<prevesk_dataset_data_type>(tables);
   auto fresh = std::make_unique<prevesk_dataset_data_type>(tables);
   bool opened = true;
   try {
@@ -104,9 +111,9 @@ bool TPreveskMainForm::read_into_new_data_sets(const std::string& name) {
     opened = false;
   } catch (...) {
     if (current_data_set) current_data_set->apply_seed(); // reading had moved it
+    segment_data_type::default_segment_type = segment_type_before;
     throw;
   }
-  auto backup = std::make_unique<prevesk_dataset_data_type>(tables);
   current_data_set = std::move(fresh);
   backup_data_set = std::move(backup);
   current_data_set->apply_seed();
@@ -118,6 +125,7 @@ bool TPreveskMainForm::read_into_new_data_sets(const std::string& name) {
 }
 
 void TPreveskMainForm::SaveItemClick() {
+  if (!current_data_set) return;
   if (file_name.empty()) return SaveasItemClick();
   const file_name_parts parts = split_file_name(file_name);
   if (upper_case(parts.extension) != ".VKI") file_name = parts.folder + parts.base + ".VKI";
@@ -125,6 +133,7 @@ void TPreveskMainForm::SaveItemClick() {
 }
 
 void TPreveskMainForm::save_to_file_name() {
+  ui_.set_subject(file_name);
   try {
     const busy_cursor busy(ui_);
     save_data_file(file_name, *current_data_set);

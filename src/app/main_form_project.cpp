@@ -31,10 +31,13 @@ bool read_line(std::istream& file, std::string& line) {
 
 std::string absolute_member(const std::string& member, const std::string& project) {
   namespace fs = std::filesystem;
-  std::string name = member;
+  std::error_code ignored;
+  const fs::path folder = fs::absolute(project, ignored).parent_path();
+  if (fs::exists(folder / member, ignored)) return (folder / member).lexically_normal().string();
+  std::string name = member; // as another platform parts its folders
   for (char& c : name)
     if (c == '\\') c = '/';
-  return (fs::absolute(project).parent_path() / name).lexically_normal().string();
+  return (folder / name).lexically_normal().string();
 }
 
 } // namespace
@@ -42,8 +45,8 @@ std::string absolute_member(const std::string& member, const std::string& projec
 bool TPreveskMainForm::open_project_file(const std::string& name) {
   std::ifstream file(name, std::ios::binary);
   std::string line;
-  const bool is_file = std::filesystem::is_regular_file(name);
-  if (!file || !is_file) {
+  std::error_code ignored;
+  if (!file || !std::filesystem::is_regular_file(name, ignored)) {
     ui_.message_box("Error", "Failed to open " + name, box_buttons::ok);
     return false;
   }
@@ -58,7 +61,7 @@ bool TPreveskMainForm::open_project_file(const std::string& name) {
       continue;
     }
     const std::string data_file = absolute_member(line, name);
-    if (!load_data_file(data_file)) {
+    if (load(data_file) == load_result::refused) {
       ui_.message_box("Error", "Failed to open " + data_file, box_buttons::ok);
       return false;
     }

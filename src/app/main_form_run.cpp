@@ -56,7 +56,12 @@ bool TPreveskMainForm::start_job(const prevesk_dataset_data_type& data_set, job_
   active_thread = new model_thread(*this, library_, data_set, code, name, log_name);
   active_thread->OnTerminate = [this, end_handler](ResizableThread*) {
     note_end_of_job();
-    (this->*end_handler)();
+    try {
+      (this->*end_handler)();
+    } catch (const std::exception& error) {
+      active_thread = nullptr; // it frees itself, whatever came of its end
+      report_failure(error.what());
+    }
   };
   active_thread->FreeOnTerminate = true;
   return true;
@@ -65,6 +70,15 @@ bool TPreveskMainForm::start_job(const prevesk_dataset_data_type& data_set, job_
 void TPreveskMainForm::note_end_of_job() {
   last_job_.cancelled = active_thread->Terminated();
   last_job_.failure = active_thread->failure();
+  if (!active_thread->FatalException || last_job_.failed()) return;
+  try {
+    std::rethrow_exception(active_thread->FatalException);
+  } catch (const std::exception& error) {
+    last_job_.failure = std::string("The job failed: ") + error.what();
+  } catch (...) {
+    last_job_.failure = "The job failed with an exception of an unknown kind.";
+  }
+  add_info_line(last_job_.failure, icon_failure);
 }
 
 void TPreveskMainForm::RunModelButtonClick() {
@@ -105,6 +119,7 @@ void TPreveskMainForm::run_end() {
 }
 
 void TPreveskMainForm::start_import_export(bool import) {
+  if (!current_data_set) return;
   const job_code code = import ? job_code::import_file : job_code::export_file;
   if (refuse_when_busy(code)) return;
   if (start_job(*current_data_set, code, import_file_name, &TPreveskMainForm::import_export_end))
@@ -121,6 +136,7 @@ void TPreveskMainForm::import_export_end() {
 }
 
 void TPreveskMainForm::start_validity_check() {
+  if (!current_data_set) return;
   if (refuse_when_busy(job_code::get_maximum_parameters)) return;
   if (start_job(*current_data_set, job_code::get_maximum_parameters, file_name, &TPreveskMainForm::validity_end))
     active_thread->Resume();
@@ -128,6 +144,11 @@ void TPreveskMainForm::start_validity_check() {
 
 void TPreveskMainForm::validity_end() {
   active_thread->copy_back(*current_data_set);
+  if (last_job_.cancelled || last_job_.failed()) { // the engine has not told its limits: nothing to hold against
+    last_job_.checked = false;
+    active_thread = nullptr;
+    return update_menus();
+  }
   last_job_.checked = current_data_set->check_limits(split_file_name(file_name).folder);
   if (last_job_.checked)
     ui_.message_box("Validity check passed", "No problems were detected", box_buttons::ok);
@@ -140,6 +161,7 @@ void TPreveskMainForm::validity_end() {
 }
 
 void TPreveskMainForm::start_read_hyd_file() {
+  if (!current_data_set) return;
   if (refuse_when_busy(job_code::read_hyd_file)) return;
   update_menus();
   if (start_job(*current_data_set, job_code::read_hyd_file, file_name, &TPreveskMainForm::copy_back_end))
@@ -151,6 +173,7 @@ void TPreveskMainForm::start_import_network() {
 }
 
 void TPreveskMainForm::start_import_network(const std::string& name) {
+  if (!current_data_set) return;
   if (refuse_when_busy(job_code::import_network)) return;
   update_menus();
   if (start_job(*current_data_set, job_code::import_network, name, &TPreveskMainForm::copy_back_end))
@@ -162,6 +185,7 @@ void TPreveskMainForm::start_load_restart_file() {
 }
 
 void TPreveskMainForm::start_load_restart_file(const std::string& name) {
+  if (!current_data_set) return;
   if (refuse_when_busy(job_code::load_restart_file)) return;
   update_menus();
   if (start_job(*current_data_set, job_code::load_restart_file, name, &TPreveskMainForm::copy_back_end))
@@ -182,7 +206,7 @@ bool TPreveskMainForm::execute_all_deferred_queries() {
   try {
     execute_deferred_queries(
         *current_data_set, execute_query, [this](int percent) { ui_.set_progress(percent); }, true);
-  } catch (const live_query_exception& error) {
+  } catch (const std::exception& error) {
     failure = error.what();
     *current_data_set = backup;
   }
@@ -209,6 +233,7 @@ void TPreveskMainForm::UpdateTimerTimer() {
 }
 
 void TPreveskMainForm::initialize_results_grid(const std::vector<std::string>& column_labels, int rows) {
+  grid_rows_ = rows;
   ui_.set_up_results_grid(column_labels, rows);
 }
 
@@ -228,7 +253,7 @@ std::optional<double> TPreveskMainForm::results_cell(int row, int column) const 
     const std::lock_guard guard(grid_lock_);
     grid = grid_;
   }
-  if (!grid.data || row < 0 || column < 0) return {};
+  if (!grid.data || row < 0 || row >= grid_rows_ || column < 0) return {};
   // Both ways of laying it out step by the columns; the rows play no part.
   const auto at = grid.invert ? row + std::ptrdiff_t{column} * grid.actual_columns
                               : column + std::ptrdiff_t{row} * grid.actual_columns;

@@ -72,19 +72,21 @@ void console_interface::add_info_line(const std::string& text, int icon) {
 
 void console_interface::begin_progress() {
   progress_runs_ = true;
-  percent_ = last_tenth_ = 0;
+  percent_ = highest_ = last_tenth_ = 0;
   info_label_.clear();
   time_remaining_.clear();
 }
 
 void console_interface::end_progress(bool good) {
-  if (good && percent_ > 0) set_progress(100); // the last report comes before the end of the work
+  // and then the window's bar goes back to 0.
+  if (good && highest_ > 0) set_progress(100); // the last report comes before the end of the work
   wipe_bar();
   progress_runs_ = false;
 }
 
 void console_interface::set_progress(int percent) {
   percent_ = std::clamp(percent, 0, 100);
+  highest_ = std::max(highest_, percent_);
   if (!progress_runs_ || settings_.progress != progress_style::plain || percent_ / 10 <= last_tenth_) return;
   last_tenth_ = percent_ / 10;
   std::fprintf(err_, "%d %%\n", last_tenth_ * 10);

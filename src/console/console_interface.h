@@ -61,6 +61,7 @@ private:
   bool progress_runs_ = false;
   bool bar_is_drawn_ = false;
   int percent_ = 0;
+  int highest_ = 0;
   int last_tenth_ = 0;
   std::string info_label_, time_remaining_;
 };

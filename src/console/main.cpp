@@ -1,6 +1,7 @@
 #include "console/interrupts.h"
 #include "console/session.h"
 
+#include <cstdlib>
 #include <exception>
 
 int main(int argc, char** argv) {
@@ -20,11 +21,13 @@ int main(int argc, char** argv) {
     return exit_usage;
   }
   watch_interrupts();
+  console_interface ui({options.progress, options.quiet, options.yes}, stdout, stderr);
+  session work(options, ui);
   try {
-    console_interface ui({options.progress, options.quiet, options.yes}, stdout, stderr);
-    return session(options, ui).run();
+    return work.run();
   } catch (const std::exception& error) {
-    std::fprintf(stderr, "vesk-run: %s\n", error.what());
-    return exit_failure;
+    ui.say_failure(error.what());
+    std::fflush(nullptr);
+    std::_Exit(exit_failure); // a job may still be at work on what would be taken down
   }
 }

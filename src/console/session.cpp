@@ -53,60 +53,62 @@ bool session::catalogue_is_there() {
 
 // The walk of the arguments goes on after a file that cannot be opened, but nothing is done with what it opened.
 session::step session::open_files() {
-  const command_line_requests requests = form_.walk_command_line(options_.walk);
+  const auto requests = form_.walk_command_line(options_.walk, [] { return !interrupted(); });
   if (form_.failures() > 0) return step::failed;
   if (interrupted()) return step::cancelled;
   if (!requests.import_requested) return step::done;
   return job(requests.import_name, [&] { form_.import_file(requests.import_name); });
 }
 
+// A run or an export leaves the data set as it is, so what follows one that has failed is still done. All else that
+// fails ends the work: what follows would stand on a half-built data set.
 session::step session::jobs() {
   step result = step::done;
-  const auto next = [&](bool wanted, const auto& work) {
-    if (result == step::done && interrupted()) result = step::cancelled;
-    if (result == step::done && wanted) result = work();
+  bool ended = false;
+  const auto next = [&](bool wanted, bool may_fail, const std::function<step()>& work) {
+    if (!wanted || ended) return;
+    const step came_of_it = interrupted() ? step::cancelled : work();
+    if (came_of_it == step::done) return;
+    if (result == step::done) result = came_of_it;
+    ended = !may_fail || came_of_it == step::cancelled;
   };
-  next(options_.import_network.has_value(), [this] {
+  next(options_.import_network.has_value(), false, [this] {
     if (!form_.current_data_set) form_.new_data_set();
-    return job(*options_.import_network, [this] { form_.start_import_network(*options_.import_network); });
+    return with_data("import a network into", *options_.import_network,
+                     [this] { form_.start_import_network(*options_.import_network); });
   });
-  next(options_.read_hyd, [this] {
-    const step ready = require_data("read a hydrodynamic file for");
-    return ready != step::done ? ready : job(form_.file_name, [this] { form_.start_read_hyd_file(); });
+  next(options_.read_hyd, false, [this] {
+    return with_data("read a hydrodynamic file for", form_.file_name, [this] { form_.start_read_hyd_file(); });
   });
-  next(options_.load_restart.has_value(), [this] {
-    const step ready = require_data("load a restart file into");
-    return ready != step::done
-               ? ready
-               : job(*options_.load_restart, [this] { form_.start_load_restart_file(*options_.load_restart); });
+  next(options_.load_restart.has_value(), false, [this] {
+    return with_data("load a restart file into", *options_.load_restart,
+                     [this] { form_.start_load_restart_file(*options_.load_restart); });
   });
-  next(options_.check, [this] { return check(); });
-  next(options_.refresh, [this] {
-    const step ready = require_data("refresh");
-    if (ready != step::done) return ready;
-    ui_.set_subject(form_.file_name);
-    if (!form_.execute_all_deferred_queries()) return step::failed;
-    return options_.save ? step::done : save(); // --save does it at its turn
+  next(options_.check, false, [this] {
+    const step came_of_it = with_data("check", form_.file_name, [this] { form_.start_validity_check(); });
+    return came_of_it == step::done && !form_.last_job().checked ? step::failed : came_of_it;
   });
-  next(options_.run, [this] { return run_model(); });
-  next(options_.export_name.has_value(), [this] {
-    const step ready = require_data("export");
-    return ready != step::done ? ready
-                               : job(*options_.export_name, [this] { form_.export_file(*options_.export_name); });
+  next(options_.refresh, false, [this] { return refresh(); });
+  next(options_.run, true,
+       [this] { return with_data("run", form_.file_name, [this] { form_.RunModelButtonClick(); }); });
+  next(options_.export_name.has_value(), true, [this] {
+    return with_data("export", *options_.export_name, [this] { form_.export_file(*options_.export_name); });
   });
-  next(options_.save.has_value(), [this] {
-    const step ready = require_data("save");
-    if (ready != step::done) return ready;
+  next(options_.save.has_value(), false, [this] {
     form_.file_name = *options_.save;
     return save();
   });
   return result;
 }
 
-session::step session::require_data(const char* what) {
-  if (form_.current_data_set) return step::done;
+bool session::has_data(const char* what) {
+  if (form_.current_data_set) return true;
   ui_.say_failure(std::string("There is nothing to ") + what + ": no data file was opened or imported.");
-  return step::failed;
+  return false;
+}
+
+session::step session::with_data(const char* what, const std::string& subject, const std::function<void()>& launch) {
+  return has_data(what) ? job(subject, launch) : step::failed;
 }
 
 // Starts a job and serves it until it has ended.
@@ -118,41 +120,42 @@ session::step session::job(const std::string& subject, const std::function<void(
   auto next_tick = steady_clock::now() + milliseconds(TPreveskMainForm::ui_update_interval);
   bool cancel_told = false;
   while (form_.active_thread) {
-    wait_and_synchronize(longest_sleep);
-    if (form_.active_thread && interrupted() && !cancel_told) {
+    if (interrupted() && !cancel_told) {
       form_.cancel_job();
       cancel_told = true;
     }
-    if (steady_clock::now() >= next_tick) {
-      form_.UpdateTimerTimer();
-      ui_.refresh_progress();
-      next_tick += milliseconds(TPreveskMainForm::ui_update_interval);
-    }
+    wait_and_synchronize(longest_sleep);
+    if (steady_clock::now() < next_tick) continue;
+    form_.UpdateTimerTimer();
+    ui_.refresh_progress();
+    next_tick += milliseconds(TPreveskMainForm::ui_update_interval);
   }
-  const step result = form_.last_job().cancelled                                        ? step::cancelled
-                      : form_.failures() > failures_before || form_.last_job().failed() ? step::failed
-                      : form_.return_code() != 0                                        ? step::engine_failed
-                                                                                        : step::done;
+  const step result = outcome_since(failures_before);
   ui_.end_progress(result == step::done);
   ui_.set_subject("");
   return result;
 }
 
-session::step session::check() {
-  const step ready = require_data("check");
-  if (ready != step::done) return ready;
-  const step result = job(form_.file_name, [this] { form_.start_validity_check(); });
-  return result == step::done && !form_.last_job().checked ? step::failed : result;
+session::step session::outcome_since(int failures_before) const {
+  if (form_.failures() > failures_before || form_.last_job().failed()) return step::failed;
+  if (form_.last_job().cancelled) return step::cancelled;
+  return form_.return_code() != 0 ? step::engine_failed : step::done;
 }
 
-session::step session::run_model() {
-  const step ready = require_data("run");
-  return ready != step::done ? ready : job(form_.file_name, [this] { form_.RunModelButtonClick(); });
+session::step session::refresh() {
+  if (!has_data("refresh")) return step::failed;
+  ui_.set_subject(form_.file_name);
+  if (!form_.execute_all_deferred_queries()) return step::failed;
+  return options_.save ? step::done : save(); // --save does it at its turn
 }
 
 session::step session::save() {
+  if (!has_data("save")) return step::failed;
+  if (split_file_name(form_.file_name).base.empty()) {
+    ui_.say_failure("There is no file name to save under; name one with --save.");
+    return step::failed;
+  }
   const int failures_before = form_.failures();
-  ui_.set_subject(form_.file_name);
   form_.SaveItemClick();
   if (form_.failures() > failures_before) return step::failed;
   ui_.say("Saved " + form_.file_name + ".");

@@ -20,8 +20,8 @@ public:
   int run();
 
 private:
-  // How a step of the work ended. What follows is left out after any but the first. An engine that puts a return code
-  // other than 0 has failed in its own way: the exit status is that code.
+  // How a step of the work ended. An engine that puts a return code other than 0 has failed in its own way: the exit
+  // status is that code.
   enum class step { done, failed, cancelled, engine_failed };
 
   void set_up();
@@ -29,9 +29,10 @@ private:
   step open_files();
   step jobs();
   step job(const std::string& subject, const std::function<void()>& launch);
-  step require_data(const char* what);
-  step check();
-  step run_model();
+  step with_data(const char* what, const std::string& subject, const std::function<void()>& launch);
+  bool has_data(const char* what); // says so when there is none
+  step outcome_since(int failures_before) const;
+  step refresh();
   step save();
   int status_of(step result) const;
 

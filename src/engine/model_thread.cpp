@@ -35,6 +35,7 @@ void model_thread::Execute() {
   } catch (...) {
     fail("The engine failed with an exception of an unknown kind.");
   }
+  shell_.settle_thread_defaults(); // the engine may have changed the model from a thread of its own
   default_segment_type_ = segment_data_type::default_segment_type;
   leave_nothing_behind();
 }

@@ -109,7 +109,7 @@ void* ResizableThread::thread_procedure(void* object) {
 
 void ResizableThread::run() {
   thread_number_ = current_thread_number();
-  pass_gate();
+  wait_at_gate(); // always by its lock, so that all that was done before the resume is seen here
   try {
     if (!Terminated()) Execute();
   } catch (...) {

@@ -1,6 +1,7 @@
 #include "engine/winvesk_thread.h"
 
 #include "platform/threads.h"
+#include "shell/shell_interface.h"
 
 namespace vesk {
 
@@ -92,9 +93,9 @@ void winvesk_thread::request_read_hyd_file() {
 }
 
 void winvesk_thread::fail(std::string_view cause) {
+  shell().log(cause);
   if (failed_.exchange(true)) return; // the first cause counts
   failure_ = cause;
-  log_line(cause);
   try {
     add_icon_message(2, cause);
   } catch (...) { // a front end that cannot show it; the job has failed all the same

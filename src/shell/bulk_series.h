@@ -47,7 +47,7 @@ void visit_systems(prevesk_dataset_data_type& data, List system_data_type::*list
       const auto& record = (data.systems[s].*list)[i];
       const std::int64_t number = data.systems[s].isc;
       const std::int64_t element = record.segment * systems + number - 1;
-      if (element < 0 || element >= elements) {
+      if (record.segment < 0 || element < 0 || element >= elements) {
         outside([&] {
           return "WARNING: A " + std::string(name) + " at segment " + std::to_string(std::int64_t{record.segment} + 1) +
                  " of system " + std::to_string(number) + " lies outside the model and is left out.";

@@ -6,6 +6,7 @@
 #include "shell/typed_handler.h"
 #include "shell/values.h"
 
+#include <cmath>
 #include <utility>
 
 namespace vesk {
@@ -58,10 +59,17 @@ struct at_place<Place, std::index_sequence<I...>> {
       value = static_cast<float>(series->points[*i].value);
     } else if (auto* series = Place::template find<true>(shell, index...)) {
       const auto i = shell.position(point_index, series->points.size(), sizeof...(I));
-      if (!i) return;
+      if (!i || !is_a_moment(shell, days)) return;
       series->points.set(*i, {moment_type::from_date_time(start + static_cast<double>(days)), value});
       if constexpr (MarksUse) series->used = true;
     }
+  }
+
+  // A point without a moment would stand before or behind all others and bend the series; it is left as it was.
+  static bool is_a_moment(const shell_interface& shell, float days) {
+    if (std::isfinite(days)) return true;
+    shell.warn("days are not a number");
+    return false;
   }
 
   static void all_points(shell_interface& shell, index_argument<I>... index, float* days, float* values) {
@@ -76,7 +84,8 @@ struct at_place<Place, std::index_sequence<I...>> {
     } else if (auto* series = Place::template find<true>(shell, index...)) {
       moment_value_pair_type* points = series->points.edit_data();
       for (std::size_t i = 0; i < series->points.size(); ++i)
-        points[i] = {moment_type::from_date_time(start + static_cast<double>(days[i])), values[i]};
+        if (is_a_moment(shell, days[i]))
+          points[i] = {moment_type::from_date_time(start + static_cast<double>(days[i])), values[i]};
     }
   }
 };

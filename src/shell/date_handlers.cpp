@@ -17,8 +17,9 @@ struct date_and_time {
   // stored. Before one of the two is replaced both become what the engine reads.
   void settle() const {
     const moment_type now = moment();
-    if (now.date - date_time_origin == date) return;
-    date = now.date - date_time_origin;
+    const double date_read = static_cast<double>(now.date) - date_time_origin;
+    if (date_read == date) return;
+    date = date_read;
     time = now.time / seconds_per_day;
   }
 };
@@ -34,7 +35,7 @@ void date_parts(const shell_interface& shell, date_and_time at, std::int32_t& mo
                 std::int32_t& year) {
   if (!shell.is_get) {
     at.settle();
-    at.date = day_number(year, month, day) - date_time_origin;
+    at.date = static_cast<double>(day_number(year, month, day)) - date_time_origin;
     return;
   }
   const calendar_date date = date_of(at.moment().date);

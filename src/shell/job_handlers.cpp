@@ -9,8 +9,9 @@ namespace vesk::handlers {
 
 namespace {
 
-// More columns than any window shows; a wild number would have us read far beyond the engine's labels.
+// More than any window shows; wild numbers would have us read far beyond the engine's labels.
 constexpr std::int32_t most_grid_columns = 100'000;
+constexpr std::int32_t widest_label = 4096;
 
 // The text in a slot of `width` bytes, which need not hold a terminator.
 std::string label_text(const char* slot, std::size_t width) {
@@ -54,7 +55,7 @@ void indicate_status(shell_interface& shell, char* description, std::int32_t& st
 
 void initialize_grid(shell_interface& shell, char* column_labels, std::int32_t& label_string_size,
                      std::int32_t& num_columns, std::int32_t& num_rows) {
-  const auto width = shell.list_size(label_string_size, 1);
+  const auto width = shell.list_size(label_string_size, 1, widest_label);
   const auto columns = shell.list_size(num_columns, 2, most_grid_columns);
   if (!width || !columns || !shell.list_size(num_rows, 3)) return;
   std::vector<std::string> labels;

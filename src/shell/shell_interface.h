@@ -131,7 +131,7 @@ public:
   // A new size for a list; nothing, and a warning as above, for one that no list can have.
   std::optional<std::size_t> list_size(std::int32_t count, std::size_t argument,
                                        std::int32_t largest = largest_list) const;
-  // Far beyond any model, and little enough that a wild number does not take the machine's memory.
+  // Far beyond any model; bounds what a wild number can take.
   static constexpr std::int32_t largest_list = 10'000'000;
 
   // Logs "WARNING: ", the keyword at work, ": " and `text`.

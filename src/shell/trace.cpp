@@ -1,6 +1,7 @@
 // The trace of each call in the log.
 #include "shell/shell_interface.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -38,10 +39,17 @@ std::string variable_text(const variable_description& variable, const void* word
   }
 }
 
+// Labels stand packed in slots of the told width and need no terminator: no more than the first is shown.
+std::size_t first_label(const void* width_word, std::size_t longest) {
+  const auto* width = static_cast<const std::int32_t*>(width_word);
+  return width && *width >= 0 ? std::min(static_cast<std::size_t>(*width), longest) : 0;
+}
+
 } // namespace
 
 void shell_interface::trace_variables(const function_description& function, argument_words words,
                                       std::size_t longest) const {
+  if (function.keyword == "GRIDINIT") longest = first_label(words[1], longest);
   for (std::size_t i = 0; i < function.variables.size(); ++i)
     if (const std::string line = variable_text(function.variables[i], words[i], longest); !line.empty()) log(line);
 }

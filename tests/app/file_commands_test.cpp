@@ -135,6 +135,36 @@ TEST_F(FileCommands, AProjectOpensItsDataFileAndKeepsTheOtherMembers) {
                    "Error: Could not open specified file \"" + folder.file("missing.vkp") + "\" (.VKP file)"}));
 }
 
+TEST_F(FileCommands, AProjectWithADamagedDataFileChangesNothing) {
+  form.open_file(make_file("a.vki", "upper"));
+  form.current_data_set->project_files.push_back("kept.shp");
+  folder.write("cut.vki", folder.read("a.vki").substr(0, 50));
+  folder.write("river.vkp", "2\nmap.shp\ncut.vki\n");
+  form.open_file(folder.file("river.vkp"));
+  EXPECT_EQ(form.current_data_set->project_files, (shared_list<short_text>{"kept.shp"}));
+  EXPECT_EQ(first_segment(), "upper");
+  ui.take_boxes();
+  form.open_file(folder.file(std::string(300, 'x') + ".vkp")); // a name that no file can have
+  EXPECT_EQ(ui.take_boxes().size(), 2U);
+}
+
+TEST_F(FileCommands, OpeningAProjectAsksAboutTheOpenFile) {
+  folder.write("river.vkp", "1\nmap.shp\n");
+  ui.file = folder.file("river.vkp");
+  form.OpenProjectItemClick(); // no data set, no question
+  EXPECT_EQ(ui.boxes, lines{});
+  form.open_file(make_file("a.vki", "upper"));
+  form.current_data_set->comments = "edited";
+  for (const box_answer answer : {box_answer::cancel, box_answer::no, box_answer::yes}) {
+    ui.answer = answer;
+    form.current_data_set->project_files.clear();
+    form.OpenProjectItemClick();
+    EXPECT_EQ(form.current_data_set->project_files.size(), answer == box_answer::cancel ? 0U : 1U);
+    EXPECT_EQ(folder.read("a.vki").find("edited") != std::string::npos, answer == box_answer::yes);
+  }
+  EXPECT_EQ(ui.boxes.size(), 3U);
+}
+
 TEST_F(FileCommands, TheCommandLineIsWalkedInOrder) {
   const lines arguments{"-Run",    make_file("a.vki", "first"),  "-EXPERT", "-import",
                         "Old.INP", make_file("b.vki", "second"), "-quit"};

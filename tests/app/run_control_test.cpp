@@ -66,6 +66,7 @@ TEST_F(RunControl, ASecondClickCancels) {
   make_data("waits for cancel");
   form.quit_after_run = true;
   form.RunModelButtonClick();
+  while (ui.lines.empty()) wait_and_synchronize(std::chrono::milliseconds(1)); // until the engine works
   form.RunModelButtonClick();
   finish();
   EXPECT_NE(std::find(ui.lines.begin(), ui.lines.end(), "0 Terminating model thread... please wait..."),
@@ -91,14 +92,18 @@ TEST_F(RunControl, EachLauncherIsRefusedWhileAJobRuns) {
 }
 
 TEST_F(RunControl, OtherJobsCopyTheirDataSetBack) {
-  for (auto launch : {+[](TPreveskMainForm& f) { f.start_read_hyd_file(); },
-                      +[](TPreveskMainForm& f) { f.start_import_network("a.vkn"); },
-                      +[](TPreveskMainForm& f) { f.start_load_restart_file("a.rst"); }}) {
+  struct {
+    void (*launch)(TPreveskMainForm&);
+    const char* name;
+  } const jobs[] = {{[](TPreveskMainForm& f) { f.start_read_hyd_file(); }, "hyd"},
+                    {[](TPreveskMainForm& f) { f.start_import_network("a.vkn"); }, "network"},
+                    {[](TPreveskMainForm& f) { f.start_load_restart_file("a.rst"); }, "restart"}};
+  for (const auto& job : jobs) {
     make_data("returns");
-    launch(form);
+    job.launch(form);
     EXPECT_TRUE(ui.commands.idle); // the busy boxes, not the commands, keep a second job away
     finish();
-    EXPECT_EQ(form.current_data_set->segments[0].name, "renamed");
+    EXPECT_EQ(form.current_data_set->segments[0].name, job.name);
   }
 }
 
@@ -127,7 +132,7 @@ TEST_F(RunControl, AnImportIsFollowedByTheRunThatWasAskedFor) {
   form.run_on_start = form.quit_after_run = true;
   form.import_file(folder.file("old.inp"));
   finish();
-  EXPECT_EQ(ui.lines, lines{"0 import 1"});
+  EXPECT_EQ(ui.lines, (lines{"0 import 1", "0 run"}));
   EXPECT_EQ(std::count(ui.shown.begin(), ui.shown.end(), "run on"), 1);
   EXPECT_TRUE(ui.closed);
 }
@@ -177,10 +182,48 @@ TEST_F(RunControl, AnEngineThatCannotBeLoadedStartsNothing) {
 }
 
 TEST_F(RunControl, TheGridReadsTheEnginesArrayUntilTheEnd) {
-  make_data("grid without DONE");
+  make_data("shows a grid"); // 1 2 / 3 4 by rows, set up for two rows
   form.RunModelButtonClick();
+  while (ui.lines.empty()) wait_and_synchronize(std::chrono::milliseconds(1));
+  EXPECT_EQ(form.results_cell(0, 1), 2.0);
+  EXPECT_EQ(form.results_cell(1, 0), 3.0);
+  EXPECT_EQ(form.results_cell(2, 0), std::nullopt);
+  EXPECT_EQ(form.results_cell(-1, 0), std::nullopt);
+  ui.shown.clear();
+  form.UpdateTimerTimer();
+  EXPECT_EQ(ui.shown, (lines{"progress 50", "time Time remaining: 0:00:00", "grid on", "repaint"}));
+  ui.shown.clear();
+  form.UpdateTimerTimer(); // nothing new
+  EXPECT_EQ(ui.shown, lines{});
+  form.cancel_job();
   finish();
   EXPECT_EQ(form.results_cell(0, 0), std::nullopt);
+}
+
+TEST_F(RunControl, ACancelledCheckGivesNoVerdict) {
+  make_data("waits for cancel");
+  form.start_validity_check();
+  while (ui.lines.empty()) wait_and_synchronize(std::chrono::milliseconds(1));
+  form.cancel_job();
+  finish();
+  EXPECT_EQ(ui.boxes, lines{});
+  EXPECT_FALSE(form.last_job().checked);
+}
+
+TEST_F(RunControl, TheFileMenusJobsAskForAName) {
+  make_data("returns");
+  form.ImportItemClick(); // the dialog is cancelled
+  form.ExportItemClick();
+  ui.file = folder.file("a.doc");
+  form.ImportItemClick();
+  form.ExportItemClick();
+  EXPECT_EQ(ui.boxes, (lines{"Error: Cannot import specified file type", "Error: Cannot export specified file type"}));
+  ui.file = folder.file("a.vkn");
+  form.ImportItemClick();
+  finish();
+  form.ExportItemClick();
+  finish();
+  EXPECT_EQ(ui.lines, (lines{"0 import 1", "0 export 0"}));
 }
 
 TEST(TimeRemaining, IsExtrapolatedFromTheStart) {

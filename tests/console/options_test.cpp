@@ -60,7 +60,7 @@ TEST(ConsoleInterface, PartsTheStreamsAndAnswersCautiously) {
   EXPECT_EQ(ui.message_box("Error", "Cannot open file.", box_buttons::ok), box_answer::ok);
   EXPECT_EQ(ui.message_box("Sure?", "first\r\n second\r\n", box_buttons::yes_no_cancel), box_answer::cancel);
   ui.begin_progress();
-  for (const int percent : {3, 9, 10, 12, 47, 48}) ui.set_progress(percent);
+  for (const int percent : {3, 9, 10, 12, 47, 48, 0}) ui.set_progress(percent);
   ui.end_progress(true);
   ui.set_progress(0);
   EXPECT_EQ(out.text(), "a line\n");

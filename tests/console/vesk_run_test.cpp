@@ -21,7 +21,7 @@ protected:
     prevesk_dataset_data_type data(catalogue_source(folder.path).get());
     data.model_type = model_of(behaviour);
     data.refresh_from_catalogue(false);
-    data.segments.resize(1);
+    data.resize_segments(1);
     if (deferred) data.time_steps.query.edit().deferred = true;
     save_data_file(folder.path / "river.vki", data);
     return folder.file("river.vki");
@@ -42,10 +42,9 @@ TEST_F(VeskRun, RunsAndReports) {
 }
 
 TEST_F(VeskRun, AnEngineThatThrowsEndsInOneSentence) {
-  const program_result result = run({make_file("throws"), "-RUN", "--save", folder.file("never.vki")});
+  const program_result result = run({make_file("throws"), "-RUN"});
   EXPECT_EQ(result.err, "vesk-run: The engine failed: division by zero in segment 3\n");
   EXPECT_EQ(result.status, 1);
-  EXPECT_FALSE(std::filesystem::exists(folder.file("never.vki")));
 }
 
 TEST_F(VeskRun, CtrlCCancels) {
@@ -56,16 +55,37 @@ TEST_F(VeskRun, CtrlCCancels) {
   EXPECT_FALSE(std::filesystem::exists(folder.file("never.vki")));
 }
 
+TEST_F(VeskRun, AnExceptionOutweighsACancelAndACancelAReturnCode) {
+  EXPECT_EQ(run({make_file("throws after a cancel"), "-RUN"}, SIGTERM).status, 1);
+  const program_result checked = run({make_file("waits for cancel"), "--check"}, SIGINT);
+  EXPECT_EQ(checked.status, 130);
+  EXPECT_EQ(checked.err, ""); // no verdict on what was not told
+}
+
+TEST_F(VeskRun, WhatFollowsAFailedRunIsStillDone) {
+  const program_result result =
+      run({make_file("reports"), "-RUN", "--export", "a.inp", "--save", folder.file("b.vki")});
+  EXPECT_EQ(result.out, "a line\nexport 0\nSaved " + folder.file("b.vki") + ".\n");
+  EXPECT_EQ(result.status, 4);
+}
+
 TEST_F(VeskRun, DoesItsWorkInTheToldOrder) {
-  const std::string file = make_file("returns");
+  const std::string file = make_file("says run");
   const program_result result = run({"--save", folder.file("out.vki"), "--export", "out.inp", "-RUN", "--load-restart",
-                                     "a.rst", "-IMPORT", "x.inp", file});
-  EXPECT_EQ(result.out, "import 1\nexport 0\nSaved " + folder.file("out.vki") + ".\n");
+                                     "a.rst", "--read-hyd", "--import-network", "a.vkn", file});
+  EXPECT_EQ(result.out, "network after Vesk Segment\nhyd after network\nrestart after hyd\nrun\nexport 0\nSaved " +
+                            folder.file("out.vki") + ".\n");
   EXPECT_EQ(result.err, "");
   EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(run({"-RUN", "-IMPORT", "x.inp", file}).out, "import 1\nrun\n");
   prevesk_dataset_data_type saved;
   read_data_file(folder.path / "out.vki", saved);
-  EXPECT_EQ(saved.segments.size(), 0U); // an import starts from a new data set
+  EXPECT_EQ(saved.segments[0].name, "restart");
+  EXPECT_EQ(run({file, "--refresh"}).out, "Saved " + file + ".\n");
+  EXPECT_EQ(run({"-IMPORT", "x.inp", "--refresh"}).err,
+            "vesk-run: There is no file name to save under; name one with --save.\n");
+  run({file, "-RUN", "--log=" + folder.file("logs")});
+  EXPECT_EQ(folder.read("logs/LOG.TXT"), "\n");
 }
 
 TEST_F(VeskRun, BadInputIsToldInOneSentence) {

@@ -101,8 +101,9 @@ TEST(Job, EachCodeCallsItsFunctionAndHasACopyOfItsOwn) {
   EXPECT_EQ(run_job(job_code::import_file, data).notes, (lines{"0 import 1"}));
   EXPECT_EQ(run_job(job_code::export_file, data).notes, (lines{"0 export 0"}));
   EXPECT_EQ(run_job(job_code::get_maximum_parameters, data).data.max_num_segments, 1U);
-  for (const job_code code : {job_code::read_hyd_file, job_code::import_network, job_code::load_restart_file})
-    EXPECT_EQ(run_job(code, data).data.segments[0].name, "renamed");
+  EXPECT_EQ(run_job(job_code::read_hyd_file, data).data.segments[0].name, "hyd");
+  EXPECT_EQ(run_job(job_code::import_network, data).data.segments[0].name, "network");
+  EXPECT_EQ(run_job(job_code::load_restart_file, data).data.segments[0].name, "restart");
   EXPECT_EQ(data.segments[0].name, "Vesk Segment");
 }
 

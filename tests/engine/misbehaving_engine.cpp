@@ -61,6 +61,17 @@ const std::map<std::string, void (*)()> behaviours{
        call("PGRIDDATA", grid_values, &columns, &rows, &invert, nullptr);
        call("PGRIDUPDATE", nullptr, nullptr, nullptr, nullptr, nullptr);
      }},
+    {"shows a grid",
+     [] {
+       grid({"one", "two"}, 2);
+       std::int32_t columns = 2, rows = 2, invert = 0;
+       call("PGRIDDATA", grid_values, &columns, &rows, &invert, nullptr);
+       put("PPROGRESS", 50);
+       call("PGRIDUPDATE", nullptr, nullptr, nullptr, nullptr, nullptr);
+       put("PINFO", "shown");
+       while (get("GCANCEL") == 0) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+       call("PDONE", nullptr, nullptr, nullptr, nullptr, nullptr);
+     }},
     {"waits for cancel",
      [] {
        put("PINFO", "waiting");
@@ -68,11 +79,12 @@ const std::map<std::string, void (*)()> behaviours{
        put("PRETURNCODE", 9);
      }},
     {"calls from its own thread", [] { std::thread([] { put("PINFO", "from another thread"); }).join(); }},
-    {"renames segment 1",
+    {"says run", [] { put("PINFO", "run"); }},
+    {"throws after a cancel",
      [] {
-       std::int32_t segment = 1;
-       std::string name = "renamed";
-       call("PSEGNAME", &segment, name.data(), nullptr, nullptr, nullptr);
+       put("PINFO", "waiting");
+       while (get("GCANCEL") == 0) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+       throw std::runtime_error("too late");
      }},
 };
 
@@ -80,6 +92,17 @@ void behave(const std::string& name, vesk_data_callback data_callback) {
   call = data_callback;
   const auto found = behaviours.find(name);
   if (found != behaviours.end()) found->second();
+}
+
+// Says its name, with the present name of the first segment, if there is one, and gives that its own name.
+void rename_first_segment(const std::string& name, vesk_data_callback data_callback) {
+  call = data_callback;
+  std::int32_t segment = 1;
+  char before[256] = "";
+  std::string after = name;
+  call("GSEGNAME", &segment, before, nullptr, nullptr, nullptr);
+  call("PSEGNAME", &segment, after.data(), nullptr, nullptr, nullptr);
+  put("PINFO", name + " after " + before);
 }
 
 } // namespace
@@ -97,12 +120,12 @@ void import_export(vesk_data_callback data_callback, int flag) {
   put("PINFO", flag == 1 ? "import " + std::to_string(get("GIMPORT")) : "export " + std::to_string(get("GIMPORT")));
 }
 void import_network(vesk_data_callback data_callback) {
-  behave("renames segment 1", data_callback);
+  rename_first_segment("network", data_callback);
 }
 void load_restart_file(vesk_data_callback data_callback) {
-  behave("renames segment 1", data_callback);
+  rename_first_segment("restart", data_callback);
 }
 void read_hyd_file(vesk_data_callback data_callback) {
-  behave("renames segment 1", data_callback);
+  rename_first_segment("hyd", data_callback);
 }
 }

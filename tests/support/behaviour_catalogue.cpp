@@ -8,8 +8,8 @@
 
 namespace vesk {
 
-const std::initializer_list<const char*> behaviours{"returns", "throws", "waits for cancel", "reports",
-                                                    "grid without DONE"};
+const std::initializer_list<const char*> behaviours{"says run", "returns", "throws", "waits for cancel", "reports",
+                                                    "shows a grid", "throws after a cancel"};
 
 unsigned model_of(const std::string& behaviour) {
   unsigned model = 1;
