@@ -19,7 +19,7 @@ void Integrator::find_new_volumes(const Equations& equations, const State& state
   for (std::size_t i = 0; i < new_volume_.size(); ++i) {
     new_volume_[i] = state.volume[i] + days * change[i];
     if (change[i] < 0 && !(new_volume_[i] > dry_share * segments[i].volume))
-      throw RunError(text("Segment ", numbered(segments[i], i), " runs dry."));
+      throw InputError(text("Segment ", numbered(segments[i], i), " runs dry."));
   }
 }
 

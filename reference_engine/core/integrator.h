@@ -18,8 +18,8 @@ public:
   virtual ~Integrator() = default;
 
   // Moves the state by `days`, after a refresh of the equations with it. balance: of problem.balance_system, null for
-  // none. Throws RunError when a segment runs dry or a concentration passes its system's limit; the state is then of
-  // no more use.
+  // none. Throws InputError when a segment runs dry and RunError when a concentration passes its system's limit; the
+  // state is then of no more use.
   virtual void step(const Equations& equations, State& state, double days, MassBalance* balance) = 0;
 
 protected:

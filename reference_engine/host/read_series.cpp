@@ -27,7 +27,7 @@ bool in_use(const std::vector<float>& values, std::int32_t functions, std::int32
 }
 
 std::vector<float> make_functions(Host& host, std::string_view keyword, std::int32_t fields) {
-  std::int32_t most = 0;
+  std::int32_t most = 1; // an array is registered even where no function writes it
   for (std::int32_t field = 1; field <= fields; ++field) most = std::max(most, host.count(keyword, field));
   return std::vector<float>(static_cast<std::size_t>(most) * fields_per_function, untouched);
 }
@@ -89,7 +89,7 @@ void register_forcing(Host& host, const ModelInfo& model, const Problem& problem
   forcing.flows = make_functions(host, "NINQ", flow_fields);
   forcing.exchanges = make_functions(host, "NTEX", exchange_fields);
   const auto put_array = [&host](const char* keyword, std::vector<float>& values) {
-    if (!values.empty()) host.put(keyword, Host::Arguments{values.data()});
+    host.put(keyword, Host::Arguments{values.data()});
   };
   put_array("ALLTFDATA", forcing.time_functions);
   put_array("ALLLOADDATA", forcing.loads);

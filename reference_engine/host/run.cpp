@@ -89,7 +89,6 @@ private:
   void note_limit() {
     const StepLimit limit = equations_.limit();
     if (limit.days < shortest_.days) shortest_ = limit;
-    if (std::isfinite(limit.days)) longest_ = std::max(longest_, limit.days);
   }
 
   void advance(double next_event) {
@@ -134,23 +133,20 @@ private:
 
   std::string closing_line() {
     const std::chrono::duration<double> wall = Clock::now() - began_;
-    std::string line = text("Finished ", input_.days, " days in ", steps_, " steps and ", wall.count(), " s; ");
-    if (std::isfinite(shortest_.days))
-      line +=
-          text("the largest stable step was between ", shortest_.days, " and ", longest_, " days, shortest in segment ",
-               numbered(input_.problem.segments[shortest_.segment], shortest_.segment));
-    else
-      line += "no segment limited the step";
+    std::string line = text("Finished in ", steps_, " steps and ", rounded(wall.count(), 3), " s; largest stable step ",
+                            std::isfinite(shortest_.days)
+                                ? text(rounded(shortest_.days, 4), " days in segment ",
+                                       numbered(input_.problem.segments[shortest_.segment], shortest_.segment))
+                                : std::string("without limit"));
     if (!balance_) return line + "; no system is chosen for the mass balance.";
     const auto system = static_cast<std::size_t>(input_.problem.balance_system);
     balance_->now = state_.mass(system);
-    const auto kilograms = [](double grams) { return grams / grams_per_kilogram; };
-    line +=
-        text("; mass of ", input_.problem.systems[system].name, " in kg: inflow ", kilograms(balance_->moved.inflow),
-             ", outflow ", kilograms(balance_->moved.outflow), ", loads ", kilograms(balance_->moved.loads),
-             ", reacted ", kilograms(balance_->moved.reacted), ", stored ", kilograms(balance_->stored()));
+    const auto kilograms = [](double grams) { return rounded(grams / grams_per_kilogram, 5); };
+    line += text("; ", input_.problem.systems[system].name, " in kg: inflow ", kilograms(balance_->moved.inflow),
+                 ", outflow ", kilograms(balance_->moved.outflow), ", loads ", kilograms(balance_->moved.loads),
+                 ", reacted ", kilograms(balance_->moved.reacted), ", stored ", kilograms(balance_->stored()));
     if (balance_->clipped > 0) line += text(", raised to 0 ", kilograms(balance_->clipped));
-    return line + text(", relative error ", balance_->relative_error(), ".");
+    return line + text(", relative error ", rounded(balance_->relative_error(), 2), ".");
   }
 
   struct Writer {
@@ -172,7 +168,6 @@ private:
   long long steps_ = 0;
   std::int32_t percent_ = 0;
   StepLimit shortest_{std::numeric_limits<double>::infinity(), 0};
-  double longest_ = 0;
   Clock::time_point began_ = Clock::now(), shown_at_ = began_;
 };
 

@@ -42,29 +42,29 @@ public:
     lend("ALLEXCHANGEDATA", exchanges_);
   }
 
-  // Notes all series, asks for their values in order of time, and returns the names of the step series.
-  std::vector<std::string> step_series() {
+  // Asks for the values of all series in one sweep forwards: the front end's cursors never go back, so a moment that
+  // lies before one already asked for would be answered from the wrong points.
+  void ask() {
     note_time_functions();
     note_records("load", "NOWK", "IWK", {"NBWK", "LOADFUNC"}, loads_);
     note_records("boundary", "NOBC", "IBC", {"NBFP", "BOUNDFUNC"}, boundaries_);
     note_fields("flow", flow_fields, "NINQ", {"NBRKQ", "NOQFUNC"}, flows_);
     note_fields("exchange", exchange_fields, "NTEX", {"NOBRKS", "NORFUNC"}, exchanges_);
-    std::vector<std::string> names;
+    if (questions_.empty()) questions_[0]; // any moment shows which fields are in use
     for (auto& [days, series] : questions_) {
       host_.stop_if_cancelled();
       float moment = days;
       host_.put("DAYS", Host::Arguments{&moment});
-      for (Series& it : series)
+      for (Series& it : series) // the value of a field that is not in use stays not-a-number
         if (std::abs(*it.value - it.first) < std::abs(*it.value - (it.first + it.second) / 2))
-          names.push_back(std::move(it.name));
+          step_series_.push_back(std::move(it.name));
     }
-    return names;
   }
 
-  // Fields with functions that the front end leaves alone. To be asked first.
+  // After `ask`.
+  const std::vector<std::string>& step_series() const { return step_series_; }
+  // Fields with functions that the front end leaves alone. After `ask`.
   std::vector<std::string> unused_fields() {
-    float start = 0;
-    host_.put("DAYS", Host::Arguments{&start});
     std::vector<std::string> names;
     const auto look = [&](const char* what, Item fields, const char* count, const std::vector<float>& values) {
       for (Item field = 1; field <= fields; ++field)
@@ -148,7 +148,6 @@ private:
       for (Item k = 1; k <= functions; ++k) {
         const auto element =
             static_cast<std::size_t>(k - 1) * fields_per_function + static_cast<std::size_t>(field - 1);
-        if (std::isnan(values[element])) continue; // field not in use
         note(text(what, " function ", k, " of field ", field), kind, &values[element], field, k);
       }
     }
@@ -157,6 +156,7 @@ private:
   Host& host_;
   std::vector<float> functions_, loads_, boundaries_, flows_, exchanges_;
   std::map<float, std::vector<Series>> questions_; // by the moment to ask for
+  std::vector<std::string> step_series_;
 };
 
 std::vector<std::string> systems_not_simulated(Host& host) {
@@ -189,6 +189,7 @@ void tell(Host& host, const char* what, const std::vector<std::string>& names) {
 
 void tell_what_is_left_out(Host& host) {
   Probe probe(host);
+  probe.ask();
   tell(host, "Fields that are not in use come back in use", probe.unused_fields());
   tell(host, "Step series come back linear", probe.step_series());
   tell(host, "Systems that are constant come back bypassed, as do those that are", systems_not_simulated(host));

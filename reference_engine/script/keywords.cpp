@@ -48,7 +48,7 @@ constexpr Keyword rows[] = {
     {.name = "HYDROTYPE"},
     {.name = "HYDROFILE", .value = ValueKind::text, .left_out_when_empty = true},
     {.name = "LOPT"},
-    {.name = "NPSFILE", .value = ValueKind::text, .left_out_when_empty = true},
+    {.name = "NPSFILE", .value = ValueKind::text},
     {.name = "ICRD"},
     {.name = "VESKTOVESKLINK"},
     {.name = "NEGSLN"},

@@ -1,5 +1,6 @@
 #include "fake_host.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <sstream>
@@ -168,7 +169,7 @@ bool FakeHost::serve_special(bool get, const std::string& keyword, void* const* 
   else if (keyword == "DAYS")
     evaluate(real(arguments[0]));
   else if (keyword == "PRINTTIMEFUNC" || keyword.starts_with("ALL"))
-    arrays_[keyword] = static_cast<float*>(arguments[0]);
+    cursors_.clear(), arrays_[keyword] = static_cast<float*>(arguments[0]); // a job begins
   else if (keyword.starts_with("MAX") && keyword != "MAXDT")
     limits[keyword] = integer(arguments[0]);
   else if (keyword == "GRIDINIT") {
@@ -273,15 +274,19 @@ void FakeHost::load(const std::string& script) {
   }
 }
 
+// As the front end does it: a bracket that was found once is only ever left forwards, so an earlier moment is answered
+// from the wrong points.
 float FakeHost::series_value(const std::string& points, const std::string& point, const std::string& indices,
-                             double days) const {
+                             double days) {
   const int count = static_cast<int>(number(points + indices));
   const auto at = [&](int k) { return numbers_.at(join(point, indices, ' ', k)); };
   if (count == 0) return 0;
-  if (days < at(1)[0]) return static_cast<float>(at(1)[1]);
-  for (int k = 2; k <= count; ++k) {
+  int& cursor = cursors_[point + indices];
+  if (cursor == 0 && days < at(1)[0]) return static_cast<float>(at(1)[1]);
+  for (int k = std::max(cursor, 2); k <= count; ++k) {
     const auto before = at(k - 1), after = at(k);
     if (days >= after[0]) continue;
+    cursor = k;
     if (point == "PRINTFUNC" || steps_.contains(point + indices)) return static_cast<float>(before[1]);
     return static_cast<float>(before[1] + (after[1] - before[1]) * (days - before[0]) / (after[0] - before[0]));
   }

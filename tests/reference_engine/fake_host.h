@@ -45,14 +45,14 @@ private:
   std::set<int>* used_by(const std::string& keyword);
   void choose_model(int model);
   void evaluate(float days);
-  float series_value(const std::string& points, const std::string& point, const std::string& indices,
-                     double days) const;
+  float series_value(const std::string& points, const std::string& point, const std::string& indices, double days);
 
   std::map<std::string, std::vector<double>> numbers_; // by key
   std::map<std::string, std::string> texts_;
   std::set<std::string> steps_, unused_;
   std::set<int> constants_, parameters_, functions_, outputs_, csv_outputs_; // ISC numbers of those in use
   std::map<std::string, float*> arrays_;
+  std::map<std::string, int> cursors_; // of the series: the point ahead; 0 none yet
   const float* grid_ = nullptr;
 };
 

@@ -87,6 +87,17 @@ TEST_F(ScriptTest, ExportTellsWhatTheFormCannotCarry) {
   EXPECT_THAT(host.infos, Contains(HasSubstr("Time functions in use without points come back unused")));
 }
 
+// The front end's cursors do not go back: a linear series from before the start must not pass for a step series.
+TEST_F(ScriptTest, SeriesThatBeginsBeforeTheStartIsStillSeenAsLinear) {
+  host.load(river);
+  host.load("NBWK 3 1 4\nLOADFUNC 3 1 1 -400 5\nLOADFUNC 3 1 2 -399 9\nLOADFUNC 3 1 3 -398 5\n"
+            "LOADFUNC 3 1 4 30 5\nunused NINQ 6\nFILENAME \"" +
+            path("early.inp") + "\"");
+  import_export(&FakeHost::callback, 0);
+  EXPECT_THAT(host.infos, testing::Not(Contains(HasSubstr("Step series"))));
+  EXPECT_THAT(host.infos, Contains("Fields that are not in use come back in use: flow field 6."));
+}
+
 TEST_F(ScriptTest, ErrorsNameFileLineAndCause) {
   EXPECT_EQ(import_failure("# a river\nMODELTYPE 1\n\nNUMSGE 3\n"),
             ", line 4: the keyword \"NUMSGE\" is not known here; the nearest one is NUMSEG.");

@@ -208,7 +208,7 @@ TEST(Transport, WhatCannotBeSolvedIsNamed) {
   const auto sentence = [](Model& it) {
     try {
       it.run(euler, 1, 2);
-    } catch (const RunError& error) {
+    } catch (const std::runtime_error& error) {
       return std::string(error.what());
     }
     return std::string();
