@@ -1,5 +1,6 @@
 #include "core/integrator.h"
 
+#include "core/bdf.h"
 #include "core/errors.h"
 #include "core/euler.h"
 #include "core/runge_kutta.h"
@@ -49,8 +50,7 @@ std::unique_ptr<Integrator> make_integrator(int technique) {
   switch (technique == 0 ? Technique::explicit_euler : static_cast<Technique>(technique)) {
   case Technique::explicit_euler: return std::make_unique<Euler>();
   case Technique::runge_kutta_4: return std::make_unique<RungeKutta>();
-  case Technique::implicit_bdf:
-    throw InputError("The solution technique implicit BDF is not part of this engine yet; choose an explicit one.");
+  case Technique::implicit_bdf: return std::make_unique<Bdf>();
   }
   throw InputError(text("The solution technique ", technique, " is not known to this engine."));
 }

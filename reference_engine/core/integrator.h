@@ -17,6 +17,9 @@ class Integrator {
 public:
   virtual ~Integrator() = default;
 
+  // The longest step that the technique can take from here.
+  virtual StepLimit limit(const Equations& equations, const State&) const { return equations.limit(); }
+
   // Moves the state by `days`, after a refresh of the equations with it. balance: of problem.balance_system, null for
   // none. Throws InputError when a segment runs dry and RunError when a concentration passes its system's limit; the
   // state is then of no more use.

@@ -11,7 +11,7 @@
 
 namespace reference_engine {
 
-constexpr int euler = 1, runge_kutta = 2;
+constexpr int euler = 1, runge_kutta = 2, bdf = 3;
 
 struct Model {
   Problem problem;

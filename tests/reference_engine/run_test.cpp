@@ -133,7 +133,6 @@ TEST_F(RunTest, BadInputIsRefusedInOneSentence) {
   EXPECT_EQ(refused("IQOPT 4", "IQOPT 1"),
             "The kinematic wave network is not part of this engine; choose net or gross flows.");
   EXPECT_THAT(refused("IQOPT 3", "IQOPT 1"), HasSubstr("not part of this engine yet"));
-  EXPECT_THAT(refused("SOLUTIONTYPE 3", "SOLUTIONTYPE 0"), HasSubstr("implicit BDF is not part of this engine yet"));
   EXPECT_EQ(refused("LOPT 1", "LOPT 0"), "Non-point-source files are not part of this engine.");
   EXPECT_EQ(refused("BEDOPT 1", "BEDOPT 0"), "Dynamic bed volumes are not part of this engine.");
   EXPECT_EQ(refused("VESKTOVESKLINK 1", "VESKTOVESKLINK 0"),
@@ -149,6 +148,14 @@ TEST_F(RunTest, BadInputIsRefusedInOneSentence) {
             "The model library \"UNKNOWN.DLL\" is not known to this engine, which has oxygen and tracer.");
   read_hyd_file(&FakeHost::callback);
   EXPECT_EQ(host.return_code, 1);
+}
+
+// No limit of stability shortens its steps, so none can fall below the minimum.
+TEST_F(RunTest, ImplicitStepsAreTheDataSets) {
+  EXPECT_EQ(after("SOLUTIONTYPE 3\nDTFUNC 1 0 0.5\nMINDT 0.4\nFRACMAXTS 0.1"), "");
+  EXPECT_NEAR(host.last_grid[4], 6 * std::exp(-2.0), 2e-5);
+  EXPECT_THAT(host.infos.back(), testing::AllOf(StartsWith("Finished in 4 steps"), HasSubstr("step without limit;")));
+  EXPECT_EQ(after("SOLUTIONTYPE 4"), "The solution technique 4 is not known to this engine.");
 }
 
 TEST_F(RunTest, FailureInTheRunLeavesNoResults) {

@@ -1,0 +1,182 @@
+#include "core/bdf.h"
+
+#include "core/errors.h"
+#include "core/mass_rates.h"
+#include "core/text.h"
+
+#include <cvode/cvode.h>
+#include <nvector/nvector_serial.h>
+#include <sunlinsol/sunlinsol_klu.h>
+#include <sunmatrix/sunmatrix_sparse.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <limits>
+
+namespace reference_engine {
+
+namespace {
+
+static_assert(sizeof(sunindextype) == sizeof(std::int64_t) && sizeof(realtype) == sizeof(double));
+
+template <class Handle, auto release>
+struct Release {
+  using pointer = Handle;
+  void operator()(Handle handle) const { release(handle); }
+};
+template <class Handle, auto release>
+using Owned = std::unique_ptr<Handle, Release<Handle, release>>;
+
+void free_context(SUNContext context) {
+  SUNContext_Free(&context);
+}
+void free_memory(void* memory) {
+  CVodeFree(&memory);
+}
+void free_solver(SUNLinearSolver solver) {
+  SUNLinSolFree(solver);
+}
+
+void check(int flag, const char* call) {
+  if (flag < 0) throw RunError(text("The implicit solver could not be set up (", call, ": ", flag, ")."));
+}
+template <class Handle>
+Handle made(Handle handle) {
+  if (handle == nullptr) throw std::bad_alloc();
+  return handle;
+}
+
+SUNContext make_context() {
+  SUNContext context = nullptr;
+  check(SUNContext_Create(nullptr, &context), "SUNContext_Create");
+  return context;
+}
+
+} // namespace
+
+// CVODE with everything that it works on. Its time is the sum of the steps.
+class Bdf::Solver {
+public:
+  Solver(const Equations& equations, const State& state)
+      : rates_(equations), size_(static_cast<sunindextype>(rates_.size())), context_(make_context()),
+        masses_(made(N_VNew_Serial(size_, context_.get()))),
+        matrix_(
+            made(SUNSparseMatrix(size_, size_, static_cast<sunindextype>(rates_.nonzeros()), CSC_MAT, context_.get()))),
+        linear_(made(SUNLinSol_KLU(masses_.get(), matrix_.get(), context_.get()))),
+        memory_(made(CVodeCreate(CV_BDF, context_.get()))) {
+    constexpr long most_steps = 20000; // in one step of the run
+    std::fill_n(N_VGetArrayPointer(masses_.get()), size_, 0.0);
+    rates_.begin(state);
+    rates_.masses(state, N_VGetArrayPointer(masses_.get()));
+    check(CVodeInit(memory_.get(), &Solver::rates, time_, masses_.get()), "CVodeInit");
+    check(CVodeSetErrHandlerFn(memory_.get(), &Solver::be_silent, nullptr), "CVodeSetErrHandlerFn");
+    check(CVodeSetUserData(memory_.get(), this), "CVodeSetUserData");
+    check(CVodeWFtolerances(memory_.get(), &Solver::weights), "CVodeWFtolerances");
+    check(CVodeSetMaxNumSteps(memory_.get(), most_steps), "CVodeSetMaxNumSteps");
+    check(CVodeSetLinearSolver(memory_.get(), linear_.get(), matrix_.get()), "CVodeSetLinearSolver");
+    check(CVodeSetJacFn(memory_.get(), &Solver::jacobian), "CVodeSetJacFn");
+  }
+
+  // Moves the masses and the state's concentrations, and puts `volume` in. Returns what the account moved by.
+  MassFlux advance(State& state, double days, std::vector<double>& volume) {
+    rates_.begin(state);
+    const MassFlux before = rates_.account(N_VGetArrayPointer(masses_.get()));
+    began_ = time_;
+    const double end = time_ + days;
+    check(CVodeSetStopTime(memory_.get(), end), "CVodeSetStopTime"); // what follows has another forcing
+    if (const int flag = CVode(memory_.get(), end, masses_.get(), &time_, CV_NORMAL); flag < 0) fail(flag, days);
+    state.volume.swap(volume);
+    rates_.concentrations(N_VGetArrayPointer(masses_.get()), state);
+    MassFlux moved = rates_.account(N_VGetArrayPointer(masses_.get()));
+    moved.add(before, -1);
+    return moved;
+  }
+
+  // Goes on from the state's concentrations, which are not those that `advance` left.
+  void restart(const State& state) {
+    rates_.masses(state, N_VGetArrayPointer(masses_.get()));
+    check(CVodeReInit(memory_.get(), time_, masses_.get()), "CVodeReInit");
+  }
+
+private:
+  [[noreturn]] static void fail(int flag, double days) {
+    char* const name = CVodeGetReturnFlagName(flag);
+    const std::string cause = name == nullptr ? text(flag) : std::string(name);
+    std::free(name);
+    throw RunError(text("Implicit BDF found no solution over a step of ", days, " days (", cause, ")."));
+  }
+
+  static int rates(realtype time, N_Vector masses, N_Vector into, void* data) {
+    auto& self = *static_cast<Solver*>(data);
+    self.rates_.rates(time - self.began_, N_VGetArrayPointer(masses), N_VGetArrayPointer(into));
+    return 0;
+  }
+  static int jacobian(realtype time, N_Vector masses, N_Vector, SUNMatrix into, void* data, N_Vector, N_Vector,
+                      N_Vector) {
+    auto& self = *static_cast<Solver*>(data);
+    MassRates::Columns columns{SM_INDEXPTRS_S(into), SM_INDEXVALS_S(into), SM_DATA_S(into)};
+    self.rates_.jacobian(time - self.began_, N_VGetArrayPointer(masses), columns);
+    return 0;
+  }
+  // The account weighs nothing: it follows the masses and asks for no shorter step.
+  static int weights(N_Vector masses, N_Vector into, void* data) {
+    constexpr double weightless = 1e-30;
+    const auto& self = *static_cast<Solver*>(data);
+    const auto volume = self.rates_.volume();
+    const double* const mass = N_VGetArrayPointer(masses);
+    double* const weight = N_VGetArrayPointer(into);
+    const auto all = static_cast<std::size_t>(self.size_);
+    const std::size_t weighed = all / volume.size() * volume.size();
+    for (std::size_t k = 0; k < all; ++k)
+      weight[k] = 1 / (relative_tolerance * std::abs(mass[k]) + absolute_tolerance * volume[k % volume.size()]);
+    std::fill(weight + weighed, weight + all, weightless);
+    return 0;
+  }
+  static void be_silent(int, const char*, const char*, char*, void*) {}
+
+  MassRates rates_;
+  sunindextype size_;
+  Owned<SUNContext, free_context> context_;
+  Owned<N_Vector, N_VDestroy> masses_;
+  Owned<SUNMatrix, SUNMatDestroy> matrix_;
+  Owned<SUNLinearSolver, free_solver> linear_;
+  Owned<void*, free_memory> memory_;
+  realtype time_ = 0, began_ = 0; // days
+};
+
+Bdf::Bdf() = default;
+Bdf::~Bdf() = default;
+
+StepLimit Bdf::limit(const Equations& equations, const State& state) const {
+  StepLimit limit{std::numeric_limits<double>::infinity(), 0};
+  const auto change = equations.network().volume_change();
+  for (std::size_t i = 0; i < change.size(); ++i)
+    if (change[i] < 0 && state.volume[i] / -change[i] < limit.days) limit = {state.volume[i] / -change[i], i};
+  return limit;
+}
+
+void Bdf::step(const Equations& equations, State& state, double days, MassBalance* balance) {
+  // Below 0 by more than a few tolerances is the problem's doing, a demand that takes what is not there; the method
+  // then starts anew from 0. Less is its own error: it is not shown, but solved on, or the method would never get
+  // going.
+  constexpr double own_error = 100 * absolute_tolerance;
+  const Problem& problem = equations.problem();
+  find_new_volumes(equations, state, days);
+  if (equations.classes().empty()) return state.volume.swap(new_volume_); // nothing is simulated
+  if (!solver_) solver_ = std::make_unique<Solver>(equations, state);
+  const MassFlux moved = solver_->advance(state, days, new_volume_);
+  new_volume_ = state.volume; // hold_limits weighs by the volumes at the end
+  const bool starts_anew = !problem.negative_allowed && std::ranges::min(state.concentration) < -own_error;
+  MassBalance raised;
+  for (const TransportClass& it : equations.classes())
+    for (const std::size_t system : it.systems()) hold_limits(problem, system, 0, state.volume.size(), state, &raised);
+  if (balance != nullptr) {
+    balance->moved.add(moved, 1);
+    balance->clipped += raised.clipped - raised_;
+  }
+  raised_ = starts_anew ? 0 : raised.clipped;
+  if (starts_anew) solver_->restart(state);
+}
+
+} // namespace reference_engine

@@ -1,0 +1,38 @@
+// Implicit backward differentiation by SUNDIALS CVODE, order 1 to 5, for networks whose stable explicit step is much
+// shorter than anything that happens in them.
+//
+// A step is as long as the data set says; CVODE divides it as its error estimate asks (Hindmarsh et al., ACM
+// Transactions on Mathematical Software 31, 2005). The linear systems of its Newton iteration go to KLU, a direct
+// solver for sparse matrices of any structure (Davis and Palamadai Natarajan, same journal, 37, 2010).
+#ifndef REFERENCE_ENGINE_CORE_BDF_H
+#define REFERENCE_ENGINE_CORE_BDF_H
+
+#include "core/integrator.h"
+
+#include <memory>
+
+namespace reference_engine {
+
+class Bdf : public Integrator {
+public:
+  // What a local error may be: this share of the concentration, and this many g/m3.
+  static constexpr double relative_tolerance = 1e-6, absolute_tolerance = 1e-8;
+
+  Bdf();
+  ~Bdf() override;
+
+  // Bound by the water alone: by the first segment that would run dry.
+  StepLimit limit(const Equations& equations, const State& state) const override;
+  // Throws RunError too where CVODE finds no solution.
+  void step(const Equations& equations, State& state, double days, MassBalance* balance) override;
+
+private:
+  class Solver;
+
+  std::unique_ptr<Solver> solver_; // made at the first step
+  double raised_ = 0;              // g of the balance's system by which the state stands above the solver's masses
+};
+
+} // namespace reference_engine
+
+#endif
