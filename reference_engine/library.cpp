@@ -7,6 +7,7 @@
 
 #include "core/errors.h"
 #include "host/host.h"
+#include "host/hydro_linkage.h"
 #include "host/run.h"
 #include "script/script.h"
 
@@ -104,7 +105,7 @@ void load_restart_file(vesk_data_callback data_callback) {
 }
 
 void read_hyd_file(vesk_data_callback data_callback) {
-  guarded(data_callback, [](Host&) { throw InputError("Reading hydrodynamic files is not part of this engine yet."); });
+  guarded(data_callback, build_from_hydro_file);
 }
 
 } // extern "C"

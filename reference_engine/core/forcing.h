@@ -15,9 +15,14 @@ struct Forcing {
   std::vector<float> loads;          // [segment][system], kg/day
   std::vector<float> boundaries;     // [segment][system], g/m3
   std::vector<float> flows;          // [function][field], m3/s
+  std::vector<double> linked;        // flows of a hydrodynamic file, m3/s; their elements go on behind those of `flows`
+  std::vector<double> volume_change; // m3/day for each segment, prescribed by that file; empty: follows from the flows
   std::vector<float> exchanges;      // [function][field], m2/s
   float print_interval = 0;          // days
 
+  double flow(std::size_t element) const {
+    return element < flows.size() ? static_cast<double>(flows[element]) : linked[element - flows.size()];
+  }
   // Value of the time function with this ISC number.
   double time_function(int isc) const { return static_cast<double>(time_functions[static_cast<std::size_t>(isc - 1)]); }
 };

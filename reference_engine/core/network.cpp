@@ -148,20 +148,26 @@ std::size_t Network::rim_position(std::size_t segment) const {
 }
 
 bool Network::update(const Forcing& forcing) {
-  if (forcing.flows == last_flows_ && forcing.exchanges == last_exchanges_) return false;
+  if (forcing.flows == last_flows_ && forcing.exchanges == last_exchanges_ && forcing.linked == last_linked_ &&
+      (forcing.volume_change.empty() || forcing.volume_change == volume_change_))
+    return false;
   last_flows_ = forcing.flows;
   last_exchanges_ = forcing.exchanges;
+  last_linked_ = forcing.linked;
   for (std::size_t k = 0; k < links_.size(); ++k) {
-    const std::vector<float>& series = is_exchange(links_[k].carrier) ? forcing.exchanges : forcing.flows;
+    const bool exchanges = is_exchange(links_[k].carrier);
     double value = 0;
-    for (std::size_t m = member_starts_[k]; m < member_starts_[k + 1]; ++m)
-      value += members_[m].factor * static_cast<double>(series[members_[m].element]);
-    if (value < 0 && is_exchange(links_[k].carrier))
+    for (std::size_t m = member_starts_[k]; m < member_starts_[k + 1]; ++m) {
+      const auto& [element, factor] = members_[m];
+      value += factor * (exchanges ? static_cast<double>(forcing.exchanges[element]) : forcing.flow(element));
+    }
+    if (value < 0 && exchanges)
       throw RunError(text("The exchange of segment ", links_[k].a + 1, " with ",
                           links_[k].b == outside ? "the outside" : text("segment ", links_[k].b + 1), " is below 0."));
     values_[k] = value * seconds_per_day;
   }
   balance_water();
+  settle_volume_change(forcing.volume_change);
   return true;
 }
 
@@ -192,8 +198,12 @@ void Network::balance_water() {
   }
   for (std::size_t i = 0; i < layout_.segments; ++i)
     surface_flow_[i] = std::max(surface_flow_[i], surface_in_[i]) / seconds_per_day;
+}
+
+void Network::settle_volume_change(const std::vector<double>& prescribed) {
+  if (!prescribed.empty()) volume_change_ = prescribed;
   // Sums of the same flows in another order differ in their last digits; such a remainder is no change of volume.
-  for (std::size_t i = 0; i < layout_.segments; ++i) {
+  for (std::size_t i = 0; prescribed.empty() && i < layout_.segments; ++i) {
     const double turnover = 2 * water_out_[i] + volume_change_[i]; // what comes in and what goes out
     if (std::abs(volume_change_[i]) <= 1e-12 * turnover) volume_change_[i] = 0;
   }

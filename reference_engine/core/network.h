@@ -69,6 +69,7 @@ public:
 
   // Works out the links' values from the forcing's flows and exchanges; false when those are as they were. Throws
   // RunError for an exchange below 0.
+  // A prescribed change of volume takes the place of that by the flows: what they do not account for moves water only.
   bool update(const Forcing& forcing);
 
   const CoefficientLayout& layout() const { return layout_; }
@@ -99,6 +100,7 @@ private:
   std::size_t place_of(std::size_t target, std::size_t source) const;
   std::size_t rim_position(std::size_t segment) const;
   void balance_water();
+  void settle_volume_change(const std::vector<double>& prescribed);
 
   CoefficientLayout layout_;
   std::vector<Link> links_;
@@ -110,6 +112,7 @@ private:
   std::vector<double> values_;
   std::vector<double> volume_change_, water_out_, surface_flow_, surface_in_;
   std::vector<float> last_flows_, last_exchanges_;
+  std::vector<double> last_linked_;
   bool steady_ = true;
 };
 

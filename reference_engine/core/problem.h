@@ -42,7 +42,7 @@ enum class FlowField { surface_water, pore_water, solids_1, solids_2, solids_3, 
 enum class ExchangeField { surface_water, pore_water };
 
 struct FlowPair {
-  std::size_t element = 0; // of Forcing::flows, m3/s
+  std::size_t element = 0; // that Forcing::flow takes, m3/s
   FlowField field = FlowField::surface_water;
   int from = outside, to = outside;
   double factor = 1; // share of the flow times scale and conversion

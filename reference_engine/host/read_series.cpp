@@ -105,8 +105,8 @@ void set_days(Host& host, double days) {
   host.put("DAYS", Host::Arguments{&narrowed});
 }
 
-void read_pairs(Host& host, Forcing& forcing, Problem& problem) {
-  for (std::int32_t field = 1; field <= flow_fields; ++field) {
+void read_pairs(Host& host, bool surface_flows, Forcing& forcing, Problem& problem) {
+  for (std::int32_t field = surface_flows ? 1 : 2; field <= flow_fields; ++field) {
     const std::int32_t functions = host.count("NINQ", field);
     if (in_use(forcing.flows, functions, field)) read_flow_field(host, field, functions, problem);
   }

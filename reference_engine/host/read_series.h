@@ -23,8 +23,9 @@ void register_forcing(Host& host, const ModelInfo& model, const Problem& problem
 // The forcing's values at a moment, days since the start.
 void set_days(Host& host, double days);
 
-// Reads the pairs of the fields in use, and sets the forcing's other elements to 0.
-void read_pairs(Host& host, Forcing& forcing, Problem& problem);
+// Reads the pairs of the fields in use, and sets the forcing's other elements to 0. surface_flows: false leaves those
+// out.
+void read_pairs(Host& host, bool surface_flows, Forcing& forcing, Problem& problem);
 
 void read_loads(Host& host, Problem& problem);
 

@@ -31,7 +31,7 @@ const char* technique_name(int technique) {
 
 class Run {
 public:
-  Run(Host& host, const RunInput& input, std::string_view library)
+  Run(Host& host, RunInput& input, std::string_view library)
       : host_(host), input_(input), library_(library), equations_(input.problem, library), state_(input.problem),
         integrator_(make_integrator(input.technique)), grid_(host, input.problem), values_(state_.volume.size()) {
     if (input.problem.balance_system >= 0) {
@@ -49,6 +49,7 @@ public:
     for (;;) {
       host_.stop_if_cancelled();
       set_days(host_, now_);
+      if (input_.hydro) input_.hydro->hold(now_, input_.forcing.linked, input_.forcing.volume_change);
       equations_.refresh(input_.forcing, state_);
       note_limit();
       const bool at_end = now_ >= input_.days - same_moment;
@@ -57,7 +58,7 @@ public:
         next_print = now_ + print_interval();
       }
       if (at_end) break;
-      advance(std::min(next_print, input_.days));
+      advance(std::min({next_print, input_.days, next_linked_change()}));
       show_progress();
     }
     publish();
@@ -81,6 +82,10 @@ private:
                     " exchange pairs make ", equations_.network().links().size(), " links; ",
                     equations_.network().far_terms().size(), " neighbours are not numbered one after the other; ",
                     equations_.classes().size(), " ways in which systems are carried."));
+  }
+
+  double next_linked_change() const {
+    return input_.hydro ? input_.hydro->next_change(now_) : std::numeric_limits<double>::infinity();
   }
 
   double print_interval() const {
@@ -158,7 +163,7 @@ private:
   };
 
   Host& host_;
-  const RunInput& input_;
+  RunInput& input_;
   std::string_view library_;
   Equations equations_;
   State state_;

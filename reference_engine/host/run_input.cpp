@@ -3,6 +3,7 @@
 #include "core/errors.h"
 #include "core/kinetics.h"
 #include "core/text.h"
+#include "host/hydro_linkage.h"
 #include "host/read_series.h"
 
 #include <algorithm>
@@ -12,14 +13,18 @@ namespace reference_engine {
 
 namespace {
 
+enum FlowOption { net_flows = 1, gross_flows, linked_flows }; // of the data set
+
 // Choices that this engine does not offer are refused, never passed over.
 void refuse_unsupported(Host& host) {
   switch (host.integer("IQOPT")) {
-  case 1:
-  case 2: break;
-  case 3: throw InputError("Hydrodynamic linkage is not part of this engine yet; choose net or gross flows.");
-  case 4: throw InputError("The kinematic wave network is not part of this engine; choose net or gross flows.");
-  default: throw InputError("The flow option is not known; choose net or gross flows.");
+  case net_flows:
+  case gross_flows:
+  case linked_flows: break;
+  case 4:
+    throw InputError("The kinematic wave network is not part of this engine; choose net flows, gross flows or "
+                     "hydrodynamic linkage.");
+  default: throw InputError("The flow option is not known; choose net flows, gross flows or hydrodynamic linkage.");
   }
   if (host.integer("LOPT") != 0) throw InputError("Non-point-source files are not part of this engine.");
   if (host.integer("BEDOPT") != 0) throw InputError("Dynamic bed volumes are not part of this engine.");
@@ -30,6 +35,7 @@ void refuse_unsupported(Host& host) {
 }
 
 void read_segments(Host& host, RunInput& input) {
+  const bool is_linked = host.integer("IQOPT") == linked_flows; // the volumes are the file's
   const std::int32_t count = host.count("NUMSEG");
   if (count == 0) throw InputError("The data set has no segments.");
   input.volume_factor = host.real("SCALV") * host.real("CONVV");
@@ -46,7 +52,7 @@ void read_segments(Host& host, RunInput& input) {
                     .minimum_depth = host.real("SEGMINDEPTH", i),
                     .type = host.integer("SEGTYPE", i),
                     .bottom = host.integer("BOTSEG", i) - 1};
-    if (!(segment.volume > 0))
+    if (!(segment.volume > 0) && !is_linked)
       throw InputError(text("Segment ", numbered(segment, static_cast<std::size_t>(i - 1)), " has no volume."));
     input.problem.segments.push_back(std::move(segment));
   }
@@ -172,7 +178,7 @@ void read_run_input(Host& host, std::string_view library, RunInput& input) {
   input.technique = host.integer("SOLUTIONTYPE");
   input.debug = host.integer("DEBUG");
   input.writes_restart = host.integer("ICRD") == 1;
-  input.problem.net_flows = host.integer("IQOPT") == 1;
+  input.problem.net_flows = host.integer("IQOPT") == net_flows;
   input.problem.negative_allowed = host.integer("NEGSLN") != 0;
   read_times(host, input);
   read_segments(host, input);
@@ -183,7 +189,9 @@ void read_run_input(Host& host, std::string_view library, RunInput& input) {
   input.outputs = read_outputs(host, model, false);
   input.csv_outputs = read_outputs(host, model, true);
   register_forcing(host, model, input.problem, input.forcing);
-  read_pairs(host, input.forcing, input.problem);
+  const bool is_linked = host.integer("IQOPT") == linked_flows;
+  read_pairs(host, !is_linked, input.forcing, input.problem);
+  if (is_linked) input.hydro = link_hydro_file(host, input.days, input.forcing, input.problem);
   read_loads(host, input.problem);
 }
 

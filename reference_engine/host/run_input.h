@@ -6,9 +6,11 @@
 #include "core/problem.h"
 #include "core/step_control.h"
 #include "host/host.h"
+#include "host/hydro_file.h"
 #include "output/results.h"
 
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,7 +19,8 @@ namespace reference_engine {
 
 struct RunInput {
   Problem problem;
-  Forcing forcing; // registered with the host: this object must not move and must outlive the job
+  Forcing forcing;                  // registered with the host: this object must not move and must outlive the job
+  std::unique_ptr<HydroFile> hydro; // with hydrodynamic linkage
   StepRules rules;
   double days = 0; // length of the run
   int technique = 0;

@@ -9,11 +9,31 @@ namespace reference_engine {
 
 using namespace std::chrono;
 
+namespace {
+
+year_month_day date_of(const Moment& moment) {
+  return {std::chrono::year(moment.year), std::chrono::month(static_cast<unsigned>(moment.month)),
+          std::chrono::day(static_cast<unsigned>(moment.day))};
+}
+
+sys_seconds instant(const Moment& moment) {
+  return sys_seconds(sys_days(date_of(moment))) + hours(moment.hour) + minutes(moment.minute) + seconds(moment.second);
+}
+
+} // namespace
+
+bool Moment::is_valid() const {
+  const auto lies = [](std::int32_t value, std::int32_t end) { return value >= 0 && value < end; };
+  return lies(month, 13) && lies(day, 32) && date_of(*this).ok() && lies(hour, 24) && lies(minute, 60) &&
+         lies(second, 60);
+}
+
+double Moment::days_since(const Moment& other) const {
+  return static_cast<double>((instant(*this) - instant(other)).count()) / 86400.0;
+}
+
 Moment Moment::after(double days) const {
-  const sys_days date = year_month_day{std::chrono::year(year), std::chrono::month(static_cast<unsigned>(month)),
-                                       std::chrono::day(static_cast<unsigned>(day))};
-  const auto moment =
-      sys_seconds(date) + hours(hour) + minutes(minute) + seconds(second) + seconds(std::llround(days * 86400.0));
+  const auto moment = instant(*this) + seconds(std::llround(days * 86400.0));
   const auto midnight = floor<std::chrono::days>(moment);
   const year_month_day on(midnight);
   const hh_mm_ss time(moment - midnight);

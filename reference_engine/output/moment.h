@@ -11,7 +11,9 @@ struct Moment {
   std::int32_t month = 1, day = 1, year = 1970;
   std::int32_t hour = 0, minute = 0, second = 0;
 
+  bool is_valid() const;
   Moment after(double days) const; // to the nearest second
+  double days_since(const Moment& other) const;
   // "2007-10-01T06:30:00" with 'T' between date and time.
   std::string iso(char between = 'T') const;
 };

@@ -223,6 +223,7 @@ void FakeHost::serve(char mode, const std::string& keyword, void* const* argumen
       get ? void(real(argument) = static_cast<float>(kept[k])) : void(kept[k] = real(argument));
   }
   if (get) return;
+  if (keyword == "HYDROFILE") ++hydro_file_puts;
   if (keyword == "CONSTVALUE" || keyword == "SCALEPARAM" || keyword == "BRKTF")
     used_by(keyword)->insert(integer(arguments[0]));
   if (keyword == "OPENABLED" || keyword == "CSVOPENABLED") {

@@ -1,0 +1,85 @@
+// A hydrodynamic linkage file (.hyd): segments, the links between them, and flows and volumes over time, as another
+// program computed them. NetCDF; the README has the layout.
+#ifndef REFERENCE_ENGINE_HOST_HYDRO_FILE_H
+#define REFERENCE_ENGINE_HOST_HYDRO_FILE_H
+
+#include "output/moment.h"
+
+#include <array>
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace reference_engine {
+
+class HydroFile {
+public:
+  struct Segment {
+    std::string name;
+    double length = 0, width = 0; // m; 0 where the file has none
+  };
+  struct Link {
+    int from, to; // positions from 0, `outside` for the world around the model
+  };
+
+  // Reads all but flows and volumes. Throws InputError, in one sentence, for what is no such file.
+  explicit HydroFile(std::string name);
+  ~HydroFile();
+  HydroFile(const HydroFile&) = delete;
+  HydroFile& operator=(const HydroFile&) = delete;
+
+  const std::string& name() const { return name_; }
+  const std::vector<Segment>& segments() const { return segments_; }
+  const std::vector<Link>& links() const { return links_; }
+
+  // Lets day 0 of a run be this moment of the file. `days` is the length of the run: throws InputError where the file
+  // does not cover it.
+  void take_up(const Moment& at, double days);
+  // The same for a look at one moment; a moment that the file does not cover becomes its nearest.
+  void take_up_nearest(const Moment& at);
+
+  // Days of the run from here on.
+  // Flows (m3/s for each link) hold until the next change; between two times of the file volumes are linear. A moment
+  // that is a time of the file belongs to what follows it.
+  void hold(double day, std::vector<double>& flows, std::vector<double>& volume_change);
+  double next_change(double day) const; // infinite behind the last
+  std::vector<double> volumes(double day);
+
+private:
+  enum Dimension { time_dimension, segment_dimension, link_dimension, dimensions };
+  struct Variable {
+    const char* name;
+    int id;
+    double fill;
+  };
+  using Row = std::vector<double>;
+
+  [[noreturn]] void refuse(const std::string& cause) const;
+  void check(int status) const;
+  std::string attribute(int variable, const char* name) const;
+  Variable find(const char* name, std::vector<Dimension> shape) const;
+  Row read(const Variable& variable) const; // one without times
+  void read_row(const Variable& variable, std::size_t time, Row& row) const;
+  void read_names();
+  void read_links();
+  void read_times();
+  void load(std::size_t interval);
+  std::size_t interval_at(double day) const;
+
+  std::string name_;
+  int id_ = -1;
+  std::array<int, dimensions> dimension_{};
+  std::array<std::size_t, dimensions> size_{};
+  Variable flow_{}, volume_{};
+  std::vector<Segment> segments_;
+  std::vector<Link> links_;
+  Moment epoch_;              // that times_ count from
+  std::vector<double> times_; // days, ascending
+  double offset_ = 0;         // time of the file on day 0
+  std::size_t interval_;      // whose rows are loaded
+  Row flows_, volumes_, next_volumes_;
+};
+
+} // namespace reference_engine
+
+#endif
