@@ -18,14 +18,20 @@ const catalogue_model unknown_model{0, "UNKNOWN MODEL", "UNKNOWN.DLL", {}, {}, {
 // Where each new item finds its old one: the position of the last old item with the same ISC number.
 using partner_list = std::vector<std::optional<std::size_t>>;
 
+// Partners among the first `reach` old items.
 template <class List>
-partner_list find_partners(const List& fresh, const List& old) {
+partner_list find_partners(const List& fresh, const List& old, std::size_t reach) {
   std::unordered_map<std::uint32_t, std::size_t> last;
-  for (std::size_t i = 0; i < old.size(); ++i) last[old[i].isc] = i;
+  for (std::size_t i = 0; i < std::min(reach, old.size()); ++i) last[old[i].isc] = i;
   partner_list result(fresh.size());
   for (std::size_t i = 0; i < fresh.size(); ++i)
     if (const auto found = last.find(fresh[i].isc); found != last.end()) result[i] = found->second;
   return result;
+}
+
+template <class List>
+partner_list find_partners(const List& fresh, const List& old) {
+  return find_partners(fresh, old, old.size());
 }
 
 bool is_identity(const partner_list& partners) {
@@ -34,29 +40,36 @@ bool is_identity(const partner_list& partners) {
   return true;
 }
 
-// A segment's list rearranged: each item from its partner's position while the old list reaches that far, otherwise
-// as new.
+// A segment's list rearranged: each item from its partner's position, and as new without one.
 template <class Items>
 Items carried_over(const Items& old, const Items& defaults, const partner_list& partners) {
   Items result = defaults;
   for (std::size_t i = 0; i < partners.size(); ++i)
-    if (partners[i] && *partners[i] < old.size()) result.set(i, old[*partners[i]]);
+    if (partners[i]) result.set(i, old[*partners[i]]);
   return result;
 }
 
-// Rebuilds one of the two lists of every segment. Segments that come out as they were keep sharing their memory.
-template <class Items>
-void rebuild_segment_lists(shared_list<segment_data_type>& segments, Items segment_data_type::*list, std::size_t count,
-                           const partner_list& partners) {
+// Rebuilds one of the two lists of every segment after the model's list `old` has become `fresh`. Partners are sought
+// as far as the segment's own list reaches. Segments that come out as they were keep sharing their memory.
+template <class Items, class List>
+void rebuild_segment_lists(shared_list<segment_data_type>& segments, Items segment_data_type::*list, const List& fresh,
+                           const List& old) {
   Items defaults;
-  defaults.resize(count);
-  const bool same = is_identity(partners);
-  const bool nothing_kept = std::all_of(partners.begin(), partners.end(), [](const auto& p) { return !p; });
+  defaults.resize(fresh.size());
+  std::optional<std::size_t> reach; // of `partners`; nearly always the same for all segments
+  partner_list partners;
+  bool same = false, nothing_kept = false;
   for (std::size_t i = 0; i < segments.size(); ++i) {
-    const Items& old = segments[i].*list;
-    if (same && old.size() == count) continue;
-    Items fresh = nothing_kept ? defaults : carried_over(old, defaults, partners);
-    segments.edit(i).*list = std::move(fresh);
+    const Items& items = segments[i].*list;
+    if (reach != items.size()) {
+      reach = items.size();
+      partners = find_partners(fresh, old, *reach);
+      same = *reach == fresh.size() && is_identity(partners);
+      nothing_kept = std::all_of(partners.begin(), partners.end(), [](const auto& p) { return !p; });
+    }
+    if (same) continue;
+    Items rebuilt = nothing_kept ? defaults : carried_over(items, defaults, partners);
+    segments.edit(i).*list = std::move(rebuilt);
   }
 }
 
@@ -101,7 +114,7 @@ void prevesk_dataset_data_type::refresh_from_catalogue(bool merge) {
 }
 
 void prevesk_dataset_data_type::fill_parameters(std::size_t count, bool merge) {
-  const auto old = parameters;
+  const auto old = merge ? parameters : shared_list<parameter_data_type>();
   rebuild(parameters, count, model().parameters, [](parameter_data_type& parameter, const catalogue_parameter& row) {
     parameter.isc = row.isc;
     parameter.minimum = row.minimum;
@@ -109,24 +122,22 @@ void prevesk_dataset_data_type::fill_parameters(std::size_t count, bool merge) {
     parameter.default_value = row.default_value;
     parameter.description = row.description;
   });
-  partner_list partners(parameters.size());
-  if (merge) partners = find_partners(parameters, old);
+  const partner_list partners = find_partners(parameters, old);
   for (std::size_t i = 0; i < partners.size(); ++i) {
     if (!partners[i]) continue;
     parameters.edit(i).used = old[*partners[i]].used;
     parameters.edit(i).scale = old[*partners[i]].scale;
   }
-  rebuild_segment_lists(segments, &segment_data_type::parameters, count, partners);
+  rebuild_segment_lists(segments, &segment_data_type::parameters, parameters, old);
 }
 
 void prevesk_dataset_data_type::fill_systems(std::size_t count, bool merge) {
-  const auto old = systems;
+  const auto old = merge ? systems : shared_list<system_data_type>();
   rebuild(systems, count, model().systems, [](system_data_type& system, const catalogue_system& row) {
     system.isc = row.model_system_id;
     system.description = row.description;
   });
-  partner_list partners(systems.size());
-  if (merge) partners = find_partners(systems, old);
+  const partner_list partners = find_partners(systems, old);
   for (std::size_t i = 0; i < partners.size(); ++i) {
     if (!partners[i]) continue;
     const short_text catalogue_name = systems[i].description;
@@ -134,7 +145,7 @@ void prevesk_dataset_data_type::fill_systems(std::size_t count, bool merge) {
     system = old[*partners[i]]; // all but the name is the user's
     system.description = catalogue_name;
   }
-  rebuild_segment_lists(segments, &segment_data_type::systems, count, partners);
+  rebuild_segment_lists(segments, &segment_data_type::systems, systems, old);
 }
 
 void prevesk_dataset_data_type::fill_constant_groups(std::size_t count, bool merge) {

@@ -178,7 +178,7 @@ TEST(Catalogue, OfSeveralOldItemsWithOneNumberTheLastWins) {
   const auto after = merged(before, small_catalogue());
   EXPECT_EQ(after.parameters[1].scale, 4);
   EXPECT_FALSE(after.parameters[0].used);
-  EXPECT_EQ(print(after.segments[0].parameters), "0:0 0:0 "); // position 2 does not exist in the old lists
+  EXPECT_EQ(print(after.segments[0].parameters), "0:0 12:10 "); // the last one within the old lists: position 1
 }
 
 TEST(Catalogue, MoreSegmentsGetListsOfTheRightLengthAndTheOthersKeepTheirs) {
