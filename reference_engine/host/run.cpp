@@ -95,13 +95,13 @@ private:
   }
 
   void note_limit() {
-    limit_ = integrator_->limit(equations_, state_);
-    if (limit_.days < shortest_.days) shortest_ = limit_;
+    if (equations_.limit().days < shortest_.days) shortest_ = equations_.limit();
   }
 
   void advance(double next_event) {
     const double remaining = next_event - now_;
-    const double step = choose_step(input_.rules, limit_, input_.problem, now_, remaining);
+    const double step =
+        choose_step(input_.rules, integrator_->limit(equations_, state_), input_.problem, now_, remaining);
     integrator_->step(equations_, state_, step, balance_ ? &*balance_ : nullptr);
     now_ = step >= remaining ? next_event : now_ + step;
     ++steps_;
@@ -118,8 +118,8 @@ private:
     grid_.show(state_);
     shown_at_ = Clock::now();
     if (input_.debug > 1)
-      host_.info(text("Day ", now_, ": ", steps_, " steps, limit ", limit_.days, " days in segment ",
-                      numbered(input_.problem.segments[limit_.segment], limit_.segment), "."));
+      host_.info(text("Day ", now_, ": ", steps_, " steps, limit ", equations_.limit().days, " days in segment ",
+                      numbered(input_.problem.segments[equations_.limit().segment], equations_.limit().segment), "."));
   }
 
   // Told only when it changes: the front end works out the time remaining from each.
@@ -175,7 +175,6 @@ private:
   double now_ = 0; // days since the start; the interface's single precision is too coarse to count in
   long long steps_ = 0;
   std::int32_t percent_ = 0;
-  StepLimit limit_; // at the present moment
   StepLimit shortest_{std::numeric_limits<double>::infinity(), 0};
   Clock::time_point began_ = Clock::now(), shown_at_ = began_;
 };

@@ -153,7 +153,7 @@ TEST_F(RunTest, BadInputIsRefusedInOneSentence) {
 TEST_F(RunTest, ImplicitStepsAreTheDataSets) {
   EXPECT_EQ(after("SOLUTIONTYPE 3\nDTFUNC 1 0 0.5\nMINDT 0.4\nFRACMAXTS 0.1"), "");
   EXPECT_NEAR(host.last_grid[4], 6 * std::exp(-2.0), 2e-5);
-  EXPECT_THAT(host.infos.back(), testing::AllOf(StartsWith("Finished in 4 steps"), HasSubstr("step without limit;")));
+  EXPECT_THAT(host.infos.back(), testing::AllOf(StartsWith("Finished in 4 steps"), HasSubstr("stable step 1 days")));
   EXPECT_EQ(after("SOLUTIONTYPE 4"), "The solution technique 4 is not known to this engine.");
 }
 
