@@ -5,6 +5,7 @@
 #include "core/step_control.h"
 #include "core/text.h"
 
+#include <hdf5.h>
 #include <netcdf.h>
 
 #include <algorithm>
@@ -45,6 +46,9 @@ bool parse_units(const std::string& units, double& per_day, Moment& epoch) {
 } // namespace
 
 HydroFile::HydroFile(std::string name) : name_(std::move(name)), interval_(none) {
+  // What is missing is told in a sentence of its own. HDF5 keeps this setting for each thread, and NetCDF makes it only
+  // in the thread that uses it first.
+  H5Eset_auto2(H5E_DEFAULT, nullptr, nullptr);
   const int status = nc_open(name_.c_str(), NC_NOWRITE, &id_);
   if (status == NC_ENOTNC) refuse("is no NetCDF file");
   check(status);

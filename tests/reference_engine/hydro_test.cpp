@@ -7,6 +7,7 @@
 #include <cmath>
 #include <filesystem>
 #include <fstream>
+#include <thread>
 
 namespace {
 
@@ -91,6 +92,15 @@ TEST_F(HydroTest, RunTakesFlowsAndVolumesFromTheFile) {
     // Lower reach: C(1) = integral of 8 (1 + s)^-2 e^(s - 1) = 2.2551, C(2) = C(1) / e + 4 (e^-0.5 - e^-1).
     EXPECT_THAT(host.infos.back(), HasSubstr("inflow 0, outflow 327.4"));
   }
+}
+
+// In a front end the engine runs on a thread of its own, where the libraries beneath would print their own complaints.
+TEST_F(HydroTest, NothingIsPrintedOnAThreadOfItsOwn) {
+  write({});
+  testing::internal::CaptureStderr();
+  std::thread([] { read_hyd_file(&FakeHost::callback); }).join();
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+  EXPECT_EQ(host.return_code, 0);
 }
 
 TEST_F(HydroTest, FilesThatCannotServeAreRefused) {
