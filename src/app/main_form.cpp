@@ -1,41 +1,40 @@
 #include "app/main_form.h"
 
-#include "app/file_names.h"
+#include "app/documentation.h"
 #include "platform/program_paths.h"
 
 namespace vesk {
 
-TPreveskMainForm::TPreveskMainForm(user_interface& ui)
-    : engine_path(engine_library::default_path()), catalogue(catalogue_source::default_directory()), ui_(ui) {
-  const auto directory = is_writable_directory(program_directory()) ? program_directory() : state_directory();
-  log_file_name = directory / "LOG.TXT";
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string with_separator(const fs::path& folder) {
+  return (folder / "").string();
+}
+
+} // namespace
+
+TPreveskMainForm::TPreveskMainForm(user_interface& ui, const fs::path& settings_file,
+                                   configuration::access settings_access)
+    : settings(settings_file, settings_access), engine_path(engine_library::default_path()),
+      catalogue(settings.DatabaseDir), program_directory(with_separator(vesk::program_directory())),
+      documentation_directory(vesk::documentation_directory().string()), ui_(ui) {
+  const fs::path data = user_data_directory(), documents = user_documents_directory();
+  application_data_directory = data.empty() ? program_directory : with_separator(data);
+  documents_directory = documents.empty() ? program_directory : with_separator(documents);
+  const auto log_folder = is_writable_directory(program_directory) ? fs::path(program_directory) : state_directory();
+  log_file_name = log_folder / "LOG.TXT";
+  for (const std::string& part : {settings.ApplicationName, settings.EditionName})
+    if (!part.empty()) base_caption += " " + part;
   execute_query = [](const import_query_descriptor& query, const prevesk_dataset_data_type&, point_list&) {
     throw query_engine_exception("the query '" + query.name +
                                  "' cannot be executed, because this program has no access to its source yet");
   };
 }
 
-TPreveskMainForm::~TPreveskMainForm() = default;
-
-command_line_requests TPreveskMainForm::walk_command_line(std::span<const std::string> arguments,
-                                                          const std::function<bool()>& keep_going) {
-  command_line_requests requests;
-  for (std::size_t i = 0; i < arguments.size(); ++i) {
-    const std::string option = upper_case(arguments[i]);
-    if (option == "-RUN") {
-      requests.run = true;
-    } else if (option == "-EXPERT") {
-      // Recognised, without an effect.
-    } else if (option == "-QUIT") {
-      requests.quit = true;
-    } else if (option == "-IMPORT") {
-      requests.import_requested = true;
-      requests.import_name = i + 1 < arguments.size() ? arguments[++i] : std::string();
-    } else if (keep_going()) {
-      open_file(arguments[i]);
-    }
-  }
-  return requests;
+TPreveskMainForm::~TPreveskMainForm() {
+  save_settings();
 }
 
 void TPreveskMainForm::check_database() {
@@ -48,17 +47,27 @@ void TPreveskMainForm::check_database() {
   };
   if (can_be_opened()) return;
   ui_.message_box("Cannot locate database",
-                  "Unable to find ORLVesk database in folder\r\n" + catalogue.directory().string() +
+                  "Unable to find ORLVesk database in folder\r\n" + settings.DatabaseDir +
                       "\r\nYou must now select the correct database directory\r\n",
                   box_buttons::ok);
-  if (const auto folder = ui_.ask_folder("Select database directory")) catalogue.set_directory(*folder);
+  select_database_folder();
   if (can_be_opened()) return;
   ui_.message_box("Failed to locate database",
-                  "Failed to find ORLVesk database in folder\r\n" + catalogue.directory().string() +
+                  "Failed to find ORLVesk database in folder\r\n" + settings.DatabaseDir +
                       ".\r\nSome program functions may not operate properly until\r\n"
                       "you use the 'set database directory' option on the File\r\n"
                       "menu to set the database directory\r\n",
                   box_buttons::ok);
+}
+
+void TPreveskMainForm::select_database_folder() {
+  if (const auto folder = ui_.ask_folder("Select database directory", settings.DatabaseDir))
+    set_database_folder(*folder);
+}
+
+void TPreveskMainForm::set_database_folder(const std::string& folder) {
+  settings.DatabaseDir = with_separator(folder);
+  catalogue.set_directory(settings.DatabaseDir);
 }
 
 void TPreveskMainForm::update_caption() {

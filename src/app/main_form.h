@@ -6,14 +6,19 @@
 #pragma once
 
 #include "app/catalogue_source.h"
+#include "app/configuration.h"
+#include "app/priority_control.h"
 #include "app/user_interface.h"
 #include "dataset/dataset.h"
 #include "engine/job_front_end.h"
 #include "engine/model_thread.h"
+#include "platform/processes.h"
 #include "query/deferred_queries.h"
 
 #include <atomic>
 #include <filesystem>
+#include <functional>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <span>
@@ -42,26 +47,48 @@ class TPreveskMainForm final : private job_front_end {
 public:
   // The interval of UIUpdateTimer, in milliseconds.
   static constexpr int ui_update_interval = 500;
+  // How long the splash picture stands before the main window is shown, in milliseconds.
+  static constexpr int splash_time = 5000;
+  static constexpr std::string_view application_title = "ORL VESK";
 
-  // `ui` must outlive the form.
-  explicit TPreveskMainForm(user_interface& ui);
-  ~TPreveskMainForm() override;
+  // Reads the settings from `settings_file`. `ui` must outlive the form and is not spoken to yet.
+  TPreveskMainForm(user_interface& ui, const std::filesystem::path& settings_file,
+                   configuration::access settings_access = configuration::access::read_and_save);
+  ~TPreveskMainForm() override; // saves the settings
 
   // State.
+  configuration settings;
   bool quit_after_run = false;
   bool run_on_start = false;
-  bool run_time_grid_always_visible = false;
   model_thread* active_thread = nullptr; // the one job; null when idle. It frees itself.
-  std::string base_caption = " TALMO VESK";
-  std::string file_name;               // of the data set; empty for a new one
-  std::string import_file_name;        // of the last import or export
-  std::filesystem::path log_file_name; // the template for the jobs' logs
-  std::filesystem::path engine_path;   // of the engine library
-  catalogue_source catalogue;
-  query_executor execute_query;       // how a stored query is run
-  bool skip_deferred_queries = false; // run on the stored points
+  std::string base_caption;              // the title without the data set
+  std::string file_name;                 // of the data set; empty for a new one
+  std::string import_file_name;          // of the last import or export
+  std::filesystem::path log_file_name;   // the template for the jobs' logs
+  std::filesystem::path engine_path;     // of the engine library
+  catalogue_source catalogue;            // of the folder DatabaseDir; see set_database_folder
+  query_executor execute_query;          // how a stored query is run
+  bool skip_deferred_queries = false;    // run on the stored points
   std::unique_ptr<prevesk_dataset_data_type> current_data_set;
   std::unique_ptr<prevesk_dataset_data_type> backup_data_set; // the snapshot; null exactly when the other is
+  // Folders, each ending in a separator. The first two are the program's own where the user has none.
+  std::string application_data_directory;
+  std::string documents_directory;
+  std::string program_directory;
+  std::string documentation_directory;                    // of the index and its documents
+  std::map<std::string, std::string> documentation_links; // by menu caption: a file in that folder, or a link
+  std::unique_ptr<priority_platform> priorities;          // of the job that goes
+  std::string_view priority_word;                         // of the last change of priority
+  // How programs outside are started and documents opened; arguments, or file or link, and the working folder.
+  std::function<bool(const std::vector<std::string>&, const std::filesystem::path&)> start_outside_program =
+      start_program;
+  std::function<void(const std::string&, const std::filesystem::path&)> open_outside = open_with_desktop;
+
+  // The main window's life: when it has been made, when it is shown for the first time, when it closes.
+  void FormCreate();
+  void FormShow(std::span<const std::string> arguments);
+  void FormClose();
+  void save_settings() { settings.save_all(); }
 
   // Start.
   // Looks at the arguments in order: opens files at once, notes options. Options are recognised in any case.
@@ -70,6 +97,8 @@ public:
       std::span<const std::string> arguments, const std::function<bool()>& keep_going = [] { return true; });
   // Tells whether the catalogue can be opened, asks once for another folder when it cannot.
   void check_database();
+  void select_database_folder();                       // asks for DatabaseDir
+  void set_database_folder(const std::string& folder); // takes it, with a separator at its end
 
   // Captions, commands, snapshots.
   void update_caption();
@@ -78,8 +107,48 @@ public:
   void commit_snapshot();
   void restore_snapshot();
 
+  // Editors: a snapshot, the form, and the snapshot back on anything but OK. Without a data set they do nothing.
+  void ParameterizationItemClick(); // the "Data set" dialog
+  void SystemsItemClick();
+  void SegmentsItemClick();
+  void ParametersItemClick(); // of the segments
+  void ConstantsItemClick();
+  void ExchangesItemClick();
+  void FlowsItemClick();
+  void LoadsItemClick();
+  void BoundariesItemClick();
+  void TimeFunctionsItemClick();
+  void PrintIntervalItemClick();
+  void TimestepItemClick(); // no control is bound to it
+  void OutputcontrolItemClick();
+
+  // Other dialogs.
+  void EditProjectItemClick();
+  void PreferencesItemClick();
+  void AboutItemClick();
+  void ExitItemClick();
+  void FennExitItemClick();
+  void FennPreveskItemClick() {}        // on purpose
+  void PreProcessorToolButtonClick() {} // on purpose
+
+  // Diagnostics. Both only switch on; the preferences switch off too.
+  void EnableloggingItemClick() { set_logging_enabled(true); }
+  void EnabledebugmodeItemClick() { set_diagnostic_level(2); }
+  void DictionaryItemClick();
+
+  // Outside.
+  void populate_documentation_menu();
+  void DocumentationItemClick(const std::string& caption);
+  void ContentsItemClick();
+  void LoadPostProcessorItemClick();
+  void HAVLEPostProcessorToolButtonClick();
+  void Checkforupdates1Click();
+  void Setdatabasefolder1Click();
+  bool launch_process(const std::string& command_line);
+
   // Files. A failure is told in a box and counted in `failures`.
   void new_data_set();
+  void NewItemClick() { new_data_set(); }
   void open_file(const std::string& name);
   bool load_data_file(const std::string& name); // true also when the failure has been told already
   bool open_project_file(const std::string& name);
@@ -97,6 +166,8 @@ public:
   void RunModelButtonClick(); // starts a run, or cancels the one that goes
   void cancel_job();          // asks the job that goes to stop
   // The launchers; without a data set they do nothing.
+  void ImportNetworkButtonClick() { start_import_network(); }
+  void ValidateInputItemClick() { start_validity_check(); } // no control is bound to it
   void start_import_export(bool import);
   void start_validity_check();
   void start_read_hyd_file() override;
@@ -107,6 +178,9 @@ public:
   // Executes the deferred queries of the data set itself, so that they become plain series. False: failed, and told;
   // the data set is as before.
   bool execute_all_deferred_queries();
+  void ExectutealldeferredqueriesItemClick(); // the same, once the user agrees
+  bool change_priority(int position);         // of the job that goes, 0 to 6; false: refused
+  void PriorityTrackBarChange(int position);
   void UpdateTimerTimer();
   const job_outcome& last_job() const { return last_job_; }
 
@@ -131,6 +205,11 @@ private:
     bool invert = false;
   };
 
+  void edit(form_id form, void (TPreveskMainForm::*on_ok)() = nullptr, bool exchange_mode = false);
+  void update_menus_and_caption();
+  void find_boundaries();
+  void restore_geometry();
+  void start_post_processor(const std::string& program);
   void report_failure(const std::string& text);
   void make_data_sets();
   enum class load_result { loaded, cannot_open, refused }; // refused: data set and name are as they were

@@ -5,6 +5,7 @@
 
 #include "app/file_names.h"
 #include "app/time_remaining.h"
+#include "app/worker_priority.h"
 
 #include <ctime>
 
@@ -54,8 +55,10 @@ bool TPreveskMainForm::start_job(const prevesk_dataset_data_type& data_set, job_
   last_job_ = {};
   const auto log_name = logging_enabled() ? log_file_name : std::filesystem::path();
   active_thread = new model_thread(*this, library_, data_set, code, name, log_name);
+  priorities = std::make_unique<worker_priority>(*active_thread);
   active_thread->OnTerminate = [this, end_handler](ResizableThread*) {
     note_end_of_job();
+    priorities.reset();
     try {
       (this->*end_handler)();
     } catch (const std::exception& error) {
@@ -98,6 +101,7 @@ void TPreveskMainForm::RunModelButtonClick() {
   }
   if (!start_job(copy, job_code::run, file_name, &TPreveskMainForm::run_end)) return;
   ui_.show_run_controls(true);
+  ui_.set_priority_position(active_thread->priority_position);
   active_thread->Resume();
   update_menus();
 }
@@ -110,7 +114,7 @@ void TPreveskMainForm::cancel_job() {
 void TPreveskMainForm::run_end() {
   active_thread = nullptr;
   ui_.show_run_controls(false);
-  if (!run_time_grid_always_visible) ui_.show_results_grid(false);
+  if (!settings.RunTimeGridAlwaysVisible) ui_.show_results_grid(false);
   ui_.set_progress(0);
   ui_.set_info_label("");
   ui_.set_time_remaining_label("");
@@ -215,6 +219,28 @@ bool TPreveskMainForm::execute_all_deferred_queries() {
   ++failures_;
   ui_.message_box("Live query error", failure, box_buttons::ok);
   return false;
+}
+
+void TPreveskMainForm::ExectutealldeferredqueriesItemClick() {
+  if (!current_data_set) return;
+  const box_answer answer =
+      ui_.message_box("Execute all deferred queries?",
+                      "This will execute all deferred queries and place the query results\r\n"
+                      " in the appropriate tables within the VKI file. Are you sure that\r\n you wish to do this?",
+                      box_buttons::yes_no);
+  if (answer == box_answer::yes) execute_all_deferred_queries();
+}
+
+bool TPreveskMainForm::change_priority(int position) {
+  if (!vesk::change_priority(position, active_thread->priority_position, *priorities)) return false;
+  priority_word = priority_words[position];
+  return true;
+}
+
+void TPreveskMainForm::PriorityTrackBarChange(int position) {
+  if (!active_thread || change_priority(position)) return;
+  ui_.set_priority_position(active_thread->priority_position);
+  add_info_line("Could not change model priority", icon_failure);
 }
 
 void TPreveskMainForm::UpdateTimerTimer() {

@@ -1,6 +1,8 @@
 // The one way in which the program speaks to its user. The window, the console and the tests each have their own.
 #pragma once
 
+#include "app/forms.h"
+
 #include <optional>
 #include <string>
 #include <vector>
@@ -30,18 +32,47 @@ struct command_conditions {
   friend bool operator==(const command_conditions&, const command_conditions&) = default;
 };
 
+// Where the main window stands, in the toolkit's own units, and how high its results grid is.
+struct window_geometry {
+  int results_table_height = 0;
+  int left = 0;
+  int top = 0;
+  int width = 0;
+  int height = 0;
+  int state = window_normal;
+
+  enum : int { window_normal = 0, window_minimised = 1, window_maximised = 2 };
+  friend bool operator==(const window_geometry&, const window_geometry&) = default;
+};
+
 // All members are called on the main thread.
 class user_interface {
 public:
   virtual ~user_interface() = default;
 
   virtual box_answer message_box(const std::string& title, const std::string& text, box_buttons buttons) = 0;
-  virtual std::optional<std::string> ask_file(const file_dialog& dialog) = 0;  // nothing: cancelled
-  virtual std::optional<std::string> ask_folder(const std::string& title) = 0; // nothing: cancelled
-  virtual void set_busy(bool busy) = 0;                                        // the hourglass
+  virtual std::optional<std::string> ask_file(const file_dialog& dialog) = 0; // nothing: cancelled
+  // Begins at the folder `start`. Nothing: cancelled.
+  virtual std::optional<std::string> ask_folder(const std::string& title, const std::string& start) = 0;
+  virtual void set_busy(bool busy) = 0; // the hourglass
+
+  // Shows a dialog and returns when it has been closed: true by OK. `exchange_mode` is of TExchangesFlowsForm alone.
+  virtual bool show_form(form_id form, bool exchange_mode) = 0;
+
+  // The main window. `set_commands` also makes PreveskMainMenu its menu.
   virtual void set_caption(const std::string& caption) = 0;
   virtual void set_commands(const command_conditions& conditions) = 0;
   virtual void close_main_window() = 0;
+
+  // The main window's start and end. A front end without a window has none of this.
+  virtual window_geometry geometry() { return {}; }
+  virtual void set_geometry(const window_geometry&) {}
+  virtual void minimise_main_window() {}
+  virtual void hide_splash() {}
+  virtual void show_administration_menu(bool) {}
+  virtual void set_picture_mask(const picture_mask&, const std::string&) {} // the mask for the field named
+  virtual void add_documentation_item(const std::string&) {}                // its caption, without a mnemonic
+  virtual void set_priority_position(int) {}                                // of the track bar, 0 to 6
 
   // Names the file that the next messages are about, for a front end that shows them without their context; empty:
   // nothing in particular.

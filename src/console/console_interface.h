@@ -32,8 +32,9 @@ public:
 
   box_answer message_box(const std::string& title, const std::string& text, box_buttons buttons) override;
   std::optional<std::string> ask_file(const file_dialog&) override { return {}; }
-  std::optional<std::string> ask_folder(const std::string&) override { return {}; }
+  std::optional<std::string> ask_folder(const std::string&, const std::string&) override { return {}; }
   void set_busy(bool) override {}
+  bool show_form(form_id, bool) override { return false; }
   void set_caption(const std::string&) override {}
   void set_commands(const command_conditions&) override {}
   void close_main_window() override {}

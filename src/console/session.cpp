@@ -18,7 +18,8 @@ constexpr milliseconds last_farewell(2000);
 
 } // namespace
 
-session::session(const console_options& options, console_interface& ui) : options_(options), ui_(ui), form_(ui) {}
+session::session(const console_options& options, console_interface& ui)
+    : options_(options), ui_(ui), form_(ui, settings_file::default_path(), configuration::access::read_only) {}
 
 int session::run() {
   set_up();
@@ -33,7 +34,7 @@ int session::run() {
 
 void session::set_up() {
   if (options_.engine) form_.engine_path = *options_.engine;
-  if (options_.catalogue) form_.catalogue.set_directory(*options_.catalogue);
+  if (options_.catalogue) form_.set_database_folder(*options_.catalogue);
   form_.set_logging_enabled(options_.log);
   form_.skip_deferred_queries = options_.no_queries;
   if (options_.log_directory) form_.log_file_name = std::filesystem::path(*options_.log_directory) / "LOG.TXT";

@@ -1,6 +1,8 @@
 #include "platform/program_paths.h"
 
 #include <cstdlib>
+#include <fstream>
+#include <string>
 #include <unistd.h>
 
 namespace vesk {
@@ -22,6 +24,40 @@ fs::path state_directory() {
   if (const char* state = std::getenv("XDG_STATE_HOME"); state && *state == '/') return fs::path(state) / "vesk";
   const char* home = std::getenv("HOME");
   return fs::path(home && *home ? home : "/tmp") / ".local" / "state" / "vesk";
+}
+
+namespace {
+
+fs::path absolute_from(const char* variable) {
+  const char* value = std::getenv(variable);
+  return value && *value == '/' ? fs::path(value) : fs::path();
+}
+
+// The folder in a line of user-dirs.dirs: NAME="$HOME/folder" or NAME="/folder"; empty in any other line.
+fs::path folder_in_line(const std::string& line, const std::string& name, const fs::path& home) {
+  const std::string head = name + "=\"", from_home = "$HOME/";
+  if (!line.starts_with(head) || !line.ends_with('"') || line.size() == head.size()) return {};
+  const std::string value = line.substr(head.size(), line.size() - head.size() - 1);
+  if (value.starts_with(from_home)) return home / value.substr(from_home.size());
+  return value.starts_with('/') ? fs::path(value) : fs::path();
+}
+
+} // namespace
+
+fs::path user_data_directory() {
+  const fs::path told = absolute_from("XDG_DATA_HOME"), home = absolute_from("HOME");
+  if (!told.empty()) return told;
+  return home.empty() ? fs::path() : home / ".local/share";
+}
+
+fs::path user_documents_directory() {
+  const fs::path home = absolute_from("HOME");
+  if (home.empty()) return {};
+  const fs::path told = absolute_from("XDG_CONFIG_HOME");
+  std::ifstream file((told.empty() ? home / ".config" : told) / "user-dirs.dirs");
+  for (std::string line; std::getline(file, line);)
+    if (const fs::path folder = folder_in_line(line, "XDG_DOCUMENTS_DIR", home); !folder.empty()) return folder;
+  return home / "Documents";
 }
 
 bool is_writable_directory(const fs::path& directory) {

@@ -16,7 +16,7 @@ class FileCommands : public testing::Test {
 protected:
   FileCommands() {
     write_behaviour_catalogue(folder.path);
-    form.catalogue.set_directory(folder.path);
+    form.set_database_folder(folder.path);
   }
 
   // A data file with a segment of the given name.
@@ -35,7 +35,7 @@ protected:
 
   temporary_folder folder;
   noting_interface ui;
-  TPreveskMainForm form{ui};
+  TPreveskMainForm form{ui, folder.path / "settings.ini"};
 };
 
 TEST_F(FileCommands, OpenByExtensionInAnyCase) {
@@ -200,7 +200,7 @@ TEST_F(FileCommands, ASnapshotRestoresTheDataSet) {
 }
 
 TEST_F(FileCommands, AMissingCatalogueIsAskedForOnce) {
-  form.catalogue.set_directory(folder.path / "gone");
+  form.set_database_folder(folder.path / "gone");
   form.new_data_set();
   ASSERT_EQ(ui.boxes.size(), 2U);
   EXPECT_TRUE(ui.boxes[0].starts_with("Cannot locate database: Unable to find ORLVesk database in folder\r\n"));

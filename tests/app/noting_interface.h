@@ -3,7 +3,9 @@
 
 #include "app/user_interface.h"
 
+#include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace vesk {
@@ -17,15 +19,32 @@ public:
   command_conditions commands;
   bool closed = false;
   box_answer answer = box_answer::ok;
-  std::optional<std::string> file;   // the answer to the next file dialogs
-  std::optional<std::string> folder; // the answer to the next folder dialogs
+  std::optional<std::string> file;             // the answer to the next file dialogs
+  std::optional<std::string> folder;           // the answer to the next folder dialogs
+  std::string asked_from;                      // where the last folder dialog began
+  std::vector<std::pair<form_id, bool>> forms; // with the exchange mode
+  std::function<void()> in_form;               // what is done in a form
+  bool form_result = true;
+  window_geometry window{100, 10, 20, 800, 600, window_geometry::window_normal};
+  std::vector<std::string> steps; // of the window's start
+  std::vector<std::string> masks; // "form.field mask"
+  std::vector<std::string> documents;
+  int priority_position = -1;
 
   box_answer message_box(const std::string& title, const std::string& text, box_buttons) override {
     boxes.push_back(title + ": " + text);
     return answer;
   }
   std::optional<std::string> ask_file(const file_dialog&) override { return file; }
-  std::optional<std::string> ask_folder(const std::string&) override { return folder; }
+  std::optional<std::string> ask_folder(const std::string&, const std::string& start) override {
+    asked_from = start;
+    return folder;
+  }
+  bool show_form(form_id form, bool exchange_mode) override {
+    forms.emplace_back(form, exchange_mode);
+    if (in_form) in_form();
+    return form_result;
+  }
   void set_busy(bool) override {}
   void set_caption(const std::string& text) override { caption = text; }
   void set_commands(const command_conditions& conditions) override { commands = conditions; }
@@ -41,6 +60,17 @@ public:
   }
   void show_results_grid(bool visible) override { shown.push_back(visible ? "grid on" : "grid off"); }
   void repaint_results_grid() override { shown.push_back("repaint"); }
+
+  window_geometry geometry() override { return window; }
+  void set_geometry(const window_geometry& geometry) override { window = geometry; }
+  void minimise_main_window() override { steps.push_back("minimised"); }
+  void hide_splash() override { steps.push_back("splash hidden"); }
+  void show_administration_menu(bool visible) override { steps.push_back(visible ? "administration" : "no one"); }
+  void set_picture_mask(const picture_mask& mask, const std::string& value) override {
+    masks.push_back(std::string(mask.form) + "." + std::string(mask.field) + " " + value);
+  }
+  void add_documentation_item(const std::string& text) override { documents.push_back(text); }
+  void set_priority_position(int position) override { priority_position = position; }
 
   // The boxes since the last call.
   std::vector<std::string> take_boxes() { return std::exchange(boxes, {}); }

@@ -17,7 +17,7 @@ class RunControl : public testing::Test {
 protected:
   RunControl() {
     write_behaviour_catalogue(folder.path);
-    form.catalogue.set_directory(folder.path);
+    form.set_database_folder(folder.path);
     form.engine_path = MISBEHAVING_ENGINE;
     form.file_name = "river.vki";
   }
@@ -42,7 +42,7 @@ protected:
 
   temporary_folder folder;
   noting_interface ui;
-  TPreveskMainForm form{ui};
+  TPreveskMainForm form{ui, folder.path / "settings.ini"};
 };
 
 TEST_F(RunControl, ARunWorksOnACopyAndShowsItsControls) {
@@ -168,8 +168,15 @@ TEST_F(RunControl, QueriesOfARunLeaveTheDataSetAndThoseOfTheCommandChangeIt) {
   EXPECT_FALSE(form.execute_all_deferred_queries()); // fails at the second: both are as before
   EXPECT_TRUE(form.current_data_set->print_intervals.points.empty());
   EXPECT_TRUE(form.current_data_set->print_intervals.query->deferred);
-  EXPECT_TRUE(form.execute_all_deferred_queries());
-  EXPECT_EQ(form.current_data_set->time_steps.points.size(), 1U);
+  ui.take_boxes();
+  for (const box_answer answer : {box_answer::no, box_answer::yes}) {
+    ui.answer = answer;
+    form.ExectutealldeferredqueriesItemClick();
+    EXPECT_EQ(form.current_data_set->time_steps.points.size(), answer == box_answer::yes ? 1U : 0U);
+  }
+  EXPECT_EQ(ui.boxes, lines(2, "Execute all deferred queries?: This will execute all deferred queries and place the "
+                               "query results\r\n in the appropriate tables within the VKI file. Are you sure "
+                               "that\r\n you wish to do this?"));
   EXPECT_FALSE(form.current_data_set->time_steps.query->deferred);
 }
 
@@ -198,6 +205,45 @@ TEST_F(RunControl, TheGridReadsTheEnginesArrayUntilTheEnd) {
   form.cancel_job();
   finish();
   EXPECT_EQ(form.results_cell(0, 0), std::nullopt);
+}
+
+// A platform that refuses all but to stop and to go on.
+struct grudging_platform final : priority_platform {
+  explicit grudging_platform(ResizableThread& thread) : worker(thread) {}
+  bool suspend() override { return worker.Suspend(), true; }
+  bool resume() override { return worker.Resume(), true; }
+  bool set_process_class(process_class) override { return false; }
+  bool set_thread_priority(int) override { return false; }
+  ResizableThread& worker;
+};
+
+TEST_F(RunControl, AChangeOfPriorityThatIsRefusedTakesTheBarBack) {
+  form.PriorityTrackBarChange(5); // no job
+  make_data("waits for cancel");
+  form.RunModelButtonClick();
+  EXPECT_EQ(ui.priority_position, 3);
+  while (ui.lines.empty()) wait_and_synchronize(std::chrono::milliseconds(1));
+  form.priorities = std::make_unique<grudging_platform>(*form.active_thread);
+  form.PriorityTrackBarChange(6);
+  EXPECT_EQ(ui.priority_position, 3);
+  EXPECT_EQ(ui.lines, (lines{"0 waiting", "2 Could not change model priority"}));
+}
+
+TEST_F(RunControl, AStoppedJobSeesACancelOnceItIsMoved) {
+  make_data("waits for cancel");
+  form.RunModelButtonClick();
+  while (ui.lines.empty()) wait_and_synchronize(std::chrono::milliseconds(1));
+  form.PriorityTrackBarChange(0);
+  EXPECT_EQ(form.priority_word, "Stopped");
+  EXPECT_TRUE(form.active_thread->Suspended());
+  form.cancel_job();
+  for (int i = 0; i < 20; ++i) wait_and_synchronize(std::chrono::milliseconds(2));
+  ASSERT_NE(form.active_thread, nullptr);
+  form.PriorityTrackBarChange(1);
+  EXPECT_EQ(form.priority_word, "Idle");
+  EXPECT_EQ(form.active_thread->GetPriority(), tpLowest);
+  finish();
+  EXPECT_TRUE(form.last_job().cancelled);
 }
 
 TEST_F(RunControl, ACancelledCheckGivesNoVerdict) {

@@ -14,7 +14,10 @@ namespace {
 
 class VeskRun : public testing::Test {
 protected:
-  VeskRun() { write_behaviour_catalogue(folder.path); }
+  VeskRun() {
+    write_behaviour_catalogue(folder.path);
+    setenv("XDG_CONFIG_HOME", folder.path.c_str(), 1); // not the settings of who runs the tests
+  }
 
   // A data file on which the engine behaves as named.
   std::string make_file(const std::string& behaviour, bool deferred = false) {
@@ -134,6 +137,15 @@ TEST_F(VeskRun, AFailedCheckEndsTheWork) {
                             ": Problems were detected\nvesk-run: Tracer system has no boundaries.\n");
   EXPECT_EQ(result.status, 1);
   EXPECT_FALSE(std::filesystem::exists(folder.file("never.vki")));
+}
+
+TEST_F(VeskRun, ReadsTheSettingsAndLeavesThemAlone) {
+  const std::string file = make_file("says run");
+  const std::string stored = "[SOFTWARE\\TALMO\\VESK\\7.0]\nDatabaseDir=" + folder.path.string() + "\n";
+  std::filesystem::create_directory(folder.path / "vesk");
+  folder.write("vesk/settings.ini", stored);
+  EXPECT_EQ(run_program(VESK_RUN, {"--engine", MISBEHAVING_ENGINE, file, "-RUN"}, 0).out, "run\n");
+  EXPECT_EQ(folder.read("vesk/settings.ini"), stored);
 }
 
 TEST_F(VeskRun, TellsAboutItself) {

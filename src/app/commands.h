@@ -1,0 +1,62 @@
+// The commands of the main window as tables: what each control is bound to, when it is enabled, and where it stands.
+#pragma once
+
+#include "app/user_interface.h"
+
+#include <span>
+#include <string_view>
+
+namespace vesk {
+
+class TPreveskMainForm;
+
+// When a control is enabled. `unmanaged` ones are never touched: they follow their menu.
+enum class command_condition { unmanaged, always, idle, idle_and_data, has_data, has_model, ready };
+
+bool is_enabled(command_condition condition, const command_conditions& now);
+
+// One control: a menu, a menu item or a tool button. Several controls may share a handler.
+struct command_row {
+  std::string_view name;
+  command_condition condition = command_condition::unmanaged;
+  void (TPreveskMainForm::*handler)() = nullptr; // null: the control does nothing of its own
+};
+
+std::span<const command_row> command_table();
+
+// The row of a control. The name must be one of the table's.
+const command_row& find_command(std::string_view name);
+
+// One line of a menu, in order. "&" marks the mnemonic; `caption` "-" is a line between groups. A row of depth 0 is a
+// menu of its own, the rows of greater depth behind it are its items.
+struct menu_row {
+  int depth;
+  std::string_view name; // of the control; empty for a line
+  std::string_view caption;
+  std::string_view shortcut = {}; // as "Ctrl+O"; empty for none
+};
+
+std::span<const menu_row> main_menu(); // PreveskMainMenu, the window's menu from its first showing on
+std::span<const menu_row> fenn_menu(); // FennMainMenu, the short one that it is made with
+
+// One button of the tool bar, in order.
+struct tool_row {
+  std::string_view name; // of the control; empty for a gap
+  int image = 0;         // position in the tool bar's images
+  std::string_view hint = {};
+};
+
+std::span<const tool_row> tool_bar();
+
+// What the run button and its two menu items show while no run goes, or while one does. Before the first run the
+// button still has the hint of the tool bar's table.
+struct run_face {
+  int image;                // of RunModelButton
+  std::string_view hint;    // of RunModelButton
+  std::string_view execute; // the caption of ExecuteModelItem
+  std::string_view fenn;    // the caption of FennRunModelItem
+};
+
+const run_face& face_of_run_controls(bool running);
+
+} // namespace vesk

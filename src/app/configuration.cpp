@@ -1,0 +1,92 @@
+#include "app/configuration.h"
+
+#include "app/catalogue_source.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <limits>
+
+namespace vesk {
+
+registry_configuration::registry_configuration(std::string_view company, std::string_view product,
+                                               std::string_view version, const std::filesystem::path& file)
+    : section_("SOFTWARE\\" + std::string(company) + "\\" + std::string(product) + "\\" + std::string(version)),
+      file_(file) {
+  read("AdministrationMode", AdministrationMode);
+}
+
+void registry_configuration::read(std::string_view name, std::string& value) const {
+  constexpr std::size_t longest = 1024;
+  if (const auto text = file_.get(section_, name)) value = text->substr(0, longest);
+}
+
+void registry_configuration::read(std::string_view name, int& value) const {
+  const auto text = file_.get(section_, name);
+  if (!text || text->empty()) return;
+  using limits = std::numeric_limits<int>;
+  value = static_cast<int>(std::clamp<long>(std::strtol(text->c_str(), nullptr, 10), limits::min(), limits::max()));
+}
+
+void registry_configuration::read(std::string_view name, bool& value) const {
+  int number = value ? 1 : 0;
+  read(name, number);
+  value = number != 0;
+}
+
+template <class Visit>
+void configuration::each_value(Visit visit) {
+// The name of a value is the name of its member.
+#define VESK_SETTING(member) visit(#member, member)
+  VESK_SETTING(ApplicationName);
+  VESK_SETTING(EditionName);
+  VESK_SETTING(PostProcessor);
+  VESK_SETTING(HavlePostProcessor);
+  VESK_SETTING(ExpertStyle);
+  VESK_SETTING(ResultsTableHeight);
+  VESK_SETTING(MainFormLeft);
+  VESK_SETTING(MainFormTop);
+  VESK_SETTING(MainFormWidth);
+  VESK_SETTING(MainFormHeight);
+  VESK_SETTING(MainFormWindowState);
+  VESK_SETTING(RunTimeGridAlwaysVisible);
+  VESK_SETTING(EditProjectBasicNumericField);
+  VESK_SETTING(BoundarySystemNumericField);
+  VESK_SETTING(ConstantsBasicNumericField);
+  VESK_SETTING(ExchangeFlowFieldNumericField);
+  VESK_SETTING(ExchangeFlowPairNumericField);
+  VESK_SETTING(LoadsSystemNumericField);
+  VESK_SETTING(MainFormResultsNumericField);
+  VESK_SETTING(ParameterBasicNumericField);
+  VESK_SETTING(PrintIntervalBasicNumericField);
+  VESK_SETTING(SegmentsBasicNumericField);
+  VESK_SETTING(SegmentsInitialConcentrationsNumericField);
+  VESK_SETTING(SegmentsFractionDissolvedNumericField);
+  VESK_SETTING(SysParamsBasicNumericField);
+  VESK_SETTING(TimeStepBasicNumericField);
+  VESK_SETTING(BoundaryTimeFunctionValueSimpleField);
+  VESK_SETTING(ConstantsBasicSimpleField);
+  VESK_SETTING(ExchangeFlowTimeFunctionValueSimpleField);
+  VESK_SETTING(LoadsTimeFunctionValueSimpleField);
+  VESK_SETTING(SegmentsBasicValueSimpleField);
+  VESK_SETTING(SegmentsInitSimpleField);
+  VESK_SETTING(SegmentsParametersSimpleField);
+  VESK_SETTING(TimeFunctionsBasicSimpleField);
+  VESK_SETTING(SegmentsVolumeConversionFactorPictureField);
+  VESK_SETTING(SegmentsVolumeScaleFactorPictureField);
+  VESK_SETTING(DatabaseDir);
+#undef VESK_SETTING
+}
+
+configuration::configuration(const std::filesystem::path& file, access granted)
+    : registry_configuration("TALMO", "VESK", "7.0", file),
+      DatabaseDir((catalogue_source::default_directory() / "").string()), access_(granted) {
+  each_value([this](std::string_view name, auto& member) { read(name, member); });
+}
+
+void configuration::save_all() {
+  if (access_ == access::read_only) return;
+  each_value([this](std::string_view name, const auto& member) { write(name, member); });
+  save();
+}
+
+} // namespace vesk

@@ -1,0 +1,111 @@
+// What the program opens outside itself: documents, post-processors, the updater, and the dictionary file.
+#include "app/documentation.h"
+#include "app/main_form.h"
+#include "shell/dictionary.h"
+
+#include <cstdio>
+
+namespace vesk {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const file_dialog dictionary_dialog{file_dialog::kind::save, "", "Dictionary Text|*.txt", "txt"};
+
+bool is_link(const std::string& text) {
+  for (const char* head : {"http://", "https://", "HTTP://", "HTTPS://"})
+    if (text.find(head) != std::string::npos) return true;
+  return false;
+}
+
+// Whether a file can be made in the folder, found out by making one.
+bool can_make_a_file_in(const std::string& folder) {
+  const std::string probe = folder + "vesk.testcreate";
+  std::FILE* file = std::fopen(probe.c_str(), "wxe");
+  if (!file) return false;
+  std::fclose(file);
+  std::remove(probe.c_str());
+  return true;
+}
+
+} // namespace
+
+void TPreveskMainForm::populate_documentation_menu() {
+  try {
+    read_documentation_index(documentation_directory + "documentation.xml",
+                             [this](const std::string& name, const std::string& file) {
+                               ui_.add_documentation_item(name);
+                               documentation_links[name] = file;
+                             });
+  } catch (const xml_error& error) {
+    add_info_line(std::string("Unable to populate document menu") + error.what(), icon_plain);
+  } catch (const xml_parse_error& error) {
+    add_info_line(std::string("Caught exception populating document menu: ") + error.what(), icon_plain);
+  } catch (...) {
+    add_info_line("Caught unexpected exception populating document menu", icon_plain);
+  }
+}
+
+void TPreveskMainForm::DocumentationItemClick(const std::string& caption) {
+  const auto found = documentation_links.find(caption);
+  if (found == documentation_links.end()) return;
+  const std::string& text = found->second;
+  open_outside(is_link(text) ? text : documentation_directory + text, documentation_directory);
+}
+
+void TPreveskMainForm::ContentsItemClick() {
+  open_outside(documentation_directory + "user-guide.html", documentation_directory);
+}
+
+bool TPreveskMainForm::launch_process(const std::string& command_line) {
+  return start_outside_program(split_command_line(command_line), {});
+}
+
+void TPreveskMainForm::start_post_processor(const std::string& program) {
+  if (!launch_process(file_name.empty() ? program : program + " \"" + file_name + "\""))
+    ui_.message_box("Error", "Could not create post-processor process.", box_buttons::ok);
+}
+
+void TPreveskMainForm::LoadPostProcessorItemClick() {
+  start_post_processor(settings.PostProcessor);
+}
+
+void TPreveskMainForm::HAVLEPostProcessorToolButtonClick() {
+  start_post_processor(settings.HavlePostProcessor);
+}
+
+void TPreveskMainForm::Checkforupdates1Click() {
+  if (!can_make_a_file_in(program_directory)) {
+    ui_.message_box("Insufficient permission",
+                    "You do not have adequate permission to update this installation. \r\n"
+                    "Please contact your computer system administrator. \r\n"
+                    "You must have write access in the program directory \r\n" +
+                        program_directory,
+                    box_buttons::ok);
+    return;
+  }
+  const box_answer answer = ui_.message_box("Check for updates now?",
+                                            "This action will terminate vesk. All related programs \r\n"
+                                            "must be shut down for the update to succeed. Are you \r\n"
+                                            "sure that you wish to do this now?",
+                                            box_buttons::yes_no);
+  if (answer != box_answer::yes) return;
+  const std::string updater = program_directory + "orlupdate.exe";
+  if (start_outside_program({updater, "-i"}, program_directory))
+    ui_.close_main_window();
+  else
+    ui_.message_box("Error", "Failed to launch " + updater + " -i", box_buttons::ok);
+}
+
+void TPreveskMainForm::Setdatabasefolder1Click() {
+  select_database_folder();
+  check_database();
+}
+
+void TPreveskMainForm::DictionaryItemClick() {
+  const auto name = ui_.ask_file(dictionary_dialog);
+  if (name && write_dictionary_file(*name)) ui_.message_box("Complete", "Dictionary written", box_buttons::ok);
+}
+
+} // namespace vesk

@@ -1,0 +1,82 @@
+// The main window's start and end.
+#include "app/documentation.h"
+#include "app/file_names.h"
+#include "app/main_form.h"
+
+namespace vesk {
+
+void TPreveskMainForm::FormCreate() {
+  restore_geometry();
+  ui_.show_administration_menu(settings.administration_mode());
+}
+
+// A measure that has never been stored is 0 and leaves the window's own; so does one left of or above the screen.
+void TPreveskMainForm::restore_geometry() {
+  window_geometry now = ui_.geometry();
+  struct {
+    int stored;
+    int& measure;
+  } const measures[] = {{settings.ResultsTableHeight, now.results_table_height},
+                        {settings.MainFormLeft, now.left},
+                        {settings.MainFormTop, now.top},
+                        {settings.MainFormWidth, now.width},
+                        {settings.MainFormHeight, now.height}};
+  for (const auto& [stored, measure] : measures)
+    if (stored > 0) measure = stored;
+  now.state = settings.MainFormWindowState;
+  ui_.set_geometry(now);
+}
+
+void TPreveskMainForm::FormShow(std::span<const std::string> arguments) {
+  initialize_xml(); // without it the menu says what is wrong
+  populate_documentation_menu();
+  ui_.hide_splash();
+  update_caption();
+  update_menus();
+  if (settings.RunTimeGridAlwaysVisible) ui_.show_results_grid(true);
+  for (const picture_mask& mask : picture_masks()) ui_.set_picture_mask(mask, settings.*mask.value);
+  check_database();
+  const command_line_requests requests = walk_command_line(arguments);
+  run_on_start = requests.run;
+  if (requests.quit) quit_after_run = true;
+  if (requests.import_requested)
+    import_file(requests.import_name); // its end starts the run
+  else if (run_on_start)
+    RunModelButtonClick();
+}
+
+// A job that still runs is neither asked nor waited for.
+void TPreveskMainForm::FormClose() {
+  terminate_xml();
+  const window_geometry now = ui_.geometry();
+  settings.ResultsTableHeight = now.results_table_height;
+  settings.MainFormLeft = now.left;
+  settings.MainFormTop = now.top;
+  settings.MainFormWidth = now.width;
+  settings.MainFormHeight = now.height;
+  settings.MainFormWindowState = now.state;
+}
+
+command_line_requests TPreveskMainForm::walk_command_line(std::span<const std::string> arguments,
+                                                          const std::function<bool()>& keep_going) {
+  command_line_requests requests;
+  for (std::size_t i = 0; i < arguments.size(); ++i) {
+    const std::string option = upper_case(arguments[i]);
+    if (option == "-RUN") {
+      requests.run = true;
+      ui_.minimise_main_window();
+    } else if (option == "-EXPERT") {
+      // Recognised, without an effect.
+    } else if (option == "-QUIT") {
+      requests.quit = true;
+    } else if (option == "-IMPORT") {
+      requests.import_requested = true;
+      requests.import_name = i + 1 < arguments.size() ? arguments[++i] : std::string();
+    } else if (keep_going()) {
+      open_file(arguments[i]);
+    }
+  }
+  return requests;
+}
+
+} // namespace vesk

@@ -1,0 +1,105 @@
+#include "app/configuration.h"
+#include "temporary_folder.h"
+
+#include <gtest/gtest.h>
+
+namespace vesk {
+namespace {
+
+// A fresh store after the first exit, but for the database folder.
+const char* const all_defaults = R"([SOFTWARE\TALMO\VESK\7.0]
+ApplicationName=TALMO VESK
+EditionName=
+PostProcessor=jovik.exe
+HavlePostProcessor=havle.exe
+ExpertStyle=0
+ResultsTableHeight=0
+MainFormLeft=0
+MainFormTop=0
+MainFormWidth=0
+MainFormHeight=0
+MainFormWindowState=0
+RunTimeGridAlwaysVisible=0
+EditProjectBasicNumericField=#######.###
+BoundarySystemNumericField=EEEEEEE.EEEEEEE
+ConstantsBasicNumericField=#######.####
+ExchangeFlowFieldNumericField=EEEEEEE.EEEEEEE
+ExchangeFlowPairNumericField=EEEEEEE.EEEEEEE
+LoadsSystemNumericField=EEEEEEE.EEEEEEE
+MainFormResultsNumericField=############.######
+ParameterBasicNumericField=#######.####
+PrintIntervalBasicNumericField=#######.##
+SegmentsBasicNumericField=#######.####
+SegmentsInitialConcentrationsNumericField=#######.####
+SegmentsFractionDissolvedNumericField=#######.####
+SysParamsBasicNumericField=#######.####
+TimeStepBasicNumericField=####.####
+BoundaryTimeFunctionValueSimpleField=E
+ConstantsBasicSimpleField=E
+ExchangeFlowTimeFunctionValueSimpleField=E
+LoadsTimeFunctionValueSimpleField=E
+SegmentsBasicValueSimpleField=E
+SegmentsInitSimpleField=E
+SegmentsParametersSimpleField=E
+TimeFunctionsBasicSimpleField=E
+SegmentsVolumeConversionFactorPictureField=EEEEEEE.EEEEEEE
+SegmentsVolumeScaleFactorPictureField=EEEEEEE.EEEEEEE
+DatabaseDir=)";
+
+class Configuration : public testing::Test {
+protected:
+  configuration read(const std::string& values) const {
+    folder.write("a.ini", "[SOFTWARE\\TALMO\\VESK\\7.0]\n" + values);
+    return configuration(folder.path / "a.ini");
+  }
+  temporary_folder folder;
+};
+
+TEST_F(Configuration, TheFirstExitWritesAllValuesInTheirOrder) {
+  configuration fresh(folder.path / "a.ini");
+  EXPECT_EQ(fresh.DatabaseDir, (std::filesystem::read_symlink("/proc/self/exe").parent_path() / "database/").string());
+  fresh.DatabaseDir = "/rivers/";
+  fresh.save_all();
+  EXPECT_EQ(folder.read("a.ini"), std::string(all_defaults) + "/rivers/\n");
+}
+
+TEST_F(Configuration, TextsAreConverted) {
+  const configuration read_in = read("ExpertStyle=abc\nRunTimeGridAlwaysVisible=-2x\nMainFormLeft=12.7\n"
+                                     "MainFormTop=-4\nMainFormWidth=99999999999999\nMainFormHeight=\nEditionName=\n"
+                                     "ApplicationName= Blank \nAdministrationMode=1\nPostProcessor=" +
+                                     std::string(2000, 'p') + "\n");
+  EXPECT_FALSE(read_in.ExpertStyle);
+  EXPECT_TRUE(read_in.RunTimeGridAlwaysVisible);
+  EXPECT_EQ(read_in.MainFormLeft, 12);
+  EXPECT_EQ(read_in.MainFormTop, -4);
+  EXPECT_EQ(read_in.MainFormWidth, 2147483647);
+  EXPECT_EQ(read_in.MainFormHeight, 0);
+  EXPECT_EQ(read_in.ApplicationName, " Blank ");
+  EXPECT_EQ(read_in.PostProcessor.size(), 1024U);
+  EXPECT_TRUE(read_in.administration_mode());
+}
+
+TEST_F(Configuration, ChangesComeBackUnknownKeysSurviveAndTheAdministrationFlagIsNotWritten) {
+  configuration settings = read("Unknown=#1\nLoadsSystemNumericField=##\n");
+  settings.MainFormLeft = -7;
+  settings.ExpertStyle = true;
+  settings.HavlePostProcessor = "/opt/my havle --fast";
+  settings.save_all();
+  const configuration again(folder.path / "a.ini");
+  EXPECT_EQ(again.MainFormLeft, -7);
+  EXPECT_TRUE(again.ExpertStyle);
+  EXPECT_EQ(again.HavlePostProcessor, "/opt/my havle --fast");
+  EXPECT_EQ(again.LoadsSystemNumericField, "##");
+  EXPECT_FALSE(again.administration_mode());
+  const std::string text = folder.read("a.ini");
+  EXPECT_NE(text.find("\nUnknown=#1\n"), std::string::npos);
+  EXPECT_EQ(text.find("AdministrationMode"), std::string::npos);
+}
+
+TEST_F(Configuration, OneThatIsOnlyReadIsNeverWritten) {
+  configuration(folder.path / "a.ini", configuration::access::read_only).save_all();
+  EXPECT_FALSE(std::filesystem::exists(folder.path / "a.ini"));
+}
+
+} // namespace
+} // namespace vesk

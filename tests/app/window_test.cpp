@@ -1,0 +1,132 @@
+// The main window's start and end.
+#include "app/main_form.h"
+#include "behaviour_catalogue.h"
+#include "noting_interface.h"
+#include "temporary_folder.h"
+
+#include <gtest/gtest.h>
+
+namespace vesk {
+namespace {
+
+using lines = std::vector<std::string>;
+
+class Window : public testing::Test {
+protected:
+  Window() {
+    write_behaviour_catalogue(folder.path);
+    store("");
+  }
+  // Settings of this folder's catalogue and `values`.
+  void store(const std::string& values) {
+    folder.write("settings.ini", "[SOFTWARE\\TALMO\\VESK\\7.0]\nDatabaseDir=" + folder.path.string() + "/\n" + values);
+  }
+  std::unique_ptr<TPreveskMainForm> make() {
+    auto form = std::make_unique<TPreveskMainForm>(ui, folder.path / "settings.ini");
+    form->engine_path = MISBEHAVING_ENGINE;
+    form->documentation_directory = folder.path.string() + "/";
+    return form;
+  }
+  void finish(const TPreveskMainForm& form) {
+    while (form.active_thread || live_thread_count() > 0) wait_and_synchronize(std::chrono::milliseconds(1));
+  }
+
+  temporary_folder folder;
+  noting_interface ui;
+};
+
+TEST_F(Window, IsMadeWithWhatWasStored) {
+  store("ResultsTableHeight=0\nMainFormLeft=-4\nMainFormTop=1\nMainFormWidth=0\nMainFormHeight=700\n"
+        "MainFormWindowState=2\nAdministrationMode=1\nEditionName=Student\n");
+  const auto form = make();
+  form->FormCreate();
+  EXPECT_EQ(ui.window, (window_geometry{100, 10, 1, 800, 700, window_geometry::window_maximised}));
+  EXPECT_EQ(ui.steps, lines{"administration"});
+  EXPECT_EQ(form->base_caption, " TALMO VESK Student");
+  for (const std::string& directory :
+       {form->program_directory, form->documents_directory, form->application_data_directory})
+    EXPECT_TRUE(directory.starts_with('/') && directory.ends_with('/') && !directory.ends_with("//")) << directory;
+  store("ApplicationName=\n");
+  EXPECT_EQ(make()->base_caption, "");
+}
+
+TEST_F(Window, IsShownWithMenuMasksAndCatalogueLookedAt) {
+  store("RunTimeGridAlwaysVisible=1\nSegmentsParametersSimpleField=#.#\n");
+  const auto form = make();
+  form->FormShow({});
+  EXPECT_EQ(ui.lines.size(), 1U); // there is no index of documents
+  EXPECT_EQ(ui.steps, lines{"splash hidden"});
+  EXPECT_EQ(ui.shown, lines{"grid on"});
+  EXPECT_EQ(ui.caption, " TALMO VESK");
+  EXPECT_EQ(ui.commands, (command_conditions{true, false, false, false}));
+  EXPECT_EQ(ui.boxes, lines{});
+  EXPECT_EQ(ui.masks, (lines{"TEditProjectForm.BasicNumericField #######.###",
+                             "TBoundaryForm.SystemNumericField EEEEEEE.EEEEEEE",
+                             "TConstantsForm.BasicNumericField #######.####",
+                             "TExchangesFlowsForm.FieldNumericField EEEEEEE.EEEEEEE",
+                             "TExchangesFlowsForm.PairDoubleField EEEEEEE.EEEEEEE",
+                             "TLoadsForm.SystemNumericField EEEEEEE.EEEEEEE",
+                             "TPreveskMainForm.ResultsNumericField ############.######",
+                             "TParameterForm.BasicNumericField #######.####",
+                             "TPrintIntervalForm.BasicNumericField #######.##",
+                             "TSegmentForm.BasicNumericField #######.####",
+                             "TSegmentForm.InitialConcentrationsNumericField #######.####",
+                             "TSegmentForm.FractionDissolvedNumericField #######.####",
+                             "TSystemForm.BasicNumericField #######.####",
+                             "TTimeStepForm.BasicNumericField ####.####",
+                             "TBoundaryForm.TimeFunctionValueField E",
+                             "TConstantsForm.BasicSimpleField E",
+                             "TExchangesFlowsForm.TimeFunctionValueField E",
+                             "TLoadsForm.TimeFunctionSimpleValueField E",
+                             "TSegmentForm.BasicSimpleValueField E",
+                             "TSegmentForm.InitSimpleField E",
+                             "TSegmentForm.ParametersNumericField #.#",
+                             "TTimeFunctionsForm.BasicSimpleField E",
+                             "TSegmentForm.VolumeConversionFactorField EEEEEEE.EEEEEEE",
+                             "TSegmentForm.VolumeScaleFactorField EEEEEEE.EEEEEEE"}));
+  form->FormClose();
+}
+
+TEST_F(Window, TheCommandLineStartsARunOrAnImportThatARunFollows) {
+  struct {
+    lines arguments;
+    lines infos;
+    bool run, closed;
+  } const cases[] = {
+      {{"-run", "-Quit"}, {}, false, false}, // nothing to run
+      {{"-IMPORT", folder.file("a.inp")}, {"0 import 1"}, false, false},
+      {{"-IMPORT", folder.file("a.inp"), "-RUN", "-QUIT"}, {"0 import 1", "0 run"}, true, true},
+  };
+  for (const auto& c : cases) {
+    ui = {};
+    const auto form = make();
+    form->FormShow(c.arguments);
+    finish(*form);
+    ui.lines.erase(ui.lines.begin()); // about the index of documents
+    EXPECT_EQ(ui.lines, c.infos);
+    EXPECT_EQ(ui.closed, c.closed);
+    EXPECT_EQ(form->quit_after_run, c.arguments.back() != c.arguments[1] || c.arguments[1] == "-Quit");
+    EXPECT_EQ(ui.steps.back() == "minimised", c.run || c.arguments[0] == "-run");
+    form->FormClose();
+  }
+}
+
+TEST_F(Window, ItsPlaceAndTheDatabaseFolderAreStoredAtTheEnd) {
+  auto form = make();
+  ui.window = {111, 5, 6, 777, 555, window_geometry::window_maximised};
+  form->FormClose();
+  form->set_database_folder("/else");
+  EXPECT_EQ(folder.read("settings.ini").find("777"), std::string::npos); // not before
+  form.reset();
+  const configuration stored(folder.path / "settings.ini");
+  EXPECT_EQ(stored.ResultsTableHeight, 111);
+  EXPECT_EQ(stored.MainFormLeft, 5);
+  EXPECT_EQ(stored.MainFormTop, 6);
+  EXPECT_EQ(stored.MainFormWidth, 777);
+  EXPECT_EQ(stored.MainFormHeight, 555);
+  EXPECT_EQ(stored.MainFormWindowState, 2);
+  EXPECT_EQ(stored.DatabaseDir, "/else/");
+}
+
+} // namespace
+} // namespace vesk

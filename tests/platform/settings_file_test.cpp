@@ -1,0 +1,63 @@
+#include "platform/settings_file.h"
+#include "temporary_folder.h"
+
+#include <gtest/gtest.h>
+
+namespace vesk {
+namespace {
+
+namespace fs = std::filesystem;
+
+TEST(SettingsFile, AValueIsAllBehindTheFirstEqualsSign) {
+  const temporary_folder folder;
+  folder.write("a.ini", "loose=1\n[A\\B]\r\nmask=###.##;=x \r\nempty=\nnothing\n[C]\nmask=other\n");
+  const settings_file file(folder.path / "a.ini");
+  EXPECT_EQ(file.get("A\\B", "mask"), "###.##;=x ");
+  EXPECT_EQ(file.get("A\\B", "empty"), "");
+  EXPECT_EQ(file.get("C", "mask"), "other");
+  EXPECT_EQ(file.get("A\\B", "nothing"), std::nullopt);
+  EXPECT_EQ(file.get("A\\B", "loose"), std::nullopt);
+  EXPECT_EQ(file.get("D", "mask"), std::nullopt);
+}
+
+TEST(SettingsFile, WhatNobodyAsksForStaysAtItsPlace) {
+  const temporary_folder folder;
+  folder.write("a.ini", "; mine\n[A]\nold=1\nunknown=#2\n\n[B]\nold=3\n");
+  settings_file file(folder.path / "a.ini");
+  file.set("A", "old", "one\ntwo");
+  file.set("A", "new", "4");
+  file.set("C", "first", "5");
+  EXPECT_TRUE(file.save());
+  EXPECT_EQ(folder.read("a.ini"), "; mine\n[A]\nold=one two\nunknown=#2\nnew=4\n\n[B]\nold=3\n\n[C]\nfirst=5\n");
+}
+
+TEST(SettingsFile, DamageAndRefusalsAreSilent) {
+  const temporary_folder folder;
+  const std::string damaged("[A\0\xff]\n[A]\n=\n==\nname", 18);
+  folder.write("damaged", damaged);
+  settings_file file(folder.path / "damaged");
+  EXPECT_EQ(file.get("A", "name"), std::nullopt);
+  file.set("A", "name", "1");
+  EXPECT_TRUE(file.save());
+  EXPECT_EQ(folder.read("damaged"), damaged + "\nname=1\n");
+
+  settings_file fresh(folder.path / "new/folders/a.ini");
+  fresh.set("A", "name", "1");
+  EXPECT_TRUE(fresh.save());
+  EXPECT_EQ(folder.read("new/folders/a.ini"), "[A]\nname=1\n");
+  EXPECT_FALSE(settings_file(folder.path / "damaged/a.ini").save()); // a file where the folder should be
+  EXPECT_FALSE(settings_file(folder.path).save());                   // a folder where the file should be
+}
+
+TEST(SettingsFile, LiesInTheUsersConfigurationFolder) {
+  const char* before = std::getenv("XDG_CONFIG_HOME");
+  const std::string kept = before ? before : "";
+  setenv("XDG_CONFIG_HOME", "/somewhere", 1);
+  EXPECT_EQ(settings_file::default_path(), "/somewhere/vesk/settings.ini");
+  setenv("XDG_CONFIG_HOME", "relative", 1); // does not count
+  EXPECT_EQ(settings_file::default_path(), fs::path(std::getenv("HOME")) / ".config/vesk/settings.ini");
+  before ? setenv("XDG_CONFIG_HOME", kept.c_str(), 1) : unsetenv("XDG_CONFIG_HOME");
+}
+
+} // namespace
+} // namespace vesk
