@@ -4,6 +4,9 @@
 // copies the handles and the one block that is changed. Records are read by position or iterator and changed through
 // `edit`; a reference holds only until the list is next copied or changed. Counts are atomic: two copies may live in
 // two threads; one object belongs to one thread at a time.
+//
+// Values may be the list's own records. A change that fails for want of memory leaves the list as it was; only `resize`
+// may have appended some of its records. Records must move without throwing.
 #pragma once
 
 #include "dataset/shared_value.h"
@@ -11,6 +14,7 @@
 #include <cassert>
 #include <compare>
 #include <cstddef>
+#include <initializer_list>
 #include <iterator>
 #include <utility>
 #include <vector>
@@ -27,6 +31,15 @@ public:
   shared_list(std::initializer_list<T> values) {
     for (const T& value : values) push_back(value);
   }
+  shared_list(const shared_list&) = default;
+  shared_list(shared_list&& other) noexcept : blocks_(std::move(other.blocks_)), size_(std::exchange(other.size_, 0)) {}
+  shared_list& operator=(const shared_list&) = default;
+  shared_list& operator=(shared_list&& other) noexcept {
+    blocks_ = std::move(other.blocks_);
+    size_ = std::exchange(other.size_, 0);
+    return *this;
+  }
+  ~shared_list() = default;
 
   std::size_t size() const noexcept { return size_; }
   bool empty() const noexcept { return size_ == 0; }
@@ -50,32 +63,38 @@ public:
   void push_back(T value) {
     auto& blocks = blocks_.edit();
     if (size_ % BlockSize == 0) {
-      blocks.emplace_back();
-      if (size_ != 0) blocks.back().edit().reserve(BlockSize); // a list that outgrew one block will grow on
+      block fresh;
+      if (size_ != 0) fresh.edit().reserve(BlockSize); // a list that outgrew one block will grow on
+      fresh.edit().push_back(std::move(value));
+      blocks.push_back(std::move(fresh));
+    } else {
+      blocks.back().edit().push_back(std::move(value));
     }
-    blocks.back().edit().push_back(std::move(value));
     ++size_;
   }
-  void resize(std::size_t count, const T& value = T{}) {
+  void resize(std::size_t count, const T value = T{}) {
     if (count < size_) erase(count, size_ - count);
     while (size_ < count) push_back(value);
   }
   void insert(std::size_t position, T value) {
     assert(position <= size_);
+    own(position, size_);
     push_back(std::move(value));
     for (std::size_t i = size_ - 1; i > position; --i) std::swap(edit(i), edit(i - 1));
   }
   void erase(std::size_t position, std::size_t count = 1) {
     assert(position + count <= size_);
     if (count == 0) return;
-    for (std::size_t i = position; i + count < size_; ++i) edit(i) = std::move(edit(i + count));
-    size_ -= count;
+    const std::size_t rest = size_ - count;
+    own(position, position == rest ? position + 1 : size_);
+    for (std::size_t i = position; i < rest; ++i) edit(i) = std::move(edit(i + count));
     auto& blocks = blocks_.edit();
-    blocks.resize((size_ + BlockSize - 1) / BlockSize);
-    if (size_ % BlockSize != 0) {
+    blocks.resize((rest + BlockSize - 1) / BlockSize);
+    if (rest % BlockSize != 0) {
       auto& last = blocks.back().edit();
-      last.erase(last.begin() + static_cast<std::ptrdiff_t>(size_ % BlockSize), last.end());
+      last.erase(last.begin() + static_cast<std::ptrdiff_t>(rest % BlockSize), last.end());
     }
+    size_ = rest;
   }
   void clear() noexcept {
     blocks_.reset();
@@ -95,6 +114,12 @@ public:
 
 private:
   using block = shared_value<std::vector<T>>;
+
+  // Makes the blocks of the records [first, last) this list's own, so that editing them cannot fail.
+  void own(std::size_t first, std::size_t last) {
+    auto& blocks = blocks_.edit();
+    for (std::size_t i = first / BlockSize; i * BlockSize < last; ++i) blocks[i].edit();
+  }
 
   shared_value<std::vector<block>> blocks_; // all full but the last
   std::size_t size_ = 0;

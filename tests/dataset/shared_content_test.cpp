@@ -5,6 +5,8 @@
 
 #include <functional>
 #include <gtest/gtest.h>
+#include <memory>
+#include <new>
 #include <thread>
 
 namespace vesk {
@@ -30,6 +32,10 @@ std::vector<change<Container>> changes() {
   return {{"edit", [](auto& c) { c.edit(1) = 9; }, "1 9 3"},
           {"push_back", [](auto& c) { c.push_back(4); }, "1 2 3 4"},
           {"push_back of an own element", [](auto& c) { c.push_back(c[0]); }, "1 2 3 1"},
+          {"insert of an own element", [](auto& c) { c.insert(0, c[2]); }, "3 1 2 3"},
+          {"grow with an own element", [](auto& c) { c.resize(9, c[1]); }, "1 2 3 2 2 2 2 2 2"},
+          {"moved away", [](auto& c) { const auto taken = std::move(c); }, ""},
+          {"moved away and refilled", [](auto& c) { (void)Container(std::move(c)), c.push_back(5); }, "5"},
           {"insert in front", [](auto& c) { c.insert(0, 9); }, "9 1 2 3"},
           {"insert at the end", [](auto& c) { c.insert(3, 9); }, "1 2 3 9"},
           {"erase", [](auto& c) { c.erase(1); }, "1 3"},
@@ -96,6 +102,50 @@ TEST(SharedList, OnlyTheChangedBlockIsCopied) {
   EXPECT_EQ(&list[0], &copy[0]);
   EXPECT_NE(&list[4], &copy[4]);
   EXPECT_EQ(copy[5][0], 5);
+}
+
+// A record that cannot be copied while `copies` is 0. It notes who reads what has been freed, too: it owns memory.
+struct fragile {
+  static inline int copies = 1000;
+  std::unique_ptr<int> value;
+
+  fragile(int v = 0) : value(std::make_unique<int>(v)) {}
+  fragile(const fragile& other) : value(std::make_unique<int>(*other.value)) {
+    if (copies-- == 0) throw std::bad_alloc();
+  }
+  fragile(fragile&&) = default;
+  fragile& operator=(const fragile&) = delete;
+  fragile& operator=(fragile&&) = default;
+  operator int() const { return *value; }
+};
+
+TEST(SharedList, AChangeThatFailsLeavesTheListAsItWas) {
+  using list_type = shared_list<fragile, 2>;
+  const struct {
+    const char* name;
+    std::function<void(list_type&)> apply;
+    const char* result; // of {1, 2, 3, 4}
+  } cases[] = {{"push_back", [](auto& l) { l.push_back(l[0]); }, "1 2 3 4 1"},
+               {"insert", [](auto& l) { l.insert(1, fragile(9)); }, "1 9 2 3 4"},
+               {"erase", [](auto& l) { l.erase(0, 1); }, "2 3 4"},
+               {"grow", [](auto& l) { l.resize(5, l[1]); }, "1 2 3 4 2"}};
+  for (const auto& c : cases) {
+    int failures = 0;
+    for (bool done = false; !done; failures += !done) {
+      fragile::copies = 1000;
+      const list_type original{1, 2, 3, 4};
+      list_type list = original;
+      fragile::copies = failures;
+      try {
+        c.apply(list);
+        done = true;
+      } catch (const std::bad_alloc&) {
+      }
+      EXPECT_EQ(print(list), done ? c.result : "1 2 3 4") << c.name << failures;
+      EXPECT_EQ(print(original), "1 2 3 4") << c.name;
+    }
+    EXPECT_GT(failures, 0) << c.name;
+  }
 }
 
 TEST(SharedArray, LivesInItsArenaUntilItGrowsOutOfIt) {
