@@ -136,6 +136,9 @@ std::shared_ptr<const model_catalogue> read_catalogue(catalogue_store& store) {
   for (std::size_t row = 0; row < t.solution.size(); ++row)
     result->solution_techniques.push_back(
         {static_cast<std::int32_t>(t.solution.integer(row, 0)), t.solution.text(row, 1)});
+  // The table has no Sort_key.
+  std::stable_sort(result->solution_techniques.begin(), result->solution_techniques.end(),
+                   [](const auto& a, const auto& b) { return a.id < b.id; });
   return result;
 }
 

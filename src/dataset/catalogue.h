@@ -67,8 +67,8 @@ struct catalogue_model {
 };
 
 struct model_catalogue {
-  std::vector<catalogue_model> models; // in the order of Sort_key
-  std::vector<solution_technique_type> solution_techniques;
+  std::vector<catalogue_model> models;                      // in the order of Sort_key
+  std::vector<solution_technique_type> solution_techniques; // in the order of ID
 
   // The model, or nullptr when the catalogue does not hold it.
   const catalogue_model* find_model(std::uint32_t model_id) const;

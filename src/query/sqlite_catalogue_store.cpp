@@ -12,15 +12,20 @@ std::string quoted(std::string_view name) {
   return result + "\"";
 }
 
+// `content`: of the column, in the form that its size is asked for; null when it is empty.
+std::string bytes_of(const void* content, sqlite3_stmt* statement, int column) {
+  const auto size = static_cast<std::size_t>(sqlite3_column_bytes(statement, column));
+  return content ? std::string(static_cast<const char*>(content), size) : std::string();
+}
+
 catalogue_value value_of(sqlite3_stmt* statement, int column) {
   switch (sqlite3_column_type(statement, column)) {
   case SQLITE_NULL: return {};
   case SQLITE_INTEGER: return static_cast<std::int64_t>(sqlite3_column_int64(statement, column));
   case SQLITE_FLOAT: return sqlite3_column_double(statement, column);
-  default: {
-    const auto* bytes = static_cast<const char*>(sqlite3_column_blob(statement, column));
-    return std::string(bytes ? bytes : "", static_cast<std::size_t>(sqlite3_column_bytes(statement, column)));
-  }
+  case SQLITE_BLOB: return bytes_of(sqlite3_column_blob(statement, column), statement, column);
+  // A text in UTF-8, whatever the database's own encoding.
+  default: return bytes_of(sqlite3_column_text(statement, column), statement, column);
   }
 }
 
@@ -44,7 +49,7 @@ std::vector<catalogue_row> sqlite_catalogue_store::read(std::string_view table,
   for (std::size_t i = 0; i < columns.size(); ++i)
     // Named through its table: a quoted name alone would read as a text where the column is missing.
     sql += (i ? ", t." : "t.") + quoted(columns[i]);
-  sql += " FROM " + quoted(table) + " AS t ORDER BY rowid";
+  sql += " FROM " + quoted(table) + " AS t NOT INDEXED"; // an index would bring an order of its own
 
   sqlite3_stmt* raw = nullptr;
   if (sqlite3_prepare_v2(database_, sql.c_str(), -1, &raw, nullptr) != SQLITE_OK) fail(table);

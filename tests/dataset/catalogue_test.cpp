@@ -4,6 +4,7 @@
 #include "query/sqlite_catalogue_store.h"
 
 #include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
@@ -91,7 +92,7 @@ TEST(Catalogue, ANewDataSetIsForTheFirstModelWithAllItsListsInSortOrder) {
   EXPECT_EQ(data.constant_groups[1].constants[0].group, 1);
   EXPECT_EQ(data.output_controls[0].csv_filename, "oxygen.csv");
   EXPECT_EQ(data.output_controls[0].short_description, "DO");
-  EXPECT_EQ(data.solution_techniques[0].name, "Euler"); // the table's own order
+  EXPECT_EQ(data.solution_techniques[0].name, "Runge-Kutta"); // in the order of ID
   EXPECT_EQ(segment_data_type().segment_type, 5u);
   EXPECT_EQ(moment_type(), moment_type::from_date_time(data.start_date_time()));
 }
@@ -235,6 +236,33 @@ TEST(Catalogue, ASqliteFileIsReadOnlyAndWhatIsMissingInItIsNamed) {
             "Cannot read table models of catalogue " + file.string() + ": no such column: t.Sort_key.");
   EXPECT_EQ(failure([&] { store.read("solution", {"ID"}); }),
             "Cannot read table solution of catalogue " + file.string() + ": no such table: solution.");
+  std::filesystem::remove(file);
+  std::ofstream(file) << "no database, but long enough to have a header if it were one";
+  EXPECT_EQ(failure([&] { sqlite_catalogue_store(file).read("solution", {"ID"}); }),
+            "Cannot read table solution of catalogue " + file.string() + ": file is not a database.");
+  std::filesystem::remove(file);
+}
+
+TEST(Catalogue, ASqliteFileMayBeOfUtf16WithIndexesAndWithoutRowIds) {
+  const std::filesystem::path file = std::filesystem::path(::testing::TempDir()) / "catalogue_utf16.sqlite";
+  std::filesystem::remove(file);
+  sqlite3* database = nullptr;
+  ASSERT_EQ(sqlite3_open(file.c_str(), &database), SQLITE_OK);
+  ASSERT_EQ(sqlite3_exec(database,
+                         "PRAGMA encoding = 'UTF-16';"
+                         "CREATE TABLE models(Library TEXT, Model_id INTEGER); CREATE INDEX i ON models(Library);"
+                         "INSERT INTO models VALUES('z\u00e4h.dll', 2), ('a.dll', 1);"
+                         "CREATE TABLE solution(ID INTEGER PRIMARY KEY, Solution TEXT) WITHOUT ROWID;"
+                         "INSERT INTO solution VALUES(2, 'Euler'), (1, X'ff00');"
+                         "CREATE VIEW Systems AS SELECT Library FROM models",
+                         nullptr, nullptr, nullptr),
+            SQLITE_OK);
+  sqlite3_close(database);
+  sqlite_catalogue_store store(file);
+  EXPECT_EQ(store.read("models", {"Library"}), (std::vector<catalogue_row>{{"z\u00e4h.dll"}, {"a.dll"}}));
+  EXPECT_EQ(store.read("solution", {"ID", "Solution"}),
+            (std::vector<catalogue_row>{{1, std::string("\xff\0", 2)}, {2, "Euler"}}));
+  EXPECT_EQ(store.read("Systems", {"Library"}).size(), 2u);
   std::filesystem::remove(file);
 }
 
