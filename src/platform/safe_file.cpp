@@ -7,6 +7,7 @@
 #include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace vesk {
 
@@ -49,38 +50,76 @@ void take_over_owner_and_mode(int file, const struct stat& old) {
   fchmod(file, old.st_mode & 07777);
 }
 
+// A folder that may not be read can be written to all the same; it only cannot be flushed.
+file_descriptor open_folder(const std::filesystem::path& folder) {
+  file_descriptor result(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (result.is_open() || errno != EACCES) return result;
+  return file_descriptor(open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+}
+
+// The system's name for an open file.
+std::string link_of(int file) {
+  return "/proc/self/fd/" + std::to_string(file);
+}
+
+// A file in `folder` that has no name and goes with its last descriptor, however its writer ends. Not open where the
+// file system has none, or where it could not be named later.
+file_descriptor open_unnamed(int folder, unsigned mode) {
+  file_descriptor file(openat(folder, ".", O_WRONLY | O_TMPFILE | O_CLOEXEC, mode));
+  if (file.is_open() && access(link_of(file.get()).c_str(), F_OK) != 0) return {};
+  return file;
+}
+
 } // namespace
 
 safe_file::safe_file(const std::filesystem::path& target) : name_(target.native()) {
-  const std::filesystem::path end = end_of_links(target);
-  const auto old = status_of(end);
+  const auto old = status_of(target);
   if (old && S_ISDIR(old->st_mode)) throw file_open_exception(file_failure("write", name_, EISDIR));
-  if (old && faccessat(AT_FDCWD, end.c_str(), W_OK, AT_EACCESS) != 0)
+  if (old && faccessat(AT_FDCWD, target.c_str(), W_OK, AT_EACCESS) != 0)
     throw file_open_exception(file_failure("write", name_, errno));
   if (old && !S_ISREG(old->st_mode)) {
-    file_ = file_descriptor(open(end.c_str(), O_WRONLY | O_CLOEXEC));
+    // By the name that was given: what a link to an open pipe says is no path.
+    file_ = file_descriptor(open(target.c_str(), O_WRONLY | O_CLOEXEC));
     if (!file_.is_open()) throw file_open_exception(file_failure("write", name_, errno));
     return;
   }
   // Beside an old file it is born with the narrowest mode, so that a private file is never open to others.
-  create_beside(end, old ? S_IRUSR | S_IWUSR : 0666);
+  create_beside(end_of_links(target), old ? S_IRUSR | S_IWUSR : 0666);
   if (old) take_over_owner_and_mode(file_.get(), *old);
 }
 
 void safe_file::create_beside(const std::filesystem::path& target, unsigned mode) {
   target_name_ = target.filename().native();
   const std::filesystem::path folder = target.has_parent_path() ? target.parent_path() : ".";
-  folder_ = file_descriptor(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  folder_ = open_folder(folder);
   if (!folder_.is_open() || target_name_.empty())
     throw file_open_exception(file_failure("write", name_, folder_.is_open() ? EISDIR : errno));
-  do {
-    temporary_ = unpredictable_name();
-    file_ = file_descriptor(openat(folder_.get(), temporary_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
-  } while (!file_.is_open() && errno == EEXIST);
+  file_ = open_unnamed(folder_.get(), mode);
   if (file_.is_open()) return;
-  const int cause = errno;
-  temporary_.clear();
-  throw file_open_exception(file_failure("write", name_, cause));
+  const bool created = under_new_name([&](const char* name) {
+    file_ = file_descriptor(openat(folder_.get(), name, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
+    return file_.is_open();
+  });
+  if (!created) throw file_open_exception(file_failure("write", name_, errno));
+}
+
+// Calls `create` with one name after the other until it is not taken yet; errno tells why none was created.
+bool safe_file::under_new_name(const auto& create) {
+  do {
+    std::string name = unpredictable_name();
+    if (!create(name.c_str())) continue;
+    temporary_ = std::move(name);
+    return true;
+  } while (errno == EEXIST);
+  return false;
+}
+
+// Gives the file a name for the moment before it takes the target's: a link cannot replace a file, a renaming can.
+bool safe_file::give_name() {
+  if (!temporary_.empty()) return true;
+  return under_new_name([&](const char* name) {
+    return linkat(AT_FDCWD, link_of(file_.get()).c_str(), folder_.get(), name, AT_SYMLINK_FOLLOW) == 0;
+  });
 }
 
 safe_file::~safe_file() {
@@ -93,8 +132,8 @@ void safe_file::remove_temporary() noexcept {
 }
 
 void safe_file::commit() {
-  if (temporary_.empty()) return; // a device or pipe: written, not replaced
-  if (fsync(file_.get()) != 0 || close(file_.release()) != 0 ||
+  if (!folder_.is_open()) return; // a device or pipe: written, not replaced
+  if (fsync(file_.get()) != 0 || !give_name() || close(file_.release()) != 0 ||
       renameat(folder_.get(), temporary_.c_str(), folder_.get(), target_name_.c_str()) != 0) {
     const int cause = errno;
     remove_temporary();

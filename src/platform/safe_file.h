@@ -1,11 +1,13 @@
 // Saving a file so that the old one is never lost.
 //
 // The new content is written to a file of its own beside the target and takes the target's place only when all of it
-// is on the disk. Whatever goes wrong before, the old file stays as it was and the new one is removed.
+// is on the disk. Whatever goes wrong before, the old file stays as it was and the new one is removed. Until it is
+// whole it has no name, so that a program that is killed leaves nothing; where the file system has no files without
+// names it is a hidden file, `.vesk-` and a number, which then stays.
 //
 // A symbolic link stays and what it points at is replaced. The old file's mode stays, and its owner and group where
 // the system permits; a new file gets the usual mode. Other hard links to the old file keep the old content. What is no
-// regular file (a device, a pipe) has no content to lose and is written to directly.
+// regular file (a device, a pipe, `/dev/stdout` where it is one) has no content to lose and is written to directly.
 #pragma once
 
 #include "platform/file_io.h"
@@ -34,11 +36,13 @@ public:
 
 private:
   void create_beside(const std::filesystem::path& target, unsigned mode);
+  bool under_new_name(const auto& create);
+  bool give_name();
   void remove_temporary() noexcept;
 
   std::string name_;        // as the caller named the target, for messages
   std::string target_name_; // in the folder
-  std::string temporary_;   // in the folder; empty when there is none
+  std::string temporary_;   // in the folder; empty while the file has no name
   file_descriptor folder_;  // not open when the target is written to directly
   file_descriptor file_;
 };

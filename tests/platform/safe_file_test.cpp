@@ -1,8 +1,11 @@
 #include "platform/safe_file.h"
 #include "temporary_folder.h"
 
+#include <csignal>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace vesk {
@@ -95,6 +98,75 @@ TEST(SafeFile, AVanishedFolderIsAFailureWithACause) {
     cause = error.what();
   }
   EXPECT_EQ(cause, "Cannot write " + folder.file("sub/a") + ": No such file or directory.");
+}
+
+TEST(SafeFile, AWriterThatIsKilledLeavesTheOldFileAndNothingBeside) {
+  const temporary_folder folder;
+  const int unnamed = open(folder.path.c_str(), O_WRONLY | O_TMPFILE, 0600);
+  if (unnamed < 0) GTEST_SKIP() << "the file system has no files without names";
+  close(unnamed);
+  folder.write("a", "old");
+  const pid_t writer = fork();
+  if (writer == 0) {
+    safe_file file(folder.file("a"));
+    put(file, "half");
+    kill(getpid(), SIGKILL);
+  }
+  int status = 0;
+  waitpid(writer, &status, 0);
+  EXPECT_EQ(WTERMSIG(status), SIGKILL);
+  EXPECT_EQ(folder.read("a"), "old");
+  EXPECT_EQ(entries(folder.path), 1);
+}
+
+TEST(SafeFile, OtherHardLinksKeepTheOldContentAndNamesMayBeAsLongAsTheSystemTakes) {
+  const temporary_folder folder;
+  const std::string longest(255, 'x');
+  folder.write(longest, "old");
+  fs::create_hard_link(folder.path / longest, folder.path / "other");
+  save(folder.path / longest, "new");
+  EXPECT_EQ(folder.read(longest), "new");
+  EXPECT_EQ(folder.read("other"), "old");
+}
+
+TEST(SafeFile, PipesAreWrittenToByTheNameTheyAreGivenBy) {
+  const temporary_folder folder;
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  const std::string by_system = "/proc/self/fd/" + std::to_string(ends[1]); // as /dev/stdout is
+  fs::create_symlink(by_system, folder.path / "link");
+  for (const fs::path& path : {fs::path(by_system), folder.path / "link"}) {
+    save(path, "text");
+    char text[8] = {};
+    EXPECT_EQ(read(ends[0], text, sizeof text), 4);
+    EXPECT_STREQ(text, "text");
+  }
+  EXPECT_EQ(entries(folder.path), 1);
+  close(ends[0]);
+  close(ends[1]);
+}
+
+TEST(SafeFile, RightsDecideWhatIsWritten) {
+  const temporary_folder folder;
+  fs::permissions(folder.path, fs::perms(0755));
+  fs::create_directory(folder.path / "unreadable");
+  fs::permissions(folder.path / "unreadable", fs::perms(0333));
+  folder.write("protected", "old");
+  chmod(folder.file("protected").c_str(), 0444);
+  const bool root = geteuid() == 0;
+  ASSERT_TRUE(!root || seteuid(65534) == 0); // nothing is protected from root
+  std::string cause;
+  try {
+    safe_file file(folder.file("protected"));
+  } catch (const file_open_exception& error) {
+    cause = error.what();
+  }
+  EXPECT_NO_THROW(save(folder.path / "unreadable/a", "text"));
+  ASSERT_TRUE(!root || seteuid(0) == 0);
+  EXPECT_EQ(cause, "Cannot write " + folder.file("protected") + ": Permission denied.");
+  EXPECT_EQ(folder.read("protected"), "old");
+  fs::permissions(folder.path / "unreadable", fs::perms(0755)); // for reading and removing it
+  EXPECT_EQ(folder.read("unreadable/a"), "text");
 }
 
 TEST(SafeFile, ANameWithoutAFolderMeansTheCurrentOne) {
