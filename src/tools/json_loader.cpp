@@ -22,13 +22,16 @@ struct json_loader::events {
   bool end_object() { return loader.close(), true; }
   bool end_array() { return loader.close(), true; }
   bool key(std::string& name) { return loader.begin_member(name), true; }
-  bool parse_error(std::size_t, const std::string&, const nlohmann::json::exception& error) {
+  bool parse_error(std::size_t, const std::string& token, const nlohmann::json::exception& error) {
+    if (error.id == number_overflow) loader.refuse_number(token);
     const std::string_view text = error.what();
     const std::size_t prefix = text.find("] "); // the library's own number of the error
     throw json_exception(std::string(text.substr(prefix == text.npos ? 0 : prefix + 2)) + ".");
   }
 
 private:
+  static constexpr int number_overflow = 406; // the library's number of the error
+
   bool take(json_scalar&& value) { return loader.take(std::move(value)), true; }
 };
 
@@ -50,6 +53,11 @@ void json_loader::take(json_scalar&& value) {
   const slot to = next_slot();
   if (!to.kind->take) fail_unexpected(to.kind->expected, value);
   to.kind->take(*this, to.place, std::move(value));
+}
+
+void json_loader::refuse_number(const std::string& token) {
+  next_slot();
+  fail(token + " lies outside -1.7976931348623157e+308 to 1.7976931348623157e+308.");
 }
 
 void json_loader::open(bool is_object) {

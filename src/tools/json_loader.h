@@ -62,6 +62,7 @@ private:
 
   slot next_slot();
   void take(json_scalar&& value);
+  [[noreturn]] void refuse_number(const std::string& token); // one too large for a double
   void open(bool is_object);
   void close();
   void begin_member(const std::string& name);

@@ -162,6 +162,10 @@ TEST(DatasetJson, WhatIsWrongIsNamedByItsPath) {
     std::string json, refusal;
   } cases[] = {
       {R"({"segments": [{}, {}, {}, {"volume": "big"}]})", "segments[3].volume: expected a number, found a text."},
+      {R"({"segments": [{}, {"volume": 1e999}]})",
+       "segments[1].volume: 1e999 lies outside -1.7976931348623157e+308 to 1.7976931348623157e+308."},
+      {R"({"time_steps": {"points": [[1, 2, -1e999]]}})",
+       "time_steps.points[0][2]: -1e999 lies outside -1.7976931348623157e+308 to 1.7976931348623157e+308."},
       {R"({"segments": [{"volume": null}]})", "segments[0].volume: expected a number, found null."},
       {R"({"segments": [{"volume": "nan:0000000000000001"}]})", "segments[0].volume: expected a number, found a text."},
       {R"({"segments": [{"volum": 1}]})", "segments[0].volum: no such member; the nearest is volume."},
