@@ -134,6 +134,70 @@ TEST(DatasetJson, IsPrintedAsTold) {
 )");
 }
 
+std::string without_spaces(std::string text) {
+  std::erase_if(text, [](char c) { return c == ' ' || c == '\n'; });
+  return text;
+}
+
+TEST(DatasetJson, MembersOfEveryRecordBearTheirNames) {
+  std::string expected = R"({
+"file_version": 458759,
+"print_intervals": {"points": [[146097, 3600, 0.5]], "query": Q(print)},
+"time_steps": {"points": [], "query": Q(step)},
+"segments": [{
+  "parameters": [{"isc": 11, "value": 1}, {"isc": 12, "value": 2}],
+  "systems": [{"isc": 21, "initial_concentration": 3, "fraction_dissolved": 0.5}],
+  "volume": 100, "vmult": 1, "vexp": 2, "dmult": 3, "dexp": 4, "segment_type": 5, "bottom_segment": -1,
+  "name": "Bend", "length": 10, "width": 20, "slope": 30, "bottom_roughness": 40, "minimum_depth": 50}],
+"time_functions": [{
+  "used": true, "isc": 31, "description": "Wind", "points": [[146097, 3600, 1]],
+  "interpolation_type": 1, "query": Q(wind)}],
+"constant_groups": [{
+  "group_id": 41, "description": "Global", "constants": [{
+    "isc": 51, "minimum": 0, "maximum": 1, "default_value": 0.5, "description": "Rate", "used": true,
+    "value": 0.75}]}],
+"systems": [{
+  "isc": 21, "gsysbypass": 1, "ifield": 2, "jmass": true, "noqsysbypass": false, "norsysbypass": true,
+  "density": 1.5, "cmax": 2.5, "scalb": 3.5, "convb": 4.5, "scalw": 5.5, "convw": 6.5, "description": "Nitrate",
+  "loads": [{"points": [[146097, 3600, 2]], "segment": 0, "interpolation_type": 1, "query": Q(load)}],
+  "boundaries": [{"points": [[146097, 3600, 3]], "segment": 1, "interpolation_type": 1, "query": Q(boundary)}]}],
+"parameters": [{
+  "isc": 11, "minimum": 0, "maximum": 9, "default_value": 4, "description": "Shade", "used": true, "scale": 2}],
+"exchange_fields": [{
+  "functions": [{
+    "points": [[146097, 3600, 4]], "pairs": [{"area": 5, "length": 6, "segment_one": 0, "segment_two": -1}],
+    "description": "Mix", "interpolation_type": 1, "query": Q(mix)}],
+  "reserved": 77, "used": true, "scale": 1.5, "conversion": 2.5, "description": "Surface"}],
+"flow_fields": [{
+  "functions": [{
+    "points": [[146097, 3600, 5]], "pairs": [{"fraction": 0.25, "from_segment": -1, "to_segment": 0}],
+    "description": "Flow", "interpolation_type": 1, "query": Q(flow)}],
+  "used": true, "reserved": 78, "scale": 3.5, "conversion": 4.5, "description": "Main"}],
+"comments": "remark", "description": "Old river", "hydrodynamic_file": "h.hyd", "nps_file": "n.nps",
+"seed_date": 36526, "end_date": 36527, "seed_time": 0.25, "end_time": 0.75,
+"time_step_option": false, "negative_solution": true, "use_nps_file": true, "bed_compaction_option": true,
+"reserved_option": 61, "model_type": 7, "restart_option": 1, "flow_option": 2,
+"volume_scale_factor": 1.25, "volume_conversion_factor": 2.25, "bed_compaction_time_step": 3.25,
+"hydrodynamic_file_type": 4, "solution_type": 3,
+"output_controls": [{
+  "isc": 61, "description": "Oxygen", "short_description": "DO", "units": "mg/L", "enabled": false,
+  "csv_enabled": true}],
+"skip_date": 36526.5, "skip_time": 0.125, "fraction_of_max_time_step": 0.8, "max_dt": 0.5, "min_dt": 0.001,
+"vesk_to_vesk_linkage_option": 1, "project_files": ["a.vki", "b.vki"]
+})";
+  // Q(name) stands for a query.
+  for (std::size_t begin; (begin = expected.find("Q(")) != std::string::npos;) {
+    const std::size_t end = expected.find(')', begin);
+    expected.replace(begin, end + 1 - begin,
+                     R"({"name": ")" + expected.substr(begin + 2, end - begin - 2) +
+                         R"(", "file_name": "a.db", "table_name": "", "restrict_to_run_period": false,
+                         "average_duplicates": true, "date_time_field": "when", "value_field": "what",
+                         "replace_existing": false, "conditions": [{"field_name": "station", "conjunction": 1,
+                         "comparison": 4, "value_text": "7"}], "deferred": true})");
+  }
+  EXPECT_EQ(without_spaces(json_of(old_data_set(0x00070007))), without_spaces(expected));
+}
+
 TEST(DatasetJson, AnOlderVersionsMembersComeBackWithDefaultsForTheOthers) {
   for (const std::uint32_t version : {0x00010001u, 0x00010009u, 0x00070001u, 0x00070002u, 0x00070004u, 0x00070007u}) {
     prevesk_dataset_data_type data = old_data_set(version);
