@@ -3,6 +3,8 @@
 #include "dataset/binary_writer.h"
 #include "platform/safe_file.h"
 
+#include <new>
+
 namespace vesk {
 
 data_file::data_file(const std::filesystem::path& file) : opened_(open_for_reading(file)) {
@@ -22,7 +24,11 @@ void data_file::read_from(int descriptor, std::string name) {
 }
 
 void read_data_file(const std::filesystem::path& file, prevesk_dataset_data_type& data) {
-  data.read(data_file(file).reader());
+  try {
+    data.read(data_file(file).reader());
+  } catch (const std::bad_alloc&) {
+    throw file_exception(memory_failure(file.native()));
+  }
 }
 
 void save_data_file(const std::filesystem::path& file, const prevesk_dataset_data_type& data) {

@@ -34,7 +34,8 @@ private:
 // Afterwards a `file_version` above the current one says that the file is of a newer version.
 //
 // Throws file_open_exception: there is no file to read. data_file_exception: it is damaged or no data file.
-// file_exception: the system failed to read it. catalogue_exception. After any of them `data` is of no use.
+// file_exception: the system failed to read it or has not enough memory for it. catalogue_exception. After any of them
+// `data` is of no use.
 void read_data_file(const std::filesystem::path& file, prevesk_dataset_data_type& data);
 
 // Saves `data` in the current layout; the file takes its place only when all of it is on the disk.

@@ -15,6 +15,10 @@ std::string file_failure(std::string_view action, std::string_view file, int err
   return "Cannot " + std::string(action) + " " + std::string(file) + ": " + std::strerror(error) + ".";
 }
 
+std::string memory_failure(std::string_view file) {
+  return std::string(file) + ": not enough memory for what it holds.";
+}
+
 file_descriptor& file_descriptor::operator=(file_descriptor&& other) noexcept {
   file_descriptor(std::exchange(number_, other.release()));
   return *this;

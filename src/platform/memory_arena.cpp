@@ -9,12 +9,19 @@ namespace {
 constexpr std::size_t large_page = std::size_t{2} << 20;
 constexpr std::size_t smallest_returned = std::size_t{64} << 10; // below this a system call costs more than it gives
 
-std::size_t round_up(std::size_t n, std::size_t unit) { return (n + unit - 1) / unit * unit; }
+std::size_t round_up(std::size_t n, std::size_t unit) {
+  return (n + unit - 1) / unit * unit;
+}
+
+void* reserve(std::size_t bytes) {
+  return mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+}
 } // namespace
 
 memory_arena* memory_arena::create(std::size_t bytes) {
-  const std::size_t whole = round_up(bytes + page_size, page_size);
-  void* memory = mmap(nullptr, whole, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+  std::size_t whole = round_up(bytes + page_size, page_size);
+  void* memory = reserve(whole);
+  if (memory == MAP_FAILED) memory = reserve(whole = page_size); // the header alone
   if (memory == MAP_FAILED) throw std::bad_alloc();
   if (whole >= 4 * large_page) madvise(memory, whole, MADV_HUGEPAGE); // only a hint
   return new (memory) memory_arena(whole);

@@ -7,6 +7,7 @@
 #include "tools/file_version_text.h"
 
 #include <cstdio>
+#include <new>
 #include <string>
 #include <string_view>
 #include <unistd.h>
@@ -110,6 +111,9 @@ int run(const command& chosen, const std::vector<std::string>& names) {
   try {
     chosen.run(names);
     return success;
+  } catch (const std::bad_alloc&) {
+    std::fprintf(stderr, "%s\n", memory_failure(shown(names[0])).c_str());
+    return failed_file;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "%s\n", error.what());
     return failed_file;

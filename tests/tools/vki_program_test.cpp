@@ -111,6 +111,20 @@ TEST_F(VkiProgram, FailuresLeaveTheOldFileAndNothingBeside) {
   EXPECT_EQ(full.err, "Cannot write standard output: No space left on device.\n");
 }
 
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // which reserve more than any limit
+TEST_F(VkiProgram, WantOfMemoryIsToldInOneSentence) {
+  folder_.write("long.vki", river() + "bytes after the end");
+  folder_.write("wild.vki", changed(12, "\xff\xff\xff\x1f"s)); // 536870911 points
+  for (const char* name : {"long.vki", "wild.vki"}) std::filesystem::resize_file(file(name), 9000000000);
+  const program_result wild = shell("ulimit -v 1000000; " VKI " upgrade wild.vki new.vki");
+  EXPECT_EQ(wild.status, 1);
+  EXPECT_EQ(wild.err, "wild.vki: not enough memory for what it holds.\n");
+  // What does not need much memory is read, however large the file.
+  EXPECT_EQ(shell("ulimit -v 1000000; " VKI " upgrade long.vki new.vki").err, "");
+  EXPECT_EQ(folder_.read("new.vki"), river());
+}
+#endif
+
 TEST_F(VkiProgram, ExitStatusTellsAFailedFileFromWrongUsage) {
   const struct {
     std::vector<std::string> arguments;
