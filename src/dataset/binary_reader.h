@@ -40,6 +40,9 @@ private:
   std::string cause_;
 };
 
+// "1 byte", "2 bytes".
+std::string byte_count(std::uint64_t count);
+
 class binary_reader {
 public:
   // The longest piece that `piece` hands out.
@@ -88,6 +91,9 @@ public:
 
   // Throws the exception for something wrong at `offset` in the present section.
   [[noreturn]] void fail(std::uint64_t offset, std::string cause) const;
+
+  // The same for something `wanted` that the bytes left cannot hold: "8 bytes of min_dt, but only 5 are left."
+  [[noreturn]] void fail_short(std::uint64_t offset, const std::string& wanted) const;
 
 private:
   void fetch(std::size_t size, const char* what);

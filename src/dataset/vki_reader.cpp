@@ -81,7 +81,7 @@ public:
     for (std::uint32_t i = 0; i < queries; ++i) layout<import_query_descriptor>::fields(*this, dropped);
     retired_text("text");
   }
-  void retired_text(const char*) { file_.skip(count("bytes of text", 1)); }
+  void retired_text(const char*) { file_.skip(count("text", 1)); }
 
   void field(const char* name, bool& value) { value = file_.number<std::uint8_t>(name) != 0; }
   void field(const char* name, std::uint32_t& value) { value = file_.number<std::uint32_t>(name); }
@@ -89,11 +89,11 @@ public:
   void field(const char* name, double& value) { value = file_.number<double>(name); }
 
   void field(const char*, std::string& text) {
-    text.resize(count("bytes of text", 1));
+    text.resize(count("text", 1));
     file_.copy(text.data(), text.size());
   }
   void field(const char* name, short_text& text) {
-    const std::uint32_t length = count("bytes of text", 1);
+    const std::uint32_t length = count("text", 1);
     const std::uint32_t kept = std::min<std::uint32_t>(length, short_text::max_size);
     text = std::string_view(file_.piece(kept, name), kept);
     file_.skip(length - kept);
@@ -163,16 +163,16 @@ private:
     facts_.last_section_offset = file_.position();
   }
 
-  // A count of elements that take at least `smallest` bytes each: the rest of the file can hold them. `what` names
-  // them in the message when it cannot.
+  // A count of elements that take at least `smallest` bytes each, those of a text 1: the rest of the file can hold
+  // them. `what` names them in the message when it cannot.
   std::uint32_t count(const char* what, std::size_t smallest) {
     const std::uint64_t place = file_.position();
     const auto announced = file_.number<std::uint32_t>(what);
     const std::uint64_t possible = file_.left() / smallest;
     if (announced <= possible) return announced;
     if (version() > prevesk_dataset_data_type::current_file_version()) return static_cast<std::uint32_t>(possible);
-    file_.fail(place, std::to_string(announced) + " " + what + ", but only " + std::to_string(file_.left()) +
-                          (smallest == 1 ? " are left." : " bytes are left."));
+    file_.fail_short(place,
+                     smallest == 1 ? byte_count(announced) + " of " + what : std::to_string(announced) + " " + what);
   }
 
   // The numbers just read; memory is taken only when they differ from the segment's before.

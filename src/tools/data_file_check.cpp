@@ -35,7 +35,8 @@ void check_data_file(binary_reader& file) {
   const vki_facts facts = read_vki(file, data);
   refuse_newer_version(file, facts.version);
   if (file.left() > 0)
-    file.fail(file.position(), "the data set ends here, but " + std::to_string(file.left()) + " bytes follow.");
+    file.fail(file.position(),
+              "the data set ends here, but " + byte_count(file.left()) + (file.left() == 1 ? " follows." : " follow."));
   check_header(facts, file);
 }
 

@@ -176,6 +176,9 @@ TEST(Vki, RefusalsNameFileSectionByteAndCause) {
   const std::string left = std::to_string(bytes.size() - 16), huge = "\xff\xff\xff\xff";
   const std::size_t comments = bytes.find("\x1b\0\0\0Unnamed"s) - 4;
   EXPECT_EQ(refusal(""), "river.vki, section 0 (header), byte 0: 4 bytes of version, but only 0 are left.");
+  EXPECT_EQ(refusal("\7"), "river.vki, section 0 (header), byte 0: 4 bytes of version, but only 1 is left.");
+  EXPECT_EQ(refusal(with(12, "\5\0\0\0"s).substr(0, 17)),
+            "river.vki, section 1 (print_intervals.points), byte 12: 5 points, but only 1 byte is left.");
   EXPECT_EQ(refusal("{\"segments\": []}"),
             "river.vki, section 0 (header), byte 0: this is no data file: 0x6573227b is no version of one.");
   EXPECT_EQ(refusal("\x09\0\0\0"s),

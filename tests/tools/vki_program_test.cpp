@@ -47,11 +47,11 @@ TEST_F(VkiProgram, CheckNamesTheFirstThingThatIsWrong) {
       {river(), ""},
       {old_data_file(0x00010001), ""},
       {old_data_file(0x00070005), ""},
-      {river().substr(0, 630), ", section 3 (segments), byte 629: 8 bytes of minimum_depth, but only 1 are left."},
+      {river().substr(0, 630), ", section 3 (segments), byte 629: 8 bytes of minimum_depth, but only 1 is left."},
       {river() + "xy", ", section 41 (project_files), byte " + size + ": the data set ends here, but 2 bytes follow."},
       {old_data_file(0x00010001) + "x", ", section 28 (bed_compaction_time_step), byte " +
                                             std::to_string(old_data_file(0x00010001).size()) +
-                                            ": the data set ends here, but 1 bytes follow."},
+                                            ": the data set ends here, but 1 byte follows."},
       {changed(4, "\x01\0\0\0"s), ", section 0 (header), byte 4: the offset of project_files is 1, but the section "
                                   "begins at " +
                                       std::to_string(river().size() - 36) + "."},
