@@ -54,6 +54,13 @@ public:
   vki_reader(const vki_reader&) = delete;
   vki_reader& operator=(const vki_reader&) = delete;
 
+  // Notes the present section as the last one, unless nothing of it has come.
+  void note_section() {
+    if (file_.position() == section_offset_) return;
+    facts_.last_section = file_.section();
+    facts_.last_section_offset = section_offset_;
+  }
+
   void header(std::uint32_t& file_version) {
     file_version = version();
     if (!from(0x00070005)) return;
@@ -146,11 +153,17 @@ public:
     const std::uint32_t wanted = count(name, smallest_record::size<Record>(version()));
     list.clear();
     for (std::uint32_t i = 0; i < wanted; ++i) {
+      const std::uint64_t begin = file_.position();
       list.push_back({});
-      if constexpr (std::is_same_v<Record, short_text>)
-        field(name, list.edit_back());
-      else
-        layout<Record>::fields(*this, list.edit_back());
+      try {
+        if constexpr (std::is_same_v<Record, short_text>)
+          field(name, list.edit_back());
+        else
+          layout<Record>::fields(*this, list.edit_back());
+      } catch (const data_file_exception&) {
+        if (file_.position() == begin) list.erase(i); // nothing of it has come
+        throw;
+      }
     }
   }
 
@@ -158,9 +171,9 @@ private:
   static constexpr std::size_t items_at_once = binary_reader::longest_piece / 32;
 
   void enter(int number, const char* name) {
+    note_section();
     file_.enter({number, name});
-    facts_.last_section = file_.section();
-    facts_.last_section_offset = file_.position();
+    section_offset_ = file_.position();
   }
 
   // A count of elements that take at least `smallest` bytes each, those of a text 1: the rest of the file can hold
@@ -193,6 +206,7 @@ private:
   binary_reader& file_;
   vki_facts& facts_;
   memory_arena* arena_;
+  std::uint64_t section_offset_ = 0;
   std::vector<std::uint32_t> isc_; // of the items just read
   shared_array<std::uint32_t> last_parameter_isc_, last_system_isc_;
 };
@@ -217,6 +231,7 @@ vki_facts read_vki(binary_reader& file, prevesk_dataset_data_type& data) {
     if (facts.version <= prevesk_dataset_data_type::current_file_version()) throw;
     // A newer version need not end where this one does: what has come is kept.
   }
+  reader.note_section();
   return facts;
 }
 

@@ -260,6 +260,11 @@ TEST(Vki, ANewerVersionIsReadUntilItsBytesRunOut) {
   EXPECT_TRUE(some.segments.empty());
   EXPECT_EQ(some.exchange_fields.size(), 2u);
 
+  // The first two of three segments are there, and nothing of the third.
+  const std::size_t third = bytes.find("\x02\0\0\0\x0a\0\0\0"s);
+  EXPECT_EQ(stored_in(std::string_view(bytes).substr(0, third)).segments.size(), 2u);
+  EXPECT_EQ(stored_in(std::string_view(bytes).substr(0, third + 4)).segments.size(), 3u);
+
   bytes.replace(12, 4, "\xff\xff\xff\xff"s); // a wild count means what the rest can hold
   EXPECT_EQ(stored_in(bytes).print_intervals.points.size(), (bytes.size() - 16) / 16);
 }

@@ -93,6 +93,23 @@ TEST_F(VkiProgram, DumpPrintsANewerFileAsFarAsItGoesAndSaysSo) {
   EXPECT_NE(result.out.find("\"width\": 30.25"), std::string::npos);
   EXPECT_EQ(result.out.find("\"time_functions\""), std::string::npos); // never reached
   EXPECT_EQ(result.out.find("\"query\""), std::string::npos);
+
+  // A member of which no byte or not all of its number has come is not there.
+  const std::size_t dates = river().find("runoff.nps") + 10; // seed_date, end_date, ...
+  const struct {
+    std::size_t length;
+    std::string last; // member of the dump
+  } cuts[] = {{4, "  \"file_version\": 458761\n}\n"},
+              {dates, "  \"nps_file\": \"runoff.nps\"\n}\n"},
+              {dates + 8, "  \"seed_date\": 36526\n}\n"},
+              {dates + 15, "  \"seed_date\": 36526\n}\n"},
+              {river().size() - 32, "  \"project_files\": []\n}\n"},
+              {river().size() - 36, "  \"vesk_to_vesk_linkage_option\": 1\n}\n"}};
+  for (const auto& cut : cuts) {
+    folder_.write("newer.vki", changed(0, "\x09"s).substr(0, cut.length));
+    const std::string printed = vki({"dump", file("newer.vki")}).out;
+    EXPECT_TRUE(printed.ends_with(cut.last)) << cut.length << printed.substr(printed.size() - 80);
+  }
 }
 
 TEST_F(VkiProgram, FailuresLeaveTheOldFileAndNothingBeside) {
