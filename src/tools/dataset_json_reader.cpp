@@ -1,4 +1,5 @@
 #include "dataset/text_encoding.h"
+#include "tools/clockless_data_set.h"
 #include "tools/dataset_json.h"
 #include "tools/file_version_text.h"
 #include "tools/json_loader.h"
@@ -348,9 +349,7 @@ slot slot_for(shared_list<Record>& records) {
 } // namespace
 
 prevesk_dataset_data_type read_json(std::string_view json) {
-  prevesk_dataset_data_type data;
-  data.seed_date = data.end_date = data.skip_date = 0;
-  data.seed_time = data.end_time = data.skip_time = 0;
+  prevesk_dataset_data_type data = clockless_data_set();
   data_set_loader().load(json, record_slot(data));
   constexpr std::uint32_t current = prevesk_dataset_data_type::current_file_version();
   if (data.file_version > current)

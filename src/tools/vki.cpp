@@ -2,6 +2,7 @@
 #include "dataset/vki_file.h"
 #include "dataset/vki_reader.h"
 #include "platform/safe_file.h"
+#include "tools/clockless_data_set.h"
 #include "tools/data_file_check.h"
 #include "tools/dataset_json.h"
 #include "tools/file_version_text.h"
@@ -53,7 +54,7 @@ void save(const std::string& name, const prevesk_dataset_data_type& data) {
 
 void dump(const std::vector<std::string>& names) {
   data_file input = open_input(names[0]);
-  prevesk_dataset_data_type data;
+  prevesk_dataset_data_type data = clockless_data_set();
   const vki_facts facts = read_vki(input.reader(), data);
   binary_writer output(STDOUT_FILENO, "standard output");
   write_json(output, data, facts.last_section.number);
@@ -77,7 +78,7 @@ void check(const std::vector<std::string>& names) {
 
 void upgrade(const std::vector<std::string>& names) {
   data_file input = open_input(names[0]);
-  prevesk_dataset_data_type data;
+  prevesk_dataset_data_type data = clockless_data_set();
   const vki_facts facts = read_vki(input.reader(), data);
   refuse_newer_version(input.reader(), facts.version);
   data.file_version = data.current_file_version();

@@ -76,6 +76,14 @@ TEST_F(VkiProgram, UpgradeRewritesAnyKnownVersionAndRefusesANewerOne) {
   EXPECT_EQ(folder_.read("new.vki"), folder_.read("expected.vki"));
   EXPECT_EQ(shell(VKI " upgrade - - < old.vki | cmp - new.vki").status, 0);
 
+  folder_.write("old.vki", old_data_file(0x00070002)); // without skip date and time: 0, not the clock's
+  expected = old_data_set(0x00070002);
+  expected.file_version = 0x00070007;
+  expected.skip_date = expected.skip_time = 0;
+  EXPECT_EQ(vki({"upgrade", file("old.vki"), file("new.vki")}).status, 0);
+  save_data_file(file("expected.vki"), expected);
+  EXPECT_EQ(folder_.read("new.vki"), folder_.read("expected.vki"));
+
   folder_.write("newer.vki", changed(2, "\x08"s));
   const program_result refused = vki({"upgrade", file("newer.vki"), file("out.vki")});
   EXPECT_EQ(refused.status, 1);
