@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <sys/resource.h>
 
 namespace vesk {
 namespace {
@@ -227,6 +228,26 @@ TEST_F(RunControl, AChangeOfPriorityThatIsRefusedTakesTheBarBack) {
   form.PriorityTrackBarChange(6);
   EXPECT_EQ(ui.priority_position, 3);
   EXPECT_EQ(ui.lines, (lines{"0 waiting", "2 Could not change model priority"}));
+}
+
+// As root the system grants all of it, as an ordinary user it refuses the upper three positions.
+TEST_F(RunControl, PrioritiesReachTheSystemAndEndWithTheJob) {
+  const auto nice_of = [](int thread) { return getpriority(PRIO_PROCESS, static_cast<id_t>(thread)); };
+  const int before = nice_of(0);
+  make_data("waits for cancel");
+  form.RunModelButtonClick();
+  while (ui.lines.empty()) wait_and_synchronize(std::chrono::milliseconds(1));
+  const int worker = form.active_thread->thread_number();
+  for (const auto& [position, nice] : {std::pair(5, -10), {6, -15}, {4, -5}, {6, -15}}) {
+    const bool granted = form.change_priority(position);
+    EXPECT_EQ(form.active_thread->priority_position, granted ? position : 3);
+    EXPECT_EQ(nice_of(worker), granted ? nice : before) << position;
+    EXPECT_EQ(nice_of(0), granted && position == 6 ? nice : before) << position;
+    EXPECT_EQ(form.active_thread->GetPriority() < tpNormal, false); // the gate does not hold it back
+  }
+  form.cancel_job();
+  finish();
+  EXPECT_EQ(nice_of(0), before);
 }
 
 TEST_F(RunControl, AStoppedJobSeesACancelOnceItIsMoved) {
