@@ -26,7 +26,8 @@ namespace {
 // Collects the findings of one check.
 class limit_check {
 public:
-  limit_check(prevesk_dataset_data_type& data, std::filesystem::path folder) : data_(data), folder_(std::move(folder)) {}
+  limit_check(prevesk_dataset_data_type& data, std::filesystem::path folder)
+      : data_(data), folder_(std::move(folder)) {}
 
   void run() {
     data_.validation_results.clear();
@@ -82,8 +83,7 @@ private:
     if (system.boundaries.size() > data_.max_num_boundaries)
       add(severity_of(system),
           formatted("Maximum of %u boundaries for %s system exceeded", data_.max_num_boundaries, name.c_str()));
-    if (system.boundaries.empty())
-      add(severity_of(system), formatted("%s system has no boundaries.", name.c_str()));
+    if (system.boundaries.empty()) add(severity_of(system), formatted("%s system has no boundaries.", name.c_str()));
     for (const auto& boundary : system.boundaries) check_segment_series(system, boundary, "boundary");
   }
 
@@ -92,9 +92,9 @@ private:
     if (!too_long(series)) return;
     const bool inside = series.segment >= 0 && static_cast<std::size_t>(series.segment) < data_.segments.size();
     const char* segment = inside ? data_.segments[static_cast<std::size_t>(series.segment)].name.c_str() : "";
-    add(severity_of(system), formatted("Maximum of %u time/value pairs for segment %lld (%s) %s on %s system exceeded",
-                                       breaks(), static_cast<long long>(series.segment) + 1, segment, kind,
-                                       display_name(system).c_str()));
+    add(severity_of(system),
+        formatted("Maximum of %u time/value pairs for segment %lld (%s) %s on %s system exceeded", breaks(),
+                  static_cast<long long>(series.segment) + 1, segment, kind, display_name(system).c_str()));
   }
 
   static std::string display_name(const system_data_type& system) {

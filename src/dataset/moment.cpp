@@ -58,7 +58,8 @@ calendar_date date_of(std::int32_t day_number) {
 }
 
 std::int32_t day_number(int year, int month, int day) {
-  year = std::clamp(year, static_cast<int>(std::chrono::year::min()) + 1000, static_cast<int>(std::chrono::year::max()) - 1000);
+  year = std::clamp(year, static_cast<int>(std::chrono::year::min()) + 1000,
+                    static_cast<int>(std::chrono::year::max()) - 1000);
   month = std::clamp(month, -1200, 1200);
   day = std::clamp(day, -36500, 36500);
   const auto first_of_month =
@@ -66,7 +67,9 @@ std::int32_t day_number(int year, int month, int day) {
   return static_cast<std::int32_t>((sys_days{first_of_month / 1} + days{day - 1} - first_day).count());
 }
 
-clock_time time_of(std::int32_t seconds) { return {seconds / 3600, seconds / 60 % 60, seconds % 60}; }
+clock_time time_of(std::int32_t seconds) {
+  return {seconds / 3600, seconds / 60 % 60, seconds % 60};
+}
 
 std::string date_time_text(const moment_type& moment) {
   const calendar_date d = date_of(moment.date);

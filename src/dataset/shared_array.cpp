@@ -9,7 +9,8 @@ namespace vesk::detail {
 
 namespace {
 std::size_t block_bytes(std::size_t capacity, std::size_t element_size) {
-  if (capacity > std::numeric_limits<std::uint32_t>::max()) throw std::length_error("array of more than 2^32-1 elements");
+  if (capacity > std::numeric_limits<std::uint32_t>::max())
+    throw std::length_error("array of more than 2^32-1 elements");
   return sizeof(array_block) + capacity * element_size;
 }
 
