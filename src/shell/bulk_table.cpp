@@ -126,7 +126,7 @@ float bulk_table::value(std::size_t row, double t) const {
 }
 
 void bulk_table::advance_rows(const std::uint32_t* rows, std::size_t count, double t) {
-  constexpr std::size_t ahead = 24;
+  constexpr std::size_t ahead = 48;
   for (std::size_t k = 0; k < count; ++k) {
     if (k + ahead < count) __builtin_prefetch(sources_[rows[k + ahead]].upcoming + 1);
     advance(rows[k], t);
