@@ -1,6 +1,7 @@
 #include "console/options.h"
 
 #include "app/file_names.h"
+#include "platform/nearest_name.h"
 
 #include <algorithm>
 #include <map>
@@ -72,28 +73,10 @@ constexpr option_row rows[] = {
     {.name = "--version", .argument = nullptr, .help = "show the version", .flag = &console_options::version},
 };
 
-// How many letters part two words: replaced, left out or added.
-std::size_t distance(std::string_view a, std::string_view b) {
-  std::vector<std::size_t> row(b.size() + 1);
-  for (std::size_t j = 0; j <= b.size(); ++j) row[j] = j;
-  for (std::size_t i = 1; i <= a.size(); ++i) {
-    std::size_t diagonal = row[0];
-    row[0] = i;
-    for (std::size_t j = 1; j <= b.size(); ++j) {
-      const std::size_t replaced = diagonal + (a[i - 1] == b[j - 1] ? 0 : 1);
-      diagonal = row[j];
-      row[j] = std::min({replaced, row[j] + 1, row[j - 1] + 1});
-    }
-  }
-  return row[b.size()];
-}
-
 [[noreturn]] void unknown_option(const std::string& name) {
-  std::vector<std::string> known{"-RUN", "-QUIT", "-EXPERT", "-IMPORT"};
+  std::vector<std::string_view> known{"-RUN", "-QUIT", "-EXPERT", "-IMPORT"};
   for (const option_row& row : rows) known.emplace_back(row.name);
-  const auto nearest = std::min_element(
-      known.begin(), known.end(), [&](const auto& a, const auto& b) { return distance(name, a) < distance(name, b); });
-  throw usage_error("Unknown option " + name + "; the nearest is " + *nearest + ".");
+  throw usage_error("Unknown option " + name + "; the nearest is " + std::string(nearest_name(name, known)) + ".");
 }
 
 progress_style parse_progress(const std::string& word) {

@@ -3,7 +3,7 @@
 #include "tools/dataset_json.h"
 #include "tools/file_version_text.h"
 #include "tools/json_loader.h"
-#include "tools/nearest_name.h"
+#include "platform/nearest_name.h"
 
 #include <bit>
 #include <charconv>

@@ -1,4 +1,4 @@
-#include "tools/nearest_name.h"
+#include "platform/nearest_name.h"
 
 #include <algorithm>
 #include <numeric>
