@@ -123,6 +123,23 @@ class WholeRun(unittest.TestCase):
         self.assertEqual(len(rmse), 4)
         self.assertEqual(min(rmse, key=rmse.get), "model", rmse)
 
+    def program(self, *arguments):
+        run = pathlib.Path(os.environ["VESK_BIN"]) / "vesk-run"
+        outcome = subprocess.run([run, "--progress=none", *arguments], cwd=self.folder.name, capture_output=True, text=True, check=False)
+        self.assertEqual(outcome.returncode, 0, outcome.stderr)
+
+    def test_the_text_form_carries_the_river(self):
+        self.program("roanoke.vki", "--export", "a.inp")
+        self.program("-IMPORT", "a.inp", "-RUN", "--export", "b.inp")
+        folder = pathlib.Path(self.folder.name)
+        self.assertEqual((folder / "a.inp").read_bytes(), (folder / "b.inp").read_bytes())
+        direct, imported = self.table("roanoke_oxygen.csv"), self.table("a_oxygen.csv")
+        self.assertEqual(len(direct), len(imported))
+        for one, other in zip(direct, imported):
+            self.assertEqual(one.pop("time"), other.pop("time"))
+            for segment, value in one.items():
+                self.assertAlmostEqual(float(value), float(other[segment]), delta=1e-5)  # values travel as single precision
+
 
 if __name__ == "__main__":
     unittest.main()
