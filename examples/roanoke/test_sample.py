@@ -125,7 +125,8 @@ class WholeRun(unittest.TestCase):
 
     def program(self, *arguments):
         run = pathlib.Path(os.environ["VESK_BIN"]) / "vesk-run"
-        outcome = subprocess.run([run, "--progress=none", *arguments], cwd=self.folder.name, capture_output=True, text=True, check=False)
+        line = [run, "--progress=none", *arguments]
+        outcome = subprocess.run(line, cwd=self.folder.name, capture_output=True, text=True, check=False)
         self.assertEqual(outcome.returncode, 0, outcome.stderr)
 
     def test_the_text_form_carries_the_river(self):
