@@ -192,6 +192,7 @@ public:
   int diagnostic_level() const override { return diagnostic_level_; }
   void set_diagnostic_level(int level) override { diagnostic_level_ = level; }
   int return_code() const { return return_code_; } // the process's exit code as the engine has put it
+  void set_window_handle(std::int32_t handle) { window_handle_ = handle; } // what engines are told; 0 without a window
 
   // The results grid's element at a row and column of the grid, both from 0; nothing without an array. Main thread;
   // reads the engine's array as it is being written.
@@ -232,7 +233,7 @@ private:
   void initialize_results_grid(const std::vector<std::string>& column_labels, int rows) override;
   void clear_grid_data() override;
   void set_grid_data(const float* data, int actual_columns, int actual_rows, bool invert) override; // worker
-  std::int32_t window_handle() const override { return 0; }                                         // any thread
+  std::int32_t window_handle() const override { return window_handle_; }                            // any thread
   void set_return_code(int code) override { return_code_ = code; }                                  // any thread
 
   user_interface& ui_;
@@ -242,6 +243,7 @@ private:
   std::atomic<bool> logging_enabled_{false};
   std::atomic<int> diagnostic_level_{0};
   std::atomic<int> return_code_{0};
+  std::atomic<std::int32_t> window_handle_{0};
   mutable std::mutex grid_lock_;
   results_grid grid_; // guarded by grid_lock_
   int grid_rows_ = 0; // as the engine has set the grid up; main thread

@@ -1,0 +1,121 @@
+#include "ui/appearance.h"
+
+#include <QApplication>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <QDBusVariant>
+#include <QStyleFactory>
+
+namespace vesk {
+
+namespace {
+
+// The colours of a palette, one row a role.
+struct role_colour {
+  QPalette::ColorRole role;
+  QRgb light, dark;
+};
+
+constexpr role_colour colours[] = {
+    {QPalette::Window, 0xfff0f2f4, 0xff2b2e31},
+    {QPalette::WindowText, 0xff1d2125, 0xffe6e8ea},
+    {QPalette::Base, 0xffffffff, 0xff1e2022},
+    {QPalette::AlternateBase, 0xfff5f7f9, 0xff26292c},
+    {QPalette::Text, 0xff1d2125, 0xffe6e8ea},
+    {QPalette::Button, 0xffe7eaed, 0xff363a3e},
+    {QPalette::ButtonText, 0xff1d2125, 0xffe6e8ea},
+    {QPalette::BrightText, 0xffffffff, 0xffffffff},
+    {QPalette::ToolTipBase, 0xffffffe6, 0xff3c4146},
+    {QPalette::ToolTipText, 0xff1d2125, 0xffe6e8ea},
+    {QPalette::PlaceholderText, 0xff6d7680, 0xff9aa3ab},
+    {QPalette::Highlight, 0xff1f6fb2, 0xff2f7fc4},
+    {QPalette::HighlightedText, 0xffffffff, 0xffffffff},
+    {QPalette::Link, 0xff1f6fb2, 0xff7db8ea},
+    {QPalette::LinkVisited, 0xff6b4f9e, 0xffb9a3e0},
+    {QPalette::Light, 0xffffffff, 0xff4a4f54},
+    {QPalette::Midlight, 0xfff6f8f9, 0xff404448},
+    {QPalette::Mid, 0xffb9c0c6, 0xff24272a},
+    {QPalette::Dark, 0xff9aa3ab, 0xff1a1c1e},
+    {QPalette::Shadow, 0xff6d7680, 0xff0e0f10},
+};
+
+constexpr QRgb disabled_text_light = 0xff8b949c, disabled_text_dark = 0xff7b838a;
+
+constexpr char portal_service[] = "org.freedesktop.portal.Desktop";
+constexpr char portal_path[] = "/org/freedesktop/portal/desktop";
+constexpr char portal_settings[] = "org.freedesktop.portal.Settings";
+constexpr char portal_group[] = "org.freedesktop.appearance";
+constexpr char portal_key[] = "color-scheme";
+
+void apply(appearance look) {
+  QApplication::setPalette(palette_of(look));
+}
+
+// The desktop's own value: 1 asks for a dark look. The call may wrap it more than once.
+void apply_scheme(QVariant value) {
+  while (value.canConvert<QDBusVariant>()) value = value.value<QDBusVariant>().variant();
+  if (value.canConvert<uint>()) apply(value.toUInt() == 1 ? appearance::dark : appearance::light);
+}
+
+// Takes the desktop's signals that a setting has changed.
+class scheme_listener final : public QObject {
+  Q_OBJECT
+public:
+  using QObject::QObject;
+public slots:
+  void changed(const QString& group, const QString& key, const QDBusVariant& value) {
+    if (group == portal_group && key == portal_key) apply_scheme(value.variant());
+  }
+};
+
+// Asks without waiting: a desktop without the service must not hold up the start.
+void ask_the_desktop(QApplication& application) {
+  if (!qEnvironmentVariableIsSet("DBUS_SESSION_BUS_ADDRESS")) return; // looking for one would start one
+  QDBusConnection bus = QDBusConnection::sessionBus();
+  if (!bus.isConnected()) return;
+  QDBusMessage question = QDBusMessage::createMethodCall(portal_service, portal_path, portal_settings, "Read");
+  question << QString(portal_group) << QString(portal_key);
+  auto* answer = new QDBusPendingCallWatcher(bus.asyncCall(question), &application);
+  QObject::connect(answer, &QDBusPendingCallWatcher::finished, &application, [](QDBusPendingCallWatcher* watcher) {
+    const QDBusPendingReply<QVariant> reply = *watcher;
+    if (!reply.isError()) apply_scheme(reply.value());
+    watcher->deleteLater();
+  });
+  auto* listener = new scheme_listener(&application);
+  bus.connect(portal_service, portal_path, portal_settings, "SettingChanged", listener,
+              SLOT(changed(QString, QString, QDBusVariant)));
+}
+
+} // namespace
+
+QPalette palette_of(appearance look) {
+  const bool dark = look == appearance::dark;
+  QPalette palette;
+  for (const role_colour& row : colours)
+    for (const auto group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled})
+      palette.setColor(group, row.role, QColor::fromRgb(dark ? row.dark : row.light));
+  const QColor disabled = QColor::fromRgb(dark ? disabled_text_dark : disabled_text_light);
+  for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::HighlightedText})
+    palette.setColor(QPalette::Disabled, role, disabled);
+  palette.setColor(QPalette::Disabled, QPalette::Highlight, palette.color(QPalette::Disabled, QPalette::Mid));
+  return palette;
+}
+
+bool is_dark(const QPalette& palette) {
+  return palette.color(QPalette::Window).lightness() < 128;
+}
+
+void follow_the_desktop(QApplication& application) {
+  const bool desktop_is_dark = is_dark(QApplication::palette());
+  QApplication::setStyle(QStyleFactory::create("Fusion"));
+  const QByteArray wanted = qgetenv("VESK_APPEARANCE");
+  if (wanted == "dark" || wanted == "light") return apply(wanted == "dark" ? appearance::dark : appearance::light);
+  apply(desktop_is_dark ? appearance::dark : appearance::light);
+  ask_the_desktop(application);
+}
+
+} // namespace vesk
+
+#include "appearance.moc"

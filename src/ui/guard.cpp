@@ -1,0 +1,32 @@
+#include "ui/guard.h"
+
+#include "ui/questions.h"
+
+#include <cstdio>
+#include <exception>
+
+namespace vesk {
+
+namespace {
+
+void tell(const char* what) noexcept {
+  try {
+    ask_in_box("Error", what, box_buttons::ok);
+  } catch (...) { // not even memory for a box
+    std::fprintf(stderr, "vesk: %s\n", what);
+  }
+}
+
+} // namespace
+
+void attempt(const std::function<void()>& work) noexcept {
+  try {
+    work();
+  } catch (const std::exception& error) {
+    tell(error.what());
+  } catch (...) {
+    tell("The command failed for an unknown reason.");
+  }
+}
+
+} // namespace vesk

@@ -1,0 +1,16 @@
+// The pictures of the program: scalable, with lines in the palette's own colour, so that they suit light and dark.
+#pragma once
+
+#include <QIcon>
+
+class QPainter;
+class QRect;
+
+namespace vesk {
+
+QIcon tool_image(int index); // of the tool bar's table, from 0; 4 and 19 are the two faces of the run button
+QIcon info_image(int index); // of the info list: 0 plain, 1 note, 2 failure; any other is plain
+QIcon program_image();
+void draw_splash(QPainter& painter, const QRect& place);
+
+} // namespace vesk

@@ -1,0 +1,96 @@
+#include "ui/info_list.h"
+
+#include "ui/images.h"
+#include "ui/measures.h"
+#include "ui/texts.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QClipboard>
+#include <QHeaderView>
+#include <QScrollBar>
+#include <QStringList>
+
+namespace vesk {
+
+namespace {
+
+constexpr int column_width = 600;
+
+} // namespace
+
+info_lines::info_lines() : icons_{info_image(0), info_image(1), info_image(2)} {}
+
+void info_lines::append(const std::string& text, int icon) {
+  const int row = rowCount();
+  beginInsertRows({}, row, row);
+  lines_.push_back({shown(text), icon >= 0 && icon < static_cast<int>(icons_.size()) ? icon : 0});
+  endInsertRows();
+}
+
+void info_lines::clear() {
+  beginResetModel();
+  lines_.clear();
+  endResetModel();
+}
+
+int info_lines::rowCount(const QModelIndex& parent) const {
+  return parent.isValid() ? 0 : static_cast<int>(lines_.size());
+}
+
+QVariant info_lines::data(const QModelIndex& index, int role) const {
+  const line& at = lines_[static_cast<std::size_t>(index.row())];
+  switch (role) {
+  case Qt::DisplayRole:
+  case Qt::ToolTipRole: return at.text;
+  case Qt::DecorationRole: return icons_[static_cast<std::size_t>(at.icon)];
+  case Qt::AccessibleDescriptionRole: return at.icon == 2 ? QString("failure") : QString();
+  default: return {};
+  }
+}
+
+info_list::info_list(QWidget* parent) : QTreeView(parent) {
+  setObjectName("InfoListView");
+  setAccessibleName("Messages");
+  setModel(&lines_);
+  setHeaderHidden(true);
+  setRootIsDecorated(false);
+  setUniformRowHeights(true);
+  setEditTriggers(QAbstractItemView::NoEditTriggers);
+  setSelectionMode(QAbstractItemView::ExtendedSelection);
+  setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
+  header()->setStretchLastSection(false);
+  header()->resizeSection(0, scaled(column_width, *this));
+  auto* copy = new QAction("&Copy", this);
+  copy->setShortcut(QKeySequence::Copy);
+  copy->setShortcutContext(Qt::WidgetShortcut);
+  connect(copy, &QAction::triggered, this, [this] { copy_selected(); });
+  addAction(copy);
+  setContextMenuPolicy(Qt::ActionsContextMenu);
+}
+
+void info_list::append(const std::string& text, int icon) {
+  const bool at_end = verticalScrollBar()->value() == verticalScrollBar()->maximum();
+  lines_.append(text, icon);
+  const QModelIndex newest = lines_.index(lines_.rowCount() - 1);
+  const int wanted = fontMetrics().horizontalAdvance(newest.data().toString()) + scaled(40, *this);
+  if (wanted > columnWidth(0)) setColumnWidth(0, wanted); // a long line is read by scrolling, not cut
+  if (!at_end) return;
+  setCurrentIndex(newest);
+  scrollTo(newest);
+}
+
+void info_list::clear() {
+  lines_.clear();
+  setColumnWidth(0, scaled(column_width, *this));
+}
+
+void info_list::copy_selected() const {
+  QModelIndexList rows = selectionModel()->selectedRows();
+  std::sort(rows.begin(), rows.end());
+  QStringList texts;
+  for (const QModelIndex& row : rows) texts << row.data().toString();
+  if (!texts.isEmpty()) QApplication::clipboard()->setText(texts.join('\n'));
+}
+
+} // namespace vesk

@@ -1,0 +1,48 @@
+// The list of messages of the main window, InfoListView.
+#pragma once
+
+#include <QAbstractListModel>
+#include <QIcon>
+#include <QTreeView>
+#include <array>
+#include <string>
+#include <vector>
+
+namespace vesk {
+
+// The lines as they came, with the number of their picture.
+class info_lines final : public QAbstractListModel {
+public:
+  void append(const std::string& text, int icon);
+  void clear();
+
+  int rowCount(const QModelIndex& parent = {}) const override;
+  QVariant data(const QModelIndex& index, int role) const override;
+
+private:
+  struct line {
+    QString text;
+    int icon;
+  };
+  std::vector<line> lines_;
+  const std::array<QIcon, 3> icons_;
+
+public:
+  info_lines();
+};
+
+// Read-only; lines can be selected and copied. The newest line is the current one, and in sight unless the user has
+// scrolled away from the end.
+class info_list final : public QTreeView {
+public:
+  explicit info_list(QWidget* parent);
+
+  void append(const std::string& text, int icon);
+  void clear();
+  void copy_selected() const;
+
+private:
+  info_lines lines_;
+};
+
+} // namespace vesk

@@ -1,0 +1,236 @@
+#include "ui/main_window.h"
+
+#include "ui/about_box.h"
+#include "ui/edit_project_dialog.h"
+#include "ui/guard.h"
+#include "ui/images.h"
+#include "ui/info_list.h"
+#include "ui/measures.h"
+#include "ui/preferences_dialog.h"
+#include "ui/progress_panel.h"
+#include "ui/questions.h"
+#include "ui/results_table.h"
+#include "ui/splash_form.h"
+#include "ui/texts.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QScreen>
+#include <QSplitter>
+#include <QVBoxLayout>
+
+namespace vesk {
+
+namespace {
+
+// The design size of a window that has never been placed.
+constexpr int design_width = 980, design_height = 640, design_results_height = 260;
+
+// The place moved so that the title bar can be reached on the screens of today.
+QPoint on_a_screen(const QPoint& place, const QSize& size) {
+  for (const QScreen* screen : QGuiApplication::screens())
+    if (screen->availableGeometry().intersects(QRect(place, QSize(size.width(), 1)))) return place;
+  return QGuiApplication::primaryScreen()->availableGeometry().topLeft();
+}
+
+} // namespace
+
+main_window::main_window(const std::filesystem::path& settings_file)
+    : form_(std::make_unique<TPreveskMainForm>(*this, settings_file)) {
+  setObjectName("PreveskMainForm");
+  setWindowIcon(program_image());
+  lay_out();
+  controls_ = std::make_unique<command_controls>(
+      *this, *form_, [this](const std::string& caption) { form_->DocumentationItemClick(caption); });
+  form_->set_window_handle(static_cast<std::int32_t>(winId()));
+  form_->FormCreate();
+  UIUpdateTimer.setObjectName("UIUpdateTimer");
+  connect(&UIUpdateTimer, &QTimer::timeout, this, [this] { attempt([this] { form_->UpdateTimerTimer(); }); });
+  UIUpdateTimer.start(TPreveskMainForm::ui_update_interval);
+}
+
+main_window::~main_window() = default;
+
+void main_window::lay_out() {
+  auto* content = new QWidget(this);
+  auto* column = new QVBoxLayout(content);
+  column->setContentsMargins(0, 0, 0, 0);
+  column->setSpacing(0);
+  splitter_ = new QSplitter(Qt::Vertical, content);
+  splitter_->setChildrenCollapsible(false);
+  InfoListView = new info_list(splitter_);
+  ResultsTable = new results_table(splitter_, [this](int row, int cell) { return form_->results_cell(row, cell); });
+  ResultsTable->hide();
+  splitter_->setStretchFactor(0, 1);
+  splitter_->setStretchFactor(1, 0);
+  InfoPanel = new progress_panel(
+      content, [this](int position) { attempt([=, this] { form_->PriorityTrackBarChange(position); }); });
+  column->addWidget(splitter_, 1);
+  column->addWidget(InfoPanel);
+  setCentralWidget(content);
+  results_height_ = scaled(design_results_height, *this);
+  resize(scaled(design_width, *this), scaled(design_height, *this));
+}
+
+void main_window::set_start(std::vector<std::string> arguments, splash_form* splash) {
+  arguments_ = std::move(arguments);
+  splash_ = splash;
+}
+
+// The first showing goes on once the window is on the screen, so that what it asks stands over something.
+void main_window::showEvent(QShowEvent* event) {
+  QMainWindow::showEvent(event);
+  if (has_been_shown_) return;
+  has_been_shown_ = true;
+  QMetaObject::invokeMethod(
+      this, [this] { attempt([this] { form_->FormShow(arguments_); }); }, Qt::QueuedConnection);
+}
+
+void main_window::closeEvent(QCloseEvent* event) {
+  event->accept();
+  if (std::exchange(has_closed_, true)) return;
+  attempt([this] { form_->FormClose(); });
+  QCoreApplication::quit();
+}
+
+void main_window::close_main_window() {
+  close();
+}
+
+// Windows in front.
+
+box_answer main_window::message_box(const std::string& title, const std::string& text, box_buttons buttons) {
+  return ask_in_box(title, text, buttons);
+}
+
+std::optional<std::string> main_window::ask_file(const file_dialog& dialog) {
+  return ask_for_file(dialog, shown(form_->documents_directory));
+}
+
+std::optional<std::string> main_window::ask_folder(const std::string& title, const std::string& start) {
+  return ask_for_folder(title, start);
+}
+
+void main_window::set_busy(bool busy) {
+  if (busy)
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+  else
+    QApplication::restoreOverrideCursor();
+}
+
+// A dialog that this program does not have yet is as good as one that was cancelled.
+bool main_window::show_form(form_id form, bool) {
+  switch (form) {
+  case form_id::TPreferenceConfigurationForm:
+    if (!preferences_) preferences_ = new preferences_dialog(this, *form_);
+    return preferences_->exec() == QDialog::Accepted;
+  case form_id::TEditProjectForm:
+    if (!edit_project_) edit_project_ = new edit_project_dialog(this, *form_, *this);
+    return edit_project_->exec() == QDialog::Accepted;
+  case form_id::TAboutBox: return about_box(this, form_->settings.EditionName).exec() == QDialog::Accepted;
+  default: return false;
+  }
+}
+
+// The window itself.
+
+void main_window::set_caption(const std::string& caption) {
+  setWindowTitle(shown(caption));
+}
+
+window_geometry main_window::geometry() {
+  if (ResultsTable->isVisible()) results_height_ = ResultsTable->height();
+  window_geometry now;
+  now.results_table_height = results_height_;
+  const bool placed = isMaximized() || isMinimized();
+  const QRect inner = placed ? normalGeometry() : QMainWindow::geometry();
+  const QPoint corner = placed ? inner.topLeft() : pos();
+  now.left = corner.x();
+  now.top = corner.y();
+  now.width = inner.width();
+  now.height = inner.height();
+  now.state = isMinimized()   ? window_geometry::window_minimised
+              : isMaximized() ? window_geometry::window_maximised
+                              : window_geometry::window_normal;
+  return now;
+}
+
+void main_window::set_geometry(const window_geometry& wanted) {
+  set_results_height(wanted.results_table_height);
+  resize(wanted.width, wanted.height);
+  const QPoint place(wanted.left, wanted.top);
+  if (place != pos()) move(on_a_screen(place, size()));
+  switch (wanted.state) {
+  case window_geometry::window_minimised: setWindowState(Qt::WindowMinimized); break;
+  case window_geometry::window_maximised: setWindowState(Qt::WindowMaximized); break;
+  default: setWindowState(Qt::WindowNoState);
+  }
+}
+
+void main_window::minimise_main_window() {
+  setWindowState(windowState() | Qt::WindowMinimized);
+}
+
+void main_window::hide_splash() {
+  if (splash_) splash_->hide();
+}
+
+// The other dialogs take theirs when they are made.
+void main_window::set_picture_mask(const picture_mask& mask, const std::string& picture) {
+  if (mask.form == "TPreveskMainForm") ResultsTable->set_picture(picture);
+}
+
+// A job's signs.
+
+void main_window::set_priority_position(int position) {
+  InfoPanel->set_priority_position(position);
+}
+
+void main_window::add_info_line(const std::string& text, int icon) {
+  InfoListView->append(text, icon);
+}
+
+void main_window::clear_info_lines() {
+  InfoListView->clear();
+}
+
+void main_window::set_progress(int percent) {
+  InfoPanel->set_progress(percent);
+}
+
+void main_window::set_info_label(const std::string& text) {
+  InfoPanel->set_info(text);
+}
+
+void main_window::set_time_remaining_label(const std::string& text) {
+  InfoPanel->set_time_remaining(text);
+}
+
+void main_window::show_run_controls(bool running) {
+  controls_->show_run_face(running);
+  InfoPanel->show_priority(running);
+}
+
+void main_window::set_up_results_grid(const std::vector<std::string>& column_labels, int rows) {
+  ResultsTable->set_up(column_labels, rows);
+}
+
+void main_window::set_results_height(int height) {
+  results_height_ = height;
+  if (!ResultsTable->isVisible()) return;
+  const int all = splitter_->height() - splitter_->handleWidth();
+  splitter_->setSizes({std::max(all - height, 0), height});
+}
+
+void main_window::show_results_grid(bool visible) {
+  if (visible == !ResultsTable->isHidden()) return;
+  if (!visible && ResultsTable->isVisible()) results_height_ = ResultsTable->height();
+  ResultsTable->setVisible(visible);
+  if (visible) set_results_height(results_height_);
+}
+
+void main_window::repaint_results_grid() {
+  ResultsTable->repaint_cells();
+}
+
+} // namespace vesk

@@ -1,0 +1,89 @@
+// The main window: PreveskMainForm's controls, and the one through whom the main form speaks to its user.
+#pragma once
+
+#include "app/main_form.h"
+#include "app/user_interface.h"
+#include "ui/command_controls.h"
+
+#include <QMainWindow>
+#include <QTimer>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+
+class QSplitter;
+
+namespace vesk {
+
+class edit_project_dialog;
+class info_list;
+class preferences_dialog;
+class progress_panel;
+class results_table;
+class splash_form;
+
+class main_window final : public QMainWindow, public user_interface {
+public:
+  explicit main_window(const std::filesystem::path& settings_file);
+  ~main_window() override;
+
+  TPreveskMainForm& form() { return *form_; }
+
+  // What the first showing does with the command line; `splash` is hidden then. To be called before.
+  void set_start(std::vector<std::string> arguments, splash_form* splash);
+
+  // user_interface
+  box_answer message_box(const std::string& title, const std::string& text, box_buttons buttons) override;
+  std::optional<std::string> ask_file(const file_dialog& dialog) override;
+  std::optional<std::string> ask_folder(const std::string& title, const std::string& start) override;
+  void set_busy(bool busy) override;
+  bool show_form(form_id form, bool exchange_mode) override;
+  void set_caption(const std::string& caption) override;
+  void set_commands(const command_conditions& conditions) override { controls_->set_commands(conditions); }
+  void close_main_window() override;
+  window_geometry geometry() override;
+  void set_geometry(const window_geometry& geometry) override;
+  void minimise_main_window() override;
+  void hide_splash() override;
+  void show_administration_menu(bool visible) override { controls_->show_administration_menu(visible); }
+  void set_picture_mask(const picture_mask& mask, const std::string& picture) override;
+  void add_documentation_item(const std::string& caption) override { controls_->add_document(caption); }
+  void set_priority_position(int position) override;
+  void add_info_line(const std::string& text, int icon) override;
+  void clear_info_lines() override;
+  void set_progress(int percent) override;
+  void set_info_label(const std::string& text) override;
+  void set_time_remaining_label(const std::string& text) override;
+  void show_run_controls(bool running) override;
+  void set_up_results_grid(const std::vector<std::string>& column_labels, int rows) override;
+  void show_results_grid(bool visible) override;
+  void repaint_results_grid() override;
+
+protected:
+  void showEvent(QShowEvent* event) override;
+  void closeEvent(QCloseEvent* event) override;
+
+private:
+  void lay_out();
+  void set_results_height(int height);
+
+  std::unique_ptr<TPreveskMainForm> form_;
+  std::unique_ptr<command_controls> controls_;
+  info_list* InfoListView = nullptr;
+  results_table* ResultsTable = nullptr;
+  QSplitter* splitter_ = nullptr; // between the two
+  progress_panel* InfoPanel = nullptr;
+  QTimer UIUpdateTimer;
+  // Each is made when it is first shown and lives as long as the window.
+  preferences_dialog* preferences_ = nullptr;
+  edit_project_dialog* edit_project_ = nullptr;
+
+  std::vector<std::string> arguments_;
+  splash_form* splash_ = nullptr;
+  bool has_been_shown_ = false;
+  bool has_closed_ = false;
+  int results_height_ = 0; // as last seen or set
+};
+
+} // namespace vesk

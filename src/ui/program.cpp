@@ -1,0 +1,64 @@
+#include "ui/program.h"
+
+#include "engine/stack_thread.h"
+#include "ui/appearance.h"
+#include "ui/guard.h"
+#include "ui/texts.h"
+
+#include <QApplication>
+#include <QEvent>
+#include <clocale>
+#include <cstdlib>
+
+namespace vesk {
+
+namespace {
+
+// Turns the workers' calls into an event, so that the event loop serves them.
+class synchronize_bell final : public QObject {
+public:
+  synchronize_bell() {
+    WakeMainThread = [this] { QCoreApplication::postEvent(this, new QEvent(QEvent::User), Qt::HighEventPriority); };
+  }
+  ~synchronize_bell() override { WakeMainThread = nullptr; }
+
+  bool event(QEvent* event) override {
+    if (event->type() != QEvent::User) return QObject::event(event);
+    attempt([] { CheckSynchronize(); });
+    return true;
+  }
+};
+
+} // namespace
+
+void prepare_application(QApplication& application) {
+  // The toolkit takes the user's locale; numbers in files and those of engines are written with a point.
+  std::setlocale(LC_NUMERIC, "C");
+  QLocale::setDefault(QLocale::c());
+  QApplication::setApplicationName("vesk");
+  QApplication::setApplicationDisplayName(QString());
+  QApplication::setApplicationVersion(VESK_VERSION);
+  QGuiApplication::setDesktopFileName("vesk");
+  QApplication::setQuitOnLastWindowClosed(false); // a dialog that closes while the main window is minimised
+  follow_the_desktop(application);
+}
+
+program::program(QApplication& application, const options& wanted)
+    : application_(application), bell_(std::make_unique<synchronize_bell>()),
+      window_(std::make_unique<main_window>(wanted.settings_file)) {
+  splash_ = std::make_unique<splash_form>(wanted.splash_time, [this] { window_->show(); });
+  window_->set_start(wanted.arguments, splash_.get());
+  splash_->show();
+}
+
+program::~program() = default;
+
+void program::run() {
+  application_.exec();
+  window_->form().save_settings();
+  std::fflush(nullptr);
+  // Nothing is taken down: a worker may still be at work on it.
+  std::_Exit(window_->form().return_code());
+}
+
+} // namespace vesk

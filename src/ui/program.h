@@ -1,0 +1,44 @@
+// The desktop program from its first window to its last.
+#pragma once
+
+#include "ui/main_window.h"
+#include "ui/splash_form.h"
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+class QApplication;
+
+namespace vesk {
+
+// Title, version, style and number formats of the process. To be called first.
+void prepare_application(QApplication& application);
+
+class program {
+public:
+  struct options {
+    std::vector<std::string> arguments; // of the command line, without the program's name
+    std::filesystem::path settings_file;
+    int splash_time = TPreveskMainForm::splash_time; // milliseconds
+  };
+
+  // Makes the windows. The splash is on the screen from here on; the main window follows once the event loop runs.
+  program(QApplication& application, const options& wanted);
+  ~program();
+
+  main_window& window() { return *window_; }
+
+  // Runs until the main window has closed. Does not return: the process ends with the engine's return code. A job that
+  // still runs ends with it.
+  [[noreturn]] void run();
+
+private:
+  QApplication& application_;
+  std::unique_ptr<QObject> bell_; // wakes the main thread up for the workers
+  std::unique_ptr<main_window> window_;
+  std::unique_ptr<splash_form> splash_;
+};
+
+} // namespace vesk

@@ -1,0 +1,85 @@
+#include "ui/progress_panel.h"
+
+#include "ui/measures.h"
+#include "ui/texts.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QProgressBar>
+#include <QSignalBlocker>
+#include <QSlider>
+#include <algorithm>
+
+namespace vesk {
+
+namespace {
+
+constexpr int normal_position = 3, highest_position = 6;
+
+} // namespace
+
+progress_panel::progress_panel(QWidget* parent, std::function<void(int)> priority_moved)
+    : QWidget(parent), StatusProgressBar(new QProgressBar(this)), InfoLabel(new QLabel(this)),
+      TimeRemainingLabel(new QLabel(this)), MinPriorityLabel(new QLabel("Stop", this)),
+      PriorityTrackBar(new QSlider(Qt::Horizontal, this)), MaxPriorityLabel(new QLabel("Turbo", this)) {
+  setObjectName("InfoPanel");
+  StatusProgressBar->setObjectName("StatusProgressBar");
+  StatusProgressBar->setAccessibleName("Progress");
+  StatusProgressBar->setRange(0, 100);
+  StatusProgressBar->setValue(0);
+  InfoLabel->setObjectName("InfoLabel");
+  TimeRemainingLabel->setObjectName("TimeRemainingLabel");
+  for (QLabel* label : {InfoLabel, TimeRemainingLabel}) label->setTextFormat(Qt::PlainText);
+  MinPriorityLabel->setObjectName("MinPriorityLabel");
+  MaxPriorityLabel->setObjectName("MaxPriorityLabel");
+  PriorityTrackBar->setObjectName("PriorityTrackBar");
+  PriorityTrackBar->setAccessibleName("Priority of the model");
+  PriorityTrackBar->setToolTip("Priority of the model, from stopped to the whole machine");
+  PriorityTrackBar->setRange(0, highest_position);
+  PriorityTrackBar->setValue(normal_position);
+  PriorityTrackBar->setPageStep(1);
+  PriorityTrackBar->setTickPosition(QSlider::TicksBelow);
+  PriorityTrackBar->setTickInterval(1);
+  PriorityTrackBar->setMaximumWidth(scaled(220, *this));
+  connect(PriorityTrackBar, &QSlider::valueChanged, this, std::move(priority_moved));
+
+  auto* row = new QHBoxLayout(this);
+  const int margin = scaled(6, *this);
+  row->setContentsMargins(margin, margin / 2, margin, margin / 2);
+  row->addWidget(StatusProgressBar, 2);
+  row->addWidget(InfoLabel, 2);
+  row->addWidget(TimeRemainingLabel, 2);
+  row->addWidget(MinPriorityLabel);
+  row->addWidget(PriorityTrackBar, 1);
+  row->addWidget(MaxPriorityLabel);
+  setMinimumHeight(PriorityTrackBar->sizeHint().height() + margin); // nothing jumps when the track bar comes
+  show_priority(false);
+}
+
+void progress_panel::set_progress(int percent) {
+  const int position = std::clamp(percent, 0, 100);
+  if (position == StatusProgressBar->value()) return;
+  StatusProgressBar->setValue(position);
+  StatusProgressBar->repaint();
+}
+
+void progress_panel::set_info(const std::string& text) {
+  InfoLabel->setText(shown(text));
+}
+
+void progress_panel::set_time_remaining(const std::string& text) {
+  TimeRemainingLabel->setText(shown(text));
+}
+
+void progress_panel::show_priority(bool visible) {
+  for (QWidget* part : {static_cast<QWidget*>(MinPriorityLabel), static_cast<QWidget*>(PriorityTrackBar),
+                        static_cast<QWidget*>(MaxPriorityLabel)})
+    part->setVisible(visible);
+}
+
+void progress_panel::set_priority_position(int position) {
+  const QSignalBlocker by_the_program(PriorityTrackBar);
+  PriorityTrackBar->setValue(position);
+}
+
+} // namespace vesk

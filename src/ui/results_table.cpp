@@ -1,0 +1,61 @@
+#include "ui/results_table.h"
+
+#include "ui/measures.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QClipboard>
+#include <QHeaderView>
+
+namespace vesk {
+
+namespace {
+
+constexpr int row_height = 20, row_header_width = 30, column_width = 75, column_width_of_a_job = 60;
+
+} // namespace
+
+results_table::results_table(QWidget* parent, results_model::reader read)
+    : QTableView(parent), model_(std::move(read)) {
+  setObjectName("ResultsTable");
+  setAccessibleName("Results");
+  setModel(&model_);
+  setEditTriggers(QAbstractItemView::NoEditTriggers);
+  setWordWrap(false);
+  verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+  verticalHeader()->setDefaultSectionSize(scaled(row_height, *this));
+  verticalHeader()->setMinimumWidth(scaled(row_header_width, *this));
+  horizontalHeader()->setDefaultSectionSize(scaled(column_width, *this));
+  horizontalHeader()->setTextElideMode(Qt::ElideRight);
+  auto* copy = new QAction("&Copy", this);
+  copy->setShortcut(QKeySequence::Copy);
+  copy->setShortcutContext(Qt::WidgetShortcut);
+  connect(copy, &QAction::triggered, this, [this] { copy_selected(); });
+  addAction(copy);
+  setContextMenuPolicy(Qt::ActionsContextMenu);
+}
+
+void results_table::set_up(const std::vector<std::string>& column_labels, int rows) {
+  horizontalHeader()->setDefaultSectionSize(scaled(column_width_of_a_job, *this));
+  model_.set_up(column_labels, rows);
+}
+
+void results_table::repaint_cells() {
+  viewport()->update();
+}
+
+void results_table::copy_selected() const {
+  QString text;
+  for (const QItemSelectionRange& range : selectionModel()->selection()) {
+    for (int row = range.top(); row <= range.bottom(); ++row) {
+      for (int column = range.left(); column <= range.right(); ++column) {
+        if (column > range.left()) text += '\t';
+        text += model_.index(row, column).data().toString();
+      }
+      text += '\n';
+    }
+  }
+  if (!text.isEmpty()) QApplication::clipboard()->setText(text);
+}
+
+} // namespace vesk

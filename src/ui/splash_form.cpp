@@ -1,0 +1,48 @@
+#include "ui/splash_form.h"
+
+#include "app/main_form.h"
+#include "ui/guard.h"
+#include "ui/images.h"
+#include "ui/texts.h"
+
+#include <QCoreApplication>
+#include <QGuiApplication>
+#include <QPainter>
+#include <QScreen>
+
+namespace vesk {
+
+namespace {
+
+constexpr int picture_width = 720, picture_height = 540;
+
+} // namespace
+
+splash_form::splash_form(int milliseconds, std::function<void()> show_main_window)
+    : QWidget(nullptr, Qt::SplashScreen | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint) {
+  setObjectName("SplashForm");
+  setWindowTitle(shown(TPreveskMainForm::application_title));
+  setFixedSize(picture_width, picture_height);
+  move(QGuiApplication::primaryScreen()->availableGeometry().center() - rect().center());
+  HideTimer.setObjectName("HideTimer");
+  HideTimer.setSingleShot(true);
+  HideTimer.setTimerType(Qt::PreciseTimer);
+  connect(&HideTimer, &QTimer::timeout, this, [this, show_main_window = std::move(show_main_window)] {
+    attempt(show_main_window);
+    close();
+  });
+  HideTimer.start(milliseconds);
+}
+
+void splash_form::paintEvent(QPaintEvent*) {
+  QPainter painter(this);
+  draw_splash(painter, rect());
+  QFont font = painter.font();
+  font.setPixelSize(18); // of the picture, not of the desktop
+  painter.setFont(font);
+  painter.setPen(Qt::white);
+  painter.drawText(QRect(48, 470, 624, 40), Qt::AlignLeft | Qt::AlignVCenter,
+                   "Version " + QCoreApplication::applicationVersion());
+}
+
+} // namespace vesk

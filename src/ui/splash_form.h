@@ -1,0 +1,22 @@
+// TSplashForm: the picture that stands on the screen while the program starts.
+#pragma once
+
+#include <QTimer>
+#include <QWidget>
+#include <functional>
+
+namespace vesk {
+
+class splash_form final : public QWidget {
+public:
+  // `show_main_window` is called once, `milliseconds` after the form has been made; then the splash closes.
+  splash_form(int milliseconds, std::function<void()> show_main_window);
+
+protected:
+  void paintEvent(QPaintEvent* event) override;
+
+private:
+  QTimer HideTimer;
+};
+
+} // namespace vesk

@@ -1,0 +1,22 @@
+// Texts on their way between the data, where they are bytes, and the screen.
+#pragma once
+
+#include <QString>
+#include <string>
+#include <string_view>
+
+namespace vesk {
+
+// As the user reads it: UTF-8 where the bytes are valid UTF-8, else Windows-1252.
+QString shown(std::string_view bytes);
+
+// As it is kept: UTF-8.
+std::string stored(const QString& text);
+
+// A text of the system's own with its line ends as the toolkit wants them.
+QString shown_lines(std::string_view text);
+
+// `text` as a label or caption that shows each "&" as it stands, without a mnemonic.
+QString without_mnemonics(QString text);
+
+} // namespace vesk
