@@ -2,16 +2,12 @@
 #pragma once
 
 #include "dataset/dataset.h"
+#include "query/query_exceptions.h"
 
 #include <functional>
 #include <stdexcept>
 
 namespace vesk {
-
-// A query that could not be executed.
-class query_engine_exception : public std::runtime_error {
-  using std::runtime_error::runtime_error;
-};
 
 // The failure of one deferred query, with the name of its series.
 class live_query_exception : public std::runtime_error {

@@ -1,0 +1,116 @@
+#include "platform/code_page.h"
+
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+#include <iconv.h>
+#include <map>
+#include <memory>
+#include <mutex>
+
+namespace vesk {
+
+namespace {
+
+class converter {
+public:
+  explicit converter(const std::string& name) : state_(iconv_open("UTF-8", name.c_str())) {}
+  ~converter() {
+    if (is_open()) iconv_close(state_);
+  }
+  converter(const converter&) = delete;
+  converter& operator=(const converter&) = delete;
+
+  bool is_open() const { return state_ != iconv_t(-1); }
+
+  // Converts what it can from the front of `bytes`, appends it and takes it off. False at bytes that are no character.
+  bool append(std::string_view& bytes, std::string& text) const {
+    while (!bytes.empty()) {
+      char room[1024];
+      char* to = room;
+      char* from = const_cast<char*>(bytes.data());
+      std::size_t left = bytes.size(), space = sizeof room;
+      const bool failed = iconv(state_, &from, &left, &to, &space) == std::size_t(-1) && errno != E2BIG;
+      text.append(room, static_cast<std::size_t>(to - room));
+      bytes.remove_prefix(bytes.size() - left);
+      if (failed) return false;
+    }
+    return true;
+  }
+
+private:
+  iconv_t state_;
+};
+
+std::string system_name(unsigned number) {
+  switch (number) {
+  case 1200: return "UTF-16LE";
+  case 1201: return "UTF-16BE";
+  case 65001: return "UTF-8";
+  case 10000: return "MACINTOSH";
+  default: return "CP" + std::to_string(number);
+  }
+}
+
+bool is_single_byte(unsigned number) {
+  return number != 932 && number != 936 && number != 949 && number != 950 && number != 1200 && number != 1201 &&
+         number != 65001;
+}
+
+} // namespace
+
+bool is_ascii(std::string_view bytes) {
+  std::size_t i = 0;
+  for (; i + 8 <= bytes.size(); i += 8) {
+    std::uint64_t eight;
+    std::memcpy(&eight, bytes.data() + i, 8);
+    if (eight & 0x8080808080808080U) return false;
+  }
+  for (; i < bytes.size(); ++i)
+    if (static_cast<unsigned char>(bytes[i]) >= 0x80) return false;
+  return true;
+}
+
+const code_page* code_page::find(unsigned number) {
+  static std::mutex lock;
+  static std::map<unsigned, std::unique_ptr<code_page>> known; // null: the system does not know it
+  const std::lock_guard guard(lock);
+  auto [at, is_new] = known.try_emplace(number);
+  if (is_new) {
+    std::unique_ptr<code_page> page(new code_page(number));
+    if (page->fill()) at->second = std::move(page);
+  }
+  return at->second.get();
+}
+
+bool code_page::fill() {
+  name_ = system_name(number_);
+  const converter to_utf8(name_);
+  if (!to_utf8.is_open()) return false;
+  single_byte_ = is_single_byte(number_);
+  for (unsigned i = 0; single_byte_ && i < 256; ++i) {
+    const char byte = static_cast<char>(i);
+    std::string_view bytes(&byte, 1);
+    if (!to_utf8.append(bytes, single_[i]))
+      single_[i] = i < 0x80 ? std::string(1, byte)
+                            : std::string{static_cast<char>(0xc0 | i >> 6), static_cast<char>(0x80 | (i & 0x3f))};
+  }
+  return true;
+}
+
+std::string code_page::utf8(std::string_view bytes) const {
+  std::string text;
+  if (single_byte_) {
+    for (const char c : bytes) text += single_[static_cast<unsigned char>(c)];
+    return text;
+  }
+  const converter to_utf8(name_);
+  const std::size_t unit = number_ == 1200 || number_ == 1201 ? 2 : 1;
+  while (to_utf8.is_open() && !to_utf8.append(bytes, text)) {
+    text += "\xef\xbf\xbd";
+    bytes.remove_prefix(std::min(unit, bytes.size()));
+  }
+  return text;
+}
+
+} // namespace vesk

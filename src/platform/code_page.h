@@ -1,0 +1,35 @@
+// Texts in the code pages of older programs, as UTF-8.
+#pragma once
+
+#include <array>
+#include <string>
+#include <string_view>
+
+namespace vesk {
+
+bool is_ascii(std::string_view bytes);
+
+class code_page {
+public:
+  // The code page of a number: 437, 850 and the other ones of DOS, 1250 to 1258, the double-byte ones 932, 936, 949 and
+  // 950, 1200 and 1201 for UTF-16 in either byte order, 65001 for UTF-8. nullptr when the system does not know it. The
+  // result lives as long as the program. Any thread.
+  static const code_page* find(unsigned number);
+
+  // Bytes that the code page leaves open become the control character of their number in a single-byte code page and
+  // U+FFFD in the others.
+  std::string utf8(std::string_view bytes) const;
+
+  unsigned number() const { return number_; }
+
+private:
+  explicit code_page(unsigned number) : number_(number) {}
+  bool fill();
+
+  unsigned number_;
+  bool single_byte_ = false;
+  std::string name_;                    // as the system calls it
+  std::array<std::string, 256> single_; // the character of each byte, of a single-byte code page
+};
+
+} // namespace vesk

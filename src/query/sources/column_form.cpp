@@ -1,0 +1,130 @@
+#include "query/sources/column_form.h"
+
+#include "query/sources/number_text.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+
+namespace vesk {
+
+namespace {
+
+bool is_digit(char c) {
+  return c >= '0' && c <= '9';
+}
+
+bool marks_missing(std::string_view text) {
+  constexpr std::string_view marks[] = {"na", "n/a", "nan", "null", "none", "-", "--", "---", "*", "#n/a", "?", "."};
+  return text.size() <= 4 && std::any_of(std::begin(marks), std::end(marks),
+                                         [&](std::string_view mark) { return equal_ignoring_case(mark, text); });
+}
+
+bool is_code(std::string_view text) {
+  return text.size() > 1 && text[0] == '0' && std::all_of(text.begin(), text.end(), is_digit);
+}
+
+} // namespace
+
+table_value column_form::read(std::string_view text) const {
+  if (text.empty()) return {};
+  switch (type) {
+  case field_type::string: return table_value::of_text(text);
+  case field_type::integer: {
+    std::int64_t integer = 0;
+    const char* const end = text.data() + text.size();
+    if (const auto read = std::from_chars(text.data() + (text[0] == '+'), end, integer);
+        read.ec == std::errc() && read.ptr == end)
+      return table_value::of_integer(integer);
+    [[fallthrough]];
+  }
+  case field_type::floating: {
+    const auto number = read_number(text, decimal_comma);
+    return number ? table_value::of_number(*number) : table_value();
+  }
+  default: {
+    const auto date = read_date(text, dates);
+    return date ? table_value::of_date_time(date->serial) : table_value();
+  }
+  }
+}
+
+void column_votes::add(std::string_view text) {
+  if (text.empty()) return;
+  const char first = text.front();
+  const bool may_be_value = is_digit(first) || first == '-' || first == '+' || first == '.' || first == ',';
+  if (may_be_value && (add_date(text) || add_number(text))) {
+    ++votes_;
+    codes_ += is_code(text);
+  } else if (!marks_missing(text)) {
+    ++votes_;
+  }
+}
+
+bool column_votes::add_number(std::string_view text) {
+  if (const auto number = read_number(text, false)) {
+    if (text.find(',') != text.npos) { // "1,234" may be both
+      ++point_;
+      comma_ += read_number(text, true).has_value();
+    } else if (text.find_first_of(".eE") == text.npos) {
+      ++whole_;
+      large_ += std::abs(*number) > 2147483647.0;
+    } else {
+      ++point_;
+    }
+    return true;
+  }
+  if (!read_number(text, true)) return false;
+  ++comma_;
+  return true;
+}
+
+bool column_votes::add_date(std::string_view text) {
+  const auto add_form = [&](date_form form) {
+    const auto date = read_date(text, form);
+    if (!date) return false;
+    ++dates_[static_cast<std::size_t>(form)];
+    with_time_[static_cast<std::size_t>(form)] += date->has_time;
+    return true;
+  };
+  // The first mark and its place leave one form or two.
+  const auto mark = static_cast<std::size_t>(std::find_if_not(text.begin(), text.end(), is_digit) - text.begin());
+  if (mark == 0 || mark > 4 || mark == text.size()) return false;
+  if (mark == 4) return add_form(date_form::iso);
+  if (text[mark] == '.') return add_form(date_form::day_dot);
+  if (text[mark] == ':') return add_form(date_form::time_only);
+  const bool month_first = add_form(date_form::month_first);
+  return add_form(date_form::day_first) || month_first;
+}
+
+void column_votes::add(value_kind kind, bool has_time, bool is_whole) {
+  if (kind == value_kind::null) return;
+  ++votes_;
+  if (kind == value_kind::date_time) {
+    ++dates_as_such_;
+    as_such_with_time_ += has_time;
+  } else {
+    ++(is_whole ? whole_ : point_);
+  }
+}
+
+column_form column_votes::settle() const {
+  column_form result;
+  if (votes_ == 0 || codes_ > 0) return result;
+  const auto most = static_cast<std::size_t>(std::max_element(dates_.begin(), dates_.end()) - dates_.begin());
+  result.dates = static_cast<date_form>(most);
+  const std::uint64_t numbers = whole_ + std::max(point_, comma_);
+  if ((dates_[most] + dates_as_such_) * 2 > votes_) {
+    const bool with_time = with_time_[most] + as_such_with_time_ > 0;
+    if (result.dates == date_form::time_only && dates_[most] > dates_as_such_)
+      result.type = field_type::time;
+    else
+      result.type = with_time ? field_type::date_time : field_type::date;
+  } else if (numbers * 4 >= votes_ * 3) {
+    result.type = point_ + comma_ + large_ == 0 ? field_type::integer : field_type::floating;
+    result.decimal_comma = comma_ > point_;
+  }
+  return result;
+}
+
+} // namespace vesk

@@ -1,0 +1,40 @@
+// Dates and times as numbers, and as people write them.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+namespace vesk {
+
+// A date-time number out of days since 30 December 1899 and milliseconds of the day. All readers make theirs here or
+// by `to_milliseconds`, so that equal moments are equal numbers.
+constexpr double date_time_number(double day, double milliseconds) {
+  return day + milliseconds / 86400000.0;
+}
+
+// A date-time number rounded to the millisecond.
+double to_milliseconds(double serial);
+
+// The day of a date, counted from 30 December 1899. Nothing when there is no such date in the years 1 to 9999.
+std::optional<std::int32_t> serial_day(int year, int month, int day);
+
+// How a date is written. A time may follow all of them, after a blank, a comma and a blank, or a "T":
+// h:mm, h:mm:ss, fractions of a second, AM or PM; "Z" or an offset from UTC behind it is passed over.
+enum class date_form : std::uint8_t {
+  iso,         // 2011-01-31 or 2011/1/31
+  month_first, // 1/31/2011 or 1-31-2011
+  day_first,   // 31/1/2011 or 31-1-2011
+  day_dot,     // 31.1.2011
+  time_only    // a time alone; its number lies below 1
+};
+
+struct date_reading {
+  double serial;
+  bool has_time; // something was written behind the date
+};
+
+// The whole text as a date of that form. Two-digit years are those from 1950 to 2049.
+std::optional<date_reading> read_date(std::string_view text, date_form form);
+
+} // namespace vesk

@@ -1,0 +1,19 @@
+// A table source for a file, by what is in it.
+#pragma once
+
+#include "query/sources/table_source.h"
+
+#include <filesystem>
+#include <memory>
+
+namespace vesk {
+
+// The content decides where it can be told from its first bytes, else the extension does. Throws
+// table_source_exception.
+std::unique_ptr<table_source> open_table_source(const std::filesystem::path& file);
+
+// True for a file of several tables, which a query names between brackets: .mdb, .xls, .accdb, .xlsx, .ods, .sqlite and
+// a .db that is a SQLite file. False for a file that is one table, and for one that is not there under another name.
+bool has_several_tables(const std::filesystem::path& file);
+
+} // namespace vesk

@@ -1,0 +1,198 @@
+// Files with tables, read by stored queries: one interface over all formats.
+//
+// Nothing is written. A source is used by one thread at a time; its cursors refer to it and must not outlive it.
+#pragma once
+
+#include "query/query_exceptions.h"
+
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vesk {
+
+// What is wrong, and where: "river.dbf, table flows, field FLOW: record 17 has "1x" where a number should be."
+class table_source_exception : public query_engine_exception {
+public:
+  // `table` and `field` may be empty; `cause` ends with a full stop.
+  table_source_exception(std::string file, std::string table, std::string field, std::string cause);
+
+  // A whole sentence that names the file itself.
+  table_source_exception(std::string file, const std::string& sentence)
+      : query_engine_exception(sentence), file_(std::move(file)), cause_(sentence) {}
+
+  const std::string& file() const { return file_; }
+  const std::string& table() const { return table_; }
+  const std::string& field() const { return field_; }
+  const std::string& cause() const { return cause_; }
+
+private:
+  std::string file_, table_, field_, cause_;
+};
+
+// The type codes of fields, as stored queries know them.
+enum class field_type : std::uint8_t {
+  unknown = 0,
+  string = 1,
+  small_integer = 2,
+  integer = 3,
+  word = 4,
+  boolean = 5,
+  floating = 6,
+  currency = 7,
+  bcd = 8,
+  date = 9,
+  time = 10,
+  date_time = 11,
+  bytes = 12,
+  auto_increment = 14,
+  blob = 15,
+  memo = 16,
+  large_integer = 25
+};
+
+struct table_field {
+  std::string name; // UTF-8, not empty, unlike the other names of the table in any case of letters
+  field_type type = field_type::unknown;
+
+  friend bool operator==(const table_field&, const table_field&) = default;
+};
+
+enum class value_kind : std::uint8_t { null, integer, number, date_time, text };
+
+// One value of a row. A text is not owned.
+class table_value {
+public:
+  constexpr table_value() = default; // null
+  static constexpr table_value of_integer(std::int64_t integer) {
+    table_value value;
+    value.kind_ = value_kind::integer;
+    value.integer_ = integer;
+    return value;
+  }
+  static constexpr table_value of_number(double number) { return {value_kind::number, number}; }
+  // Days since 30 December 1899; a time without a date lies below 1.
+  static constexpr table_value of_date_time(double serial) { return {value_kind::date_time, serial}; }
+  static constexpr table_value of_text(std::string_view utf8) {
+    table_value value;
+    value.kind_ = value_kind::text;
+    value.size_ = utf8.size() < std::numeric_limits<std::uint32_t>::max() ? static_cast<std::uint32_t>(utf8.size())
+                                                                          : std::numeric_limits<std::uint32_t>::max();
+    value.text_ = utf8.data();
+    return value;
+  }
+
+  constexpr value_kind kind() const { return kind_; }
+  constexpr bool is_null() const { return kind_ == value_kind::null; }
+  constexpr std::int64_t integer() const { return integer_; } // of an integer
+  // Of an integer, a number or a date-time.
+  constexpr double number() const { return kind_ == value_kind::integer ? static_cast<double>(integer_) : number_; }
+  constexpr std::string_view text() const { return {text_, size_}; } // of a text
+
+private:
+  constexpr table_value(value_kind kind, double number) : kind_(kind), number_(number) {}
+
+  value_kind kind_ = value_kind::null;
+  std::uint32_t size_ = 0;
+  union {
+    std::int64_t integer_ = 0;
+    double number_;
+    const char* text_;
+  };
+};
+static_assert(sizeof(table_value) == 16);
+
+// A condition that a cursor may use to pass over rows early; those of one cursor are linked by AND. It leaves out only
+// rows that fail: null always does, a value of another kind than the condition's never.
+struct row_filter {
+  enum class test : std::uint8_t { equal_text, at_least, at_most };
+  std::size_t field = 0;
+  test kind = test::equal_text;
+  std::string text = {};    // of equal_text
+  bool ignore_case = false; // of ASCII letters
+  double number = 0;        // of at_least and at_most: for numbers and date-times
+
+  bool leaves_out(const table_value& value) const;
+};
+
+// Reads the rows of one table, from the first to the last.
+//
+// A value is decoded when it is asked for, so fields that nobody asks for cost nothing.
+class row_cursor {
+public:
+  explicit row_cursor(std::vector<row_filter> filters) : filters_(std::move(filters)) {}
+  virtual ~row_cursor() = default;
+  row_cursor(const row_cursor&) = delete;
+  row_cursor& operator=(const row_cursor&) = delete;
+
+  // Goes to the next row that the filters let pass, the first at first; false behind the last. Throws
+  // table_source_exception.
+  bool next() {
+    while (advance()) {
+      ++rows_;
+      if (passes()) return true;
+    }
+    return false;
+  }
+
+  // A value of the present row. A text lives until the next call of `next`. Throws table_source_exception.
+  virtual table_value value(std::size_t field) = 0;
+
+  // The present row's number, from 1; rows that the filters leave out count too.
+  std::uint64_t row_number() const { return rows_; }
+
+protected:
+  virtual bool advance() = 0;
+
+private:
+  bool passes() {
+    for (const row_filter& filter : filters_)
+      if (filter.leaves_out(value(filter.field))) return false;
+    return true;
+  }
+
+  std::vector<row_filter> filters_;
+  std::uint64_t rows_ = 0;
+};
+
+class table_source {
+public:
+  explicit table_source(std::string file) : file_(std::move(file)) {}
+  virtual ~table_source() = default;
+  table_source(const table_source&) = delete;
+  table_source& operator=(const table_source&) = delete;
+
+  const std::string& file() const { return file_; } // as it was asked for, for messages
+
+  // The names of the tables. A file that is one table has the file's name.
+  const std::vector<std::string>& tables() const { return tables_; }
+
+  // The position of a table: by its name, else by its name in any case of letters, else by the name of a sheet as the
+  // Jet provider gives it, with a dollar sign behind it or between apostrophes. In a file that is one
+  // table every name is that table's. Throws table_source_exception.
+  std::size_t find_table(std::string_view name) const;
+
+  // The fields of a table in their order; there is at least one. Throws table_source_exception.
+  virtual const std::vector<table_field>& fields(std::size_t table) = 0;
+
+  // Any number of cursors may be open at once. Throws table_source_exception.
+  virtual std::unique_ptr<row_cursor> rows(std::size_t table, std::vector<row_filter> filters = {}) = 0;
+
+protected:
+  std::vector<std::string> tables_;
+
+private:
+  std::string file_;
+};
+
+// Letters A to Z and a to z count as equal.
+bool equal_ignoring_case(std::string_view a, std::string_view b);
+
+// Names for the fields of a table: an empty name becomes "F" and the position, counted from 1; one that stands already
+// gets "_1", "_2" and so on.
+std::vector<std::string> distinct_names(std::vector<std::string> names);
+
+} // namespace vesk

@@ -1,0 +1,95 @@
+// How text files are understood: separator, header, forms of numbers and dates, and what is refused.
+#include "query/sources/csv_source.h"
+#include "table_summary.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace vesk {
+
+namespace {
+
+using testing::ElementsAre;
+
+std::vector<std::string> read(std::string_view text) {
+  const auto source = open_csv(std::as_bytes(std::span(text)), "river.csv");
+  return print(*source);
+}
+
+std::string failure(std::string_view text) {
+  try {
+    read(text);
+  } catch (const table_source_exception& error) {
+    return error.what();
+  }
+  return "read";
+}
+
+TEST(Csv, FindsSeparatorAndDecimalSign) {
+  EXPECT_THAT(read("site;flow\nA;3,5\nB;4\n"), ElementsAre("site:1; flow:6", "A; 3.5", "B; 4"));
+  EXPECT_THAT(read("site\tflow\nA\t1,234.5\nB\t-.5\r\n"), ElementsAre("site:1; flow:6", "A; 1234.5", "B; -0.5"));
+  EXPECT_THAT(read("a|b\r1|2\r3|4"), ElementsAre("a:3; b:3", "1; 2", "3; 4"));
+  EXPECT_THAT(read("flow\n12\n13\n"), ElementsAre("flow:3", "12", "13"));
+}
+
+TEST(Csv, SettlesTheOrderOfADateByTheWholeColumn) {
+  EXPECT_THAT(read("d,e\n1/2/2011,1/2/2011\n3/4/2011,13/4/2011\n"),
+              ElementsAre("d:9; e:9", "2011-01-02; 2011-02-01", "2011-03-04; 2011-04-13"));
+  EXPECT_THAT(read("d;e\n1.2.2011 4:05;2011-02-01T23:59:59.4994Z\n31.12.99 23:00;2011/2/1\n"),
+              ElementsAre("d:11; e:11", "2011-02-01 04:05:00; 2011-02-01 23:59:59", "1999-12-31 23:00:00; 2011-02-01"));
+  EXPECT_THAT(
+      read("d,t\n1/2/2011 12:30 AM,7:00\n1/2/2011 1:00:30 pm,24:00\n30/2/2011,x\n"),
+      ElementsAre("d:11; t:10", "2011-01-02 00:30:00; 07:00:00", "2011-01-02 13:00:30; 1899-12-31", "NULL; NULL"));
+}
+
+TEST(Csv, KeepsCodesAndMixedColumnsAsTexts) {
+  EXPECT_THAT(read("code,tag,value\n00300,R1,NA\n12,7,<0.5\n13,8,1\n14,R2,2\n15,9,3\n16,,4\n"),
+              ElementsAre("code:1; tag:1; value:3", "00300; R1; NULL", "12; 7; NULL", "13; 8; 1", "14; R2; 2",
+                          "15; 9; 3", "16; NULL; 4"));
+}
+
+TEST(Csv, PassesTitlesAndNamesColumns) {
+  EXPECT_THAT(
+      read(
+          "\xef\xbb\xbf\"Plot Title: Creek\"\nmade,today\n\n,Date, flow ,Flow\n1,2011-01-31,5,6\n2,2011-02-01,7,8,9\n"),
+      ElementsAre("F1:3; Date:9; flow:3; Flow_1:3; F5:3", "1; 2011-01-31; 5; 6; NULL", "2; 2011-02-01; 7; 8; 9"));
+  EXPECT_THAT(read("1,2\n3,4\n"), ElementsAre("F1:3; F2:3", "1; 2", "3; 4"));
+}
+
+TEST(Csv, ReadsQuotedFieldsAndEncodings) {
+  EXPECT_THAT(read("name,\"x, y\"\n\"a \"\"b\"\"\nc\", 5\" \n\"q\"r , \"1\" \n"),
+              ElementsAre("name:1; x, y:1", "a \"b\"\nc; 5\"", "qr; 1"));
+  EXPECT_THAT(read("t,n\n5 \xb0\x43,1\n6 \xc2\xb0\x43,2\n"), ElementsAre("t:1; n:3", "5 °C; 1", "6 °C; 2"));
+  EXPECT_THAT(read(std::string_view("\xff\xfe"
+                                    "a\0,\0b\0\n\0\xb0\0,\0"
+                                    "2\0\n\0",
+                                    18)),
+              ElementsAre("a:1; b:3", "°; 2"));
+}
+
+TEST(Csv, RefusesWhatIsNoTable) {
+  EXPECT_EQ(failure(""), "river.csv: the file is empty.");
+  EXPECT_EQ(failure(" \r\n\n"), "river.csv: the file is empty.");
+  EXPECT_EQ(failure(std::string_view("a\0b", 3)), "river.csv: it is no text file: it holds bytes of value 0.");
+  EXPECT_EQ(failure("title\na,b\n1,2\n3,\"4\n5,6\n"), "river.csv: the quotation mark in line 4 is never closed.");
+}
+
+TEST(Csv, FiltersLeaveOutOnlyRowsThatFail) {
+  const std::string_view text = "site,flow\nA,1\nB,2\na,3\nA,\n";
+  const auto source = open_csv(std::as_bytes(std::span(text)), "river.csv");
+  const auto numbers = [&](std::vector<row_filter> filters) {
+    std::vector<std::uint64_t> rows;
+    for (const auto row = source->rows(0, std::move(filters)); row->next();) rows.push_back(row->row_number());
+    return rows;
+  };
+  using test = row_filter::test;
+  EXPECT_THAT(numbers({{.field = 0, .text = "A"}}), ElementsAre(1, 4));
+  EXPECT_THAT(numbers({{.field = 0, .text = "a", .ignore_case = true}}), ElementsAre(1, 3, 4));
+  EXPECT_THAT(numbers({{.field = 1, .kind = test::at_least, .number = 2}}), ElementsAre(2, 3));
+  EXPECT_THAT(numbers({{.field = 1, .kind = test::at_most, .number = 2}, {.field = 0, .text = "A"}}), ElementsAre(1));
+  EXPECT_THAT(numbers({{.field = 1, .text = "A"}}), ElementsAre(1, 2, 3)) << "a number is not compared with a text";
+}
+
+} // namespace
+
+} // namespace vesk
