@@ -73,6 +73,7 @@ constexpr command_row rows[] = {
     {"TimeFunctionsToolButton", ready, &form::TimeFunctionsItemClick},
     {"PrintIntervalItem", ready, &form::PrintIntervalItemClick},
     {"PrintIntervalToolButton", ready, &form::PrintIntervalItemClick},
+    {"TimestepItem", ready, &form::TimestepItemClick}, // beside the print intervals, and under their condition
     {"OutputcontrolMenuItem", ready, &form::OutputcontrolItemClick},
     {"OutputControlToolButton", ready, &form::OutputcontrolItemClick},
 
@@ -95,6 +96,7 @@ constexpr command_row rows[] = {
     {"EnableloggingItem", unmanaged, &form::EnableloggingItemClick},
     {"EnabledebugmodeItem", unmanaged, &form::EnabledebugmodeItemClick},
     {"DictionaryItem", unmanaged, &form::DictionaryItemClick},
+    {"ContentsItem", unmanaged, &form::ContentsItemClick},
     {"FennContentsItem", unmanaged, &form::ContentsItemClick},
     {"AboutItem", unmanaged, &form::AboutItemClick},
     {"FennAboutItem", unmanaged, &form::AboutItemClick},
@@ -132,6 +134,7 @@ constexpr menu_row main_menu_rows[] = {
     {1, "TimeFunctionsItem", "&Time functions..."},
     {1, "", "-"},
     {1, "PrintIntervalItem", "Print &intervals..."},
+    {1, "TimestepItem", "Ti&me steps..."},
     {1, "OutputcontrolMenuItem", "&Output control..."},
     {0, "ModelItem", "&Model"},
     {1, "ExecuteModelItem", "&Execute", "F5"},
@@ -143,6 +146,7 @@ constexpr menu_row main_menu_rows[] = {
     {1, "EnabledebugmodeItem", "Enable &debug mode", "Ctrl+D"},
     {1, "DictionaryItem", "Di&ctionary..."},
     {0, "HelpItem", "&Help"},
+    {1, "ContentsItem", "&Contents", "F1"},
     {1, "DocumentationItem", "&Documentation"},
     {1, "Checkforupdates1", "Check for &updates..."},
     {1, "AboutItem", "&About..."},

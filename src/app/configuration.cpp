@@ -17,7 +17,7 @@ registry_configuration::registry_configuration(std::string_view company, std::st
 
 void registry_configuration::read(std::string_view name, std::string& value) const {
   constexpr std::size_t longest = 1024;
-  if (const auto text = file_.get(section_, name)) value = text->substr(0, longest);
+  if (const auto text = file_.get(section_, name); text && text->size() <= longest) value = *text;
 }
 
 void registry_configuration::read(std::string_view name, int& value) const {

@@ -23,7 +23,7 @@ protected:
 
   // Each leaves `value` as it is when there is nothing stored. A flag or number is converted from the leading digits
   // of the text, so that a text without any is 0; an empty text counts as nothing stored.
-  void read(std::string_view name, std::string& value) const; // at most 1024 bytes
+  void read(std::string_view name, std::string& value) const; // a text of more than 1024 bytes counts as not stored
   void read(std::string_view name, bool& value) const;
   void read(std::string_view name, int& value) const;
 

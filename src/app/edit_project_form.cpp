@@ -17,7 +17,7 @@ const file_dialog browse_dialog{file_dialog::kind::open, "",
 
 } // namespace
 
-shared_list<short_text>* TEditProjectForm::files() const {
+shared_list<project_component>* TEditProjectForm::files() const {
   return main_form_.current_data_set ? &main_form_.current_data_set->project_files : nullptr;
 }
 

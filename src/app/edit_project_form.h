@@ -32,7 +32,7 @@ public:
   bool FormCloseQuery(bool cancelled);
 
 private:
-  shared_list<short_text>* files() const; // null without a data set
+  shared_list<project_component>* files() const; // null without a data set
 
   TPreveskMainForm& main_form_;
   user_interface& ui_;

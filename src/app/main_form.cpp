@@ -95,7 +95,21 @@ void TPreveskMainForm::commit_snapshot() {
 }
 
 void TPreveskMainForm::restore_snapshot() {
-  if (current_data_set && backup_data_set) *current_data_set = *backup_data_set;
+  if (current_data_set && backup_data_set) take_content(*backup_data_set);
+}
+
+void TPreveskMainForm::take_data_sets(std::unique_ptr<prevesk_dataset_data_type> current,
+                                      std::unique_ptr<prevesk_dataset_data_type> backup) {
+  current_data_set = std::move(current);
+  backup_data_set = std::move(backup);
+  current_data_set->apply_thread_defaults();
+  ui_.data_set_replaced();
+}
+
+void TPreveskMainForm::take_content(const prevesk_dataset_data_type& content) {
+  *current_data_set = content;
+  current_data_set->apply_thread_defaults();
+  ui_.data_set_replaced();
 }
 
 void TPreveskMainForm::report_failure(const std::string& text) {
@@ -105,6 +119,11 @@ void TPreveskMainForm::report_failure(const std::string& text) {
 
 void TPreveskMainForm::add_info_line(const std::string& text, int icon) {
   ui_.add_info_line(text, icon);
+}
+
+void TPreveskMainForm::add_job_line(const std::string& text, int icon) {
+  ui_.add_info_line(text, icon);
+  ui_.select_last_info_line();
 }
 
 void TPreveskMainForm::clear_info_lines() {

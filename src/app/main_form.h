@@ -119,7 +119,7 @@ public:
   void BoundariesItemClick();
   void TimeFunctionsItemClick();
   void PrintIntervalItemClick();
-  void TimestepItemClick(); // no control is bound to it
+  void TimestepItemClick();
   void OutputcontrolItemClick();
 
   // Other dialogs.
@@ -144,7 +144,7 @@ public:
   void HAVLEPostProcessorToolButtonClick();
   void Checkforupdates1Click();
   void Setdatabasefolder1Click();
-  bool launch_process(const std::string& command_line);
+  bool launch_process(const std::vector<std::string>& arguments); // the program first; not waited for
 
   // Files. A failure is told in a box and counted in `failures`.
   void new_data_set();
@@ -184,7 +184,7 @@ public:
   void UpdateTimerTimer();
   const job_outcome& last_job() const { return last_job_; }
 
-  void add_info_line(const std::string& text, int icon) override;
+  void add_info_line(const std::string& text, int icon);
 
   // Diagnostics. Any thread.
   bool logging_enabled() const override { return logging_enabled_; }
@@ -196,16 +196,9 @@ public:
 
   // The results grid's element at a row and column of the grid, both from 0; nothing without an array. Main thread;
   // reads the engine's array as it is being written.
-  std::optional<double> results_cell(int row, int column) const;
+  std::optional<double> ResultsTableGetCellData(int row, int column) const;
 
 private:
-  struct results_grid {
-    const float* data = nullptr; // the engine's
-    int actual_columns = 0;
-    int actual_rows = 0;
-    bool invert = false;
-  };
-
   void edit(form_id form, void (TPreveskMainForm::*on_ok)() = nullptr, bool exchange_mode = false);
   void update_menus_and_caption();
   void find_boundaries();
@@ -213,7 +206,11 @@ private:
   void start_post_processor(const std::string& program);
   void report_failure(const std::string& text);
   void make_data_sets();
-  enum class load_result { loaded, cannot_open, refused }; // refused: data set and name are as they were
+  void take_data_sets(std::unique_ptr<prevesk_dataset_data_type> current,
+                      std::unique_ptr<prevesk_dataset_data_type> backup);
+  void take_content(const prevesk_dataset_data_type& content); // into the current data set
+  void take_back();                                            // the data set of the job that ends
+  enum class load_result { loaded, cannot_open, refused };     // refused: data set and name are as they were
   load_result load(const std::string& name);
   bool read_into_new_data_sets(const std::string& name);
   void save_to_file_name();
@@ -225,9 +222,11 @@ private:
   void import_export_end();
   void validity_end();
   void copy_back_end();
+  void end_job(void (TPreveskMainForm::*end_handler)());
   void note_end_of_job();
 
   // job_front_end
+  void add_job_line(const std::string& text, int icon) override; // and selects it
   void clear_info_lines() override;
   void set_file_name(const std::string& name) override;
   void initialize_results_grid(const std::vector<std::string>& column_labels, int rows) override;
@@ -245,7 +244,10 @@ private:
   std::atomic<int> return_code_{0};
   std::atomic<std::int32_t> window_handle_{0};
   mutable std::mutex grid_lock_;
-  results_grid grid_; // guarded by grid_lock_
+  const float* grid_data = nullptr; // the engine's; this and the next three are guarded by grid_lock_
+  int grid_actual_columns = 0;
+  int grid_actual_rows = 0;
+  bool grid_invert = false;
   int grid_rows_ = 0; // as the engine has set the grid up; main thread
 };
 

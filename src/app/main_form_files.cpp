@@ -38,8 +38,7 @@ void TPreveskMainForm::make_data_sets() {
   const auto tables = catalogue.get();
   auto current = std::make_unique<prevesk_dataset_data_type>(tables);
   auto backup = std::make_unique<prevesk_dataset_data_type>(tables);
-  current_data_set = std::move(current);
-  backup_data_set = std::move(backup);
+  take_data_sets(std::move(current), std::move(backup));
 }
 
 void TPreveskMainForm::new_data_set() {
@@ -91,8 +90,10 @@ TPreveskMainForm::load_result TPreveskMainForm::load(const std::string& name) {
     ui_.message_box("Error", "VKI Version not supported; data could be corrupt.", box_buttons::ok);
   const std::uint32_t model = current_data_set->model_type;
   if (model != 0 && !current_data_set->catalogue()->find_model(model))
-    report_failure("The catalogue has no model " + std::to_string(model) + ", which " + name +
-                   " is for; its systems, parameters, constants, time functions and outputs cannot be shown.");
+    ui_.message_box("Error",
+                    "The catalogue has no model " + std::to_string(model) + ", which " + name +
+                        " is for; its systems, parameters, constants, time functions and outputs are not shown.",
+                    box_buttons::ok);
   return load_result::loaded;
 }
 
@@ -101,7 +102,6 @@ TPreveskMainForm::load_result TPreveskMainForm::load(const std::string& name) {
 bool TPreveskMainForm::read_into_new_data_sets(const std::string& name) {
   const busy_cursor busy(ui_);
   const auto tables = catalogue.get();
-  const std::uint32_t segment_type_before = segment_data_type::default_segment_type;
   auto backup = std::make_unique<prevesk_dataset_data_type>(tables);
   auto fresh = std::make_unique<prevesk_dataset_data_type>(tables);
   bool opened = true;
@@ -110,13 +110,10 @@ bool TPreveskMainForm::read_into_new_data_sets(const std::string& name) {
   } catch (const file_open_exception&) {
     opened = false;
   } catch (...) {
-    if (current_data_set) current_data_set->apply_seed(); // reading had moved it
-    segment_data_type::default_segment_type = segment_type_before;
+    if (current_data_set) current_data_set->apply_thread_defaults(); // reading had moved them
     throw;
   }
-  current_data_set = std::move(fresh);
-  backup_data_set = std::move(backup);
-  current_data_set->apply_seed();
+  take_data_sets(std::move(fresh), std::move(backup));
   file_name = name;
   if (!opened) return false;
   update_caption();
@@ -143,6 +140,7 @@ void TPreveskMainForm::save_to_file_name() {
   } catch (const std::exception& error) {
     report_failure(error.what());
   }
+  ui_.set_subject("");
 }
 
 void TPreveskMainForm::SaveasItemClick() {
@@ -176,6 +174,7 @@ void TPreveskMainForm::prepare_import(const std::string& name) {
   } catch (const catalogue_exception& error) {
     return report_failure(error.what());
   }
+  update_menus();
   import_file_name = name;
   start_import_export(true);
 }

@@ -3,6 +3,7 @@
 #include "app/main_form.h"
 #include "shell/dictionary.h"
 
+#include <algorithm>
 #include <cstdio>
 
 namespace vesk {
@@ -19,10 +20,17 @@ bool is_link(const std::string& text) {
   return false;
 }
 
+// A file of the folder, by a name that may part its folders as another platform does.
+std::string file_in(const std::string& folder, std::string name) {
+  std::error_code ignored;
+  if (!fs::exists(folder + name, ignored)) std::replace(name.begin(), name.end(), '\\', '/');
+  return folder + name;
+}
+
 // Whether a file can be made in the folder, found out by making one.
 bool can_make_a_file_in(const std::string& folder) {
   const std::string probe = folder + "vesk.testcreate";
-  std::FILE* file = std::fopen(probe.c_str(), "wxe");
+  std::FILE* file = std::fopen(probe.c_str(), "we");
   if (!file) return false;
   std::fclose(file);
   std::remove(probe.c_str());
@@ -51,20 +59,21 @@ void TPreveskMainForm::DocumentationItemClick(const std::string& caption) {
   const auto found = documentation_links.find(caption);
   if (found == documentation_links.end()) return;
   const std::string& text = found->second;
-  open_outside(is_link(text) ? text : documentation_directory + text, documentation_directory);
+  open_outside(is_link(text) ? text : file_in(documentation_directory, text), documentation_directory);
 }
 
 void TPreveskMainForm::ContentsItemClick() {
   open_outside(documentation_directory + "user-guide.html", documentation_directory);
 }
 
-bool TPreveskMainForm::launch_process(const std::string& command_line) {
-  return start_outside_program(split_command_line(command_line), {});
+bool TPreveskMainForm::launch_process(const std::vector<std::string>& arguments) {
+  return start_outside_program(arguments, {});
 }
 
 void TPreveskMainForm::start_post_processor(const std::string& program) {
-  if (!launch_process(file_name.empty() ? program : program + " \"" + file_name + "\""))
-    ui_.message_box("Error", "Could not create post-processor process.", box_buttons::ok);
+  std::vector<std::string> arguments = split_command_line(program);
+  if (!file_name.empty()) arguments.push_back(file_name); // one argument, whatever is in it
+  if (!launch_process(arguments)) ui_.message_box("Error", "Could not create post-processor process.", box_buttons::ok);
 }
 
 void TPreveskMainForm::LoadPostProcessorItemClick() {

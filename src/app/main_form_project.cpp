@@ -43,16 +43,17 @@ std::string absolute_member(const std::string& member, const std::string& projec
 } // namespace
 
 bool TPreveskMainForm::open_project_file(const std::string& name) {
-  std::ifstream file(name, std::ios::binary);
-  std::string line;
   std::error_code ignored;
-  if (!file || !std::filesystem::is_regular_file(name, ignored)) {
+  std::ifstream file; // a pipe would wait for a writer
+  if (std::filesystem::is_regular_file(name, ignored)) file.open(name, std::ios::binary);
+  std::string line;
+  if (!file.is_open()) {
     ui_.message_box("Error", "Failed to open " + name, box_buttons::ok);
     return false;
   }
   read_line(file, line);
   const std::size_t count = leading_number(line);
-  std::vector<short_text> members;
+  std::vector<project_component> members;
   for (std::size_t i = 0; i < count; ++i) {
     if (!read_line(file, line)) break; // the rounds that are left find nothing either
     if (line.empty()) continue;
@@ -68,7 +69,7 @@ bool TPreveskMainForm::open_project_file(const std::string& name) {
   }
   if (current_data_set) {
     current_data_set->project_files.clear();
-    for (const short_text& member : members) current_data_set->project_files.push_back(member);
+    for (const project_component& member : members) current_data_set->project_files.push_back(member);
   }
   return true;
 }

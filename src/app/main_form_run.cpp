@@ -31,9 +31,9 @@ constexpr busy_box busy_boxes[] = {
      "The load restart file thread is busy. Try again later."},
 };
 
-const file_dialog network_dialog{file_dialog::kind::open, "Import Network", "Vesk Network Files (*.vkn)|*.vkn", "vkn"};
+const file_dialog network_dialog{file_dialog::kind::open, "Import Network", "Vesk Network Files (*.vkn)|*.vkn", ""};
 const file_dialog restart_dialog{file_dialog::kind::open, "Select restart file to open",
-                                 "Vesk Restart Files (*.rst)|*.rst", "rst"};
+                                 "Vesk Restart Files (*.rst)|*.rst", ""};
 
 } // namespace
 
@@ -48,26 +48,34 @@ bool TPreveskMainForm::start_job(const prevesk_dataset_data_type& data_set, job_
                                  void (TPreveskMainForm::*end_handler)()) {
   try {
     if (!library_ || library_->path != engine_path) library_ = engine_library::load(engine_path);
-  } catch (const engine_library_exception& error) {
+    const auto log_name = logging_enabled() ? log_file_name : std::filesystem::path();
+    std::error_code ignored; // logging never fails aloud
+    if (!log_name.empty()) std::filesystem::create_directories(log_name.parent_path(), ignored);
+    job_front_end& front_end = *this;
+    auto thread = std::make_unique<model_thread>(front_end, library_, data_set, code, name, log_name);
+    priorities = std::make_unique<worker_priority>(*thread);
+    thread->OnTerminate = [this, end_handler](ResizableThread*) { end_job(end_handler); };
+    thread->FreeOnTerminate = true;
+    active_thread = thread.release();
+  } catch (const std::exception& error) {
     report_failure(error.what());
     return false;
   }
   last_job_ = {};
-  const auto log_name = logging_enabled() ? log_file_name : std::filesystem::path();
-  active_thread = new model_thread(*this, library_, data_set, code, name, log_name);
-  priorities = std::make_unique<worker_priority>(*active_thread);
-  active_thread->OnTerminate = [this, end_handler](ResizableThread*) {
+  return true;
+}
+
+// The job frees itself after this, whatever comes of its end; the end handler may have started another one by then.
+void TPreveskMainForm::end_job(void (TPreveskMainForm::*end_handler)()) {
+  const model_thread* const ended = active_thread;
+  try {
     note_end_of_job();
     priorities.reset();
-    try {
-      (this->*end_handler)();
-    } catch (const std::exception& error) {
-      active_thread = nullptr; // it frees itself, whatever came of its end
-      report_failure(error.what());
-    }
-  };
-  active_thread->FreeOnTerminate = true;
-  return true;
+    (this->*end_handler)();
+  } catch (const std::exception& error) {
+    if (active_thread == ended) active_thread = nullptr;
+    report_failure(error.what());
+  }
 }
 
 void TPreveskMainForm::note_end_of_job() {
@@ -98,6 +106,8 @@ void TPreveskMainForm::RunModelButtonClick() {
     ++failures_;
     ui_.message_box("Live query error", error.what(), box_buttons::ok);
     return;
+  } catch (const std::exception& error) {
+    return report_failure(error.what());
   }
   if (!start_job(copy, job_code::run, file_name, &TPreveskMainForm::run_end)) return;
   ui_.show_run_controls(true);
@@ -130,10 +140,14 @@ void TPreveskMainForm::start_import_export(bool import) {
     active_thread->Resume();
 }
 
+void TPreveskMainForm::take_back() {
+  take_content(active_thread->data_set());
+}
+
 void TPreveskMainForm::import_export_end() {
   ui_.set_progress(0);
   ui_.set_info_label("");
-  if (active_thread->code() == job_code::import_file) active_thread->copy_back(*current_data_set);
+  if (active_thread->code() == job_code::import_file) take_back();
   active_thread = nullptr;
   update_menus();
   if (run_on_start) RunModelButtonClick();
@@ -147,7 +161,7 @@ void TPreveskMainForm::start_validity_check() {
 }
 
 void TPreveskMainForm::validity_end() {
-  active_thread->copy_back(*current_data_set);
+  take_back();
   if (last_job_.cancelled || last_job_.failed()) { // the engine has not told its limits: nothing to hold against
     last_job_.checked = false;
     active_thread = nullptr;
@@ -198,7 +212,7 @@ void TPreveskMainForm::start_load_restart_file(const std::string& name) {
 
 void TPreveskMainForm::copy_back_end() {
   ui_.set_progress(0);
-  active_thread->copy_back(*current_data_set);
+  take_back();
   active_thread = nullptr;
   update_menus();
 }
@@ -212,7 +226,7 @@ bool TPreveskMainForm::execute_all_deferred_queries() {
         *current_data_set, execute_query, [this](int percent) { ui_.set_progress(percent); }, true);
   } catch (const std::exception& error) {
     failure = error.what();
-    *current_data_set = backup;
+    take_content(backup);
   }
   ui_.set_busy(false);
   if (failure.empty()) return true;
@@ -232,6 +246,7 @@ void TPreveskMainForm::ExectutealldeferredqueriesItemClick() {
 }
 
 bool TPreveskMainForm::change_priority(int position) {
+  if (!active_thread || !priorities) return false;
   if (!vesk::change_priority(position, active_thread->priority_position, *priorities)) return false;
   priority_word = priority_words[position];
   return true;
@@ -265,25 +280,29 @@ void TPreveskMainForm::initialize_results_grid(const std::vector<std::string>& c
 
 void TPreveskMainForm::set_grid_data(const float* data, int actual_columns, int actual_rows, bool invert) {
   const std::lock_guard guard(grid_lock_);
-  grid_ = {data, actual_columns, actual_rows, invert};
+  grid_data = data;
+  grid_actual_columns = actual_columns;
+  grid_actual_rows = actual_rows;
+  grid_invert = invert;
 }
 
 void TPreveskMainForm::clear_grid_data() {
-  const std::lock_guard guard(grid_lock_);
-  grid_ = {};
-}
-
-std::optional<double> TPreveskMainForm::results_cell(int row, int column) const {
-  results_grid grid;
   {
     const std::lock_guard guard(grid_lock_);
-    grid = grid_;
+    grid_data = nullptr;
+    grid_actual_columns = grid_actual_rows = 0;
+    grid_invert = false;
   }
-  if (!grid.data || row < 0 || row >= grid_rows_ || column < 0) return {};
+  ui_.repaint_results_grid();
+}
+
+std::optional<double> TPreveskMainForm::ResultsTableGetCellData(int row, int column) const {
+  const std::lock_guard guard(grid_lock_);
+  if (!grid_data || row < 0 || row >= grid_rows_ || column < 0) return {};
   // Both ways of laying it out step by the columns; the rows play no part.
-  const auto at = grid.invert ? row + std::ptrdiff_t{column} * grid.actual_columns
-                              : column + std::ptrdiff_t{row} * grid.actual_columns;
-  return static_cast<double>(grid.data[at]);
+  const auto at = grid_invert ? row + std::ptrdiff_t{column} * grid_actual_columns
+                              : column + std::ptrdiff_t{row} * grid_actual_columns;
+  return static_cast<double>(grid_data[at]);
 }
 
 } // namespace vesk

@@ -74,12 +74,16 @@ public:
   virtual void add_documentation_item(const std::string&) {}                // its caption, without a mnemonic
   virtual void set_priority_position(int) {}                                // of the track bar, 0 to 6
 
+  // The current data set has been replaced: what forms show of it is out of date, and their positions may be outside.
+  virtual void data_set_replaced() {}
+
   // Names the file that the next messages are about, for a front end that shows them without their context; empty:
   // nothing in particular.
   virtual void set_subject(const std::string&) {}
 
   // The info list.
   virtual void add_info_line(const std::string& text, int icon) = 0;
+  virtual void select_last_info_line() {}
   virtual void clear_info_lines() = 0;
 
   // The progress panel.

@@ -7,7 +7,6 @@ namespace vesk {
 
 namespace {
 
-constexpr int normal_nice = 0;
 constexpr int high_nice = -15; // more urgent than a worker at its highest in the normal class
 
 TThreadPriority priority_of(int value) {
@@ -34,6 +33,7 @@ bool worker_priority::resume() {
 
 bool worker_priority::set_process_class(process_class wanted) {
   const bool high = wanted == process_class::high;
+  static const int normal_nice = process_nice(); // as the user has started the program
   if (!set_process_nice(high ? high_nice : normal_nice, high ? normal_nice : high_nice)) return false;
   class_ = wanted;
   return true;

@@ -1,5 +1,7 @@
 #include "console/console_interface.h"
 
+#include "dataset/text_encoding.h"
+
 #include <algorithm>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -41,7 +43,7 @@ console_interface::console_interface(settings s, std::FILE* out, std::FILE* err)
 
 void console_interface::print(std::FILE* stream, const std::string& text) {
   wipe_bar();
-  std::fprintf(stream, "%s\n", text.c_str());
+  std::fprintf(stream, "%s\n", shown_text(text).c_str());
   std::fflush(stream);
   refresh_progress();
 }

@@ -22,9 +22,8 @@ int main(int argc, char** argv) {
   }
   watch_interrupts();
   console_interface ui({options.progress, options.quiet, options.yes}, stdout, stderr);
-  session work(options, ui);
   try {
-    return work.run();
+    return session(options, ui).run();
   } catch (const std::exception& error) {
     ui.say_failure(error.what());
     std::fflush(nullptr);

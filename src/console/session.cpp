@@ -3,6 +3,7 @@
 #include "app/file_names.h"
 #include "console/interrupts.h"
 
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 
@@ -38,8 +39,6 @@ void session::set_up() {
   form_.set_logging_enabled(options_.log);
   form_.skip_deferred_queries = options_.no_queries;
   if (options_.log_directory) form_.log_file_name = std::filesystem::path(*options_.log_directory) / "LOG.TXT";
-  std::error_code ignored; // logging never fails aloud
-  if (options_.log) std::filesystem::create_directories(form_.log_file_name.parent_path(), ignored);
 }
 
 bool session::catalogue_is_there() {
@@ -70,7 +69,7 @@ session::step session::jobs() {
     if (!wanted || ended) return;
     const step came_of_it = interrupted() ? step::cancelled : work();
     if (came_of_it == step::done) return;
-    if (result == step::done) result = came_of_it;
+    result = std::max(result, came_of_it);
     ended = !may_fail || came_of_it == step::cancelled;
   };
   next(options_.import_network.has_value(), false, [this] {

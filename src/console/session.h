@@ -20,9 +20,9 @@ public:
   int run();
 
 private:
-  // How a step of the work ended. An engine that puts a return code other than 0 has failed in its own way: the exit
-  // status is that code.
-  enum class step { done, failed, cancelled, engine_failed };
+  // How a step of the work ended, the gravest last. An engine that puts a return code other than 0 has failed in its
+  // own way: the exit status is that code.
+  enum class step { done, engine_failed, cancelled, failed };
 
   void set_up();
   bool catalogue_is_there();

@@ -101,11 +101,9 @@ const catalogue_model& prevesk_dataset_data_type::model() const {
 
 void prevesk_dataset_data_type::refresh_from_catalogue(bool merge) {
   const catalogue_model& rows = model();
-  apply_seed();
+  apply_thread_defaults();
   library = rows.library;
   model_name = rows.model_name;
-  if (!rows.segment_types.empty())
-    segment_data_type::default_segment_type = rows.segment_types.front().vesk_segment_type_id;
   fill_parameters(rows.parameters.size(), merge);
   fill_systems(rows.systems.size(), merge);
   fill_constant_groups(rows.constant_groups.size(), merge);

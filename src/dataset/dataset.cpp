@@ -39,6 +39,14 @@ void prevesk_dataset_data_type::apply_seed() const {
   moment_type::moment_seed_is_set = true;
 }
 
+void prevesk_dataset_data_type::apply_thread_defaults() const {
+  apply_seed();
+  if (!catalogue()) return;
+  const catalogue_model* known = catalogue()->find_model(model_type);
+  if (known && !known->segment_types.empty())
+    segment_data_type::default_segment_type = known->segment_types.front().vesk_segment_type_id;
+}
+
 void prevesk_dataset_data_type::resize_segments(std::size_t count) {
   segments.resize(count);
   if (!catalogue()) {

@@ -67,7 +67,7 @@ public:
   std::uint32_t solution_type = 0; // id of a solution technique
   double max_dt = 1.0;             // days
   double min_dt = 0.0001;          // days
-  shared_list<short_text> project_files;
+  shared_list<project_component> project_files;
 
   static constexpr std::uint32_t current_file_version() { return 0x00070007; }
 
@@ -128,6 +128,9 @@ public:
 
   // Sets the seed of new moments to the data set's start, for the calling thread.
   void apply_seed() const;
+
+  // The same, and the type of new segments to the first of the data set's model.
+  void apply_thread_defaults() const;
 
   // What the model lists come from; may be null.
   const std::shared_ptr<const model_catalogue>& catalogue() const { return catalogue_.pointer; }

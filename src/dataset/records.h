@@ -17,6 +17,8 @@
 
 namespace vesk {
 
+using project_component = short_text; // the name of one file of a project
+
 inline constexpr std::int32_t no_segment = -1;
 
 // Points and the query that can fill them.

@@ -3,19 +3,25 @@
 #include "platform/millisecond_clock.h"
 #include "shell/callback.h"
 
+#include <functional>
+
 namespace vesk {
+
+namespace {
+
+// Does something when a block is left, however that happens.
+struct at_end {
+  std::function<void()> work;
+  ~at_end() { work(); }
+};
+
+} // namespace
 
 model_thread::model_thread(job_front_end& front_end, std::shared_ptr<const engine_library> library,
                            const prevesk_dataset_data_type& data_set, job_code code, const std::string& file_name,
                            const std::filesystem::path& log_name)
     : winvesk_thread(front_end, log_name), library_(std::move(library)), data_set_(data_set),
       input_file_name_(file_name), shell_(*this), code_(code) {}
-
-void model_thread::copy_back(prevesk_dataset_data_type& to) const {
-  to = data_set_;
-  to.apply_seed();
-  segment_data_type::default_segment_type = default_segment_type_;
-}
 
 void model_thread::set_file_name(std::string_view name) {
   input_file_name_ = name;
@@ -26,8 +32,8 @@ void model_thread::Execute() {
   winvesk_thread::Execute();
   const millisecond_clock ticks;
   const engine_job_scope serving(*this);
-  data_set_.apply_seed();
-  segment_data_type::default_segment_type = default_segment_type_;
+  data_set_.apply_thread_defaults();
+  const at_end leave{[this] { leave_nothing_behind(); }};
   try {
     call_engine();
   } catch (const std::exception& error) {
@@ -35,9 +41,6 @@ void model_thread::Execute() {
   } catch (...) {
     fail("The engine failed with an exception of an unknown kind.");
   }
-  shell_.settle_thread_defaults(); // the engine may have changed the model from a thread of its own
-  default_segment_type_ = segment_data_type::default_segment_type;
-  leave_nothing_behind();
 }
 
 void model_thread::call_engine() {

@@ -32,10 +32,7 @@ public:
 
   job_code code() const { return code_; }
 
-  // Takes the job's data set back, and with it the seed of new moments and the default segment type, for the calling
-  // thread. In the end handler.
-  void copy_back(prevesk_dataset_data_type& to) const;
-
+  // The main thread's in the end handler.
   prevesk_dataset_data_type& data_set() override { return data_set_; }
   registered_arrays& arrays() override { return arrays_; }
   shell_interface& shell() override { return shell_; }
@@ -56,7 +53,6 @@ private:
   shell_interface shell_;
   const job_code code_;
   registered_arrays arrays_;
-  std::uint32_t default_segment_type_ = segment_data_type::default_segment_type;
 };
 
 } // namespace vesk

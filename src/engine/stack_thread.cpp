@@ -2,6 +2,7 @@
 
 #include "platform/threads.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <deque>
@@ -172,13 +173,15 @@ void ResizableThread::SetPriority(TThreadPriority priority) {
 }
 
 void ResizableThread::wait_at_gate() {
+  constexpr auto longest_debt = milliseconds(1000);
   constexpr auto slice = milliseconds(10); // worked at a stretch before a rest, so that the share shows no jerks
   std::unique_lock lock(gate_mutex_);
   gate_opened_.wait(lock, [this] { return suspend_count_ == 0; });
   if (share_ >= 1.0) return;
-  const auto worked = steady_clock::now() - work_began_;
+  const auto worked = std::chrono::duration_cast<milliseconds>(steady_clock::now() - work_began_);
   if (worked < slice) return;
-  const auto rest = std::chrono::duration_cast<milliseconds>(slice * (1.0 / share_ - 1.0));
+  // An engine may work for long between two passes; its share is kept all the same, up to a rest that nobody notices.
+  const auto rest = std::chrono::duration_cast<milliseconds>(std::min(worked, longest_debt) * (1.0 / share_ - 1.0));
   const double share = share_;
   gate_opened_.wait_for(lock, rest, [this, share] { return share_ != share; });
   gate_opened_.wait(lock, [this] { return suspend_count_ == 0; });
@@ -212,6 +215,10 @@ void ResizableThread::Synchronize(const TThreadMethod& method) {
     if (WakeMainThread) WakeMainThread();
     state.posted.notify_all();
     state.served.wait(lock, [&record] { return record.done; });
+  }
+  if (gate_) { // the wait was no work
+    const std::lock_guard lock(gate_mutex_);
+    work_began_ = steady_clock::now();
   }
   if (record.failure) std::rethrow_exception(record.failure);
 }

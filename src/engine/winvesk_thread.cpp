@@ -43,7 +43,7 @@ void winvesk_thread::add_message(std::string_view text) {
 }
 
 void winvesk_thread::add_icon_message(std::int32_t icon, std::string_view text) {
-  Synchronize([&] { front_end_.add_info_line(std::string(text), icon); });
+  Synchronize([&] { front_end_.add_job_line(std::string(text), icon); });
 }
 
 void winvesk_thread::clear_messages() {

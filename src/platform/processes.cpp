@@ -7,6 +7,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -141,11 +142,15 @@ void open_with_desktop(const std::string& file_or_link, const fs::path& folder) 
   start_program({"xdg-open", file_or_link}, folder);
 }
 
+int process_nice() {
+  return getpriority(PRIO_PROCESS, static_cast<id_t>(getpid()));
+}
+
 bool set_process_nice(int nice, int otherwise) {
   std::error_code error;
   std::vector<int> changed;
-  for (const auto& entry : fs::directory_iterator("/proc/self/task", error)) {
-    const int number = std::atoi(entry.path().filename().c_str());
+  for (fs::directory_iterator entry("/proc/self/task", error), end; !error && entry != end; entry.increment(error)) {
+    const int number = std::atoi(entry->path().filename().c_str());
     if (set_thread_nice(number, nice)) {
       changed.push_back(number);
     } else if (errno != ESRCH) { // a thread that has ended meanwhile needs none

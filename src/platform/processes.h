@@ -23,6 +23,9 @@ bool start_program(const std::vector<std::string>& arguments, const std::filesys
 // Lets the desktop open a file or a link with what it is made for. Whatever comes of it is not told.
 void open_with_desktop(const std::string& file_or_link, const std::filesystem::path& folder);
 
+// The nice value of this process: of its first thread.
+int process_nice();
+
 // Sets the nice value of all threads of this process, -20 (most urgent) to 19; threads made later take it over from
 // their maker. False where the system refuses; those that were changed by then are set back to `otherwise`.
 bool set_process_nice(int nice, int otherwise);

@@ -18,6 +18,7 @@ settings_file::settings_file(fs::path path) : path_(std::move(path)) {
     if (!line.empty() && line.back() == '\r') line.pop_back();
     lines_.push_back(std::move(line));
   }
+  if (file.bad()) hidden_ = true; // what could not be read is not to be written over
 }
 
 fs::path settings_file::default_path() {

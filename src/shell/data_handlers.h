@@ -41,7 +41,7 @@ struct at_place<Place, std::index_sequence<I...>> {
       if (!wanted) return;
       if constexpr (MarksUse) record->used = count != 0;
       auto& list = record->*List;
-      shell.settle_thread_defaults();
+      shell.data_set().apply_thread_defaults();
       list.resize(*wanted, typename std::remove_reference_t<decltype(list)>::value_type{});
     }
   }

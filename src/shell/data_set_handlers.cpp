@@ -58,7 +58,7 @@ void number_of_segments(shell_interface& shell, std::int32_t& numseg) {
   if (shell.is_get) {
     numseg = static_cast<std::int32_t>(data.segments.size());
   } else if (const auto count = shell.list_size(numseg, 0)) {
-    shell.settle_thread_defaults();
+    data.apply_thread_defaults(); // whichever thread the engine calls from
     data.resize_segments(*count);
   }
 }
@@ -129,7 +129,7 @@ void fraction_dissolved(shell_interface& shell, std::int32_t& system_index, std:
 
 void find_boundaries(shell_interface& shell) {
   shell.log("Starting boundary search...");
-  shell.settle_thread_defaults();
+  shell.data_set().apply_thread_defaults();
   shell.data_set().find_boundaries();
   shell.log("Boundary search complete.");
 }

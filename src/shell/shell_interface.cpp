@@ -122,13 +122,4 @@ std::optional<std::size_t> shell_interface::list_size(std::int32_t count, std::s
   return {};
 }
 
-void shell_interface::settle_thread_defaults() const {
-  const prevesk_dataset_data_type& data = *data_set_;
-  data.apply_seed();
-  if (!data.catalogue()) return;
-  const catalogue_model* model = data.catalogue()->find_model(data.model_type);
-  if (model && !model->segment_types.empty())
-    segment_data_type::default_segment_type = model->segment_types.front().vesk_segment_type_id;
-}
-
 } // namespace vesk

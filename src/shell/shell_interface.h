@@ -137,10 +137,6 @@ public:
   // Logs "WARNING: ", the keyword at work, ": " and `text`.
   void warn(std::string_view text) const;
 
-  // Makes new points start at the data set's start and new segments have the model's first type, whichever thread
-  // the engine calls from.
-  void settle_thread_defaults() const;
-
 private:
   void run(function_description& function, argument_words words);
   void trace_head(const function_description& function, argument_words words) const;

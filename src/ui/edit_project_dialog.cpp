@@ -111,9 +111,13 @@ void edit_project_dialog::change_rows(const std::function<std::size_t(std::size_
   table_->setFocus();
 }
 
-void edit_project_dialog::showEvent(QShowEvent* event) {
+void edit_project_dialog::reload() {
   model_->reset();
   table_->setCurrentIndex(model_->index(0, 0));
+}
+
+void edit_project_dialog::showEvent(QShowEvent* event) {
+  reload();
   table_->setFocus();
   QDialog::showEvent(event);
 }

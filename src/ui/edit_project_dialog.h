@@ -19,6 +19,7 @@ public:
   edit_project_dialog(QWidget* parent, TPreveskMainForm& main_form, user_interface& ui);
   ~edit_project_dialog() override;
 
+  void reload();                  // the data set's list is another one
   void done(int result) override; // unless the form refuses
 
 protected:

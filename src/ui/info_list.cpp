@@ -24,7 +24,7 @@ info_lines::info_lines() : icons_{info_image(0), info_image(1), info_image(2)} {
 void info_lines::append(const std::string& text, int icon) {
   const int row = rowCount();
   beginInsertRows({}, row, row);
-  lines_.push_back({shown(text), icon >= 0 && icon < static_cast<int>(icons_.size()) ? icon : 0});
+  lines_.push_back({shown(text), icon});
   endInsertRows();
 }
 
@@ -43,7 +43,9 @@ QVariant info_lines::data(const QModelIndex& index, int role) const {
   switch (role) {
   case Qt::DisplayRole:
   case Qt::ToolTipRole: return at.text;
-  case Qt::DecorationRole: return icons_[static_cast<std::size_t>(at.icon)];
+  case Qt::DecorationRole:
+    if (at.icon < 0 || at.icon >= static_cast<int>(icons_.size())) return {}; // an engine may send any number
+    return icons_[static_cast<std::size_t>(at.icon)];
   case Qt::AccessibleDescriptionRole: return at.icon == 2 ? QString("failure") : QString();
   default: return {};
   }
@@ -75,9 +77,14 @@ void info_list::append(const std::string& text, int icon) {
   const QModelIndex newest = lines_.index(lines_.rowCount() - 1);
   const int wanted = fontMetrics().horizontalAdvance(newest.data().toString()) + scaled(40, *this);
   if (wanted > columnWidth(0)) setColumnWidth(0, wanted); // a long line is read by scrolling, not cut
-  if (!at_end) return;
-  setCurrentIndex(newest);
-  scrollTo(newest);
+  if (at_end) scrollTo(newest);
+}
+
+void info_list::select_last() {
+  const bool scrolls = hasAutoScroll();
+  setAutoScroll(false); // where the user reads is his own matter
+  setCurrentIndex(lines_.index(lines_.rowCount() - 1));
+  setAutoScroll(scrolls);
 }
 
 void info_list::clear() {

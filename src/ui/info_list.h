@@ -31,13 +31,14 @@ public:
   info_lines();
 };
 
-// Read-only; lines can be selected and copied. The newest line is the current one, and in sight unless the user has
-// scrolled away from the end.
+// Read-only; lines can be selected and copied. The newest line is in sight unless the user has scrolled away from the
+// end.
 class info_list final : public QTreeView {
 public:
   explicit info_list(QWidget* parent);
 
   void append(const std::string& text, int icon);
+  void select_last();
   void clear();
   void copy_selected() const;
 

@@ -59,7 +59,8 @@ void main_window::lay_out() {
   splitter_ = new QSplitter(Qt::Vertical, content);
   splitter_->setChildrenCollapsible(false);
   InfoListView = new info_list(splitter_);
-  ResultsTable = new results_table(splitter_, [this](int row, int cell) { return form_->results_cell(row, cell); });
+  ResultsTable =
+      new results_table(splitter_, [this](int row, int cell) { return form_->ResultsTableGetCellData(row, cell); });
   ResultsTable->hide();
   splitter_->setStretchFactor(0, 1);
   splitter_->setStretchFactor(1, 0);
@@ -180,6 +181,10 @@ void main_window::set_picture_mask(const picture_mask& mask, const std::string& 
   if (mask.form == "TPreveskMainForm") ResultsTable->set_picture(picture);
 }
 
+void main_window::data_set_replaced() {
+  if (edit_project_) edit_project_->reload();
+}
+
 // A job's signs.
 
 void main_window::set_priority_position(int position) {
@@ -188,6 +193,10 @@ void main_window::set_priority_position(int position) {
 
 void main_window::add_info_line(const std::string& text, int icon) {
   InfoListView->append(text, icon);
+}
+
+void main_window::select_last_info_line() {
+  InfoListView->select_last();
 }
 
 void main_window::clear_info_lines() {

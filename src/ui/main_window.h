@@ -49,8 +49,10 @@ public:
   void show_administration_menu(bool visible) override { controls_->show_administration_menu(visible); }
   void set_picture_mask(const picture_mask& mask, const std::string& picture) override;
   void add_documentation_item(const std::string& caption) override { controls_->add_document(caption); }
+  void data_set_replaced() override;
   void set_priority_position(int position) override;
   void add_info_line(const std::string& text, int icon) override;
+  void select_last_info_line() override;
   void clear_info_lines() override;
   void set_progress(int percent) override;
   void set_info_label(const std::string& text) override;

@@ -36,7 +36,7 @@ TEST(Commands, FollowTheirConditions) {
       {"OpenProjectItem", "1111111"},
       {"ImportNetworkButton ImportNetworkItem", "0000111"},
       {"LoadsItem LoadsToolButton SystemsItem SystemsToolButton SegmentsItem SegmentsToolButton PrintIntervalItem "
-       "PrintIntervalToolButton ParametersItem ParametersToolButton ConstantsItem ConstantsToolButton "
+       "PrintIntervalToolButton TimestepItem ParametersItem ParametersToolButton ConstantsItem ConstantsToolButton "
        "TimeFunctionsToolButton OutputControlToolButton OutputcontrolMenuItem ExchangesItem ExchangesToolButton "
        "FlowsItem FlowsToolButton BoundariesItem BoundariesToolButton RunModelButton ExecuteModelItem FennRunModelItem",
        "0000011"},

@@ -75,7 +75,7 @@ TEST_F(Configuration, TextsAreConverted) {
   EXPECT_EQ(read_in.MainFormWidth, 2147483647);
   EXPECT_EQ(read_in.MainFormHeight, 0);
   EXPECT_EQ(read_in.ApplicationName, " Blank ");
-  EXPECT_EQ(read_in.PostProcessor.size(), 1024U);
+  EXPECT_EQ(read_in.PostProcessor, "jovik.exe"); // what is stored is too long
   EXPECT_TRUE(read_in.administration_mode());
 }
 

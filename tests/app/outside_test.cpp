@@ -148,13 +148,13 @@ TEST_F(Outside, TheUpdaterIsStartedOnceAgreedAndEndsTheProgram) {
   EXPECT_EQ(started, (lines{folder.file("orlupdate.exe"), "-i", "in " + folder.path.string() + "/"}));
   EXPECT_TRUE(ui.closed);
   ui.take_boxes();
-  folder.write("vesk.testcreate", "there already"); // so that the probe cannot be made
+  std::filesystem::create_directory(folder.path / "vesk.testcreate"); // so that the probe cannot be made
   form.Checkforupdates1Click();
   EXPECT_EQ(ui.boxes, lines{"Insufficient permission: You do not have adequate permission to update this installation. "
                             "\r\nPlease contact your computer system administrator. \r\nYou must have write access in "
                             "the program directory \r\n" +
                             folder.path.string() + "/"});
-  EXPECT_EQ(folder.read("vesk.testcreate"), "there already");
+  EXPECT_TRUE(std::filesystem::exists(folder.path / "vesk.testcreate"));
 }
 
 TEST_F(Outside, TheDatabaseFolderIsChosenAndLookedAt) {

@@ -193,10 +193,10 @@ TEST_F(RunControl, TheGridReadsTheEnginesArrayUntilTheEnd) {
   make_data("shows a grid"); // 1 2 / 3 4 by rows, set up for two rows
   form.RunModelButtonClick();
   while (ui.lines.empty()) wait_and_synchronize(std::chrono::milliseconds(1));
-  EXPECT_EQ(form.results_cell(0, 1), 2.0);
-  EXPECT_EQ(form.results_cell(1, 0), 3.0);
-  EXPECT_EQ(form.results_cell(2, 0), std::nullopt);
-  EXPECT_EQ(form.results_cell(-1, 0), std::nullopt);
+  EXPECT_EQ(form.ResultsTableGetCellData(0, 1), 2.0);
+  EXPECT_EQ(form.ResultsTableGetCellData(1, 0), 3.0);
+  EXPECT_EQ(form.ResultsTableGetCellData(2, 0), std::nullopt);
+  EXPECT_EQ(form.ResultsTableGetCellData(-1, 0), std::nullopt);
   ui.shown.clear();
   form.UpdateTimerTimer();
   EXPECT_EQ(ui.shown, (lines{"progress 50", "time Time remaining: 0:00:00", "grid on", "repaint"}));
@@ -205,7 +205,7 @@ TEST_F(RunControl, TheGridReadsTheEnginesArrayUntilTheEnd) {
   EXPECT_EQ(ui.shown, lines{});
   form.cancel_job();
   finish();
-  EXPECT_EQ(form.results_cell(0, 0), std::nullopt);
+  EXPECT_EQ(form.ResultsTableGetCellData(0, 0), std::nullopt);
 }
 
 // A platform that refuses all but to stop and to go on.

@@ -19,7 +19,7 @@ public:
   const float* grid = nullptr;
   std::atomic<bool> logging{false};
 
-  void add_info_line(const std::string& text, int icon) override {
+  void add_job_line(const std::string& text, int icon) override {
     notes.push_back(std::to_string(icon) + " " + text);
     ++lines_told;
   }
@@ -72,7 +72,7 @@ job_result run_job(job_code code, const prevesk_dataset_data_type& data, const f
     result.failure = job->failure();
     result.mailbox = job->take_mailbox();
     result.status_code = job->status_code();
-    job->copy_back(result.data);
+    result.data = job->data_set();
     ended = true;
   };
   job->Resume();
