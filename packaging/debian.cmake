@@ -61,7 +61,7 @@ set(CPACK_DEBIAN_GUI_DESCRIPTION "water-quality models of surface water, desktop
 ${about}
 .
 This package has the window in which models are built, run and looked at.")
-set(CPACK_DEBIAN_GUI_PACKAGE_RECOMMENDS xdg-utils)
+set(CPACK_DEBIAN_GUI_PACKAGE_RECOMMENDS "qt6-wayland, xdg-utils")
 set(CPACK_COMPONENT_GUI_DEPENDS cli)
 
 include(CPack)
