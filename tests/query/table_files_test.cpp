@@ -111,6 +111,62 @@ INSTANTIATE_TEST_SUITE_P(
                                  "End Time:10 n=359 08:30:00 .. 18:19:00"}}),
     test_name);
 
+INSTANTIATE_TEST_SUITE_P(
+    Paradox, TableFiles,
+    testing::Values(
+        known_table{"roanoke_daily.db", nullptr, roanoke()},
+        known_table{"ORDERS.DB",
+                    nullptr,
+                    {"rows 224", "first 1001; 1221; 1988-04-03; 1988-04-05; UPS; 7320; 7320; 0; FOB; Credit; Apr",
+                     "Order No:6 n=224 min=1001 max=1669 mean=1141.013393",
+                     "Ship Date:9 n=224 1988-04-05 .. 1992-05-09", "Ship VIA:1 n=224, 5 distinct"}},
+        known_table{"RENTAL.DB", // version 3.0
+                    nullptr,
+                    {"rows 198", "first 1989-01-01; 1332; B1406; The Blob; 1.5; Sci-Fi; San Bruno; 1989-01-09",
+                     "Date Returned:9 n=126 1989-01-02 .. 1989-03-04",
+                     "Rental Fee:7 n=198 min=1.5 max=3 mean=2.467172"}},
+        known_table{"STORE.DB", nullptr, {"rows 4", "first A; Video Village; San Mateo; CA"}},
+        known_table{"GENERAL.DB", nullptr, {"first 1; Mari; 100", "MONEYS:7 n=3 min=75 max=150 mean=108.333333"}},
+        known_table{"ROMAN8.db", nullptr, {"rows 1", "A:1 n=1, 1 distinct"}},
+        known_table{
+            "bcd.db",
+            nullptr,
+            {"first 1.23; 1; 0.123", "A:8 n=3 min=-1.23 max=1.23 mean=0.000000", "B:8 n=2 min=-1 max=1 mean=0.000000"}},
+        known_table{"date35.db", nullptr, {"DATE:9 n=3 2018-01-01 .. 2018-02-01"}},
+        known_table{"date4.db", nullptr, {"DATE:9 n=3 2018-01-01 .. 2018-02-01"}},
+        known_table{"date7.db",
+                    nullptr,
+                    {"rows 5", "first 2018-01-01; 10:00:00", "DATE:9 n=4 2018-01-01 .. 2018-02-01",
+                     "TIME:10 n=4 09:25:25 .. 10:30:00"}},
+        known_table{"fk4.db", nullptr, {"rows 2", "first 1; NULL; 1; NULL", "FK1:3 all NULL"}},
+        known_table{"logical.db", nullptr, {"BOOL:5 n=4 min=0 max=1 mean=0.750000"}},
+        known_table{"long.db",
+                    nullptr,
+                    {"rows 3", "Id:14 n=3 min=1 max=3 mean=2.000000", "LONG:3 n=2 min=1 max=2 mean=1.500000"}},
+        known_table{"time.db", nullptr, {"rows 3", "first 01:00:01", "Time:10 n=2 01:00:01 .. 03:00:03"}},
+        known_table{
+            "timestamp.db", nullptr, {"rows 2", "Timestamp:11 n=1 2020-02-01 01:00:01 .. 2020-02-01 01:00:01"}}),
+    test_name);
+
+// 555 bytes stand in the memo file, the first 240 of them in the record too.
+TEST(Paradox, ReadsAMemoWhole) {
+  const auto source = open_table_source(test_file("memo.db"));
+  const auto row = source->rows(0);
+  ASSERT_TRUE(row->next());
+  const table_value memo = row->value(1);
+  ASSERT_EQ(memo.kind(), value_kind::text);
+  EXPECT_EQ(memo.text().size(), 555U);
+  EXPECT_TRUE(memo.text().starts_with("012345678900123456789001"));
+  ASSERT_TRUE(row->next());
+  EXPECT_EQ(row->value(1).text().size(), 12U);
+  EXPECT_FALSE(row->next());
+}
+
+TEST(Paradox, RefusesAnEncryptedTable) {
+  EXPECT_THAT([] { open_table_source(test_file("encrypted.db")); },
+              testing::ThrowsMessage<table_source_exception>(test_file("encrypted.db") + ": the table is encrypted."));
+}
+
 } // namespace
 
 } // namespace vesk

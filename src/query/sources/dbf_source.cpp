@@ -378,21 +378,11 @@ std::unique_ptr<row_cursor> dbf_source::rows(std::size_t, std::vector<row_filter
   return std::make_unique<dbf_cursor>(*this, std::move(filters));
 }
 
-// The memo file beside a table: its name with another extension, in any case of letters.
-std::optional<source_bytes> memo_beside(const fs::path& table) {
-  for (const char* extension : {".dbt", ".DBT", ".fpt", ".FPT", ".Dbt", ".Fpt"}) {
-    fs::path memo = table;
-    memo.replace_extension(extension);
-    std::error_code ignored;
-    if (fs::is_regular_file(memo, ignored)) return source_bytes::of_file(memo);
-  }
-  return std::nullopt;
-}
-
 } // namespace
 
 std::unique_ptr<table_source> open_dbf(const fs::path& file) {
-  return std::make_unique<dbf_source>(source_bytes::of_file(file), memo_beside(file), file.string());
+  return std::make_unique<dbf_source>(source_bytes::of_file(file),
+                                      beside(file, {".dbt", ".DBT", ".Dbt", ".fpt", ".FPT", ".Fpt"}), file.string());
 }
 
 std::unique_ptr<table_source> open_dbf(std::span<const std::byte> table, std::optional<std::span<const std::byte>> memo,

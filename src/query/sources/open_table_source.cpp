@@ -3,6 +3,7 @@
 #include "platform/file_io.h"
 #include "query/sources/csv_source.h"
 #include "query/sources/dbf_source.h"
+#include "query/sources/paradox_source.h"
 
 #include <array>
 #include <string>
@@ -36,9 +37,9 @@ constexpr std::string_view sqlite_beginning("SQLite format 3\0", 16);
 constexpr std::array<signature, 0> signatures{};
 
 constexpr extension_row extensions[] = {
-    {".dbf", false, open_dbf}, {".csv", false, open_csv},  {".txt", false, open_csv}, {".tsv", false, open_csv},
-    {".mdb", true, nullptr},   {".accdb", true, nullptr},  {".xls", true, nullptr},   {".xlsx", true, nullptr},
-    {".ods", true, nullptr},   {".sqlite", true, nullptr},
+    {".dbf", false, open_dbf}, {".db", false, open_paradox}, {".csv", false, open_csv},  {".txt", false, open_csv},
+    {".tsv", false, open_csv}, {".mdb", true, nullptr},      {".accdb", true, nullptr},  {".xls", true, nullptr},
+    {".xlsx", true, nullptr},  {".ods", true, nullptr},      {".sqlite", true, nullptr},
 };
 
 const extension_row* row_of(const fs::path& file) {

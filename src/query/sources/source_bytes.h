@@ -7,7 +7,9 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <initializer_list>
 #include <memory>
+#include <optional>
 #include <span>
 
 namespace vesk {
@@ -35,5 +37,18 @@ private:
   std::unique_ptr<file_bytes> file_;
   std::span<const std::byte> bytes_;
 };
+
+// The file with the name of `table` and the first of these extensions that there is one with. Throws
+// table_source_exception.
+inline std::optional<source_bytes> beside(const std::filesystem::path& table,
+                                          std::initializer_list<const char*> extensions) {
+  for (const char* extension : extensions) {
+    std::filesystem::path file = table;
+    file.replace_extension(extension);
+    std::error_code ignored;
+    if (std::filesystem::is_regular_file(file, ignored)) return source_bytes::of_file(file);
+  }
+  return std::nullopt;
+}
 
 } // namespace vesk
