@@ -1,16 +1,12 @@
 #include "query/sqlite_catalogue_store.h"
 
+#include "query/sqlite_names.h"
+
 #include <sqlite3.h>
 
 namespace vesk {
 
 namespace {
-
-std::string quoted(std::string_view name) {
-  std::string result = "\"";
-  for (const char c : name) result += c == '"' ? std::string("\"\"") : std::string(1, c);
-  return result + "\"";
-}
 
 // `content`: of the column, in the form that its size is asked for; null when it is empty.
 std::string bytes_of(const void* content, sqlite3_stmt* statement, int column) {
@@ -48,8 +44,8 @@ std::vector<catalogue_row> sqlite_catalogue_store::read(std::string_view table,
   std::string sql = "SELECT ";
   for (std::size_t i = 0; i < columns.size(); ++i)
     // Named through its table: a quoted name alone would read as a text where the column is missing.
-    sql += (i ? ", t." : "t.") + quoted(columns[i]);
-  sql += " FROM " + quoted(table) + " AS t NOT INDEXED"; // an index would bring an order of its own
+    sql += (i ? ", t." : "t.") + sql_quoted(columns[i]);
+  sql += " FROM " + sql_quoted(table) + " AS t NOT INDEXED"; // an index would bring an order of its own
 
   sqlite3_stmt* raw = nullptr;
   if (sqlite3_prepare_v2(database_, sql.c_str(), -1, &raw, nullptr) != SQLITE_OK) fail(table);

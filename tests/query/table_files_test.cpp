@@ -148,6 +148,9 @@ INSTANTIATE_TEST_SUITE_P(
             "timestamp.db", nullptr, {"rows 2", "Timestamp:11 n=1 2020-02-01 01:00:01 .. 2020-02-01 01:00:01"}}),
     test_name);
 
+INSTANTIATE_TEST_SUITE_P(Sqlite, TableFiles,
+                         testing::Values(known_table{"roanoke_daily.sqlite", "roanoke_daily", roanoke()}), test_name);
+
 // 555 bytes stand in the memo file, the first 240 of them in the record too.
 TEST(Paradox, ReadsAMemoWhole) {
   const auto source = open_table_source(test_file("memo.db"));

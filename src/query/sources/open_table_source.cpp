@@ -4,8 +4,8 @@
 #include "query/sources/csv_source.h"
 #include "query/sources/dbf_source.h"
 #include "query/sources/paradox_source.h"
+#include "query/sources/sqlite_source.h"
 
-#include <array>
 #include <string>
 #include <string_view>
 
@@ -34,7 +34,9 @@ constexpr std::size_t beginning_size = 64;
 
 constexpr std::string_view sqlite_beginning("SQLite format 3\0", 16);
 
-constexpr std::array<signature, 0> signatures{};
+constexpr signature signatures[] = {
+    {0, sqlite_beginning, open_sqlite},
+};
 
 constexpr extension_row extensions[] = {
     {".dbf", false, open_dbf}, {".db", false, open_paradox}, {".csv", false, open_csv},  {".txt", false, open_csv},

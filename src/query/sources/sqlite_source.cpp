@@ -1,0 +1,194 @@
+#include "query/sources/sqlite_source.h"
+
+#include "query/sources/column_form.h"
+#include "query/sources/date_text.h"
+#include "query/sqlite_names.h"
+
+#include <cmath>
+#include <map>
+#include <sqlite3.h>
+
+namespace vesk {
+
+namespace {
+
+std::string_view text_of(sqlite3_stmt* statement, int column) {
+  const auto* const text = reinterpret_cast<const char*>(sqlite3_column_text(statement, column));
+  return text ? std::string_view(text, static_cast<std::size_t>(sqlite3_column_bytes(statement, column)))
+              : std::string_view();
+}
+
+using statement_handle = std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt*)>;
+
+class sqlite_source : public table_source {
+public:
+  explicit sqlite_source(std::string name) : table_source(std::move(name)) {
+    sqlite3* database = nullptr;
+    const int state = sqlite3_open_v2(file().c_str(), &database, SQLITE_OPEN_READONLY, nullptr);
+    database_.reset(database);
+    if (state != SQLITE_OK) fail("");
+    sqlite3_busy_timeout(database, 2000);
+    sqlite3_db_config(database, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+    sqlite3_db_config(database, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+    const auto list = prepare("SELECT name FROM sqlite_schema WHERE type IN ('table', 'view') AND name NOT LIKE "
+                              "'sqlite\\_%' ESCAPE '\\' ORDER BY rowid",
+                              "");
+    while (step(list.get(), "")) tables_.emplace_back(text_of(list.get(), 0));
+  }
+
+  const std::vector<table_field>& fields(std::size_t table) override;
+  std::unique_ptr<row_cursor> rows(std::size_t table, std::vector<row_filter> filters) override;
+
+private:
+  friend class sqlite_cursor;
+
+  statement_handle prepare(const std::string& sql, const std::string& table) const {
+    sqlite3_stmt* statement = nullptr;
+    if (sqlite3_prepare_v2(database_.get(), sql.c_str(), -1, &statement, nullptr) != SQLITE_OK) fail(table);
+    return {statement, sqlite3_finalize};
+  }
+  bool step(sqlite3_stmt* statement, const std::string& table) const {
+    const int state = sqlite3_step(statement);
+    if (state != SQLITE_ROW && state != SQLITE_DONE) fail(table);
+    return state == SQLITE_ROW;
+  }
+  [[noreturn]] void fail(const std::string& table) const {
+    throw table_source_exception(file(), table, "",
+                                 std::string(database_ ? sqlite3_errmsg(database_.get()) : "not enough memory") + ".");
+  }
+
+  field_type sampled_type(const std::string& table, const std::string& column, field_type declared) const;
+
+  struct close {
+    void operator()(sqlite3* database) const { sqlite3_close(database); }
+  };
+  std::unique_ptr<sqlite3, close> database_;
+  std::map<std::size_t, std::vector<table_field>> fields_;
+};
+
+// The type that a column is declared with: the first row whose word stands in the declaration. What is not listed is
+// text to us, as it is to SQLite when it calls for no number.
+field_type declared_type(std::string declaration) {
+  struct row {
+    std::string_view word;
+    field_type type;
+  };
+  static constexpr row rows[] = {
+      {"DATETIME", field_type::date_time}, {"TIMESTAMP", field_type::date_time}, {"DATE", field_type::date},
+      {"TIME", field_type::time},          {"BOOL", field_type::boolean},        {"INT", field_type::large_integer},
+      {"CHAR", field_type::string},        {"CLOB", field_type::string},         {"TEXT", field_type::string},
+      {"BLOB", field_type::blob},          {"REAL", field_type::floating},       {"FLOA", field_type::floating},
+      {"DOUB", field_type::floating},      {"NUM", field_type::floating},        {"DEC", field_type::floating},
+      {"MONEY", field_type::currency},
+  };
+  for (char& c : declaration)
+    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+  for (const row& r : rows)
+    if (declaration.find(r.word) != declaration.npos) return r.type;
+  return declaration.empty() ? field_type::unknown : field_type::string;
+}
+
+bool is_date_type(field_type type) {
+  return type == field_type::date || type == field_type::time || type == field_type::date_time;
+}
+
+const std::vector<table_field>& sqlite_source::fields(std::size_t table) {
+  if (const auto known = fields_.find(table); known != fields_.end()) return known->second;
+  const std::string& name = tables_[table];
+  const auto list =
+      prepare("SELECT name, type FROM pragma_table_xinfo(" + sql_quoted(name, '\'') + ") WHERE hidden <> 1", name);
+  std::vector<table_field> fields;
+  while (step(list.get(), name)) {
+    table_field field{std::string(text_of(list.get(), 0)), declared_type(std::string(text_of(list.get(), 1)))};
+    if (field.type == field_type::string || field.type == field_type::unknown)
+      field.type = sampled_type(name, field.name, field.type);
+    fields.push_back(std::move(field));
+  }
+  if (fields.empty()) throw table_source_exception(file(), name, "", "it has no fields.");
+  return fields_[table] = std::move(fields);
+}
+
+field_type sqlite_source::sampled_type(const std::string& table, const std::string& column, field_type declared) const {
+  const auto sample = prepare("SELECT t." + sql_quoted(column) + " FROM " + sql_quoted(table) + " AS t WHERE t." +
+                                  sql_quoted(column) + " IS NOT NULL LIMIT " + std::to_string(dates_sampled),
+                              table);
+  std::uint64_t texts = 0, dates = 0, with_time = 0;
+  column_votes numbers;
+  while (step(sample.get(), table)) {
+    switch (sqlite3_column_type(sample.get(), 0)) {
+    case SQLITE_INTEGER: numbers.add(value_kind::integer, false, true); continue;
+    case SQLITE_FLOAT: numbers.add(value_kind::number, false, false); continue;
+    default: ++texts;
+    }
+    const auto date = read_date(text_of(sample.get(), 0), date_form::iso);
+    if (!date && declared == field_type::string) return declared;
+    dates += date.has_value();
+    with_time += date && date->has_time;
+  }
+  if (texts > 0 && dates == texts) return with_time ? field_type::date_time : field_type::date;
+  if (declared == field_type::string || texts > 0) return field_type::string;
+  const field_type type = numbers.settle().type;
+  return type == field_type::integer ? field_type::large_integer : type;
+}
+
+class sqlite_cursor : public row_cursor {
+public:
+  sqlite_cursor(const sqlite_source& source, const std::vector<table_field>& fields, const std::string& table,
+                statement_handle statement, std::vector<row_filter> filters)
+      : row_cursor(std::move(filters)), source_(source), fields_(fields), table_(table),
+        statement_(std::move(statement)) {}
+
+  table_value value(std::size_t field) override {
+    const field_type type = fields_[field].type;
+    const int column = static_cast<int>(field);
+    const int stored = sqlite3_column_type(statement_.get(), column);
+    if (stored == SQLITE_NULL || stored == SQLITE_BLOB || type == field_type::blob) return {};
+    if (is_date_type(type)) return date(type, stored, column);
+    if (type == field_type::string) {
+      const std::string_view text = text_of(statement_.get(), column);
+      return text.empty() ? table_value() : table_value::of_text(text);
+    }
+    if (stored == SQLITE_INTEGER) return table_value::of_integer(sqlite3_column_int64(statement_.get(), column));
+    if (stored == SQLITE_FLOAT) return table_value::of_number(sqlite3_column_double(statement_.get(), column));
+    return {};
+  }
+
+protected:
+  bool advance() override { return source_.step(statement_.get(), table_); }
+
+private:
+  table_value date(field_type type, int stored, int column) const {
+    constexpr double julian_origin = 2415018.5, unix_origin = 25569, seconds = 86400;
+    if (stored == SQLITE_INTEGER)
+      return table_value::of_date_time(
+          to_milliseconds(unix_origin + static_cast<double>(sqlite3_column_int64(statement_.get(), column)) / seconds));
+    if (stored == SQLITE_FLOAT) {
+      const double day = sqlite3_column_double(statement_.get(), column);
+      return std::isfinite(day) ? table_value::of_date_time(to_milliseconds(day - julian_origin)) : table_value();
+    }
+    const std::string_view text = text_of(statement_.get(), column);
+    const auto reading = read_date(text, type == field_type::time ? date_form::time_only : date_form::iso);
+    return reading ? table_value::of_date_time(reading->serial) : table_value();
+  }
+
+  const sqlite_source& source_;
+  const std::vector<table_field>& fields_;
+  const std::string& table_;
+  statement_handle statement_;
+};
+
+std::unique_ptr<row_cursor> sqlite_source::rows(std::size_t table, std::vector<row_filter> filters) {
+  const std::vector<table_field>& all = fields(table);
+  std::string sql = "SELECT ";
+  for (std::size_t i = 0; i < all.size(); ++i) sql += (i ? ", t." : "t.") + sql_quoted(all[i].name);
+  sql += " FROM " + sql_quoted(tables_[table]) + " AS t";
+  return std::make_unique<sqlite_cursor>(*this, all, tables_[table], prepare(sql, tables_[table]), std::move(filters));
+}
+
+} // namespace
+
+std::unique_ptr<table_source> open_sqlite(const std::filesystem::path& file) {
+  return std::make_unique<sqlite_source>(file.string());
+}
+
+} // namespace vesk
