@@ -6,6 +6,7 @@
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QDBusVariant>
+#include <QProxyStyle>
 #include <QStyleFactory>
 
 namespace vesk {
@@ -70,6 +71,17 @@ public slots:
   }
 };
 
+// Fusion without pictures on the buttons of dialogs.
+class plain_fusion final : public QProxyStyle {
+public:
+  plain_fusion() : QProxyStyle(QStyleFactory::create("Fusion")) {}
+
+  int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+                QStyleHintReturn* result) const override {
+    return hint == SH_DialogButtonBox_ButtonsHaveIcons ? 0 : QProxyStyle::styleHint(hint, option, widget, result);
+  }
+};
+
 // Asks without waiting: a desktop without the service must not hold up the start.
 void ask_the_desktop(QApplication& application) {
   if (!qEnvironmentVariableIsSet("DBUS_SESSION_BUS_ADDRESS")) return; // looking for one would start one
@@ -109,7 +121,7 @@ bool is_dark(const QPalette& palette) {
 
 void follow_the_desktop(QApplication& application) {
   const bool desktop_is_dark = is_dark(QApplication::palette());
-  QApplication::setStyle(QStyleFactory::create("Fusion"));
+  QApplication::setStyle(new plain_fusion);
   const QByteArray wanted = qgetenv("VESK_APPEARANCE");
   if (wanted == "dark" || wanted == "light") return apply(wanted == "dark" ? appearance::dark : appearance::light);
   apply(desktop_is_dark ? appearance::dark : appearance::light);

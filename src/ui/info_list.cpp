@@ -10,12 +10,14 @@
 #include <QHeaderView>
 #include <QScrollBar>
 #include <QStringList>
+#include <algorithm>
 
 namespace vesk {
 
 namespace {
 
-constexpr int column_width = 600;
+constexpr int column_width = 600; // at least
+constexpr int picture_width = 40; // with the space around it
 
 } // namespace
 
@@ -62,7 +64,6 @@ info_list::info_list(QWidget* parent) : QTreeView(parent) {
   setSelectionMode(QAbstractItemView::ExtendedSelection);
   setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
   header()->setStretchLastSection(false);
-  header()->resizeSection(0, scaled(column_width, *this));
   auto* copy = new QAction("&Copy", this);
   copy->setShortcut(QKeySequence::Copy);
   copy->setShortcutContext(Qt::WidgetShortcut);
@@ -75,8 +76,11 @@ void info_list::append(const std::string& text, int icon) {
   const bool at_end = verticalScrollBar()->value() == verticalScrollBar()->maximum();
   lines_.append(text, icon);
   const QModelIndex newest = lines_.index(lines_.rowCount() - 1);
-  const int wanted = fontMetrics().horizontalAdvance(newest.data().toString()) + scaled(40, *this);
-  if (wanted > columnWidth(0)) setColumnWidth(0, wanted); // a long line is read by scrolling, not cut
+  const int width = fontMetrics().horizontalAdvance(newest.data().toString()) + scaled(picture_width, *this);
+  if (width > longest_) {
+    longest_ = width;
+    fit_column();
+  }
   if (at_end) scrollTo(newest);
 }
 
@@ -89,7 +93,18 @@ void info_list::select_last() {
 
 void info_list::clear() {
   lines_.clear();
-  setColumnWidth(0, scaled(column_width, *this));
+  longest_ = 0;
+  fit_column();
+}
+
+// A long line is read by scrolling, not cut.
+void info_list::fit_column() {
+  setColumnWidth(0, std::max({scaled(column_width, *this), longest_, viewport()->width()}));
+}
+
+void info_list::resizeEvent(QResizeEvent* event) {
+  QTreeView::resizeEvent(event);
+  fit_column();
 }
 
 void info_list::copy_selected() const {

@@ -42,8 +42,14 @@ public:
   void clear();
   void copy_selected() const;
 
+protected:
+  void resizeEvent(QResizeEvent* event) override;
+
 private:
+  void fit_column();
+
   info_lines lines_;
+  int longest_ = 0; // width of the longest line
 };
 
 } // namespace vesk

@@ -1,5 +1,6 @@
 #include "ui/preferences_dialog.h"
 
+#include "ui/measures.h"
 #include "ui/texts.h"
 
 #include <QCheckBox>
@@ -40,6 +41,7 @@ preferences_dialog::preferences_dialog(QWidget* parent, TPreveskMainForm& main_f
     accept();
   });
   connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+  setMinimumWidth(scaled(260, *this));
   auto* column = new QVBoxLayout(this);
   column->addWidget(group_of(LoggingEnabledCheckBox, TPreferenceConfigurationForm::logging_caption, "LoggingGroupBox"));
   column->addWidget(

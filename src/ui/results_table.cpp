@@ -6,12 +6,14 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QHeaderView>
+#include <algorithm>
 
 namespace vesk {
 
 namespace {
 
 constexpr int row_height = 20, row_header_width = 30, column_width = 75, column_width_of_a_job = 60;
+constexpr int widest_column = 260, columns_to_widen = 200;
 
 } // namespace
 
@@ -38,10 +40,22 @@ results_table::results_table(QWidget* parent, results_model::reader read)
 void results_table::set_up(const std::vector<std::string>& column_labels, int rows) {
   horizontalHeader()->setDefaultSectionSize(scaled(column_width_of_a_job, *this));
   model_.set_up(column_labels, rows);
+  widened_ = false;
 }
 
 void results_table::repaint_cells() {
+  if (!widened_ && model_.index(0, 0).data().isValid()) widen_to_contents();
   viewport()->update();
+}
+
+// No number and no label is cut: the width that columns have is the least.
+void results_table::widen_to_contents() {
+  widened_ = true;
+  const int widest = scaled(widest_column, *this);
+  for (int column = 0; column < std::min(model_.columnCount(), columns_to_widen); ++column) {
+    const int wanted = std::max(sizeHintForColumn(column), horizontalHeader()->sectionSizeHint(column));
+    if (wanted > columnWidth(column)) setColumnWidth(column, std::min(wanted, widest));
+  }
 }
 
 void results_table::copy_selected() const {

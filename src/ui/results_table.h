@@ -20,7 +20,10 @@ public:
   void keyboardSearch(const QString&) override {} // would read through all the rows
 
 private:
+  void widen_to_contents();
+
   results_model model_;
+  bool widened_ = false; // for the first numbers of the job
 };
 
 } // namespace vesk

@@ -1,0 +1,124 @@
+#include "driver.h"
+
+#include <QAccessible>
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QTableView>
+#include <QTest>
+#include <map>
+
+namespace vesk {
+namespace {
+
+// Whatever the keyboard can come to has a name for those who cannot see it, and no mnemonic is there twice.
+void expect_accessible(QWidget* window) {
+  std::map<QChar, QString> mnemonics;
+  for (QWidget* control : window->findChildren<QWidget*>()) {
+    if (!control->isVisible() || control->window() != window) continue;
+    const QAccessibleInterface* face = QAccessible::queryAccessibleInterface(control);
+    const bool focusable = control->focusPolicy() & Qt::TabFocus;
+    const bool inner = qobject_cast<QLineEdit*>(control) && qobject_cast<QComboBox*>(control->parentWidget());
+    if (focusable && !inner && !control->objectName().startsWith("qt_")) {
+      EXPECT_FALSE(!face || face->text(QAccessible::Name).isEmpty())
+          << window->objectName().toStdString() << ": " << control->metaObject()->className() << " "
+          << control->objectName().toStdString();
+    }
+    const QString text = control->property("text").toString();
+    const qsizetype at = text.indexOf('&');
+    if (at < 0 || at + 1 >= text.size() || qobject_cast<QLabel*>(control)) continue;
+    const QChar letter = text[at + 1].toLower();
+    EXPECT_EQ(mnemonics.count(letter), 0U) << text.toStdString() << " and " << mnemonics[letter].toStdString();
+    mnemonics[letter] = text;
+  }
+}
+
+TEST(Dialogs, PreferencesTakeBothSwitchesOverOnOkOnly) {
+  running_program program;
+  const auto change = [&](const char* button) {
+    with_dialog([&] { program.trigger("PreveskPreferencesItem"); },
+                [&](QWidget* dialog) {
+                  EXPECT_EQ(dialog->windowTitle(), "Preferences");
+                  expect_accessible(dialog);
+                  find<QCheckBox>(dialog, "LoggingEnabledCheckBox")->setChecked(true);
+                  find<QComboBox>(dialog, "DiagnosticLevelComboBox")->setCurrentText("Moderate");
+                  take_picture(dialog, "preferences");
+                  return press(dialog, button);
+                });
+  };
+  change("Cancel");
+  EXPECT_FALSE(program.form().logging_enabled());
+  EXPECT_EQ(program.form().diagnostic_level(), 0);
+  change("OK");
+  EXPECT_TRUE(program.form().logging_enabled());
+  EXPECT_EQ(program.form().diagnostic_level(), 1);
+}
+
+TEST(Dialogs, TheProjectListIsEditedInPlaceAndRefusesBlanks) {
+  running_program program;
+  program.form().open_file(SAMPLE);
+  const auto& files = program.form().current_data_set->project_files;
+  with_dialog([&] { program.trigger("EditProjectItem"); },
+              [&](QWidget* dialog) {
+                EXPECT_EQ(dialog->windowTitle(), "Related project files");
+                auto* table = find<QTableView>(dialog, "ProjectTable");
+                EXPECT_TRUE(press(dialog, "Insert"));
+                QTest::keyClick(table, Qt::Key_G); // begins to edit
+                auto* editor = table->findChild<QLineEdit*>();
+                EXPECT_TRUE(editor);
+                if (!editor) return true;
+                EXPECT_EQ(editor->text(), "g");
+                QTest::keyClicks(editor, "auges.shp");
+                QTest::keyClick(editor, Qt::Key_Return);
+                EXPECT_TRUE(wait_for([&] { return files.size() == 1 && files[0].str() == "gauges.shp"; }));
+                QTest::keyClick(table, Qt::Key_Down); // out of the last row
+                EXPECT_EQ(files.size(), 2U);
+                expect_accessible(dialog);
+                take_picture(dialog, "project");
+                with_dialog([&] { press(dialog, "OK"); },
+                            [](QWidget* box) {
+                              return box->findChild<QLabel*>("qt_msgbox_label")->text() ==
+                                         "Blank filenames are not allowed" &&
+                                     press(box, "OK");
+                            });
+                EXPECT_TRUE(dialog->isVisible());
+                EXPECT_TRUE(press(dialog, "Delete"));
+                return press(dialog, "OK");
+              });
+  EXPECT_EQ(files.size(), 1U);
+}
+
+TEST(Dialogs, AboutTellsProductVersionAndEdition) {
+  running_program program({}, "EditionName=Student <2>\n");
+  with_dialog([&] { program.trigger("AboutItem"); },
+              [&](QWidget* dialog) {
+                const QString text = find<QLabel>(dialog, "AboutText")->text();
+                EXPECT_TRUE(text.contains("ORL VESK") && text.contains(QCoreApplication::applicationVersion()));
+                EXPECT_TRUE(text.contains("Student &lt;2&gt;"));
+                take_picture(dialog, "about");
+                return press(dialog, "OK");
+              });
+}
+
+TEST(Dialogs, MenusHaveNoMnemonicTwice) {
+  running_program program;
+  EXPECT_FALSE(find<QMenu>(&program.window(), "AdministrationItem")->menuAction()->isVisible());
+  expect_accessible(&program.window());
+  for (const QMenu* menu : program.window().findChildren<QMenu*>()) {
+    std::map<QChar, QString> mnemonics;
+    for (const QAction* action : menu->actions()) {
+      const qsizetype at = action->text().indexOf('&');
+      if (at < 0 || action->text().mid(at, 2) == "&&") continue;
+      const QChar letter = action->text()[at + 1].toLower();
+      EXPECT_TRUE(mnemonics.emplace(letter, action->text()).second)
+          << menu->title().toStdString() << ": " << action->text().toStdString();
+    }
+  }
+}
+
+} // namespace
+} // namespace vesk

@@ -1,0 +1,187 @@
+#include "app/commands.h"
+#include "driver.h"
+#include "ui/appearance.h"
+
+#include <QAbstractItemModel>
+#include <QAction>
+#include <QLabel>
+#include <QMenu>
+#include <QMenuBar>
+#include <QProgressBar>
+#include <QSlider>
+#include <QTableView>
+#include <QTest>
+#include <QToolButton>
+#include <QTreeView>
+#include <chrono>
+#include <set>
+
+namespace vesk {
+namespace {
+
+using std::chrono::steady_clock;
+
+QString cell(QTableView* table, int row, int column) {
+  return table->model()->index(row, column).data().toString();
+}
+
+QStringList info_lines_of(main_window& window) {
+  const auto* model = find<QTreeView>(&window, "InfoListView")->model();
+  QStringList lines;
+  for (int i = 0; i < model->rowCount(); ++i) lines << model->index(i, 0).data().toString();
+  return lines;
+}
+
+TEST(MainWindow, HasEveryCommandOfTheTablesAndEnablesThemAsTheConditionsSay) {
+  running_program program({}, "AdministrationMode=1\n"); // what is hidden is disabled, too
+  main_window& window = program.window();
+  EXPECT_EQ(window.menuBar()->objectName(), "PreveskMainMenu");
+  const auto expect_enabled = [&](const command_conditions& now) {
+    for (const command_row& row : command_table()) {
+      if (row.name.starts_with("Fenn") || row.name == "PreferencesItem") continue; // went with the short menu
+      const QString name = QString::fromStdString(std::string(row.name));
+      if (auto* menu = window.findChild<QMenu*>(name))
+        EXPECT_EQ(menu->menuAction()->isEnabled(), is_enabled(row.condition, now)) << row.name;
+      else
+        EXPECT_EQ(find<QAction>(&window, row.name.data())->isEnabled(), is_enabled(row.condition, now)) << row.name;
+    }
+  };
+  expect_enabled({});
+  take_picture(&window, "nothing_open");
+  program.form().open_file(SAMPLE);
+  expect_enabled({true, true, true, true});
+  program.trigger("SystemsItem"); // there is no such dialog yet: nothing happens, and nothing is said
+  EXPECT_TRUE(info_lines_of(window).isEmpty());
+  EXPECT_FALSE(program.form().documentation_links.empty());
+  EXPECT_EQ(static_cast<std::size_t>(find<QMenu>(&window, "DocumentationItem")->actions().size()),
+            program.form().documentation_links.size());
+}
+
+TEST(MainWindow, ToolImagesDifferAndSuitBothAppearances) {
+  running_program program;
+  std::set<QByteArray> pictures;
+  int buttons = 0;
+  const auto add = [&](const QToolButton* button) {
+    const QImage image = button->icon().pixmap(48, 48).toImage();
+    pictures.insert(QByteArray(reinterpret_cast<const char*>(image.constBits()), image.sizeInBytes()));
+  };
+  for (const tool_row& row : tool_bar()) {
+    if (row.name.empty()) continue;
+    add(find<QToolButton>(&program.window(), row.name.data()));
+    ++buttons;
+  }
+  program.window().show_run_controls(true);
+  add(find<QToolButton>(&program.window(), "RunModelButton"));
+  EXPECT_EQ(pictures.size(), 20U);
+  EXPECT_EQ(buttons, 19);
+  const QPalette light = QApplication::palette();
+  QApplication::setPalette(palette_of(appearance::dark));
+  add(find<QToolButton>(&program.window(), "FileNewButton"));
+  EXPECT_EQ(pictures.size(), 21U);
+  take_picture(&program.window(), "dark");
+  QApplication::setPalette(light);
+}
+
+// The whole way of a run, as a user goes it.
+TEST(MainWindow, OpensRunsSlowsStopsResumesAndCancels) {
+  const temporary_folder folder;
+  const std::string file = folder.file("long.vki");
+  write_long_sample(file);
+  running_program program;
+  main_window& window = program.window();
+  with_dialog([&] { program.trigger("OpenItem"); },
+              [&](QWidget* dialog) {
+                take_picture(dialog, "open_dialog");
+                return choose_file(dialog, QString::fromStdString(file));
+              });
+  EXPECT_TRUE(window.windowTitle().startsWith(" TALMO VESK: ")) << window.windowTitle().toStdString();
+  take_picture(&window, "sample_open");
+
+  auto* bar = find<QProgressBar>(&window, "StatusProgressBar");
+  auto* time = find<QLabel>(&window, "InfoLabel");
+  auto* grid = find<QTableView>(&window, "ResultsTable");
+  auto* priority = find<QSlider>(&window, "PriorityTrackBar");
+  auto* run_button = find<QToolButton>(&window, "RunModelButton");
+  EXPECT_FALSE(priority->isVisible() || grid->isVisible());
+  QTest::mouseClick(run_button, Qt::LeftButton);
+  ASSERT_TRUE(program.form().active_thread);
+  EXPECT_TRUE(priority->isVisible());
+  EXPECT_EQ(run_button->text(), "Cancel Model Execution");
+  EXPECT_EQ(find<QAction>(&window, "ExecuteModelItem")->text(), "Canc&el");
+
+  EXPECT_TRUE(wait_for([&] { return bar->value() > 0 && time->text().startsWith("Simulation Time: "); }));
+  EXPECT_TRUE(wait_for([&] { return grid->isVisible() && !cell(grid, 0, 0).isEmpty(); }));
+  EXPECT_TRUE(find<QLabel>(&window, "TimeRemainingLabel")->text().startsWith(" Time remaining: "));
+  const auto what_is_shown = [&] { return time->text() + cell(grid, 3, 0) + cell(grid, 20, 1); };
+  const auto moves = [&](int milliseconds) {
+    const QString before = what_is_shown();
+    return wait_for([&] { return what_is_shown() != before; }, milliseconds);
+  };
+  EXPECT_TRUE(moves(3000));
+  take_picture(&window, "running");
+
+  for (int step = 0; step < 2; ++step) QTest::keyClick(priority, Qt::Key_Left);
+  EXPECT_EQ(program.form().active_thread->priority_position, 1);
+  EXPECT_TRUE(moves(4000));
+  take_picture(&window, "slow");
+  QTest::keyClick(priority, Qt::Key_Home);
+  EXPECT_EQ(program.form().active_thread->priority_position, 0);
+  QTest::qWait(1200); // the worker has come to its gate, and the timer has shown its last word
+  EXPECT_FALSE(moves(1500));
+  take_picture(&window, "stopped");
+  QTest::keyClick(priority, Qt::Key_PageUp);
+  priority->setValue(3);
+  EXPECT_EQ(program.form().active_thread->priority_position, 3);
+  EXPECT_TRUE(moves(3000));
+
+  const auto cancelled = steady_clock::now();
+  QTest::mouseClick(run_button, Qt::LeftButton);
+  EXPECT_TRUE(wait_for([&] { return !program.form().active_thread; }, 3000));
+  EXPECT_LT(steady_clock::now() - cancelled, std::chrono::seconds(1));
+  EXPECT_TRUE(info_lines_of(window).contains("Terminating model thread... please wait..."));
+  EXPECT_EQ(run_button->text(), "Execute Model");
+  EXPECT_FALSE(priority->isVisible() || grid->isVisible());
+  EXPECT_EQ(bar->value(), 0);
+  EXPECT_EQ(time->text(), "");
+  take_picture(&window, "cancelled");
+
+  window.resize(900, 600);
+  window.close();
+  EXPECT_EQ(program.form().settings.MainFormWidth, 900);
+  EXPECT_FALSE(window.isVisible());
+}
+
+TEST(MainWindow, TellsABusyJobInABoxAndStaysUsable) {
+  const temporary_folder folder;
+  write_long_sample(folder.file("long.vki"));
+  running_program program;
+  program.form().open_file(folder.file("long.vki"));
+  program.form().RunModelButtonClick();
+  with_dialog([&] { program.form().start_validity_check(); },
+              [&](QWidget* box) {
+                EXPECT_EQ(box->windowTitle(), "Cannot determine parameters now");
+                return press(box, "OK");
+              });
+  program.form().cancel_job();
+  EXPECT_TRUE(wait_for([&] { return !program.form().active_thread; }));
+}
+
+TEST(MainWindow, TakesItsStoredPlaceAndGridHeight) {
+  running_program program({}, "MainFormLeft=40\nMainFormTop=30\nMainFormWidth=700\nMainFormHeight=500\n"
+                              "ResultsTableHeight=210\nRunTimeGridAlwaysVisible=1\nAdministrationMode=1\n");
+  main_window& window = program.window();
+  EXPECT_EQ(window.size(), QSize(700, 500));
+  EXPECT_EQ(window.pos(), QPoint(40, 30));
+  auto* grid = find<QTableView>(&window, "ResultsTable");
+  EXPECT_TRUE(grid->isVisible());
+  EXPECT_EQ(grid->height(), 210);
+  EXPECT_TRUE(find<QMenu>(&window, "AdministrationItem")->menuAction()->isVisible());
+  QTest::keyClick(&window, Qt::Key_D, Qt::ControlModifier);
+  EXPECT_EQ(program.form().diagnostic_level(), 2);
+  window.close();
+  EXPECT_EQ(program.form().settings.ResultsTableHeight, 210);
+  EXPECT_EQ(program.form().settings.MainFormLeft, 40);
+}
+
+} // namespace
+} // namespace vesk

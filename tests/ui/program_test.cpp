@@ -1,0 +1,56 @@
+// The program from its start to its end, as a process of its own.
+#include "driver.h"
+#include "run_program.h"
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <unistd.h>
+
+namespace vesk {
+namespace {
+
+namespace fs = std::filesystem;
+using std::chrono::steady_clock;
+
+std::string this_program() {
+  return fs::read_symlink("/proc/self/exe").string();
+}
+
+class Program : public testing::Test {
+protected:
+  Program() { setenv("VESK_ENGINE", ENGINE, 1); }
+  temporary_folder folder;
+};
+
+TEST_F(Program, ShowsItsSplashRunsTheFileAndEndsByItself) {
+  fs::copy(SAMPLE, folder.path / "river.vki");
+  const auto start = steady_clock::now();
+  const program_result result = run_program(VESK, {folder.file("river.vki"), "-run", "-quit"});
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_GE(steady_clock::now() - start, std::chrono::seconds(5)); // of the splash
+  EXPECT_TRUE(fs::exists(folder.path / "river_oxygen.csv"));
+}
+
+TEST_F(Program, ImportsThenRunsThenQuits) {
+  fs::copy(SAMPLE, folder.path / "river.vki");
+  ASSERT_EQ(run_program(VESK_RUN, {folder.file("river.vki"), "--export", folder.file("old.inp")}).status, 0);
+  const program_result result = run_program(VESK, {"-Import", folder.file("old.inp"), "-QUIT", "-RUN"});
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_TRUE(fs::exists(folder.path / "old_oxygen.csv"));
+}
+
+TEST_F(Program, ClosedInTheMiddleOfAJobItEndsAtOnceWithItsSettingsSavedAndNothingHalfWritten) {
+  write_long_sample(folder.file("long.vki"));
+  folder.write("settings.ini", "[SOFTWARE\\TALMO\\VESK\\7.0]\nDatabaseDir=" CATALOGUE "/\n");
+  const auto start = steady_clock::now();
+  const program_result result =
+      run_program(this_program(), {"--close-in-the-middle", folder.file("long.vki"), folder.file("settings.ini")});
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_LT(steady_clock::now() - start, std::chrono::seconds(10));
+  EXPECT_NE(folder.read("settings.ini").find("MainFormWindowState="), std::string::npos);
+  EXPECT_FALSE(fs::exists(folder.path / "long_oxygen.csv"));
+}
+
+} // namespace
+} // namespace vesk
