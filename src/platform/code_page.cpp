@@ -48,7 +48,34 @@ std::string system_name(unsigned number) {
   case 1201: return "UTF-16BE";
   case 65001: return "UTF-8";
   case 10000: return "MACINTOSH";
+  case 28591: return "ISO-8859-1";
   default: return "CP" + std::to_string(number);
+  }
+}
+
+// The common one of the double-byte code pages, without the system's converter, which takes long to set up.
+void append_utf16(std::string_view bytes, std::string& text) {
+  const auto unit = [&](std::size_t i) {
+    return static_cast<char32_t>(static_cast<unsigned char>(bytes[i]) | static_cast<unsigned char>(bytes[i + 1]) << 8);
+  };
+  const auto part = [](char32_t first, char32_t bits) { return static_cast<char>(first | (bits & 0x3f)); };
+  for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
+    char32_t c = unit(i);
+    if (c >= 0xd800 && c < 0xe000) {
+      const char32_t low = c < 0xdc00 && i + 3 < bytes.size() ? unit(i + 2) : 0;
+      const bool is_pair = low >= 0xdc00 && low < 0xe000;
+      c = is_pair ? 0x10000 + ((c - 0xd800) << 10) + (low - 0xdc00) : 0xfffd;
+      if (is_pair) i += 2;
+    }
+    if (c < 0x80) {
+      text += static_cast<char>(c);
+    } else if (c < 0x800) {
+      text += {static_cast<char>(0xc0 | c >> 6), part(0x80, c)};
+    } else if (c < 0x10000) {
+      text += {static_cast<char>(0xe0 | c >> 12), part(0x80, c >> 6), part(0x80, c)};
+    } else {
+      text += {static_cast<char>(0xf0 | c >> 18), part(0x80, c >> 12), part(0x80, c >> 6), part(0x80, c)};
+    }
   }
 }
 
@@ -100,6 +127,10 @@ bool code_page::fill() {
 
 std::string code_page::utf8(std::string_view bytes) const {
   std::string text;
+  if (number_ == 1200) {
+    append_utf16(bytes, text);
+    return text;
+  }
   if (single_byte_) {
     for (const char c : bytes) text += single_[static_cast<unsigned char>(c)];
     return text;

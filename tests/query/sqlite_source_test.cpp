@@ -54,7 +54,8 @@ TEST(SqliteSource, TellsWhatIsWrong) {
               testing::ThrowsMessage<table_source_exception>(file + ", table lost: no such table: main.nowhere."));
   folder.write("cut.sqlite", folder.read("river.db").substr(0, 600));
   EXPECT_THAT([&] { open_table_source(folder.file("cut.sqlite")); },
-              testing::ThrowsMessage<table_source_exception>(folder.file("cut.sqlite") + ": database disk image is malformed."));
+              testing::ThrowsMessage<table_source_exception>(folder.file("cut.sqlite") +
+                                                             ": database disk image is malformed."));
 }
 
 } // namespace

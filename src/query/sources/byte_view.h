@@ -36,6 +36,11 @@ public:
     return {data() + offset, size};
   }
 
+  byte_view part(std::size_t offset, std::size_t size) const {
+    text(offset, size);
+    return {bytes_.subspan(offset, size), *name_};
+  }
+
 private:
   [[noreturn]] void fail_short(std::size_t offset, std::size_t size) const {
     throw table_source_exception(*name_, "", "",

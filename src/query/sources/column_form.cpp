@@ -15,7 +15,9 @@ bool is_digit(char c) {
 }
 
 bool marks_missing(std::string_view text) {
-  constexpr std::string_view marks[] = {"na", "n/a", "nan", "null", "none", "-", "--", "---", "*", "#n/a", "?", "."};
+  constexpr std::string_view marks[] = {"na", "n/a", "nan", "null", "none", "-", "--", "---", "*", "?", "."};
+  // Errors of a spreadsheet, such as #DIV/0!, and marks that stand where a number was lost.
+  if (text.front() == '#') return true;
   return text.size() <= 4 && std::any_of(std::begin(marks), std::end(marks),
                                          [&](std::string_view mark) { return equal_ignoring_case(mark, text); });
 }
@@ -97,14 +99,29 @@ bool column_votes::add_date(std::string_view text) {
   return add_form(date_form::day_first) || month_first;
 }
 
-void column_votes::add(value_kind kind, bool has_time, bool is_whole) {
-  if (kind == value_kind::null) return;
-  ++votes_;
-  if (kind == value_kind::date_time) {
-    ++dates_as_such_;
-    as_such_with_time_ += has_time;
-  } else {
-    ++(is_whole ? whole_ : point_);
+void column_votes::add(const table_value& value) {
+  switch (value.kind()) {
+  case value_kind::null: return;
+  case value_kind::text: return add(value.text());
+  case value_kind::date_time: {
+    const bool has_time = value.number() != std::floor(value.number());
+    ++votes_;
+    if (has_time && value.number() < 1) { // a time alone
+      ++dates_[static_cast<std::size_t>(date_form::time_only)];
+    } else {
+      ++dates_as_such_;
+      as_such_with_time_ += has_time;
+    }
+    return;
+  }
+  default:
+    ++votes_;
+    if (value.number() == std::floor(value.number()) && std::abs(value.number()) < 9e15) {
+      ++whole_;
+      large_ += std::abs(value.number()) > 2147483647.0;
+    } else {
+      ++point_;
+    }
   }
 }
 

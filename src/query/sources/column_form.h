@@ -29,8 +29,10 @@ class column_votes {
 public:
   void add(std::string_view text);
 
-  // A value that is a number or a date already.
-  void add(value_kind kind, bool has_time, bool is_whole);
+  // A value that may be more than a text already.
+  void add(const table_value& value);
+
+  std::uint64_t count() const { return votes_; }
 
   column_form settle() const;
 

@@ -1,10 +1,12 @@
 #include "query/sources/open_table_source.h"
 
 #include "platform/file_io.h"
+#include "query/sources/compound_file.h"
 #include "query/sources/csv_source.h"
 #include "query/sources/dbf_source.h"
 #include "query/sources/paradox_source.h"
 #include "query/sources/sqlite_source.h"
+#include "query/sources/xls_source.h"
 
 #include <string>
 #include <string_view>
@@ -36,6 +38,8 @@ constexpr std::string_view sqlite_beginning("SQLite format 3\0", 16);
 
 constexpr signature signatures[] = {
     {0, sqlite_beginning, open_sqlite},
+    {0, compound_beginning, open_xls},
+    {0, {"\x09\x08", 2}, open_xls}, // the workbook's stream alone
 };
 
 constexpr extension_row extensions[] = {

@@ -116,8 +116,8 @@ field_type sqlite_source::sampled_type(const std::string& table, const std::stri
   column_votes numbers;
   while (step(sample.get(), table)) {
     switch (sqlite3_column_type(sample.get(), 0)) {
-    case SQLITE_INTEGER: numbers.add(value_kind::integer, false, true); continue;
-    case SQLITE_FLOAT: numbers.add(value_kind::number, false, false); continue;
+    case SQLITE_INTEGER: numbers.add(table_value::of_integer(0)); continue;
+    case SQLITE_FLOAT: numbers.add(table_value::of_number(0.5)); continue;
     default: ++texts;
     }
     const auto date = read_date(text_of(sample.get(), 0), date_form::iso);

@@ -1,0 +1,63 @@
+// A workbook: sheets that are read whole when they are first asked for, and kept.
+#pragma once
+
+#include "query/sources/cell_table.h"
+#include "query/sources/table_source.h"
+
+#include <memory>
+#include <vector>
+
+namespace vesk {
+
+class sheet_source : public table_source {
+public:
+  using table_source::table_source;
+
+  const std::vector<table_field>& fields(std::size_t table) final { return sheet(table).fields(); }
+  std::unique_ptr<row_cursor> rows(std::size_t table, std::vector<row_filter> filters) final {
+    return sheet(table).rows(std::move(filters));
+  }
+
+protected:
+  // Fills `cells` and ends the adding. Throws table_source_exception.
+  virtual void read_sheet(std::size_t table, cell_table& cells) = 0;
+
+  [[noreturn]] void fail(const std::string& table, std::string cause) const {
+    throw table_source_exception(file(), table, "", std::move(cause));
+  }
+  [[noreturn]] void fail_too_large(std::size_t table) const {
+    fail(tables_[table], "it has more than " + std::to_string(cell_table::most_cells) + " cells.");
+  }
+
+  text_pool texts_; // of all sheets
+
+private:
+  cell_table& sheet(std::size_t table) {
+    sheets_.resize(tables_.size());
+    if (!sheets_[table]) {
+      auto cells = std::make_unique<cell_table>();
+      read_sheet(table, *cells);
+      sheets_[table] = std::move(cells);
+    }
+    return *sheets_[table];
+  }
+
+  std::vector<std::unique_ptr<cell_table>> sheets_;
+};
+
+// Dates in a workbook: numbers with the format of a date.
+struct workbook_dates {
+  bool from_1904 = false; // day 0 is 1 January 1904
+
+  // The date-time number of a cell. Days below 60 count on from 31 December 1899, since the 1900 of workbooks has a
+  // leap day; a number below 1 is a time alone.
+  double number(double cell) const;
+};
+
+// Whether a number format shows dates or times: letters of one outside of quotes and brackets. `[h]:mm` does too.
+bool is_date_format(std::string_view format);
+
+// The same for the formats that a workbook knows by number alone.
+bool is_date_format(unsigned built_in);
+
+} // namespace vesk
