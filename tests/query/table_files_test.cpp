@@ -171,6 +171,37 @@ INSTANTIATE_TEST_SUITE_P(
                                 {"rows 2", "A1:1 n=2, 2 distinct", "H1:1 n=2, 2 distinct"}}), // D1 belongs to C1
     test_name);
 
+INSTANTIATE_TEST_SUITE_P(
+    Xlsx, TableFiles,
+    testing::Values(
+        known_table{"roanoke_daily.xlsx", "daily", roanoke("3")},
+        known_table{"date.xlsx", "Sheet1", {"first 2021-01-01; 15", "F1:11 n=3 1900-01-10 15:10:10 .. 2021-01-02"}},
+        known_table{
+            "date_1904.xlsx", "Sheet1", {"first 2021-01-01; 15", "F1:11 n=3 1904-01-11 15:10:10 .. 2021-01-02"}},
+        known_table{"date_iso.xlsx", "Sheet", {"rows 5", "first 1/1/2021 0:00:00"}},
+        known_table{"errors.xlsx", "Feuil1", {"rows 6", "#DIV/0!:1 n=6, 6 distinct"}},
+        known_table{"issues.xlsx", "spc_chrs", {"rows 7", "first <"}},
+        known_table{"readings.xlsx",
+                    "Sheet1",
+                    {"rows 3", "first London; 15; 72; 1013", "Celsius:6 n=3 min=12 max=18.5 mean=15.166667"}},
+        known_table{"temperature-fallible.xlsx", "Sheet1", {"rows 4", "first celsius; 22.2222; measured"}}),
+    test_name);
+
+INSTANTIATE_TEST_SUITE_P(
+    Ods, TableFiles,
+    testing::Values(
+        known_table{"roanoke_daily.ods", "daily", roanoke("3")},
+        known_table{"1996-2000.ods", "1996CR1", {"rows 35", "F17:6 n=34 min=-0.6 max=94.755 mean=75.430588"}},
+        known_table{
+            "date.ods", "Sheet1", {"rows 4", "first 2021-01-01; 15", "F1:11 n=4 10:10:10 .. 2021-01-01 10:10:10"}},
+        known_table{"decimal_comma.ods", "Full1", {"A:6 n=1 min=3.4 max=3.4 mean=3.400000"}},
+        known_table{"issues.ods", "issue5", {"first 0.5"}},
+        known_table{"na_test.ods", "Sheet1", {"rows 5", "col2:3 n=5 min=1 max=999 mean=200.800000"}},
+        known_table{"starwars.ods",
+                    "Sheet2",
+                    {"rows 10", "height:3 n=10 min=150 max=228 mean=182.800000", "hair_color:1 n=10, 6 distinct"}}),
+    test_name);
+
 // 555 bytes stand in the memo file, the first 240 of them in the record too.
 TEST(Paradox, ReadsAMemoWhole) {
   const auto source = open_table_source(test_file("memo.db"));

@@ -111,6 +111,11 @@ std::vector<std::byte> compound_file::content(const entry& e) const {
   return result;
 }
 
+bool compound_file::has(std::string_view stream) const {
+  return std::any_of(entries_.begin(), entries_.end(),
+                     [&](const entry& e) { return equal_ignoring_case(e.name, stream); });
+}
+
 std::vector<std::byte> compound_file::stream(std::initializer_list<std::string_view> names) const {
   for (const std::string_view name : names)
     for (const entry& e : entries_)

@@ -17,6 +17,8 @@ public:
   // table_source_exception.
   compound_file(byte_view bytes, const std::string& name);
 
+  bool has(std::string_view stream) const;
+
   // The content of the first stream that has one of these names; empty when there is none. Throws
   // table_source_exception.
   std::vector<std::byte> stream(std::initializer_list<std::string_view> names) const;

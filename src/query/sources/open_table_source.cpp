@@ -4,9 +4,13 @@
 #include "query/sources/compound_file.h"
 #include "query/sources/csv_source.h"
 #include "query/sources/dbf_source.h"
+#include "query/sources/ods_source.h"
 #include "query/sources/paradox_source.h"
+#include "query/sources/source_bytes.h"
 #include "query/sources/sqlite_source.h"
 #include "query/sources/xls_source.h"
+#include "query/sources/xlsx_source.h"
+#include "query/sources/zip_archive.h"
 
 #include <string>
 #include <string_view>
@@ -18,6 +22,12 @@ namespace {
 namespace fs = std::filesystem;
 
 using opener = std::unique_ptr<table_source> (*)(const fs::path&);
+
+std::unique_ptr<table_source> open_zipped(const fs::path& file) {
+  const source_bytes bytes = source_bytes::of_file(file);
+  const bool is_opendocument = zip_archive(bytes.get(), file.string()).has("content.xml");
+  return is_opendocument ? open_ods(file) : open_xlsx(file);
+}
 
 // How formats are told from the first bytes of a file.
 struct signature {
@@ -39,6 +49,7 @@ constexpr std::string_view sqlite_beginning("SQLite format 3\0", 16);
 constexpr signature signatures[] = {
     {0, sqlite_beginning, open_sqlite},
     {0, compound_beginning, open_xls},
+    {0, zip_beginning, open_zipped},
     {0, {"\x09\x08", 2}, open_xls}, // the workbook's stream alone
 };
 

@@ -17,10 +17,13 @@ class xls_source : public sheet_source {
 public:
   xls_source(const source_bytes& bytes, std::string name) : sheet_source(std::move(name)) {
     const byte_view whole(bytes.get(), file());
-    if (std::string_view(whole.data(), std::min(whole.size(), compound_beginning.size())) == compound_beginning)
-      stream_ = compound_file(whole, file()).stream({"Workbook", "Book"});
-    else
+    if (std::string_view(whole.data(), std::min(whole.size(), compound_beginning.size())) == compound_beginning) {
+      const compound_file compound(whole, file());
+      if (compound.has("EncryptedPackage")) fail("", "the workbook has a password."); // an .xlsx inside
+      stream_ = compound.stream({"Workbook", "Book"});
+    } else {
       stream_.assign(bytes.get().begin(), bytes.get().end());
+    }
     if (stream_.empty()) fail("", "there is no workbook in the compound file.");
     read_globals();
   }

@@ -1,0 +1,20 @@
+// Workbooks in Office Open XML, .xlsx.
+#pragma once
+
+#include "query/sources/table_source.h"
+
+#include <cstddef>
+#include <filesystem>
+#include <memory>
+#include <span>
+
+namespace vesk {
+
+// The tables are the worksheets, hidden ones too. Formulas give the result that was saved with them. Header and types
+// are found as in `cell_table`. Throws table_source_exception.
+std::unique_ptr<table_source> open_xlsx(const std::filesystem::path& file);
+
+// The same with the file's bytes in memory, which stay the caller's; `name` is for messages.
+std::unique_ptr<table_source> open_xlsx(std::span<const std::byte> bytes, std::string name);
+
+} // namespace vesk
