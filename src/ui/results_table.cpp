@@ -26,6 +26,7 @@ results_table::results_table(QWidget* parent, results_model::reader read)
   setWordWrap(false);
   verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
   verticalHeader()->setDefaultSectionSize(scaled(row_height, *this));
+  horizontalHeader()->setResizeContentsPrecision(0); // what is in sight tells enough
   verticalHeader()->setMinimumWidth(scaled(row_header_width, *this));
   horizontalHeader()->setDefaultSectionSize(scaled(column_width, *this));
   horizontalHeader()->setTextElideMode(Qt::ElideRight);
