@@ -1,6 +1,7 @@
 #include "query/sources/open_table_source.h"
 
 #include "platform/file_io.h"
+#include "query/sources/access_source.h"
 #include "query/sources/compound_file.h"
 #include "query/sources/csv_source.h"
 #include "query/sources/dbf_source.h"
@@ -48,6 +49,8 @@ constexpr std::string_view sqlite_beginning("SQLite format 3\0", 16);
 
 constexpr signature signatures[] = {
     {0, sqlite_beginning, open_sqlite},
+    {access_signature_offset, jet_signature, open_access},
+    {access_signature_offset, ace_signature, open_access},
     {0, compound_beginning, open_xls},
     {0, zip_beginning, open_zipped},
     {0, {"\x09\x08", 2}, open_xls}, // the workbook's stream alone

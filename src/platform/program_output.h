@@ -1,0 +1,24 @@
+// The standard output of another program, piece by piece, while it runs.
+#pragma once
+
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vesk {
+
+struct program_end {
+  enum class way { exited, signalled, silent, stopped, not_started } how = way::not_started;
+  int code = 0; // the exit status, the signal's number, or the system's error number
+};
+
+// Runs a program to its end, without a shell, its standard input and standard error going nowhere. `take` is given what
+// it writes; when that returns false or throws, or nothing comes for `longest_silence`, the program is killed. Nothing
+// of it stays behind.
+program_end read_program(const std::filesystem::path& program, const std::vector<std::string>& arguments,
+                         std::chrono::milliseconds longest_silence, const std::function<bool(std::string_view)>& take);
+
+} // namespace vesk

@@ -1,0 +1,242 @@
+// vesk-mdb: reads Access databases for its parent process, so that neither a crash nor an endless loop of the library
+// that knows their format can reach the program itself. See protocol.h.
+
+#include "query/mdb_helper/protocol.h"
+#include "query/sources/table_source.h"
+
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <vector>
+
+#include <mdbtools.h>
+
+namespace {
+
+using vesk::field_type;
+using vesk::mdb::message;
+using vesk::mdb::value;
+
+constexpr std::size_t longest_text = std::size_t{64} << 10; // in bytes; a longer memo is cut
+constexpr int large_number = 0x13;                          // a 64-bit integer, which the library's list lacks
+
+// A failure to be told to the parent.
+struct failure {
+  std::string sentence;
+};
+
+void send(message kind, const std::string& content) {
+  const auto size = static_cast<std::uint32_t>(content.size());
+  std::fwrite(&size, sizeof size, 1, stdout);
+  std::fputc(static_cast<int>(kind), stdout);
+  std::fwrite(content.data(), 1, content.size(), stdout);
+}
+
+struct close_database {
+  void operator()(MdbHandle* database) const { mdb_close(database); }
+};
+struct free_table {
+  void operator()(MdbTableDef* table) const { mdb_free_tabledef(table); }
+};
+using database_handle = std::unique_ptr<MdbHandle, close_database>;
+using table_handle = std::unique_ptr<MdbTableDef, free_table>;
+
+database_handle open_database(const char* file) {
+  database_handle database(mdb_open(file, MDB_NOFLAGS));
+  if (!database) throw failure{"it is no Access database of a kind that can be read."};
+  mdb_set_bind_size(database.get(), longest_text);
+  if (!mdb_read_catalog(database.get(), MDB_TABLE))
+    throw failure{"its list of tables cannot be read: the database is damaged or encrypted."};
+  return database;
+}
+
+template <class Visit>
+void for_each_table(MdbHandle* database, const Visit& visit) {
+  for (unsigned i = 0; i < database->num_catalog; ++i) {
+    auto* const entry = static_cast<MdbCatalogEntry*>(g_ptr_array_index(database->catalog, i));
+    if (entry->object_type == MDB_TABLE && !mdb_is_system_table(entry) && entry->object_name[0] != '~') visit(entry);
+  }
+}
+
+field_type type_of(const MdbColumn& column) {
+  switch (column.col_type) {
+  case MDB_BOOL: return field_type::boolean;
+  case MDB_BYTE:
+  case MDB_INT: return field_type::small_integer;
+  case MDB_LONGINT: return column.is_long_auto ? field_type::auto_increment : field_type::integer;
+  case MDB_MONEY: return field_type::currency;
+  case MDB_FLOAT:
+  case MDB_DOUBLE: return field_type::floating;
+  case MDB_DATETIME: return field_type::date_time;
+  case MDB_BINARY: return field_type::bytes;
+  case MDB_TEXT:
+  case MDB_REPID: return field_type::string;
+  case MDB_OLE: return field_type::blob;
+  case MDB_MEMO: return field_type::memo;
+  case MDB_NUMERIC: return field_type::bcd;
+  case large_number: return field_type::large_integer;
+  default: return field_type::unknown;
+  }
+}
+
+// The days of a date as the file has it: before 30 December 1899 the time of day counts on all the same.
+double date_of(double stored) {
+  if (stored >= 0) return stored;
+  const double day = std::trunc(stored);
+  return day + (day - stored);
+}
+
+// The rows of a table, packed.
+class row_writer {
+public:
+  row_writer(MdbHandle* database, MdbTableDef* table)
+      : database_(database), table_(table), texts_(table->num_cols), sizes_(table->num_cols) {
+    for (unsigned i = 0; i < table->num_cols; ++i) {
+      const MdbColumn& c = column(i);
+      if (c.col_type == 0) throw failure{"field " + std::string(c.name) + " of it is damaged."};
+      send(message::field, static_cast<char>(type_of(c)) + std::string(c.name));
+      if (is_bound(c)) {
+        texts_[i].resize(longest_text + 1);
+        mdb_bind_column(table, static_cast<int>(i) + 1, texts_[i].data(), &sizes_[i]);
+      }
+    }
+  }
+
+  void write_all() {
+    constexpr std::size_t message_size = std::size_t{64} << 10;
+    mdb_rewind_table(table_);
+    while (mdb_fetch_row(table_)) {
+      for (unsigned i = 0; i < table_->num_cols; ++i) add(column(i), i);
+      if (rows_.size() < message_size) continue;
+      send(message::rows, rows_);
+      rows_.clear();
+    }
+    send(message::rows, rows_);
+  }
+
+private:
+  const MdbColumn& column(unsigned i) const {
+    return *static_cast<const MdbColumn*>(g_ptr_array_index(table_->columns, i));
+  }
+
+  // Whether the library makes a text of it; the other types are read as they stand in the row.
+  static bool is_bound(const MdbColumn& c) {
+    return c.col_type == MDB_BOOL || c.col_type == MDB_MONEY || c.col_type == MDB_TEXT || c.col_type == MDB_MEMO ||
+           c.col_type == MDB_REPID || c.col_type == MDB_NUMERIC;
+  }
+
+  template <class T>
+  void put(value kind, T content) {
+    rows_ += static_cast<char>(kind);
+    rows_.append(reinterpret_cast<const char*>(&content), sizeof content);
+  }
+  void put_null() { rows_ += static_cast<char>(value::null); }
+
+  // The bytes of a value of fixed size in the present row.
+  template <class T>
+  bool stored(const MdbColumn& c, T& content) const {
+    const auto start = static_cast<std::size_t>(c.cur_value_start), size = static_cast<std::size_t>(c.cur_value_len);
+    if (c.cur_value_start < 0 || c.cur_value_len < 0 || size < sizeof content ||
+        start + sizeof content > sizeof database_->pg_buf)
+      return false;
+    std::memcpy(&content, database_->pg_buf + start, sizeof content);
+    return true;
+  }
+  template <class T>
+  void add_integer(const MdbColumn& c) {
+    T content;
+    if (stored(c, content))
+      put(value::integer, std::int64_t{content});
+    else
+      put_null();
+  }
+  template <class T>
+  void add_number(const MdbColumn& c, value kind) {
+    T content;
+    if (stored(c, content) && std::isfinite(content))
+      put(kind, kind == value::date_time ? date_of(content) : double{content});
+    else
+      put_null();
+  }
+
+  void add(const MdbColumn& c, unsigned i) {
+    switch (c.col_type) {
+    case MDB_BYTE: return add_integer<std::uint8_t>(c);
+    case MDB_INT: return add_integer<std::int16_t>(c);
+    case MDB_LONGINT: return add_integer<std::int32_t>(c);
+    case large_number: return add_integer<std::int64_t>(c);
+    case MDB_FLOAT: return add_number<float>(c, value::number);
+    case MDB_DOUBLE: return add_number<double>(c, value::number);
+    case MDB_DATETIME: return add_number<double>(c, value::date_time);
+    default: break;
+    }
+    const std::string_view text(texts_[i].data(), is_bound(c) ? std::strlen(texts_[i].data()) : 0);
+    if (text.empty() || (c.col_type != MDB_BOOL && c.cur_value_len == 0)) return put_null();
+    if (c.col_type == MDB_BOOL) return put(value::integer, std::int64_t{text != "0"});
+    if (c.col_type == MDB_MONEY || c.col_type == MDB_NUMERIC) {
+      double number = 0;
+      const auto read = std::from_chars(text.data(), text.data() + text.size(), number);
+      return read.ec == std::errc() ? put(value::number, number) : put_null();
+    }
+    put(value::text, static_cast<std::uint32_t>(text.size()));
+    rows_ += text;
+  }
+
+  MdbHandle* database_;
+  MdbTableDef* table_;
+  std::vector<std::string> texts_; // of bound fields
+  std::vector<int> sizes_;
+  std::string rows_;
+};
+
+void send_rows(MdbHandle* database, const char* name) {
+  MdbCatalogEntry* found = nullptr;
+  for_each_table(database, [&](MdbCatalogEntry* entry) {
+    if (std::strcmp(entry->object_name, name) == 0) found = entry;
+  });
+  if (!found) throw failure{"there is no such table in the file."};
+  const table_handle table(mdb_read_table(found));
+  if (!table || !mdb_read_columns(table.get())) throw failure{"its fields cannot be read: the database is damaged."};
+  row_writer(database, table.get()).write_all();
+}
+
+// Neither memory nor time without end, and no longer than the parent.
+void limit_itself() {
+  prctl(PR_SET_PDEATHSIG, SIGKILL);
+  const rlimit none{0, 0}, seconds{600, 600};
+  setrlimit(RLIMIT_CORE, &none);
+  setrlimit(RLIMIT_CPU, &seconds);
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+  const rlimit memory{rlim_t{1} << 30, rlim_t{1} << 30};
+  setrlimit(RLIMIT_AS, &memory);
+#endif
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+  limit_itself();
+  const std::string work = argc > 1 ? argv[1] : "";
+  if (!(work == "tables" && argc == 3) && !(work == "rows" && argc == 4)) {
+    std::fputs("vesk-mdb reads Access databases for vesk and vesk-run; it is no use by itself.\n", stderr);
+    return 2;
+  }
+  try {
+    const database_handle database = open_database(argv[2]);
+    if (work == "tables")
+      for_each_table(database.get(), [](const MdbCatalogEntry* entry) { send(message::table, entry->object_name); });
+    else
+      send_rows(database.get(), argv[3]);
+    send(message::end, {});
+  } catch (const failure& f) {
+    send(message::failure, f.sentence);
+  } catch (const std::bad_alloc&) {
+    send(message::failure, "it takes too much memory: the database is damaged.");
+  }
+  return std::fflush(stdout) == 0 ? 0 : 1;
+}
