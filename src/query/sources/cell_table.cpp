@@ -12,6 +12,7 @@
 namespace vesk {
 
 std::string_view text_pool::keep(std::string_view text) {
+  if (text.empty()) return {};
   if (text.size() > left_) {
     left_ = std::max(chunk_size, text.size());
     chunks_.push_back(std::make_unique_for_overwrite<char[]>(left_));

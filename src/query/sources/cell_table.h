@@ -26,8 +26,8 @@ private:
 
 class cell_table {
 public:
-  // More cells than this are refused: what one gigabyte of memory holds.
-  static constexpr std::size_t most_cells = std::size_t{1} << 26;
+  // More cells than this are refused; so many take 600 MB.
+  static constexpr std::size_t most_cells = std::size_t{1} << 25;
   static constexpr std::uint32_t most_columns = 1 << 14;
 
   // A cell of a sheet; rows and columns count from 0, those from `most_columns` on are left out. Null cells are not

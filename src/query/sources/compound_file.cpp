@@ -90,7 +90,7 @@ void compound_file::read_directory() {
   }
   const auto small_table = read_chain(bytes_.number<std::uint32_t>(60), bytes_.size());
   next_small_.resize(small_table.size() / 4);
-  std::memcpy(next_small_.data(), small_table.data(), next_small_.size() * 4);
+  if (!next_small_.empty()) std::memcpy(next_small_.data(), small_table.data(), next_small_.size() * 4);
 }
 
 std::vector<std::byte> compound_file::content(const entry& e) const {

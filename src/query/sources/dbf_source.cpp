@@ -365,13 +365,14 @@ table_value dbf_cursor::memo(std::size_t field, std::string_view bytes) {
 }
 
 void dbf_cursor::fail(std::size_t field, std::string_view bytes, const char* expected) const {
-  const auto record =
-      static_cast<std::size_t>(record_ - source_.bytes_.data() - static_cast<std::ptrdiff_t>(source_.first_record_)) /
-          source_.record_size_ +
-      1;
+  const char* const first = source_.bytes_.data() + source_.first_record_;
+  const std::size_t record = static_cast<std::size_t>(record_ - first) / source_.record_size_ + 1;
+  std::string shown = source_.code_page_->utf8(bytes);
+  std::replace_if(
+      shown.begin(), shown.end(), [](char c) { return c >= 0 && c < ' '; }, '?');
   throw table_source_exception(source_.file(), "", source_.fields_[field].name,
-                               "record " + std::to_string(record) + " has \"" + source_.code_page_->utf8(bytes) +
-                                   "\" where " + expected + " should be.");
+                               "record " + std::to_string(record) + " has \"" + shown + "\" where " + expected +
+                                   " should be.");
 }
 
 std::unique_ptr<row_cursor> dbf_source::rows(std::size_t, std::vector<row_filter> filters) {
