@@ -23,7 +23,7 @@ struct zip_archive::memory {
   static uLong read(void*, void* stream, void* to, uLong size) {
     memory& m = of(stream);
     const std::size_t taken = std::min<std::size_t>(size, m.bytes.size() - m.position);
-    std::memcpy(to, m.bytes.data() + m.position, taken);
+    if (taken > 0) std::memcpy(to, m.bytes.data() + m.position, taken);
     m.position += taken;
     return taken;
   }
