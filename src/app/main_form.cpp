@@ -1,6 +1,7 @@
 #include "app/main_form.h"
 
 #include "app/documentation.h"
+#include "app/file_names.h"
 #include "platform/program_paths.h"
 
 namespace vesk {
@@ -27,9 +28,9 @@ TPreveskMainForm::TPreveskMainForm(user_interface& ui, const fs::path& settings_
   log_file_name = log_folder / "LOG.TXT";
   for (const std::string& part : {settings.ApplicationName, settings.EditionName})
     if (!part.empty()) base_caption += " " + part;
-  execute_query = [](const import_query_descriptor& query, const prevesk_dataset_data_type&, point_list&) {
-    throw query_engine_exception("the query '" + query.name +
-                                 "' cannot be executed, because this program has no access to its source yet");
+  execute_query = [this](const import_query_descriptor& query, const prevesk_dataset_data_type& data_set,
+                         point_list& points) {
+    return import_query(query, split_file_name(file_name).folder).execute(data_set, points);
   };
 }
 

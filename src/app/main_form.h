@@ -218,6 +218,7 @@ private:
   bool refuse_when_busy(job_code code);
   bool start_job(const prevesk_dataset_data_type& data_set, job_code code, const std::string& name,
                  void (TPreveskMainForm::*end_handler)());
+  void run_queries(prevesk_dataset_data_type& data_set, bool clear_flags);
   void run_end();
   void import_export_end();
   void validity_end();

@@ -99,9 +99,7 @@ void TPreveskMainForm::RunModelButtonClick() {
   prevesk_dataset_data_type copy = *current_data_set;
   try {
     copy.reset_cursors();
-    if (!skip_deferred_queries)
-      execute_deferred_queries(
-          copy, execute_query, [this](int percent) { ui_.set_progress(percent); }, false);
+    if (!skip_deferred_queries) run_queries(copy, false);
   } catch (const live_query_exception& error) {
     ++failures_;
     ui_.message_box("Live query error", error.what(), box_buttons::ok);
@@ -217,13 +215,25 @@ void TPreveskMainForm::copy_back_end() {
   update_menus();
 }
 
+void TPreveskMainForm::run_queries(prevesk_dataset_data_type& data_set, bool clear_flags) {
+  struct : query_progress {
+    user_interface* ui;
+    void percent_done(int percent) override { ui->set_progress(percent); }
+    void executed(const std::string& series, const import_query_descriptor& query,
+                  const query_report& report) override {
+      ui->query_executed(series, query, report);
+    }
+  } progress;
+  progress.ui = &ui_;
+  execute_deferred_queries(data_set, execute_query, progress, clear_flags);
+}
+
 bool TPreveskMainForm::execute_all_deferred_queries() {
   const prevesk_dataset_data_type backup = *current_data_set;
   ui_.set_busy(true);
   std::string failure;
   try {
-    execute_deferred_queries(
-        *current_data_set, execute_query, [this](int percent) { ui_.set_progress(percent); }, true);
+    run_queries(*current_data_set, true);
   } catch (const std::exception& error) {
     failure = error.what();
     take_content(backup);

@@ -9,6 +9,9 @@
 
 namespace vesk {
 
+struct import_query_descriptor;
+struct query_report;
+
 enum class box_buttons { ok, yes_no, yes_no_cancel };
 enum class box_answer { ok, yes, no, cancel };
 
@@ -90,6 +93,9 @@ public:
   virtual void set_progress(int percent) = 0; // 0 to 100
   virtual void set_info_label(const std::string& text) = 0;
   virtual void set_time_remaining_label(const std::string& text) = 0;
+
+  // A deferred query has been executed for the series.
+  virtual void query_executed(const std::string&, const import_query_descriptor&, const query_report&) {}
 
   // A run begins or has ended: the run button turns into cancel and back, the priority track bar comes and goes.
   virtual void show_run_controls(bool running) = 0;

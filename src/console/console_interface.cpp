@@ -1,6 +1,7 @@
 #include "console/console_interface.h"
 
 #include "dataset/text_encoding.h"
+#include "query/import_query.h"
 
 #include <algorithm>
 #include <sys/ioctl.h>
@@ -70,6 +71,16 @@ void console_interface::add_info_line(const std::string& text, int icon) {
     say_failure(text);
   else
     say(text);
+}
+
+void console_interface::query_executed(const std::string& series, const import_query_descriptor& query,
+                                       const query_report& report) {
+  std::string line = series + ": " + query.file_name;
+  if (query.table_name != query.file_name && !query.table_name.empty()) line += " [" + query.table_name + "]";
+  line += ", " + std::to_string(report.rows) + " rows, " + std::to_string(report.points) + " points";
+  if (report.without_moment > 0) line += ", " + std::to_string(report.without_moment) + " rows without a date";
+  if (report.without_value > 0) line += ", " + std::to_string(report.without_value) + " rows without a value";
+  say(line);
 }
 
 void console_interface::begin_progress() {

@@ -43,6 +43,8 @@ public:
   void set_progress(int percent) override;
   void set_info_label(const std::string& text) override { info_label_ = text; }
   void set_time_remaining_label(const std::string& text) override { time_remaining_ = text; }
+  void query_executed(const std::string& series, const import_query_descriptor& query,
+                      const query_report& report) override;
   void show_run_controls(bool) override {}
   void set_up_results_grid(const std::vector<std::string>&, int) override {}
   void show_results_grid(bool) override {}

@@ -8,8 +8,7 @@ namespace {
 
 class walk {
 public:
-  walk(prevesk_dataset_data_type& data_set, const query_executor& execute, const std::function<void(int)>& progress,
-       bool clear_flags)
+  walk(prevesk_dataset_data_type& data_set, const query_executor& execute, query_progress& progress, bool clear_flags)
       : data_(data_set), execute_(execute), progress_(progress), clear_flags_(clear_flags), total_(count(data_set)) {}
 
   void all() {
@@ -63,21 +62,22 @@ private:
     if (series.query->deferred) {
       try {
         point_list points = series.points;
-        execute_(*series.query, data_, points);
+        const query_report report = execute_(*series.query, data_, points);
+        progress_.executed(label, *series.query, report);
         stored_series& target = edit();
         target.points = std::move(points);
         if (clear_flags_) target.query.edit().deferred = false;
-      } catch (const query_engine_exception& error) {
+      } catch (const query_exception& error) {
         throw live_query_exception("Live query for time series \"" + label + "\" failed: " + error.what());
       }
     }
     done_ += 1.0;
-    progress_(static_cast<int>(done_ / static_cast<double>(total_) * 100));
+    progress_.percent_done(static_cast<int>(done_ / static_cast<double>(total_) * 100));
   }
 
   prevesk_dataset_data_type& data_;
   const query_executor& execute_;
-  const std::function<void(int)>& progress_;
+  query_progress& progress_;
   const bool clear_flags_;
   const std::size_t total_;
   double done_ = 0;
@@ -86,7 +86,7 @@ private:
 } // namespace
 
 void execute_deferred_queries(prevesk_dataset_data_type& data_set, const query_executor& execute,
-                              const std::function<void(int percent)>& progress, bool clear_flags) {
+                              query_progress& progress, bool clear_flags) {
   walk(data_set, execute, progress, clear_flags).all();
 }
 

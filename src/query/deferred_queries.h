@@ -2,6 +2,7 @@
 #pragma once
 
 #include "dataset/dataset.h"
+#include "query/import_query.h"
 #include "query/query_exceptions.h"
 
 #include <functional>
@@ -14,15 +15,23 @@ class live_query_exception : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// Fills `points` from the query's source. Throws query_engine_exception.
+// Fills `points` from the query's source. Throws query_exception.
 using query_executor =
-    std::function<void(const import_query_descriptor&, const prevesk_dataset_data_type&, point_list&)>;
+    std::function<query_report(const import_query_descriptor&, const prevesk_dataset_data_type&, point_list&)>;
+
+// What is told while queries are executed.
+class query_progress {
+public:
+  virtual ~query_progress() = default;
+  virtual void percent_done(int percent) = 0; // of all series, after each of them
+  virtual void executed(const std::string& series, const import_query_descriptor& query,
+                        const query_report& report) = 0;
+};
 
 // Executes every deferred query of the data set, in the order print intervals, time steps, time functions, the loads
-// and boundaries of each system, exchange functions, flow functions. After each series, deferred or not, `progress` is
-// told the percentage of series done. With `clear_flags` each query that has run is no longer deferred. Stops at the
-// first failure with live_query_exception; the data set then has what was done so far.
+// and boundaries of each system, exchange functions, flow functions. With `clear_flags` each query that has run is no
+// longer deferred. Stops at the first failure with live_query_exception; the data set then has what was done so far.
 void execute_deferred_queries(prevesk_dataset_data_type& data_set, const query_executor& execute,
-                              const std::function<void(int percent)>& progress, bool clear_flags);
+                              query_progress& progress, bool clear_flags);
 
 } // namespace vesk

@@ -144,10 +144,10 @@ window_geometry main_window::geometry() {
   window_geometry now;
   now.results_table_height = results_height_;
   const bool placed = isMaximized() || isMinimized();
+  // Of the content, not of the frame around it: what a window manager adds is not known before it is shown.
   const QRect inner = placed ? normalGeometry() : QMainWindow::geometry();
-  const QPoint corner = placed ? inner.topLeft() : pos();
-  now.left = corner.x();
-  now.top = corner.y();
+  now.left = inner.x();
+  now.top = inner.y();
   now.width = inner.width();
   now.height = inner.height();
   now.state = isMinimized()   ? window_geometry::window_minimised
@@ -158,9 +158,12 @@ window_geometry main_window::geometry() {
 
 void main_window::set_geometry(const window_geometry& wanted) {
   set_results_height(wanted.results_table_height);
-  resize(wanted.width, wanted.height);
+  const QSize size(wanted.width, wanted.height);
   const QPoint place(wanted.left, wanted.top);
-  if (place != pos()) move(on_a_screen(place, size()));
+  if (place == QMainWindow::geometry().topLeft())
+    resize(size); // the window manager's choice
+  else
+    QMainWindow::setGeometry(QRect(on_a_screen(place, size), size));
   switch (wanted.state) {
   case window_geometry::window_minimised: setWindowState(Qt::WindowMinimized); break;
   case window_geometry::window_maximised: setWindowState(Qt::WindowMaximized); break;

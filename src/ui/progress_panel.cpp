@@ -27,6 +27,7 @@ progress_panel::progress_panel(QWidget* parent, std::function<void(int)> priorit
   StatusProgressBar->setAccessibleName("Progress");
   StatusProgressBar->setRange(0, 100);
   StatusProgressBar->setValue(0);
+  StatusProgressBar->setTextVisible(false);
   InfoLabel->setObjectName("InfoLabel");
   TimeRemainingLabel->setObjectName("TimeRemainingLabel");
   for (QLabel* label : {InfoLabel, TimeRemainingLabel}) label->setTextFormat(Qt::PlainText);
@@ -60,6 +61,7 @@ void progress_panel::set_progress(int percent) {
   const int position = std::clamp(percent, 0, 100);
   if (position == StatusProgressBar->value()) return;
   StatusProgressBar->setValue(position);
+  StatusProgressBar->setTextVisible(position > 0);
   StatusProgressBar->repaint();
 }
 

@@ -1,12 +1,20 @@
 #include "ui/questions.h"
 
+#include "ui/measures.h"
 #include "ui/texts.h"
 
 #include <QApplication>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QHeaderView>
+#include <QLabel>
+#include <QMainWindow>
 #include <QMessageBox>
 #include <QRegularExpression>
+#include <QStandardPaths>
+#include <QTreeView>
+#include <QUrl>
+#include <algorithm>
 
 namespace vesk {
 
@@ -28,7 +36,32 @@ QString suffix_of(const QString& name_filter) {
 
 QWidget* window_in_front() {
   if (QWidget* modal = QApplication::activeModalWidget()) return modal;
-  return QApplication::activeWindow();
+  if (QWidget* active = QApplication::activeWindow()) return active;
+  for (QWidget* window : QApplication::topLevelWidgets()) // another program's is active
+    if (window->isVisible() && qobject_cast<QMainWindow*>(window)) return window;
+  return nullptr;
+}
+
+// Wide enough for the sentences of a text, within bounds.
+void widen(QMessageBox& box) {
+  auto* label = box.findChild<QLabel*>("qt_msgbox_label");
+  if (!label) return;
+  int width = 0;
+  for (const QString& line : box.text().split('\n'))
+    width = std::max(width, label->fontMetrics().horizontalAdvance(line));
+  label->setMinimumWidth(std::min(width + scaled(8, box), scaled(560, box)));
+}
+
+void arrange(QFileDialog& box) {
+  box.resize(scaled(820, box), scaled(500, box));
+  QList<QUrl> places;
+  for (const auto place : {QStandardPaths::HomeLocation, QStandardPaths::DocumentsLocation})
+    if (const QString folder = QStandardPaths::writableLocation(place); QFileInfo(folder).isDir())
+      places << QUrl::fromLocalFile(folder);
+  box.setSidebarUrls(places);
+  if (auto* list = box.findChild<QTreeView*>("treeView"))
+    for (int column = 1; column < 4; ++column)
+      list->header()->setSectionResizeMode(column, QHeaderView::ResizeToContents);
 }
 
 } // namespace
@@ -48,7 +81,11 @@ box_answer ask_in_box(const std::string& title, const std::string& text, box_but
     box.setStandardButtons(QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
     break;
   }
-  if (buttons == box_buttons::yes_no) box.setEscapeButton(QMessageBox::No);
+  if (buttons == box_buttons::yes_no) {
+    box.setDefaultButton(QMessageBox::No); // what is asked cannot be undone
+    box.setEscapeButton(QMessageBox::No);
+  }
+  widen(box);
   switch (box.exec()) {
   case QMessageBox::Ok: return box_answer::ok;
   case QMessageBox::Yes: return box_answer::yes;
@@ -81,6 +118,7 @@ std::optional<std::string> ask_for_file(const file_dialog& dialog, const QString
   if (save)
     QObject::connect(&box, &QFileDialog::filterSelected, &box,
                      [&box](const QString& filter) { box.setDefaultSuffix(suffix_of(filter)); });
+  arrange(box);
   box.setDirectory(last_folder.isEmpty() ? fallback : last_folder);
   if (box.exec() != QDialog::Accepted || box.selectedFiles().isEmpty()) return {};
   const QString name = box.selectedFiles().first();
@@ -89,7 +127,9 @@ std::optional<std::string> ask_for_file(const file_dialog& dialog, const QString
 }
 
 std::optional<std::string> ask_for_folder(const std::string& title, const std::string& start) {
-  const QString folder = QFileDialog::getExistingDirectory(window_in_front(), shown(title), shown(start));
+  // With the files in sight, so that the user sees what he chooses.
+  const QString folder =
+      QFileDialog::getExistingDirectory(window_in_front(), shown(title), shown(start), QFileDialog::Options());
   if (folder.isEmpty()) return {};
   return stored(folder);
 }

@@ -141,9 +141,8 @@ TEST_F(RunControl, AnImportIsFollowedByTheRunThatWasAskedFor) {
 TEST_F(RunControl, ADeferredQueryThatCannotBeExecutedStopsTheRun) {
   make_data("returns");
   form.current_data_set->time_steps.query.edit().deferred = true;
-  form.execute_query = [](const import_query_descriptor&, const prevesk_dataset_data_type&, point_list&) {
-    throw query_engine_exception("no such table");
-  };
+  form.execute_query = [](const import_query_descriptor&, const prevesk_dataset_data_type&,
+                          point_list&) -> query_report { throw query_engine_exception("no such table"); };
   form.RunModelButtonClick();
   EXPECT_EQ(form.active_thread, nullptr);
   EXPECT_EQ(ui.boxes, lines{"Live query error: Live query for time series \"Time step\" failed: no such table"});
@@ -161,6 +160,7 @@ TEST_F(RunControl, QueriesOfARunLeaveTheDataSetAndThoseOfTheCommandChangeIt) {
   form.execute_query = [&](const import_query_descriptor&, const prevesk_dataset_data_type&, point_list& points) {
     if (++executed == 4) throw query_engine_exception("gone");
     points.push_back({});
+    return query_report{};
   };
   form.RunModelButtonClick();
   finish();

@@ -106,8 +106,7 @@ TEST_F(VeskRun, BadInputIsToldInOneSentence) {
       {{file, "-RUN"},
        1,
        "vesk-run: Live query error: " + file +
-           ": Live query for time series \"Time step\" failed: the query 'New Query' cannot be executed, because this "
-           "program has no access to its source yet\n"},
+           ": Live query for time series \"Time step\" failed: File name not set\n"},
       {{file, "-RUN", "--no-queries"}, 0, ""},
       {{file, "--engine", folder.file("gone.so"), "-RUN", "--no-queries"},
        1,

@@ -171,7 +171,8 @@ TEST(MainWindow, TakesItsStoredPlaceAndGridHeight) {
                               "ResultsTableHeight=210\nRunTimeGridAlwaysVisible=1\nAdministrationMode=1\n");
   main_window& window = program.window();
   EXPECT_EQ(window.size(), QSize(700, 500));
-  EXPECT_EQ(window.pos(), QPoint(40, 30));
+  EXPECT_EQ(window.geometry().left, 40);
+  EXPECT_EQ(window.geometry().top, 30);
   auto* grid = find<QTableView>(&window, "ResultsTable");
   EXPECT_TRUE(grid->isVisible());
   EXPECT_EQ(grid->height(), 210);

@@ -1,0 +1,206 @@
+#include "query/import_query.h"
+
+#include "query/query_log.h"
+#include "query/sql/select_statement.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+
+namespace vesk {
+
+namespace {
+
+constexpr const char* conjunctions[] = {"AND", "OR"};
+constexpr const char* comparisons[] = {"=", "<", "<=", ">", ">="};
+
+// The word for a stored number; what is damaged in a file is refused.
+template <std::size_t N>
+const char* word_of(const char* const (&words)[N], std::uint32_t number, const import_query_descriptor& query,
+                    const char* what) {
+  if (number < N) return words[number];
+  throw query_validation_exception("Query '" + query.name + "' has a condition with the unknown " + what + " " +
+                                   std::to_string(number));
+}
+
+// ">=" and its like with a moment of the model: the date, and the time behind it.
+std::string period_bound(const std::string& field, const char* comparison, const moment_type& moment, bool one_table) {
+  const std::string quote(1, literal_quote(field_type::date_time, !one_table));
+  std::string text = date_time_text(moment);
+  if (one_table) text.insert(text.find(' '), ",");
+  return field + comparison + quote + text + quote;
+}
+
+// Points of rows that follow one another, one for each row or one for each moment.
+class point_maker {
+public:
+  point_maker(point_list& points, bool average) : points_(points), average_(average) {}
+
+  void add(double moment, double value) {
+    if (!average_) return append(moment, value);
+    if (moment != previous_moment_) finish();
+    previous_moment_ = moment;
+    sum_ += value;
+    ++count_;
+  }
+  void finish() {
+    if (count_ != 0) append(previous_moment_, sum_ / static_cast<double>(count_));
+    sum_ = 0;
+    count_ = 0;
+  }
+
+private:
+  void append(double moment, double value) { points_.push_back({moment_type::from_date_time(moment), value}); }
+
+  point_list& points_;
+  const bool average_;
+  double sum_ = 0, previous_moment_ = 0;
+  std::uint64_t count_ = 0;
+};
+
+} // namespace
+
+void import_query::set_file(const std::string& name) {
+  stored.file_name = name;
+  source_kind = engine.kind_of(name);
+  tables.clear();
+  if (source_kind == source_several_tables)
+    tables = engine.list_tables(*this);
+  else
+    set_table(name);
+}
+
+void import_query::set_table(const std::string& name) {
+  stored.table_name = name;
+  field_names.clear();
+  field_types.clear();
+  if (name.empty()) return;
+  const auto rows = engine.open(*this, "SELECT * FROM " + quoted_table());
+  for (const table_field& field : rows->fields()) {
+    field_names.push_back(field.name);
+    field_types.push_back(field.type);
+  }
+  engine.disconnect(*this);
+}
+
+std::string import_query::quoted_table() const {
+  return source_kind == source_one_table ? "'" + stored.table_name + "'" : "[" + stored.table_name + "]";
+}
+
+std::size_t import_query::field_position(const std::string& field) const {
+  const auto found = std::find(field_names.begin(), field_names.end(), field);
+  if (found == field_names.end())
+    throw query_validation_exception("Query '" + stored.name + "' contains reference to non-existent field '" + field +
+                                     "'");
+  return static_cast<std::size_t>(found - field_names.begin());
+}
+
+void import_query::validate() {
+  if (stored.file_name.empty()) throw query_validation_exception("File name not set");
+  const std::string table = stored.table_name; // of a source of several tables; the file is it otherwise
+  set_file(std::string(stored.file_name));
+  if (source_kind == source_several_tables) stored.table_name = table;
+  if (stored.table_name.empty()) throw query_validation_exception("Table name not set");
+  if (source_kind == source_several_tables) set_table(table);
+  if (stored.date_time_field.empty()) throw query_validation_exception("Date/Time field not set");
+  field_position(stored.date_time_field);
+  if (stored.value_field.empty()) throw query_validation_exception("Value field not set");
+  field_position(stored.value_field);
+  choices.assign(stored.conditions.size(), {});
+  for (std::size_t i = 0; i < stored.conditions.size(); ++i) {
+    const query_condition& condition = stored.conditions[i];
+    condition_choice& choice = choices[i];
+    choice.field_index = field_position(condition.field_name);
+    refresh_values(i);
+    const auto found = std::find(choice.values.begin(), choice.values.end(), condition.value_text);
+    if (found == choice.values.end())
+      throw query_validation_exception("Query '" + stored.name + "' contains query condition on field '" +
+                                       condition.field_name + "' which has no selected value");
+    choice.selected_value = static_cast<std::int32_t>(found - choice.values.begin());
+  }
+}
+
+std::string import_query::condition_term(std::size_t i) const {
+  const query_condition& condition = stored.conditions[i];
+  const condition_choice& choice = choices[i];
+  std::string term = condition.field_name + word_of(comparisons, condition.comparison, stored, "comparison");
+  const std::string& value = choice.values[static_cast<std::size_t>(choice.selected_value)];
+  const char quote = literal_quote(field_types[choice.field_index], source_kind == source_several_tables);
+  return quote == '\0' ? term + value : term + quote + value + quote;
+}
+
+std::string import_query::build_sql(const prevesk_dataset_data_type& data) const {
+  std::string sql = "SELECT * FROM " + quoted_table();
+  for (std::size_t i = 0; i < stored.conditions.size(); ++i) {
+    if (choices[i].selected_value < 0) return {};
+    sql += i == 0 ? " WHERE ("
+                  : " " + std::string(word_of(conjunctions, stored.conditions[i].conjunction, stored, "conjunction")) +
+                        " ";
+    sql += condition_term(i);
+  }
+  if (!stored.conditions.empty()) sql += ")";
+  const std::string& moment = stored.date_time_field;
+  if (stored.restrict_to_run_period && !moment.empty()) {
+    const bool one_table = source_kind == source_one_table;
+    sql += stored.conditions.empty() ? " WHERE (" : " AND (";
+    sql += period_bound(moment, ">=", moment_type::from_date_time(data.start_date_time()), one_table);
+    const point_list& steps = data.time_steps.points;
+    if (!steps.empty()) sql += " AND " + period_bound(moment, "<=", steps[steps.size() - 1], one_table);
+    sql += ")";
+  }
+  if (!moment.empty()) sql += " ORDER BY " + moment;
+  return sql;
+}
+
+void import_query::refresh_values(std::size_t condition) {
+  const std::string& field = stored.conditions[condition].field_name;
+  choices[condition].values.clear();
+  std::string sql = "SELECT DISTINCT " + field + " FROM " + quoted_table();
+  if (stored.conditions.size() > 1 && drill_down) {
+    std::string terms;
+    for (std::size_t i = 0; i < stored.conditions.size(); ++i) {
+      if (i == condition || choices[i].selected_value < 0) continue;
+      if (!terms.empty())
+        terms +=
+            " " + std::string(word_of(conjunctions, stored.conditions[i].conjunction, stored, "conjunction")) + " ";
+      terms += condition_term(i);
+    }
+    if (!terms.empty()) sql += " WHERE (" + terms + ")";
+  }
+  sql += " ORDER BY " + field;
+  trace_query("UPDATING VALUES FOR" + field + "with this=" + stored.name +
+              "and RTItems=" + std::to_string(stored.conditions.size()));
+  const auto rows = engine.open(*this, sql);
+  while (rows->next()) choices[condition].values.push_back(rows->text(0));
+}
+
+query_report import_query::execute(const prevesk_dataset_data_type& data, point_list& points) {
+  validate();
+  const auto rows = engine.open(*this, build_sql(data), {stored.date_time_field, stored.value_field});
+  const std::size_t moment = rows->position(stored.date_time_field), value = rows->position(stored.value_field);
+  if (stored.replace_existing) points.clear();
+  const std::size_t before = points.size();
+  query_report report;
+  point_maker maker(points, stored.average_duplicates);
+  while (rows->next()) {
+    ++report.rows;
+    const double t = rows->is_null(moment) ? 0 : rows->date_and_time(moment);
+    if (std::trunc(t) == 0)
+      ++report.without_moment;
+    else if (rows->is_null(value))
+      ++report.without_value; // a measurement that is missing is not one of 0
+    else
+      maker.add(t, rows->floating_point(value));
+  }
+  maker.finish();
+  report.points = points.size() - before;
+  return report;
+}
+
+bool operator==(const import_query& a, const import_query& b) {
+  return a.stored == b.stored && a.source_kind == b.source_kind && a.tables == b.tables &&
+         a.field_names == b.field_names && a.field_types == b.field_types && a.choices == b.choices &&
+         a.drill_down == b.drill_down;
+}
+
+} // namespace vesk

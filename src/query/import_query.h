@@ -1,0 +1,71 @@
+// A stored query at work: what is kept of it, and what is found out from its source.
+#pragma once
+
+#include "dataset/dataset.h"
+#include "query/query_engine.h"
+
+#include <string>
+#include <vector>
+
+namespace vesk {
+
+// What executing a query came to.
+struct query_report {
+  std::uint64_t rows = 0;           // of the source, that the conditions let pass
+  std::uint64_t without_moment = 0; // of them, left out because they have no date
+  std::uint64_t without_value = 0;  // of them, left out because they have no value
+  std::uint64_t points = 0;         // added to the series
+};
+
+class import_query {
+public:
+  explicit import_query(import_query_descriptor query = {}, const std::filesystem::path& data_folder = {})
+      : stored(std::move(query)), engine(data_folder) {}
+
+  // What a condition has besides what is stored of it.
+  struct condition_choice {
+    std::size_t field_index = 0;      // of its field in field_names; set by validation
+    std::int32_t selected_value = -1; // position of its value in `values`; -1: none
+    std::vector<std::string> values;  // the distinct values of its field
+
+    friend bool operator==(const condition_choice&, const condition_choice&) = default;
+  };
+
+  import_query_descriptor stored;
+  query_engine engine;
+  std::uint8_t source_kind = source_unknown;
+  std::vector<std::string> tables; // of kind 2
+  std::vector<std::string> field_names;
+  std::vector<field_type> field_types;
+  std::vector<condition_choice> choices; // one for each condition
+  bool drill_down = false;               // each condition's values are those that the others leave
+
+  // Each of these throws query_engine_exception when the source cannot be read.
+  void set_file(const std::string& name);
+  void set_table(const std::string& name);
+
+  // The table as the SQL names it: between apostrophes, or between brackets for a source of several tables.
+  std::string quoted_table() const;
+
+  // Holds the query against its source as it is now. Throws query_validation_exception.
+  void validate();
+
+  // The SQL of the query, as it is shown to the user. Empty when a condition has no value. After validation.
+  std::string build_sql(const prevesk_dataset_data_type& data) const;
+
+  // Reads the values of a condition's field.
+  void refresh_values(std::size_t condition);
+
+  // Fills `points` from the source. After a failure they are as they were up to then: perhaps erased, perhaps partly
+  // filled. Throws query_exception.
+  query_report execute(const prevesk_dataset_data_type& data, point_list& points);
+
+  // Whether the two would do the same.
+  friend bool operator==(const import_query& a, const import_query& b);
+
+private:
+  std::string condition_term(std::size_t condition) const;
+  std::size_t field_position(const std::string& field) const; // throws query_validation_exception
+};
+
+} // namespace vesk

@@ -1,0 +1,165 @@
+#include "query/query_engine.h"
+
+#include "platform/file_lookup.h"
+#include "query/import_query.h"
+#include "query/sources/date_text.h"
+#include "query/sources/number_text.h"
+#include "query/sources/open_table_source.h"
+#include "query/sql/select_statement.h"
+#include "query/value_text.h"
+
+#include <cmath>
+#include <sqlite3.h>
+
+namespace vesk {
+
+namespace {
+
+constexpr const char* table_name = "source";
+
+} // namespace
+
+result_set::result_set(std::shared_ptr<table_source> source, std::size_t table, bool ignore_case,
+                       const std::string& sql, const std::vector<std::string>& wanted)
+    : source_(std::move(source)), table_{*source_, table, source_->fields(table), ignore_case, nullptr}, sql_(sql) {
+  std::vector<std::size_t> positions;
+  for (const std::string& name : wanted)
+    for (std::size_t i = 0; i < table_.fields.size(); ++i)
+      if (table_.fields[i].name == name) positions.push_back(i);
+  const translated_statement translated = translate_statement(sql, table_.fields, table_name, positions);
+  for (const std::size_t field : translated.fields) fields_.push_back(table_.fields[field]);
+  try {
+    prepare(translated.sql);
+  } catch (...) {
+    sqlite3_close(database_);
+    throw;
+  }
+}
+
+void result_set::prepare(const std::string& sql) {
+  if (sqlite3_open(":memory:", &database_) != SQLITE_OK) throw query_engine_exception("SQLite cannot be started.");
+  attach_table(database_, table_name, table_);
+  if (sqlite3_prepare_v2(database_, sql.c_str(), -1, &statement_, nullptr) != SQLITE_OK) fail();
+}
+
+result_set::~result_set() {
+  sqlite3_finalize(statement_);
+  sqlite3_close(database_);
+}
+
+void result_set::fail() const {
+  if (table_.failure) std::rethrow_exception(table_.failure);
+  throw query_engine_exception(source_->file() + ": " + sqlite3_errmsg(database_) + ". The statement was: " + sql_);
+}
+
+std::size_t result_set::position(std::string_view field) const {
+  for (std::size_t i = 0; i < fields_.size(); ++i)
+    if (fields_[i].name == field) return i;
+  throw table_source_exception(source_->file(), source_->tables()[table_.table], std::string(field),
+                               "there is no such field.");
+}
+
+bool result_set::next() {
+  const int state = sqlite3_step(statement_);
+  if (state == SQLITE_ROW) return true;
+  if (state != SQLITE_DONE) fail();
+  return false;
+}
+
+bool result_set::is_null(std::size_t field) const {
+  return sqlite3_column_type(statement_, static_cast<int>(field)) == SQLITE_NULL;
+}
+
+void result_set::refuse_value(std::size_t field, const char* wanted) const {
+  throw table_source_exception(source_->file(), source_->tables()[table_.table], fields_[field].name,
+                               "\"" + text(field) + "\" stands where " + wanted + " should be.");
+}
+
+double result_set::date_and_time(std::size_t field) const {
+  const int column = static_cast<int>(field);
+  const int type = sqlite3_column_type(statement_, column);
+  if (type == SQLITE_FLOAT || type == SQLITE_INTEGER) return sqlite3_column_double(statement_, column);
+  const auto moment = type == SQLITE_TEXT ? moment_literal(text(field)) : std::nullopt;
+  if (!moment) refuse_value(field, "a date");
+  return *moment;
+}
+
+double result_set::floating_point(std::size_t field) const {
+  const int column = static_cast<int>(field);
+  const int type = sqlite3_column_type(statement_, column);
+  if (type == SQLITE_FLOAT || type == SQLITE_INTEGER) return sqlite3_column_double(statement_, column);
+  const auto number = type == SQLITE_TEXT ? plain_number(text(field)) : std::nullopt;
+  if (!number) refuse_value(field, "a number");
+  return *number;
+}
+
+std::string result_set::text(std::size_t field) const {
+  const int column = static_cast<int>(field);
+  switch (sqlite3_column_type(statement_, column)) {
+  case SQLITE_INTEGER: return integer_text(sqlite3_column_int64(statement_, column), fields_[field].type);
+  case SQLITE_FLOAT: return number_text(sqlite3_column_double(statement_, column), fields_[field].type);
+  case SQLITE_NULL: return {};
+  default: {
+    const auto* bytes = static_cast<const char*>(sqlite3_column_blob(statement_, column));
+    return {bytes ? bytes : "", static_cast<std::size_t>(sqlite3_column_bytes(statement_, column))};
+  }
+  }
+}
+
+std::unique_ptr<result_set> query_engine::open(const import_query& query, const std::string& sql,
+                                               const std::vector<std::string>& wanted) {
+  std::shared_ptr<table_source> source;
+  const std::string table = query.source_kind == source_unknown ? std::string() : table_of_statement(sql);
+  switch (query.source_kind) {
+  case source_unknown: throw query_engine_exception("Cannot execute query on dataset of unknown type");
+  case source_one_table: source = source_of(table); break;
+  case source_several_tables:
+    connect(query);
+    source = source_;
+    break;
+  default: throw query_engine_exception("Cannot determine type of dataset");
+  }
+  const std::size_t position = source->find_table(table);
+  return std::unique_ptr<result_set>(
+      new result_set(std::move(source), position, query.source_kind == source_several_tables, sql, wanted));
+}
+
+void query_engine::connect(const import_query& query) {
+  try {
+    source_of(query.stored.file_name);
+  } catch (const query_engine_exception& error) {
+    throw query_engine_exception("Cannot connect to ADO datasource: '" + query.stored.file_name + "': " + error.what());
+  }
+}
+
+void query_engine::disconnect(const import_query&) {}
+
+std::vector<std::string> query_engine::list_tables(const import_query& query) {
+  connect(query);
+  std::vector<std::string> tables = source_->tables();
+  disconnect(query);
+  return tables;
+}
+
+std::uint8_t query_engine::kind_of(const std::string& file_name) const {
+  return has_several_tables(resolved(file_name)) ? source_several_tables : source_one_table;
+}
+
+std::filesystem::path query_engine::resolved(const std::string& file_name) const {
+  std::filesystem::path found = find_file(file_name, folder_);
+  return found.empty() ? std::filesystem::path(file_name) : found;
+}
+
+std::shared_ptr<table_source> query_engine::source_of(const std::string& file_name) {
+  connection wanted{resolved(file_name), {}, 0};
+  std::error_code missing; // opening tells
+  wanted.written = std::filesystem::last_write_time(wanted.file, missing);
+  wanted.size = std::filesystem::file_size(wanted.file, missing);
+  if (source_ && wanted == connection_) return source_;
+  source_.reset();
+  source_ = open_table_source(wanted.file);
+  connection_ = std::move(wanted);
+  return source_;
+}
+
+} // namespace vesk

@@ -1,0 +1,321 @@
+#include "query/sql/select_statement.h"
+
+#include "query/sources/date_text.h"
+#include "query/sources/number_text.h"
+#include "query/sqlite_names.h"
+
+#include <algorithm>
+#include <charconv>
+
+namespace vesk {
+
+namespace {
+
+// Moments are whole seconds: a number this near to a moment means it.
+constexpr double half_a_second = 0.4999 / 86400.0;
+
+std::string number_in_sql(double number) {
+  char text[32];
+  return {text, std::to_chars(text, text + sizeof text, number, std::chars_format::scientific).ptr};
+}
+
+// Reads a statement from left to right. Where a text can be read in more than one way, `choose` tries them in order and
+// keeps the first after which the rest can be read, too.
+class statement_reader {
+public:
+  statement_reader(std::string_view sql, const std::vector<table_field>& fields) : sql_(sql), fields_(fields) {}
+
+  std::string_view rest(std::size_t at) const { return sql_.substr(std::min(at, sql_.size())); }
+
+  std::size_t past_blanks(std::size_t at) const {
+    while (at < sql_.size() && (sql_[at] == ' ' || sql_[at] == '\r' || sql_[at] == '\n' || sql_[at] == '\t')) ++at;
+    return at;
+  }
+
+  // Behind the words, which blanks part, in any case of letters; nothing when they do not stand here.
+  std::optional<std::size_t> past_words(std::size_t at, std::initializer_list<std::string_view> words) const {
+    for (const std::string_view word : words) {
+      at = past_blanks(at);
+      if (!equal_ignoring_case(sql_.substr(std::min(at, sql_.size()), word.size()), word)) return {};
+      at += word.size();
+      if (at < sql_.size() && is_word(sql_[at]) && is_word(word.back())) return {};
+    }
+    return at;
+  }
+
+  // The fields whose names stand here, the longest first, with the places behind them. A name may be marked.
+  struct named_field {
+    std::size_t field, end;
+  };
+  std::vector<named_field> fields_at(std::size_t at) const {
+    std::vector<named_field> found;
+    for (std::size_t i = 0; i < fields_.size(); ++i) {
+      const std::string& name = fields_[i].name;
+      for (const std::string& written : {name, '[' + name + ']', '"' + name + '"'})
+        if (equal_ignoring_case(sql_.substr(std::min(at, sql_.size()), written.size()), written))
+          found.push_back({i, at + written.size()});
+    }
+    std::stable_sort(found.begin(), found.end(), [](const auto& a, const auto& b) { return a.end > b.end; });
+    return found;
+  }
+
+  // The places where a table's name or a literal may end that begins here with `opening`: those of `closing`.
+  std::vector<std::size_t> closings(std::size_t at, char closing) const {
+    std::vector<std::size_t> places;
+    for (std::size_t i = at; i < sql_.size(); ++i)
+      if (sql_[i] == closing) places.push_back(i);
+    return places;
+  }
+
+  static bool is_word(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
+  }
+
+  std::string_view sql() const { return sql_; }
+
+private:
+  const std::string_view sql_;
+  const std::vector<table_field>& fields_;
+};
+
+const std::vector<table_field> no_fields;
+
+[[noreturn]] void refuse(const std::string& cause, std::string_view sql) {
+  throw query_engine_exception(cause + " The statement was: " + std::string(sql));
+}
+
+// Where the table's name begins behind FROM, and where the statement goes on behind it, for each place where it may
+// end.
+struct table_place {
+  std::size_t begin, end, next;
+};
+std::vector<table_place> table_places(const statement_reader& reader, std::size_t at) {
+  const std::string_view sql = reader.sql();
+  at = reader.past_blanks(at);
+  if (at >= sql.size() || (sql[at] != '\'' && sql[at] != '[')) return {};
+  std::vector<table_place> places;
+  for (const std::size_t end : reader.closings(at + 1, sql[at] == '[' ? ']' : '\'')) {
+    const std::size_t next = end + 1;
+    if (reader.past_blanks(next) == sql.size() || reader.past_words(next, {"WHERE"}) ||
+        reader.past_words(next, {"ORDER", "BY"}))
+      places.push_back({at + 1, end, next});
+  }
+  return places;
+}
+
+class translator {
+public:
+  translator(std::string_view sql, const std::vector<table_field>& fields, std::string_view table,
+             const std::vector<std::size_t>& wanted)
+      : reader_(sql, fields), fields_(fields), table_(table), wanted_(wanted) {}
+
+  translated_statement all() {
+    const auto select = reader_.past_words(0, {"SELECT"});
+    if (!select) fail(0);
+    if (const auto star = reader_.past_words(*select, {"*"})) {
+      if (const auto from = reader_.past_words(*star, {"FROM"})) return selected(columns(), *from);
+      fail(*star);
+    }
+    const auto distinct = reader_.past_words(*select, {"DISTINCT"});
+    if (!distinct) fail(*select);
+    for (const auto& [field, end] : reader_.fields_at(reader_.past_blanks(*distinct)))
+      if (const auto from = reader_.past_words(end, {"FROM"})) return selected({field}, *from, "DISTINCT ");
+    fail(*distinct);
+  }
+
+private:
+  // How many ways of reading a statement are tried; a real one needs a few.
+  static constexpr int most_attempts = 100'000;
+
+  std::vector<std::size_t> columns() const {
+    if (!wanted_.empty()) return wanted_;
+    std::vector<std::size_t> all(fields_.size());
+    for (std::size_t i = 0; i < all.size(); ++i) all[i] = i;
+    return all;
+  }
+
+  translated_statement selected(std::vector<std::size_t> fields, std::size_t from, const char* distinct = "") {
+    translated_statement result;
+    result.sql = std::string("SELECT ") + distinct;
+    for (std::size_t i = 0; i < fields.size(); ++i) result.sql += (i ? "," : "") + name(fields[i]);
+    result.sql += " FROM " + sql_quoted(table_) + " AS t";
+    result.fields = std::move(fields);
+    furthest_ = from;
+    for (const table_place& place : table_places(reader_, from)) {
+      const auto where = reader_.past_words(place.next, {"WHERE"});
+      if (const auto tail = where ? term(*where, 0) : end(place.next)) {
+        if (where) result.sql += " WHERE ";
+        result.sql += *tail;
+        return result;
+      }
+    }
+    fail(furthest_);
+  }
+
+  std::string name(std::size_t field) const { return "t." + sql_quoted(fields_[field].name); }
+
+  // Each of these reads on to the end of the statement and returns what SQLite is given from here on; nothing when
+  // the rest cannot be read so. `depth`: of open parentheses.
+  std::optional<std::string> term(std::size_t at, int depth) {
+    at = reach(at);
+    if (++attempts_ > most_attempts) fail(at);
+    if (at < reader_.sql().size() && reader_.sql()[at] == '(') {
+      auto tail = term(at + 1, depth + 1);
+      return tail ? std::optional("(" + *tail) : std::nullopt;
+    }
+    for (const auto& [field, end] : reader_.fields_at(at))
+      if (auto read = comparison(field, end, depth)) return read;
+    return {};
+  }
+
+  std::optional<std::string> comparison(std::size_t field, std::size_t at, int depth) {
+    at = reach(at);
+    for (const std::string_view symbol : {"<=", ">=", "<>", "=", "<", ">"})
+      if (reader_.rest(at).starts_with(symbol)) return literal(field, symbol, reach(at + symbol.size()), depth);
+    return {};
+  }
+
+  std::optional<std::string> literal(std::size_t field, std::string_view symbol, std::size_t at, int depth) {
+    const std::string_view sql = reader_.sql();
+    if (at >= sql.size()) return {};
+    if (const char quote = sql[at]; quote == '\'' || quote == '#') {
+      for (const std::size_t end : reader_.closings(at + 1, quote)) {
+        const auto condition = translated(field, symbol, sql.substr(at + 1, end - at - 1), true);
+        if (!condition) continue;
+        if (auto tail = link(end + 1, depth)) return *condition + *tail;
+      }
+      return {};
+    }
+    std::size_t end = at;
+    while (end < sql.size() && sql[end] != ' ' && sql[end] != ')') ++end;
+    const auto condition = translated(field, symbol, sql.substr(at, end - at), false);
+    if (!condition) return {};
+    auto tail = link(end, depth);
+    return tail ? std::optional(*condition + *tail) : std::nullopt;
+  }
+
+  std::optional<std::string> link(std::size_t at, int depth) {
+    at = reach(at);
+    if (depth > 0 && at < reader_.sql().size() && reader_.sql()[at] == ')') {
+      auto tail = link(at + 1, depth - 1);
+      return tail ? std::optional(")" + *tail) : std::nullopt;
+    }
+    for (const std::string_view word : {"AND", "OR"})
+      if (const auto next = reader_.past_words(at, {word})) {
+        auto tail = term(*next, depth);
+        return tail ? std::optional(" " + std::string(word) + " " + *tail) : std::nullopt;
+      }
+    return depth == 0 ? end(at) : std::nullopt;
+  }
+
+  // [ORDER BY field]
+  std::optional<std::string> end(std::size_t at) {
+    at = reach(at);
+    if (at == reader_.sql().size()) return "";
+    const auto by = reader_.past_words(at, {"ORDER", "BY"});
+    if (!by) return {};
+    for (const auto& [field, behind] : reader_.fields_at(reach(*by)))
+      if (reach(behind) == reader_.sql().size()) return " ORDER BY " + name(field);
+    return {};
+  }
+
+  // The condition for SQLite; nothing when the literal is none for such a field.
+  std::optional<std::string> translated(std::size_t field, std::string_view symbol, std::string_view text,
+                                        bool quoted) const {
+    const field_type type = fields_[field].type;
+    if (is_date_or_time(type)) {
+      const auto moment = moment_literal(text);
+      return moment ? std::optional(moment_condition(field, symbol, *moment)) : std::nullopt;
+    }
+    if (is_number(type)) {
+      if (type == field_type::boolean) {
+        for (const auto& [word, value] :
+             {std::pair("true", "1"), {"yes", "1"}, {"-1", "1"}, {"false", "0"}, {"no", "0"}})
+          if (equal_ignoring_case(text, word)) return name(field) + std::string(symbol) + value;
+      }
+      if (const auto number = plain_number(text)) return name(field) + std::string(symbol) + number_in_sql(*number);
+      const auto moment = quoted ? moment_literal(text) : std::nullopt; // a column of day numbers
+      return moment ? std::optional(moment_condition(field, symbol, *moment)) : std::nullopt;
+    }
+    return name(field) + std::string(symbol) + sql_quoted(text, '\'');
+  }
+
+  std::string moment_condition(std::size_t field, std::string_view symbol, double moment) const {
+    const std::string low = number_in_sql(moment - half_a_second), high = number_in_sql(moment + half_a_second);
+    if (symbol == "=") return name(field) + " BETWEEN " + low + " AND " + high;
+    if (symbol == "<>") return name(field) + " NOT BETWEEN " + low + " AND " + high;
+    return name(field) + std::string(symbol) + (symbol == ">=" || symbol == "<" ? low : high);
+  }
+
+  // The next place behind blanks; remembered, so that a failure can tell how far the statement was understood.
+  std::size_t reach(std::size_t at) {
+    at = reader_.past_blanks(at);
+    furthest_ = std::max(furthest_, at);
+    return at;
+  }
+
+  [[noreturn]] void fail(std::size_t at) const {
+    const std::string_view rest = reader_.rest(reader_.past_blanks(at));
+    refuse(rest.empty() ? "The statement ends too early."
+                        : "The statement is not understood from " + sql_quoted(rest.substr(0, 40)) + " on.",
+           reader_.sql());
+  }
+
+  const statement_reader reader_;
+  const std::vector<table_field>& fields_;
+  const std::string table_;
+  const std::vector<std::size_t>& wanted_;
+  std::size_t furthest_ = 0;
+  int attempts_ = 0;
+};
+
+} // namespace
+
+std::string table_of_statement(std::string_view sql) {
+  const statement_reader reader(sql, no_fields);
+  for (std::size_t at = 0; at < sql.size(); ++at) {
+    if (sql[at] != ' ') continue;
+    const auto from = reader.past_words(at, {"FROM"});
+    if (!from) continue;
+    const auto places = table_places(reader, *from);
+    if (!places.empty()) return std::string(sql.substr(places[0].begin, places[0].end - places[0].begin));
+  }
+  refuse("The statement names no table.", sql);
+}
+
+translated_statement translate_statement(std::string_view sql, const std::vector<table_field>& fields,
+                                         std::string_view table, const std::vector<std::size_t>& wanted) {
+  return translator(sql, fields, table, wanted).all();
+}
+
+std::optional<double> moment_literal(std::string_view text) {
+  for (const date_form form : {date_form::month_first, date_form::iso, date_form::time_only})
+    if (const auto read = read_date(text, form)) return read->serial;
+  return {};
+}
+
+char literal_quote(field_type type, bool several_tables) {
+  if (is_number(type)) return '\0';
+  return is_date_or_time(type) && several_tables ? '#' : '\'';
+}
+
+bool is_date_or_time(field_type type) {
+  return type == field_type::date || type == field_type::time || type == field_type::date_time;
+}
+
+bool is_number(field_type type) {
+  switch (type) {
+  case field_type::small_integer:
+  case field_type::integer:
+  case field_type::word:
+  case field_type::boolean:
+  case field_type::floating:
+  case field_type::currency:
+  case field_type::bcd:
+  case field_type::auto_increment:
+  case field_type::large_integer: return true;
+  default: return false;
+  }
+}
+
+} // namespace vesk

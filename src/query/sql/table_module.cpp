@@ -1,0 +1,192 @@
+#include "query/sql/table_module.h"
+
+#include "query/sql/select_statement.h"
+#include "query/sqlite_names.h"
+
+#include <charconv>
+#include <cstring>
+#include <sqlite3.h>
+
+namespace vesk {
+
+namespace {
+
+struct attached_table : sqlite3_vtab {
+  module_table* what;
+};
+
+struct attached_cursor : sqlite3_vtab_cursor {
+  std::unique_ptr<row_cursor> rows;
+  bool at_end = true;
+};
+
+module_table& table_of(sqlite3_vtab_cursor* cursor) {
+  return *static_cast<attached_table*>(cursor->pVtab)->what;
+}
+
+// Runs `work`; what it throws is kept for whoever runs the statement.
+template <class Work>
+int guarded(sqlite3_vtab* table, Work work) noexcept {
+  try {
+    work();
+    return SQLITE_OK;
+  } catch (const std::bad_alloc&) {
+    return SQLITE_NOMEM;
+  } catch (...) {
+    static_cast<attached_table*>(table)->what->failure = std::current_exception();
+    return SQLITE_ERROR;
+  }
+}
+
+int connect_table(sqlite3* database, void* what, int, const char* const*, sqlite3_vtab** table, char**) {
+  module_table& described = *static_cast<module_table*>(what);
+  std::string declaration = "CREATE TABLE t(";
+  for (std::size_t i = 0; i < described.fields.size(); ++i) {
+    declaration += (i ? "," : "") + sql_quoted(described.fields[i].name);
+    if (described.ignore_case && !is_number(described.fields[i].type)) declaration += " COLLATE NOCASE";
+  }
+  const int state = sqlite3_declare_vtab(database, (declaration + ")").c_str());
+  if (state != SQLITE_OK) return state;
+  auto* attached = new (std::nothrow) attached_table{};
+  if (!attached) return SQLITE_NOMEM;
+  attached->what = &described;
+  *table = attached;
+  return SQLITE_OK;
+}
+
+int disconnect_table(sqlite3_vtab* table) {
+  delete static_cast<attached_table*>(table);
+  return SQLITE_OK;
+}
+
+// What a constraint of SQLite can be to a cursor: the character that stands for it in the plan, or '\0'.
+char use_of(const module_table& table, const sqlite3_index_info& info, int i) {
+  const auto& constraint = info.aConstraint[i];
+  if (!constraint.usable || constraint.iColumn < 0) return '\0';
+  const field_type type = table.fields[static_cast<std::size_t>(constraint.iColumn)].type;
+  const bool number = is_number(type) || is_date_or_time(type);
+  switch (constraint.op) {
+  case SQLITE_INDEX_CONSTRAINT_EQ: return number ? '\0' : '=';
+  case SQLITE_INDEX_CONSTRAINT_GT:
+  case SQLITE_INDEX_CONSTRAINT_GE: return number ? '>' : '\0';
+  case SQLITE_INDEX_CONSTRAINT_LT:
+  case SQLITE_INDEX_CONSTRAINT_LE: return number ? '<' : '\0';
+  default: return '\0';
+  }
+}
+
+// The plan is a text of uses and columns, such as "=0,>2,<2,"; SQLite tests all conditions itself, too.
+int plan(sqlite3_vtab* table, sqlite3_index_info* info) {
+  const module_table& what = *static_cast<attached_table*>(table)->what;
+  std::string uses;
+  int arguments = 0;
+  for (int i = 0; i < info->nConstraint; ++i) {
+    const char use = use_of(what, *info, i);
+    if (use == '\0') continue;
+    info->aConstraintUsage[i].argvIndex = ++arguments;
+    uses += use + std::to_string(info->aConstraint[i].iColumn) + ',';
+  }
+  info->idxStr = sqlite3_mprintf("%s", uses.c_str());
+  if (!info->idxStr) return SQLITE_NOMEM;
+  info->needToFreeIdxStr = 1;
+  info->estimatedCost = 1e6 / (1 + arguments);
+  return SQLITE_OK;
+}
+
+int open_cursor(sqlite3_vtab*, sqlite3_vtab_cursor** cursor) {
+  *cursor = new (std::nothrow) attached_cursor{};
+  return *cursor ? SQLITE_OK : SQLITE_NOMEM;
+}
+
+int close_cursor(sqlite3_vtab_cursor* cursor) {
+  delete static_cast<attached_cursor*>(cursor);
+  return SQLITE_OK;
+}
+
+int next_row(sqlite3_vtab_cursor* cursor) {
+  auto& at = *static_cast<attached_cursor*>(cursor);
+  return guarded(cursor->pVtab, [&at] { at.at_end = !at.rows->next(); });
+}
+
+row_filter filter_of(char use, std::size_t field, sqlite3_value* value, bool ignore_case) {
+  row_filter filter;
+  filter.field = field;
+  if (use == '=') {
+    filter.kind = row_filter::test::equal_text;
+    if (const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(value)))
+      filter.text.assign(text, static_cast<std::size_t>(sqlite3_value_bytes(value)));
+    filter.ignore_case = ignore_case;
+  } else {
+    filter.kind = use == '>' ? row_filter::test::at_least : row_filter::test::at_most;
+    filter.number = sqlite3_value_double(value);
+  }
+  return filter;
+}
+
+int start_rows(sqlite3_vtab_cursor* cursor, int, const char* uses, int count, sqlite3_value** values) {
+  auto& at = *static_cast<attached_cursor*>(cursor);
+  module_table& table = table_of(cursor);
+  const int state = guarded(cursor->pVtab, [&] {
+    std::vector<row_filter> filters;
+    for (int i = 0; i < count; ++i) {
+      const char use = *uses++;
+      std::size_t field = 0;
+      uses = std::from_chars(uses, uses + std::strlen(uses), field).ptr + 1;
+      const int type = sqlite3_value_type(values[i]);
+      const bool fits = use == '=' ? type == SQLITE_TEXT : type == SQLITE_FLOAT || type == SQLITE_INTEGER;
+      if (fits) filters.push_back(filter_of(use, field, values[i], table.ignore_case));
+    }
+    at.rows = table.source.rows(table.table, std::move(filters));
+  });
+  return state == SQLITE_OK ? next_row(cursor) : state;
+}
+
+int is_at_end(sqlite3_vtab_cursor* cursor) {
+  return static_cast<attached_cursor*>(cursor)->at_end;
+}
+
+int give_value(sqlite3_vtab_cursor* cursor, sqlite3_context* context, int column) {
+  auto& at = *static_cast<attached_cursor*>(cursor);
+  return guarded(cursor->pVtab, [&] {
+    const table_value value = at.rows->value(static_cast<std::size_t>(column));
+    switch (value.kind()) {
+    case value_kind::null: return sqlite3_result_null(context);
+    case value_kind::integer: return sqlite3_result_int64(context, value.integer());
+    case value_kind::number:
+    case value_kind::date_time: return sqlite3_result_double(context, value.number());
+    case value_kind::text:
+      return sqlite3_result_text64(context, value.text().data(), value.text().size(), SQLITE_TRANSIENT, SQLITE_UTF8);
+    }
+  });
+}
+
+int give_row_number(sqlite3_vtab_cursor* cursor, sqlite3_int64* number) {
+  *number = static_cast<sqlite3_int64>(static_cast<attached_cursor*>(cursor)->rows->row_number());
+  return SQLITE_OK;
+}
+
+sqlite3_module make_module() {
+  sqlite3_module made{};
+  made.xConnect = connect_table; // and no xCreate: the module is the table
+  made.xBestIndex = plan;
+  made.xDisconnect = disconnect_table;
+  made.xOpen = open_cursor;
+  made.xClose = close_cursor;
+  made.xFilter = start_rows;
+  made.xNext = next_row;
+  made.xEof = is_at_end;
+  made.xColumn = give_value;
+  made.xRowid = give_row_number;
+  return made;
+}
+
+const sqlite3_module module_of_tables = make_module();
+
+} // namespace
+
+void attach_table(sqlite3* database, const std::string& name, module_table& table) {
+  if (sqlite3_create_module_v2(database, name.c_str(), &module_of_tables, &table, nullptr) != SQLITE_OK)
+    throw query_engine_exception(std::string("A table cannot be given to SQLite: ") + sqlite3_errmsg(database) + ".");
+}
+
+} // namespace vesk

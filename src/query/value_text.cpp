@@ -1,0 +1,26 @@
+#include "query/value_text.h"
+
+#include "dataset/moment.h"
+
+#include <charconv>
+
+namespace vesk {
+
+std::string number_text(double value, field_type type) {
+  if (type == field_type::boolean) return value != 0 ? "True" : "False";
+  if (type == field_type::date || type == field_type::time || type == field_type::date_time) {
+    const moment_type moment = moment_type::from_date_time(value);
+    const std::string text = date_time_text(moment);
+    const std::size_t blank = text.find(' ');
+    if (type == field_type::time) return text.substr(blank + 1);
+    return type == field_type::date || moment.time == 0 ? text.substr(0, blank) : text;
+  }
+  char text[32];
+  return {text, std::to_chars(text, text + sizeof text, value).ptr};
+}
+
+std::string integer_text(std::int64_t value, field_type type) {
+  return type == field_type::boolean ? number_text(static_cast<double>(value), type) : std::to_string(value);
+}
+
+} // namespace vesk

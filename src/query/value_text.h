@@ -1,0 +1,16 @@
+// Values of a source as texts: as the lists of a condition show them, and as its literals name them.
+#pragma once
+
+#include "query/sources/table_source.h"
+
+#include <cstdint>
+#include <string>
+
+namespace vesk {
+
+// A date is "M/D/YYYY", a time "h:mm:ss", a moment both with a blank between, and without the time at midnight; a flag
+// is "True" or "False"; a number is the shortest text that reads back as the same number.
+std::string number_text(double value, field_type type);
+std::string integer_text(std::int64_t value, field_type type);
+
+} // namespace vesk

@@ -1,0 +1,167 @@
+#include "query/deferred_queries.h"
+#include "query/import_query.h"
+#include "temporary_folder.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+namespace vesk {
+namespace {
+
+namespace fs = std::filesystem;
+
+const fs::path tables_folder = fs::path(VESK_TEST_DATA) / "tables";
+
+// The run's period: 1 January 2009 to 31 December 2009.
+prevesk_dataset_data_type model_of_2009() {
+  prevesk_dataset_data_type model;
+  model.seed_date = 39814;
+  model.end_date = 40178;
+  model.seed_time = model.end_time = 0;
+  model.time_steps.points = {{moment_type::from_date_time(39814), 0.1}, {moment_type::from_date_time(40178), 0.1}};
+  return model;
+}
+
+import_query_descriptor query_on(const std::string& file, const std::string& moment, const std::string& value) {
+  import_query_descriptor query;
+  query.file_name = file;
+  query.date_time_field = moment;
+  query.value_field = value;
+  return query;
+}
+
+std::string failure_of(const import_query_descriptor& query, const fs::path& folder = tables_folder) {
+  point_list points;
+  try {
+    import_query(query, folder).execute(model_of_2009(), points);
+  } catch (const query_exception& error) {
+    return error.what();
+  }
+  return "none";
+}
+
+class QueryFolder : public testing::Test {
+protected:
+  QueryFolder() { fs::current_path(folder.path); } // the trace goes to the current folder
+  ~QueryFolder() override { fs::current_path(fs::temp_directory_path()); }
+  temporary_folder folder;
+};
+
+using ImportQuery = QueryFolder;
+
+// The sample river's days in every format give the same series.
+class FormatsOfOneTable : public QueryFolder, public testing::WithParamInterface<const char*> {};
+
+TEST_P(FormatsOfOneTable, GiveTheSameSeries) {
+  import_query_descriptor query = query_on(GetParam(), "SAMPLED", "DO_MGL");
+  import_query with_tables(query, tables_folder);
+  with_tables.set_file(GetParam());
+  if (!with_tables.tables.empty()) query.table_name = with_tables.tables[0];
+  query.conditions = {{"SITE_NO", 0, 0, "02081022"}};
+  point_list points;
+  import_query live(query, tables_folder);
+  const query_report report = live.execute(model_of_2009(), points);
+  EXPECT_EQ(report.rows, 364U);
+  EXPECT_EQ(report.without_value, 35U);
+  ASSERT_EQ(points.size(), 329U);
+  double sum = 0;
+  for (const auto& point : points) sum += point.value;
+  EXPECT_NEAR(sum, 2908.6, 1e-6);
+  EXPECT_EQ(date_time_text(points[0]), "1/1/2009 0:00:00");
+  EXPECT_EQ(date_time_text(points[328]), "12/31/2009 0:00:00");
+  EXPECT_EQ(live.choices[0].values, (std::vector<std::string>{"02080500", "02081022"}));
+}
+
+INSTANTIATE_TEST_SUITE_P(Files, FormatsOfOneTable,
+                         testing::Values("roanoke_daily.dbf", "roanoke_daily.db", "roanoke_daily.csv",
+                                         "roanoke_daily.sqlite", "roanoke_daily.xls", "roanoke_daily.xlsx",
+                                         "roanoke_daily.ods"),
+                         [](const auto& file) { return fs::path(file.param).extension().string().substr(1); });
+
+TEST_F(ImportQuery, AveragesWhatFallsOnOneMomentAndFillsAPeriod) {
+  import_query_descriptor query = query_on("RENTAL.DB", "Date", "Rental Fee");
+  query.restrict_to_run_period = false;
+  query.conditions = {{"Category", 0, 0, "Classics"}};
+  import_query live(query, tables_folder);
+  point_list points = {{{0, 0}, 1}};
+  const query_report report = live.execute(model_of_2009(), points);
+  EXPECT_EQ(report.rows, 65U);
+  EXPECT_EQ(report.points, 14U);
+  EXPECT_EQ(points.size(), 14U); // the point that was there is replaced
+  live.stored.average_duplicates = live.stored.replace_existing = false;
+  live.execute(model_of_2009(), points);
+  EXPECT_EQ(points.size(), 14U + 65U);
+}
+
+TEST_F(ImportQuery, BuildsTheTextThatIsShown) {
+  import_query_descriptor query = query_on("ORDERS.DB", "Sale Date", "Total Invoice");
+  query.conditions = {{"Ship VIA", 0, 0, "DHL"}, {"Sale Date", 0, 3, "3/24/1989"}, {"Order No", 1, 1, "1001"}};
+  import_query live(query, tables_folder);
+  live.validate();
+  prevesk_dataset_data_type model = model_of_2009();
+  model.seed_time = 0.125;
+  EXPECT_EQ(live.build_sql(model),
+            "SELECT * FROM 'ORDERS.DB' WHERE (Ship VIA='DHL' AND Sale Date>'3/24/1989' OR Order No<1001) AND "
+            "(Sale Date>='1/1/2009, 3:00:00' AND Sale Date<='12/31/2009, 0:00:00') ORDER BY Sale Date");
+  model.time_steps.points.clear();
+  live.stored.conditions.clear();
+  EXPECT_EQ(live.build_sql(model),
+            "SELECT * FROM 'ORDERS.DB' WHERE (Sale Date>='1/1/2009, 3:00:00') ORDER BY Sale Date");
+
+  import_query sheet(query_on("roanoke_daily.xlsx", "SAMPLED", "DO_MGL"), tables_folder);
+  sheet.set_file("roanoke_daily.xlsx");
+  sheet.stored.table_name = sheet.tables.at(0);
+  sheet.validate();
+  EXPECT_EQ(sheet.build_sql(model),
+            "SELECT * FROM [" + sheet.tables[0] + "] WHERE (SAMPLED>=#1/1/2009 3:00:00#) ORDER BY SAMPLED");
+  EXPECT_NE(folder.read("LOGINFO.TXT").find("UPDATING VALUES FOR"), std::string::npos);
+}
+
+TEST_F(ImportQuery, IsHeldAgainstItsSourceInOrder) {
+  import_query_descriptor query;
+  EXPECT_EQ(failure_of(query), "File name not set");
+  query.file_name = "roanoke_daily.sqlite";
+  EXPECT_EQ(failure_of(query), "Table name not set");
+  query.file_name = "ORDERS.DB";
+  EXPECT_EQ(failure_of(query), "Date/Time field not set");
+  query.date_time_field = "Due";
+  EXPECT_EQ(failure_of(query), "Query 'New Query' contains reference to non-existent field 'Due'");
+  query.date_time_field = "Sale Date";
+  EXPECT_EQ(failure_of(query), "Value field not set");
+  query.value_field = "Amount Paid";
+  query.conditions = {{"Ship VIA", 0, 0, "Pigeon"}};
+  EXPECT_EQ(failure_of(query),
+            "Query 'New Query' contains query condition on field 'Ship VIA' which has no selected value");
+  query.conditions = {{"Ship VIA", 0, 9, "DHL"}};
+  EXPECT_EQ(failure_of(query), "Query 'New Query' has a condition with the unknown comparison 9");
+  point_list points;
+  import_query unknown;
+  EXPECT_THROW(unknown.engine.open(unknown, "SELECT * FROM 'x'"), query_engine_exception);
+}
+
+TEST_F(ImportQuery, TellsWhatIsWrongWithAValueAndWhere) {
+  folder.write("bad.csv", "Taken,Flow\n2009-02-01,1.5\n2009-02-02,dry\n2009-02-03,2\n");
+  const std::string failure = failure_of(query_on("bad.csv", "Taken", "Flow"), folder.path);
+  for (const char* part : {"bad.csv", "Flow", "dry"}) EXPECT_NE(failure.find(part), std::string::npos) << failure;
+  folder.write("empty.csv", "Taken,Flow\n");
+  point_list points = {{{0, 0}, 1}};
+  import_query(query_on("empty.csv", "Taken", "Flow"), folder.path).execute(model_of_2009(), points);
+  EXPECT_TRUE(points.empty());
+  EXPECT_NE(failure_of(query_on("gone.dbf", "a", "b")).find("gone.dbf"), std::string::npos);
+  EXPECT_EQ(failure_of(query_on("gone.mdb", "a", "b")).find("Cannot connect to ADO datasource: 'gone.mdb': "), 0U);
+}
+
+TEST_F(ImportQuery, ADayWithoutADateOrBeforeTheFirstIsLeftOut) {
+  folder.write("days.csv", "Taken,Flow\n1899-12-30,1\n1899-12-29,2\n2009-06-01,3\n,4\n");
+  import_query_descriptor query = query_on("days.csv", "Taken", "Flow");
+  query.restrict_to_run_period = false;
+  point_list points;
+  const query_report report = import_query(query, folder.path).execute(model_of_2009(), points);
+  EXPECT_EQ(report.without_moment, 2U);
+  ASSERT_EQ(points.size(), 2U);
+  EXPECT_EQ(date_time_text(points[0]), "12/29/1899 0:00:00");
+}
+
+} // namespace
+} // namespace vesk
