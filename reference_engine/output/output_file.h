@@ -7,7 +7,7 @@
 namespace reference_engine {
 
 // Owns a temporary name beside the final one. Write to `temporary`, close, then `publish`, which takes the place of an
-// older file. A file that is not published is removed.
+// older file. A file that is not published is removed, at the latest by the next run under its name.
 class OutputFile {
 public:
   explicit OutputFile(std::filesystem::path final_name);

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <unistd.h>
 
 namespace {
 
@@ -163,6 +164,16 @@ TEST_F(RunTest, FailureInTheRunLeavesNoResults) {
   EXPECT_EQ(host.return_code, 2);
   EXPECT_THAT(files(), IsEmpty());
   EXPECT_FALSE(host.grid_lent);
+}
+
+// A front end that ends in the middle of a run takes the engine with it.
+TEST_F(RunTest, WhatEndedProcessesLeftUnfinishedIsTidiedUp) {
+  const std::string gone = "river.nc.part-2147483646", alive = "river.nc.part-" + std::to_string(getppid());
+  for (const std::string& name : {gone, alive, std::string("river.nc.part-2x")}) std::ofstream(folder / name) << "x";
+  EXPECT_EQ(after(""), "");
+  EXPECT_FALSE(std::filesystem::exists(folder / gone));
+  EXPECT_TRUE(std::filesystem::exists(folder / alive));
+  EXPECT_TRUE(std::filesystem::exists(folder / "river.nc.part-2x"));
 }
 
 // Steps get shorter as the segment empties; the run must end all the same.
