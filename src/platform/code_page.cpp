@@ -21,7 +21,7 @@ public:
   converter(const converter&) = delete;
   converter& operator=(const converter&) = delete;
 
-  bool is_open() const { return state_ != iconv_t(-1); }
+  bool is_open() const { return reinterpret_cast<std::intptr_t>(state_) != -1; }
 
   // Converts what it can from the front of `bytes`, appends it and takes it off. False at bytes that are no character.
   bool append(std::string_view& bytes, std::string& text) const {

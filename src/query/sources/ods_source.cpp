@@ -68,25 +68,8 @@ protected:
   void start(std::string_view name, const xml_attributes& attributes) override {
     if (name == "table") {
       if (table_depth_++ == 0) start_sheet(attributes["name"]);
-    } else if (table_depth_ != 1) {
-      return; // outside of sheets, or in a table inside a cell
-    } else if (name == "annotation") {
-      in_annotation_ = true;
-    } else if (name == "table-row") {
-      row_repeated_ = std::max(1U, attributes.number("number-rows-repeated", 1));
-      column_ = 0;
-      row_cells_.clear();
-    } else if (name == "table-cell" || name == "covered-table-cell") {
-      start_cell(attributes);
-    } else if (in_annotation_) {
-      return;
-    } else if (name == "p") {
-      if (paragraphs_++ > 0) text_ += '\n';
-      ++in_paragraph_;
-    } else if (name == "s") {
-      text_.append(std::min(attributes.number("c", 1), 1000U), ' ');
-    } else if (name == "tab" || name == "line-break") {
-      text_ += name == "tab" ? '\t' : '\n';
+    } else if (table_depth_ == 1) { // not outside of sheets, and not in a table inside a cell
+      start_in_sheet(name, attributes);
     }
   }
 
@@ -116,6 +99,31 @@ private:
     table_value value;
     bool is_boolean;
   };
+
+  void start_in_sheet(std::string_view name, const xml_attributes& attributes) {
+    if (name == "annotation") {
+      in_annotation_ = true;
+    } else if (name == "table-row") {
+      row_repeated_ = std::max(1U, attributes.number("number-rows-repeated", 1));
+      column_ = 0;
+      row_cells_.clear();
+    } else if (name == "table-cell" || name == "covered-table-cell") {
+      start_cell(attributes);
+    } else if (!in_annotation_) {
+      start_in_cell(name, attributes);
+    }
+  }
+
+  void start_in_cell(std::string_view name, const xml_attributes& attributes) {
+    if (name == "p") {
+      if (paragraphs_++ > 0) text_ += '\n';
+      ++in_paragraph_;
+    } else if (name == "s") {
+      text_.append(std::min(attributes.number("c", 1), 1000U), ' ');
+    } else if (name == "tab" || name == "line-break") {
+      text_ += name == "tab" ? '\t' : '\n';
+    }
+  }
 
   void start_sheet(std::string_view name) {
     source_.tables_.emplace_back(name);

@@ -17,7 +17,7 @@ namespace vesk {
 class source_bytes {
 public:
   // The bytes stay the caller's and must outlive this.
-  source_bytes(std::span<const std::byte> bytes) : bytes_(bytes) {} // NOLINT: a conversion is meant
+  source_bytes(std::span<const std::byte> bytes) : bytes_(bytes) {}
 
   // Throws table_source_exception.
   static source_bytes of_file(const std::filesystem::path& file) {
