@@ -12,6 +12,7 @@
 #include <string>
 #include <sys/prctl.h>
 #include <sys/resource.h>
+#include <unistd.h>
 #include <vector>
 
 #include <mdbtools.h>
@@ -30,11 +31,20 @@ struct failure {
   std::string sentence;
 };
 
+// Where the parent reads. The library prints complaints about damaged files to standard output, which is therefore
+// turned away from it.
+std::FILE* answer = nullptr;
+
+bool open_answer() {
+  answer = fdopen(dup(STDOUT_FILENO), "w");
+  return answer && std::freopen("/dev/null", "w", stdout);
+}
+
 void send(message kind, const std::string& content) {
   const auto size = static_cast<std::uint32_t>(content.size());
-  std::fwrite(&size, sizeof size, 1, stdout);
-  std::fputc(static_cast<int>(kind), stdout);
-  std::fwrite(content.data(), 1, content.size(), stdout);
+  std::fwrite(&size, sizeof size, 1, answer);
+  std::fputc(static_cast<int>(kind), answer);
+  std::fwrite(content.data(), 1, content.size(), answer);
 }
 
 struct close_database {
@@ -226,6 +236,7 @@ int main(int argc, char** argv) {
     std::fputs("vesk-mdb reads Access databases for vesk and vesk-run; it is no use by itself.\n", stderr);
     return 2;
   }
+  if (!open_answer()) return 1;
   try {
     const database_handle database = open_database(argv[2]);
     if (work == "tables")
@@ -238,5 +249,5 @@ int main(int argc, char** argv) {
   } catch (const std::bad_alloc&) {
     send(message::failure, "it takes too much memory: the database is damaged.");
   }
-  return std::fflush(stdout) == 0 ? 0 : 1;
+  return std::fflush(answer) == 0 ? 0 : 1;
 }
