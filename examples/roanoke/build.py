@@ -1,17 +1,22 @@
 #!/usr/bin/env python3
 """Builds the sample data file: the Roanoke River from Roanoke Rapids to near Oak City over one water year.
 
-Reads the measured series in data/ and the tables in river/, and hands the result as JSON to `vki load`.
+Reads the measured series in data/ and the tables in river/, and hands the result as JSON to `vki load`. The measured
+series get a stored query, too, and the files that the queries read are put beside the data file.
 """
 import argparse
+import collections
 import datetime
 import json
+import pathlib
+import shutil
 import subprocess
 import sys
 
 import network
 import physics
 import records
+import series
 import tables
 
 AMMONIUM, NITRATE, CBOD, OXYGEN = 1, 2, 3, 4  # systems of the model
@@ -26,6 +31,20 @@ LARGEST_STEP = 0.1  # days; the engine shortens it to what is stable
 DISPERSION = 20.0  # m2/s, see README.md
 SPIN_UP = datetime.timedelta(days=16)
 
+# Where a run reads the series anew: a file beside the data file, its table where it has several, the fields of a
+# point's moment and value, and what stands in other fields of the rows that are meant.
+Source = collections.namedtuple("Source", "file table moment value rows")
+SOURCES = {
+    "release": Source("data/release.dbf", "", "MOMENT", "FLOW_M3_S", {}),
+    "temperature": Source("data/oak_city_daily.csv", "", "moment", "temperature_degC", {}),
+    "oxygen of the release": Source(
+        "data/boundary_oxygen.sqlite", "daily", "moment", "oxygen_g_m3", {"water": "release"}
+    ),
+    "oxygen of the swamps": Source(
+        "data/boundary_oxygen.sqlite", "daily", "moment", "oxygen_g_m3", {"water": "swamp"}
+    ),
+}
+
 
 class Sample:
     """The parts of the data set for one water year; each method makes one of them."""
@@ -36,9 +55,10 @@ class Sample:
         self.end = datetime.date(water_year, 9, 30)
         self.segments = network.segments()
         self.last = len(self.segments) - 1
-        self.temperature = self.cut(tables.daily("data/oak_city_daily.csv", "temperature_degC"))
-        cubic_feet = self.cut(tables.daily("data/roanoke_rapids_daily.csv", "discharge_cfs"))
-        self.release = {date: flow * physics.CUBIC_FOOT for date, flow in cubic_feet.items()}
+        self.temperature = self.cut(series.temperature())
+        self.release = self.cut(series.release())
+        self.release_oxygen = self.cut(series.oxygen("release"))
+        self.swamp_oxygen = self.cut(series.oxygen("swamp"))
         self.mean_flow = sum(self.release.values()) / len(self.release)
         self.tributaries = self.joined_by_segment(tables.numbers("river/tributaries.csv"))
         self.waters = {row["water"]: row for row in tables.numbers("river/concentrations.csv")}
@@ -59,12 +79,16 @@ class Sample:
             found.setdefault(network.position(self.segments, row["km"]), []).append(row)
         return found
 
+    def query(self, name):
+        return records.query(name, SOURCES[name])
+
     # Transport.
 
     def release_flow(self):
         chain = [records.OUTSIDE, *range(len(self.segments)), records.OUTSIDE]
         pairs = [(a, b, 1.0) for a, b in zip(chain, chain[1:])]
-        return records.flow_function("Release at Roanoke Rapids", records.series(self.release), pairs)
+        function = records.flow_function("Release at Roanoke Rapids", records.series(self.release), pairs)
+        return {**function, "query": self.query("release")}
 
     def tributary_flow(self):
         """Runoff of the whole area; each segment passes on the shares that have joined so far."""
@@ -95,7 +119,7 @@ class Sample:
         depth, depth_exponent, velocity, velocity_exponent = segment.laws()
         per_segment = {SEDIMENT_DEMAND: segment.sediment_demand, PHOTOSYNTHESIS: 1.0}
         first = {isc: self.waters["release"][name] for isc, name in SUBSTANCES.items()}
-        first[OXYGEN] = self.oxygen("release_share")[self.start]
+        first[OXYGEN] = self.release_oxygen[self.start]
         return {
             "parameters": [
                 {"isc": isc, "value": round(value * per_segment[isc], 4)}
@@ -128,19 +152,16 @@ class Sample:
         ]
         return {"group_id": 1, "description": "Kinetics", "constants": constants}
 
-    def oxygen(self, share):
-        """Daily oxygen of a water that is saturated to a monthly share, at the measured temperature."""
-        share_at = tables.monthly(share)
-        return {
-            date: round(share_at(date) * physics.oxygen_saturation(celsius), 3)
-            for date, celsius in self.temperature.items()
-        }
-
     def time_functions(self):
         growth = tables.monthly("photosynthesis")
         course = {date: round(growth(date), 3) for date in self.days() if date.day in (1, 15)}
         return [
-            {"used": True, "isc": TEMPERATURE, "points": records.series(self.temperature)},
+            {
+                "used": True,
+                "isc": TEMPERATURE,
+                "points": records.series(self.temperature),
+                "query": self.query("temperature"),
+            },
             {"used": False, "isc": WIND},
             {"used": True, "isc": PHOTOSYNTHESIS_SHARE, "points": records.series(course)},
         ]
@@ -149,15 +170,20 @@ class Sample:
 
     def boundary(self, system, segment):
         """Tributaries where they join, the release at the top; the last segment lets go only, its values do nothing."""
-        water, share = ("tributaries", "swamp_share") if segment in self.tributaries else ("release", "release_share")
+        joins = segment in self.tributaries
         if segment == self.last:
-            values = {self.start: 0.0, self.end: 0.0}
-        elif system == OXYGEN:
-            values = self.oxygen(share)
-        else:
-            concentration = self.waters[water][SUBSTANCES[system]]
-            values = {self.start: concentration, self.end: concentration}
-        return {"points": records.series(values), "segment": segment}
+            return {"points": self.constant(0.0), "segment": segment}
+        if system != OXYGEN:
+            water = self.waters["tributaries" if joins else "release"]
+            return {"points": self.constant(water[SUBSTANCES[system]]), "segment": segment}
+        return {
+            "points": records.series(self.swamp_oxygen if joins else self.release_oxygen),
+            "query": self.query("oxygen of the swamps" if joins else "oxygen of the release"),
+            "segment": segment,
+        }
+
+    def constant(self, value):
+        return records.series({self.start: value, self.end: value})
 
     def loads(self, system):
         """Plants that discharge into one segment make one load: a segment has no more than one in each system."""
@@ -166,7 +192,7 @@ class Sample:
         found = []
         for segment, plants in sorted(self.joined_by_segment(tables.numbers("river/loads.csv")).items()):
             value = round(sum(physics.load(row["flow_m3_s"], row[SUBSTANCES[system]]) for row in plants), 2)
-            found.append({"points": records.series({self.start: value, self.end: value}), "segment": segment})
+            found.append({"points": self.constant(value), "segment": segment})
         return found
 
     def system(self, isc, contacts):
@@ -187,7 +213,7 @@ class Sample:
         start, end = ((date - records.DATE_ZERO).days for date in (self.start, self.end))
         return {
             "print_intervals": {"points": [records.point(self.start, 1.0)]},
-            "time_steps": {"points": [records.point(self.start, LARGEST_STEP)]},
+            "time_steps": {"points": self.constant(LARGEST_STEP)},  # the last one ends the period of the queries
             "segments": [self.segment(segment) for segment in self.segments],
             "time_functions": self.time_functions(),
             "constant_groups": [self.constant_group()],
@@ -213,6 +239,15 @@ class Sample:
         }
 
 
+def put_tables_beside(output):
+    """The queries name their files as seen from the data file's folder."""
+    for name in {source.file for source in SOURCES.values()}:
+        table, copy = tables.HERE / name, output.resolve().parent / name
+        if copy != table:
+            copy.parent.mkdir(exist_ok=True)
+            shutil.copyfile(table, copy)
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("vki", help="the data file tool")
@@ -225,6 +260,7 @@ def main():
     if arguments.json:
         with open(arguments.json, "w", encoding="utf-8") as file:
             file.write(text + "\n")
+    put_tables_beside(pathlib.Path(arguments.output))
     loaded = subprocess.run([arguments.vki, "load", "-", arguments.output], input=text.encode(), check=False)
     return loaded.returncode
 

@@ -16,6 +16,19 @@ def series(values):
     return [point(date, values[date]) for date in sorted(values)]
 
 
+def query(name, source):
+    """A stored query that is executed at each run; source: a Source of build.py."""
+    return {
+        "name": name,
+        "file_name": source.file,
+        "table_name": source.table,
+        "date_time_field": source.moment,
+        "value_field": source.value,
+        "conditions": [{"field_name": field, "value_text": text} for field, text in source.rows.items()],
+        "deferred": True,
+    }
+
+
 def flow_function(description, points, pairs):
     """pairs: (from, to, fraction of the flow)."""
     return {

@@ -4,7 +4,6 @@ import datetime
 import pathlib
 
 HERE = pathlib.Path(__file__).resolve().parent
-NOON = datetime.time(12)
 
 
 def rows(name):
@@ -21,7 +20,9 @@ def numbers(name):
 def daily(name, column):
     """A measured series as {date: value}; days without a value are left out."""
     return {
-        datetime.date.fromisoformat(row["date"]): float(row[column]) for row in rows(name) if row[column] != ""
+        datetime.datetime.fromisoformat(row["moment"]).date(): float(row[column])
+        for row in rows(name)
+        if row[column] != ""
     }
 
 

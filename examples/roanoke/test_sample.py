@@ -4,11 +4,14 @@ import csv
 import datetime
 import os
 import pathlib
+import shutil
+import sqlite3
 import subprocess
 import tempfile
 import unittest
 
 import build
+import make_databases
 import network
 import physics
 import records
@@ -94,6 +97,19 @@ class Data(unittest.TestCase):
             self.assertGreater(days[-1], 150753)  # 2012-09-30
 
 
+class Databases(unittest.TestCase):
+    def test_they_are_those_of_the_texts(self):
+        def content(folder):
+            database = sqlite3.connect(folder / "boundary_oxygen.sqlite")
+            rows = database.execute("SELECT * FROM daily").fetchall()
+            database.close()
+            return (folder / "release.dbf").read_bytes(), rows
+
+        with tempfile.TemporaryDirectory() as folder:
+            make_databases.main(pathlib.Path(folder))
+            self.assertEqual(content(pathlib.Path(folder)), content(tables.HERE / "data"))
+
+
 @unittest.skipUnless("VESK_BIN" in os.environ, "VESK_BIN is not set")
 class WholeRun(unittest.TestCase):
     @classmethod
@@ -123,11 +139,22 @@ class WholeRun(unittest.TestCase):
         self.assertEqual(len(rmse), 4)
         self.assertEqual(min(rmse, key=rmse.get), "model", rmse)
 
-    def program(self, *arguments):
+    def program(self, *arguments, folder=None):
         run = pathlib.Path(os.environ["VESK_BIN"]) / "vesk-run"
         line = [run, "--progress=none", *arguments]
-        outcome = subprocess.run(line, cwd=self.folder.name, capture_output=True, text=True, check=False)
+        outcome = subprocess.run(line, cwd=folder or self.folder.name, capture_output=True, text=True, check=False)
         self.assertEqual(outcome.returncode, 0, outcome.stderr)
+
+    def test_queries_give_what_the_points_hold(self):
+        read = [line for line in self.outcome.stdout.splitlines() if line.endswith(", 382 rows, 382 points")]
+        self.assertEqual(len(read), 8, self.outcome.stdout)
+        with tempfile.TemporaryDirectory() as elsewhere:  # where there are no tables to be read
+            shutil.copy(pathlib.Path(self.folder.name) / "roanoke.vki", elsewhere)
+            self.program("roanoke.vki", "-RUN", "--no-queries", folder=elsewhere)
+            results = sorted(pathlib.Path(elsewhere).glob("*.csv"))
+            self.assertEqual(len(results), len(build.IN_CSV_FILES))
+            for result in results:
+                self.assertEqual(result.read_bytes(), (pathlib.Path(self.folder.name) / result.name).read_bytes())
 
     def test_the_text_form_carries_the_river(self):
         self.program("roanoke.vki", "--export", "a.inp")
