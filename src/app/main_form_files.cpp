@@ -80,6 +80,7 @@ TPreveskMainForm::load_result TPreveskMainForm::load(const std::string& name) {
     if (!read_into_new_data_sets(name)) {
       report_failure("Cannot open file.");
       restore_snapshot(); // of the new data set, so that it stays empty
+      update_menus();
       return load_result::cannot_open;
     }
   } catch (const std::exception& error) {

@@ -75,12 +75,7 @@ void console_interface::add_info_line(const std::string& text, int icon) {
 
 void console_interface::query_executed(const std::string& series, const import_query_descriptor& query,
                                        const query_report& report) {
-  std::string line = series + ": " + query.file_name;
-  if (query.table_name != query.file_name && !query.table_name.empty()) line += " [" + query.table_name + "]";
-  line += ", " + std::to_string(report.rows) + " rows, " + std::to_string(report.points) + " points";
-  if (report.without_moment > 0) line += ", " + std::to_string(report.without_moment) + " rows without a date";
-  if (report.without_value > 0) line += ", " + std::to_string(report.without_value) + " rows without a value";
-  say(line);
+  say(in_words(series, query, report));
 }
 
 void console_interface::begin_progress() {

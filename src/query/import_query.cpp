@@ -197,6 +197,18 @@ query_report import_query::execute(const prevesk_dataset_data_type& data, point_
   return report;
 }
 
+std::string in_words(const std::string& series, const import_query_descriptor& query, const query_report& report) {
+  const auto counted = [](std::uint64_t count, const char* what) {
+    return ", " + std::to_string(count) + " " + what + (count == 1 ? "" : "s");
+  };
+  std::string line = series + ": " + query.file_name;
+  if (query.table_name != query.file_name && !query.table_name.empty()) line += " [" + query.table_name + "]";
+  line += counted(report.rows, "row") + counted(report.points, "point");
+  if (report.without_moment > 0) line += counted(report.without_moment, "row") + " without a date";
+  if (report.without_value > 0) line += counted(report.without_value, "row") + " without a value";
+  return line;
+}
+
 bool operator==(const import_query& a, const import_query& b) {
   return a.stored == b.stored && a.source_kind == b.source_kind && a.tables == b.tables &&
          a.field_names == b.field_names && a.field_types == b.field_types && a.choices == b.choices &&

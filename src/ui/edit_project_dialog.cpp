@@ -4,11 +4,13 @@
 #include "ui/measures.h"
 #include "ui/texts.h"
 
+#include <QAbstractItemDelegate>
 #include <QAbstractTableModel>
 #include <QDialogButtonBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QKeyEvent>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QTableView>
 #include <QVBoxLayout>
@@ -104,7 +106,13 @@ std::size_t edit_project_dialog::selected_row() const {
   return row < 0 ? 0 : static_cast<std::size_t>(row);
 }
 
+void edit_project_dialog::take_what_is_typed() {
+  for (auto* editor : table_->findChildren<QLineEdit*>())
+    if (editor->isVisible()) table_->itemDelegate()->setModelData(editor, model_.get(), table_->currentIndex());
+}
+
 void edit_project_dialog::change_rows(const std::function<std::size_t(std::size_t)>& change) {
+  take_what_is_typed();
   const std::size_t row = change(selected_row());
   model_->reset();
   table_->setCurrentIndex(model_->index(static_cast<int>(row), 0));
@@ -132,6 +140,7 @@ bool edit_project_dialog::eventFilter(QObject* watched, QEvent* event) {
 }
 
 void edit_project_dialog::done(int result) {
+  if (result == Accepted) take_what_is_typed();
   bool may_close = true;
   attempt([&] { may_close = form_.FormCloseQuery(result == Rejected); });
   if (may_close) QDialog::done(result);

@@ -28,6 +28,7 @@ protected:
 
 private:
   std::size_t selected_row() const;
+  void take_what_is_typed();                                               // of a cell that is still being edited
   void change_rows(const std::function<std::size_t(std::size_t)>& change); // and selects the row that it returns
 
   TEditProjectForm form_;

@@ -10,11 +10,15 @@ namespace vesk {
 namespace {
 
 void tell(const char* what) noexcept {
+  static bool telling = false; // what fails again and again, such as a timer's work, is told once
+  if (telling) return;
+  telling = true;
   try {
     ask_in_box("Error", what, box_buttons::ok);
   } catch (...) { // not even memory for a box
     std::fprintf(stderr, "vesk: %s\n", what);
   }
+  telling = false;
 }
 
 } // namespace

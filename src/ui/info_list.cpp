@@ -10,6 +10,7 @@
 #include <QHeaderView>
 #include <QScrollBar>
 #include <QStringList>
+#include <QTimer>
 #include <algorithm>
 
 namespace vesk {
@@ -64,6 +65,8 @@ info_list::info_list(QWidget* parent) : QTreeView(parent) {
   setSelectionMode(QAbstractItemView::ExtendedSelection);
   setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
   header()->setStretchLastSection(false);
+  connect(verticalScrollBar(), &QScrollBar::actionTriggered, this,
+          [this] { QTimer::singleShot(0, this, [this] { note_scrolling(); }); }); // once it has scrolled
   auto* copy = new QAction("&Copy", this);
   copy->setShortcut(QKeySequence::Copy);
   copy->setShortcutContext(Qt::WidgetShortcut);
@@ -73,7 +76,6 @@ info_list::info_list(QWidget* parent) : QTreeView(parent) {
 }
 
 void info_list::append(const std::string& text, int icon) {
-  const bool at_end = verticalScrollBar()->value() == verticalScrollBar()->maximum();
   lines_.append(text, icon);
   const QModelIndex newest = lines_.index(lines_.rowCount() - 1);
   const int width = fontMetrics().horizontalAdvance(newest.data().toString()) + scaled(picture_width, *this);
@@ -81,7 +83,7 @@ void info_list::append(const std::string& text, int icon) {
     longest_ = width;
     fit_column();
   }
-  if (at_end) scrollTo(newest);
+  if (follows_) scrollToBottom();
 }
 
 void info_list::select_last() {
@@ -94,6 +96,7 @@ void info_list::select_last() {
 void info_list::clear() {
   lines_.clear();
   longest_ = 0;
+  follows_ = true;
   fit_column();
 }
 
@@ -105,6 +108,22 @@ void info_list::fit_column() {
 void info_list::resizeEvent(QResizeEvent* event) {
   QTreeView::resizeEvent(event);
   fit_column();
+  if (follows_) scrollToBottom();
+}
+
+// Only the user's own scrolling counts; the end moves by itself when lines come or the list gets smaller.
+void info_list::note_scrolling() {
+  follows_ = verticalScrollBar()->value() == verticalScrollBar()->maximum();
+}
+
+void info_list::wheelEvent(QWheelEvent* event) {
+  QTreeView::wheelEvent(event);
+  note_scrolling();
+}
+
+void info_list::keyPressEvent(QKeyEvent* event) {
+  QTreeView::keyPressEvent(event);
+  note_scrolling();
 }
 
 void info_list::copy_selected() const {

@@ -44,12 +44,16 @@ public:
 
 protected:
   void resizeEvent(QResizeEvent* event) override;
+  void wheelEvent(QWheelEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
 
 private:
   void fit_column();
+  void note_scrolling();
 
   info_lines lines_;
-  int longest_ = 0; // width of the longest line
+  int longest_ = 0;     // width of the longest line
+  bool follows_ = true; // the user has not scrolled away from the end
 };
 
 } // namespace vesk

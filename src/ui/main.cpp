@@ -3,8 +3,23 @@
 
 #include <QApplication>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+// Without a display the toolkit ends the process with words that help nobody.
+static bool has_display(int argc, char** argv) {
+  for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
+    if (const char* value = std::getenv(name); value && *value) return true;
+  for (int i = 1; i < argc; ++i)
+    if (std::strcmp(argv[i], "-platform") == 0 || std::strcmp(argv[i], "--platform") == 0) return true;
+  return false;
+}
 
 int main(int argc, char** argv) {
+  if (!has_display(argc, argv)) {
+    std::fputs("vesk: There is no display to open a window on; vesk-run does the same work without one.\n", stderr);
+    return 1;
+  }
   QApplication application(argc, argv);
   vesk::prepare_application(application);
   try {

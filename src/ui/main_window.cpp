@@ -1,5 +1,6 @@
 #include "ui/main_window.h"
 
+#include "query/import_query.h"
 #include "ui/about_box.h"
 #include "ui/edit_project_dialog.h"
 #include "ui/guard.h"
@@ -26,11 +27,24 @@ namespace {
 // The design size of a window that has never been placed.
 constexpr int design_width = 980, design_height = 640, design_results_height = 260;
 
-// The place moved so that the title bar can be reached on the screens of today.
-QPoint on_a_screen(const QPoint& place, const QSize& size) {
-  for (const QScreen* screen : QGuiApplication::screens())
-    if (screen->availableGeometry().intersects(QRect(place, QSize(size.width(), 1)))) return place;
-  return QGuiApplication::primaryScreen()->availableGeometry().topLeft();
+constexpr int least_in_sight = 100, frame = 32; // of a window's width; above its content
+
+// Moved and shrunk so that all of it fits on a screen of today, if it would otherwise be larger than that or have its
+// title bar out of reach.
+QRect on_a_screen(QRect place) {
+  const QRect bar(place.x(), place.y() - 1, place.width(), 1);
+  const QScreen* best = QGuiApplication::primaryScreen();
+  bool reachable = false;
+  for (const QScreen* screen : QGuiApplication::screens()) {
+    const QRect common = screen->availableGeometry().adjusted(0, -1, 0, 0).intersected(bar);
+    if (common.isEmpty() || common.width() < std::min(least_in_sight, place.width())) continue;
+    best = screen;
+    reachable = true;
+  }
+  const QRect room = best->availableGeometry();
+  place.setSize(place.size().boundedTo(room.size() - QSize(0, frame)));
+  if (!reachable) place.moveTopLeft(room.topLeft() + QPoint(0, frame));
+  return place;
 }
 
 } // namespace
@@ -42,8 +56,9 @@ main_window::main_window(const std::filesystem::path& settings_file)
   lay_out();
   controls_ = std::make_unique<command_controls>(
       *this, *form_, [this](const std::string& caption) { form_->DocumentationItemClick(caption); });
-  form_->set_window_handle(static_cast<std::int32_t>(winId()));
   form_->FormCreate();
+  form_->set_window_handle(
+      static_cast<std::int32_t>(winId())); // after: a window that the system knows is placed otherwise
   UIUpdateTimer.setObjectName("UIUpdateTimer");
   connect(&UIUpdateTimer, &QTimer::timeout, this, [this] { attempt([this] { form_->UpdateTimerTimer(); }); });
   UIUpdateTimer.start(TPreveskMainForm::ui_update_interval);
@@ -70,7 +85,8 @@ void main_window::lay_out() {
   column->addWidget(InfoPanel);
   setCentralWidget(content);
   results_height_ = scaled(design_results_height, *this);
-  resize(scaled(design_width, *this), scaled(design_height, *this));
+  const QSize room = screen()->availableGeometry().size() - QSize(0, frame);
+  resize(QSize(scaled(design_width, *this), scaled(design_height, *this)).boundedTo(room));
 }
 
 void main_window::set_start(std::vector<std::string> arguments, splash_form* splash) {
@@ -143,9 +159,9 @@ window_geometry main_window::geometry() {
   if (ResultsTable->isVisible()) results_height_ = ResultsTable->height();
   window_geometry now;
   now.results_table_height = results_height_;
-  const bool placed = isMaximized() || isMinimized();
+  note_normal_place();
   // Of the content, not of the frame around it: what a window manager adds is not known before it is shown.
-  const QRect inner = placed ? normalGeometry() : QMainWindow::geometry();
+  const QRect inner = normal_place_.isValid() ? normal_place_ : QMainWindow::geometry();
   now.left = inner.x();
   now.top = inner.y();
   now.width = inner.width();
@@ -158,17 +174,34 @@ window_geometry main_window::geometry() {
 
 void main_window::set_geometry(const window_geometry& wanted) {
   set_results_height(wanted.results_table_height);
-  const QSize size(wanted.width, wanted.height);
-  const QPoint place(wanted.left, wanted.top);
-  if (place == QMainWindow::geometry().topLeft())
-    resize(size); // the window manager's choice
+  const QRect place(wanted.left, wanted.top, wanted.width, wanted.height);
+  const QRect fitting = on_a_screen(place);
+  if (place.topLeft() == QMainWindow::geometry().topLeft())
+    resize(fitting.size()); // where, is the window manager's choice
   else
-    QMainWindow::setGeometry(QRect(on_a_screen(place, size), size));
+    QMainWindow::setGeometry(fitting);
+  normal_place_ = QMainWindow::geometry();
   switch (wanted.state) {
   case window_geometry::window_minimised: setWindowState(Qt::WindowMinimized); break;
   case window_geometry::window_maximised: setWindowState(Qt::WindowMaximized); break;
   default: setWindowState(Qt::WindowNoState);
   }
+}
+
+// A window that is minimised or maximised no longer tells where it was before.
+void main_window::note_normal_place() {
+  if (isVisible() && !(windowState() & (Qt::WindowMinimized | Qt::WindowMaximized | Qt::WindowFullScreen)))
+    normal_place_ = QMainWindow::geometry();
+}
+
+void main_window::moveEvent(QMoveEvent* event) {
+  QMainWindow::moveEvent(event);
+  note_normal_place();
+}
+
+void main_window::resizeEvent(QResizeEvent* event) {
+  QMainWindow::resizeEvent(event);
+  note_normal_place();
 }
 
 void main_window::minimise_main_window() {
@@ -189,6 +222,13 @@ void main_window::data_set_replaced() {
 }
 
 // A job's signs.
+
+// Rows that were left out are worth a look: a missing value may be a slip of the pen.
+void main_window::query_executed(const std::string& series, const import_query_descriptor& query,
+                                 const query_report& report) {
+  const bool left_out = report.without_moment + report.without_value > 0;
+  add_info_line(in_words(series, query, report), left_out ? icon_note : icon_plain);
+}
 
 void main_window::set_priority_position(int position) {
   InfoPanel->set_priority_position(position);

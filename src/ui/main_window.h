@@ -50,6 +50,8 @@ public:
   void set_picture_mask(const picture_mask& mask, const std::string& picture) override;
   void add_documentation_item(const std::string& caption) override { controls_->add_document(caption); }
   void data_set_replaced() override;
+  void query_executed(const std::string& series, const import_query_descriptor& query,
+                      const query_report& report) override;
   void set_priority_position(int position) override;
   void add_info_line(const std::string& text, int icon) override;
   void select_last_info_line() override;
@@ -65,10 +67,13 @@ public:
 protected:
   void showEvent(QShowEvent* event) override;
   void closeEvent(QCloseEvent* event) override;
+  void moveEvent(QMoveEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
 
 private:
   void lay_out();
   void set_results_height(int height);
+  void note_normal_place();
 
   std::unique_ptr<TPreveskMainForm> form_;
   std::unique_ptr<command_controls> controls_;
@@ -86,6 +91,7 @@ private:
   bool has_been_shown_ = false;
   bool has_closed_ = false;
   int results_height_ = 0; // as last seen or set
+  QRect normal_place_;     // of the content, as last seen neither minimised nor maximised
 };
 
 } // namespace vesk

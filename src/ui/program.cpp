@@ -3,6 +3,7 @@
 #include "engine/stack_thread.h"
 #include "ui/appearance.h"
 #include "ui/guard.h"
+#include "ui/images.h"
 #include "ui/texts.h"
 
 #include <QApplication>
@@ -40,6 +41,7 @@ void prepare_application(QApplication& application) {
   QApplication::setApplicationVersion(VESK_VERSION);
   QGuiApplication::setDesktopFileName("vesk");
   QApplication::setQuitOnLastWindowClosed(false); // a dialog that closes while the main window is minimised
+  QApplication::setWindowIcon(program_image());
   follow_the_desktop(application);
 }
 
@@ -56,7 +58,8 @@ program::~program() = default;
 void program::run() {
   application_.exec();
   window_->form().save_settings();
-  std::fflush(nullptr);
+  std::fflush(stdout);
+  std::fflush(stderr); // and no other stream: a worker may be held up in one
   // Nothing is taken down: a worker may still be at work on it.
   std::_Exit(window_->form().return_code());
 }

@@ -48,12 +48,20 @@ progress_panel::progress_panel(QWidget* parent, std::function<void(int)> priorit
   const int margin = scaled(6, *this);
   row->setContentsMargins(margin, margin / 2, margin, margin / 2);
   row->addWidget(StatusProgressBar, 2);
-  row->addWidget(InfoLabel, 2);
+  row->addWidget(InfoLabel, 3);
   row->addWidget(TimeRemainingLabel, 2);
   row->addWidget(MinPriorityLabel);
   row->addWidget(PriorityTrackBar, 1);
   row->addWidget(MaxPriorityLabel);
-  setMinimumHeight(PriorityTrackBar->sizeHint().height() + margin); // nothing jumps when the track bar comes
+  for (QLabel* label : {InfoLabel, TimeRemainingLabel}) // nothing moves when texts and the track bar come and go
+    label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+  for (QWidget* part : {static_cast<QWidget*>(MinPriorityLabel), static_cast<QWidget*>(PriorityTrackBar),
+                        static_cast<QWidget*>(MaxPriorityLabel)}) {
+    QSizePolicy policy = part->sizePolicy();
+    policy.setRetainSizeWhenHidden(true);
+    part->setSizePolicy(policy);
+  }
+  setMinimumHeight(PriorityTrackBar->sizeHint().height() + margin);
   show_priority(false);
 }
 

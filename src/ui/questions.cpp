@@ -5,6 +5,7 @@
 
 #include <QApplication>
 #include <QFileDialog>
+#include <QFileIconProvider>
 #include <QFileInfo>
 #include <QHeaderView>
 #include <QLabel>
@@ -15,6 +16,8 @@
 #include <QTreeView>
 #include <QUrl>
 #include <algorithm>
+#include <memory>
+#include <optional>
 
 namespace vesk {
 
@@ -52,7 +55,29 @@ void widen(QMessageBox& box) {
   label->setMinimumWidth(std::min(width + scaled(8, box), scaled(560, box)));
 }
 
+// Tells files by their names. The toolkit's own looks into each file, which can take long, or for ever.
+class name_icon_provider final : public QFileIconProvider {
+public:
+  QIcon icon(const QFileInfo& file) const override { return QFileIconProvider::icon(file.isDir() ? Folder : File); }
+  QString type(const QFileInfo& file) const override {
+    if (file.isDir()) return "Folder";
+    return file.suffix().isEmpty() ? QString("File") : file.suffix().toUpper() + " file";
+  }
+  using QFileIconProvider::icon;
+};
+
+// An arrow in place of the hourglass while the user is asked.
+class arrow_cursor {
+public:
+  arrow_cursor() { QApplication::setOverrideCursor(Qt::ArrowCursor); }
+  ~arrow_cursor() { QApplication::restoreOverrideCursor(); }
+  arrow_cursor(const arrow_cursor&) = delete;
+  arrow_cursor& operator=(const arrow_cursor&) = delete;
+};
+
 void arrange(QFileDialog& box) {
+  static name_icon_provider icons;
+  box.setIconProvider(&icons);
   box.resize(scaled(820, box), scaled(500, box));
   QList<QUrl> places;
   for (const auto place : {QStandardPaths::HomeLocation, QStandardPaths::DocumentsLocation})
@@ -86,6 +111,7 @@ box_answer ask_in_box(const std::string& title, const std::string& text, box_but
     box.setEscapeButton(QMessageBox::No);
   }
   widen(box);
+  const auto arrow = QApplication::overrideCursor() ? std::make_optional<arrow_cursor>() : std::nullopt;
   switch (box.exec()) {
   case QMessageBox::Ok: return box_answer::ok;
   case QMessageBox::Yes: return box_answer::yes;
@@ -106,7 +132,7 @@ QStringList name_filters(const std::string& filter) {
   return filters;
 }
 
-std::optional<std::string> ask_for_file(const file_dialog& dialog, const QString& fallback) {
+std::optional<std::string> ask_for_file(const file_dialog& dialog, const QString& first_folder) {
   const bool save = dialog.kind == file_dialog::kind::save;
   QFileDialog box(window_in_front());
   box.setObjectName("file_dialog");
@@ -119,19 +145,27 @@ std::optional<std::string> ask_for_file(const file_dialog& dialog, const QString
     QObject::connect(&box, &QFileDialog::filterSelected, &box,
                      [&box](const QString& filter) { box.setDefaultSuffix(suffix_of(filter)); });
   arrange(box);
-  box.setDirectory(last_folder.isEmpty() ? fallback : last_folder);
-  if (box.exec() != QDialog::Accepted || box.selectedFiles().isEmpty()) return {};
-  const QString name = box.selectedFiles().first();
-  last_folder = QFileInfo(name).absolutePath();
-  return stored(name);
+  box.setDirectory(last_folder.isEmpty() ? first_folder : last_folder);
+  while (box.exec() == QDialog::Accepted && !box.selectedFiles().isEmpty()) {
+    const QString name = box.selectedFiles().first();
+    const QString folder = QFileInfo(name).absolutePath();
+    if (QFileInfo(folder).isDir()) {
+      last_folder = folder;
+      return stored(name);
+    }
+    ask_in_box("Error", "There is no folder " + stored(folder) + "; choose another place.", box_buttons::ok);
+  }
+  return {};
 }
 
 std::optional<std::string> ask_for_folder(const std::string& title, const std::string& start) {
-  // With the files in sight, so that the user sees what he chooses.
-  const QString folder =
-      QFileDialog::getExistingDirectory(window_in_front(), shown(title), shown(start), QFileDialog::Options());
-  if (folder.isEmpty()) return {};
-  return stored(folder);
+  QFileDialog box(window_in_front(), shown(title), shown(start));
+  box.setObjectName("folder_dialog");
+  box.setFileMode(QFileDialog::Directory); // with the files in sight, so that the user sees what he chooses
+  arrange(box);
+  const auto arrow = QApplication::overrideCursor() ? std::make_optional<arrow_cursor>() : std::nullopt;
+  if (box.exec() != QDialog::Accepted || box.selectedFiles().isEmpty()) return {};
+  return stored(box.selectedFiles().first());
 }
 
 } // namespace vesk

@@ -12,9 +12,10 @@ namespace vesk {
 // A box over the window in front. Closing it is the cautious answer.
 box_answer ask_in_box(const std::string& title, const std::string& text, box_buttons buttons);
 
-// Each begins where the one before it of its kind ended; nothing when cancelled. `fallback` is where the first one
-// begins.
-std::optional<std::string> ask_for_file(const file_dialog& dialog, const QString& fallback);
+// Begins in the folder of the last file that was chosen, at first in `first_folder`. Nothing when cancelled.
+std::optional<std::string> ask_for_file(const file_dialog& dialog, const QString& first_folder);
+
+// Begins at `start`. Nothing when cancelled.
 std::optional<std::string> ask_for_folder(const std::string& title, const std::string& start);
 
 // The toolkit's list of filters from pairs of a description and a pattern, all parted by "|".

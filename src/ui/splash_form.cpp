@@ -22,7 +22,10 @@ splash_form::splash_form(int milliseconds, std::function<void()> show_main_windo
     : QWidget(nullptr, Qt::SplashScreen | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint) {
   setObjectName("SplashForm");
   setWindowTitle(shown(TPreveskMainForm::application_title));
-  setFixedSize(picture_width, picture_height);
+  const QSize room = QGuiApplication::primaryScreen()->availableGeometry().size();
+  setFixedSize(QSize(picture_width, picture_height)
+                   .scaled(room, Qt::KeepAspectRatio)
+                   .boundedTo({picture_width, picture_height}));
   move(QGuiApplication::primaryScreen()->availableGeometry().center() - rect().center());
   HideTimer.setObjectName("HideTimer");
   HideTimer.setSingleShot(true);
@@ -36,7 +39,8 @@ splash_form::splash_form(int milliseconds, std::function<void()> show_main_windo
 
 void splash_form::paintEvent(QPaintEvent*) {
   QPainter painter(this);
-  draw_splash(painter, rect());
+  painter.scale(width() / double(picture_width), height() / double(picture_height));
+  draw_splash(painter, QRect(0, 0, picture_width, picture_height));
   QFont font = painter.font();
   font.setPixelSize(18); // of the picture, not of the desktop
   painter.setFont(font);

@@ -166,6 +166,27 @@ TEST(MainWindow, TellsABusyJobInABoxAndStaysUsable) {
   EXPECT_TRUE(wait_for([&] { return !program.form().active_thread; }));
 }
 
+TEST(MainWindow, MessagesStayInSightUnlessTheUserLooksAtOlderOnes) {
+  running_program program;
+  main_window& window = program.window();
+  auto* list = find<QTreeView>(&window, "InfoListView");
+  const auto add = [&](int count) {
+    for (int i = 0; i < count; ++i) window.add_info_line("line", icon_plain);
+    QTest::qWait(20);
+  };
+  const auto at_end = [&] {
+    return list->visualRect(list->model()->index(list->model()->rowCount() - 1, 0)).intersects(list->viewport()->rect());
+  };
+  add(200);
+  EXPECT_TRUE(at_end());
+  window.show_results_grid(true); // takes half of the list's place
+  add(1);
+  EXPECT_TRUE(at_end());
+  QTest::keyClick(list, Qt::Key_Home);
+  add(1);
+  EXPECT_FALSE(at_end());
+}
+
 TEST(MainWindow, TakesItsStoredPlaceAndGridHeight) {
   running_program program({}, "MainFormLeft=40\nMainFormTop=30\nMainFormWidth=700\nMainFormHeight=500\n"
                               "ResultsTableHeight=210\nRunTimeGridAlwaysVisible=1\nAdministrationMode=1\n");
