@@ -1,0 +1,164 @@
+// One explicit step of transport along a chain of segments with dispersion, for five systems: the bundled engine's
+// Euler step against Boost.odeint's on the same right-hand side, which is written as one would write it for odeint: a
+// pass over the segments, all systems of a segment together, coefficients worked out before.
+#include "core/equations.h"
+#include "core/integrator.h"
+#include "ratio_table.h"
+
+#include <benchmark/benchmark.h>
+#include <boost/numeric/odeint.hpp>
+#include <cmath>
+#include <cstdio>
+#include <memory>
+#include <stdexcept>
+#include <vector>
+
+namespace vesk::bench {
+namespace {
+
+using namespace reference_engine;
+
+constexpr std::size_t systems = 5;
+constexpr double step_days = 0.001;
+constexpr double flow = 5, dispersion = 2; // m3/s
+
+// Systems that are only carried.
+class no_kinetics final : public Kinetics {
+public:
+  explicit no_kinetics(std::size_t segments) : zeros_(segments) {}
+  void update(const Hydraulics&, const Forcing&) override {}
+  bool reacts() const override { return false; }
+  void rates(std::size_t, std::size_t, const double* const*, double* const*) const override {}
+  std::span<const double> decay() const override { return zeros_; }
+  bool settles(std::size_t) const override { return false; }
+  std::span<const double> settling_velocity(std::size_t) const override { return zeros_; }
+  std::span<const double> temperature() const override { return zeros_; }
+  bool output(int, std::span<const double>, std::span<double>) const override { return false; }
+
+private:
+  std::vector<double> zeros_;
+};
+
+double volume_of(std::size_t segment) {
+  return 10'000.0 + static_cast<double>(segment % 7) * 500;
+}
+double start_of(std::size_t system, std::size_t segment) {
+  return 1.0 + static_cast<double>(system) + std::sin(static_cast<double>(segment) * 0.01);
+}
+double boundary_of(std::size_t system) {
+  return 2.0 + static_cast<double>(system);
+}
+
+// The engine's side, ready for steps.
+struct engine_side {
+  Problem problem;
+  Forcing forcing;
+  std::unique_ptr<Equations> equations;
+  std::unique_ptr<State> state;
+  std::unique_ptr<Integrator> integrator = make_integrator(static_cast<int>(Technique::explicit_euler));
+
+  explicit engine_side(std::size_t segments) {
+    const int last = static_cast<int>(segments) - 1;
+    for (std::size_t i = 0; i < segments; ++i) {
+      problem.segments.emplace_back();
+      problem.segments.back().volume = volume_of(i);
+    }
+    problem.systems.resize(systems);
+    for (int i = 0; i <= last + 1; ++i)
+      problem.flows.push_back({0, FlowField::surface_water, i == 0 ? outside : i - 1, i > last ? outside : i, 1});
+    for (int i = 1; i <= last; ++i) problem.exchanges.push_back({0, ExchangeField::surface_water, i - 1, i, 1});
+    problem.negative_allowed = true;
+    problem.initial.resize(systems * segments);
+    problem.dissolved.assign(systems * segments, 1.0);
+    forcing.boundaries.assign(systems * segments, 0.0f);
+    forcing.loads.assign(systems * segments, 0.0f);
+    forcing.flows.assign(fields_per_function, 0.0f);
+    forcing.exchanges.assign(fields_per_function, 0.0f);
+    forcing.flows[0] = static_cast<float>(flow);
+    forcing.exchanges[0] = static_cast<float>(dispersion);
+    for (std::size_t s = 0; s < systems; ++s) {
+      forcing.boundaries[s] = static_cast<float>(boundary_of(s));
+      for (std::size_t i = 0; i < segments; ++i) problem.initial[problem.at(s, i)] = start_of(s, i);
+    }
+    equations = std::make_unique<Equations>(problem, std::make_unique<no_kinetics>(segments));
+    state = std::make_unique<State>(problem);
+  }
+
+  void step() {
+    equations->refresh(forcing, *state);
+    integrator->step(*equations, *state, step_days, nullptr);
+  }
+};
+
+// The peer's side: concentrations as [segment][system].
+struct odeint_side {
+  std::vector<double> concentration, out, lower, upper; // the latter three 1/day, by segment
+  boost::numeric::odeint::euler<std::vector<double>> stepper;
+
+  explicit odeint_side(std::size_t segments) : out(segments), lower(segments), upper(segments) {
+    for (std::size_t i = 0; i < segments; ++i) {
+      const double per_day = seconds_per_day / volume_of(i);
+      lower[i] = (flow + (i > 0 ? dispersion : 0)) * per_day;
+      upper[i] = i + 1 < segments ? dispersion * per_day : 0;
+      out[i] = flow * per_day + (i > 0 ? dispersion * per_day : 0) + upper[i];
+      for (std::size_t s = 0; s < systems; ++s) concentration.push_back(start_of(s, i));
+    }
+  }
+
+  void operator()(const std::vector<double>& c, std::vector<double>& rate, double) const {
+    const std::size_t segments = out.size();
+    const auto row = [&](std::size_t i, auto before, auto behind) {
+      for (std::size_t s = 0; s < systems; ++s)
+        rate[i * systems + s] = lower[i] * before(s) - out[i] * c[i * systems + s] + upper[i] * behind(s);
+    };
+    row(
+        0, [](std::size_t s) { return boundary_of(s); }, [&](std::size_t s) { return c[systems + s]; });
+    for (std::size_t i = 1; i + 1 < segments; ++i) {
+      const double l = lower[i], o = out[i], u = upper[i];
+      const double* const at = &c[i * systems];
+      for (std::size_t s = 0; s < systems; ++s)
+        rate[i * systems + s] = l * at[s - systems] - o * at[s] + u * at[s + systems];
+    }
+    const std::size_t last = segments - 1;
+    row(
+        last, [&](std::size_t s) { return c[(last - 1) * systems + s]; }, [](std::size_t) { return 0.0; });
+  }
+
+  void step() { stepper.do_step(std::ref(*this), concentration, 0.0, step_days); }
+};
+
+// Both sides make the same steps.
+void check(std::size_t segments) {
+  engine_side ours(segments);
+  odeint_side peer(segments);
+  for (int i = 0; i < 20; ++i) {
+    ours.step();
+    peer.step();
+  }
+  for (std::size_t s = 0; s < systems; ++s)
+    for (std::size_t i = 0; i < segments; ++i)
+      if (std::abs(ours.state->of(s)[i] - peer.concentration[i * systems + s]) > 1e-9)
+        throw std::runtime_error("the two sides differ in segment " + std::to_string(i));
+}
+
+template <class Side>
+void measure(benchmark::State& state) {
+  Side side(static_cast<std::size_t>(state.range(0)));
+  side.step();
+  for (auto _ : state) side.step();
+}
+
+} // namespace
+} // namespace vesk::bench
+
+int main(int argc, char** argv) {
+  using namespace vesk::bench;
+  check(1000);
+  benchmark::RegisterBenchmark("step/vesk", measure<engine_side>)->Arg(1000)->Arg(100'000);
+  benchmark::RegisterBenchmark("step/odeint", measure<odeint_side>)->Arg(1000)->Arg(100'000);
+  return run_with_ratios(argc, argv,
+                         {{"an explicit step, 1e3 segments, 5 systems, against odeint", "step/vesk/1000",
+                           "step/odeint/1000", ratio_row::at_least},
+                          {"an explicit step, 1e5 segments, 5 systems, against odeint", "step/vesk/100000",
+                           "step/odeint/100000", ratio_row::at_least, 2.2}});
+}
