@@ -1,6 +1,7 @@
 #include "app/catalogue_source.h"
 
 #include "platform/program_paths.h"
+#include "query/paradox_catalogue_store.h"
 #include "query/sqlite_catalogue_store.h"
 
 namespace vesk {
@@ -14,18 +15,32 @@ fs::path catalogue_source::default_directory() {
   return !fs::exists(beside, ignored) && fs::exists(installed, ignored) ? installed : beside;
 }
 
-std::shared_ptr<const model_catalogue> catalogue_source::get() {
-  state now;
-  now.file = directory_ / "catalogue.sqlite";
-  std::error_code error;
-  now.size = fs::file_size(now.file, error);
-  if (error) throw catalogue_exception("Cannot open catalogue " + now.file.string() + ": " + error.message() + ".");
-  now.written = fs::last_write_time(now.file, error);
-  if (!catalogue_ || !(now == read_state_)) {
-    sqlite_catalogue_store store(now.file);
-    catalogue_ = read_catalogue(store);
-    read_state_ = now;
+std::vector<catalogue_source::file_state> catalogue_source::state_of(const std::vector<fs::path>& files) {
+  std::vector<file_state> states;
+  for (const fs::path& file : files) {
+    std::error_code unreadable; // reading tells
+    states.push_back({file, fs::last_write_time(file, unreadable), fs::file_size(file, unreadable)});
   }
+  return states;
+}
+
+std::shared_ptr<const model_catalogue> catalogue_source::get() {
+  const fs::path database = directory_ / "catalogue.sqlite";
+  std::error_code ignored;
+  const bool is_sqlite = fs::exists(database, ignored);
+  const auto files = is_sqlite ? std::vector{database} : paradox_catalogue_store::tables_in(directory_);
+  if (files.empty())
+    throw catalogue_exception("Cannot open catalogue " + directory_.string() +
+                              ": the folder has neither catalogue.sqlite nor the Paradox table models.DB.");
+  std::vector<file_state> now = state_of(files);
+  if (catalogue_ && now == read_state_) return catalogue_;
+  std::unique_ptr<catalogue_store> store;
+  if (is_sqlite)
+    store = std::make_unique<sqlite_catalogue_store>(database);
+  else
+    store = std::make_unique<paradox_catalogue_store>(directory_);
+  catalogue_ = read_catalogue(*store);
+  read_state_ = std::move(now);
   return catalogue_;
 }
 

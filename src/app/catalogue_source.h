@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <vector>
 
 namespace vesk {
 
@@ -18,20 +19,22 @@ public:
   const std::filesystem::path& directory() const { return directory_; }
   void set_directory(std::filesystem::path directory) { directory_ = std::move(directory); }
 
-  // The catalogue, read at the first call and again when the folder or its file has changed since. Throws
-  // catalogue_exception.
+  // The catalogue: that of `catalogue.sqlite` where the folder has one, else that of its Paradox tables. It is read at
+  // the first call and again when the folder or any of these files has changed since. Throws catalogue_exception.
   std::shared_ptr<const model_catalogue> get();
 
 private:
-  struct state {
+  // A file as it stood when it was read.
+  struct file_state {
     std::filesystem::path file;
     std::filesystem::file_time_type written;
     std::uintmax_t size = 0;
-    friend bool operator==(const state&, const state&) = default;
+    friend bool operator==(const file_state&, const file_state&) = default;
   };
+  static std::vector<file_state> state_of(const std::vector<std::filesystem::path>& files);
 
   std::filesystem::path directory_;
-  state read_state_;
+  std::vector<file_state> read_state_;
   std::shared_ptr<const model_catalogue> catalogue_;
 };
 

@@ -24,33 +24,45 @@ struct catalogue_parameter {
   std::uint32_t isc;
   double minimum, maximum, default_value;
   std::string description;
+
+  friend bool operator==(const catalogue_parameter&, const catalogue_parameter&) = default;
 };
 using catalogue_constant = catalogue_parameter;
 
 struct catalogue_system {
   std::uint32_t model_system_id;
   std::string description;
+
+  friend bool operator==(const catalogue_system&, const catalogue_system&) = default;
 };
 
 struct catalogue_time_function {
   std::uint32_t isc;
   std::string description;
+
+  friend bool operator==(const catalogue_time_function&, const catalogue_time_function&) = default;
 };
 
 struct catalogue_constant_group {
   std::uint32_t group_id;
   std::string description;
   std::vector<catalogue_constant> constants;
+
+  friend bool operator==(const catalogue_constant_group&, const catalogue_constant_group&) = default;
 };
 
 struct catalogue_segment_type {
   std::uint32_t vesk_segment_type_id;
   std::string description;
+
+  friend bool operator==(const catalogue_segment_type&, const catalogue_segment_type&) = default;
 };
 
 struct catalogue_output {
   std::uint32_t isc;
   std::string description, units, short_desc, csv_filename;
+
+  friend bool operator==(const catalogue_output&, const catalogue_output&) = default;
 };
 
 // One model with all that it consists of, each list in the order of its Sort_key.
@@ -64,6 +76,8 @@ struct catalogue_model {
   std::vector<catalogue_constant_group> constant_groups;
   std::vector<catalogue_segment_type> segment_types;
   std::vector<catalogue_output> outputs;
+
+  friend bool operator==(const catalogue_model&, const catalogue_model&) = default;
 };
 
 struct model_catalogue {
@@ -72,6 +86,8 @@ struct model_catalogue {
 
   // The model, or nullptr when the catalogue does not hold it.
   const catalogue_model* find_model(std::uint32_t model_id) const;
+
+  friend bool operator==(const model_catalogue&, const model_catalogue&) = default;
 };
 
 using catalogue_value = std::variant<std::monostate, std::int64_t, double, std::string>; // monostate: null

@@ -124,8 +124,8 @@ TEST_F(VeskRun, BadInputIsToldInOneSentence) {
     EXPECT_EQ(result.status, c.status) << c.err;
   }
   const program_result no_catalogue = run({"--catalogue", folder.file("gone"), file});
-  EXPECT_EQ(no_catalogue.err, "vesk-run: Cannot open catalogue " + folder.file("gone/catalogue.sqlite") +
-                                  ": No such file or directory.\n");
+  EXPECT_EQ(no_catalogue.err,
+            "vesk-run: Cannot open catalogue " + folder.file("gone/") + ": No such file or directory.\n");
   EXPECT_EQ(no_catalogue.status, 1);
 }
 
