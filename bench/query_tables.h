@@ -1,0 +1,25 @@
+// The table of the query benchmark in four formats, and what is asked of it.
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+
+namespace vesk::bench {
+
+// Four stations, every hour from 1 January 1998 on, at two depths: station, sampled, value. Values have two decimals.
+// The rows are in order of their time. In the dBASE table, which knows no time of day, `sampled` is the date alone.
+constexpr std::size_t row_count = 1'000'000;
+constexpr const char* stations[] = {"BARRETT", "HALIFAX", "OAKCITY", "WELDON"};
+
+constexpr const char* asked_station = "OAKCITY";
+constexpr int asked_year = 2005;
+constexpr int first_day = 38353, last_day = 38717; // of that year, counted from 30 December 1899
+constexpr std::size_t asked_rows = 365 * 24 * 2;   // of that station and year
+
+// Each is made anew.
+void write_csv(const std::filesystem::path& file);
+void write_sqlite(const std::filesystem::path& file); // table "measured", no index
+void write_paradox(const std::filesystem::path& file);
+void write_dbf(const std::filesystem::path& file);
+
+} // namespace vesk::bench
