@@ -13,6 +13,8 @@ namespace vesk {
 // The lines as they came, with the number of their picture.
 class info_lines final : public QAbstractListModel {
 public:
+  info_lines();
+
   void append(const std::string& text, int icon);
   void clear();
 
@@ -26,9 +28,6 @@ private:
   };
   std::vector<line> lines_;
   const std::array<QIcon, 3> icons_;
-
-public:
-  info_lines();
 };
 
 // Read-only; lines can be selected and copied. The newest line is in sight unless the user has scrolled away from the
