@@ -113,7 +113,10 @@ void import_query::validate() {
     choice.field_index = field_position(condition.field_name);
     refresh_values(i);
     const auto found = std::find(choice.values.begin(), choice.values.end(), condition.value_text);
-    if (found == choice.values.end())
+    // A row without a value lends its empty text to the list, but nothing can be compared with it.
+    const field_type type = field_types[choice.field_index];
+    const bool comparable = !condition.value_text.empty() || !(is_number(type) || is_date_or_time(type));
+    if (found == choice.values.end() || !comparable)
       throw query_validation_exception("Query '" + stored.name + "' contains query condition on field '" +
                                        condition.field_name + "' which has no selected value");
     choice.selected_value = static_cast<std::int32_t>(found - choice.values.begin());
@@ -178,16 +181,20 @@ query_report import_query::execute(const prevesk_dataset_data_type& data, point_
   validate();
   const auto rows = engine.open(*this, build_sql(data), {stored.date_time_field, stored.value_field});
   const std::size_t moment = rows->position(stored.date_time_field), value = rows->position(stored.value_field);
+  const field_type moments = rows->fields()[moment].type;
+  if (!is_date_or_time(moments) && !is_number(moments)) // they would be compared and ordered as texts
+    throw query_engine_exception(stored.file_name + ", field " + stored.date_time_field +
+                                 ": the field holds texts, not dates.");
   if (stored.replace_existing) points.clear();
   const std::size_t before = points.size();
   query_report report;
   point_maker maker(points, stored.average_duplicates);
   while (rows->next()) {
     ++report.rows;
-    const double t = rows->is_null(moment) ? 0 : rows->date_and_time(moment);
+    const double t = rows->is_missing(moment) ? 0 : rows->date_and_time(moment);
     if (std::trunc(t) == 0)
       ++report.without_moment;
-    else if (rows->is_null(value))
+    else if (rows->is_missing(value))
       ++report.without_value; // a measurement that is missing is not one of 0
     else
       maker.add(t, rows->floating_point(value));

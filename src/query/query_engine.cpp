@@ -2,6 +2,7 @@
 
 #include "platform/file_lookup.h"
 #include "query/import_query.h"
+#include "query/sources/column_form.h"
 #include "query/sources/date_text.h"
 #include "query/sources/number_text.h"
 #include "query/sources/open_table_source.h"
@@ -16,6 +17,18 @@ namespace vesk {
 namespace {
 
 constexpr const char* table_name = "source";
+
+// Of 1 January of the year 1 and of the year 10000. A number beyond is none of a date, but perhaps one written
+// together, 20110131, or one that counts seconds.
+constexpr double first_day = -693593, behind_last_day = 2958466;
+
+std::string shortened(std::string text) {
+  constexpr std::size_t most = 60;
+  if (text.size() <= most) return text;
+  std::size_t end = most;
+  while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xc0) == 0x80) --end; // not inside a character
+  return text.substr(0, end) + "...";
+}
 
 } // namespace
 
@@ -66,19 +79,26 @@ bool result_set::next() {
   return false;
 }
 
-bool result_set::is_null(std::size_t field) const {
-  return sqlite3_column_type(statement_, static_cast<int>(field)) == SQLITE_NULL;
+bool result_set::is_missing(std::size_t field) const {
+  const int type = sqlite3_column_type(statement_, static_cast<int>(field));
+  if (type != SQLITE_TEXT) return type == SQLITE_NULL;
+  const std::string mark = text(field);
+  return mark.find_first_not_of(' ') == mark.npos || marks_missing(mark);
 }
 
 void result_set::refuse_value(std::size_t field, const char* wanted) const {
   throw table_source_exception(source_->file(), source_->tables()[table_.table], fields_[field].name,
-                               "\"" + text(field) + "\" stands where " + wanted + " should be.");
+                               "\"" + shortened(text(field)) + "\" stands where " + wanted + " should be.");
 }
 
 double result_set::date_and_time(std::size_t field) const {
   const int column = static_cast<int>(field);
   const int type = sqlite3_column_type(statement_, column);
-  if (type == SQLITE_FLOAT || type == SQLITE_INTEGER) return sqlite3_column_double(statement_, column);
+  if (type == SQLITE_FLOAT || type == SQLITE_INTEGER) {
+    const double serial = sqlite3_column_double(statement_, column);
+    if (!(serial >= first_day && serial < behind_last_day)) refuse_value(field, "a date");
+    return serial;
+  }
   const auto moment = type == SQLITE_TEXT ? moment_literal(text(field)) : std::nullopt;
   if (!moment) refuse_value(field, "a date");
   return *moment;
@@ -119,6 +139,9 @@ std::unique_ptr<result_set> query_engine::open(const import_query& query, const 
     break;
   default: throw query_engine_exception("Cannot determine type of dataset");
   }
+  if (query.source_kind == source_one_table && source->tables().size() > 1)
+    throw query_engine_exception(source->file() + ": the file holds several tables, but the ending of its name is that "
+                                                  "of a single one; rename it to one of .sqlite, .xlsx, .ods or .mdb.");
   const std::size_t position = source->find_table(table);
   return std::unique_ptr<result_set>(
       new result_set(std::move(source), position, query.source_kind == source_several_tables, sql, wanted));
@@ -128,7 +151,10 @@ void query_engine::connect(const import_query& query) {
   try {
     source_of(query.stored.file_name);
   } catch (const query_engine_exception& error) {
-    throw query_engine_exception("Cannot connect to ADO datasource: '" + query.stored.file_name + "': " + error.what());
+    std::string cause = error.what();
+    const std::string file = resolved(query.stored.file_name).string() + ": ";
+    if (cause.starts_with(file)) cause.erase(0, file.size()); // it is named already
+    throw query_engine_exception("Cannot connect to ADO datasource: '" + query.stored.file_name + "': " + cause);
   }
 }
 

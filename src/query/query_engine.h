@@ -36,7 +36,7 @@ public:
 
   // A value of the present row. A null has no text and no number. Each throws query_engine_exception, naming file,
   // table and field, for a value that is nothing of the kind.
-  bool is_null(std::size_t field) const;
+  bool is_missing(std::size_t field) const;      // null, or a text that says so, such as NA
   double date_and_time(std::size_t field) const; // days since 30 December 1899
   double floating_point(std::size_t field) const;
   std::string text(std::size_t field) const; // empty for a null

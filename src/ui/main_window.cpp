@@ -223,11 +223,12 @@ void main_window::data_set_replaced() {
 
 // A job's signs.
 
-// Rows that were left out are worth a look: a missing value may be a slip of the pen.
+// Rows that were left out are worth a look, a missing value may be a slip of the pen; and so is a series without
+// points.
 void main_window::query_executed(const std::string& series, const import_query_descriptor& query,
                                  const query_report& report) {
-  const bool left_out = report.without_moment + report.without_value > 0;
-  add_info_line(in_words(series, query, report), left_out ? icon_note : icon_plain);
+  const bool worth_a_look = report.without_moment + report.without_value > 0 || report.points == 0;
+  add_info_line(in_words(series, query, report), worth_a_look ? icon_note : icon_plain);
 }
 
 void main_window::set_priority_position(int position) {

@@ -144,6 +144,21 @@ TEST_F(ImportQuery, TellsWhatIsWrongWithAValueAndWhere) {
   folder.write("bad.csv", "Taken,Flow\n2009-02-01,1.5\n2009-02-02,dry\n2009-02-03,2\n");
   const std::string failure = failure_of(query_on("bad.csv", "Taken", "Flow"), folder.path);
   for (const char* part : {"bad.csv", "Flow", "dry"}) EXPECT_NE(failure.find(part), std::string::npos) << failure;
+  folder.write("numbers.csv", "Taken,Flow\n20110131,1\n20110201,2\n");
+  import_query_descriptor numbers = query_on("numbers.csv", "Taken", "Flow");
+  numbers.restrict_to_run_period = false;
+  EXPECT_EQ(failure_of(numbers, folder.path),
+            (folder.path / "numbers.csv").string() + ", field Taken: \"20110131\" stands where a date should be.");
+  folder.write("marks.csv",
+               "# gauge 7\n# by hand, twice a day\nTaken,Flow,Depth\n2009-02-01,low,1\nNA,high,2\n2009-02-03,n/a,\n");
+  folder.write("texts.csv", "Taken,Flow\nMonday,1\nTuesday,2\n");
+  EXPECT_EQ(failure_of(query_on("texts.csv", "Taken", "Flow"), folder.path),
+            "texts.csv, field Taken: the field holds texts, not dates.");
+  import_query_descriptor marks = query_on("marks.csv", "Taken", "Flow");
+  EXPECT_NE(failure_of(marks, folder.path).find("field Flow: \"low\" stands where a number should be."),
+            std::string::npos);
+  marks.conditions = {{"Depth", 0, 0, ""}};
+  EXPECT_NE(failure_of(marks, folder.path).find("which has no selected value"), std::string::npos);
   folder.write("empty.csv", "Taken,Flow\n");
   point_list points = {{{0, 0}, 1}};
   import_query(query_on("empty.csv", "Taken", "Flow"), folder.path).execute(model_of_2009(), points);

@@ -14,6 +14,12 @@ bool is_digit(char c) {
   return c >= '0' && c <= '9';
 }
 
+bool is_code(std::string_view text) {
+  return text.size() > 1 && text[0] == '0' && std::all_of(text.begin(), text.end(), is_digit);
+}
+
+} // namespace
+
 bool marks_missing(std::string_view text) {
   constexpr std::string_view marks[] = {"na", "n/a", "nan", "null", "none", "-", "--", "---", "*", "?", "."};
   // Errors of a spreadsheet, such as #DIV/0!, and marks that stand where a number was lost.
@@ -21,12 +27,6 @@ bool marks_missing(std::string_view text) {
   return text.size() <= 4 && std::any_of(std::begin(marks), std::end(marks),
                                          [&](std::string_view mark) { return equal_ignoring_case(mark, text); });
 }
-
-bool is_code(std::string_view text) {
-  return text.size() > 1 && text[0] == '0' && std::all_of(text.begin(), text.end(), is_digit);
-}
-
-} // namespace
 
 table_value column_form::read(std::string_view text) const {
   if (text.empty()) return {};

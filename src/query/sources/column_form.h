@@ -10,6 +10,9 @@
 
 namespace vesk {
 
+// Whether a text that is not empty says that there is no value, such as NA, or is a spreadsheet's error.
+bool marks_missing(std::string_view text);
+
 // The type of a column and how its texts are written.
 struct column_form {
   field_type type = field_type::string;

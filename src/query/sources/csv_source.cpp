@@ -61,6 +61,7 @@ private:
   source_bytes bytes_;
   std::string converted_; // of a file in UTF-16
   std::string_view text_; // without a byte-order mark; from `find_columns` on from the first row of the table on
+  std::size_t comment_lines_ = 0; // above text_
   char separator_ = ',';
   std::vector<table_field> fields_;
   std::vector<column_form> forms_;
@@ -78,6 +79,10 @@ void csv_source::find_text() {
   }
   if (text_.substr(0, sample_size).find('\0') != text_.npos)
     throw table_source_exception(file(), "", "", "it is no text file: it holds bytes of value 0.");
+  while (text_.starts_with('#')) { // comments, as agencies put them above their tables
+    text_.remove_prefix(std::min(text_.find('\n'), text_.size() - 1) + 1);
+    ++comment_lines_;
+  }
   if (text_.find_first_not_of(" \t\r\n") == text_.npos)
     throw table_source_exception(file(), "", "", "the file is empty.");
 }
@@ -112,7 +117,8 @@ void csv_source::find_columns() {
   }
   if (rows.unclosed() != text_.npos)
     throw table_source_exception(file(), "", "",
-                                 "the quotation mark in line " + std::to_string(line + line_of(rows.unclosed()) - 1) +
+                                 "the quotation mark in line " +
+                                     std::to_string(line + line_of(rows.unclosed()) - 1 - comment_lines_) +
                                      " is never closed.");
   text_.remove_prefix(data);
   found.names.resize(votes.size());
@@ -125,7 +131,7 @@ void csv_source::find_columns() {
 
 // Counted from 1; of an offset in `text_`.
 std::size_t csv_source::line_of(std::size_t offset) const {
-  return 1 + static_cast<std::size_t>(std::count(text_.data(), text_.data() + offset, '\n'));
+  return 1 + comment_lines_ + static_cast<std::size_t>(std::count(text_.data(), text_.data() + offset, '\n'));
 }
 
 class csv_cursor : public row_cursor {

@@ -20,7 +20,7 @@ std::string lower(std::string_view text) {
 std::string message(const std::string& file, const std::string& table, const std::string& field,
                     const std::string& cause) {
   std::string text = file;
-  if (!table.empty()) text += ", table " + table;
+  if (!table.empty() && table != file) text += ", table " + table; // a file that is one table is named once
   if (!field.empty()) text += ", field " + field;
   return text + ": " + cause;
 }
