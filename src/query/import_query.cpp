@@ -96,6 +96,10 @@ std::size_t import_query::field_position(const std::string& field) const {
 }
 
 void import_query::validate() {
+  validate(&import_query::refresh_values);
+}
+
+void import_query::validate(void (import_query::*read_values)(std::size_t)) {
   if (stored.file_name.empty()) throw query_validation_exception("File name not set");
   const std::string table = stored.table_name; // of a source of several tables; the file is it otherwise
   set_file(std::string(stored.file_name));
@@ -111,7 +115,7 @@ void import_query::validate() {
     const query_condition& condition = stored.conditions[i];
     condition_choice& choice = choices[i];
     choice.field_index = field_position(condition.field_name);
-    refresh_values(i);
+    (this->*read_values)(i);
     const auto found = std::find(choice.values.begin(), choice.values.end(), condition.value_text);
     // A row without a value lends its empty text to the list, but nothing can be compared with it.
     const field_type type = field_types[choice.field_index];
@@ -155,7 +159,7 @@ std::string import_query::build_sql(const prevesk_dataset_data_type& data) const
   return sql;
 }
 
-void import_query::refresh_values(std::size_t condition) {
+std::unique_ptr<result_set> import_query::open_values(std::size_t condition, const std::string& tail) {
   const std::string& field = stored.conditions[condition].field_name;
   choices[condition].values.clear();
   std::string sql = "SELECT DISTINCT " + field + " FROM " + quoted_table();
@@ -170,19 +174,33 @@ void import_query::refresh_values(std::size_t condition) {
     }
     if (!terms.empty()) sql += " WHERE (" + terms + ")";
   }
-  sql += " ORDER BY " + field;
   trace_query("UPDATING VALUES FOR" + field + "with this=" + stored.name +
               "and RTItems=" + std::to_string(stored.conditions.size()));
-  const auto rows = engine.open(*this, sql);
+  return engine.open(*this, sql + tail);
+}
+
+void import_query::refresh_values(std::size_t condition) {
+  const auto rows = open_values(condition, " ORDER BY " + stored.conditions[condition].field_name);
   while (rows->next()) choices[condition].values.push_back(rows->text(0));
 }
 
+void import_query::find_value(std::size_t condition) {
+  const std::string& wanted = stored.conditions[condition].value_text;
+  const auto rows = open_values(condition, "");
+  while (rows->next())
+    if (rows->text(0) == wanted) {
+      choices[condition].values = {wanted};
+      return;
+    }
+}
+
 query_report import_query::execute(const prevesk_dataset_data_type& data, point_list& points) {
-  validate();
+  validate(&import_query::find_value);
   const auto rows = engine.open(*this, build_sql(data), {stored.date_time_field, stored.value_field});
   const std::size_t moment = rows->position(stored.date_time_field), value = rows->position(stored.value_field);
-  const field_type moments = rows->fields()[moment].type;
-  if (!is_date_or_time(moments) && !is_number(moments)) // they would be compared and ordered as texts
+  const field_type type = rows->fields()[moment].type;
+  // Texts would be compared and ordered as such; but the fields of a table without rows have no type of their own.
+  if (!is_date_or_time(type) && !is_number(type) && engine.open(*this, "SELECT * FROM " + quoted_table())->next())
     throw query_engine_exception(stored.file_name + ", field " + stored.date_time_field +
                                  ": the field holds texts, not dates.");
   if (stored.replace_existing) points.clear();
