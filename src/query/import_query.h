@@ -59,14 +59,19 @@ public:
   // Reads the values of a condition's field.
   void refresh_values(std::size_t condition);
 
-  // Fills `points` from the source. After a failure they are as they were up to then: perhaps erased, perhaps partly
-  // filled. Throws query_exception.
+  // Fills `points` from the source, as it is now; of the values of a condition's field it reads on only to the chosen
+  // one, and leaves no others in `choices`. After a failure they are as they were up to then: perhaps erased, perhaps
+  // partly filled. Throws query_exception.
   query_report execute(const prevesk_dataset_data_type& data, point_list& points);
 
   // Whether the two would do the same.
   friend bool operator==(const import_query& a, const import_query& b);
 
 private:
+  // `read_values`: of a condition, the chosen one among them if it is there.
+  void validate(void (import_query::*read_values)(std::size_t condition));
+  std::unique_ptr<result_set> open_values(std::size_t condition, const std::string& tail); // the distinct ones
+  void find_value(std::size_t condition);
   std::string condition_term(std::size_t condition) const;
   std::size_t field_position(const std::string& field) const; // throws query_validation_exception
 };

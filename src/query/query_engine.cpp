@@ -50,7 +50,9 @@ result_set::result_set(std::shared_ptr<table_source> source, std::size_t table, 
 }
 
 void result_set::prepare(const std::string& sql) {
-  if (sqlite3_open(":memory:", &database_) != SQLITE_OK) throw query_engine_exception("SQLite cannot be started.");
+  constexpr int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX; // of one thread
+  if (sqlite3_open_v2(":memory:", &database_, flags, nullptr) != SQLITE_OK)
+    throw query_engine_exception("SQLite cannot be started.");
   attach_table(database_, table_name, table_);
   if (sqlite3_prepare_v2(database_, sql.c_str(), -1, &statement_, nullptr) != SQLITE_OK) fail();
 }

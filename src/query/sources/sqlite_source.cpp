@@ -4,7 +4,9 @@
 #include "query/sources/date_text.h"
 #include "query/sqlite_names.h"
 
+#include <chrono>
 #include <cmath>
+#include <cstdio>
 #include <map>
 #include <sqlite3.h>
 
@@ -24,7 +26,7 @@ class sqlite_source : public table_source {
 public:
   explicit sqlite_source(std::string name) : table_source(std::move(name)) {
     sqlite3* database = nullptr;
-    const int state = sqlite3_open_v2(file().c_str(), &database, SQLITE_OPEN_READONLY, nullptr);
+    const int state = sqlite3_open_v2(file().c_str(), &database, SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX, nullptr);
     database_.reset(database);
     if (state != SQLITE_OK) fail("");
     sqlite3_busy_timeout(database, 2000);
@@ -64,11 +66,12 @@ private:
   };
   std::unique_ptr<sqlite3, close> database_;
   std::map<std::size_t, std::vector<table_field>> fields_;
+  std::map<std::size_t, std::vector<bool>> text_columns_; // of the same tables: in which columns numbers become texts
 };
 
 // The type that a column is declared with: the first row whose word stands in the declaration. What is not listed is
 // text to us, as it is to SQLite when it calls for no number.
-field_type declared_type(std::string declaration) {
+field_type declared_type(std::string_view declaration) {
   struct row {
     std::string_view word;
     field_type type;
@@ -81,11 +84,22 @@ field_type declared_type(std::string declaration) {
       {"DOUB", field_type::floating},      {"NUM", field_type::floating},        {"DEC", field_type::floating},
       {"MONEY", field_type::currency},
   };
-  for (char& c : declaration)
-    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
   for (const row& r : rows)
     if (declaration.find(r.word) != declaration.npos) return r.type;
   return declaration.empty() ? field_type::unknown : field_type::string;
+}
+
+// Whether the database turns the numbers that are put into such a column into texts.
+bool keeps_texts(std::string_view declaration) {
+  const auto has = [&](std::string_view word) { return declaration.find(word) != declaration.npos; };
+  return !has("INT") && (has("CHAR") || has("CLOB") || has("TEXT"));
+}
+
+std::string upper(std::string_view text) {
+  std::string result(text);
+  for (char& c : result)
+    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+  return result;
 }
 
 bool is_date_type(field_type type) {
@@ -98,13 +112,17 @@ const std::vector<table_field>& sqlite_source::fields(std::size_t table) {
   const auto list =
       prepare("SELECT name, type FROM pragma_table_xinfo(" + sql_quoted(name, '\'') + ") WHERE hidden <> 1", name);
   std::vector<table_field> fields;
+  std::vector<bool> text_columns;
   while (step(list.get(), name)) {
-    table_field field{std::string(text_of(list.get(), 0)), declared_type(std::string(text_of(list.get(), 1)))};
+    const std::string declaration = upper(text_of(list.get(), 1));
+    table_field field{std::string(text_of(list.get(), 0)), declared_type(declaration)};
     if (field.type == field_type::string || field.type == field_type::unknown)
       field.type = sampled_type(name, field.name, field.type);
     fields.push_back(std::move(field));
+    text_columns.push_back(keeps_texts(declaration));
   }
   if (fields.empty()) throw table_source_exception(file(), name, "", "it has no fields.");
+  text_columns_[table] = std::move(text_columns);
   return fields_[table] = std::move(fields);
 }
 
@@ -177,11 +195,49 @@ private:
   statement_handle statement_;
 };
 
+// The day that a date-time number lies in; one far off for what is no date.
+std::chrono::year_month_day date_of_serial(double serial) {
+  const double day = std::abs(serial) < 1e7 ? std::floor(serial) : -1e7;
+  return std::chrono::sys_days(std::chrono::year(1899) / 12 / 30) + std::chrono::days(static_cast<int>(day));
+}
+
+// What the database can tell of a filter by itself, so that it need not hand out the other rows: a term that holds for
+// every row that the filter lets pass. Empty when there is none. `texts_alone`: the column has no numbers.
+std::string prefilter(const row_filter& filter, const table_field& field, bool texts_alone) {
+  const std::string column = "t." + sql_quoted(field.name);
+  const bool at_least = filter.kind == row_filter::test::at_least;
+  if (filter.kind == row_filter::test::equal_text) {
+    if (field.type != field_type::string || filter.text.find('\0') != filter.text.npos) return {};
+    return (texts_alone ? column : "CAST(" + column + " AS TEXT)") + " = " + sql_quoted(filter.text, '\'') +
+           (filter.ignore_case ? " COLLATE NOCASE" : " COLLATE BINARY");
+  }
+  if (field.type != field_type::date && field.type != field_type::date_time) return {};
+  // As texts, no date from a day on sorts before that day in two-digit months and days, however it is written; a time
+  // of 24:00 belongs to the next day. That none up to a day sorts behind it can be told only by the year. Numbers come
+  // before all texts; what moments they mean is not told here.
+  const auto day = date_of_serial(at_least ? std::ceil(filter.number - 1) : filter.number);
+  const int year = static_cast<int>(day.year());
+  if (year < 1000 || year >= 9999) return {};
+  const std::string text = "+" + column + " COLLATE BINARY"; // as it is stored
+  if (!at_least) return text + " < '" + std::to_string(year + 1) + "'";
+  char first[16];
+  std::snprintf(first, sizeof first, "%04d-%02u-%02u", year, static_cast<unsigned>(day.month()) % 100,
+                static_cast<unsigned>(day.day()) % 100);
+  return "(" + text + " >= '" + first + "' OR " + text + " < '')";
+}
+
 std::unique_ptr<row_cursor> sqlite_source::rows(std::size_t table, std::vector<row_filter> filters) {
   const std::vector<table_field>& all = fields(table);
   std::string sql = "SELECT ";
   for (std::size_t i = 0; i < all.size(); ++i) sql += (i ? ", t." : "t.") + sql_quoted(all[i].name);
   sql += " FROM " + sql_quoted(tables_[table]) + " AS t";
+  const char* link = " WHERE ";
+  for (const row_filter& filter : filters)
+    if (const std::string term = prefilter(filter, all[filter.field], text_columns_[table][filter.field]);
+        !term.empty()) {
+      sql += link + term;
+      link = " AND ";
+    }
   return std::make_unique<sqlite_cursor>(*this, all, tables_[table], prepare(sql, tables_[table]), std::move(filters));
 }
 

@@ -141,7 +141,7 @@ public:
   // A value of the present row. A text lives until the next call of `next`. Throws table_source_exception.
   virtual table_value value(std::size_t field) = 0;
 
-  // The present row's number, from 1; rows that the filters leave out count too.
+  // The present row's number, from 1; rows that are left out here by the filters count too.
   std::uint64_t row_number() const { return rows_; }
 
 protected:
@@ -149,8 +149,13 @@ protected:
 
 private:
   bool passes() {
-    for (const row_filter& filter : filters_)
-      if (filter.leaves_out(value(filter.field))) return false;
+    table_value read;
+    const row_filter* last = nullptr; // whose field has been read
+    for (const row_filter& filter : filters_) {
+      if (!last || last->field != filter.field) read = value(filter.field);
+      if (filter.leaves_out(read)) return false;
+      last = &filter;
+    }
     return true;
   }
 
