@@ -1,9 +1,12 @@
 #include "platform/safe_file.h"
 
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <fcntl.h>
 #include <optional>
+#include <string_view>
+#include <sys/file.h>
 #include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -18,13 +21,17 @@ constexpr int most_links = 40;
 // Where a chain of symbolic links ends, whether or not there is a file.
 std::filesystem::path end_of_links(std::filesystem::path path) {
   std::error_code error;
-  for (int links = 0; std::filesystem::is_symlink(std::filesystem::symlink_status(path, error)); ++links) {
+  for (int links = 0;; ++links) {
+    const auto status = std::filesystem::symlink_status(path, error);
+    // What cannot be looked at may be a link, which is not to be replaced.
+    if (!std::filesystem::status_known(status))
+      throw file_open_exception(file_failure("write", path.native(), error.value()));
+    if (!std::filesystem::is_symlink(status)) return path;
     if (links == most_links) throw file_open_exception(file_failure("write", path.native(), ELOOP));
     const std::filesystem::path next = std::filesystem::read_symlink(path, error);
     if (error) throw file_open_exception(file_failure("write", path.native(), error.value()));
     path = next.is_absolute() ? next : path.parent_path() / next;
   }
-  return path;
 }
 
 std::optional<struct stat> status_of(const std::filesystem::path& path) {
@@ -34,12 +41,50 @@ std::optional<struct stat> status_of(const std::filesystem::path& path) {
   throw file_open_exception(file_failure("write", path.native(), errno));
 }
 
+// Hidden names: the mark and 16 hexadecimal digits.
+constexpr std::string_view mark = ".vesk-";
+constexpr std::size_t digits = 16;
+
 std::string unpredictable_name() {
   std::uint64_t number = 0;
-  if (getrandom(&number, sizeof number, 0) != sizeof number) number = static_cast<std::uint64_t>(getpid());
-  char text[32];
-  std::snprintf(text, sizeof text, ".vesk-%016llx", static_cast<unsigned long long>(number));
-  return text;
+  if (getrandom(&number, sizeof number, 0) != sizeof number)
+    number = static_cast<std::uint64_t>(std::chrono::system_clock::now().time_since_epoch().count());
+  char text[digits + 1];
+  std::snprintf(text, sizeof text, "%016llx", static_cast<unsigned long long>(number));
+  return std::string(mark) + text;
+}
+
+bool is_hidden_name(std::string_view name) {
+  return name.size() == mark.size() + digits && name.starts_with(mark) &&
+         name.find_first_not_of("0123456789abcdef", mark.size()) == name.npos;
+}
+
+// A writer holds this lock on its file for as long as the file may have a hidden name. It ends with the writer,
+// wherever that runs, so that a file which can be locked by another is left over. Not waited for.
+bool lock_against_tidying(int file) {
+  return flock(file, LOCK_EX | LOCK_NB) == 0;
+}
+
+// Removes what writers that are gone have left in a folder. What cannot be removed stays for the next time.
+void remove_leftovers(int folder, const std::filesystem::path& path) {
+  std::error_code error;
+  std::filesystem::directory_iterator entry(path, error), end;
+  for (; !error && entry != end; entry.increment(error)) {
+    const std::string name = entry->path().filename().native();
+    if (!is_hidden_name(name)) continue;
+    const file_descriptor file(openat(folder, name.c_str(), O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    struct stat status {};
+    if (file.is_open() && fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode) &&
+        lock_against_tidying(file.get()))
+      unlinkat(folder, name.c_str(), 0);
+  }
+}
+
+// Locks a file that has just been made under a hidden name. False when it was taken for a leftover before.
+bool lock_new(int file) {
+  if (!lock_against_tidying(file)) return errno != EWOULDBLOCK; // without locks nothing is tidied up
+  struct stat status {};
+  return fstat(file, &status) != 0 || status.st_nlink > 0;
 }
 
 // Owner first: changing it may take bits from the mode. Without the right to give the file away, its group alone.
@@ -67,6 +112,7 @@ std::string link_of(int file) {
 file_descriptor open_unnamed(int folder, unsigned mode) {
   file_descriptor file(openat(folder, ".", O_WRONLY | O_TMPFILE | O_CLOEXEC, mode));
   if (file.is_open() && access(link_of(file.get()).c_str(), F_OK) != 0) return {};
+  if (file.is_open()) lock_against_tidying(file.get());
   return file;
 }
 
@@ -94,11 +140,14 @@ void safe_file::create_beside(const std::filesystem::path& target, unsigned mode
   folder_ = open_folder(folder);
   if (!folder_.is_open() || target_name_.empty())
     throw file_open_exception(file_failure("write", name_, folder_.is_open() ? EISDIR : errno));
+  remove_leftovers(folder_.get(), folder);
   file_ = open_unnamed(folder_.get(), mode);
   if (file_.is_open()) return;
   const bool created = under_new_name([&](const char* name) {
     file_ = file_descriptor(openat(folder_.get(), name, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
-    return file_.is_open();
+    if (!file_.is_open() || lock_new(file_.get())) return file_.is_open();
+    errno = EEXIST;
+    return false;
   });
   if (!created) throw file_open_exception(file_failure("write", name_, errno));
 }
@@ -133,6 +182,8 @@ void safe_file::remove_temporary() noexcept {
 
 void safe_file::commit() {
   if (!folder_.is_open()) return; // a device or pipe: written, not replaced
+  // Keeps the lock beyond the closing, which comes before the renaming because it may fail, too.
+  const file_descriptor locked(fcntl(file_.get(), F_DUPFD_CLOEXEC, 0));
   if (fsync(file_.get()) != 0 || !give_name() || close(file_.release()) != 0 ||
       renameat(folder_.get(), temporary_.c_str(), folder_.get(), target_name_.c_str()) != 0) {
     const int cause = errno;

@@ -4,6 +4,7 @@
 #include <csignal>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -117,6 +118,21 @@ TEST(SafeFile, AWriterThatIsKilledLeavesTheOldFileAndNothingBeside) {
   EXPECT_EQ(WTERMSIG(status), SIGKILL);
   EXPECT_EQ(folder.read("a"), "old");
   EXPECT_EQ(entries(folder.path), 1);
+}
+
+TEST(SafeFile, WhatWritersThatAreGoneHaveLeftIsRemovedAndNothingElse) {
+  const temporary_folder folder;
+  const std::string hidden = ".vesk-0123456789abcdef", other = ".vesk-0123456789abcdeg";
+  folder.write(hidden, "half");
+  folder.write(other, "a note");
+  const int writer = open(folder.file(hidden).c_str(), O_RDONLY);
+  ASSERT_EQ(flock(writer, LOCK_EX), 0);
+  save(folder.path / "a", "text");
+  EXPECT_EQ(folder.read(hidden), "half"); // while its writer lives
+  close(writer);
+  save(folder.path / "a", "text");
+  EXPECT_EQ(entries(folder.path), 2);
+  EXPECT_EQ(folder.read(other), "a note");
 }
 
 TEST(SafeFile, OtherHardLinksKeepTheOldContentAndNamesMayBeAsLongAsTheSystemTakes) {
