@@ -110,12 +110,13 @@ void import_query::validate(void (import_query::*read_values)(std::size_t)) {
   field_position(stored.date_time_field);
   if (stored.value_field.empty()) throw query_validation_exception("Value field not set");
   field_position(stored.value_field);
-  choices.assign(stored.conditions.size(), {});
+  choices.resize(stored.conditions.size());
   for (std::size_t i = 0; i < stored.conditions.size(); ++i) {
     const query_condition& condition = stored.conditions[i];
     condition_choice& choice = choices[i];
     choice.field_index = field_position(condition.field_name);
     (this->*read_values)(i);
+    choice.selected_value = -1;
     const auto found = std::find(choice.values.begin(), choice.values.end(), condition.value_text);
     // A row without a value lends its empty text to the list, but nothing can be compared with it.
     const field_type type = field_types[choice.field_index];
@@ -125,6 +126,13 @@ void import_query::validate(void (import_query::*read_values)(std::size_t)) {
                                        condition.field_name + "' which has no selected value");
     choice.selected_value = static_cast<std::int32_t>(found - choice.values.begin());
   }
+}
+
+// Conditions are added and fields and lists change between one validation and the next.
+bool import_query::has_value(std::size_t i) const {
+  if (i >= choices.size() || choices[i].selected_value < 0) return false;
+  return static_cast<std::size_t>(choices[i].selected_value) < choices[i].values.size() &&
+         choices[i].field_index < field_types.size();
 }
 
 std::string import_query::condition_term(std::size_t i) const {
@@ -139,7 +147,7 @@ std::string import_query::condition_term(std::size_t i) const {
 std::string import_query::build_sql(const prevesk_dataset_data_type& data) const {
   std::string sql = "SELECT * FROM " + quoted_table();
   for (std::size_t i = 0; i < stored.conditions.size(); ++i) {
-    if (choices[i].selected_value < 0) return {};
+    if (!has_value(i)) return {};
     sql += i == 0 ? " WHERE ("
                   : " " + std::string(word_of(conjunctions, stored.conditions[i].conjunction, stored, "conjunction")) +
                         " ";
@@ -161,12 +169,13 @@ std::string import_query::build_sql(const prevesk_dataset_data_type& data) const
 
 std::unique_ptr<result_set> import_query::open_values(std::size_t condition, const std::string& tail) {
   const std::string& field = stored.conditions[condition].field_name;
+  if (choices.size() < stored.conditions.size()) choices.resize(stored.conditions.size());
   choices[condition].values.clear();
   std::string sql = "SELECT DISTINCT " + field + " FROM " + quoted_table();
   if (stored.conditions.size() > 1 && drill_down) {
     std::string terms;
     for (std::size_t i = 0; i < stored.conditions.size(); ++i) {
-      if (i == condition || choices[i].selected_value < 0) continue;
+      if (i == condition || !has_value(i)) continue;
       if (!terms.empty())
         terms +=
             " " + std::string(word_of(conjunctions, stored.conditions[i].conjunction, stored, "conjunction")) + " ";
@@ -198,11 +207,6 @@ query_report import_query::execute(const prevesk_dataset_data_type& data, point_
   validate(&import_query::find_value);
   const auto rows = engine.open(*this, build_sql(data), {stored.date_time_field, stored.value_field});
   const std::size_t moment = rows->position(stored.date_time_field), value = rows->position(stored.value_field);
-  const field_type type = rows->fields()[moment].type;
-  // Texts would be compared and ordered as such; but the fields of a table without rows have no type of their own.
-  if (!is_date_or_time(type) && !is_number(type) && engine.open(*this, "SELECT * FROM " + quoted_table())->next())
-    throw query_engine_exception(stored.file_name + ", field " + stored.date_time_field +
-                                 ": the field holds texts, not dates.");
   if (stored.replace_existing) points.clear();
   const std::size_t before = points.size();
   query_report report;
@@ -210,7 +214,7 @@ query_report import_query::execute(const prevesk_dataset_data_type& data, point_
   while (rows->next()) {
     ++report.rows;
     const double t = rows->is_missing(moment) ? 0 : rows->date_and_time(moment);
-    if (std::trunc(t) == 0)
+    if (std::floor(t) == 0)
       ++report.without_moment;
     else if (rows->is_missing(value))
       ++report.without_value; // a measurement that is missing is not one of 0

@@ -72,6 +72,7 @@ private:
   void validate(void (import_query::*read_values)(std::size_t condition));
   std::unique_ptr<result_set> open_values(std::size_t condition, const std::string& tail); // the distinct ones
   void find_value(std::size_t condition);
+  bool has_value(std::size_t condition) const; // chosen
   std::string condition_term(std::size_t condition) const;
   std::size_t field_position(const std::string& field) const; // throws query_validation_exception
 };

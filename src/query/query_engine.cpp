@@ -22,25 +22,29 @@ constexpr const char* table_name = "source";
 // together, 20110131, or one that counts seconds.
 constexpr double first_day = -693593, behind_last_day = 2958466;
 
-std::string shortened(std::string text) {
-  constexpr std::size_t most = 60;
-  if (text.size() <= most) return text;
-  std::size_t end = most;
-  while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xc0) == 0x80) --end; // not inside a character
-  return text.substr(0, end) + "...";
+// Whatever fails in a source is a failure of the query.
+[[noreturn]] void rethrow_as_query_exception(const std::exception_ptr& failure, const std::string& file) {
+  try {
+    std::rethrow_exception(failure);
+  } catch (const query_exception&) {
+    throw;
+  } catch (const std::exception& error) {
+    throw query_engine_exception(file + ": " + error.what());
+  }
 }
 
 } // namespace
 
 result_set::result_set(std::shared_ptr<table_source> source, std::size_t table, bool ignore_case,
                        const std::string& sql, const std::vector<std::string>& wanted)
-    : source_(std::move(source)), table_{*source_, table, source_->fields(table), ignore_case, nullptr}, sql_(sql) {
+    : source_(std::move(source)), table_{*source_, table, source_->fields(table), ignore_case}, sql_(sql) {
   std::vector<std::size_t> positions;
   for (const std::string& name : wanted)
     for (std::size_t i = 0; i < table_.fields.size(); ++i)
       if (table_.fields[i].name == name) positions.push_back(i);
   const translated_statement translated = translate_statement(sql, table_.fields, table_name, positions);
   for (const std::size_t field : translated.fields) fields_.push_back(table_.fields[field]);
+  table_.moment_field = translated.order_field;
   try {
     prepare(translated.sql);
   } catch (...) {
@@ -63,7 +67,7 @@ result_set::~result_set() {
 }
 
 void result_set::fail() const {
-  if (table_.failure) std::rethrow_exception(table_.failure);
+  if (table_.failure) rethrow_as_query_exception(table_.failure, source_->file());
   throw query_engine_exception(source_->file() + ": " + sqlite3_errmsg(database_) + ". The statement was: " + sql_);
 }
 
@@ -90,7 +94,7 @@ bool result_set::is_missing(std::size_t field) const {
 
 void result_set::refuse_value(std::size_t field, const char* wanted) const {
   throw table_source_exception(source_->file(), source_->tables()[table_.table], fields_[field].name,
-                               "\"" + shortened(text(field)) + "\" stands where " + wanted + " should be.");
+                               not_of_its_kind(text(field), wanted));
 }
 
 double result_set::date_and_time(std::size_t field) const {
@@ -179,13 +183,23 @@ std::filesystem::path query_engine::resolved(const std::string& file_name) const
 }
 
 std::shared_ptr<table_source> query_engine::source_of(const std::string& file_name) {
+  std::error_code unknown;
+  if (!std::filesystem::exists(resolved(file_name), unknown) && !unknown)
+    throw query_engine_exception(file_name + ": there is no such file" +
+                                 (std::filesystem::path(file_name).is_absolute()
+                                      ? "."
+                                      : ", neither in the folder of the data file nor in the current one."));
   connection wanted{resolved(file_name), {}, 0};
   std::error_code missing; // opening tells
   wanted.written = std::filesystem::last_write_time(wanted.file, missing);
   wanted.size = std::filesystem::file_size(wanted.file, missing);
   if (source_ && wanted == connection_) return source_;
   source_.reset();
-  source_ = open_table_source(wanted.file);
+  try {
+    source_ = open_table_source(wanted.file);
+  } catch (...) {
+    rethrow_as_query_exception(std::current_exception(), file_name);
+  }
   connection_ = std::move(wanted);
   return source_;
 }

@@ -2,6 +2,7 @@
 
 #include "dataset/moment.h"
 
+#include <algorithm>
 #include <charconv>
 
 namespace vesk {
@@ -21,6 +22,17 @@ std::string number_text(double value, field_type type) {
 
 std::string integer_text(std::int64_t value, field_type type) {
   return type == field_type::boolean ? number_text(static_cast<double>(value), type) : std::to_string(value);
+}
+
+std::string not_of_its_kind(std::string_view text, const char* wanted) {
+  constexpr std::size_t most = 60;
+  std::size_t size = std::min(text.size(), most);
+  if (size < text.size())
+    while (size > 0 && (static_cast<unsigned char>(text[size]) & 0xc0) == 0x80) --size; // not inside a character
+  std::string shown(text.substr(0, size));
+  for (char& c : shown)
+    if (static_cast<unsigned char>(c) < ' ') c = ' ';
+  return "\"" + shown + (size < text.size() ? "...\"" : "\"") + " stands where " + wanted + " should be.";
 }
 
 } // namespace vesk

@@ -39,12 +39,12 @@ TEST(Csv, SettlesTheOrderOfADateByTheWholeColumn) {
               ElementsAre("d:11; e:11", "2011-02-01 04:05:00; 2011-02-01 23:59:59", "1999-12-31 23:00:00; 2011-02-01"));
   EXPECT_THAT(
       read("d,t\n1/2/2011 12:30 AM,7:00\n1/2/2011 1:00:30 pm,24:00\n30/2/2011,x\n"),
-      ElementsAre("d:11; t:10", "2011-01-02 00:30:00; 07:00:00", "2011-01-02 13:00:30; 1899-12-31", "NULL; NULL"));
+      ElementsAre("d:11; t:10", "2011-01-02 00:30:00; 07:00:00", "2011-01-02 13:00:30; 1899-12-31", "30/2/2011; x"));
 }
 
 TEST(Csv, KeepsCodesAndMixedColumnsAsTexts) {
   EXPECT_THAT(read("code,tag,value\n00300,R1,NA\n12,7,<0.5\n13,8,1\n14,R2,2\n15,9,3\n16,,4\n"),
-              ElementsAre("code:1; tag:1; value:3", "00300; R1; NULL", "12; 7; NULL", "13; 8; 1", "14; R2; 2",
+              ElementsAre("code:1; tag:1; value:3", "00300; R1; NULL", "12; 7; <0.5", "13; 8; 1", "14; R2; 2",
                           "15; 9; 3", "16; NULL; 4"));
 }
 

@@ -154,7 +154,7 @@ TEST_F(ImportQuery, TellsWhatIsWrongWithAValueAndWhere) {
                "# gauge 7\n# by hand, twice a day\nTaken,Flow,Depth\n2009-02-01,low,1\nNA,high,2\n2009-02-03,n/a,\n");
   folder.write("texts.csv", "Taken,Flow\nMonday,1\nTuesday,2\n");
   EXPECT_EQ(failure_of(query_on("texts.csv", "Taken", "Flow"), folder.path),
-            "texts.csv, field Taken: the field holds texts, not dates.");
+            folder.file("texts.csv") + ", field Taken: \"Monday\" stands where a date should be.");
   import_query_descriptor marks = query_on("marks.csv", "Taken", "Flow");
   EXPECT_NE(failure_of(marks, folder.path).find("field Flow: \"low\" stands where a number should be."),
             std::string::npos);
@@ -166,6 +166,62 @@ TEST_F(ImportQuery, TellsWhatIsWrongWithAValueAndWhere) {
   EXPECT_TRUE(points.empty());
   EXPECT_NE(failure_of(query_on("gone.dbf", "a", "b")).find("gone.dbf"), std::string::npos);
   EXPECT_EQ(failure_of(query_on("gone.mdb", "a", "b")).find("Cannot connect to ADO datasource: 'gone.mdb': "), 0U);
+}
+
+// Each row: a text file, what its second column has to be.
+TEST_F(ImportQuery, DatesAndNumbersInTextsAreRead) {
+  const struct {
+    const char* content;
+    std::vector<double> values;
+  } files[] = {
+      {"Taken,Flow\n10/1/2009,1\n9/1/2009,2\n11/1/2009,3\nNA,4\n,5\n", {2, 1, 3}}, // in order of time
+      {"Taken;Flow\n1.1.2009;0,512\n2.1.2009;12,733\n3.1.2009;-1,512\n", {0.512, 12.733, -1.512}},
+      {"Taken;Flow\n1.1.2009;1.234,5\n2.1.2009;0,5\n3.1.2009;2.000,25\n", {1234.5, 0.5, 2000.25}},
+      {"Taken,Flow\n2009-01-01,\"1,234\"\n2009-01-02,\"1,234.5\"\n", {1234, 1234.5}},
+      {"# by hand\nTaken,Flow\n2009-01-01,1\n2009-01-02,-\n2009-01-03,3\n2009-01-04,4\n", {1, 3, 4}},
+      {" Taken ,Flow\n2009-01-01,1\n", {1}},
+  };
+  for (const auto& [content, values] : files) {
+    folder.write("f.csv", content);
+    point_list points;
+    import_query_descriptor query = query_on("f.csv", "Taken", "Flow");
+    import_query live(query, folder.path);
+    live.set_file("f.csv");
+    live.stored.date_time_field = live.field_names.at(0);
+    live.execute(model_of_2009(), points);
+    std::vector<double> read;
+    for (const auto& point : points) read.push_back(point.value);
+    EXPECT_EQ(read, values) << content;
+  }
+}
+
+TEST_F(ImportQuery, TextsByWhichRowsAreOrderedAreMoments) {
+  folder.write("days.csv", "x");
+  ASSERT_EQ(std::system(("sqlite3 '" + folder.file("days.sqlite") +
+                         "' \"CREATE TABLE d(t TEXT, v REAL); INSERT INTO d VALUES ('10/1/2009', 1), ('9/1/2009', 2), "
+                         "('2009-11-01 06:00', 3), ('1/1/2008', 4), (NULL, 5)\"")
+                            .c_str()),
+            0);
+  import_query_descriptor query = query_on("days.sqlite", "t", "v");
+  query.table_name = "d";
+  point_list points;
+  import_query(query, folder.path).execute(model_of_2009(), points);
+  ASSERT_EQ(points.size(), 3U);
+  EXPECT_EQ(points[0].value, 2);
+  EXPECT_EQ(points[2].value, 3);
+  EXPECT_EQ(date_time_text(points[2]), "11/1/2009 6:00:00");
+}
+
+TEST_F(ImportQuery, BuildsNothingFromWhatIsNotValidated) {
+  import_query_descriptor query = query_on("ORDERS.DB", "Sale Date", "Total Invoice");
+  query.conditions = {{"Ship VIA", 0, 0, "DHL"}};
+  import_query live(query, folder.path); // where there is no such file
+  EXPECT_THROW(live.validate(), query_exception);
+  EXPECT_EQ(live.build_sql(model_of_2009()), "");
+  import_query good(query, tables_folder);
+  good.validate();
+  good.stored.conditions.push_back({"Order No", 0, 0, "1001"});
+  EXPECT_EQ(good.build_sql(model_of_2009()), "");
 }
 
 TEST_F(ImportQuery, ADayWithoutADateOrBeforeTheFirstIsLeftOut) {

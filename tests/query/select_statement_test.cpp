@@ -19,7 +19,7 @@ std::string tail(const std::string& text) {
 
 TEST(SelectStatement, FieldsStandWithBlanksSignsAndReservedWords) {
   EXPECT_EQ(tail(" WHERE (Flow (m3/s)>=1.5) ORDER BY Order"),
-            " WHERE (t.\"Flow (m3/s)\">=1.5e+00) ORDER BY t.\"Order\"");
+            " WHERE ((t.\"Flow (m3/s)\">=1.5e+00 AND t.\"Flow (m3/s)\"<=9e999)) ORDER BY t.\"Order\"");
   EXPECT_EQ(tail(" WHERE (and='x' AND and='y' OR Flow=2)"),
             " WHERE (t.\"and\"='x' AND t.\"and\"='y' OR t.\"Flow\"=2e+00)");
   EXPECT_EQ(tail(" where (STATION=' a ') order by [sale date]"),

@@ -153,22 +153,22 @@ INSTANTIATE_TEST_SUITE_P(Sqlite, TableFiles,
 
 INSTANTIATE_TEST_SUITE_P(
     Xls, TableFiles,
-    testing::Values(known_table{"roanoke_daily.xls", "daily", roanoke("3")},
-                    known_table{"any_sheets.xls",
-                                "Visible",
-                                {"F1:3 n=3 min=1 max=5 mean=3.000000", "F2:3 n=3 min=2 max=6 mean=4.000000"}},
-                    known_table{"any_sheets.xls", "veryhidden$", {"rows 0", "F1:1 all NULL"}},
-                    known_table{"date.xls",
-                                "Sheet1",
-                                {"rows 3", "first 2021-01-01; 15", "F1:11 n=3 1900-01-10 15:10:10 .. 2021-01-02"}},
-                    known_table{"date_1904.xls",
-                                "Sheet1",
-                                {"rows 3", "first 2021-01-01; 15", "F1:11 n=3 1904-01-11 15:10:10 .. 2021-01-02"}},
-                    known_table{"issues.xls", "issue2", {"rows 2", "first 2; b", "1:3 n=2 min=2 max=3 mean=2.500000"}},
-                    known_table{"issues.xls", "issue5", {"rows 1", "first 0.5"}},
-                    known_table{"merged_range.xls",
-                                "Sheet1",
-                                {"rows 2", "A1:1 n=2, 2 distinct", "H1:1 n=2, 2 distinct"}}), // D1 belongs to C1
+    testing::Values(
+        known_table{"roanoke_daily.xls", "daily", roanoke("3")},
+        known_table{"any_sheets.xls",
+                    "Visible",
+                    {"F1:3 n=3 min=1 max=5 mean=3.000000, 1 texts among them", "F2:3 n=3 min=2 max=6 mean=4.000000"}},
+        known_table{"any_sheets.xls", "veryhidden$", {"rows 0", "F1:1 all NULL"}},
+        known_table{
+            "date.xls", "Sheet1", {"rows 3", "first 2021-01-01; 15", "F1:11 n=3 1900-01-10 15:10:10 .. 2021-01-02"}},
+        known_table{"date_1904.xls",
+                    "Sheet1",
+                    {"rows 3", "first 2021-01-01; 15", "F1:11 n=3 1904-01-11 15:10:10 .. 2021-01-02"}},
+        known_table{"issues.xls", "issue2", {"rows 2", "first 2; b", "1:3 n=2 min=2 max=3 mean=2.500000"}},
+        known_table{"issues.xls", "issue5", {"rows 1", "first 0.5"}},
+        known_table{"merged_range.xls",
+                    "Sheet1",
+                    {"rows 2", "A1:1 n=2, 2 distinct", "H1:1 n=2, 2 distinct"}}), // D1 belongs to C1
     test_name);
 
 INSTANTIATE_TEST_SUITE_P(

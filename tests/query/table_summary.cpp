@@ -37,10 +37,16 @@ struct column {
     ++(value.kind() == value_kind::date_time ? dates : numbers);
   }
 
+  // Texts that stand among values of another kind are counted behind them.
   std::string line() const {
+    const bool stray = texts > 0 && numbers + dates > 0;
+    return values_line() + (stray ? ", " + std::to_string(texts) + " texts among them" : "");
+  }
+
+  std::string values_line() const {
     if (texts + numbers + dates == 0) return "all NULL";
-    if ((texts && numbers) || (texts && dates) || (numbers && dates)) return "of several kinds";
-    if (texts) return printed("n=%zu, %zu distinct", texts, distinct.size());
+    if (numbers && dates) return "of several kinds";
+    if (texts && !numbers && !dates) return printed("n=%zu, %zu distinct", texts, distinct.size());
     if (dates)
       return printed("n=%zu ", dates) + shown(table_value::of_date_time(least)) + " .. " +
              shown(table_value::of_date_time(most));

@@ -18,6 +18,11 @@ bool is_code(std::string_view text) {
   return text.size() > 1 && text[0] == '0' && std::all_of(text.begin(), text.end(), is_digit);
 }
 
+// Of a text that has not the form of its column.
+table_value no_value(std::string_view text) {
+  return marks_missing(text) ? table_value() : table_value::of_text(text);
+}
+
 } // namespace
 
 bool marks_missing(std::string_view text) {
@@ -42,11 +47,11 @@ table_value column_form::read(std::string_view text) const {
   }
   case field_type::floating: {
     const auto number = read_number(text, decimal_comma);
-    return number ? table_value::of_number(*number) : table_value();
+    return number ? table_value::of_number(*number) : no_value(text);
   }
   default: {
     const auto date = read_date(text, dates);
-    return date ? table_value::of_date_time(date->serial) : table_value();
+    return date ? table_value::of_date_time(date->serial) : no_value(text);
   }
   }
 }
@@ -125,7 +130,7 @@ void column_votes::add(const table_value& value) {
   }
 }
 
-column_form column_votes::settle() const {
+column_form column_votes::settle(bool prefer_comma) const {
   column_form result;
   if (votes_ == 0 || codes_ > 0) return result;
   const auto most = static_cast<std::size_t>(std::max_element(dates_.begin(), dates_.end()) - dates_.begin());
@@ -139,7 +144,7 @@ column_form column_votes::settle() const {
       result.type = with_time ? field_type::date_time : field_type::date;
   } else if (numbers * 4 >= votes_ * 3) {
     result.type = point_ + comma_ + large_ == 0 ? field_type::integer : field_type::floating;
-    result.decimal_comma = comma_ > point_;
+    result.decimal_comma = comma_ > point_ || (prefer_comma && comma_ > 0 && comma_ == point_);
   }
   return result;
 }

@@ -19,7 +19,8 @@ struct column_form {
   date_form dates = date_form::iso; // of a date, a time or a date-time
   bool decimal_comma = false;       // of a number
 
-  // The value of a text; null when it is empty, and for one that is not of a number's, date's or time's form.
+  // The value of a text; null when it is empty or marks a missing value. One that is not of a number's, date's or
+  // time's form stays a text.
   table_value read(std::string_view text) const;
 };
 
@@ -37,7 +38,8 @@ public:
 
   std::uint64_t count() const { return votes_; }
 
-  column_form settle() const;
+  // `prefer_comma`: numbers such as "1,234", which may be both, have a decimal comma if nothing else tells.
+  column_form settle(bool prefer_comma = false) const;
 
 private:
   bool add_number(std::string_view text);

@@ -124,7 +124,7 @@ void csv_source::find_columns() {
   found.names.resize(votes.size());
   found.names = distinct_names(std::move(found.names));
   for (std::size_t i = 0; i < votes.size(); ++i) {
-    forms_.push_back(votes[i].settle());
+    forms_.push_back(votes[i].settle(separator_ != ','));
     fields_.push_back({found.names[i], forms_[i].type});
   }
 }

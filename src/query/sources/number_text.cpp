@@ -1,5 +1,6 @@
 #include "query/sources/number_text.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -18,23 +19,24 @@ bool has_thousands(std::string_view text) {
   if (!text.empty() && (text[0] == '-' || text[0] == '+')) text.remove_prefix(1);
   text = text.substr(0, text.find('.'));
   const std::size_t first = text.find(',');
+  if (text.starts_with("0,")) return false; // a fraction
   if (first == 0 || first > 3 || (text.size() - first) % 4 != 0) return false;
   for (std::size_t i = 0; i < text.size(); ++i)
     if ((i >= first && (i - first) % 4 == 0) ? text[i] != ',' : !is_digit(text[i])) return false;
   return true;
 }
 
-// The number without its commas, or with `comma` in their place unless that is 0.
-std::optional<double> number_with_commas(std::string_view text, char comma) {
+std::optional<double> without_commas(std::string_view text) {
   std::array<char, 64> plain;
   if (text.size() > plain.size()) return std::nullopt;
-  std::size_t size = 0;
-  for (const char c : text)
-    if (c != ',')
-      plain[size++] = c;
-    else if (comma != 0)
-      plain[size++] = comma;
-  return plain_number({plain.data(), size});
+  const auto end = std::remove_copy(text.begin(), text.end(), plain.begin(), ',');
+  return plain_number({plain.data(), static_cast<std::size_t>(end - plain.begin())});
+}
+
+// A number with a decimal point, perhaps with commas between its thousands.
+std::optional<double> number_with_point(std::string_view text) {
+  if (text.find(',') == text.npos) return plain_number(text);
+  return has_thousands(text) ? without_commas(text) : std::nullopt;
 }
 
 } // namespace
@@ -67,9 +69,12 @@ std::optional<double> plain_number(std::string_view text) {
 }
 
 std::optional<double> read_number(std::string_view text, bool decimal_comma) {
-  if (text.find(',') == text.npos) return plain_number(text);
-  if (decimal_comma) return text.find('.') == text.npos ? number_with_commas(text, '.') : std::nullopt;
-  return has_thousands(text) ? number_with_commas(text, 0) : std::nullopt;
+  if (!decimal_comma) return number_with_point(text);
+  std::array<char, 64> turned; // the two marks in each other's place
+  if (text.size() > turned.size()) return std::nullopt;
+  std::transform(text.begin(), text.end(), turned.begin(), [](char c) { return c == ',' ? '.' : c == '.' ? ',' : c; });
+  const auto number = number_with_point({turned.data(), text.size()});
+  return number || text.find(',') != text.npos ? number : plain_number(text);
 }
 
 } // namespace vesk

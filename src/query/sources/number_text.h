@@ -10,7 +10,7 @@ namespace vesk {
 // a finite number.
 std::optional<double> plain_number(std::string_view text);
 
-// A number written with a decimal point or comma. With a point, commas may part thousands.
+// A number written with a decimal point or comma. The other of the two may part thousands.
 std::optional<double> read_number(std::string_view text, bool decimal_comma);
 
 } // namespace vesk

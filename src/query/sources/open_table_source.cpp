@@ -70,6 +70,10 @@ const extension_row* row_of(const fs::path& file) {
 }
 
 std::string beginning(const fs::path& file) {
+  std::error_code unknown; // opening tells
+  const fs::file_status status = fs::status(file, unknown);
+  if (fs::exists(status) && !fs::is_regular_file(status)) // a pipe would wait for a writer
+    throw table_source_exception(file.string(), "", "", "it is no file of data.");
   const file_descriptor descriptor = open_for_reading(file);
   std::string bytes(beginning_size, '\0');
   bytes.resize(read_at(descriptor.get(), 0, bytes.data(), bytes.size(), nullptr, 0, file.native()));

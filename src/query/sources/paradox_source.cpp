@@ -130,7 +130,7 @@ void paradox_source::read_header() {
   if (encryption != 0) fail("the table is encrypted.");
 
   unsigned page = has_second_header() ? bytes_.number<std::uint16_t>(0x6a) : 0;
-  if (page == 0) page = 437;
+  if (page == 0) page = has_second_header() ? 1252 : 437; // of versions before 4
   code_page_ = code_page::find(page);
   if (!code_page_) fail("its text is in code page " + std::to_string(page) + ", which the system does not know.");
 }

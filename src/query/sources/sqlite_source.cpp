@@ -186,7 +186,7 @@ private:
     }
     const std::string_view text = text_of(statement_.get(), column);
     const auto reading = read_date(text, type == field_type::time ? date_form::time_only : date_form::iso);
-    return reading ? table_value::of_date_time(reading->serial) : table_value();
+    return reading ? table_value::of_date_time(reading->serial) : table_value::of_text(text);
   }
 
   const sqlite_source& source_;

@@ -32,6 +32,17 @@ public:
     return at;
   }
 
+  // The fields whose names stand here or behind blanks; a name may begin with blanks itself.
+  struct named_field {
+    std::size_t field, end;
+  };
+  std::vector<named_field> fields_after(std::size_t at) const {
+    std::vector<named_field> found;
+    for (const std::size_t last = past_blanks(at); at <= last; ++at)
+      for (const named_field& field : fields_at(at)) found.push_back(field);
+    return found;
+  }
+
   // Behind the words, which blanks part, in any case of letters; nothing when they do not stand here.
   std::optional<std::size_t> past_words(std::size_t at, std::initializer_list<std::string_view> words) const {
     for (const std::string_view word : words) {
@@ -44,9 +55,6 @@ public:
   }
 
   // The fields whose names stand here, the longest first, with the places behind them. A name may be marked.
-  struct named_field {
-    std::size_t field, end;
-  };
   std::vector<named_field> fields_at(std::size_t at) const {
     std::vector<named_field> found;
     for (std::size_t i = 0; i < fields_.size(); ++i) {
@@ -113,12 +121,15 @@ public:
     const auto select = reader_.past_words(0, {"SELECT"});
     if (!select) fail(0);
     if (const auto star = reader_.past_words(*select, {"*"})) {
-      if (const auto from = reader_.past_words(*star, {"FROM"})) return selected(columns(), *from);
+      if (const auto from = reader_.past_words(*star, {"FROM"})) {
+        moments_in_text_ = text_field_of_order();
+        return selected(columns(), *from);
+      }
       fail(*star);
     }
     const auto distinct = reader_.past_words(*select, {"DISTINCT"});
     if (!distinct) fail(*select);
-    for (const auto& [field, end] : reader_.fields_at(reader_.past_blanks(*distinct)))
+    for (const auto& [field, end] : reader_.fields_after(*distinct))
       if (const auto from = reader_.past_words(end, {"FROM"})) return selected({field}, *from, "DISTINCT ");
     fail(*distinct);
   }
@@ -144,6 +155,7 @@ private:
     for (const table_place& place : table_places(reader_, from)) {
       const auto where = reader_.past_words(place.next, {"WHERE"});
       if (const auto tail = where ? term(*where, 0) : end(place.next)) {
+        if (moments_in_text_ != no_field) result.order_field = fields_[moments_in_text_].name;
         if (where) result.sql += " WHERE ";
         result.sql += *tail;
         return result;
@@ -154,16 +166,36 @@ private:
 
   std::string name(std::size_t field) const { return "t." + sql_quoted(fields_[field].name); }
 
+  // What a field is compared and ordered by.
+  std::string compared(std::size_t field) const {
+    return field == moments_in_text_ ? std::string(moment_function) + "(" + name(field) + ")" : name(field);
+  }
+
+  // The field that the rows are put in order by, when it is one of texts: rows are put in order of time, so its texts
+  // are moments. No field otherwise.
+  std::size_t text_field_of_order() const {
+    const std::string_view sql = reader_.sql();
+    for (std::size_t at = sql.size(); at-- > 0;) {
+      if (sql[at] != ' ') continue;
+      const auto by = reader_.past_words(at, {"ORDER", "BY"});
+      if (!by) continue;
+      for (const auto& [field, end] : reader_.fields_after(*by))
+        if (reader_.past_blanks(end) == sql.size())
+          return is_number(fields_[field].type) || is_date_or_time(fields_[field].type) ? no_field : field;
+    }
+    return no_field;
+  }
+
   // Each of these reads on to the end of the statement and returns what SQLite is given from here on; nothing when
   // the rest cannot be read so. `depth`: of open parentheses.
   std::optional<std::string> term(std::size_t at, int depth) {
-    at = reach(at);
-    if (++attempts_ > most_attempts) fail(at);
-    if (at < reader_.sql().size() && reader_.sql()[at] == '(') {
-      auto tail = term(at + 1, depth + 1);
+    const std::size_t word = reach(at);
+    if (++attempts_ > most_attempts) fail(word);
+    if (word < reader_.sql().size() && reader_.sql()[word] == '(') {
+      auto tail = term(word + 1, depth + 1);
       return tail ? std::optional("(" + *tail) : std::nullopt;
     }
-    for (const auto& [field, end] : reader_.fields_at(at))
+    for (const auto& [field, end] : reader_.fields_after(at))
       if (auto read = comparison(field, end, depth)) return read;
     return {};
   }
@@ -214,8 +246,8 @@ private:
     if (at == reader_.sql().size()) return "";
     const auto by = reader_.past_words(at, {"ORDER", "BY"});
     if (!by) return {};
-    for (const auto& [field, behind] : reader_.fields_at(reach(*by)))
-      if (reach(behind) == reader_.sql().size()) return " ORDER BY " + name(field);
+    for (const auto& [field, behind] : reader_.fields_after(*by))
+      if (reach(behind) == reader_.sql().size()) return " ORDER BY " + compared(field);
     return {};
   }
 
@@ -223,7 +255,7 @@ private:
   std::optional<std::string> translated(std::size_t field, std::string_view symbol, std::string_view text,
                                         bool quoted) const {
     const field_type type = fields_[field].type;
-    if (is_date_or_time(type)) {
+    if (is_date_or_time(type) || field == moments_in_text_) {
       const auto moment = moment_literal(text);
       return moment ? std::optional(moment_condition(field, symbol, *moment)) : std::nullopt;
     }
@@ -233,7 +265,11 @@ private:
              {std::pair("true", "1"), {"yes", "1"}, {"-1", "1"}, {"false", "0"}, {"no", "0"}})
           if (equal_ignoring_case(text, word)) return name(field) + std::string(symbol) + value;
       }
-      if (const auto number = plain_number(text)) return name(field) + std::string(symbol) + number_in_sql(*number);
+      if (const auto number = plain_number(text)) {
+        const std::string condition = name(field) + std::string(symbol) + number_in_sql(*number);
+        // A text among the numbers is greater than each of them to SQLite.
+        return symbol.front() == '>' ? "(" + condition + " AND " + name(field) + "<=9e999)" : condition;
+      }
       const auto moment = quoted ? moment_literal(text) : std::nullopt; // a column of day numbers
       return moment ? std::optional(moment_condition(field, symbol, *moment)) : std::nullopt;
     }
@@ -242,9 +278,9 @@ private:
 
   std::string moment_condition(std::size_t field, std::string_view symbol, double moment) const {
     const std::string low = number_in_sql(moment - half_a_second), high = number_in_sql(moment + half_a_second);
-    if (symbol == "=") return name(field) + " BETWEEN " + low + " AND " + high;
-    if (symbol == "<>") return name(field) + " NOT BETWEEN " + low + " AND " + high;
-    return name(field) + std::string(symbol) + (symbol == ">=" || symbol == "<" ? low : high);
+    if (symbol == "=") return compared(field) + " BETWEEN " + low + " AND " + high;
+    if (symbol == "<>") return compared(field) + " NOT BETWEEN " + low + " AND " + high;
+    return compared(field) + std::string(symbol) + (symbol == ">=" || symbol == "<" ? low : high);
   }
 
   // The next place behind blanks; remembered, so that a failure can tell how far the statement was understood.
@@ -265,6 +301,8 @@ private:
   const std::vector<table_field>& fields_;
   const std::string table_;
   const std::vector<std::size_t>& wanted_;
+  static constexpr std::size_t no_field = static_cast<std::size_t>(-1);
+  std::size_t moments_in_text_ = no_field;
   std::size_t furthest_ = 0;
   int attempts_ = 0;
 };

@@ -9,6 +9,7 @@
 // with their blanks and as words of the language, dates are #1/2/2000 3:00:00# or '1/2/2000, 3:00:00' and compare as
 // moments, and an apostrophe inside a literal is not doubled. So what a word means is told by the table's fields, and
 // the end of a literal by what has to follow it.
+// Rows are put in order of time, so texts that they are put in order by are moments, too.
 #pragma once
 
 #include "query/sources/table_source.h"
@@ -23,9 +24,13 @@ namespace vesk {
 // The name of the table in a statement, without its marks. Throws query_engine_exception when there is none.
 std::string table_of_statement(std::string_view sql);
 
+// The function that a translated statement may call: the moment that a text means.
+inline constexpr const char* moment_function = "vesk_moment";
+
 struct translated_statement {
   std::string sql;                 // for SQLite
   std::vector<std::size_t> fields; // positions in the table of the columns of the result
+  std::string order_field;         // by which the rows are put in order, when its texts are moments; else empty
 };
 
 // The statement over a table with these fields, which SQLite knows as `table`. In place of all fields (*) only those

@@ -1,7 +1,9 @@
 #include "query/sql/table_module.h"
 
+#include "query/sources/column_form.h"
 #include "query/sql/select_statement.h"
 #include "query/sqlite_names.h"
+#include "query/value_text.h"
 
 #include <charconv>
 #include <cstring>
@@ -35,6 +37,36 @@ int guarded(sqlite3_vtab* table, Work work) noexcept {
   } catch (...) {
     static_cast<attached_table*>(table)->what->failure = std::current_exception();
     return SQLITE_ERROR;
+  }
+}
+
+// The moment that a text means; nothing when it says that there is none. `field`: named when it means nothing.
+std::optional<double> moment_of_text(std::string_view text, const module_table& table, const std::string& field) {
+  if (text.find_first_not_of(' ') == text.npos || marks_missing(text)) return {};
+  if (const auto moment = moment_literal(text)) return moment;
+  throw table_source_exception(table.source.file(), table.source.tables()[table.table], field,
+                               not_of_its_kind(text, "a date"));
+}
+
+// A text in a column of dates as the date that it means.
+table_value as_moment(const table_value& value, const module_table& table, std::size_t field) {
+  if (value.kind() != value_kind::text || !is_date_or_time(table.fields[field].type)) return value;
+  const auto moment = moment_of_text(value.text(), table, table.fields[field].name);
+  return moment ? table_value::of_date_time(*moment) : table_value();
+}
+
+// vesk_moment: of a text the moment that it means, of anything else itself.
+void give_moment(sqlite3_context* context, int, sqlite3_value** arguments) {
+  module_table& table = *static_cast<module_table*>(sqlite3_user_data(context));
+  if (sqlite3_value_type(arguments[0]) != SQLITE_TEXT) return sqlite3_result_value(context, arguments[0]);
+  try {
+    const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(arguments[0]));
+    const auto size = static_cast<std::size_t>(sqlite3_value_bytes(arguments[0]));
+    if (const auto moment = moment_of_text({text, size}, table, table.moment_field))
+      sqlite3_result_double(context, *moment);
+  } catch (...) {
+    table.failure = std::current_exception();
+    sqlite3_result_error(context, "a text that is no date", -1);
   }
 }
 
@@ -148,7 +180,8 @@ int is_at_end(sqlite3_vtab_cursor* cursor) {
 int give_value(sqlite3_vtab_cursor* cursor, sqlite3_context* context, int column) {
   auto& at = *static_cast<attached_cursor*>(cursor);
   return guarded(cursor->pVtab, [&] {
-    const table_value value = at.rows->value(static_cast<std::size_t>(column));
+    const auto field = static_cast<std::size_t>(column);
+    const table_value value = as_moment(at.rows->value(field), table_of(cursor), field);
     switch (value.kind()) {
     case value_kind::null: return sqlite3_result_null(context);
     case value_kind::integer: return sqlite3_result_int64(context, value.integer());
@@ -185,7 +218,15 @@ const sqlite3_module module_of_tables = make_module();
 } // namespace
 
 void attach_table(sqlite3* database, const std::string& name, module_table& table) {
-  if (sqlite3_create_module_v2(database, name.c_str(), &module_of_tables, &table, nullptr) != SQLITE_OK)
+  constexpr std::size_t most_fields = 2000; // of SQLite
+  if (table.fields.size() > most_fields)
+    throw table_source_exception(table.source.file(), table.source.tables()[table.table], "",
+                                 "it has " + std::to_string(table.fields.size()) + " fields; " +
+                                     std::to_string(most_fields) + " can be read.");
+  constexpr int kind = SQLITE_UTF8 | SQLITE_DETERMINISTIC;
+  if (sqlite3_create_module_v2(database, name.c_str(), &module_of_tables, &table, nullptr) != SQLITE_OK ||
+      sqlite3_create_function_v2(database, moment_function, 1, kind, &table, give_moment, nullptr, nullptr, nullptr) !=
+          SQLITE_OK)
     throw query_engine_exception(std::string("A table cannot be given to SQLite: ") + sqlite3_errmsg(database) + ".");
 }
 

@@ -15,12 +15,13 @@ struct module_table {
   table_source& source;
   std::size_t table;
   std::vector<table_field> fields;
-  bool ignore_case;           // whether texts compare without regard to the case of ASCII letters
-  std::exception_ptr failure; // what the source has thrown, when a statement has failed by it
+  bool ignore_case;                // whether texts compare without regard to the case of ASCII letters
+  std::string moment_field = {};   // whose texts are moments, for messages
+  std::exception_ptr failure = {}; // what the source has thrown, when a statement has failed by it
 };
 
-// Makes `table` known to the database under `name`. Dates and times are numbers in it, see table_value. Throws
-// query_engine_exception.
+// Makes `table` known to the database under `name`, and the function that a translated statement may call. Dates and
+// times are numbers in it, see table_value. Throws query_engine_exception.
 void attach_table(sqlite3* database, const std::string& name, module_table& table);
 
 } // namespace vesk
