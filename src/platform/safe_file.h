@@ -2,9 +2,10 @@
 //
 // The new content is written to a file of its own beside the target and takes the target's place only when all of it
 // is on the disk. Whatever goes wrong before, the old file stays as it was and the new one is removed. Until it is
-// whole it has no name, so that a program that is killed leaves nothing, but for the moment between naming and renaming;
-// where the file system has no files without names it is a hidden file, `.vesk-` and a number, from the start. Hidden
-// files whose writers are gone are removed by the next saving into the same folder; a lock (flock) tells them apart.
+// whole it has no name, so that a program that is killed leaves nothing, but for the moment between naming and
+// renaming; where the file system has no files without names it is a hidden file, `.vesk-` and a number, from the
+// start. Hidden files whose writers are gone are removed by the next saving into the same folder; a lock (flock) tells
+// them apart.
 //
 // A symbolic link stays and what it points at is replaced. The old file's mode stays, and its owner and group where
 // the system permits; a new file gets the usual mode. Other hard links to the old file keep the old content. What is no
