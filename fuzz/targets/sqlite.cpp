@@ -1,0 +1,11 @@
+#include "query/sources/sqlite_source.h"
+#include "support/scratch.h"
+#include "support/tables.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+  using namespace vesk;
+  static const fuzz::scratch_folder folder;
+  const std::string file = folder.write("river.sqlite", fuzz::as_text(bytes, size));
+  fuzz::read_tables([&] { return open_sqlite(file); }, file);
+  return 0;
+}
