@@ -195,7 +195,11 @@ void import_query::refresh_values(std::size_t condition) {
 
 void import_query::find_value(std::size_t condition) {
   const std::string& wanted = stored.conditions[condition].value_text;
-  const auto rows = open_values(condition, "");
+  const field_type type = field_types[choices[condition].field_index];
+  std::string tail;
+  if (!drill_down && !wanted.empty() && !is_number(type) && !is_date_or_time(type)) // sources look for texts themselves
+    tail = " WHERE (" + stored.conditions[condition].field_name + "='" + wanted + "')";
+  const auto rows = open_values(condition, tail);
   while (rows->next())
     if (rows->text(0) == wanted) {
       choices[condition].values = {wanted};

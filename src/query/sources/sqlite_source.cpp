@@ -161,7 +161,12 @@ public:
     const int column = static_cast<int>(field);
     const int stored = sqlite3_column_type(statement_.get(), column);
     if (stored == SQLITE_NULL || stored == SQLITE_BLOB || type == field_type::blob) return {};
-    if (is_date_type(type)) return date(type, stored, column);
+    if (is_date_type(type)) { // asked for by each condition on it
+      if (dated_row_ != row_number() || dated_column_ != column) dated_ = date(type, stored, column);
+      dated_row_ = row_number();
+      dated_column_ = column;
+      return dated_;
+    }
     if (type == field_type::string) {
       const std::string_view text = text_of(statement_.get(), column);
       return text.empty() ? table_value() : table_value::of_text(text);
@@ -193,6 +198,10 @@ private:
   const std::vector<table_field>& fields_;
   const std::string& table_;
   statement_handle statement_;
+  // The date that was read last, and where.
+  table_value dated_;
+  std::uint64_t dated_row_ = 0;
+  int dated_column_ = 0;
 };
 
 // The day that a date-time number lies in; one far off for what is no date.
@@ -212,18 +221,22 @@ std::string prefilter(const row_filter& filter, const table_field& field, bool t
            (filter.ignore_case ? " COLLATE NOCASE" : " COLLATE BINARY");
   }
   if (field.type != field_type::date && field.type != field_type::date_time) return {};
-  // As texts, no date from a day on sorts before that day in two-digit months and days, however it is written; a time
-  // of 24:00 belongs to the next day. That none up to a day sorts behind it can be told only by the year. Numbers come
-  // before all texts; what moments they mean is not told here.
+  // Texts that begin with a year can be told apart by their letters: within a century none of a day and later sorts
+  // before that day in two-digit months and days, and none of a year and earlier sorts behind the year. What moments
+  // other texts mean, and numbers, which come before all texts, is not told here. A time of 24:00 is of the next day.
   const auto day = date_of_serial(at_least ? std::ceil(filter.number - 1) : filter.number);
-  const int year = static_cast<int>(day.year());
-  if (year < 1000 || year >= 9999) return {};
-  const std::string text = "+" + column + " COLLATE BINARY"; // as it is stored
-  if (!at_least) return text + " < '" + std::to_string(year + 1) + "'";
-  char first[16];
-  std::snprintf(first, sizeof first, "%04d-%02u-%02u", year, static_cast<unsigned>(day.month()) % 100,
+  const int year = static_cast<int>(day.year()) + !at_least;
+  if (year < 1100 || year > 9999) return {};
+  char bound[16];
+  std::snprintf(bound, sizeof bound, "%04d-%02u-%02u", year, static_cast<unsigned>(day.month()) % 100,
                 static_cast<unsigned>(day.day()) % 100);
-  return "(" + text + " >= '" + first + "' OR " + text + " < '')";
+  const std::string text = "+" + column + " COLLATE BINARY "; // as it is stored
+  const auto before = [&](int century) { return text + "< '" + std::to_string(century) + "0'"; };
+  const auto behind = [&](int century) { return text + ">= '" + std::to_string(century) + ":'"; }; // ':' follows '9'
+  const int century = year / 100;
+  if (!at_least) return "(" + text + "< '" + std::to_string(year) + "' OR " + behind(century) + ")";
+  return "(" + text + ">= '" + bound + "' OR " + before(century) + " AND (" + before(century - 1) + " OR " +
+         behind(century - 1) + "))";
 }
 
 std::unique_ptr<row_cursor> sqlite_source::rows(std::size_t table, std::vector<row_filter> filters) {
