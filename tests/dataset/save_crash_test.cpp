@@ -27,14 +27,14 @@ bool asks_for_unnamed_file(const system_call& call) {
   return call.number == SYS_openat && (call.arguments[2] & O_TMPFILE) == O_TMPFILE;
 }
 
-// A data file of two writes reached by a symbolic link, and what a save makes of it. Parameter: whether the file
+// A data file of several writes, reached by a symbolic link, and what a save makes of it. Parameter: whether the file
 // system has files without names.
 class InterruptedSave : public testing::TestWithParam<bool> {
 protected:
   InterruptedSave() {
     fs::create_directory(folder.path / "far");
     fs::create_symlink("far/river.vki", link);
-    data.segments.resize(20'000);
+    data.segments.resize(4000);
     save_data_file(link, data);
     wanted = folder.read("far/river.vki");
     fs::permissions(folder.path / "far/river.vki", fs::perms(0640));

@@ -18,7 +18,7 @@
 #include <thread>
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#include <sanitizer/allocator_interface.h>
+extern "C" std::size_t __sanitizer_get_current_allocated_bytes(); // g++ comes without its header
 constexpr bool sanitized = true;
 #else
 #include <malloc.h>
