@@ -45,8 +45,8 @@ constexpr const char* usage = "usage: %s [--seconds N] [--seed N] [--limit SECON
 struct options {
   unsigned seconds = 0; // of changing inputs, after the replay
   std::uint64_t seed = 1;
-  unsigned limit = 20;         // seconds for one input
-  std::size_t largest = 65536; // longer inputs are replayed, but not changed
+  unsigned limit = 20;           // seconds for one input
+  std::size_t largest = 1 << 17; // longer inputs are replayed, but not changed
   fs::path crashes = ".";
   std::vector<fs::path> paths;
 };

@@ -33,7 +33,8 @@ public:
       const engine_job_scope serving(*this);
       engine_function();
     }
-    if (failure_.find("bad_alloc") != failure_.npos) return false;
+    is_short_of_memory_ = failure_.find("bad_alloc") != failure_.npos;
+    if (is_short_of_memory_) return false;
     if (!failure_.empty()) fuzz::fail("thrown in the callback: " + failure_);
     demand(return_code_ >= 0, "the engine gives no return code");
     demand(return_code_ == 0 || !refusal_.empty(), "the engine does not tell why it fails");
@@ -41,6 +42,7 @@ public:
   }
 
   const std::string& refusal() const { return refusal_; }
+  bool is_short_of_memory() const { return is_short_of_memory_; }
 
   shell_interface& shell() override { return shell_; }
   std::string input_file_name() const override { return file_; }
@@ -53,6 +55,7 @@ private:
   shell_interface shell_;
   std::string file_, refusal_, failure_;
   std::int32_t return_code_ = -1;
+  bool is_short_of_memory_ = false;
 };
 
 } // namespace vesk::fuzz

@@ -145,7 +145,8 @@ public:
     std::string& room = texts_[field];
     const std::string_view text = rows_.text(field, room);
     const column_form& form = source_.forms_[field];
-    if (form.type != field_type::string || is_ascii(text) || is_utf8(text)) return form.read(text);
+    const table_value value = form.read(text);
+    if (value.kind() != value_kind::text || is_ascii(text) || is_utf8(text)) return value;
     room = utf8_from_windows_1252(text);
     return table_value::of_text(room);
   }

@@ -176,7 +176,8 @@ private:
     for (; row_ < std::min(end, most_rows) && !row_cells_.empty(); ++row_)
       for (const cell& c : row_cells_) {
         cell_table& cells = source_.contents_.back();
-        if (!(c.is_boolean ? cells.add_boolean(row_, c.column, c.value.integer() != 0)
+        if (++cells_ > cell_table::most_cells ||
+            !(c.is_boolean ? cells.add_boolean(row_, c.column, c.value.integer() != 0)
                            : cells.add(row_, c.column, c.value)))
           source_.fail_too_large(source_.tables_.size() - 1);
       }
@@ -189,6 +190,7 @@ private:
   std::uint32_t row_ = 0, column_ = 0, row_repeated_ = 1, cell_repeated_ = 1;
   std::string type_, value_, text_;
   std::vector<cell> row_cells_;
+  std::size_t cells_ = 0; // of all sheets, since all are kept
 };
 
 // Finds out whether the archive's parts are encrypted.
@@ -208,6 +210,7 @@ ods_source::ods_source(const source_bytes& bytes, std::string name) : sheet_sour
     if (reader.is_encrypted) fail("", "the workbook has a password.");
   }
   ods_content_reader(*this).read(archive, "content.xml");
+  refuse_without_sheets();
 }
 
 } // namespace

@@ -25,6 +25,9 @@ protected:
   [[noreturn]] void fail(const std::string& table, std::string cause) const {
     throw table_source_exception(file(), table, "", std::move(cause));
   }
+  void refuse_without_sheets() const {
+    if (tables_.empty()) fail("", "there is no worksheet in it.");
+  }
   [[noreturn]] void fail_too_large(std::size_t table) const {
     fail(tables_[table], "it has more than " + std::to_string(cell_table::most_cells) + " cells.");
   }

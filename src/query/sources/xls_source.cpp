@@ -7,6 +7,7 @@
 #include "query/sources/source_bytes.h"
 
 #include <bit>
+#include <cmath>
 #include <map>
 
 namespace vesk {
@@ -26,6 +27,7 @@ public:
     }
     if (stream_.empty()) fail("", "there is no workbook in the compound file.");
     read_globals();
+    refuse_without_sheets();
   }
 
 protected:
@@ -171,6 +173,7 @@ private:
     if (!cells_.add(row, column, value)) source_.fail_too_large(table_);
   }
   void number(std::uint32_t column, std::uint16_t style, double value) {
+    if (!std::isfinite(value)) return; // Excel has no such numbers
     const bool is_date = style < source_.styles_.size() && source_.styles_[style];
     add(row(), column,
         is_date ? table_value::of_date_time(source_.dates_.number(value)) : table_value::of_number(value));

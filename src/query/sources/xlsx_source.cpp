@@ -142,6 +142,7 @@ public:
       tables_.push_back(sheet.name);
       parts_.push_back(to->second.part);
     }
+    refuse_without_sheets();
     for (const auto& [id, to] : relations) {
       if (to.kind == "styles") styles_part_ = to.part;
       if (to.kind == "sharedStrings") shared_texts_part_ = to.part;

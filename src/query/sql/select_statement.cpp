@@ -118,6 +118,8 @@ public:
       : reader_(sql, fields), fields_(fields), table_(table), wanted_(wanted) {}
 
   translated_statement all() {
+    if (reader_.sql().find('\0') != std::string_view::npos)
+      refuse("The statement holds a character of value 0.", reader_.sql());
     const auto select = reader_.past_words(0, {"SELECT"});
     if (!select) fail(0);
     if (const auto star = reader_.past_words(*select, {"*"})) {
@@ -137,6 +139,21 @@ public:
 private:
   // How many ways of reading a statement are tried; a real one needs a few.
   static constexpr int most_attempts = 100'000;
+
+  // What one statement may have, so that neither the stack here nor SQLite's runs out.
+  static constexpr int most_terms = 500, most_parentheses = 50;
+
+  // Counts the terms that are being read, one inside the other.
+  class one_term_more {
+  public:
+    explicit one_term_more(int& terms) : terms_(terms) { ++terms_; }
+    ~one_term_more() { --terms_; }
+    one_term_more(const one_term_more&) = delete;
+    one_term_more& operator=(const one_term_more&) = delete;
+
+  private:
+    int& terms_;
+  };
 
   std::vector<std::size_t> columns() const {
     if (!wanted_.empty()) return wanted_;
@@ -191,6 +208,11 @@ private:
   std::optional<std::string> term(std::size_t at, int depth) {
     const std::size_t word = reach(at);
     if (++attempts_ > most_attempts) fail(word);
+    const one_term_more counted(terms_);
+    if (terms_ > most_terms)
+      refuse("The statement has more than " + std::to_string(most_terms) + " conditions.", reader_.sql());
+    if (depth > most_parentheses)
+      refuse("More than " + std::to_string(most_parentheses) + " parentheses are open.", reader_.sql());
     if (word < reader_.sql().size() && reader_.sql()[word] == '(') {
       auto tail = term(word + 1, depth + 1);
       return tail ? std::optional("(" + *tail) : std::nullopt;
@@ -304,7 +326,7 @@ private:
   static constexpr std::size_t no_field = static_cast<std::size_t>(-1);
   std::size_t moments_in_text_ = no_field;
   std::size_t furthest_ = 0;
-  int attempts_ = 0;
+  int attempts_ = 0, terms_ = 0;
 };
 
 } // namespace
