@@ -80,6 +80,8 @@ public:
       else if (!serve_stop())
         return refuse("changing system calls");
     }
+    // A process that was killed at its stop may refuse to go on before it is gone: it still holds its locks.
+    await_end();
     end_.status = WIFEXITED(status_) ? WEXITSTATUS(status_) : 128 + WTERMSIG(status_);
     return end_;
   }
@@ -92,11 +94,15 @@ private:
     return WIFSTOPPED(status_);
   }
 
+  void await_end() {
+    while (WIFSTOPPED(status_) && wait()) {
+    }
+  }
+
   traced_end refuse(const char* what) {
     const int cause = errno;
     kill(process_, SIGKILL);
-    while (WIFSTOPPED(status_) && wait()) {
-    }
+    await_end();
     end_.refusal = std::string("The system does not permit ") + what + ": " + std::strerror(cause) + ".";
     return end_;
   }

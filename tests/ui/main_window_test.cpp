@@ -111,7 +111,8 @@ TEST(MainWindow, OpensRunsSlowsStopsResumesAndCancels) {
 
   EXPECT_TRUE(wait_for([&] { return bar->value() > 0 && time->text().startsWith("Simulation Time: "); }));
   EXPECT_TRUE(wait_for([&] { return grid->isVisible() && !cell(grid, 0, 0).isEmpty(); }));
-  EXPECT_TRUE(find<QLabel>(&window, "TimeRemainingLabel")->text().startsWith(" Time remaining: "));
+  const auto* remaining = find<QLabel>(&window, "TimeRemainingLabel");
+  EXPECT_TRUE(wait_for([&] { return remaining->text().startsWith(" Time remaining: "); }));
   const auto what_is_shown = [&] { return time->text() + cell(grid, 3, 0) + cell(grid, 20, 1); };
   const auto moves = [&](int milliseconds) {
     const QString before = what_is_shown();
