@@ -6,15 +6,14 @@ namespace reference_engine {
 
 namespace {
 
-// Segments of one block: the coefficients stay in the first-level cache while one system after the other is replaced.
-constexpr std::size_t block = 512;
+// Segments of one block: coefficients and rates stay in the second-level cache while all systems are replaced.
+constexpr std::size_t block = 2048;
 
 } // namespace
 
 void Euler::step(const Equations& equations, State& state, double days, MassBalance* balance) {
   prepare(equations, state, days);
   gather(equations, state, days, balance);
-  const Problem& problem = equations.problem();
   const bool reacts = equations.kinetics().reacts();
   const std::size_t count = state.volume.size();
   for (std::size_t begin = 0; begin < count; begin += block) {
@@ -23,18 +22,7 @@ void Euler::step(const Equations& equations, State& state, double days, MassBala
       for (std::size_t s = 0; s < old_rows_.size(); ++s) old_rows_[s] = state.of(s).data() + begin;
       equations.kinetics().rates(begin, end, old_rows_.data(), rate_rows_.data());
     }
-    for (std::size_t c = 0; c < scaled_.size(); ++c) {
-      for (const std::size_t system : equations.classes()[c].systems()) {
-        Advance row = row_of(problem, c, system, begin, end, reacts, state);
-        const bool moved_out = advance(end - begin, row);
-        before_[system] = row.before;
-        const bool gained_out = add_gains(equations, system, begin, end, state);
-        if (moved_out || gained_out) hold_limits(problem, system, begin, end, state, balance);
-        if (reacts && balance != nullptr && static_cast<int>(system) == problem.balance_system)
-          for (std::size_t i = begin; i < end; ++i)
-            balance->moved.reacted += days * state.volume[i] * rate_rows_[system][i - begin];
-      }
-    }
+    for (std::size_t c = 0; c < scaled_.size(); ++c) advance_class(equations, c, begin, end, reacts, state, balance);
   }
   state.volume.swap(new_volume_);
 }
@@ -85,21 +73,34 @@ void Euler::gather(const Equations& equations, const State& state, double days, 
   }
 }
 
-Advance Euler::row_of(const Problem& problem, std::size_t its_class, std::size_t system, std::size_t begin,
-                      std::size_t end, bool reacts, State& state) const {
+void Euler::advance_class(const Equations& equations, std::size_t its_class, std::size_t begin, std::size_t end,
+                          bool reacts, State& state, MassBalance* balance) {
+  const Problem& problem = equations.problem();
+  const auto systems = equations.classes()[its_class].systems();
   const Scaled& it = scaled_[its_class];
-  const Limits limit = limits(problem, system);
-  const std::span<double> values = state.of(system);
-  return {.keep = &it.keep[begin],
-          .lower = &it.lower[begin],
-          .upper = &it.upper[begin],
-          .per_rate = &per_rate_[begin],
-          .rate = reacts ? rate_rows_[system] : nullptr,
-          .values = &values[begin],
-          .before = begin > 0 ? before_[system] : 0.0,
-          .behind = end < values.size() ? values[end] : 0.0,
-          .least = limit.least,
-          .most = limit.most};
+  const AdvanceShares shares{.keep = &it.keep[begin],
+                             .lower = &it.lower[begin],
+                             .upper = &it.upper[begin],
+                             .per_rate = &per_rate_[begin],
+                             .least = limits(problem, systems.front()).least};
+  rows_.clear();
+  for (const std::size_t system : systems) {
+    const std::span<double> values = state.of(system);
+    rows_.push_back({.rate = rate_rows_[system],
+                     .values = &values[begin],
+                     .before = begin > 0 ? before_[system] : 0.0,
+                     .behind = end < values.size() ? values[end] : 0.0,
+                     .most = limits(problem, system).most});
+  }
+  const bool moved_out = advance(end - begin, shares, rows_, reacts);
+  for (std::size_t r = 0; r < systems.size(); ++r) {
+    before_[systems[r]] = rows_[r].before;
+    const bool gained_out = add_gains(equations, systems[r], begin, end, state);
+    if (moved_out || gained_out) hold_limits(problem, systems[r], begin, end, state, balance);
+    if (reacts && balance != nullptr && static_cast<int>(systems[r]) == problem.balance_system)
+      for (std::size_t i = begin; i < end; ++i)
+        balance->moved.reacted += days_ * state.volume[i] * rows_[r].rate[i - begin];
+  }
 }
 
 bool Euler::add_gains(const Equations& equations, std::size_t system, std::size_t begin, std::size_t end,

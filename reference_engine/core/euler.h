@@ -22,8 +22,9 @@ private:
 
   void prepare(const Equations& equations, const State& state, double days);
   void gather(const Equations& equations, const State& state, double days, MassBalance* balance);
-  Advance row_of(const Problem& problem, std::size_t its_class, std::size_t system, std::size_t begin, std::size_t end,
-                 bool reacts, State& state) const;
+  // Moves one class over a block of segments.
+  void advance_class(const Equations& equations, std::size_t its_class, std::size_t begin, std::size_t end, bool reacts,
+                     State& state, MassBalance* balance);
   // Whether one of the gaining segments ends outside the system's limits.
   bool add_gains(const Equations& equations, std::size_t system, std::size_t begin, std::size_t end,
                  State& state) const;
@@ -35,6 +36,7 @@ private:
   std::vector<double> before_;            // by system, old value of the last segment of the block before
   std::vector<double> rate_;              // [system], a block
   std::vector<double*> rate_rows_;
+  std::vector<AdvanceRow> rows_; // of the class at work
   std::vector<const double*> old_rows_;
   std::uint64_t version_ = 0; // that scaled_ was made for, and its step
   double days_ = 0;

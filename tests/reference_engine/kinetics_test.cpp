@@ -173,27 +173,37 @@ TEST(Hydraulics, PowersOfTheFlowOrTheBox) {
   EXPECT_DOUBLE_EQ(hydraulics.velocity()[1], 1.5);
 }
 
-// Any count, so with and without a rest that fills no vector, in one call and in two.
+// Any count, so with and without a rest that fills no vector, in one call and in two; any number of rows together.
 TEST(Kernels, ReplaceInPlaceWhatAPlainLoopWorksOut) {
   for (std::size_t count = 1; count < 30; ++count) {
-    std::vector<double> keep(count), lower(count), upper(count), rate(count), values(count), expected(count);
+    std::vector<double> keep(count), lower(count), upper(count);
     for (std::size_t k = 0; k < count; ++k) {
       const auto x = static_cast<double>(k + 1);
-      keep[k] = 0.5 + 0.001 * x, lower[k] = 0.3 / x, upper[k] = 0.2 - 0.003 * x, rate[k] = x / 7, values[k] = x * x;
+      keep[k] = 0.5 + 0.001 * x, lower[k] = 0.3 / x, upper[k] = 0.2 - 0.003 * x;
     }
-    for (std::size_t k = 0; k < count; ++k)
-      expected[k] = keep[k] * values[k] + lower[k] * (k > 0 ? values[k - 1] : 11.0) +
-                    upper[k] * (k + 1 < count ? values[k + 1] : 13.0) + keep[k] * rate[k];
-    const double last = values[count - 1];
-    const std::size_t half = count / 2;
-    Advance row{keep.data(),   lower.data(), upper.data(), keep.data(), rate.data(),
-                values.data(), 11,           values[half], 0,           1e9};
-    EXPECT_FALSE(advance(half, row));
-    Advance rest{&keep[half],   &lower[half], &upper[half], &keep[half], &rate[half],
-                 &values[half], row.before,   13,           0,           expected[count - 1] - 1e-9};
-    EXPECT_TRUE(advance(count - half, rest)); // the last value is above the limit
+    const std::size_t row_count = 1 + count % 7, half = count / 2;
+    std::vector<std::vector<double>> rate(row_count), values(row_count), expected(row_count);
+    std::vector<AdvanceRow> rows;
+    for (std::size_t r = 0; r < row_count; ++r) {
+      const double before = 11.0 + static_cast<double>(r), behind = 13.0 - static_cast<double>(r);
+      for (std::size_t k = 0; k < count; ++k) {
+        rate[r].push_back(static_cast<double>(k + r) / 7);
+        values[r].push_back(static_cast<double>((k + 1) * (k + r + 1)));
+      }
+      for (std::size_t k = 0; k < count; ++k)
+        expected[r].push_back(keep[k] * values[r][k] + lower[k] * (k > 0 ? values[r][k - 1] : before) +
+                              upper[k] * (k + 1 < count ? values[r][k + 1] : behind) + keep[k] * rate[r][k]);
+      rows.push_back({rate[r].data(), values[r].data(), before, values[r][half], 1e9});
+    }
+    std::vector<double> last;
+    for (const auto& row : values) last.push_back(row.back());
+    EXPECT_FALSE(advance(half, {keep.data(), lower.data(), upper.data(), keep.data(), 0}, rows, true));
+    for (std::size_t r = 0; r < row_count; ++r)
+      rows[r] = {&rate[r][half], &values[r][half], rows[r].before, 13.0 - static_cast<double>(r), 1e9};
+    rows.back().most = expected.back().back() - 1e-9; // of the last row alone
+    EXPECT_TRUE(advance(count - half, {&keep[half], &lower[half], &upper[half], &keep[half], 0}, rows, true));
     EXPECT_EQ(values, expected);
-    EXPECT_EQ(rest.before, last);
+    for (std::size_t r = 0; r < row_count; ++r) EXPECT_EQ(rows[r].before, last[r]);
   }
 }
 
