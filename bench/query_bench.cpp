@@ -12,6 +12,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <functional>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <sys/resource.h>
@@ -29,7 +30,7 @@ struct peer {
 struct format {
   const char* name;
   const char* file;
-  void (*write)(const fs::path& file);
+  void (*write)(const fs::path& file, table_part part);
   std::size_t points; // of the answer
   std::vector<peer> peers;
 };
@@ -43,8 +44,8 @@ const format formats[] = {
 
 fs::path folder;
 
-// Opens the file, holds the query against it, and reads the points: all of it at each call.
-query_report execute(const format& source, point_list& points) {
+// Opens the file, holds the query against it, and reads the points of a year: all of it at each call.
+query_report execute(const format& source, point_list& points, int first = first_day) {
   import_query_descriptor query;
   query.file_name = source.file;
   if (source.write == write_sqlite) query.table_name = "measured";
@@ -53,10 +54,10 @@ query_report execute(const format& source, point_list& points) {
   query.value_field = is_dbase ? "VALUE" : "value";
   query.conditions = {{is_dbase ? "STATION" : "station", 0, 0, asked_station}};
   prevesk_dataset_data_type model;
-  model.seed_date = first_day;
+  model.seed_date = first;
   model.seed_time = 0;
-  model.time_steps.points = {{moment_type::from_date_time(first_day), 1},
-                             {moment_type::from_date_time(last_day + 23 / 24.0), 1}};
+  model.time_steps.points = {{moment_type::from_date_time(first), 1},
+                             {moment_type::from_date_time(first + last_day - first_day + 23 / 24.0), 1}};
   return import_query(query, folder).execute(model, points);
 }
 
@@ -111,18 +112,37 @@ double memory(const std::string& figure) {
   throw std::runtime_error("the system does not tell " + figure);
 }
 
-// What a query takes at its peak beyond what this process, which has done nothing else yet, had before. Pages of a
-// large file that is mapped, not read, count as memory of the process too.
-void print_memory(const format& source) {
+// What a query takes at its peak beyond what this process, which has done nothing else yet, had before. Pages of the
+// program and its libraries that are first used count, too. `first`: of the days that are asked for.
+double peak_growth(const format& source, int first) {
   point_list points;
-  const double before = memory("VmRSS"), mapped_before = memory("RssFile");
-  execute(source, points);
-  constexpr double megabyte = 1e6, kept = asked_rows * sizeof(mean_value);
-  std::printf(
-      "%s: the peak memory grows by %.1f MB, %.1f MB of it mapped pages of files, for %.2f MB of kept rows and a "
-      "file of %.1f MB\n",
-      source.name, (memory("VmHWM") - before) / megabyte, (memory("RssFile") - mapped_before) / megabyte,
-      kept / megabyte, static_cast<double>(fs::file_size(folder / source.file)) / megabyte);
+  const double before = memory("VmRSS");
+  execute(source, points, first);
+  return memory("VmHWM") - before;
+}
+
+// The same in a process of its own, in megabytes.
+double peak_growth_elsewhere(const std::string& program, const format& source, int first) {
+  const std::string command = "'" + program + "' --peak=" + source.name + " " + std::to_string(first);
+  const std::unique_ptr<FILE, int (*)(FILE*)> out(popen(command.c_str(), "r"), pclose);
+  double bytes = 0;
+  if (!out || std::fscanf(out.get(), "%lf", &bytes) != 1) throw std::runtime_error("no peak of " + command);
+  return bytes / 1e6;
+}
+
+// The file's size must not be seen in it, and the rows that are kept only once.
+void print_memory(const std::string& program, const format& source) {
+  constexpr int long_ago = 10000; // no row is of that year
+  std::printf("%s: the peak memory grows", source.name);
+  for (const table_part part : {tenth_of_table, whole_table}) {
+    source.write(folder / source.file, part);
+    std::printf("%s by %.2f MB with a file of %.1f MB (%.2f MB where no row is kept)",
+                part.rows == row_count ? "," : "", peak_growth_elsewhere(program, source, first_day),
+                static_cast<double>(fs::file_size(folder / source.file)) / 1e6,
+                peak_growth_elsewhere(program, source, long_ago));
+  }
+  std::printf("; the kept rows are %.2f MB\n", asked_rows * sizeof(mean_value) / 1e6);
+  std::fflush(stdout);
 }
 
 } // namespace
@@ -133,20 +153,17 @@ int main(int argc, char** argv) {
   folder = fs::absolute(argv[0]).parent_path() / "query_bench_tables";
   fs::create_directories(folder);
   fs::current_path(folder); // where the trace of the queries goes
-  const std::string memory_option = "--memory=";
   for (const format& source : formats)
-    if (argc == 2 && memory_option + source.name == argv[1]) {
-      print_memory(source);
+    if (argc == 3 && std::string("--peak=") + source.name == argv[1]) {
+      std::printf("%.0f\n", peak_growth(source, std::atoi(argv[2])));
       return 0;
     }
   const std::string program = fs::read_symlink("/proc/self/exe").string();
   std::vector<ratio_row> rows;
   const std::string end = "/manual_time";
   for (const format& source : formats) {
-    source.write(folder / source.file);
+    print_memory(program, source);
     check(source);
-    std::fflush(stdout);
-    if (std::system(("'" + program + "' " + memory_option + source.name).c_str()) != 0) return 1;
     const std::string ours = std::string(source.name) + "/vesk";
     benchmark::RegisterBenchmark(ours.c_str(), [&source](benchmark::State& state) {
       measure(state, [&source] {

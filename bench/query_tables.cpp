@@ -24,15 +24,14 @@ struct measurement {
 };
 
 template <class Take>
-void for_each_row(Take take) {
-  constexpr int start = 35796; // 1 January 1998
+void for_each_row(table_part part, Take take) {
   const std::chrono::sys_days origin = std::chrono::year(1899) / 12 / 30;
   std::uint64_t random = 1;
   measurement row{};
-  for (std::size_t i = 0; i < row_count; ++i) {
+  for (std::size_t i = 0; i < part.rows; ++i) {
     row.station = stations[i / 2 % 4];
     const int hours = static_cast<int>(i / 8);
-    row.day = start + hours / 24;
+    row.day = part.first_day + hours / 24;
     row.hour = hours % 24;
     random = random * 6364136223846793005U + 1442695040888963407U;
     const auto noise = static_cast<double>(random >> 54) / 1024; // below 1
@@ -47,14 +46,15 @@ void for_each_row(Take take) {
 
 } // namespace
 
-void write_csv(const std::filesystem::path& file) {
+void write_csv(const std::filesystem::path& file, table_part part) {
   std::ofstream out(file, std::ios::binary);
   out << "station,sampled,value\n";
-  for_each_row([&](const measurement& row) { out << row.station << ',' << row.moment << ',' << row.digits << '\n'; });
+  for_each_row(part,
+               [&](const measurement& row) { out << row.station << ',' << row.moment << ',' << row.digits << '\n'; });
   if (!out.flush()) throw std::runtime_error("cannot write " + file.string());
 }
 
-void write_sqlite(const std::filesystem::path& file) {
+void write_sqlite(const std::filesystem::path& file, table_part part) {
   std::filesystem::remove(file);
   sqlite3* database = nullptr;
   sqlite3_open(file.c_str(), &database);
@@ -63,7 +63,7 @@ void write_sqlite(const std::filesystem::path& file) {
                nullptr, nullptr, nullptr);
   sqlite3_stmt* insert = nullptr;
   sqlite3_prepare_v2(database, "INSERT INTO measured VALUES (?, ?, ?)", -1, &insert, nullptr);
-  for_each_row([&](const measurement& row) {
+  for_each_row(part, [&](const measurement& row) {
     sqlite3_bind_text(insert, 1, row.station, -1, SQLITE_STATIC);
     sqlite3_bind_text(insert, 2, row.moment, -1, SQLITE_STATIC);
     sqlite3_bind_double(insert, 3, row.value);
@@ -76,14 +76,14 @@ void write_sqlite(const std::filesystem::path& file) {
   if (!good) throw std::runtime_error("cannot write " + file.string());
 }
 
-void write_paradox(const std::filesystem::path& file) {
+void write_paradox(const std::filesystem::path& file, table_part part) {
   using enum paradox_writer::type;
   paradox_writer writer({{"station", alpha, 8}, {"sampled", timestamp}, {"value", number}});
-  for_each_row([&](const measurement& row) { writer.add({row.station, row.day + row.hour / 24.0, row.value}); });
+  for_each_row(part, [&](const measurement& row) { writer.add({row.station, row.day + row.hour / 24.0, row.value}); });
   writer.save(file);
 }
 
-void write_dbf(const std::filesystem::path& file) {
+void write_dbf(const std::filesystem::path& file, table_part part) {
   struct field {
     const char* name;
     char type;
@@ -96,7 +96,7 @@ void write_dbf(const std::filesystem::path& file) {
     return bytes;
   };
   std::ofstream out(file, std::ios::binary);
-  out << std::string("\x03\x69\x01\x01", 4) << little_endian(row_count, 4) << little_endian(32 + 3 * 32 + 1, 2)
+  out << std::string("\x03\x69\x01\x01", 4) << little_endian(part.rows, 4) << little_endian(32 + 3 * 32 + 1, 2)
       << little_endian(25, 2) << std::string(20, '\0');
   for (const field& f : fields) {
     std::string description = f.name;
@@ -107,7 +107,7 @@ void write_dbf(const std::filesystem::path& file) {
     out << description;
   }
   out << '\r';
-  for_each_row([&](const measurement& row) {
+  for_each_row(part, [&](const measurement& row) {
     char record[64];
     std::snprintf(record, sizeof record, " %-8s%.4s%.2s%.2s%8s", row.station, row.moment, row.moment + 5,
                   row.moment + 8, row.digits);

@@ -9,6 +9,14 @@ namespace vesk::bench {
 // Four stations, every hour from 1 January 1998 on, at two depths: station, sampled, value. Values have two decimals.
 // The rows are in order of their time. In the dBASE table, which knows no time of day, `sampled` is the date alone.
 constexpr std::size_t row_count = 1'000'000;
+
+// How much of it: so many rows from a day on, counted from 30 December 1899. The tenth has the year asked for, too.
+struct table_part {
+  std::size_t rows;
+  int first_day;
+};
+constexpr table_part whole_table = {row_count, 35796}, tenth_of_table = {row_count / 10, 38353};
+
 constexpr const char* stations[] = {"BARRETT", "HALIFAX", "OAKCITY", "WELDON"};
 
 constexpr const char* asked_station = "OAKCITY";
@@ -17,9 +25,9 @@ constexpr int first_day = 38353, last_day = 38717; // of that year, counted from
 constexpr std::size_t asked_rows = 365 * 24 * 2;   // of that station and year
 
 // Each is made anew.
-void write_csv(const std::filesystem::path& file);
-void write_sqlite(const std::filesystem::path& file); // table "measured", no index
-void write_paradox(const std::filesystem::path& file);
-void write_dbf(const std::filesystem::path& file);
+void write_csv(const std::filesystem::path& file, table_part part = whole_table);
+void write_sqlite(const std::filesystem::path& file, table_part part = whole_table); // table "measured", no index
+void write_paradox(const std::filesystem::path& file, table_part part = whole_table);
+void write_dbf(const std::filesystem::path& file, table_part part = whole_table);
 
 } // namespace vesk::bench

@@ -6,33 +6,43 @@ namespace vesk {
 
 bool biff_records::next() {
   constexpr std::size_t header_size = 4;
-  if (next_ + header_size > bytes_.size()) return false;
-  id_ = bytes_.number<std::uint16_t>(next_);
-  const std::size_t size = bytes_.number<std::uint16_t>(next_ + 2);
-  data_ = bytes_.part(next_ + header_size, size);
-  next_ += header_size + size;
+  const byte_source& stream = window_.source();
+  is_continued_ = false;
+  if (next_ + header_size > stream.size()) return false;
+  std::uint16_t header[2];
+  std::memcpy(header, window_.at(next_, header_size).data(), header_size);
+  id_ = header[0];
+  const std::size_t size = header[1];
+  stream.check(next_ + header_size, size);
+  const std::uint64_t behind = next_ + header_size + size;
+  const bool is_last = behind + header_size > stream.size();
+  const std::string_view record = window_.at(next_, header_size + size + (is_last ? 0 : header_size));
+  data_ = byte_view(std::as_bytes(std::span(record.substr(header_size, size))), stream.name());
+  if (!is_last) {
+    std::uint16_t following = 0;
+    std::memcpy(&following, record.data() + header_size + size, sizeof following);
+    is_continued_ = following == biff_continue;
+  }
+  next_ = behind;
   return true;
 }
 
-std::vector<std::string_view> biff_records::with_continuation() {
-  std::vector<std::string_view> parts{data_.text(0, data_.size())};
-  for (biff_records ahead = *this; ahead.next() && ahead.id() == biff_continue; *this = ahead)
-    parts.push_back(ahead.data_.text(0, ahead.data_.size()));
-  return parts;
+biff_texts::biff_texts(biff_records& record, std::size_t skipped, bool is_biff8, const code_page& texts)
+    : record_(record), left_(record.data().text(0, record.data().size())), is_biff8_(is_biff8), code_page_(&texts) {
+  skip(skipped);
 }
-
-biff_texts::biff_texts(std::vector<std::string_view> parts, bool is_biff8, const code_page& texts)
-    : parts_(std::move(parts)), is_biff8_(is_biff8), code_page_(&texts) {}
 
 // Up to `most` bytes that stand together; nothing at the end only.
 std::string_view biff_texts::take(std::size_t most) {
-  while (part_ < parts_.size() && parts_[part_].empty()) ++part_;
-  if (part_ == parts_.size()) {
-    ended_ = true;
-    return {};
+  while (left_.empty()) {
+    if (!record_.is_continued() || !record_.next()) {
+      ended_ = true;
+      return {};
+    }
+    left_ = record_.data().text(0, record_.data().size());
   }
-  const std::string_view taken = parts_[part_].substr(0, most);
-  parts_[part_].remove_prefix(taken.size());
+  const std::string_view taken = left_.substr(0, most);
+  left_.remove_prefix(taken.size());
   return taken;
 }
 

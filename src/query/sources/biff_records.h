@@ -1,11 +1,11 @@
 // The records of an Excel workbook before 2007 (BIFF), and the texts in them.
 #pragma once
 
+#include "query/sources/byte_source.h"
 #include "query/sources/byte_view.h"
 
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace vesk {
 
@@ -36,30 +36,34 @@ enum biff_id : std::uint16_t {
 // One record after the other. A record that is cut at the end of the stream throws table_source_exception.
 class biff_records {
 public:
-  explicit biff_records(byte_view bytes, std::size_t offset = 0) : bytes_(bytes), next_(offset) {}
+  // `stream` must outlive this.
+  explicit biff_records(const byte_source& stream, std::uint64_t offset = 0) : window_(stream), next_(offset) {}
 
   // False at the end of the stream.
   bool next();
 
+  // Of the present record; the data live until `next`.
   std::uint16_t id() const { return id_; }
   const byte_view& data() const { return data_; }
 
-  // The present record's data and those of the CONTINUE records behind it, which are passed over.
-  std::vector<std::string_view> with_continuation();
+  // Whether the next record is a CONTINUE record.
+  bool is_continued() const { return is_continued_; }
 
 private:
-  byte_view bytes_;
-  std::size_t next_;
+  byte_window window_;
+  std::uint64_t next_;
   std::uint16_t id_ = 0;
+  bool is_continued_ = false;
   byte_view data_;
 };
 
-// Takes texts off a record that may be continued. In BIFF8 a text has flags: 1 for two bytes a character, 4 for
-// far-eastern and 8 for rich text, and where it is continued the flags come again. Asking for more than there is gives
-// zeros and empty texts, and `ended` is true from then on.
+// Takes texts off a record that may be continued, whose CONTINUE records it goes on to when it needs them. In BIFF8 a
+// text has flags: 1 for two bytes a character, 4 for far-eastern and 8 for rich text, and where it is continued the
+// flags come again. Asking for more than there is gives zeros and empty texts, and `ended` is true from then on.
 class biff_texts {
 public:
-  biff_texts(std::vector<std::string_view> parts, bool is_biff8, const code_page& texts);
+  // From the byte `skipped` of the present record on. `record` must outlive this, which moves it.
+  biff_texts(biff_records& record, std::size_t skipped, bool is_biff8, const code_page& texts);
 
   std::uint32_t number(std::size_t bytes); // of 1, 2 or 4 bytes
   void skip(std::size_t bytes);
@@ -72,8 +76,8 @@ public:
 private:
   std::string_view take(std::size_t most);
 
-  std::vector<std::string_view> parts_;
-  std::size_t part_ = 0;
+  biff_records& record_;
+  std::string_view left_; // of the present record
   bool is_biff8_, ended_ = false;
   const code_page* code_page_;
 };

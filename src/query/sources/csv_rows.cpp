@@ -4,52 +4,69 @@
 
 namespace vesk {
 
-csv_rows::csv_rows(std::string_view text, char separator)
-    : begin_(text.data()), next_(begin_), end_(begin_ + text.size()), separator_(separator) {}
+csv_rows::csv_rows(text_stream text, char separator, std::uint64_t start)
+    : text_(std::move(text)), next_(text_.begin()), end_(text_.end()), separator_(separator), start_(start) {}
 
 bool csv_rows::next() {
-  while (next_ < end_) {
-    size_ = 0;
-    offset_ = static_cast<std::size_t>(next_ - begin_);
-    while (true) {
-      const char* field_start = next_;
-      while (field_start < end_ && *field_start == ' ') ++field_start;
-      const char* const stop = field_start < end_ && *field_start == '"' ? take_quoted(field_start) : take_plain(next_);
-      if (size_ > most_fields) --size_;
-      next_ = stop;
-      if (stop == end_) break;
-      ++next_;
-      if (*stop == separator_) {
-        if (next_ < end_) continue;
-        add(end_, end_, false); // a separator at the very end
-        break;
+  while (true) {
+    const char* const row = next_;
+    if (row < end_) next_ = take_row(row);
+    if (next_ == end_ && !text_.is_complete()) { // it may go on behind what is there
+      if (static_cast<std::size_t>(end_ - row) > longest_row) {
+        note(open_mark_ ? fault_kind::mark_closed_late : fault_kind::long_row, open_mark_ ? open_mark_ : row);
+        next_ = end_ = row; // the rest is not read
+        return false;
       }
-      if (*stop == '\r' && next_ < end_ && *next_ == '\n') ++next_;
-      break;
+      start_ = offset_of(row);
+      text_.read_on(row);
+      next_ = text_.begin();
+      end_ = text_.end();
+      continue;
     }
+    if (row == end_) return false;
+    offset_ = offset_of(row);
+    if (open_mark_) note(fault_kind::unclosed_mark, open_mark_);
     if (size_ > 1 || fields_.front().begin != fields_.front().end) return true;
   }
-  return false;
 }
 
-// Both return where the field ends: at a separator, a line end or the end of the text.
-const char* csv_rows::take_plain(const char* at) {
-  const char* first = at;
-  while (at < end_ && *at != separator_ && *at != '\n' && *at != '\r') ++at;
-  const char* last = at;
-  while (first < last && *first == ' ') ++first;
-  while (first < last && last[-1] == ' ') --last;
-  add(first, last, false);
-  return at;
+// The fields of the row that begins here; returns where the next one does.
+const char* csv_rows::take_row(const char* at) {
+  const char* const end = end_;
+  const char separator = separator_;
+  size_ = 0;
+  open_mark_ = nullptr;
+  while (true) {
+    while (at < end && *at == ' ') ++at;
+    const char* stop = at;
+    if (at < end && *at == '"') {
+      stop = take_quoted(at);
+    } else {
+      while (stop < end && *stop != separator && *stop != '\n' && *stop != '\r') ++stop;
+      const char* last = stop;
+      while (last > at && last[-1] == ' ') --last;
+      add(at, last, false);
+    }
+    if (size_ > most_fields) --size_;
+    if (stop == end) return end;
+    at = stop + 1;
+    if (*stop == separator) {
+      if (at < end) continue;
+      add(end, end, false); // a separator at the very end
+      return at;
+    }
+    return *stop == '\r' && at < end && *at == '\n' ? at + 1 : at;
+  }
 }
 
+// Returns where the field ends: at a separator, a line end or the end of the text.
 const char* csv_rows::take_quoted(const char* at) {
   const char* const mark = at++;
   bool doubled = false;
   while (true) {
     at = at < end_ ? static_cast<const char*>(std::memchr(at, '"', static_cast<std::size_t>(end_ - at))) : nullptr;
     if (!at) {
-      if (unclosed_ == std::string_view::npos) unclosed_ = static_cast<std::size_t>(mark - begin_);
+      open_mark_ = mark;
       add(mark + 1, end_, doubled);
       return end_;
     }

@@ -2,13 +2,15 @@
 
 #include "dataset/text_encoding.h"
 #include "platform/code_page.h"
+#include "query/sources/byte_source.h"
 #include "query/sources/column_form.h"
 #include "query/sources/csv_rows.h"
 #include "query/sources/header_row.h"
-#include "query/sources/source_bytes.h"
+#include "query/sources/text_stream.h"
 
 #include <algorithm>
 #include <map>
+#include <optional>
 
 namespace vesk {
 
@@ -20,7 +22,7 @@ constexpr std::size_t sample_rows = 200;
 // How well a separator explains the sample: how many rows have the most frequent number of fields, if that is not 1.
 std::size_t rows_explained(std::string_view sample, char separator) {
   std::map<std::size_t, std::size_t> rows_by_size;
-  csv_rows rows(sample, separator);
+  csv_rows rows(text_stream(sample), separator);
   for (std::size_t n = 0; n < sample_rows && rows.next(); ++n) ++rows_by_size[rows.size()];
   std::size_t most = 0;
   for (const auto& [size, count] : rows_by_size)
@@ -41,10 +43,16 @@ char separator_of(std::string_view sample) {
 
 class csv_source : public table_source {
 public:
-  csv_source(source_bytes bytes, std::string name) : table_source(std::move(name)), bytes_(std::move(bytes)) {
+  explicit csv_source(std::unique_ptr<byte_source> bytes) : table_source(bytes->name()), bytes_(std::move(bytes)) {
     tables_ = {file()};
     find_text();
-    separator_ = separator_of(text_.substr(0, sample_size));
+    {
+      const text_stream text(*bytes_, start_);
+      const std::string_view there(text.begin(), static_cast<std::size_t>(text.end() - text.begin()));
+      if (there.substr(0, sample_size).find('\0') != there.npos)
+        throw table_source_exception(file(), "", "", "it is no text file: it holds bytes of value 0.");
+      separator_ = separator_of(there.substr(0, sample_size));
+    }
     find_columns();
   }
 
@@ -56,71 +64,75 @@ private:
 
   void find_text();
   void find_columns();
-  std::size_t line_of(std::size_t offset) const;
+  csv_rows rows_from(std::uint64_t offset) const { return {text_stream(*bytes_, offset), separator_, offset}; }
+  std::uint64_t line_of(std::uint64_t offset) const;
+  void refuse_fault(const csv_rows& rows) const; // if there is one
 
-  source_bytes bytes_;
-  std::string converted_; // of a file in UTF-16
-  std::string_view text_; // without a byte-order mark; from `find_columns` on from the first row of the table on
-  std::size_t comment_lines_ = 0; // above text_
+  const std::unique_ptr<byte_source> bytes_;
+  std::uint64_t start_ = 0; // in the text, behind comments; from `find_columns` on of the first row of values
   char separator_ = ',';
   std::vector<table_field> fields_;
   std::vector<column_form> forms_;
 };
 
+// Passes over comments, as agencies put them above their tables.
 void csv_source::find_text() {
-  text_ = {reinterpret_cast<const char*>(bytes_.get().data()), bytes_.get().size()};
-  if (text_.starts_with("\xef\xbb\xbf")) {
-    text_.remove_prefix(3);
-  } else if (text_.starts_with("\xff\xfe") || text_.starts_with("\xfe\xff")) {
-    const code_page* const utf_16 = code_page::find(text_[0] == '\xff' ? 1200 : 1201);
-    if (!utf_16) throw table_source_exception(file(), "", "", "the system does not know UTF-16.");
-    converted_ = utf_16->utf8(text_.substr(2));
-    text_ = converted_;
+  text_stream text(*bytes_, 0);
+  const char* at = text.begin();
+  const auto read_on = [&](const char* keep) {
+    start_ += static_cast<std::uint64_t>(keep - text.begin());
+    text.read_on(keep);
+    at = text.begin();
+  };
+  while (true) {
+    if (at == text.end() && !text.is_complete()) read_on(at);
+    if (at == text.end() || *at != '#') break;
+    while (at != text.end() || !text.is_complete()) {
+      at = std::find(at, text.end(), '\n');
+      if (at != text.end()) break;
+      if (!text.is_complete()) read_on(at);
+    }
+    if (at != text.end()) ++at;
   }
-  if (text_.substr(0, sample_size).find('\0') != text_.npos)
-    throw table_source_exception(file(), "", "", "it is no text file: it holds bytes of value 0.");
-  while (text_.starts_with('#')) { // comments, as agencies put them above their tables
-    text_.remove_prefix(std::min(text_.find('\n'), text_.size() - 1) + 1);
-    ++comment_lines_;
+  start_ += static_cast<std::uint64_t>(at - text.begin());
+  const auto is_blank = [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; };
+  while ((at = std::find_if_not(at, text.end(), is_blank)) == text.end()) {
+    if (text.is_complete()) throw table_source_exception(file(), "", "", "the file is empty.");
+    text.read_on(at);
+    at = text.begin();
   }
-  if (text_.find_first_not_of(" \t\r\n") == text_.npos)
-    throw table_source_exception(file(), "", "", "the file is empty.");
 }
 
 void csv_source::find_columns() {
   std::vector<sample_row> sample;
-  std::vector<std::size_t> offsets;
+  std::vector<std::uint64_t> offsets;
   std::string room;
-  csv_rows first_rows(text_, separator_);
-  while (sample.size() < sample_rows && first_rows.next()) {
-    sample_row& row = sample.emplace_back();
-    for (std::size_t i = 0; i < first_rows.size(); ++i) {
-      row.texts.push_back(shown_text(first_rows.text(i, room)));
-      column_votes value;
-      value.add(row.texts.back());
-      row.values += value.settle().type != field_type::string;
+  {
+    csv_rows first_rows = rows_from(start_);
+    while (sample.size() < sample_rows && first_rows.next()) {
+      sample_row& row = sample.emplace_back();
+      for (std::size_t i = 0; i < first_rows.size(); ++i) {
+        row.texts.push_back(shown_text(first_rows.text(i, room)));
+        column_votes value;
+        value.add(row.texts.back());
+        row.values += value.settle().type != field_type::string;
+      }
+      offsets.push_back(first_rows.offset());
     }
-    offsets.push_back(first_rows.offset());
+    if (sample.empty()) refuse_fault(first_rows);
   }
   header found = find_header(sample);
-  const std::size_t line = line_of(offsets[found.row]);
-  text_.remove_prefix(offsets[found.row]);
-
-  csv_rows rows(text_, separator_);
+  csv_rows rows = rows_from(offsets[found.row]);
   if (found.has_names) rows.next();
   std::vector<column_votes> votes(found.names.size());
-  std::size_t data = text_.size();
+  std::optional<std::uint64_t> first;
   while (rows.next()) {
-    data = std::min(data, rows.offset());
+    if (!first) first = rows.offset();
     if (rows.size() > votes.size()) votes.resize(rows.size());
     for (std::size_t i = 0; i < rows.size(); ++i) votes[i].add(rows.text(i, room));
   }
-  if (rows.unclosed() != text_.npos)
-    throw table_source_exception(file(), "", "",
-                                 "the quotation mark in line " +
-                                     std::to_string(line + line_of(rows.unclosed()) - 1 - comment_lines_) +
-                                     " is never closed.");
-  text_.remove_prefix(data);
+  refuse_fault(rows);
+  start_ = first.value_or(rows.end_offset());
   found.names.resize(votes.size());
   found.names = distinct_names(std::move(found.names));
   for (std::size_t i = 0; i < votes.size(); ++i) {
@@ -129,15 +141,35 @@ void csv_source::find_columns() {
   }
 }
 
-// Counted from 1; of an offset in `text_`.
-std::size_t csv_source::line_of(std::size_t offset) const {
-  return 1 + comment_lines_ + static_cast<std::size_t>(std::count(text_.data(), text_.data() + offset, '\n'));
+void csv_source::refuse_fault(const csv_rows& rows) const {
+  using enum csv_rows::fault_kind;
+  if (rows.fault() == none) return;
+  const std::string line = std::to_string(line_of(rows.fault_offset()));
+  const std::string longest = std::to_string(csv_rows::longest_row) + " bytes";
+  throw table_source_exception(
+      file(), "", "",
+      rows.fault() == long_row
+          ? "the row that begins in line " + line + " is longer than " + longest + "."
+          : "the quotation mark in line " + line +
+                (rows.fault() == unclosed_mark ? " is never closed." : " is not closed within " + longest + "."));
+}
+
+// Counted from 1.
+std::uint64_t csv_source::line_of(std::uint64_t offset) const {
+  std::uint64_t line = 1;
+  for (text_stream text(*bytes_, 0);; text.read_on(text.end())) {
+    const auto there = static_cast<std::uint64_t>(text.end() - text.begin());
+    const auto counted = static_cast<std::ptrdiff_t>(std::min(there, offset));
+    line += static_cast<std::uint64_t>(std::count(text.begin(), text.begin() + counted, '\n'));
+    offset -= std::min(there, offset);
+    if (offset == 0 || text.is_complete()) return line;
+  }
 }
 
 class csv_cursor : public row_cursor {
 public:
   csv_cursor(const csv_source& source, std::vector<row_filter> filters)
-      : row_cursor(std::move(filters)), source_(source), rows_(source.text_, source.separator_),
+      : row_cursor(std::move(filters)), source_(source), rows_(source.rows_from(source.start_)),
         texts_(source.fields_.size()) {}
 
   table_value value(std::size_t field) override {
@@ -152,7 +184,11 @@ public:
   }
 
 protected:
-  bool advance() override { return rows_.next(); }
+  bool advance() override {
+    if (rows_.next()) return true;
+    source_.refuse_fault(rows_); // of a file that has changed
+    return false;
+  }
 
 private:
   const csv_source& source_;
@@ -167,11 +203,11 @@ std::unique_ptr<row_cursor> csv_source::rows(std::size_t, std::vector<row_filter
 } // namespace
 
 std::unique_ptr<table_source> open_csv(const std::filesystem::path& file) {
-  return std::make_unique<csv_source>(source_bytes::of_file(file), file.string());
+  return std::make_unique<csv_source>(open_bytes(file));
 }
 
-std::unique_ptr<table_source> open_csv(std::span<const std::byte> bytes, std::string name) {
-  return std::make_unique<csv_source>(bytes, std::move(name));
+std::unique_ptr<table_source> open_csv(std::span<const std::byte> bytes, std::string name, bool in_pieces) {
+  return std::make_unique<csv_source>(bytes_in_memory(bytes, std::move(name), in_pieces));
 }
 
 } // namespace vesk

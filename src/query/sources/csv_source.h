@@ -12,11 +12,12 @@ namespace vesk {
 
 // Reads the whole file once to find out how it is written: separator, title lines above the header, and for each
 // column whether it holds texts, numbers (with a decimal point or comma) or dates (and in which order). Texts are UTF-8
-// or Windows-1252, or UTF-16 with a byte-order mark. In a column of numbers or dates other texts are null. Throws
-// table_source_exception.
+// or Windows-1252, or UTF-16 with a byte-order mark. In a column of numbers or dates other texts stay texts. A
+// row may have 4 MiB. Throws table_source_exception.
 std::unique_ptr<table_source> open_csv(const std::filesystem::path& file);
 
-// The same with the file's bytes in memory, which stay the caller's; `name` is for messages.
-std::unique_ptr<table_source> open_csv(std::span<const std::byte> bytes, std::string name);
+// The same with the file's bytes in memory, which stay the caller's; `name` is for messages. `in_pieces`: they are read
+// as those of a file are, through a window.
+std::unique_ptr<table_source> open_csv(std::span<const std::byte> bytes, std::string name, bool in_pieces = false);
 
 } // namespace vesk

@@ -1,10 +1,10 @@
 // The memo file of a dBASE table.
 #pragma once
 
-#include "query/sources/byte_view.h"
+#include "query/sources/byte_source.h"
 
 #include <cstdint>
-#include <string_view>
+#include <string>
 
 namespace vesk {
 
@@ -16,14 +16,18 @@ enum class dbf_memo_kind : std::uint8_t {
 
 class dbf_memo {
 public:
-  dbf_memo(byte_view bytes, dbf_memo_kind kind);
+  // `bytes` must outlive this.
+  dbf_memo(const byte_source& bytes, dbf_memo_kind kind);
 
   // The text that begins in `block`, as it stands in the file. Empty for block 0. Throws table_source_exception when
   // the file does not hold it.
-  std::string_view text(std::uint64_t block) const;
+  std::string text(std::uint64_t block) const;
 
 private:
-  byte_view bytes_;
+  template <class T>
+  T number(std::uint64_t offset) const; // as it stands in the file
+
+  const byte_source& bytes_;
   dbf_memo_kind kind_;
   std::size_t block_size_ = 512;
 };

@@ -1,11 +1,11 @@
 #include "query/sources/dbf_source.h"
 
 #include "platform/code_page.h"
+#include "query/sources/byte_source.h"
 #include "query/sources/byte_view.h"
 #include "query/sources/date_text.h"
 #include "query/sources/dbf_memo.h"
 #include "query/sources/number_text.h"
-#include "query/sources/source_bytes.h"
 
 #include <algorithm>
 #include <charconv>
@@ -75,12 +75,13 @@ struct dbf_field {
 
 class dbf_source : public table_source {
 public:
-  dbf_source(source_bytes table, std::optional<source_bytes> memo, std::string name)
-      : table_source(std::move(name)), table_bytes_(std::move(table)), memo_bytes_(std::move(memo)),
-        bytes_(table_bytes_.get(), file()) {
+  dbf_source(std::unique_ptr<byte_source> table, std::unique_ptr<byte_source> memo)
+      : table_source(table->name()), table_(std::move(table)), memo_bytes_(std::move(memo)) {
     tables_ = {file()};
     read_header();
-    if (memo_bytes_) memo_.emplace(byte_view(memo_bytes_->get(), file()), memo_kind());
+    if (!memo_bytes_) return;
+    memo_.emplace(*memo_bytes_, memo_kind());
+    companions_ = {memo_bytes_->name()};
   }
 
   const std::vector<table_field>& fields(std::size_t) override { return fields_; }
@@ -97,16 +98,15 @@ private:
   }
 
   void read_header();
-  void read_fields(std::size_t header_size);
+  void read_fields(const byte_view& header);
   void add_field(const dbf_field& layout, std::string name);
   field_type type_of(const dbf_field& layout) const;
 
-  source_bytes table_bytes_;
-  std::optional<source_bytes> memo_bytes_;
-  byte_view bytes_;
+  const std::unique_ptr<byte_source> table_, memo_bytes_; // the memo file may be missing
   std::uint8_t version_ = 0;
   const code_page* code_page_ = nullptr;
-  std::size_t record_size_ = 0, first_record_ = 0, record_count_ = 0;
+  std::size_t record_size_ = 0, first_record_ = 0;
+  std::uint64_t record_count_ = 0;
   std::optional<dbf_field> null_flags_;
   std::int32_t flags_used_ = 0;
   std::vector<dbf_field> layout_;
@@ -115,25 +115,29 @@ private:
 };
 
 void dbf_source::read_header() {
-  if (bytes_.size() < 33) throw table_source_exception(file(), "", "", "it is too short for a dBASE table.");
-  version_ = bytes_.number<std::uint8_t>(0);
-  if (is_level_7() ? bytes_.size() < 70 : (version_ & 7) != 3 && !is_foxpro() && (version_ & 7) != 2)
+  constexpr std::size_t longest_header = 0xffff;
+  const std::string beginning =
+      table_->text(0, static_cast<std::size_t>(std::min<std::uint64_t>(longest_header, table_->size())));
+  const byte_view header(std::as_bytes(std::span(beginning)), file());
+  if (header.size() < 33) throw table_source_exception(file(), "", "", "it is too short for a dBASE table.");
+  version_ = header.number<std::uint8_t>(0);
+  if (is_level_7() ? header.size() < 70 : (version_ & 7) != 3 && !is_foxpro() && (version_ & 7) != 2)
     throw table_source_exception(file(), "", "",
                                  "it is no dBASE table: its first byte is " + std::to_string(version_) + ".");
-  if (bytes_.number<std::uint8_t>(15) == 1) throw table_source_exception(file(), "", "", "the table is encrypted.");
-  first_record_ = bytes_.number<std::uint16_t>(8);
-  record_size_ = bytes_.number<std::uint16_t>(10);
-  code_page_ = code_page::find(code_page_number(bytes_.number<std::uint8_t>(29)));
+  if (header.number<std::uint8_t>(15) == 1) throw table_source_exception(file(), "", "", "the table is encrypted.");
+  first_record_ = header.number<std::uint16_t>(8);
+  record_size_ = header.number<std::uint16_t>(10);
+  code_page_ = code_page::find(code_page_number(header.number<std::uint8_t>(29)));
   if (!code_page_) code_page_ = code_page::find(1252);
   if (!code_page_) throw table_source_exception(file(), "", "", "the system does not know its code page.");
-  if (first_record_ < 33 || first_record_ > bytes_.size() || record_size_ < 2)
+  if (first_record_ < 33 || first_record_ > table_->size() || record_size_ < 2)
     throw table_source_exception(file(), "", "",
                                  "the header is damaged: records of " + std::to_string(record_size_) +
                                      " bytes from byte " + std::to_string(first_record_) + " on, in a file of " +
-                                     std::to_string(bytes_.size()) + " bytes.");
-  read_fields(first_record_);
-  const std::size_t held = (bytes_.size() - first_record_) / record_size_;
-  const std::size_t told = bytes_.number<std::uint32_t>(4);
+                                     std::to_string(table_->size()) + " bytes.");
+  read_fields(header.part(0, first_record_));
+  const std::uint64_t held = (table_->size() - first_record_) / record_size_;
+  const std::uint64_t told = header.number<std::uint32_t>(4);
   if (told > held)
     throw table_source_exception(file(), "", "",
                                  "the header tells of " + std::to_string(told) + " records, but the file holds only " +
@@ -141,12 +145,12 @@ void dbf_source::read_header() {
   record_count_ = told;
 }
 
-void dbf_source::read_fields(std::size_t header_size) {
+void dbf_source::read_fields(const byte_view& header) {
   const std::size_t row_size = is_level_7() ? 48 : 32;
   const std::size_t name_size = is_level_7() ? 32 : 11;
   std::size_t offset = 1; // behind the mark of deleted records
-  for (std::size_t at = is_level_7() ? 68 : 32; at + row_size <= header_size; at += row_size) {
-    const std::string_view row = bytes_.text(at, row_size);
+  for (std::size_t at = is_level_7() ? 68 : 32; at + row_size <= header.size(); at += row_size) {
+    const std::string_view row = header.text(at, row_size);
     if (row[0] == '\x0d' || row[0] == '\0') break;
     std::string_view name = row.substr(0, name_size);
     name = without_end_blanks(name.substr(0, name.find('\0')));
@@ -227,15 +231,14 @@ field_type dbf_source::type_of(const dbf_field& layout) const {
 class dbf_cursor : public row_cursor {
 public:
   dbf_cursor(const dbf_source& source, std::vector<row_filter> filters)
-      : row_cursor(std::move(filters)), source_(source), texts_(source.layout_.size()),
-        next_(source.bytes_.data() + source.first_record_), end_(next_ + source.record_count_ * source.record_size_) {}
+      : row_cursor(std::move(filters)), source_(source), window_(*source.table_), texts_(source.layout_.size()) {}
 
   table_value value(std::size_t field) override;
 
 protected:
   bool advance() override {
     do {
-      if (next_ == end_) return false;
+      if (next_ == end_ && !read_on()) return false;
       record_ = next_;
       next_ += source_.record_size_;
     } while (*record_ == '*');
@@ -243,6 +246,7 @@ protected:
   }
 
 private:
+  bool read_on();
   table_value text(std::size_t field, std::string_view bytes);
   table_value digits(std::size_t field, std::string_view bytes) const;
   table_value date(std::size_t field, std::string_view bytes) const;
@@ -251,11 +255,26 @@ private:
   [[noreturn]] void fail(std::size_t field, std::string_view bytes, const char* expected) const;
 
   const dbf_source& source_;
+  byte_window window_;
   std::vector<std::string> texts_; // of the present row, by field, where the file's bytes cannot serve
-  const char* next_;
-  const char* end_;
+  std::uint64_t read_ = 0;         // records that are in the window or were
+  const char* next_ = nullptr;
+  const char* end_ = nullptr;
   const char* record_ = nullptr;
 };
+
+// Whole records, as many as the window takes.
+bool dbf_cursor::read_on() {
+  const std::size_t size = source_.record_size_;
+  const std::uint64_t count = std::min<std::uint64_t>(source_.record_count_ - read_, byte_window::usual_size / size);
+  if (count == 0) return false;
+  const std::string_view records =
+      window_.at(source_.first_record_ + read_ * size, static_cast<std::size_t>(count) * size);
+  read_ += count;
+  next_ = records.data();
+  end_ = next_ + records.size();
+  return true;
+}
 
 table_value dbf_cursor::value(std::size_t field) {
   const dbf_field& layout = source_.layout_[field];
@@ -357,7 +376,8 @@ table_value dbf_cursor::memo(std::size_t field, std::string_view bytes) {
     if (error != std::errc() || end != bytes.data() + bytes.size()) fail(field, bytes, "the number of a memo's block");
   }
   try {
-    return text(field, source_.memo_->text(block));
+    texts_[field] = source_.memo_->text(block);
+    return text(field, texts_[field]);
   } catch (const table_source_exception& error) {
     throw table_source_exception(source_.file(), "", source_.fields_[field].name,
                                  "record " + std::to_string(row_number()) + ", in the memo file: " + error.cause());
@@ -365,8 +385,7 @@ table_value dbf_cursor::memo(std::size_t field, std::string_view bytes) {
 }
 
 void dbf_cursor::fail(std::size_t field, std::string_view bytes, const char* expected) const {
-  const char* const first = source_.bytes_.data() + source_.first_record_;
-  const std::size_t record = static_cast<std::size_t>(record_ - first) / source_.record_size_ + 1;
+  const std::uint64_t record = read_ - static_cast<std::size_t>(end_ - record_) / source_.record_size_ + 1;
   std::string shown = source_.code_page_->utf8(bytes);
   std::replace_if(
       shown.begin(), shown.end(), [](char c) { return c >= 0 && c < ' '; }, '?');
@@ -382,15 +401,14 @@ std::unique_ptr<row_cursor> dbf_source::rows(std::size_t, std::vector<row_filter
 } // namespace
 
 std::unique_ptr<table_source> open_dbf(const fs::path& file) {
-  return std::make_unique<dbf_source>(source_bytes::of_file(file),
-                                      beside(file, {".dbt", ".DBT", ".Dbt", ".fpt", ".FPT", ".Fpt"}), file.string());
+  return std::make_unique<dbf_source>(open_bytes(file),
+                                      open_beside(file, {".dbt", ".DBT", ".Dbt", ".fpt", ".FPT", ".Fpt"}));
 }
 
 std::unique_ptr<table_source> open_dbf(std::span<const std::byte> table, std::optional<std::span<const std::byte>> memo,
                                        std::string name) {
-  std::optional<source_bytes> memo_bytes;
-  if (memo) memo_bytes.emplace(*memo);
-  return std::make_unique<dbf_source>(table, std::move(memo_bytes), std::move(name));
+  auto memo_bytes = memo ? bytes_in_memory(*memo, name) : nullptr;
+  return std::make_unique<dbf_source>(bytes_in_memory(table, std::move(name)), std::move(memo_bytes));
 }
 
 } // namespace vesk

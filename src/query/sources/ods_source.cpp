@@ -1,9 +1,9 @@
 #include "query/sources/ods_source.h"
 
+#include "query/sources/byte_source.h"
 #include "query/sources/date_text.h"
 #include "query/sources/number_text.h"
 #include "query/sources/sheet_source.h"
-#include "query/sources/source_bytes.h"
 #include "query/sources/xml_reader.h"
 
 #include <algorithm>
@@ -46,7 +46,7 @@ std::optional<double> duration(std::string_view text) {
 
 class ods_source : public sheet_source {
 public:
-  ods_source(const source_bytes& bytes, std::string name);
+  explicit ods_source(const byte_source& bytes);
 
 protected:
   void read_sheet(std::size_t table, cell_table& cells) override {
@@ -202,8 +202,8 @@ protected:
   void start(std::string_view name, const xml_attributes&) override { is_encrypted |= name == "encryption-data"; }
 };
 
-ods_source::ods_source(const source_bytes& bytes, std::string name) : sheet_source(std::move(name)) {
-  const zip_archive archive(bytes.get(), file());
+ods_source::ods_source(const byte_source& bytes) : sheet_source(bytes.name()) {
+  const zip_archive archive(bytes);
   if (const std::string manifest = "META-INF/manifest.xml"; archive.has(manifest)) {
     manifest_reader reader;
     reader.read(archive, manifest);
@@ -216,11 +216,11 @@ ods_source::ods_source(const source_bytes& bytes, std::string name) : sheet_sour
 } // namespace
 
 std::unique_ptr<table_source> open_ods(const std::filesystem::path& file) {
-  return std::make_unique<ods_source>(source_bytes::of_file(file), file.string());
+  return std::make_unique<ods_source>(*open_bytes(file));
 }
 
 std::unique_ptr<table_source> open_ods(std::span<const std::byte> bytes, std::string name) {
-  return std::make_unique<ods_source>(source_bytes(bytes), std::move(name));
+  return std::make_unique<ods_source>(*bytes_in_memory(bytes, std::move(name)));
 }
 
 } // namespace vesk

@@ -2,12 +2,12 @@
 
 #include "platform/file_io.h"
 #include "query/sources/access_source.h"
+#include "query/sources/byte_source.h"
 #include "query/sources/compound_file.h"
 #include "query/sources/csv_source.h"
 #include "query/sources/dbf_source.h"
 #include "query/sources/ods_source.h"
 #include "query/sources/paradox_source.h"
-#include "query/sources/source_bytes.h"
 #include "query/sources/sqlite_source.h"
 #include "query/sources/xls_source.h"
 #include "query/sources/xlsx_source.h"
@@ -25,8 +25,7 @@ namespace fs = std::filesystem;
 using opener = std::unique_ptr<table_source> (*)(const fs::path&);
 
 std::unique_ptr<table_source> open_zipped(const fs::path& file) {
-  const source_bytes bytes = source_bytes::of_file(file);
-  const bool is_opendocument = zip_archive(bytes.get(), file.string()).has("content.xml");
+  const bool is_opendocument = zip_archive(*open_bytes(file)).has("content.xml");
   return is_opendocument ? open_ods(file) : open_xlsx(file);
 }
 

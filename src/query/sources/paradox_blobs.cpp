@@ -1,5 +1,9 @@
 #include "query/sources/paradox_blobs.h"
 
+#include "query/sources/table_source.h"
+
+#include <cstring>
+
 namespace vesk {
 
 paradox_blob paradox_blob::of(std::string_view field) {
@@ -10,17 +14,22 @@ paradox_blob paradox_blob::of(std::string_view field) {
   return blob;
 }
 
-std::string_view blob_content(const byte_view& file, const paradox_blob& blob, const std::string& name) {
+std::string blob_content(const byte_source& file, const paradox_blob& blob) {
   constexpr std::uint8_t own_block = 2, shared_block = 3;
   const std::size_t block = blob.place & 0xffffff00U;
   const std::uint8_t entry = blob.place & 0xffU;
-  const auto type = file.number<std::uint8_t>(block);
+  const auto byte_at = [&](std::size_t offset) {
+    char byte = 0;
+    file.read(offset, &byte, 1);
+    return static_cast<std::uint8_t>(byte);
+  };
+  const std::uint8_t type = byte_at(block);
   if (type == own_block && entry == 0xff) return file.text(block + 9, blob.size);
   constexpr std::uint8_t entries = 64;
   if (type != shared_block || entry >= entries)
-    throw table_source_exception(name, "", "", "there is no blob at byte " + std::to_string(block) + ".");
+    throw table_source_exception(file.name(), "", "", "there is no blob at byte " + std::to_string(block) + ".");
   // An entry has the place and the size of its blob in pieces of 16 bytes, and how many of the last piece are used.
-  const auto piece = file.number<std::uint8_t>(block + 12 + std::size_t{5} * entry);
+  const std::uint8_t piece = byte_at(block + 12 + std::size_t{5} * entry);
   return file.text(block + std::size_t{16} * piece, blob.size);
 }
 

@@ -1,8 +1,9 @@
 // The memo file of a Paradox table, .mb.
 #pragma once
 
-#include "query/sources/byte_view.h"
+#include "query/sources/byte_source.h"
 
+#include <string>
 #include <string_view>
 
 namespace vesk {
@@ -19,6 +20,6 @@ struct paradox_blob {
 };
 
 // The blob's content. Throws table_source_exception when the file does not hold it.
-std::string_view blob_content(const byte_view& file, const paradox_blob& blob, const std::string& name);
+std::string blob_content(const byte_source& file, const paradox_blob& blob);
 
 } // namespace vesk

@@ -1,11 +1,11 @@
 #include "query/sources/paradox_source.h"
 
 #include "platform/code_page.h"
+#include "query/sources/byte_source.h"
 #include "query/sources/byte_view.h"
 #include "query/sources/date_text.h"
 #include "query/sources/number_text.h"
 #include "query/sources/paradox_blobs.h"
-#include "query/sources/source_bytes.h"
 
 #include <algorithm>
 #include <array>
@@ -73,13 +73,16 @@ struct paradox_field {
 
 class paradox_source : public table_source {
 public:
-  paradox_source(source_bytes table, std::optional<source_bytes> blobs, std::string name)
-      : table_source(std::move(name)), table_bytes_(std::move(table)), blob_bytes_(std::move(blobs)),
-        bytes_(table_bytes_.get(), file()) {
+  paradox_source(std::unique_ptr<byte_source> table, std::unique_ptr<byte_source> blobs)
+      : table_source(table->name()), table_(std::move(table)), blobs_(std::move(blobs)) {
     tables_ = {file()};
-    read_header();
-    read_fields();
-    if (blob_bytes_) blobs_.emplace(blob_bytes_->get(), file());
+    if (blobs_) companions_ = {blobs_->name()};
+    constexpr std::size_t longest_header = 0xffff;
+    const std::string beginning =
+        table_->text(0, static_cast<std::size_t>(std::min<std::uint64_t>(longest_header, table_->size())));
+    const byte_view header(std::as_bytes(std::span(beginning)), file());
+    read_header(header);
+    read_fields(header);
   }
 
   const std::vector<table_field>& fields(std::size_t) override { return fields_; }
@@ -88,17 +91,14 @@ public:
 private:
   friend class paradox_cursor;
 
-  void read_header();
-  void read_fields();
+  void read_header(const byte_view& bytes);
+  void read_fields(const byte_view& bytes);
   [[noreturn]] void fail(std::string cause) const { throw table_source_exception(file(), "", "", std::move(cause)); }
 
   // From version 4 on the header has a second part.
   bool has_second_header() const { return version_ >= 5; }
 
-  source_bytes table_bytes_;
-  std::optional<source_bytes> blob_bytes_;
-  byte_view bytes_;
-  std::optional<byte_view> blobs_;
+  const std::unique_ptr<byte_source> table_, blobs_; // the memo file may be missing
   std::uint8_t version_ = 0;
   const code_page* code_page_ = nullptr;
   std::size_t record_size_ = 0, header_size_ = 0, block_size_ = 0, first_block_ = 0, record_count_ = 0;
@@ -107,36 +107,36 @@ private:
   std::vector<table_field> fields_;
 };
 
-void paradox_source::read_header() {
-  if (bytes_.size() < 0x58) fail("it is too short for a Paradox table.");
-  record_size_ = bytes_.number<std::uint16_t>(0);
-  header_size_ = bytes_.number<std::uint16_t>(2);
-  const auto kind = bytes_.number<std::uint8_t>(4);
-  block_size_ = std::size_t{bytes_.number<std::uint8_t>(5)} * 1024;
-  record_count_ = bytes_.number<std::uint32_t>(6);
-  first_block_ = bytes_.number<std::uint16_t>(14);
-  version_ = bytes_.number<std::uint8_t>(0x39);
+void paradox_source::read_header(const byte_view& bytes) {
+  if (bytes.size() < 0x58) fail("it is too short for a Paradox table.");
+  record_size_ = bytes.number<std::uint16_t>(0);
+  header_size_ = bytes.number<std::uint16_t>(2);
+  const auto kind = bytes.number<std::uint8_t>(4);
+  block_size_ = std::size_t{bytes.number<std::uint8_t>(5)} * 1024;
+  record_count_ = bytes.number<std::uint32_t>(6);
+  first_block_ = bytes.number<std::uint16_t>(14);
+  version_ = bytes.number<std::uint8_t>(0x39);
   if ((kind != 0 && kind != 2) || version_ < 3 || version_ > 14 || block_size_ == 0 || block_size_ > 32 * 1024 ||
       record_size_ == 0 || header_size_ < 0x58)
     fail("it is no Paradox table.");
-  if (header_size_ > bytes_.size())
-    fail("the file ends in its header, at byte " + std::to_string(bytes_.size()) + " of " +
+  if (header_size_ > bytes.size())
+    fail("the file ends in its header, at byte " + std::to_string(bytes.size()) + " of " +
          std::to_string(header_size_) + ".");
   fields_start_ = has_second_header() ? 0x78 : 0x58;
 
   constexpr std::uint32_t see_second_header = 0xff00ff00;
-  auto encryption = bytes_.number<std::uint32_t>(0x25);
-  if (encryption == see_second_header && has_second_header()) encryption = bytes_.number<std::uint32_t>(0x5c);
+  auto encryption = bytes.number<std::uint32_t>(0x25);
+  if (encryption == see_second_header && has_second_header()) encryption = bytes.number<std::uint32_t>(0x5c);
   if (encryption != 0) fail("the table is encrypted.");
 
-  unsigned page = has_second_header() ? bytes_.number<std::uint16_t>(0x6a) : 0;
+  unsigned page = has_second_header() ? bytes.number<std::uint16_t>(0x6a) : 0;
   if (page == 0) page = has_second_header() ? 1252 : 437; // of versions before 4
   code_page_ = code_page::find(page);
   if (!code_page_) fail("its text is in code page " + std::to_string(page) + ", which the system does not know.");
 }
 
-void paradox_source::read_fields() {
-  const std::size_t count = bytes_.number<std::uint16_t>(0x21);
+void paradox_source::read_fields(const byte_view& bytes) {
+  const std::size_t count = bytes.number<std::uint16_t>(0x21);
   if (count == 0 || count > 255) fail("the header tells of " + std::to_string(count) + " fields.");
   // Behind the types: a pointer to the table's name and one to each field's name, the table's name in a place of fixed
   // size, the names with a zero behind each.
@@ -145,17 +145,17 @@ void paradox_source::read_fields() {
   std::size_t offset = 0;
   std::vector<std::string> names;
   for (std::size_t i = 0; i < count; ++i) {
-    const std::string_view rest = bytes_.text(0, header_size_).substr(std::min(name_at, header_size_));
+    const std::string_view rest = bytes.text(0, header_size_).substr(std::min(name_at, header_size_));
     const std::string_view name = rest.substr(0, rest.find('\0'));
     name_at += name.size() + 1;
     names.push_back(code_page_->utf8(name));
 
-    const auto code = bytes_.number<std::uint8_t>(fields_start_ + 2 * i);
+    const auto code = bytes.number<std::uint8_t>(fields_start_ + 2 * i);
     const auto* const row = std::find_if(std::begin(types), std::end(types),
                                          [&](const type_row& t) { return t.code == static_cast<paradox_type>(code); });
     if (row == std::end(types))
       throw table_source_exception(file(), "", names.back(), "its type " + std::to_string(code) + " is not known.");
-    const std::size_t size = row->size ? row->size : bytes_.number<std::uint8_t>(fields_start_ + 2 * i + 1);
+    const std::size_t size = row->size ? row->size : bytes.number<std::uint8_t>(fields_start_ + 2 * i + 1);
     layout_.push_back({row->code, offset, size});
     fields_.push_back({"", row->type});
     offset += size;
@@ -170,7 +170,7 @@ void paradox_source::read_fields() {
 class paradox_cursor : public row_cursor {
 public:
   paradox_cursor(const paradox_source& source, std::vector<row_filter> filters)
-      : row_cursor(std::move(filters)), source_(source), texts_(source.layout_.size()),
+      : row_cursor(std::move(filters)), source_(source), window_(*source.table_), texts_(source.layout_.size()),
         next_block_(source.first_block_) {}
 
   table_value value(std::size_t field) override;
@@ -191,6 +191,7 @@ private:
   table_value memo(std::size_t field, std::string_view bytes);
 
   const paradox_source& source_;
+  byte_window window_;
   std::vector<std::string> texts_; // of the present row, by field, where the file's bytes cannot serve
   std::size_t next_block_, blocks_ = 0, read_ = 0;
   const char* next_ = nullptr;
@@ -200,8 +201,8 @@ private:
 
 // A block begins with the number of the next one, that of the one before, and the offset of its last record.
 bool paradox_cursor::to_next_block() {
-  const std::size_t in_file =
-      (source_.bytes_.size() - source_.header_size_ + source_.block_size_ - 1) / source_.block_size_;
+  const std::uint64_t file_size = source_.table_->size();
+  const std::uint64_t in_file = (file_size - source_.header_size_ + source_.block_size_ - 1) / source_.block_size_;
   if (next_block_ == 0 || source_.record_count_ == 0) {
     if (read_ != source_.record_count_)
       source_.fail("the header tells of " + std::to_string(source_.record_count_) + " records, but the blocks hold " +
@@ -213,15 +214,21 @@ bool paradox_cursor::to_next_block() {
                  ".");
   if (++blocks_ > in_file) source_.fail("its blocks follow each other in a circle.");
   constexpr std::size_t block_header = 6;
-  const std::size_t at = source_.header_size_ + (next_block_ - 1) * source_.block_size_;
+  const std::uint64_t at = source_.header_size_ + std::uint64_t{next_block_ - 1} * source_.block_size_;
   const std::size_t block = next_block_;
-  next_block_ = source_.bytes_.number<std::uint16_t>(at);
-  const auto last = source_.bytes_.number<std::int16_t>(at + 4);
+  const std::string_view whole =
+      window_.at(at, std::max(block_header,
+                              static_cast<std::size_t>(std::min<std::uint64_t>(source_.block_size_, file_size - at))));
+  std::uint16_t next = 0;
+  std::int16_t last = 0;
+  std::memcpy(&next, whole.data(), sizeof next);
+  std::memcpy(&last, whole.data() + 4, sizeof last);
+  next_block_ = next;
   const std::size_t size =
       last < 0 ? 0 : (static_cast<std::size_t>(last) / source_.record_size_ + 1) * source_.record_size_;
   if (block_header + size > source_.block_size_)
     source_.fail("block " + std::to_string(block) + " tells of more records than it has room for.");
-  const std::string_view records = source_.bytes_.text(at + block_header, size);
+  const std::string_view records = window_.at(at + block_header, size);
   next_ = records.data();
   end_ = next_ + records.size();
   return true;
@@ -319,7 +326,8 @@ table_value paradox_cursor::memo(std::size_t field, std::string_view bytes) {
   const std::size_t here = bytes.size() - paradox_blob::reference_size;
   if (blob.size <= here || !source_.blobs_) return text(field, bytes.substr(0, std::min<std::size_t>(blob.size, here)));
   try {
-    return text(field, blob_content(*source_.blobs_, blob, source_.file()));
+    texts_[field] = blob_content(*source_.blobs_, blob);
+    return text(field, texts_[field]);
   } catch (const table_source_exception& error) {
     throw table_source_exception(source_.file(), "", source_.fields_[field].name,
                                  "record " + std::to_string(read_) + ", in the memo file: " + error.cause());
@@ -333,15 +341,13 @@ std::unique_ptr<row_cursor> paradox_source::rows(std::size_t, std::vector<row_fi
 } // namespace
 
 std::unique_ptr<table_source> open_paradox(const fs::path& file) {
-  return std::make_unique<paradox_source>(source_bytes::of_file(file), beside(file, {".mb", ".MB", ".Mb"}),
-                                          file.string());
+  return std::make_unique<paradox_source>(open_bytes(file), open_beside(file, {".mb", ".MB", ".Mb"}));
 }
 
 std::unique_ptr<table_source> open_paradox(std::span<const std::byte> table,
                                            std::optional<std::span<const std::byte>> blobs, std::string name) {
-  std::optional<source_bytes> blob_bytes;
-  if (blobs) blob_bytes.emplace(*blobs);
-  return std::make_unique<paradox_source>(table, std::move(blob_bytes), std::move(name));
+  auto blob_bytes = blobs ? bytes_in_memory(*blobs, name) : nullptr;
+  return std::make_unique<paradox_source>(bytes_in_memory(table, std::move(name)), std::move(blob_bytes));
 }
 
 } // namespace vesk

@@ -186,8 +186,14 @@ public:
   // Any number of cursors may be open at once. Throws table_source_exception.
   virtual std::unique_ptr<row_cursor> rows(std::size_t table, std::vector<row_filter> filters = {}) = 0;
 
+  // The other files that it reads, such as one of memos.
+  const std::vector<std::string>& companions() const { return companions_; }
+
+  // Closes the file until it is needed again. Cursors that are open still serve.
+  virtual void let_go() {}
+
 protected:
-  std::vector<std::string> tables_;
+  std::vector<std::string> tables_, companions_;
 
 private:
   std::string file_;

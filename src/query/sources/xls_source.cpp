@@ -2,9 +2,9 @@
 
 #include "platform/code_page.h"
 #include "query/sources/biff_records.h"
+#include "query/sources/byte_source.h"
 #include "query/sources/compound_file.h"
 #include "query/sources/sheet_source.h"
-#include "query/sources/source_bytes.h"
 
 #include <bit>
 #include <cmath>
@@ -16,30 +16,33 @@ namespace {
 
 class xls_source : public sheet_source {
 public:
-  xls_source(const source_bytes& bytes, std::string name) : sheet_source(std::move(name)) {
-    const byte_view whole(bytes.get(), file());
-    if (std::string_view(whole.data(), std::min(whole.size(), compound_beginning.size())) == compound_beginning) {
-      const compound_file compound(whole, file());
+  explicit xls_source(std::unique_ptr<byte_source> bytes) : sheet_source(bytes->name()), bytes_(std::move(bytes)) {
+    const std::size_t signature = compound_beginning.size();
+    if (bytes_->size() >= signature && bytes_->text(0, signature) == compound_beginning) {
+      const compound_file compound(*bytes_);
       if (compound.has("EncryptedPackage")) fail("", "the workbook has a password."); // an .xlsx inside
-      stream_ = compound.stream({"Workbook", "Book"});
-    } else {
-      stream_.assign(bytes.get().begin(), bytes.get().end());
+      inside_ = compound.stream({"Workbook", "Book"});
+      if (!inside_) fail("", "there is no workbook in the compound file.");
     }
-    if (stream_.empty()) fail("", "there is no workbook in the compound file.");
     read_globals();
     refuse_without_sheets();
   }
+  void let_go() override { bytes_->let_go(); }
 
 protected:
   void read_sheet(std::size_t table, cell_table& cells) override;
 
 private:
   void read_globals();
-  void read_bound_sheet(const biff_records& record);
+  void read_bound_sheet(biff_records& record);
   void read_shared_texts(biff_records& record);
-  biff_texts texts_of(biff_records& record, std::size_t skipped) const;
+  biff_texts texts_of(biff_records& record, std::size_t skipped) const {
+    return {record, skipped, is_biff8_, *code_page_};
+  }
+  const byte_source& stream() const { return inside_ ? *inside_ : *bytes_; }
 
-  std::vector<std::byte> stream_;
+  const std::unique_ptr<byte_source> bytes_;
+  std::unique_ptr<byte_source> inside_; // the workbook's stream in a compound file
   bool is_biff8_ = false;
   const code_page* code_page_ = nullptr;
   workbook_dates dates_;
@@ -51,13 +54,6 @@ private:
   friend class xls_sheet_reader;
 };
 
-// Texts behind the first `skipped` bytes of the present record.
-biff_texts xls_source::texts_of(biff_records& record, std::size_t skipped) const {
-  biff_texts texts(record.with_continuation(), is_biff8_, *code_page_);
-  texts.skip(skipped);
-  return texts;
-}
-
 unsigned code_page_of(std::uint16_t number) {
   constexpr std::uint16_t ascii = 367, mac = 0x8000, windows = 0x8001;
   if (number == mac) return 10000;
@@ -65,7 +61,7 @@ unsigned code_page_of(std::uint16_t number) {
 }
 
 void xls_source::read_globals() {
-  biff_records record(byte_view(stream_, file()));
+  biff_records record(stream());
   if (!record.next() || record.id() != biff_bof) fail("", "it is no workbook of a kind that can be read.");
   const auto version = record.data().number<std::uint16_t>(0);
   if (version != 0x0600 && version != 0x0500) fail("", "it is a workbook older than Excel 5.");
@@ -99,12 +95,11 @@ void xls_source::read_globals() {
   }
 }
 
-void xls_source::read_bound_sheet(const biff_records& record) {
+void xls_source::read_bound_sheet(biff_records& record) {
   constexpr std::uint8_t worksheet = 0;
   if (record.data().number<std::uint8_t>(5) != worksheet) return;
-  biff_records copy = record;
-  tables_.push_back(texts_of(copy, 6).text(1));
   sheet_offsets_.push_back(record.data().number<std::uint32_t>(0));
+  tables_.push_back(texts_of(record, 6).text(1));
 }
 
 void xls_source::read_shared_texts(biff_records& record) {
@@ -121,8 +116,7 @@ void xls_source::read_shared_texts(biff_records& record) {
 class xls_sheet_reader {
 public:
   xls_sheet_reader(xls_source& source, std::size_t table, cell_table& cells)
-      : source_(source), table_(table), cells_(cells),
-        record_(byte_view(source.stream_, source.file()), source.sheet_offsets_[table]) {}
+      : source_(source), table_(table), cells_(cells), record_(source.stream(), source.sheet_offsets_[table]) {}
 
   void read() {
     if (!record_.next() || record_.id() != biff_bof) source_.fail(source_.tables_[table_], "the sheet is missing.");
@@ -234,11 +228,11 @@ void xls_source::read_sheet(std::size_t table, cell_table& cells) {
 } // namespace
 
 std::unique_ptr<table_source> open_xls(const std::filesystem::path& file) {
-  return std::make_unique<xls_source>(source_bytes::of_file(file), file.string());
+  return std::make_unique<xls_source>(open_bytes(file));
 }
 
 std::unique_ptr<table_source> open_xls(std::span<const std::byte> bytes, std::string name) {
-  return std::make_unique<xls_source>(source_bytes(bytes), std::move(name));
+  return std::make_unique<xls_source>(bytes_in_memory(bytes, std::move(name)));
 }
 
 } // namespace vesk

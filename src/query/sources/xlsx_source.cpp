@@ -1,9 +1,9 @@
 #include "query/sources/xlsx_source.h"
 
+#include "query/sources/byte_source.h"
 #include "query/sources/date_text.h"
 #include "query/sources/number_text.h"
 #include "query/sources/sheet_source.h"
-#include "query/sources/source_bytes.h"
 #include "query/sources/xml_reader.h"
 
 #include <charconv>
@@ -126,8 +126,8 @@ private:
 
 class xlsx_source : public sheet_source {
 public:
-  xlsx_source(source_bytes bytes, std::string name)
-      : sheet_source(std::move(name)), bytes_(std::move(bytes)), archive_(bytes_.get(), file()) {
+  explicit xlsx_source(std::unique_ptr<byte_source> bytes)
+      : sheet_source(bytes->name()), bytes_(std::move(bytes)), archive_(*bytes_) {
     std::string workbook = "xl/workbook.xml";
     for (const auto& [id, to] : relations_reader::of(archive_, ""))
       if (to.kind == "officeDocument") workbook = to.part;
@@ -149,13 +149,15 @@ public:
     }
   }
 
+  void let_go() override { bytes_->let_go(); }
+
 protected:
   void read_sheet(std::size_t table, cell_table& cells) override;
 
 private:
   friend class xlsx_sheet_reader;
 
-  source_bytes bytes_;
+  const std::unique_ptr<byte_source> bytes_;
   zip_archive archive_;
   workbook_dates dates_;
   std::vector<std::string> parts_; // of the tables
@@ -260,11 +262,11 @@ void xlsx_source::read_sheet(std::size_t table, cell_table& cells) {
 } // namespace
 
 std::unique_ptr<table_source> open_xlsx(const std::filesystem::path& file) {
-  return std::make_unique<xlsx_source>(source_bytes::of_file(file), file.string());
+  return std::make_unique<xlsx_source>(open_bytes(file));
 }
 
 std::unique_ptr<table_source> open_xlsx(std::span<const std::byte> bytes, std::string name) {
-  return std::make_unique<xlsx_source>(source_bytes(bytes), std::move(name));
+  return std::make_unique<xlsx_source>(bytes_in_memory(bytes, std::move(name)));
 }
 
 } // namespace vesk

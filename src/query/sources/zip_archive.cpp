@@ -5,55 +5,69 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <exception>
 #include <minizip/unzip.h>
 
 namespace vesk {
 
 // The archive's bytes as the file that minizip asks for.
-struct zip_archive::memory {
-  std::span<const std::byte> bytes;
-  std::size_t position = 0;
+struct zip_archive::reading {
+  static constexpr std::size_t window_size = std::size_t{64} << 10;
 
-  static memory& of(void* stream) { return *static_cast<memory*>(stream); }
+  const byte_source& bytes;
+  byte_window window{bytes, window_size};
+  std::uint64_t position = 0;
+  std::exception_ptr failure = {}; // nothing may be thrown through minizip
+
+  static reading& of(void* stream) { return *static_cast<reading*>(stream); }
 
   static void* open(void* opaque, const void*, int) {
     of(opaque).position = 0;
     return opaque;
   }
   static uLong read(void*, void* stream, void* to, uLong size) {
-    memory& m = of(stream);
-    const std::size_t taken = std::min<std::size_t>(size, m.bytes.size() - m.position);
-    if (taken > 0) std::memcpy(to, m.bytes.data() + m.position, taken);
-    m.position += taken;
-    return taken;
+    reading& r = of(stream);
+    const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(size, r.bytes.size() - r.position));
+    try {
+      for (std::size_t taken = 0; taken < wanted;) {
+        const std::string_view piece = r.window.at(r.position + taken, std::min(wanted - taken, window_size));
+        std::memcpy(static_cast<char*>(to) + taken, piece.data(), piece.size());
+        taken += piece.size();
+      }
+    } catch (...) {
+      r.failure = std::current_exception();
+      return 0;
+    }
+    r.position += wanted;
+    return wanted;
   }
   static uLong write(void*, void*, const void*, uLong) { return 0; }
   static ZPOS64_T tell(void*, void* stream) { return of(stream).position; }
   static long seek(void*, void* stream, ZPOS64_T offset, int origin) {
-    memory& m = of(stream);
-    const std::size_t base = origin == ZLIB_FILEFUNC_SEEK_CUR   ? m.position
-                             : origin == ZLIB_FILEFUNC_SEEK_END ? m.bytes.size()
-                                                                : 0;
-    if (offset > m.bytes.size() - base) return -1;
-    m.position = base + offset;
+    reading& r = of(stream);
+    const std::uint64_t base = origin == ZLIB_FILEFUNC_SEEK_CUR   ? r.position
+                               : origin == ZLIB_FILEFUNC_SEEK_END ? r.bytes.size()
+                                                                  : 0;
+    if (offset > r.bytes.size() - base) return -1;
+    r.position = base + offset;
     return 0;
   }
   static int close(void*, void*) { return 0; }
-  static int error(void*, void*) { return 0; }
+  static int error(void*, void* stream) { return of(stream).failure != nullptr; }
 };
 
-zip_archive::zip_archive(std::span<const std::byte> bytes, std::string name)
-    : name_(std::move(name)), memory_(std::make_unique<memory>(memory{bytes})) {
+zip_archive::zip_archive(const byte_source& bytes)
+    : bytes_(bytes), reading_(std::make_unique<reading>(reading{bytes})) {
   zlib_filefunc64_def functions{};
-  functions.zopen64_file = memory::open;
-  functions.zread_file = memory::read;
-  functions.zwrite_file = memory::write;
-  functions.ztell64_file = memory::tell;
-  functions.zseek64_file = memory::seek;
-  functions.zclose_file = memory::close;
-  functions.zerror_file = memory::error;
-  functions.opaque = memory_.get();
-  archive_ = unzOpen2_64(name_.c_str(), &functions);
+  functions.zopen64_file = reading::open;
+  functions.zread_file = reading::read;
+  functions.zwrite_file = reading::write;
+  functions.ztell64_file = reading::tell;
+  functions.zseek64_file = reading::seek;
+  functions.zclose_file = reading::close;
+  functions.zerror_file = reading::error;
+  functions.opaque = reading_.get();
+  archive_ = unzOpen2_64(name().c_str(), &functions);
   if (!archive_) fail("the zip archive is damaged: its list of contents is missing.");
 }
 
@@ -62,7 +76,8 @@ zip_archive::~zip_archive() {
 }
 
 void zip_archive::fail(std::string cause) const {
-  throw table_source_exception(name_, "", "", std::move(cause));
+  if (reading_->failure) std::rethrow_exception(reading_->failure);
+  throw table_source_exception(name(), "", "", std::move(cause));
 }
 
 bool zip_archive::has(const std::string& part) const {

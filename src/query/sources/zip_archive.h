@@ -1,10 +1,11 @@
-// A zip archive in memory.
+// A zip archive.
 #pragma once
+
+#include "query/sources/byte_source.h"
 
 #include <cstddef>
 #include <functional>
 #include <memory>
-#include <span>
 #include <string>
 #include <string_view>
 
@@ -17,8 +18,8 @@ public:
   // A part that unpacks to more is refused.
   static constexpr std::size_t largest_part = std::size_t{1} << 30;
 
-  // The bytes must outlive this; `name` is the file's, for messages. Throws table_source_exception.
-  zip_archive(std::span<const std::byte> bytes, std::string name);
+  // The bytes must outlive this. Throws table_source_exception.
+  explicit zip_archive(const byte_source& bytes);
   ~zip_archive();
 
   bool has(const std::string& part) const;
@@ -27,14 +28,14 @@ public:
   // damaged.
   void read(const std::string& part, const std::function<bool(std::string_view)>& take) const;
 
-  const std::string& name() const { return name_; }
+  const std::string& name() const { return bytes_.name(); }
 
 private:
-  struct memory;
+  struct reading;
   [[noreturn]] void fail(std::string cause) const;
 
-  std::string name_;
-  std::unique_ptr<memory> memory_;
+  const byte_source& bytes_;
+  std::unique_ptr<reading> reading_;
   void* archive_ = nullptr;
 };
 

@@ -1,0 +1,90 @@
+// The bytes that a source reads: of a file, of memory, or of a stream inside a file. They are read where and when they
+// are needed, so that a large file takes no more memory than a small one.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <initializer_list>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace vesk {
+
+class byte_source {
+public:
+  virtual ~byte_source() = default;
+  byte_source(const byte_source&) = delete;
+  byte_source& operator=(const byte_source&) = delete;
+
+  const std::string& name() const { return name_; } // the file's, for messages
+  std::uint64_t size() const { return size_; }      // when it was opened
+
+  // Reads bytes that are all there. Throws table_source_exception, also for a file that has become shorter meanwhile.
+  void read(std::uint64_t offset, char* to, std::size_t size) const {
+    check(offset, size);
+    fetch(offset, to, size);
+  }
+  std::string text(std::uint64_t offset, std::size_t size) const;
+
+  // Throws table_source_exception when bytes are asked for that are behind the end.
+  void check(std::uint64_t offset, std::size_t size) const {
+    if (offset > size_ || size > size_ - offset) fail_short(offset, size);
+  }
+
+  // Where the bytes lie when they are in memory and may be looked at there; nullptr otherwise.
+  const char* in_memory() const { return in_memory_; }
+
+  // Closes the file until it is read again.
+  virtual void let_go() {}
+
+protected:
+  byte_source(std::string name, std::uint64_t size, const char* in_memory = nullptr)
+      : name_(std::move(name)), size_(size), in_memory_(in_memory) {}
+
+private:
+  virtual void fetch(std::uint64_t offset, char* to, std::size_t size) const = 0;
+  [[noreturn]] void fail_short(std::uint64_t offset, std::size_t size) const;
+
+  std::string name_;
+  std::uint64_t size_;
+  const char* in_memory_;
+};
+
+// Throws table_source_exception.
+std::unique_ptr<byte_source> open_bytes(const std::filesystem::path& file);
+
+// Bytes of the caller's, which must outlive the result. `in_pieces`: as a file would be read, through windows.
+std::unique_ptr<byte_source> bytes_in_memory(std::span<const std::byte> bytes, std::string name,
+                                             bool in_pieces = false);
+
+// The file with the name of `table` and the first of these extensions that there is one with; null when there is none.
+// Throws table_source_exception.
+std::unique_ptr<byte_source> open_beside(const std::filesystem::path& table,
+                                         std::initializer_list<const char*> extensions);
+
+// A part of the bytes at a time. What is asked for in order is read ahead by a whole window, a jump reads no more than
+// is asked for.
+class byte_window {
+public:
+  static constexpr std::size_t usual_size = std::size_t{256} << 10;
+
+  // `source` must outlive this.
+  explicit byte_window(const byte_source& source, std::size_t size = usual_size) : source_(&source), ahead_(size) {}
+
+  // Bytes that are all there; they live until the next call. Throws table_source_exception.
+  std::string_view at(std::uint64_t offset, std::size_t size);
+
+  const byte_source& source() const { return *source_; }
+
+private:
+  const byte_source* source_;
+  std::size_t ahead_;
+  std::unique_ptr<char[]> place_;
+  std::size_t room_ = 0, filled_ = 0;
+  std::uint64_t begin_ = 0; // of what stands in `place_`
+};
+
+} // namespace vesk
