@@ -4,11 +4,13 @@
 #include "core/problem.h"
 #include "core/step_control.h"
 #include "core/text.h"
+#include "host/trial.h"
 
 #include <hdf5.h>
 #include <netcdf.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <limits>
@@ -46,6 +48,16 @@ bool parse_units(const std::string& units, double& per_day, Moment& epoch) {
 } // namespace
 
 HydroFile::HydroFile(std::string name) : name_(std::move(name)), interval_(none) {
+  if (!survives([this] { HydroFile(name_, Trial{}).read_through(); }))
+    refuse("is damaged: the NetCDF library fails on it");
+  open();
+}
+
+HydroFile::HydroFile(std::string name, Trial) : name_(std::move(name)), interval_(none) {
+  open();
+}
+
+void HydroFile::open() {
   // What is missing is told in a sentence of its own. HDF5 keeps this setting for each thread, and NetCDF makes it only
   // in the thread that uses it first.
   H5Eset_auto2(H5E_DEFAULT, nullptr, nullptr);
@@ -67,6 +79,18 @@ HydroFile::HydroFile(std::string name) : name_(std::move(name)), interval_(none)
   } catch (...) {
     nc_close(id_);
     throw;
+  }
+}
+
+// All that a run may ask for; of a long file what can be read in a moment, its end first.
+void HydroFile::read_through() {
+  using Clock = std::chrono::steady_clock;
+  const Clock::time_point enough = Clock::now() + std::chrono::seconds(1);
+  for (std::size_t k = 0; k < times_.size() && Clock::now() < enough; ++k) {
+    try {
+      load(k == 0 ? times_.size() - 1 : k - 1);
+    } catch (const InputError&) { // is told when it is asked for
+    }
   }
 }
 
@@ -128,7 +152,9 @@ void HydroFile::read_names() {
   if (type != NC_CHAR || count != 2 || shape[0] != dimension_[segment_dimension])
     refuse("the variable \"segment_name\" does not hold letters by (segment, name_length)");
   check(nc_inq_dimlen(id_, shape[1], &length));
-  std::string letters(size_[segment_dimension] * length, '\0');
+  std::string letters;
+  if (length > letters.max_size() / size_[segment_dimension]) refuse("has segment names without end");
+  letters.resize(size_[segment_dimension] * length);
   if (!letters.empty()) check(nc_get_var_text(id_, id, letters.data()));
 
   const Variable lengths = find("length", {segment_dimension}), widths = find("width", {segment_dimension});

@@ -22,7 +22,9 @@ public:
     int from, to; // positions from 0, `outside` for the world around the model
   };
 
-  // Reads all but flows and volumes. Throws InputError, in one sentence, for what is no such file.
+  // Reads all but flows and volumes. Throws InputError, in one sentence, for what is no such file. The libraries below
+  // trust a file: one that is damaged can make them crash or never end, so it is read in a copy of the process first,
+  // for a second at most: where a file is longer, damage in its middle is not found so.
   explicit HydroFile(std::string name);
   ~HydroFile();
   HydroFile(const HydroFile&) = delete;
@@ -54,6 +56,10 @@ private:
   };
   using Row = std::vector<double>;
 
+  struct Trial {};
+  HydroFile(std::string name, Trial); // as the other one, without the copy
+  void open();
+  void read_through();
   [[noreturn]] void refuse(const std::string& cause) const;
   void check(int status) const;
   std::string attribute(int variable, const char* name) const;

@@ -74,6 +74,19 @@ TEST_F(HydroTest, FileBuildsSegmentsLinksAndBoundaries) {
   EXPECT_EQ(host.hydro_file_puts, 0);
 }
 
+// A small file that tells of more segments than memory holds.
+TEST_F(HydroTest, FileThatTakesAllMemoryIsRefused) {
+  int id = 0, shape[2], names = 0;
+  ASSERT_EQ(nc_create(file.c_str(), NC_CLOBBER | NC_NETCDF4, &id), NC_NOERR);
+  for (const char* name : {"time", "link", "name_length"}) nc_def_dim(id, name, 3, &shape[1]);
+  nc_def_dim(id, "segment", std::size_t{1} << 33, &shape[0]);
+  nc_def_var(id, "segment_name", NC_CHAR, 2, shape, &names);
+  ASSERT_EQ(nc_close(id), NC_NOERR);
+  ASSERT_LT(std::filesystem::file_size(file), 100'000u);
+  read_hyd_file(&FakeHost::callback);
+  EXPECT_EQ(refusal(), "is damaged: the NetCDF library fails on it.");
+}
+
 // Upper reach, day 0: V = V0 (1 + t), so that (1 + t) C' = -2 C and C(1) = C0 / 4; day 1: C' = -C / 2. The pond keeps
 // its mass in half the water. Steps end where the flows change, whatever the data set's step.
 TEST_F(HydroTest, RunTakesFlowsAndVolumesFromTheFile) {
