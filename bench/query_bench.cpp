@@ -37,6 +37,11 @@ struct format {
 
 const format formats[] = {
     {"sqlite", "rows.sqlite", write_sqlite, 365 * 24, {{"the SQLite library", by_sqlite_library}}},
+    {"sqlite by station",
+     "stations.sqlite",
+     write_sqlite_by_station,
+     365 * 24,
+     {{"the SQLite library", by_sqlite_library}}},
     {"csv", "rows.csv", write_csv, 365 * 24, {{"the SQLite shell", by_sqlite_shell}, {"GDAL", by_gdal}}},
     {"dbf", "rows.dbf", write_dbf, 365, {{"GDAL", by_gdal}}},
     {"paradox", "rows.db", write_paradox, 365 * 24, {{"pxlib", by_pxlib}}},
@@ -48,7 +53,7 @@ fs::path folder;
 query_report execute(const format& source, point_list& points, int first = first_day) {
   import_query_descriptor query;
   query.file_name = source.file;
-  if (source.write == write_sqlite) query.table_name = "measured";
+  if (source.peers[0].answer == by_sqlite_library) query.table_name = "measured";
   const bool is_dbase = source.write == write_dbf;
   query.date_time_field = is_dbase ? "SAMPLED" : "sampled";
   query.value_field = is_dbase ? "VALUE" : "value";
@@ -123,7 +128,7 @@ double peak_growth(const format& source, int first) {
 
 // The same in a process of its own, in megabytes.
 double peak_growth_elsewhere(const std::string& program, const format& source, int first) {
-  const std::string command = "'" + program + "' --peak=" + source.name + " " + std::to_string(first);
+  const std::string command = "'" + program + "' '--peak=" + source.name + "' " + std::to_string(first);
   const std::unique_ptr<FILE, int (*)(FILE*)> out(popen(command.c_str(), "r"), pclose);
   double bytes = 0;
   if (!out || std::fscanf(out.get(), "%lf", &bytes) != 1) throw std::runtime_error("no peak of " + command);

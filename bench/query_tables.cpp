@@ -76,6 +76,20 @@ void write_sqlite(const std::filesystem::path& file, table_part part) {
   if (!good) throw std::runtime_error("cannot write " + file.string());
 }
 
+void write_sqlite_by_station(const std::filesystem::path& file, table_part part) {
+  write_sqlite(file, part);
+  sqlite3* database = nullptr;
+  sqlite3_open(file.c_str(), &database);
+  const bool good = sqlite3_exec(database,
+                                 "PRAGMA synchronous = OFF; ALTER TABLE measured RENAME TO unordered;"
+                                 "CREATE TABLE measured (station TEXT, sampled DATETIME, value REAL);"
+                                 "INSERT INTO measured SELECT * FROM unordered ORDER BY station, rowid;"
+                                 "DROP TABLE unordered; VACUUM",
+                                 nullptr, nullptr, nullptr) == SQLITE_OK;
+  sqlite3_close(database);
+  if (!good) throw std::runtime_error("cannot write " + file.string());
+}
+
 void write_paradox(const std::filesystem::path& file, table_part part) {
   using enum paradox_writer::type;
   paradox_writer writer({{"station", alpha, 8}, {"sampled", timestamp}, {"value", number}});

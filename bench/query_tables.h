@@ -27,6 +27,7 @@ constexpr std::size_t asked_rows = 365 * 24 * 2;   // of that station and year
 // Each is made anew.
 void write_csv(const std::filesystem::path& file, table_part part = whole_table);
 void write_sqlite(const std::filesystem::path& file, table_part part = whole_table); // table "measured", no index
+void write_sqlite_by_station(const std::filesystem::path& file, table_part part = whole_table); // in that order
 void write_paradox(const std::filesystem::path& file, table_part part = whole_table);
 void write_dbf(const std::filesystem::path& file, table_part part = whole_table);
 

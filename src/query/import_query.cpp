@@ -5,7 +5,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <deque>
 #include <iterator>
+#include <limits>
 
 namespace vesk {
 
@@ -172,6 +174,7 @@ std::unique_ptr<result_set> import_query::open_values(std::size_t condition, con
   if (choices.size() < stored.conditions.size()) choices.resize(stored.conditions.size());
   choices[condition].values.clear();
   std::string sql = "SELECT DISTINCT " + field + " FROM " + quoted_table();
+  std::vector<std::string> compared = {stored.conditions[condition].value_text}; // in the tail, if it has a term
   if (stored.conditions.size() > 1 && drill_down) {
     std::string terms;
     for (std::size_t i = 0; i < stored.conditions.size(); ++i) {
@@ -182,15 +185,21 @@ std::unique_ptr<result_set> import_query::open_values(std::size_t condition, con
       terms += condition_term(i);
     }
     if (!terms.empty()) sql += " WHERE (" + terms + ")";
+    compared = literals(condition);
   }
-  trace_query("UPDATING VALUES FOR" + field + "with this=" + stored.name +
+  trace_refresh(condition);
+  return engine.open(*this, sql + tail, {.literals = std::move(compared)});
+}
+
+void import_query::trace_refresh(std::size_t condition) const {
+  trace_query("UPDATING VALUES FOR" + stored.conditions[condition].field_name + "with this=" + stored.name +
               "and RTItems=" + std::to_string(stored.conditions.size()));
-  return engine.open(*this, sql + tail);
 }
 
 void import_query::refresh_values(std::size_t condition) {
   const auto rows = open_values(condition, " ORDER BY " + stored.conditions[condition].field_name);
   while (rows->next()) choices[condition].values.push_back(rows->text(0));
+  engine.disconnect(*this);
 }
 
 void import_query::find_value(std::size_t condition) {
@@ -207,26 +216,138 @@ void import_query::find_value(std::size_t condition) {
     }
 }
 
-query_report import_query::execute(const prevesk_dataset_data_type& data, point_list& points) {
-  validate(&import_query::find_value);
-  const auto rows = engine.open(*this, build_sql(data), {stored.date_time_field, stored.value_field});
-  const std::size_t moment = rows->position(stored.date_time_field), value = rows->position(stored.value_field);
-  if (stored.replace_existing) points.clear();
-  const std::size_t before = points.size();
+// Leaves the looking for it to the reading of the rows.
+void import_query::take_value(std::size_t condition) {
+  if (choices.size() < stored.conditions.size()) choices.resize(stored.conditions.size());
+  choices[condition].values = {stored.conditions[condition].value_text};
+  trace_refresh(condition);
+}
+
+std::vector<std::string> import_query::literals(std::size_t left_out) const {
+  std::vector<std::string> values;
+  for (std::size_t i = 0; i < stored.conditions.size(); ++i)
+    if (i != left_out && has_value(i))
+      values.push_back(choices[i].values[static_cast<std::size_t>(choices[i].selected_value)]);
+  return values;
+}
+
+statement_use import_query::use_of_data() const {
+  return {.fields = {stored.date_time_field, stored.value_field}, .literals = literals(stored.conditions.size())};
+}
+
+struct import_query::selection {
+  point_list points;
   query_report report;
-  point_maker maker(points, stored.average_duplicates);
-  while (rows->next()) {
-    ++report.rows;
-    const double t = rows->is_missing(moment) ? 0 : rows->date_and_time(moment);
-    if (std::floor(t) == 0)
-      ++report.without_moment;
-    else if (rows->is_missing(value))
-      ++report.without_value; // a measurement that is missing is not one of 0
-    else
-      maker.add(t, rows->floating_point(value));
+};
+
+namespace {
+
+// The moment and the value of the present row, if it makes a point.
+template <class Take>
+void take_row(const result_set& rows, std::size_t moment, std::size_t value, query_report& report, const Take& take) {
+  ++report.rows;
+  const double t = rows.is_missing(moment) ? 0 : rows.date_and_time(moment);
+  if (std::floor(t) == 0)
+    ++report.without_moment;
+  else if (rows.is_missing(value))
+    ++report.without_value; // a measurement that is missing is not one of 0
+  else
+    take(t, rows.floating_point(value));
+}
+
+// Makes points of rows that need not be in order of time, as those of most tables are. Rows that are not are put in
+// order while they are few; more of them are for SQLite, which keeps what is too much for memory in files.
+class point_collector {
+public:
+  explicit point_collector(bool average) : maker_(points_, average) {}
+
+  // False when there are too many rows out of order.
+  bool add(double moment, double value) {
+    constexpr std::size_t most_kept = 1 << 16;
+    is_sorted_ = is_sorted_ && last_ <= moment;
+    last_ = moment;
+    if (!passed_on_ && kept_.size() < most_kept) {
+      kept_.push_back({moment, value});
+      return true;
+    }
+    if (!is_sorted_) return false;
+    pass_on();
+    maker_.add(moment, value);
+    return true;
   }
-  maker.finish();
-  report.points = points.size() - before;
+
+  point_list finish() && {
+    if (!is_sorted_)
+      std::stable_sort(kept_.begin(), kept_.end(), [](const row& a, const row& b) { return a.moment < b.moment; });
+    pass_on();
+    maker_.finish();
+    return std::move(points_);
+  }
+
+private:
+  struct row {
+    double moment, value;
+  };
+
+  void pass_on() {
+    for (; !kept_.empty(); kept_.pop_front()) maker_.add(kept_.front().moment, kept_.front().value);
+    passed_on_ = true;
+  }
+
+  point_list points_;
+  point_maker maker_;
+  std::deque<row> kept_; // lets go of its memory piece by piece
+  double last_ = -std::numeric_limits<double>::infinity();
+  bool is_sorted_ = true, passed_on_ = false;
+};
+
+} // namespace
+
+// All in one pass over the table, on which the conditions' values are looked for. Nothing when anything fails, a value
+// has not been seen among the rows that were read, or the rows are far out of order.
+std::optional<import_query::selection> import_query::select(const prevesk_dataset_data_type& data) try {
+  if (drill_down) return {};
+  validate(&import_query::take_value);
+  statement_use use = use_of_data();
+  use.in_any_order = true;
+  for (std::size_t i = 0; i < stored.conditions.size(); ++i)
+    use.sought.push_back({choices[i].field_index, stored.conditions[i].value_text});
+  const auto rows = engine.open(*this, build_sql(data), use);
+  const std::size_t moment = rows->position(stored.date_time_field), value = rows->position(stored.value_field);
+  point_collector collector(stored.average_duplicates);
+  selection result;
+  bool in_order = true;
+  while (in_order && rows->next())
+    take_row(*rows, moment, value, result.report, [&](double t, double v) { in_order = collector.add(t, v); });
+  if (!in_order || !rows->has_found_all()) return {};
+  result.points = std::move(collector).finish();
+  return result;
+} catch (const query_exception&) {
+  return {};
+}
+
+query_report import_query::execute(const prevesk_dataset_data_type& data, point_list& points) {
+  query_report report;
+  if (std::optional<selection> selected = select(data)) {
+    report = selected->report;
+    report.points = selected->points.size();
+    if (stored.replace_existing)
+      points = std::move(selected->points);
+    else
+      for (const auto& point : selected->points) points.push_back(point);
+  } else {
+    // Step by step, so that what is wrong first is told first, and the points are as far as they came.
+    validate(&import_query::find_value);
+    const auto rows = engine.open(*this, build_sql(data), use_of_data());
+    const std::size_t moment = rows->position(stored.date_time_field), value = rows->position(stored.value_field);
+    if (stored.replace_existing) points.clear();
+    const std::size_t before = points.size();
+    point_maker maker(points, stored.average_duplicates);
+    while (rows->next()) take_row(*rows, moment, value, report, [&](double t, double v) { maker.add(t, v); });
+    maker.finish();
+    report.points = points.size() - before;
+  }
+  engine.disconnect(*this);
   return report;
 }
 

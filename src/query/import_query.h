@@ -4,6 +4,7 @@
 #include "dataset/dataset.h"
 #include "query/query_engine.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -59,8 +60,8 @@ public:
   // Reads the values of a condition's field.
   void refresh_values(std::size_t condition);
 
-  // Fills `points` from the source, as it is now; of the values of a condition's field it reads on only to the chosen
-  // one, and leaves no others in `choices`. After a failure they are as they were up to then: perhaps erased, perhaps
+  // Fills `points` from the source, as it is now; of the values of a condition's field it looks for the chosen one
+  // alone, and leaves no others in `choices`. After a failure they are as they were up to then: perhaps erased, perhaps
   // partly filled. Throws query_exception.
   query_report execute(const prevesk_dataset_data_type& data, point_list& points);
 
@@ -68,10 +69,17 @@ public:
   friend bool operator==(const import_query& a, const import_query& b);
 
 private:
+  struct selection; // points, and what came of the rows
+
   // `read_values`: of a condition, the chosen one among them if it is there.
   void validate(void (import_query::*read_values)(std::size_t condition));
   std::unique_ptr<result_set> open_values(std::size_t condition, const std::string& tail); // the distinct ones
   void find_value(std::size_t condition);
+  void take_value(std::size_t condition);
+  std::optional<selection> select(const prevesk_dataset_data_type& data);
+  statement_use use_of_data() const;
+  std::vector<std::string> literals(std::size_t left_out) const; // of the conditions that have a value
+  void trace_refresh(std::size_t condition) const;
   bool has_value(std::size_t condition) const; // chosen
   std::string condition_term(std::size_t condition) const;
   std::size_t field_position(const std::string& field) const; // throws query_validation_exception

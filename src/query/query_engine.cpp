@@ -9,6 +9,7 @@
 #include "query/sql/select_statement.h"
 #include "query/value_text.h"
 
+#include <algorithm>
 #include <cmath>
 #include <sqlite3.h>
 
@@ -36,15 +37,16 @@ constexpr double first_day = -693593, behind_last_day = 2958466;
 } // namespace
 
 result_set::result_set(std::shared_ptr<table_source> source, std::size_t table, bool ignore_case,
-                       const std::string& sql, const std::vector<std::string>& wanted)
+                       const std::string& sql, const statement_use& use)
     : source_(std::move(source)), table_{*source_, table, source_->fields(table), ignore_case}, sql_(sql) {
-  std::vector<std::size_t> positions;
-  for (const std::string& name : wanted)
+  statement_hints hints{.literals = use.literals, .in_any_order = use.in_any_order};
+  for (const std::string& name : use.fields)
     for (std::size_t i = 0; i < table_.fields.size(); ++i)
-      if (table_.fields[i].name == name) positions.push_back(i);
-  const translated_statement translated = translate_statement(sql, table_.fields, table_name, positions);
+      if (table_.fields[i].name == name) hints.columns.push_back(i);
+  const translated_statement translated = translate_statement(sql, table_.fields, table_name, hints);
   for (const std::size_t field : translated.fields) fields_.push_back(table_.fields[field]);
-  table_.moment_field = translated.order_field;
+  table_.moment_field = translated.moment_field;
+  table_.sought = use.sought;
   try {
     prepare(translated.sql);
   } catch (...) {
@@ -83,6 +85,10 @@ bool result_set::next() {
   if (state == SQLITE_ROW) return true;
   if (state != SQLITE_DONE) fail();
   return false;
+}
+
+bool result_set::has_found_all() const {
+  return std::all_of(table_.sought.begin(), table_.sought.end(), [](const sought_value& s) { return s.found; });
 }
 
 bool result_set::is_missing(std::size_t field) const {
@@ -133,7 +139,7 @@ std::string result_set::text(std::size_t field) const {
 }
 
 std::unique_ptr<result_set> query_engine::open(const import_query& query, const std::string& sql,
-                                               const std::vector<std::string>& wanted) {
+                                               const statement_use& use) {
   std::shared_ptr<table_source> source;
   const std::string table = query.source_kind == source_unknown ? std::string() : table_of_statement(sql);
   switch (query.source_kind) {
@@ -150,7 +156,7 @@ std::unique_ptr<result_set> query_engine::open(const import_query& query, const 
                                                   "of a single one; rename it to one of .sqlite, .xlsx, .ods or .mdb.");
   const std::size_t position = source->find_table(table);
   return std::unique_ptr<result_set>(
-      new result_set(std::move(source), position, query.source_kind == source_several_tables, sql, wanted));
+      new result_set(std::move(source), position, query.source_kind == source_several_tables, sql, use));
 }
 
 void query_engine::connect(const import_query& query) {
@@ -164,7 +170,9 @@ void query_engine::connect(const import_query& query) {
   }
 }
 
-void query_engine::disconnect(const import_query&) {}
+void query_engine::disconnect(const import_query& query) {
+  if (query.source_kind == source_several_tables && source_) source_->let_go();
+}
 
 std::vector<std::string> query_engine::list_tables(const import_query& query) {
   connect(query);
@@ -189,19 +197,33 @@ std::shared_ptr<table_source> query_engine::source_of(const std::string& file_na
                                  (std::filesystem::path(file_name).is_absolute()
                                       ? "."
                                       : ", neither in the folder of the data file nor in the current one."));
-  connection wanted{resolved(file_name), {}, 0};
-  std::error_code missing; // opening tells
-  wanted.written = std::filesystem::last_write_time(wanted.file, missing);
-  wanted.size = std::filesystem::file_size(wanted.file, missing);
-  if (source_ && wanted == connection_) return source_;
+  std::filesystem::path file = resolved(file_name);
+  if (source_ && is_up_to_date(file)) return source_;
   source_.reset();
+  connection_ = {state_of(file)};
   try {
-    source_ = open_table_source(wanted.file);
+    source_ = open_table_source(file);
   } catch (...) {
     rethrow_as_query_exception(std::current_exception(), file_name);
   }
-  connection_ = std::move(wanted);
+  for (const std::string& companion : source_->companions()) connection_.push_back(state_of(companion));
   return source_;
+}
+
+query_engine::file_state query_engine::state_of(std::filesystem::path file) {
+  file_state state{std::move(file), {}, 0};
+  std::error_code missing; // opening tells
+  state.written = std::filesystem::last_write_time(state.file, missing);
+  const std::uintmax_t size = std::filesystem::file_size(state.file, missing);
+  if (missing || size == 0) return {std::move(state.file), {}, 0}; // a log that comes and goes says nothing
+  state.size = size;
+  return state;
+}
+
+bool query_engine::is_up_to_date(const std::filesystem::path& file) const {
+  return !connection_.empty() && connection_.front().file == file &&
+         std::all_of(connection_.begin(), connection_.end(),
+                     [](const file_state& then) { return state_of(then.file) == then; });
 }
 
 } // namespace vesk

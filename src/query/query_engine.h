@@ -21,6 +21,14 @@ class import_query;
 
 enum : std::uint8_t { source_unknown = 0, source_one_table = 1, source_several_tables = 2 };
 
+// How a statement is to be read.
+struct statement_use {
+  std::vector<std::string> fields = {};   // of the columns only these are read, unless it is empty
+  std::vector<std::string> literals = {}; // what its first terms compare with, so far as it is known
+  bool in_any_order = false;              // the rows need not be put in order
+  std::vector<sought_value> sought = {};  // values that are looked for on the way
+};
+
 // The rows that a statement gives, one after the other. It holds its source open.
 class result_set {
 public:
@@ -34,6 +42,9 @@ public:
   // Goes to the next row, the first at first; false behind the last. Throws query_engine_exception.
   bool next();
 
+  // Whether each value that is looked for has been seen in the rows that were read so far.
+  bool has_found_all() const;
+
   // A value of the present row. A null has no text and no number. Each throws query_engine_exception, naming file,
   // table and field, for a value that is nothing of the kind.
   bool is_missing(std::size_t field) const;      // null, or a text that says so, such as NA
@@ -44,7 +55,7 @@ public:
 private:
   friend class query_engine;
   result_set(std::shared_ptr<table_source> source, std::size_t table, bool ignore_case, const std::string& sql,
-             const std::vector<std::string>& wanted);
+             const statement_use& use);
   void prepare(const std::string& sql);
   [[noreturn]] void fail() const;
   [[noreturn]] void refuse_value(std::size_t field, const char* wanted) const;
@@ -62,15 +73,13 @@ public:
   // `folder`: of the data file, where relative names are looked for first.
   explicit query_engine(std::filesystem::path folder = {}) : folder_(std::move(folder)) {}
 
-  // Opens a statement on the query's source. Of its columns only those of `wanted` are read, unless it is empty.
-  // Throws query_engine_exception.
-  std::unique_ptr<result_set> open(const import_query& query, const std::string& sql,
-                                   const std::vector<std::string>& wanted = {});
+  // Opens a statement on the query's source. Throws query_engine_exception.
+  std::unique_ptr<result_set> open(const import_query& query, const std::string& sql, const statement_use& use = {});
 
   // Makes sure that the connection is one to the query's file as it stands now. Throws query_engine_exception.
   void connect(const import_query& query);
 
-  // Lets go of a source of kind 2. What has been read of it stays for the next connection to the same file.
+  // Closes the file of a source of kind 2. What has been read of it stays for the next connection to the same file.
   void disconnect(const import_query& query);
 
   std::vector<std::string> list_tables(const import_query& query);
@@ -80,18 +89,20 @@ public:
 
 private:
   // A file as it stood when it was opened.
-  struct connection {
+  struct file_state {
     std::filesystem::path file;
     std::filesystem::file_time_type written;
     std::uintmax_t size = 0;
-    friend bool operator==(const connection&, const connection&) = default;
+    friend bool operator==(const file_state&, const file_state&) = default;
   };
+  static file_state state_of(std::filesystem::path file);
+  bool is_up_to_date(const std::filesystem::path& file) const; // what has been read of it
 
   std::filesystem::path resolved(const std::string& file_name) const;
   std::shared_ptr<table_source> source_of(const std::string& file_name);
 
   const std::filesystem::path folder_;
-  connection connection_;
+  std::vector<file_state> connection_;   // the file, and those that its source reads besides
   std::shared_ptr<table_source> source_; // of connection_; null before the first
 };
 

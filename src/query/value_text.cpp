@@ -24,6 +24,15 @@ std::string integer_text(std::int64_t value, field_type type) {
   return type == field_type::boolean ? number_text(static_cast<double>(value), type) : std::to_string(value);
 }
 
+std::string value_text(const table_value& value, field_type type) {
+  switch (value.kind()) {
+  case value_kind::null: return {};
+  case value_kind::integer: return integer_text(value.integer(), type);
+  case value_kind::text: return std::string(value.text());
+  default: return number_text(value.number(), type);
+  }
+}
+
 std::string not_of_its_kind(std::string_view text, const char* wanted) {
   constexpr std::size_t most = 60;
   std::size_t size = std::min(text.size(), most);

@@ -13,6 +13,9 @@ namespace vesk {
 std::string number_text(double value, field_type type);
 std::string integer_text(std::int64_t value, field_type type);
 
+// The same of any value; empty for null.
+std::string value_text(const table_value& value, field_type type);
+
 // What is said of a value that is not what it should be: "<0.5" stands where a number should be. A long text is cut.
 std::string not_of_its_kind(std::string_view text, const char* wanted);
 

@@ -12,7 +12,7 @@ const std::vector<table_field> fields = {{"Order", field_type::integer},        
 
 // What SQLite is given for the text behind "SELECT * FROM 'x'".
 std::string tail(const std::string& text) {
-  const translated_statement all = translate_statement("SELECT * FROM 'x'" + text, fields, "s", {0});
+  const translated_statement all = translate_statement("SELECT * FROM 'x'" + text, fields, "s", {.columns = {0}});
   EXPECT_EQ(all.sql.find("SELECT t.\"Order\" FROM \"s\" AS t"), 0U);
   return all.sql.substr(all.sql.find(" AS t") + 5);
 }

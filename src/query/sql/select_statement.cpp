@@ -114,8 +114,8 @@ std::vector<table_place> table_places(const statement_reader& reader, std::size_
 class translator {
 public:
   translator(std::string_view sql, const std::vector<table_field>& fields, std::string_view table,
-             const std::vector<std::size_t>& wanted)
-      : reader_(sql, fields), fields_(fields), table_(table), wanted_(wanted) {}
+             const statement_hints& hints)
+      : reader_(sql, fields), fields_(fields), table_(table), hints_(hints) {}
 
   translated_statement all() {
     if (reader_.sql().find('\0') != std::string_view::npos)
@@ -124,7 +124,7 @@ public:
     if (!select) fail(0);
     if (const auto star = reader_.past_words(*select, {"*"})) {
       if (const auto from = reader_.past_words(*star, {"FROM"})) {
-        moments_in_text_ = text_field_of_order();
+        moments_ = field_of_order();
         return selected(columns(), *from);
       }
       fail(*star);
@@ -156,7 +156,7 @@ private:
   };
 
   std::vector<std::size_t> columns() const {
-    if (!wanted_.empty()) return wanted_;
+    if (!hints_.columns.empty()) return hints_.columns;
     std::vector<std::size_t> all(fields_.size());
     for (std::size_t i = 0; i < all.size(); ++i) all[i] = i;
     return all;
@@ -172,7 +172,7 @@ private:
     for (const table_place& place : table_places(reader_, from)) {
       const auto where = reader_.past_words(place.next, {"WHERE"});
       if (const auto tail = where ? term(*where, 0) : end(place.next)) {
-        if (moments_in_text_ != no_field) result.order_field = fields_[moments_in_text_].name;
+        if (moments_ && !is_date_or_time(fields_[*moments_].type)) result.moment_field = moments_;
         if (where) result.sql += " WHERE ";
         result.sql += *tail;
         return result;
@@ -183,24 +183,17 @@ private:
 
   std::string name(std::size_t field) const { return "t." + sql_quoted(fields_[field].name); }
 
-  // What a field is compared and ordered by.
-  std::string compared(std::size_t field) const {
-    return field == moments_in_text_ ? std::string(moment_function) + "(" + name(field) + ")" : name(field);
-  }
-
-  // The field that the rows are put in order by, when it is one of texts: rows are put in order of time, so its texts
-  // are moments. No field otherwise.
-  std::size_t text_field_of_order() const {
+  // The field that the rows are put in order by.
+  std::optional<std::size_t> field_of_order() const {
     const std::string_view sql = reader_.sql();
     for (std::size_t at = sql.size(); at-- > 0;) {
       if (sql[at] != ' ') continue;
       const auto by = reader_.past_words(at, {"ORDER", "BY"});
       if (!by) continue;
       for (const auto& [field, end] : reader_.fields_after(*by))
-        if (reader_.past_blanks(end) == sql.size())
-          return is_number(fields_[field].type) || is_date_or_time(fields_[field].type) ? no_field : field;
+        if (reader_.past_blanks(end) == sql.size()) return field;
     }
-    return no_field;
+    return {};
   }
 
   // Each of these reads on to the end of the statement and returns what SQLite is given from here on; nothing when
@@ -233,7 +226,7 @@ private:
     const std::string_view sql = reader_.sql();
     if (at >= sql.size()) return {};
     if (const char quote = sql[at]; quote == '\'' || quote == '#') {
-      for (const std::size_t end : reader_.closings(at + 1, quote)) {
+      for (const std::size_t end : ends_of_literal(at + 1, quote)) {
         const auto condition = translated(field, symbol, sql.substr(at + 1, end - at - 1), true);
         if (!condition) continue;
         if (auto tail = link(end + 1, depth)) return *condition + *tail;
@@ -246,6 +239,17 @@ private:
     if (!condition) return {};
     auto tail = link(end, depth);
     return tail ? std::optional(*condition + *tail) : std::nullopt;
+  }
+
+  // Where the present term's literal may end: first where the one does that is known to stand here.
+  std::vector<std::size_t> ends_of_literal(std::size_t at, char quote) const {
+    std::vector<std::size_t> ends = reader_.closings(at, quote);
+    const auto term = static_cast<std::size_t>(terms_ - 1);
+    if (term >= hints_.literals.size()) return ends;
+    const std::string& known = hints_.literals[term];
+    const auto end = std::find(ends.begin(), ends.end(), at + known.size());
+    if (end != ends.end() && reader_.rest(at).starts_with(known)) std::rotate(ends.begin(), end, end + 1);
+    return ends;
   }
 
   std::optional<std::string> link(std::size_t at, int depth) {
@@ -269,7 +273,7 @@ private:
     const auto by = reader_.past_words(at, {"ORDER", "BY"});
     if (!by) return {};
     for (const auto& [field, behind] : reader_.fields_after(*by))
-      if (reach(behind) == reader_.sql().size()) return " ORDER BY " + compared(field);
+      if (reach(behind) == reader_.sql().size()) return hints_.in_any_order ? "" : " ORDER BY " + name(field);
     return {};
   }
 
@@ -277,7 +281,7 @@ private:
   std::optional<std::string> translated(std::size_t field, std::string_view symbol, std::string_view text,
                                         bool quoted) const {
     const field_type type = fields_[field].type;
-    if (is_date_or_time(type) || field == moments_in_text_) {
+    if (is_date_or_time(type) || (field == moments_ && !is_number(type))) {
       const auto moment = moment_literal(text);
       return moment ? std::optional(moment_condition(field, symbol, *moment)) : std::nullopt;
     }
@@ -300,9 +304,9 @@ private:
 
   std::string moment_condition(std::size_t field, std::string_view symbol, double moment) const {
     const std::string low = number_in_sql(moment - half_a_second), high = number_in_sql(moment + half_a_second);
-    if (symbol == "=") return compared(field) + " BETWEEN " + low + " AND " + high;
-    if (symbol == "<>") return compared(field) + " NOT BETWEEN " + low + " AND " + high;
-    return compared(field) + std::string(symbol) + (symbol == ">=" || symbol == "<" ? low : high);
+    if (symbol == "=") return name(field) + " BETWEEN " + low + " AND " + high;
+    if (symbol == "<>") return name(field) + " NOT BETWEEN " + low + " AND " + high;
+    return name(field) + std::string(symbol) + (symbol == ">=" || symbol == "<" ? low : high);
   }
 
   // The next place behind blanks; remembered, so that a failure can tell how far the statement was understood.
@@ -322,9 +326,8 @@ private:
   const statement_reader reader_;
   const std::vector<table_field>& fields_;
   const std::string table_;
-  const std::vector<std::size_t>& wanted_;
-  static constexpr std::size_t no_field = static_cast<std::size_t>(-1);
-  std::size_t moments_in_text_ = no_field;
+  const statement_hints& hints_;
+  std::optional<std::size_t> moments_; // the field whose values are moments, whatever its type
   std::size_t furthest_ = 0;
   int attempts_ = 0, terms_ = 0;
 };
@@ -344,8 +347,8 @@ std::string table_of_statement(std::string_view sql) {
 }
 
 translated_statement translate_statement(std::string_view sql, const std::vector<table_field>& fields,
-                                         std::string_view table, const std::vector<std::size_t>& wanted) {
-  return translator(sql, fields, table, wanted).all();
+                                         std::string_view table, const statement_hints& hints) {
+  return translator(sql, fields, table, hints).all();
 }
 
 std::optional<double> moment_literal(std::string_view text) {

@@ -8,8 +8,8 @@
 // linked by AND and OR and put into groups by parentheses. It cannot be left to SQLite as it is: fields stand in it
 // with their blanks and as words of the language, dates are #1/2/2000 3:00:00# or '1/2/2000, 3:00:00' and compare as
 // moments, and an apostrophe inside a literal is not doubled. So what a word means is told by the table's fields, and
-// the end of a literal by what has to follow it.
-// Rows are put in order of time, so texts that they are put in order by are moments, too.
+// the end of a literal by what its maker knows of it, or else by what has to follow it.
+// Rows are put in order of time, so the field that they are put in order by is one of moments, whatever its type.
 #pragma once
 
 #include "query/sources/table_source.h"
@@ -24,19 +24,23 @@ namespace vesk {
 // The name of the table in a statement, without its marks. Throws query_engine_exception when there is none.
 std::string table_of_statement(std::string_view sql);
 
-// The function that a translated statement may call: the moment that a text means.
-inline constexpr const char* moment_function = "vesk_moment";
-
 struct translated_statement {
-  std::string sql;                 // for SQLite
-  std::vector<std::size_t> fields; // positions in the table of the columns of the result
-  std::string order_field;         // by which the rows are put in order, when its texts are moments; else empty
+  std::string sql;                         // for SQLite
+  std::vector<std::size_t> fields;         // positions in the table of the columns of the result
+  std::optional<std::size_t> moment_field; // whose texts have to be taken for the moments that they mean
 };
 
-// The statement over a table with these fields, which SQLite knows as `table`. In place of all fields (*) only those
-// of `wanted` are selected, unless it is empty. Throws query_engine_exception with the statement in its text.
+// What the maker of a statement knows of it.
+struct statement_hints {
+  std::vector<std::size_t> columns = {};  // in place of all fields (*) only these are selected, unless it is empty
+  std::vector<std::string> literals = {}; // the literals of the first terms, so far as they are known
+  bool in_any_order = false;              // the rows need not be put in order
+};
+
+// The statement over a table with these fields, which SQLite knows as `table`. Throws query_engine_exception with the
+// statement in its text.
 translated_statement translate_statement(std::string_view sql, const std::vector<table_field>& fields,
-                                         std::string_view table, const std::vector<std::size_t>& wanted = {});
+                                         std::string_view table, const statement_hints& hints = {});
 
 // The number that a literal means as a moment (a date, a time, or both), and nothing if it is none. Dates are
 // month/day/year or year-month-day.

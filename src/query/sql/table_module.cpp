@@ -20,6 +20,10 @@ struct attached_table : sqlite3_vtab {
 struct attached_cursor : sqlite3_vtab_cursor {
   std::unique_ptr<row_cursor> rows;
   bool at_end = true;
+  // The last text that was taken for a moment, by each condition on it, and where it stands.
+  std::uint64_t moment_row = 0;
+  std::size_t moment_field = 0;
+  table_value moment;
 };
 
 module_table& table_of(sqlite3_vtab_cursor* cursor) {
@@ -48,25 +52,25 @@ std::optional<double> moment_of_text(std::string_view text, const module_table& 
                                not_of_its_kind(text, "a date"));
 }
 
-// A text in a column of dates as the date that it means.
-table_value as_moment(const table_value& value, const module_table& table, std::size_t field) {
-  if (value.kind() != value_kind::text || !is_date_or_time(table.fields[field].type)) return value;
+// A value of the present row; a text in a column of moments as the moment that it means.
+table_value value_of(attached_cursor& at, const module_table& table, std::size_t field) {
+  const bool is_moment = is_date_or_time(table.fields[field].type) || table.moment_field == field;
+  if (is_moment && at.moment_row == at.rows->row_number() && at.moment_field == field) return at.moment;
+  const table_value value = at.rows->value(field);
+  if (!is_moment || value.kind() != value_kind::text) return value;
   const auto moment = moment_of_text(value.text(), table, table.fields[field].name);
-  return moment ? table_value::of_date_time(*moment) : table_value();
+  at.moment = moment ? table_value::of_date_time(*moment) : table_value();
+  at.moment_row = at.rows->row_number();
+  at.moment_field = field;
+  return at.moment;
 }
 
-// vesk_moment: of a text the moment that it means, of anything else itself.
-void give_moment(sqlite3_context* context, int, sqlite3_value** arguments) {
-  module_table& table = *static_cast<module_table*>(sqlite3_user_data(context));
-  if (sqlite3_value_type(arguments[0]) != SQLITE_TEXT) return sqlite3_result_value(context, arguments[0]);
-  try {
-    const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(arguments[0]));
-    const auto size = static_cast<std::size_t>(sqlite3_value_bytes(arguments[0]));
-    if (const auto moment = moment_of_text({text, size}, table, table.moment_field))
-      sqlite3_result_double(context, *moment);
-  } catch (...) {
-    table.failure = std::current_exception();
-    sqlite3_result_error(context, "a text that is no date", -1);
+void look_for(std::vector<sought_value>& sought, attached_cursor& at, const module_table& table) {
+  for (sought_value& wanted : sought) {
+    if (wanted.found) continue;
+    const table_value value = value_of(at, table, wanted.field);
+    wanted.found = value.kind() == value_kind::text ? value.text() == wanted.text
+                                                    : value_text(value, table.fields[wanted.field].type) == wanted.text;
   }
 }
 
@@ -137,7 +141,11 @@ int close_cursor(sqlite3_vtab_cursor* cursor) {
 
 int next_row(sqlite3_vtab_cursor* cursor) {
   auto& at = *static_cast<attached_cursor*>(cursor);
-  return guarded(cursor->pVtab, [&at] { at.at_end = !at.rows->next(); });
+  module_table& table = table_of(cursor);
+  return guarded(cursor->pVtab, [&] {
+    at.at_end = !at.rows->next();
+    if (!at.at_end && !table.sought.empty()) look_for(table.sought, at, table);
+  });
 }
 
 row_filter filter_of(char use, std::size_t field, sqlite3_value* value, bool ignore_case) {
@@ -181,7 +189,7 @@ int give_value(sqlite3_vtab_cursor* cursor, sqlite3_context* context, int column
   auto& at = *static_cast<attached_cursor*>(cursor);
   return guarded(cursor->pVtab, [&] {
     const auto field = static_cast<std::size_t>(column);
-    const table_value value = as_moment(at.rows->value(field), table_of(cursor), field);
+    const table_value value = value_of(at, table_of(cursor), field);
     switch (value.kind()) {
     case value_kind::null: return sqlite3_result_null(context);
     case value_kind::integer: return sqlite3_result_int64(context, value.integer());
@@ -223,10 +231,7 @@ void attach_table(sqlite3* database, const std::string& name, module_table& tabl
     throw table_source_exception(table.source.file(), table.source.tables()[table.table], "",
                                  "it has " + std::to_string(table.fields.size()) + " fields; " +
                                      std::to_string(most_fields) + " can be read.");
-  constexpr int kind = SQLITE_UTF8 | SQLITE_DETERMINISTIC;
-  if (sqlite3_create_module_v2(database, name.c_str(), &module_of_tables, &table, nullptr) != SQLITE_OK ||
-      sqlite3_create_function_v2(database, moment_function, 1, kind, &table, give_moment, nullptr, nullptr, nullptr) !=
-          SQLITE_OK)
+  if (sqlite3_create_module_v2(database, name.c_str(), &module_of_tables, &table, nullptr) != SQLITE_OK)
     throw query_engine_exception(std::string("A table cannot be given to SQLite: ") + sqlite3_errmsg(database) + ".");
 }
 
