@@ -32,6 +32,12 @@ TEST(SelectStatement, FieldsStandWithBlanksSignsAndReservedWords) {
 TEST(SelectStatement, ApostrophesInsideATextEndNothing) {
   EXPECT_EQ(tail(" WHERE (Station='O'Brien') ORDER BY Flow"), " WHERE (t.\"Station\"='O''Brien') ORDER BY t.\"Flow\"");
   EXPECT_EQ(tail(" WHERE (Station='it's' AND Station='x')"), " WHERE (t.\"Station\"='it''s' AND t.\"Station\"='x')");
+  // A literal that is known is one, whatever stands in it.
+  const std::string injected = "a' OR Station='b";
+  const std::string both = "SELECT * FROM 'x' WHERE (Flow=1 AND Station='" + injected + "' OR Station='a')";
+  const std::string read = translate_statement(both, fields, "s", {.literals = {"1", injected, "a"}}).sql;
+  EXPECT_NE(read.find("t.\"Station\"='a'' OR Station=''b' OR t.\"Station\"='a')"), read.npos) << read;
+  EXPECT_NE(read, translate_statement(both, fields, "s").sql);
   EXPECT_EQ(table_of_statement("SELECT * FROM 'O'Brien's.dbf' WHERE (Station='x')"), "O'Brien's.dbf");
   EXPECT_EQ(table_of_statement("SELECT DISTINCT from FROM [Sheet 1$]"), "Sheet 1$");
 }

@@ -39,9 +39,44 @@ TEST(SqliteSource, SettlesTypesByDeclarationAndContent) {
   EXPECT_THAT(print(*source),
               ElementsAre("id:25; a\"b:11; noted:11; mixed:1; bare:6; ok:5",
                           "1; 2011-01-31 06:00:00; 2011-01-31; 2011-01-31; 1.5; 1",
-                          "2; 2011-01-31; 2011-02-01; x; 2; 0", "3; 2011-01-31 06:00:00; NULL; NULL; NULL; NULL",
+                          "2; 2011-01-31; 2011-02-01; x; 2; 0", "3; 2011-01-31 06:00:00; NULL; NULL; NULL; yes",
                           "4; soon; 2011-02-02 12:00:00; NULL; 3; NULL"));
   EXPECT_THAT(print(*source, 1), ElementsAre("id:25", "1"));
+}
+
+// A copy of a table declares its dates as numbers.
+TEST(SqliteSource, FindsDatesAndTextsAmongNumbers) {
+  const temporary_folder folder;
+  const auto source = open_table_source(
+      database(folder, "CREATE TABLE gauge(sampled DATETIME, flow REAL, depth NUMERIC, note TEXT);"
+                       "INSERT INTO gauge VALUES ('2011-01-31 06:00', 'dry', '1/2/2011', CAST(x'35b0' AS TEXT)),"
+                       "('2011-02-01', 'NA', 2, NULL); CREATE TABLE copy AS SELECT * FROM gauge"));
+  EXPECT_THAT(print(*source, 1), ElementsAre("sampled:11; flow:6; depth:6; note:1",
+                                             "2011-01-31 06:00:00; dry; 1/2/2011; 5°", "2011-02-01; NULL; 2; NULL"));
+}
+
+TEST(SqliteSource, LetsItsFileGoAndOpensItAgain) {
+  const temporary_folder folder;
+  const std::string file = database(folder, "CREATE TABLE gauge(id); INSERT INTO gauge VALUES (1), (2)");
+  const auto source = open_table_source(file);
+  const auto rows = source->rows(0);
+  EXPECT_TRUE(rows->next());
+  source->let_go();
+  EXPECT_TRUE(rows->next()); // a cursor that is open still serves
+  EXPECT_FALSE(rows->next());
+  EXPECT_THAT(print(*source), ElementsAre("id:25", "1", "2"));
+}
+
+// A database with a write-ahead log where no files can be made beside it: a link to nowhere stands where one belongs.
+TEST(SqliteSource, ReadsADatabaseWithALogWhereNothingCanBeWritten) {
+  const temporary_folder folder;
+  const std::string file =
+      database(folder, "PRAGMA journal_mode = WAL; CREATE TABLE gauge(id); INSERT INTO gauge VALUES (7)");
+  std::filesystem::create_symlink("nowhere", file + "-shm");
+  EXPECT_THAT(print(*open_table_source(file)), ElementsAre("id:25", "7"));
+  folder.write("river.db-wal", "not empty");
+  EXPECT_THAT([&] { open_table_source(file); },
+              testing::ThrowsMessage<table_source_exception>(file + ": unable to open database file."));
 }
 
 // What the database leaves out by itself is only what the filter would leave out: no text that may be another date.

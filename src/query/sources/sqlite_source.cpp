@@ -1,5 +1,7 @@
 #include "query/sources/sqlite_source.h"
 
+#include "dataset/text_encoding.h"
+#include "platform/code_page.h"
 #include "query/sources/column_form.h"
 #include "query/sources/date_text.h"
 #include "query/sqlite_names.h"
@@ -7,6 +9,7 @@
 #include <chrono>
 #include <cmath>
 #include <cstdio>
+#include <filesystem>
 #include <map>
 #include <sqlite3.h>
 
@@ -25,13 +28,7 @@ using statement_handle = std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt*)>;
 class sqlite_source : public table_source {
 public:
   explicit sqlite_source(std::string name) : table_source(std::move(name)) {
-    sqlite3* database = nullptr;
-    const int state = sqlite3_open_v2(file().c_str(), &database, SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX, nullptr);
-    database_.reset(database);
-    if (state != SQLITE_OK) fail("");
-    sqlite3_busy_timeout(database, 2000);
-    sqlite3_db_config(database, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
-    sqlite3_db_config(database, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+    companions_ = {file() + "-wal"};
     const auto list = prepare("SELECT name FROM sqlite_schema WHERE type IN ('table', 'view') AND name NOT LIKE "
                               "'sqlite\\_%' ESCAPE '\\' ORDER BY rowid",
                               "");
@@ -40,34 +37,75 @@ public:
 
   const std::vector<table_field>& fields(std::size_t table) override;
   std::unique_ptr<row_cursor> rows(std::size_t table, std::vector<row_filter> filters) override;
+  void let_go() override { database_.reset(); }
 
 private:
   friend class sqlite_cursor;
 
-  statement_handle prepare(const std::string& sql, const std::string& table) const {
+  struct close {
+    void operator()(sqlite3* database) const { sqlite3_close_v2(database); } // once its last statement has gone
+  };
+  using database_handle = std::unique_ptr<sqlite3, close>;
+
+  database_handle open(bool is_immutable) const;
+  sqlite3* database();
+
+  statement_handle prepare(const std::string& sql, const std::string& table) {
     sqlite3_stmt* statement = nullptr;
-    if (sqlite3_prepare_v2(database_.get(), sql.c_str(), -1, &statement, nullptr) != SQLITE_OK) fail(table);
+    sqlite3* const of = database();
+    if (sqlite3_prepare_v2(of, sql.c_str(), -1, &statement, nullptr) != SQLITE_OK) fail(of, table);
     return {statement, sqlite3_finalize};
   }
   bool step(sqlite3_stmt* statement, const std::string& table) const {
     const int state = sqlite3_step(statement);
-    if (state != SQLITE_ROW && state != SQLITE_DONE) fail(table);
+    if (state != SQLITE_ROW && state != SQLITE_DONE) fail(sqlite3_db_handle(statement), table);
     return state == SQLITE_ROW;
   }
-  [[noreturn]] void fail(const std::string& table) const {
+  [[noreturn]] void fail(sqlite3* database, const std::string& table) const {
     throw table_source_exception(file(), table, "",
-                                 std::string(database_ ? sqlite3_errmsg(database_.get()) : "not enough memory") + ".");
+                                 std::string(database ? sqlite3_errmsg(database) : "not enough memory") + ".");
   }
 
-  field_type sampled_type(const std::string& table, const std::string& column, field_type declared) const;
+  field_type sampled_type(const std::string& table, const std::string& column, field_type declared);
 
-  struct close {
-    void operator()(sqlite3* database) const { sqlite3_close(database); }
-  };
-  std::unique_ptr<sqlite3, close> database_;
+  database_handle database_; // null while the file is let go
   std::map<std::size_t, std::vector<table_field>> fields_;
   std::map<std::size_t, std::vector<bool>> text_columns_; // of the same tables: in which columns numbers become texts
 };
+
+sqlite_source::database_handle sqlite_source::open(bool is_immutable) const {
+  std::string name = file();
+  int flags = SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX;
+  if (is_immutable) {
+    name = "file:";
+    for (const char c : file()) name += c == '%' ? "%25" : c == '?' ? "%3f" : c == '#' ? "%23" : std::string(1, c);
+    name += "?immutable=1";
+    flags |= SQLITE_OPEN_URI;
+  }
+  sqlite3* opened = nullptr;
+  const int state = sqlite3_open_v2(name.c_str(), &opened, flags, nullptr);
+  database_handle result(opened);
+  if (state != SQLITE_OK) fail(opened, "");
+  sqlite3_busy_timeout(opened, 2000);
+  sqlite3_db_config(opened, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+  sqlite3_db_config(opened, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+  sqlite3_exec(opened, "PRAGMA cache_size = -256", nullptr, nullptr, nullptr); // KiB: tables are read once, in order
+  return result;
+}
+
+// Opens the file where it is not open. A database with a write-ahead log wants to make files beside it; where that is
+// not allowed, and there is nothing in the log, the file by itself is the database.
+sqlite3* sqlite_source::database() {
+  if (database_) return database_.get();
+  database_ = open(false);
+  sqlite3_stmt* statement = nullptr;
+  const int state = sqlite3_prepare_v2(database_.get(), "SELECT 1 FROM sqlite_schema", -1, &statement, nullptr);
+  sqlite3_finalize(statement);
+  std::error_code missing;
+  const auto logged = std::filesystem::file_size(file() + "-wal", missing);
+  if (state == SQLITE_CANTOPEN && (missing || logged == 0)) database_ = open(true);
+  return database_.get();
+}
 
 // The type that a column is declared with: the first row whose word stands in the declaration. What is not listed is
 // text to us, as it is to SQLite when it calls for no number.
@@ -116,7 +154,7 @@ const std::vector<table_field>& sqlite_source::fields(std::size_t table) {
   while (step(list.get(), name)) {
     const std::string declaration = upper(text_of(list.get(), 1));
     table_field field{std::string(text_of(list.get(), 0)), declared_type(declaration)};
-    if (field.type == field_type::string || field.type == field_type::unknown)
+    if (!is_date_type(field.type) && field.type != field_type::blob)
       field.type = sampled_type(name, field.name, field.type);
     fields.push_back(std::move(field));
     text_columns.push_back(keeps_texts(declaration));
@@ -126,25 +164,30 @@ const std::vector<table_field>& sqlite_source::fields(std::size_t table) {
   return fields_[table] = std::move(fields);
 }
 
-field_type sqlite_source::sampled_type(const std::string& table, const std::string& column, field_type declared) const {
-  const auto sample = prepare("SELECT t." + sql_quoted(column) + " FROM " + sql_quoted(table) + " AS t WHERE t." +
-                                  sql_quoted(column) + " IS NOT NULL LIMIT " + std::to_string(dates_sampled),
+// A column that is declared as one of numbers may hold dates, too: so does a copy of one that is declared as a date.
+field_type sqlite_source::sampled_type(const std::string& table, const std::string& column, field_type declared) {
+  const auto sample = prepare("SELECT c FROM (SELECT t." + sql_quoted(column) + " AS c FROM " + sql_quoted(table) +
+                                  " AS t LIMIT " + std::to_string(rows_sampled) + ") WHERE c IS NOT NULL",
                               table);
+  const bool is_declared = declared != field_type::unknown;
   std::uint64_t texts = 0, dates = 0, with_time = 0;
   column_votes numbers;
   while (step(sample.get(), table)) {
-    switch (sqlite3_column_type(sample.get(), 0)) {
+    const int stored = sqlite3_column_type(sample.get(), 0);
+    if (stored != SQLITE_TEXT && is_declared && declared != field_type::string) return declared;
+    switch (stored) {
     case SQLITE_INTEGER: numbers.add(table_value::of_integer(0)); continue;
     case SQLITE_FLOAT: numbers.add(table_value::of_number(0.5)); continue;
     default: ++texts;
     }
     const auto date = read_date(text_of(sample.get(), 0), date_form::iso);
-    if (!date && declared == field_type::string) return declared;
+    if (!date && is_declared) return declared;
     dates += date.has_value();
     with_time += date && date->has_time;
   }
   if (texts > 0 && dates == texts) return with_time ? field_type::date_time : field_type::date;
-  if (declared == field_type::string || texts > 0) return field_type::string;
+  if (is_declared) return declared;
+  if (texts > 0) return field_type::string;
   const field_type type = numbers.settle().type;
   return type == field_type::integer ? field_type::large_integer : type;
 }
@@ -154,7 +197,7 @@ public:
   sqlite_cursor(const sqlite_source& source, const std::vector<table_field>& fields, const std::string& table,
                 statement_handle statement, std::vector<row_filter> filters)
       : row_cursor(std::move(filters)), source_(source), fields_(fields), table_(table),
-        statement_(std::move(statement)) {}
+        statement_(std::move(statement)), texts_(fields.size()) {}
 
   table_value value(std::size_t field) override {
     const field_type type = fields_[field].type;
@@ -167,20 +210,23 @@ public:
       dated_column_ = column;
       return dated_;
     }
-    if (type == field_type::string) {
-      const std::string_view text = text_of(statement_.get(), column);
-      return text.empty() ? table_value() : table_value::of_text(text);
-    }
+    if (type == field_type::string || stored == SQLITE_TEXT)
+      return column_form{.type = type == field_type::string ? type : field_type::floating}.read(text(column));
     if (stored == SQLITE_INTEGER) return table_value::of_integer(sqlite3_column_int64(statement_.get(), column));
-    if (stored == SQLITE_FLOAT) return table_value::of_number(sqlite3_column_double(statement_.get(), column));
-    return {};
+    return table_value::of_number(sqlite3_column_double(statement_.get(), column));
   }
 
 protected:
   bool advance() override { return source_.step(statement_.get(), table_); }
 
 private:
-  table_value date(field_type type, int stored, int column) const {
+  std::string_view text(int column) {
+    const std::string_view stored = text_of(statement_.get(), column);
+    if (is_ascii(stored)) return stored;
+    return texts_[static_cast<std::size_t>(column)] = shown_text(stored);
+  }
+
+  table_value date(field_type type, int stored, int column) {
     constexpr double julian_origin = 2415018.5, unix_origin = 25569, seconds = 86400;
     if (stored == SQLITE_INTEGER)
       return table_value::of_date_time(
@@ -189,15 +235,16 @@ private:
       const double day = sqlite3_column_double(statement_.get(), column);
       return std::isfinite(day) ? table_value::of_date_time(to_milliseconds(day - julian_origin)) : table_value();
     }
-    const std::string_view text = text_of(statement_.get(), column);
-    const auto reading = read_date(text, type == field_type::time ? date_form::time_only : date_form::iso);
-    return reading ? table_value::of_date_time(reading->serial) : table_value::of_text(text);
+    const std::string_view read = text(column);
+    const auto moment = read_date(read, type == field_type::time ? date_form::time_only : date_form::iso);
+    return moment ? table_value::of_date_time(moment->serial) : table_value::of_text(read);
   }
 
   const sqlite_source& source_;
   const std::vector<table_field>& fields_;
   const std::string& table_;
   statement_handle statement_;
+  std::vector<std::string> texts_; // of the present row, by field, where the database's bytes cannot serve
   // The date that was read last, and where.
   table_value dated_;
   std::uint64_t dated_row_ = 0;
@@ -216,7 +263,9 @@ std::string prefilter(const row_filter& filter, const table_field& field, bool t
   const std::string column = "t." + sql_quoted(field.name);
   const bool at_least = filter.kind == row_filter::test::at_least;
   if (filter.kind == row_filter::test::equal_text) {
-    if (field.type != field_type::string || filter.text.find('\0') != filter.text.npos) return {};
+    // A text that is no UTF-8 in the database is one here.
+    const bool stands_as_it_is = is_ascii(filter.text) && filter.text.find('\0') == filter.text.npos;
+    if (field.type != field_type::string || !stands_as_it_is) return {};
     return (texts_alone ? column : "CAST(" + column + " AS TEXT)") + " = " + sql_quoted(filter.text, '\'') +
            (filter.ignore_case ? " COLLATE NOCASE" : " COLLATE BINARY");
   }

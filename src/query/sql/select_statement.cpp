@@ -143,16 +143,16 @@ private:
   // What one statement may have, so that neither the stack here nor SQLite's runs out.
   static constexpr int most_terms = 500, most_parentheses = 50;
 
-  // Counts the terms that are being read, one inside the other.
-  class one_term_more {
+  // Counts what is being read, each inside the one before it.
+  class one_more {
   public:
-    explicit one_term_more(int& terms) : terms_(terms) { ++terms_; }
-    ~one_term_more() { --terms_; }
-    one_term_more(const one_term_more&) = delete;
-    one_term_more& operator=(const one_term_more&) = delete;
+    explicit one_more(int& count) : count_(count) { ++count_; }
+    ~one_more() { --count_; }
+    one_more(const one_more&) = delete;
+    one_more& operator=(const one_more&) = delete;
 
   private:
-    int& terms_;
+    int& count_;
   };
 
   std::vector<std::size_t> columns() const {
@@ -201,7 +201,7 @@ private:
   std::optional<std::string> term(std::size_t at, int depth) {
     const std::size_t word = reach(at);
     if (++attempts_ > most_attempts) fail(word);
-    const one_term_more counted(terms_);
+    const one_more counted(terms_);
     if (terms_ > most_terms)
       refuse("The statement has more than " + std::to_string(most_terms) + " conditions.", reader_.sql());
     if (depth > most_parentheses)
@@ -224,6 +224,7 @@ private:
 
   std::optional<std::string> literal(std::size_t field, std::string_view symbol, std::size_t at, int depth) {
     const std::string_view sql = reader_.sql();
+    const one_more counted(literals_);
     if (at >= sql.size()) return {};
     if (const char quote = sql[at]; quote == '\'' || quote == '#') {
       for (const std::size_t end : ends_of_literal(at + 1, quote)) {
@@ -244,9 +245,9 @@ private:
   // Where the present term's literal may end: first where the one does that is known to stand here.
   std::vector<std::size_t> ends_of_literal(std::size_t at, char quote) const {
     std::vector<std::size_t> ends = reader_.closings(at, quote);
-    const auto term = static_cast<std::size_t>(terms_ - 1);
-    if (term >= hints_.literals.size()) return ends;
-    const std::string& known = hints_.literals[term];
+    const auto literal = static_cast<std::size_t>(literals_ - 1);
+    if (literal >= hints_.literals.size()) return ends;
+    const std::string& known = hints_.literals[literal];
     const auto end = std::find(ends.begin(), ends.end(), at + known.size());
     if (end != ends.end() && reader_.rest(at).starts_with(known)) std::rotate(ends.begin(), end, end + 1);
     return ends;
@@ -329,7 +330,7 @@ private:
   const statement_hints& hints_;
   std::optional<std::size_t> moments_; // the field whose values are moments, whatever its type
   std::size_t furthest_ = 0;
-  int attempts_ = 0, terms_ = 0;
+  int attempts_ = 0, terms_ = 0, literals_ = 0;
 };
 
 } // namespace
