@@ -212,6 +212,101 @@ TEST_F(ImportQuery, TextsByWhichRowsAreOrderedAreMoments) {
   EXPECT_EQ(date_time_text(points[2]), "11/1/2009 6:00:00");
 }
 
+// A column of day numbers with texts among them, in the field of the moments.
+TEST_F(ImportQuery, ATextAmongDayNumbersIsUnderstoodOrTold) {
+  const std::string numbers = "Taken,Flow\n39814,1\n39815,2\n39816,3\nNA,4\n39818,5\n";
+  folder.write("days.csv", numbers + "1/6/2009,6\n39817,7\n");
+  import_query_descriptor query = query_on("days.csv", "Taken", "Flow");
+  point_list points;
+  import_query(query, folder.path).execute(model_of_2009(), points);
+  std::string values;
+  for (const auto& point : points) values += std::to_string(static_cast<int>(point.value));
+  EXPECT_EQ(values, "123756");
+  folder.write("days.csv", numbers + "soon,6\n");
+  EXPECT_EQ(failure_of(query, folder.path),
+            folder.file("days.csv") + ", field Taken: \"soon\" stands where a date should be.");
+}
+
+// The value of a condition is looked for among the rows that are read; those it has outside of the period count, too.
+TEST_F(ImportQuery, AConditionsValueMayStandAnywhere) {
+  folder.write("sites.csv", "Taken,Site,Flow\n2009-01-02,A,1\n2008-01-01,B,2\n2009-01-01,A,3\n2009-01-01,a' OR "
+                            "Site='A,4\n2009-01-01,a,5\n");
+  import_query_descriptor query = query_on("sites.csv", "Taken", "Flow");
+  const auto values_at = [&](const char* site) {
+    query.conditions = {{"Site", 0, 0, site}};
+    point_list points = {{{0, 0}, 9}};
+    std::string values;
+    try {
+      import_query(query, folder.path).execute(model_of_2009(), points);
+    } catch (const query_validation_exception&) {
+      values = "no value: ";
+    }
+    for (const auto& point : points) values += std::to_string(static_cast<int>(point.value));
+    return values;
+  };
+  EXPECT_EQ(values_at("A"), "31"); // in order of time
+  EXPECT_EQ(values_at("B"), "");
+  EXPECT_EQ(values_at("C"), "no value: 9");
+  EXPECT_EQ(values_at("a' OR Site='A"), "4");
+}
+
+// Many rows out of order are put in order elsewhere than few.
+TEST_F(ImportQuery, RowsOutOfOrderComeInOrderOfTime) {
+  for (const int rows : {3000, 150'000}) {
+    std::string text = "Day,Flow\n";
+    for (int i = rows; i-- > 0;) text += std::to_string(2.0 + i / 2) + "," + std::to_string(i % 2) + "\n";
+    folder.write("rows.csv", text);
+    import_query_descriptor query = query_on("rows.csv", "Day", "Flow");
+    query.restrict_to_run_period = false;
+    point_list points;
+    const query_report report = import_query(query, folder.path).execute(model_of_2009(), points);
+    EXPECT_EQ(report.rows, static_cast<std::uint64_t>(rows));
+    ASSERT_EQ(points.size(), static_cast<std::size_t>(rows / 2));
+    for (std::size_t i = 1; i < points.size(); ++i) {
+      ASSERT_EQ(points[i].date, points[i - 1].date + 1) << i;
+      ASSERT_EQ(points[i].value, 0.5) << i;
+    }
+  }
+}
+
+TEST_F(ImportQuery, AChangedMemoFileIsReadAgain) {
+  fs::copy_file(tables_folder / "dbase_8b.dbf", folder.path / "m.dbf");
+  fs::copy_file(tables_folder / "dbase_8b.dbt", folder.path / "m.dbt");
+  import_query live(query_on("m.dbf", "DATE", "NUMERICAL"), folder.path);
+  live.set_file("m.dbf");
+  live.stored.conditions = {{"MEMO", 0, 0, ""}};
+  live.refresh_values(0);
+  const auto before = live.choices[0].values;
+  std::string memo = folder.read("m.dbt");
+  memo[memo.find("First memo")] = 'f';
+  folder.write("m.dbt", memo + " ");
+  live.refresh_values(0);
+  EXPECT_NE(live.choices[0].values, before);
+}
+
+bool is_open(const fs::path& file) {
+  std::error_code ignored;
+  for (const auto& entry : fs::directory_iterator("/proc/self/fd"))
+    if (fs::read_symlink(entry.path(), ignored) == file) return true;
+  return false;
+}
+
+TEST_F(ImportQuery, DisconnectingLetsAFileOfSeveralTablesGo) {
+  for (const char* name : {"roanoke_daily.sqlite", "roanoke_daily.xlsx", "roanoke_daily.xls"}) {
+    fs::copy_file(tables_folder / name, folder.path / name);
+    import_query live(query_on(name, "SAMPLED", "DO_MGL"), folder.path);
+    live.set_file(name);
+    EXPECT_FALSE(is_open(folder.path / name)) << name;
+    live.engine.connect(live);
+    live.set_table(live.tables.at(0));
+    EXPECT_EQ(live.field_names.at(1), "SAMPLED");
+    live.stored.conditions = {{"SITE_NO", 0, 0, "02081022"}};
+    live.refresh_values(0);
+    EXPECT_EQ(live.choices[0].values.size(), 2U) << name;
+    EXPECT_FALSE(is_open(folder.path / name)) << name;
+  }
+}
+
 TEST_F(ImportQuery, BuildsNothingFromWhatIsNotValidated) {
   import_query_descriptor query = query_on("ORDERS.DB", "Sale Date", "Total Invoice");
   query.conditions = {{"Ship VIA", 0, 0, "DHL"}};
