@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QHeaderView>
+#include <QScrollBar>
 #include <algorithm>
 
 namespace vesk {
@@ -30,6 +31,7 @@ results_table::results_table(QWidget* parent, results_model::reader read)
   verticalHeader()->setMinimumWidth(scaled(row_header_width, *this));
   horizontalHeader()->setDefaultSectionSize(scaled(column_width, *this));
   horizontalHeader()->setTextElideMode(Qt::ElideRight);
+  connect(verticalScrollBar(), &QScrollBar::valueChanged, this, [this] { widen_to_contents(); });
   auto* copy = new QAction("&Copy", this);
   copy->setShortcut(QKeySequence::Copy);
   copy->setShortcutContext(Qt::WidgetShortcut);
@@ -41,21 +43,27 @@ results_table::results_table(QWidget* parent, results_model::reader read)
 void results_table::set_up(const std::vector<std::string>& column_labels, int rows) {
   horizontalHeader()->setDefaultSectionSize(scaled(column_width_of_a_job, *this));
   model_.set_up(column_labels, rows);
-  widened_ = false;
+  asked_for_.clear();
 }
 
 void results_table::repaint_cells() {
-  if (!widened_ && model_.index(0, 0).data().isValid()) widen_to_contents();
+  widen_to_contents();
   viewport()->update();
 }
 
-// No number and no label is cut: the width that columns have is the least.
+// No number in sight and no label is cut: the width that columns have is the least. What has been made narrower by hand
+// stays so until a number needs more than any before.
 void results_table::widen_to_contents() {
-  widened_ = true;
+  if (!model_.index(0, 0).data().isValid()) return;
   const int widest = scaled(widest_column, *this);
+  asked_for_.resize(static_cast<std::size_t>(model_.columnCount()));
   for (int column = 0; column < std::min(model_.columnCount(), columns_to_widen); ++column) {
-    const int wanted = std::max(sizeHintForColumn(column), horizontalHeader()->sectionSizeHint(column));
-    if (wanted > columnWidth(column)) setColumnWidth(column, std::min(wanted, widest));
+    const int wanted =
+        std::min(std::max(sizeHintForColumn(column), horizontalHeader()->sectionSizeHint(column)), widest);
+    int& before = asked_for_[static_cast<std::size_t>(column)];
+    if (wanted <= before) continue;
+    before = wanted;
+    if (wanted > columnWidth(column)) setColumnWidth(column, wanted);
   }
 }
 

@@ -23,7 +23,7 @@ private:
   void widen_to_contents();
 
   results_model model_;
-  bool widened_ = false; // for the first numbers of the job
+  std::vector<int> asked_for_; // the widest that each column's content has been since the job began
 };
 
 } // namespace vesk

@@ -1,6 +1,7 @@
 #include "app/commands.h"
 #include "driver.h"
 #include "ui/appearance.h"
+#include "ui/results_table.h"
 
 #include <QAbstractItemModel>
 #include <QAction>
@@ -186,6 +187,23 @@ TEST(MainWindow, MessagesStayInSightUnlessTheUserLooksAtOlderOnes) {
   QTest::keyClick(list, Qt::Key_Home);
   add(1);
   EXPECT_FALSE(at_end());
+}
+
+TEST(MainWindow, GridColumnsGrowWithTheNumbersInSightAndKeepWhatTheUserGaveThem) {
+  results_table grid(nullptr, [](int row, int) { return row < 900 ? 1.0 : 987654321.0; });
+  grid.set_up({"one"}, 1000);
+  grid.resize(300, 200);
+  grid.show();
+  grid.repaint_cells();
+  const auto needed = [&] { return grid.fontMetrics().horizontalAdvance(cell(&grid, 999, 0)); };
+  EXPECT_LT(grid.columnWidth(0), needed());
+  grid.scrollToBottom();
+  EXPECT_GT(grid.columnWidth(0), needed());
+  grid.setColumnWidth(0, 70);
+  grid.scrollToTop();
+  grid.scrollToBottom();
+  grid.repaint_cells();
+  EXPECT_EQ(grid.columnWidth(0), 70);
 }
 
 TEST(MainWindow, TakesItsStoredPlaceAndGridHeight) {
