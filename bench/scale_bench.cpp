@@ -3,7 +3,9 @@
 //
 // Each size has two processes, one that writes the file and one that works on it as the programs do, through the
 // application object; `vesk-run` then runs it once more from the command line. The peak of a stage is the most memory
-// that the process has held from the stage's begin to its end, all that was there before included.
+// that the process has held from the stage's begin to its end, all that was there before included. Each size is
+// measured three times, of which the fastest counts, and the highest peak. The figures stay in scale.csv, for
+// scale_plot.py.
 #include "app/main_form.h"
 #include "dataset/vki_file.h"
 #include "engine/stack_thread.h"
@@ -16,6 +18,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <limits>
 #include <map>
 #include <sstream>
 #include <stdexcept>
@@ -251,33 +254,55 @@ void measure(const std::string& this_program, std::size_t segments) {
     fs::remove(file);
 }
 
-// The figures as two Markdown tables: seconds on the wall, and peaks of memory.
+std::string with_unit(double number, const char* unit) {
+  char text[32];
+  std::snprintf(text, sizeof text, number < 99.5 ? "%.3g %s" : "%.0f %s", number, unit);
+  return text;
+}
+
+std::string time_text(double time) {
+  if (time >= 0.9995) return with_unit(time, "s");
+  if (time >= 0.9995e-3) return with_unit(time * 1e3, "ms");
+  return time >= 0.9995e-6 ? with_unit(time * 1e6, "us") : with_unit(time * 1e9, "ns");
+}
+
+std::string memory_text(double megabytes) {
+  return with_unit(megabytes, "MB");
+}
+
+// The figures as two Markdown tables: time on the wall, and peaks of memory.
 void print_tables() {
-  std::vector<std::string> stages, sizes;
-  std::map<std::pair<std::string, std::string>, std::pair<std::string, std::string>> cells;
+  struct measured {
+    double wall = std::numeric_limits<double>::infinity(), peak = 0;
+  };
+  std::vector<std::string> stages;
+  std::map<std::size_t, std::map<std::string, measured>> sizes;
   std::ifstream file(figures());
   std::string line;
   for (std::getline(file, line); std::getline(file, line);) {
     std::istringstream fields(line);
-    std::string size, stage, wall, processor, peak;
-    for (std::string* field : {&size, &stage, &wall, &processor, &peak}) std::getline(fields, *field, ',');
-    if (std::find(stages.begin(), stages.end(), stage) == stages.end()) stages.push_back(stage);
-    if (std::find(sizes.begin(), sizes.end(), size) == sizes.end()) sizes.push_back(size);
-    cells[{stage, size}] = {wall, peak};
+    std::string size, name, wall, processor, peak;
+    for (std::string* field : {&size, &name, &wall, &processor, &peak}) std::getline(fields, *field, ',');
+    if (std::find(stages.begin(), stages.end(), name) == stages.end()) stages.push_back(name);
+    measured& cell = sizes[std::stoul(size)][name];
+    cell.wall = std::min(cell.wall, std::stod(wall));
+    cell.peak = std::max(cell.peak, std::stod(peak));
   }
-  const auto print = [&](const char* title, auto cell) {
+  const auto print = [&](const char* title, const std::vector<std::string>& rows, auto what, auto text) {
     std::printf("\n| %s |", title);
-    for (const std::string& size : sizes) std::printf(" %s segments |", size.c_str());
+    for (const auto& [size, cells] : sizes) std::printf(" %zu segments |", size);
     std::printf("\n|---|");
     for (std::size_t i = 0; i < sizes.size(); ++i) std::printf("--:|");
-    for (const std::string& stage : stages) {
-      std::printf("\n| %s |", stage.c_str());
-      for (const std::string& size : sizes) std::printf(" %s |", cell(cells[{stage, size}]).c_str());
+    for (const std::string& name : rows) {
+      std::printf("\n| %s |", name.c_str());
+      for (auto& [size, cells] : sizes) std::printf(" %s |", text(cells[name].*what).c_str());
     }
     std::printf("\n");
   };
-  print("Seconds", [](const auto& figure) { return figure.first; });
-  print("MB at most", [](const auto& figure) { return figure.second; });
+  std::erase(stages, "file"); // takes no time
+  print("Time", stages, &measured::wall, time_text);
+  print("Memory at most", {"file", "open", "copy: for a run", "save", "run: steps", "vesk-run"}, &measured::peak,
+        memory_text);
 }
 
 } // namespace
@@ -288,6 +313,7 @@ int main(int argc, char** argv) {
   const std::string this_program = std::filesystem::read_symlink("/proc/self/exe").string();
   folder = std::filesystem::path(this_program).parent_path();
   std::size_t largest = 100'000, segments = 0;
+  constexpr int repetitions = 3;
   std::string part;
   for (int i = 1; i < argc; ++i) {
     const std::string argument = argv[i];
@@ -311,10 +337,9 @@ int main(int argc, char** argv) {
       work(segments);
     else {
       std::ofstream(figures()) << "segments,stage,wall_s,processor_s,peak_MB\n";
-      if (segments != 0)
-        measure(this_program, segments);
-      else
-        for (segments = segments_of_basin; segments <= largest; segments *= 10) measure(this_program, segments);
+      const std::size_t first = segments != 0 ? segments : segments_of_basin, last = segments != 0 ? segments : largest;
+      for (int i = 0; i < repetitions; ++i)
+        for (std::size_t size = first; size <= last; size *= 10) measure(this_program, size);
       print_tables();
     }
   } catch (const std::exception& error) {

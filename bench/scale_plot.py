@@ -91,11 +91,14 @@ class Panel:
                    f"<text x='{self.right + 19}' y='{place + 4:.1f}' fill='{colour}'>{escape(label)}</text>")
 
 
-def curves(rows, wanted, column):
+def curves(rows, wanted, column, best):
     for stage, label, colour in wanted:
-        points = [(int(row["segments"]), float(row[column])) for row in rows if row["stage"] == stage]
-        if points:
-            yield label, colour, sorted(points)
+        found = {}
+        for row in rows:
+            if row["stage"] == stage:
+                found.setdefault(int(row["segments"]), []).append(float(row[column]))
+        if found:
+            yield label, colour, sorted((size, best(values)) for size, values in found.items())
 
 
 def main():
@@ -103,8 +106,8 @@ def main():
         sys.exit(__doc__)
     with open(sys.argv[1], newline="", encoding="utf-8") as file:
         rows = list(csv.DictReader(file))
-    panels = [Panel(70, 380, "Seconds", list(curves(rows, TIMES, "wall_s")), 17),
-              Panel(640, 920, "Memory at most, MB", list(curves(rows, MEMORY, "peak_MB")), 17)]
+    panels = [Panel(70, 380, "Seconds", list(curves(rows, TIMES, "wall_s", min)), 17),
+              Panel(640, 920, "Memory at most, MB", list(curves(rows, MEMORY, "peak_MB", max)), 17)]
     with open(sys.argv[2], "w", encoding="utf-8") as file:
         file.write(f"<svg xmlns='http://www.w3.org/2000/svg' viewBox='0 0 {WIDTH} {HEIGHT}' width='{WIDTH}' "
                    f"height='{HEIGHT}' font-size='13' fill='#222222' {FONT}>\n"
