@@ -15,7 +15,8 @@
  *             read is written whole with its terminator. Names of segments, systems, functions, constants and
  *             output variables have up to 255 bytes (so 256 with the terminator); file names have no limit. Start
  *             a buffer as an empty text: a read that finds nothing leaves it, and a log shows it, as it was.
- *   array     address of the first element of an array of float, owned by the engine
+ *   array     address of the first element of an array of float, owned by the engine. A log shows that element, so an
+ *             array of none has one, too.
  *
  * Texts are bytes, UTF-8 by preference.
  *

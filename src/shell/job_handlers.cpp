@@ -9,10 +9,6 @@ namespace vesk::handlers {
 
 namespace {
 
-// More than any window shows; wild numbers would have us read far beyond the engine's labels.
-constexpr std::int32_t most_grid_columns = 100'000;
-constexpr std::int32_t widest_label = 4096;
-
 // The text in a slot of `width` bytes, which need not hold a terminator.
 std::string label_text(const char* slot, std::size_t width) {
   return {slot, strnlen(slot, width)};

@@ -42,6 +42,8 @@ void icon_status_information(shell_interface& shell, std::int32_t& icon_index, c
 void clear_status_information(shell_interface& shell);
 void status_progress(shell_interface& shell, std::int32_t& percent);
 void indicate_status(shell_interface& shell, char* description, std::int32_t& status);
+// More than any window shows; wild numbers would have us read far beyond the engine's labels.
+inline constexpr std::int32_t most_grid_columns = 100'000, widest_label = 4096;
 void initialize_grid(shell_interface& shell, char* column_labels, std::int32_t& label_string_size,
                      std::int32_t& num_columns, std::int32_t& num_rows);
 void grid_data(shell_interface& shell, float* data_array, std::int32_t& actual_columns, std::int32_t& actual_rows,

@@ -1,5 +1,6 @@
 // The trace of each call in the log.
 #include "shell/shell_interface.h"
+#include "shell/special_handlers.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -39,17 +40,20 @@ std::string variable_text(const variable_description& variable, const void* word
   }
 }
 
-// Labels stand packed in slots of the told width and need no terminator: no more than the first is shown.
-std::size_t first_label(const void* width_word, std::size_t longest) {
-  const auto* width = static_cast<const std::int32_t*>(width_word);
-  return width && *width >= 0 ? std::min(static_cast<std::size_t>(*width), longest) : 0;
+// Labels stand packed in slots of the told width and need no terminator: no more than the first is shown, and none
+// where the numbers say that there is none, or are such that nothing is read of them.
+std::size_t first_label(shell_interface::argument_words words, std::size_t longest) {
+  const auto number = [&](std::size_t i) { return words[i] ? *static_cast<const std::int32_t*>(words[i]) : 0; };
+  const std::int32_t width = number(1), columns = number(2);
+  if (width < 0 || width > handlers::widest_label || columns < 1 || columns > handlers::most_grid_columns) return 0;
+  return std::min(static_cast<std::size_t>(width), longest);
 }
 
 } // namespace
 
 void shell_interface::trace_variables(const function_description& function, argument_words words,
                                       std::size_t longest) const {
-  if (function.keyword == "GRIDINIT") longest = first_label(words[1], longest);
+  if (function.keyword == "GRIDINIT") longest = first_label(words, longest);
   for (std::size_t i = 0; i < function.variables.size(); ++i)
     if (const std::string line = variable_text(function.variables[i], words[i], longest); !line.empty()) log(line);
 }

@@ -109,6 +109,15 @@ TEST(PutTargets, ATraceReadsNoFurtherThanTheFirstLabel) {
   std::int32_t width = 4, columns = 2, rows = 1;
   data_callback("PGRIDINIT", labels.data(), &width, &columns, &rows, nullptr);
   EXPECT_NE(std::find(job.log.begin(), job.log.end(), "column_labels: DO   (STRING)"), job.log.end());
+
+  const auto shows_none = [&](std::int32_t told_width, std::int32_t told_columns) {
+    job.log.clear();
+    data_callback("PGRIDINIT", std::vector<char>(1, 'x').data(), &told_width, &told_columns, &rows, nullptr);
+    return std::count(job.log.begin(), job.log.end(), "column_labels:  (STRING)") == 2;
+  };
+  EXPECT_TRUE(shows_none(8, 0)) << "a grid without columns has no labels";
+  EXPECT_TRUE(shows_none(4097, 1)) << "a width that is refused";
+  EXPECT_TRUE(shows_none(8, 100'001)) << "a number of columns that is refused";
 }
 
 } // namespace
