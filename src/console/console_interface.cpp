@@ -75,6 +75,7 @@ void console_interface::add_info_line(const std::string& text, int icon) {
 
 void console_interface::query_executed(const std::string& series, const import_query_descriptor& query,
                                        const query_report& report) {
+  ++queries_executed_;
   say(in_words(series, query, report));
 }
 

@@ -45,6 +45,7 @@ public:
   void set_time_remaining_label(const std::string& text) override { time_remaining_ = text; }
   void query_executed(const std::string& series, const import_query_descriptor& query,
                       const query_report& report) override;
+  int queries_executed() const { return queries_executed_; } // so far
   void show_run_controls(bool) override {}
   void set_up_results_grid(const std::vector<std::string>&, int) override {}
   void show_results_grid(bool) override {}
@@ -63,6 +64,7 @@ private:
   std::string subject_;
   bool progress_runs_ = false;
   bool bar_is_drawn_ = false;
+  int queries_executed_ = 0;
   int percent_ = 0;
   int highest_ = 0;
   int last_tenth_ = 0;

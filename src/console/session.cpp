@@ -145,7 +145,9 @@ session::step session::outcome_since(int failures_before) const {
 session::step session::refresh() {
   if (!has_data("refresh")) return step::failed;
   ui_.set_subject(form_.file_name);
+  const int executed_before = ui_.queries_executed();
   if (!form_.execute_all_deferred_queries()) return step::failed;
+  if (ui_.queries_executed() == executed_before) ui_.say("No series has a deferred query.");
   return options_.save ? step::done : save(); // --save does it at its turn
 }
 

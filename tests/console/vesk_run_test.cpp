@@ -84,7 +84,7 @@ TEST_F(VeskRun, DoesItsWorkInTheToldOrder) {
   prevesk_dataset_data_type saved;
   read_data_file(folder.path / "out.vki", saved);
   EXPECT_EQ(saved.segments[0].name, "restart");
-  EXPECT_EQ(run({file, "--refresh"}).out, "Saved " + file + ".\n");
+  EXPECT_EQ(run({file, "--refresh"}).out, "No series has a deferred query.\nSaved " + file + ".\n");
   EXPECT_EQ(run({"-IMPORT", "x.inp", "--refresh"}).err,
             "vesk-run: There is no file name to save under; name one with --save.\n");
   run({file, "-RUN", "--log=" + folder.file("logs")});
