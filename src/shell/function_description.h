@@ -76,10 +76,10 @@ struct keyword_row {
 
 // A row at work in one shell, with what its calls have cost. What a call needs stands in the first cache line.
 struct alignas(64) function_description {
-  padded_keyword name{};                // the keyword, as names of calls are compared with it
-  keyword_handler handler = nullptr;    // null: the keyword has no code behind it yet
-  keyword_handler direct_get = nullptr; // the handler where a call of the mode needs nothing else, or null
-  keyword_handler direct_put = nullptr;
+  padded_keyword name{};             // the keyword, as names of calls are compared with it
+  keyword_handler handler = nullptr; // null: the keyword has no code behind it yet
+  // For PUT and for GET: the handler where a call of the mode needs nothing else, or null.
+  std::array<keyword_handler, 2> direct{};
   std::uint32_t elapsed_ms = 0; // spent in the handler since the job began
   keyword_modes modes = get_put;
   bool changes_series = false;

@@ -3,11 +3,16 @@
 
 #include "shell/keyword_index.h"
 
-#include <bit>
 #include <cstdint>
+#include <cstring>
 
 // Sixteen bytes at once, past the terminator but never past the page. Sanitizers would rightly ask what we do there.
-#if defined(__SSE2__) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer) || __has_feature(memory_sanitizer)
+#define VESK_SANITIZED 1
+#endif
+#endif
+#if defined(__SSE2__) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) && !defined(VESK_SANITIZED)
 #define VESK_WIDE_NAMES 1
 #include <emmintrin.h>
 #endif
@@ -27,7 +32,8 @@ inline padded_keyword load_keyword(const char* text) {
 
 #ifdef VESK_WIDE_NAMES
 
-// The same in one register. Not every text can be loaded so; `text` is NUL-terminated.
+// The first 16 bytes of the same in one register, and zeros from the terminator on. Not every text can be loaded so;
+// `text` is NUL-terminated. The call of a handler waits for all this, so few operations depend on each other.
 class wide_keyword {
 public:
   // Sixteen bytes from `text` on lie in memory that is there.
@@ -37,13 +43,13 @@ public:
   }
   explicit wide_keyword(const char* text) {
     const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text));
-    const auto ends = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(bytes, _mm_setzero_si128())));
-    int size = std::countr_zero(ends | 0x10000u);
-    if (ends == 0 && text[padded_keyword::max_size] != '\0') size = 0; // longer than any keyword
-    // Ones, then zeros: read from 16 - size on they keep so many bytes.
-    alignas(32) static constexpr std::uint8_t mask[32] = {0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff,
-                                                          0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff};
-    bytes_ = _mm_and_si128(bytes, _mm_loadu_si128(reinterpret_cast<const __m128i*>(mask + 16 - size)));
+    const __m128i ends = _mm_cmpeq_epi8(bytes, _mm_setzero_si128()), ones = _mm_set1_epi8(-1);
+    // In each half all bits up to the lowest one of the first end; all of them without an end.
+    const __m128i in_half = _mm_xor_si128(ends, _mm_add_epi64(ends, ones));
+    // The topmost bit of the lower half, which is set without an end alone, over the upper half.
+    const __m128i goes_on = _mm_shuffle_epi32(_mm_srai_epi32(in_half, 31), _MM_SHUFFLE(1, 1, 1, 1));
+    const __m128i in_text = _mm_or_si128(goes_on, _mm_set_epi64x(0, -1));
+    bytes_ = _mm_and_si128(_mm_and_si128(bytes, in_half), in_text);
   }
 
   std::uint64_t folded() const {

@@ -30,8 +30,8 @@ std::string time_stamp() {
 function_description describe(const keyword_row& row) {
   return {.name = pad(row.keyword),
           .handler = row.handler.call,
-          .direct_get = row.modes & get ? row.handler.call : nullptr,
-          .direct_put = row.modes & put && !row.changes_series ? row.handler.call : nullptr,
+          .direct = {row.modes & put && !row.changes_series ? row.handler.call : nullptr,
+                     row.modes & get ? row.handler.call : nullptr},
           .elapsed_ms = 0,
           .modes = row.modes,
           .changes_series = row.changes_series,
@@ -55,7 +55,8 @@ void shell_interface::attach(engine_job& job) {
   job_ = &job;
   data_set_ = &job.data_set();
   logs_ = job.has_log();
-  gate_closed_ = &job.gate_closed();
+  static constexpr std::atomic<bool> always = true;
+  detour_ = logs_ ? &always : &job.gate_closed();
 }
 
 bool shell_interface::find_function(std::string_view keyword, std::size_t& position) const {

@@ -146,7 +146,7 @@ private:
 
   engine_job* job_ = nullptr;
   prevesk_dataset_data_type* data_set_ = nullptr;
-  const std::atomic<bool>* gate_closed_ = nullptr; // the job's
+  const std::atomic<bool>* detour_ = nullptr; // true while each call must be made as a whole
   const function_description* current_ = nullptr;  // of the call at work
   bool logs_ = false;
 };
@@ -155,16 +155,17 @@ private:
 [[gnu::always_inline]] inline shell_interface::shortcut
 shell_interface::take_shortcut(const char* name, function_description*& function, keyword_handler& handler) {
   const char mode = name[0];
-  if (logs_ || gate_closed_->load(std::memory_order_relaxed) || mode == '\0' || !wide_keyword::can_load(name + 1))
+  if (detour_->load(std::memory_order_relaxed) || mode == '\0' || !wide_keyword::can_load(name + 1))
       [[unlikely]]
     return shortcut::none;
   const wide_keyword keyword(name + 1);
   function = &functions[keyword_positions.candidate(keyword.folded())];
-  if (!(keyword == function->name)) [[unlikely]]
+  const char* const behind = name + 1 + padded_keyword::max_size; // of a name that begins with a longest keyword
+  if (!(keyword == function->name) || (function->name.is_longest() && *behind != '\0')) [[unlikely]]
     return shortcut::nothing_to_do;
   is_get = mode == 'G' || mode == 'g';
   current_ = function;
-  handler = is_get ? function->direct_get : function->direct_put;
+  handler = function->direct[is_get];
   return handler ? shortcut::handler : shortcut::none;
 }
 
