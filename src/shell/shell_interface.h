@@ -146,8 +146,8 @@ private:
 
   engine_job* job_ = nullptr;
   prevesk_dataset_data_type* data_set_ = nullptr;
-  const std::atomic<bool>* detour_ = nullptr; // true while each call must be made as a whole
-  const function_description* current_ = nullptr;  // of the call at work
+  const std::atomic<bool>* detour_ = nullptr;     // true while each call must be made as a whole
+  const function_description* current_ = nullptr; // of the call at work
   bool logs_ = false;
 };
 
@@ -155,8 +155,7 @@ private:
 [[gnu::always_inline]] inline shell_interface::shortcut
 shell_interface::take_shortcut(const char* name, function_description*& function, keyword_handler& handler) {
   const char mode = name[0];
-  if (detour_->load(std::memory_order_relaxed) || mode == '\0' || !wide_keyword::can_load(name + 1))
-      [[unlikely]]
+  if (detour_->load(std::memory_order_relaxed) || mode == '\0' || !wide_keyword::can_load(name + 1)) [[unlikely]]
     return shortcut::none;
   const wide_keyword keyword(name + 1);
   function = &functions[keyword_positions.candidate(keyword.folded())];
