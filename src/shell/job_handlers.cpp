@@ -9,8 +9,9 @@ namespace vesk::handlers {
 
 namespace {
 
-// The text in a slot of `width` bytes, which need not hold a terminator.
+// The text in a slot of `width` bytes, which need not hold a terminator. Slots of none may be nowhere.
 std::string label_text(const char* slot, std::size_t width) {
+  if (width == 0) return {};
   return {slot, strnlen(slot, width)};
 }
 

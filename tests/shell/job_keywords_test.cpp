@@ -33,6 +33,9 @@ TEST_F(JobKeywords, GridLabelsEndWithTheirSlot) {
   std::int32_t width = 4, columns = 3, rows = 12;
   data_callback("PGRIDINIT", labels, &width, &columns, &rows, nullptr);
   EXPECT_THAT(job.take_notes(), ElementsAre("grid 12", "label DO  ", "label BOD", "label NH3 "));
+  width = 0, columns = 1;
+  data_callback("PGRIDINIT", nullptr, &width, &columns, &rows, nullptr);
+  EXPECT_THAT(job.take_notes(), ElementsAre("grid 12", "label "));
   for (std::int32_t* wild : {&width, &columns, &rows}) {
     const std::int32_t sane = std::exchange(*wild, -1);
     data_callback("PGRIDINIT", labels, &width, &columns, &rows, nullptr);

@@ -17,12 +17,18 @@ std::string lower(std::string_view text) {
   return result;
 }
 
+// A null character would end a message and a statement early.
+std::string without_null(std::string text) {
+  std::replace(text.begin(), text.end(), '\0', ' ');
+  return text;
+}
+
 std::string message(const std::string& file, const std::string& table, const std::string& field,
                     const std::string& cause) {
   std::string text = file;
   if (!table.empty() && table != file) text += ", table " + table; // a file that is one table is named once
   if (!field.empty()) text += ", field " + field;
-  return text + ": " + cause;
+  return without_null(text + ": " + cause);
 }
 
 // "Sheet1" of "Sheet1$" and of "'Sheet 1$'".
@@ -70,7 +76,7 @@ std::vector<std::string> distinct_names(std::vector<std::string> names) {
   std::unordered_map<std::string, int> taken; // with the last number behind each
   for (std::size_t i = 0; i < names.size(); ++i) {
     if (names[i].empty()) names[i] = "F" + std::to_string(i + 1);
-    const std::string given = names[i];
+    const std::string given = names[i] = without_null(std::move(names[i]));
     int& last = taken.try_emplace(lower(given), -1).first->second;
     while (++last > 0) {
       names[i] = given + "_" + std::to_string(last);

@@ -203,7 +203,7 @@ private:
 bool equal_ignoring_case(std::string_view a, std::string_view b);
 
 // Names for the fields of a table: an empty name becomes "F" and the position, counted from 1; one that stands already
-// gets "_1", "_2" and so on.
+// gets "_1", "_2" and so on. A null character becomes a blank.
 std::vector<std::string> distinct_names(std::vector<std::string> names);
 
 } // namespace vesk
