@@ -9,7 +9,7 @@ namespace reference_engine {
 
 struct TrialLimits {
   std::size_t memory = std::size_t{1} << 30; // bytes, beside what the process has already
-  unsigned work = 5;                         // seconds of processor time
+  unsigned work = 3;                         // seconds of processor time
   unsigned wait = 15;                        // seconds of any time
 };
 

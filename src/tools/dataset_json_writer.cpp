@@ -117,7 +117,7 @@ private:
 
   // Small records without lists in them take one line each.
   void lines(const auto& records) {
-    list(records, [this](const auto& r) { line(r); });
+    list(records, [this](const auto& r) { this->line(r); });
   }
   void line(const auto& r) {
     in_line_ = true;

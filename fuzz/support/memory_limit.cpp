@@ -1,5 +1,5 @@
 // Replaces the program's operator new: all of its memory together stays below the limit, with any sanitizer.
-#include "limits.h"
+#include "memory_limit.h"
 
 #include <atomic>
 #include <cstdlib>
