@@ -77,11 +77,12 @@ void import_query::set_table(const std::string& name) {
   field_names.clear();
   field_types.clear();
   if (name.empty()) return;
-  const auto rows = engine.open(*this, "SELECT * FROM " + quoted_table());
+  auto rows = engine.open(*this, "SELECT * FROM " + quoted_table());
   for (const table_field& field : rows->fields()) {
     field_names.push_back(field.name);
     field_types.push_back(field.type);
   }
+  rows.reset();
   engine.disconnect(*this);
 }
 

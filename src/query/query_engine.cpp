@@ -19,10 +19,6 @@ namespace {
 
 constexpr const char* table_name = "source";
 
-// Of 1 January of the year 1 and of the year 10000. A number beyond is none of a date, but perhaps one written
-// together, 20110131, or one that counts seconds.
-constexpr double first_day = -693593, behind_last_day = 2958466;
-
 // Whatever fails in a source is a failure of the query.
 [[noreturn]] void rethrow_as_query_exception(const std::exception_ptr& failure, const std::string& file) {
   try {
@@ -108,7 +104,7 @@ double result_set::date_and_time(std::size_t field) const {
   const int type = sqlite3_column_type(statement_, column);
   if (type == SQLITE_FLOAT || type == SQLITE_INTEGER) {
     const double serial = sqlite3_column_double(statement_, column);
-    if (!(serial >= first_day && serial < behind_last_day)) refuse_value(field, "a date");
+    if (!is_date_time_number(serial)) refuse_value(field, "a date");
     return serial;
   }
   const auto moment = type == SQLITE_TEXT ? moment_literal(text(field)) : std::nullopt;
@@ -140,17 +136,13 @@ std::string result_set::text(std::size_t field) const {
 
 std::unique_ptr<result_set> query_engine::open(const import_query& query, const std::string& sql,
                                                const statement_use& use) {
-  std::shared_ptr<table_source> source;
-  const std::string table = query.source_kind == source_unknown ? std::string() : table_of_statement(sql);
-  switch (query.source_kind) {
-  case source_unknown: throw query_engine_exception("Cannot execute query on dataset of unknown type");
-  case source_one_table: source = source_of(table); break;
-  case source_several_tables:
-    connect(query);
-    source = source_;
-    break;
-  default: throw query_engine_exception("Cannot determine type of dataset");
-  }
+  if (query.source_kind == source_unknown)
+    throw query_engine_exception("Cannot execute query on dataset of unknown type");
+  if (query.source_kind != source_one_table && query.source_kind != source_several_tables)
+    throw query_engine_exception("Cannot determine type of dataset");
+  const std::string table = table_of_statement(sql);
+  if (query.source_kind == source_several_tables) connect(query);
+  std::shared_ptr<table_source> source = query.source_kind == source_one_table ? source_of(table) : source_;
   if (query.source_kind == source_one_table && source->tables().size() > 1)
     throw query_engine_exception(source->file() + ": the file holds several tables, but the ending of its name is that "
                                                   "of a single one; rename it to one of .sqlite, .xlsx, .ods or .mdb.");

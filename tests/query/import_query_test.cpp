@@ -147,9 +147,11 @@ TEST_F(ImportQuery, TellsWhatIsWrongWithAValueAndWhere) {
   for (const char* part : {"bad.csv", "Flow", "dry"}) EXPECT_NE(failure.find(part), std::string::npos) << failure;
   folder.write("numbers.csv", "Taken,Flow\n20110131,1\n20110201,2\n");
   import_query_descriptor numbers = query_on("numbers.csv", "Taken", "Flow");
-  numbers.restrict_to_run_period = false;
-  EXPECT_EQ(failure_of(numbers, folder.path),
-            (folder.path / "numbers.csv").string() + ", field Taken: \"20110131\" stands where a date should be.");
+  for (const bool restrict_to_run_period : {false, true}) {
+    numbers.restrict_to_run_period = restrict_to_run_period;
+    EXPECT_EQ(failure_of(numbers, folder.path),
+              (folder.path / "numbers.csv").string() + ", field Taken: \"20110131\" stands where a date should be.");
+  }
   folder.write("marks.csv",
                "# gauge 7\n# by hand, twice a day\nTaken,Flow,Depth\n2009-02-01,low,1\nNA,high,2\n2009-02-03,n/a,\n");
   folder.write("texts.csv", "Taken,Flow\nMonday,1\nTuesday,2\n");

@@ -16,6 +16,13 @@ constexpr double date_time_number(double day, double milliseconds) {
 // A date-time number rounded to the millisecond.
 double to_milliseconds(double serial);
 
+// Whether a number is a date-time of the years 1 to 9999. One beyond is none, but perhaps a date written together,
+// 20110131, or one that counts seconds.
+constexpr bool is_date_time_number(double serial) {
+  constexpr double first_day = -693593, behind_last_day = 2958466;
+  return serial >= first_day && serial < behind_last_day;
+}
+
 // The day of a date, counted from 30 December 1899. Nothing when there is no such date in the years 1 to 9999.
 std::optional<std::int32_t> serial_day(int year, int month, int day);
 

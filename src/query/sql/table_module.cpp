@@ -1,6 +1,7 @@
 #include "query/sql/table_module.h"
 
 #include "query/sources/column_form.h"
+#include "query/sources/date_text.h"
 #include "query/sql/select_statement.h"
 #include "query/sqlite_names.h"
 #include "query/value_text.h"
@@ -57,7 +58,12 @@ table_value value_of(attached_cursor& at, const module_table& table, std::size_t
   const bool is_moment = is_date_or_time(table.fields[field].type) || table.moment_field == field;
   if (is_moment && at.moment_row == at.rows->row_number() && at.moment_field == field) return at.moment;
   const table_value value = at.rows->value(field);
-  if (!is_moment || value.kind() != value_kind::text) return value;
+  if (!is_moment || value.is_null()) return value;
+  if (value.kind() != value_kind::text) {
+    if (table.moment_field != field || is_date_time_number(value.number())) return value;
+    throw table_source_exception(table.source.file(), table.source.tables()[table.table], table.fields[field].name,
+                                 not_of_its_kind(value_text(value, table.fields[field].type), "a date"));
+  }
   const auto moment = moment_of_text(value.text(), table, table.fields[field].name);
   at.moment = moment ? table_value::of_date_time(*moment) : table_value();
   at.moment_row = at.rows->row_number();
@@ -105,8 +111,9 @@ char use_of(const module_table& table, const sqlite3_index_info& info, int i) {
   case SQLITE_INDEX_CONSTRAINT_EQ: return number ? '\0' : '=';
   case SQLITE_INDEX_CONSTRAINT_GT:
   case SQLITE_INDEX_CONSTRAINT_GE: return number ? '>' : '\0';
-  case SQLITE_INDEX_CONSTRAINT_LT:
-  case SQLITE_INDEX_CONSTRAINT_LE: return number ? '<' : '\0';
+  case SQLITE_INDEX_CONSTRAINT_LT: // a number that is too large to be a date must not pass unseen
+  case SQLITE_INDEX_CONSTRAINT_LE:
+    return number && table.moment_field != static_cast<std::size_t>(constraint.iColumn) ? '<' : '\0';
   default: return '\0';
   }
 }

@@ -25,8 +25,8 @@ struct module_table {
   std::size_t table;
   std::vector<table_field> fields;
   bool ignore_case; // whether texts compare without regard to the case of ASCII letters
-  std::optional<std::size_t> moment_field =
-      {};                                // whose texts are moments; those of date and time fields are in any case
+  // Whose values are moments, whatever its type: texts the moments that they mean.
+  std::optional<std::size_t> moment_field = {};
   std::vector<sought_value> sought = {}; // each is looked for until it is found
   std::exception_ptr failure = {};       // what the source has thrown, when a statement has failed by it
 };
