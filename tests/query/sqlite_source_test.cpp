@@ -126,6 +126,10 @@ TEST(SqliteSource, TellsWhatIsWrong) {
   EXPECT_THAT([&] { open_table_source(folder.file("cut.sqlite")); },
               testing::ThrowsMessage<table_source_exception>(folder.file("cut.sqlite") +
                                                              ": database disk image is malformed."));
+  const temporary_folder other;
+  const std::string bare = database(other, "CREATE TABLE gauge(id); DROP TABLE gauge");
+  EXPECT_THAT([&] { open_table_source(bare); },
+              testing::ThrowsMessage<table_source_exception>(bare + ": there is no table in it."));
 }
 
 } // namespace

@@ -33,6 +33,7 @@ public:
                               "'sqlite\\_%' ESCAPE '\\' ORDER BY rowid",
                               "");
     while (step(list.get(), "")) tables_.emplace_back(text_of(list.get(), 0));
+    if (tables_.empty()) throw table_source_exception(file(), "", "", "there is no table in it.");
   }
 
   const std::vector<table_field>& fields(std::size_t table) override;
