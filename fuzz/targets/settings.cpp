@@ -15,7 +15,7 @@ std::vector<std::string> lines_of(const std::string& text) {
   std::vector<std::string> lines;
   std::istringstream stream(text);
   for (std::string line; std::getline(stream, line);) {
-    if (line.ends_with('\r')) line.pop_back();
+    while (line.ends_with('\r')) line.pop_back();
     lines.push_back(line);
   }
   return lines;

@@ -15,7 +15,7 @@ settings_file::settings_file(fs::path path) : path_(std::move(path)) {
   std::error_code ignored;
   hidden_ = !file && fs::exists(path_, ignored);
   for (std::string line; std::getline(file, line);) {
-    if (!line.empty() && line.back() == '\r') line.pop_back();
+    while (line.ends_with('\r')) line.pop_back();
     lines_.push_back(std::move(line));
   }
   if (file.bad()) hidden_ = true; // what could not be read is not to be written over

@@ -22,7 +22,7 @@ TEST(SettingsFile, AValueIsAllBehindTheFirstEqualsSign) {
 
 TEST(SettingsFile, WhatNobodyAsksForStaysAtItsPlace) {
   const temporary_folder folder;
-  folder.write("a.ini", "; mine\n[A]\nold=1\nunknown=#2\n\n[B]\nold=3\n");
+  folder.write("a.ini", "; mine\n[A]\nold=1\nunknown=#2\r\r\n\n[B]\nold=3\n");
   settings_file file(folder.path / "a.ini");
   file.set("A", "old", "one\ntwo");
   file.set("A", "new", "4");

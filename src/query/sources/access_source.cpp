@@ -1,5 +1,6 @@
 #include "query/sources/access_source.h"
 
+#include "dataset/text_encoding.h"
 #include "platform/program_output.h"
 #include "platform/program_paths.h"
 #include "query/mdb_helper/protocol.h"
@@ -29,7 +30,7 @@ public:
   explicit access_source(const fs::path& path) : sheet_source(path.string()), path_(fs::absolute(path)) {
     check_size();
     ask({"tables", path_.string()}, "", [&](mdb::message kind, std::string_view content) {
-      if (kind == mdb::message::table) tables_.emplace_back(content);
+      if (kind == mdb::message::table) tables_.push_back(shown_text(content));
     });
     if (tables_.empty()) fail("", "there is no table in it.");
   }
@@ -74,7 +75,7 @@ void access_source::ask(const std::vector<std::string>& arguments, const std::st
       const auto kind = static_cast<mdb::message>(buffer[at + sizeof size]);
       const std::string_view content(buffer.data() + at + mdb::header_size, size);
       if (kind == mdb::message::failure)
-        failure = content;
+        failure = shown_text(content);
       else if (kind == mdb::message::end)
         ended = true;
       else
@@ -123,7 +124,7 @@ std::uint32_t access_source::add_rows(std::string_view content, std::size_t fiel
       case mdb::value::integer: v = table_value::of_integer(number(std::int64_t{})); break;
       case mdb::value::number: v = table_value::of_number(number(double{})); break;
       case mdb::value::date_time: v = table_value::of_date_time(to_milliseconds(number(double{}))); break;
-      case mdb::value::text: v = table_value::of_text(texts_.keep(take(number(std::uint32_t{})))); break;
+      case mdb::value::text: v = table_value::of_text(texts_.keep(shown_text(take(number(std::uint32_t{}))))); break;
       default: fail_answer(tables_[table]);
       }
       if (!cells.add(row, f, v)) fail_too_large(table);
@@ -139,7 +140,7 @@ void access_source::read_sheet(std::size_t table, cell_table& cells) {
   ask({"rows", path_.string(), tables_[table]}, tables_[table], [&](mdb::message kind, std::string_view content) {
     if (kind == mdb::message::field && !content.empty()) {
       fields.push_back({"", static_cast<field_type>(content[0])});
-      names.emplace_back(content.substr(1));
+      names.push_back(shown_text(content.substr(1)));
     } else if (kind == mdb::message::rows) {
       rows = add_rows(content, fields.size(), table, rows, cells);
     }
