@@ -1,6 +1,7 @@
 #include "query/deferred_queries.h"
 
 #include <string>
+#include <utility>
 
 namespace vesk {
 
@@ -12,11 +13,15 @@ public:
       : data_(data_set), execute_(execute), progress_(progress), clear_flags_(clear_flags), total_(count(data_set)) {}
 
   void all() {
-    visit(data_.print_intervals, "Print Interval", [this]() -> stored_series& { return data_.print_intervals; });
-    visit(data_.time_steps, "Time step", [this]() -> stored_series& { return data_.time_steps; });
+    visit(
+        data_.print_intervals, [] { return "Print Interval"; },
+        [this]() -> stored_series& { return data_.print_intervals; });
+    visit(
+        data_.time_steps, [] { return "Time step"; }, [this]() -> stored_series& { return data_.time_steps; });
     for (std::size_t i = 0; i < data_.time_functions.size(); ++i)
-      visit(data_.time_functions[i], "Time function: " + data_.time_functions[i].description.str(),
-            [this, i]() -> stored_series& { return data_.time_functions.edit(i); });
+      visit(
+          data_.time_functions[i], [&, i] { return "Time function: " + data_.time_functions[i].description.str(); },
+          [this, i]() -> stored_series& { return data_.time_functions.edit(i); });
     for (std::size_t s = 0; s < data_.systems.size(); ++s) {
       segment_series(s, "Loads", &system_data_type::loads);
       segment_series(s, "Boundaries", &system_data_type::boundaries);
@@ -38,10 +43,13 @@ private:
   void segment_series(std::size_t s, const char* kind, List system_data_type::*list) {
     for (std::size_t i = 0; i < (data_.systems[s].*list).size(); ++i) {
       const auto& series = (data_.systems[s].*list)[i];
-      visit(series,
-            std::string(kind) + " for system '" + data_.systems[s].description.str() +
-                "' segment id: " + std::to_string(series.segment),
-            [this, s, i, list]() -> stored_series& { return (data_.systems.edit(s).*list).edit(i); });
+      visit(
+          series,
+          [&] {
+            return std::string(kind) + " for system '" + data_.systems[s].description.str() +
+                   "' segment id: " + std::to_string(series.segment);
+          },
+          [this, s, i, list]() -> stored_series& { return (data_.systems.edit(s).*list).edit(i); });
     }
   }
 
@@ -49,17 +57,21 @@ private:
   void field_series(const char* kind, const char* field_kind, Fields& fields) {
     for (std::size_t f = 0; f < fields.size(); ++f)
       for (std::size_t i = 0; i < fields[f].functions.size(); ++i)
-        visit(fields[f].functions[i],
-              std::string(kind) + " function '" + fields[f].functions[i].description.str() + "' for " + field_kind +
-                  " field '" + fields[f].description.str() + "'",
-              [&fields, f, i]() -> stored_series& { return fields.edit(f).functions.edit(i); });
+        visit(
+            fields[f].functions[i],
+            [&] {
+              return std::string(kind) + " function '" + fields[f].functions[i].description.str() + "' for " +
+                     field_kind + " field '" + fields[f].description.str() + "'";
+            },
+            [&fields, f, i]() -> stored_series& { return fields.edit(f).functions.edit(i); });
   }
 
-  // `edit` gives the series for changing; it is only asked for one that has a query to run, so that the others go on
-  // sharing their points.
-  template <class Edit>
-  void visit(const stored_series& series, const std::string& label, const Edit& edit) {
+  // `make_label` gives what the series is called, `edit` the series for changing. Both are only asked for one that has
+  // a query to run: the others, tens of thousands in a large model, go on sharing their points.
+  template <class MakeLabel, class Edit>
+  void visit(const stored_series& series, const MakeLabel& make_label, const Edit& edit) {
     if (series.query->deferred) {
+      const std::string label = make_label();
       try {
         point_list points = series.points;
         const query_report report = execute_(*series.query, data_, points);
@@ -72,7 +84,8 @@ private:
       }
     }
     done_ += 1.0;
-    progress_.percent_done(static_cast<int>(done_ / static_cast<double>(total_) * 100));
+    const auto percent = static_cast<int>(done_ / static_cast<double>(total_) * 100);
+    if (std::exchange(percent_, percent) != percent) progress_.percent_done(percent);
   }
 
   prevesk_dataset_data_type& data_;
@@ -81,6 +94,7 @@ private:
   const bool clear_flags_;
   const std::size_t total_;
   double done_ = 0;
+  int percent_ = -1; // as told last
 };
 
 } // namespace

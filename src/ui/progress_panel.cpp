@@ -15,6 +15,7 @@ namespace vesk {
 namespace {
 
 constexpr int normal_position = 3, highest_position = 6;
+constexpr auto paint_interval = std::chrono::milliseconds(30);
 
 } // namespace
 
@@ -68,9 +69,14 @@ progress_panel::progress_panel(QWidget* parent, std::function<void(int)> priorit
 void progress_panel::set_progress(int percent) {
   const int position = std::clamp(percent, 0, 100);
   if (position == StatusProgressBar->value()) return;
+  StatusProgressBar->setUpdatesEnabled(false); // it would paint itself each time
   StatusProgressBar->setValue(position);
   StatusProgressBar->setTextVisible(position > 0);
-  StatusProgressBar->repaint();
+  StatusProgressBar->setUpdatesEnabled(true);
+  const auto now = std::chrono::steady_clock::now();
+  if (now - painted_ < paint_interval) return; // the event loop does it
+  painted_ = now;
+  StatusProgressBar->repaint(); // the event loop may wait for the work that is shown
 }
 
 void progress_panel::set_info(const std::string& text) {

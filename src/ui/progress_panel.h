@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QWidget>
+#include <chrono>
 #include <functional>
 #include <string>
 
@@ -16,7 +17,8 @@ public:
   // `priority_moved` is called with the position, 0 to 6, when the user moves the track bar, and only then.
   progress_panel(QWidget* parent, std::function<void(int)> priority_moved);
 
-  void set_progress(int percent); // drawn at once: the main thread may be busy with what it tells of
+  // Drawn at once, for the main thread may be busy with what it tells of; of a quick succession only some are.
+  void set_progress(int percent);
   void set_info(const std::string& text);
   void set_time_remaining(const std::string& text);
   void show_priority(bool visible);
@@ -29,6 +31,7 @@ private:
   QLabel* MinPriorityLabel;
   QSlider* PriorityTrackBar;
   QLabel* MaxPriorityLabel;
+  std::chrono::steady_clock::time_point painted_; // the bar, by set_progress
 };
 
 } // namespace vesk

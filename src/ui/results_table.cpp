@@ -52,9 +52,9 @@ void results_table::repaint_cells() {
 }
 
 // No number in sight and no label is cut: the width that columns have is the least. What has been made narrower by hand
-// stays so until a number needs more than any before.
+// stays so until a number needs more than any before. A table that is hidden would go through all its rows.
 void results_table::widen_to_contents() {
-  if (!model_.index(0, 0).data().isValid()) return;
+  if (!isVisible() || !model_.index(0, 0).data().isValid()) return;
   const int widest = scaled(widest_column, *this);
   asked_for_.resize(static_cast<std::size_t>(model_.columnCount()));
   for (int column = 0; column < std::min(model_.columnCount(), columns_to_widen); ++column) {
