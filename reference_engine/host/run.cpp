@@ -34,6 +34,7 @@ public:
   Run(Host& host, RunInput& input, std::string_view library)
       : host_(host), input_(input), library_(library), equations_(input.problem, library), state_(input.problem),
         integrator_(make_integrator(input.technique)), grid_(host, input.problem), values_(state_.volume.size()) {
+    host_.stop_if_cancelled(); // the network of a large model takes a while
     if (input.problem.balance_system >= 0) {
       balance_.emplace();
       balance_->at_start = state_.mass(static_cast<std::size_t>(input.problem.balance_system));
