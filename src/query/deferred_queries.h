@@ -23,7 +23,7 @@ using query_executor =
 class query_progress {
 public:
   virtual ~query_progress() = default;
-  virtual void percent_done(int percent) = 0; // of all series, after each of them
+  virtual void percent_done(int percent) = 0; // of all series, whenever it changes
   virtual void executed(const std::string& series, const import_query_descriptor& query,
                         const query_report& report) = 0;
 };
