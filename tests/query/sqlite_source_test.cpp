@@ -44,6 +44,15 @@ TEST(SqliteSource, SettlesTypesByDeclarationAndContent) {
   EXPECT_THAT(print(*source, 1), ElementsAre("id:25", "1"));
 }
 
+TEST(SqliteSource, NamesNeedNotBeUtf8) {
+  const temporary_folder folder;
+  const auto source = open_table_source(database(
+      folder, "CREATE TABLE \"T\xb0\"(\"\xb0\x43\" TEXT, \"\" REAL); INSERT INTO \"T\xb0\" VALUES ('x', 1), ('y', 2)"));
+  EXPECT_THAT(source->tables(), ElementsAre("T°"));
+  EXPECT_THAT(print(*source), ElementsAre("°C:1; F2:6", "x; 1", "y; 2"));
+  EXPECT_TRUE(source->rows(0, {{.field = 0, .text = "y"}})->next());
+}
+
 // A copy of a table declares its dates as numbers.
 TEST(SqliteSource, FindsDatesAndTextsAmongNumbers) {
   const temporary_folder folder;

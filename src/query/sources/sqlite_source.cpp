@@ -23,6 +23,12 @@ std::string_view text_of(sqlite3_stmt* statement, int column) {
               : std::string_view();
 }
 
+// A column as the database has it. Its name need not be UTF-8.
+struct stored_column {
+  std::string name;
+  bool keeps_texts; // numbers that are put into it become texts
+};
+
 using statement_handle = std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt*)>;
 
 class sqlite_source : public table_source {
@@ -32,7 +38,8 @@ public:
     const auto list = prepare("SELECT name FROM sqlite_schema WHERE type IN ('table', 'view') AND name NOT LIKE "
                               "'sqlite\\_%' ESCAPE '\\' ORDER BY rowid",
                               "");
-    while (step(list.get(), "")) tables_.emplace_back(text_of(list.get(), 0));
+    while (step(list.get(), "")) stored_names_.emplace_back(text_of(list.get(), 0));
+    for (const std::string& stored : stored_names_) tables_.push_back(shown_text(stored));
     if (tables_.empty()) throw table_source_exception(file(), "", "", "there is no table in it.");
   }
 
@@ -63,15 +70,16 @@ private:
     return state == SQLITE_ROW;
   }
   [[noreturn]] void fail(sqlite3* database, const std::string& table) const {
-    throw table_source_exception(file(), table, "",
-                                 std::string(database ? sqlite3_errmsg(database) : "not enough memory") + ".");
+    throw table_source_exception(file(), shown_text(table), "",
+                                 shown_text(database ? sqlite3_errmsg(database) : "not enough memory") + ".");
   }
 
   field_type sampled_type(const std::string& table, const std::string& column, field_type declared);
 
   database_handle database_; // null while the file is let go
   std::map<std::size_t, std::vector<table_field>> fields_;
-  std::map<std::size_t, std::vector<bool>> text_columns_; // of the same tables: in which columns numbers become texts
+  std::map<std::size_t, std::vector<stored_column>> columns_; // of the same tables
+  std::vector<std::string> stored_names_;                     // of the tables
 };
 
 sqlite_source::database_handle sqlite_source::open(bool is_immutable) const {
@@ -147,21 +155,25 @@ bool is_date_type(field_type type) {
 
 const std::vector<table_field>& sqlite_source::fields(std::size_t table) {
   if (const auto known = fields_.find(table); known != fields_.end()) return known->second;
-  const std::string& name = tables_[table];
+  const std::string& name = stored_names_[table];
   const auto list =
       prepare("SELECT name, type FROM pragma_table_xinfo(" + sql_quoted(name, '\'') + ") WHERE hidden <> 1", name);
   std::vector<table_field> fields;
-  std::vector<bool> text_columns;
+  std::vector<std::string> names;
+  std::vector<stored_column> columns;
   while (step(list.get(), name)) {
     const std::string declaration = upper(text_of(list.get(), 1));
-    table_field field{std::string(text_of(list.get(), 0)), declared_type(declaration)};
+    columns.push_back({std::string(text_of(list.get(), 0)), keeps_texts(declaration)});
+    table_field field{"", declared_type(declaration)};
     if (!is_date_type(field.type) && field.type != field_type::blob)
-      field.type = sampled_type(name, field.name, field.type);
-    fields.push_back(std::move(field));
-    text_columns.push_back(keeps_texts(declaration));
+      field.type = sampled_type(name, columns.back().name, field.type);
+    fields.push_back(field);
+    names.push_back(shown_text(columns.back().name));
   }
-  if (fields.empty()) throw table_source_exception(file(), name, "", "it has no fields.");
-  text_columns_[table] = std::move(text_columns);
+  if (fields.empty()) throw table_source_exception(file(), tables_[table], "", "it has no fields.");
+  names = distinct_names(std::move(names));
+  for (std::size_t i = 0; i < fields.size(); ++i) fields[i].name = std::move(names[i]);
+  columns_[table] = std::move(columns);
   return fields_[table] = std::move(fields);
 }
 
@@ -259,15 +271,15 @@ std::chrono::year_month_day date_of_serial(double serial) {
 }
 
 // What the database can tell of a filter by itself, so that it need not hand out the other rows: a term that holds for
-// every row that the filter lets pass. Empty when there is none. `texts_alone`: the column has no numbers.
-std::string prefilter(const row_filter& filter, const table_field& field, bool texts_alone) {
-  const std::string column = "t." + sql_quoted(field.name);
+// every row that the filter lets pass. Empty when there is none.
+std::string prefilter(const row_filter& filter, const table_field& field, const stored_column& stored) {
+  const std::string column = "t." + sql_quoted(stored.name);
   const bool at_least = filter.kind == row_filter::test::at_least;
   if (filter.kind == row_filter::test::equal_text) {
     // A text that is no UTF-8 in the database is one here.
     const bool stands_as_it_is = is_ascii(filter.text) && filter.text.find('\0') == filter.text.npos;
     if (field.type != field_type::string || !stands_as_it_is) return {};
-    return (texts_alone ? column : "CAST(" + column + " AS TEXT)") + " = " + sql_quoted(filter.text, '\'') +
+    return (stored.keeps_texts ? column : "CAST(" + column + " AS TEXT)") + " = " + sql_quoted(filter.text, '\'') +
            (filter.ignore_case ? " COLLATE NOCASE" : " COLLATE BINARY");
   }
   if (field.type != field_type::date && field.type != field_type::date_time) return {};
@@ -292,12 +304,12 @@ std::string prefilter(const row_filter& filter, const table_field& field, bool t
 std::unique_ptr<row_cursor> sqlite_source::rows(std::size_t table, std::vector<row_filter> filters) {
   const std::vector<table_field>& all = fields(table);
   std::string sql = "SELECT ";
-  for (std::size_t i = 0; i < all.size(); ++i) sql += (i ? ", t." : "t.") + sql_quoted(all[i].name);
-  sql += " FROM " + sql_quoted(tables_[table]) + " AS t";
+  const std::vector<stored_column>& columns = columns_[table];
+  for (std::size_t i = 0; i < columns.size(); ++i) sql += (i ? ", t." : "t.") + sql_quoted(columns[i].name);
+  sql += " FROM " + sql_quoted(stored_names_[table]) + " AS t";
   const char* link = " WHERE ";
   for (const row_filter& filter : filters)
-    if (const std::string term = prefilter(filter, all[filter.field], text_columns_[table][filter.field]);
-        !term.empty()) {
+    if (const std::string term = prefilter(filter, all[filter.field], columns[filter.field]); !term.empty()) {
       sql += link + term;
       link = " AND ";
     }
