@@ -66,6 +66,10 @@ void operator delete[](void* memory, const std::nothrow_t&) noexcept {
 extern "C" const char* __asan_default_options() {
   return "handle_abort=1:allocator_may_return_null=1:max_allocation_size_mb=1024:malloc_context_size=12";
 }
+// Libraries that lose what they had taken when a file turns out to be damaged.
+extern "C" const char* __lsan_default_suppressions() {
+  return "leak:libhdf5\nleak:libnetcdf\nleak:libxerces-c\n";
+}
 extern "C" const char* __ubsan_default_options() {
   return "print_stacktrace=1";
 }

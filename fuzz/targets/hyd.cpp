@@ -11,11 +11,6 @@
 
 extern "C" [[gnu::weak]] void __sanitizer_set_death_callback(void (*callback)());
 
-// The libraries keep what they had taken when a damaged file turns up.
-extern "C" const char* __lsan_default_suppressions() {
-  return "leak:libhdf5\nleak:libnetcdf\n";
-}
-
 namespace {
 
 // A file is read in a copy of the process first. That one's end is no failure of the target.
