@@ -11,7 +11,7 @@ namespace vesk::bench {
 inline constexpr std::size_t segments_of_basin = 1000, series_of_basin = 10, hours_of_year = 8760;
 
 // `segments` (a multiple of segments_of_basin) of the catalogue's first model, which must be that of dissolved oxygen,
-// and a run of `days` from the middle of the year on, in explicit steps as long as the engine allows.
+// and a run of `days` from the middle of the series on, in explicit steps as long as the engine allows.
 //
 // A basin has four headwaters of 100 segments that join in pairs; the two rivers flow into a lake of two layers of 100
 // segments, and from it 200 segments lead to the sea. Ten series of a basin have a point for each hour of a year: the

@@ -19,8 +19,7 @@ TIMES = [("vesk-run", "vesk-run, all of it", "#000000"),
          ("copy: first change", "first change of a copy", "#666666"),
          ("copy: snapshot", "copy", "#999999")]
 MEMORY = [("run: steps", "run", "#d55e00"),
-          ("open", "open", "#009e73"),
-          ("copy: snapshot", "copy", "#999999"),
+          ("open", "open, copied or not", "#009e73"),
           ("file", "the file itself", "#0072b2")]
 WIDTH, HEIGHT = 1040, 560
 TOP, BOTTOM = 56, 500
@@ -106,8 +105,8 @@ def main():
         sys.exit(__doc__)
     with open(sys.argv[1], newline="", encoding="utf-8") as file:
         rows = list(csv.DictReader(file))
-    panels = [Panel(70, 380, "Seconds", list(curves(rows, TIMES, "wall_s", min)), 17),
-              Panel(640, 920, "Memory at most, MB", list(curves(rows, MEMORY, "peak_MB", max)), 17)]
+    panels = [Panel(70, 370, "Seconds", list(curves(rows, TIMES, "wall_s", min)), 17),
+              Panel(610, 870, "Memory at most, MB", list(curves(rows, MEMORY, "peak_MB", max)), 17)]
     with open(sys.argv[2], "w", encoding="utf-8") as file:
         file.write(f"<svg xmlns='http://www.w3.org/2000/svg' viewBox='0 0 {WIDTH} {HEIGHT}' width='{WIDTH}' "
                    f"height='{HEIGHT}' font-size='13' fill='#222222' {FONT}>\n"
