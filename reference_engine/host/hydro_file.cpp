@@ -258,9 +258,10 @@ std::vector<double> HydroFile::volumes(double day) {
   const std::size_t interval = interval_at(day);
   load(interval);
   if (interval + 1 == times_.size()) return volumes_;
-  const double share = (offset_ + day - times_[interval]) / (times_[interval + 1] - times_[interval]);
-  std::vector<double> values(volumes_);
-  for (std::size_t i = 0; i < values.size(); ++i) values[i] += share * (next_volumes_[i] - volumes_[i]);
+  const double length = times_[interval + 1] - times_[interval];
+  const double share = std::clamp((offset_ + day - times_[interval]) / length, 0.0, 1.0);
+  std::vector<double> values(volumes_.size()); // above 0, however far apart the two are
+  for (std::size_t i = 0; i < values.size(); ++i) values[i] = std::lerp(volumes_[i], next_volumes_[i], share);
   return values;
 }
 
