@@ -147,6 +147,7 @@ session::step session::refresh() {
   ui_.set_subject(form_.file_name);
   const int executed_before = ui_.queries_executed();
   if (!form_.execute_all_deferred_queries()) return step::failed;
+  if (interrupted()) return step::cancelled;
   if (ui_.queries_executed() == executed_before) ui_.say("No series has a deferred query.");
   return options_.save ? step::done : save(); // --save does it at its turn
 }

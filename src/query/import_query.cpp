@@ -221,7 +221,6 @@ void import_query::find_value(std::size_t condition) {
 void import_query::take_value(std::size_t condition) {
   if (choices.size() < stored.conditions.size()) choices.resize(stored.conditions.size());
   choices[condition].values = {stored.conditions[condition].value_text};
-  trace_refresh(condition);
 }
 
 std::vector<std::string> import_query::literals(std::size_t left_out) const {
@@ -320,14 +319,31 @@ std::optional<import_query::selection> import_query::select(const prevesk_datase
   bool in_order = true;
   while (in_order && rows->next())
     take_row(*rows, moment, value, result.report, [&](double t, double v) { in_order = collector.add(t, v); });
-  if (!in_order || !rows->has_found_all()) return {};
+  if (!in_order || !rows->has_found_all() || !engine.is_up_to_date()) return {};
+  for (std::size_t i = 0; i < stored.conditions.size(); ++i) trace_refresh(i);
   result.points = std::move(collector).finish();
   return result;
 } catch (const query_exception&) {
   return {};
 }
 
+// Puts the lists of values back that a validation with shorter ones replaces.
+class import_query::kept_choices {
+public:
+  explicit kept_choices(import_query& query) : query_(query), choices_(query.choices) {}
+  ~kept_choices() {
+    if (choices_.size() == query_.choices.size()) query_.choices = std::move(choices_);
+  }
+  kept_choices(const kept_choices&) = delete;
+  kept_choices& operator=(const kept_choices&) = delete;
+
+private:
+  import_query& query_;
+  std::vector<condition_choice> choices_;
+};
+
 query_report import_query::execute(const prevesk_dataset_data_type& data, point_list& points) {
+  const kept_choices lists(*this);
   query_report report;
   if (std::optional<selection> selected = select(data)) {
     report = selected->report;
@@ -346,6 +362,7 @@ query_report import_query::execute(const prevesk_dataset_data_type& data, point_
     point_maker maker(points, stored.average_duplicates);
     while (rows->next()) take_row(*rows, moment, value, report, [&](double t, double v) { maker.add(t, v); });
     maker.finish();
+    if (!engine.is_up_to_date()) throw query_engine_exception(stored.file_name + ": it has changed while it was read.");
     report.points = points.size() - before;
   }
   engine.disconnect(*this);

@@ -61,15 +61,16 @@ public:
   void refresh_values(std::size_t condition);
 
   // Fills `points` from the source, as it is now; of the values of a condition's field it looks for the chosen one
-  // alone, and leaves no others in `choices`. After a failure they are as they were up to then: perhaps erased, perhaps
-  // partly filled. Throws query_exception.
+  // alone, and leaves the lists in `choices` as they are. After a failure the points are as they were up to then:
+  // perhaps erased, perhaps partly filled. Throws query_exception.
   query_report execute(const prevesk_dataset_data_type& data, point_list& points);
 
   // Whether the two would do the same.
   friend bool operator==(const import_query& a, const import_query& b);
 
 private:
-  struct selection; // points, and what came of the rows
+  struct selection;
+  class kept_choices;
 
   // `read_values`: of a condition, the chosen one among them if it is there.
   void validate(void (import_query::*read_values)(std::size_t condition));

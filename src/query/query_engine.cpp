@@ -190,7 +190,7 @@ std::shared_ptr<table_source> query_engine::source_of(const std::string& file_na
                                       ? "."
                                       : ", neither in the folder of the data file nor in the current one."));
   std::filesystem::path file = resolved(file_name);
-  if (source_ && is_up_to_date(file)) return source_;
+  if (source_ && connection_.front().file == file && is_up_to_date()) return source_;
   source_.reset();
   connection_ = {state_of(file)};
   try {
@@ -212,9 +212,8 @@ query_engine::file_state query_engine::state_of(std::filesystem::path file) {
   return state;
 }
 
-bool query_engine::is_up_to_date(const std::filesystem::path& file) const {
-  return !connection_.empty() && connection_.front().file == file &&
-         std::all_of(connection_.begin(), connection_.end(),
+bool query_engine::is_up_to_date() const {
+  return std::all_of(connection_.begin(), connection_.end(),
                      [](const file_state& then) { return state_of(then.file) == then; });
 }
 

@@ -82,6 +82,9 @@ public:
   // Closes the file of a source of kind 2. What has been read of it stays for the next connection to the same file.
   void disconnect(const import_query& query);
 
+  // False when a file has changed since it was opened, so that what was read of it may not belong together.
+  bool is_up_to_date() const;
+
   std::vector<std::string> list_tables(const import_query& query);
 
   // Whether a file holds several tables, and where it is.
@@ -96,7 +99,6 @@ private:
     friend bool operator==(const file_state&, const file_state&) = default;
   };
   static file_state state_of(std::filesystem::path file);
-  bool is_up_to_date(const std::filesystem::path& file) const; // what has been read of it
 
   std::filesystem::path resolved(const std::string& file_name) const;
   std::shared_ptr<table_source> source_of(const std::string& file_name);

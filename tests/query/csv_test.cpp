@@ -29,6 +29,7 @@ TEST(Csv, FindsSeparatorAndDecimalSign) {
   EXPECT_THAT(read("site;flow\nA;3,5\nB;4\n"), ElementsAre("site:1; flow:6", "A; 3.5", "B; 4"));
   EXPECT_THAT(read("site\tflow\nA\t1,234.5\nB\t-.5\r\n"), ElementsAre("site:1; flow:6", "A; 1234.5", "B; -0.5"));
   EXPECT_THAT(read("a|b\r1|2\r3|4"), ElementsAre("a:3; b:3", "1; 2", "3; 4"));
+  EXPECT_THAT(read("# note\r# more\r\r# last\rflow\r12"), ElementsAre("flow:3", "12"));
   EXPECT_THAT(read("flow\n12\n13\n"), ElementsAre("flow:3", "12", "13"));
 }
 

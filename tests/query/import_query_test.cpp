@@ -252,6 +252,45 @@ TEST_F(ImportQuery, AConditionsValueMayStandAnywhere) {
   EXPECT_EQ(values_at("a' OR Site='A"), "4");
 }
 
+// What a list of values offers selects the rows that have it, in a file where SQLite reads rows and another one tests.
+TEST_F(ImportQuery, EveryOfferedValueSelectsItsRows) {
+  ASSERT_EQ(std::system(("sqlite3 '" + folder.file("sites.sqlite") +
+                         "' \"CREATE TABLE d(t TEXT, site TEXT, depth TEXT, wet BOOLEAN, id INTEGER, v REAL);"
+                         "INSERT INTO d VALUES ('2009-01-01', 'A', '1', -1, 9007199254740993, 1),"
+                         "('2009-01-02', 'B', '2', 0, 9007199254740992, 2), ('2009-01-03', 'A', '1', 1, 5, 3),"
+                         "('2009-01-04', 'B', '1', 1, 5, 4), ('2009-01-05', 'b', '2', 0, 5, 5),"
+                         "('2009-01-06', 'B', '2', 0, 5, 6)\"")
+                            .c_str()),
+            0);
+  import_query_descriptor query = query_on("sites.sqlite", "t", "v");
+  query.table_name = "d";
+  const auto values_of = [&](std::vector<query_condition> conditions) {
+    query.conditions = std::move(conditions);
+    std::string values;
+    for (const bool in_period : {false, true}) {
+      query.restrict_to_run_period = in_period;
+      point_list points;
+      import_query(query, folder.path).execute(model_of_2009(), points);
+      for (const auto& point : points) values += std::to_string(static_cast<int>(point.value));
+      values += in_period ? "" : " ";
+    }
+    return values;
+  };
+  EXPECT_EQ(values_of({{"site", 0, 0, "A"}, {"depth", 0, 0, "1"}, {"site", 1, 0, "B"}, {"depth", 0, 0, "2"}}),
+            "12356 12356"); // OR binds less
+  EXPECT_EQ(values_of({{"wet", 0, 0, "True"}}), "134 134");
+  EXPECT_EQ(values_of({{"wet", 0, 0, "False"}}), "256 256");
+  EXPECT_EQ(values_of({{"id", 0, 0, "9007199254740993"}}), "1 1");
+  EXPECT_EQ(values_of({{"site", 0, 0, "b"}}), "2456 2456");
+
+  import_query live(query, folder.path);
+  live.validate();
+  EXPECT_EQ(live.choices[0].values, (std::vector<std::string>{"A", "B", "b"}));
+  point_list points;
+  live.execute(model_of_2009(), points);
+  EXPECT_EQ(live.choices[0].values.size(), 3U); // still to be chosen from
+}
+
 // Many rows out of order are put in order elsewhere than few.
 TEST_F(ImportQuery, RowsOutOfOrderComeInOrderOfTime) {
   for (const int rows : {3000, 150'000}) {

@@ -75,6 +75,10 @@ private:
   std::vector<column_form> forms_;
 };
 
+bool ends_line(char c) {
+  return c == '\n' || c == '\r';
+}
+
 // Passes over comments, as agencies put them above their tables.
 void csv_source::find_text() {
   text_stream text(*bytes_, 0);
@@ -85,14 +89,17 @@ void csv_source::find_text() {
     at = text.begin();
   };
   while (true) {
-    if (at == text.end() && !text.is_complete()) read_on(at);
+    while (at != text.end() && ends_line(*at)) ++at;
+    if (at == text.end() && !text.is_complete()) {
+      read_on(at);
+      continue;
+    }
     if (at == text.end() || *at != '#') break;
     while (at != text.end() || !text.is_complete()) {
-      at = std::find(at, text.end(), '\n');
+      at = std::find_if(at, text.end(), ends_line);
       if (at != text.end()) break;
       if (!text.is_complete()) read_on(at);
     }
-    if (at != text.end()) ++at;
   }
   start_ += static_cast<std::uint64_t>(at - text.begin());
   const auto is_blank = [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; };
@@ -157,10 +164,11 @@ void csv_source::refuse_fault(const csv_rows& rows) const {
 // Counted from 1.
 std::uint64_t csv_source::line_of(std::uint64_t offset) const {
   std::uint64_t line = 1;
+  char before = '\0';
   for (text_stream text(*bytes_, 0);; text.read_on(text.end())) {
     const auto there = static_cast<std::uint64_t>(text.end() - text.begin());
-    const auto counted = static_cast<std::ptrdiff_t>(std::min(there, offset));
-    line += static_cast<std::uint64_t>(std::count(text.begin(), text.begin() + counted, '\n'));
+    for (const char* at = text.begin(); at != text.begin() + std::min(there, offset); before = *at++)
+      line += ends_line(*at) && !(*at == '\n' && before == '\r');
     offset -= std::min(there, offset);
     if (offset == 0 || text.is_complete()) return line;
   }

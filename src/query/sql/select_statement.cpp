@@ -6,17 +6,26 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstdint>
 
 namespace vesk {
 
 namespace {
 
-// Moments are whole seconds: a number this near to a moment means it.
-constexpr double half_a_second = 0.4999 / 86400.0;
+// Moments are whole seconds: a number means the nearest one, and in the middle the later one.
+constexpr double half_a_second = 0.5 / 86400.0;
 
 std::string number_in_sql(double number) {
   char text[32];
   return {text, std::to_chars(text, text + sizeof text, number, std::chars_format::scientific).ptr};
+}
+
+// A whole number to its last digit, which a floating-point number may not have.
+std::optional<std::string> whole_number(std::string_view text) {
+  std::int64_t number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc() || end != text.data() + text.size()) return {};
+  return std::to_string(number);
 }
 
 // Reads a statement from left to right. Where a text can be read in more than one way, `choose` tries them in order and
@@ -132,7 +141,7 @@ public:
     const auto distinct = reader_.past_words(*select, {"DISTINCT"});
     if (!distinct) fail(*select);
     for (const auto& [field, end] : reader_.fields_after(*distinct))
-      if (const auto from = reader_.past_words(end, {"FROM"})) return selected({field}, *from, "DISTINCT ");
+      if (const auto from = reader_.past_words(end, {"FROM"})) return selected({field}, *from, true);
     fail(*distinct);
   }
 
@@ -162,10 +171,11 @@ private:
     return all;
   }
 
-  translated_statement selected(std::vector<std::size_t> fields, std::size_t from, const char* distinct = "") {
+  translated_statement selected(std::vector<std::size_t> fields, std::size_t from, bool distinct = false) {
     translated_statement result;
-    result.sql = std::string("SELECT ") + distinct;
+    result.sql = distinct ? "SELECT DISTINCT " : "SELECT ";
     for (std::size_t i = 0; i < fields.size(); ++i) result.sql += (i ? "," : "") + name(fields[i]);
+    if (distinct) result.sql += " COLLATE BINARY"; // texts that differ in their case are two values
     result.sql += " FROM " + sql_quoted(table_) + " AS t";
     result.fields = std::move(fields);
     furthest_ = from;
@@ -288,12 +298,15 @@ private:
     }
     if (is_number(type)) {
       if (type == field_type::boolean) {
+        // Whatever is not 0 is true; some programs store 1, others -1.
+        const std::string is_true = "(" + name(field) + "<>0)" + std::string(symbol);
         for (const auto& [word, value] :
-             {std::pair("true", "1"), {"yes", "1"}, {"-1", "1"}, {"false", "0"}, {"no", "0"}})
-          if (equal_ignoring_case(text, word)) return name(field) + std::string(symbol) + value;
+             {std::pair("true", "1"), {"yes", "1"}, {"-1", "1"}, {"1", "1"}, {"false", "0"}, {"no", "0"}})
+          if (equal_ignoring_case(text, word)) return is_true + value;
       }
       if (const auto number = plain_number(text)) {
-        const std::string condition = name(field) + std::string(symbol) + number_in_sql(*number);
+        const std::string condition =
+            name(field) + std::string(symbol) + whole_number(text).value_or(number_in_sql(*number));
         // A text among the numbers is greater than each of them to SQLite.
         return symbol.front() == '>' ? "(" + condition + " AND " + name(field) + "<=9e999)" : condition;
       }
@@ -305,9 +318,11 @@ private:
 
   std::string moment_condition(std::size_t field, std::string_view symbol, double moment) const {
     const std::string low = number_in_sql(moment - half_a_second), high = number_in_sql(moment + half_a_second);
-    if (symbol == "=") return name(field) + " BETWEEN " + low + " AND " + high;
-    if (symbol == "<>") return name(field) + " NOT BETWEEN " + low + " AND " + high;
-    return name(field) + std::string(symbol) + (symbol == ">=" || symbol == "<" ? low : high);
+    const std::string before = name(field) + "<" + low, from = name(field) + ">=" + low;
+    const std::string until = name(field) + "<" + high, behind = name(field) + ">=" + high;
+    if (symbol == "=") return "(" + from + " AND " + until + ")";
+    if (symbol == "<>") return "(" + before + " OR " + behind + ")";
+    return symbol == "<" ? before : symbol == ">=" ? from : symbol == "<=" ? until : behind;
   }
 
   // The next place behind blanks; remembered, so that a failure can tell how far the statement was understood.
