@@ -28,7 +28,7 @@ std::shared_ptr<const model_catalogue> catalogue_source::get() {
   const fs::path database = directory_ / "catalogue.sqlite";
   std::error_code ignored;
   const bool is_sqlite = fs::exists(database, ignored);
-  const auto files = is_sqlite ? std::vector{database} : paradox_catalogue_store::tables_in(directory_);
+  const auto files = is_sqlite ? std::vector{database} : paradox_catalogue_store::files_in(directory_);
   if (files.empty())
     throw catalogue_exception("Cannot open catalogue " + directory_.string() +
                               ": the folder has neither catalogue.sqlite nor the Paradox table models.DB.");

@@ -24,14 +24,19 @@ catalogue_value value_of(const table_value& value) {
   }
 }
 
+bool is_one_of(const fs::path& file, std::initializer_list<std::string_view> extensions) {
+  const std::string own = file.extension().string();
+  return std::any_of(extensions.begin(), extensions.end(),
+                     [&](std::string_view extension) { return equal_ignoring_case(own, extension); });
+}
+
 } // namespace
 
-std::vector<fs::path> paradox_catalogue_store::tables_in(const fs::path& folder) {
+std::vector<fs::path> paradox_catalogue_store::files_in(const fs::path& folder) {
   std::vector<fs::path> found;
   try {
     for (const fs::directory_entry& entry : fs::directory_iterator(folder))
-      if (equal_ignoring_case(entry.path().extension().string(), ".db") && entry.is_regular_file())
-        found.push_back(entry.path());
+      if (is_one_of(entry.path(), {".db", ".mb"}) && entry.is_regular_file()) found.push_back(entry.path());
   } catch (const fs::filesystem_error& error) {
     throw catalogue_exception("Cannot open catalogue " + folder.string() + ": " + error.code().message() + ".");
   }
@@ -40,10 +45,12 @@ std::vector<fs::path> paradox_catalogue_store::tables_in(const fs::path& folder)
 }
 
 paradox_catalogue_store::paradox_catalogue_store(fs::path folder)
-    : folder_(std::move(folder)), files_(tables_in(folder_)) {}
+    : folder_(std::move(folder)), files_(files_in(folder_)) {}
 
 fs::path paradox_catalogue_store::file_of(std::string_view table) const {
-  const auto is_table = [&](const fs::path& file) { return equal_ignoring_case(file.stem().string(), table); };
+  const auto is_table = [&](const fs::path& file) {
+    return equal_ignoring_case(file.stem().string(), table) && is_one_of(file, {".db"});
+  };
   const auto found = std::find_if(files_.begin(), files_.end(), is_table);
   if (found == files_.end()) fail(table, folder_, "there is no file " + std::string(table) + ".DB.");
   const auto other = std::find_if(found + 1, files_.end(), is_table);

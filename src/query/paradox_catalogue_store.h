@@ -10,11 +10,11 @@ namespace vesk {
 
 class paradox_catalogue_store : public catalogue_store {
 public:
-  // The .db files of a folder, in any case of letters, in the order of their names. Throws catalogue_exception when the
-  // folder cannot be read.
-  static std::vector<std::filesystem::path> tables_in(const std::filesystem::path& folder);
+  // The tables of a folder and their memo files, .db and .mb in any case of letters, in the order of their names. Throws
+  // catalogue_exception when the folder cannot be read.
+  static std::vector<std::filesystem::path> files_in(const std::filesystem::path& folder);
 
-  // Throws as `tables_in` does. A file is opened only when its table is read.
+  // Throws as `files_in` does. A file is opened only when its table is read.
   explicit paradox_catalogue_store(std::filesystem::path folder);
 
   // Rows in the order of the primary key. Texts are UTF-8, decoded by the code page of their table.

@@ -20,21 +20,25 @@ struct damaged {
   opener open;
 };
 
+std::string content_of(const char* file) {
+  return temporary_folder().read(std::string(VESK_TEST_DATA "/tables/") + file);
+}
+
 std::unique_ptr<table_source> open_dbf_alone(std::span<const std::byte> bytes, std::string name) {
   return open_dbf(bytes, std::nullopt, std::move(name));
+}
+std::unique_ptr<table_source> open_dbf_with_memo(std::span<const std::byte> bytes, std::string name) {
+  static const std::string memo = content_of("dbase_8b.dbt");
+  return open_dbf(bytes, std::as_bytes(std::span(memo)), std::move(name));
 }
 std::unique_ptr<table_source> open_paradox_alone(std::span<const std::byte> bytes, std::string name) {
   return open_paradox(bytes, std::nullopt, std::move(name));
 }
 
-const damaged files[] = {{"cp1251.dbf", open_dbf_alone},   {"dbase_8b.dbf", open_dbf_alone},
+const damaged files[] = {{"cp1251.dbf", open_dbf_alone},   {"dbase_8b.dbf", open_dbf_with_memo},
                          {"date7.db", open_paradox_alone}, {"STORE.DB", open_paradox_alone},
                          {"date.xls", open_xls},           {"date.xlsx", open_xlsx},
                          {"issues.ods", open_ods}};
-
-std::string content_of(const char* file) {
-  return temporary_folder().read(std::string(VESK_TEST_DATA "/tables/") + file);
-}
 
 // All tables, or nothing when the file is refused. The bytes lie in a place of just their size, so that the sanitizer
 // sees whatever reads behind them.

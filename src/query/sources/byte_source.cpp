@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <vector>
 
 namespace vesk {
 
@@ -88,13 +89,22 @@ std::unique_ptr<byte_source> bytes_in_memory(std::span<const std::byte> bytes, s
 }
 
 std::unique_ptr<byte_source> open_beside(const fs::path& table, std::initializer_list<const char*> extensions) {
+  const fs::path folder = table.has_parent_path() ? table.parent_path() : ".";
+  std::error_code ignored;
+  std::vector<fs::path> found;
   for (const char* extension : extensions) {
-    fs::path file = table;
-    file.replace_extension(extension);
-    std::error_code ignored;
-    if (fs::is_regular_file(file, ignored)) return open_bytes(file);
+    const std::string name = fs::path(table.filename()).replace_extension(extension).string();
+    fs::directory_iterator entry(folder, ignored), end;
+    for (; !ignored && entry != end; entry.increment(ignored))
+      if (equal_ignoring_case(entry->path().filename().string(), name) && entry->is_regular_file(ignored))
+        found.push_back(entry->path());
+    if (!found.empty()) break;
   }
-  return nullptr;
+  if (found.empty()) return nullptr;
+  // Of names that differ in their case that of the table itself, if there is one.
+  const auto same_name =
+      std::find_if(found.begin(), found.end(), [&](const fs::path& file) { return file.stem() == table.stem(); });
+  return open_bytes(same_name != found.end() ? *same_name : *std::min_element(found.begin(), found.end()));
 }
 
 std::string_view byte_window::at(std::uint64_t offset, std::size_t size) {

@@ -60,7 +60,8 @@ std::unique_ptr<byte_source> open_bytes(const std::filesystem::path& file);
 std::unique_ptr<byte_source> bytes_in_memory(std::span<const std::byte> bytes, std::string name,
                                              bool in_pieces = false);
 
-// The file with the name of `table` and the first of these extensions that there is one with; null when there is none.
+// The file with the name of `table` and the first of these extensions that there is one with, in any case of letters;
+// null when there is none.
 // Throws table_source_exception.
 std::unique_ptr<byte_source> open_beside(const std::filesystem::path& table,
                                          std::initializer_list<const char*> extensions);

@@ -365,7 +365,6 @@ table_value dbf_cursor::date(std::size_t field, std::string_view bytes) const {
 }
 
 table_value dbf_cursor::memo(std::size_t field, std::string_view bytes) {
-  if (!source_.memo_) return {};
   std::uint64_t block = 0;
   if (source_.layout_[field].foxpro_binary) {
     block = number_at<std::uint32_t>(bytes.data());
@@ -375,7 +374,9 @@ table_value dbf_cursor::memo(std::size_t field, std::string_view bytes) {
     const auto [end, error] = std::from_chars(bytes.data(), bytes.data() + bytes.size(), block);
     if (error != std::errc() || end != bytes.data() + bytes.size()) fail(field, bytes, "the number of a memo's block");
   }
+  if (block == 0) return {};
   try {
+    if (!source_.memo_) throw table_source_exception("", "", "", "it is not there.");
     texts_[field] = source_.memo_->text(block);
     return text(field, texts_[field]);
   } catch (const table_source_exception& error) {
@@ -401,8 +402,7 @@ std::unique_ptr<row_cursor> dbf_source::rows(std::size_t, std::vector<row_filter
 } // namespace
 
 std::unique_ptr<table_source> open_dbf(const fs::path& file) {
-  return std::make_unique<dbf_source>(open_bytes(file),
-                                      open_beside(file, {".dbt", ".DBT", ".Dbt", ".fpt", ".FPT", ".Fpt"}));
+  return std::make_unique<dbf_source>(open_bytes(file), open_beside(file, {".dbt", ".fpt"}));
 }
 
 std::unique_ptr<table_source> open_dbf(std::span<const std::byte> table, std::optional<std::span<const std::byte>> memo,

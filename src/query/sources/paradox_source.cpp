@@ -324,8 +324,9 @@ table_value paradox_cursor::memo(std::size_t field, std::string_view bytes) {
   if (bytes.size() < paradox_blob::reference_size) return {};
   const paradox_blob blob = paradox_blob::of(bytes);
   const std::size_t here = bytes.size() - paradox_blob::reference_size;
-  if (blob.size <= here || !source_.blobs_) return text(field, bytes.substr(0, std::min<std::size_t>(blob.size, here)));
+  if (blob.size <= here) return text(field, bytes.substr(0, blob.size));
   try {
+    if (!source_.blobs_) throw table_source_exception("", "", "", "it is not there.");
     texts_[field] = blob_content(*source_.blobs_, blob);
     return text(field, texts_[field]);
   } catch (const table_source_exception& error) {
@@ -341,7 +342,7 @@ std::unique_ptr<row_cursor> paradox_source::rows(std::size_t, std::vector<row_fi
 } // namespace
 
 std::unique_ptr<table_source> open_paradox(const fs::path& file) {
-  return std::make_unique<paradox_source>(open_bytes(file), open_beside(file, {".mb", ".MB", ".Mb"}));
+  return std::make_unique<paradox_source>(open_bytes(file), open_beside(file, {".mb"}));
 }
 
 std::unique_ptr<table_source> open_paradox(std::span<const std::byte> table,
