@@ -125,8 +125,8 @@ TEST_P(LargeTable, IsReadInLittleMemoryAndCannotBecomeShorterUnseen) {
   std::size_t count = 0;
   while (rows->next()) count += !rows->value(0).is_null();
   EXPECT_GT(count, 40'000U);
-#if !defined(__SANITIZE_ADDRESS__) &&                                                                                  \
-    !defined(__SANITIZE_THREAD__) // they keep memory of their own for each that is used
+// Sanitizers keep memory of their own for each byte that is used.
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
   EXPECT_LT(peak_memory() - before, 6e6);
 #endif
 
