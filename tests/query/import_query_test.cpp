@@ -45,6 +45,12 @@ class QueryFolder : public testing::Test {
 protected:
   QueryFolder() { fs::current_path(folder.path); } // the trace goes to the current folder
   ~QueryFolder() override { fs::current_path(fs::temp_directory_path()); }
+
+  // 0 when it went well.
+  int fill_database(const char* name, const std::string& sql) const {
+    return std::system(("sqlite3 '" + folder.file(name) + "' \"" + sql + "\"").c_str());
+  }
+
   temporary_folder folder;
 };
 
@@ -199,10 +205,9 @@ TEST_F(ImportQuery, DatesAndNumbersInTextsAreRead) {
 
 TEST_F(ImportQuery, TextsByWhichRowsAreOrderedAreMoments) {
   folder.write("days.csv", "x");
-  ASSERT_EQ(std::system(("sqlite3 '" + folder.file("days.sqlite") +
-                         "' \"CREATE TABLE d(t TEXT, v REAL); INSERT INTO d VALUES ('10/1/2009', 1), ('9/1/2009', 2), "
-                         "('2009-11-01 06:00', 3), ('1/1/2008', 4), (NULL, 5)\"")
-                            .c_str()),
+  ASSERT_EQ(fill_database("days.sqlite",
+                          "CREATE TABLE d(t TEXT, v REAL); INSERT INTO d VALUES ('10/1/2009', 1), ('9/1/2009', 2), "
+                          "('2009-11-01 06:00', 3), ('1/1/2008', 4), (NULL, 5)"),
             0);
   import_query_descriptor query = query_on("days.sqlite", "t", "v");
   query.table_name = "d";
@@ -254,13 +259,12 @@ TEST_F(ImportQuery, AConditionsValueMayStandAnywhere) {
 
 // What a list of values offers selects the rows that have it, in a file where SQLite reads rows and another one tests.
 TEST_F(ImportQuery, EveryOfferedValueSelectsItsRows) {
-  ASSERT_EQ(std::system(("sqlite3 '" + folder.file("sites.sqlite") +
-                         "' \"CREATE TABLE d(t TEXT, site TEXT, depth TEXT, wet BOOLEAN, id INTEGER, v REAL);"
-                         "INSERT INTO d VALUES ('2009-01-01', 'A', '1', -1, 9007199254740993, 1),"
-                         "('2009-01-02', 'B', '2', 0, 9007199254740992, 2), ('2009-01-03', 'A', '1', 1, 5, 3),"
-                         "('2009-01-04', 'B', '1', 1, 5, 4), ('2009-01-05', 'b', '2', 0, 5, 5),"
-                         "('2009-01-06', 'B', '2', 0, 5, 6)\"")
-                            .c_str()),
+  ASSERT_EQ(fill_database("sites.sqlite",
+                          "CREATE TABLE d(t TEXT, site TEXT, depth TEXT, wet BOOLEAN, id INTEGER, v REAL);"
+                          "INSERT INTO d VALUES ('2009-01-01', 'A', '1', -1, 9007199254740993, 1),"
+                          "('2009-01-02', 'B', '2', 0, 9007199254740992, 2), ('2009-01-03', 'A', '1', 1, 5, 3),"
+                          "('2009-01-04', 'B', '1', 1, 5, 4), ('2009-01-05', 'b', '2', 0, 5, 5),"
+                          "('2009-01-06', 'B', '2', 0, 5, 6)"),
             0);
   import_query_descriptor query = query_on("sites.sqlite", "t", "v");
   query.table_name = "d";
