@@ -1,5 +1,5 @@
 // A hydrodynamic file is refused in one sentence, or its segments and links get into the data set, and its flows and
-// volumes can be held at any day of it.
+// volumes can be held at any day of it. It goes through the helper program, which may fail as it likes.
 #include "core/errors.h"
 #include "host/hydro_file.h"
 #include "support/import_job.h"
@@ -7,16 +7,9 @@
 #include "vesk_engine.h"
 
 #include <cmath>
-#include <pthread.h>
-
-extern "C" [[gnu::weak]] void __sanitizer_set_death_callback(void (*callback)());
+#include <cstdlib>
 
 namespace {
-
-// A file is read in a copy of the process first. That one's end is no failure of the target.
-[[maybe_unused]] const int quiet_copies = pthread_atfork(nullptr, nullptr, [] {
-  if (__sanitizer_set_death_callback) __sanitizer_set_death_callback(nullptr);
-});
 
 void hold_days(const std::string& name) {
   reference_engine::HydroFile file(name);
@@ -38,6 +31,7 @@ void hold_days(const std::string& name) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   using namespace vesk;
   static const fuzz::scratch_folder folder;
+  setenv("VESK_HYD", VESK_HYD_HELPER, 1);
   const std::string file = folder.write("river.hyd", fuzz::as_text(bytes, size));
   fuzz::import_job job((folder.path / "river.vki").string());
   job.data.hydrodynamic_file = "river.hyd";

@@ -3,9 +3,9 @@
 #ifndef REFERENCE_ENGINE_HOST_HYDRO_FILE_H
 #define REFERENCE_ENGINE_HOST_HYDRO_FILE_H
 
+#include "host/hydro_reader.h"
 #include "output/moment.h"
 
-#include <array>
 #include <cstddef>
 #include <string>
 #include <vector>
@@ -22,13 +22,9 @@ public:
     int from, to; // positions from 0, `outside` for the world around the model
   };
 
-  // Reads all but flows and volumes. Throws InputError, in one sentence, for what is no such file. The libraries below
-  // trust a file: one that is damaged can make them crash or never end, so it is read in a copy of the process first,
-  // for a second at most: where a file is longer, damage in its middle is not found so.
-  explicit HydroFile(std::string name);
-  ~HydroFile();
-  HydroFile(const HydroFile&) = delete;
-  HydroFile& operator=(const HydroFile&) = delete;
+  // Reads all but flows and volumes, which are read as they are asked for. Throws InputError, in one sentence, for what
+  // is no such file or a damaged one; so does all that reads. `waiting` as HydroReader has it.
+  explicit HydroFile(std::string name, HydroReader::Waiting waiting = {});
 
   const std::string& name() const { return name_; }
   const std::vector<Segment>& segments() const { return segments_; }
@@ -48,35 +44,17 @@ public:
   std::vector<double> volumes(double day);
 
 private:
-  enum Dimension { time_dimension, segment_dimension, link_dimension, dimensions };
-  struct Variable {
-    const char* name;
-    int id;
-    double fill;
-  };
-  using Row = std::vector<double>;
+  using Row = HydroReader::Row;
 
-  struct Trial {};
-  HydroFile(std::string name, Trial); // as the other one, without the copy
-  void open();
-  void read_through();
-  [[noreturn]] void refuse(const std::string& cause) const;
-  void check(int status) const;
-  std::string attribute(int variable, const char* name) const;
-  Variable find(const char* name, std::vector<Dimension> shape) const;
-  Row read(const Variable& variable) const; // one without times
-  void read_row(const Variable& variable, std::size_t time, Row& row) const;
-  void read_names();
-  void read_links();
-  void read_times();
+  void take_segments(HydroReader::Content& content);
+  void take_links(const HydroReader::Content& content);
+  void take_times(HydroReader::Content& content);
+  void read_row(HydroReader::Quantity quantity, std::size_t time, Row& row); // throws where a value is missing
   void load(std::size_t interval);
   std::size_t interval_at(double day) const;
 
   std::string name_;
-  int id_ = -1;
-  std::array<int, dimensions> dimension_{};
-  std::array<std::size_t, dimensions> size_{};
-  Variable flow_{}, volume_{};
+  HydroReader reader_;
   std::vector<Segment> segments_;
   std::vector<Link> links_;
   Moment epoch_;              // that times_ count from

@@ -85,7 +85,8 @@ std::unique_ptr<HydroFile> open_hydro_file(Host& host) {
     throw InputError(text("The hydrodynamic file type ", type, " is not known to this engine, which reads type 0."));
   const std::string name = host.string("HYDROFILE");
   if (name.empty()) throw InputError("No hydrodynamic file is named.");
-  auto file = std::make_unique<HydroFile>(find_file(name, host.string("FILENAME")));
+  auto file =
+      std::make_unique<HydroFile>(find_file(name, host.string("FILENAME")), [&host] { host.stop_if_cancelled(); });
   if (file->segments().size() > Limits::segments || file->links().size() > Limits::functions)
     throw InputError(text(file->name(), ": has more segments or links than this engine serves."));
   return file;
