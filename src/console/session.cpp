@@ -27,7 +27,7 @@ int session::run() {
   if (!catalogue_is_there()) return exit_failure;
   step result = open_files();
   if (result == step::done) result = jobs();
-  // A job that has just ended frees itself on its own thread.
+  // A job that has just ended frees itself on its own thread, which the process must not overtake.
   const auto until = steady_clock::now() + last_farewell;
   while (live_thread_count() > 0 && steady_clock::now() < until) wait_and_synchronize(milliseconds(1));
   return status_of(result);

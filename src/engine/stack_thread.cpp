@@ -8,6 +8,7 @@
 #include <deque>
 #include <string>
 #include <thread>
+#include <vector>
 
 namespace vesk {
 
@@ -33,6 +34,7 @@ struct shared_state {
   std::condition_variable_any served;
   std::deque<synchronize_record*> sync_list; // guarded by thread_lock
   int thread_count = 0;                      // guarded by thread_lock
+  std::vector<pthread_t> leaving;            // have freed themselves and run to their end; guarded by thread_lock
   const std::thread::id main_thread = std::this_thread::get_id();
 };
 
@@ -43,6 +45,13 @@ shared_state& shared() {
 
 // Made before main begins, on the main thread.
 [[maybe_unused]] const shared_state& made_early = shared();
+
+// A thread that has freed itself counts until it is gone: libraries run code of theirs as it ends, which a process must
+// not overtake with its own end. The lock is held.
+void count_out_the_gone(shared_state& state) {
+  const auto gone = [](pthread_t handle) { return pthread_tryjoin_np(handle, nullptr) != EBUSY; };
+  state.thread_count -= static_cast<int>(std::erase_if(state.leaving, gone));
+}
 
 bool on_main_thread() {
   return std::this_thread::get_id() == shared().main_thread;
@@ -82,19 +91,21 @@ ResizableThread::ResizableThread(bool create_suspended) : create_suspended_(crea
   pthread_attr_destroy(&attributes);
   if (error != 0) throw EThread(std::string("Cannot create a thread: ") + std::strerror(error) + ".");
   const std::lock_guard lock(shared().thread_lock);
+  count_out_the_gone(shared());
   ++shared().thread_count;
 }
 
 ResizableThread::~ResizableThread() {
-  if (pthread_equal(pthread_self(), handle_)) {
-    pthread_detach(handle_); // frees itself
-  } else {
-    if (!Finished()) {
-      Terminate();
-      if (create_suspended_ || suspended_) Resume();
-    }
-    if (!joined_) WaitFor();
+  if (pthread_equal(pthread_self(), handle_)) { // frees itself
+    const std::lock_guard lock(shared().thread_lock);
+    shared().leaving.push_back(handle_);
+    return;
   }
+  if (!Finished()) {
+    Terminate();
+    if (create_suspended_ || suspended_) Resume();
+  }
+  if (!joined_) WaitFor();
   const std::lock_guard lock(shared().thread_lock);
   --shared().thread_count;
 }
@@ -255,6 +266,7 @@ bool wait_and_synchronize(milliseconds timeout) {
 
 int live_thread_count() {
   const std::lock_guard lock(shared().thread_lock);
+  count_out_the_gone(shared());
   return shared().thread_count;
 }
 

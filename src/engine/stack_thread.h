@@ -131,7 +131,8 @@ extern std::function<void()> WakeMainThread;
 // Waits until something is posted, for at most `timeout`, and runs it. The main loop of a program without a window.
 bool wait_and_synchronize(std::chrono::milliseconds timeout);
 
-// The number of thread objects that live.
+// The number of threads: of their objects that live, and of those that have freed themselves and are not yet gone. A
+// process that ends while there are any runs into the libraries that they leave.
 int live_thread_count();
 
 template <class Thread, class... Arguments>
