@@ -130,7 +130,8 @@ TEST_F(HydroTest, FilesThatCannotServeAreRefused) {
   EXPECT_EQ(refused(turned), "the variable \"flow\" does not have the dimensions (time, link).");
   HydroContent undated;
   undated.units = "days\t" + std::string(40, '\xff');
-  EXPECT_EQ(refused(undated), "the units of \"time\" are \"days" + std::string(36, '?') + "...\", not like \"days since 2007-10-01 00:00:00\".");
+  EXPECT_EQ(refused(undated), "the units of \"time\" are \"days" + std::string(36, '?') +
+                                  "...\", not like \"days since 2007-10-01 00:00:00\".");
   EXPECT_EQ(refused(with("link_to", 1, 7)), "link 2 names segment 7, but the file has 3 segments.");
   EXPECT_EQ(refused(with("time", 2, 264)), "time 3 is not after the one before it.");
   EXPECT_EQ(refused(with("time", 2, 276)), "reaches from 2000-01-11 00:00:00 to 2000-01-12 12:00:00, but the run takes "
