@@ -121,10 +121,7 @@ void import_query::validate(void (import_query::*read_values)(std::size_t)) {
     (this->*read_values)(i);
     choice.selected_value = -1;
     const auto found = std::find(choice.values.begin(), choice.values.end(), condition.value_text);
-    // A row without a value lends its empty text to the list, but nothing can be compared with it.
-    const field_type type = field_types[choice.field_index];
-    const bool comparable = !condition.value_text.empty() || !(is_number(type) || is_date_or_time(type));
-    if (found == choice.values.end() || !comparable)
+    if (found == choice.values.end())
       throw query_validation_exception("Query '" + stored.name + "' contains query condition on field '" +
                                        condition.field_name + "' which has no selected value");
     choice.selected_value = static_cast<std::int32_t>(found - choice.values.begin());
@@ -199,7 +196,8 @@ void import_query::trace_refresh(std::size_t condition) const {
 
 void import_query::refresh_values(std::size_t condition) {
   const auto rows = open_values(condition, " ORDER BY " + stored.conditions[condition].field_name);
-  while (rows->next()) choices[condition].values.push_back(rows->text(0));
+  while (rows->next())
+    if (rows->is_comparable(0)) choices[condition].values.push_back(rows->text(0));
   engine.disconnect(*this);
 }
 
@@ -211,7 +209,7 @@ void import_query::find_value(std::size_t condition) {
     tail = " WHERE (" + stored.conditions[condition].field_name + "='" + wanted + "')";
   const auto rows = open_values(condition, tail);
   while (rows->next())
-    if (rows->text(0) == wanted) {
+    if (rows->is_comparable(0) && rows->text(0) == wanted) {
       choices[condition].values = {wanted};
       return;
     }

@@ -44,19 +44,32 @@ result_set::result_set(std::shared_ptr<table_source> source, std::size_t table, 
   table_.moment_field = translated.moment_field;
   table_.sought = use.sought;
   try {
-    prepare(translated.sql);
+    prepare(translated);
   } catch (...) {
+    sqlite3_finalize(statement_);
     sqlite3_close(database_);
     throw;
   }
 }
 
-void result_set::prepare(const std::string& sql) {
+void result_set::prepare(const translated_statement& translated) {
   constexpr int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX; // of one thread
   if (sqlite3_open_v2(":memory:", &database_, flags, nullptr) != SQLITE_OK)
     throw query_engine_exception("SQLite cannot be started.");
   attach_table(database_, table_name, table_);
-  if (sqlite3_prepare_v2(database_, sql.c_str(), -1, &statement_, nullptr) != SQLITE_OK) fail();
+  if (sqlite3_prepare_v2(database_, translated.sql.c_str(), -1, &statement_, nullptr) != SQLITE_OK) fail();
+  int parameter = 0;
+  for (const bound_value& value : translated.values) {
+    ++parameter;
+    int state = SQLITE_OK;
+    if (const auto* whole = std::get_if<std::int64_t>(&value))
+      state = sqlite3_bind_int64(statement_, parameter, *whole);
+    else if (const auto* number = std::get_if<double>(&value))
+      state = sqlite3_bind_double(statement_, parameter, *number);
+    else if (const auto& text = std::get<std::string>(value); true)
+      state = sqlite3_bind_text64(statement_, parameter, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
+    if (state != SQLITE_OK) fail();
+  }
 }
 
 result_set::~result_set() {
@@ -92,6 +105,14 @@ bool result_set::is_missing(std::size_t field) const {
   if (type != SQLITE_TEXT) return type == SQLITE_NULL;
   const std::string mark = text(field);
   return mark.find_first_not_of(' ') == mark.npos || marks_missing(mark);
+}
+
+bool result_set::is_comparable(std::size_t field) const {
+  const int type = sqlite3_column_type(statement_, static_cast<int>(field));
+  const bool is_value = type == SQLITE_INTEGER || type == SQLITE_FLOAT;
+  const double number = is_value ? sqlite3_column_double(statement_, static_cast<int>(field)) : 0;
+  if (is_date_or_time(fields_[field].type)) return is_value && is_date_time_number(number);
+  return !is_number(fields_[field].type) || (is_value && std::isfinite(number));
 }
 
 void result_set::refuse_value(std::size_t field, const char* wanted) const {

@@ -18,6 +18,7 @@ struct sqlite3_stmt;
 namespace vesk {
 
 class import_query;
+struct translated_statement;
 
 enum : std::uint8_t { source_unknown = 0, source_one_table = 1, source_several_tables = 2 };
 
@@ -47,7 +48,10 @@ public:
 
   // A value of the present row. A null has no text and no number. Each throws query_engine_exception, naming file,
   // table and field, for a value that is nothing of the kind.
-  bool is_missing(std::size_t field) const;      // null, or a text that says so, such as NA
+  bool is_missing(std::size_t field) const; // null, or a text that says so, such as NA
+  // Whether a condition can compare its field with this value: not in a field of numbers or dates with a text or with
+  // nothing, and not with a number that is none of a date. An empty text stands for no text.
+  bool is_comparable(std::size_t field) const;
   double date_and_time(std::size_t field) const; // days since 30 December 1899
   double floating_point(std::size_t field) const;
   std::string text(std::size_t field) const; // empty for a null
@@ -56,7 +60,7 @@ private:
   friend class query_engine;
   result_set(std::shared_ptr<table_source> source, std::size_t table, bool ignore_case, const std::string& sql,
              const statement_use& use);
-  void prepare(const std::string& sql);
+  void prepare(const translated_statement& translated);
   [[noreturn]] void fail() const;
   [[noreturn]] void refuse_value(std::size_t field, const char* wanted) const;
 

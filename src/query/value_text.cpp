@@ -13,8 +13,8 @@ std::string number_text(double value, field_type type) {
     const moment_type moment = moment_type::from_date_time(value);
     const std::string text = date_time_text(moment);
     const std::size_t blank = text.find(' ');
-    if (type == field_type::time) return text.substr(blank + 1);
-    return type == field_type::date || moment.time == 0 ? text.substr(0, blank) : text;
+    if (type == field_type::time && moment.date == date_time_origin) return text.substr(blank + 1);
+    return moment.time == 0 ? text.substr(0, blank) : text;
   }
   char text[32];
   return {text, std::to_chars(text, text + sizeof text, value).ptr};

@@ -8,8 +8,8 @@
 
 namespace vesk {
 
-// A date is "M/D/YYYY", a time "h:mm:ss", a moment both with a blank between, and without the time at midnight; a flag
-// is "True" or "False"; a number is the shortest text that reads back as the same number.
+// A date is "M/D/YYYY", a time of no date "h:mm:ss", a moment both with a blank between, and without the time at
+// midnight; a flag is "True" or "False"; a number is the shortest text that reads back as the same number.
 std::string number_text(double value, field_type type);
 std::string integer_text(std::int64_t value, field_type type);
 

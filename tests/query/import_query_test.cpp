@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <map>
+#include <random>
 
 namespace vesk {
 namespace {
@@ -293,6 +295,62 @@ TEST_F(ImportQuery, EveryOfferedValueSelectsItsRows) {
   point_list points;
   live.execute(model_of_2009(), points);
   EXPECT_EQ(live.choices[0].values.size(), 3U); // still to be chosen from
+}
+
+// Each value of each column's list, in columns that hold more than what they are declared for.
+TEST_F(ImportQuery, OfferedValuesOfMixedColumnsSelectTheirRows) {
+  std::mt19937_64 random(17);
+  // Numbers that SQLite reads one step beside their digits, and others of 17 digits.
+  std::string sql = "CREATE TABLE d(id INTEGER, n NUMERIC, day DATE, at TIME, b BOOL, s TEXT, any);";
+  std::vector<std::string> numbers = {"99592.5320795394",
+                                      "8315511.665201033",
+                                      "1428.020989554322",
+                                      "'x'",
+                                      "'12 '",
+                                      "NULL",
+                                      "9e999",
+                                      "-0.0",
+                                      "9007199254740993",
+                                      "1e300",
+                                      "''"};
+  for (int i = 0; i < 30; ++i)
+    numbers.push_back(std::to_string(random() % 100'000'000) + "." + std::to_string(random()));
+  const char* days[] = {"'2009-01-02'", "'2009-01-02 06:00'", "2454833.5000057870", "NULL", "'1/2/2009'"};
+  const char* times[] = {"'06:00'", "'00:00'", "2415020.25", "NULL"};
+  const char* flags[] = {"1", "0", "-1", "'yes'", "NULL"};
+  const char* texts[] = {"NULL", "'a''b'", "'NA'", "''", "'1/2/2009'", "CAST(x'610062' AS TEXT)"};
+  for (std::size_t i = 0; i < numbers.size(); ++i)
+    sql += "INSERT INTO d VALUES(" + std::to_string(i + 1) + "," + numbers[i] + "," + days[i % std::size(days)] + "," +
+           times[i % std::size(times)] + "," + flags[i % std::size(flags)] + "," + texts[i % std::size(texts)] + "," +
+           (i % 3 == 0 ? "'t'" : numbers[i]) + ");";
+  ASSERT_EQ(fill_database("mixed.sqlite", sql), 0);
+  import_query_descriptor query = query_on("mixed.sqlite", "id", "id"); // each row at a moment of its own
+  query.table_name = "d";
+  query.restrict_to_run_period = false;
+  import_query live(query, folder.path);
+  live.validate();
+  std::size_t offered = 0;
+  for (std::size_t field = 1; field < live.field_names.size(); ++field) {
+    std::map<std::string, std::vector<double>> shown;
+    const auto rows = live.engine.open(live, "SELECT * FROM [d]");
+    while (rows->next())
+      if (rows->is_comparable(field)) shown[rows->text(field)].push_back(rows->floating_point(0));
+    live.stored.conditions = {{live.field_names[field], 0, 0, ""}};
+    live.refresh_values(0);
+    for (const std::string& value : std::vector(live.choices[0].values)) {
+      live.stored.conditions[0].value_text = value;
+      point_list points;
+      live.execute(model_of_2009(), points);
+      std::vector<double> selected;
+      for (const auto& point : points) selected.push_back(point.value);
+      EXPECT_EQ(selected, shown[value]) << live.field_names[field] << " = " << value;
+      ++offered;
+    }
+  }
+  EXPECT_GT(offered, 70U);
+  live.stored.conditions = {{"n", 0, 0, "x"}};
+  EXPECT_EQ(failure_of(live.stored, folder.path),
+            "Query 'New Query' contains query condition on field 'n' which has no selected value");
 }
 
 // Many rows out of order are put in order elsewhere than few.

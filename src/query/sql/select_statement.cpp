@@ -1,5 +1,6 @@
 #include "query/sql/select_statement.h"
 
+#include "dataset/moment.h"
 #include "query/sources/date_text.h"
 #include "query/sources/number_text.h"
 #include "query/sqlite_names.h"
@@ -12,20 +13,24 @@ namespace vesk {
 
 namespace {
 
-// Moments are whole seconds: a number means the nearest one, and in the middle the later one.
-constexpr double half_a_second = 0.5 / 86400.0;
-
-std::string number_in_sql(double number) {
-  char text[32];
-  return {text, std::to_chars(text, text + sizeof text, number, std::chars_format::scientific).ptr};
+// Moments are whole seconds: a number means the nearest one, and in the middle the later one. The least number that
+// means this moment.
+double first_number_of(const moment_type& moment) {
+  double before = moment.date_time() - 1 / seconds_per_day, first = moment.date_time();
+  while (true) {
+    const double middle = before + (first - before) / 2;
+    if (middle == before || middle == first) return first;
+    (moment_type::from_date_time(middle) < moment ? before : first) = middle;
+  }
 }
 
-// A whole number to its last digit, which a floating-point number may not have.
-std::optional<std::string> whole_number(std::string_view text) {
-  std::int64_t number = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  if (error != std::errc() || end != text.data() + text.size()) return {};
-  return std::to_string(number);
+// A number; a whole one to its last digit, which a floating-point number may not have.
+std::optional<bound_value> number_of(std::string_view text) {
+  std::int64_t whole = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), whole);
+  if (error == std::errc() && end == text.data() + text.size()) return whole;
+  const auto number = plain_number(text);
+  return number ? std::optional<bound_value>(*number) : std::nullopt;
 }
 
 // Reads a statement from left to right. Where a text can be read in more than one way, `choose` tries them in order and
@@ -127,8 +132,6 @@ public:
       : reader_(sql, fields), fields_(fields), table_(table), hints_(hints) {}
 
   translated_statement all() {
-    if (reader_.sql().find('\0') != std::string_view::npos)
-      refuse("The statement holds a character of value 0.", reader_.sql());
     const auto select = reader_.past_words(0, {"SELECT"});
     if (!select) fail(0);
     if (const auto star = reader_.past_words(*select, {"*"})) {
@@ -183,6 +186,7 @@ private:
       const auto where = reader_.past_words(place.next, {"WHERE"});
       if (const auto tail = where ? term(*where, 0) : end(place.next)) {
         if (moments_ && !is_date_or_time(fields_[*moments_].type)) result.moment_field = moments_;
+        result.values = std::move(values_);
         if (where) result.sql += " WHERE ";
         result.sql += *tail;
         return result;
@@ -237,19 +241,22 @@ private:
     const one_more counted(literals_);
     if (at >= sql.size()) return {};
     if (const char quote = sql[at]; quote == '\'' || quote == '#') {
-      for (const std::size_t end : ends_of_literal(at + 1, quote)) {
-        const auto condition = translated(field, symbol, sql.substr(at + 1, end - at - 1), true);
-        if (!condition) continue;
-        if (auto tail = link(end + 1, depth)) return *condition + *tail;
-      }
+      for (const std::size_t end : ends_of_literal(at + 1, quote))
+        if (auto read = condition(field, symbol, sql.substr(at + 1, end - at - 1), true, end + 1, depth)) return read;
       return {};
     }
     std::size_t end = at;
     while (end < sql.size() && sql[end] != ' ' && sql[end] != ')') ++end;
-    const auto condition = translated(field, symbol, sql.substr(at, end - at), false);
-    if (!condition) return {};
-    auto tail = link(end, depth);
-    return tail ? std::optional(*condition + *tail) : std::nullopt;
+    return condition(field, symbol, sql.substr(at, end - at), false, end, depth);
+  }
+
+  std::optional<std::string> condition(std::size_t field, std::string_view symbol, std::string_view text, bool quoted,
+                                       std::size_t next, int depth) {
+    const std::size_t bound_before = values_.size();
+    if (const auto translation = translated(field, symbol, text, quoted))
+      if (auto tail = link(next, depth)) return *translation + *tail;
+    values_.resize(bound_before);
+    return {};
   }
 
   // Where the present term's literal may end: first where the one does that is known to stand here.
@@ -288,41 +295,52 @@ private:
     return {};
   }
 
+  // The parameter that stands for a value.
+  std::string bound(bound_value value) {
+    values_.push_back(std::move(value));
+    return "?" + std::to_string(values_.size());
+  }
+
   // The condition for SQLite; nothing when the literal is none for such a field.
   std::optional<std::string> translated(std::size_t field, std::string_view symbol, std::string_view text,
-                                        bool quoted) const {
+                                        bool quoted) {
     const field_type type = fields_[field].type;
     if (is_date_or_time(type) || (field == moments_ && !is_number(type))) {
-      const auto moment = moment_literal(text);
-      return moment ? std::optional(moment_condition(field, symbol, *moment)) : std::nullopt;
+      if (const auto moment = moment_literal(text)) return moment_condition(field, symbol, *moment);
+      if (is_date_or_time(type)) return {};
     }
     if (is_number(type)) {
       if (type == field_type::boolean) {
         // Whatever is not 0 is true; some programs store 1, others -1.
-        const std::string is_true = "(" + name(field) + "<>0)" + std::string(symbol);
+        const std::string is_true = "(" + is_no_text(field) + " AND (" + name(field) + "<>0)" + std::string(symbol);
         for (const auto& [word, value] :
              {std::pair("true", "1"), {"yes", "1"}, {"-1", "1"}, {"1", "1"}, {"false", "0"}, {"no", "0"}})
-          if (equal_ignoring_case(text, word)) return is_true + value;
+          if (equal_ignoring_case(text, word)) return is_true + value + ")";
       }
-      if (const auto number = plain_number(text)) {
-        const std::string condition =
-            name(field) + std::string(symbol) + whole_number(text).value_or(number_in_sql(*number));
-        // A text among the numbers is greater than each of them to SQLite.
-        return symbol.front() == '>' ? "(" + condition + " AND " + name(field) + "<=9e999)" : condition;
+      if (const auto number = number_of(text)) {
+        const std::string condition = name(field) + std::string(symbol) + bound(*number);
+        return symbol.front() == '>' ? "(" + condition + " AND " + is_no_text(field) + ")" : condition;
       }
       const auto moment = quoted ? moment_literal(text) : std::nullopt; // a column of day numbers
       return moment ? std::optional(moment_condition(field, symbol, *moment)) : std::nullopt;
     }
-    return name(field) + std::string(symbol) + sql_quoted(text, '\'');
+    const std::string compared =
+        text.empty() ? "ifnull(" + name(field) + ",'')" : name(field); // no text is an empty one
+    return compared + std::string(symbol) + bound(std::string(text));
   }
 
-  std::string moment_condition(std::size_t field, std::string_view symbol, double moment) const {
-    const std::string low = number_in_sql(moment - half_a_second), high = number_in_sql(moment + half_a_second);
-    const std::string before = name(field) + "<" + low, from = name(field) + ">=" + low;
-    const std::string until = name(field) + "<" + high, behind = name(field) + ">=" + high;
-    if (symbol == "=") return "(" + from + " AND " + until + ")";
-    if (symbol == "<>") return "(" + before + " OR " + behind + ")";
-    return symbol == "<" ? before : symbol == ">=" ? from : symbol == "<=" ? until : behind;
+  // A text among the numbers is greater than each of them to SQLite.
+  std::string is_no_text(std::size_t field) const { return name(field) + "<=9e999"; }
+
+  std::string moment_condition(std::size_t field, std::string_view symbol, double number) {
+    const moment_type moment = moment_type::from_date_time(number);
+    const auto from = [&](const char* comparison) { return name(field) + comparison + bound(first_number_of(moment)); };
+    const auto behind = [&](const char* comparison) { // 24:00:00 is a moment as well
+      return name(field) + comparison + bound(first_number_of({moment.date, moment.time + 1}));
+    };
+    if (symbol == "=") return "(" + from(">=") + " AND " + behind("<") + ")";
+    if (symbol == "<>") return "(" + from("<") + " OR " + behind(">=") + ")";
+    return symbol == "<" ? from("<") : symbol == ">=" ? from(">=") : symbol == "<=" ? behind("<") : behind(">=");
   }
 
   // The next place behind blanks; remembered, so that a failure can tell how far the statement was understood.
@@ -344,6 +362,7 @@ private:
   const std::string table_;
   const statement_hints& hints_;
   std::optional<std::size_t> moments_; // the field whose values are moments, whatever its type
+  std::vector<bound_value> values_;
   std::size_t furthest_ = 0;
   int attempts_ = 0, terms_ = 0, literals_ = 0;
 };

@@ -14,9 +14,11 @@
 
 #include "query/sources/table_source.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <variant>
 #include <vector>
 
 namespace vesk {
@@ -24,8 +26,12 @@ namespace vesk {
 // The name of the table in a statement, without its marks. Throws query_engine_exception when there is none.
 std::string table_of_statement(std::string_view sql);
 
+// What a parameter of a statement stands for. A number is bound, since the way through a text would not be exact.
+using bound_value = std::variant<std::int64_t, double, std::string>;
+
 struct translated_statement {
-  std::string sql;                         // for SQLite
+  std::string sql;                         // for SQLite, with parameters ?1, ?2 and so on
+  std::vector<bound_value> values;         // of the parameters
   std::vector<std::size_t> fields;         // positions in the table of the columns of the result
   std::optional<std::size_t> moment_field; // whose texts have to be taken for the moments that they mean
 };

@@ -74,9 +74,12 @@ table_value value_of(attached_cursor& at, const module_table& table, std::size_t
 void look_for(std::vector<sought_value>& sought, attached_cursor& at, const module_table& table) {
   for (sought_value& wanted : sought) {
     if (wanted.found) continue;
-    const table_value value = value_of(at, table, wanted.field);
-    wanted.found = value.kind() == value_kind::text ? value.text() == wanted.text
-                                                    : value_text(value, table.fields[wanted.field].type) == wanted.text;
+    const field_type type = table.fields[wanted.field].type;
+    const bool is_date = is_date_or_time(type);
+    const table_value value = is_date ? value_of(at, table, wanted.field) : at.rows->value(wanted.field);
+    const bool is_text = value.kind() == value_kind::text;
+    if ((is_date || is_number(type)) && (is_text || value.is_null())) continue; // nothing to compare with
+    wanted.found = is_text ? value.text() == wanted.text : value_text(value, type) == wanted.text;
   }
 }
 
