@@ -126,15 +126,30 @@ TEST(StackThread, KeepsWhatLeavesExecute) {
   EXPECT_THROW(std::rethrow_exception(thread.FatalException), std::runtime_error);
 }
 
-TEST(StackThread, FreesItself) {
+// What a library does as a thread of its callers ends.
+std::atomic<bool> left = false;
+struct leaving_slowly {
+  ~leaving_slowly() {
+    std::this_thread::sleep_for(milliseconds(50));
+    left = true;
+  }
+};
+
+TEST(StackThread, FreesItselfAndCountsUntilItIsGone) {
   const int before = live_thread_count();
   bool ended = false;
-  auto* thread = new function_thread([](function_thread&) {}, true);
+  auto* thread = new function_thread(
+      [](function_thread&) {
+        thread_local const leaving_slowly library;
+        left = false;
+      },
+      true);
   thread->FreeOnTerminate = true;
   thread->OnTerminate = [&](ResizableThread*) { ended = true; };
   thread->Resume();
   while (live_thread_count() > before) wait_and_synchronize(milliseconds(1));
   EXPECT_TRUE(ended);
+  EXPECT_TRUE(left);
 }
 
 // How far a loop that passes the gate gets in a while.
