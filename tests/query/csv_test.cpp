@@ -43,6 +43,16 @@ TEST(Csv, SettlesTheOrderOfADateByTheWholeColumn) {
       ElementsAre("d:11; t:10", "2011-01-02 00:30:00; 07:00:00", "2011-01-02 13:00:30; 1899-12-31", "30/2/2011; x"));
 }
 
+TEST(Csv, ReadsDatesWithTheMonthsName) {
+  EXPECT_THAT(read("d,e,f\n3 Jan 2001,03-JAN-2001 6:30,\"January 3, 2001\"\n29 Sept 49,4/feb/50,Dec. 31 1999\n"),
+              ElementsAre("d:9; e:11; f:9", "2001-01-03; 2001-01-03 06:30:00; 2001-01-03",
+                          "2049-09-29; 1950-02-04; 1999-12-31"));
+  EXPECT_THAT(
+      read("d,e,f,g\n3 Janu 2001,31-Feb-2001,May 2001,May3 2001\n3-Jan 2001,Mayor 3 2001,3 mai 2001,1 May 201\n"),
+      ElementsAre("d:1; e:1; f:1; g:1", "3 Janu 2001; 31-Feb-2001; May 2001; May3 2001",
+                  "3-Jan 2001; Mayor 3 2001; 3 mai 2001; 1 May 201"));
+}
+
 TEST(Csv, KeepsCodesAndMixedColumnsAsTexts) {
   EXPECT_THAT(read("code,tag,value\n00300,R1,NA\n12,7,<0.5\n13,8,1\n14,R2,2\n15,9,3\n16,,4\n"),
               ElementsAre("code:1; tag:1; value:3", "00300; R1; NULL", "12; 7; <0.5", "13; 8; 1", "14; R2; 2",

@@ -41,6 +41,16 @@ std::vector<std::string> read_xls(std::uint16_t version, const std::string& glob
   return print(*open_xls(std::as_bytes(std::span(content)), "river.xls"));
 }
 
+// Two units that are one character, with the end of a record between them.
+TEST(Xls, ReadsATextThatIsContinuedInsideACharacter) {
+  const std::string counts = bytes_of(std::uint32_t{2}) + bytes_of(std::uint32_t{2});
+  const std::string wide = "\6\0\1x\0\x3d\xd8"s, rest = "\1\x00\xde\x3d\xd8"s, end = "\1\1\xdez\0"s;
+  EXPECT_THAT(read_xls(0x0600, record(0x00fc, counts + "\1\0\0a"s + wide) + record(0x003c, rest) + record(0x003c, end),
+                       record(0x00fd, cell(0, 0) + bytes_of(std::uint32_t{0})) +
+                           record(0x00fd, cell(1, 0) + bytes_of(std::uint32_t{1}))),
+              ElementsAre("a:1", "x😀😁z"));
+}
+
 TEST(Xls, ReadsTheCellsOfExcel5) {
   const std::string text_result = "\0\0\0\0\0\0\xff\xff"s, true_result = "\1\0\1\0\0\0\xff\xff"s, rest(8, '\0');
   EXPECT_THAT(

@@ -76,15 +76,23 @@ std::string biff_texts::text(std::size_t length_bytes) {
   const std::size_t extension = flags & far_eastern ? number(4) : 0;
   static const code_page* const latin_1 = code_page::find(28591);
   static const code_page* const utf_16 = code_page::find(1200);
+  std::string units; // of two bytes; a pair of them that is one character may stand in two records
+  const auto end_units = [&] {
+    result += (utf_16 ? utf_16 : code_page_)->utf8(units);
+    units.clear();
+  };
   while (left > 0) {
     const bool is_wide = flags & wide;
     const std::string_view piece = take(left * (is_wide ? 2 : 1));
     if (ended_) break;
-    const code_page* const encoding = is_wide ? utf_16 : latin_1;
-    result += is_ascii(piece) && !is_wide ? std::string(piece) : (encoding ? encoding : code_page_)->utf8(piece);
-    left -= std::min(left, piece.size() / (is_wide ? 2 : 1) + (is_wide && piece.size() % 2));
+    const bool is_cut = is_wide && piece.size() % 2 != 0;
+    if (is_wide) units += piece;
+    if (!is_wide || is_cut) end_units();
+    if (!is_wide) result += is_ascii(piece) ? std::string(piece) : (latin_1 ? latin_1 : code_page_)->utf8(piece);
+    left -= std::min(left, piece.size() / (is_wide ? 2 : 1) + is_cut);
     if (left > 0) flags = number(1); // continued
   }
+  end_units();
   skip(runs * 4);
   skip(extension);
   return result;

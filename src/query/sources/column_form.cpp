@@ -14,6 +14,10 @@ bool is_digit(char c) {
   return c >= '0' && c <= '9';
 }
 
+bool is_letter(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+}
+
 bool is_code(std::string_view text) {
   return text.size() > 1 && text[0] == '0' && std::all_of(text.begin(), text.end(), is_digit);
 }
@@ -59,8 +63,9 @@ table_value column_form::read(std::string_view text) const {
 void column_votes::add(std::string_view text) {
   if (text.empty()) return;
   const char first = text.front();
-  const bool may_be_value = is_digit(first) || first == '-' || first == '+' || first == '.' || first == ',';
-  if (may_be_value && (add_date(text) || add_number(text))) {
+  const bool may_be_value =
+      is_digit(first) || first == '-' || first == '+' || first == '.' || first == ',' || is_letter(first);
+  if (may_be_value && (add_date(text) || (!is_letter(first) && add_number(text)))) {
     ++votes_;
     codes_ += is_code(text);
   } else if (!marks_missing(text)) {
@@ -96,7 +101,10 @@ bool column_votes::add_date(std::string_view text) {
   };
   // The first mark and its place leave one form or two.
   const auto mark = static_cast<std::size_t>(std::find_if_not(text.begin(), text.end(), is_digit) - text.begin());
-  if (mark == 0 || mark > 4 || mark == text.size()) return false;
+  if (is_letter(text[0])) return add_form(date_form::month_name);
+  if (mark == 0) return false;
+  if (mark > 4 || mark == text.size()) return false;
+  if (mark + 1 < text.size() && is_letter(text[mark + 1])) return add_form(date_form::month_name);
   if (mark == 4) return add_form(date_form::iso);
   if (text[mark] == '.') return add_form(date_form::day_dot);
   if (text[mark] == ':') return add_form(date_form::time_only);

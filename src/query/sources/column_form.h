@@ -45,7 +45,7 @@ private:
   bool add_number(std::string_view text);
   bool add_date(std::string_view text);
 
-  static constexpr std::size_t forms = 5; // of dates
+  static constexpr std::size_t forms = 6; // of dates
   std::uint64_t votes_ = 0, codes_ = 0;
   std::uint64_t whole_ = 0, point_ = 0, comma_ = 0; // numbers without a fraction, and by their decimal sign
   std::uint64_t large_ = 0;                         // of the whole ones: beyond 32 bits

@@ -1,5 +1,7 @@
 #include "query/sources/date_text.h"
 
+#include "query/sources/table_source.h"
+
 #include <cmath>
 
 namespace vesk {
@@ -10,6 +12,10 @@ constexpr double milliseconds_per_day = 86400000.0;
 
 bool is_digit(char c) {
   return c >= '0' && c <= '9';
+}
+
+bool is_letter(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
 }
 
 // Takes up to `most` digits off the front; -1 when there is none.
@@ -67,6 +73,12 @@ void take_zone(std::string_view& text) {
   text = rest;
 }
 
+// The year that two or four digits mean; -1 for another number of them.
+int full_year(int year, std::size_t digits) {
+  if (digits == 2) return year + (year < 50 ? 2000 : 1900);
+  return digits == 4 ? year : -1;
+}
+
 struct three_numbers {
   int first, second, third;
   std::size_t first_digits, third_digits;
@@ -90,13 +102,59 @@ std::optional<three_numbers> take_three(std::string_view& text, bool dots) {
   return n;
 }
 
+// A year of two or four digits, off the front; -1 when there is none.
+int take_year(std::string_view& text) {
+  const std::size_t before = text.size();
+  const int year = take_number(text, 4);
+  return full_year(year, before - text.size());
+}
+
+// The number of a month by its name, off the front; 0 when there is none.
+int take_month(std::string_view& text) {
+  static constexpr std::string_view names[] = {"january", "february", "march",     "april",   "may",      "june",
+                                               "july",    "august",   "september", "october", "november", "december"};
+  std::size_t letters = 0;
+  while (letters < text.size() && is_letter(text[letters])) ++letters;
+  const std::string_view written = text.substr(0, letters);
+  for (int month = 1; letters >= 3 && month <= 12; ++month) {
+    const std::string_view name = names[month - 1];
+    if ((written[0] | 0x20) != name[0] || !equal_ignoring_case(written, name.substr(0, letters))) continue;
+    if (letters != 3 && letters != name.size() && !(month == 9 && letters == 4)) return 0;
+    text.remove_prefix(letters);
+    take(text, '.');
+    return month;
+  }
+  return 0;
+}
+
+std::optional<std::int32_t> take_named_date(std::string_view& text) {
+  int day = take_number(text, 2), month = 0;
+  if (day < 0) {
+    month = take_month(text);
+    take_blanks(text);
+    day = take_number(text, 2);
+    take(text, ',');
+    if (month == 0 || !take(text, ' ')) return std::nullopt;
+    take_blanks(text);
+  } else {
+    const char mark = text.empty() ? '\0' : text.front();
+    if (mark != ' ' && mark != '-' && mark != '/') return std::nullopt;
+    take(text, mark);
+    month = take_month(text);
+    if (!take(text, mark)) return std::nullopt;
+  }
+  const int year = take_year(text);
+  return year < 0 ? std::nullopt : serial_day(year, month, day);
+}
+
 std::optional<std::int32_t> take_date(std::string_view& text, date_form form) {
+  if (form == date_form::month_name) return take_named_date(text);
   const auto n = take_three(text, form == date_form::day_dot);
   if (!n) return std::nullopt;
   if (form == date_form::iso)
     return n->first_digits == 4 && n->third_digits <= 2 ? serial_day(n->first, n->second, n->third) : std::nullopt;
-  if (n->first_digits > 2 || (n->third_digits != 4 && n->third_digits != 2)) return std::nullopt;
-  const int year = n->third_digits == 4 ? n->third : n->third + (n->third < 50 ? 2000 : 1900);
+  const int year = full_year(n->third, n->third_digits);
+  if (n->first_digits > 2 || year < 0) return std::nullopt;
   return form == date_form::month_first ? serial_day(year, n->first, n->second) : serial_day(year, n->second, n->first);
 }
 

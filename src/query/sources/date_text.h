@@ -33,7 +33,8 @@ enum class date_form : std::uint8_t {
   month_first, // 1/31/2011 or 1-31-2011
   day_first,   // 31/1/2011 or 31-1-2011
   day_dot,     // 31.1.2011
-  time_only    // a time alone; its number lies below 1
+  time_only,   // a time alone; its number lies below 1
+  month_name   // 31 Jan 2011, 31-JAN-2011, 31/January/2011 or January 31, 2011, in English
 };
 
 struct date_reading {

@@ -387,7 +387,7 @@ translated_statement translate_statement(std::string_view sql, const std::vector
 }
 
 std::optional<double> moment_literal(std::string_view text) {
-  for (const date_form form : {date_form::month_first, date_form::iso, date_form::time_only})
+  for (const date_form form : {date_form::month_first, date_form::iso, date_form::time_only, date_form::month_name})
     if (const auto read = read_date(text, form)) return read->serial;
   return {};
 }

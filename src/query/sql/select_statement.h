@@ -49,7 +49,7 @@ translated_statement translate_statement(std::string_view sql, const std::vector
                                          std::string_view table, const statement_hints& hints = {});
 
 // The number that a literal means as a moment (a date, a time, or both), and nothing if it is none. Dates are
-// month/day/year or year-month-day.
+// month/day/year, year-month-day or with the month's name.
 std::optional<double> moment_literal(std::string_view text);
 
 // The quote around a literal for a field of this type; '\0' for none. `several_tables`: of a source that is named
