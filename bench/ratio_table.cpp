@@ -74,7 +74,7 @@ void print_row(const ratio_row& row, double ours, double peer) {
 } // namespace
 
 int run_with_ratios(int argc, char** argv, const std::vector<ratio_row>& rows) {
-  static char repetitions[] = "--benchmark_repetitions=7";
+  static char repetitions[] = "--benchmark_repetitions=5";
   static char order[] = "--benchmark_enable_random_interleaving=true";
   std::vector<char*> arguments{argv[0], repetitions, order};
   arguments.insert(arguments.end(), argv + 1, argv + argc);
