@@ -5,6 +5,7 @@
 #include "query_tables.h"
 #include "ratio_table.h"
 
+#include <algorithm>
 #include <benchmark/benchmark.h>
 #include <chrono>
 #include <cmath>
@@ -49,20 +50,26 @@ const format formats[] = {
 
 fs::path folder;
 
-// Opens the file, holds the query against it, and reads the points of a year: all of it at each call.
-query_report execute(const format& source, point_list& points, int first = first_day) {
+// A query on the file for the days from `first` to `last`.
+import_query_descriptor query_on(const format& source, prevesk_dataset_data_type& model, int first, int last) {
   import_query_descriptor query;
   query.file_name = source.file;
   if (source.peers[0].answer == by_sqlite_library) query.table_name = "measured";
   const bool is_dbase = source.write == write_dbf;
   query.date_time_field = is_dbase ? "SAMPLED" : "sampled";
   query.value_field = is_dbase ? "VALUE" : "value";
-  query.conditions = {{is_dbase ? "STATION" : "station", 0, 0, asked_station}};
-  prevesk_dataset_data_type model;
   model.seed_date = first;
   model.seed_time = 0;
   model.time_steps.points = {{moment_type::from_date_time(first), 1},
-                             {moment_type::from_date_time(first + last_day - first_day + 23 / 24.0), 1}};
+                             {moment_type::from_date_time(last + 23 / 24.0), 1}};
+  return query;
+}
+
+// Opens the file, holds the query against it, and reads the points of a station's year: all of it at each call.
+query_report execute(const format& source, point_list& points) {
+  prevesk_dataset_data_type model;
+  import_query_descriptor query = query_on(source, model, first_day, last_day);
+  query.conditions = {{source.write == write_dbf ? "STATION" : "station", 0, 0, asked_station}};
   return import_query(query, folder).execute(model, points);
 }
 
@@ -117,36 +124,44 @@ double memory(const std::string& figure) {
   throw std::runtime_error("the system does not tell " + figure);
 }
 
-// What a query takes at its peak beyond what this process, which has done nothing else yet, had before. Pages of the
-// program and its libraries that are first used count, too. `first`: of the days that are asked for.
-double peak_growth(const format& source, int first) {
+// What a query that keeps all rows of so many days takes at its peak beyond what this process, which has done nothing
+// else yet, had before. Pages of the program and its libraries that are first used count, too.
+double peak_growth(const format& source, int first, int days) {
+  prevesk_dataset_data_type model;
+  import_query_descriptor query = query_on(source, model, first, first + days - 1);
+  query.average_duplicates = false;
   point_list points;
   const double before = memory("VmRSS");
-  execute(source, points, first);
+  import_query(query, folder).execute(model, points);
+  if (points.size() != std::min<std::size_t>(row_count, static_cast<std::size_t>(days) * rows_per_day))
+    throw std::runtime_error(std::string(source.file) + ": the query keeps other rows");
   return memory("VmHWM") - before;
 }
 
 // The same in a process of its own, in megabytes.
-double peak_growth_elsewhere(const std::string& program, const format& source, int first) {
-  const std::string command = "'" + program + "' '--peak=" + source.name + "' " + std::to_string(first);
+double peak_growth_elsewhere(const std::string& program, const format& source, int first, int days) {
+  const std::string command =
+      "'" + program + "' '--peak=" + source.name + "' " + std::to_string(first) + " " + std::to_string(days);
   const std::unique_ptr<FILE, int (*)(FILE*)> out(popen(command.c_str(), "r"), pclose);
   double bytes = 0;
   if (!out || std::fscanf(out.get(), "%lf", &bytes) != 1) throw std::runtime_error("no peak of " + command);
   return bytes / 1e6;
 }
 
-// The file's size must not be seen in it, and the rows that are kept only once.
+// The file's size must not be seen in it, and the rows that are kept less than twice.
 void print_memory(const std::string& program, const format& source) {
-  constexpr int long_ago = 10000; // no row is of that year
-  std::printf("%s: the peak memory grows", source.name);
   for (const table_part part : {tenth_of_table, whole_table}) {
     source.write(folder / source.file, part);
-    std::printf("%s by %.2f MB with a file of %.1f MB (%.2f MB where no row is kept)",
-                part.rows == row_count ? "," : "", peak_growth_elsewhere(program, source, first_day),
-                static_cast<double>(fs::file_size(folder / source.file)) / 1e6,
-                peak_growth_elsewhere(program, source, long_ago));
+    const double fixed = peak_growth_elsewhere(program, source, part.first_day - 1, 0);
+    std::printf("%s, a file of %.1f MB: the peak memory grows by %.2f MB where no row is kept", source.name,
+                static_cast<double>(fs::file_size(folder / source.file)) / 1e6, fixed);
+    for (const int days : {91, 520, 5209})
+      if (const auto kept = static_cast<std::size_t>(days) * rows_per_day; kept < part.rows + rows_per_day)
+        std::printf("; by %.2f MB more for %.2f MB of rows",
+                    peak_growth_elsewhere(program, source, part.first_day, days) - fixed,
+                    static_cast<double>(std::min(kept, part.rows) * sizeof(mean_value)) / 1e6);
+    std::printf("\n");
   }
-  std::printf("; the kept rows are %.2f MB\n", asked_rows * sizeof(mean_value) / 1e6);
   std::fflush(stdout);
 }
 
@@ -159,8 +174,8 @@ int main(int argc, char** argv) {
   fs::create_directories(folder);
   fs::current_path(folder); // where the trace of the queries goes
   for (const format& source : formats)
-    if (argc == 3 && std::string("--peak=") + source.name == argv[1]) {
-      std::printf("%.0f\n", peak_growth(source, std::atoi(argv[2])));
+    if (argc == 4 && std::string("--peak=") + source.name == argv[1]) {
+      std::printf("%.0f\n", peak_growth(source, std::atoi(argv[2]), std::atoi(argv[3])));
       return 0;
     }
   const std::string program = fs::read_symlink("/proc/self/exe").string();

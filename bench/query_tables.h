@@ -8,7 +8,7 @@ namespace vesk::bench {
 
 // Four stations, every hour from 1 January 1998 on, at two depths: station, sampled, value. Values have two decimals.
 // The rows are in order of their time. In the dBASE table, which knows no time of day, `sampled` is the date alone.
-constexpr std::size_t row_count = 1'000'000;
+constexpr std::size_t row_count = 1'000'000, rows_per_day = 4 * 24 * 2;
 
 // How much of it: so many rows from a day on, counted from 30 December 1899. The tenth has the year asked for, too.
 struct table_part {

@@ -1,6 +1,7 @@
 #include "dataset/shared_array.h"
 
 #include <cstdlib>
+#include <cstring>
 #include <limits>
 #include <new>
 #include <stdexcept>
@@ -28,6 +29,22 @@ array_block* make_array_block(std::size_t capacity, std::size_t element_size) {
   void* memory = std::malloc(block_bytes(capacity, element_size));
   if (!memory) throw std::bad_alloc();
   return place(memory, capacity, 0);
+}
+
+array_block* resize_array_block(array_block* block, std::size_t capacity, std::size_t element_size) {
+  const std::uint32_t size = block->size;
+  if (block->arena_pages != 0) {
+    array_block* const moved = make_array_block(capacity, element_size);
+    std::memcpy(moved->elements(), block->elements(), std::size_t{size} * element_size);
+    moved->size = size;
+    free_array_block(block, element_size);
+    return moved;
+  }
+  void* const memory = std::realloc(static_cast<void*>(block), block_bytes(capacity, element_size));
+  if (!memory) throw std::bad_alloc();
+  array_block* const resized = place(memory, capacity, 0);
+  resized->size = size;
+  return resized;
 }
 
 array_block* make_array_block(memory_arena& arena, std::size_t capacity, std::size_t element_size) {

@@ -33,7 +33,11 @@ static_assert(sizeof(array_block) == 16);
 // A block with one user, size 0 and room for `capacity` elements. Throws std::bad_alloc or std::length_error.
 array_block* make_array_block(std::size_t capacity, std::size_t element_size);
 
-// The same in `arena`; falls back on the heap when the arena has no room.
+// The same block, with one user, given another room for at least its elements. It may have moved; where the system can
+// move pages no element is copied. Throws std::bad_alloc or std::length_error, and the block is as it was.
+array_block* resize_array_block(array_block* block, std::size_t capacity, std::size_t element_size);
+
+// The same as the first in `arena`; falls back on the heap when the arena has no room.
 array_block* make_array_block(memory_arena& arena, std::size_t capacity, std::size_t element_size);
 
 void free_array_block(array_block* block, std::size_t element_size) noexcept;
@@ -110,6 +114,10 @@ public:
   void reserve(std::size_t capacity) {
     if (capacity > size()) own(capacity);
   }
+  void shrink_to_fit() {
+    if (block_ && is_own() && block_->capacity > block_->size)
+      block_ = detail::resize_array_block(block_, block_->size, sizeof(T));
+  }
   void push_back(const T& value) {
     const T copy = value; // may lie in this array
     const std::size_t n = size();
@@ -160,9 +168,14 @@ private:
   T* elements() noexcept { return static_cast<T*>(block_->elements()); }
   std::size_t room() const noexcept { return block_ ? block_->capacity : 0; }
 
+  bool is_own() const noexcept { return block_->users.load(std::memory_order_acquire) == 1; }
+
   // Makes the block this array's own, with room for at least `capacity` elements.
   void own(std::size_t capacity) {
-    if (block_ && block_->capacity >= capacity && block_->users.load(std::memory_order_acquire) == 1) return;
+    if (block_ && is_own()) {
+      if (block_->capacity < capacity) block_ = detail::resize_array_block(block_, capacity, sizeof(T));
+      return;
+    }
     shared_array fresh;
     fresh.block_ = detail::make_array_block(capacity, sizeof(T));
     if (block_) {

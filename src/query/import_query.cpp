@@ -4,8 +4,8 @@
 #include "query/sql/select_statement.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
-#include <deque>
 #include <iterator>
 #include <limits>
 
@@ -33,28 +33,46 @@ std::string period_bound(const std::string& field, const char* comparison, const
   return field + comparison + quote + text + quote;
 }
 
-// Points of rows that follow one another, one for each row or one for each moment.
+// Points of rows that follow one another, one for each row or one for each moment. They begin at a place in a list, and
+// take the place of what stands there.
 class point_maker {
 public:
-  point_maker(point_list& points, bool average) : points_(points), average_(average) {}
+  point_maker(point_list& points, std::size_t place, bool average) : points_(points), next_(place), average_(average) {}
 
   void add(double moment, double value) {
-    if (!average_) return append(moment, value);
-    if (moment != previous_moment_) finish();
+    if (!average_) return put(moment, value);
+    if (moment != previous_moment_) end_moment();
     previous_moment_ = moment;
     sum_ += value;
     ++count_;
   }
   void finish() {
-    if (count_ != 0) append(previous_moment_, sum_ / static_cast<double>(count_));
-    sum_ = 0;
-    count_ = 0;
+    end_moment();
+    end_list();
+  }
+
+  // Takes what stands behind the points off the list.
+  void end_list() {
+    if (next_ < points_.size()) points_.erase(next_, points_.size() - next_);
   }
 
 private:
-  void append(double moment, double value) { points_.push_back({moment_type::from_date_time(moment), value}); }
+  void end_moment() {
+    if (count_ != 0) put(previous_moment_, sum_ / static_cast<double>(count_));
+    sum_ = 0;
+    count_ = 0;
+  }
+  void put(double moment, double value) {
+    const moment_value_pair_type point(moment_type::from_date_time(moment), value);
+    if (next_ < points_.size())
+      points_.set(next_, point);
+    else
+      points_.push_back(point);
+    ++next_;
+  }
 
   point_list& points_;
+  std::size_t next_;
   const bool average_;
   double sum_ = 0, previous_moment_ = 0;
   std::uint64_t count_ = 0;
@@ -255,30 +273,31 @@ void take_row(const result_set& rows, std::size_t moment, std::size_t value, que
 
 // Makes points of rows that need not be in order of time, as those of most tables are. Rows that are not are put in
 // order while they are few; more of them are for SQLite, which keeps what is too much for memory in files.
+//
+// The rows stand where their points will, so that a long series is in memory once.
 class point_collector {
 public:
-  explicit point_collector(bool average) : maker_(points_, average) {}
+  explicit point_collector(bool average) : average_(average) {}
 
   // False when there are too many rows out of order.
   bool add(double moment, double value) {
     constexpr std::size_t most_kept = 1 << 16;
     is_sorted_ = is_sorted_ && last_ <= moment;
     last_ = moment;
-    if (!passed_on_ && kept_.size() < most_kept) {
-      kept_.push_back({moment, value});
+    if (!maker_ && points_.size() < most_kept) {
+      points_.push_back(as_point({moment, value}));
       return true;
     }
     if (!is_sorted_) return false;
-    pass_on();
-    maker_.add(moment, value);
+    if (!maker_) make_points();
+    maker_->add(moment, value);
     return true;
   }
 
   point_list finish() && {
-    if (!is_sorted_)
-      std::stable_sort(kept_.begin(), kept_.end(), [](const row& a, const row& b) { return a.moment < b.moment; });
-    pass_on();
-    maker_.finish();
+    if (!maker_) make_points();
+    maker_->finish();
+    points_.shrink_to_fit();
     return std::move(points_);
   }
 
@@ -287,16 +306,33 @@ private:
     double moment, value;
   };
 
-  void pass_on() {
-    for (; !kept_.empty(); kept_.pop_front()) maker_.add(kept_.front().moment, kept_.front().value);
-    passed_on_ = true;
+  // A row in the place of a point: its date-time number in the bytes of the moment.
+  static moment_value_pair_type as_point(const row& r) { return {std::bit_cast<moment_type>(r.moment), r.value}; }
+  static row as_row(const moment_value_pair_type& point) {
+    return {std::bit_cast<double>(static_cast<const moment_type&>(point)), point.value};
   }
 
-  point_list points_;
-  point_maker maker_;
-  std::deque<row> kept_; // lets go of its memory piece by piece
+  // A point is put where its row stood or one before it.
+  void make_points() {
+    const std::size_t rows = points_.size();
+    if (!is_sorted_) {
+      moment_value_pair_type* const first = points_.edit_data();
+      std::stable_sort(first, first + rows,
+                       [](const auto& a, const auto& b) { return as_row(a).moment < as_row(b).moment; });
+    }
+    maker_.emplace(points_, 0, average_);
+    for (std::size_t i = 0; i < rows; ++i) {
+      const row r = as_row(points_[i]);
+      maker_->add(r.moment, r.value);
+    }
+    maker_->end_list();
+  }
+
+  point_list points_; // rows, until there is a maker
+  const bool average_;
+  std::optional<point_maker> maker_;
   double last_ = -std::numeric_limits<double>::infinity();
-  bool is_sorted_ = true, passed_on_ = false;
+  bool is_sorted_ = true;
 };
 
 } // namespace
@@ -348,8 +384,10 @@ query_report import_query::execute(const prevesk_dataset_data_type& data, point_
     report.points = selected->points.size();
     if (stored.replace_existing)
       points = std::move(selected->points);
-    else
+    else {
+      points.reserve(points.size() + selected->points.size());
       for (const auto& point : selected->points) points.push_back(point);
+    }
   } else {
     // Step by step, so that what is wrong first is told first, and the points are as far as they came.
     validate(&import_query::find_value);
@@ -357,7 +395,7 @@ query_report import_query::execute(const prevesk_dataset_data_type& data, point_
     const std::size_t moment = rows->position(stored.date_time_field), value = rows->position(stored.value_field);
     if (stored.replace_existing) points.clear();
     const std::size_t before = points.size();
-    point_maker maker(points, stored.average_duplicates);
+    point_maker maker(points, before, stored.average_duplicates);
     while (rows->next()) take_row(*rows, moment, value, report, [&](double t, double v) { maker.add(t, v); });
     maker.finish();
     if (!engine.is_up_to_date()) throw query_engine_exception(stored.file_name + ": it has changed while it was read.");

@@ -1,3 +1,4 @@
+#include "peak_memory.h"
 #include "query/deferred_queries.h"
 #include "query/import_query.h"
 #include "temporary_folder.h"
@@ -370,6 +371,26 @@ TEST_F(ImportQuery, RowsOutOfOrderComeInOrderOfTime) {
       ASSERT_EQ(points[i].value, 0.5) << i;
     }
   }
+}
+
+// The rows that are kept are in memory less than twice, in whatever order they come.
+TEST_F(ImportQuery, KeepsItsRowsInLittleMemory) {
+  const auto growth = [&](std::size_t rows, std::size_t step) {
+    std::string text = "Day,Flow\n";
+    for (std::size_t i = 0; i < rows; ++i) text += std::to_string(2 + i * step % rows) + ".25,1.5\n";
+    folder.write("rows.csv", text);
+    text = std::string();
+    import_query_descriptor query = query_on("rows.csv", "Day", "Flow");
+    query.restrict_to_run_period = false;
+    point_list points;
+    const peak_memory memory;
+    import_query(query, folder.path).execute(model_of_2009(), points);
+    EXPECT_EQ(points.size(), rows);
+    return memory.growth();
+  };
+  growth(1, 1); // the pages of the program and its libraries
+  for (const auto& [rows, step] : {std::pair(100'000U, 1U), {60'000U, 7919U}})
+    if (const double grown = growth(rows, step); memory_is_measurable) EXPECT_LT(grown, 2.0 * 16 * rows) << rows;
 }
 
 TEST_F(ImportQuery, AChangedMemoFileIsReadAgain) {

@@ -70,7 +70,7 @@ std::unique_ptr<byte_source> open_beside(const std::filesystem::path& table,
 // is asked for.
 class byte_window {
 public:
-  static constexpr std::size_t usual_size = std::size_t{256} << 10;
+  static constexpr std::size_t usual_size = std::size_t{64} << 10;
 
   // `source` must outlive this.
   explicit byte_window(const byte_source& source, std::size_t size = usual_size) : source_(&source), ahead_(size) {}

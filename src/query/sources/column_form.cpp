@@ -62,10 +62,11 @@ table_value column_form::read(std::string_view text) const {
 
 void column_votes::add(std::string_view text) {
   if (text.empty()) return;
-  const char first = text.front();
-  const bool may_be_value =
-      is_digit(first) || first == '-' || first == '+' || first == '.' || first == ',' || is_letter(first);
-  if (may_be_value && (add_date(text) || (!is_letter(first) && add_number(text)))) {
+  const char first = text.front(), last = text.back();
+  const bool may_be_value = is_digit(first) || first == '-' || first == '+' || first == '.' || first == ',';
+  // A month that comes first has a year or a time behind it.
+  const bool may_be_month = !may_be_value && is_letter(first) && (is_digit(last) || (last | 0x20) == 'm');
+  if ((may_be_value && (add_date(text) || add_number(text))) || (may_be_month && add_date(text))) {
     ++votes_;
     codes_ += is_code(text);
   } else if (!marks_missing(text)) {

@@ -16,7 +16,7 @@ namespace vesk {
 
 namespace {
 
-constexpr std::size_t sample_size = std::size_t{256} << 10; // bytes that tell the separator and the header
+constexpr std::size_t sample_size = byte_window::usual_size; // bytes that tell the separator and the header
 constexpr std::size_t sample_rows = 200;
 
 // How well a separator explains the sample: how many rows have the most frequent number of fields, if that is not 1.
