@@ -7,6 +7,7 @@
 #include "query/sources/date_text.h"
 #include "query/sources/sheet_source.h"
 
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 
@@ -119,11 +120,18 @@ std::uint32_t access_source::add_rows(std::string_view content, std::size_t fiel
     if (row == cell_table::most_cells) fail_too_large(table);
     for (std::uint32_t f = 0; f < fields; ++f) {
       table_value v;
-      switch (static_cast<mdb::value>(number(std::uint8_t{}))) {
+      const auto kind = static_cast<mdb::value>(number(std::uint8_t{}));
+      switch (kind) {
       case mdb::value::null: continue;
       case mdb::value::integer: v = table_value::of_integer(number(std::int64_t{})); break;
-      case mdb::value::number: v = table_value::of_number(number(double{})); break;
-      case mdb::value::date_time: v = table_value::of_date_time(to_milliseconds(number(double{}))); break;
+      case mdb::value::number:
+      case mdb::value::date_time: {
+        const double stored = number(double{});
+        if (!std::isfinite(stored)) fail_answer(tables_[table]); // the helper has nulls in their place
+        v = kind == mdb::value::number ? table_value::of_number(stored)
+                                       : table_value::of_date_time(to_milliseconds(stored));
+        break;
+      }
       case mdb::value::text: v = table_value::of_text(texts_.keep(shown_text(take(number(std::uint32_t{}))))); break;
       default: fail_answer(tables_[table]);
       }
