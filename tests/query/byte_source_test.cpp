@@ -116,7 +116,9 @@ TEST_P(LargeTable, IsReadInLittleMemoryAndCannotBecomeShorterUnseen) {
   std::size_t count = 0;
   while (rows->next()) count += !rows->value(0).is_null();
   EXPECT_GT(count, 40'000U);
-  if (memory_is_measurable) EXPECT_LT(memory.growth(), 2e6);
+  if (memory_is_measurable) {
+    EXPECT_LT(memory.growth(), 2e6);
+  }
 
   const auto cut = source->rows(0);
   EXPECT_TRUE(cut->next());
