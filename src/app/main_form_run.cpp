@@ -229,19 +229,21 @@ void TPreveskMainForm::run_queries(prevesk_dataset_data_type& data_set, bool cle
 }
 
 bool TPreveskMainForm::execute_all_deferred_queries() {
-  const prevesk_dataset_data_type backup = *current_data_set;
   ui_.set_busy(true);
-  std::string failure;
+  const prevesk_dataset_data_type backup = *current_data_set;
   try {
     run_queries(*current_data_set, true);
+    ui_.set_busy(false);
+    return true;
+  } catch (const live_query_exception& error) {
+    ui_.set_busy(false);
+    ++failures_;
+    ui_.message_box("Live query error", error.what(), box_buttons::ok);
   } catch (const std::exception& error) {
-    failure = error.what();
-    take_content(backup);
+    ui_.set_busy(false);
+    report_failure(error.what());
   }
-  ui_.set_busy(false);
-  if (failure.empty()) return true;
-  ++failures_;
-  ui_.message_box("Live query error", failure, box_buttons::ok);
+  take_content(backup);
   return false;
 }
 

@@ -26,10 +26,11 @@ const char* word_of(const char* const (&words)[N], std::uint32_t number, const i
 }
 
 // ">=" and its like with a moment of the model: the date, and the time behind it.
-std::string period_bound(const std::string& field, const char* comparison, const moment_type& moment, bool one_table) {
-  const std::string quote(1, literal_quote(field_type::date_time, !one_table));
+std::string period_bound(const std::string& field, const char* comparison, const moment_type& moment,
+                         bool several_tables) {
+  const std::string quote(1, literal_quote(field_type::date_time, several_tables));
   std::string text = date_time_text(moment);
-  if (one_table) text.insert(text.find(' '), ",");
+  if (!several_tables) text.insert(text.find(' '), ",");
   return field + comparison + quote + text + quote;
 }
 
@@ -174,11 +175,11 @@ std::string import_query::build_sql(const prevesk_dataset_data_type& data) const
   if (!stored.conditions.empty()) sql += ")";
   const std::string& moment = stored.date_time_field;
   if (stored.restrict_to_run_period && !moment.empty()) {
-    const bool one_table = source_kind == source_one_table;
+    const bool several_tables = source_kind == source_several_tables;
     sql += stored.conditions.empty() ? " WHERE (" : " AND (";
-    sql += period_bound(moment, ">=", moment_type::from_date_time(data.start_date_time()), one_table);
+    sql += period_bound(moment, ">=", moment_type::from_date_time(data.start_date_time()), several_tables);
     const point_list& steps = data.time_steps.points;
-    if (!steps.empty()) sql += " AND " + period_bound(moment, "<=", steps[steps.size() - 1], one_table);
+    if (!steps.empty()) sql += " AND " + period_bound(moment, "<=", steps[steps.size() - 1], several_tables);
     sql += ")";
   }
   if (!moment.empty()) sql += " ORDER BY " + moment;

@@ -104,6 +104,23 @@ TEST_F(ImportQuery, AveragesWhatFallsOnOneMomentAndFillsAPeriod) {
   EXPECT_EQ(points.size(), 14U + 65U);
 }
 
+TEST_F(ImportQuery, OneBoundAloneSelectsItsRows) {
+  folder.write("f.csv", "Taken,Flow\n2008-12-31,1\n2009-01-01,2\n2009-01-02,3\n2009-01-03,4\n");
+  import_query_descriptor query = query_on("f.csv", "Taken", "Flow");
+  prevesk_dataset_data_type without_steps = model_of_2009();
+  without_steps.time_steps.points.clear();
+  const auto rows = [&](unsigned comparison, bool run_period) {
+    query.conditions = {{"Taken", 0, comparison, "1/2/2009"}};
+    if (run_period) query.conditions.clear();
+    query.restrict_to_run_period = run_period;
+    point_list points;
+    return import_query(query, folder.path).execute(without_steps, points).rows;
+  };
+  EXPECT_EQ(rows(1, false), 2U);
+  EXPECT_EQ(rows(4, false), 2U);
+  EXPECT_EQ(rows(4, true), 3U);
+}
+
 TEST_F(ImportQuery, BuildsTheTextThatIsShown) {
   import_query_descriptor query = query_on("ORDERS.DB", "Sale Date", "Total Invoice");
   query.conditions = {{"Ship VIA", 0, 0, "DHL"}, {"Sale Date", 0, 3, "3/24/1989"}, {"Order No", 1, 1, "1001"}};
