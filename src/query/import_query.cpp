@@ -383,9 +383,9 @@ query_report import_query::execute(const prevesk_dataset_data_type& data, point_
   if (std::optional<selection> selected = select(data)) {
     report = selected->report;
     report.points = selected->points.size();
-    if (stored.replace_existing)
+    if (stored.replace_existing) {
       points = std::move(selected->points);
-    else {
+    } else {
       points.reserve(points.size() + selected->points.size());
       for (const auto& point : selected->points) points.push_back(point);
     }

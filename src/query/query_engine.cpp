@@ -66,8 +66,8 @@ void result_set::prepare(const translated_statement& translated) {
       state = sqlite3_bind_int64(statement_, parameter, *whole);
     else if (const auto* number = std::get_if<double>(&value))
       state = sqlite3_bind_double(statement_, parameter, *number);
-    else if (const auto& text = std::get<std::string>(value); true)
-      state = sqlite3_bind_text64(statement_, parameter, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
+    else if (const auto* text = std::get_if<std::string>(&value))
+      state = sqlite3_bind_text64(statement_, parameter, text->data(), text->size(), SQLITE_TRANSIENT, SQLITE_UTF8);
     if (state != SQLITE_OK) fail();
   }
 }
