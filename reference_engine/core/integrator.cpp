@@ -6,6 +6,7 @@
 #include "core/runge_kutta.h"
 #include "core/text.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -24,23 +25,44 @@ void Integrator::find_new_volumes(const Equations& equations, const State& state
   }
 }
 
-Integrator::Limits Integrator::limits(const Problem& problem, std::size_t system) {
+void Integrator::note_exceedances(const Problem& problem, const State& state) {
+  for (std::size_t s = 0; s < problem.systems.size(); ++s) {
+    const auto highest = std::ranges::max_element(state.of(s));
+    if (problem.systems[s].simulated && highest != state.of(s).end() && *highest > limits(problem, s).most)
+      note_exceedance({s, static_cast<std::size_t>(highest - state.of(s).begin()), *highest});
+  }
+}
+
+void Integrator::note_exceedance(const Exceedance& it) {
+  exceedances_.push_back(it);
+  exceeded_.insert(it.system);
+}
+
+// A system that has been reported has no upper limit any more, so that later steps do not look at it again.
+Integrator::Limits Integrator::limits(const Problem& problem, std::size_t system) const {
   constexpr double unlimited = std::numeric_limits<double>::max();
   const double largest = problem.systems[system].largest_concentration;
-  return {problem.negative_allowed ? -unlimited : 0.0, largest > 0 ? largest : unlimited};
+  return {problem.negative_allowed ? -unlimited : 0.0,
+          largest > 0 && !exceeded_.contains(system) ? largest : unlimited};
 }
 
 void Integrator::hold_limits(const Problem& problem, std::size_t system, std::size_t begin, std::size_t end,
-                             State& state, MassBalance* balance) const {
-  const Limits limit = limits(problem, system);
+                             State& state, MassBalance* balance) {
+  Limits limit = limits(problem, system);
   const bool noted = balance != nullptr && static_cast<int>(system) == problem.balance_system;
   const std::span<double> values = state.of(system);
   for (std::size_t i = begin; i < end; ++i) {
     if (values[i] >= limit.least && values[i] <= limit.most) continue;
-    if (!(values[i] < 0) || problem.negative_allowed)
+    if (!std::isfinite(values[i]))
       throw RunError(text("The concentration of ", problem.systems[system].name, " in segment ",
-                          numbered(problem.segments[i], i), " is ", values[i], " g/m3, above the system's largest of ",
-                          limit.most, "."));
+                          numbered(problem.segments[i], i),
+                          " is no longer a finite number. Take shorter steps or "
+                          "implicit BDF, and look at the flows, loads and rates there."));
+    if (values[i] > limit.most) {
+      note_exceedance({system, i, values[i]});
+      limit = limits(problem, system);
+      continue;
+    }
     if (noted) balance->clipped -= new_volume_[i] * values[i];
     values[i] = 0;
   }

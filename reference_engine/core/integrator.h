@@ -6,6 +6,8 @@
 #include "core/state.h"
 
 #include <memory>
+#include <set>
+#include <utility>
 #include <vector>
 
 namespace reference_engine {
@@ -21,9 +23,19 @@ public:
   virtual StepLimit limit(const Equations& equations, const State&) const { return equations.limit(); }
 
   // Moves the state by `days`, after a refresh of the equations with it. balance: of problem.balance_system, null for
-  // none. Throws InputError when a segment runs dry and RunError when a concentration passes its system's limit; the
-  // state is then of no more use.
+  // none. Throws InputError when a segment runs dry and RunError when a concentration is not a finite number; the state
+  // is then of no more use.
   virtual void step(const Equations& equations, State& state, double days, MassBalance* balance) = 0;
+
+  // A concentration above its system's largest.
+  struct Exceedance {
+    std::size_t system, segment;
+    double value; // g/m3
+  };
+  // Looks for them in a state that is not the result of a step.
+  void note_exceedances(const Problem& problem, const State& state);
+  // Those found since the last call. Of each system only the first is ever reported.
+  std::vector<Exceedance> take_exceedances() { return std::exchange(exceedances_, {}); }
 
 protected:
   // Writes the volumes at the end of the step into new_volume_.
@@ -32,13 +44,19 @@ protected:
   struct Limits {
     double least, most;
   };
-  static Limits limits(const Problem& problem, std::size_t system);
-  // Holds segments begin to end of one system to what the problem allows: not above its largest concentration, and
-  // not below 0 (set to 0, and noted in the balance).
+  Limits limits(const Problem& problem, std::size_t system) const;
+  // Holds segments begin to end of one system to what the problem allows: not below 0 (set to 0, and noted in the
+  // balance), and above its largest concentration only with a note.
   void hold_limits(const Problem& problem, std::size_t system, std::size_t begin, std::size_t end, State& state,
-                   MassBalance* balance) const;
+                   MassBalance* balance);
 
   std::vector<double> new_volume_;
+
+private:
+  void note_exceedance(const Exceedance& it);
+
+  std::vector<Exceedance> exceedances_; // not yet taken
+  std::set<std::size_t> exceeded_;      // systems of all that were found
 };
 
 // technique: the data set's number, where 0 is the first. Throws InputError for one that this engine does not offer.

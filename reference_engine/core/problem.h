@@ -34,7 +34,7 @@ struct System {
   bool flows = true;                // carried by flows
   bool disperses = true;            // carried by exchanges
   int solids_field = 0;             // 0 to 2: the solids field that carries its particulate share
-  double largest_concentration = 0; // 0 or less: no limit
+  double largest_concentration = 0; // above it a run warns; 0 or less: no limit
   double boundary_factor = 1, load_factor = 1;
 };
 

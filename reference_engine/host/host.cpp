@@ -4,10 +4,6 @@
 
 namespace reference_engine {
 
-namespace {
-constexpr std::int32_t failure_icon = 2;
-}
-
 void Host::call(char mode, std::string_view keyword, const Arguments& arguments) {
   std::array<char, 32> name{}; // the longest keyword has 16 letters
   name[0] = mode;
@@ -15,8 +11,7 @@ void Host::call(char mode, std::string_view keyword, const Arguments& arguments)
   callback_(name.data(), arguments[0], arguments[1], arguments[2], arguments[3], arguments[4]);
 }
 
-void Host::failure(std::string line) {
-  std::int32_t icon = failure_icon;
+void Host::icon_line(std::int32_t icon, std::string line) {
   put("ICONINFO", Arguments{&icon, line.data()});
 }
 

@@ -59,7 +59,8 @@ public:
   void put(std::string_view keyword, std::string value) { put(keyword, Arguments{value.data()}); }
 
   void info(std::string line) { put("INFO", std::move(line)); }
-  void failure(std::string line); // an info line with the icon of a failure
+  void warning(std::string line) { icon_line(warning_icon, std::move(line)); } // the run goes on
+  void failure(std::string line) { icon_line(failure_icon, std::move(line)); }
   void status(std::string description, std::int32_t code);
   void return_code(ReturnCode code) { put("RETURNCODE", static_cast<std::int32_t>(code)); }
   void stop_if_cancelled(); // throws Cancelled
@@ -69,6 +70,9 @@ public:
   char* text_buffer() { return text_.data(); }
 
 private:
+  enum Icon : std::int32_t { warning_icon = 1, failure_icon = 2 };
+
+  void icon_line(std::int32_t icon, std::string line);
   template <class... Index>
   void get(std::string_view keyword, void* value, Index... indices) {
     std::array<std::int32_t, sizeof...(Index) + 1> copies{static_cast<std::int32_t>(indices)...};

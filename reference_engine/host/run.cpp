@@ -40,12 +40,14 @@ public:
       balance_->at_start = state_.mass(static_cast<std::size_t>(input.problem.balance_system));
     }
     open_results();
+    integrator_->note_exceedances(input.problem, state_);
   }
 
   void go() {
     host_.info(text("Running ", library_, " with ", state_.volume.size(), " segments from ", input_.start.iso(' '),
                     " over ", input_.days, " days by ", technique_name(input_.technique), "."));
     if (input_.debug > 0) tell_network();
+    warn_of_exceedances();
     double next_print = 0;
     for (;;) {
       host_.stop_if_cancelled();
@@ -106,6 +108,17 @@ private:
     integrator_->step(equations_, state_, step, balance_ ? &*balance_ : nullptr);
     now_ = step >= remaining ? next_event : now_ + step;
     ++steps_;
+    warn_of_exceedances();
+  }
+
+  void warn_of_exceedances() {
+    const Problem& problem = input_.problem;
+    for (const Integrator::Exceedance& it : integrator_->take_exceedances())
+      host_.warning(text("The concentration of ", problem.systems[it.system].name, " in segment ",
+                         numbered(problem.segments[it.segment], it.segment), " is ", it.value, " g/m3 on day ", now_,
+                         " (", input_.start.after(now_).iso(' '), "), above the system's maximum concentration of ",
+                         problem.systems[it.system].largest_concentration,
+                         " g/m3. The run goes on; later cases of this system are not reported."));
   }
 
   void print() {

@@ -81,9 +81,6 @@ void read_concentrations(Host& host, Problem& problem) {
     for (std::size_t i = 0; i < problem.segments.size(); ++i) {
       const double initial = host.real("INITC", s + 1, i + 1), dissolved = host.real("FDISS", s + 1, i + 1);
       const auto where = [&] { return text(system.name, " in segment ", numbered(problem.segments[i], i)); };
-      if (system.largest_concentration > 0 && initial > system.largest_concentration)
-        throw InputError(text("The initial concentration of ", where(), " is ", initial,
-                              ", above the system's largest of ", system.largest_concentration, "."));
       if (initial < 0 && !problem.negative_allowed)
         throw InputError(
             text("The initial concentration of ", where(), " is below 0, which the data set does not allow."));

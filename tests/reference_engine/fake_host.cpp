@@ -155,7 +155,7 @@ bool FakeHost::serve_special(bool get, const std::string& keyword, void* const* 
   if (keyword == "INFO")
     infos.emplace_back(static_cast<char*>(arguments[0]));
   else if (keyword == "ICONINFO")
-    failures.emplace_back(static_cast<char*>(arguments[1]));
+    (integer(arguments[0]) == 2 ? failures : warnings).emplace_back(static_cast<char*>(arguments[1]));
   else if (keyword == "RETURNCODE")
     return_code = integer(arguments[0]);
   else if (keyword == "PROGRESS")

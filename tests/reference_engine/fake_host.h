@@ -22,7 +22,7 @@ public:
   double number(const std::string& key) const; // "VOLUME 3"
   std::string text(const std::string& key) const;
 
-  std::vector<std::string> infos, failures, wrong_calls;
+  std::vector<std::string> infos, warnings, failures, wrong_calls;
   int return_code = -1, last_progress = -1, days_calls = 0, grid_updates = 0, hydro_file_puts = 0;
   int cancel_after_days = -1; // answer CANCEL with 1 after so many DAYS; -1 never
   bool grid_lent = false, bound_found = false;

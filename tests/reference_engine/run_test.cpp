@@ -158,6 +158,23 @@ TEST_F(RunTest, ImplicitStepsAreTheDataSets) {
   EXPECT_EQ(after("SOLUTIONTYPE 4"), "The solution technique 4 is not known to this engine.");
 }
 
+// Upper: 200 (1 - exp(-t)) + 2 exp(-t) passes 100 at t = 0.683; lower: another system, from the start.
+TEST_F(RunTest, ConcentrationAboveTheMaximumIsReportedOnce) {
+  host.load("NOBC 1 1\nIBC 1 1 1\nNBFP 1 1 1\nBOUNDFUNC 1 1 1 0 200\nCMAX 1 100\nCMAX 2 5\nINITC 2 2 8");
+  for (const char* technique : {"SOLUTIONTYPE 1", "SOLUTIONTYPE 2", "SOLUTIONTYPE 3"}) {
+    host.warnings.clear();
+    EXPECT_EQ(after(technique), "");
+    EXPECT_EQ(host.return_code, 0);
+    EXPECT_GT(host.last_grid[0], 150);
+    ASSERT_EQ(host.warnings.size(), 2u) << technique;
+    EXPECT_EQ(host.warnings[0], "The concentration of system 2 in segment 2 (lower) is 8 g/m3 on day 0 "
+                                "(2008-02-28 18:00:00), above the system's maximum concentration of 5 g/m3. The run "
+                                "goes on; later cases of this system are not reported.");
+    EXPECT_THAT(host.warnings[1], MatchesRegex("The concentration of system 1 in segment 1 .upper, reach. is "
+                                               "100.* g/m3 on day 0.6[89] .2008-02-29 10:.*"));
+  }
+}
+
 TEST_F(RunTest, FailureInTheRunLeavesNoResults) {
   EXPECT_EQ(after("MINDT 0.95"), "The stable time step in segment 1 (upper, reach) is 0.9 days, below the minimum time "
                                  "step of 0.95 days.");
