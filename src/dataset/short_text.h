@@ -1,5 +1,8 @@
-// A text of at most 255 bytes. A longer one is cut to its first 255 bytes on assignment, silently.
+// A text of at most 255 bytes. A longer one is cut on assignment, silently: at 255 bytes, or up to 3 bytes before that
+// so that no UTF-8 character is split.
 #pragma once
+
+#include "dataset/text_encoding.h"
 
 #include <string>
 #include <string_view>
@@ -11,7 +14,7 @@ public:
   static constexpr std::size_t max_size = 255;
 
   short_text() = default;
-  short_text(std::string_view text) : text_(text.substr(0, max_size)) {}
+  short_text(std::string_view text) : text_(text.substr(0, whole_characters(text, max_size))) {}
   short_text(const std::string& text) : short_text(std::string_view(text)) {}
   short_text(const char* text) : short_text(std::string_view(text)) {}
 

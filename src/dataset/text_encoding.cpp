@@ -62,6 +62,15 @@ bool is_utf8(std::string_view bytes) {
   return true;
 }
 
+std::size_t whole_characters(std::string_view text, std::size_t limit) {
+  if (text.size() <= limit) return text.size();
+  std::size_t start = limit; // of the character that the cut would split
+  while (start > 0 && limit - start < 3 && (static_cast<std::uint8_t>(text[start]) & 0xc0) == 0x80) --start;
+  std::string_view rest = text.substr(start);
+  const bool splits = start < limit && next_character(rest) != invalid && text.size() - rest.size() > limit;
+  return splits && is_utf8(text.substr(0, start)) ? start : limit;
+}
+
 std::string utf8_from_windows_1252(std::string_view bytes) {
   std::string text;
   for (const char c : bytes) {

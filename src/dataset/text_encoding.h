@@ -13,6 +13,10 @@ namespace vesk {
 // Valid in the strict sense: no overlong forms, no surrogates, nothing beyond U+10FFFF.
 bool is_utf8(std::string_view bytes);
 
+// Where to cut `text` so that at most `limit` bytes are left: at `limit`, or before the UTF-8 character that would be
+// split there. Bytes that are not UTF-8 up to that character are one character each.
+std::size_t whole_characters(std::string_view text, std::size_t limit);
+
 std::string utf8_from_windows_1252(std::string_view bytes);
 
 // Nothing when a character has no byte in Windows-1252. `text` must be valid UTF-8.

@@ -101,9 +101,10 @@ public:
   }
   void field(const char* name, short_text& text) {
     const std::uint32_t length = count("text", 1);
-    const std::uint32_t kept = std::min<std::uint32_t>(length, short_text::max_size);
-    text = std::string_view(file_.piece(kept, name), kept);
-    file_.skip(length - kept);
+    // A few bytes more than fit show whether the cut would split a character.
+    const std::uint32_t taken = std::min<std::uint32_t>(length, short_text::max_size + 3);
+    text = std::string_view(file_.piece(taken, name), taken);
+    file_.skip(length - taken);
   }
 
   void field(const char*, shared_value<import_query_descriptor>& query) {

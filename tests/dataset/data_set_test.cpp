@@ -44,6 +44,15 @@ TEST(Records, DefaultsOfNewOnes) {
 TEST(Records, ShortTextsAreCutTo255Bytes) {
   const std::string long_text = std::string(254, 'a') + "bcd";
   EXPECT_EQ(short_text(long_text).str(), std::string(254, 'a') + "b");
+  // Never inside a character, unless the bytes are not UTF-8: each is a character then.
+  const std::string head(253, 'a');
+  for (const auto& [text, kept] : {std::pair(head + "\u20acb", head),      // 3 bytes, one too many
+                                   {head + "\u00e9b", head + "\u00e9"},    // fits to the byte
+                                   {head + "b\U0001f41f", head + "b"},     // 4 bytes, three too many
+                                   {head + "\xe2\x82", head + "\xe2\x82"}, // the text itself ends inside one
+                                   {head + "b\xe9\xa9q", head + "b\xe9"},  // not a character as a whole
+                                   {"\xe9" + head + "\u00e9", "\xe9" + head + "\xc3"}})
+    EXPECT_EQ(short_text(text).str(), kept);
   output_control_type output;
   output.units = long_text;
   EXPECT_EQ(output.units.size(), 255u);

@@ -142,6 +142,9 @@ TEST(Vki, TextsAreCutWhereTheyAreShortAndAnyFlagThatIsNot0IsTrue) {
   std::string bytes = bytes_of(data);
   bytes.replace(bytes.size() - 267, 259, "\x2c\x01\0\0"s + std::string(255, 'x') + std::string(45, 'y')); // 300 bytes
   EXPECT_EQ(stored_in(bytes).project_files, data.project_files);
+  bytes.replace(bytes.find("xxxyy"), 5, "xx\u20ac"); // a character that the cut would split; the length stays
+  EXPECT_EQ(stored_in(bytes).project_files[0], std::string(254, 'x'));
+  EXPECT_EQ(stored_in(bytes).project_files[1], "next");
   data.project_files.clear();
   data.negative_solution = true;
   bytes = bytes_of(data);
