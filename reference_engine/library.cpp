@@ -8,6 +8,7 @@
 #include "core/errors.h"
 #include "host/host.h"
 #include "host/hydro_linkage.h"
+#include "host/read_period.h"
 #include "host/run.h"
 #include "script/script.h"
 
@@ -75,6 +76,7 @@ void get_maximum_parameters(const char*, vesk_data_callback data_callback) {
     host.put("MAXBREAK", Limits::breaks);
     host.put("MAXBOUND", Limits::boundaries);
     host.put("MAXLOAD", Limits::loads);
+    read_period(host); // refuses one that no run could take
   });
 }
 

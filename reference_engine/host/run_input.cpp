@@ -4,6 +4,7 @@
 #include "core/kinetics.h"
 #include "core/text.h"
 #include "host/hydro_linkage.h"
+#include "host/read_period.h"
 #include "host/read_series.h"
 
 #include <algorithm>
@@ -130,9 +131,9 @@ void read_constants(Host& host, const ModelInfo& model, Problem& problem) {
 }
 
 void read_times(Host& host, RunInput& input) {
-  host.get("SEEDDATE", {&input.start.month, &input.start.day, &input.start.year});
-  host.get("SEEDTIME", {&input.start.hour, &input.start.minute, &input.start.second});
-  input.days = host.real("ENDJULIAN");
+  const Period period = read_period(host);
+  input.start = period.start;
+  input.days = period.days;
   if (!(input.days > 0)) throw InputError("The end of the simulation is not after its start.");
   input.rules = {.steps = {},
                  .largest = host.real("MAXDT"),

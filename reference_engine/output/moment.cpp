@@ -28,6 +28,11 @@ bool Moment::is_valid() const {
          lies(second, 60);
 }
 
+bool Moment::reaches(double days) const {
+  constexpr Moment first{.month = 1, .day = 1, .year = 1600}, behind_last{.month = 1, .day = 1, .year = 4000};
+  return is_valid() && days >= first.days_since(*this) && days < behind_last.days_since(*this);
+}
+
 double Moment::days_since(const Moment& other) const {
   return static_cast<double>((instant(*this) - instant(other)).count()) / 86400.0;
 }

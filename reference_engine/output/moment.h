@@ -7,12 +7,17 @@
 
 namespace reference_engine {
 
+constexpr const char *first_date = "1600-01-01", *last_date = "3999-12-31"; // of the front end's calendar
+
 struct Moment {
   std::int32_t month = 1, day = 1, year = 1970;
   std::int32_t hour = 0, minute = 0, second = 0;
 
   bool is_valid() const;
-  Moment after(double days) const; // to the nearest second
+  // Whether the moment so many days later is a date that the front end can hold, first_date to last_date. False for
+  // days that are not finite.
+  bool reaches(double days) const;
+  Moment after(double days) const; // to the nearest second; only what it reaches
   double days_since(const Moment& other) const;
   // "2007-10-01T06:30:00" with 'T' between date and time.
   std::string iso(char between = 'T') const;

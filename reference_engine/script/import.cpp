@@ -1,5 +1,6 @@
 #include "core/errors.h"
 #include "core/text.h"
+#include "host/read_period.h"
 #include "script/arguments.h"
 #include "script/script.h"
 #include "script/words.h"
@@ -8,6 +9,7 @@
 #include <cmath>
 #include <fstream>
 #include <map>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -22,32 +24,54 @@ struct Statement {
   Value value;
 };
 
+// Without the mark that some editors put before UTF-8.
 std::string read_file(const std::string& name) {
   std::ifstream in(name, std::ios::binary);
   std::ostringstream content;
   content << in.rdbuf();
   if (!in) throw InputError(text(name, ": can't be read."));
-  return std::move(content).str();
+  std::string bytes = std::move(content).str();
+  if (bytes.starts_with("\xff\xfe") || bytes.starts_with("\xfe\xff"))
+    throw InputError(text(name, ": is text in UTF-16. Save it as UTF-8."));
+  if (bytes.starts_with("\xef\xbb\xbf")) bytes.erase(0, 3);
+  return bytes;
+}
+
+const char* description(Form form) {
+  switch (form) {
+  case network_form: return "a network file (.vkn)";
+  case restart_form: return "a restart file (.rst)";
+  default: return "an input file (.inp)";
+  }
+}
+
+[[noreturn]] void refuse_keyword(const std::string& name, Form form) {
+  if (find_keyword(name, input_form) != nullptr)
+    throw InputError(text("the keyword ", name, " does not belong in ", description(form)));
+  const std::string_view nearest = nearest_keyword(name, form);
+  throw InputError(text("the keyword \"", name, "\" is unknown",
+                        nearest.empty() ? std::string() : text("; the nearest one is ", nearest)));
+}
+
+[[noreturn]] void refuse_word(const std::string& expected, const Word& found) {
+  throw InputError(text("expected ", expected, ", found \"", found.text, "\""));
 }
 
 // Turns one line into a statement; none for a line without words. Throws InputError with the cause alone.
 bool parse_line(std::string_view line, Form form, Statement& statement) {
   const std::vector<Word> words = split_line(line);
   if (words.empty()) return false;
-  const std::string& name = words.front().text;
-  statement.row = words.front().quoted ? nullptr : find_keyword(name, form);
-  if (statement.row == nullptr)
-    throw InputError(
-        text("the keyword \"", name, "\" is not known here; the nearest one is ", nearest_keyword(name, form)));
+  statement.row = words.front().quoted ? nullptr : find_keyword(words.front().text, form);
+  if (statement.row == nullptr) refuse_keyword(words.front().text, form);
   const Keyword& row = *statement.row;
   const std::size_t indices = index_count(row), values = word_count(row.value);
   if (words.size() != 1 + indices + values)
-    throw InputError(text(name, " takes ", indices, indices == 1 ? " index and " : " indices and ", values,
+    throw InputError(text(row.name, " takes ", indices, indices == 1 ? " index and " : " indices and ", values,
                           values == 1 ? " value" : " values", ", but ", words.size() - 1, " words follow it"));
   for (std::size_t k = 0; k < indices; ++k) {
     const Word& word = words[1 + k];
     const auto number = parse_integer(word);
-    if (!number) throw InputError(text("\"", word.text, "\" is no ", row.indices[k]->name, " number"));
+    if (!number) refuse_word(text("the number of a ", row.indices[k]->name), word);
     statement.indices[k] = *number;
   }
   for (std::size_t k = 0; k < values; ++k) {
@@ -58,17 +82,17 @@ bool parse_line(std::string_view line, Form form, Statement& statement) {
       if (const auto number = parse_integer(word))
         statement.value.integers[k] = *number;
       else
-        throw InputError(text("\"", word.text, "\" is no integer"));
+        refuse_word("a whole number", word);
       break;
     case ValueKind::real:
     case ValueKind::point:
       if (const auto number = parse_real(word))
         statement.value.reals[k] = *number;
       else
-        throw InputError(text("\"", word.text, "\" is no number that single precision can hold"));
+        refuse_word("a finite number that single precision can hold", word);
       break;
     case ValueKind::text:
-      if (!word.quoted) throw InputError(text("the text ", word.text, " has no quotes"));
+      if (!word.quoted) refuse_word("a text in quotes", word);
       statement.value.text = word.text;
       break;
     }
@@ -138,6 +162,7 @@ private:
     for (std::size_t k = 0; k < index_count(row); ++k) check_index(statement, k);
     check_value(statement);
     host_.put(row.name, statement.value.arguments(row, statement.indices));
+    if (row.range == Range::date || row.range == Range::time_of_day) start_.reset(); // perhaps another one now
     if (row.range == Range::size && index_count(row) > 0 && !row.indices[0]->isc.empty())
       sizes_[{row.name, statement.indices[0]}] = statement.value.integers[0];
   }
@@ -162,19 +187,37 @@ private:
                               index.count.empty() ? std::string("they are") : text(index.count, " says"), " ", last));
   }
 
-  void check_value(const Statement& statement) const {
-    const std::int32_t value = statement.value.integers[0];
+  void check_value(const Statement& statement) {
+    const std::array<std::int32_t, 3>& values = statement.value.integers;
+    const std::int32_t value = values[0];
     const auto hold = [&](std::int32_t least, std::int32_t most, const char* what) {
       if (value < least || value > most)
         fail(statement.line, text(what, " of ", value, " does not lie between ", least, " and ", most));
+    };
+    const auto hold_moment = [&](const Moment& moment, const char* what) {
+      if (!moment.reaches(0)) fail(statement.line, text(what, ": ", values[0], " ", values[1], " ", values[2]));
     };
     switch (statement.row->range) {
     case Range::any: break;
     case Range::size: hold(0, Limits::segments, "a number"); break;
     case Range::a_segment: hold(1, host_.integer("NUMSEG"), "a segment"); break;
     case Range::segment_or_outside: hold(0, host_.integer("NUMSEG"), "a segment"); break;
+    case Range::date:
+      hold_moment({.month = values[0], .day = values[1], .year = values[2]},
+                  "not a month, day and year of the calendar");
+      break;
+    case Range::time_of_day:
+      hold_moment({.hour = values[0], .minute = values[1], .second = values[2]}, "not an hour, minute and second");
+      break;
+    case Range::days: hold_days(statement); break;
     }
     if (statement.row->counts_from_zero_on_get) hold(1, host_.integer("NUMSYS"), "a system");
+  }
+
+  void hold_days(const Statement& statement) {
+    if (!start_) start_ = read_start(host_);
+    if (const auto days = static_cast<double>(statement.value.reals[0]); !start_->reaches(days))
+      fail(statement.line, text(days, " days after the start is no date from ", first_date, " to ", last_date));
   }
 
   Host& host_;
@@ -182,6 +225,7 @@ private:
   Form form_;
   std::vector<Statement> statements_;
   std::size_t next_ = 0;
+  std::optional<Moment> start_;                                             // of the data set; none: not yet asked for
   std::map<std::pair<std::string_view, std::int32_t>, std::int32_t> sizes_; // put below ISC numbers, by size keyword
 };
 

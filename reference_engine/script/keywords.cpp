@@ -38,11 +38,11 @@ using enum Range;
 
 constexpr Keyword rows[] = {
     {.name = "MODELTYPE"},
-    {.name = "SEEDDATE", .value = triple},
-    {.name = "SEEDTIME", .value = triple},
-    {.name = "ENDJULIAN", .value = real},
-    {.name = "HYDSKIPDATE", .value = triple},
-    {.name = "HYDSKIPTIME", .value = triple},
+    {.name = "SEEDDATE", .value = triple, .range = date},
+    {.name = "SEEDTIME", .value = triple, .range = time_of_day},
+    {.name = "ENDJULIAN", .value = real, .range = days},
+    {.name = "HYDSKIPDATE", .value = triple, .range = date},
+    {.name = "HYDSKIPTIME", .value = triple, .range = time_of_day},
     {.name = "SOLUTIONTYPE"},
     {.name = "IQOPT"},
     {.name = "HYDROTYPE"},
@@ -161,6 +161,10 @@ constexpr Keyword rows[] = {
     {.name = "CSVOPFILENAME", .indices = {&csv_output}, .value = ValueKind::text},
 };
 
+constexpr char capital(char letter) {
+  return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
+}
+
 // Letters to insert, drop or change to make one word of another (Wagner and Fischer, 1974).
 std::size_t distance(std::string_view from, std::string_view to) {
   std::vector<std::size_t> row(to.size() + 1);
@@ -169,7 +173,7 @@ std::size_t distance(std::string_view from, std::string_view to) {
     std::size_t diagonal = row[0];
     row[0] = i;
     for (std::size_t j = 1; j <= to.size(); ++j) {
-      const std::size_t changed = diagonal + (from[i - 1] == to[j - 1] ? 0 : 1);
+      const std::size_t changed = diagonal + (capital(from[i - 1]) == to[j - 1] ? 0 : 1);
       diagonal = row[j];
       row[j] = std::min({row[j] + 1, row[j - 1] + 1, changed});
     }
@@ -184,7 +188,9 @@ std::span<const Keyword> keywords() {
 }
 
 const Keyword* find_keyword(std::string_view name, Form form) {
-  const auto is_it = [&](const Keyword& row) { return row.name == name && (row.forms & form) != 0; };
+  const auto is_it = [&](const Keyword& row) {
+    return std::ranges::equal(row.name, name, {}, {}, capital) && (row.forms & form) != 0;
+  };
   const auto found = std::ranges::find_if(rows, is_it);
   return found == std::end(rows) ? nullptr : &*found;
 }
@@ -192,11 +198,15 @@ const Keyword* find_keyword(std::string_view name, Form form) {
 std::string_view nearest_keyword(std::string_view name, Form form) {
   constexpr std::size_t longest_compared = 64; // a keyword is shorter; more of a wild one tells nothing
   const std::string_view head = name.substr(0, longest_compared);
-  const Keyword* nearest = nullptr;
-  for (const Keyword& row : rows)
-    if ((row.forms & form) != 0 && (nearest == nullptr || distance(head, row.name) < distance(head, nearest->name)))
-      nearest = &row;
-  return nearest->name;
+  std::string_view nearest;
+  std::size_t fewest = head.size() / 3 + 1; // more would tell nothing
+  for (const Keyword& row : rows) {
+    const std::size_t letters = (row.forms & form) != 0 ? distance(head, row.name) : fewest;
+    if (letters >= fewest) continue;
+    nearest = row.name;
+    fewest = letters;
+  }
+  return nearest;
 }
 
 } // namespace reference_engine

@@ -20,12 +20,15 @@ enum class ValueKind {
   triple // three integers: a date or a time of day
 };
 
-// What an integer value may be.
+// What a value may be.
 enum class Range {
   any,
-  size,              // a number of records, 0 or more, up to the engine's limits
-  a_segment,         // 1 to the number of segments
-  segment_or_outside // the same, or 0
+  size,               // a number of records, 0 or more, up to the engine's limits
+  a_segment,          // 1 to the number of segments
+  segment_or_outside, // the same, or 0
+  date,               // month, day, year
+  time_of_day,        // hour, minute, second
+  days                // since the start, of a date in the calendar: a real
 };
 
 // An index of a keyword: what it counts, and which keyword tells how many there are.
@@ -52,9 +55,10 @@ struct Keyword {
 
 std::span<const Keyword> keywords();
 
-// Null for a keyword that the form does not have.
+// In capital or small letters. Null for a keyword that the form does not have.
 const Keyword* find_keyword(std::string_view name, Form form);
-// The known keyword that differs in the fewest letters.
+// The keyword that a misspelt name stands for: the one of the form that differs in the fewest letters, empty where
+// that is more than every third.
 std::string_view nearest_keyword(std::string_view name, Form form);
 
 } // namespace reference_engine

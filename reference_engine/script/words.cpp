@@ -4,6 +4,7 @@
 
 #include <array>
 #include <charconv>
+#include <cmath>
 
 namespace reference_engine {
 
@@ -202,7 +203,8 @@ std::optional<std::int32_t> parse_integer(const Word& word) {
   return parse<std::int32_t>(word);
 }
 std::optional<float> parse_real(const Word& word) {
-  return parse<float>(word);
+  const auto number = parse<float>(word);
+  return number && std::isfinite(*number) ? number : std::nullopt;
 }
 
 } // namespace reference_engine

@@ -24,7 +24,7 @@ struct Word {
 // Splits a line at blanks, up to a '#' outside quotes. Throws InputError, with the cause alone, for a malformed string.
 std::vector<Word> split_line(std::string_view line);
 
-// Nothing when the word is not a number of that kind, or out of its range.
+// Nothing when the word is not a finite number of that kind, or out of its range.
 std::optional<std::int32_t> parse_integer(const Word& word);
 std::optional<float> parse_real(const Word& word);
 

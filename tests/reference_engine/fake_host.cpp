@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <sstream>
 
@@ -267,7 +268,7 @@ void FakeHost::load(const std::string& script) {
       if (kinds[k] == 'i')
         words >> integers[k], arguments[k] = &integers[k];
       else if (kinds[k] == 'r')
-        words >> reals[k], arguments[k] = &reals[k];
+        words >> value, reals[k] = std::strtof(value.c_str(), nullptr), arguments[k] = &reals[k]; // inf and nan too
       else
         value = line.substr(line.find('"') + 1), value.pop_back(), arguments[k] = value.data();
     }

@@ -145,6 +145,11 @@ TEST_F(RunTest, BadInputIsRefusedInOneSentence) {
   EXPECT_EQ(refused("DTFUNC 1 0 0", "DTFUNC 1 0 1"), "The time step from day 0 on is 0 or less.");
   EXPECT_EQ(refused("PRINTFUNC 1 0 0", "PRINTFUNC 1 0 1"), "The print interval from day 0 on is 0 or less.");
   EXPECT_EQ(refused("CONSTVALUE 77 1", ""), "The model tracer of this engine has no constant with the number 77.");
+  for (const char* end : {"1e30", "inf", "nan", "800000"})
+    EXPECT_EQ(refused(std::string("ENDJULIAN ") + end, "ENDJULIAN 2"),
+              "The simulation starts at 2008-02-28 18:00:00 and ends " +
+                  std::string(end == std::string("1e30") ? "1e+30" : end) +
+                  " days later: its end is not a date of the calendar, which reaches from 1600-01-01 to 3999-12-31.");
   execute_model("UNKNOWN.DLL", &FakeHost::callback);
   EXPECT_EQ(host.failures.back(),
             "The model library \"UNKNOWN.DLL\" is not known to this engine, which has oxygen and tracer.");
@@ -218,9 +223,14 @@ TEST_F(RunTest, FieldNotInUseIsLeftOut) {
   EXPECT_EQ(host.last_grid[0], 2);
 }
 
-TEST(Limits, AreTold) {
+TEST(Limits, AreGivenAndThePeriodIsChecked) {
   FakeHost host;
   get_maximum_parameters("oxygen", &FakeHost::callback);
+  EXPECT_EQ(host.return_code, 0);
+  host.load("ENDJULIAN inf");
+  get_maximum_parameters("oxygen", &FakeHost::callback);
+  EXPECT_EQ(host.return_code, 1);
+  EXPECT_THAT(host.failures, ElementsAre(HasSubstr("its end is not a date of the calendar")));
   EXPECT_EQ(host.limits.size(), 5u);
   for (const auto& [keyword, limit] : host.limits) EXPECT_GE(limit, 1000000) << keyword;
 }

@@ -100,7 +100,10 @@ TEST_F(ScriptTest, SeriesThatBeginsBeforeTheStartIsStillSeenAsLinear) {
 
 TEST_F(ScriptTest, ErrorsNameFileLineAndCause) {
   EXPECT_EQ(import_failure("# a river\nMODELTYPE 1\n\nNUMSGE 3\n"),
-            ", line 4: the keyword \"NUMSGE\" is not known here; the nearest one is NUMSEG.");
+            ", line 4: the keyword \"NUMSGE\" is unknown; the nearest one is NUMSEG.");
+  EXPECT_EQ(import_failure("MODELTYPE 1\nnumsge 3"), ", line 2: the keyword \"numsge\" is unknown; the nearest one is "
+                                                     "NUMSEG.");
+  EXPECT_EQ(import_failure("MODELTYPE 1\nOxygen 8"), ", line 2: the keyword \"Oxygen\" is unknown.");
   EXPECT_EQ(import_failure("NUMSEG 3"), ", line 1: MODELTYPE is not the first keyword.");
   EXPECT_EQ(import_failure("MODELTYPE 9"), ", line 1: there is no model 9.");
   EXPECT_EQ(import_failure("MODELTYPE 1\nNUMSEG 2\nVOLUME 3 1"), ", line 3: there is no segment 3: NUMSEG says 2.");
@@ -110,13 +113,33 @@ TEST_F(ScriptTest, ErrorsNameFileLineAndCause) {
   EXPECT_EQ(import_failure("MODELTYPE 1\nNUMSEG 1\nVOLUME 1"),
             ", line 3: VOLUME takes 1 index and 1 value, but 1 words follow it.");
   EXPECT_EQ(import_failure("MODELTYPE 1\nMAXDT 1e99"),
-            ", line 2: \"1e99\" is no number that single precision can hold.");
+            ", line 2: expected a finite number that single precision can hold, found \"1e99\".");
+  for (const char* word : {"inf", "-inf", "nan"})
+    EXPECT_EQ(import_failure(std::string("MODELTYPE 1\nNUMDT 1\nDTFUNC 1 0 ") + word),
+              std::string(", line 3: expected a finite number that single precision can hold, found \"") + word +
+                  "\".");
+  EXPECT_EQ(import_failure("MODELTYPE 1\nNUMSEG x"), ", line 2: expected a whole number, found \"x\".");
+  EXPECT_EQ(import_failure("MODELTYPE 1\nNUMSEG 1\nSEGNAME one \"a\""),
+            ", line 3: expected the number of a segment, found \"one\".");
+  EXPECT_EQ(import_failure("MODELTYPE 1\nSEEDDATE 2 30 2008"),
+            ", line 2: not a month, day and year of the calendar: 2 30 2008.");
+  EXPECT_EQ(import_failure("MODELTYPE 1\nSEEDTIME 24 0 0"), ", line 2: not an hour, minute and second: 24 0 0.");
+  EXPECT_EQ(import_failure("MODELTYPE 1\nSEEDDATE 1 1 3999\nENDJULIAN 365"),
+            ", line 3: 365 days after the start is no date from 1600-01-01 to 3999-12-31.");
+  EXPECT_EQ(import_failure("\xff\xfeM"), ": is text in UTF-16. Save it as UTF-8.");
   EXPECT_EQ(import_failure("MODELTYPE 1\nNUMSEG 1\nSEGNAME 1 \"open"), ", line 3: a text has no closing quote.");
   EXPECT_EQ(import_failure("MODELTYPE 1\nNUMSEG 1\nSEGNAME 1 \"\\ud800x\""),
             ", line 3: a text holds half a surrogate pair.");
   std::filesystem::remove(path("bad.inp"));
   import_export(&FakeHost::callback, 1);
   EXPECT_EQ(host.failures.back(), path("bad.inp") + ": can't be read.");
+}
+
+TEST_F(ScriptTest, ByteOrderMarkAndSmallLettersAreUnderstood) {
+  write("small.inp", "\xef\xbb\xbfmodeltype 1\nNumSeg 2\nvolume 2 3\n");
+  import_export(&FakeHost::callback, 1);
+  EXPECT_EQ(host.return_code, 0) << host.failures.back();
+  EXPECT_EQ(host.number("VOLUME 2"), 3);
 }
 
 TEST_F(ScriptTest, NetworkIsReadByItselfAndEndsWithTheBoundaries) {
@@ -131,7 +154,7 @@ TEST_F(ScriptTest, NetworkIsReadByItselfAndEndsWithTheBoundaries) {
   EXPECT_TRUE(host.bound_found);
   write("net.vkn", "INITC 1 1 2\n");
   import_network(&FakeHost::callback);
-  EXPECT_THAT(host.failures.back(), HasSubstr("line 1: the keyword \"INITC\" is not known here"));
+  EXPECT_THAT(host.failures.back(), HasSubstr("line 1: the keyword INITC does not belong in a network file (.vkn)."));
 }
 
 } // namespace
