@@ -54,6 +54,7 @@ Form form_of(const std::string& file) {
 
 std::string named_file(Host& host) {
   std::string file = host.string("FILENAME");
+  host.stop_if_cancelled(); // a name that is too long has failed the job
   if (file.empty()) throw InputError("No file is named.");
   return file;
 }

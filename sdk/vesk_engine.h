@@ -12,9 +12,11 @@
  *   INTEGER   address of an int32_t
  *   REAL      address of a float
  *   STRING    address of a NUL-terminated character buffer. The callback knows no buffer's size: a text that is
- *             read is written whole with its terminator. Names of segments, systems, functions, constants and
- *             output variables have up to 255 bytes (so 256 with the terminator); file names have no limit. Start
- *             a buffer as an empty text: a read that finds nothing leaves it, and a log shows it, as it was.
+ *             read is written whole with its terminator. Names and descriptions have at most 255 bytes (256 with
+ *             the terminator), file names (HYDROFILE, NPSFILE, FILENAME, PROJECTFILE, CSVOPFILENAME) at most 4,095
+ *             (4,096 with it). A GET of a longer file name writes nothing and fails the job: CANCEL answers 1 from
+ *             then on. Only the results of SPRINTF... have no limit. Start a buffer as an empty text: a read that
+ *             finds nothing leaves it, and a log shows it, as it was.
  *   array     address of the first element of an array of float, owned by the engine. A log shows that element, so an
  *             array of none has one, too.
  *

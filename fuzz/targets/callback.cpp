@@ -23,9 +23,10 @@ namespace {
 using namespace vesk;
 using fuzz::demand;
 
-constexpr std::int32_t longest_list = 40;      // that an engine asks for; more only takes longer
-constexpr std::size_t longest_name = 256;      // with its terminator; the buffer of an engine for it
-constexpr std::size_t longest_text = 64 << 10; // more than any file name of an input, and any formatted text
+constexpr std::int32_t longest_list = 40; // that an engine asks for; more only takes longer
+// The buffers of an engine, with the terminator.
+constexpr std::size_t name_buffer = 256, file_name_buffer = 4096;
+constexpr std::size_t formatted_buffer = 64 << 10; // more than any formatted text of an input
 
 class input {
 public:
@@ -42,9 +43,12 @@ public:
     const int first = byte();
     return first < 192 ? static_cast<float>(first % 64 - 8) / 4 : std::bit_cast<float>(word());
   }
+  // Up to 478 bytes of the input, or one letter of it up to 15,360 times.
   std::string text() {
+    const std::size_t first = byte();
+    if (first >= 240) return std::string((first - 240 + 1) * 960, static_cast<char>(std::max<int>(byte(), 1)));
     std::string result;
-    for (std::size_t left = std::size_t{2} * byte(); left > 0 && !empty(); --left)
+    for (std::size_t left = 2 * first; left > 0 && !empty(); --left)
       if (const std::uint8_t letter = byte(); letter != 0) result += static_cast<char>(letter);
     return result;
   }
@@ -78,10 +82,16 @@ public:
   shell_interface& shell() override { return shell_; }
   bool logging_enabled() const override { return logs_; }
   bool has_log() const override { return logs_; }
-  void fail(std::string_view cause) override { fuzz::fail("thrown in the callback: " + std::string(cause)); }
+  std::string input_file_name() const override { return file_name_; }
+  void set_file_name(std::string_view name) override { file_name_ = name; }
+  void fail(std::string_view cause) override {
+    if (!cause.ends_with("bytes long, but an engine has room for 4095; shorten it."))
+      fuzz::fail("thrown in the callback: " + std::string(cause));
+  }
 
 private:
   const bool logs_;
+  std::string file_name_;
   shell_interface shell_;
 };
 
@@ -92,9 +102,10 @@ bool sets_a_length(std::string_view keyword) {
   return is_one_of(keyword, {"NUMSEG", "NUMDT", "NPRINT", "NTEX", "NORS", "NOBRKS", "NINQ", "NOQS", "NBRKQ", "NBRKTF",
                              "NOBC", "NBFP", "NOWK", "NBWK"});
 }
-bool has_long_texts(std::string_view keyword) {
-  return keyword.starts_with("SPRINTF") ||
-         is_one_of(keyword, {"FILENAME", "HYDROFILE", "NPSFILE", "PROJECTFILE", "CSVOPFILENAME"});
+std::size_t buffer_for(std::string_view keyword) {
+  if (keyword.starts_with("SPRINTF")) return formatted_buffer;
+  const bool is_file = is_one_of(keyword, {"FILENAME", "HYDROFILE", "NPSFILE", "PROJECTFILE", "CSVOPFILENAME"});
+  return is_file ? file_name_buffer : name_buffer;
 }
 
 // Its memory has just the sizes that the header tells.
@@ -150,7 +161,8 @@ private:
     default: {
       const bool is_output = row.keyword.starts_with("SPRINTF") ? i == 0 : is_get;
       const std::string text = is_output ? "" : bytes_.text();
-      texts_[i].assign(!is_output ? text.size() + 1 : has_long_texts(row.keyword) ? longest_text : longest_name, '\0');
+      texts_[i].assign(!is_output ? text.size() + 1 : buffer_for(row.keyword), '\0');
+      texts_[i].shrink_to_fit();
       std::copy(text.begin(), text.end(), texts_[i].begin());
       words_[i] = texts_[i].data();
     }

@@ -13,7 +13,7 @@ namespace {
 void print(const shell_interface& shell, char* output, const char* format, std::initializer_list<format_value> values) {
   const auto text = format_values(format, {values.begin(), values.size()});
   if (!text) shell.warn(std::string("the format \"") + format + "\" does not suit its values");
-  to_argument(shell, text.value_or(""), output);
+  copy_text(text.value_or(""), output);
 }
 
 format_value widened(float value) {

@@ -4,15 +4,21 @@
 //   bool             INTEGER: 0 or 1; whatever is not 0 is true
 //   std::uint32_t    INTEGER: as it is
 //   std::int32_t     INTEGER: a segment's position, which the engine counts from index_base
-//   texts            STRING: whole, with the terminator
+//   texts            STRING: whole, with the terminator. Names have at most 255 bytes by their type. A file name longer
+//                    than engines have room for throws, which fails the job: writing it would overrun their buffer
 #pragma once
 
 #include "shell/shell_interface.h"
 
 #include <cstring>
+#include <stdexcept>
 #include <string>
 
 namespace vesk {
+
+// Bytes without the terminator, as sdk/vesk_engine.h promises them to engines.
+inline constexpr std::size_t longest_file_name = 4095, longest_name = 255;
+static_assert(short_text::max_size == longest_name);
 
 inline void to_argument(const shell_interface&, double member, float& argument) {
   argument = static_cast<float>(member);
@@ -27,11 +33,18 @@ inline void to_argument(const shell_interface& shell, std::int32_t member, std::
   argument =
       static_cast<std::int32_t>(static_cast<std::uint32_t>(member) + static_cast<std::uint32_t>(shell.index_base));
 }
-inline void to_argument(const shell_interface&, const std::string& member, char* argument) {
-  std::memcpy(argument, member.c_str(), member.size() + 1);
+inline void copy_text(const std::string& text, char* argument) {
+  std::memcpy(argument, text.c_str(), text.size() + 1);
 }
-inline void to_argument(const shell_interface& shell, const short_text& member, char* argument) {
-  to_argument(shell, member.str(), argument);
+inline void to_argument(const shell_interface&, const std::string& file_name, char* argument) {
+  if (file_name.size() > longest_file_name)
+    throw std::length_error("the file name is " + std::to_string(file_name.size()) +
+                            " bytes long, but an engine has room for " + std::to_string(longest_file_name) +
+                            "; shorten it.");
+  copy_text(file_name, argument);
+}
+inline void to_argument(const shell_interface&, const short_text& name, char* argument) {
+  copy_text(name.str(), argument);
 }
 
 inline void from_argument(const shell_interface&, double& member, float argument) {

@@ -61,6 +61,39 @@ TEST(Callback, ReadsNoNameBeyondItsEnd) {
   munmap(page, 8192);
 }
 
+// An engine's buffer ends with the last byte of the memory there is.
+TEST(Callback, AFileNameThatEnginesHaveNoRoomForFailsTheJob) {
+  noting_job job(false);
+  const engine_job_scope serving(job);
+  constexpr std::size_t room = 4096;
+  char* pages = static_cast<char*>(mmap(nullptr, 2 * room, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+  ASSERT_EQ(mprotect(pages + room, room, PROT_NONE), 0);
+  struct {
+    const char* keyword;
+    void (*set)(noting_job&, const std::string&);
+  } const cases[] = {
+      {"HYDROFILE", [](noting_job& j, const std::string& name) { j.data.hydrodynamic_file = name; }},
+      {"NPSFILE", [](noting_job& j, const std::string& name) { j.data.nps_file = name; }},
+      {"FILENAME", [](noting_job& j, const std::string& name) { j.set_file_name(name); }},
+  };
+  for (const auto& c : cases) {
+    const std::string get = std::string("G") + c.keyword, longest(room - 1, 'x');
+    c.set(job, longest);
+    data_callback(get.c_str(), pages, nullptr, nullptr, nullptr, nullptr);
+    EXPECT_EQ(pages, longest);
+    EXPECT_THAT(job.take_notes(), IsEmpty());
+    std::strcpy(pages, "as it was");
+    c.set(job, std::string(100'000, 'x'));
+    data_callback(get.c_str(), pages, nullptr, nullptr, nullptr, nullptr);
+    EXPECT_STREQ(pages, "as it was");
+    EXPECT_THAT(
+        job.take_notes(),
+        ElementsAre(std::string("fail GET ") + c.keyword +
+                    " failed: the file name is 100000 bytes long, but an engine has room for 4095; shorten it."));
+  }
+  munmap(pages, 2 * room);
+}
+
 TEST(Callback, TracesACallToTheLetter) {
   noting_job job;
   job.traced = true;
