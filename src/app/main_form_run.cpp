@@ -311,11 +311,10 @@ void TPreveskMainForm::clear_grid_data() {
 std::optional<double> TPreveskMainForm::ResultsTableGetCellData(int row, int column) const {
   const std::lock_guard guard(grid_lock_);
   if (!grid_data || row < 0 || row >= grid_rows_ || column < 0) return {};
-  if ((grid_invert ? row : column) >= grid_actual_columns) return {}; // more than the engine's array has
-  // Both ways of laying it out step by the columns; the rows play no part.
-  const auto at = grid_invert ? row + std::ptrdiff_t{column} * grid_actual_columns
-                              : column + std::ptrdiff_t{row} * grid_actual_columns;
-  return static_cast<double>(grid_data[at]);
+  // Both ways of laying it out step by the columns; the rows only bound it.
+  const int inner = grid_invert ? row : column, outer = grid_invert ? column : row;
+  if (inner >= grid_actual_columns || outer >= grid_actual_rows) return {}; // more than the engine's array has
+  return static_cast<double>(grid_data[inner + std::ptrdiff_t{outer} * grid_actual_columns]);
 }
 
 } // namespace vesk

@@ -33,7 +33,6 @@ void model_thread::Execute() {
   const millisecond_clock ticks;
   const engine_job_scope serving(*this);
   data_set_.apply_thread_defaults();
-  const at_end leave{[this] { leave_nothing_behind(); }};
   try {
     call_engine();
   } catch (const std::exception& error) {
@@ -41,10 +40,14 @@ void model_thread::Execute() {
   } catch (...) {
     fail("The engine failed with an exception of an unknown kind.");
   }
+  if (grid_was_taken_back_) clear_grid_data(); // repaints it
 }
 
 void model_thread::call_engine() {
   const std::string library_text = data_set_.library;
+  // Here and not in Execute: what the engine has registered may be gone once its function is left, and the window
+  // repaints while it shows a failure.
+  const at_end left{[this] { take_back_arrays(); }};
   switch (code_) {
   case job_code::run: return library_->execute_model(library_text.c_str(), &data_callback);
   case job_code::get_maximum_parameters: return library_->get_maximum_parameters(library_text.c_str(), &data_callback);
@@ -56,10 +59,10 @@ void model_thread::call_engine() {
   }
 }
 
-// Whatever the engine has registered is its own and may be gone by now.
-void model_thread::leave_nothing_behind() {
+void model_thread::take_back_arrays() {
   arrays_ = {};
-  if (grid_data_is_set()) clear_grid_data();
+  grid_was_taken_back_ = grid_data_is_set();
+  if (grid_was_taken_back_) set_grid_data(nullptr, 0, 0, false);
 }
 
 } // namespace vesk

@@ -45,7 +45,7 @@ protected:
 
 private:
   void call_engine();
-  void leave_nothing_behind();
+  void take_back_arrays(); // that the engine has registered
 
   const std::shared_ptr<const engine_library> library_;
   prevesk_dataset_data_type data_set_; // the worker's while it runs, the main thread's in the end handler
@@ -53,6 +53,7 @@ private:
   shell_interface shell_;
   const job_code code_;
   registered_arrays arrays_;
+  bool grid_was_taken_back_ = false; // the engine has left its grid behind
 };
 
 } // namespace vesk

@@ -208,6 +208,25 @@ TEST_F(RunControl, TheGridReadsTheEnginesArrayUntilTheEnd) {
   EXPECT_EQ(form.ResultsTableGetCellData(0, 0), std::nullopt);
 }
 
+TEST_F(RunControl, NoCellIsReadOutsideTheEnginesArray) {
+  make_data("shows a short grid"); // set up for 4 rows of 2, with an array of 3 by 2: 1 2 3 / 4 5 6
+  form.RunModelButtonClick();
+  while (ui.lines.empty()) wait_and_synchronize(std::chrono::milliseconds(1));
+  EXPECT_EQ(form.ResultsTableGetCellData(1, 2), 6.0);
+  for (const auto& [row, column] : {std::pair(2, 0), std::pair(3, 1), std::pair(0, 3)})
+    EXPECT_EQ(form.ResultsTableGetCellData(row, column), std::nullopt) << row << " " << column;
+  form.cancel_job();
+  finish();
+
+  make_data("shows a short grid inverted");
+  ui.lines.clear();
+  form.RunModelButtonClick();
+  while (ui.lines.empty()) wait_and_synchronize(std::chrono::milliseconds(1));
+  EXPECT_EQ(form.ResultsTableGetCellData(2, 1), 6.0);
+  for (const auto& [row, column] : {std::pair(3, 0), std::pair(0, 2)})
+    EXPECT_EQ(form.ResultsTableGetCellData(row, column), std::nullopt) << row << " " << column;
+}
+
 // A platform that refuses all but to stop and to go on.
 struct grudging_platform final : priority_platform {
   explicit grudging_platform(ResizableThread& thread) : worker(thread) {}

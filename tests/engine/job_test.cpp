@@ -20,7 +20,7 @@ public:
   std::atomic<bool> logging{false};
 
   void add_job_line(const std::string& text, int icon) override {
-    notes.push_back(std::to_string(icon) + " " + text);
+    notes.push_back(std::to_string(icon) + " " + text + (grid ? ", with a grid" : ""));
     ++lines_told;
   }
   void clear_info_lines() override { notes.push_back("clear"); }
@@ -131,6 +131,12 @@ TEST(Job, LeavesNoPointerIntoTheEngineBehind) {
   const job_result result = run_job(job_code::run, data_for("grid without DONE"));
   EXPECT_EQ(result.notes, (lines{"grid of 2: one two three", "grid of 2: only"}));
   EXPECT_TRUE(result.mailbox.grid_changed);
+  EXPECT_FALSE(result.grid_left);
+}
+
+TEST(Job, TakesTheGridBackBeforeAFailureIsShown) {
+  const job_result result = run_job(job_code::run, data_for("throws with a grid of its own"));
+  EXPECT_EQ(result.notes, (lines{"grid of 4: one two", "0 shown, with a grid", "2 The engine failed: too deep"}));
   EXPECT_FALSE(result.grid_left);
 }
 

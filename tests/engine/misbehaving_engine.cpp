@@ -32,6 +32,17 @@ void grid(const std::vector<std::string>& labels, std::int32_t rows) {
   call("PGRIDINIT", block.data(), &width, &columns, &rows, nullptr);
 }
 
+// Fewer rows and other columns than the grid was set up for.
+void show_short_grid(std::int32_t invert) {
+  float values[] = {1, 2, 3, 4, 5, 6};
+  std::int32_t columns = 3, rows = 2;
+  grid({"one", "two"}, 4);
+  call("PGRIDDATA", values, &columns, &rows, &invert, nullptr);
+  put("PINFO", "shown");
+  while (get("GCANCEL") == 0) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  call("PDONE", nullptr, nullptr, nullptr, nullptr, nullptr);
+}
+
 // Left behind on purpose after the engine has returned.
 float grid_values[4] = {1, 2, 3, 4};
 
@@ -71,6 +82,18 @@ const std::map<std::string, void (*)()> behaviours{
        put("PINFO", "shown");
        while (get("GCANCEL") == 0) std::this_thread::sleep_for(std::chrono::milliseconds(1));
        call("PDONE", nullptr, nullptr, nullptr, nullptr, nullptr);
+     }},
+    {"shows a short grid", [] { show_short_grid(0); }},
+    {"shows a short grid inverted", [] { show_short_grid(1); }},
+    {"throws with a grid of its own",
+     [] {
+       // On the heap, as any engine has it: gone when the exception has left.
+       std::vector<float> values(1 << 16, 1.0F);
+       grid({"one", "two"}, 4); // more rows than the array has
+       std::int32_t columns = 2, rows = 2, invert = 0;
+       call("PGRIDDATA", values.data(), &columns, &rows, &invert, nullptr);
+       put("PINFO", "shown");
+       throw std::runtime_error("too deep");
      }},
     {"waits for cancel",
      [] {
