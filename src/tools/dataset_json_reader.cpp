@@ -1,9 +1,10 @@
 #include "dataset/text_encoding.h"
+#include "platform/nearest_name.h"
 #include "tools/clockless_data_set.h"
 #include "tools/dataset_json.h"
 #include "tools/file_version_text.h"
+#include "tools/iso_dates.h"
 #include "tools/json_loader.h"
-#include "platform/nearest_name.h"
 
 #include <bit>
 #include <charconv>
@@ -81,6 +82,35 @@ void take_double(json_loader& loader, void* place, json_scalar&& value) {
   }
 }
 
+// A date or time: the number that the file holds, or an ISO 8601 text.
+template <class Number>
+struct date_form {
+  const char* expected;
+  std::optional<Number> (*from_text)(std::string_view);
+};
+constexpr date_form<std::int32_t> point_date{"a day number or a date like \"2011-10-01\"", day_of_iso_date};
+constexpr date_form<std::int32_t> point_time{"seconds or a time like \"06:30:00\"", seconds_of_iso_time};
+constexpr date_form<double> own_date{"a day number or a date like \"2011-10-01\"", number_of_iso_date};
+constexpr date_form<double> own_time{"a fraction of a day or a time like \"06:30:00\"", fraction_of_iso_time};
+
+void take_number(json_loader& loader, std::int32_t* place, json_scalar&& value) {
+  take_integer<std::int32_t>(loader, place, std::move(value));
+}
+void take_number(json_loader& loader, double* place, json_scalar&& value) {
+  take_double(loader, place, std::move(value));
+}
+
+template <class Number, const date_form<Number>& form>
+void take_date(json_loader& loader, void* place, json_scalar&& value) {
+  const auto* text = std::get_if<std::string>(&value);
+  const bool is_special = std::is_same_v<Number, double> && text && special_double(*text);
+  if (!text || is_special) return take_number(loader, static_cast<Number*>(place), std::move(value));
+  const auto number = form.from_text(*text);
+  constexpr std::size_t most_shown = 40;
+  if (!number) loader.fail_unexpected(form.expected, text->size() > most_shown ? "a text" : "\"" + *text + "\"");
+  *static_cast<Number*>(place) = *number;
+}
+
 void put_text(json_loader&, std::string& to, std::string&& text) {
   to = std::move(text);
 }
@@ -128,6 +158,8 @@ constexpr slot_kind flag_kind{.expected = "true or false", .take = take_flag};
 constexpr slot_kind double_kind{.expected = "a number", .take = take_double};
 template <class Integer>
 constexpr slot_kind integer_kind{.expected = "a whole number", .take = take_integer<Integer>};
+template <class Number, const date_form<Number>& form>
+constexpr slot_kind date_kind{.expected = form.expected, .take = take_date<Number, form>};
 
 slot slot_for(bool& value) {
   return {&value, &flag_kind};
@@ -175,7 +207,14 @@ public:
     names_.push_back(name);
   }
   void header(std::uint32_t& file_version) { field("file_version", file_version); }
-  void section(int, std::string_view name, auto& member) { field(name, member); }
+  void section(int, std::string_view name, auto& member) {
+    field(name, member);
+    if constexpr (std::is_same_v<decltype(member), double&>) {
+      const date_part part = date_part_of(name);
+      if (name != name_ || part == date_part::none) return;
+      found_.kind = part == date_part::date ? &date_kind<double, own_date> : &date_kind<double, own_time>;
+    }
+  }
   void points_section(int, std::string_view name, stored_series& series) {
     field(name.substr(0, name.find('.')), series);
   }
@@ -251,8 +290,8 @@ void clear_list(json_loader&, void* place) {
 slot point_part(json_loader& loader, void* place, std::size_t index) {
   moment_value_pair_type& point = *static_cast<moment_value_pair_type*>(place);
   switch (index) {
-  case 0: return slot_for(point.date);
-  case 1: return slot_for(point.time);
+  case 0: return {&point.date, &date_kind<std::int32_t, point_date>};
+  case 1: return {&point.time, &date_kind<std::int32_t, point_time>};
   case 2: return slot_for(point.value);
   default: loader.fail("a point is [date, time, value].");
   }

@@ -1,5 +1,6 @@
 #include "dataset/text_encoding.h"
 #include "tools/dataset_json.h"
+#include "tools/iso_dates.h"
 
 #include <array>
 #include <bit>
@@ -18,12 +19,17 @@ constexpr int sections_to_query = 32;
 // The printing visitor of the layout. Piece by piece, so that the size of a data set does not matter.
 class json_printer : public versioned {
 public:
-  json_printer(binary_writer& output, std::uint32_t version, int last_section)
-      : versioned(version), output_(output), last_section_(last_section) {}
+  json_printer(binary_writer& output, std::uint32_t version, int last_section, json_dates dates)
+      : versioned(version), output_(output), last_section_(last_section), iso_(dates == json_dates::iso) {}
 
   void header(const std::uint32_t& file_version) { field("file_version", file_version); }
   void section(int number, const char* name, const auto& member) {
-    if (number <= last_section_) field(name, member);
+    if (number > last_section_) return;
+    if constexpr (std::is_same_v<decltype(member), const double&>) {
+      const date_part part = date_part_of(name);
+      if (part != date_part::none) return date_or_time(name, part, member);
+    }
+    field(name, member);
   }
   void points_section(int number, std::string_view name, const stored_series& series) {
     if (number > last_section_) return;
@@ -75,9 +81,9 @@ private:
   void value(const point_list& points) {
     list(points, [this](const moment_value_pair_type& point) {
       output_.bytes("[");
-      digits(point.date);
+      text_or_number(iso_ ? iso_date(point.date) : std::nullopt, point.date);
       output_.bytes(", ");
-      digits(point.time);
+      text_or_number(iso_ ? iso_time(point.time) : std::nullopt, point.time);
       output_.bytes(", ");
       value(point.value);
       output_.bytes("]");
@@ -104,6 +110,16 @@ private:
       else
         record(r);
     });
+  }
+
+  void date_or_time(std::string_view name, date_part part, double number) {
+    begin_member(name);
+    if (!iso_) return value(number);
+    text_or_number(part == date_part::date ? iso_date_of_number(number) : iso_time_of_fraction(number), number);
+  }
+  void text_or_number(const std::optional<std::string>& text, auto number) {
+    if (text) return quoted(*text);
+    value(number);
   }
 
   void list(const auto& elements, auto print) {
@@ -186,6 +202,7 @@ private:
 
   binary_writer& output_;
   int last_section_;
+  bool iso_;
   std::size_t depth_ = 0;
   bool first_ = true;    // nothing yet inside the innermost bracket
   bool in_line_ = false; // inside a record that takes one line
@@ -193,8 +210,8 @@ private:
 
 } // namespace
 
-void write_json(binary_writer& output, const prevesk_dataset_data_type& data, int last_section) {
-  json_printer printer(output, data.file_version, last_section);
+void write_json(binary_writer& output, const prevesk_dataset_data_type& data, int last_section, json_dates dates) {
+  json_printer printer(output, data.file_version, last_section, dates);
   printer.record(data);
   output.bytes("\n");
   output.finish();

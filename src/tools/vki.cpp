@@ -23,13 +23,14 @@ enum exit_status { success = 0, failed_file = 1, wrong_usage = 2 };
 constexpr std::string_view standard_stream = "-";
 
 constexpr const char* usage =
-    "usage: vki dump FILE              print a data file as JSON\n"
-    "       vki load IN.json OUT.vki   write a data file from JSON\n"
-    "       vki check FILE             say whether a data file is intact\n"
-    "       vki upgrade IN OUT         rewrite a data file in the current layout\n"
+    "usage: vki dump [--dates iso] FILE   print a data file as JSON\n"
+    "       vki load IN.json OUT.vki      write a data file from JSON\n"
+    "       vki check FILE                test whether a data file is intact\n"
+    "       vki upgrade IN OUT            rewrite a data file in the current layout\n"
     "       vki --help | --version\n"
     "\n"
-    "\"-\" is standard input or output. A file that is written takes its place only when it is whole.\n"
+    "--dates iso prints dates and times as \"2011-10-01\" and \"06:30:00\", otherwise they are day numbers.\n"
+    "\"-\" is standard input or output. An existing file is replaced only when the new one is complete.\n"
     "Exit status: 0 done, 1 a file failed, 2 wrong usage.\n";
 
 // An input's name in messages.
@@ -52,47 +53,54 @@ void save(const std::string& name, const prevesk_dataset_data_type& data) {
   data.write(output);
 }
 
-void dump(const std::vector<std::string>& names) {
-  data_file input = open_input(names[0]);
+struct request {
+  std::vector<std::string> files;
+  json_dates dates = json_dates::numbers;
+};
+
+void dump(const request& asked) {
+  const std::string& name = asked.files[0];
+  data_file input = open_input(name);
   prevesk_dataset_data_type data = clockless_data_set();
   const vki_facts facts = read_vki(input.reader(), data);
   binary_writer output(STDOUT_FILENO, "standard output");
-  write_json(output, data, facts.last_section.number);
+  write_json(output, data, facts.last_section.number, asked.dates);
   if (facts.version > data.current_file_version())
-    std::fprintf(stderr, "%s: version %s is newer than %s; read as far as its bytes go.\n", shown(names[0]).c_str(),
+    std::fprintf(stderr, "%s: version %s is newer than %s; read as far as its bytes go.\n", shown(name).c_str(),
                  file_version_text(facts.version).c_str(), file_version_text(data.current_file_version()).c_str());
 }
 
-void load(const std::vector<std::string>& names) {
-  const std::string json = read_text(names[0]);
+void load(const request& asked) {
+  const std::string json = read_text(asked.files[0]);
   try {
-    save(names[1], read_json(json));
+    save(asked.files[1], read_json(json));
   } catch (const json_exception& error) {
-    throw json_exception(shown(names[0]) + ": " + error.what());
+    throw json_exception(shown(asked.files[0]) + ": " + error.what());
   }
 }
 
-void check(const std::vector<std::string>& names) {
-  check_data_file(open_input(names[0]).reader());
+void check(const request& asked) {
+  check_data_file(open_input(asked.files[0]).reader());
 }
 
-void upgrade(const std::vector<std::string>& names) {
-  data_file input = open_input(names[0]);
+void upgrade(const request& asked) {
+  data_file input = open_input(asked.files[0]);
   prevesk_dataset_data_type data = clockless_data_set();
   const vki_facts facts = read_vki(input.reader(), data);
   refuse_newer_version(input.reader(), facts.version);
   data.file_version = data.current_file_version();
-  save(names[1], data);
+  save(asked.files[1], data);
 }
 
 struct command {
   std::string_view name;
   std::size_t files;
-  void (*run)(const std::vector<std::string>& names);
+  bool takes_dates = false;
+  void (*run)(const request& asked);
 };
 
 constexpr command commands[] = {
-    {.name = "dump", .files = 1, .run = dump},
+    {.name = "dump", .files = 1, .takes_dates = true, .run = dump},
     {.name = "load", .files = 2, .run = load},
     {.name = "check", .files = 1, .run = check},
     {.name = "upgrade", .files = 2, .run = upgrade},
@@ -103,17 +111,26 @@ int fail_usage(const std::string& cause) {
   return wrong_usage;
 }
 
-int run(const command& chosen, const std::vector<std::string>& names) {
-  for (const std::string& name : names)
-    if (name.empty() || (name[0] == '-' && name != standard_stream))
-      return fail_usage("\"" + name + "\" is no option and no file name.");
-  if (names.size() != chosen.files)
-    return fail_usage(std::string(chosen.name) + " takes " + (chosen.files == 1 ? "one file." : "two files."));
+int run(const command& chosen, const std::vector<std::string>& words) {
+  request asked;
+  for (std::size_t i = 0; i < words.size(); ++i) {
+    const std::string& word = words[i];
+    if (word == "--dates" && chosen.takes_dates) {
+      if (++i == words.size() || words[i] != "iso") return fail_usage("option --dates requires the value iso.");
+      asked.dates = json_dates::iso;
+    } else if (word.empty() || (word[0] == '-' && word != standard_stream)) {
+      return fail_usage("\"" + word + "\" is neither an option of " + std::string(chosen.name) + " nor a file name.");
+    } else {
+      asked.files.push_back(word);
+    }
+  }
+  if (asked.files.size() != chosen.files)
+    return fail_usage(std::string(chosen.name) + " requires " + (chosen.files == 1 ? "one file." : "two files."));
   try {
-    chosen.run(names);
+    chosen.run(asked);
     return success;
   } catch (const std::bad_alloc&) {
-    std::fprintf(stderr, "%s\n", memory_failure(shown(names[0])).c_str());
+    std::fprintf(stderr, "%s\n", memory_failure(shown(asked.files[0])).c_str());
     return failed_file;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "%s\n", error.what());

@@ -1,4 +1,5 @@
 #include "tools/dataset_json.h"
+#include "tools/iso_dates.h"
 
 #include "old_data_file.h"
 #include "sample_data_set.h"
@@ -18,10 +19,10 @@ std::string bytes_of(const prevesk_dataset_data_type& data) {
   return bytes;
 }
 
-std::string json_of(const prevesk_dataset_data_type& data) {
+std::string json_of(const prevesk_dataset_data_type& data, json_dates dates = json_dates::numbers) {
   std::string json;
   binary_writer writer(json);
-  write_json(writer, data);
+  write_json(writer, data, layout<prevesk_dataset_data_type>::last_section, dates);
   return json;
 }
 
@@ -62,6 +63,45 @@ TEST(DatasetJson, ADataSetComesBackByteForByte) {
   const std::string json = json_of(data);
   EXPECT_EQ(bytes_of(read_json(json)), bytes_of(data));
   EXPECT_EQ(json_of(read_json(json)), json);
+}
+
+// The two ways of counting days of the data file, and what no ISO text gives back bit for bit.
+TEST(DatasetJson, DatesAsIsoTextsComeBackByteForByte) {
+  prevesk_dataset_data_type data = read_json("{}");
+  data.seed_date = 40817; // 1 October 2011
+  data.seed_time = 0.25;
+  data.end_date = 40817.5;         // not a whole day
+  data.end_time = 23400.5 / 86400; // not a whole second
+  data.skip_date = std::numeric_limits<double>::infinity();
+  data.skip_time = -0.0;
+  data.time_steps.points = {
+      {{150388, 23400}, 1}, {{0, 86399}, 2}, {{59, 0}, 3}, {{150388, 86400}, 4}, {{-584025, -1}, 5}};
+  const std::string iso = json_of(data, json_dates::iso);
+  for (const char* line :
+       {R"(["2011-10-01", "06:30:00", 1])", R"(["1600-01-01", "23:59:59", 2])", R"(["1600-02-29", "00:00:00", 3])",
+        R"(["2011-10-01", 86400, 4])", "[-584025, -1, 5]", R"("seed_date": "2011-10-01")", R"("seed_time": "06:00:00")",
+        R"("end_date": 40817.5)", R"("end_time": 0.270839)", R"("skip_date": "inf")", R"("skip_time": -0.0)"})
+    EXPECT_NE(iso.find(line), std::string::npos) << line << "\n" << iso;
+  EXPECT_EQ(bytes_of(read_json(iso)), bytes_of(data));
+
+  for (std::int32_t second = 0; second < 86400; ++second) { // no time of day is a number
+    const auto text = iso_time_of_fraction(second / 86400.0);
+    ASSERT_TRUE(text && fraction_of_iso_time(*text) == second / 86400.0) << second;
+  }
+
+  const prevesk_dataset_data_type typed = read_json(
+      R"({"seed_date": "2012-02-29", "end_time": "18:00", "time_steps": {"points": [["1600-12-31", "00:01", 2]]}})");
+  EXPECT_EQ(typed.seed_date, 40968);
+  EXPECT_EQ(typed.end_time, 0.75);
+  EXPECT_EQ(typed.time_steps.points, (point_list{{{365, 60}, 2}}));
+  for (const char* wrong :
+       {"2011-02-29", "2011-13-01", "2011-1-01", "10/01/2011", "2011-10-01T06:00", "0000-01-01", ""})
+    EXPECT_EQ(refusal(R"({"end_date": ")" + std::string(wrong) + "\"}"),
+              "end_date: expected a day number or a date like \"2011-10-01\", found \"" + std::string(wrong) + "\".");
+  for (const char* wrong : {"24:00:00", "06:60", "06:30:60", "6:30", "06-30", "06:30:", "ab:cd"})
+    EXPECT_EQ(refusal(R"({"time_steps": {"points": [["2011-10-01", ")" + std::string(wrong) + "\", 1]]}}"),
+              "time_steps.points[0][1]: expected seconds or a time like \"06:30:00\", found \"" + std::string(wrong) +
+                  "\".");
 }
 
 TEST(DatasetJson, IsPrintedAsTold) {
@@ -248,7 +288,7 @@ TEST(DatasetJson, WhatIsWrongIsNamedByItsPath) {
       {R"({"time_steps": {"points": [[1, 2, 3], [1, 2]]}})", "time_steps.points[1]: a point is [date, time, value]."},
       {R"({"time_steps": {"points": [[1, 2, 3, 4]]}})", "time_steps.points[0][3]: a point is [date, time, value]."},
       {R"({"time_steps": {"points": [[1, "2", 3]]}})",
-       "time_steps.points[0][1]: expected a whole number, found a text."},
+       "time_steps.points[0][1]: expected seconds or a time like \"06:30:00\", found \"2\"."},
       {R"({"time_steps": {"query": {"conditions": [{"comparison": []}]}}})",
        "time_steps.query.conditions[0].comparison: expected a whole number, found an array."},
       {R"({"description": {"windows-1252": "中"}})",

@@ -37,6 +37,10 @@ TEST_F(VkiProgram, DumpAndLoadGiveTheSameBytesByFileAndByPipe) {
   folder_.write("river.json", vki({"dump", file("river.vki")}).out);
   EXPECT_EQ(vki({"load", file("river.json"), file("copy.vki")}).status, 0);
   EXPECT_EQ(folder_.read("copy.vki"), river());
+  const program_result iso =
+      shell(VKI " dump --dates iso river.vki | tee iso.json | " VKI " load - - | cmp - river.vki");
+  EXPECT_EQ(iso.status, 0) << iso.err;
+  EXPECT_NE(folder_.read("iso.json").find("\"seed_date\": \"2000-01-01\""), std::string::npos);
 }
 
 TEST_F(VkiProgram, CheckNamesTheFirstThingThatIsWrong) {
@@ -156,11 +160,14 @@ TEST_F(VkiProgram, ExitStatusTellsAFailedFileFromWrongUsage) {
     int status;
     std::string start; // of standard error
   } cases[] = {
-      {{}, 2, "vki: no command.\nusage: vki dump FILE"},
+      {{}, 2, "vki: no command.\nusage: vki dump [--dates iso] FILE"},
       {{"dumb", "a"}, 2, "vki: unknown command \"dumb\".\n"},
-      {{"check"}, 2, "vki: check takes one file.\n"},
-      {{"load", "a"}, 2, "vki: load takes two files.\n"},
-      {{"dump", "--all"}, 2, "vki: \"--all\" is no option and no file name.\n"},
+      {{"check"}, 2, "vki: check requires one file.\n"},
+      {{"load", "a"}, 2, "vki: load requires two files.\n"},
+      {{"dump", "--all"}, 2, "vki: \"--all\" is neither an option of dump nor a file name.\n"},
+      {{"check", "--dates", "iso"}, 2, "vki: \"--dates\" is neither an option of check nor a file name.\n"},
+      {{"dump", "--dates", "a.vki"}, 2, "vki: option --dates requires the value iso.\n"},
+      {{"dump", "a.vki", "--dates"}, 2, "vki: option --dates requires the value iso.\n"},
       {{"dump", "/no/such"}, 1, "Cannot open /no/such: No such file or directory.\n"},
       {{"check", "/"}, 1, "Cannot open /: Is a directory.\n"},
       {{"load", "/no/such", "x"}, 1, "Cannot open /no/such: No such file or directory.\n"},
