@@ -148,7 +148,7 @@ private:
 
   void publish() {
     std::optional<RestartFile> restart;
-    if (input_.writes_restart) restart.emplace(input_.base, state_, input_.volume_factor);
+    if (input_.writes_restart) restart.emplace(input_.base, state_, input_.volume_factor, input_.start.after(now_));
     for (const Writer& writer : writers_) writer.results->publish();
     if (restart) restart->publish();
   }

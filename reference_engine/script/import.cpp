@@ -2,6 +2,7 @@
 #include "core/text.h"
 #include "host/read_period.h"
 #include "script/arguments.h"
+#include "script/restart_file.h"
 #include "script/script.h"
 #include "script/words.h"
 
@@ -105,7 +106,9 @@ public:
   Importer(Host& host, const std::string& file, Form form) : host_(host), file_(file), form_(form) {}
 
   void run() {
-    parse(read_file(file_));
+    const std::string content = read_file(file_);
+    if (form_ == restart_form) check_label(content);
+    parse(content);
     if (form_ == input_form) switch_outputs_off_after_model();
     for (; next_ < statements_.size(); ++next_) {
       constexpr std::size_t between_questions = 1024;
@@ -131,6 +134,26 @@ private:
       rest.remove_prefix(std::min(end + 1, rest.size()));
     }
     if (statements_.empty()) throw InputError(text(file_, ": holds no keyword."));
+  }
+
+  // A state of another network is refused; one of another time may be wanted, to start a run from a likely state.
+  void check_label(const std::string& content) {
+    std::optional<RestartLabel> label;
+    try {
+      label = read_restart_label(content);
+    } catch (const InputError& error) {
+      fail(1, error.what());
+    }
+    if (!label) return;
+    const auto segments = static_cast<std::size_t>(host_.count("NUMSEG")),
+               systems = static_cast<std::size_t>(host_.count("NUMSYS"));
+    if (label->segments != segments || label->systems != systems)
+      throw InputError(text(file_, ": holds ", label->segments, " segments and ", label->systems,
+                            " systems, but the data set has ", segments, " and ", systems, "."));
+    const Moment start = read_start(host_);
+    if (label->moment.days_since(start) != 0)
+      host_.warning(text(file_, " holds the state of ", label->moment.iso(' '), ", but the simulation starts at ",
+                         start.iso(' '), ". To continue the run that left it, set the start to that date and time."));
   }
 
   // The model comes first, since choosing it empties the data set. Outputs are on in a new data set; the file names

@@ -38,6 +38,11 @@ protected:
     execute_model("tracer", &FakeHost::callback);
     return host.failures.empty() ? std::string() : host.failures.back();
   }
+  void load_restart() { // and back to the data file
+    host.load("FILENAME \"" + (folder / "river.rst").string() + "\"");
+    load_restart_file(&FakeHost::callback);
+    host.load("FILENAME \"" + (folder / "river.vki").string() + "\"");
+  }
   std::vector<std::string> files() const {
     std::vector<std::string> names;
     for (const auto& entry : std::filesystem::directory_iterator(folder))
@@ -105,11 +110,46 @@ TEST_F(RunTest, WritesItsResultsAndReports) {
 TEST_F(RunTest, RestartFileBringsTheStateBack) {
   EXPECT_EQ(after("ICRD 1\nSCALV 2"), "");
   const std::vector<float> end = host.last_grid;
-  host.load("INITC 1 1 0\nVOLUME 1 1\nFILENAME \"" + (folder / "river.rst").string() + "\"");
-  load_restart_file(&FakeHost::callback);
+  host.load("INITC 1 1 0\nVOLUME 1 1");
+  load_restart();
   EXPECT_EQ(host.return_code, 0) << host.failures.back();
   EXPECT_EQ(static_cast<float>(host.number("INITC 1 1")), end[0]);
   EXPECT_EQ(host.number("VOLUME 1"), 86400); // the data set's own unit, not that of SCALV
+}
+
+// A day, then another from the file that the first leaves, against both at once. The lower segment fills.
+TEST_F(RunTest, ContinuingIsLikeOneRun) {
+  host.load("BQ 1 1 3 0.5\nICRD 1");
+  for (const char* technique : {"SOLUTIONTYPE 1", "SOLUTIONTYPE 2"}) {
+    host.load("SEEDDATE 2 28 2008\nINITC 1 1 2\nINITC 1 2 2\nVOLUME 2 86400\nENDJULIAN 2");
+    EXPECT_EQ(after(technique), "");
+    const std::vector<float> at_once = host.last_grid;
+    EXPECT_EQ(after("ENDJULIAN 1"), "");
+    EXPECT_THAT(content("river.rst"), StartsWith("# State at 2008-02-29 18:00:00 of 2 segments, 3 systems\nVOLUME 1 "));
+    host.load("SEEDDATE 2 29 2008");
+    load_restart();
+    EXPECT_EQ(after(""), "");
+    EXPECT_EQ(host.last_grid[7], 2 * 86400);
+    for (std::size_t k = 0; k < at_once.size(); ++k)
+      EXPECT_NEAR(host.last_grid[k], at_once[k], 1e-6f * at_once[k]) << technique << k;
+  }
+  EXPECT_THAT(host.warnings, IsEmpty());
+}
+
+TEST_F(RunTest, RestartFileIsOfTheSameModelAndTime) {
+  EXPECT_EQ(after("ICRD 1"), "");
+  load_restart();
+  EXPECT_EQ(host.return_code, 0);
+  EXPECT_THAT(host.warnings,
+              ElementsAre(HasSubstr("river.rst holds the state of 2008-03-01 18:00:00, but the simulation "
+                                    "starts at 2008-02-28 18:00:00. To continue the run")));
+  host.load("NUMSEG 3");
+  load_restart();
+  EXPECT_EQ(host.return_code, 1);
+  EXPECT_THAT(host.failures.back(), HasSubstr("holds 2 segments and 3 systems, but the data set has 3 and 3."));
+  std::ofstream(folder / "river.rst") << "# State at 2008-02-30 18:00:00 of 2 segments, 3 systems\n";
+  load_restart();
+  EXPECT_THAT(host.failures.back(), HasSubstr("line 1: \"2008-02-30 18:00:00 of 2 segments, 3 systems\" does not say"));
 }
 
 // The engine asks before each step: no more than one DAYS follows the moment of the cancel.
