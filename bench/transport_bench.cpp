@@ -33,6 +33,7 @@ public:
   bool settles(std::size_t) const override { return false; }
   std::span<const double> settling_velocity(std::size_t) const override { return zeros_; }
   std::span<const double> temperature() const override { return zeros_; }
+  TemperatureRange temperature_range() const override { return {20, 20}; }
   bool output(int, std::span<const double>, std::span<double>) const override { return false; }
 
 private:

@@ -11,11 +11,17 @@
 
 namespace reference_engine {
 
+constexpr int temperature_isc = 1; // of the parameter and of the time function, in each model
+
 // The constant's value, or its default in the model when it is not used.
 double constant(const Problem& problem, const ModelInfo& model, int isc);
 
 // The parameter's value in each segment, or `otherwise` everywhere when it is not used.
 std::vector<double> parameter(const Problem& problem, int isc, double otherwise);
+
+// The velocity with which a system settles in each segment, m/day: the parameter, or the constant's value where the
+// parameter is not used. The constant does not count in bed segments, which keep what settles on them.
+std::vector<double> settling_velocities(const Problem& problem, int parameter_isc, double constant);
 
 // Temperature = parameter 1 + time function 1, of those that are used; 20 deg C where neither is.
 class WaterTemperature {
@@ -29,11 +35,13 @@ public:
   // factors[i] = theta ^ (T - 20), the usual form of the Arrhenius law in water quality (Chapra, Surface Water-Quality
   // Modeling, 1997, eq. 2.44). A temperature that is the same everywhere costs one power.
   void factors(double theta, std::span<double> factors) const;
-  bool uniform() const { return uniform_; }
+  bool uniform() const { return lowest_own_ == highest_own_; }
+  TemperatureRange range() const { return {lowest_own_ + function_, highest_own_ + function_}; }
 
 private:
   std::vector<double> own_, values_;
-  bool has_function_, has_parameter_, uniform_;
+  bool has_function_, has_parameter_;
+  double lowest_own_ = 0, highest_own_ = 0;
   bool known_ = false;
   double function_ = 0;
 };

@@ -15,16 +15,19 @@
 namespace reference_engine {
 
 // The numbers that a model shares with the catalogue.
-struct ConstantInfo {
+struct ValueInfo {
   int isc;
-  double default_value;
+  double default_value, minimum, maximum; // a value outside is used, with a warning
+};
+struct TemperatureRange {
+  double lowest, highest; // deg C
 };
 struct ModelInfo {
   std::string_view library;
   std::vector<std::string_view> systems; // in order, for messages
-  std::vector<int> parameters;           // ISC numbers
-  std::vector<int> time_functions;       // ISC numbers
-  std::vector<ConstantInfo> constants;
+  std::vector<ValueInfo> parameters;
+  std::vector<int> time_functions; // ISC numbers
+  std::vector<ValueInfo> constants;
   std::vector<int> outputs; // ISC numbers, the common ones included
 };
 
@@ -52,6 +55,7 @@ public:
   virtual std::span<const double> settling_velocity(std::size_t system) const = 0;
 
   virtual std::span<const double> temperature() const = 0; // deg C for each segment
+  virtual TemperatureRange temperature_range() const = 0;  // of all segments
   // Writes an output variable for each segment; false when it is none of this model's. concentration:
   // [system][segment].
   virtual bool output(int isc, std::span<const double> concentration, std::span<double> values) const = 0;

@@ -54,26 +54,30 @@ double without_oxygen(double available, double half_saturation) {
 ModelInfo Oxygen::info() {
   return {.library = library,
           .systems = {"ammonium nitrogen", "nitrate nitrogen", "ultimate CBOD", "dissolved oxygen"},
-          .parameters = {1, demand_parameter, reaeration_parameter, settling_parameter, photosynthesis_parameter,
-                         salinity_parameter},
+          .parameters = {{1, 0, -10, 45},
+                         {demand_parameter, 0, 0, 20},
+                         {reaeration_parameter, 0, 0, 100},
+                         {settling_parameter, 0, 0, 50},
+                         {photosynthesis_parameter, 0, -20, 40},
+                         {salinity_parameter, 0, 0, 45}},
           .time_functions = {1, wind_function, light_function},
-          .constants = {{nitrification_rate, 0.1},
-                        {nitrification_theta, 1.083},
-                        {nitrification_half, 2},
-                        {nitrification_oxygen, 4.57},
-                        {denitrification_rate, 0.09},
-                        {denitrification_theta, 1.045},
-                        {denitrification_half, 0.1},
-                        {oxidation_rate, 0.2},
-                        {oxidation_theta, 1.047},
-                        {oxidation_half, 0.5},
-                        {settling_constant, 0},
-                        {reaeration_constant, 0},
-                        {reaeration_theta, 1.024},
-                        {demand_constant, 0},
-                        {demand_theta, 1.065},
-                        {demand_half, 0.5},
-                        {salinity_constant, 0}},
+          .constants = {{nitrification_rate, 0.1, 0, 10},
+                        {nitrification_theta, 1.083, 1, 1.2},
+                        {nitrification_half, 2, 0, 5},
+                        {nitrification_oxygen, 4.57, 0, 5},
+                        {denitrification_rate, 0.09, 0, 5},
+                        {denitrification_theta, 1.045, 1, 1.2},
+                        {denitrification_half, 0.1, 0, 5},
+                        {oxidation_rate, 0.2, 0, 10},
+                        {oxidation_theta, 1.047, 1, 1.2},
+                        {oxidation_half, 0.5, 0, 5},
+                        {settling_constant, 0, 0, 50},
+                        {reaeration_constant, 0, 0, 100},
+                        {reaeration_theta, 1.024, 1, 1.1},
+                        {demand_constant, 0, 0, 20},
+                        {demand_theta, 1.065, 1, 1.2},
+                        {demand_half, 0.5, 0, 5},
+                        {salinity_constant, 0, 0, 45}},
           .outputs = {1, 2, 3, 4, 5, 6, 7, 21, 22, 23, 24, 25, 26, 27}};
 }
 
@@ -91,7 +95,7 @@ Oxygen::Oxygen(const Problem& problem)
       given_demand_(parameter(problem, demand_parameter, constant(problem, model_, demand_constant))),
       photosynthesis_20_(parameter(problem, photosynthesis_parameter, 0)),
       salinity_(parameter(problem, salinity_parameter, constant(problem, model_, salinity_constant))),
-      settling_(parameter(problem, settling_parameter, constant(problem, model_, settling_constant))) {
+      settling_(settling_velocities(problem, settling_parameter, constant(problem, model_, settling_constant))) {
   const std::size_t count = problem.segments.size();
   for (auto* per_segment :
        {&reaeration_factor_, &demand_factor_, &saturation_, &reaeration_, &demand_, &photosynthesis_, &decay_})

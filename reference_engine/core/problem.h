@@ -17,6 +17,9 @@ constexpr double grams_per_kilogram = 1000.0;
 
 // Numbers that the catalogue uses too: never change.
 enum SegmentType { surface = 1, subsurface = 2, surface_benthic = 3, subsurface_benthic = 4 };
+constexpr bool is_bed(int type) {
+  return type == surface_benthic || type == subsurface_benthic;
+}
 
 struct Segment {
   std::string name;

@@ -15,17 +15,17 @@ enum { first_system_output = 11, last_system_output = 13 };
 ModelInfo Tracer::info() {
   return {.library = library,
           .systems = {"conservative tracer", "decaying tracer", "suspended solids"},
-          .parameters = {1, settling_parameter_isc},
+          .parameters = {{1, 0, -10, 45}, {settling_parameter_isc, 0, 0, 50}},
           .time_functions = {1},
-          .constants = {{rate_isc, 0}, {theta_isc, 1.047}, {settling_constant_isc, 0}},
+          .constants = {{rate_isc, 0, 0, 100}, {theta_isc, 1.047, 1, 1.2}, {settling_constant_isc, 0, 0, 50}},
           .outputs = {1, 2, 3, 4, 5, 6, 7, 11, 12, 13}};
 }
 
 Tracer::Tracer(const Problem& problem)
     : temperature_(problem), decay_rate_(constant(problem, model_info(library), rate_isc)),
       decay_theta_(constant(problem, model_info(library), theta_isc)), decay_(problem.segments.size()),
-      settling_(
-          parameter(problem, settling_parameter_isc, constant(problem, model_info(library), settling_constant_isc))) {}
+      settling_(settling_velocities(problem, settling_parameter_isc,
+                                    constant(problem, model_info(library), settling_constant_isc))) {}
 
 void Tracer::update(const Hydraulics&, const Forcing& forcing) {
   if (!temperature_.update(forcing)) return;

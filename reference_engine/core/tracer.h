@@ -24,6 +24,7 @@ public:
   bool settles(std::size_t system) const override;
   std::span<const double> settling_velocity(std::size_t) const override { return settling_; }
   std::span<const double> temperature() const override { return temperature_.values(); }
+  TemperatureRange temperature_range() const override { return temperature_.range(); }
   bool output(int isc, std::span<const double> concentration, std::span<double> values) const override;
 
 private:

@@ -2,9 +2,12 @@
 #ifndef REFERENCE_ENGINE_HOST_HOST_H
 #define REFERENCE_ENGINE_HOST_HOST_H
 
+#include "core/errors.h"
+#include "core/text.h"
 #include "vesk_engine.h"
 
 #include <array>
+#include <cmath>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -39,6 +42,13 @@ public:
     float value = 0;
     get(keyword, &value, indices...);
     return static_cast<double>(value);
+  }
+  // The same, but only a finite number. what() is the subject of the sentence that throws another: "The volume".
+  template <class What, class... Index>
+  double finite(std::string_view keyword, const What& what, Index... indices) {
+    const double value = real(keyword, indices...);
+    if (!std::isfinite(value)) throw InputError(text(what(), " is ", value, ", not a finite number."));
+    return value;
   }
   template <class... Index>
   std::string string(std::string_view keyword, Index... indices) {

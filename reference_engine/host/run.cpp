@@ -55,6 +55,7 @@ public:
       if (input_.hydro) input_.hydro->hold(now_, input_.forcing.linked, input_.forcing.volume_change);
       equations_.refresh(input_.forcing, state_);
       note_limit();
+      warn_of_temperature();
       const bool at_end = now_ >= input_.days - same_moment;
       if (now_ >= next_print - same_moment || at_end) {
         print();
@@ -119,6 +120,20 @@ private:
                          " (", input_.start.after(now_).iso(' '), "), above the system's maximum concentration of ",
                          problem.systems[it.system].largest_concentration,
                          " g/m3. The run goes on; later cases of this system are not reported."));
+  }
+
+  // Most often a table in degrees Fahrenheit.
+  void warn_of_temperature() {
+    constexpr double coldest = -2, warmest = 45; // deg C
+    const auto [lowest, highest] = equations_.kinetics().temperature_range();
+    if (temperature_reported_ || (lowest >= coldest && highest <= warmest)) return;
+    temperature_reported_ = true;
+    const auto values = equations_.kinetics().temperature();
+    const auto it = highest > warmest ? std::ranges::max_element(values) : std::ranges::min_element(values);
+    const auto segment = static_cast<std::size_t>(it - values.begin());
+    host_.warning(text("The water temperature in segment ", numbered(input_.problem.segments[segment], segment), " is ",
+                       *it, " deg C on day ", now_, " (", input_.start.after(now_).iso(' '), "), outside ", coldest,
+                       " to ", warmest, ". Temperatures are in degrees Celsius; later cases are not reported."));
   }
 
   void print() {
@@ -189,6 +204,7 @@ private:
   double now_ = 0; // days since the start; the interface's single precision is too coarse to count in
   long long steps_ = 0;
   std::int32_t percent_ = 0;
+  bool temperature_reported_ = false;
   StepLimit shortest_{std::numeric_limits<double>::infinity(), 0};
   Clock::time_point began_ = Clock::now(), shown_at_ = began_;
 };

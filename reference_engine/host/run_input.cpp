@@ -1,6 +1,7 @@
 #include "host/run_input.h"
 
 #include "core/errors.h"
+#include "core/inputs.h"
 #include "core/kinetics.h"
 #include "core/text.h"
 #include "host/hydro_linkage.h"
@@ -35,26 +36,35 @@ void refuse_unsupported(Host& host) {
     throw InputError("The restart option is neither to create a restart file nor to create none.");
 }
 
+double read_global(Host& host, const char* keyword, const char* what) {
+  return host.finite(keyword, [&] { return text("The ", what); });
+}
+
 void read_segments(Host& host, RunInput& input) {
   const bool is_linked = host.integer("IQOPT") == linked_flows; // the volumes are the file's
   const std::int32_t count = host.count("NUMSEG");
   if (count == 0) throw InputError("The data set has no segments.");
-  input.volume_factor = host.real("SCALV") * host.real("CONVV");
+  input.volume_factor = read_global(host, "SCALV", "scale factor of volumes") *
+                        read_global(host, "CONVV", "conversion factor of volumes");
   for (std::int32_t i = 1; i <= count; ++i) {
     host.stop_if_cancelled();
-    Segment segment{.name = host.string("SEGNAME", i),
-                    .volume = host.real("VOLUME", i) * input.volume_factor,
-                    .velocity_multiplier = host.real("VMULT", i),
-                    .velocity_exponent = host.real("VEXP", i),
-                    .depth_multiplier = host.real("DMULT", i),
-                    .depth_exponent = host.real("DEXP", i),
-                    .length = host.real("SEGLENGTH", i),
-                    .width = host.real("SEGWIDTH", i),
-                    .minimum_depth = host.real("SEGMINDEPTH", i),
-                    .type = host.integer("SEGTYPE", i),
-                    .bottom = host.integer("BOTSEG", i) - 1};
-    if (!(segment.volume > 0) && !is_linked)
-      throw InputError(text("Segment ", numbered(segment, static_cast<std::size_t>(i - 1)), " has no volume."));
+    Segment segment{.name = host.string("SEGNAME", i)};
+    const auto where = [&] { return numbered(segment, static_cast<std::size_t>(i - 1)); };
+    const auto read = [&](const char* keyword, const char* what) {
+      return host.finite(
+          keyword, [&] { return text("The ", what, " of segment ", where()); }, i);
+    };
+    segment.volume = read("VOLUME", "volume") * input.volume_factor;
+    segment.velocity_multiplier = read("VMULT", "velocity multiplier");
+    segment.velocity_exponent = read("VEXP", "velocity exponent");
+    segment.depth_multiplier = read("DMULT", "depth multiplier");
+    segment.depth_exponent = read("DEXP", "depth exponent");
+    segment.length = read("SEGLENGTH", "length");
+    segment.width = read("SEGWIDTH", "width");
+    segment.minimum_depth = read("SEGMINDEPTH", "minimum depth");
+    segment.type = host.integer("SEGTYPE", i);
+    segment.bottom = host.integer("BOTSEG", i) - 1;
+    if (!(segment.volume > 0) && !is_linked) throw InputError(text("Segment ", where(), " has no volume."));
     input.problem.segments.push_back(std::move(segment));
   }
 }
@@ -62,14 +72,21 @@ void read_segments(Host& host, RunInput& input) {
 void read_systems(Host& host, Problem& problem) {
   const std::int32_t count = host.count("NUMSYS");
   for (std::int32_t s = 1; s <= count; ++s) {
-    problem.systems.push_back({.name = host.string("SYSNAME", s),
-                               .simulated = host.integer("GSYSPASS", s) == 0,
-                               .flows = host.integer("NOQSYSPASS", s) == 0,
-                               .disperses = host.integer("NORSYSPASS", s) == 0,
-                               .solids_field = host.integer("IFIELD", s),
-                               .largest_concentration = host.real("CMAX", s),
-                               .boundary_factor = host.real("SCALB", s) * host.real("CONVB", s),
-                               .load_factor = host.real("SCALW", s) * host.real("CONVW", s)});
+    const std::string name = host.string("SYSNAME", s);
+    const auto read = [&](const char* keyword, const char* what) {
+      return host.finite(
+          keyword, [&] { return text("The ", what, " of ", name); }, s);
+    };
+    problem.systems.push_back(
+        {.name = name,
+         .simulated = host.integer("GSYSPASS", s) == 0,
+         .flows = host.integer("NOQSYSPASS", s) == 0,
+         .disperses = host.integer("NORSYSPASS", s) == 0,
+         .solids_field = host.integer("IFIELD", s),
+         .largest_concentration = read("CMAX", "maximum concentration"),
+         .boundary_factor =
+             read("SCALB", "scale factor of boundaries") * read("CONVB", "conversion factor of boundaries"),
+         .load_factor = read("SCALW", "scale factor of loads") * read("CONVW", "conversion factor of loads")});
   }
   // The choice reads back as a position from 0, and as the number of systems where none is chosen.
   const std::int32_t balance = host.integer("JMAS");
@@ -80,8 +97,10 @@ void read_concentrations(Host& host, Problem& problem) {
   for (std::size_t s = 0; s < problem.systems.size(); ++s) {
     const System& system = problem.systems[s];
     for (std::size_t i = 0; i < problem.segments.size(); ++i) {
-      const double initial = host.real("INITC", s + 1, i + 1), dissolved = host.real("FDISS", s + 1, i + 1);
       const auto where = [&] { return text(system.name, " in segment ", numbered(problem.segments[i], i)); };
+      const double dissolved = host.real("FDISS", s + 1, i + 1);
+      const double initial = host.finite(
+          "INITC", [&] { return text("The initial concentration of ", where()); }, s + 1, i + 1);
       if (initial < 0 && !problem.negative_allowed)
         throw InputError(
             text("The initial concentration of ", where(), " is below 0, which the data set does not allow."));
@@ -94,33 +113,60 @@ void read_concentrations(Host& host, Problem& problem) {
   }
 }
 
-template <class Known>
-void check_known(const Known& known, std::int32_t isc, const char* what, std::string_view library) {
-  if (std::find(known.begin(), known.end(), isc) == known.end())
-    throw InputError(text("The model ", library, " of this engine has no ", what, " with the number ", isc, "."));
+// A value beyond what is sensible runs all the same. segment: of the value, empty where it has none.
+void warn_of_range(Host& host, const ValueInfo& info, double value, const std::string& name,
+                   const std::string& segment) {
+  if (value < info.minimum || value > info.maximum)
+    host.warning(text(name, segment, " is ", value, ", outside the range of the model's catalogue, ", info.minimum,
+                      " to ", info.maximum, "."));
+}
+
+[[noreturn]] void refuse_unknown(std::int32_t isc, const char* what, std::string_view library) {
+  throw InputError(text("The model ", library, " of this engine has no ", what, " with the number ", isc, "."));
+}
+void check_known(const std::vector<int>& known, std::int32_t isc, const char* what, std::string_view library) {
+  if (std::ranges::find(known, isc) == known.end()) refuse_unknown(isc, what, library);
+}
+const ValueInfo& known_value(const std::vector<ValueInfo>& known, std::int32_t isc, const char* what,
+                             std::string_view library) {
+  const auto found = std::ranges::find(known, isc, &ValueInfo::isc);
+  if (found == known.end()) refuse_unknown(isc, what, library);
+  return *found;
 }
 
 void read_parameters(Host& host, const ModelInfo& model, Problem& problem) {
   const std::int32_t count = host.count("NOPAM", 1);
   for (std::int32_t p = 1; p <= count; ++p) {
     const std::int32_t isc = host.integer("ISCPARAM", 1, p);
-    check_known(model.parameters, isc, "parameter", model.library);
-    const double scale = host.real("SCALEPARAM", p);
+    const ValueInfo& info = known_value(model.parameters, isc, "parameter", model.library);
+    const auto name = [&] { return text("The parameter \"", host.string("DESCPARAM", p), "\""); };
+    const double scale = host.finite(
+        "SCALEPARAM", [&] { return name() + ": the scale factor"; }, p);
     std::vector<double>& values = problem.parameters[isc];
     values.clear();
-    for (std::size_t i = 1; i <= problem.segments.size(); ++i) values.push_back(scale * host.real("CONSTPARAM", i, p));
+    std::size_t farthest = 0; // from the middle of the range
+    for (std::size_t i = 0; i < problem.segments.size(); ++i) {
+      const auto where = [&] { return text(name(), " in segment ", numbered(problem.segments[i], i)); };
+      values.push_back(scale * host.finite("CONSTPARAM", where, i + 1, p));
+      const auto distance = [&](std::size_t k) { return std::abs(values[k] - (info.minimum + info.maximum) / 2); };
+      if (distance(i) > distance(farthest)) farthest = i;
+    }
+    // Of the temperature the sum with its time function counts, which the run looks at.
+    if (isc != temperature_isc && !values.empty())
+      warn_of_range(host, info, values[farthest], name(),
+                    text(" in segment ", numbered(problem.segments[farthest], farthest)));
     host.stop_if_cancelled();
   }
 }
 
 void read_constants(Host& host, const ModelInfo& model, Problem& problem) {
-  std::vector<int> known;
-  for (const ConstantInfo& info : model.constants) known.push_back(info.isc);
   const std::int32_t constants = host.count("NUMCONST");
   for (std::int32_t k = 1; k <= constants; ++k) {
     const std::int32_t isc = host.integer("CONSTISC", k);
-    check_known(known, isc, "constant", model.library);
-    problem.constants[isc] = host.real("CONSTVALUE", k);
+    const ValueInfo& info = known_value(model.constants, isc, "constant", model.library);
+    const auto name = [&] { return text("The constant \"", host.string("CONSTDESC", k), "\""); };
+    problem.constants[isc] = host.finite("CONSTVALUE", name, k);
+    warn_of_range(host, info, problem.constants[isc], name(), {});
   }
   const std::int32_t functions = host.count("NUMTF");
   for (std::int32_t k = 1; k <= functions; ++k) {
@@ -136,9 +182,9 @@ void read_times(Host& host, RunInput& input) {
   input.days = period.days;
   if (!(input.days > 0)) throw InputError("The end of the simulation is not after its start.");
   input.rules = {.steps = {},
-                 .largest = host.real("MAXDT"),
-                 .smallest = host.real("MINDT"),
-                 .fraction = host.real("FRACMAXTS"),
+                 .largest = read_global(host, "MAXDT", "maximum time step"),
+                 .smallest = read_global(host, "MINDT", "minimum time step"),
+                 .fraction = read_global(host, "FRACMAXTS", "fraction of the maximum time step"),
                  .automatic = host.integer("INTYP") != 0};
   const std::int32_t steps = host.count("NUMDT"), prints = host.count("NPRINT");
   for (std::int32_t k = 1; k <= steps; ++k) input.rules.steps.push_back(read_point(host, "DTFUNC", k));

@@ -9,7 +9,7 @@
 namespace reference_engine {
 namespace {
 
-// Rows of (ISC number, default) in order of the number.
+// Rows of (number, value) in order of the number.
 std::map<int, double> rows(sqlite3* catalogue, const std::string& sql, std::string_view library) {
   std::map<int, double> found;
   sqlite3_stmt* statement = nullptr;
@@ -20,6 +20,20 @@ std::map<int, double> rows(sqlite3* catalogue, const std::string& sql, std::stri
     found[sqlite3_column_int(statement, 0)] = sqlite3_column_double(statement, 1);
   sqlite3_finalize(statement);
   return found;
+}
+
+// Default, minimum and maximum of a table's items are those of the engine.
+void compare(sqlite3* catalogue, const std::string& table, const std::string& of_model, const ModelInfo& model,
+             const std::vector<ValueInfo>& values) {
+  const std::pair<const char*, double ValueInfo::*> columns[] = {
+      {"\"Default\"", &ValueInfo::default_value}, {"Minimum", &ValueInfo::minimum}, {"Maximum", &ValueInfo::maximum}};
+  for (const auto& [column, member] : columns) {
+    std::map<int, double> known;
+    for (const ValueInfo& value : values) known[value.isc] = value.*member;
+    EXPECT_EQ(rows(catalogue, std::string("select ISC_number, ") + column + " from " + table + of_model, model.library),
+              known)
+        << column;
+  }
 }
 
 std::map<int, double> numbers(const std::vector<int>& isc) {
@@ -35,20 +49,13 @@ TEST(Catalogue, HoldsWhatTheEngineKnows) {
   EXPECT_EQ(rows(catalogue, "select Sort_key, 0 from models where Library <> ?", "").size(), known_models().size());
   for (const ModelInfo& model : known_models()) {
     SCOPED_TRACE(model.library);
-    EXPECT_EQ(rows(catalogue, "select ISC_number, 0 from Parameters t" + of_model, model.library),
-              numbers(model.parameters));
+    compare(catalogue, "Parameters t", of_model, model, model.parameters);
+    compare(catalogue, "Constants c join Constants_groups t on t.Group_id = c.Group_id", of_model, model,
+            model.constants);
     EXPECT_EQ(rows(catalogue, "select ISC_number, 0 from Time_functions t" + of_model, model.library),
               numbers(model.time_functions));
     EXPECT_EQ(rows(catalogue, "select ISC_number, 0 from output_control t" + of_model, model.library),
               numbers(model.outputs));
-    std::map<int, double> constants;
-    for (const ConstantInfo& constant : model.constants) constants[constant.isc] = constant.default_value;
-    EXPECT_EQ(
-        rows(catalogue,
-             "select ISC_number, \"Default\" from Constants c join Constants_groups t on t.Group_id = c.Group_id" +
-                 of_model,
-             model.library),
-        constants);
     const auto systems = rows(catalogue, "select Model_system_id, t.Sort_key from Systems t" + of_model, model.library);
     ASSERT_EQ(systems.size(), model.systems.size());
     for (const auto& [number, position] : systems) EXPECT_EQ(number, position); // the engine counts by position

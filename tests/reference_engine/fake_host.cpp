@@ -55,7 +55,8 @@ const std::map<std::string, FakeHost::Signature>& FakeHost::signatures() {
         "NEGSLN 0 i INTYP 0 i FRACMAXTS 0 r MAXDT 0 r MINDT 0 r BEDOPT 0 i BEDDT 0 r DEBUG 0 i SCALV 0 r CONVV 0 r "
         "NUMDT 0 i DTFUNC 1 rr NPRINT 0 i PRINTFUNC 1 rr NUMSEG 0 i NUMSYS 0 i SYSNAME 1 s SEGNAME 1 s SEGTYPE 1 i "
         "BOTSEG 1 i VOLUME 1 r VMULT 1 r VEXP 1 r DMULT 1 r DEXP 1 r SEGLENGTH 1 r SEGWIDTH 1 r SEGSLOPE 1 r "
-        "SEGROUGH 1 r SEGMINDEPTH 1 r NUMCONST 0 i CONSTISC 1 i CONSTVALUE 1 r NOPAM 1 i ISCPARAM 2 i SCALEPARAM 1 r "
+        "SEGROUGH 1 r SEGMINDEPTH 1 r NUMCONST 0 i CONSTISC 1 i CONSTDESC 1 s CONSTVALUE 1 r NOPAM 1 i ISCPARAM 2 i "
+        "DESCPARAM 1 s SCALEPARAM 1 r "
         "CONSTPARAM 2 r NUMTF 0 i TFISC 1 i TFDESC 1 s NBRKTF 1 i BRKTF 2 rr JMASS 1 i GSYSPASS 1 i NOQSYSPASS 1 i "
         "NORSYSPASS 1 i IFIELD 1 i DENSITY 1 r CMAX 1 r SCALB 1 r CONVB 1 r SCALW 1 r CONVW 1 r INITC 2 r FDISS 2 r "
         "NOBC 1 i IBC 2 i NBFP 2 i BOUNDFUNC 3 rr NOWK 1 i IWK 2 i NBWK 2 i LOADFUNC 3 rr NTEX 1 i SCALER 1 r "
@@ -81,6 +82,10 @@ void FakeHost::choose_model(int model) {
   if (model == 1) outputs_ = {1, 23, 24};
   if (model == 2) outputs_ = {1, 11};
   for (const int isc : outputs_) numbers_[join("OPENABLED ", isc)] = {1};
+  for (int isc = 1; isc < 40; ++isc) {
+    texts_[join("CONSTDESC ", isc)] = join("constant ", isc);
+    texts_[join("DESCPARAM ", isc)] = join("parameter ", isc);
+  }
   for (const int isc : {1, 11, 12, 23, 24}) {
     texts_[join("OPUNITS ", isc)] = isc == 1 ? "m3" : "g/m3";
     texts_[join("OPSHORTDESC ", isc)] = join("out ", isc);
@@ -93,9 +98,11 @@ std::set<int>* FakeHost::used_by(const std::string& keyword) {
   static const std::map<std::string, std::set<int> FakeHost::*> lists = {{"NUMCONST", &FakeHost::constants_},
                                                                          {"CONSTISC", &FakeHost::constants_},
                                                                          {"CONSTVALUE", &FakeHost::constants_},
+                                                                         {"CONSTDESC", &FakeHost::constants_},
                                                                          {"NOPAM", &FakeHost::parameters_},
                                                                          {"ISCPARAM", &FakeHost::parameters_},
                                                                          {"SCALEPARAM", &FakeHost::parameters_},
+                                                                         {"DESCPARAM", &FakeHost::parameters_},
                                                                          {"CONSTPARAM", &FakeHost::parameters_},
                                                                          {"NUMTF", &FakeHost::functions_},
                                                                          {"TFISC", &FakeHost::functions_},

@@ -155,6 +155,34 @@ TEST(TracerKinetics, SolidsSettleAndTracersDecay) {
   }
 }
 
+// Solids settle from a water segment of 2 m onto a bed of 0.1 m, which keeps them, although the constant is for all
+// segments. With a velocity of its own the bed loses them in turn: with a = 0.5/day and b = 1/day, a (e^-at - e^-bt) /
+// (b - a) are in it.
+TEST(TracerKinetics, BedKeepsWhatSettlesUnlessAVelocityIsGiven) {
+  Model model(2);
+  model.problem.segments[0].minimum_depth = 2;
+  model.problem.segments[0].bottom = 1;
+  model.initial(2, 0) = 1;
+  model.problem.constants = {{3, 1.0}};
+  for (const int type : {surface_benthic, subsurface_benthic}) {
+    model.problem.segments[1].type = type;
+    const State state = model.run(runge_kutta, 3, 300);
+    EXPECT_NEAR(state.of(2)[0], std::exp(-1.5), 1e-9);
+    EXPECT_NEAR(state.of(2)[1], 1 - std::exp(-1.5), 1e-9);
+  }
+  model.problem.parameters = {{4, {1.0, 0.1}}};
+  model.problem.segments[1].minimum_depth = 0.1;
+  EXPECT_NEAR(model.run(runge_kutta, 3, 300).of(2)[1], std::exp(-1.5) - std::exp(-3.0), 1e-8);
+
+  Model oxygen_demand(1, "oxygen"); // the other kinetics that settle
+  oxygen_demand.problem.segments[0].type = surface_benthic;
+  oxygen_demand.problem.segments[0].minimum_depth = 1;
+  oxygen_demand.problem.constants = {{24, 1.0}, {21, 0.0}};
+  oxygen_demand.problem.dissolved.assign(4, 0.0);
+  oxygen_demand.initial(cbod, 0) = 10;
+  EXPECT_EQ(oxygen_demand.run(euler, 1, 10).of(cbod)[0], 10);
+}
+
 TEST(Hydraulics, PowersOfTheFlowOrTheBox) {
   Model model(2);
   model.problem.segments[0] = {.name = "s1",

@@ -195,6 +195,43 @@ TEST_F(RunTest, BadInputIsRefusedInOneSentence) {
             "The model library \"UNKNOWN.DLL\" is not known to this engine, which has oxygen and tracer.");
 }
 
+TEST_F(RunTest, NumbersThatAreNotFiniteAreRefusedWithTheirPlace) {
+  const auto refused = [this](const std::string& change, const std::string& undo) {
+    const std::string sentence = after(change);
+    EXPECT_EQ(host.return_code, 1) << change;
+    host.load(undo);
+    host.failures.clear();
+    return sentence;
+  };
+  EXPECT_EQ(refused("VOLUME 2 inf", "VOLUME 2 9"), "The volume of segment 2 (lower) is inf, not a finite number.");
+  EXPECT_EQ(refused("DEXP 1 nan", "DEXP 1 0"), "The depth exponent of segment 1 (upper, reach) is nan, not a finite "
+                                               "number.");
+  EXPECT_EQ(refused("SCALV -inf", "SCALV 1"), "The scale factor of volumes is -inf, not a finite number.");
+  EXPECT_EQ(refused("MINDT nan", "MINDT 0"), "The minimum time step is nan, not a finite number.");
+  EXPECT_EQ(refused("CONVW 3 inf", "CONVW 3 1"), "The conversion factor of loads of system 3 is inf, not a finite "
+                                                 "number.");
+  EXPECT_EQ(refused("INITC 2 1 nan", "INITC 2 1 0"),
+            "The initial concentration of system 2 in segment 1 (upper, reach) is nan, not a finite number.");
+  EXPECT_EQ(refused("CONSTVALUE 2 inf", "CONSTVALUE 2 1"), "The constant \"constant 2\" is inf, not a finite number.");
+  EXPECT_EQ(refused("SCALEPARAM 4 1\nCONSTPARAM 2 4 nan", "CONSTPARAM 2 4 0"),
+            "The parameter \"parameter 4\" in segment 2 (lower) is nan, not a finite number.");
+}
+
+// A table in degrees Fahrenheit: 50 to 68 over the run, in all segments alike.
+TEST_F(RunTest, UnlikelyValuesAreReportedOnce) {
+  EXPECT_EQ(after("CONSTVALUE 2 1.5\nSCALEPARAM 4 2\nCONSTPARAM 1 4 30\nCONSTPARAM 2 4 -1\nVMULT 1 1\nSEGMINDEPTH 1 1\n"
+                  "SEGMINDEPTH 2 1\nNBRKTF 1 2\nBRKTF 1 1 0 36\nBRKTF 1 2 2 54\nSCALEPARAM 1 1\nMINDT 0"),
+            "");
+  EXPECT_THAT(
+      host.warnings,
+      ElementsAre("The parameter \"parameter 4\" in segment 1 (upper, reach) is 60, outside the range of the model's "
+                  "catalogue, 0 to 50.",
+                  "The constant \"constant 2\" is 1.5, outside the range of the model's catalogue, 1 to 1.2.",
+                  MatchesRegex("The water temperature in segment 1 .upper, reach. is 45.* deg C on day 1[.0-9]* "
+                               ".2008-02-29 .*, outside -2 to 45. Temperatures are in degrees Celsius; later "
+                               "cases are not reported.")));
+}
+
 // No limit of stability shortens its steps, so none can fall below the minimum.
 TEST_F(RunTest, ImplicitStepsAreTheDataSets) {
   EXPECT_EQ(after("SOLUTIONTYPE 3\nDTFUNC 1 0 0.5\nMINDT 0.4\nFRACMAXTS 0.1"), "");
