@@ -26,7 +26,7 @@ void check_end(int segment, std::size_t segments, const char* what) {
 
 } // namespace
 
-Network::Network(const Problem& problem, bool settles) {
+Network::Network(const Problem& problem, bool settles) : problem_(problem) {
   check_ends(problem);
   layout_.segments = problem.segments.size();
   make_links(gather(problem), problem.net_flows);
@@ -161,14 +161,19 @@ bool Network::update(const Forcing& forcing) {
       const auto& [element, factor] = members_[m];
       value += factor * (exchanges ? static_cast<double>(forcing.exchanges[element]) : forcing.flow(element));
     }
-    if (value < 0 && exchanges)
-      throw RunError(text("The exchange of segment ", links_[k].a + 1, " with ",
-                          links_[k].b == outside ? "the outside" : text("segment ", links_[k].b + 1), " is below 0."));
+    if (value < 0 && exchanges) refuse_exchange(links_[k]);
     values_[k] = value * seconds_per_day;
   }
   balance_water();
   settle_volume_change(forcing.volume_change);
   return true;
+}
+
+void Network::refuse_exchange(const Link& link) const {
+  const auto name = [this](std::size_t segment) { return numbered(problem_.segments[segment], segment); };
+  throw RunError(text("The exchange of segment ", name(link.a), " with ",
+                      link.b == outside ? "the outside" : "segment " + name(static_cast<std::size_t>(link.b)),
+                      " is below 0."));
 }
 
 void Network::balance_water() {

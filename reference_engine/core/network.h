@@ -63,8 +63,8 @@ struct FarTerm {
 
 class Network {
 public:
-  // Throws InputError for a pair or bottom that names a segment that is not there. `settles`: make places for what
-  // settles to a bottom segment.
+  // Keeps a reference to the problem. Throws InputError for a pair or bottom that names a segment that is not there.
+  // `settles`: make places for what settles to a bottom segment.
   Network(const Problem& problem, bool settles);
 
   // Works out the links' values from the forcing's flows and exchanges; false when those are as they were. Throws
@@ -99,9 +99,11 @@ private:
   void place(const Problem& problem, bool settles);
   std::size_t place_of(std::size_t target, std::size_t source) const;
   std::size_t rim_position(std::size_t segment) const;
+  [[noreturn]] void refuse_exchange(const Link& link) const;
   void balance_water();
   void settle_volume_change(const std::vector<double>& prescribed);
 
+  const Problem& problem_;
   CoefficientLayout layout_;
   std::vector<Link> links_;
   std::vector<Member> members_;            // of all links

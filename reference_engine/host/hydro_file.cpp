@@ -58,6 +58,17 @@ HydroFile::HydroFile(std::string name, HydroReader::Waiting waiting)
   take_times(content);
 }
 
+std::string HydroFile::name_of_segment(std::size_t segment) const {
+  return text(segment + 1, " (", shown(segments_[segment].name), ")");
+}
+
+std::string HydroFile::name_of_link(std::size_t link) const {
+  const auto end = [this](int segment) {
+    return segment == outside ? std::string("outside") : shown(segments_[static_cast<std::size_t>(segment)].name);
+  };
+  return text(link + 1, " (", end(links_[link].from), " to ", end(links_[link].to), ")");
+}
+
 void HydroFile::take_segments(HydroReader::Content& content) {
   if (content.names.empty()) reader_.refuse("has no segments");
   const auto known = [](double value) { return std::isfinite(value) ? value : 0.0; };
@@ -114,11 +125,12 @@ double HydroFile::next_change(double day) const {
 
 void HydroFile::read_row(HydroReader::Quantity quantity, std::size_t time, Row& row) {
   reader_.read_row(quantity, time, row);
-  if (const auto missing = std::ranges::find_if_not(row, [](double value) { return std::isfinite(value); });
-      missing != row.end())
-    reader_.refuse(text("the value ", missing - row.begin() + 1, " of \"",
-                        quantity == HydroReader::Quantity::flow ? "flow" : "volume", "\" at ",
-                        epoch_.after(times_[time]).iso(' '), " is missing"));
+  const auto missing = std::ranges::find_if_not(row, [](double value) { return std::isfinite(value); });
+  if (missing == row.end()) return;
+  const auto at = static_cast<std::size_t>(missing - row.begin());
+  reader_.refuse(text(quantity == HydroReader::Quantity::flow ? "the flow of link " + name_of_link(at)
+                                                              : "the volume of segment " + name_of_segment(at),
+                      " at ", epoch_.after(times_[time]).iso(' '), " is missing"));
 }
 
 void HydroFile::load(std::size_t interval) {
@@ -135,8 +147,8 @@ void HydroFile::load(std::size_t interval) {
   read_row(HydroReader::Quantity::volume, next, next_volumes_);
   for (const Row* row : {&volumes_, &next_volumes_})
     if (const auto empty = std::ranges::find_if(*row, [](double volume) { return !(volume > 0); }); empty != row->end())
-      reader_.refuse(text("segment ", empty - row->begin() + 1, " has no volume at ",
-                          epoch_.after(times_[row == &volumes_ ? interval : next]).iso(' ')));
+      reader_.refuse(text("segment ", name_of_segment(static_cast<std::size_t>(empty - row->begin())),
+                          " has no volume at ", epoch_.after(times_[row == &volumes_ ? interval : next]).iso(' ')));
   interval_ = interval;
 }
 
@@ -149,6 +161,28 @@ void HydroFile::hold(double day, std::vector<double>& flows, std::vector<double>
   if (interval + 1 == times_.size()) return;
   const double length = times_[interval + 1] - times_[interval];
   for (std::size_t i = 0; i < volume_change.size(); ++i) volume_change[i] = (next_volumes_[i] - volumes_[i]) / length;
+}
+
+std::optional<HydroFile::Mismatch> HydroFile::mismatch() const {
+  constexpr double tolerance = 0.01; // of the volume
+  if (interval_ == none || interval_ + 1 >= times_.size()) return std::nullopt;
+  const double seconds = (times_[interval_ + 1] - times_[interval_]) * seconds_per_day;
+  Row flown = volumes_;
+  for (std::size_t k = 0; k < links_.size(); ++k) {
+    if (links_[k].from != outside) flown[static_cast<std::size_t>(links_[k].from)] -= flows_[k] * seconds;
+    if (links_[k].to != outside) flown[static_cast<std::size_t>(links_[k].to)] += flows_[k] * seconds;
+  }
+  std::optional<Mismatch> worst;
+  double largest = tolerance;
+  for (std::size_t i = 0; i < flown.size(); ++i) {
+    const double share = std::abs(next_volumes_[i] - flown[i]) / next_volumes_[i];
+    if (share <= largest) continue;
+    largest = share;
+    worst = {
+        i,       epoch_.after(times_[interval_]), epoch_.after(times_[interval_ + 1]), volumes_[i], next_volumes_[i],
+        flown[i]};
+  }
+  return worst;
 }
 
 std::vector<double> HydroFile::volumes(double day) {

@@ -7,6 +7,7 @@
 #include "output/moment.h"
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -41,11 +42,22 @@ public:
   // that is a time of the file belongs to what follows it.
   void hold(double day, std::vector<double>& flows, std::vector<double>& volume_change);
   double next_change(double day) const; // infinite behind the last
+
+  // A volume that does not follow from the flows.
+  struct Mismatch {
+    std::size_t segment;
+    Moment begin, end;           // times of the file
+    double before, after, flown; // m3 at the begin, at the end, and at the end by the flows
+  };
+  // The worst one between the two times that `hold` last took, if it is more than a hundredth of the volume.
+  std::optional<Mismatch> mismatch() const;
   std::vector<double> volumes(double day);
 
 private:
   using Row = HydroReader::Row;
 
+  std::string name_of_segment(std::size_t segment) const; // number and name for a sentence
+  std::string name_of_link(std::size_t link) const;
   void take_segments(HydroReader::Content& content);
   void take_links(const HydroReader::Content& content);
   void take_times(HydroReader::Content& content);

@@ -14,6 +14,7 @@
 #include <cmath>
 #include <limits>
 #include <optional>
+#include <utility>
 
 namespace reference_engine {
 
@@ -52,7 +53,7 @@ public:
     for (;;) {
       host_.stop_if_cancelled();
       set_days(host_, now_);
-      if (input_.hydro) input_.hydro->hold(now_, input_.forcing.linked, input_.forcing.volume_change);
+      if (input_.hydro) take_linked_flows();
       equations_.refresh(input_.forcing, state_);
       note_limit();
       warn_of_temperature();
@@ -120,6 +121,17 @@ private:
                          " (", input_.start.after(now_).iso(' '), "), above the system's maximum concentration of ",
                          problem.systems[it.system].largest_concentration,
                          " g/m3. The run goes on; later cases of this system are not reported."));
+  }
+
+  void take_linked_flows() {
+    if (now_ < linked_until_) return;
+    input_.hydro->hold(now_, input_.forcing.linked, input_.forcing.volume_change);
+    linked_until_ = next_linked_change();
+    if (const auto it = input_.hydro->mismatch(); it && !std::exchange(mismatch_reported_, true))
+      host_.warning(text(input_.hydro->name(), ": from ", it->begin.iso(' '), " to ", it->end.iso(' '),
+                         " the volume of segment ", numbered(input_.problem.segments[it->segment], it->segment),
+                         " goes from ", it->before, " to ", it->after, " m3, but its flows make it ", it->flown,
+                         " m3. The rest comes or goes as water without anything in it; later cases are not reported."));
   }
 
   // Most often a table in degrees Fahrenheit.
@@ -204,7 +216,8 @@ private:
   double now_ = 0; // days since the start; the interface's single precision is too coarse to count in
   long long steps_ = 0;
   std::int32_t percent_ = 0;
-  bool temperature_reported_ = false;
+  double linked_until_ = 0; // days: when the hydrodynamic file has other flows
+  bool temperature_reported_ = false, mismatch_reported_ = false;
   StepLimit shortest_{std::numeric_limits<double>::infinity(), 0};
   Clock::time_point began_ = Clock::now(), shown_at_ = began_;
 };

@@ -136,7 +136,9 @@ private:
         const auto cell =
             static_cast<std::size_t>(segment - 1) * static_cast<std::size_t>(systems) + static_cast<std::size_t>(s - 1);
         if (segment < 1 || cell >= values.size()) continue;
-        note(text(what, " of ", host_.string("SYSNAME", s), " on segment ", segment), kind, &values[cell], s, record);
+        note(text(what, " of ", host_.string("SYSNAME", s), " in segment ", segment, " (",
+                  host_.string("SEGNAME", segment), ")"),
+             kind, &values[cell], s, record);
       }
     }
   }

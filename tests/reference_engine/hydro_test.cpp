@@ -106,6 +106,28 @@ TEST_F(HydroTest, RunTakesFlowsAndVolumesFromTheFile) {
   }
 }
 
+// The pond halves on day 1 though no link leads to it; the other volumes follow from the flows to 0.9 %.
+TEST_F(HydroTest, VolumeThatDoesNotFollowFromTheFlowsIsReportedOnce) {
+  HydroContent content;
+  content.values["volume"][3] = 172800 * 1.009;
+  write(content);
+  read_hyd_file(&FakeHost::callback);
+  run();
+  EXPECT_THAT(
+      host.warnings,
+      testing::ElementsAre(
+          file +
+          ": from 2000-01-12 00:00:00 to 2000-01-13 00:00:00 the volume of segment 3 (pond) goes from 100 to 50 m3, "
+          "but its flows make it 100 m3. The rest comes or goes as water without anything in it; later cases are "
+          "not reported."));
+  content.values["volume"][3] = 172800 * 1.02;
+  write(content);
+  run();
+  EXPECT_THAT(host.warnings.back(), HasSubstr("the volume of segment 1 (upper) goes from 86400 to 176256 m3, but its "
+                                              "flows make it 172800 m3."));
+  EXPECT_EQ(host.warnings.size(), 2u);
+}
+
 TEST_F(HydroTest, FilesThatCannotServeAreRefused) {
   const auto without = [](const char* part) {
     HydroContent content;
@@ -136,8 +158,11 @@ TEST_F(HydroTest, FilesThatCannotServeAreRefused) {
   EXPECT_EQ(refused(with("time", 2, 264)), "time 3 is not after the one before it.");
   EXPECT_EQ(refused(with("time", 2, 276)), "reaches from 2000-01-11 00:00:00 to 2000-01-12 12:00:00, but the run takes "
                                            "it from 2000-01-11 00:00:00 to 2000-01-13 00:00:00.");
-  EXPECT_EQ(refused(with("volume", 4, 0)), "segment 2 has no volume at 2000-01-12 00:00:00.");
-  EXPECT_EQ(refused(with("flow", 4, NC_FILL_DOUBLE)), "the value 2 of \"flow\" at 2000-01-12 00:00:00 is missing.");
+  EXPECT_EQ(refused(with("volume", 4, 0)), "segment 2 (lower) has no volume at 2000-01-12 00:00:00.");
+  EXPECT_EQ(refused(with("flow", 4, NC_FILL_DOUBLE)),
+            "the flow of link 2 (upper to lower) at 2000-01-12 00:00:00 is missing.");
+  EXPECT_EQ(refused(with("volume", 2, NC_FILL_DOUBLE)),
+            "the volume of segment 3 (pond) at 2000-01-11 00:00:00 is missing.");
   host.load("NUMSEG 4");
   EXPECT_EQ(refused({}), "has 3 segments, but the data set has 4.");
   host.load("HYDROTYPE 1");

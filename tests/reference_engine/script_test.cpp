@@ -81,7 +81,7 @@ TEST_F(ScriptTest, ExportTellsWhatTheFormCannotCarry) {
   host.load(river);
   host.load("step LOADFUNC 3 1\nunused NINQ 6\nBRKTF 1 1 0 0\nNBRKTF 1 0\nFILENAME \"" + path("told.inp") + "\"");
   import_export(&FakeHost::callback, 0);
-  EXPECT_THAT(host.infos, Contains("Step series come back linear: load of system 3 on segment 2."));
+  EXPECT_THAT(host.infos, Contains("Step series come back linear: load of system 3 in segment 2 (caf\xe9 \\\\ \tx)."));
   EXPECT_THAT(host.infos, Contains("Fields that are not in use come back in use: flow field 6."));
   EXPECT_THAT(host.infos, Contains("Systems that are constant come back bypassed, as do those that are: system 2."));
   EXPECT_THAT(host.infos, Contains(HasSubstr("Time functions in use without points come back unused")));

@@ -235,6 +235,9 @@ TEST(Transport, WhatCannotBeSolvedIsNamed) {
     return std::string();
   };
   EXPECT_EQ(sentence(dry), "Segment 2 (s2) runs dry.");
+  Model thin(2);
+  thin.exchange(1, 0, -1);
+  EXPECT_EQ(sentence(thin), "The exchange of segment 1 (s1) with segment 2 (s2) is below 0.");
   Model wild(1);
   wild.initial(conservative, 0) = std::numeric_limits<double>::infinity();
   EXPECT_EQ(sentence(wild), "The concentration of conservative tracer in segment 1 (s1) is no longer a finite number. "
