@@ -72,6 +72,27 @@ TEST_F(Access, RefusesDamagedDatabases) {
   EXPECT_NE(failure(folder_.file("page.mdb")), "read");
 }
 
+// A page is 2,048 bytes; those of the table's rows are not the last ones.
+TEST_F(Access, NeverReadsAPartOfATable) {
+  const std::string bytes = temporary_folder().read(database);
+  const std::string file = folder_.file("cut.mdb");
+  std::size_t whole = 0, refused = 0;
+  for (std::size_t pages = 1; pages <= bytes.size() / 2048; ++pages) {
+    folder_.write("cut.mdb", bytes.substr(0, pages * 2048));
+    try {
+      EXPECT_EQ(summary(*open_table_source(file), 0).at(0), "rows 512") << pages;
+      ++whole;
+    } catch (const table_source_exception&) {
+      ++refused;
+    }
+  }
+  EXPECT_GT(whole, 1U);
+  EXPECT_GT(refused, 20U);
+  folder_.write("cut.mdb", bytes.substr(0, 33 * 2048));
+  EXPECT_EQ(failure(file), ", table Table1: the database has been cut: the table owns the page at byte 67584, but the "
+                           "file has only 67584 bytes.");
+}
+
 TEST_F(Access, KillsAHelperThatIsSilent) {
   const auto start = std::chrono::steady_clock::now();
   const program_end end = read_program("/bin/sh", {"-c", "echo a; exec sleep 60"}, std::chrono::milliseconds(200),

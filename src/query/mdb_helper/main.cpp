@@ -12,6 +12,7 @@
 #include <string>
 #include <sys/prctl.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
 
@@ -117,19 +118,59 @@ public:
     }
   }
 
+  // Throws when the file no longer holds all that the table's definition names: the library ends a table without a word
+  // at a page that it cannot read.
   void write_all() {
     constexpr std::size_t message_size = std::size_t{64} << 10;
+    check_pages();
+    unsigned long count = 0;
     mdb_rewind_table(table_);
-    while (mdb_fetch_row(table_)) {
+    for (; mdb_fetch_row(table_); ++count) {
       for (unsigned i = 0; i < table_->num_cols; ++i) add(column(i), i);
       if (rows_.size() < message_size) continue;
       send(message::rows, rows_);
       rows_.clear();
     }
     send(message::rows, rows_);
+    check_count(count);
   }
 
 private:
+  // Each page that the table owns has to lie inside the file.
+  void check_pages() const {
+    const auto page_size = static_cast<unsigned long>(database_->fmt->pg_size);
+    const auto pages = static_cast<unsigned long>(file_size() / database_->fmt->pg_size);
+    gint32 page = 0;
+    while (true) {
+      const gint32 next = mdb_map_find_next(database_, table_->usage_map, static_cast<unsigned>(table_->map_sz),
+                                            static_cast<guint32>(page));
+      if (next <= page) return; // the last one is followed by 0, a map that cannot be read by -1
+      page = next;
+      if (static_cast<unsigned long>(page) >= pages)
+        throw failure{"the database has been cut: the table owns the page at byte " +
+                      std::to_string(static_cast<unsigned long>(page) * page_size) + ", but the file has only " +
+                      std::to_string(file_size()) + " bytes."};
+    }
+  }
+
+  // The definition counts the rows, in some files the deleted ones as well.
+  void check_count(unsigned long count) const {
+    if (count >= table_->num_rows) return;
+    unsigned long with_deleted = 0;
+    table_->noskip_del = 1;
+    mdb_rewind_table(table_);
+    while (mdb_fetch_row(table_)) ++with_deleted;
+    if (with_deleted < table_->num_rows)
+      throw failure{"the database is damaged: only " + std::to_string(count) + " of the table's " +
+                    std::to_string(table_->num_rows) + " rows can be read."};
+  }
+
+  off_t file_size() const {
+    struct stat state {};
+    if (fstat(fileno(database_->f->stream), &state) != 0) throw failure{"its size cannot be determined."};
+    return state.st_size;
+  }
+
   const MdbColumn& column(unsigned i) const {
     return *static_cast<const MdbColumn*>(g_ptr_array_index(table_->columns, i));
   }
