@@ -3,9 +3,14 @@
 #include "table_summary.h"
 #include "temporary_folder.h"
 
+#include <chrono>
+#include <cstdlib>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <map>
+#include <set>
 #include <sqlite3.h>
+#include <unistd.h>
 
 namespace vesk {
 
@@ -76,16 +81,133 @@ TEST(SqliteSource, LetsItsFileGoAndOpensItAgain) {
   EXPECT_THAT(print(*source), ElementsAre("id:25", "1", "2"));
 }
 
-// A database with a write-ahead log where no files can be made beside it: a link to nowhere stands where one belongs.
-TEST(SqliteSource, ReadsADatabaseWithALogWhereNothingCanBeWritten) {
+// Works as an ordinary user, to whom permissions apply.
+class ordinary_user {
+public:
+  ordinary_user() { was_root_ = geteuid() == 0 && seteuid(65534) == 0; }
+  ~ordinary_user() {
+    if (was_root_ && seteuid(0) != 0) std::abort();
+  }
+
+private:
+  bool was_root_ = false;
+};
+
+std::set<std::string> names_in(const std::filesystem::path& folder) {
+  std::set<std::string> names;
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) names.insert(entry.path().filename());
+  return names;
+}
+
+// A copy of a database with a write-ahead log, made while a program has it open, and with some of the files beside it.
+class DatabaseWithLog : public testing::Test {
+protected:
+  DatabaseWithLog() {
+    sqlite3* db = nullptr;
+    sqlite3_open(origin.file("river.db").c_str(), &db);
+    const char* const sql = "PRAGMA journal_mode = WAL; CREATE TABLE gauge(id); INSERT INTO gauge VALUES (7);"
+                            "PRAGMA wal_checkpoint; INSERT INTO gauge VALUES (8)";
+    EXPECT_EQ(sqlite3_exec(db, sql, nullptr, nullptr, nullptr), SQLITE_OK);
+    for (const char* end : {"", "-wal", "-shm"}) copies[end] = origin.read("river.db" + std::string(end));
+    sqlite3_close(db);
+  }
+
+  // The rows, read where files can be made beside the database and where they cannot.
+  std::vector<std::string> read(const std::vector<std::string>& ends) {
+    std::vector<std::string> lines;
+    for (const bool is_writable : {true, false}) {
+      const temporary_folder folder;
+      using std::filesystem::perms;
+      for (const std::string& end : ends) {
+        folder.write("river.db" + end, copies[end]);
+        std::filesystem::permissions(folder.file("river.db" + end), perms(0444));
+      }
+      const auto before = names_in(folder.path);
+      std::filesystem::permissions(folder.path, perms(is_writable ? 0777 : 0555));
+      {
+        const ordinary_user user;
+        const auto source = open_table_source(folder.file("river.db"));
+        for (const std::string& line : print(*source)) lines.push_back(line);
+      }
+      EXPECT_EQ(names_in(folder.path), before);
+      for (const std::string& end : ends) EXPECT_EQ(folder.read("river.db" + end), copies[end]) << end;
+      std::filesystem::permissions(folder.path, perms::owner_all);
+    }
+    return lines;
+  }
+
+  const temporary_folder origin;
+  std::map<std::string, std::string> copies;
+};
+
+TEST_F(DatabaseWithLog, IsReadWithItsLogAndLeftAsItWas) {
+  EXPECT_THAT(read({""}), ElementsAre("id:25", "7", "id:25", "7"));
+  EXPECT_THAT(read({"", "-shm"}), ElementsAre("id:25", "7", "id:25", "7"));
+  EXPECT_THAT(read({"", "-wal"}), ElementsAre("id:25", "7", "8", "id:25", "7", "8"));
+  copies["-wal"].clear();
+  EXPECT_THAT(read({"", "-wal"}), ElementsAre("id:25", "7", "id:25", "7"));
+}
+
+// Another program has it open.
+TEST(SqliteSource, SeesWhatAnotherProgramHasWrittenToTheLog) {
   const temporary_folder folder;
-  const std::string file =
-      database(folder, "PRAGMA journal_mode = WAL; CREATE TABLE gauge(id); INSERT INTO gauge VALUES (7)");
-  std::filesystem::create_symlink("nowhere", file + "-shm");
-  EXPECT_THAT(print(*open_table_source(file)), ElementsAre("id:25", "7"));
-  folder.write("river.db-wal", "not empty");
+  sqlite3* db = nullptr;
+  sqlite3_open(folder.file("river.db").c_str(), &db);
+  sqlite3_exec(db, "PRAGMA journal_mode = WAL; CREATE TABLE gauge(id); INSERT INTO gauge VALUES (7)", nullptr, nullptr,
+               nullptr);
+  EXPECT_THAT(print(*open_table_source(folder.file("river.db"))), ElementsAre("id:25", "7"));
+  sqlite3_close(db);
+}
+
+TEST(SqliteSource, WaitsForALockOnce) {
+  const temporary_folder folder;
+  const std::string file = database(folder, "CREATE TABLE gauge(id)");
+  sqlite3* db = nullptr;
+  sqlite3_open(file.c_str(), &db);
+  sqlite3_exec(db, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr);
+  const auto start = std::chrono::steady_clock::now();
   EXPECT_THAT([&] { open_table_source(file); },
-              testing::ThrowsMessage<table_source_exception>(file + ": unable to open database file."));
+              testing::ThrowsMessage<table_source_exception>(
+                  file + ": another program has locked the database, for more than 2 seconds."));
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(4));
+  sqlite3_close(db);
+}
+
+// The change is undone by the next program that may write.
+TEST(SqliteSource, RefusesAnIncompleteChange) {
+  const temporary_folder folder;
+  sqlite3* db = nullptr;
+  sqlite3_open(folder.file("river.db").c_str(), &db);
+  sqlite3_exec(db,
+               "CREATE TABLE gauge(id); INSERT INTO gauge VALUES (1); PRAGMA cache_size = 2; BEGIN;"
+               "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n LIMIT 20000) INSERT INTO gauge SELECT i "
+               "FROM n",
+               nullptr, nullptr, nullptr);
+  for (const char* end : {"", "-journal"})
+    folder.write("copy.db" + std::string(end), folder.read("river.db" + std::string(end)));
+  sqlite3_close(db);
+  EXPECT_THAT([&] { open_table_source(folder.file("copy.db")); },
+              testing::ThrowsMessage<table_source_exception>(
+                  folder.file("copy.db") +
+                  ": a change to the database was not completed, as after a crash; open it once "
+                  "with a program that may write to it."));
+}
+
+// A page is 4,096 bytes; the library reads the rest of one that has been cut as zeros.
+TEST(SqliteSource, NeverReadsAPartOfADatabase) {
+  const temporary_folder folder;
+  database(folder, "CREATE TABLE gauge(id); WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n LIMIT 5000) "
+                   "INSERT INTO gauge SELECT i FROM n");
+  const std::string bytes = folder.read("river.db"), cut = folder.file("cut.sqlite");
+  for (const std::size_t missing : {1, 100, 4096}) {
+    folder.write("cut.sqlite", bytes.substr(0, bytes.size() - missing));
+    EXPECT_THAT([&] { print(*open_table_source(cut)); }, testing::Throws<table_source_exception>()) << missing;
+  }
+  folder.write("cut.sqlite", bytes.substr(0, bytes.size() - 1));
+  EXPECT_THAT([&] { open_table_source(cut); },
+              testing::ThrowsMessage<table_source_exception>(
+                  cut + ": the database has been cut: its header states " + std::to_string(bytes.size() / 4096) +
+                  " pages of 4096 bytes, but the file has only " + std::to_string(bytes.size() - 1) + " bytes."));
 }
 
 // What the database leaves out by itself is only what the filter would leave out: no text that may be another date.

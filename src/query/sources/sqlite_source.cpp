@@ -4,12 +4,12 @@
 #include "platform/code_page.h"
 #include "query/sources/column_form.h"
 #include "query/sources/date_text.h"
+#include "query/sources/sqlite_file.h"
 #include "query/sqlite_names.h"
 
 #include <chrono>
 #include <cmath>
 #include <cstdio>
-#include <filesystem>
 #include <map>
 #include <sqlite3.h>
 
@@ -50,13 +50,10 @@ public:
 private:
   friend class sqlite_cursor;
 
-  struct close {
-    void operator()(sqlite3* database) const { sqlite3_close_v2(database); } // once its last statement has gone
-  };
-  using database_handle = std::unique_ptr<sqlite3, close>;
-
-  database_handle open(bool is_immutable) const;
-  sqlite3* database();
+  sqlite3* database() {
+    if (!database_) database_ = open_sqlite_file(file());
+    return database_.get();
+  }
 
   statement_handle prepare(const std::string& sql, const std::string& table) {
     sqlite3_stmt* statement = nullptr;
@@ -76,45 +73,11 @@ private:
 
   field_type sampled_type(const std::string& table, const std::string& column, field_type declared);
 
-  database_handle database_; // null while the file is let go
+  sqlite_handle database_; // null while the file is closed
   std::map<std::size_t, std::vector<table_field>> fields_;
   std::map<std::size_t, std::vector<stored_column>> columns_; // of the same tables
   std::vector<std::string> stored_names_;                     // of the tables
 };
-
-sqlite_source::database_handle sqlite_source::open(bool is_immutable) const {
-  std::string name = file();
-  int flags = SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX;
-  if (is_immutable) {
-    name = "file:";
-    for (const char c : file()) name += c == '%' ? "%25" : c == '?' ? "%3f" : c == '#' ? "%23" : std::string(1, c);
-    name += "?immutable=1";
-    flags |= SQLITE_OPEN_URI;
-  }
-  sqlite3* opened = nullptr;
-  const int state = sqlite3_open_v2(name.c_str(), &opened, flags, nullptr);
-  database_handle result(opened);
-  if (state != SQLITE_OK) fail(opened, "");
-  sqlite3_busy_timeout(opened, 2000);
-  sqlite3_db_config(opened, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
-  sqlite3_db_config(opened, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
-  sqlite3_exec(opened, "PRAGMA cache_size = -256", nullptr, nullptr, nullptr); // KiB: tables are read once, in order
-  return result;
-}
-
-// Opens the file where it is not open. A database with a write-ahead log wants to make files beside it; where that is
-// not allowed, and there is nothing in the log, the file by itself is the database.
-sqlite3* sqlite_source::database() {
-  if (database_) return database_.get();
-  database_ = open(false);
-  sqlite3_stmt* statement = nullptr;
-  const int state = sqlite3_prepare_v2(database_.get(), "SELECT 1 FROM sqlite_schema", -1, &statement, nullptr);
-  sqlite3_finalize(statement);
-  std::error_code missing;
-  const auto logged = std::filesystem::file_size(file() + "-wal", missing);
-  if (state == SQLITE_CANTOPEN && (missing || logged == 0)) database_ = open(true);
-  return database_.get();
-}
 
 // The type that a column is declared with: the first row whose word stands in the declaration. What is not listed is
 // text to us, as it is to SQLite when it calls for no number.
@@ -305,7 +268,8 @@ std::unique_ptr<row_cursor> sqlite_source::rows(std::size_t table, std::vector<r
   const std::vector<table_field>& all = fields(table);
   std::string sql = "SELECT ";
   const std::vector<stored_column>& columns = columns_[table];
-  for (std::size_t i = 0; i < columns.size(); ++i) sql += (i ? ", t." : "t.") + sql_quoted(columns[i].name);
+  for (std::size_t i = 0; i < columns.size(); ++i) // a blob is not looked at; it may be large
+    sql += (i ? ", " : "") + (all[i].type == field_type::blob ? "NULL" : "t." + sql_quoted(columns[i].name));
   sql += " FROM " + sql_quoted(stored_names_[table]) + " AS t";
   const char* link = " WHERE ";
   for (const row_filter& filter : filters)
