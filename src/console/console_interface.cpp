@@ -1,11 +1,14 @@
 #include "console/console_interface.h"
 
 #include "dataset/text_encoding.h"
+#include "platform/file_io.h"
 #include "query/import_query.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <sys/ioctl.h>
 #include <unistd.h>
+#include <utility>
 
 namespace vesk {
 
@@ -44,9 +47,20 @@ console_interface::console_interface(settings s, std::FILE* out, std::FILE* err)
 
 void console_interface::print(std::FILE* stream, const std::string& text) {
   wipe_bar();
-  std::fprintf(stream, "%s\n", shown_text(text).c_str());
-  std::fflush(stream);
+  const std::string line = shown_text(text) + "\n";
+  if (stream == out_) {
+    write(line);
+  } else {
+    std::fputs(line.c_str(), stream);
+    std::fflush(stream);
+  }
   refresh_progress();
+}
+
+void console_interface::write(const std::string& text) {
+  if (std::fputs(text.c_str(), out_) >= 0 && std::fflush(out_) == 0) return;
+  if (std::exchange(lost_output_, true)) return; // once is enough
+  say_failure(file_failure("write", "standard output", errno));
 }
 
 void console_interface::say_failure(const std::string& text) {

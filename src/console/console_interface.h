@@ -26,6 +26,11 @@ public:
   void say_failure(const std::string& text);
   void say(const std::string& text); // one line, left out when quiet
 
+  // Writes to `out` as it is.
+  void write(const std::string& text);
+  // True once something could not be written to `out`, as on a full disk; that has been said. For the exit status.
+  bool lost_output() const { return lost_output_; }
+
   // The bar begins and ends with a job; `good`: the job did all its work.
   void begin_progress();
   void end_progress(bool good);
@@ -64,6 +69,7 @@ private:
   std::string subject_;
   bool progress_runs_ = false;
   bool bar_is_drawn_ = false;
+  bool lost_output_ = false;
   int queries_executed_ = 0;
   int percent_ = 0;
   int highest_ = 0;

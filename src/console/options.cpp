@@ -69,7 +69,7 @@ constexpr option_row rows[] = {
      .argument = nullptr,
      .help = "answer Yes or OK where a question is asked",
      .flag = &console_options::yes},
-    {.name = "--help", .argument = nullptr, .help = "show this text", .flag = &console_options::help},
+    {.name = "--help", .argument = nullptr, .help = "show this text; so does -h", .flag = &console_options::help},
     {.name = "--version", .argument = nullptr, .help = "show the version", .flag = &console_options::version},
 };
 
@@ -99,6 +99,8 @@ public:
       const std::string& argument = arguments_[at_];
       if (argument.starts_with("--"))
         long_option(argument);
+      else if (argument == "-h")
+        options_.help = true;
       else if (argument.size() > 1 && argument[0] == '-')
         window_option(argument);
       else

@@ -1,6 +1,7 @@
 #include "platform/processes.h"
 
 #include "platform/program_paths.h"
+#include "platform/program_start.h"
 #include "platform/threads.h"
 
 #include <cerrno>
@@ -92,6 +93,7 @@ struct start_order {
   sigset_t none;
   sigemptyset(&none);
   sigprocmask(SIG_SETMASK, &none, nullptr);
+  restore_signals();
   if (close_range(3, ~0U, CLOSE_RANGE_CLOEXEC) != 0)
     for (int file = 3; file < 1024; ++file) fcntl(file, F_SETFD, FD_CLOEXEC);
   if (!order.folder || chdir(order.folder) == 0) execv(order.program, order.arguments);

@@ -57,6 +57,7 @@ int spawn(const std::filesystem::path& program, const std::vector<std::string>& 
   sigemptyset(&none);
   sigemptyset(&piped);
   sigaddset(&piped, SIGPIPE);
+  sigaddset(&piped, SIGXFSZ);
   posix_spawnattr_setsigmask(&attributes, &none);
   posix_spawnattr_setsigdefault(&attributes, &piped);
   posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);

@@ -1,12 +1,14 @@
 // vki: dump, build, check and upgrade data files.
 #include "dataset/vki_file.h"
 #include "dataset/vki_reader.h"
+#include "platform/program_start.h"
 #include "platform/safe_file.h"
 #include "tools/clockless_data_set.h"
 #include "tools/data_file_check.h"
 #include "tools/dataset_json.h"
 #include "tools/file_version_text.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <new>
 #include <string>
@@ -138,13 +140,20 @@ int run(const command& chosen, const std::vector<std::string>& words) {
   }
 }
 
+int print(const char* text) {
+  if (std::fputs(text, stdout) >= 0 && std::fflush(stdout) == 0) return success;
+  std::fprintf(stderr, "%s\n", file_failure("write", "standard output", errno).c_str());
+  return failed_file;
+}
+
 } // namespace
 
 int main(int count, char** arguments) {
+  prepare_process();
   const std::vector<std::string> words(arguments + 1, arguments + count);
   if (words.empty()) return fail_usage("no command.");
-  if (words[0] == "--help") return std::fputs(usage, stdout) < 0 ? failed_file : success;
-  if (words[0] == "--version") return std::puts("vki " VESK_VERSION) < 0 ? failed_file : success;
+  if (words[0] == "--help" || words[0] == "-h") return print(usage);
+  if (words[0] == "--version") return print("vki " VESK_VERSION "\n");
   for (const command& known : commands)
     if (words[0] == known.name) return run(known, {words.begin() + 1, words.end()});
   return fail_usage("unknown command \"" + words[0] + "\".");

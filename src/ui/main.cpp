@@ -1,3 +1,4 @@
+#include "platform/program_start.h"
 #include "platform/settings_file.h"
 #include "ui/program.h"
 
@@ -16,6 +17,7 @@ static bool has_display(int argc, char** argv) {
 }
 
 int main(int argc, char** argv) {
+  vesk::prepare_process();
   if (!has_display(argc, argv)) {
     std::fputs("vesk: There is no display to open a window on; vesk-run does the same work without one.\n", stderr);
     return 1;

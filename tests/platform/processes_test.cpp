@@ -1,12 +1,15 @@
 #include "platform/processes.h"
+#include "platform/program_start.h"
 #include "platform/threads.h"
 #include "temporary_folder.h"
 
+#include <cerrno>
 #include <chrono>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <thread>
+#include <unistd.h>
 
 namespace vesk {
 namespace {
@@ -19,6 +22,28 @@ TEST(Processes, ACommandLineIsPartedByItsQuotes) {
   EXPECT_EQ(split_command_line("  a\t\"\"  b\"c d\"e $HOME;ls "), (words{"a", "", "bc de", "$HOME;ls"}));
   EXPECT_EQ(split_command_line("\"open end"), words{"open end"});
   EXPECT_EQ(split_command_line(" "), words{});
+}
+
+TEST(ProgramStart, LetsWritesFailAndHoldsClosedStreams) {
+  const pid_t child = fork();
+  if (child == 0) {
+    close(STDIN_FILENO);
+    close(STDOUT_FILENO);
+    prepare_process();
+    int unread[2] = {-1, -1};
+    bool good = pipe(unread) == 0 && unread[0] > STDERR_FILENO; // files get other numbers
+    char byte = 0;
+    good = good && write(STDOUT_FILENO, "x", 1) == -1 && read(STDIN_FILENO, &byte, 1) == -1;
+    close(unread[0]);
+    good = good && write(unread[1], "x", 1) == -1 && errno == EPIPE;
+    restore_signals();
+    if (!good) _exit(1);
+    [[maybe_unused]] const auto ends_here = write(unread[1], "x", 1);
+    _exit(2);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  EXPECT_TRUE(WIFSIGNALED(status)) << WEXITSTATUS(status);
 }
 
 class Programs : public testing::Test {

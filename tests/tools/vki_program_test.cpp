@@ -71,6 +71,16 @@ TEST_F(VkiProgram, CheckNamesTheFirstThingThatIsWrong) {
   }
 }
 
+TEST_F(VkiProgram, StandardOutputThatIsLostEndsWith1) {
+  for (const char* command : {" dump river.vki", " upgrade river.vki -", " --help", " -h", " --version"}) {
+    const program_result full = shell(VKI + std::string(command) + " > /dev/full");
+    EXPECT_EQ(full.status, 1) << command;
+    EXPECT_EQ(full.err, "Cannot write standard output: No space left on device.\n") << command;
+  }
+  EXPECT_EQ(shell("(sleep 0.3; " VKI " dump river.vki; echo $? >&2) | true").err,
+            "Cannot write standard output: Broken pipe.\n1\n");
+}
+
 TEST_F(VkiProgram, UpgradeRewritesAnyKnownVersionAndRefusesANewerOne) {
   folder_.write("old.vki", old_data_file(0x00070004) + "bytes after the end");
   EXPECT_EQ(vki({"upgrade", file("old.vki"), file("new.vki")}).status, 0);
