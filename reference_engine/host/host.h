@@ -18,12 +18,8 @@ namespace reference_engine {
 // Thrown when the front end answers CANCEL with other than 0.
 struct Cancelled {};
 
-enum class ReturnCode : std::int32_t {
-  good = 0,
-  bad_input = 1,
-  failed = 2,
-  cancelled = 3
-}; // read by scripts: never change
+// Read by scripts: never change. A run's code becomes the exit status of vesk-run, whose own are 1 and 2.
+enum class ReturnCode : std::int32_t { good = 0, bad_input = 3, failed = 4, cancelled = 5 };
 
 class Host {
 public:

@@ -37,8 +37,10 @@ struct command_line_requests {
 
 // How the last job ended.
 struct job_outcome {
+  job_code code = job_code::run;
   bool cancelled = false; // somebody asked it to stop
   bool checked = true;    // of a validity check: it was made, and nothing of severity 2 was found
+  int return_code = 0;    // as the engine has put it; 0 when it has put none
   std::string failure;    // of an exception in the engine or a keyword; empty: none
   bool failed() const { return !failure.empty(); }
 };
@@ -234,7 +236,7 @@ private:
   void clear_grid_data() override;
   void set_grid_data(const float* data, int actual_columns, int actual_rows, bool invert) override; // worker
   std::int32_t window_handle() const override { return window_handle_; }                            // any thread
-  void set_return_code(int code) override { return_code_ = code; }                                  // any thread
+  void set_return_code(int code) override { return_code_ = job_return_code_ = code; }               // any thread
 
   user_interface& ui_;
   std::shared_ptr<const engine_library> library_;
@@ -243,6 +245,7 @@ private:
   std::atomic<bool> logging_enabled_{false};
   std::atomic<int> diagnostic_level_{0};
   std::atomic<int> return_code_{0};
+  std::atomic<int> job_return_code_{0}; // of the job that goes
   std::atomic<std::int32_t> window_handle_{0};
   mutable std::mutex grid_lock_;
   const float* grid_data = nullptr; // the engine's; this and the next three are guarded by grid_lock_

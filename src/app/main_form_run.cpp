@@ -62,6 +62,8 @@ bool TPreveskMainForm::start_job(const prevesk_dataset_data_type& data_set, job_
     return false;
   }
   last_job_ = {};
+  last_job_.code = code;
+  job_return_code_ = 0;
   return true;
 }
 
@@ -81,6 +83,7 @@ void TPreveskMainForm::end_job(void (TPreveskMainForm::*end_handler)()) {
 void TPreveskMainForm::note_end_of_job() {
   last_job_.cancelled = active_thread->Terminated();
   last_job_.failure = active_thread->failure();
+  last_job_.return_code = job_return_code_;
   if (!active_thread->FatalException || last_job_.failed()) return;
   try {
     std::rethrow_exception(active_thread->FatalException);

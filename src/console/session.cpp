@@ -30,7 +30,7 @@ int session::run() {
   // A job that has just ended frees itself on its own thread, which the process must not overtake.
   const auto until = steady_clock::now() + last_farewell;
   while (live_thread_count() > 0 && steady_clock::now() < until) wait_and_synchronize(milliseconds(1));
-  return status_of(result);
+  return ui_.lost_output() ? static_cast<int>(exit_failure) : status_of(result);
 }
 
 void session::set_up() {
@@ -89,8 +89,7 @@ session::step session::jobs() {
     return came_of_it == step::done && !form_.last_job().checked ? step::failed : came_of_it;
   });
   next(options_.refresh, false, [this] { return refresh(); });
-  next(options_.run, true,
-       [this] { return with_data("run", form_.file_name, [this] { form_.RunModelButtonClick(); }); });
+  next(options_.run, true, [this] { return run_model(); });
   next(options_.export_name.has_value(), true, [this] {
     return with_data("export", *options_.export_name, [this] { form_.export_file(*options_.export_name); });
   });
@@ -109,6 +108,12 @@ bool session::has_data(const char* what) {
 
 session::step session::with_data(const char* what, const std::string& subject, const std::function<void()>& launch) {
   return has_data(what) ? job(subject, launch) : step::failed;
+}
+
+session::step session::run_model() {
+  const step result = with_data("run", form_.file_name, [this] { form_.RunModelButtonClick(); });
+  run_return_code_ = form_.last_job().return_code;
+  return result;
 }
 
 // Starts a job and serves it until it has ended.
@@ -139,7 +144,8 @@ session::step session::job(const std::string& subject, const std::function<void(
 session::step session::outcome_since(int failures_before) const {
   if (form_.failures() > failures_before || form_.last_job().failed()) return step::failed;
   if (form_.last_job().cancelled) return step::cancelled;
-  return form_.return_code() != 0 ? step::engine_failed : step::done;
+  if (form_.last_job().return_code == 0) return step::done;
+  return form_.last_job().code == job_code::run ? step::run_failed : step::failed;
 }
 
 session::step session::refresh() {
@@ -168,7 +174,7 @@ session::step session::save() {
 int session::status_of(step result) const {
   if (result == step::failed) return exit_failure;
   if (result == step::cancelled) return exit_cancelled;
-  const int code = form_.return_code();
+  const int code = run_return_code_;
   return code < 0 || code > exit_unfit_return_code ? exit_unfit_return_code : code;
 }
 

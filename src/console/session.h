@@ -20,9 +20,9 @@ public:
   int run();
 
 private:
-  // How a step of the work ended, the gravest last. An engine that puts a return code other than 0 has failed in its
-  // own way: the exit status is that code.
-  enum class step { done, engine_failed, cancelled, failed };
+  // How a step of the work ended, the gravest last. run_failed: the engine has put a return code other than 0 in a run;
+  // the exit status is that code. In any other job such a code counts as a failure.
+  enum class step { done, run_failed, cancelled, failed };
 
   void set_up();
   bool catalogue_is_there();
@@ -30,11 +30,14 @@ private:
   step jobs();
   step job(const std::string& subject, const std::function<void()>& launch);
   step with_data(const char* what, const std::string& subject, const std::function<void()>& launch);
+  step run_model();
   bool has_data(const char* what); // says so when there is none
   step outcome_since(int failures_before) const;
   step refresh();
   step save();
   int status_of(step result) const;
+
+  int run_return_code_ = 0;
 
   const console_options& options_;
   console_interface& ui_;

@@ -72,6 +72,40 @@ TEST_F(VeskRun, WhatFollowsAFailedRunIsStillDone) {
   EXPECT_EQ(result.status, 4);
 }
 
+TEST_F(VeskRun, AReturnCodeIsTheStatusOfARunAlone) {
+  const std::string file = make_file("reports"), calm = folder.file("calm.vki");
+  std::filesystem::rename(make_file("says run"), calm);
+  make_file("reports");
+  struct {
+    std::vector<std::string> arguments;
+    int status;
+  } const cases[] = {
+      {{file, "-RUN", "--export", "code-0.inp"}, 4}, // the export's code does not hide the run's
+      {{calm, "-RUN", "--export", "code-3.inp"}, 1},
+      {{"-IMPORT", "code-7.inp", "-RUN"}, 1},
+      {{file, "--check"}, 1},
+      {{calm, "--load-restart", "code-3.rst"}, 1},
+      {{calm, "-RUN"}, 0},
+  };
+  for (const auto& c : cases) EXPECT_EQ(run(c.arguments).status, c.status) << testing::PrintToString(c.arguments);
+  EXPECT_EQ(run({"-IMPORT", "code-7.inp", "-RUN"}).out, "import 1\n"); // what it left is not run
+}
+
+TEST_F(VeskRun, StandardOutputThatIsLostEndsWith1) {
+  const std::string file = make_file("says run");
+  const std::string command =
+      VESK_RUN " --catalogue " + folder.path.string() + " --engine " MISBEHAVING_ENGINE " " + file;
+  const auto shell = [](const std::string& line) { return run_program("/bin/sh", {"-c", line}); };
+  const std::string no_space = "vesk-run: Cannot write standard output: No space left on device.\n";
+  const program_result full = shell(command + " -RUN --save " + folder.file("whole.vki") + " > /dev/full");
+  EXPECT_EQ(full.status, 1);
+  EXPECT_EQ(full.err, no_space);
+  EXPECT_TRUE(std::filesystem::exists(folder.file("whole.vki"))); // the work is done all the same
+  const program_result unread = shell("(sleep 0.3; " + command + " -RUN; echo $? >&2) | true");
+  EXPECT_EQ(unread.err, "vesk-run: Cannot write standard output: Broken pipe.\n1\n");
+  EXPECT_EQ(shell(VESK_RUN " --help > /dev/full").err, no_space);
+}
+
 TEST_F(VeskRun, DoesItsWorkInTheToldOrder) {
   const std::string file = make_file("says run");
   const program_result result = run({"--save", folder.file("out.vki"), "--export", "out.inp", "-RUN", "--load-restart",
@@ -150,6 +184,7 @@ TEST_F(VeskRun, ReadsTheSettingsAndLeavesThemAlone) {
 TEST_F(VeskRun, TellsAboutItself) {
   EXPECT_EQ(run({"--version"}).out, "vesk-run 0.1.0\n");
   EXPECT_NE(run({"--help"}).out.find("--import-network NAME"), std::string::npos);
+  EXPECT_EQ(run({"-h"}).out, run({"--help"}).out);
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <cstdlib>
 #include <map>
 #include <stdexcept>
 #include <string>
@@ -23,6 +24,12 @@ std::int32_t get(const char* name) {
   std::int32_t value = -1;
   call(name, &value, nullptr, nullptr, nullptr, nullptr);
   return value;
+}
+
+std::string file_name() {
+  char file[4096] = "";
+  call("GFILENAME", file, nullptr, nullptr, nullptr, nullptr);
+  return file;
 }
 
 void grid(const std::vector<std::string>& labels, std::int32_t rows) {
@@ -111,6 +118,12 @@ const std::map<std::string, void (*)()> behaviours{
      }},
 };
 
+// A job about "code-3.inp" puts 3.
+void put_code_of_file_name() {
+  const std::string file = file_name();
+  if (const auto code = file.find("code-"); code != file.npos) put("PRETURNCODE", std::atoi(file.c_str() + code + 5));
+}
+
 void behave(const std::string& name, vesk_data_callback data_callback) {
   call = data_callback;
   const auto found = behaviours.find(name);
@@ -140,12 +153,15 @@ void get_maximum_parameters(const char* library, vesk_data_callback data_callbac
 }
 void import_export(vesk_data_callback data_callback, int flag) {
   call = data_callback;
+  put_code_of_file_name();
   put("PINFO", flag == 1 ? "import " + std::to_string(get("GIMPORT")) : "export " + std::to_string(get("GIMPORT")));
 }
 void import_network(vesk_data_callback data_callback) {
   rename_first_segment("network", data_callback);
 }
 void load_restart_file(vesk_data_callback data_callback) {
+  call = data_callback;
+  put_code_of_file_name();
   rename_first_segment("restart", data_callback);
 }
 void read_hyd_file(vesk_data_callback data_callback) {

@@ -30,7 +30,7 @@ protected:
   std::string refusal() { // without the file's name
     const std::string sentence = host.failures.empty() ? "" : host.failures.back();
     host.failures.clear();
-    EXPECT_EQ(host.return_code, 1) << sentence;
+    EXPECT_EQ(host.return_code, 3) << sentence;
     return sentence.starts_with(file + ": ") ? sentence.substr(file.size() + 2) : sentence;
   }
   std::string refused(const HydroContent& content) {

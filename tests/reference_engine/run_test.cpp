@@ -145,7 +145,7 @@ TEST_F(RunTest, RestartFileIsOfTheSameModelAndTime) {
                                     "starts at 2008-02-28 18:00:00. To continue the run")));
   host.load("NUMSEG 3");
   load_restart();
-  EXPECT_EQ(host.return_code, 1);
+  EXPECT_EQ(host.return_code, 3);
   EXPECT_THAT(host.failures.back(), HasSubstr("holds 2 segments and 3 systems, but the data set has 3 and 3."));
   std::ofstream(folder / "river.rst") << "# State at 2008-02-30 18:00:00 of 2 segments, 3 systems\n";
   load_restart();
@@ -156,7 +156,7 @@ TEST_F(RunTest, RestartFileIsOfTheSameModelAndTime) {
 TEST_F(RunTest, CancelEndsWithinOneStepAndLeavesNothing) {
   host.cancel_after_days = 50;
   EXPECT_EQ(after("JMAS 1"), "");
-  EXPECT_EQ(host.return_code, 3);
+  EXPECT_EQ(host.return_code, 5);
   EXPECT_EQ(host.days_calls, 50);
   EXPECT_FALSE(host.grid_lent);
   EXPECT_THAT(files(), IsEmpty());
@@ -165,7 +165,7 @@ TEST_F(RunTest, CancelEndsWithinOneStepAndLeavesNothing) {
 TEST_F(RunTest, BadInputIsRefusedInOneSentence) {
   const auto refused = [this](const std::string& change, const std::string& undo) {
     const std::string sentence = after(change);
-    EXPECT_EQ(host.return_code, 1) << change;
+    EXPECT_EQ(host.return_code, 3) << change;
     EXPECT_THAT(files(), IsEmpty());
     host.load(undo);
     host.failures.clear();
@@ -260,7 +260,7 @@ TEST_F(RunTest, ConcentrationAboveTheMaximumIsReportedOnce) {
 TEST_F(RunTest, FailureInTheRunLeavesNoResults) {
   EXPECT_EQ(after("MINDT 0.95"), "The stable time step in segment 1 (upper, reach) is 0.9 days, below the minimum time "
                                  "step of 0.95 days.");
-  EXPECT_EQ(host.return_code, 2);
+  EXPECT_EQ(host.return_code, 4);
   EXPECT_THAT(files(), IsEmpty());
   EXPECT_FALSE(host.grid_lent);
 }
@@ -278,7 +278,7 @@ TEST_F(RunTest, WhatEndedProcessesLeftUnfinishedIsTidiedUp) {
 // Steps get shorter as the segment empties; the run must end all the same.
 TEST_F(RunTest, SegmentThatEmptiesEndsTheRun) {
   EXPECT_EQ(after("MINDT 0\nJQ 1 1 1 2\nIQ 1 1 1 0"), "Segment 1 (upper, reach) runs dry.");
-  EXPECT_EQ(host.return_code, 1);
+  EXPECT_EQ(host.return_code, 3);
   host.load("JQ 1 1 1 0\nIQ 1 1 1 1\nPRINTFUNC 1 0 1e-20");
   EXPECT_THAT(after("ENDJULIAN 2"), HasSubstr("too short to go on"));
 }
@@ -306,7 +306,7 @@ TEST(Limits, AreGivenAndThePeriodIsChecked) {
   EXPECT_EQ(host.return_code, 0);
   host.load("ENDJULIAN inf");
   get_maximum_parameters("oxygen", &FakeHost::callback);
-  EXPECT_EQ(host.return_code, 1);
+  EXPECT_EQ(host.return_code, 3);
   EXPECT_THAT(host.failures, ElementsAre(HasSubstr("its end is not a date of the calendar")));
   EXPECT_EQ(host.limits.size(), 5u);
   for (const auto& [keyword, limit] : host.limits) EXPECT_GE(limit, 1000000) << keyword;

@@ -32,7 +32,7 @@ protected:
     write("bad.inp", content);
     host.failures.clear();
     import_export(&FakeHost::callback, 1);
-    EXPECT_EQ(host.return_code, 1);
+    EXPECT_EQ(host.return_code, 3);
     const std::string all = host.failures.empty() ? "" : host.failures.back(), name = path("bad.inp");
     return all.starts_with(name) ? all.substr(name.size()) : all;
   }

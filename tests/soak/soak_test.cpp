@@ -201,9 +201,9 @@ protected:
     }
     if (stopped && form.active_thread) form.PriorityTrackBarChange(random(1, 3));
     finish();
-    if (form.last_job().cancelled && form.return_code() == 3) ++cut_short;
+    if (form.last_job().cancelled && form.return_code() == 5) ++cut_short;
     ASSERT_EQ(problems(job), std::vector<std::string>{}) << names[job] << (cancelled ? ", cancelled" : "");
-    ASSERT_TRUE(form.return_code() == 0 || (cancelled && form.return_code() == 3)) << names[job];
+    ASSERT_TRUE(form.return_code() == 0 || (cancelled && form.return_code() == 5)) << names[job];
   }
 
   // What the user has been told that is none of his business.
