@@ -2,6 +2,8 @@
 #pragma once
 
 #include "dataset/catalogue.h"
+#include "dataset/file_origin.h"
+#include "dataset/reading_losses.h"
 #include "dataset/records.h"
 
 #include <cstdint>
@@ -68,6 +70,7 @@ public:
   double max_dt = 1.0;             // days
   double min_dt = 0.0001;          // days
   shared_list<project_component> project_files;
+  file_origin origin; // never stored
 
   static constexpr std::uint32_t current_file_version() { return 0x00070007; }
 
@@ -79,13 +82,14 @@ public:
   explicit prevesk_dataset_data_type(std::shared_ptr<const model_catalogue> catalogue);
 
   // Reads a whole data file over this freshly constructed data set and reconciles it with the catalogue, if there is
-  // one. Throws data_file_exception; the data set is then as far as it came.
-  void read(binary_reader& file);
+  // one. Returns what the data set does not have of it. Throws data_file_exception; the data set is then as far as it
+  // came.
+  reading_losses read(binary_reader& file);
 
   // Reads a whole data file as it is stored: `file_version` is the file's and the catalogue is not asked.
   void read_stored(binary_reader& file);
 
-  // Writes the current layout.
+  // Writes the current layout under the current version, whatever `file_version` is.
   void write(binary_writer& file) const;
 
   // Takes the model's lists from the catalogue, sets the seed of new moments to the data set's start and the default
@@ -122,6 +126,9 @@ public:
   // was found. The limits must have been told by the engine before.
   bool check_limits(const std::filesystem::path& data_folder = {});
 
+  // The lists that the catalogue decides on.
+  model_lists lists_of_model() const { return {systems, parameters, constant_groups, time_functions, output_controls}; }
+
   // The start and the end of the simulation as date-time numbers.
   double start_date_time() const { return seed_date + seed_time; }
   double end_date_time() const { return end_date + end_time; }
@@ -135,7 +142,7 @@ public:
   // What the model lists come from; may be null.
   const std::shared_ptr<const model_catalogue>& catalogue() const { return catalogue_.pointer; }
 
-  // Equal in all members; cursors and the catalogue behind the lists do not count.
+  // Equal in all members; cursors, the origin and the catalogue behind the lists do not count.
   friend bool operator==(const prevesk_dataset_data_type&, const prevesk_dataset_data_type&) = default;
 
 private:

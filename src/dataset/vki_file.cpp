@@ -7,7 +7,8 @@
 
 namespace vesk {
 
-data_file::data_file(const std::filesystem::path& file) : opened_(open_for_reading(file)) {
+data_file::data_file(const std::filesystem::path& file)
+    : opened_(open_for_reading(file)), identity_(identity_of(opened_.get())) {
   if (size_of_regular_file(opened_.get()) > 0)
     reader_.emplace(opened_.get(), file.native());
   else
@@ -23,19 +24,23 @@ void data_file::read_from(int descriptor, std::string name) {
   reader_.emplace(std::string_view(bytes_), std::move(name));
 }
 
-void read_data_file(const std::filesystem::path& file, prevesk_dataset_data_type& data) {
+reading_losses read_data_file(const std::filesystem::path& file, prevesk_dataset_data_type& data) {
   try {
-    data.read(data_file(file).reader());
+    data_file opened(file);
+    reading_losses losses = data.read(opened.reader());
+    data.origin = losses.any() ? file_origin() : origin_of(file, opened.identity());
+    return losses;
   } catch (const std::bad_alloc&) {
     throw file_exception(memory_failure(file.native()));
   }
 }
 
-void save_data_file(const std::filesystem::path& file, const prevesk_dataset_data_type& data) {
+file_origin save_data_file(const std::filesystem::path& file, const prevesk_dataset_data_type& data) {
   safe_file target(file);
   binary_writer writer(target.descriptor(), file.native());
   data.write(writer);
   target.commit();
+  return origin_of(file, identity_of(file)); // by name: some file systems set the time when the file is closed
 }
 
 } // namespace vesk

@@ -22,25 +22,30 @@ public:
 
   binary_reader& reader() { return *reader_; }
 
+  // The file when it was opened, before a byte of it was read; nothing for what is no regular file.
+  const std::optional<file_identity>& identity() const { return identity_; }
+
 private:
   void read_from(int descriptor, std::string name);
 
   file_descriptor opened_;
+  std::optional<file_identity> identity_;
   std::string bytes_; // of what has no size before it is read
   std::optional<binary_reader> reader_;
 };
 
-// Reads a data file over the freshly constructed `data` and reconciles it with its catalogue, if it has one.
-// Afterwards a `file_version` above the current one says that the file is of a newer version.
+// Reads a data file over the freshly constructed `data` and reconciles it with its catalogue, if it has one. Returns
+// what `data` does not have of the file. When that is nothing, the file is the origin of `data`; else it has none.
 //
 // Throws file_open_exception: there is no file to read. data_file_exception: it is damaged or no data file.
 // file_exception: the system failed to read it or has not enough memory for it. catalogue_exception. After any of them
 // `data` is of no use.
-void read_data_file(const std::filesystem::path& file, prevesk_dataset_data_type& data);
+reading_losses read_data_file(const std::filesystem::path& file, prevesk_dataset_data_type& data);
 
-// Saves `data` in the current layout; the file takes its place only when all of it is on the disk.
+// Saves `data` in the current layout; the file takes its place only when all of it is on the disk. Returns the origin
+// that a data set with this content has from then on: none where `file` is a device or a pipe.
 //
 // Throws file_open_exception: nothing can be written there. file_exception: writing failed. The old file stays in both.
-void save_data_file(const std::filesystem::path& file, const prevesk_dataset_data_type& data);
+file_origin save_data_file(const std::filesystem::path& file, const prevesk_dataset_data_type& data);
 
 } // namespace vesk

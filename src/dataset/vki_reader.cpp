@@ -240,10 +240,20 @@ void prevesk_dataset_data_type::read_stored(binary_reader& file) {
   read_vki(file, *this);
 }
 
-void prevesk_dataset_data_type::read(binary_reader& file) {
-  read_vki(file, *this);
+reading_losses prevesk_dataset_data_type::read(binary_reader& file) {
+  reading_losses losses;
+  const vki_facts facts = read_vki(file, *this);
+  if (facts.version > current_file_version()) {
+    losses.newer_version = facts.version;
+    losses.bytes_not_read = file.left();
+  }
   file_version = std::max(file_version, current_file_version());
-  if (catalogue()) refresh_from_catalogue(true);
+  if (!catalogue()) return losses;
+  const model_lists stored = lists_of_model(); // not the segments: they are many, and changed in place
+  refresh_from_catalogue(true);
+  losses.model_is_unknown = !catalogue()->find_model(model_type);
+  losses.note_dropped(stored, lists_of_model());
+  return losses;
 }
 
 } // namespace vesk

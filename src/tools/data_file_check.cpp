@@ -1,7 +1,7 @@
 #include "tools/data_file_check.h"
 
+#include "dataset/file_version_text.h"
 #include "dataset/vki_reader.h"
-#include "tools/file_version_text.h"
 
 namespace vesk {
 

@@ -1,4 +1,5 @@
 // vki: dump, build, check and upgrade data files.
+#include "dataset/file_version_text.h"
 #include "dataset/vki_file.h"
 #include "dataset/vki_reader.h"
 #include "platform/program_start.h"
@@ -6,7 +7,6 @@
 #include "tools/clockless_data_set.h"
 #include "tools/data_file_check.h"
 #include "tools/dataset_json.h"
-#include "tools/file_version_text.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -50,7 +50,10 @@ std::string read_text(const std::string& name) {
 }
 
 void save(const std::string& name, const prevesk_dataset_data_type& data) {
-  if (name != standard_stream) return save_data_file(name, data);
+  if (name != standard_stream) {
+    save_data_file(name, data);
+    return;
+  }
   binary_writer output(STDOUT_FILENO, "standard output");
   data.write(output);
 }

@@ -1,5 +1,7 @@
 #include "memory_catalogue_store.h"
 
+#include "dataset/binary_reader.h"
+#include "dataset/binary_writer.h"
 #include "dataset/dataset.h"
 #include "query/sqlite_catalogue_store.h"
 
@@ -180,6 +182,40 @@ TEST(Catalogue, OfSeveralOldItemsWithOneNumberTheLastWins) {
   EXPECT_EQ(after.parameters[1].scale, 4);
   EXPECT_FALSE(after.parameters[0].used);
   EXPECT_EQ(print(after.segments[0].parameters), "0:0 12:10 "); // the last one within the old lists: position 1
+}
+
+// What reading reports as lost of `data`, saved with `model`, when the catalogue has become that of `store`.
+reading_losses losses_of(prevesk_dataset_data_type data, std::uint32_t model, memory_catalogue_store store) {
+  data.model_type = model;
+  std::string bytes;
+  binary_writer writer(bytes);
+  data.write(writer);
+  binary_reader reader(bytes, "river.vki");
+  return prevesk_dataset_data_type(read_catalogue(store)).read(reader);
+}
+
+TEST(Catalogue, ReadingSaysWhatTheCatalogueNoLongerHas) {
+  prevesk_dataset_data_type data = used_river();
+  data.systems.edit(0).loads.resize(3);
+  EXPECT_FALSE(losses_of(data, 7, small_catalogue()).any());
+
+  const reading_losses all = losses_of(data, 99, small_catalogue());
+  EXPECT_TRUE(all.model_is_unknown && all.any());
+  EXPECT_EQ(in_words(all.dropped),
+            "2 systems, 3 loads, 1 boundary, 2 parameters, 3 constants, 2 time functions, 1 output");
+  const reading_losses nothing = losses_of(prevesk_dataset_data_type(), 0, small_catalogue());
+  EXPECT_TRUE(nothing.model_is_unknown);
+  EXPECT_FALSE(nothing.any());
+  EXPECT_EQ(in_words(nothing.dropped), "");
+
+  auto store = small_catalogue();
+  store.tables["Systems"].rows[1][1] = 23;                          // another Nitrate
+  store.tables["Constants"].rows[1] = {42, 52, 0, 2, 1, "Rate", 2}; // moved, not lost
+  store.tables["output_control"].rows.clear();
+  const reading_losses some = losses_of(data, 7, store);
+  EXPECT_FALSE(some.model_is_unknown);
+  EXPECT_EQ(some.names, (std::vector<std::string>{"system \"typed\"", "output \"Dissolved oxygen\""}));
+  EXPECT_EQ(in_words(some.dropped), "1 system, 3 loads, 1 boundary, 1 output");
 }
 
 TEST(Catalogue, MoreSegmentsGetListsOfTheRightLengthAndTheOthersKeepTheirs) {

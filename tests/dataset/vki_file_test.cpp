@@ -3,6 +3,7 @@
 #include "sample_data_set.h"
 #include "temporary_folder.h"
 
+#include <chrono>
 #include <csignal>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -44,6 +45,38 @@ TEST(VkiFile, LongContentComesBackEqualFromFileAndFromPipe) {
   writer.join();
   EXPECT_EQ(piped, data);
   EXPECT_TRUE(std::filesystem::is_fifo(folder.file("pipe")));
+}
+
+TEST(VkiFile, TheOriginIsTheFileAsItWasReadOrSaved) {
+  const temporary_folder folder;
+  const std::string name = folder.file("river.vki");
+  prevesk_dataset_data_type data = sample_data_set();
+  EXPECT_FALSE(data.origin.is_set());
+  data.origin = save_data_file(name, data);
+  EXPECT_EQ(data.origin.file, name);
+  EXPECT_EQ(data.origin.identity, identity_of(std::filesystem::path(name)));
+  prevesk_dataset_data_type back;
+  read_data_file(name, back);
+  EXPECT_EQ(back.origin.identity, data.origin.identity);
+  std::filesystem::create_symlink("river.vki", folder.path / "link.vki");
+  EXPECT_EQ(identity_of(folder.path / "link.vki"), data.origin.identity);
+
+  const auto written = std::filesystem::last_write_time(name);
+  std::filesystem::last_write_time(name, written + std::chrono::nanoseconds(1000000));
+  EXPECT_NE(identity_of(std::filesystem::path(name)), back.origin.identity);
+  std::filesystem::last_write_time(name, written);
+  std::filesystem::copy_file(name, folder.path / "copy.vki");
+  std::filesystem::rename(folder.path / "copy.vki", name); // the same bytes in another file
+  EXPECT_NE(identity_of(std::filesystem::path(name)), back.origin.identity);
+  EXPECT_FALSE(save_data_file("/dev/null", data).is_set());
+  EXPECT_EQ(back.origin, file_origin()); // is not compared
+
+  std::string bytes = folder.read("river.vki");
+  bytes[0] = 8; // a newer version
+  folder.write("river.vki", bytes);
+  prevesk_dataset_data_type partly;
+  EXPECT_TRUE(read_data_file(name, partly).any());
+  EXPECT_FALSE(partly.origin.is_set());
 }
 
 TEST(VkiFile, ACutLongFileIsRefused) {

@@ -1,0 +1,12 @@
+#include "dataset/file_origin.h"
+
+namespace vesk {
+
+file_origin origin_of(const std::filesystem::path& file, const std::optional<file_identity>& then) {
+  if (!then) return {};
+  std::error_code error; // the current folder is gone
+  const std::filesystem::path whole = std::filesystem::absolute(file, error);
+  return {error ? file : whole.lexically_normal(), *then};
+}
+
+} // namespace vesk
