@@ -20,8 +20,8 @@ public:
       : versioned(prevesk_dataset_data_type::current_file_version()), sink_(sink),
         project_files_offset_(project_files_offset) {}
 
-  void header(const std::uint32_t& file_version) {
-    sink_.number(std::max(file_version, version()));                 // the layout is never older than the current one
+  void header(const std::uint32_t&) { // not the data set's version, which may be of a newer file
+    sink_.number(version());
     sink_.number(static_cast<std::uint32_t>(project_files_offset_)); // its lower half in a file beyond 4 GiB
     sink_.number(std::uint32_t{0});
   }

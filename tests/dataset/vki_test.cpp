@@ -247,12 +247,17 @@ TEST(Vki, ANewerVersionIsReadUntilItsBytesRunOut) {
   const prevesk_dataset_data_type whole = sample_data_set();
   std::string bytes = bytes_of(whole);
   bytes.replace(0, 4, "\x08\0\x07\0"s);
+  bytes += "more"; // a section that only the newer version has
   prevesk_dataset_data_type data;
   binary_reader reader(bytes, "new.vki");
-  data.read(reader);
-  EXPECT_EQ(data.file_version, 0x00070008u); // keeps its number
+  const reading_losses losses = data.read(reader);
+  EXPECT_EQ(losses.newer_version, 0x00070008u);
+  EXPECT_EQ(losses.bytes_not_read, 4u);
+  EXPECT_EQ(data.file_version, 0x00070008u);  // keeps its number
+  EXPECT_EQ(bytes_of(data), bytes_of(whole)); // written with the number of the layout that is written
   data.file_version = whole.file_version;
   EXPECT_EQ(data, whole);
+  bytes.resize(bytes.size() - 4);
   for (std::size_t length = 4; length < bytes.size(); ++length)
     ASSERT_EQ(refusal(std::string_view(bytes).substr(0, length)), "");
 
