@@ -17,6 +17,11 @@ std::string upper_case(std::string_view text) {
   return result;
 }
 
+std::string with_ending(std::string name, std::string_view ending) {
+  if (!upper_case(name).ends_with(upper_case(ending))) name += ending;
+  return name;
+}
+
 std::string upper_extension(std::string_view name) {
   return upper_case(split_file_name(name).extension);
 }

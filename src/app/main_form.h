@@ -154,15 +154,22 @@ public:
   void open_file(const std::string& name);
   bool load_data_file(const std::string& name); // true also when the failure has been told already
   bool open_project_file(const std::string& name);
-  void SaveItemClick();
-  void SaveasItemClick();
+  void SaveItemClick() { save(); }
+  void SaveasItemClick() { ask_name_and_save(); }
   void OpenItemClick();
   void OpenProjectItemClick();
   void ImportItemClick();
   void ExportItemClick();
   void import_file(const std::string& name); // the command line's import: only .INP
   void export_file(const std::string& name);
+  // Saves to file_name; without one the user is asked for it, and where this would replace a file that is not the data
+  // set's origin, whether to. True when it was saved.
+  bool save();
+  // Saves to `name`, with ".vki" appended to a name without it, and replaces what is there. True when it was saved.
+  bool save_as(const std::string& name);
   int failures() const { return failures_; } // of opening, importing, exporting and saving files
+  // Files that were opened without a part of their content: of a newer version, or of a model that the catalogue lacks.
+  int files_partly_read() const { return files_partly_read_; }
 
   // Run control.
   void RunModelButtonClick(); // starts a run, or cancels the one that goes
@@ -214,8 +221,11 @@ private:
   void take_back();                                            // the data set of the job that ends
   enum class load_result { loaded, cannot_open, refused };     // refused: data set and name are as they were
   load_result load(const std::string& name);
-  bool read_into_new_data_sets(const std::string& name);
-  void save_to_file_name();
+  bool read_into_new_data_sets(const std::string& name, reading_losses& losses);
+  void tell_losses(const std::string& name, const reading_losses& losses);
+  bool ask_name_and_save();
+  bool may_replace(const std::string& name);
+  bool save_to_file_name();
   void prepare_import(const std::string& name);
   bool refuse_when_busy(job_code code);
   bool start_job(const prevesk_dataset_data_type& data_set, job_code code, const std::string& name,
@@ -241,6 +251,7 @@ private:
   user_interface& ui_;
   std::shared_ptr<const engine_library> library_;
   int failures_ = 0;
+  int files_partly_read_ = 0;
   job_outcome last_job_;
   std::atomic<bool> logging_enabled_{false};
   std::atomic<int> diagnostic_level_{0};

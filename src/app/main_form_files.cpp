@@ -1,11 +1,13 @@
 // The commands of the File and Project menus.
 //
-// There is no dirty flag: New, Open and Import replace the data set without asking. The one question is the one before
-// a project is opened.
+// There is no dirty flag: New, Open and Import replace the data set without asking. There are two questions: the one
+// before a project is opened, and the one before a file is replaced that the data set did not come from.
 #include "app/file_names.h"
 #include "app/main_form.h"
+#include "dataset/file_version_text.h"
 #include "dataset/vki_file.h"
 
+#include <algorithm>
 #include <filesystem>
 
 namespace vesk {
@@ -15,10 +17,20 @@ namespace {
 const file_dialog open_dialog{file_dialog::kind::open, "",
                               "VESK Files|*.vkp;*.vki|VESK Input Files (*.vki)|*.vki|VESK Projects (*.VKP)|*.vkp",
                               "vkp"};
-const file_dialog save_dialog{file_dialog::kind::save, "", "VESK Input Files (*.vki)|*.vki", "vki"};
+constexpr const char* data_file_ending = ".vki";
+const file_dialog save_dialog{file_dialog::kind::save, "", "VESK Input Files (*.vki)|*.vki", "vki", data_file_ending};
 const char* const old_style_filter = "Old Style VESK input files (*.inp)|*.inp|VKN files (*.vkn)|*.vkn";
 const file_dialog import_dialog{file_dialog::kind::open, "", old_style_filter, "inp"};
 const file_dialog export_dialog{file_dialog::kind::save, "", old_style_filter, "inp"};
+
+// "a, b and 5 more", with at most ten of them named.
+std::string enumerated(const std::vector<std::string>& names) {
+  constexpr std::size_t most = 10;
+  std::string text;
+  for (std::size_t i = 0; i < std::min(names.size(), most); ++i) text += (i > 0 ? ", " : "") + names[i];
+  if (names.size() > most) text += " and " + std::to_string(names.size() - most) + " more";
+  return text;
+}
 
 // The hourglass for the length of a block.
 class busy_cursor {
@@ -76,8 +88,9 @@ bool TPreveskMainForm::load_data_file(const std::string& name) {
 
 TPreveskMainForm::load_result TPreveskMainForm::load(const std::string& name) {
   commit_snapshot();
+  reading_losses losses;
   try {
-    if (!read_into_new_data_sets(name)) {
+    if (!read_into_new_data_sets(name, losses)) {
       report_failure("Cannot open file.");
       restore_snapshot(); // of the new data set, so that it stays empty
       update_menus();
@@ -89,25 +102,42 @@ TPreveskMainForm::load_result TPreveskMainForm::load(const std::string& name) {
   }
   if (current_data_set->file_version != prevesk_dataset_data_type::current_file_version())
     ui_.message_box("Error", "VKI Version not supported; data could be corrupt.", box_buttons::ok);
-  const std::uint32_t model = current_data_set->model_type;
-  if (model != 0 && !current_data_set->catalogue()->find_model(model))
-    ui_.message_box("Error",
-                    "The catalogue has no model " + std::to_string(model) + ", which " + name +
-                        " is for; its systems, parameters, constants, time functions and outputs are not shown.",
-                    box_buttons::ok);
+  tell_losses(name, losses);
   return load_result::loaded;
+}
+
+// Of a file that was read in part the user has to know what is missing before saving over it.
+void TPreveskMainForm::tell_losses(const std::string& name, const reading_losses& losses) {
+  const std::string dropped = in_words(losses.dropped);
+  if (losses.newer_version != 0)
+    add_info_line(name + " has version " + file_version_text(losses.newer_version) + ", which is newer than " +
+                      file_version_text(prevesk_dataset_data_type::current_file_version()) + ": " +
+                      byte_count(losses.bytes_not_read) + " at its end " +
+                      (losses.bytes_not_read == 1 ? "was" : "were") +
+                      " not read. A saved copy lacks what was not read.",
+                  icon_note);
+  if (losses.model_is_unknown && (current_data_set->model_type != 0 || !dropped.empty()))
+    ui_.message_box("Error",
+                    "The catalogue has no model " + std::to_string(current_data_set->model_type) + ", which " + name +
+                        " is for." + (dropped.empty() ? "" : " Dropped: " + dropped + ".") +
+                        " Open it with a catalogue that has the model.",
+                    box_buttons::ok);
+  else if (!losses.names.empty())
+    add_info_line(name + ": the catalogue no longer has " + enumerated(losses.names) + ". Dropped: " + dropped + ".",
+                  icon_note);
+  if (losses.newer_version != 0 || (losses.model_is_unknown && losses.any())) ++files_partly_read_;
 }
 
 // Replaces both data sets, the file's name with them, unless the file is damaged: then it throws and all is as it was.
 // A file that cannot be opened (false) leaves new, empty data sets under its name.
-bool TPreveskMainForm::read_into_new_data_sets(const std::string& name) {
+bool TPreveskMainForm::read_into_new_data_sets(const std::string& name, reading_losses& losses) {
   const busy_cursor busy(ui_);
   const auto tables = catalogue.get();
   auto backup = std::make_unique<prevesk_dataset_data_type>(tables);
   auto fresh = std::make_unique<prevesk_dataset_data_type>(tables);
   bool opened = true;
   try {
-    read_data_file(name, *fresh);
+    losses = read_data_file(name, *fresh);
   } catch (const file_open_exception&) {
     opened = false;
   } catch (...) {
@@ -122,33 +152,59 @@ bool TPreveskMainForm::read_into_new_data_sets(const std::string& name) {
   return true;
 }
 
-void TPreveskMainForm::SaveItemClick() {
-  if (!current_data_set) return;
-  if (file_name.empty()) return SaveasItemClick();
+bool TPreveskMainForm::save() {
+  if (!current_data_set) return false;
+  if (file_name.empty()) return ask_name_and_save();
   const file_name_parts parts = split_file_name(file_name);
-  if (upper_case(parts.extension) != ".VKI") file_name = parts.folder + parts.base + ".VKI";
-  save_to_file_name();
+  const bool has_ending = upper_case(parts.extension) == ".VKI";
+  const std::string name = has_ending ? file_name : parts.folder + parts.base + ".VKI";
+  if (!may_replace(name)) return false;
+  file_name = name;
+  return save_to_file_name();
 }
 
-void TPreveskMainForm::save_to_file_name() {
+// The dialog asks about an existing file itself, by the name with the ending.
+bool TPreveskMainForm::ask_name_and_save() {
+  const auto name = ui_.ask_file(save_dialog);
+  return name && save_as(*name);
+}
+
+bool TPreveskMainForm::save_as(const std::string& name) {
+  if (!current_data_set) return false;
+  file_name = with_ending(name, data_file_ending);
+  return save_to_file_name();
+}
+
+// Whether `name` may be written without a loss that the user does not know of: there is no such file, it is the one
+// that the data set came from, or the user agrees.
+bool TPreveskMainForm::may_replace(const std::string& name) {
+  namespace fs = std::filesystem;
+  std::error_code ignored;
+  if (!fs::exists(name, ignored) || fs::is_directory(name, ignored)) return true; // writing tells
+  const file_origin& origin = current_data_set->origin;
+  if (origin.is_set() && identity_of(fs::path(name)) == origin.identity) return true;
+  const bool has_changed = origin.is_set() && origin_of(name, origin.identity).file == origin.file;
+  const std::string cause = has_changed ? " has changed since this data set was read from it or saved to it."
+                                        : " exists already. It holds data that is not in this data set.";
+  return ui_.message_box("Replace file?", name + cause + "\r\nReplace it?", box_buttons::yes_no) == box_answer::yes;
+}
+
+bool TPreveskMainForm::save_to_file_name() {
   ui_.set_subject(file_name);
+  bool saved = false;
   try {
     const busy_cursor busy(ui_);
-    save_data_file(file_name, *current_data_set);
+    current_data_set->origin = save_data_file(file_name, *current_data_set);
+    current_data_set->file_version = prevesk_dataset_data_type::current_file_version(); // as it was written
     update_caption();
+    saved = true;
   } catch (const file_open_exception&) {
     report_failure("Cannot open file for writing.");
   } catch (const std::exception& error) {
     report_failure(error.what());
   }
   ui_.set_subject("");
-}
-
-void TPreveskMainForm::SaveasItemClick() {
-  const auto name = ui_.ask_file(save_dialog);
-  if (!name) return;
-  file_name = *name;
-  SaveItemClick();
+  return saved;
 }
 
 void TPreveskMainForm::ImportItemClick() {

@@ -4,11 +4,14 @@
 #include "platform/nearest_name.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <map>
 
 namespace vesk {
 
 namespace {
+
+namespace fs = std::filesystem;
 
 // One option of the console alone. Exactly one of the members says what it sets.
 struct option_row {
@@ -47,7 +50,7 @@ constexpr option_row rows[] = {
      .text = &console_options::export_name},
     {.name = "--save",
      .argument = "FILE",
-     .help = "save the data set, replacing an existing file",
+     .help = "save the data set as FILE.vki, replacing an existing file",
      .text = &console_options::save},
     {.name = "--log",
      .argument = "[=DIR]",
@@ -118,7 +121,9 @@ private:
     if (word == "-RUN") options_.run = true;
     if (word != "-IMPORT") return;
     options_.import = true;
-    if (at_ + 1 < arguments_.size()) options_.walk.push_back(arguments_[++at_]);
+    if (at_ + 1 == arguments_.size()) return; // the main form refuses it
+    options_.walk.push_back(arguments_[++at_]);
+    check_value(argument, options_.walk.back());
   }
 
   void long_option(const std::string& argument) {
@@ -133,8 +138,10 @@ private:
     } else if (name == "--log") {
       options_.log = true;
       options_.log_directory = value;
+      if (value) check_value(name, *value);
     } else if (row->text) {
       options_.*(row->text) = argument_of(name, value);
+      if (name == "--save") check_file_to_save(*(options_.*(row->text)));
     } else {
       if (value) throw usage_error("Option " + name + " takes no value, but has \"" + *value + "\".");
       options_.*(row->flag) = true;
@@ -142,9 +149,32 @@ private:
   }
 
   std::string argument_of(const std::string& name, const std::optional<std::string>& value) {
-    if (value) return *value;
-    if (at_ + 1 == arguments_.size()) throw usage_error("Option " + name + " needs a value behind it.");
-    return arguments_[++at_];
+    if (!value && at_ + 1 == arguments_.size()) throw usage_error("Option " + name + " requires a value.");
+    const std::string& taken = value ? *value : arguments_[++at_];
+    check_value(name, taken);
+    return taken;
+  }
+
+  // Another option in the place of a value means that the value was forgotten.
+  static void check_value(const std::string& name, const std::string& value) {
+    if (value.empty()) throw usage_error("Option " + name + " requires a value.");
+    if (value[0] == '-')
+      throw usage_error("Option " + name + " requires a value, but is followed by \"" + value +
+                        "\"; a file of that name is ./" + value + ".");
+    std::error_code ignored;
+    const fs::file_status status = fs::status(value, ignored);
+    if (fs::is_character_file(status) || fs::is_block_file(status))
+      throw usage_error("Option " + name + " takes no device, but has \"" + value + "\".");
+  }
+
+  // Standard output may be a file or a pipe: then its names under /dev are not devices, but no file to save either.
+  static void check_file_to_save(const std::string& value) {
+    std::error_code ignored;
+    if ((value.starts_with("/dev/") && !value.starts_with("/dev/shm/")) || fs::is_fifo(value, ignored))
+      throw usage_error("Option --save takes no device or pipe, but has \"" + value + "\".");
+    const std::string file = fs::path(value).filename();
+    if (file.empty() || file == "." || file == "..")
+      throw usage_error("Option --save requires the name of a file, but has \"" + value + "\".");
   }
 
   std::span<const std::string> arguments_;

@@ -54,7 +54,7 @@ bool session::catalogue_is_there() {
 // The walk of the arguments goes on after a file that cannot be opened, but nothing is done with what it opened.
 session::step session::open_files() {
   const auto requests = form_.walk_command_line(options_.walk, [] { return !interrupted(); });
-  if (form_.failures() > 0) return step::failed;
+  if (form_.failures() > 0 || (form_.files_partly_read() > 0 && !options_.yes)) return step::failed;
   if (interrupted()) return step::cancelled;
   if (!requests.import_requested) return step::done;
   return job(requests.import_name, [&] { form_.import_file(requests.import_name); });
@@ -93,10 +93,7 @@ session::step session::jobs() {
   next(options_.export_name.has_value(), true, [this] {
     return with_data("export", *options_.export_name, [this] { form_.export_file(*options_.export_name); });
   });
-  next(options_.save.has_value(), false, [this] {
-    form_.file_name = *options_.save;
-    return save();
-  });
+  next(options_.save.has_value(), false, [this] { return save(); });
   return result;
 }
 
@@ -158,15 +155,18 @@ session::step session::refresh() {
   return options_.save ? step::done : save(); // --save does it at its turn
 }
 
+// A name after --save is the user's word for replacing what is there; the data set's own may have changed hands.
 session::step session::save() {
   if (!has_data("save")) return step::failed;
-  if (split_file_name(form_.file_name).base.empty()) {
+  if (!options_.save && split_file_name(form_.file_name).base.empty()) {
     ui_.say_failure("There is no file name to save under; name one with --save.");
     return step::failed;
   }
   const int failures_before = form_.failures();
-  form_.SaveItemClick();
-  if (form_.failures() > failures_before) return step::failed;
+  const bool saved = options_.save ? form_.save_as(*options_.save) : form_.save();
+  if (!saved && form_.failures() == failures_before)
+    ui_.say_failure("Not saved; --yes replaces the file, --save FILE saves under another name.");
+  if (!saved) return step::failed;
   ui_.say("Saved " + form_.file_name + ".");
   return step::done;
 }

@@ -9,6 +9,7 @@
 #include <QFileInfo>
 #include <QHeaderView>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMainWindow>
 #include <QMessageBox>
 #include <QRegularExpression>
@@ -64,6 +65,25 @@ public:
     return file.suffix().isEmpty() ? QString("File") : file.suffix().toUpper() + " file";
   }
   using QFileIconProvider::icon;
+};
+
+// Puts the ending after the name that was chosen, before the toolkit looks whether there is such a file. The toolkit's
+// default suffix does not do that: it leaves a name alone that has a dot anywhere, such as "river v1.3".
+class file_box final : public QFileDialog {
+public:
+  file_box(QWidget* parent, QString ending) : QFileDialog(parent), ending_(std::move(ending)) {}
+
+  void accept() override {
+    auto* edit = findChild<QLineEdit*>("fileNameEdit");
+    const QStringList chosen = selectedFiles();
+    if (edit && !ending_.isEmpty() && !edit->text().isEmpty() && chosen.size() == 1 && !QFileInfo(chosen[0]).isDir() &&
+        !edit->text().endsWith(ending_, Qt::CaseInsensitive))
+      edit->setText(edit->text() + ending_);
+    QFileDialog::accept();
+  }
+
+private:
+  const QString ending_;
 };
 
 // An arrow in place of the hourglass while the user is asked.
@@ -134,7 +154,7 @@ QStringList name_filters(const std::string& filter) {
 
 std::optional<std::string> ask_for_file(const file_dialog& dialog, const QString& first_folder) {
   const bool save = dialog.kind == file_dialog::kind::save;
-  QFileDialog box(window_in_front());
+  file_box box(window_in_front(), shown(dialog.ending));
   box.setObjectName("file_dialog");
   box.setAcceptMode(save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
   box.setFileMode(save ? QFileDialog::AnyFile : QFileDialog::ExistingFile);

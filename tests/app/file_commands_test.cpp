@@ -80,22 +80,52 @@ TEST_F(FileCommands, ADamagedFileLeavesAllAsItWas) {
 }
 
 TEST_F(FileCommands, ANewerVersionIsKeptAndWarnedAbout) {
-  make_file("newer.vki", "upper");
+  const std::string name = make_file("newer.vki", "upper");
   std::string bytes = folder.read("newer.vki");
   bytes[0] = 8;
-  folder.write("newer.vki", bytes);
-  form.open_file(folder.file("newer.vki"));
-  EXPECT_EQ(ui.boxes, lines{"Error: VKI Version not supported; data could be corrupt."});
+  folder.write("newer.vki", bytes + "0123456");
+  form.open_file(name);
+  EXPECT_EQ(ui.take_boxes(), lines{"Error: VKI Version not supported; data could be corrupt."});
+  EXPECT_EQ(ui.lines, lines{"1 " + name +
+                            " has version 7.8, which is newer than 7.7: 7 bytes at its end were not "
+                            "read. A saved copy lacks what was not read."});
   EXPECT_EQ(first_segment(), "upper");
+  EXPECT_EQ(form.failures(), 0); // it has been opened
+  EXPECT_EQ(form.files_partly_read(), 1);
+  ui.answer = box_answer::no;
+  form.SaveItemClick();
+  EXPECT_EQ(ui.take_boxes(), lines{"Replace file?: " + name +
+                                   " exists already. It holds data that is not in this data set.\r\nReplace it?"});
+  EXPECT_EQ(folder.read("newer.vki"), bytes + "0123456");
+  EXPECT_TRUE(form.save_as(folder.file("copy.vki")));
+  EXPECT_EQ(folder.read("copy.vki")[0], 7); // the version of what is in it
+  form.SaveItemClick();
+  EXPECT_EQ(ui.boxes, lines{}); // from now on it comes from there
 }
 
-TEST_F(FileCommands, AModelThatTheCatalogueLacksIsTold) {
+TEST_F(FileCommands, WhatTheCatalogueLacksIsTold) {
   const std::string name = make_file("other.vki", "upper", 77);
   form.open_file(name);
-  EXPECT_EQ(ui.boxes, lines{"Error: The catalogue has no model 77, which " + name +
-                            " is for; its systems, parameters, constants, time functions and outputs are not shown."});
-  EXPECT_EQ(form.failures(), 0); // it has been opened
+  EXPECT_EQ(ui.take_boxes(),
+            lines{"Error: The catalogue has no model 77, which " + name +
+                  " is for. Dropped: 1 system, 2 parameters. Open it with a catalogue that has the model."});
+  EXPECT_EQ(form.failures(), 0);
+  EXPECT_EQ(form.files_partly_read(), 1);
   EXPECT_EQ(form.current_data_set->library, "UNKNOWN.DLL");
+  EXPECT_FALSE(form.current_data_set->origin.is_set());
+
+  prevesk_dataset_data_type data(form.catalogue.get());
+  data.systems.push_back(data.systems[0]);
+  data.systems.edit(1).isc = 2;
+  data.systems.edit(1).description = "Silica";
+  data.systems.edit(1).loads.resize(2);
+  save_data_file(folder.path / "silica.vki", data);
+  form.open_file(folder.file("silica.vki"));
+  EXPECT_EQ(ui.lines, lines{"1 " + folder.file("silica.vki") +
+                            ": the catalogue no longer has system \"Silica\". Dropped: 1 system, 2 loads."});
+  EXPECT_EQ(ui.boxes, lines{});
+  EXPECT_EQ(form.files_partly_read(), 1); // some records only
+  EXPECT_FALSE(form.current_data_set->origin.is_set());
 }
 
 TEST_F(FileCommands, SaveTakesTheDataFilesExtension) {
@@ -109,9 +139,45 @@ TEST_F(FileCommands, SaveTakesTheDataFilesExtension) {
   form.SaveItemClick();
   EXPECT_EQ(ui.boxes, lines{"Error: Cannot open file for writing."});
   form.file_name.clear();
-  ui.file = folder.file("chosen.vki");
+  ui.file = folder.file("river v1.2");
   form.SaveItemClick();
-  EXPECT_EQ(folder.read("chosen.vki"), folder.read("a.vki"));
+  ui.file = folder.file("river v1.3");
+  form.SaveasItemClick();
+  EXPECT_EQ(form.file_name, folder.file("river v1.3.vki"));
+  for (const char* name : {"river v1.2.vki", "river v1.3.vki"}) EXPECT_EQ(folder.read(name), folder.read("a.vki"));
+}
+
+TEST_F(FileCommands, SaveAsksBeforeItReplacesAFileThatTheDataSetDidNotComeFrom) {
+  const std::string name = make_file("a.vki", "upper"), other = make_file("b.vki", "other");
+  const std::string question = "\r\nReplace it?";
+  ui.answer = box_answer::no;
+  form.open_file(name);
+  form.current_data_set->comments = "first";
+  form.SaveItemClick();
+  form.current_data_set->comments = "second";
+  form.SaveItemClick();
+  EXPECT_EQ(ui.take_boxes(), lines{}); // its own file, read and then saved
+  folder.write("a.vki", "written by somebody else");
+  form.SaveItemClick();
+  EXPECT_EQ(ui.take_boxes(), lines{"Replace file?: " + name +
+                                   " has changed since this data set was read from it or saved to it." + question});
+  form.file_name = other; // as an engine may set it
+  form.SaveItemClick();
+  form.new_data_set();
+  form.file_name = folder.file("b.inp");
+  std::filesystem::copy_file(other, folder.path / "b.VKI");
+  form.SaveItemClick();
+  EXPECT_EQ(form.file_name, folder.file("b.inp"));
+  EXPECT_EQ(ui.take_boxes(), (lines{"Replace file?: " + other +
+                                        " exists already. It holds data that is not in this data set." + question,
+                                    "Replace file?: " + folder.file("b.VKI") +
+                                        " exists already. It holds data that is not in this data set." + question}));
+  EXPECT_EQ(folder.read("a.vki"), "written by somebody else");
+  EXPECT_EQ(folder.read("b.vki"), folder.read("b.VKI"));
+  ui.answer = box_answer::yes;
+  EXPECT_TRUE(form.save());
+  EXPECT_TRUE(form.save());
+  EXPECT_EQ(ui.boxes.size(), 1U);
 }
 
 TEST_F(FileCommands, AProjectOpensItsDataFileAndKeepsTheOtherMembers) {

@@ -10,13 +10,13 @@ using lines = std::vector<std::string>;
 
 TEST(Options, AreTakenFromAnyPlace) {
   const console_options o =
-      parse_console_options(lines{"--engine", "e.so", "a.vki", "-run", "--log=logs", "-IMPORT", "--odd.inp",
-                                  "--progress=bar", "--yes", "b.vki", "--save", "-c.vki"});
-  EXPECT_EQ(o.walk, (lines{"a.vki", "-run", "-IMPORT", "--odd.inp", "b.vki"}));
+      parse_console_options(lines{"--engine", "e.so", "a.vki", "-run", "--log=logs", "-IMPORT", "./--odd.inp",
+                                  "--progress=bar", "--yes", "b.vki", "--save", "./-c.vki"});
+  EXPECT_EQ(o.walk, (lines{"a.vki", "-run", "-IMPORT", "./--odd.inp", "b.vki"}));
   EXPECT_TRUE(o.run && o.import && o.log && o.yes && o.any_work());
   EXPECT_EQ(o.engine, "e.so");
   EXPECT_EQ(o.log_directory, "logs");
-  EXPECT_EQ(o.save, "-c.vki");
+  EXPECT_EQ(o.save, "./-c.vki");
   EXPECT_EQ(o.progress, progress_style::bar);
   EXPECT_FALSE(parse_console_options(lines{"--log", "--quiet"}).any_work());
 }
@@ -32,7 +32,22 @@ TEST(Options, WrongUsageIsToldInOneSentence) {
   };
   EXPECT_EQ(error({"--exprot", "a.inp"}), "Unknown option --exprot; the nearest is --export.");
   EXPECT_EQ(error({"-RUNN"}), "Unknown option -RUNN; the nearest is -RUN.");
-  EXPECT_EQ(error({"--save"}), "Option --save needs a value behind it.");
+  EXPECT_EQ(error({"--save"}), "Option --save requires a value.");
+  EXPECT_EQ(error({"--save="}), "Option --save requires a value.");
+  for (const char* option : {"--engine", "--catalogue", "--import-network", "--load-restart", "--export", "--save",
+                             "--progress", "-IMPORT"}) {
+    EXPECT_EQ(error({option, "-"}), std::string("Option ") + option +
+                                        " requires a value, but is followed by \"-\"; a file of that name is ./-.");
+    EXPECT_TRUE(error({option, "-RUN"}).starts_with(std::string("Option ") + option + " requires a value")) << option;
+    EXPECT_EQ(error({option, "/dev/null"}),
+              std::string("Option ") + option + " takes no device, but has \"/dev/null\".");
+  }
+  EXPECT_EQ(error({"--log=-x"}),
+            "Option --log requires a value, but is followed by \"-x\"; a file of that name is ./-x.");
+  EXPECT_EQ(error({"--save", "/dev/fd/1"}), "Option --save takes no device or pipe, but has \"/dev/fd/1\".");
+  for (const char* folder : {"..", "rivers/", "rivers/."})
+    EXPECT_EQ(error({"--save", folder}),
+              std::string("Option --save requires the name of a file, but has \"") + folder + "\".");
   EXPECT_EQ(error({"--yes=no"}), "Option --yes takes no value, but has \"no\".");
   EXPECT_EQ(error({"--progress", "fast"}), "Option --progress takes auto, bar, plain or none, not \"fast\".");
 }

@@ -163,6 +163,47 @@ TEST_F(VeskRun, BadInputIsToldInOneSentence) {
   EXPECT_EQ(no_catalogue.status, 1);
 }
 
+TEST_F(VeskRun, AFileThatIsOnlyPartlyUnderstoodIsNotSavedOver) {
+  make_file("returns", true);
+  std::string newer = folder.read("river.vki");
+  newer[0] = 8;
+  prevesk_dataset_data_type unknown(catalogue_source(folder.path).get());
+  unknown.model_type = 77;
+  save_data_file(folder.path / "unknown.vki", unknown);
+  folder.write("newer.vki", newer);
+  for (const char* name : {"newer.vki", "unknown.vki"}) {
+    const std::string before = folder.read(name);
+    for (const char* work : {"--refresh", "-RUN"}) EXPECT_EQ(run({folder.file(name), work}).status, 1);
+    EXPECT_EQ(run({folder.file(name), "--save", folder.file(name)}).status, 1);
+    EXPECT_EQ(folder.read(name), before);
+    const program_result agreed = run({folder.file(name), "--save", folder.file("out"), "--yes"});
+    EXPECT_EQ(agreed.status, 0) << agreed.err;
+    EXPECT_EQ(folder.read("out.vki")[0], 7);
+  }
+  // Single records that the catalogue lacks: the file counts as opened, but is not what was opened.
+  prevesk_dataset_data_type data(catalogue_source(folder.path).get());
+  data.systems.edit(0).isc = 9;
+  save_data_file(folder.path / "system.vki", data);
+  const std::string file = folder.file("system.vki"), before = folder.read("system.vki");
+  const program_result refused = run({file, "--refresh"});
+  EXPECT_EQ(refused.err, "vesk-run: Replace file?: " + file +
+                             " exists already. It holds data that is not in this data set. Replace it?\n"
+                             "vesk-run: Not saved; --yes replaces the file, --save FILE saves under another name.\n");
+  EXPECT_EQ(refused.status, 1);
+  EXPECT_EQ(folder.read("system.vki"), before);
+  EXPECT_EQ(run({file, "--refresh", "--yes"}).status, 0);
+  EXPECT_NE(folder.read("system.vki"), before);
+}
+
+TEST_F(VeskRun, SavesUnderTheWholeName) {
+  const std::string file = make_file("returns");
+  EXPECT_EQ(run({file, "--save", folder.file("m.backup-2026")}).out,
+            "Saved " + folder.file("m.backup-2026.vki") + ".\n");
+  EXPECT_FALSE(std::filesystem::exists(folder.path / "m.VKI"));
+  EXPECT_EQ(run({file, "--save", folder.file("m.backup-2026.vki")}).status, 0); // replaced without a question
+  EXPECT_EQ(run({file, "--save", "-"}).status, 2);
+}
+
 TEST_F(VeskRun, AFailedCheckEndsTheWork) {
   const std::string file = make_file("returns");
   const program_result result = run({file, "--check", "--save", folder.file("never.vki")});

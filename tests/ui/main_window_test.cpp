@@ -6,8 +6,10 @@
 #include <QAbstractItemModel>
 #include <QAction>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMessageBox>
 #include <QProgressBar>
 #include <QSlider>
 #include <QTableView>
@@ -177,7 +179,8 @@ TEST(MainWindow, MessagesStayInSightUnlessTheUserLooksAtOlderOnes) {
     QTest::qWait(20);
   };
   const auto at_end = [&] {
-    return list->visualRect(list->model()->index(list->model()->rowCount() - 1, 0)).intersects(list->viewport()->rect());
+    return list->visualRect(list->model()->index(list->model()->rowCount() - 1, 0))
+        .intersects(list->viewport()->rect());
   };
   add(200);
   EXPECT_TRUE(at_end());
@@ -204,6 +207,39 @@ TEST(MainWindow, GridColumnsGrowWithTheNumbersInSightAndKeepWhatTheUserGaveThem)
   grid.scrollToBottom();
   grid.repaint_cells();
   EXPECT_EQ(grid.columnWidth(0), 70);
+}
+
+TEST(MainWindow, SaveAsCutsNothingOffANameAndAsksAboutTheFileThatItWillWrite) {
+  running_program program;
+  const temporary_folder folder;
+  program.form().open_file(SAMPLE);
+  const auto save_as = [&](const char* name, const std::function<bool(QWidget*)>& question) {
+    bool typed = false;
+    with_dialog([&] { program.trigger("SaveasItem"); },
+                [&](QWidget* dialog) {
+                  if (typed) return question(dialog);
+                  find<QLineEdit>(dialog, "fileNameEdit")->setText(QString::fromStdString(folder.file(name)));
+                  typed =
+                      QMetaObject::invokeMethod(dialog, "accept", Qt::QueuedConnection); // the question comes inside
+                  return typed && !question;
+                });
+  };
+  save_as("river v1.2", {});
+  save_as("river v1.3", {});
+  EXPECT_EQ(program.form().file_name, folder.file("river v1.3.vki"));
+  EXPECT_EQ(folder.read("river v1.2.vki"), folder.read("river v1.3.vki"));
+  program.form().current_data_set->comments = "edited";
+  const std::string before = folder.read("river v1.2.vki");
+  QString question;
+  save_as("river v1.2", [&](QWidget* box) {
+    if (auto* asked = qobject_cast<QMessageBox*>(box)) {
+      question = asked->text();
+      return press(asked, "Yes");
+    }
+    return false;
+  });
+  EXPECT_TRUE(question.contains("river v1.2.vki already exists")) << question.toStdString();
+  EXPECT_NE(folder.read("river v1.2.vki"), before);
 }
 
 TEST(MainWindow, TakesItsStoredPlaceAndGridHeight) {
