@@ -87,12 +87,13 @@ bool lock_new(int file) {
   return fstat(file, &status) != 0 || status.st_nlink > 0;
 }
 
-// Owner first: changing it may take bits from the mode. Without the right to give the file away, its group alone.
+// Owner first: changing it may take bits from the mode. Without the right to give the file away, its group alone. The
+// set-user-id, set-group-id and sticky bits are dropped: the new content was not what they were given to.
 void take_over_owner_and_mode(int file, const struct stat& old) {
   if (fchown(file, old.st_uid, old.st_gid) != 0 && fchown(file, static_cast<uid_t>(-1), old.st_gid) != 0) {
     // Not permitted: the file stays the saver's own.
   }
-  fchmod(file, old.st_mode & 07777);
+  fchmod(file, old.st_mode & 0777);
 }
 
 // A folder that may not be read can be written to all the same; it only cannot be flushed.

@@ -7,9 +7,10 @@
 // start. Hidden files whose writers are gone are removed by the next saving into the same folder; a lock (flock) tells
 // them apart.
 //
-// A symbolic link stays and what it points at is replaced. The old file's mode stays, and its owner and group where
-// the system permits; a new file gets the usual mode. Other hard links to the old file keep the old content. What is no
-// regular file (a device, a pipe, `/dev/stdout` where it is one) has no content to lose and is written to directly.
+// A symbolic link stays and what it points at is replaced. The old file's permissions stay, but never its set-id
+// bits, and its owner and group where the system permits; a new file gets the usual mode. Other hard links to the old
+// file keep the old content. What is no regular file (a device, a pipe, `/dev/stdout` where it is one) has no content
+// to lose and is written to directly.
 #pragma once
 
 #include "platform/file_io.h"

@@ -63,6 +63,9 @@ TEST(SafeFile, ModeAndOwnerStayAndNewFilesGetTheUsualMode) {
   EXPECT_EQ(status_of(folder.file("old")).st_mode & 07777, 0640u);
   EXPECT_EQ(status_of(folder.file("old")).st_uid, root ? 12345u : geteuid());
   EXPECT_EQ(status_of(folder.file("old")).st_gid, root ? 54321u : getegid());
+  chmod(folder.file("old").c_str(), 07755);
+  save(folder.file("old"), "#!/bin/sh");
+  EXPECT_EQ(status_of(folder.file("old")).st_mode & 07777, 0755u); // no program with its owner's rights
   const mode_t before = umask(027);
   save(folder.file("new"), "x");
   umask(before);
