@@ -14,10 +14,19 @@ namespace fs = std::filesystem;
 
 const file_dialog dictionary_dialog{file_dialog::kind::save, "", "Dictionary Text|*.txt", "txt"};
 
+constexpr const char* link_heads[] = {"http://", "https://", "HTTP://", "HTTPS://"};
+
 bool is_link(const std::string& text) {
-  for (const char* head : {"http://", "https://", "HTTP://", "HTTPS://"})
-    if (text.find(head) != std::string::npos) return true;
-  return false;
+  return std::ranges::any_of(link_heads, [&](const char* head) { return text.find(head) != std::string::npos; });
+}
+
+// A link with anything before its "http" would have another scheme, and the desktop may run a program for that.
+bool may_be_opened(const std::string& text) {
+  if (is_link(text)) return std::ranges::any_of(link_heads, [&](const char* head) { return text.starts_with(head); });
+  std::string name = text;
+  std::replace(name.begin(), name.end(), '\\', '/');
+  const fs::path inside = fs::path("./" + name).lexically_normal();
+  return inside.begin() != inside.end() && *inside.begin() != "..";
 }
 
 // A file of the folder, by a name that may part its folders as another platform does.
@@ -59,6 +68,10 @@ void TPreveskMainForm::DocumentationItemClick(const std::string& caption) {
   const auto found = documentation_links.find(caption);
   if (found == documentation_links.end()) return;
   const std::string& text = found->second;
+  if (!may_be_opened(text))
+    return add_info_line("Cannot open \"" + text +
+                             "\": a document is a file in the documentation folder, or an http or https link.",
+                         icon_failure);
   open_outside(is_link(text) ? text : file_in(documentation_directory, text), documentation_directory);
 }
 

@@ -109,11 +109,23 @@ TEST_F(Outside, TheShippedIndexNamesFilesThatAreThere) {
 TEST_F(Outside, ADocumentOpensFromItsFolderAndALinkAsItStands) {
   const std::string in = " in " + folder.path.string() + "/";
   form.documentation_links = {
-      {"file", "sub/a.html"}, {"link", "x https://y"}, {"big", "HTTP://y"}, {"mixed", "Http://y"}};
+      {"file", "sub/a.html"}, {"link", "https://y?a=http://b"}, {"big", "HTTP://y"}, {"mixed", "Http://y"}};
   for (const char* caption : {"file", "link", "big", "mixed", "unknown"}) form.DocumentationItemClick(caption);
   form.ContentsItemClick();
-  EXPECT_EQ(opened, (lines{folder.file("sub/a.html") + in, "x https://y" + in, "HTTP://y" + in,
+  EXPECT_EQ(opened, (lines{folder.file("sub/a.html") + in, "https://y?a=http://b" + in, "HTTP://y" + in,
                            folder.path.string() + "/Http://y" + in, folder.file("user-guide.html") + in}));
+}
+
+TEST_F(Outside, ADocumentWithAnotherSchemeOrOutsideItsFolderIsNotOpened) {
+  for (const char* text : {"file:///etc/passwd?http://", "x https://y", "javascript:http://y", "../secret.desktop",
+                           "a/../../secret", "..\\..\\secret", "a\\..\\..\\secret"}) {
+    form.documentation_links = {{"it", text}};
+    form.DocumentationItemClick("it");
+    ASSERT_FALSE(ui.lines.empty()) << text;
+    EXPECT_EQ(ui.lines.back(), "2 Cannot open \"" + std::string(text) +
+                                   "\": a document is a file in the documentation folder, or an http or https link.");
+  }
+  EXPECT_EQ(opened, lines{});
 }
 
 TEST_F(Outside, PostProcessorsGetTheDataFileAsOneArgument) {
