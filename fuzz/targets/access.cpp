@@ -6,7 +6,6 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   using namespace vesk;
   static const fuzz::scratch_folder folder;
-  setenv("VESK_MDB", VESK_MDB_HELPER, 1);
   const std::string file = folder.write("river.mdb", fuzz::as_text(bytes, size));
   fuzz::read_tables([&] { return open_access(file); }, file);
   return 0;

@@ -7,7 +7,6 @@
 #include "vesk_engine.h"
 
 #include <cmath>
-#include <cstdlib>
 
 namespace {
 
@@ -31,7 +30,6 @@ void hold_days(const std::string& name) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   using namespace vesk;
   static const fuzz::scratch_folder folder;
-  setenv("VESK_HYD", VESK_HYD_HELPER, 1);
   const std::string file = folder.write("river.hyd", fuzz::as_text(bytes, size));
   fuzz::import_job job((folder.path / "river.vki").string());
   job.data.hydrodynamic_file = "river.hyd";

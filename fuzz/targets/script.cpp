@@ -53,7 +53,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   fuzz::import_job first(file);
   const bool imported = first.run([&] { chosen.load(&data_callback); });
   if (!first.is_short_of_memory()) check_segments(first.data); // a job that failed so is given up
-  constexpr std::size_t most_exported = 2000; // segments: the text would be long, and nothing else
+  constexpr std::size_t most_exported = 2000;                  // segments: the text would be long, and nothing else
   if (!imported || first.data.segments.size() > most_exported) return 0;
 
   const std::string once = exported(folder, "once.inp", std::move(first.data));

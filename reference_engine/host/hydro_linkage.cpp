@@ -15,6 +15,8 @@ constexpr std::int32_t surface_field = 1;
 
 std::string find_file(const std::string& name, const std::string& data_file) {
   namespace fs = std::filesystem;
+  if (name.find("://") != std::string::npos) // a library would fetch it, with the user's credentials
+    throw InputError(text(name, ": is a URL; a hydrodynamic file must be on this machine."));
   std::string with_slashes = name, data_with_slashes = data_file;
   std::ranges::replace(with_slashes, '\\', '/');
   std::ranges::replace(data_with_slashes, '\\', '/');

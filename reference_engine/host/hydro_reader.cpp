@@ -8,6 +8,7 @@
 #include <poll.h>
 #include <spawn.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -15,7 +16,6 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 
@@ -28,21 +28,53 @@ using std::chrono::steady_clock;
 
 // Beside the library that this stands in.
 std::string helper_program() {
-  if (const char* const told = std::getenv("VESK_HYD")) return told;
   Dl_info here{};
   if (dladdr(reinterpret_cast<const void*>(&helper_program), &here) == 0) return "vesk-hyd";
   return std::filesystem::absolute(here.dli_fname).replace_filename("vesk-hyd").string();
 }
 
-// The program gets the socket and nothing else of this process, and no signal that a terminal sends to it.
-int spawn(const std::string& program, const std::string& file, int socket, pid_t& child) {
-  std::array<char*, 3> words = {const_cast<char*>(program.c_str()), const_cast<char*>(file.c_str()), nullptr};
+// A descriptor that is closed with its owner, above all numbers that the program gets, so that none is lost when they
+// are set up.
+class Descriptor {
+public:
+  explicit Descriptor(int number) : number_(number < 0 ? -1 : fcntl(number, F_DUPFD_CLOEXEC, hyd::the_file + 1)) {
+    const int cause = errno;
+    if (number >= 0) close(number);
+    errno = cause;
+  }
+  ~Descriptor() {
+    if (number_ >= 0) close(number_);
+  }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+
+  int get() const { return number_; }
+
+private:
+  int number_;
+};
+
+// Not held up by what only looks like a file, such as a pipe that nobody writes to.
+int open_regular(const std::string& name) {
+  const int file = open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+  struct stat status {};
+  if (file < 0 || (fstat(file, &status) == 0 && S_ISREG(status.st_mode))) return file;
+  close(file);
+  errno = EINVAL;
+  return -1;
+}
+
+// The program gets socket and file and nothing else of this process, and no signal that a terminal sends to it.
+int spawn(const std::string& program, int file, int socket, pid_t& child) {
+  std::array<char*, 2> words = {const_cast<char*>(program.c_str()), nullptr};
+  std::array<char*, 1> no_environment = {nullptr};
   posix_spawn_file_actions_t files;
   posix_spawn_file_actions_init(&files);
-  posix_spawn_file_actions_adddup2(&files, socket, STDIN_FILENO);
+  posix_spawn_file_actions_adddup2(&files, socket, hyd::channel);
   posix_spawn_file_actions_addopen(&files, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
   posix_spawn_file_actions_addopen(&files, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-  posix_spawn_file_actions_addclosefrom_np(&files, STDERR_FILENO + 1);
+  posix_spawn_file_actions_adddup2(&files, file, hyd::the_file);
+  posix_spawn_file_actions_addclosefrom_np(&files, hyd::the_file + 1);
   posix_spawnattr_t attributes;
   posix_spawnattr_init(&attributes);
   sigset_t none, all;
@@ -52,7 +84,7 @@ int spawn(const std::string& program, const std::string& file, int socket, pid_t
   posix_spawnattr_setsigdefault(&attributes, &all);
   posix_spawnattr_setpgroup(&attributes, 0);
   posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETPGROUP);
-  const int error = posix_spawn(&child, program.c_str(), &files, &attributes, words.data(), environ);
+  const int error = posix_spawn(&child, program.c_str(), &files, &attributes, words.data(), no_environment.data());
   posix_spawnattr_destroy(&attributes);
   posix_spawn_file_actions_destroy(&files);
   return error;
@@ -115,13 +147,14 @@ HydroReader::~HydroReader() {
 }
 
 void HydroReader::start() {
+  const Descriptor file(open_regular(file_));
+  if (file.get() < 0) refuse(text("can't be read: ", std::strerror(errno)));
   std::array<int, 2> ends{};
   if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0)
     refuse(text("can't be read: ", std::strerror(errno)));
-  const std::string program = helper_program();
-  const int error = spawn(program, file_, ends[1], program_);
-  close(ends[1]);
   socket_ = ends[0];
+  const std::string program = helper_program();
+  const int error = spawn(program, file.get(), Descriptor(ends[1]).get(), program_);
   if (error == 0) return;
   close(socket_);
   refuse(text("the program that reads hydrodynamic files can't be started: ", program, ": ", std::strerror(error)));

@@ -1,5 +1,5 @@
-// What stands in a hydrodynamic file, read by a program of its own (vesk-hyd): the libraries that know the format trust
-// a file, and one that is damaged makes them crash or never end.
+// The content of a hydrodynamic file, read by a separate program (vesk-hyd): the libraries that know the format trust a
+// file, and one that is damaged, or made for it, makes them crash, never end, or read other files.
 #ifndef REFERENCE_ENGINE_HOST_HYDRO_READER_H
 #define REFERENCE_ENGINE_HOST_HYDRO_READER_H
 
@@ -27,7 +27,7 @@ public:
     std::vector<std::string> names; // of each segment
   };
 
-  // Starts the program on the file. `waiting` is called ten times a second while an answer is waited for, and may throw
+  // Opens the file and starts the program on it, which is looked for beside the library alone. `waiting` is called ten times a second while an answer is waited for, and may throw
   // to end that. Afterwards, as after any other exception, the reader is of no more use.
   explicit HydroReader(std::string file, Waiting waiting = {},
                        std::chrono::milliseconds longest_silence = std::chrono::seconds(60));

@@ -1,7 +1,8 @@
-// What vesk-hyd and the engine say to each other over a socket. Both come from one build, so numbers stand as the
-// machine has them; a number of rows or of bytes takes 8 bytes.
+// What vesk-hyd and the engine say to each other over a socket. Both come from one build, so numbers are in the
+// machine's own form; a number of rows or of bytes takes 8 bytes.
 //
-//     vesk-hyd FILE      sends `content` at once; then for each Request a `row`; ends when the socket is closed
+// vesk-hyd gets the socket and the file as open descriptors, no arguments and no environment. It sends `content` at
+// once, then a `row` for each Request, and ends when the socket is closed.
 //
 // An Answer goes before what is sent. `refusal`, the cause why the file can't serve, may come in any other's place.
 #ifndef REFERENCE_ENGINE_HYD_HELPER_PROTOCOL_H
@@ -10,6 +11,10 @@
 #include <cstdint>
 
 namespace reference_engine::hyd {
+
+// Its descriptors.
+constexpr int channel = 0;  // the socket: both ways
+constexpr int the_file = 3; // the hydrodynamic file, open for reading
 
 enum class Kind : std::uint64_t {
   // The numbers of times, segments and links. Then doubles: for each time its value; for each segment its length, for

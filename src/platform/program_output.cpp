@@ -1,7 +1,5 @@
 #include "platform/program_output.h"
 
-#include "platform/file_io.h"
-
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -41,7 +39,13 @@ private:
   pid_t number_;
 };
 
-int spawn(const std::filesystem::path& program, const std::vector<std::string>& arguments, int output, pid_t& child) {
+// A copy above the numbers that the program gets, so that setting those up loses none.
+file_descriptor out_of_the_way(const file_descriptor& file) {
+  return file_descriptor(fcntl(file.get(), F_DUPFD_CLOEXEC, handed_descriptor + 1));
+}
+
+int spawn(const std::filesystem::path& program, const std::vector<std::string>& arguments, int file, int output,
+          pid_t& child) {
   std::vector<char*> words{const_cast<char*>(program.c_str())};
   for (const std::string& argument : arguments) words.push_back(const_cast<char*>(argument.c_str()));
   words.push_back(nullptr);
@@ -50,7 +54,8 @@ int spawn(const std::filesystem::path& program, const std::vector<std::string>& 
   posix_spawn_file_actions_addopen(&files, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
   posix_spawn_file_actions_adddup2(&files, output, STDOUT_FILENO);
   posix_spawn_file_actions_addopen(&files, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-  posix_spawn_file_actions_addclosefrom_np(&files, STDERR_FILENO + 1);
+  posix_spawn_file_actions_adddup2(&files, file, handed_descriptor);
+  posix_spawn_file_actions_addclosefrom_np(&files, handed_descriptor + 1);
   posix_spawnattr_t attributes;
   posix_spawnattr_init(&attributes);
   sigset_t none, piped;
@@ -61,7 +66,8 @@ int spawn(const std::filesystem::path& program, const std::vector<std::string>& 
   posix_spawnattr_setsigmask(&attributes, &none);
   posix_spawnattr_setsigdefault(&attributes, &piped);
   posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
-  const int error = posix_spawn(&child, program.c_str(), &files, &attributes, words.data(), environ);
+  char* const no_environment[] = {nullptr};
+  const int error = posix_spawn(&child, program.c_str(), &files, &attributes, words.data(), no_environment);
   posix_spawnattr_destroy(&attributes);
   posix_spawn_file_actions_destroy(&files);
   return error;
@@ -70,13 +76,18 @@ int spawn(const std::filesystem::path& program, const std::vector<std::string>& 
 } // namespace
 
 program_end read_program(const std::filesystem::path& program, const std::vector<std::string>& arguments,
-                         std::chrono::milliseconds longest_silence, const std::function<bool(std::string_view)>& take) {
+                         const file_descriptor& file, std::chrono::milliseconds longest_silence,
+                         const std::function<bool(std::string_view)>& take) {
   int ends[2];
   if (pipe2(ends, O_CLOEXEC) != 0) return {program_end::way::not_started, errno};
   const file_descriptor reading(ends[0]);
   file_descriptor writing(ends[1]);
   pid_t number = -1;
-  if (const int error = spawn(program, arguments, writing.get(), number)) return {program_end::way::not_started, error};
+  {
+    const file_descriptor handed = out_of_the_way(file), output = out_of_the_way(writing);
+    if (const int error = spawn(program, arguments, handed.get(), output.get(), number))
+      return {program_end::way::not_started, error};
+  }
   child_process child(number);
   writing = file_descriptor();
 

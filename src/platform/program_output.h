@@ -1,6 +1,8 @@
 // The standard output of another program, piece by piece, while it runs.
 #pragma once
 
+#include "platform/file_io.h"
+
 #include <chrono>
 #include <filesystem>
 #include <functional>
@@ -15,10 +17,14 @@ struct program_end {
   int code = 0; // the exit status, the signal's number, or the system's error number
 };
 
-// Runs a program to its end, without a shell, its standard input and standard error going nowhere. `take` is given what
-// it writes; when that returns false or throws, or nothing comes for `longest_silence`, the program is killed. Nothing
-// of it stays behind.
+// The descriptor under which the program finds `file`, below.
+inline constexpr int handed_descriptor = 3;
+
+// Runs a program to its end, without a shell and with an empty environment; of this process's files it has `file`
+// alone. Its standard input and standard error lead nowhere. `take` is given what it writes; when that returns false or
+// throws, or nothing comes for `longest_silence`, the program is killed. Nothing of it stays behind.
 program_end read_program(const std::filesystem::path& program, const std::vector<std::string>& arguments,
-                         std::chrono::milliseconds longest_silence, const std::function<bool(std::string_view)>& take);
+                         const file_descriptor& file, std::chrono::milliseconds longest_silence,
+                         const std::function<bool(std::string_view)>& take);
 
 } // namespace vesk

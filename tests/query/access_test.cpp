@@ -1,11 +1,16 @@
 // Access databases and the helper program that reads them: what is in them, and how the helper's failures are told.
 #include "platform/program_output.h"
 #include "query/sources/open_table_source.h"
+#include "run_program.h"
 #include "table_summary.h"
 #include "temporary_folder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <cstring>
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace vesk {
 
@@ -13,19 +18,23 @@ namespace {
 
 class Access : public testing::Test {
 protected:
-  Access() { use_helper(VESK_MDB_HELPER); }
-
-  static void use_helper(const std::string& program) { setenv("VESK_MDB", program.c_str(), 1); }
-
-  // A helper that does what a shell line says.
+  // Lets a shell line stand in for the helper of a copy of the program.
   void use_script(const std::string& line) {
-    folder_.write("helper", "#!/bin/sh\n" + line + "\n");
-    std::filesystem::permissions(folder_.path / "helper", std::filesystem::perms::owner_all);
-    use_helper(folder_.file("helper"));
+    folder_.write("vesk-mdb", "#!/bin/sh\n" + line + "\n");
+    std::filesystem::permissions(folder_.path / "vesk-mdb", std::filesystem::perms::owner_all);
+  }
+
+  // What a copy of the program says to the database, without the database's name.
+  std::string outcome() {
+    const std::string copy = folder_.file("open_table");
+    if (!std::filesystem::exists(copy)) std::filesystem::copy_file(OPEN_TABLE, copy);
+    std::string line = run_program(copy, {database}).out;
+    if (line.starts_with(database)) line.erase(0, std::strlen(database));
+    return line.substr(0, line.find('\n'));
   }
 
   // What opening the database and reading its first table fails with, without the file's name.
-  std::string failure(const std::string& file = database) {
+  static std::string failure(const std::string& file) {
     try {
       open_table_source(file)->fields(0);
     } catch (const table_source_exception& error) {
@@ -48,19 +57,31 @@ TEST_F(Access, ReadsTheTablesOfADatabase) {
 }
 
 TEST_F(Access, TellsHowTheHelperFailed) {
-  use_helper("/nowhere/vesk-mdb");
-  EXPECT_EQ(failure(),
-            ": the program that reads Access databases cannot be started: /nowhere/vesk-mdb: No such file or "
-            "directory.");
+  const std::string installed = (folder_.path.parent_path() / "lib/vesk/vesk-mdb").string();
+  EXPECT_EQ(outcome(), ": the program that reads Access databases cannot be started: " + installed +
+                           ": No such file or directory.");
   use_script("kill -SEGV $$");
-  EXPECT_EQ(failure(), ": reading it failed with signal 11: the database is damaged.");
+  EXPECT_EQ(outcome(), ": reading it failed with signal 11: the database is damaged.");
   use_script("exit 3");
-  EXPECT_EQ(failure(), ": reading it failed with status 3: the database is damaged.");
+  EXPECT_EQ(outcome(), ": reading it failed with status 3: the database is damaged.");
   use_script("yes");
-  EXPECT_EQ(failure(), ": the answer of vesk-mdb is damaged.");
+  EXPECT_EQ(outcome(), ": the answer of vesk-mdb is damaged.");
   use_script(
       "printf '\\001\\000\\000\\000TA\\000\\000\\000\\000.'; [ $1 = tables ] || printf '\\003\\000\\000\\000Eno.'");
-  EXPECT_EQ(failure(), ", table A: no.");
+  EXPECT_EQ(outcome(), ", table A: no.");
+}
+
+// The environment of this process names a library to load, and one of its files is open.
+TEST_F(Access, TheHelperGetsTheOpenDatabaseAndNothingElse) {
+  const file_descriptor open_here(fcntl(STDIN_FILENO, F_DUPFD, 40)); // inherited by the program, not by its helper
+  setenv("LD_DEBUG", "unused", 1);
+  use_script("exec 9>\"${0%/*}/told\"; cat /proc/$$/environ >&9; echo \"$@\" >&9; head -c 19 <&3 | tail -c 15 >&9; "
+             "for f in /proc/$$/fd/*; do printf ' %s' ${f##*/} >&9; done; exit 3");
+  outcome();
+  unsetenv("LD_DEBUG");
+  EXPECT_EQ(folder_.read("told").substr(0, 22), "tables\nStandard Jet DB");
+  EXPECT_THAT(folder_.read("told").substr(22), testing::StartsWith(" 0 1 "));
+  EXPECT_THAT(folder_.read("told").substr(22), testing::Not(testing::HasSubstr(" 40")));
 }
 
 TEST_F(Access, RefusesDamagedDatabases) {
@@ -95,8 +116,9 @@ TEST_F(Access, NeverReadsAPartOfATable) {
 
 TEST_F(Access, KillsAHelperThatIsSilent) {
   const auto start = std::chrono::steady_clock::now();
-  const program_end end = read_program("/bin/sh", {"-c", "echo a; exec sleep 60"}, std::chrono::milliseconds(200),
-                                       [](std::string_view piece) { return piece == "a\n"; });
+  const program_end end =
+      read_program("/bin/sh", {"-c", "echo a; exec sleep 60"}, open_for_reading("/dev/null"),
+                   std::chrono::milliseconds(200), [](std::string_view piece) { return piece == "a\n"; });
   EXPECT_EQ(end.how, program_end::way::silent);
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
 }

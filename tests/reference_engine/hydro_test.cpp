@@ -3,10 +3,13 @@
 #include "hydro_content.h"
 
 #include <gmock/gmock.h>
+#include <hdf5.h>
 
 #include <cmath>
 #include <filesystem>
 #include <fstream>
+#include <functional>
+#include <sys/stat.h>
 
 namespace {
 
@@ -163,10 +166,58 @@ TEST_F(HydroTest, FilesThatCannotServeAreRefused) {
             "the flow of link 2 (upper to lower) at 2000-01-12 00:00:00 is missing.");
   EXPECT_EQ(refused(with("volume", 2, NC_FILL_DOUBLE)),
             "the volume of segment 3 (pond) at 2000-01-11 00:00:00 is missing.");
-  host.load("NUMSEG 4");
+  host.load("HYDROFILE \"http://localhost/river.hyd\"");
+  run();
+  EXPECT_EQ(refusal(), "http://localhost/river.hyd: is a URL; a hydrodynamic file must be on this machine.");
+  host.load("HYDROFILE \"flows\\river.hyd\"\nNUMSEG 4");
   EXPECT_EQ(refused({}), "has 3 segments, but the data set has 4.");
   host.load("HYDROTYPE 1");
   EXPECT_EQ(refused({}), "The hydrodynamic file type 1 is not known to this engine, which reads type 0.");
+}
+
+// HDF5 itself would follow each of these and hand out what it finds, a user's private file for segment names. The other
+// file is a pipe, at which a helper that opens it would wait for ever.
+TEST_F(HydroTest, FilesThatTakeDataFromOtherFilesAreRefused) {
+  const std::string other = (folder / "flows" / "other").string();
+  ASSERT_EQ(mkfifo(other.c_str(), 0600), 0);
+  const auto attacked = [&](const std::function<void(hid_t, hid_t)>& attack) {
+    write({});
+    const hid_t id = H5Fopen(file.c_str(), H5F_ACC_RDWR, H5P_DEFAULT), properties = H5Pcreate(H5P_DATASET_CREATE);
+    H5Ldelete(id, "segment_name", H5P_DEFAULT);
+    attack(id, properties);
+    H5Pclose(properties);
+    H5Fclose(id);
+    read_hyd_file(&FakeHost::callback);
+    return refusal();
+  };
+  const hsize_t shape[] = {3, 6};
+  const hid_t space = H5Screate_simple(2, shape, nullptr);
+  const auto make = [&](hid_t parent, const char* name, hid_t properties) {
+    H5Dclose(H5Dcreate2(parent, name, H5T_NATIVE_CHAR, space, H5P_DEFAULT, properties, H5P_DEFAULT));
+  };
+  const std::string head = "takes data from another file, which is not followed: ",
+                    end = "; put all data into the one file.";
+  EXPECT_EQ(attacked([&](hid_t id, hid_t properties) {
+              H5Pset_external(properties, "/etc/passwd", 0, 18);
+              make(id, "segment_name", properties);
+            }),
+            head + "\"segment_name\" has external storage" + end);
+  EXPECT_EQ(attacked([&](hid_t id, hid_t properties) {
+              H5Pset_virtual(properties, space, other.c_str(), "x", space);
+              make(id, "segment_name", properties);
+            }),
+            head + "\"segment_name\" is a virtual data set" + end);
+  EXPECT_EQ(attacked([&](hid_t id, hid_t) {
+              H5Lcreate_external(other.c_str(), "/x", id, "segment_name", H5P_DEFAULT, H5P_DEFAULT);
+            }),
+            head + "\"segment_name\" is an external link" + end);
+  EXPECT_EQ(attacked([&](hid_t id, hid_t) { // where the library would follow it, too
+              const hid_t group = H5Gcreate2(id, "sub\x1b group", H5P_DEFAULT, H5P_DEFAULT, H5P_DEFAULT);
+              H5Lcreate_external(other.c_str(), "/x", group, "x", H5P_DEFAULT, H5P_DEFAULT);
+              H5Gclose(group);
+            }),
+            head + "\"sub? group/x\" is an external link" + end);
+  H5Sclose(space);
 }
 
 } // namespace

@@ -1,16 +1,17 @@
-// vesk-mdb: reads Access databases for its parent process, so that neither a crash nor an endless loop of the library
-// that knows their format can reach the program itself. See protocol.h.
+// vesk-mdb: reads an Access database for its parent process, so that nothing that the database does to the library that
+// knows the format can reach the program itself or another file. See protocol.h.
 
 #include "query/mdb_helper/protocol.h"
 #include "query/sources/table_source.h"
+#include "sandbox/confine.h"
 
 #include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <iconv.h>
 #include <memory>
 #include <string>
-#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -256,9 +257,22 @@ void send_rows(MdbHandle* database, const char* name) {
   row_writer(database, table.get()).write_all();
 }
 
-// Neither memory nor time without end, and no longer than the parent.
+// The library converts the texts of Access 97 from the code page that the database names. glibc keeps each conversion
+// in a library of its own, which cannot be loaded any more once this process is confined.
+void load_code_pages() {
+  for (const char* name :
+       {"CP1252",       "WINDOWS-1250", "WINDOWS-1251", "WINDOWS-1252", "WINDOWS-1253", "WINDOWS-1254", "WINDOWS-1255",
+        "WINDOWS-1256", "WINDOWS-1257", "WINDOWS-1258", "WINDOWS-874",  "WINDOWS-936",  "SHIFT-JIS",    "BIG-5",
+        "BIG5-HKSCS",   "CP1361",       "EUC-CN",       "EUC-JP",       "EUC-KR",       "IBM437",       "IBM850",
+        "IBM852",       "IBM855",       "IBM860",       "IBM861",       "IBM862",       "IBM865",       "IBM866",
+        "IBM869",       "KOI8-R",       "KOI8-U",       "ISO-8859-1",   "ISO-8859-2",   "ISO-8859-3",   "ISO-8859-4",
+        "ISO-8859-5",   "ISO-8859-6",   "ISO-8859-7",   "ISO-8859-8",   "ISO-8859-9",   "ISO-8859-13",  "ISO-8859-15",
+        "UTF-7"})
+    iconv_open("UTF-8", name); // stays open, which keeps the conversion loaded
+}
+
+// Neither memory nor time without end.
 void limit_itself() {
-  prctl(PR_SET_PDEATHSIG, SIGKILL);
   const rlimit none{0, 0}, seconds{600, 600};
   setrlimit(RLIMIT_CORE, &none);
   setrlimit(RLIMIT_CPU, &seconds);
@@ -271,19 +285,23 @@ void limit_itself() {
 } // namespace
 
 int main(int argc, char** argv) {
-  limit_itself();
   const std::string work = argc > 1 ? argv[1] : "";
-  if (!(work == "tables" && argc == 3) && !(work == "rows" && argc == 4)) {
+  if (!(work == "tables" && argc == 2) && !(work == "rows" && argc == 3)) {
     std::fputs("vesk-mdb reads Access databases for vesk and vesk-run; it is no use by itself.\n", stderr);
     return 2;
   }
+  if (!sandbox::die_with_parent(STDOUT_FILENO)) return 1;
+  limit_itself();
   if (!open_answer()) return 1;
   try {
-    const database_handle database = open_database(argv[2]);
+    load_code_pages();
+    if (const std::string cause = sandbox::confine_to(vesk::mdb::the_file); !cause.empty())
+      throw failure{"its reader cannot be confined to it: " + cause + "."};
+    const database_handle database = open_database(sandbox::name_of(vesk::mdb::the_file).c_str());
     if (work == "tables")
       for_each_table(database.get(), [](const MdbCatalogEntry* entry) { send(message::table, entry->object_name); });
     else
-      send_rows(database.get(), argv[3]);
+      send_rows(database.get(), argv[2]);
     send(message::end, {});
   } catch (const failure& f) {
     send(message::failure, f.sentence);

@@ -1,8 +1,9 @@
 // What vesk-mdb writes to its standard output: messages of a size in 4 bytes, a kind in 1, and content of that size.
-// Both programs come from one build, so numbers stand as the machine has them.
+// Both programs come from one build, so numbers are in the machine's own form. The database is an open descriptor; there
+// is no environment.
 //
-//     vesk-mdb tables FILE          `table` for each, then `end`
-//     vesk-mdb rows FILE TABLE      `field` for each, `rows` for some rows at a time, then `end`
+//     vesk-mdb tables          `table` for each, then `end`
+//     vesk-mdb rows TABLE      `field` for each, `rows` for some rows at a time, then `end`
 //
 // `failure`, with a sentence, may come in the place of any message and is the last one.
 #pragma once
@@ -28,6 +29,8 @@ enum class value : std::uint8_t {
   date_time = 3, // a double: days since 30 December 1899
   text = 4       // a size in 4 bytes and UTF-8
 };
+
+constexpr int the_file = 3; // the descriptor of the database, open for reading
 
 constexpr std::size_t header_size = 5;
 constexpr std::size_t largest_message = std::size_t{64} << 20;

@@ -1,6 +1,7 @@
 #include "query/sources/access_source.h"
 
 #include "dataset/text_encoding.h"
+#include "platform/file_io.h"
 #include "platform/program_output.h"
 #include "platform/program_paths.h"
 #include "query/mdb_helper/protocol.h"
@@ -8,7 +9,6 @@
 #include "query/sources/sheet_source.h"
 
 #include <cmath>
-#include <cstdlib>
 #include <cstring>
 
 namespace vesk {
@@ -18,9 +18,9 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::chrono::seconds longest_silence{20};
+static_assert(mdb::the_file == handed_descriptor);
 
 fs::path helper_program() {
-  if (const char* const told = std::getenv("VESK_MDB")) return told;
   const fs::path beside = program_directory() / "vesk-mdb";
   std::error_code ignored;
   return fs::exists(beside, ignored) ? beside : install_prefix() / "lib" / "vesk" / "vesk-mdb";
@@ -30,7 +30,7 @@ class access_source : public sheet_source {
 public:
   explicit access_source(const fs::path& path) : sheet_source(path.string()), path_(fs::absolute(path)) {
     check_size();
-    ask({"tables", path_.string()}, "", [&](mdb::message kind, std::string_view content) {
+    ask({"tables"}, "", [&](mdb::message kind, std::string_view content) {
       if (kind == mdb::message::table) tables_.push_back(shown_text(content));
     });
     if (tables_.empty()) fail("", "there is no table in it.");
@@ -43,6 +43,7 @@ private:
   using receiver = std::function<void(mdb::message, std::string_view)>;
 
   void check_size() const;
+  file_descriptor open_database() const;
   void ask(const std::vector<std::string>& arguments, const std::string& table, const receiver& receive) const;
   std::uint32_t add_rows(std::string_view content, std::size_t fields, std::size_t table, std::uint32_t row,
                          cell_table& cells);
@@ -60,7 +61,15 @@ void access_source::check_size() const {
     fail("", "the database has been cut: its " + std::to_string(size) + " bytes are no whole number of pages.");
 }
 
-// Runs the helper and hands on its messages.
+file_descriptor access_source::open_database() const {
+  try {
+    return open_for_reading(path_);
+  } catch (const file_exception& error) {
+    fail("", error.what());
+  }
+}
+
+// Runs the helper on the open file and hands on its messages.
 void access_source::ask(const std::vector<std::string>& arguments, const std::string& table,
                         const receiver& receive) const {
   std::string buffer, failure;
@@ -87,7 +96,7 @@ void access_source::ask(const std::vector<std::string>& arguments, const std::st
     return true;
   };
   const fs::path helper = helper_program();
-  const program_end end = read_program(helper, arguments, longest_silence, take);
+  const program_end end = read_program(helper, arguments, open_database(), longest_silence, take);
   if (!failure.empty()) fail(table, failure);
   if (ended) return;
   using way = program_end::way;
@@ -145,7 +154,7 @@ void access_source::read_sheet(std::size_t table, cell_table& cells) {
   std::vector<table_field> fields;
   std::vector<std::string> names;
   std::uint32_t rows = 0;
-  ask({"rows", path_.string(), tables_[table]}, tables_[table], [&](mdb::message kind, std::string_view content) {
+  ask({"rows", tables_[table]}, tables_[table], [&](mdb::message kind, std::string_view content) {
     if (kind == mdb::message::field && !content.empty()) {
       fields.push_back({"", static_cast<field_type>(content[0])});
       names.push_back(shown_text(content.substr(1)));

@@ -1,0 +1,19 @@
+// A file that can't serve.
+#ifndef REFERENCE_ENGINE_HYD_HELPER_REFUSAL_H
+#define REFERENCE_ENGINE_HYD_HELPER_REFUSAL_H
+
+#include <string>
+
+namespace reference_engine::hyd {
+
+struct Refusal {
+  std::string cause; // continues a sentence that begins with the file's name; without a full stop
+};
+
+[[noreturn]] inline void refuse(std::string cause) {
+  throw Refusal{std::move(cause)};
+}
+
+} // namespace reference_engine::hyd
+
+#endif
