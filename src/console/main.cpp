@@ -22,7 +22,7 @@ int main(int argc, char** argv) {
     return ui.lost_output() ? exit_failure : exit_good;
   }
   if (!options.any_work()) {
-    std::fprintf(stderr, "vesk-run: There is nothing to do: no file and no work was named. Try vesk-run --help.\n");
+    std::fprintf(stderr, "vesk-run: Nothing to do: no file and no task was given. Try vesk-run --help.\n");
     return exit_usage;
   }
   watch_interrupts();

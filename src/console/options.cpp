@@ -23,10 +23,10 @@ struct option_row {
 };
 
 constexpr option_row rows[] = {
-    {.name = "--engine", .argument = "PATH", .help = "take this engine library", .text = &console_options::engine},
+    {.name = "--engine", .argument = "PATH", .help = "use this engine library", .text = &console_options::engine},
     {.name = "--catalogue",
      .argument = "DIR",
-     .help = "take the model catalogue in this folder",
+     .help = "use the model catalogue in this folder",
      .text = &console_options::catalogue},
     {.name = "--import-network",
      .argument = "NAME",
@@ -42,7 +42,7 @@ constexpr option_row rows[] = {
      .text = &console_options::load_restart},
     {.name = "--check",
      .argument = nullptr,
-     .help = "hold the data set against the engine's limits",
+     .help = "check the data set against the engine's limits",
      .flag = &console_options::check},
     {.name = "--export",
      .argument = "NAME",
@@ -54,15 +54,15 @@ constexpr option_row rows[] = {
      .text = &console_options::save},
     {.name = "--log",
      .argument = "[=DIR]",
-     .help = "log what passes between engine and data set",
+     .help = "log all calls between engine and data set",
      .flag = &console_options::log},
     {.name = "--progress",
      .argument = "auto|bar|plain|none",
-     .help = "how progress is shown; plain is a line at each tenth"},
+     .help = "style of progress; plain prints a line at each tenth"},
     {.name = "--quiet", .argument = nullptr, .help = "show failures only", .flag = &console_options::quiet},
     {.name = "--no-queries",
      .argument = nullptr,
-     .help = "run on the stored points of deferred queries",
+     .help = "run on the stored points without executing queries",
      .flag = &console_options::no_queries},
     {.name = "--refresh",
      .argument = nullptr,
@@ -197,15 +197,15 @@ std::string usage_text() {
                      "Opens data files (.vki) and projects (.vkp) and runs the engine on the last of them.\n\n"
                      "  -RUN                            run the model\n"
                      "  -IMPORT NAME                    import a text input file (.inp) first\n"
-                     "  -QUIT, -EXPERT                  taken as by the window; of no effect here\n\n";
+                     "  -QUIT, -EXPERT                  accepted, no effect\n\n";
   for (const option_row& row : rows) {
     std::string left = std::string("  ") + row.name;
     if (row.argument) left += (row.argument[0] == '[' ? "" : " ") + std::string(row.argument);
     left.resize(std::max<std::size_t>(left.size() + 1, 34), ' ');
     text += left + row.help + "\n";
   }
-  text += "\nThe order of the work: files, -IMPORT, network, hydrodynamic file, restart, check, queries, run, export,\n"
-          "save. Exit status: 0 good, 1 a failure, 2 wrong usage, 130 cancelled, else the engine's return code.\n";
+  text += "\nOrder of the work: files, -IMPORT, network, hydrodynamic file, restart, check, queries, run, export,\n"
+          "save. Exit status: 0 success, 1 failure, 2 wrong usage, 130 cancelled, else the engine's return code.\n";
   return text;
 }
 

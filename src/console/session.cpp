@@ -99,7 +99,7 @@ session::step session::jobs() {
 
 bool session::has_data(const char* what) {
   if (form_.current_data_set) return true;
-  ui_.say_failure(std::string("There is nothing to ") + what + ": no data file was opened or imported.");
+  ui_.say_failure(std::string("Nothing to ") + what + ": no data file was opened or imported.");
   return false;
 }
 
@@ -159,7 +159,7 @@ session::step session::refresh() {
 session::step session::save() {
   if (!has_data("save")) return step::failed;
   if (!options_.save && split_file_name(form_.file_name).base.empty()) {
-    ui_.say_failure("There is no file name to save under; name one with --save.");
+    ui_.say_failure("The data set has no file name; give one with --save.");
     return step::failed;
   }
   const int failures_before = form_.failures();

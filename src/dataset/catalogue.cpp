@@ -26,7 +26,7 @@ public:
   }
   std::uint32_t number(std::size_t row, std::size_t column) const {
     const std::int64_t value = integer(row, column);
-    if (value < 0 || value > std::numeric_limits<std::uint32_t>::max()) wrong(row, column, "a number from 0 on");
+    if (value < 0 || value > std::numeric_limits<std::uint32_t>::max()) wrong(row, column, "a number of 0 or more");
     return static_cast<std::uint32_t>(value);
   }
   double real(std::size_t row, std::size_t column) const {

@@ -216,7 +216,7 @@ std::uint32_t read_version(binary_reader& file) {
   const auto version = file.number<std::uint32_t>("version");
   if (version >= lowest_file_version && version <= highest_file_version) return version;
   char cause[64];
-  std::snprintf(cause, sizeof cause, "this is no data file: 0x%08x is no version of one.", version);
+  std::snprintf(cause, sizeof cause, "not a data file: unknown version 0x%08x.", version);
   file.fail(0, cause);
 }
 

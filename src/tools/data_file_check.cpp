@@ -18,7 +18,7 @@ void check_header(const vki_facts& facts, binary_reader& file) {
   if (facts.project_files_offset != static_cast<std::uint32_t>(facts.last_section_offset))
     file.fail(4, "the offset of project_files is " + std::to_string(facts.project_files_offset) +
                      ", but the section begins at " + std::to_string(facts.last_section_offset) + ".");
-  if (facts.header_zero != 0) file.fail(8, std::to_string(facts.header_zero) + " where 0 must stand.");
+  if (facts.header_zero != 0) file.fail(8, "expected 0, found " + std::to_string(facts.header_zero) + ".");
 }
 
 } // namespace
@@ -27,7 +27,7 @@ void refuse_newer_version(binary_reader& file, std::uint32_t version) {
   if (version <= current) return;
   file.enter(header);
   file.fail(0, "version " + file_version_text(version) + " is newer than " + file_version_text(current) +
-                   ", the newest that is known.");
+                   ", the newest known version.");
 }
 
 void check_data_file(binary_reader& file) {

@@ -116,7 +116,7 @@ void put_text(json_loader&, std::string& to, std::string&& text) {
 }
 void put_text(json_loader& loader, short_text& to, std::string&& text) {
   if (text.size() > short_text::max_size)
-    loader.fail("a text of " + std::to_string(text.size()) + " bytes, but at most 255 fit here.");
+    loader.fail("the text has " + std::to_string(text.size()) + " bytes; at most 255 are allowed.");
   to = text;
 }
 
@@ -132,7 +132,7 @@ void take_windows_1252(json_loader& loader, void* place, json_scalar&& value) {
   auto* text = std::get_if<std::string>(&value);
   if (!text) loader.fail_unexpected("a text", value);
   auto bytes = windows_1252_from_utf8(*text);
-  if (!bytes) loader.fail("a character that Windows-1252 does not have.");
+  if (!bytes) loader.fail("a character is not in Windows-1252.");
   put_text(loader, *static_cast<Text*>(place), std::move(*bytes));
 }
 
@@ -141,7 +141,7 @@ constexpr slot_kind windows_1252_kind{.expected = "a text", .take = take_windows
 
 template <class Text>
 slot text_member(json_loader& loader, void* place, std::string_view name) {
-  if (name != "windows-1252") loader.fail("no such member; the only one is windows-1252.");
+  if (name != "windows-1252") loader.fail("unknown member; the only one is windows-1252.");
   loader.note_member(0);
   return {place, &windows_1252_kind<Text>};
 }
@@ -258,7 +258,7 @@ slot member_of(json_loader& loader, Record& record, std::string_view name) {
   member_finder finder(name);
   layout<Record>::fields(finder, record);
   if (!finder.found().kind)
-    loader.fail("no such member; the nearest is " + std::string(nearest_name(name, finder.names())) + ".");
+    loader.fail("unknown member; the nearest is " + std::string(nearest_name(name, finder.names())) + ".");
   loader.note_member(finder.index());
   return finder.found();
 }
@@ -393,7 +393,7 @@ prevesk_dataset_data_type read_json(std::string_view json) {
   constexpr std::uint32_t current = prevesk_dataset_data_type::current_file_version();
   if (data.file_version > current)
     throw json_exception("file_version: " + file_version_text(data.file_version) + " is newer than " +
-                         file_version_text(current) + ", which is what can be written.");
+                         file_version_text(current) + ", the version that is written.");
   data.file_version = current;
   return data;
 }

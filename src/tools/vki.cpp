@@ -71,7 +71,7 @@ void dump(const request& asked) {
   binary_writer output(STDOUT_FILENO, "standard output");
   write_json(output, data, facts.last_section.number, asked.dates);
   if (facts.version > data.current_file_version())
-    std::fprintf(stderr, "%s: version %s is newer than %s; read as far as its bytes go.\n", shown(name).c_str(),
+    std::fprintf(stderr, "%s: version %s is newer than %s; read as far as possible.\n", shown(name).c_str(),
                  file_version_text(facts.version).c_str(), file_version_text(data.current_file_version()).c_str());
 }
 
@@ -154,7 +154,7 @@ int print(const char* text) {
 int main(int count, char** arguments) {
   prepare_process();
   const std::vector<std::string> words(arguments + 1, arguments + count);
-  if (words.empty()) return fail_usage("no command.");
+  if (words.empty()) return fail_usage("no command given.");
   if (words[0] == "--help" || words[0] == "-h") return print(usage);
   if (words[0] == "--version") return print("vki " VESK_VERSION "\n");
   for (const command& known : commands)

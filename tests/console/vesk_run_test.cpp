@@ -120,7 +120,7 @@ TEST_F(VeskRun, DoesItsWorkInTheToldOrder) {
   EXPECT_EQ(saved.segments[0].name, "restart");
   EXPECT_EQ(run({file, "--refresh"}).out, "No series has a deferred query.\nSaved " + file + ".\n");
   EXPECT_EQ(run({"-IMPORT", "x.inp", "--refresh"}).err,
-            "vesk-run: There is no file name to save under; name one with --save.\n");
+            "vesk-run: The data set has no file name; give one with --save.\n");
   run({file, "-RUN", "--log=" + folder.file("logs")});
   EXPECT_EQ(folder.read("logs/LOG.TXT"), "\n");
 }
@@ -135,8 +135,8 @@ TEST_F(VeskRun, BadInputIsToldInOneSentence) {
   } const cases[] = {
       {{missing, "-RUN"}, 1, "vesk-run: " + missing + ": Cannot open file.\n"},
       {{"notes.txt"}, 1, "vesk-run: Could not open specified file type \"notes.txt\" (.TXT file)\n"},
-      {{"-RUN"}, 1, "vesk-run: There is nothing to run: no data file was opened or imported.\n"},
-      {{"--save", "x.vki"}, 1, "vesk-run: There is nothing to save: no data file was opened or imported.\n"},
+      {{"-RUN"}, 1, "vesk-run: Nothing to run: no data file was opened or imported.\n"},
+      {{"--save", "x.vki"}, 1, "vesk-run: Nothing to save: no data file was opened or imported.\n"},
       {{file, "-RUN"},
        1,
        "vesk-run: Live query error: " + file +

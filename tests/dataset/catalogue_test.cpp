@@ -247,7 +247,7 @@ TEST(Catalogue, ValuesOfTheWrongKindAreNamedByTableRowAndColumn) {
   store = small_catalogue();
   store.tables["Systems"].rows[0][1] = -4;
   EXPECT_EQ(failure([&] { read_catalogue(store); }),
-            "Catalogue table Systems, row 1: column Model_system_id is not a number from 0 on.");
+            "Catalogue table Systems, row 1: column Model_system_id is not a number of 0 or more.");
   store = small_catalogue();
   store.tables["Parameters"].rows[1][2] = std::monostate(); // null reads as 0
   EXPECT_EQ(read_catalogue(store)->find_model(7)->parameters[0].minimum, 0);

@@ -186,9 +186,9 @@ TEST(Vki, RefusalsNameFileSectionByteAndCause) {
   EXPECT_EQ(refusal(with(12, "\5\0\0\0"s).substr(0, 17)),
             "river.vki, section 1 (print_intervals.points), byte 12: 5 points, but only 1 byte is left.");
   EXPECT_EQ(refusal("{\"segments\": []}"),
-            "river.vki, section 0 (header), byte 0: this is no data file: 0x6573227b is no version of one.");
+            "river.vki, section 0 (header), byte 0: not a data file: unknown version 0x6573227b.");
   EXPECT_EQ(refusal("\x09\0\0\0"s),
-            "river.vki, section 0 (header), byte 0: this is no data file: 0x00000009 is no version of one.");
+            "river.vki, section 0 (header), byte 0: not a data file: unknown version 0x00000009.");
   EXPECT_EQ(refusal(with(12, huge)), "river.vki, section 1 (print_intervals.points), byte 12: 4294967295 "
                                      "points, but only " +
                                          left + " bytes are left.");

@@ -59,8 +59,8 @@ TEST_F(VkiProgram, CheckNamesTheFirstThingThatIsWrong) {
       {changed(4, "\x01\0\0\0"s), ", section 0 (header), byte 4: the offset of project_files is 1, but the section "
                                   "begins at " +
                                       std::to_string(river().size() - 36) + "."},
-      {changed(8, "\x01"s), ", section 0 (header), byte 8: 1 where 0 must stand."},
-      {changed(0, "\x08"s), ", section 0 (header), byte 0: version 7.8 is newer than 7.7, the newest that is known."},
+      {changed(8, "\x01"s), ", section 0 (header), byte 8: expected 0, found 1."},
+      {changed(0, "\x08"s), ", section 0 (header), byte 0: version 7.8 is newer than 7.7, the newest known version."},
   };
   for (const auto& c : cases) {
     folder_.write("case.vki", c.bytes);
@@ -103,7 +103,7 @@ TEST_F(VkiProgram, UpgradeRewritesAnyKnownVersionAndRefusesANewerOne) {
   EXPECT_EQ(refused.status, 1);
   EXPECT_EQ(refused.err,
             file("newer.vki") +
-                ", section 0 (header), byte 0: version 8.7 is newer than 7.7, the newest that is known.\n");
+                ", section 0 (header), byte 0: version 8.7 is newer than 7.7, the newest known version.\n");
   EXPECT_FALSE(std::filesystem::exists(file("out.vki")));
 }
 
@@ -111,7 +111,7 @@ TEST_F(VkiProgram, DumpPrintsANewerFileAsFarAsItGoesAndSaysSo) {
   folder_.write("newer.vki", changed(0, "\x09"s).substr(0, 630));
   const program_result result = vki({"dump", file("newer.vki")});
   EXPECT_EQ(result.status, 0);
-  EXPECT_EQ(result.err, file("newer.vki") + ": version 7.9 is newer than 7.7; read as far as its bytes go.\n");
+  EXPECT_EQ(result.err, file("newer.vki") + ": version 7.9 is newer than 7.7; read as far as possible.\n");
   EXPECT_NE(result.out.find("\"width\": 30.25"), std::string::npos);
   EXPECT_EQ(result.out.find("\"time_functions\""), std::string::npos); // never reached
   EXPECT_EQ(result.out.find("\"query\""), std::string::npos);
@@ -138,7 +138,7 @@ TEST_F(VkiProgram, FailuresLeaveTheOldFileAndNothingBeside) {
   folder_.write("bad.json", "{\"model_typ\": 1}");
   const program_result bad = vki({"load", file("bad.json"), file("river.vki")});
   EXPECT_EQ(bad.status, 1);
-  EXPECT_EQ(bad.err, file("bad.json") + ": model_typ: no such member; the nearest is model_type.\n");
+  EXPECT_EQ(bad.err, file("bad.json") + ": model_typ: unknown member; the nearest is model_type.\n");
   const std::string before = river();
   folder_.write("good.json", "{}");
   EXPECT_EQ(shell("ulimit -f 0; trap '' XFSZ; " VKI " load good.json river.vki").err,
@@ -157,7 +157,7 @@ TEST_F(VkiProgram, WantOfMemoryIsToldInOneSentence) {
   for (const char* name : {"long.vki", "wild.vki"}) std::filesystem::resize_file(file(name), 9000000000);
   const program_result wild = shell("ulimit -v 1000000; " VKI " upgrade wild.vki new.vki");
   EXPECT_EQ(wild.status, 1);
-  EXPECT_EQ(wild.err, "wild.vki: not enough memory for what it holds.\n");
+  EXPECT_EQ(wild.err, "wild.vki: not enough memory for its content.\n");
   // What does not need much memory is read, however large the file.
   EXPECT_EQ(shell("ulimit -v 1000000; " VKI " upgrade long.vki new.vki").err, "");
   EXPECT_EQ(folder_.read("new.vki"), river());
@@ -170,7 +170,7 @@ TEST_F(VkiProgram, ExitStatusTellsAFailedFileFromWrongUsage) {
     int status;
     std::string start; // of standard error
   } cases[] = {
-      {{}, 2, "vki: no command.\nusage: vki dump [--dates iso] FILE"},
+      {{}, 2, "vki: no command given.\nusage: vki dump [--dates iso] FILE"},
       {{"dumb", "a"}, 2, "vki: unknown command \"dumb\".\n"},
       {{"check"}, 2, "vki: check requires one file.\n"},
       {{"load", "a"}, 2, "vki: load requires two files.\n"},
