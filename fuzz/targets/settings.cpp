@@ -1,7 +1,7 @@
 // A value that is set and saved reads back; every other value and line stays. The settings take any content, and any
 // text of it as a picture of numbers.
 #include "app/configuration.h"
-#include "app/numeric_picture.h"
+#include "charts/numeric_picture.h"
 #include "support/scratch.h"
 
 #include <algorithm>

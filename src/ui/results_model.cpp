@@ -1,6 +1,6 @@
 #include "ui/results_model.h"
 
-#include "app/numeric_picture.h"
+#include "charts/numeric_picture.h"
 #include "ui/texts.h"
 
 namespace vesk {

@@ -1,4 +1,4 @@
-#include "app/numeric_picture.h"
+#include "charts/numeric_picture.h"
 
 #include <algorithm>
 #include <array>

@@ -1,0 +1,358 @@
+#include "charts/cell.h"
+
+#include "charts/numeric_picture.h"
+#include "dataset/moment.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+
+namespace vesk {
+
+namespace {
+
+constexpr double first_second_of_next_day = 86400;
+
+bool equal_in_any_case(std::string_view a, std::string_view b) {
+  const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
+  return std::ranges::equal(a, b, {}, lower, lower);
+}
+
+std::string_view trimmed(std::string_view text) {
+  const auto first = text.find_first_not_of(" \t\r\n");
+  if (first == std::string_view::npos) return {};
+  return text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
+}
+
+std::string quoted(std::string_view text) {
+  constexpr std::size_t most = 60;
+  std::string shown(text.substr(0, most));
+  while (shown.size() < text.size() && !shown.empty() && (static_cast<unsigned char>(shown.back()) & 0xC0) == 0x80)
+    shown.pop_back();
+  return "\"" + shown + (shown.size() < text.size() ? "...\"" : "\"");
+}
+
+// By hand: a copied series has a million of them.
+void append_padded(std::string& text, std::uint32_t number, std::uint32_t digits) {
+  std::array<char, 10> reversed;
+  std::uint32_t length = 0;
+  for (; number > 0 || length < digits; number /= 10) reversed[length++] = static_cast<char>('0' + number % 10);
+  while (length > 0) text += reversed[--length];
+}
+
+double number_of(const cell_value& value) {
+  const double* number = std::get_if<double>(&value);
+  return number ? *number : 0;
+}
+
+// Dates and times.
+
+std::int32_t day_of(const cell_value& value) {
+  constexpr double limit = 1e8; // what the calendar code can take
+  const double day = number_of(value);
+  return std::isfinite(day) ? static_cast<std::int32_t>(std::clamp(day, -limit, limit)) : 0;
+}
+
+void append_year(std::string& text, int year) {
+  if (year < 0) text += '-';
+  append_padded(text, static_cast<std::uint32_t>(std::abs(year)), 4);
+}
+
+void append_date(std::string& text, const cell_value& value) {
+  const calendar_date date = date_of(day_of(value));
+  append_padded(text, date.month, 2);
+  text += '/';
+  append_padded(text, date.day, 2);
+  text += '/';
+  append_year(text, date.year);
+}
+
+void append_iso_date(std::string& text, const cell_value& value) {
+  const calendar_date date = date_of(day_of(value));
+  append_year(text, date.year);
+  text += '-';
+  append_padded(text, date.month, 2);
+  text += '-';
+  append_padded(text, date.day, 2);
+}
+
+void append_time(std::string& text, const cell_value& value, bool always_seconds) {
+  const auto seconds = static_cast<std::uint32_t>(std::clamp(number_of(value), 0.0, first_second_of_next_day - 1.0));
+  append_padded(text, seconds / 3600, 2);
+  text += ':';
+  append_padded(text, seconds / 60 % 60, 2);
+  if (seconds % 60 == 0 && !always_seconds) return;
+  text += ':';
+  append_padded(text, seconds % 60, 2);
+}
+
+// Reads "12", "/", "30" ... from the front of a text.
+class field_reader {
+public:
+  explicit field_reader(std::string_view text) : rest_(text) {}
+
+  // A number of one to `most` digits; -1 where there is none.
+  int number(std::size_t most, std::size_t* digits = nullptr) {
+    std::size_t length = 0;
+    while (length < rest_.size() && rest_[length] >= '0' && rest_[length] <= '9') ++length;
+    if (length == 0 || length > most) return -1;
+    int result = 0;
+    std::from_chars(rest_.data(), rest_.data() + length, result);
+    rest_.remove_prefix(length);
+    if (digits) *digits = length;
+    return result;
+  }
+  bool skip(char c) {
+    if (rest_.empty() || rest_.front() != c) return false;
+    rest_.remove_prefix(1);
+    return true;
+  }
+  bool at_end() const { return rest_.empty(); }
+
+private:
+  std::string_view rest_;
+};
+
+struct date_fields {
+  int year = -1, month = -1, day = -1;
+};
+
+// Month, day and year of either form; a year of -1 where the text has neither.
+date_fields split_date(std::string_view text) {
+  date_fields date;
+  std::size_t digits = 0;
+  field_reader american(text);
+  date.month = american.number(2);
+  if (american.skip('/')) {
+    date.day = american.number(2);
+    if (american.skip('/')) date.year = american.number(4, &digits);
+    if (!american.at_end() || (digits != 2 && digits != 4)) return {};
+    if (digits == 2) date.year += 2000;
+    return date;
+  }
+  field_reader iso(text);
+  date.year = iso.number(4, &digits);
+  if (digits != 4 || !iso.skip('-')) return {};
+  date.month = iso.number(2);
+  if (!iso.skip('-')) return {};
+  date.day = iso.number(2);
+  return iso.at_end() ? date : date_fields{};
+}
+
+cell_entry refused(std::string reason) {
+  return {{}, std::move(reason)};
+}
+
+cell_entry read_date(std::string_view text) {
+  const date_fields date = split_date(text);
+  if (date.year < 0 || date.month < 0 || date.day < 0)
+    return refused("expected a date as MM/DD/YYYY or YYYY-MM-DD, found " + quoted(text));
+  const std::int32_t day = day_number(date.year, date.month, date.day);
+  const calendar_date real = date_of(day);
+  if (real.month != static_cast<unsigned>(date.month) || real.day != static_cast<unsigned>(date.day))
+    return refused(quoted(text) + " is not a day of the calendar");
+  if (day < 0 || day > last_day) return refused(quoted(text) + " is outside the years 1600 to 3999");
+  return {static_cast<double>(day), {}};
+}
+
+cell_entry read_time(std::string_view text) {
+  field_reader fields(text);
+  const int hour = fields.number(2);
+  const int minute = fields.skip(':') ? fields.number(2) : -1;
+  const int second = fields.skip(':') ? fields.number(2) : 0;
+  if (hour < 0 || minute < 0 || second < 0 || !fields.at_end())
+    return refused("expected a time as HH:MM or HH:MM:SS, found " + quoted(text));
+  if (hour > 23 || minute > 59 || second > 59) return refused(quoted(text) + " is not a time of day");
+  return {static_cast<double>(hour * 3600 + minute * 60 + second), {}};
+}
+
+// Numbers.
+
+// How many digits the picture has before its point; 0: any number.
+int digits_before_point(std::string_view picture) {
+  if (picture.size() <= 1 || picture.find_first_not_of("#.") != std::string_view::npos) return 0;
+  return static_cast<int>(std::min(picture.find('.'), picture.size()));
+}
+
+cell_entry fitted_number(const cell_type& type, double value) {
+  const int digits = digits_before_point(type.picture);
+  if (digits > 0 && !(std::abs(value) < std::pow(10.0, digits)))
+    return refused("the number has more than " + std::to_string(digits) + " digits before the point");
+  return {value, {}};
+}
+
+void append_exact_number(std::string& text, double value) {
+  std::array<char, 32> digits;
+  if (std::isfinite(value))
+    text.append(digits.data(), std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr);
+  else
+    text += number_in_picture(value, {});
+}
+
+std::string exact_number(double value) {
+  std::string text;
+  append_exact_number(text, value);
+  return text;
+}
+
+// Takes the unit off a duration and returns its length in days; 1 where there is none.
+double take_unit(std::string_view& text) {
+  struct unit {
+    std::string_view name;
+    double days;
+  };
+  constexpr unit units[] = {{"min", 1.0 / 1440}, {"d", 1}, {"h", 1.0 / 24}, {"s", 1 / seconds_per_day}};
+  for (const unit& one : units)
+    if (text.size() > one.name.size() && equal_in_any_case(text.substr(text.size() - one.name.size()), one.name)) {
+      text = trimmed(text.substr(0, text.size() - one.name.size()));
+      return one.days;
+    }
+  return 1;
+}
+
+cell_entry read_number(const cell_type& type, std::string_view text) {
+  const double unit = type.is_duration ? take_unit(text) : 1;
+  if (text.size() > longest_number_entry) return refused("a number has at most 32 characters");
+  if (text.find(',') != std::string_view::npos)
+    return refused(quoted(text) + " has a comma; the decimal sign is the point");
+  std::string_view digits = text;
+  if (digits.size() > 1 && digits.front() == '+' && digits[1] != '-') digits.remove_prefix(1);
+  double value = 0;
+  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
+  if (error == std::errc::result_out_of_range) return refused(quoted(text) + " is too large or too small a number");
+  if (error != std::errc{} || end != digits.data() + digits.size())
+    return refused("expected a number, found " + quoted(text));
+  if (!std::isfinite(value)) return refused("expected a finite number, found " + quoted(text));
+  return fitted_number(type, value * unit);
+}
+
+cell_entry read_check(std::string_view text) {
+  for (const auto* yes : {"1", "true", "yes"})
+    if (equal_in_any_case(text, yes)) return {1.0, {}};
+  for (const auto* no : {"0", "false", "no"})
+    if (equal_in_any_case(text, no)) return {0.0, {}};
+  return refused("expected 1 or 0, true or false, yes or no, found " + quoted(text));
+}
+
+cell_entry read_item(const cell_type& type, std::string_view text) {
+  if (const auto item = type.items->find(text)) return {static_cast<double>(*item), {}};
+  return refused(quoted(text) + " is not in the list");
+}
+
+// At most 128 characters and 255 bytes, cut at a whole character; tabs, line ends and control characters are blanks.
+cell_entry read_text(std::string_view text) {
+  constexpr std::size_t most_bytes = 255;
+  const auto continues = [](char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; };
+  std::string result;
+  std::size_t characters = 0;
+  for (std::size_t i = 0; i < text.size();) {
+    std::size_t end = i + 1;
+    while (end < text.size() && continues(text[end])) ++end;
+    if (characters == longest_text_entry || end > most_bytes) break;
+    const auto first = static_cast<unsigned char>(text[i]);
+    if (first < 0x20 || first == 0x7F)
+      result += ' ';
+    else
+      result += text.substr(i, end - i);
+    ++characters;
+    i = end;
+  }
+  return {std::move(result), {}};
+}
+
+} // namespace
+
+std::optional<std::size_t> item_list::find(std::string_view wanted) const {
+  for (std::size_t i = 0; i < size(); ++i)
+    if (equal_in_any_case(text(i), wanted)) return i;
+  return std::nullopt;
+}
+
+std::optional<std::size_t> item_list::item_of(double number) const {
+  if (std::floor(number) != number || number < 0 || number >= static_cast<double>(size())) return std::nullopt;
+  return static_cast<std::size_t>(number);
+}
+
+std::string cell_text(const cell_type& type, const cell_value& value) {
+  if (std::holds_alternative<std::monostate>(value)) return {};
+  std::string text;
+  switch (type.kind) {
+  case cell_kind::text:
+    if (const std::string* stored = std::get_if<std::string>(&value)) text = *stored;
+    break;
+  case cell_kind::date: append_date(text, value); break;
+  case cell_kind::time: append_time(text, value, false); break;
+  case cell_kind::number: text = number_in_picture(number_of(value), type.picture); break;
+  case cell_kind::check: text = number_of(value) != 0 ? "1" : "0"; break;
+  case cell_kind::combo:
+    if (const double item = number_of(value); item >= 0 && item < static_cast<double>(type.items->size()))
+      text = type.items->text(static_cast<std::size_t>(item));
+  }
+  return text;
+}
+
+std::string entry_text(const cell_type& type, const cell_value& value) {
+  const double* number = std::get_if<double>(&value);
+  return number && type.kind == cell_kind::number ? exact_number(*number) : cell_text(type, value);
+}
+
+void append_clipboard_text(std::string& text, const cell_type& type, const cell_value& value) {
+  if (std::holds_alternative<std::monostate>(value)) return;
+  switch (type.kind) {
+  case cell_kind::date: return append_iso_date(text, value);
+  case cell_kind::time: return append_time(text, value, true);
+  case cell_kind::number: return append_exact_number(text, number_of(value));
+  default: text += cell_text(type, value);
+  }
+}
+
+cell_entry read_entry(const cell_type& type, std::string_view text) {
+  if (type.kind == cell_kind::text) return read_text(text);
+  text = trimmed(text);
+  switch (type.kind) {
+  case cell_kind::date: return read_date(text);
+  case cell_kind::time: return read_time(text);
+  case cell_kind::number: return read_number(type, text);
+  case cell_kind::check: return read_check(text);
+  default: return read_item(type, text);
+  }
+}
+
+cell_entry computed_entry(const cell_type& type, double result) {
+  if (!std::isfinite(result)) return refused("the result is not a finite number");
+  const auto found = [&] { return ", found " + exact_number(result); };
+  switch (type.kind) {
+  case cell_kind::number: return fitted_number(type, result);
+  case cell_kind::check: return {result != 0 ? 1.0 : 0.0, {}};
+  case cell_kind::date: {
+    const double day = result + date_time_origin;
+    if (std::floor(result) != result) return refused("expected a whole number of days for a date" + found());
+    if (day < 0 || day > last_day) return refused("expected a date in the years 1600 to 3999" + found());
+    return {day, {}};
+  }
+  case cell_kind::time: {
+    if (result < 0 || result >= 1)
+      return refused("expected a time as a fraction of a day, from 0 to below 1" + found());
+    const double second = std::min(std::round(result * seconds_per_day), first_second_of_next_day - 1.0);
+    return {second, {}};
+  }
+  case cell_kind::combo:
+    if (const auto item = type.items->item_of(result)) return {static_cast<double>(*item), {}};
+    return refused("the list has no item of this number" + found());
+  case cell_kind::text: break;
+  }
+  return {exact_number(result), {}};
+}
+
+double expression_number(const cell_type& type, const cell_value& value) {
+  const double number = number_of(value);
+  if (type.kind == cell_kind::date) return number - date_time_origin;
+  if (type.kind == cell_kind::time) return number / seconds_per_day;
+  if (type.kind == cell_kind::combo && number >= 0) return type.items->number_of(static_cast<std::size_t>(number));
+  return number;
+}
+
+} // namespace vesk

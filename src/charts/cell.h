@@ -1,0 +1,70 @@
+// What a cell of a grid holds, shows and accepts.
+//
+// Texts are UTF-8. The decimal sign is the point in every locale. Nothing here throws, apart from std::bad_alloc.
+#pragma once
+
+#include "charts/item_list.h"
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <variant>
+
+namespace vesk {
+
+enum class cell_kind { text, date, time, number, combo, check };
+
+// Nothing (a blank cell), a number or a text. As a number: of a date the day number (day 0 is 1 January 1600), of a
+// time the seconds since midnight, of a combo the item's position from 0, of a check box 0 or 1.
+using cell_value = std::variant<std::monostate, double, std::string>;
+
+struct cell_type {
+  cell_kind kind = cell_kind::text;
+  std::string picture;                    // of a number; see numeric_picture.h
+  std::shared_ptr<const item_list> items; // of a combo; not null there
+  bool is_duration = false;               // of a number in days: "1 h", "5 min", "30 s" and "1 d" are taken as well
+};
+
+inline cell_type text_cell() {
+  return {cell_kind::text, {}, {}, false};
+}
+inline cell_type check_cell() {
+  return {cell_kind::check, {}, {}, false};
+}
+inline cell_type number_cell(std::string picture) {
+  return {cell_kind::number, std::move(picture), {}, false};
+}
+inline cell_type combo_cell(std::initializer_list<std::string> items) {
+  return {cell_kind::combo, {}, std::make_shared<fixed_items>(items), false};
+}
+
+// Limits of what can be typed.
+inline constexpr std::size_t longest_number_entry = 32; // characters
+inline constexpr std::size_t longest_text_entry = 128;  // characters; at most 255 bytes
+inline constexpr double last_day = 876581;              // 31 December 3999
+
+// What the cell shows; a check box as 1 or 0. Combo positions without an item show nothing.
+std::string cell_text(const cell_type& type, const cell_value& value);
+
+// The value's exact, shortest text: what an entry begins with, and what is copied. Dates are MM/DD/yyyy when typed and
+// yyyy-mm-dd on the clipboard.
+std::string entry_text(const cell_type& type, const cell_value& value);
+void append_clipboard_text(std::string& text, const cell_type& type, const cell_value& value);
+
+// An entry that was read: the value, or why it was refused, as the end of a sentence ("expected a number, found "x"").
+struct cell_entry {
+  cell_value value;
+  std::string refusal; // empty: accepted
+  bool accepted() const { return refusal.empty(); }
+};
+
+cell_entry read_entry(const cell_type& type, std::string_view text);
+
+// A computed number as a cell's value: dates come as date-time numbers (days since 30 December 1899) and must be whole,
+// times as a fraction of a day from 0 to below 1, rounded to the second, items as item_list numbers them.
+cell_entry computed_entry(const cell_type& type, double result);
+
+// The number that an expression sees for the value: the inverse of computed_entry. 0 for texts and blank cells.
+double expression_number(const cell_type& type, const cell_value& value);
+
+} // namespace vesk

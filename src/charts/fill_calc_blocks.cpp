@@ -1,0 +1,240 @@
+// What a TFillCalcTable does with blocks of cells: copy, paste, fill, chart.
+#include "charts/expression.h"
+#include "charts/fill_calc_change.h"
+#include "charts/fill_calc_table.h"
+#include "charts/pasted_text.h"
+#include "dataset/moment.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace vesk {
+
+namespace {
+
+constexpr double days_to_1970 = 25569; // 1 January 1970 as a date-time number
+
+std::string_view without_blanks(std::string_view text) {
+  while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
+  while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
+  return text;
+}
+
+double number(const cell_value& value) {
+  const double* stored = std::get_if<double>(&value);
+  return stored ? *stored : 0;
+}
+
+std::string plural(std::size_t count, const char* word) {
+  return std::to_string(count) + " " + word + (count == 1 ? "" : "s");
+}
+
+} // namespace
+
+bool TFillCalcTable::takes_blocks(std::size_t column) const {
+  const grid_column& c = content_->columns()[column];
+  return c.editable && !c.typed_only;
+}
+
+std::string TFillCalcTable::do_copy(bool with_headers) const {
+  std::string text;
+  if (shown_as_empty_) return text;
+  const cell_range block = selection();
+  const auto columns = content_->columns();
+  const auto end_cell = [&](std::size_t column) { text += column == block.right ? '\n' : '\t'; };
+  for (std::size_t column = block.left; with_headers && column <= block.right; ++column) {
+    std::string header = columns[column].header;
+    std::ranges::replace(header, '\n', ' ');
+    text += header;
+    end_cell(column);
+  }
+  for (std::size_t row = block.top; row <= block.bottom && row < content_->row_count(); ++row)
+    for (std::size_t column = block.left; column <= block.right; ++column) {
+      append_clipboard_text(text, columns[column].type, content_->value(row, column));
+      end_cell(column);
+    }
+  return text;
+}
+
+namespace {
+
+// A value and the cell that it is for.
+struct placed_value {
+  std::size_t row, column;
+  cell_value value;
+};
+
+// A field that holds a date and a time: the position of the blank or "T" between them.
+std::size_t date_and_time_split(std::string_view field) {
+  const std::size_t split = field.find_first_of(" T");
+  const bool has_time = split != std::string_view::npos && field.find(':', split) != std::string_view::npos;
+  return has_time ? split : std::string_view::npos;
+}
+
+// Reads pasted lines into the values of cells; the first field that a cell refuses ends it.
+class paste_reader {
+public:
+  paste_reader(std::span<const grid_column> columns, const pasted_text& lines) : columns_(columns), lines_(lines) {
+    values.reserve(lines.line_count() * std::min(lines.field_count(0), columns.size()));
+  }
+
+  std::vector<placed_value> values;
+  std::string refusal; // a sentence; empty: all was read
+
+  bool read_line(std::size_t line, std::size_t row, std::size_t left) {
+    std::size_t column = left;
+    for (std::size_t k = 0; k < lines_.field_count(line); ++k, ++column) {
+      const std::string_view field = lines_.field(line, k);
+      std::string reason;
+      if (column >= columns_.size())
+        reason = "there is no column for \"" + std::string(field.substr(0, 60)) + "\"";
+      else if (holds_date_and_time(field, column))
+        reason = take_date_and_time(field, row, column++);
+      else if (columns_[column].editable && !columns_[column].typed_only)
+        reason = take(field, row, column);
+      if (reason.empty()) continue;
+      refusal = "Line " + std::to_string(line + 1) + ", column " + std::to_string(k + 1) + ": " + reason +
+                ". Nothing was pasted.";
+      return false;
+    }
+    return true;
+  }
+
+private:
+  std::string take(std::string_view field, std::size_t row, std::size_t column) {
+    cell_entry entry = read_entry(columns_[column].type, field);
+    if (entry.accepted()) values.push_back({row, column, std::move(entry.value)});
+    return entry.refusal;
+  }
+  bool holds_date_and_time(std::string_view field, std::size_t column) const {
+    return column + 1 < columns_.size() && columns_[column].type.kind == cell_kind::date &&
+           columns_[column + 1].type.kind == cell_kind::time &&
+           date_and_time_split(without_blanks(field)) != std::string_view::npos;
+  }
+  std::string take_date_and_time(std::string_view field, std::size_t row, std::size_t column) {
+    field = without_blanks(field);
+    const std::size_t split = date_and_time_split(field);
+    const std::string reason = take(field.substr(0, split), row, column);
+    return reason.empty() ? take(field.substr(split + 1), row, column + 1) : reason;
+  }
+
+  std::span<const grid_column> columns_;
+  const pasted_text& lines_;
+};
+
+} // namespace
+
+TFillCalcTable::paste_outcome TFillCalcTable::do_paste(std::string_view text) {
+  const pasted_text lines(text);
+  if (lines.line_count() == 0) return paste_outcome::refused("The clipboard holds no text.");
+  if (shown_as_empty_ && !content_->has_free_rows()) return paste_outcome::refused("There is no cell to paste into.");
+
+  const std::size_t present = content_->row_count();
+  const bool replaces_all = all_rows_selected() && content_->has_free_rows();
+  const std::size_t top = replaces_all || present == 0 ? 0 : selection().top;
+  const std::size_t needed = top + lines.line_count();
+  if (needed > present && !content_->has_free_rows())
+    return paste_outcome::refused("The clipboard has " + plural(lines.line_count(), "line") + ", but only " +
+                                  plural(present - top, "row") + (present - top == 1 ? " is" : " are") +
+                                  " left from row " + std::to_string(top + 1) + " on.");
+  paste_reader reader(content_->columns(), lines);
+  for (std::size_t line = 0; line < lines.line_count(); ++line)
+    if (!reader.read_line(line, top + line, selection().left)) return paste_outcome::refused(reader.refusal);
+
+  change one(*this, "Paste");
+  refused_.reset();
+  if (content_->has_free_rows()) {
+    content_->resize(replaces_all ? needed : std::max(present, needed));
+    display_rows(false);
+    if (OnRowsChanged) OnRowsChanged();
+  }
+  for (const placed_value& cell : reader.values) write_cell(cell.row, cell.column, cell.value);
+  if (view_) view_->rows_changed();
+  one.complete();
+  return {{}, top, lines.line_count()};
+}
+
+// A value that the cell already shows in this form stays as it is: what is shown may be rounded.
+void TFillCalcTable::write_cell(std::size_t row, std::size_t column, const cell_value& value) {
+  const cell_value present = content_->value(row, column);
+  if (present == value || std::holds_alternative<std::monostate>(present)) return;
+  const cell_type& type = content_->columns()[column].type;
+  if (type.kind == cell_kind::number && std::holds_alternative<double>(value)) {
+    const cell_entry shown = read_entry(number_cell({}), cell_text(type, present));
+    if (shown.accepted() && shown.value == value) return;
+  }
+  content_->set_value(row, column, value);
+}
+
+namespace {
+
+// Evaluates the formula for the cells of one column; the first result that its cell refuses ends it with a sentence.
+std::string compute_column(const grid& content, std::size_t column, const cell_range& block, expression& formula,
+                           std::vector<placed_value>& values) {
+  const cell_type& type = content.columns()[column].type;
+  for (std::size_t row = block.top; row <= block.bottom; ++row) {
+    const double result = formula.evaluate({.x = expression_number(type, content.value(row, column)),
+                                            .row = static_cast<double>(row + 1),
+                                            .i = static_cast<double>(row - block.top + 1),
+                                            .n = static_cast<double>(block.rows())});
+    cell_entry entry = computed_entry(type, result);
+    if (!entry.accepted()) return "Row " + std::to_string(row + 1) + ": " + entry.refusal + ". Nothing was filled.";
+    values.push_back({row, column, std::move(entry.value)});
+  }
+  return {};
+}
+
+} // namespace
+
+std::string TFillCalcTable::calculate_selection(std::string_view text) {
+  if (shown_as_empty_ || content_->row_count() == 0) return "There is no row to fill.";
+  cell_range block = selection();
+  block.bottom = std::min(block.bottom, content_->row_count() - 1);
+  std::vector<std::size_t> numbers, texts; // columns
+  for (std::size_t c = block.left; c <= block.right; ++c)
+    if (takes_blocks(c)) (content_->columns()[c].type.kind == cell_kind::text ? texts : numbers).push_back(c);
+  if (numbers.empty() && texts.empty()) return "The selected cells cannot be changed.";
+
+  std::vector<placed_value> values;
+  if (numbers.empty()) {
+    for (const std::size_t c : texts)
+      for (std::size_t row = block.top; row <= block.bottom; ++row)
+        values.push_back({row, c, read_entry(content_->columns()[c].type, text).value});
+  } else {
+    try {
+      expression formula(text);
+      for (const std::size_t c : numbers)
+        if (std::string refusal = compute_column(*content_, c, block, formula, values); !refusal.empty())
+          return refusal;
+    } catch (const expression_exception& error) {
+      return error.what();
+    }
+  }
+
+  change one(*this, "Fill/Calc");
+  refused_.reset();
+  for (const placed_value& cell : values)
+    if (content_->value(cell.row, cell.column) != cell.value) content_->set_value(cell.row, cell.column, cell.value);
+  if (view_) view_->cells_changed(block);
+  one.complete();
+  return {};
+}
+
+std::unique_ptr<general_graph_data> TFillCalcTable::generate_moment_value_graph_data(int date_column, int time_column,
+                                                                                     int value_column) const {
+  const std::size_t rows = shown_as_empty_ ? 0 : content_->row_count();
+  if (rows == 0 || rows > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max())) return nullptr;
+  const auto at = [this](std::size_t row, int column) {
+    return number(content_->value(row, static_cast<std::size_t>(column - 1)));
+  };
+  auto data = std::make_unique<general_graph_data>(static_cast<std::int32_t>(rows));
+  for (std::size_t row = 0; row < rows; ++row) {
+    const moment_type moment(static_cast<std::int32_t>(at(row, date_column)),
+                             static_cast<std::int32_t>(at(row, time_column)));
+    data->x[row] = moment.days_since(days_to_1970);
+    data->y[row] = at(row, value_column);
+  }
+  return data;
+}
+
+} // namespace vesk

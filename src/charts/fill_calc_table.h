@@ -1,0 +1,134 @@
+// TFillCalcTable: a grid whose selected block can be copied, pasted over, filled from an expression and charted.
+//
+// The table's logic without a widget. A view shows `content()` and passes on what the user does; the table decides
+// what becomes of it. Main thread only. Every operation that changes cells runs between OnBeginChange and OnEndChange;
+// one that throws in between has changed nothing that the owner cannot take back.
+#pragma once
+
+#include "charts/general_graph_data.h"
+#include "charts/grid.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vesk {
+
+// What shows a table. All members are called on the main thread, after the change.
+class table_view {
+public:
+  virtual ~table_view() = default;
+  virtual void columns_changed() {}                // and with them everything else
+  virtual void rows_changed() {}                   // count, order or all values
+  virtual void cells_changed(const cell_range&) {} // values
+  virtual void active_cell_changed() {}
+  virtual void entry_refused() {} // or taken back; see TFillCalcTable::refused
+};
+
+enum class move_command { none, up, down, left, right };
+
+class TFillCalcTable {
+public:
+  explicit TFillCalcTable(grid& content) : content_(&content) {}
+  TFillCalcTable(const TFillCalcTable&) = delete;
+  TFillCalcTable& operator=(const TFillCalcTable&) = delete;
+
+  // The grid control's events, for the dialog that owns the table. All may be empty.
+  std::function<void(const std::string& label)> OnBeginChange; // an operation of this name begins
+  std::function<void(bool completed)> OnEndChange;             // and has ended, or thrown in the middle
+  std::function<void(std::size_t column)> OnDoneEdit;          // one entry was written; the rows are in order again
+  std::function<void()> OnRowsChanged;                         // rows were inserted, erased or appended
+  std::function<void(std::size_t row)> OnEnteringRow;
+  std::function<void(std::size_t row, std::size_t column)> OnClick; // a click on a typed_only check box
+
+  // The content; `show` also when the columns or the grid behind it have changed. Position and selection are clamped.
+  const grid& content() const { return *content_; }
+  void show(grid& content);
+  void set_view(table_view* view) { view_ = view; }
+
+  // Shows the rows as the grid now has them; an empty grid shows one blank row that takes no input.
+  void display_rows(bool repaint = true);
+  void display_as_empty();
+  void display_as_non_empty();
+  bool is_shown_as_empty() const { return shown_as_empty_; }
+  std::size_t row_limit() const { return shown_as_empty_ ? 1 : content_->row_count(); } // rows in sight
+
+  // The active cell and the selected block. Without a selection the active cell counts as one.
+  std::size_t active_row() const { return active_row_; }
+  std::size_t active_column() const { return active_column_; }
+  void set_active(std::size_t row, std::size_t column); // clamped; raises OnEnteringRow when the row changes
+  void set_selection(std::optional<cell_range> range) { selection_ = range; }
+  cell_range selection() const; // within the rows and columns that there are
+  bool all_rows_selected() const;
+
+  // One cell.
+  std::string text(std::size_t row, std::size_t column) const;       // as shown; a refused entry as typed
+  std::string entry_text(std::size_t row, std::size_t column) const; // what an editor opens with
+  std::string tool_tip(std::size_t row, std::size_t column) const;
+  bool is_editable(std::size_t row, std::size_t column) const;
+  // Takes what was typed. False: refused, and kept as `refused` until it is corrected or given up. Text equal to the
+  // one shown writes nothing; while another cell's entry is refused nothing is taken.
+  bool enter(std::size_t row, std::size_t column, std::string_view text);
+  void click(std::size_t row, std::size_t column); // on a check box
+
+  struct refused_entry {
+    std::size_t row, column;
+    std::string text, reason;
+  };
+  const std::optional<refused_entry>& refused() const { return refused_; }
+  void give_up_refused();
+  bool has_default() const; // the active cell
+  void back_to_default();
+
+  // Rows. Each does nothing in a grid with fixed rows.
+  void insert_row_at_active();
+  void delete_active_row();
+  void delete_selected_rows();
+  void delete_all_rows();
+  bool extend_on_down(move_command command); // appends a row when down leaves the last one; true: it did
+  void sort_rows();
+
+  // Blocks. `do_copy` gives exact values, cells separated by tabs, rows by line ends.
+  std::string do_copy(bool with_headers = false) const;
+
+  // Writes the clipboard's text from the selection's first cell on, or nothing of it. Where rows are free the grid gets
+  // as many as are needed; with all rows selected the pasted lines replace them.
+  struct paste_outcome {
+    std::string refusal; // a sentence; empty: pasted
+    std::size_t first_row = 0, rows = 0;
+
+    static paste_outcome refused(std::string sentence) { return {std::move(sentence), 0, 0}; }
+  };
+  paste_outcome do_paste(std::string_view text);
+
+  // Fills the selected cells from an expression (see expression.h). Returns the sentence that says why nothing was
+  // written, empty when all was. Where only text cells are selected they take the text as it is.
+  std::string calculate_selection(std::string_view expression);
+
+  // The rows as a series, times as days since 1970; null when there are none. Columns count from 1, as the row header
+  // is column 0.
+  std::unique_ptr<general_graph_data> generate_moment_value_graph_data(int date_column, int time_column,
+                                                                       int value_column) const;
+
+  // The next marked cell after the active one, row by row, from the first again after the last. False: there is none.
+  bool go_to_next_mark();
+
+private:
+  class change;
+
+  void write_cell(std::size_t row, std::size_t column, const cell_value& value);
+  void rows_changed(bool repaint);
+  bool takes_blocks(std::size_t column) const;
+
+  grid* content_;
+  table_view* view_ = nullptr;
+  bool shown_as_empty_ = false;
+  std::size_t active_row_ = 0, active_column_ = 0;
+  std::optional<cell_range> selection_;
+  std::optional<refused_entry> refused_;
+};
+
+} // namespace vesk

@@ -1,0 +1,22 @@
+// A series as it is handed to a chart.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace vesk {
+
+struct general_graph_data {
+  explicit general_graph_data(std::int32_t points)
+      : count(points), x(static_cast<std::size_t>(points)), y(static_cast<std::size_t>(points)) {}
+
+  std::int32_t count;
+  std::vector<double> x; // days since 1 January 1970 at 00:00, or plain numbers
+  std::vector<double> y;
+  std::int32_t not_a_date_axis = 0; // 1 when `x` holds plain numbers
+  std::string label;                // in the legend
+  bool steps = false;               // each value holds until the next point
+};
+
+} // namespace vesk

@@ -1,0 +1,115 @@
+// TGraphForm: a chart of one or more series, without a widget.
+//
+// Holds the series, the bounds in sight, the zoom levels and the title. A view draws them and passes on where the mouse
+// is. X is days since 1 January 1970 (or plain numbers), pixels grow to the right and downwards. Main thread only.
+#pragma once
+
+#include "charts/general_graph_data.h"
+
+#include <cstddef>
+#include <deque>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace vesk {
+
+// A value that is drawn as a gap, as is every one that is not finite.
+inline constexpr double hole_value = 1e308;
+
+// Axis bounds: x, first and second vertical axis.
+struct double_sextuple {
+  double x_minimum = 0, x_maximum = 1;
+  double first_minimum = 0, first_maximum = 1;
+  double second_minimum = 0, second_maximum = 1;
+
+  friend bool operator==(const double_sextuple&, const double_sextuple&) = default;
+};
+
+// The plot area in pixels.
+struct plot_rectangle {
+  double left = 0, top = 0, right = 1, bottom = 1;
+
+  bool contains(double x, double y) const { return x >= left && x <= right && y >= top && y <= bottom; }
+};
+
+class TGraphForm {
+public:
+  static constexpr const char* caption = "Graph";
+  // A drag that is shorter, in pixels, is a click and zooms nothing.
+  static constexpr double shortest_drag = 3;
+
+  // The look: backgrounds of the chart, of the area around the plot and of the plot, as #RRGGBB.
+  struct look {
+    const char* backgrounds[3];
+  };
+
+  explicit TGraphForm(std::string title = {}) : title_(std::move(title)) {}
+
+  // Takes the series. Points out of order are brought into time order; see `was_unsorted`.
+  void add_series(std::unique_ptr<general_graph_data> data);
+  // The one series of a chart that is fed anew; bounds in sight stay when they have been zoomed.
+  void replace_series(std::unique_ptr<general_graph_data> data);
+
+  const std::vector<std::unique_ptr<general_graph_data>>& series() const { return series_; }
+  bool was_unsorted() const { return was_unsorted_; } // of any series
+  bool date_axis() const { return date_axis_; }
+  const double_sextuple& bounds() const { return bounds_; }
+  std::string header() const;  // title and date text
+  std::string summary() const; // in a sentence, for those who do not see the chart
+
+  bool monochrome() const { return monochrome_; }
+  void toggle_monochrome() { monochrome_ = !monochrome_; }
+  look present_look() const;
+
+  void set_plot_rectangle(const plot_rectangle& plot) { plot_ = plot; }
+
+  // The mouse. `right_button`: a value zoom, else a time zoom. The band is what the view draws while zooming.
+  enum class mouse_button { left, right };
+  void press(mouse_button button, double x, double y);
+  void move(double x, double y);
+  void release(double x, double y);
+  bool zooming() const { return zooming_.has_value(); }
+  const plot_rectangle& band() const { return band_; }
+  std::size_t zoom_levels() const { return zoom_stack_.size(); }
+
+  void unzoom_by_one_level();
+  void unzoom_completely();
+  void go_to_beginning_of_data();
+  void scroll_back();
+  void scroll_forward();
+  void go_to_end_of_data();
+
+  // The point that is drawn nearest to a pixel, at most `reach` pixels away: position of the series and of the point.
+  struct point_place {
+    std::size_t series, point;
+  };
+  std::optional<point_place> point_at(double x, double y, double reach) const;
+
+  int y_zoom_axes = 3; // which vertical axes a value zoom changes: 0 by the mouse, 1 first, 2 second, others both
+
+private:
+  void find_data_bounds();
+  void zoom_time();
+  void zoom_value(double x);
+  void page_to(double x_minimum, double x_maximum);
+  std::string date_text() const;
+  double value_at(double fraction, double minimum, double maximum) const {
+    return minimum + (maximum - minimum) * fraction;
+  }
+
+  std::string title_;
+  std::vector<std::unique_ptr<general_graph_data>> series_;
+  bool date_axis_ = true;
+  bool was_unsorted_ = false;
+  bool monochrome_ = false;
+  double data_begin_ = 0, data_end_ = 0; // smallest and largest x of all series
+  double_sextuple bounds_, default_bounds_;
+  std::deque<double_sextuple> zoom_stack_; // newest last
+  plot_rectangle plot_, band_;
+  std::optional<mouse_button> zooming_;
+};
+
+} // namespace vesk

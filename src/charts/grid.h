@@ -1,0 +1,67 @@
+// What a grid shows and changes, by row and column. No widget, and no knowledge of the records behind it.
+//
+// Rows and columns count from 0; the row header with the row's number is not a column. A grid reads and writes its
+// records anew at each call and keeps no pointer to them.
+#pragma once
+
+#include "charts/cell.h"
+
+#include <cstddef>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace vesk {
+
+struct grid_column {
+  std::string header; // lines separated by '\n'
+  cell_type type;
+  bool editable = true;
+  // An entry writes the cell, but pastes and fills pass over it.
+  bool typed_only = false;
+};
+
+// A cell worth a look. Never the reason to refuse it.
+struct cell_mark {
+  std::string text; // one sentence; empty: no mark
+  explicit operator bool() const { return !text.empty(); }
+};
+
+class grid {
+public:
+  virtual ~grid() = default;
+
+  virtual std::span<const grid_column> columns() const = 0;
+  virtual std::size_t row_count() const = 0;
+  virtual cell_value value(std::size_t row, std::size_t column) const = 0; // blank where there is no such record
+  // `value` has been accepted by the column's cell type.
+  virtual void set_value(std::size_t row, std::size_t column, const cell_value& value) = 0;
+
+  virtual cell_mark mark(std::size_t, std::size_t) const { return {}; }
+  virtual std::string tool_tip(std::size_t, std::size_t) const { return {}; }
+  virtual std::optional<cell_value> default_value(std::size_t, std::size_t) const { return std::nullopt; }
+
+  // A grid with fixed rows keeps these as they are.
+  virtual bool has_free_rows() const { return false; }
+  virtual void insert_row(std::size_t) {}              // a default row before this one
+  virtual void erase_rows(std::size_t, std::size_t) {} // first, count
+  virtual void resize(std::size_t) {}                  // default rows are appended, or the last ones erased
+
+  // Brings the rows into their order after an edit; returns where the row given is afterwards.
+  virtual std::size_t sort(std::size_t row) { return row; }
+};
+
+// A rectangle of cells, both ends included.
+struct cell_range {
+  std::size_t top = 0, left = 0, bottom = 0, right = 0;
+
+  std::size_t rows() const { return bottom - top + 1; }
+  std::size_t columns() const { return right - left + 1; }
+  bool contains(std::size_t row, std::size_t column) const {
+    return row >= top && row <= bottom && column >= left && column <= right;
+  }
+  friend bool operator==(const cell_range&, const cell_range&) = default;
+};
+
+} // namespace vesk

@@ -1,0 +1,43 @@
+// The items of a combo cell.
+//
+// Texts are made when they are asked for: a list of 1e5 segments builds none before its popup is opened.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vesk {
+
+class item_list {
+public:
+  virtual ~item_list() = default;
+
+  virtual std::size_t size() const = 0;
+  virtual std::string text(std::size_t item) const = 0; // item: below size()
+
+  // The item that a typed or pasted text means; nothing when there is none, or more than one.
+  virtual std::optional<std::size_t> find(std::string_view text) const;
+
+  // How expressions number the items: by position from 0, unless a list has its own way. `item_of` gives nothing for a
+  // number that is not an item's.
+  virtual double number_of(std::size_t item) const { return static_cast<double>(item); }
+  virtual std::optional<std::size_t> item_of(double number) const;
+};
+
+// Items that never change.
+class fixed_items final : public item_list {
+public:
+  fixed_items(std::initializer_list<std::string> texts) : texts_(texts) {}
+  explicit fixed_items(std::vector<std::string> texts) : texts_(std::move(texts)) {}
+
+  std::size_t size() const override { return texts_.size(); }
+  std::string text(std::size_t item) const override { return texts_[item]; }
+
+private:
+  std::vector<std::string> texts_;
+};
+
+} // namespace vesk
