@@ -1,0 +1,94 @@
+#include "editors/constants_form.h"
+
+#include "charts/numeric_picture.h"
+#include "dataset/findings.h"
+
+#include <algorithm>
+
+namespace vesk {
+
+namespace {
+
+enum : std::size_t { value_column = 2 };
+
+std::vector<record_column<constant_data_type>> columns() {
+  using constant = constant_data_type;
+  return {
+      {.header = "Constant", .type = text_cell(), .field = &constant::description, .tool_tip = description_tip},
+      {.header = "Used", .type = check_cell(), .field = &constant::used},
+      {.header = "Value", .type = number_cell({}), .field = &constant::value, .format = "ConstantsBasicSimpleField"},
+      {.header = "Minimum",
+       .type = number_cell({}),
+       .field = &constant::minimum,
+       .format = "ConstantsBasicNumericField",
+       .editable = false},
+      {.header = "Maximum",
+       .type = number_cell({}),
+       .field = &constant::maximum,
+       .format = "ConstantsBasicNumericField",
+       .editable = false},
+  };
+}
+
+std::string exact(double value) {
+  return entry_text(number_cell({}), value);
+}
+
+} // namespace
+
+TConstantsForm::TConstantsForm(editor_host& host)
+    : list_form(host, "TConstantsForm", "Constants Data",
+                {columns(), [this] { return constants(); },
+                 [this]() -> shared_list<constant_data_type>* {
+                   if (!constants()) return nullptr;
+                   return &this->host().data_set()->constant_groups.edit(ConstantGroupComboBox.position).constants;
+                 }}) {
+  panel().label = "Constants";
+  records().mark_of = [](const constant_data_type& constant, std::size_t column) {
+    return cell_mark{column == value_column && constant.used
+                         ? range_finding(constant.value, constant.minimum, constant.maximum)
+                         : std::string()};
+  };
+  records().tip_of = [](const constant_data_type& constant, std::size_t column) -> std::string {
+    if (column != value_column) return {};
+    std::string tip = "default " + exact(constant.default_value);
+    if (constant.minimum < constant.maximum)
+      tip += ", from " + exact(constant.minimum) + " to " + exact(constant.maximum);
+    return tip;
+  };
+  records().default_of = [](const constant_data_type& constant, std::size_t column) {
+    return column == value_column ? std::optional<cell_value>(constant.default_value) : std::nullopt;
+  };
+}
+
+const shared_list<constant_data_type>* TConstantsForm::constants() const {
+  const prevesk_dataset_data_type* data = host().data_set();
+  const std::size_t group = ConstantGroupComboBox.position;
+  return data && group < data->constant_groups.size() ? &data->constant_groups[group].constants : nullptr;
+}
+
+void TConstantsForm::FormShow() {
+  ConstantGroupComboBox.position = 0;
+  panel().table.set_active(0, 0);
+  list_form::FormShow();
+}
+
+void TConstantsForm::take_content() {
+  ConstantGroupComboBox.items.clear();
+  if (const prevesk_dataset_data_type* data = host().data_set())
+    for (const constant_group_data_type& group : data->constant_groups)
+      ConstantGroupComboBox.items.push_back(group.description.str());
+  const std::size_t groups = std::max<std::size_t>(ConstantGroupComboBox.items.size(), 1);
+  ConstantGroupComboBox.position = std::min(ConstantGroupComboBox.position, groups - 1);
+  list_form::take_content();
+}
+
+void TConstantsForm::ChoiceChange(std::size_t position) {
+  ConstantGroupComboBox.position = position;
+  panel().table.set_active(0, panel().table.active_column());
+  panel().table.set_selection(std::nullopt);
+  list_form::take_content();
+  refresh_texts();
+}
+
+} // namespace vesk

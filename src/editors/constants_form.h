@@ -1,0 +1,25 @@
+// TConstantsForm: the model's constants, group by group.
+#pragma once
+
+#include "editors/list_form.h"
+
+namespace vesk {
+
+class TConstantsForm final : public list_form<constant_data_type> {
+public:
+  explicit TConstantsForm(editor_host& host);
+
+  void FormShow() override; // goes back to the first group
+  editor_choice* choice() override { return &ConstantGroupComboBox; }
+  void ChoiceChange(std::size_t position) override;
+
+  editor_choice ConstantGroupComboBox{"ConstantGroupComboBox", "Constant Group", {}, 0};
+
+protected:
+  void take_content() override;
+
+private:
+  const shared_list<constant_data_type>* constants() const; // of the chosen group; null without one
+};
+
+} // namespace vesk

@@ -1,0 +1,199 @@
+#include "editors/editor.h"
+
+#include "charts/graph_form.h"
+#include "dataset/findings.h"
+#include "editors/fill_calculate_form.h"
+
+#include <algorithm>
+
+namespace vesk {
+
+editor::~editor() = default;
+
+editor_panel& editor::add_panel(std::string table_name, grid& content, unsigned buttons, series_grid* series) {
+  panels_.push_back(std::make_unique<editor_panel>(std::move(table_name), content, buttons, series));
+  editor_panel& panel = *panels_.back();
+  panel.table.OnBeginChange = [this, &panel](const std::string& label) {
+    const bool typed = label == "Edit";
+    host_.begin_step(caption() + ": " + label, typed ? std::string(class_name()) + panel.name + panel.label : "");
+  };
+  panel.table.OnEndChange = [this, &panel](bool completed) {
+    host_.end_step(completed);
+    if (panel.series) refresh_series();
+    refresh_texts();
+  };
+  return panel;
+}
+
+void editor::FormShow() {
+  message_.clear();
+  for (const auto& panel : panels_) {
+    panel->table.give_up_refused();
+    panel->table.set_selection(std::nullopt);
+  }
+  take_content();
+  refresh_series();
+  refresh_texts();
+}
+
+bool editor::FormCloseQuery(bool by_ok) {
+  if (!by_ok) return true;
+  if (!may_go_on()) return false;
+  const std::string refusal = find_refusal();
+  if (refusal.empty()) {
+    accepted();
+    return true;
+  }
+  host_.questions().message_box(std::string(cannot_accept), refusal, box_buttons::ok);
+  return false;
+}
+
+void editor::data_set_replaced() {
+  for (const auto& panel : panels_) panel->table.give_up_refused();
+  take_content();
+  refresh_series();
+  refresh_texts();
+}
+
+bool editor::may_go_on() {
+  set_message({});
+  for (const auto& panel : panels_) {
+    if (!panel->table.refused()) continue;
+    panel->table.set_active(panel->table.refused()->row, panel->table.refused()->column);
+    set_message("Row " + std::to_string(panel->table.refused()->row + 1) + ": " + panel->table.refused()->reason + ".");
+    if (view_) view_->go_to_refused_entry(*panel);
+    return false;
+  }
+  return true;
+}
+
+void editor::say(const std::string& title, const std::string& sentence) {
+  host_.questions().message_box(title, sentence, box_buttons::ok);
+}
+
+void editor::set_message(std::string message) {
+  message_ = std::move(message);
+  refresh_texts();
+}
+
+void editor::refresh_texts() {
+  if (view_) view_->texts_changed();
+}
+
+void editor::refresh_series() {
+  if (view_) view_->series_changed();
+}
+
+// The buttons.
+
+void editor::InsertRowButtonClick(editor_panel& panel) {
+  if (may_go_on()) panel.table.insert_row_at_active();
+}
+
+void editor::DeleteRowButtonClick(editor_panel& panel) {
+  if (may_go_on()) panel.table.delete_active_row();
+}
+
+void editor::DeleteAllButtonClick(editor_panel& panel) {
+  if (may_go_on()) panel.table.delete_all_rows();
+}
+
+void editor::delete_selected_rows(editor_panel& panel) {
+  if (may_go_on()) panel.table.delete_selected_rows();
+}
+
+void editor::sort_by_date_and_time(editor_panel& panel) {
+  if (may_go_on()) panel.table.sort_rows();
+}
+
+void editor::back_to_default(editor_panel& panel) {
+  if (may_go_on()) panel.table.back_to_default();
+}
+
+void editor::CopyButtonClick(editor_panel& panel, bool with_headers) {
+  if (may_go_on()) host_.questions().set_clipboard_text(panel.table.do_copy(with_headers));
+}
+
+void editor::PasteButtonClick(editor_panel& panel) {
+  if (!may_go_on()) return;
+  const TFillCalcTable::paste_outcome pasted = panel.table.do_paste(host_.questions().clipboard_text());
+  if (!pasted.refusal.empty()) return say("Paste", pasted.refusal);
+  std::string came = std::to_string(pasted.rows) + (pasted.rows == 1 ? " row" : " rows");
+  if (const stored_series* series = panel.series ? panel.series->series() : nullptr) {
+    const auto first = series->points.begin() + pasted.first_row;
+    const auto [earliest, latest] = std::minmax_element(first, first + pasted.rows);
+    came += ", " + day_text(*earliest) + " to " + day_text(*latest);
+  }
+  set_message("Pasted: " + came + ".");
+}
+
+void editor::FillCalcButtonClick(editor_panel& panel) {
+  if (!may_go_on()) return;
+  TFillCalculateForm& dialog = host_.fill_calculate_form();
+  const std::uint64_t generation = host_.generation();
+  if (!host_.questions().show_form(dialog) || host_.generation() != generation) return;
+  const std::string refusal = panel.table.calculate_selection(dialog.FillCalculateEdit);
+  if (!refusal.empty()) say(dialog.caption(), refusal);
+}
+
+std::unique_ptr<general_graph_data> editor::graph_data(const editor_panel& panel) const {
+  auto data = panel.table.generate_moment_value_graph_data(1, 2, 3);
+  if (!data) return nullptr;
+  data->label = panel.graph_label ? panel.graph_label() : panel.label;
+  if (panel.series && panel.series->ref() && host_.data_set())
+    data->steps = interpolation_of(*host_.data_set(), *panel.series->ref()) != interpolation_linear;
+  return data;
+}
+
+void editor::GraphButtonClick(editor_panel& panel) {
+  if (!may_go_on()) return;
+  auto data = graph_data(panel);
+  if (!data) return set_message("There is nothing to draw.");
+  auto graph = std::make_shared<TGraphForm>();
+  graph->add_series(std::move(data));
+  host_.questions().show_graph(std::move(graph), *this);
+}
+
+void editor::keep_these_points(editor_panel& panel) {
+  if (!may_go_on() || !panel.series || !panel.series->is_deferred()) return;
+  host_.begin_step(caption() + ": Keep these points", {});
+  edit_series(*host_.data_set(), *panel.series->ref()).query.edit().deferred = false;
+  host_.end_step(true);
+  set_message("The query is no longer run before each run; it is kept.");
+}
+
+void editor::go_to_next_mark() {
+  if (!may_go_on()) return;
+  const bool found = std::ranges::any_of(panels_, [](const auto& panel) { return panel->table.go_to_next_mark(); });
+  if (!found) set_message("No cell is marked.");
+}
+
+void editor::undo() {
+  if (may_go_on()) host_.undo();
+}
+
+void editor::redo() {
+  if (may_go_on()) host_.redo();
+}
+
+// Texts.
+
+std::string editor::status(const editor_panel& panel) const {
+  if (panel.table.is_shown_as_empty() && !panel.empty_hint.empty()) return panel.empty_hint;
+  if (!panel.series) return {};
+  const bool block = !(panel.table.selection() == cell_range{panel.table.active_row(), panel.table.active_column(),
+                                                             panel.table.active_row(), panel.table.active_column()});
+  std::string text = panel.series->summary(block ? std::optional(panel.table.selection()) : std::nullopt);
+  if (panel.series->series() && host_.data_set()) {
+    const std::string finding = series_finding(*host_.data_set(), *panel.series->ref());
+    if (!finding.empty()) text += (text.empty() ? "" : " ") + finding;
+  }
+  return text;
+}
+
+std::string editor::deferred_note(const editor_panel& panel) const {
+  if (!panel.series || !panel.series->is_deferred()) return {};
+  return "Filled by its query before each run; changes made here do not reach a run.";
+}
+
+} // namespace vesk

@@ -1,0 +1,133 @@
+// The base of the dialogs that edit the data set through grids: panels, their buttons, the check on OK.
+//
+// An editor edits the current data set in place, from the first keystroke; the main form takes the snapshot before it
+// and puts it back on anything but OK. An operation that changes cells is one step of the history. While an entry is
+// refused every other command but Cancel only leads back to it.
+#pragma once
+
+#include "charts/fill_calc_table.h"
+#include "editors/editor_host.h"
+#include "editors/form.h"
+#include "editors/series_grid.h"
+
+#include <functional>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace vesk {
+
+enum panel_buttons : unsigned {
+  insert_button = 1,
+  delete_button = 2,
+  delete_all_button = 4,
+  copy_button = 8,
+  paste_button = 16,
+  fill_calc_button = 32,
+  graph_button = 64,
+  import_button = 128,
+  block_buttons = copy_button | paste_button | fill_calc_button,
+  series_buttons = 255,
+};
+
+// One grid of an editor with what surrounds it.
+struct editor_panel {
+  editor_panel(std::string table_name, grid& content, unsigned shown_buttons, series_grid* shown_series)
+      : name(std::move(table_name)), table(content), buttons(shown_buttons), series(shown_series) {}
+
+  const std::string name; // of the grid's control: "TheFillCalcTable"
+  TFillCalcTable table;
+  const unsigned buttons;
+  series_grid* const series;                // null: not a series
+  std::string label;                        // above the grid
+  std::string empty_hint;                   // shown in place of a status while there are no rows
+  std::function<std::string()> graph_label; // the series' name in a chart
+};
+
+// A combo box above the first grid, to choose what it shows.
+struct editor_choice {
+  std::string name, label; // of the control; beside it
+  std::vector<std::string> items;
+  std::size_t position = 0;
+};
+
+// The window of an editor. All members are called after the change.
+class editor_view {
+public:
+  virtual ~editor_view() = default;
+  virtual void texts_changed() = 0;  // labels, status lines, messages, the choice, colours, undo labels
+  virtual void series_changed() = 0; // points of a series that is shown, or which series: for the live chart
+  virtual void go_to_refused_entry(editor_panel& panel) = 0;
+};
+
+class editor : public form {
+public:
+  ~editor() override;
+
+  std::span<const std::unique_ptr<editor_panel>> panels() const { return panels_; }
+  void set_view(editor_view* view) { view_ = view; }
+  editor_host& host() const { return host_; }
+
+  void FormShow() override;
+  bool FormCloseQuery(bool by_ok) override;
+  void data_set_replaced() override;
+
+  virtual editor_choice* choice() { return nullptr; }
+  virtual void ChoiceChange(std::size_t /*position*/) {}
+
+  // The buttons. Those for rows act on series and other grids with free rows.
+  void InsertRowButtonClick(editor_panel& panel);
+  void DeleteRowButtonClick(editor_panel& panel);
+  void DeleteAllButtonClick(editor_panel& panel);
+  void CopyButtonClick(editor_panel& panel, bool with_headers = false);
+  void PasteButtonClick(editor_panel& panel);
+  void FillCalcButtonClick(editor_panel& panel);
+  void GraphButtonClick(editor_panel& panel);
+
+  // Beside the buttons, in the grid's menu.
+  void delete_selected_rows(editor_panel& panel);
+  void sort_by_date_and_time(editor_panel& panel);
+  void back_to_default(editor_panel& panel);
+  void keep_these_points(editor_panel& panel); // of a deferred query: it is no longer run
+  void go_to_next_mark();
+  void undo();
+  void redo();
+
+  // Texts.
+  std::string status(const editor_panel& panel) const;        // the line under a grid
+  std::string deferred_note(const editor_panel& panel) const; // empty unless the series is filled by a query
+  const std::string& message() const { return message_; }     // what the last command has to say
+  bool import_is_available() const { return false; }
+  static constexpr std::string_view import_hint = "Import comes with a later version.";
+
+  // The rows of a series as a chart takes them; null when there is nothing to draw.
+  std::unique_ptr<general_graph_data> graph_data(const editor_panel& panel) const;
+
+protected:
+  explicit editor(editor_host& host) : host_(host) {}
+
+  // The grid must live as long as the editor. Its events are bound to the history.
+  editor_panel& add_panel(std::string table_name, grid& content, unsigned buttons, series_grid* series = nullptr);
+
+  virtual void take_content() = 0;                  // shows the data set as it now is
+  virtual std::string find_refusal() { return {}; } // why OK is refused; empty: it is not
+  virtual void accepted() {}                        // what follows an OK that is not refused
+
+  void set_message(std::string message);
+  void refresh_texts(); // after labels were changed
+  void refresh_series();
+
+private:
+  bool may_go_on(); // no entry is refused; otherwise leads to it
+  void say(const std::string& title, const std::string& sentence);
+
+  editor_host& host_;
+  std::vector<std::unique_ptr<editor_panel>> panels_;
+  editor_view* view_ = nullptr;
+  std::string message_;
+};
+
+inline constexpr std::string_view cannot_accept = "Cannot accept data";
+
+} // namespace vesk

@@ -1,0 +1,45 @@
+// What a form needs of the program. The main form is the one host; tests have theirs.
+//
+// Main thread only.
+#pragma once
+
+#include "dataset/dataset.h"
+#include "editors/user_questions.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace vesk {
+
+class TFillCalculateForm;
+
+class editor_host {
+public:
+  virtual ~editor_host() = default;
+
+  // The data set being edited; null without one. It is replaced only by the host, which raises the generation and tells
+  // the open forms. Whoever asks the user something compares generations after the answer.
+  virtual prevesk_dataset_data_type* data_set() = 0;
+  virtual std::uint64_t generation() const = 0;
+
+  virtual user_questions& questions() = 0;
+
+  // The picture that number cells of this kind are shown in; `setting` is its name in the settings.
+  virtual std::string number_format(std::string_view setting) const = 0;
+
+  // One user operation: a step of the history, under this label. Not completed: the data set is put back to what it was
+  // at the begin. Steps do not nest; typed cells under the same key merge when they follow soon.
+  virtual void begin_step(const std::string& label, const std::string& merge_key) = 0;
+  virtual void end_step(bool completed) = 0;
+
+  // Undo and Redo go back to the opening of the editor at most. The label is of the step; empty: nothing to undo.
+  virtual std::string undo_label() const = 0;
+  virtual std::string redo_label() const = 0;
+  virtual void undo() = 0;
+  virtual void redo() = 0;
+
+  virtual TFillCalculateForm& fill_calculate_form() = 0; // one for the whole program
+};
+
+} // namespace vesk

@@ -1,0 +1,20 @@
+// TFillCalculateForm: asks for the expression of Fill/Calc. One for the whole program.
+#pragma once
+
+#include "editors/form.h"
+
+namespace vesk {
+
+class TFillCalculateForm final : public form {
+public:
+  static constexpr std::string_view label = "Expression:";
+  static constexpr std::string_view help =
+      "x: present value; row: row number; i, n: place in and size of the selection. Example: x * 1.05";
+
+  std::string_view class_name() const override { return "TFillCalculateForm"; }
+  std::string caption() const override { return "Fill/Calculate"; }
+
+  std::string FillCalculateEdit; // kept from one use to the next
+};
+
+} // namespace vesk

@@ -1,0 +1,68 @@
+#include "editors/time_functions_form.h"
+
+#include "dataset/findings.h"
+
+namespace vesk {
+
+namespace {
+
+using function = time_function_data_type;
+
+std::vector<record_column<function>> columns() {
+  return {
+      {.header = "Time Function", .type = text_cell(), .field = &function::description, .tool_tip = description_tip},
+      {.header = "Used", .type = check_cell(), .field = &function::used},
+      {.header = "Interpolation", .type = combo_cell({"Linear", "Step"}), .field = &function::interpolation_type},
+  };
+}
+
+} // namespace
+
+TTimeFunctionsForm::TTimeFunctionsForm(editor_host& host)
+    : editor(host), functions_(data_set_grid(host, &prevesk_dataset_data_type::time_functions, columns())),
+      points_(host, "TimeFunctionsBasicSimpleField"), list_(add_panel("TheFillCalcTable", functions_, 0)),
+      detail_(add_panel("TFFillCalcTable", points_, series_buttons, &points_)) {
+  list_.empty_hint = "The model has no time functions.";
+  list_.table.OnEnteringRow = [this](std::size_t row) { show_series(row); };
+  list_.table.OnDoneEdit = [this](std::size_t) { show_series(list_.table.active_row()); };
+  detail_.graph_label = [this] { return description(); };
+}
+
+std::string TTimeFunctionsForm::description() const {
+  const prevesk_dataset_data_type* data = host().data_set();
+  const std::size_t row = list_.table.active_row();
+  return data && row < data->time_functions.size() ? data->time_functions[row].description.str() : std::string();
+}
+
+void TTimeFunctionsForm::take_content() {
+  list_.table.show(functions_);
+  show_series(list_.table.active_row());
+}
+
+void TTimeFunctionsForm::show_series(std::size_t row) {
+  const bool inside = row < functions_.row_count();
+  const auto ref = inside ? std::optional<series_ref>({series_kind::time_function, 0, row}) : std::nullopt;
+  const bool another = points_.ref() != ref;
+  points_.set_series(ref);
+  points_.take_format();
+  if (another) {
+    detail_.table.set_selection(std::nullopt);
+    detail_.table.set_active(0, detail_.table.active_column());
+  }
+  detail_.label = inside ? "Time/value pairs for " + description() : "Time/value pairs";
+  detail_.empty_hint = inside ? std::string() : "Choose a time function above.";
+  detail_.table.show(points_);
+  refresh_series();
+  refresh_texts();
+}
+
+std::string TTimeFunctionsForm::find_refusal() {
+  const prevesk_dataset_data_type* data = host().data_set();
+  if (!data) return {};
+  for (const function& one : data->time_functions)
+    if (one.used && !moments_unique(one.points))
+      return "Detected duplicate moment in time function for\r\n" + one.description.str();
+  return {};
+}
+
+} // namespace vesk

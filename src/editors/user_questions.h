@@ -1,0 +1,47 @@
+// How a form speaks to the user: boxes, questions for files, other forms, charts and the clipboard. The window, the
+// console and the tests each have their own.
+//
+// Main thread only. A call that shows something returns when it has been closed; a job may have ended meanwhile and the
+// current data set may be another one.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace vesk {
+
+class form;
+class TGraphForm;
+
+enum class box_buttons { ok, yes_no, yes_no_cancel };
+enum class box_answer { ok, yes, no, cancel };
+
+// A question for a file name.
+struct file_dialog {
+  enum class kind { open, save } kind = kind::open;
+  std::string title;  // empty: the dialog's own
+  std::string filter; // pairs of a description and a pattern, all separated by "|"
+  std::string default_extension;
+};
+
+class user_questions {
+public:
+  virtual ~user_questions() = default;
+
+  virtual box_answer message_box(const std::string& title, const std::string& text, box_buttons buttons) = 0;
+  virtual std::optional<std::string> ask_file(const file_dialog& dialog) = 0; // nothing: cancelled
+  // Begins at the folder `start`. Nothing: cancelled.
+  virtual std::optional<std::string> ask_folder(const std::string& title, const std::string& start) = 0;
+
+  // Shows the form in a modal window. True: closed by OK.
+  virtual bool show_form(form& shown) = 0;
+
+  // Shows a chart without waiting for it, as a child of the owner's window.
+  virtual void show_graph(std::shared_ptr<TGraphForm>, const form&) {}
+
+  virtual std::string clipboard_text() { return {}; }
+  virtual void set_clipboard_text(const std::string&) {}
+};
+
+} // namespace vesk

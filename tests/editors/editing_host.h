@@ -1,0 +1,73 @@
+// The host of the forms in the tests: a data set in memory, a user who answers as preset, and a history of copies.
+#pragma once
+
+#include "editors/editor_host.h"
+#include "editors/fill_calculate_form.h"
+#include "editors/form.h"
+
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace vesk {
+
+class editing_host final : public editor_host, public user_questions {
+public:
+  prevesk_dataset_data_type data;
+  std::vector<std::string> boxes; // "title: text", as they were shown
+  std::string clipboard;
+  std::optional<std::string> expression; // typed into Fill/Calc; nothing: cancelled
+  std::vector<std::shared_ptr<TGraphForm>> graphs;
+  form* open = nullptr; // told of replacements
+
+  prevesk_dataset_data_type* data_set() override { return &data; }
+  std::uint64_t generation() const override { return generation_; }
+  user_questions& questions() override { return *this; }
+  std::string number_format(std::string_view setting) const override {
+    return setting.ends_with("SimpleField") ? "E" : "#######.####";
+  }
+  void begin_step(const std::string& label, const std::string&) override { steps_.emplace_back(label, data); }
+  void end_step(bool completed) override {
+    if (completed) return;
+    data = steps_.back().second;
+    steps_.pop_back();
+  }
+  std::string undo_label() const override { return steps_.empty() ? "" : steps_.back().first; }
+  std::string redo_label() const override { return undone_.empty() ? "" : undone_.back().first; }
+  void undo() override { move(steps_, undone_); }
+  void redo() override { move(undone_, steps_); }
+  TFillCalculateForm& fill_calculate_form() override { return fill_; }
+
+  box_answer message_box(const std::string& title, const std::string& text, box_buttons) override {
+    boxes.push_back(title + ": " + text);
+    return box_answer::ok;
+  }
+  std::optional<std::string> ask_file(const file_dialog&) override { return std::nullopt; }
+  std::optional<std::string> ask_folder(const std::string&, const std::string&) override { return std::nullopt; }
+  bool show_form(form&) override {
+    if (expression) fill_.FillCalculateEdit = *expression;
+    return expression.has_value();
+  }
+  void show_graph(std::shared_ptr<TGraphForm> graph, const form&) override { graphs.push_back(std::move(graph)); }
+  std::string clipboard_text() override { return clipboard; }
+  void set_clipboard_text(const std::string& text) override { clipboard = text; }
+
+private:
+  using history = std::vector<std::pair<std::string, prevesk_dataset_data_type>>;
+
+  void move(history& from, history& to) {
+    if (from.empty()) return;
+    to.emplace_back(from.back().first, data);
+    data = from.back().second;
+    from.pop_back();
+    ++generation_;
+    if (open) open->data_set_replaced();
+  }
+
+  history steps_, undone_;
+  std::uint64_t generation_ = 0;
+  TFillCalculateForm fill_;
+};
+
+} // namespace vesk
