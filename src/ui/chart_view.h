@@ -1,0 +1,54 @@
+// Draws a TGraphForm. The one place that knows the chart library.
+#pragma once
+
+#include "charts/graph_form.h"
+
+#include <QWidget>
+#include <optional>
+
+class QCPItemRect;
+class QCustomPlot;
+class QPaintDevice;
+
+namespace vesk {
+
+class chart_view final : public QWidget {
+  Q_OBJECT
+
+public:
+  explicit chart_view(QWidget* parent);
+
+  // The chart to draw; borrowed, null: none. `data_changed` takes its series anew, `bounds_changed` what is in sight;
+  // both are drawn once, when the event loop turns.
+  void show_graph(TGraphForm* graph);
+  void data_changed();
+  void bounds_changed();
+  void mark_point(std::optional<std::size_t> point); // of the first series
+
+  // By the ending of the name: png, svg, pdf or csv. False: it could not be written.
+  bool save(const QString& file_name);
+  void paint_on(QPaintDevice& device, const QRect& target);
+
+signals:
+  void point_clicked(std::size_t point); // of the first series
+  void bounds_moved();                   // by the mouse
+
+protected:
+  bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+  void take_series();
+  void take_look();
+  void take_bounds();
+  void draw();
+  void schedule();
+  bool mouse(QEvent* event);
+
+  QCustomPlot* plot_;
+  QCPItemRect* band_;
+  TGraphForm* graph_ = nullptr;
+  std::optional<std::size_t> marked_;
+  bool series_are_old_ = true, scheduled_ = false;
+};
+
+} // namespace vesk

@@ -1,0 +1,90 @@
+#include "ui/graph_window.h"
+
+#include "ui/chart_view.h"
+#include "ui/measures.h"
+#include "ui/questions.h"
+#include "ui/texts.h"
+
+#include <QLabel>
+#include <QPrinter>
+#include <QPrinterInfo>
+#include <QToolBar>
+#include <QVBoxLayout>
+
+namespace vesk {
+
+graph_window::graph_window(QWidget* owner, std::shared_ptr<TGraphForm> graph)
+    : QWidget(owner, Qt::Window), graph_(std::move(graph)), chart_(new chart_view(this)) {
+  setAttribute(Qt::WA_DeleteOnClose);
+  setObjectName("GraphForm");
+  setWindowTitle(TGraphForm::caption);
+  auto* tools = new QToolBar(this);
+  const auto add = [&](const char* text, const char* tip, const QKeySequence& keys, void (TGraphForm::*command)()) {
+    QAction* action = tools->addAction(text);
+    action->setToolTip(keys.isEmpty() ? QString(tip) : QString("%1 (%2)").arg(tip, keys.toString()));
+    action->setShortcut(keys);
+    connect(action, &QAction::triggered, this, [this, command] {
+      (*graph_.*command)();
+      refresh();
+    });
+    return action;
+  };
+  add("|<", "Go to beginning of data", Qt::Key_Home, &TGraphForm::go_to_beginning_of_data);
+  add("<", "Scroll back", Qt::Key_Left, &TGraphForm::scroll_back);
+  add(">", "Scroll Forward", Qt::Key_Right, &TGraphForm::scroll_forward);
+  add(">|", "Go to end of data", Qt::Key_End, &TGraphForm::go_to_end_of_data);
+  tools->addSeparator();
+  unzoom_ = add("Unzoom", "Unzoom by one level", Qt::Key_Minus, &TGraphForm::unzoom_by_one_level);
+  unzoom_all_ = add("Unzoom all", "Unzoom completely", Qt::Key_Escape, &TGraphForm::unzoom_completely);
+  tools->addSeparator();
+  add("Monochrome", "Toggles between color and monochrome", Qt::Key_M, &TGraphForm::toggle_monochrome)
+      ->setCheckable(true);
+  tools->addSeparator();
+  QAction* print_action = tools->addAction("Print", this, [this] { print(); });
+  print_action->setShortcut(QKeySequence::Print);
+  print_action->setToolTip("Print Graph");
+  QAction* save_action = tools->addAction("Save as...", this, [this] { save(); });
+  save_action->setShortcut(QKeySequence::Save);
+
+  auto* column = new QVBoxLayout(this);
+  column->addWidget(tools);
+  column->addWidget(chart_, 1);
+  auto* hint = new QLabel("Drag with the left button to zoom in time, with the right button to zoom in value.");
+  if (graph_->was_unsorted())
+    hint->setText("The rows were out of order; they are drawn in order of time. " + hint->text());
+  hint->setTextFormat(Qt::PlainText);
+  column->addWidget(hint);
+  connect(chart_, &chart_view::bounds_moved, this, [this] { refresh(); });
+  resize(scaled(720, *this), scaled(460, *this));
+  chart_->show_graph(graph_.get());
+  refresh();
+}
+
+void graph_window::refresh() {
+  unzoom_->setEnabled(graph_->zoom_levels() > 0);
+  unzoom_all_->setEnabled(graph_->zoom_levels() > 0);
+  chart_->bounds_changed();
+}
+
+// To the default printer; without one as a PDF file.
+void graph_window::print() {
+  if (QPrinterInfo::defaultPrinter().isNull()) {
+    const auto name = ask_for_file({file_dialog::kind::save, "Print to a PDF file", "PDF files|*.pdf", "pdf"}, {});
+    if (name && !chart_->save(shown(*name)))
+      ask_in_box("Error", "The chart could not be written to " + *name + ".", box_buttons::ok);
+    return;
+  }
+  QPrinter printer;
+  printer.setPageOrientation(QPageLayout::Landscape);
+  chart_->paint_on(printer, printer.pageLayout().paintRectPixels(printer.resolution()));
+}
+
+void graph_window::save() {
+  const auto name = ask_for_file({file_dialog::kind::save, "Save the chart",
+                                  "PNG pictures|*.png|SVG pictures|*.svg|PDF files|*.pdf|CSV tables|*.csv", "png"},
+                                 {});
+  if (name && !chart_->save(shown(*name)))
+    ask_in_box("Error", "The chart could not be written to " + *name + ".", box_buttons::ok);
+}
+
+} // namespace vesk

@@ -1,0 +1,150 @@
+#include "ui/grid_model.h"
+
+#include "ui/guard.h"
+#include "ui/texts.h"
+
+#include <QApplication>
+#include <QBrush>
+#include <QColor>
+#include <QIcon>
+#include <QStyle>
+
+namespace vesk {
+
+namespace {
+
+std::size_t row_of(const QModelIndex& index) {
+  return static_cast<std::size_t>(index.row());
+}
+
+std::size_t column_of(const QModelIndex& index) {
+  return static_cast<std::size_t>(index.column());
+}
+
+const QColor refused_ground(Qt::red);
+const QColor marked_ground(0xFF, 0xE0, 0x80);
+
+} // namespace
+
+grid_model::grid_model(TFillCalcTable& table, QObject* parent) : QAbstractTableModel(parent), table_(table) {
+  table_.set_view(this);
+}
+
+grid_model::~grid_model() {
+  table_.set_view(nullptr);
+}
+
+void grid_model::set_background(const QColor& background) {
+  if (background == background_) return;
+  background_ = background;
+  if (rowCount() > 0 && columnCount() > 0)
+    emit dataChanged(index(0, 0), index(rowCount() - 1, columnCount() - 1), {Qt::BackgroundRole, Qt::ForegroundRole});
+}
+
+int grid_model::rowCount(const QModelIndex& parent) const {
+  return parent.isValid() ? 0 : static_cast<int>(table_.row_limit());
+}
+
+int grid_model::columnCount(const QModelIndex& parent) const {
+  return parent.isValid() ? 0 : static_cast<int>(table_.content().columns().size());
+}
+
+cell_kind grid_model::kind_of(const QModelIndex& index) const {
+  return table_.content().columns()[column_of(index)].type.kind;
+}
+
+bool grid_model::is_refused(const QModelIndex& index) const {
+  const auto& refused = table_.refused();
+  return refused && refused->row == row_of(index) && refused->column == column_of(index);
+}
+
+Qt::ItemFlags grid_model::flags(const QModelIndex& index) const {
+  Qt::ItemFlags flags = Qt::ItemIsEnabled | Qt::ItemIsSelectable;
+  if (!table_.is_editable(row_of(index), column_of(index))) return flags;
+  return kind_of(index) == cell_kind::check ? flags | Qt::ItemIsUserCheckable : flags | Qt::ItemIsEditable;
+}
+
+// Every background comes with its text colour: the palette's own may be light.
+QVariant grid_model::background_of(const QModelIndex& index) const {
+  if (is_refused(index)) return QBrush(refused_ground);
+  if (!table_.is_shown_as_empty() && table_.content().mark(row_of(index), column_of(index)))
+    return QBrush(marked_ground);
+  return background_.isValid() ? QVariant(QBrush(background_)) : QVariant();
+}
+
+QVariant grid_model::data(const QModelIndex& index, int role) const {
+  const std::size_t row = row_of(index), column = column_of(index);
+  const bool check = kind_of(index) == cell_kind::check;
+  switch (role) {
+  case Qt::DisplayRole: return check ? QVariant() : QVariant(shown(table_.text(row, column)));
+  case Qt::EditRole: return shown(table_.entry_text(row, column));
+  case Qt::CheckStateRole:
+    if (!check || table_.is_shown_as_empty()) return {};
+    return table_.text(row, column) == "1" ? Qt::Checked : Qt::Unchecked;
+  case Qt::ToolTipRole: {
+    const std::string tip = table_.tool_tip(row, column);
+    return tip.empty() ? QVariant() : QVariant("<qt>" + shown(tip).toHtmlEscaped().replace('\n', "<br>") + "</qt>");
+  }
+  case Qt::AccessibleTextRole:
+    if (!check) return {};
+    return table_.text(row, column) == "1" ? tr("on") : tr("off");
+  case Qt::AccessibleDescriptionRole: return shown(table_.tool_tip(row, column));
+  case Qt::BackgroundRole: return background_of(index);
+  case Qt::ForegroundRole: return background_of(index).isValid() ? QVariant(QBrush(Qt::black)) : QVariant();
+  case Qt::DecorationRole:
+    if (is_refused(index) || table_.is_shown_as_empty() || !table_.content().mark(row, column)) return {};
+    return QApplication::style()->standardIcon(QStyle::SP_MessageBoxWarning);
+  case Qt::TextAlignmentRole: {
+    const bool number = kind_of(index) == cell_kind::number;
+    return static_cast<int>((number ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter);
+  }
+  case cell_kind_role: return static_cast<int>(kind_of(index));
+  default: return {};
+  }
+}
+
+bool grid_model::setData(const QModelIndex& index, const QVariant& value, int role) {
+  bool taken = false;
+  attempt([&] {
+    if (role == Qt::CheckStateRole) {
+      table_.click(row_of(index), column_of(index));
+      taken = true;
+    } else if (role == Qt::EditRole) {
+      taken = table_.enter(row_of(index), column_of(index), stored(value.toString()));
+    }
+  });
+  return taken;
+}
+
+QVariant grid_model::headerData(int section, Qt::Orientation orientation, int role) const {
+  if (orientation == Qt::Vertical) {
+    if (role != Qt::DisplayRole) return {};
+    return table_.is_shown_as_empty() ? QVariant(QString()) : QVariant(section + 1);
+  }
+  if (role != Qt::DisplayRole) return {};
+  return shown(table_.content().columns()[static_cast<std::size_t>(section)].header);
+}
+
+void grid_model::columns_changed() {
+  beginResetModel();
+  endResetModel();
+  emit active_moved();
+}
+
+void grid_model::rows_changed() {
+  columns_changed();
+}
+
+void grid_model::cells_changed(const cell_range& cells) {
+  if (table_.is_shown_as_empty()) return;
+  // A mark looks at the neighbours above and below as well.
+  const int top = std::max(static_cast<int>(cells.top) - 1, 0);
+  const int bottom = std::min(static_cast<int>(cells.bottom) + 1, rowCount() - 1);
+  emit dataChanged(index(top, static_cast<int>(cells.left)), index(bottom, static_cast<int>(cells.right)));
+}
+
+void grid_model::entry_refused() {
+  if (rowCount() > 0 && columnCount() > 0) emit dataChanged(index(0, 0), index(rowCount() - 1, columnCount() - 1));
+}
+
+} // namespace vesk
