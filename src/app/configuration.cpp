@@ -8,11 +8,28 @@
 
 namespace vesk {
 
+namespace {
+
+std::string default_database() {
+  return (catalogue_source::default_directory() / "").string();
+}
+
+} // namespace
+
 registry_configuration::registry_configuration(std::string_view company, std::string_view product,
                                                std::string_view version, const std::filesystem::path& file)
     : section_("SOFTWARE\\" + std::string(company) + "\\" + std::string(product) + "\\" + std::string(version)),
-      file_(file) {
+      path_(file), file_(file) {
   read("AdministrationMode", AdministrationMode);
+}
+
+void registry_configuration::save(const values& now, const values& as_read) const {
+  settings_file::update(path_, [&](settings_file& file) {
+    for (std::size_t i = 0; i < now.size(); ++i) {
+      const auto& [name, text] = now[i];
+      if (text != as_read[i].second || !file.get(section_, name)) file.set(section_, name, text);
+    }
+  });
 }
 
 void registry_configuration::read(std::string_view name, std::string& value) const {
@@ -73,20 +90,30 @@ void configuration::each_value(Visit visit) {
   VESK_SETTING(TimeFunctionsBasicSimpleField);
   VESK_SETTING(SegmentsVolumeConversionFactorPictureField);
   VESK_SETTING(SegmentsVolumeScaleFactorPictureField);
-  VESK_SETTING(DatabaseDir);
 #undef VESK_SETTING
 }
 
 configuration::configuration(const std::filesystem::path& file, access granted)
-    : registry_configuration("TALMO", "VESK", "7.0", file),
-      DatabaseDir((catalogue_source::default_directory() / "").string()), access_(granted) {
+    : registry_configuration("TALMO", "VESK", "7.0", file), access_(granted) {
   each_value([this](std::string_view name, auto& member) { read(name, member); });
+  read("DatabaseDir", DatabaseDir);
+  as_read_ = all_values();
+  as_read_.back().second = DatabaseDir; // earlier versions stored the default folder's path
+  if (DatabaseDir.empty()) DatabaseDir = default_database();
+}
+
+configuration::values configuration::all_values() {
+  values all;
+  each_value([&all](std::string_view name, const auto& member) { all.emplace_back(name, text_of(member)); });
+  all.emplace_back("DatabaseDir", DatabaseDir == default_database() ? std::string() : DatabaseDir);
+  return all;
 }
 
 void configuration::save_all() {
   if (access_ == access::read_only) return;
-  each_value([this](std::string_view name, const auto& member) { write(name, member); });
-  save();
+  values now = all_values();
+  save(now, as_read_);
+  as_read_ = std::move(now);
 }
 
 } // namespace vesk

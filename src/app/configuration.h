@@ -1,4 +1,5 @@
-// The lasting settings: text values under one key per user, read once at the start and written once at the end.
+// The lasting settings: text values under one key per user, read once at the start and written once at the end. Several
+// programs may do so at the same time.
 #pragma once
 
 #include "platform/settings_file.h"
@@ -6,6 +7,8 @@
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 namespace vesk {
 
@@ -27,16 +30,22 @@ protected:
   void read(std::string_view name, bool& value) const;
   void read(std::string_view name, int& value) const;
 
-  void write(std::string_view name, const std::string& value) { file_.set(section_, name, value); }
-  void write(std::string_view name, bool value) { file_.set(section_, name, value ? "1" : "0"); }
-  void write(std::string_view name, int value) { file_.set(section_, name, std::to_string(value)); }
-  void save() const { file_.save(); } // a failure is silent
+  // The text that a value is stored as.
+  static std::string text_of(const std::string& value) { return value; }
+  static std::string text_of(bool value) { return value ? "1" : "0"; }
+  static std::string text_of(int value) { return std::to_string(value); }
+
+  // Stores, of these values in their order, those that differ from `as_read` and those that the file lacks. Everything
+  // else in the file stays, so that what another program has saved meanwhile is kept. A failure is silent.
+  using values = std::vector<std::pair<std::string, std::string>>; // names and texts
+  void save(const values& now, const values& as_read) const;
 
   bool AdministrationMode = false;
 
 private:
   const std::string section_;
-  settings_file file_;
+  const std::filesystem::path path_;
+  const settings_file file_; // as read
 };
 
 // All settings of the program. The shell reads and writes the fields directly.
@@ -47,7 +56,8 @@ public:
   // Sets all defaults, then reads what is stored.
   explicit configuration(const std::filesystem::path& file, access granted = access::read_and_save);
 
-  // Writes all values, unless they may only be read. Nothing is told when that fails.
+  // Saves what has changed since it was read or saved last, and what the file lacks, unless the settings may only be
+  // read. A failure is silent.
   void save_all();
 
   std::string ApplicationName = "TALMO VESK";
@@ -89,14 +99,18 @@ public:
   std::string SegmentsVolumeConversionFactorPictureField = "EEEEEEE.EEEEEEE";
   std::string SegmentsVolumeScaleFactorPictureField = "EEEEEEE.EEEEEEE";
 
-  std::string DatabaseDir; // ends in a separator
+  // Ends in a separator. The default folder is stored as an empty text, so that it is found again after the programs
+  // were moved.
+  std::string DatabaseDir;
 
 private:
-  // Calls `visit(name, member)` for every stored value, in the order of reading and writing.
+  // Calls `visit(name, member)` for every stored value but DatabaseDir, in the order of reading and writing.
   template <class Visit>
   void each_value(Visit visit);
+  values all_values();
 
   const access access_;
+  values as_read_;
 };
 
 } // namespace vesk

@@ -3,12 +3,35 @@
 #include "platform/safe_file.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
+#include <fcntl.h>
 #include <fstream>
+#include <sys/file.h>
+#include <thread>
 
 namespace vesk {
 
 namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::chrono::milliseconds longest_wait(1000), pause(5);
+
+// Locks the folder until the descriptor is closed. Not the file: saving puts another one in its place. The wait has an
+// end, since a program that hangs while it saves must not keep the others from ending.
+file_descriptor lock_folder(const fs::path& folder) {
+  file_descriptor locked(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  const auto until = std::chrono::steady_clock::now() + longest_wait;
+  while (locked.is_open() && ::flock(locked.get(), LOCK_EX | LOCK_NB) != 0) {
+    const bool is_locked = errno == EWOULDBLOCK || errno == EINTR; // else the file system has no locks
+    if (!is_locked || std::chrono::steady_clock::now() > until) break;
+    std::this_thread::sleep_for(pause);
+  }
+  return locked;
+}
+
+} // namespace
 
 settings_file::settings_file(fs::path path) : path_(std::move(path)) {
   std::ifstream file(path_, std::ios::binary);
@@ -61,6 +84,15 @@ void settings_file::set(std::string_view section, std::string_view name, std::st
     lines_[at->line] = std::move(line);
   else
     lines_.insert(lines_.begin() + static_cast<std::ptrdiff_t>(at->line), std::move(line));
+}
+
+bool settings_file::update(const fs::path& path, const std::function<void(settings_file&)>& change) {
+  std::error_code ignored; // saving tells
+  fs::create_directories(path.parent_path(), ignored);
+  const file_descriptor locked = lock_folder(path.parent_path());
+  settings_file file(path);
+  change(file);
+  return file.save();
 }
 
 bool settings_file::save() const {

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -24,6 +25,10 @@ public:
 
   // Changes the value in memory. A line feed in it becomes a blank, since a value is one line.
   void set(std::string_view section, std::string_view name, std::string_view value);
+
+  // Reads the file as it is now, lets `change` set values, and saves it. Programs that do this at the same time wait
+  // for each other, so that none loses what another one has saved. False as for `save`.
+  static bool update(const std::filesystem::path& path, const std::function<void(settings_file&)>& change);
 
   // Writes the file, making its folder where it is missing. False when that fails, and for a file that is there but
   // could not be read; the old file then stays.

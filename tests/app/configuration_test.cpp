@@ -3,10 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 namespace vesk {
 namespace {
 
-// A fresh store after the first exit, but for the database folder.
+// A fresh store after the first exit. The database folder is the default one, so it has no path.
 const char* const all_defaults = R"([SOFTWARE\TALMO\VESK\7.0]
 ApplicationName=TALMO VESK
 EditionName=
@@ -44,7 +46,8 @@ SegmentsParametersSimpleField=E
 TimeFunctionsBasicSimpleField=E
 SegmentsVolumeConversionFactorPictureField=EEEEEEE.EEEEEEE
 SegmentsVolumeScaleFactorPictureField=EEEEEEE.EEEEEEE
-DatabaseDir=)";
+DatabaseDir=
+)";
 
 class Configuration : public testing::Test {
 protected:
@@ -58,9 +61,38 @@ protected:
 TEST_F(Configuration, TheFirstExitWritesAllValuesInTheirOrder) {
   configuration fresh(folder.path / "a.ini");
   EXPECT_EQ(fresh.DatabaseDir, (std::filesystem::read_symlink("/proc/self/exe").parent_path() / "database/").string());
-  fresh.DatabaseDir = "/rivers/";
   fresh.save_all();
-  EXPECT_EQ(folder.read("a.ini"), std::string(all_defaults) + "/rivers/\n");
+  EXPECT_EQ(folder.read("a.ini"), all_defaults);
+}
+
+// A path that nobody chose would be wrong once the programs were moved.
+TEST_F(Configuration, TheDefaultDatabaseFolderIsStoredAsAnEmptyText) {
+  const std::string default_folder = configuration(folder.path / "none.ini").DatabaseDir;
+  for (const auto& [stored, chosen, stored_then] :
+       {std::tuple(std::string("/rivers/"), default_folder, std::string()),
+        {"", "/rivers/", "/rivers/"},
+        {default_folder, default_folder, ""}}) { // as earlier versions stored it unasked
+    configuration settings = read("DatabaseDir=" + stored + "\n");
+    EXPECT_EQ(settings.DatabaseDir, stored.empty() ? default_folder : stored);
+    settings.DatabaseDir = chosen;
+    settings.save_all();
+    EXPECT_EQ(folder.read("a.ini").find("\nDatabaseDir=" + stored_then + "\n") != std::string::npos, true) << stored;
+  }
+}
+
+TEST_F(Configuration, TwoProgramsAtOnceEachSaveWhatTheyChanged) {
+  configuration first = read("MainFormLeft=1\nMainFormTop=1\nPostProcessor=by hand\n"), second = first;
+  first.MainFormLeft = 2;
+  first.DatabaseDir = "/rivers/";
+  first.save_all();
+  second.MainFormTop = 3;
+  second.save_all();
+  first.save_all(); // again, as at the very end: it has nothing new
+  const configuration stored(folder.path / "a.ini");
+  EXPECT_EQ(stored.MainFormLeft, 2);
+  EXPECT_EQ(stored.MainFormTop, 3);
+  EXPECT_EQ(stored.DatabaseDir, "/rivers/");
+  EXPECT_EQ(stored.PostProcessor, "by hand");
 }
 
 TEST_F(Configuration, TextsAreConverted) {

@@ -3,6 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <thread>
+
 namespace vesk {
 namespace {
 
@@ -29,6 +32,20 @@ TEST(SettingsFile, WhatNobodyAsksForStaysAtItsPlace) {
   file.set("C", "first", "5");
   EXPECT_TRUE(file.save());
   EXPECT_EQ(folder.read("a.ini"), "; mine\n[A]\nold=one two\nunknown=#2\nnew=4\n\n[B]\nold=3\n\n[C]\nfirst=5\n");
+}
+
+TEST(SettingsFile, UpdatesAtTheSameTimeLoseNothing) {
+  const temporary_folder folder;
+  std::vector<std::thread> programs;
+  for (const char* name : {"one", "two", "three", "four"})
+    programs.emplace_back([&folder, name] {
+      for (int i = 1; i <= 20; ++i)
+        settings_file::update(folder.path / "new/a.ini",
+                              [&](settings_file& file) { file.set("A", name + std::to_string(i), "1"); });
+    });
+  for (std::thread& program : programs) program.join();
+  const std::string text = folder.read("new/a.ini");
+  EXPECT_EQ(std::count(text.begin(), text.end(), '='), 80);
 }
 
 TEST(SettingsFile, DamageAndRefusalsAreSilent) {
