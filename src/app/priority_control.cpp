@@ -21,7 +21,6 @@ bool stop(int& position, priority_platform& platform) {
 
 bool go_overdrive(int& position, priority_platform& platform) {
   if (position == overdrive) return true;
-  if (position == stopped && !platform.resume()) return false;
   if (!platform.set_process_class(process_class::high)) return false;
   if (!platform.set_thread_priority(overdrive_thread_priority)) {
     if (!platform.set_process_class(process_class::normal)) position = overdrive;
@@ -32,7 +31,6 @@ bool go_overdrive(int& position, priority_platform& platform) {
 }
 
 bool go_between(int p, int& position, priority_platform& platform) {
-  if (position == stopped && !platform.resume()) return false;
   if (position == overdrive && !platform.set_process_class(process_class::normal)) return false;
   if (!platform.set_thread_priority(p - normal)) return false;
   position = p;
@@ -43,8 +41,12 @@ bool go_between(int p, int& position, priority_platform& platform) {
 
 bool change_priority(int p, int& priority_position, priority_platform& platform) {
   if (p == stopped) return stop(priority_position, platform);
-  if (p == overdrive) return go_overdrive(priority_position, platform);
-  return go_between(p, priority_position, platform);
+  const bool was_stopped = priority_position == stopped;
+  if (was_stopped && !platform.resume()) return false;
+  const bool changed =
+      p == overdrive ? go_overdrive(priority_position, platform) : go_between(p, priority_position, platform);
+  if (!changed && priority_position == stopped) platform.suspend(); // else it would run while the track bar says "Stop"
+  return changed;
 }
 
 } // namespace vesk

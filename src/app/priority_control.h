@@ -22,7 +22,8 @@ public:
 
 // Takes the worker from `priority_position` to `p`, both 0 to 6. On success `priority_position` is `p`. After a refusal
 // (false) it stays, except where a raised class could not be taken back: then it is the top one. What was granted
-// before the refusal is not undone but for a change of class on the way to a stop or to the top.
+// before the refusal is not undone, but for a change of class on the way to a stop or to the top, and for a stopped
+// worker, which is stopped again.
 bool change_priority(int p, int& priority_position, priority_platform& platform);
 
 } // namespace vesk
