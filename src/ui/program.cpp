@@ -51,6 +51,7 @@ program::program(QApplication& application, const options& wanted)
   splash_ = std::make_unique<splash_form>(wanted.splash_time, [this] { window_->show(); });
   window_->set_start(wanted.arguments, splash_.get());
   splash_->show();
+  signals_ = std::make_unique<end_signals>([this] { window_->close_main_window(); });
 }
 
 program::~program() = default;

@@ -1,6 +1,7 @@
 // The desktop program from its first window to its last.
 #pragma once
 
+#include "ui/end_signals.h"
 #include "ui/main_window.h"
 #include "ui/splash_form.h"
 
@@ -39,6 +40,7 @@ private:
   std::unique_ptr<QObject> bell_; // wakes the main thread up for the workers
   std::unique_ptr<main_window> window_;
   std::unique_ptr<splash_form> splash_;
+  std::unique_ptr<end_signals> signals_; // close the main window, so that the settings are saved
 };
 
 } // namespace vesk

@@ -2,6 +2,8 @@
 
 #include <QApplication>
 #include <QTimer>
+#include <csignal>
+#include <cstdlib>
 
 // With arguments DATA FILE and SETTINGS behind "--close-in-the-middle" this is the program itself, whose window is
 // closed once a job is under way.
@@ -17,11 +19,24 @@ static void close_in_the_middle(QApplication& application, const std::string& da
   whole.run();
 }
 
+// With a signal's number and SETTINGS behind "--end-by-signal" it is the program, which gets the signal while a box is
+// up.
+static void end_by_signal(QApplication& application, int signal, const std::string& settings) {
+  using namespace vesk;
+  program whole(application, {{}, settings, 0});
+  QTimer::singleShot(500, [&] {
+    QTimer::singleShot(100, [signal] { std::raise(signal); });
+    whole.window().message_box("Sure?", "A question", box_buttons::yes_no);
+  });
+  whole.run();
+}
+
 int main(int argc, char** argv) {
   QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
   QApplication application(argc, argv);
   vesk::prepare_application(application);
   if (argc == 4 && std::string(argv[1]) == "--close-in-the-middle") close_in_the_middle(application, argv[2], argv[3]);
+  if (argc == 4 && std::string(argv[1]) == "--end-by-signal") end_by_signal(application, std::atoi(argv[2]), argv[3]);
   testing::InitGoogleTest(&argc, argv);
   return RUN_ALL_TESTS();
 }

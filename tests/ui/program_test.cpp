@@ -2,7 +2,10 @@
 #include "driver.h"
 #include "run_program.h"
 
+#include <gmock/gmock.h>
+
 #include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <unistd.h>
@@ -50,6 +53,17 @@ TEST_F(Program, ClosedInTheMiddleOfAJobItEndsAtOnceWithItsSettingsSavedAndNothin
   EXPECT_LT(steady_clock::now() - start, std::chrono::seconds(10));
   EXPECT_NE(folder.read("settings.ini").find("MainFormWindowState="), std::string::npos);
   EXPECT_FALSE(fs::exists(folder.path / "long_oxygen.csv"));
+}
+
+TEST_F(Program, ASignalClosesItWithItsSettingsSaved) {
+  for (const int signal : {SIGTERM, SIGHUP, SIGINT}) {
+    const std::string settings = folder.file(std::to_string(signal) + ".ini");
+    const auto start = steady_clock::now();
+    const program_result result = run_program(this_program(), {"--end-by-signal", std::to_string(signal), settings});
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_LT(steady_clock::now() - start, std::chrono::seconds(5));
+    EXPECT_THAT(folder.read(std::to_string(signal) + ".ini"), testing::ContainsRegex("MainFormWidth=[1-9]"));
+  }
 }
 
 } // namespace
