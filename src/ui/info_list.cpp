@@ -83,7 +83,13 @@ void info_list::append(const std::string& text, int icon) {
     longest_ = width;
     fit_column();
   }
-  if (follows_) scrollToBottom();
+  if (follows_) show_newest();
+}
+
+// From its first character on, also after a longer line was read to its end.
+void info_list::show_newest() {
+  scrollToBottom();
+  horizontalScrollBar()->setValue(0);
 }
 
 void info_list::select_last() {

@@ -49,6 +49,7 @@ protected:
 private:
   void fit_column();
   void note_scrolling();
+  void show_newest();
 
   info_lines lines_;
   int longest_ = 0;     // width of the longest line

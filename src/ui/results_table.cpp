@@ -25,6 +25,7 @@ results_table::results_table(QWidget* parent, results_model::reader read)
   setModel(&model_);
   setEditTriggers(QAbstractItemView::NoEditTriggers);
   setWordWrap(false);
+  setTabKeyNavigation(false); // there is nothing to enter: Tab goes on to the next control
   verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
   verticalHeader()->setDefaultSectionSize(scaled(row_height, *this));
   horizontalHeader()->setResizeContentsPrecision(0); // what is in sight tells enough
