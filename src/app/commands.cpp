@@ -78,9 +78,9 @@ constexpr command_row rows[] = {
     {"OutputControlToolButton", ready, &form::OutputcontrolItemClick},
 
     // Running.
-    {"RunModelButton", ready, &form::RunModelButtonClick},
-    {"ExecuteModelItem", ready, &form::RunModelButtonClick},
-    {"FennRunModelItem", ready, &form::RunModelButtonClick},
+    {"RunModelButton", ready_or_running, &form::RunModelButtonClick},
+    {"ExecuteModelItem", ready_or_running, &form::RunModelButtonClick},
+    {"FennRunModelItem", ready_or_running, &form::RunModelButtonClick},
     {"ImportNetworkButton", has_model, &form::ImportNetworkButtonClick},
     {"ImportNetworkItem", has_model},
 
@@ -202,6 +202,7 @@ bool is_enabled(command_condition condition, const command_conditions& now) {
   case has_data: return now.has_data;
   case has_model: return now.has_model;
   case ready: return now.ready;
+  case ready_or_running: return now.ready || now.running;
   }
   return false;
 }

@@ -11,7 +11,7 @@ namespace vesk {
 class TPreveskMainForm;
 
 // When a control is enabled. `unmanaged` ones are never touched: they follow their menu.
-enum class command_condition { unmanaged, always, idle, idle_and_data, has_data, has_model, ready };
+enum class command_condition { unmanaged, always, idle, idle_and_data, has_data, has_model, ready, ready_or_running };
 
 bool is_enabled(command_condition condition, const command_conditions& now);
 

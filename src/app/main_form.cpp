@@ -81,6 +81,7 @@ void TPreveskMainForm::update_caption() {
 command_conditions TPreveskMainForm::conditions() const {
   command_conditions now;
   now.idle = active_thread == nullptr;
+  now.running = !now.idle;
   now.has_data = current_data_set != nullptr;
   now.has_model = now.has_data && current_data_set->model_type != 0;
   now.ready = now.has_model && current_data_set->end_date_time() > current_data_set->start_date_time();

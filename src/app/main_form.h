@@ -16,6 +16,7 @@
 #include "query/deferred_queries.h"
 
 #include <atomic>
+#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <map>
@@ -60,7 +61,7 @@ public:
 
   // State.
   configuration settings;
-  bool quit_after_run = false;
+  bool quit_after_run = false; // asked for on the command line, and used up by the first run; so is the next
   bool run_on_start = false;
   model_thread* active_thread = nullptr; // the one job; null when idle. It frees itself.
   std::string base_caption;              // the title without the data set
@@ -172,14 +173,14 @@ public:
   int files_partly_read() const { return files_partly_read_; }
 
   // Run control.
-  void RunModelButtonClick(); // starts a run, or cancels the one that goes
-  void cancel_job();          // asks the job that goes to stop
+  void RunModelButtonClick(); // starts a run, or cancels the job that goes
+  void cancel_job();          // asks the job that goes, if any, to stop
   // The launchers; without a data set they do nothing.
   void ImportNetworkButtonClick() { start_import_network(); }
   void ValidateInputItemClick() { start_validity_check(); } // no control is bound to it
   void start_import_export(bool import);
   void start_validity_check();
-  void start_read_hyd_file() override;
+  void start_read_hyd_file();
   void start_import_network();
   void start_import_network(const std::string& name);
   void start_load_restart_file();
@@ -230,12 +231,15 @@ private:
   bool refuse_when_busy(job_code code);
   bool start_job(const prevesk_dataset_data_type& data_set, job_code code, const std::string& name,
                  void (TPreveskMainForm::*end_handler)());
-  void run_queries(prevesk_dataset_data_type& data_set, bool clear_flags);
+  bool start_run();
+  void resume_other_job();                                                 // one that is not a run
+  bool run_queries(prevesk_dataset_data_type& data_set, bool clear_flags); // false: failed, and reported
   void run_end();
   void import_export_end();
   void validity_end();
   void copy_back_end();
   void end_job(void (TPreveskMainForm::*end_handler)());
+  void clear_progress();
   void note_end_of_job();
 
   // job_front_end
@@ -244,6 +248,7 @@ private:
   void set_file_name(const std::string& name) override;
   void initialize_results_grid(const std::vector<std::string>& column_labels, int rows) override;
   void clear_grid_data() override;
+  void hydrodynamic_file_put() override;
   void set_grid_data(const float* data, int actual_columns, int actual_rows, bool invert) override; // worker
   std::int32_t window_handle() const override { return window_handle_; }                            // any thread
   void set_return_code(int code) override { return_code_ = job_return_code_ = code; }               // any thread
@@ -252,7 +257,9 @@ private:
   std::shared_ptr<const engine_library> library_;
   int failures_ = 0;
   int files_partly_read_ = 0;
+  bool minimised_by_request_ = false; // of the command line
   job_outcome last_job_;
+  std::chrono::steady_clock::time_point priority_refused_; // last, since the job began
   std::atomic<bool> logging_enabled_{false};
   std::atomic<int> diagnostic_level_{0};
   std::atomic<int> return_code_{0};

@@ -8,6 +8,7 @@
 #include "app/worker_priority.h"
 
 #include <ctime>
+#include <utility>
 
 namespace vesk {
 
@@ -30,6 +31,8 @@ constexpr busy_box busy_boxes[] = {
     {job_code::load_restart_file, "Cannot load restart file now",
      "The load restart file thread is busy. Try again later."},
 };
+
+constexpr int stopped_position = 0; // of the priority track bar
 
 const file_dialog network_dialog{file_dialog::kind::open, "Import Network", "Vesk Network Files (*.vkn)|*.vkn", ""};
 const file_dialog restart_dialog{file_dialog::kind::open, "Select restart file to open",
@@ -64,6 +67,7 @@ bool TPreveskMainForm::start_job(const prevesk_dataset_data_type& data_set, job_
   last_job_ = {};
   last_job_.code = code;
   job_return_code_ = 0;
+  priority_refused_ = {};
   return true;
 }
 
@@ -76,6 +80,9 @@ void TPreveskMainForm::end_job(void (TPreveskMainForm::*end_handler)()) {
     (this->*end_handler)();
   } catch (const std::exception& error) {
     if (active_thread == ended) active_thread = nullptr;
+    ui_.show_run_controls(false);
+    clear_progress();
+    update_menus();
     report_failure(error.what());
   }
 }
@@ -97,48 +104,61 @@ void TPreveskMainForm::note_end_of_job() {
 
 void TPreveskMainForm::RunModelButtonClick() {
   if (active_thread) return cancel_job();
-  if (!current_data_set) return;
+  run_on_start = false;
+  if (!start_run()) quit_after_run = false; // whoever has seen why goes on working in the window
+}
 
+bool TPreveskMainForm::start_run() {
+  if (!current_data_set) return false;
   prevesk_dataset_data_type copy = *current_data_set;
-  try {
-    copy.reset_cursors();
-    if (!skip_deferred_queries) run_queries(copy, false);
-  } catch (const live_query_exception& error) {
-    ++failures_;
-    ui_.message_box("Live query error", error.what(), box_buttons::ok);
-    return;
-  } catch (const std::exception& error) {
-    return report_failure(error.what());
-  }
-  if (!start_job(copy, job_code::run, file_name, &TPreveskMainForm::run_end)) return;
+  copy.reset_cursors();
+  if (!skip_deferred_queries && !run_queries(copy, false)) return false;
+  clear_progress(); // of the queries
+  if (!start_job(copy, job_code::run, file_name, &TPreveskMainForm::run_end)) return false;
   ui_.show_run_controls(true);
   ui_.set_priority_position(active_thread->priority_position);
   active_thread->Resume();
   update_menus();
+  return true;
 }
 
 void TPreveskMainForm::cancel_job() {
+  if (!active_thread) return;
   add_info_line("Terminating model thread... please wait...", icon_plain);
+  if (active_thread->priority_position == stopped_position)
+    add_info_line("The model is stopped. It ends once its priority is no longer \"Stop\".", icon_note);
   active_thread->Terminate();
+}
+
+void TPreveskMainForm::clear_progress() {
+  ui_.set_progress(0);
+  ui_.set_info_label("");
+  ui_.set_time_remaining_label("");
 }
 
 void TPreveskMainForm::run_end() {
   active_thread = nullptr;
   ui_.show_run_controls(false);
   if (!settings.RunTimeGridAlwaysVisible) ui_.show_results_grid(false);
-  ui_.set_progress(0);
-  ui_.set_info_label("");
-  ui_.set_time_remaining_label("");
+  clear_progress();
   update_menus();
-  if (quit_after_run) ui_.close_main_window();
+  if (std::exchange(quit_after_run, false)) ui_.close_main_window();
+}
+
+// The cancel button can be used from here on. All other commands stay as they are, since only the busy boxes are to
+// stop a second job.
+void TPreveskMainForm::resume_other_job() {
+  command_conditions now = conditions();
+  now.idle = true;
+  ui_.set_commands(now);
+  active_thread->Resume();
 }
 
 void TPreveskMainForm::start_import_export(bool import) {
   if (!current_data_set) return;
   const job_code code = import ? job_code::import_file : job_code::export_file;
   if (refuse_when_busy(code)) return;
-  if (start_job(*current_data_set, code, import_file_name, &TPreveskMainForm::import_export_end))
-    active_thread->Resume();
+  if (start_job(*current_data_set, code, import_file_name, &TPreveskMainForm::import_export_end)) resume_other_job();
 }
 
 void TPreveskMainForm::take_back() {
@@ -146,22 +166,26 @@ void TPreveskMainForm::take_back() {
 }
 
 void TPreveskMainForm::import_export_end() {
-  ui_.set_progress(0);
-  ui_.set_info_label("");
+  clear_progress();
   if (active_thread->code() == job_code::import_file) take_back();
   active_thread = nullptr;
   update_menus();
-  if (run_on_start) RunModelButtonClick();
+  if (!run_on_start) return;
+  if (last_job_.cancelled || last_job_.failed()) // nothing whole to run
+    run_on_start = quit_after_run = false;
+  else
+    RunModelButtonClick();
 }
 
 void TPreveskMainForm::start_validity_check() {
   if (!current_data_set) return;
   if (refuse_when_busy(job_code::get_maximum_parameters)) return;
   if (start_job(*current_data_set, job_code::get_maximum_parameters, file_name, &TPreveskMainForm::validity_end))
-    active_thread->Resume();
+    resume_other_job();
 }
 
 void TPreveskMainForm::validity_end() {
+  clear_progress();
   take_back();
   if (last_job_.cancelled || last_job_.failed()) { // the engine has not told its limits: nothing to hold against
     last_job_.checked = false;
@@ -184,7 +208,13 @@ void TPreveskMainForm::start_read_hyd_file() {
   if (refuse_when_busy(job_code::read_hyd_file)) return;
   update_menus();
   if (start_job(*current_data_set, job_code::read_hyd_file, file_name, &TPreveskMainForm::copy_back_end))
-    active_thread->Resume();
+    resume_other_job();
+}
+
+// The job that puts the name is the one that is busy.
+void TPreveskMainForm::hydrodynamic_file_put() {
+  start_read_hyd_file();
+  ui_.hydrodynamic_file_named();
 }
 
 void TPreveskMainForm::start_import_network() {
@@ -196,7 +226,7 @@ void TPreveskMainForm::start_import_network(const std::string& name) {
   if (refuse_when_busy(job_code::import_network)) return;
   update_menus();
   if (start_job(*current_data_set, job_code::import_network, name, &TPreveskMainForm::copy_back_end))
-    active_thread->Resume();
+    resume_other_job();
 }
 
 void TPreveskMainForm::start_load_restart_file() {
@@ -208,44 +238,52 @@ void TPreveskMainForm::start_load_restart_file(const std::string& name) {
   if (refuse_when_busy(job_code::load_restart_file)) return;
   update_menus();
   if (start_job(*current_data_set, job_code::load_restart_file, name, &TPreveskMainForm::copy_back_end))
-    active_thread->Resume();
+    resume_other_job();
 }
 
 void TPreveskMainForm::copy_back_end() {
-  ui_.set_progress(0);
+  clear_progress();
   take_back();
   active_thread = nullptr;
   update_menus();
 }
 
-void TPreveskMainForm::run_queries(prevesk_dataset_data_type& data_set, bool clear_flags) {
+bool TPreveskMainForm::run_queries(prevesk_dataset_data_type& data_set, bool clear_flags) {
   struct : query_progress {
     user_interface* ui;
+    int without_points = 0;
     void percent_done(int percent) override { ui->set_progress(percent); }
     void executed(const std::string& series, const import_query_descriptor& query,
                   const query_report& report) override {
+      if (report.points == 0) ++without_points;
       ui->query_executed(series, query, report);
     }
   } progress;
   progress.ui = &ui_;
-  execute_deferred_queries(data_set, execute_query, progress, clear_flags);
+  std::string title = "Error", failure;
+  ui_.set_busy(true);
+  try {
+    execute_deferred_queries(data_set, execute_query, progress, clear_flags);
+  } catch (const live_query_exception& error) {
+    title = "Live query error";
+    failure = error.what();
+  } catch (const std::exception& error) {
+    failure = error.what();
+  }
+  ui_.set_busy(false);
+  if (failure.empty() && (progress.without_points == 0 || ui_.may_go_on_without_rows(progress.without_points)))
+    return true;
+  ++failures_;
+  clear_progress();
+  if (failure.empty()) return false; // the user interface has said why
+  if (!ui_.boxes_stay_in_sight()) add_info_line(failure, icon_failure);
+  ui_.message_box(title, failure, box_buttons::ok);
+  return false;
 }
 
 bool TPreveskMainForm::execute_all_deferred_queries() {
-  ui_.set_busy(true);
   const prevesk_dataset_data_type backup = *current_data_set;
-  try {
-    run_queries(*current_data_set, true);
-    ui_.set_busy(false);
-    return true;
-  } catch (const live_query_exception& error) {
-    ui_.set_busy(false);
-    ++failures_;
-    ui_.message_box("Live query error", error.what(), box_buttons::ok);
-  } catch (const std::exception& error) {
-    ui_.set_busy(false);
-    report_failure(error.what());
-  }
+  if (run_queries(*current_data_set, true)) return true;
   take_content(backup);
   return false;
 }
@@ -267,9 +305,12 @@ bool TPreveskMainForm::change_priority(int position) {
   return true;
 }
 
+// A drag, a held key and a held mouse button are many changes. Refusals that follow each other closely are one.
 void TPreveskMainForm::PriorityTrackBarChange(int position) {
   if (!active_thread || change_priority(position)) return;
   ui_.set_priority_position(active_thread->priority_position);
+  const auto now = std::chrono::steady_clock::now();
+  if (now - std::exchange(priority_refused_, now) < std::chrono::seconds(1)) return;
   add_info_line("Could not change model priority", icon_failure);
 }
 

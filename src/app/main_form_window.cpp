@@ -39,10 +39,12 @@ void TPreveskMainForm::FormShow(std::span<const std::string> arguments) {
   const command_line_requests requests = walk_command_line(arguments);
   run_on_start = requests.run;
   if (requests.quit) quit_after_run = true;
-  if (requests.import_requested)
+  if (requests.import_requested) {
     import_file(requests.import_name); // its end starts the run
-  else if (run_on_start)
+    if (!active_thread && run_on_start) run_on_start = quit_after_run = false;
+  } else if (run_on_start) {
     RunModelButtonClick();
+  }
 }
 
 // A job that still runs is neither asked nor waited for.
@@ -54,7 +56,9 @@ void TPreveskMainForm::FormClose() {
   settings.MainFormTop = now.top;
   settings.MainFormWidth = now.width;
   settings.MainFormHeight = now.height;
-  settings.MainFormWindowState = now.state;
+  // A batch run must not leave a window that is minimised at its next start.
+  if (!minimised_by_request_ || now.state != window_geometry::window_minimised)
+    settings.MainFormWindowState = now.state;
 }
 
 command_line_requests TPreveskMainForm::walk_command_line(std::span<const std::string> arguments,
@@ -64,6 +68,7 @@ command_line_requests TPreveskMainForm::walk_command_line(std::span<const std::s
     const std::string option = upper_case(arguments[i]);
     if (option == "-RUN") {
       requests.run = true;
+      minimised_by_request_ = true;
       ui_.minimise_main_window();
     } else if (option == "-EXPERT") {
       // Recognised, without an effect.

@@ -34,6 +34,7 @@ struct command_conditions {
   bool has_data = false;  // there is a data set
   bool has_model = false; // and it has a model
   bool ready = false;     // and it ends after it starts
+  bool running = false;   // a job of any kind can be cancelled
 
   friend bool operator==(const command_conditions&, const command_conditions&) = default;
 };
@@ -57,6 +58,7 @@ public:
   virtual ~user_interface() = default;
 
   virtual box_answer message_box(const std::string& title, const std::string& text, box_buttons buttons) = 0;
+  virtual bool boxes_stay_in_sight() const { return false; }                  // as printed lines do
   virtual std::optional<std::string> ask_file(const file_dialog& dialog) = 0; // nothing: cancelled
   // Begins at the folder `start`. Nothing: cancelled.
   virtual std::optional<std::string> ask_folder(const std::string& title, const std::string& start) = 0;
@@ -97,8 +99,14 @@ public:
   virtual void set_info_label(const std::string& text) = 0;
   virtual void set_time_remaining_label(const std::string& text) = 0;
 
-  // A deferred query has been executed for the series.
+  // A deferred query has been executed for the series. Without points in the report it is a failure worth a look.
   virtual void query_executed(const std::string&, const import_query_descriptor&, const query_report&) {}
+
+  // Queries of `series` series, each reported before, have found nothing. Whether to go on; false: says why not.
+  virtual bool may_go_on_without_rows(int /*series*/) { return true; }
+
+  // A job has put the name of a hydrodynamic file, and the box that a job is busy has been shown.
+  virtual void hydrodynamic_file_named() {}
 
   // A run begins or has ended: the run button turns into cancel and back, the priority track bar comes and goes.
   virtual void show_run_controls(bool running) = 0;

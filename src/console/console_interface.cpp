@@ -90,7 +90,17 @@ void console_interface::add_info_line(const std::string& text, int icon) {
 void console_interface::query_executed(const std::string& series, const import_query_descriptor& query,
                                        const query_report& report) {
   ++queries_executed_;
-  say(in_words(series, query, report));
+  if (report.points == 0)
+    say_failure(in_words(series, query, report));
+  else
+    say(in_words(series, query, report));
+}
+
+bool console_interface::may_go_on_without_rows(int series) {
+  if (settings_.yes) return true;
+  say_failure("Stopped, since " + (series == 1 ? "a query" : std::to_string(series) + " queries") +
+              " found no points; --yes goes on all the same.");
+  return false;
 }
 
 void console_interface::begin_progress() {

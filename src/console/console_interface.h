@@ -36,6 +36,7 @@ public:
   void end_progress(bool good);
 
   box_answer message_box(const std::string& title, const std::string& text, box_buttons buttons) override;
+  bool boxes_stay_in_sight() const override { return true; }
   std::optional<std::string> ask_file(const file_dialog&) override { return {}; }
   std::optional<std::string> ask_folder(const std::string&, const std::string&) override { return {}; }
   void set_busy(bool) override {}
@@ -50,6 +51,8 @@ public:
   void set_time_remaining_label(const std::string& text) override { time_remaining_ = text; }
   void query_executed(const std::string& series, const import_query_descriptor& query,
                       const query_report& report) override;
+  bool may_go_on_without_rows(int series) override;
+  void hydrodynamic_file_named() override { say_failure("The file name is stored; --read-hyd reads it."); }
   int queries_executed() const { return queries_executed_; } // so far
   void show_run_controls(bool) override {}
   void set_up_results_grid(const std::vector<std::string>&, int) override {}

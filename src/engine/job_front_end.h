@@ -17,7 +17,7 @@ public:
   virtual void set_file_name(const std::string& name) = 0;
   virtual void initialize_results_grid(const std::vector<std::string>& column_labels, int rows) = 0;
   virtual void clear_grid_data() = 0;
-  virtual void start_read_hyd_file() = 0;
+  virtual void hydrodynamic_file_put() = 0; // HYDROFILE has a new name
 
   // From the worker, at any time.
   virtual void set_grid_data(const float* data, int actual_columns, int actual_rows, bool invert) = 0; // borrowed

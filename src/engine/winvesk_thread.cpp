@@ -89,7 +89,7 @@ void winvesk_thread::clear_grid_data() {
 }
 
 void winvesk_thread::request_read_hyd_file() {
-  Synchronize([this] { front_end_.start_read_hyd_file(); });
+  Synchronize([this] { front_end_.hydrodynamic_file_put(); });
 }
 
 void winvesk_thread::fail(std::string_view cause) {

@@ -412,6 +412,8 @@ std::string in_words(const std::string& series, const import_query_descriptor& q
   };
   std::string line = series + ": " + query.file_name;
   if (query.table_name != query.file_name && !query.table_name.empty()) line += " [" + query.table_name + "]";
+  if (report.rows == 0)
+    return line + ", no rows found. Check the conditions and whether it covers the time of the run.";
   line += counted(report.rows, "row") + counted(report.points, "point");
   if (report.without_moment > 0) line += counted(report.without_moment, "row") + " without a date";
   if (report.without_value > 0) line += counted(report.without_value, "row") + " without a value";

@@ -18,7 +18,8 @@ struct query_report {
   std::uint64_t points = 0;         // added to the series
 };
 
-// "Time function: flow: gauges.csv, 365 rows, 364 points, 1 row without a value": what came of the query of a series.
+// "Time function: flow: gauges.csv, 365 rows, 364 points, 1 row without a value": what came of the query of a series,
+// and what to look at where it found no rows.
 std::string in_words(const std::string& series, const import_query_descriptor& query, const query_report& report);
 
 class import_query {

@@ -90,9 +90,13 @@ void command_controls::set_commands(const command_conditions& now) {
   for (const command_row& row : command_table())
     if (row.condition != command_condition::unmanaged)
       if (QAction* action = action_of(row.name)) action->setEnabled(is_enabled(row.condition, now));
+  // The other jobs have no face of their own; empty stands for the button's text.
+  const bool other_job = now.running && !shows_running_face_;
+  action_of("RunModelButton")->setToolTip(other_job ? "Cancel the job that runs" : QString());
 }
 
 void command_controls::show_run_face(bool running) {
+  shows_running_face_ = running;
   const run_face& face = face_of_run_controls(running);
   QAction* button = action_of("RunModelButton");
   button->setIcon(tool_image(face.image));

@@ -43,6 +43,7 @@ private:
   QMenu* documentation_ = nullptr;
   QMenuBar* PreveskMainMenu = nullptr;
   bool carries_main_menu_ = false;
+  bool shows_running_face_ = false;
 };
 
 } // namespace vesk

@@ -47,6 +47,25 @@ QRect on_a_screen(QRect place) {
   return place;
 }
 
+// What the editors that are still missing are for.
+std::string subject_of(form_id form, bool exchange_mode) {
+  switch (form) {
+  case form_id::TParametersForm: return "the settings of the data set";
+  case form_id::TSystemForm: return "systems";
+  case form_id::TSegmentForm: return "segments";
+  case form_id::TParameterForm: return "segment parameters";
+  case form_id::TConstantsForm: return "constants";
+  case form_id::TExchangesFlowsForm: return exchange_mode ? "exchanges" : "flows";
+  case form_id::TLoadsForm: return "loads";
+  case form_id::TBoundaryForm: return "boundaries";
+  case form_id::TTimeFunctionsForm: return "time functions";
+  case form_id::TPrintIntervalForm: return "print intervals";
+  case form_id::TTimeStepForm: return "time steps";
+  case form_id::TOutputControlForm: return "output controls";
+  default: return "these values";
+  }
+}
+
 } // namespace
 
 main_window::main_window(const std::filesystem::path& settings_file)
@@ -80,7 +99,8 @@ void main_window::lay_out() {
   splitter_->setStretchFactor(0, 1);
   splitter_->setStretchFactor(1, 0);
   InfoPanel = new progress_panel(
-      content, [this](int position) { attempt([=, this] { form_->PriorityTrackBarChange(position); }); });
+      content, [this](int position) { attempt([=, this] { form_->PriorityTrackBarChange(position); }); },
+      [this] { attempt([this] { form_->cancel_job(); }); });
   column->addWidget(splitter_, 1);
   column->addWidget(InfoPanel);
   setCentralWidget(content);
@@ -136,7 +156,7 @@ void main_window::set_busy(bool busy) {
 }
 
 // A dialog that this program does not have yet is as good as one that was cancelled.
-bool main_window::show_form(form_id form, bool) {
+bool main_window::show_form(form_id form, bool exchange_mode) {
   switch (form) {
   case form_id::TPreferenceConfigurationForm:
     if (!preferences_) preferences_ = new preferences_dialog(this, *form_);
@@ -145,11 +165,21 @@ bool main_window::show_form(form_id form, bool) {
     if (!edit_project_) edit_project_ = new edit_project_dialog(this, *form_, *this);
     return edit_project_->exec() == QDialog::Accepted;
   case form_id::TAboutBox: return about_box(this, form_->settings.EditionName).exec() == QDialog::Accepted;
-  default: return false;
+  default:
+    add_info_line("The window cannot edit " + subject_of(form, exchange_mode) +
+                      " yet. Until it can, vki dump and vki load change them as text.",
+                  icon_note);
+    select_last_info_line();
+    return false;
   }
 }
 
 // The window itself.
+
+void main_window::set_commands(const command_conditions& conditions) {
+  controls_->set_commands(conditions);
+  InfoPanel->show_cancel(conditions.running);
+}
 
 void main_window::set_caption(const std::string& caption) {
   setWindowTitle(shown(caption));
@@ -223,12 +253,11 @@ void main_window::data_set_replaced() {
 
 // A job's signs.
 
-// Rows that were left out are worth a look, a missing value may be a slip of the pen; and so is a series without
-// points.
+// A series without points lets the model run on zeros; rows that were left out may be slips of the pen.
 void main_window::query_executed(const std::string& series, const import_query_descriptor& query,
                                  const query_report& report) {
-  const bool worth_a_look = report.without_moment + report.without_value > 0 || report.points == 0;
-  add_info_line(in_words(series, query, report), worth_a_look ? icon_note : icon_plain);
+  const bool left_out = report.without_moment + report.without_value > 0;
+  add_info_line(in_words(series, query, report), report.points == 0 ? icon_failure : left_out ? icon_note : icon_plain);
 }
 
 void main_window::set_priority_position(int position) {

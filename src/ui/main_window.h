@@ -40,7 +40,7 @@ public:
   void set_busy(bool busy) override;
   bool show_form(form_id form, bool exchange_mode) override;
   void set_caption(const std::string& caption) override;
-  void set_commands(const command_conditions& conditions) override { controls_->set_commands(conditions); }
+  void set_commands(const command_conditions& conditions) override;
   void close_main_window() override;
   window_geometry geometry() override;
   void set_geometry(const window_geometry& geometry) override;

@@ -6,6 +6,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QProgressBar>
+#include <QPushButton>
 #include <QSignalBlocker>
 #include <QSlider>
 #include <algorithm>
@@ -19,10 +20,11 @@ constexpr auto paint_interval = std::chrono::milliseconds(30);
 
 } // namespace
 
-progress_panel::progress_panel(QWidget* parent, std::function<void(int)> priority_moved)
+progress_panel::progress_panel(QWidget* parent, std::function<void(int)> priority_moved, std::function<void()> cancel)
     : QWidget(parent), StatusProgressBar(new QProgressBar(this)), InfoLabel(new QLabel(this)),
-      TimeRemainingLabel(new QLabel(this)), MinPriorityLabel(new QLabel("Stop", this)),
-      PriorityTrackBar(new QSlider(Qt::Horizontal, this)), MaxPriorityLabel(new QLabel("Turbo", this)) {
+      TimeRemainingLabel(new QLabel(this)), CancelButton(new QPushButton("Cancel", this)),
+      MinPriorityLabel(new QLabel("Stop", this)), PriorityTrackBar(new QSlider(Qt::Horizontal, this)),
+      MaxPriorityLabel(new QLabel("Turbo", this)) {
   setObjectName("InfoPanel");
   StatusProgressBar->setObjectName("StatusProgressBar");
   StatusProgressBar->setAccessibleName("Progress");
@@ -32,6 +34,13 @@ progress_panel::progress_panel(QWidget* parent, std::function<void(int)> priorit
   InfoLabel->setObjectName("InfoLabel");
   TimeRemainingLabel->setObjectName("TimeRemainingLabel");
   for (QLabel* label : {InfoLabel, TimeRemainingLabel}) label->setTextFormat(Qt::PlainText);
+  CancelButton->setObjectName("CancelButton");
+  CancelButton->setToolTip("Cancel the job that runs");
+  CancelButton->setAutoDefault(false);
+  connect(CancelButton, &QPushButton::clicked, this, [this, cancel = std::move(cancel)] {
+    CancelButton->setEnabled(false); // it has been asked to end
+    cancel();
+  });
   MinPriorityLabel->setObjectName("MinPriorityLabel");
   MaxPriorityLabel->setObjectName("MaxPriorityLabel");
   PriorityTrackBar->setObjectName("PriorityTrackBar");
@@ -40,6 +49,7 @@ progress_panel::progress_panel(QWidget* parent, std::function<void(int)> priorit
   PriorityTrackBar->setRange(0, highest_position);
   PriorityTrackBar->setValue(normal_position);
   PriorityTrackBar->setPageStep(1);
+  PriorityTrackBar->setTracking(false); // a drag is one change, at its end
   PriorityTrackBar->setTickPosition(QSlider::TicksBelow);
   PriorityTrackBar->setTickInterval(1);
   PriorityTrackBar->setMaximumWidth(scaled(220, *this));
@@ -51,18 +61,20 @@ progress_panel::progress_panel(QWidget* parent, std::function<void(int)> priorit
   row->addWidget(StatusProgressBar, 2);
   row->addWidget(InfoLabel, 3);
   row->addWidget(TimeRemainingLabel, 2);
+  row->addWidget(CancelButton);
   row->addWidget(MinPriorityLabel);
   row->addWidget(PriorityTrackBar, 1);
   row->addWidget(MaxPriorityLabel);
   for (QLabel* label : {InfoLabel, TimeRemainingLabel}) // nothing moves when texts and the track bar come and go
     label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-  for (QWidget* part : {static_cast<QWidget*>(MinPriorityLabel), static_cast<QWidget*>(PriorityTrackBar),
-                        static_cast<QWidget*>(MaxPriorityLabel)}) {
+  for (QWidget* part : {static_cast<QWidget*>(CancelButton), static_cast<QWidget*>(MinPriorityLabel),
+                        static_cast<QWidget*>(PriorityTrackBar), static_cast<QWidget*>(MaxPriorityLabel)}) {
     QSizePolicy policy = part->sizePolicy();
     policy.setRetainSizeWhenHidden(true);
     part->setSizePolicy(policy);
   }
   setMinimumHeight(PriorityTrackBar->sizeHint().height() + margin);
+  show_cancel(false);
   show_priority(false);
 }
 
@@ -85,6 +97,12 @@ void progress_panel::set_info(const std::string& text) {
 
 void progress_panel::set_time_remaining(const std::string& text) {
   TimeRemainingLabel->setText(shown(text));
+}
+
+void progress_panel::show_cancel(bool visible) {
+  if (visible != CancelButton->isHidden()) return;
+  CancelButton->setEnabled(visible);
+  CancelButton->setVisible(visible);
 }
 
 void progress_panel::show_priority(bool visible) {

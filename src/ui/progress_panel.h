@@ -8,6 +8,7 @@
 
 class QLabel;
 class QProgressBar;
+class QPushButton;
 class QSlider;
 
 namespace vesk {
@@ -15,12 +16,14 @@ namespace vesk {
 class progress_panel final : public QWidget {
 public:
   // `priority_moved` is called with the position, 0 to 6, when the user moves the track bar, and only then.
-  progress_panel(QWidget* parent, std::function<void(int)> priority_moved);
+  // `cancel` when the user asks for the end of the job.
+  progress_panel(QWidget* parent, std::function<void(int)> priority_moved, std::function<void()> cancel);
 
   // Drawn at once, for the main thread may be busy with what it tells of; of a quick succession only some are.
   void set_progress(int percent);
   void set_info(const std::string& text);
   void set_time_remaining(const std::string& text);
+  void show_cancel(bool visible); // can be pressed once each time that it is shown
   void show_priority(bool visible);
   void set_priority_position(int position);
 
@@ -28,6 +31,7 @@ private:
   QProgressBar* StatusProgressBar;
   QLabel* InfoLabel;
   QLabel* TimeRemainingLabel;
+  QPushButton* CancelButton;
   QLabel* MinPriorityLabel;
   QSlider* PriorityTrackBar;
   QLabel* MaxPriorityLabel;

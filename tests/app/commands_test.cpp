@@ -19,8 +19,8 @@ std::vector<std::string> words(const std::string& text) {
 }
 
 TEST(Commands, FollowTheirConditions) {
-  const command_conditions states[] = {{true, false, false, false}, {false, false, false, false},
-                                       {true, true, false, false},  {false, true, false, false},
+  const command_conditions states[] = {{true, false, false, false}, {false, false, false, false, true},
+                                       {true, true, false, false},  {false, true, false, false, false},
                                        {true, true, true, false},   {true, true, true, true},
                                        {false, true, true, true}};
   struct {
@@ -38,8 +38,9 @@ TEST(Commands, FollowTheirConditions) {
       {"LoadsItem LoadsToolButton SystemsItem SystemsToolButton SegmentsItem SegmentsToolButton PrintIntervalItem "
        "PrintIntervalToolButton TimestepItem ParametersItem ParametersToolButton ConstantsItem ConstantsToolButton "
        "TimeFunctionsToolButton OutputControlToolButton OutputcontrolMenuItem ExchangesItem ExchangesToolButton "
-       "FlowsItem FlowsToolButton BoundariesItem BoundariesToolButton RunModelButton ExecuteModelItem FennRunModelItem",
+       "FlowsItem FlowsToolButton BoundariesItem BoundariesToolButton",
        "0000011"},
+      {"RunModelButton ExecuteModelItem FennRunModelItem", "0100011"}, // to cancel, whatever the data set
   };
   std::set<std::string_view> managed;
   for (const command_row& row : command_table())

@@ -1,3 +1,4 @@
+#include "app/commands.h"
 #include "app/main_form.h"
 #include "app/time_remaining.h"
 #include "behaviour_catalogue.h"
@@ -103,9 +104,29 @@ TEST_F(RunControl, OtherJobsCopyTheirDataSetBack) {
     make_data("returns");
     job.launch(form);
     EXPECT_TRUE(ui.commands.idle); // the busy boxes, not the commands, keep a second job away
+    EXPECT_TRUE(ui.commands.running);
     finish();
     EXPECT_EQ(form.current_data_set->segments[0].name, job.name);
+    EXPECT_EQ(ui.shown, (lines{"progress 0", "info ", "time"}));
   }
+}
+
+TEST_F(RunControl, EveryJobCanBeCancelledWhateverTheDataSetAndLeavesNoProgress) {
+  for (const bool run : {true, false}) {
+    make_data("waits for cancel");
+    run ? form.RunModelButtonClick() : form.start_validity_check();
+    while (ui.lines.empty()) wait_and_synchronize(std::chrono::milliseconds(1));
+    form.new_data_set(); // without a model
+    EXPECT_TRUE(is_enabled(find_command("RunModelButton").condition, ui.commands));
+    form.RunModelButtonClick();
+    finish();
+    EXPECT_TRUE(form.last_job().cancelled);
+    EXPECT_FALSE(is_enabled(find_command("RunModelButton").condition, ui.commands));
+    EXPECT_EQ(std::count(ui.shown.begin(), ui.shown.end(), "time"), run ? 2 : 1); // a run clears what its queries left
+    ui.lines.clear();
+  }
+  form.cancel_job(); // too late
+  EXPECT_EQ(ui.lines, lines{});
 }
 
 TEST_F(RunControl, TheValidityCheckListsWhatItFinds) {
@@ -145,7 +166,10 @@ TEST_F(RunControl, ADeferredQueryThatCannotBeExecutedStopsTheRun) {
                           point_list&) -> query_report { throw query_engine_exception("no such table"); };
   form.RunModelButtonClick();
   EXPECT_EQ(form.active_thread, nullptr);
-  EXPECT_EQ(ui.boxes, lines{"Live query error: Live query for time series \"Time step\" failed: no such table"});
+  const std::string cause = "Live query for time series \"Time step\" failed: no such table";
+  EXPECT_EQ(ui.boxes, lines{"Live query error: " + cause});
+  EXPECT_EQ(ui.lines, lines{"2 " + cause});
+  EXPECT_EQ(lines(ui.shown.end() - 3, ui.shown.end()), (lines{"progress 0", "info ", "time"}));
   EXPECT_EQ(form.failures(), 1);
   form.skip_deferred_queries = true;
   form.RunModelButtonClick();
@@ -244,7 +268,7 @@ TEST_F(RunControl, AChangeOfPriorityThatIsRefusedTakesTheBarBack) {
   EXPECT_EQ(ui.priority_position, 3);
   while (ui.lines.empty()) wait_and_synchronize(std::chrono::milliseconds(1));
   form.priorities = std::make_unique<grudging_platform>(*form.active_thread);
-  form.PriorityTrackBarChange(6);
+  for (const int position : {4, 5, 6}) form.PriorityTrackBarChange(position); // one drag
   EXPECT_EQ(ui.priority_position, 3);
   EXPECT_EQ(ui.lines, (lines{"0 waiting", "2 Could not change model priority"}));
 }

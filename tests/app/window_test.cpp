@@ -76,11 +76,12 @@ TEST_F(Window, TheCommandLineStartsARunOrAnImportThatARunFollows) {
   struct {
     lines arguments;
     lines infos;
-    bool run, quit, closed;
+    bool run, closed;
   } const cases[] = {
-      {{"-run", "-Quit"}, {}, true, true, false}, // nothing to run
-      {{"-IMPORT", folder.file("a.inp")}, {"0 import 1"}, false, false, false},
-      {{"-IMPORT", folder.file("a.inp"), "-RUN", "-QUIT"}, {"0 import 1", "0 run"}, true, true, true},
+      {{"-run", "-Quit"}, {}, true, false}, // nothing to run
+      {{"-RUN", "-import", folder.file("a.doc")}, {}, true, false},
+      {{"-IMPORT", folder.file("a.inp")}, {"0 import 1"}, false, false},
+      {{"-IMPORT", folder.file("a.inp"), "-RUN", "-QUIT"}, {"0 import 1", "0 run"}, true, true},
   };
   for (const auto& c : cases) {
     ui = {};
@@ -90,9 +91,16 @@ TEST_F(Window, TheCommandLineStartsARunOrAnImportThatARunFollows) {
     ui.lines.erase(ui.lines.begin()); // about the index of documents
     EXPECT_EQ(ui.lines, c.infos);
     EXPECT_EQ(ui.closed, c.closed);
-    EXPECT_EQ(form->quit_after_run, c.quit);
-    EXPECT_EQ(form->run_on_start, c.run);
     EXPECT_EQ(ui.steps.back() == "minimised", c.run);
+    // The command line's requests are used up: what the user does now starts no run and ends nothing.
+    ui.lines.clear();
+    ui.closed = false;
+    form->import_file(folder.file("b.inp"));
+    finish(*form);
+    EXPECT_EQ(ui.lines, lines{"0 import 1"});
+    form->RunModelButtonClick();
+    finish(*form);
+    EXPECT_FALSE(ui.closed);
     form->FormClose();
   }
 }
@@ -100,7 +108,10 @@ TEST_F(Window, TheCommandLineStartsARunOrAnImportThatARunFollows) {
 TEST_F(Window, ItsPlaceAndTheDatabaseFolderAreStoredAtTheEnd) {
   auto form = make();
   ui.window = {111, 5, 6, 777, 555, window_geometry::window_maximised};
+  form->walk_command_line(lines{"-RUN"});
   form->FormClose();
+  ui.window.state = window_geometry::window_minimised;
+  form->FormClose(); // minimised for the run, not by the user
   form->set_database_folder("/else");
   EXPECT_EQ(folder.read("settings.ini").find("777"), std::string::npos); // not before
   form.reset();

@@ -20,12 +20,18 @@ protected:
   }
 
   // A data file on which the engine behaves as named.
-  std::string make_file(const std::string& behaviour, bool deferred = false) {
+  std::string make_file(const std::string& behaviour, bool deferred = false, const std::string& source = {}) {
     prevesk_dataset_data_type data(catalogue_source(folder.path).get());
     data.model_type = model_of(behaviour);
     data.refresh_from_catalogue(false);
     data.resize_segments(1);
     if (deferred) data.time_steps.query.edit().deferred = true;
+    if (!source.empty()) {
+      import_query_descriptor& query = data.time_steps.query.edit();
+      query.file_name = source;
+      query.date_time_field = "day";
+      query.value_field = "step";
+    }
     save_data_file(folder.path / "river.vki", data);
     return folder.file("river.vki");
   }
@@ -202,6 +208,32 @@ TEST_F(VeskRun, SavesUnderTheWholeName) {
   EXPECT_FALSE(std::filesystem::exists(folder.path / "m.VKI"));
   EXPECT_EQ(run({file, "--save", folder.file("m.backup-2026.vki")}).status, 0); // replaced without a question
   EXPECT_EQ(run({file, "--save", "-"}).status, 2);
+}
+
+// A model that ran on would have zeros where the query has found nothing.
+TEST_F(VeskRun, AQueryWithoutRowsStopsARunUnlessYes) {
+  folder.write("steps.csv", "day,step\n2011-10-01,0.1\n");
+  const std::string file = make_file("says run", true, "steps.csv"), before = folder.read("river.vki");
+  const std::string found = "vesk-run: Time step: steps.csv, no rows found. Check the conditions and whether it covers "
+                            "the time of the run.\n";
+  for (const char* work : {"-RUN", "--refresh"}) {
+    const program_result stopped = run({file, "--quiet", work});
+    EXPECT_EQ(stopped.err, found + "vesk-run: Stopped, since a query found no points; --yes goes on all the same.\n");
+    EXPECT_EQ(stopped.status, 1);
+    EXPECT_EQ(folder.read("river.vki"), before);
+  }
+  EXPECT_EQ(run({file, "--refresh", "--save", folder.file("never.vki")}).status, 1);
+  EXPECT_FALSE(std::filesystem::exists(folder.file("never.vki")));
+  const program_result run_all_the_same = run({file, "-RUN", "--yes"});
+  EXPECT_EQ(run_all_the_same.err, found);
+  EXPECT_EQ(run_all_the_same.out, "run\n");
+  EXPECT_EQ(run_all_the_same.status, 0);
+}
+
+TEST_F(VeskRun, AnImportThatNamesAHydrodynamicFileSaysWhatReadsIt) {
+  EXPECT_EQ(run({"-IMPORT", "hydro.inp"}).err,
+            "vesk-run: Cannot read hyd file now: hydro.inp: The read hyd file thread is busy. Try again later.\n"
+            "vesk-run: The file name is stored; --read-hyd reads it.\n");
 }
 
 TEST_F(VeskRun, AFailedCheckEndsTheWork) {

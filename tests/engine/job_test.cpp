@@ -31,7 +31,7 @@ public:
     notes.push_back(text);
   }
   void clear_grid_data() override { grid = nullptr; }
-  void start_read_hyd_file() override { notes.push_back("read hyd"); }
+  void hydrodynamic_file_put() override { notes.push_back("read hyd"); }
   void set_grid_data(const float* data, int, int, bool) override { grid = data; }
   int diagnostic_level() const override { return 0; }
   void set_diagnostic_level(int) override {}

@@ -1,6 +1,7 @@
 #include "app/commands.h"
 #include "driver.h"
 #include "ui/appearance.h"
+#include "ui/progress_panel.h"
 #include "ui/results_table.h"
 
 #include <QAbstractItemModel>
@@ -11,7 +12,10 @@
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QProgressBar>
+#include <QPushButton>
+#include <QScrollBar>
 #include <QSlider>
+#include <QStyleOptionSlider>
 #include <QTableView>
 #include <QTest>
 #include <QToolButton>
@@ -53,8 +57,12 @@ TEST(MainWindow, HasEveryCommandOfTheTablesAndEnablesThemAsTheConditionsSay) {
   take_picture(&window, "nothing_open");
   program.form().open_file(SAMPLE);
   expect_enabled({true, true, true, true});
-  program.trigger("SystemsItem"); // there is no such dialog yet: nothing happens, and nothing is said
-  EXPECT_TRUE(info_lines_of(window).isEmpty());
+  program.trigger("SystemsItem");
+  program.trigger("FlowsItem");
+  EXPECT_EQ(
+      info_lines_of(window),
+      QStringList({"The window cannot edit systems yet. Until it can, vki dump and vki load change them as text.",
+                   "The window cannot edit flows yet. Until it can, vki dump and vki load change them as text."}));
   EXPECT_FALSE(program.form().documentation_links.empty());
   EXPECT_EQ(static_cast<std::size_t>(find<QMenu>(&window, "DocumentationItem")->actions().size()),
             program.form().documentation_links.size());
@@ -138,9 +146,15 @@ TEST(MainWindow, OpensRunsSlowsStopsResumesAndCancels) {
   EXPECT_EQ(program.form().active_thread->priority_position, 3);
   EXPECT_TRUE(moves(3000));
 
+  program.trigger("NewItem"); // a data set that cannot be run; the job goes on and can be cancelled
+  EXPECT_TRUE(run_button->isEnabled());
+  auto* cancel = find<QPushButton>(&window, "CancelButton");
+  EXPECT_TRUE(cancel->isVisible() && cancel->isEnabled());
   const auto cancelled = steady_clock::now();
-  QTest::mouseClick(run_button, Qt::LeftButton);
+  QTest::mouseClick(cancel, Qt::LeftButton);
+  EXPECT_FALSE(cancel->isEnabled());
   EXPECT_TRUE(wait_for([&] { return !program.form().active_thread; }, 3000));
+  EXPECT_FALSE(cancel->isVisible() || run_button->isEnabled());
   EXPECT_LT(steady_clock::now() - cancelled, std::chrono::seconds(1));
   EXPECT_TRUE(info_lines_of(window).contains("Terminating model thread... please wait..."));
   EXPECT_EQ(run_button->text(), "Execute Model");
@@ -153,6 +167,26 @@ TEST(MainWindow, OpensRunsSlowsStopsResumesAndCancels) {
   window.close();
   EXPECT_EQ(program.form().settings.MainFormWidth, 900);
   EXPECT_FALSE(window.isVisible());
+}
+
+TEST(MainWindow, ADragOfThePriorityIsOneChange) {
+  std::vector<int> moved;
+  progress_panel panel(
+      nullptr, [&](int position) { moved.push_back(position); }, [] {});
+  panel.show_priority(true);
+  panel.resize(900, 40);
+  panel.show();
+  auto* bar = find<QSlider>(&panel, "PriorityTrackBar");
+  QStyleOptionSlider option;
+  option.initFrom(bar);
+  option.maximum = bar->maximum();
+  option.sliderPosition = option.sliderValue = bar->value();
+  const QPoint handle = bar->style()->subControlRect(QStyle::CC_Slider, &option, QStyle::SC_SliderHandle, bar).center();
+  QTest::mousePress(bar, Qt::LeftButton, {}, handle);
+  for (int x = handle.x(); x < bar->width(); x += 5) QTest::mouseMove(bar, {x, handle.y()});
+  EXPECT_EQ(moved, std::vector<int>{});
+  QTest::mouseRelease(bar, Qt::LeftButton, {}, {bar->width() - 1, handle.y()});
+  EXPECT_EQ(moved, std::vector<int>{6});
 }
 
 TEST(MainWindow, TellsABusyJobInABoxAndStaysUsable) {
@@ -187,9 +221,26 @@ TEST(MainWindow, MessagesStayInSightUnlessTheUserLooksAtOlderOnes) {
   window.show_results_grid(true); // takes half of the list's place
   add(1);
   EXPECT_TRUE(at_end());
+  window.add_info_line(std::string(1000, 'w'), icon_plain);
+  QTest::qWait(20);
+  list->horizontalScrollBar()->setValue(list->horizontalScrollBar()->maximum()); // to read the end of a long line
+  EXPECT_GT(list->horizontalScrollBar()->value(), 0);
+  add(1);
+  EXPECT_TRUE(at_end());
+  EXPECT_EQ(list->horizontalScrollBar()->value(), 0); // short lines are to the left
   QTest::keyClick(list, Qt::Key_Home);
   add(1);
   EXPECT_FALSE(at_end());
+}
+
+TEST(MainWindow, TabLeavesTheGridOfResults) {
+  running_program program({}, "RunTimeGridAlwaysVisible=1\n");
+  program.window().set_up_results_grid({"one", "two"}, 3);
+  auto* grid = find<QTableView>(&program.window(), "ResultsTable");
+  grid->setFocus();
+  ASSERT_TRUE(wait_for([&] { return grid->hasFocus(); }));
+  QTest::keyClick(grid, Qt::Key_Tab);
+  EXPECT_FALSE(grid->hasFocus());
 }
 
 TEST(MainWindow, GridColumnsGrowWithTheNumbersInSightAndKeepWhatTheUserGaveThem) {
