@@ -23,8 +23,8 @@ public:
           data_.time_functions[i], [&, i] { return "Time function: " + data_.time_functions[i].description.str(); },
           [this, i]() -> stored_series& { return data_.time_functions.edit(i); });
     for (std::size_t s = 0; s < data_.systems.size(); ++s) {
-      segment_series(s, "Loads", &system_data_type::loads);
-      segment_series(s, "Boundaries", &system_data_type::boundaries);
+      segment_series(s, "Loads", "Load", &system_data_type::loads);
+      segment_series(s, "Boundaries", "Boundary", &system_data_type::boundaries);
     }
     field_series("Exchange", "exchange", data_.exchange_fields);
     field_series("Flow", "flow", data_.flow_fields);
@@ -40,7 +40,7 @@ private:
   }
 
   template <class List>
-  void segment_series(std::size_t s, const char* kind, List system_data_type::*list) {
+  void segment_series(std::size_t s, const char* kind, const char* one, List system_data_type::*list) {
     for (std::size_t i = 0; i < (data_.systems[s].*list).size(); ++i) {
       const auto& series = (data_.systems[s].*list)[i];
       visit(
@@ -49,8 +49,17 @@ private:
             return std::string(kind) + " for system '" + data_.systems[s].description.str() +
                    "' segment id: " + std::to_string(series.segment);
           },
+          [&] { return std::string(one) + " of " + data_.systems[s].description.str() + in_segment(series.segment); },
           [this, s, i, list]() -> stored_series& { return (data_.systems.edit(s).*list).edit(i); });
     }
+  }
+
+  // As a user counts: from 1, and with the segment's name where it has one.
+  std::string in_segment(std::int32_t segment) const {
+    const auto at = static_cast<std::size_t>(segment);
+    const bool inside = segment >= 0 && at < data_.segments.size();
+    return " in segment " + std::to_string(std::int64_t{segment} + 1) +
+           (inside && !data_.segments[at].name.empty() ? " (" + data_.segments[at].name.str() + ")" : std::string());
   }
 
   template <class Fields>
@@ -66,16 +75,21 @@ private:
             [&fields, f, i]() -> stored_series& { return fields.edit(f).functions.edit(i); });
   }
 
-  // `make_label` gives what the series is called, `edit` the series for changing. Both are only asked for one that has
-  // a query to run: the others, tens of thousands in a large model, go on sharing their points.
+  // `make_label` gives the label of a failure, which counts segments from 0, `make_name` that of a success, `edit` the
+  // series for changing. They are only asked for one that has a query to run: the others, tens of thousands in a large
+  // model, go on sharing their points.
   template <class MakeLabel, class Edit>
   void visit(const stored_series& series, const MakeLabel& make_label, const Edit& edit) {
+    visit(series, make_label, make_label, edit);
+  }
+  template <class MakeLabel, class MakeName, class Edit>
+  void visit(const stored_series& series, const MakeLabel& make_label, const MakeName& make_name, const Edit& edit) {
     if (series.query->deferred) {
       const std::string label = make_label();
       try {
         point_list points = series.points;
         const query_report report = execute_(*series.query, data_, points);
-        progress_.executed(label, *series.query, report);
+        progress_.executed(make_name(), *series.query, report);
         stored_series& target = edit();
         target.points = std::move(points);
         if (clear_flags_) target.query.edit().deferred = false;

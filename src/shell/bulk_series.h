@@ -49,7 +49,9 @@ void visit_systems(prevesk_dataset_data_type& data, List system_data_type::*list
       const std::int64_t element = record.segment * systems + number - 1;
       if (record.segment < 0 || element < 0 || element >= elements) {
         outside([&] {
+          const bool named = record.segment >= 0 && static_cast<std::size_t>(record.segment) < data.segments.size();
           return "WARNING: A " + std::string(name) + " at segment " + std::to_string(std::int64_t{record.segment} + 1) +
+                 (named ? " (" + data.segments[static_cast<std::size_t>(record.segment)].name.str() + ")" : "") +
                  " of system " + std::to_string(number) + " lies outside the model and is left out.";
         });
         continue;

@@ -12,9 +12,10 @@ namespace vesk {
 
 class noting_interface : public user_interface {
 public:
-  std::vector<std::string> boxes; // "title: text"
-  std::vector<std::string> lines; // "icon text"
-  std::vector<std::string> shown; // progress, labels, run controls, grid
+  std::vector<std::string> boxes;  // "title: text"
+  std::vector<std::string> lines;  // "icon text"
+  std::vector<std::string> shown;  // progress, labels, run controls, grid
+  std::vector<std::string> series; // whose queries were executed
   std::string caption;
   command_conditions commands;
   bool closed = false;
@@ -54,6 +55,9 @@ public:
   void set_progress(int percent) override { shown.push_back("progress " + std::to_string(percent)); }
   void set_info_label(const std::string& text) override { shown.push_back("info " + text); }
   void set_time_remaining_label(const std::string& text) override { shown.push_back("time" + text); }
+  void query_executed(const std::string& name, const import_query_descriptor&, const query_report&) override {
+    series.push_back(name);
+  }
   void show_run_controls(bool running) override { shown.push_back(running ? "run on" : "run off"); }
   void set_up_results_grid(const std::vector<std::string>& labels, int rows) override {
     shown.push_back("grid " + std::to_string(labels.size()) + "x" + std::to_string(rows));

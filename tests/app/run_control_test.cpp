@@ -176,6 +176,27 @@ TEST_F(RunControl, ADeferredQueryThatCannotBeExecutedStopsTheRun) {
   EXPECT_NE(form.active_thread, nullptr);
 }
 
+// The label of a failure is given, all else counts segments as a user does.
+TEST_F(RunControl, QueriesNameTheirSeries) {
+  make_data("returns");
+  form.current_data_set->segments.edit(0).name = "Weir";
+  auto& loads = form.current_data_set->systems.edit(0).loads;
+  loads = {{}, {}};
+  loads.edit(1).segment = 7; // outside
+  for (std::size_t i = 0; i < 2; ++i) loads.edit(i).query.edit().deferred = true;
+  int executed = 0;
+  form.execute_query = [&](const import_query_descriptor&, const prevesk_dataset_data_type&, point_list&) {
+    if (++executed == 3) throw query_engine_exception("gone");
+    return query_report{};
+  };
+  form.RunModelButtonClick();
+  finish();
+  EXPECT_EQ(ui.series, (lines{"Load of Tracer in segment 1 (Weir)", "Load of Tracer in segment 8"}));
+  form.RunModelButtonClick();
+  EXPECT_EQ(ui.boxes, lines{"Live query error: Live query for time series \"Loads for system 'Tracer' segment id: 0\" "
+                            "failed: gone"});
+}
+
 TEST_F(RunControl, QueriesOfARunLeaveTheDataSetAndThoseOfTheCommandChangeIt) {
   make_data("returns");
   form.current_data_set->print_intervals.query.edit().deferred = true;

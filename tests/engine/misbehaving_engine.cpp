@@ -154,9 +154,7 @@ void get_maximum_parameters(const char* library, vesk_data_callback data_callbac
 void import_export(vesk_data_callback data_callback, int flag) {
   call = data_callback;
   put_code_of_file_name();
-  char name[4096] = "";
-  call("GFILENAME", name, nullptr, nullptr, nullptr, nullptr);
-  if (std::string(name).find("hydro") != std::string::npos) put("PHYDROFILE", "flows.hyd");
+  if (file_name().find("hydro") != std::string::npos) put("PHYDROFILE", "flows.hyd");
   put("PINFO", flag == 1 ? "import " + std::to_string(get("GIMPORT")) : "export " + std::to_string(get("GIMPORT")));
 }
 void import_network(vesk_data_callback data_callback) {

@@ -163,6 +163,18 @@ TEST(BulkService, FillsTheElementsOfEachKind) {
   }
 }
 
+TEST(BulkService, NamesTheSegmentOfALoadThatIsLeftOut) {
+  bulk_job job;
+  job.data.segments.edit(2).name = "Weir";
+  job.data.systems.edit(1).isc = 9; // beyond the two systems
+  job.data.systems.edit(1).loads = {series<loads_data_type>(2, 1)};
+  job.enter_all();
+  std::vector<std::string> log;
+  bulk_service([&](std::string_view line) { log.emplace_back(line); }).update(job, 0);
+  EXPECT_THAT(log, ElementsAre("WARNING: A load at segment 3 (Weir) of system 9 lies outside the model and is left "
+                               "out."));
+}
+
 TEST(BulkService, CountsMillisecondsOfWhatIsRegistered) {
   bulk_job job;
   job.add_time_function(1, point_list(300'000, at(0, 1))); // of one moment, so scanned at each update
