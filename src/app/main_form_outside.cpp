@@ -127,7 +127,12 @@ void TPreveskMainForm::Setdatabasefolder1Click() {
 
 void TPreveskMainForm::DictionaryItemClick() {
   const auto name = ui_.ask_file(dictionary_dialog);
-  if (name && write_dictionary_file(*name)) ui_.message_box("Complete", "Dictionary written", box_buttons::ok);
+  if (!name) return;
+  try {
+    if (write_dictionary_file(*name)) ui_.message_box("Complete", "Dictionary written", box_buttons::ok);
+  } catch (const file_exception& error) {
+    report_failure(error.what());
+  }
 }
 
 } // namespace vesk

@@ -2,8 +2,10 @@
 
 #include "shell/shell_interface.h"
 
-#include <fstream>
+#include "platform/safe_file.h"
+
 #include <ostream>
+#include <sstream>
 
 namespace vesk {
 
@@ -31,10 +33,16 @@ void shell_interface::write_dictionary(std::ostream& stream) const {
 }
 
 bool write_dictionary_file(const std::filesystem::path& file) {
-  std::ofstream stream(file, std::ios::binary);
-  if (!stream) return false;
-  shell_interface().write_dictionary(stream);
-  return true;
+  std::ostringstream text;
+  shell_interface().write_dictionary(text);
+  try {
+    safe_file target(file);
+    write_all(target.descriptor(), text.str(), {}, file.string());
+    target.commit();
+    return true;
+  } catch (const file_open_exception&) {
+    return false;
+  }
 }
 
 } // namespace vesk

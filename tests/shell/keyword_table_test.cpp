@@ -111,6 +111,7 @@ TEST(KeywordTable, DictionaryShowsTheRowsInByteOrder) {
   EXPECT_NE(text.find("\nDONE\n\tDATAFUNC0\n\tgrid_stop\n\nDTFUNC\n"), std::string::npos);
   EXPECT_NE(text.find("\n\t\tconstant_description :  (STRING)\n"), std::string::npos);
   EXPECT_FALSE(write_dictionary_file(folder.file("nowhere/dictionary.txt")));
+  EXPECT_THROW(write_dictionary_file("/dev/full"), file_exception);
 }
 
 // The table in the document for engine authors has each row once, and no other.
