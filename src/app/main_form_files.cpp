@@ -86,16 +86,18 @@ bool TPreveskMainForm::load_data_file(const std::string& name) {
   return true; // whatever came of it has been told
 }
 
-TPreveskMainForm::load_result TPreveskMainForm::load(const std::string& name) {
+TPreveskMainForm::load_result TPreveskMainForm::load(const std::string& name, load_kind kind) {
   commit_snapshot();
   reading_losses losses;
   try {
-    if (!read_into_new_data_sets(name, losses)) {
+    if (!read_into_new_data_sets(name, kind, losses)) {
       report_failure("Cannot open file.");
       restore_snapshot(); // of the new data set, so that it stays empty
       update_menus();
       return load_result::cannot_open;
     }
+  } catch (const file_open_exception&) {
+    return load_result::refused;
   } catch (const std::exception& error) {
     report_failure(error.what()); // a damaged file, or no catalogue to read it with
     return load_result::refused;
@@ -129,8 +131,9 @@ void TPreveskMainForm::tell_losses(const std::string& name, const reading_losses
 }
 
 // Replaces both data sets, the file's name with them, unless the file is damaged: then it throws and all is as it was.
-// A file that cannot be opened (false) leaves new, empty data sets under its name.
-bool TPreveskMainForm::read_into_new_data_sets(const std::string& name, reading_losses& losses) {
+// A file that cannot be opened (false) leaves new, empty data sets under its name; if it is a member of a project, it
+// throws, too.
+bool TPreveskMainForm::read_into_new_data_sets(const std::string& name, load_kind kind, reading_losses& losses) {
   const busy_cursor busy(ui_);
   const auto tables = catalogue.get();
   auto backup = std::make_unique<prevesk_dataset_data_type>(tables);
@@ -139,6 +142,7 @@ bool TPreveskMainForm::read_into_new_data_sets(const std::string& name, reading_
   try {
     losses = read_data_file(name, *fresh);
   } catch (const file_open_exception&) {
+    if (kind == load_kind::project_member) throw;
     opened = false;
   } catch (...) {
     if (current_data_set) current_data_set->apply_thread_defaults(); // reading had moved them

@@ -62,7 +62,7 @@ bool TPreveskMainForm::open_project_file(const std::string& name) {
       continue;
     }
     const std::string data_file = absolute_member(line, name);
-    if (load(data_file) == load_result::refused) {
+    if (load(data_file, load_kind::project_member) == load_result::refused) {
       ui_.message_box("Error", "Failed to open " + data_file, box_buttons::ok);
       return false;
     }

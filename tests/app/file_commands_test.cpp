@@ -201,6 +201,18 @@ TEST_F(FileCommands, AProjectOpensItsDataFileAndKeepsTheOtherMembers) {
                    "Error: Could not open specified file \"" + folder.file("missing.vkp") + "\" (.VKP file)"}));
 }
 
+TEST_F(FileCommands, AProjectWhoseDataFileCannotBeOpenedChangesNothing) {
+  const std::string open_file = make_file("a.vki", "upper");
+  form.open_file(open_file);
+  folder.write("river.vkp", "2\nmap.shp\ngone.vki\n");
+  form.open_file(folder.file("river.vkp"));
+  EXPECT_EQ(ui.boxes, (lines{"Error: Failed to open " + folder.file("gone.vki"),
+                             "Error: Could not open specified file \"" + folder.file("river.vkp") + "\" (.VKP file)"}));
+  EXPECT_EQ(form.file_name, open_file);
+  EXPECT_EQ(first_segment(), "upper");
+  EXPECT_TRUE(form.current_data_set->project_files.empty());
+}
+
 TEST_F(FileCommands, AProjectWithADamagedDataFileChangesNothing) {
   form.open_file(make_file("a.vki", "upper"));
   form.current_data_set->project_files.push_back("kept.shp");
