@@ -83,6 +83,7 @@ constexpr command_row rows[] = {
     {"FennRunModelItem", ready_or_running, &form::RunModelButtonClick},
     {"ImportNetworkButton", has_model, &form::ImportNetworkButtonClick},
     {"ImportNetworkItem", has_model},
+    {"ValidateInputItem", has_model, &form::ValidateInputItemClick},
 
     // Outside programs.
     {"LoadPostProcessorItem", unmanaged, &form::LoadPostProcessorItemClick},
@@ -138,6 +139,7 @@ constexpr menu_row main_menu_rows[] = {
     {1, "OutputcontrolMenuItem", "&Output control..."},
     {0, "ModelItem", "&Model"},
     {1, "ExecuteModelItem", "&Execute", "F5"},
+    {1, "ValidateInputItem", "&Validity check"},
     {1, "ImportNetworkItem", "Import &network..."},
     {0, "PostProcessingItem", "P&ost-processing"},
     {1, "LoadPostProcessorItem", "&Graphical post-processor"},

@@ -69,6 +69,19 @@ void TPreveskMainForm::select_database_folder() {
 void TPreveskMainForm::set_database_folder(const std::string& folder) {
   settings.DatabaseDir = with_separator(folder);
   catalogue.set_directory(settings.DatabaseDir);
+  take_present_catalogue();
+}
+
+// One that cannot be read leaves the data set its own.
+void TPreveskMainForm::take_present_catalogue() {
+  if (!current_data_set) return;
+  try {
+    const auto tables = catalogue.get();
+    current_data_set->set_catalogue(tables);
+    backup_data_set->set_catalogue(tables);
+    current_data_set->apply_thread_defaults();
+  } catch (const catalogue_exception&) {
+  }
 }
 
 void TPreveskMainForm::update_caption() {

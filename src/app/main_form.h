@@ -177,7 +177,7 @@ public:
   void cancel_job();          // asks the job that goes, if any, to stop
   // The launchers; without a data set they do nothing.
   void ImportNetworkButtonClick() { start_import_network(); }
-  void ValidateInputItemClick() { start_validity_check(); } // no control is bound to it
+  void ValidateInputItemClick() { start_validity_check(); }
   void start_import_export(bool import);
   void start_validity_check();
   void start_read_hyd_file();
@@ -216,13 +216,16 @@ private:
   void start_post_processor(const std::string& program);
   void report_failure(const std::string& text);
   void make_data_sets();
+  void take_present_catalogue(); // for the data set that is open
   void take_data_sets(std::unique_ptr<prevesk_dataset_data_type> current,
                       std::unique_ptr<prevesk_dataset_data_type> backup);
   void take_content(const prevesk_dataset_data_type& content); // into the current data set
   void take_back();                                            // the data set of the job that ends
   enum class load_result { loaded, cannot_open, refused };     // refused: data set and name are as they were
-  load_result load(const std::string& name);
-  bool read_into_new_data_sets(const std::string& name, reading_losses& losses);
+  // A member of a project that cannot be opened is refused, and nothing is said.
+  enum class load_kind { data_file, project_member };
+  load_result load(const std::string& name, load_kind kind = load_kind::data_file);
+  bool read_into_new_data_sets(const std::string& name, load_kind kind, reading_losses& losses);
   void tell_losses(const std::string& name, const reading_losses& losses);
   bool ask_name_and_save();
   bool may_replace(const std::string& name);

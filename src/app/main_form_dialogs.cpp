@@ -20,6 +20,7 @@ void TPreveskMainForm::find_boundaries() {
 }
 
 void TPreveskMainForm::ParameterizationItemClick() {
+  take_present_catalogue(); // its tables may have changed since the data set was read
   edit(form_id::TParametersForm, &TPreveskMainForm::update_menus_and_caption);
 }
 

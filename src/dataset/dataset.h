@@ -141,6 +141,8 @@ public:
 
   // What the model lists come from; may be null.
   const std::shared_ptr<const model_catalogue>& catalogue() const { return catalogue_.pointer; }
+  // Exchanges the catalogue; the lists stay as they are until they are refreshed.
+  void set_catalogue(std::shared_ptr<const model_catalogue> catalogue) { catalogue_.pointer = std::move(catalogue); }
 
   // Equal in all members; cursors, the origin and the catalogue behind the lists do not count.
   friend bool operator==(const prevesk_dataset_data_type&, const prevesk_dataset_data_type&) = default;

@@ -34,7 +34,7 @@ TEST(Commands, FollowTheirConditions) {
        "SaveItem SaveasItem EditProjectItem",
        "0011111"},
       {"OpenProjectItem", "1111111"},
-      {"ImportNetworkButton ImportNetworkItem", "0000111"},
+      {"ImportNetworkButton ImportNetworkItem ValidateInputItem", "0000111"},
       {"LoadsItem LoadsToolButton SystemsItem SystemsToolButton SegmentsItem SegmentsToolButton PrintIntervalItem "
        "PrintIntervalToolButton TimestepItem ParametersItem ParametersToolButton ConstantsItem ConstantsToolButton "
        "TimeFunctionsToolButton OutputControlToolButton OutputcontrolMenuItem ExchangesItem ExchangesToolButton "
@@ -201,6 +201,9 @@ TEST_F(CommandHandlers, DiagnosticsOnlySwitchOn) {
   ui.file = folder.file("gone/d.txt");
   press("DictionaryItem"); // cannot be opened: nothing is said
   EXPECT_EQ(ui.boxes.size(), 0U);
+  ui.file = "/dev/full";
+  press("DictionaryItem");
+  EXPECT_EQ(ui.take_boxes(), std::vector<std::string>{"Error: Cannot write /dev/full: No space left on device."});
   ui.file = folder.file("d.txt");
   press("DictionaryItem");
   EXPECT_EQ(ui.boxes, std::vector<std::string>{"Complete: Dictionary written"});

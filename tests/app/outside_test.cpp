@@ -185,9 +185,26 @@ TEST_F(Outside, TheDatabaseFolderIsChosenAndLookedAt) {
   form.Setdatabasefolder1Click();
   EXPECT_EQ(ui.boxes, lines{});
   EXPECT_EQ(form.settings.DatabaseDir, folder.path.string() + "/");
+
+  // The data set that is open takes the catalogue that can be read; its lists stay.
+  form.new_data_set();
+  form.current_data_set->systems.edit(0).description = "kept";
+  const auto first = form.current_data_set->catalogue();
   ui.folder = "/";
   form.select_database_folder();
   EXPECT_EQ(form.settings.DatabaseDir, "/");
+  EXPECT_EQ(form.current_data_set->catalogue(), first);
+  const temporary_folder other;
+  write_behaviour_catalogue(other.path);
+  ui.folder = other.path.string();
+  form.Setdatabasefolder1Click();
+  EXPECT_NE(form.current_data_set->catalogue(), first);
+  EXPECT_EQ(form.current_data_set->catalogue(), form.catalogue.get());
+  EXPECT_EQ(form.backup_data_set->catalogue(), form.catalogue.get());
+  EXPECT_EQ(form.current_data_set->systems[0].description, "kept");
+  std::filesystem::last_write_time(other.path / "catalogue.sqlite", std::filesystem::file_time_type::clock::now());
+  form.ParameterizationItemClick(); // the tables have changed
+  EXPECT_EQ(form.current_data_set->catalogue(), form.catalogue.get());
 }
 
 } // namespace
