@@ -1,6 +1,7 @@
 #include "dataset/vki_file.h"
 
 #include "dataset/binary_writer.h"
+#include "dataset/vki_reader.h"
 #include "platform/safe_file.h"
 
 #include <new>
@@ -20,7 +21,7 @@ data_file::data_file(int descriptor, std::string name) {
 }
 
 void data_file::read_from(int descriptor, std::string name) {
-  bytes_ = read_to_end(descriptor, name);
+  bytes_ = read_to_end(descriptor, name, may_be_data_file); // the reader refuses what is none
   reader_.emplace(std::string_view(bytes_), std::move(name));
 }
 

@@ -212,15 +212,26 @@ private:
   shared_array<std::uint32_t> last_parameter_isc_, last_system_isc_;
 };
 
+bool is_version(std::uint32_t number) {
+  return number >= lowest_file_version && number <= highest_file_version;
+}
+
 std::uint32_t read_version(binary_reader& file) {
   const auto version = file.number<std::uint32_t>("version");
-  if (version >= lowest_file_version && version <= highest_file_version) return version;
+  if (is_version(version)) return version;
   char cause[64];
   std::snprintf(cause, sizeof cause, "not a data file: unknown version 0x%08x.", version);
   file.fail(0, cause);
 }
 
 } // namespace
+
+bool may_be_data_file(std::string_view first_bytes) {
+  std::uint32_t version = 0;
+  if (first_bytes.size() < sizeof version) return true; // more may come
+  std::memcpy(&version, first_bytes.data(), sizeof version);
+  return is_version(version);
+}
 
 vki_facts read_vki(binary_reader& file, prevesk_dataset_data_type& data) {
   vki_facts facts;

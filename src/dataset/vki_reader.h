@@ -22,6 +22,9 @@ struct vki_facts {
 inline constexpr std::uint32_t lowest_file_version = 0x00010000;
 inline constexpr std::uint32_t highest_file_version = 0x00ffffff;
 
+// False once the first bytes of a file show by their version that it is no data file.
+bool may_be_data_file(std::string_view first_bytes);
+
 // Reads the file over the freshly constructed `data`, `file_version` as it is in the file. The catalogue is not asked.
 //
 // Throws data_file_exception when the file is no data file, and when a file of a known version ends before its time or

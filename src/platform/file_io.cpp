@@ -47,7 +47,7 @@ std::uint64_t size_of_regular_file(int file) {
   return static_cast<std::uint64_t>(status.st_size);
 }
 
-std::string read_to_end(int file, std::string_view name) {
+std::string read_to_end(int file, std::string_view name, const std::function<bool(std::string_view)>& goes_on) {
   constexpr std::size_t smallest_step = std::size_t{64} << 10;
   std::string result;
   std::size_t filled = 0;
@@ -58,6 +58,7 @@ std::string read_to_end(int file, std::string_view name) {
     if (got < 0) throw file_exception(file_failure("read", name, errno));
     if (got == 0) break;
     filled += static_cast<std::size_t>(got);
+    if (goes_on && !goes_on({result.data(), filled})) break;
   }
   result.resize(filled);
   return result;

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -50,8 +51,9 @@ file_descriptor open_for_reading(const std::filesystem::path& file);
 // The size of a regular file. 0 for all that has no size of its own, such as a pipe, and for an empty file.
 std::uint64_t size_of_regular_file(int file);
 
-// All that is left in an open file or pipe. `name` is for the message of a file_exception.
-std::string read_to_end(int file, std::string_view name);
+// All that is left in an open file or pipe. `name` is for the message of a file_exception. `goes_on`, if any, is shown
+// what has come so far after each read; when it answers false nothing more is read. A device may never end.
+std::string read_to_end(int file, std::string_view name, const std::function<bool(std::string_view)>& goes_on = {});
 
 // Reads up to `size` bytes at `offset` into `first`, and once that is full up to `more` bytes into `second`, in one
 // call to the system. Returns how many bytes came, 0 at the end of the file. Throws file_exception.

@@ -70,7 +70,7 @@ void take_double(json_loader& loader, void* place, json_scalar&& value) {
   if (const auto* d = std::get_if<double>(&value)) {
     number = *d;
   } else if (const auto* i = std::get_if<std::int64_t>(&value)) {
-    number = static_cast<double>(*i);
+    number = *i == 0 ? -0.0 : static_cast<double>(*i); // a signed integer of 0 is written "-0"
   } else if (const auto* u = std::get_if<std::uint64_t>(&value)) {
     number = static_cast<double>(*u);
   } else {

@@ -45,8 +45,13 @@ data_file open_input(const std::string& name) {
 }
 
 std::string read_text(const std::string& name) {
-  if (name == standard_stream) return read_to_end(STDIN_FILENO, shown(name));
-  return read_to_end(open_for_reading(name).get(), name);
+  // The parser refuses all else, of which there may be no end.
+  const auto may_be_json = [](std::string_view text) {
+    const std::size_t first = text.find_first_not_of(" \t\r\n");
+    return first == text.npos || text[first] == '{' || text[first] == '\xef'; // of a byte order mark
+  };
+  if (name == standard_stream) return read_to_end(STDIN_FILENO, shown(name), may_be_json);
+  return read_to_end(open_for_reading(name).get(), name, may_be_json);
 }
 
 void save(const std::string& name, const prevesk_dataset_data_type& data) {

@@ -5,6 +5,7 @@
 #include "sample_data_set.h"
 
 #include <bit>
+#include <cmath>
 #include <gtest/gtest.h>
 
 namespace vesk {
@@ -33,6 +34,15 @@ std::string refusal(std::string_view json) {
     return error.what();
   }
   return "none";
+}
+
+TEST(DatasetJson, AZeroKeepsItsSign) {
+  const prevesk_dataset_data_type data =
+      read_json(R"({"min_dt": -0, "max_dt": 0, "flow_option": -0, "time_steps": {"points": [[1, 2, -0]]}})");
+  EXPECT_TRUE(std::signbit(data.min_dt));
+  EXPECT_FALSE(std::signbit(data.max_dt));
+  EXPECT_TRUE(std::signbit(data.time_steps.points[0].value));
+  EXPECT_EQ(data.flow_option, 0U);
 }
 
 TEST(DatasetJson, ADataSetComesBackByteForByte) {

@@ -71,6 +71,26 @@ TEST_F(VkiProgram, CheckNamesTheFirstThingThatIsWrong) {
   }
 }
 
+// Read to its end it would meet the limits that are set here.
+TEST_F(VkiProgram, WhatNeverEndsIsRefusedByItsFirstBytes) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) // their shadow needs all addresses
+  const std::string head = "timeout 5 ";
+#else
+  const std::string head = "ulimit -v 500000; timeout 20 ";
+#endif
+  for (const char* command : {"check /dev/zero", "dump /dev/zero", "upgrade /dev/zero x.vki", "check - < /dev/zero"}) {
+    const program_result result = shell(head + VKI + " " + command);
+    EXPECT_EQ(result.status, 1) << command;
+    EXPECT_NE(result.err.find(", section 0 (header), byte 0: "), std::string::npos) << result.err;
+  }
+  const program_result piped = shell("yes | (" + head + VKI + " check -)");
+  EXPECT_EQ(piped.status, 1);
+  EXPECT_NE(piped.err.find("0x0a790a79"), std::string::npos) << piped.err;
+  const program_result json = shell(head + VKI + " load /dev/zero x.vki");
+  EXPECT_EQ(json.status, 1);
+  EXPECT_NE(json.err.find("line 1, column 1"), std::string::npos) << json.err;
+}
+
 TEST_F(VkiProgram, StandardOutputThatIsLostEndsWith1) {
   for (const char* command : {" dump river.vki", " upgrade river.vki -", " --help", " -h", " --version"}) {
     const program_result full = shell(VKI + std::string(command) + " > /dev/full");
