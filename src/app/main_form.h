@@ -43,6 +43,7 @@ struct job_outcome {
   bool checked = true;    // of a validity check: it was made, and nothing of severity 2 was found
   int return_code = 0;    // as the engine has put it; 0 when it has put none
   std::string failure;    // of an exception in the engine or a keyword; empty: none
+  std::string log_loss;   // why lines of its log were lost, one sentence; empty: none was
   bool failed() const { return !failure.empty(); }
 };
 
@@ -95,9 +96,7 @@ public:
 
   // Start.
   // Looks at the arguments in order: opens files at once, notes options. Options are recognised in any case.
-  // `keep_going` is asked before each file.
-  command_line_requests walk_command_line(
-      std::span<const std::string> arguments, const std::function<bool()>& keep_going = [] { return true; });
+  command_line_requests walk_command_line(std::span<const std::string> arguments);
   // Tells whether the catalogue can be opened, asks once for another folder when it cannot.
   void check_database();
   void select_database_folder();                       // asks for DatabaseDir

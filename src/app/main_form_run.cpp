@@ -6,6 +6,7 @@
 #include "app/file_names.h"
 #include "app/time_remaining.h"
 #include "app/worker_priority.h"
+#include "platform/file_io.h"
 
 #include <ctime>
 #include <utility>
@@ -91,6 +92,8 @@ void TPreveskMainForm::note_end_of_job() {
   last_job_.cancelled = active_thread->Terminated();
   last_job_.failure = active_thread->failure();
   last_job_.return_code = job_return_code_;
+  if (const int error = active_thread->log_error())
+    last_job_.log_loss = file_failure("write", active_thread->log_path().native(), error);
   if (!active_thread->FatalException || last_job_.failed()) return;
   try {
     std::rethrow_exception(active_thread->FatalException);

@@ -61,8 +61,7 @@ void TPreveskMainForm::FormClose() {
     settings.MainFormWindowState = now.state;
 }
 
-command_line_requests TPreveskMainForm::walk_command_line(std::span<const std::string> arguments,
-                                                          const std::function<bool()>& keep_going) {
+command_line_requests TPreveskMainForm::walk_command_line(std::span<const std::string> arguments) {
   command_line_requests requests;
   for (std::size_t i = 0; i < arguments.size(); ++i) {
     const std::string option = upper_case(arguments[i]);
@@ -77,7 +76,7 @@ command_line_requests TPreveskMainForm::walk_command_line(std::span<const std::s
     } else if (option == "-IMPORT") {
       requests.import_requested = true;
       requests.import_name = i + 1 < arguments.size() ? arguments[++i] : std::string();
-    } else if (keep_going()) {
+    } else {
       open_file(arguments[i]);
     }
   }

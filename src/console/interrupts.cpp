@@ -8,36 +8,51 @@ namespace vesk {
 
 namespace {
 
-std::atomic<int> signals_seen{0};
-static_assert(std::atomic<int>::is_always_lock_free); // so it may be used in a handler
+constexpr int cancelled = 130;
 
-extern "C" void note_signal(int) {
-  constexpr int cancelled = 130;
-  if (signals_seen.fetch_add(1) + 1 >= 3) _exit(cancelled);
+std::atomic<int> signals_seen{0};
+std::atomic<bool> keyboard{false};
+std::atomic<bool> at_once{false};
+static_assert(std::atomic<int>::is_always_lock_free && std::atomic<bool>::is_always_lock_free); // fit for a handler
+
+extern "C" void note_signal(int signal) {
+  if (signal == SIGINT) keyboard = true;
+  if (signals_seen.fetch_add(1) + 1 >= 3 || at_once) _exit(cancelled);
 }
 
 void watch(int signal) {
   struct sigaction action = {};
   sigaction(signal, nullptr, &action);
-  if (action.sa_handler == SIG_IGN) return; // as a shell sets it for a job in the background
+  if (action.sa_handler == SIG_IGN) return; // as a shell sets it for a job in the background, and nohup
   action = {};
   action.sa_handler = note_signal;
   action.sa_flags = SA_RESTART;
   sigemptyset(&action.sa_mask);
-  sigaddset(&action.sa_mask, SIGINT);
-  sigaddset(&action.sa_mask, SIGTERM);
+  for (const int other : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&action.sa_mask, other);
   sigaction(signal, &action, nullptr);
 }
 
 } // namespace
 
 void watch_interrupts() {
-  watch(SIGINT);
-  watch(SIGTERM);
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) watch(signal);
 }
 
 bool interrupted() {
   return signals_seen.load() != 0;
+}
+
+bool interrupted_by_keyboard() {
+  return keyboard;
+}
+
+ends_at_once::ends_at_once() {
+  at_once = true;
+  if (interrupted()) _exit(cancelled); // came before the handler could see it
+}
+
+ends_at_once::~ends_at_once() {
+  at_once = false;
 }
 
 } // namespace vesk

@@ -2,10 +2,13 @@
 
 #include "app/file_names.h"
 #include "console/interrupts.h"
+#include "platform/file_io.h"
+#include "platform/side_file.h"
 
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
+#include <utility>
 
 namespace vesk {
 
@@ -39,9 +42,28 @@ void session::set_up() {
   form_.set_logging_enabled(options_.log);
   form_.skip_deferred_queries = options_.no_queries;
   if (options_.log_directory) form_.log_file_name = std::filesystem::path(*options_.log_directory) / "LOG.TXT";
+  if (options_.log) try_log();
+  form_.execute_query = [plain = form_.execute_query](const import_query_descriptor& query,
+                                                      const prevesk_dataset_data_type& data_set, point_list& points) {
+    const ends_at_once on_a_signal;
+    return plain(query, data_set, points);
+  };
+}
+
+// Jobs never report that they cannot write their logs, but here somebody has asked for them.
+void session::try_log() {
+  std::error_code ignored; // the file's own failure tells more
+  std::filesystem::create_directories(form_.log_file_name.parent_path(), ignored);
+  if (const int error = append_to_side_file(form_.log_file_name, ""))
+    tell_log_loss(file_failure("write", form_.log_file_name.native(), error));
+}
+
+void session::tell_log_loss(const std::string& cause) {
+  if (!std::exchange(log_loss_told_, true)) ui_.say_failure(cause + " The work goes on without a log.");
 }
 
 bool session::catalogue_is_there() {
+  const ends_at_once on_a_signal;
   try {
     form_.catalogue.get();
     return true;
@@ -53,9 +75,11 @@ bool session::catalogue_is_there() {
 
 // The walk of the arguments goes on after a file that cannot be opened, but nothing is done with what it opened.
 session::step session::open_files() {
-  const auto requests = form_.walk_command_line(options_.walk, [] { return !interrupted(); });
+  const auto requests = [this] {
+    const ends_at_once on_a_signal;
+    return form_.walk_command_line(options_.walk);
+  }();
   if (form_.failures() > 0 || (form_.files_partly_read() > 0 && !options_.yes)) return step::failed;
-  if (interrupted()) return step::cancelled;
   if (!requests.import_requested) return step::done;
   return job(requests.import_name, [&] { form_.import_file(requests.import_name); });
 }
@@ -124,6 +148,7 @@ session::step session::job(const std::string& subject, const std::function<void(
   while (form_.active_thread) {
     if (interrupted() && !cancel_told) {
       form_.cancel_job();
+      if (interrupted_by_keyboard()) ui_.say_failure("Cancelling; press Ctrl+C twice more to end at once.");
       cancel_told = true;
     }
     wait_and_synchronize(longest_sleep);
@@ -132,6 +157,7 @@ session::step session::job(const std::string& subject, const std::function<void(
     ui_.refresh_progress();
     next_tick += milliseconds(TPreveskMainForm::ui_update_interval);
   }
+  if (!form_.last_job().log_loss.empty()) tell_log_loss(form_.last_job().log_loss);
   const step result = outcome_since(failures_before);
   ui_.end_progress(result == step::done);
   ui_.set_subject("");

@@ -25,6 +25,8 @@ private:
   enum class step { done, run_failed, cancelled, failed };
 
   void set_up();
+  void try_log();
+  void tell_log_loss(const std::string& cause); // once
   bool catalogue_is_there();
   step open_files();
   step jobs();
@@ -38,6 +40,7 @@ private:
   int status_of(step result) const;
 
   int run_return_code_ = 0;
+  bool log_loss_told_ = false;
 
   const console_options& options_;
   console_interface& ui_;

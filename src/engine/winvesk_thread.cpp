@@ -1,5 +1,6 @@
 #include "engine/winvesk_thread.h"
 
+#include "platform/side_file.h"
 #include "platform/threads.h"
 #include "shell/shell_interface.h"
 
@@ -19,10 +20,8 @@ void winvesk_thread::Execute() {
 }
 
 void winvesk_thread::log_line(std::string_view text) {
-  if (log_path_.empty() || !log_stream_) return;
-  log_stream_.open(log_path_, std::ios::app | std::ios::binary);
-  log_stream_ << text << '\n' << std::flush;
-  if (log_stream_.is_open()) log_stream_.close();
+  if (log_path_.empty() || log_error_ != 0) return;
+  log_error_ = append_to_side_file(log_path_, std::string(text) + '\n');
 }
 
 winvesk_thread::mailbox winvesk_thread::take_mailbox() {

@@ -7,7 +7,6 @@
 
 #include <ctime>
 #include <filesystem>
-#include <fstream>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -33,6 +32,7 @@ public:
   const std::string& status_text() const { return status_text_; } // once the job has ended
   std::time_t start_time() const { return start_time_; }          // seconds since 1970
   const std::filesystem::path& log_path() const { return log_path_; }
+  int log_error() const { return log_error_; } // the system's, of the first line that was lost; once the job has ended
 
   // Why the job failed; empty when it has not. Of an exception in the engine or in a keyword. Once the job has ended.
   const std::string& failure() const { return failure_; }
@@ -72,7 +72,7 @@ protected:
 
 private:
   job_front_end& front_end_;
-  std::ofstream log_stream_; // worker only; its failure state stays, so that one lost line loses all that follow
+  int log_error_ = 0; // worker only; stays, so that one lost line loses all that follow
   std::filesystem::path log_path_;
   int status_code_ = 0;           // worker only
   std::string status_text_;       // worker only
