@@ -37,7 +37,8 @@
  * The column labels of GRIDINIT are one block of slots of the width that is told; a label shorter than its slot ends
  * with a NUL.
  *
- * An engine's function has to return: ending its thread or the process ends the program.
+ * An engine's function has to return: ending its thread or the process ends the program, with one line on standard
+ * error that names the engine.
  *
  * Calls may come from any thread of the engine's, but only one at a time. No exception crosses this boundary:
  * when the front end fails inside a call it notes the failure and answers CANCEL with 1 from then on.

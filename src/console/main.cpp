@@ -1,5 +1,6 @@
 #include "console/interrupts.h"
 #include "console/session.h"
+#include "engine/engine_watch.h"
 #include "platform/program_start.h"
 
 #include <cstdlib>
@@ -26,6 +27,7 @@ int main(int argc, char** argv) {
     return exit_usage;
   }
   watch_interrupts();
+  report_engine_crashes("vesk-run");
   try {
     return session(options, ui).run();
   } catch (const std::exception& error) {

@@ -1,8 +1,10 @@
 #include "engine/model_thread.h"
 
+#include "engine/engine_watch.h"
 #include "platform/millisecond_clock.h"
 #include "shell/callback.h"
 
+#include <cxxabi.h>
 #include <functional>
 
 namespace vesk {
@@ -44,10 +46,19 @@ void model_thread::Execute() {
 }
 
 void model_thread::call_engine() {
-  const std::string library_text = data_set_.library;
   // Here and not in Execute: what the engine has registered may be gone once its function is left, and the window
   // repaints while it shows a failure.
   const at_end left{[this] { take_back_arrays(); }};
+  const engine_at_work at_work(library_->path);
+  try {
+    call_function();
+  } catch (const abi::__forced_unwind&) {
+    at_work.end_without_thread();
+  }
+}
+
+void model_thread::call_function() {
+  const std::string library_text = data_set_.library;
   switch (code_) {
   case job_code::run: return library_->execute_model(library_text.c_str(), &data_callback);
   case job_code::get_maximum_parameters: return library_->get_maximum_parameters(library_text.c_str(), &data_callback);

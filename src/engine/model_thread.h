@@ -45,6 +45,7 @@ protected:
 
 private:
   void call_engine();
+  void call_function();
   void take_back_arrays(); // that the engine has registered
 
   const std::shared_ptr<const engine_library> library_;

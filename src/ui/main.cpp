@@ -1,3 +1,4 @@
+#include "engine/engine_watch.h"
 #include "platform/program_start.h"
 #include "platform/settings_file.h"
 #include "ui/program.h"
@@ -18,6 +19,7 @@ static bool has_display(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   vesk::prepare_process();
+  vesk::report_engine_crashes("vesk");
   if (!has_display(argc, argv)) {
     std::fputs("vesk: There is no display to open a window on; vesk-run does the same work without one.\n", stderr);
     return 1;

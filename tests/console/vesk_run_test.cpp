@@ -7,7 +7,10 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <csignal>
+#include <sqlite3.h>
+#include <sys/stat.h>
 
 namespace vesk {
 namespace {
@@ -20,11 +23,12 @@ protected:
   }
 
   // A data file on which the engine behaves as named.
-  std::string make_file(const std::string& behaviour, bool deferred = false, const std::string& source = {}) {
+  std::string make_file(const std::string& behaviour, bool deferred = false, const std::string& source = {},
+                        std::size_t segments = 1) {
     prevesk_dataset_data_type data(catalogue_source(folder.path).get());
     data.model_type = model_of(behaviour);
     data.refresh_from_catalogue(false);
-    data.resize_segments(1);
+    data.resize_segments(segments);
     if (deferred) data.time_steps.query.edit().deferred = true;
     if (!source.empty()) {
       import_query_descriptor& query = data.time_steps.query.edit();
@@ -40,6 +44,7 @@ protected:
     return run_program(VESK_RUN, arguments, signal);
   }
 
+  static constexpr const char* two_more = "vesk-run: Cancelling; press Ctrl+C twice more to end at once.\n";
   temporary_folder folder;
 };
 
@@ -56,19 +61,101 @@ TEST_F(VeskRun, AnEngineThatThrowsEndsInOneSentence) {
   EXPECT_EQ(result.status, 1);
 }
 
+TEST_F(VeskRun, AnEngineThatEndsTheProgramIsNamed) {
+  const std::string engine = std::string("vesk-run: Engine ") + MISBEHAVING_ENGINE;
+  for (const char* name : {"ASAN_OPTIONS", "TSAN_OPTIONS"}) { // a sanitizer would take the signals
+    const char* present = std::getenv(name);
+    setenv(name, ((present ? std::string(present) + ":" : "") + "handle_segv=0:handle_abort=0").c_str(), 1);
+  }
+  const struct {
+    const char* behaviour;
+    int status;
+    const char* line;
+  } cases[] = {
+      {"crashes", 128 + SIGSEGV, " crashed: invalid memory access (SIGSEGV).\n"},
+      {"overflows its stack", 128 + SIGSEGV, " crashed: invalid memory access (SIGSEGV).\n"},
+      {"aborts", 128 + SIGABRT, " ended the program: it aborted (SIGABRT).\n"},
+      {"throws on its own thread", 128 + SIGABRT,
+       " ended the program: an exception on a thread of its own: no convergence\n"},
+      {"ends its thread", 128 + SIGABRT, " ended the program by ending its thread.\n"},
+      {"calls exit", 1, " ended the program by calling exit.\n"},
+  };
+  for (const auto& c : cases) {
+    const program_result result = run({make_file(c.behaviour), "-RUN"});
+    EXPECT_EQ(result.status, c.status) << c.behaviour;
+    EXPECT_EQ(result.err, engine + c.line) << c.behaviour;
+  }
+}
+
 TEST_F(VeskRun, CtrlCCancels) {
   const program_result result =
       run({make_file("waits for cancel"), "-RUN", "--save", folder.file("never.vki")}, SIGINT);
   EXPECT_EQ(result.out, "waiting\nTerminating model thread... please wait...\n");
+  EXPECT_EQ(result.err, two_more);
   EXPECT_EQ(result.status, 130); // whatever code the engine has put
   EXPECT_FALSE(std::filesystem::exists(folder.file("never.vki")));
 }
 
+TEST_F(VeskRun, ASignalEndsTheReadingOfAFileAndAQueryAtOnce) {
+  const std::string pipe = folder.file("pipe.vki"); // that nobody writes to
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  make_file("says run");
+  prevesk_dataset_data_type data(catalogue_source(folder.path).get());
+  read_data_file(folder.path / "river.vki", data);
+  auto& query = data.time_steps.query.edit();
+  query.deferred = true;
+  query.file_name = "steps.sqlite"; // that somebody has locked
+  query.table_name = "steps";
+  query.date_time_field = "t";
+  query.value_field = "v";
+  save_data_file(folder.path / "river.vki", data);
+  sqlite3* database = nullptr;
+  ASSERT_EQ(sqlite3_open(folder.file("steps.sqlite").c_str(), &database), SQLITE_OK);
+  ASSERT_EQ(sqlite3_exec(database, "CREATE TABLE steps (t TEXT, v REAL); BEGIN EXCLUSIVE;", nullptr, nullptr, nullptr),
+            SQLITE_OK);
+
+  for (const std::string signal : {"INT", "TERM", "HUP"})
+    for (const std::string& file : {pipe, folder.file("river.vki")}) {
+      const auto start = std::chrono::steady_clock::now();
+      const program_result result = run_program(
+          "/usr/bin/timeout", {"--preserve-status", "--foreground", "-k", "20", "-s", signal, "0.4", VESK_RUN,
+                               "--catalogue", folder.path, "--engine", MISBEHAVING_ENGINE, file, "-RUN"});
+      EXPECT_EQ(result.status, 130) << signal << " " << file;
+      EXPECT_EQ(result.out + result.err, "") << signal << " " << file;
+      EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(1500)) << signal << " " << file;
+    }
+  sqlite3_close(database);
+}
+
+TEST_F(VeskRun, AFileBeyondTheLimitOfSizesIsADiskThatIsFull) {
+  const std::string saved = folder.file("saved.vki");
+  const program_result result = run_program(
+      "/bin/sh", {"-c", "ulimit -f 1; " VESK_RUN " --catalogue " + folder.path.string() + " --engine " +
+                            MISBEHAVING_ENGINE + " " + make_file("says run", false, "", 1000) + " --save " + saved});
+  EXPECT_EQ(result.err, "vesk-run: Cannot write " + saved + ": File too large.\n");
+  EXPECT_EQ(result.status, 1);
+  EXPECT_FALSE(std::filesystem::exists(saved));
+}
+
+TEST_F(VeskRun, ALogThatCannotBeWrittenIsTold) {
+  const std::string file = make_file("says run");
+  folder.write("plain", "");
+  const std::string log = folder.file("plain/LOG.TXT");
+  const program_result result = run({file, "-RUN", "--export", "a.inp", "--log=" + folder.file("plain")});
+  EXPECT_EQ(result.err, "vesk-run: Cannot write " + log + ": Not a directory. The work goes on without a log.\n");
+  EXPECT_EQ(result.out, "run\nexport 0\n");
+  EXPECT_EQ(result.status, 0); // of the work
+}
+
 TEST_F(VeskRun, AnExceptionOutweighsACancelAndACancelAReturnCode) {
-  EXPECT_EQ(run({make_file("throws after a cancel"), "-RUN"}, SIGTERM).status, 1);
+  for (const int signal : {SIGTERM, SIGHUP}) {
+    const program_result thrown = run({make_file("throws after a cancel"), "-RUN"}, signal);
+    EXPECT_EQ(thrown.status, 1);
+    EXPECT_EQ(thrown.err, "vesk-run: The engine failed: too late\n");
+  }
   const program_result checked = run({make_file("waits for cancel"), "--check"}, SIGINT);
   EXPECT_EQ(checked.status, 130);
-  EXPECT_EQ(checked.err, ""); // no verdict on what was not told
+  EXPECT_EQ(checked.err, two_more); // and no verdict on what was not told
 }
 
 TEST_F(VeskRun, WhatFollowsAFailedRunIsStillDone) {

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <map>
+#include <pthread.h>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -50,6 +51,15 @@ void show_short_grid(std::int32_t invert) {
   call("PDONE", nullptr, nullptr, nullptr, nullptr, nullptr);
 }
 
+int* volatile nowhere = reinterpret_cast<int*>(8);
+
+int deeper(int depth) {
+  volatile char frame[4096];
+  frame[0] = static_cast<char>(depth);
+  if (!nowhere) return 0; // never
+  return depth + deeper(depth + 1) + frame[0];
+}
+
 // Left behind on purpose after the engine has returned.
 float grid_values[4] = {1, 2, 3, 4};
 
@@ -90,6 +100,12 @@ const std::map<std::string, void (*)()> behaviours{
        while (get("GCANCEL") == 0) std::this_thread::sleep_for(std::chrono::milliseconds(1));
        call("PDONE", nullptr, nullptr, nullptr, nullptr, nullptr);
      }},
+    {"crashes", [] { *nowhere = 1; }},
+    {"overflows its stack", [] { put("PINFO", std::to_string(deeper(1))); }},
+    {"aborts", [] { std::abort(); }},
+    {"calls exit", [] { std::exit(0); }},
+    {"ends its thread", [] { pthread_exit(nullptr); }},
+    {"throws on its own thread", [] { std::thread([] { throw std::runtime_error("no convergence"); }).join(); }},
     {"shows a short grid", [] { show_short_grid(0); }},
     {"shows a short grid inverted", [] { show_short_grid(1); }},
     {"throws with a grid of its own",
@@ -155,6 +171,7 @@ void import_export(vesk_data_callback data_callback, int flag) {
   call = data_callback;
   put_code_of_file_name();
   if (file_name().find("hydro") != std::string::npos) put("PHYDROFILE", "flows.hyd");
+  if (file_name().find("abort") != std::string::npos) std::abort();
   put("PINFO", flag == 1 ? "import " + std::to_string(get("GIMPORT")) : "export " + std::to_string(get("GIMPORT")));
 }
 void import_network(vesk_data_callback data_callback) {

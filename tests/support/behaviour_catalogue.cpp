@@ -8,10 +8,11 @@
 
 namespace vesk {
 
-const std::initializer_list<const char*> behaviours{"says run", "returns", "throws", "waits for cancel", "reports",
-                                                    "shows a grid", "throws after a cancel",
-                                                    // appended only: the place in this list is the model's number
-                                                    "shows a short grid", "shows a short grid inverted"};
+const std::initializer_list<const char*> behaviours{
+    "says run", "returns", "throws", "waits for cancel", "reports", "shows a grid", "throws after a cancel",
+    // appended only: the place in this list is the model's number
+    "shows a short grid", "shows a short grid inverted", "crashes", "overflows its stack", "aborts", "calls exit",
+    "ends its thread", "throws on its own thread"};
 
 unsigned model_of(const std::string& behaviour) {
   unsigned model = 1;

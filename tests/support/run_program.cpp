@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <stdexcept>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -20,6 +21,8 @@ program_result run_program(const std::string& program, const std::vector<std::st
 
   const pid_t child = fork();
   if (child == 0) {
+    const rlimit no_cores{0, 0}; // of programs that crash on purpose
+    setrlimit(RLIMIT_CORE, &no_cores);
     dup2(pipes[0][1], STDOUT_FILENO);
     dup2(pipes[1][1], STDERR_FILENO);
     execv(program.c_str(), words.data());

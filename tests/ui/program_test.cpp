@@ -43,6 +43,15 @@ TEST_F(Program, ImportsThenRunsThenQuits) {
   EXPECT_TRUE(fs::exists(folder.path / "old_oxygen.csv"));
 }
 
+TEST_F(Program, NamesTheEngineThatEndsIt) {
+  setenv("VESK_ENGINE", MISBEHAVING_ENGINE, 1);
+  const program_result result = run_program(VESK, {"-Import", folder.file("abort.inp")});
+  EXPECT_EQ(result.status, 128 + SIGABRT);
+  const std::string line =
+      std::string("vesk: Engine ") + MISBEHAVING_ENGINE + " ended the program: it aborted (SIGABRT).\n";
+  EXPECT_TRUE(result.err.ends_with(line)) << result.err;
+}
+
 TEST_F(Program, ClosedInTheMiddleOfAJobItEndsAtOnceWithItsSettingsSavedAndNothingHalfWritten) {
   write_long_sample(folder.file("long.vki"));
   folder.write("settings.ini", "[SOFTWARE\\TALMO\\VESK\\7.0]\nDatabaseDir=" CATALOGUE "/\n");

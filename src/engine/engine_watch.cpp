@@ -1,0 +1,119 @@
+#include "engine/engine_watch.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstdlib>
+#include <cstring>
+#include <exception>
+#include <string_view>
+#include <unistd.h>
+
+namespace vesk {
+
+namespace {
+
+struct fatal_signal {
+  int number;
+  std::string_view cause;
+};
+constexpr fatal_signal fatal_signals[] = {
+    {SIGSEGV, " crashed: invalid memory access (SIGSEGV).\n"},
+    {SIGBUS, " crashed: invalid memory access (SIGBUS).\n"},
+    {SIGFPE, " crashed: invalid arithmetic (SIGFPE).\n"},
+    {SIGILL, " crashed: invalid instruction (SIGILL).\n"},
+    {SIGSYS, " crashed: forbidden call of the system (SIGSYS).\n"},
+    {SIGABRT, " ended the program: it aborted (SIGABRT).\n"},
+};
+
+const char* program_name = nullptr;
+bool on_terminal = false;
+struct sigaction former_actions[NSIG];
+std::terminate_handler former_terminate = nullptr;
+std::atomic<const engine_at_work*> at_work = nullptr;
+std::atomic<bool> told = false;
+
+// The main thread never calls an engine; what ends the program there is not an engine's.
+bool on_main_thread() {
+  return gettid() == getpid();
+}
+
+// Fit for a signal handler.
+void tell(std::string_view cause) {
+  const engine_at_work* const engine = at_work.load();
+  if (!engine || on_main_thread() || told.exchange(true)) return;
+  for (const std::string_view piece : {std::string_view(on_terminal ? "\r\033[K" : ""), // where a bar may stand
+                                       std::string_view(engine->line_head()), cause})
+    [[maybe_unused]] const auto nobody_is_left_to_tell = write(STDERR_FILENO, piece.data(), piece.size());
+}
+
+extern "C" void note_fatal_signal(int number, siginfo_t* information, void*) {
+  const int error = errno;
+  for (const fatal_signal& known : fatal_signals)
+    if (known.number == number) tell(known.cause);
+  sigaction(number, &former_actions[number], nullptr);
+  if (information->si_code <= 0) raise(number); // it was sent; a fault comes again by itself
+  errno = error;
+}
+
+extern "C" void note_exit() {
+  if (!at_work.load() || on_main_thread()) return;
+  tell(" ended the program by calling exit.\n");
+  _exit(EXIT_FAILURE); // before what the main thread still works with is taken down
+}
+
+[[noreturn]] void note_terminate() {
+  if (at_work.load() && !on_main_thread()) {
+    try {
+      if (const auto thrown = std::current_exception()) std::rethrow_exception(thrown);
+    } catch (const std::exception& error) {
+      tell(std::string(" ended the program: an exception on a thread of its own: ") + error.what() + "\n");
+    } catch (...) {
+      tell(" ended the program: an exception on a thread of its own.\n");
+    }
+    std::abort();
+  }
+  former_terminate();
+  std::abort();
+}
+
+} // namespace
+
+void report_engine_crashes(const char* program) {
+  program_name = program;
+  on_terminal = isatty(STDERR_FILENO) != 0;
+  former_terminate = std::set_terminate(note_terminate);
+  for (const fatal_signal& known : fatal_signals) {
+    struct sigaction action = {};
+    action.sa_sigaction = note_fatal_signal;
+    action.sa_flags = SA_SIGINFO | SA_ONSTACK;
+    sigemptyset(&action.sa_mask);
+    sigaction(known.number, &action, &former_actions[known.number]);
+  }
+}
+
+engine_at_work::engine_at_work(const std::filesystem::path& library) {
+  if (!program_name) return;
+  line_head_ = std::string(program_name) + ": Engine " + library.string();
+  const auto size = static_cast<std::size_t>(std::max<long>(sysconf(_SC_SIGSTKSZ), 64 << 10));
+  signal_stack_ = std::make_unique<char[]>(size);
+  const stack_t stack{.ss_sp = signal_stack_.get(), .ss_flags = 0, .ss_size = size};
+  sigaltstack(&stack, &former_stack_);
+  // Registered anew for each job, since what is registered last is called first: before objects are destroyed that
+  // were made later than this program's start.
+  std::atexit(note_exit);
+  std::at_quick_exit(note_exit);
+  at_work = this;
+}
+
+void engine_at_work::end_without_thread() const {
+  tell(" ended the program by ending its thread.\n");
+  std::abort();
+}
+
+engine_at_work::~engine_at_work() {
+  if (!program_name) return;
+  at_work = nullptr;
+  sigaltstack(&former_stack_, nullptr);
+}
+
+} // namespace vesk
