@@ -27,8 +27,9 @@ public:
     std::vector<std::string> names; // of each segment
   };
 
-  // Opens the file and starts the program on it, which is looked for beside the library alone. `waiting` is called ten times a second while an answer is waited for, and may throw
-  // to end that. Afterwards, as after any other exception, the reader is of no more use.
+  // Opens the file and starts the program on it, which is looked for beside the library alone. `waiting` is called ten
+  // times a second while an answer is waited for, and may throw to end that. Afterwards, as after any other exception,
+  // the reader is of no more use.
   explicit HydroReader(std::string file, Waiting waiting = {},
                        std::chrono::milliseconds longest_silence = std::chrono::seconds(60));
   ~HydroReader();

@@ -1,6 +1,6 @@
 // What vesk-mdb writes to its standard output: messages of a size in 4 bytes, a kind in 1, and content of that size.
-// Both programs come from one build, so numbers are in the machine's own form. The database is an open descriptor; there
-// is no environment.
+// Both programs come from one build, so numbers are in the machine's own form. The database is an open descriptor;
+// there is no environment.
 //
 //     vesk-mdb tables          `table` for each, then `end`
 //     vesk-mdb rows TABLE      `field` for each, `rows` for some rows at a time, then `end`
