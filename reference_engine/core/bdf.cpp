@@ -2,16 +2,17 @@
 
 #include "core/errors.h"
 #include "core/mass_rates.h"
+#include "core/newton_solver.h"
 #include "core/text.h"
+#include "core/vector_operations.h"
 
 #include <cvode/cvode.h>
 #include <nvector/nvector_serial.h>
-#include <sunlinsol/sunlinsol_klu.h>
-#include <sunmatrix/sunmatrix_sparse.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <exception>
 #include <limits>
 
 namespace reference_engine {
@@ -34,11 +35,10 @@ void free_context(SUNContext context) {
 void free_memory(void* memory) {
   CVodeFree(&memory);
 }
-void free_solver(SUNLinearSolver solver) {
-  SUNLinSolFree(solver);
-}
 
+// CVODE and its linear solver have a code each for a lack of memory.
 void check(int flag, const char* call) {
+  if (flag == CV_MEM_FAIL || flag == CVLS_MEM_FAIL) throw std::bad_alloc();
   if (flag < 0) throw RunError(text("The implicit solver could not be set up (", call, ": ", flag, ")."));
 }
 template <class Handle>
@@ -60,12 +60,11 @@ class Bdf::Solver {
 public:
   Solver(const Equations& equations, const State& state)
       : rates_(equations), size_(static_cast<sunindextype>(rates_.size())), context_(make_context()),
-        masses_(made(N_VNew_Serial(size_, context_.get()))),
-        matrix_(
-            made(SUNSparseMatrix(size_, size_, static_cast<sunindextype>(rates_.nonzeros()), CSC_MAT, context_.get()))),
-        linear_(made(SUNLinSol_KLU(masses_.get(), matrix_.get(), context_.get()))),
+        masses_(made(N_VNew_Serial(size_, context_.get()))), newton_(rates_.size(), rates_.nonzeros(), context_.get()),
         memory_(made(CVodeCreate(CV_BDF, context_.get()))) {
     constexpr long most_steps = 20000; // in one step of the run
+    use_own_operations(masses_.get());
+    make_sure_of_room();
     std::fill_n(N_VGetArrayPointer(masses_.get()), size_, 0.0);
     rates_.begin(state);
     rates_.masses(state, N_VGetArrayPointer(masses_.get()));
@@ -74,8 +73,8 @@ public:
     check(CVodeSetUserData(memory_.get(), this), "CVodeSetUserData");
     check(CVodeWFtolerances(memory_.get(), &Solver::weights), "CVodeWFtolerances");
     check(CVodeSetMaxNumSteps(memory_.get(), most_steps), "CVodeSetMaxNumSteps");
-    check(CVodeSetLinearSolver(memory_.get(), linear_.get(), matrix_.get()), "CVodeSetLinearSolver");
-    check(CVodeSetJacFn(memory_.get(), &Solver::jacobian), "CVodeSetJacFn");
+    check(CVodeSetLinearSolver(memory_.get(), newton_.handle(), newton_.matrix()), "CVodeSetLinearSolver");
+    check(CVodeSetLinSysFn(memory_.get(), &Solver::newton_matrix), "CVodeSetLinSysFn");
   }
 
   // Moves the masses and the state's concentrations, and puts `volume` in. Returns what the account moved by.
@@ -100,24 +99,48 @@ public:
   }
 
 private:
-  [[noreturn]] static void fail(int flag, double days) {
+  // CVODE takes some twenty copies of the vector without looking whether there was memory for each, and would crash.
+  void make_sure_of_room() const {
+    constexpr std::size_t copies = 24;
+    std::vector<Owned<N_Vector, N_VDestroy>> probe;
+    while (probe.size() < copies) probe.emplace_back(made(N_VClone_Serial(masses_.get())));
+  }
+
+  [[noreturn]] void fail(int flag, double days) const {
+    if (failure_) std::rethrow_exception(failure_);
+    newton_.check_memory();
+    if (flag == CV_MEM_FAIL) throw std::bad_alloc();
     char* const name = CVodeGetReturnFlagName(flag);
     const std::string cause = name == nullptr ? text(flag) : std::string(name);
     std::free(name);
     throw RunError(text("Implicit BDF found no solution over a step of ", days, " days (", cause, ")."));
   }
 
+  // CVODE is C, and what is thrown must not pass through it: it is kept until CVODE has given up.
+  template <class Work>
+  int guarded(Work work) noexcept {
+    try {
+      work();
+      return 0;
+    } catch (...) {
+      failure_ = std::current_exception();
+      return -1;
+    }
+  }
+
   static int rates(realtype time, N_Vector masses, N_Vector into, void* data) {
     auto& self = *static_cast<Solver*>(data);
-    self.rates_.rates(time - self.began_, N_VGetArrayPointer(masses), N_VGetArrayPointer(into));
-    return 0;
+    return self.guarded(
+        [&] { self.rates_.rates(time - self.began_, N_VGetArrayPointer(masses), N_VGetArrayPointer(into)); });
   }
-  static int jacobian(realtype time, N_Vector masses, N_Vector, SUNMatrix into, void* data, N_Vector, N_Vector,
-                      N_Vector) {
+  static int newton_matrix(realtype time, N_Vector masses, N_Vector, SUNMatrix, booleantype last_serves,
+                           booleantype* is_new, realtype gamma, void* data, N_Vector, N_Vector, N_Vector) {
     auto& self = *static_cast<Solver*>(data);
-    MassRates::Columns columns{SM_INDEXPTRS_S(into), SM_INDEXVALS_S(into), SM_DATA_S(into)};
-    self.rates_.jacobian(time - self.began_, N_VGetArrayPointer(masses), columns);
-    return 0;
+    return self.guarded([&] {
+      *is_new = self.newton_.assemble(gamma, last_serves != 0, [&](NewtonSolver::Columns& columns) {
+        self.rates_.jacobian(time - self.began_, N_VGetArrayPointer(masses), columns);
+      });
+    });
   }
   // The account weighs nothing: it follows the masses and asks for no shorter step.
   static int weights(N_Vector masses, N_Vector into, void* data) {
@@ -139,10 +162,10 @@ private:
   sunindextype size_;
   Owned<SUNContext, free_context> context_;
   Owned<N_Vector, N_VDestroy> masses_;
-  Owned<SUNMatrix, SUNMatDestroy> matrix_;
-  Owned<SUNLinearSolver, free_solver> linear_;
+  NewtonSolver newton_;
   Owned<void*, free_memory> memory_;
   realtype time_ = 0, began_ = 0; // days
+  std::exception_ptr failure_;    // thrown in a call from CVODE
 };
 
 Bdf::Bdf() = default;

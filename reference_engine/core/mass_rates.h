@@ -8,6 +8,7 @@
 #define REFERENCE_ENGINE_CORE_MASS_RATES_H
 
 #include "core/equations.h"
+#include "core/newton_solver.h"
 #include "core/state.h"
 
 #include <cstdint>
@@ -18,12 +19,7 @@ namespace reference_engine {
 
 class MassRates {
 public:
-  // A sparse matrix by columns; the rows of column j stand from starts[j] to before starts[j + 1], in no order.
-  struct Columns {
-    std::int64_t* starts; // size() + 1
-    std::int64_t* rows;   // nonzeros()
-    double* values;       // nonzeros()
-  };
+  using Columns = NewtonSolver::Columns; // of size() unknowns with nonzeros() values
 
   // Keeps a reference to the equations.
   explicit MassRates(const Equations& equations);

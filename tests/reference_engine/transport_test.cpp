@@ -2,10 +2,18 @@
 #include "core/errors.h"
 #include "models.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <malloc.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <fstream>
+#include <new>
 #include <numbers>
 #include <random>
+#include <set>
 
 namespace reference_engine {
 namespace {
@@ -133,6 +141,44 @@ TEST(Transport, StiffNetworkIsSolvedInStepsOfTheSlowProcess) {
   EXPECT_NEAR(state.of(conservative)[0], 4 * std::exp(-1.0), 4 * bdf_error);
   EXPECT_NEAR(state.of(conservative)[1], 4 * std::exp(-1.0), 4 * bdf_error);
   EXPECT_NEAR(model.balance.relative_error(), 0, 1e-8); // 1e6 times the rounding of numbers
+}
+
+// As much memory as is left to a process, in steps up to what the run needs, so that each of its larger requests fails
+// once: of the solver's own, of CVODE and of KLU.
+TEST(Transport, ImplicitRunShortOfMemoryEndsInOneSentence) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  GTEST_SKIP() << "sanitizers take address space as they like";
+#endif
+  enum Outcome { solved = 10, refused };
+  Model model(3000);
+  model.through(2);
+  for (int i = 1; i < 3000; ++i) model.exchange(i - 1, i, 1);
+  std::set<int> outcomes;
+  for (rlim_t left = 1 << 16; !outcomes.contains(solved) && left < (1 << 28); left += 3 << 16) {
+    const pid_t child = fork();
+    if (child == 0) {
+      unsigned long long pages = 0;
+      std::ifstream("/proc/self/statm") >> pages;
+      malloc_trim(0);
+      const rlim_t limit = pages * static_cast<rlim_t>(sysconf(_SC_PAGESIZE)) + left;
+      const rlimit both{limit, limit};
+      setrlimit(RLIMIT_AS, &both);
+      try {
+        model.run(bdf, 1, 1);
+        _exit(solved);
+      } catch (const std::bad_alloc&) {
+        _exit(refused);
+      } catch (...) { // another failure: a misleading sentence
+        _exit(1);
+      }
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    ASSERT_TRUE(WIFEXITED(status)) << "signal " << WTERMSIG(status) << " with " << left << " bytes left";
+    outcomes.insert(WEXITSTATUS(status));
+    ASSERT_NE(WEXITSTATUS(status), 1) << left;
+  }
+  EXPECT_THAT(outcomes, testing::ElementsAre(solved, refused));
 }
 
 // One segment that loses by one field alone: C = exp(-share Q t / V), V constant since the surface water is in balance
