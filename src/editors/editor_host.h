@@ -40,6 +40,11 @@ public:
   virtual void redo() = 0;
 
   virtual TFillCalculateForm& fill_calculate_form() = 0; // one for the whole program
+
+  // Jobs that a form may start. A job that ends replaces the data set, like all else that does.
+  virtual void start_load_restart_file() = 0; // asks for the file
+  virtual bool job_is_running() const = 0;
+  virtual void cancel_job() = 0;
 };
 
 } // namespace vesk

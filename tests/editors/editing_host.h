@@ -19,7 +19,10 @@ public:
   std::string clipboard;
   std::optional<std::string> expression; // typed into Fill/Calc; nothing: cancelled
   std::vector<std::shared_ptr<TGraphForm>> graphs;
-  form* open = nullptr; // told of replacements
+  bool running = false;               // a job
+  std::optional<std::string> file;    // chosen in file dialogs
+  box_answer answer = box_answer::ok; // to boxes
+  form* open = nullptr;               // told of replacements
 
   prevesk_dataset_data_type* data_set() override { return &data; }
   std::uint64_t generation() const override { return generation_; }
@@ -38,12 +41,15 @@ public:
   void undo() override { move(steps_, undone_); }
   void redo() override { move(undone_, steps_); }
   TFillCalculateForm& fill_calculate_form() override { return fill_; }
+  void start_load_restart_file() override { running = true; }
+  bool job_is_running() const override { return running; }
+  void cancel_job() override { running = false; }
 
   box_answer message_box(const std::string& title, const std::string& text, box_buttons) override {
     boxes.push_back(title + ": " + text);
-    return box_answer::ok;
+    return answer;
   }
-  std::optional<std::string> ask_file(const file_dialog&) override { return std::nullopt; }
+  std::optional<std::string> ask_file(const file_dialog&) override { return file; }
   std::optional<std::string> ask_folder(const std::string&, const std::string&) override { return std::nullopt; }
   bool show_form(form&) override {
     if (expression) fill_.FillCalculateEdit = *expression;

@@ -1,0 +1,38 @@
+// One field of a dialog that takes a date, a time or a number: what is typed, and the value behind it.
+//
+// A value that nobody typed over is given back bit for bit, whatever its field shows of it.
+#pragma once
+
+#include "charts/cell.h"
+
+#include <string>
+#include <string_view>
+
+namespace vesk {
+
+class entry_field {
+public:
+  // Dates are whole date-time numbers (days since 30 December 1899), times fractions of a day.
+  entry_field(std::string control, std::string caption, cell_type type)
+      : name(std::move(control)), label(std::move(caption)), type_(std::move(type)) {}
+
+  const std::string name;  // of the control
+  const std::string label; // beside it
+
+  void load(double value);
+  // Takes what was typed; false: refused, and `refusal` says why. Text equal to the one shown changes nothing.
+  bool enter(std::string_view text);
+
+  double value() const { return value_; }
+  const std::string& text() const { return text_; }
+  const std::string& refusal() const { return refusal_; } // empty: accepted
+  bool touched() const { return touched_; }               // by the user, since it was loaded
+
+private:
+  cell_type type_;
+  double value_ = 0;
+  std::string text_, refusal_;
+  bool touched_ = false;
+};
+
+} // namespace vesk

@@ -1,0 +1,90 @@
+// TParametersForm, the "Data set" dialog: model, period, steps, flows, files and restart of the data set.
+//
+// Unlike the editors it holds what its controls show and writes all of it back on OK, in the order in which later
+// members depend on earlier ones. The main form takes the snapshot before it, adds default points after it has closed,
+// and then reads the hydrodynamic file if that was asked for.
+#pragma once
+
+#include "editors/editor_host.h"
+#include "editors/entry_field.h"
+#include "editors/form.h"
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace vesk {
+
+class TParametersForm final : public form {
+public:
+  static constexpr std::string_view skip_hint =
+      "Set Date and Time to Skip into the Defined Simulation Period, Must be between Start and End Date";
+
+  explicit TParametersForm(editor_host& host) : host_(host) {}
+
+  std::string_view class_name() const override { return "TParametersForm"; }
+  std::string caption() const override { return "Parameters"; }
+
+  // What the controls hold; the window writes what the user enters. Positions in lists: -1 is none.
+  std::string DatasetNameEdit, CommentsMemo, HydrodynamicLinkageFileEdit, NpsFileNameEdit;
+  std::vector<std::string> model_names, solution_names;
+  int ModelTypeComboBox = -1, SolutionTypeComboBox = -1;
+  entry_field StartDateField{"StartDateField", "Start date", date()}, StartTimeField{"StartTimeField", "Time", time()};
+  entry_field EndDateField{"EndDateField", "End date", date()}, EndTimeField{"EndTimeField", "Time", time()};
+  entry_field HydroSkipDateField{"HydroSkipDateField", "Skip to", date()},
+      HydroSkipTimeField{"HydroSkipTimeField", "Time", time()};
+  entry_field FractionOfMaxTimeStepEdit{"FractionOfMaxTimeStepEdit", "Fraction of the largest stable step",
+                                        number_cell("#######.##")};
+  entry_field MaxTimeStepField{"MaxTimeStepField", "Largest time step (days)", number_cell("#.####")};
+  entry_field MinTimeStepField{"MinTimeStepField", "Smallest time step (days)", number_cell("#.####")};
+  entry_field BedCompactionTimeStepField{"BedCompactionTimeStepField", "Bed compaction time step (days)",
+                                         number_cell("#######.##")};
+  bool dynamic_bed_volume = false; // DynamicBedVolumeRadioButton, else StaticBedVolumeRadioButton
+  bool NegativeSolutionAllowedCheckBox = false, UseNpsFileCheckBox = false;
+  enum : std::uint32_t { net_flows = 1, gross_flows = 2, hydrodynamic_linkage = 3, kinematic_wave = 4 };
+  std::uint32_t flow_option = net_flows; // the radio button that is checked; the linkage where none is
+  enum : std::uint32_t { no_restart_file = 0, create_restart_file = 1, neither_restart_button = 2 };
+  std::uint32_t restart_option = no_restart_file;
+  bool vesk_to_vesk_linkage = false; // EnableVeskToVeskLinkageRadioButton, else the other
+
+  std::vector<entry_field*> entry_fields(); // all of them
+
+  // Which controls can be used; see the members of the same name.
+  struct enabled_controls {
+    bool nps_file, bed_compaction_time_step, hydrodynamic_file, ok;
+  };
+  enabled_controls enabled() const;
+
+  void FormShow() override;
+  bool FormCloseQuery(bool by_ok) override;
+  void data_set_replaced() override; // by a job: what the user has not touched is shown anew
+
+  void StartDateFieldChange(); // the skip date follows the start date, which the user has edited
+  void StartTimeFieldChange();
+  void BrowseHydButtonClick();
+  void BrowseNpsButtonClick();
+  void LoadRestartFileButtonClick();
+  void comments_edited() { comments_edited_ = true; }
+
+  bool reads_hydrodynamic_file() const { return reads_hydrodynamic_file_; } // after OK
+  std::string message() const;                                              // what OK would do, or what a job has done
+
+private:
+  static cell_type date() { return {cell_kind::date, {}, {}, false}; }
+  static cell_type time() { return {cell_kind::time, {}, {}, false}; }
+  void show_lists();
+  void show_texts();
+  void show_options();
+  void show_numbers(bool touched_too);
+  bool OkButtonClick();
+  bool another_model_is_chosen() const;
+  std::string stored_comments(const prevesk_dataset_data_type& data) const;
+
+  editor_host& host_;
+  std::uint32_t saved_model_type_ = 0;
+  bool reinitialize_from_hyd_file_ = false, reads_hydrodynamic_file_ = false, comments_edited_ = false;
+  bool was_replaced_ = false;
+};
+
+} // namespace vesk

@@ -1,0 +1,134 @@
+#include "editors/parameters_form.h"
+
+#include "editing_host.h"
+#include "editors/set_seed_date_form.h"
+#include "memory_catalogue_store.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace vesk {
+namespace {
+
+using testing::ElementsAre;
+
+constexpr double start = 41183, end = 41548; // 1 October 2012 and a year later
+
+struct ParametersForm : testing::Test {
+  ParametersForm() {
+    memory_catalogue_store store = small_catalogue();
+    host.data = prevesk_dataset_data_type(read_catalogue(store));
+    host.data.seed_date = start;
+    host.data.seed_time = 0.12345678; // more than the field shows
+    host.data.end_date = end;
+    host.data.end_time = 0;
+    host.data.comments = "first\r\nsecond";
+    host.open = &form;
+    form.FormShow();
+  }
+  ~ParametersForm() override { moment_type::moment_seed_is_set = false; }
+
+  editing_host host;
+  TParametersForm form{host};
+};
+
+TEST_F(ParametersForm, OpeningAndOkChangeNothingButTheMappedOptions) {
+  host.data.restart_option = 7;
+  host.data.vesk_to_vesk_linkage_option = 3;
+  host.data.flow_option = 9;
+  host.data.max_dt = 0.123456789;
+  form.FormShow();
+  EXPECT_EQ(form.restart_option, TParametersForm::neither_restart_button);
+  prevesk_dataset_data_type expected = host.data;
+  expected.restart_option = 2;
+  expected.vesk_to_vesk_linkage_option = 0;
+  expected.flow_option = 3;
+  expected.solution_type = static_cast<std::uint32_t>(expected.solution_techniques[0].id);
+  EXPECT_TRUE(form.FormCloseQuery(true));
+  EXPECT_EQ(host.data, expected);
+}
+
+TEST_F(ParametersForm, WritesBackWhatWasEntered) {
+  EXPECT_EQ(form.StartDateField.text(), "10/01/2012");
+  form.DatasetNameEdit = "Oak City";
+  form.CommentsMemo = "first\nnew";
+  form.comments_edited();
+  EXPECT_TRUE(form.StartDateField.enter("2012-10-02"));
+  form.StartDateFieldChange();
+  EXPECT_EQ(form.HydroSkipDateField.value(), start + 1);
+  form.StartTimeFieldChange();
+  EXPECT_EQ(form.HydroSkipTimeField.value(), 0.12345678); // the value, not what is shown
+  form.flow_option = TParametersForm::kinematic_wave;
+  form.SolutionTypeComboBox = 1;
+  EXPECT_FALSE(form.MaxTimeStepField.enter("10.5"));
+  EXPECT_FALSE(form.FormCloseQuery(true));
+  EXPECT_EQ(form.message(), "Largest time step (days): the number has more than 1 digits before the point.");
+  EXPECT_TRUE(form.MaxTimeStepField.enter("0.25"));
+  EXPECT_TRUE(form.FormCloseQuery(true));
+  EXPECT_EQ(host.data.description, "Oak City");
+  EXPECT_EQ(host.data.comments, "first\r\nnew");
+  EXPECT_EQ(host.data.seed_date, start + 1);
+  EXPECT_EQ(host.data.max_dt, 0.25);
+  EXPECT_EQ(host.data.flow_option, 4U);
+  EXPECT_EQ(host.data.solution_type, 2U);
+  EXPECT_EQ(moment_type().date, date_time_origin + static_cast<std::int32_t>(start) + 1); // the seed
+}
+
+TEST_F(ParametersForm, AnotherModelDropsWhatBelongedToTheFirst) {
+  EXPECT_THAT(form.model_names, ElementsAre("River", "Lake"));
+  EXPECT_EQ(form.ModelTypeComboBox, 0);
+  EXPECT_EQ(form.message(), "");
+  const std::size_t systems = host.data.systems.size();
+  form.ModelTypeComboBox = 1;
+  EXPECT_EQ(form.message().substr(0, 58),
+            "OK drops what belongs to the present model: " + std::to_string(systems) + " systems, 0 l");
+  EXPECT_TRUE(form.FormCloseQuery(true));
+  EXPECT_EQ(host.data.model_type, 3U);
+  EXPECT_TRUE(host.data.systems.empty());
+}
+
+TEST_F(ParametersForm, AsksWhetherToReadTheHydrodynamicFile) {
+  form.flow_option = TParametersForm::hydrodynamic_linkage;
+  host.file = "river.hyd";
+  host.answer = box_answer::cancel;
+  form.BrowseHydButtonClick();
+  EXPECT_EQ(form.HydrodynamicLinkageFileEdit, "");
+  host.answer = box_answer::yes;
+  form.BrowseHydButtonClick();
+  EXPECT_EQ(host.data.hydrodynamic_file, "river.hyd"); // at once
+  host.answer = box_answer::no;
+  form.BrowseHydButtonClick(); // the last answer counts
+  EXPECT_TRUE(form.FormCloseQuery(true));
+  EXPECT_FALSE(form.reads_hydrodynamic_file());
+  host.answer = box_answer::yes;
+  form.BrowseHydButtonClick();
+  EXPECT_TRUE(form.FormCloseQuery(true));
+  EXPECT_TRUE(form.reads_hydrodynamic_file());
+}
+
+TEST_F(ParametersForm, ALoadedRestartFileKeepsWhatTheUserHasTouched) {
+  form.EndDateField.enter("2013-01-01");
+  form.LoadRestartFileButtonClick();
+  EXPECT_FALSE(form.enabled().ok);
+  EXPECT_FALSE(form.FormCloseQuery(true));
+  host.running = false;
+  host.data.seed_date = start + 30;
+  form.data_set_replaced();
+  EXPECT_EQ(form.StartDateField.text(), "10/31/2012");
+  EXPECT_EQ(form.EndDateField.text(), "01/01/2013");
+  EXPECT_TRUE(form.enabled().ok);
+}
+
+TEST_F(ParametersForm, TheSeedDateIsStoredOnOk) {
+  TSetSeedDateForm seed(host);
+  seed.FormShow();
+  seed.StartDateField.enter("1/1/1990");
+  EXPECT_TRUE(seed.FormCloseQuery(false));
+  EXPECT_EQ(host.data.seed_date, start);
+  EXPECT_TRUE(seed.FormCloseQuery(true));
+  EXPECT_EQ(host.data.seed_date, 32874);
+  EXPECT_EQ(host.data.seed_time, 0.12345678);
+}
+
+} // namespace
+} // namespace vesk
