@@ -1,0 +1,31 @@
+#include "ui/entry_edit.h"
+
+#include "ui/texts.h"
+
+namespace vesk {
+
+entry_edit::entry_edit(entry_field& field, QWidget* parent) : QLineEdit(parent), field_(field) {
+  setObjectName(shown(field.name));
+  setAccessibleName(shown(field.label));
+  connect(this, &QLineEdit::editingFinished, this, [this] { take(); });
+}
+
+void entry_edit::show_field() {
+  setText(shown(field_.text()));
+  const QString reason = shown(field_.refusal());
+  setStyleSheet(reason.isEmpty() ? QString() : QStringLiteral("QLineEdit { color: black; background: red; }"));
+  setToolTip(reason.toHtmlEscaped());
+  setAccessibleDescription(reason);
+}
+
+bool entry_edit::take() {
+  const bool changed = text() != shown(field_.text());
+  const bool accepted = field_.enter(stored(text()));
+  if (changed) {
+    show_field();
+    emit entered();
+  }
+  return accepted;
+}
+
+} // namespace vesk

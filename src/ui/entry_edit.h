@@ -1,0 +1,27 @@
+// The control of an entry_field: a line that shows what is wrong with it.
+#pragma once
+
+#include "editors/entry_field.h"
+
+#include <QLineEdit>
+#include <functional>
+
+namespace vesk {
+
+class entry_edit final : public QLineEdit {
+  Q_OBJECT
+
+public:
+  explicit entry_edit(entry_field& field, QWidget* parent = nullptr);
+
+  void show_field(); // as the form has it
+  bool take();       // what is typed goes to the form; false: refused
+
+signals:
+  void entered(); // by the user, accepted or not
+
+private:
+  entry_field& field_;
+};
+
+} // namespace vesk

@@ -1,0 +1,328 @@
+#include "ui/parameters_dialog.h"
+
+#include "ui/entry_edit.h"
+#include "ui/guard.h"
+#include "ui/measures.h"
+#include "ui/texts.h"
+
+#include <QButtonGroup>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDialogButtonBox>
+#include <QFormLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSignalBlocker>
+#include <QTabWidget>
+#include <QVBoxLayout>
+
+namespace vesk {
+
+namespace {
+
+QLineEdit* line(const char* name) {
+  auto* edit = new QLineEdit;
+  edit->setObjectName(name);
+  return edit;
+}
+
+QComboBox* combo(const char* name) {
+  auto* box = new QComboBox;
+  box->setObjectName(name);
+  box->setFocusPolicy(Qt::StrongFocus);
+  return box;
+}
+
+QPushButton* push_button(const char* text, const char* name) {
+  auto* button = new QPushButton(text);
+  button->setObjectName(name);
+  button->setAutoDefault(false);
+  return button;
+}
+
+QCheckBox* check(const char* text, const char* name) {
+  auto* box = new QCheckBox(text);
+  box->setObjectName(name);
+  return box;
+}
+
+// Exclusive buttons can't all be unchecked while they are exclusive.
+void choose(QButtonGroup& group, int id) {
+  group.setExclusive(false);
+  for (QAbstractButton* button : group.buttons()) button->setChecked(group.id(button) == id);
+  group.setExclusive(true);
+}
+
+void fill(QComboBox& box, const std::vector<std::string>& items, int position) {
+  const QSignalBlocker quiet(box);
+  box.clear();
+  for (const std::string& item : items) box.addItem(shown(item));
+  box.setCurrentIndex(position);
+}
+
+} // namespace
+
+parameters_dialog::parameters_dialog(QWidget* parent, TParametersForm& form, editor_host& host)
+    : QDialog(parent), form_(form), host_(host), pages_(new QTabWidget), DatasetNameEdit(line("DatasetNameEdit")),
+      NpsFileNameEdit(line("NpsFileNameEdit")), HydrodynamicLinkageFileEdit(line("HydrodynamicLinkageFileEdit")),
+      CommentsMemo(new QPlainTextEdit), ModelTypeComboBox(combo("ModelTypeComboBox")),
+      SolutionTypeComboBox(combo("SolutionTypeComboBox")),
+      NegativeSolutionAllowedCheckBox(check("&Negative solution allowed", "NegativeSolutionAllowedCheckBox")),
+      UseNpsFileCheckBox(check("&Use non point source file", "UseNpsFileCheckBox")), bed_(new QButtonGroup(this)),
+      flow_(new QButtonGroup(this)), restart_(new QButtonGroup(this)), linkage_(new QButtonGroup(this)),
+      BrowseHydButton(push_button("&Browse...", "BrowseHydButton")),
+      BrowseNpsButton(push_button("B&rowse...", "BrowseNpsButton")),
+      LoadRestartFileButton(push_button("&Load restart file now", "LoadRestartFileButton")), message_(new QLabel) {
+  setObjectName("ParametersForm");
+  setWindowTitle(shown(form.caption()));
+  CommentsMemo->setObjectName("CommentsMemo");
+  CommentsMemo->setTabChangesFocus(true);
+  message_->setObjectName("MessageLabel");
+  message_->setTextFormat(Qt::PlainText);
+  message_->setWordWrap(true);
+  pages_->addTab(general_page(), "&General");
+  pages_->addTab(steps_page(), "&Time steps");
+  pages_->addTab(flows_page(), "&Flows and restart");
+  auto* box = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
+  ok_ = box->button(QDialogButtonBox::Ok);
+  connect(box, &QDialogButtonBox::accepted, this, &QDialog::accept);
+  connect(box, &QDialogButtonBox::rejected, this, &QDialog::reject);
+  auto* column = new QVBoxLayout(this);
+  column->addWidget(pages_, 1);
+  column->addWidget(message_);
+  column->addWidget(box);
+  resize(scaled(560, *this), scaled(480, *this));
+}
+
+entry_edit* parameters_dialog::entry(entry_field& field) {
+  auto* edit = new entry_edit(field);
+  entries_.push_back(edit);
+  connect(edit, &entry_edit::entered, this, [this, &field] {
+    if (&field == &form_.StartDateField) form_.StartDateFieldChange();
+    if (&field == &form_.StartTimeField) form_.StartTimeFieldChange();
+    for (entry_edit* other : entries_) other->show_field();
+    enable();
+  });
+  return edit;
+}
+
+QWidget* parameters_dialog::moment(entry_field& date, entry_field& time) {
+  auto* content = new QWidget;
+  auto* row = new QHBoxLayout(content);
+  row->setContentsMargins(0, 0, 0, 0);
+  row->addWidget(entry(date), 2);
+  row->addWidget(new QLabel("MM/DD/YYYY"));
+  auto* clock = entry(time);
+  clock->setAccessibleName(shown(date.label + ", time of day"));
+  row->addWidget(clock, 1);
+  row->addWidget(new QLabel("HH:MM"));
+  content->setFocusProxy(entries_[entries_.size() - 2]);
+  return content;
+}
+
+QWidget* parameters_dialog::file_row(QLineEdit* edit, QPushButton* browse, void (TParametersForm::*command)()) {
+  auto* content = new QWidget;
+  auto* row = new QHBoxLayout(content);
+  row->setContentsMargins(0, 0, 0, 0);
+  row->addWidget(edit, 1);
+  row->addWidget(browse);
+  content->setFocusProxy(edit);
+  connect(browse, &QPushButton::clicked, this, [this, command] {
+    attempt([&] {
+      take_all();
+      (form_.*command)();
+    });
+    show_all();
+  });
+  return content;
+}
+
+QGroupBox* parameters_dialog::choice(const char* caption, QButtonGroup* group,
+                                     std::initializer_list<std::pair<const char*, const char*>> names) {
+  auto* box = new QGroupBox(caption);
+  auto* column = new QVBoxLayout(box);
+  int id = 0;
+  for (const auto& [text, name] : names) {
+    auto* button = new QRadioButton(text);
+    button->setObjectName(name);
+    group->addButton(button, id++);
+    column->addWidget(button);
+  }
+  connect(group, &QButtonGroup::idClicked, this, [this] {
+    take_all();
+    enable();
+  });
+  return box;
+}
+
+QWidget* parameters_dialog::general_page() {
+  auto* page = new QWidget;
+  auto* rows = new QFormLayout(page);
+  rows->addRow("&Description:", DatasetNameEdit);
+  rows->addRow("C&omments:", CommentsMemo);
+  rows->addRow("&Model type:", ModelTypeComboBox);
+  rows->addRow("Sol&ution:", SolutionTypeComboBox);
+  rows->addRow("&Start:", moment(form_.StartDateField, form_.StartTimeField));
+  rows->addRow("&End:", moment(form_.EndDateField, form_.EndTimeField));
+  connect(CommentsMemo, &QPlainTextEdit::textChanged, this, [this] { form_.comments_edited(); });
+  connect(ModelTypeComboBox, &QComboBox::activated, this, [this] {
+    take_all();
+    enable();
+  });
+  return page;
+}
+
+QWidget* parameters_dialog::steps_page() {
+  auto* page = new QWidget;
+  auto* column = new QVBoxLayout(page);
+  auto* rows = new QFormLayout;
+  for (entry_field* field : {&form_.MaxTimeStepField, &form_.MinTimeStepField, &form_.FractionOfMaxTimeStepEdit})
+    rows->addRow(shown(field->label) + ":", entry(*field));
+  column->addLayout(rows);
+  column->addWidget(NegativeSolutionAllowedCheckBox);
+  QGroupBox* bed = choice("Bed volumes", bed_,
+                          {{"S&tatic", "StaticBedVolumeRadioButton"}, {"D&ynamic", "DynamicBedVolumeRadioButton"}});
+  auto* compaction = new QFormLayout;
+  compaction->addRow(shown(form_.BedCompactionTimeStepField.label) + ":", entry(form_.BedCompactionTimeStepField));
+  static_cast<QVBoxLayout*>(bed->layout())->addLayout(compaction);
+  column->addWidget(bed);
+  column->addStretch(1);
+  return page;
+}
+
+QWidget* parameters_dialog::flows_page() {
+  auto* page = new QWidget;
+  auto* column = new QVBoxLayout(page);
+  QGroupBox* flows = choice("Flows", flow_,
+                            {{"N&et flows", "NetFlowsRadioButton"},
+                             {"G&ross flows", "GrossFlowsRadioButton"},
+                             {"&Hydrodynamic linkage", "HydrodynamicLinkageRadioButton"},
+                             {"&Kinematic wave", "KinematicWaveRadioButton"}});
+  auto* rows = new QFormLayout;
+  rows->addRow("Linkage file:",
+               file_row(HydrodynamicLinkageFileEdit, BrowseHydButton, &TParametersForm::BrowseHydButtonClick));
+  QWidget* skip = moment(form_.HydroSkipDateField, form_.HydroSkipTimeField);
+  skip->setToolTip(shown(TParametersForm::skip_hint));
+  rows->addRow("Skip to:", skip);
+  static_cast<QVBoxLayout*>(flows->layout())->addLayout(rows);
+  HydrodynamicLinkageFileEdit->setAccessibleName("Hydrodynamic linkage file");
+  column->addWidget(flows);
+  auto* nps = new QHBoxLayout;
+  nps->addWidget(UseNpsFileCheckBox);
+  nps->addWidget(file_row(NpsFileNameEdit, BrowseNpsButton, &TParametersForm::BrowseNpsButtonClick), 1);
+  NpsFileNameEdit->setAccessibleName("Non point source file");
+  connect(UseNpsFileCheckBox, &QCheckBox::clicked, this, [this] {
+    take_all();
+    enable();
+  });
+  column->addLayout(nps);
+  QGroupBox* restart = choice(
+      "Restart file", restart_,
+      {{"N&o restart file", "NoRestartFileRadioButton"}, {"Create restart f&ile", "CreateRestartFileRadioButton"}});
+  restart->layout()->addWidget(LoadRestartFileButton);
+  connect(LoadRestartFileButton, &QPushButton::clicked, this, [this] {
+    attempt([this] { form_.LoadRestartFileButtonClick(); });
+    enable();
+  });
+  auto* pair = new QHBoxLayout;
+  pair->addWidget(restart);
+  pair->addWidget(
+      choice("Linkage between models", linkage_,
+             {{"Disable", "DisableVeskToVeskLinkageRadioButton"}, {"Enable", "EnableVeskToVeskLinkageRadioButton"}}));
+  column->addLayout(pair);
+  column->addStretch(1);
+  return page;
+}
+
+void parameters_dialog::show_all() {
+  DatasetNameEdit->setText(shown(form_.DatasetNameEdit));
+  {
+    const QSignalBlocker quiet(CommentsMemo); // filling it is not an edit
+    CommentsMemo->setPlainText(shown(form_.CommentsMemo));
+  }
+  NpsFileNameEdit->setText(shown(form_.NpsFileNameEdit));
+  HydrodynamicLinkageFileEdit->setText(shown(form_.HydrodynamicLinkageFileEdit));
+  fill(*ModelTypeComboBox, form_.model_names, form_.ModelTypeComboBox);
+  fill(*SolutionTypeComboBox, form_.solution_names, form_.SolutionTypeComboBox);
+  NegativeSolutionAllowedCheckBox->setChecked(form_.NegativeSolutionAllowedCheckBox);
+  UseNpsFileCheckBox->setChecked(form_.UseNpsFileCheckBox);
+  choose(*bed_, form_.dynamic_bed_volume ? 1 : 0);
+  choose(*flow_, static_cast<int>(form_.flow_option) - 1);
+  choose(*restart_, static_cast<int>(form_.restart_option)); // 2: neither
+  choose(*linkage_, form_.vesk_to_vesk_linkage ? 1 : 0);
+  for (entry_edit* edit : entries_) edit->show_field();
+  enable();
+}
+
+void parameters_dialog::take_all() {
+  // Texts that nobody typed over stay as they are in the form: the screen may not show all of their bytes.
+  const auto take = [](const QLineEdit& edit, std::string& text) {
+    if (edit.text() != shown(text)) text = stored(edit.text());
+  };
+  take(*DatasetNameEdit, form_.DatasetNameEdit);
+  take(*NpsFileNameEdit, form_.NpsFileNameEdit);
+  take(*HydrodynamicLinkageFileEdit, form_.HydrodynamicLinkageFileEdit);
+  if (CommentsMemo->toPlainText() != shown(form_.CommentsMemo))
+    form_.CommentsMemo = stored(CommentsMemo->toPlainText());
+  form_.ModelTypeComboBox = ModelTypeComboBox->currentIndex();
+  form_.SolutionTypeComboBox = SolutionTypeComboBox->currentIndex();
+  form_.NegativeSolutionAllowedCheckBox = NegativeSolutionAllowedCheckBox->isChecked();
+  form_.UseNpsFileCheckBox = UseNpsFileCheckBox->isChecked();
+  form_.dynamic_bed_volume = bed_->checkedId() == 1;
+  form_.flow_option = flow_->checkedId() < 0 ? TParametersForm::hydrodynamic_linkage
+                                             : static_cast<std::uint32_t>(flow_->checkedId()) + 1;
+  form_.restart_option = restart_->checkedId() < 0 ? TParametersForm::neither_restart_button
+                                                   : static_cast<std::uint32_t>(restart_->checkedId());
+  form_.vesk_to_vesk_linkage = linkage_->checkedId() == 1;
+}
+
+void parameters_dialog::enable() {
+  const TParametersForm::enabled_controls enabled = form_.enabled();
+  BrowseNpsButton->setEnabled(enabled.nps_file);
+  NpsFileNameEdit->setEnabled(enabled.nps_file);
+  findChild<entry_edit*>("BedCompactionTimeStepField")->setEnabled(enabled.bed_compaction_time_step);
+  BrowseHydButton->setEnabled(enabled.hydrodynamic_file);
+  HydrodynamicLinkageFileEdit->setEnabled(enabled.hydrodynamic_file);
+  ok_->setEnabled(enabled.ok);
+  LoadRestartFileButton->setEnabled(enabled.ok);
+  const std::string message = form_.message();
+  message_->setText(shown(message));
+  message_->setVisible(!message.empty());
+}
+
+void parameters_dialog::reload() {
+  attempt([this] {
+    take_all();
+    form_.data_set_replaced();
+  });
+  show_all();
+}
+
+void parameters_dialog::showEvent(QShowEvent* event) {
+  attempt([this] { form_.FormShow(); });
+  pages_->setCurrentIndex(0);
+  show_all();
+  QDialog::showEvent(event);
+}
+
+void parameters_dialog::done(int result) {
+  if (result == Rejected && host_.job_is_running()) {
+    attempt([this] { host_.cancel_job(); });
+    return;
+  }
+  bool may_close = true;
+  if (result == Accepted) {
+    for (entry_edit* edit : entries_) may_close = edit->take() && may_close;
+    take_all();
+  }
+  attempt([&] { may_close = form_.FormCloseQuery(result == Accepted) && may_close; });
+  enable();
+  if (may_close) QDialog::done(result);
+}
+
+} // namespace vesk
