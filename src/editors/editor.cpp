@@ -3,6 +3,7 @@
 #include "charts/graph_form.h"
 #include "dataset/findings.h"
 #include "editors/fill_calculate_form.h"
+#include "editors/series_tools.h"
 
 #include <algorithm>
 
@@ -160,6 +161,42 @@ void editor::keep_these_points(editor_panel& panel) {
   edit_series(*host_.data_set(), *panel.series->ref()).query.edit().deferred = false;
   host_.end_step(true);
   set_message("The query is no longer run before each run; it is kept.");
+}
+
+void editor::edit_points(editor_panel& panel, const std::string& label,
+                         const std::function<void(point_list&)>& change) {
+  host_.begin_step(caption() + ": " + label, {});
+  point_list& points = edit_series(*host_.data_set(), *panel.series->ref()).points;
+  try {
+    change(points);
+  } catch (...) {
+    host_.end_step(false);
+    throw;
+  }
+  host_.end_step(true);
+  panel.table.display_rows();
+  refresh_series();
+  refresh_texts();
+}
+
+void editor::regular_times_click(editor_panel& panel) {
+  if (!may_go_on() || !panel.series || !panel.series->series()) return;
+  regular_times_.begin(*host_.data_set());
+  const std::uint64_t generation = host_.generation();
+  if (!host_.questions().show_form(regular_times_) || host_.generation() != generation) return;
+  edit_points(panel, "Regular times", [this](point_list& points) {
+    sort_by_moment(points);
+    add_regular_times(points, regular_times_.times());
+  });
+}
+
+void editor::interpolate_between(editor_panel& panel) {
+  if (!may_go_on() || !panel.series || !panel.series->series()) return;
+  const cell_range rows = panel.table.selection();
+  if (rows.rows() < 3)
+    return set_message("Select the rows between which values are to be interpolated, at least three.");
+  edit_points(panel, "Interpolate between",
+              [&](point_list& points) { vesk::interpolate_between(points, rows.top, rows.bottom); });
 }
 
 void editor::go_to_next_mark() {

@@ -8,6 +8,7 @@
 #include "charts/fill_calc_table.h"
 #include "editors/editor_host.h"
 #include "editors/form.h"
+#include "editors/regular_times_form.h"
 #include "editors/series_grid.h"
 
 #include <functional>
@@ -89,7 +90,9 @@ public:
   void delete_selected_rows(editor_panel& panel);
   void sort_by_date_and_time(editor_panel& panel);
   void back_to_default(editor_panel& panel);
-  void keep_these_points(editor_panel& panel); // of a deferred query: it is no longer run
+  void regular_times_click(editor_panel& panel);
+  void interpolate_between(editor_panel& panel); // of the selected rows
+  void keep_these_points(editor_panel& panel);   // of a deferred query: it is no longer run
   void go_to_next_mark();
   void undo();
   void redo();
@@ -119,6 +122,8 @@ protected:
   void refresh_series();
 
 private:
+  // Changes the points of the panel's series in one step.
+  void edit_points(editor_panel& panel, const std::string& label, const std::function<void(point_list&)>& change);
   bool may_go_on(); // no entry is refused; otherwise leads to it
   void say(const std::string& title, const std::string& sentence);
 
@@ -126,6 +131,7 @@ private:
   std::vector<std::unique_ptr<editor_panel>> panels_;
   editor_view* view_ = nullptr;
   std::string message_;
+  TRegularTimesForm regular_times_;
 };
 
 inline constexpr std::string_view cannot_accept = "Cannot accept data";

@@ -4,7 +4,9 @@
 #include "editors/editor_host.h"
 #include "editors/fill_calculate_form.h"
 #include "editors/form.h"
+#include "editors/regular_times_form.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <utility>
@@ -19,6 +21,7 @@ public:
   std::string clipboard;
   std::optional<std::string> expression; // typed into Fill/Calc; nothing: cancelled
   std::vector<std::shared_ptr<TGraphForm>> graphs;
+  std::function<bool(TRegularTimesForm&)> on_regular_times;
   bool running = false;               // a job
   std::optional<std::string> file;    // chosen in file dialogs
   box_answer answer = box_answer::ok; // to boxes
@@ -51,7 +54,8 @@ public:
   }
   std::optional<std::string> ask_file(const file_dialog&) override { return file; }
   std::optional<std::string> ask_folder(const std::string&, const std::string&) override { return std::nullopt; }
-  bool show_form(form&) override {
+  bool show_form(form& shown) override {
+    if (auto* times = dynamic_cast<TRegularTimesForm*>(&shown)) return on_regular_times(*times);
     if (expression) fill_.FillCalculateEdit = *expression;
     return expression.has_value();
   }

@@ -161,6 +161,32 @@ TEST_F(Editors, ARefusedEntryHoldsUpEveryCommandButCancel) {
   EXPECT_TRUE(form.FormCloseQuery(false));
 }
 
+TEST_F(Editors, RegularTimesAndInterpolation) {
+  TPrintIntervalForm form(host);
+  TFillCalcTable& table = shown(form);
+  editor_panel& panel = *form.panels()[0];
+  host.on_regular_times = [](TRegularTimesForm& times) {
+    times.StepField.enter("48 h");
+    times.EndDateField.enter("2012-10-06");
+    return times.FormCloseQuery(true);
+  };
+  form.regular_times_click(panel);
+  EXPECT_EQ(print(table), "10/01/2012|00:00|1.0000\n10/03/2012|00:00|0.7000\n10/05/2012|00:00|0.4000\n"
+                          "10/06/2012|00:00|0.2500\n");
+  table.enter(2, 2, "9");
+  table.set_selection(cell_range{0, 2, 3, 2});
+  form.interpolate_between(panel);
+  EXPECT_EQ(table.text(2, 2), "0.4000");
+  EXPECT_EQ(host.undo_label(), "Print Interval: Interpolate between");
+  host.on_regular_times = [](TRegularTimesForm& times) {
+    times.EndDateField.enter("2011-10-06");
+    EXPECT_EQ(times.message(), "The end lies before the start.");
+    return times.FormCloseQuery(true);
+  };
+  form.regular_times_click(panel);
+  EXPECT_EQ(table.row_limit(), 4U);
+}
+
 TEST_F(Editors, ADeferredSeriesCanKeepItsPoints) {
   host.data.print_intervals.query.edit().deferred = true;
   TPrintIntervalForm form(host);
