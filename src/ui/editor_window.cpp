@@ -212,7 +212,11 @@ void editor_window::add_menu(panel_widgets& w) {
     add("&Insert row", QKeySequence("Ctrl++"), [this, &panel] { form_.InsertRowButtonClick(panel); });
     add("&Delete selected rows", QKeySequence("Ctrl+-"), [this, &panel] { form_.delete_selected_rows(panel); });
   }
-  if (panel.series) add("&Sort by date and time", {}, [this, &panel] { form_.sort_by_date_and_time(panel); });
+  if (panel.series) {
+    add("&Sort by date and time", {}, [this, &panel] { form_.sort_by_date_and_time(panel); });
+    add("&Regular times...", {}, [this, &panel] { form_.regular_times_click(panel); });
+    add("I&nterpolate between the selected rows", {}, [this, &panel] { form_.interpolate_between(panel); });
+  }
   add("&Back to the default", {}, [this, &panel] { form_.back_to_default(panel); });
   w.grid->setContextMenuPolicy(Qt::ActionsContextMenu);
 }
