@@ -6,9 +6,9 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <chrono>
 #include <cmath>
 #include <cstdint>
-#include <cstdlib>
 
 namespace vesk {
 
@@ -35,12 +35,10 @@ std::string quoted(std::string_view text) {
   return "\"" + shown + (shown.size() < text.size() ? "...\"" : "\"");
 }
 
-// By hand: a copied series has a million of them.
-void append_padded(std::string& text, std::uint32_t number, std::uint32_t digits) {
-  std::array<char, 10> reversed;
-  std::uint32_t length = 0;
-  for (; number > 0 || length < digits; number /= 10) reversed[length++] = static_cast<char>('0' + number % 10);
-  while (length > 0) text += reversed[--length];
+// Digits by hand: a copied series has millions of them.
+char* put_padded(char* to, std::uint32_t number, int digits) {
+  for (int i = digits; i-- > 0; number /= 10) to[i] = static_cast<char>('0' + number % 10);
+  return to + digits;
 }
 
 double number_of(const cell_value& value) {
@@ -56,37 +54,39 @@ std::int32_t day_of(const cell_value& value) {
   return std::isfinite(day) ? static_cast<std::int32_t>(std::clamp(day, -limit, limit)) : 0;
 }
 
-void append_year(std::string& text, int year) {
-  if (year < 0) text += '-';
-  append_padded(text, static_cast<std::uint32_t>(std::abs(year)), 4);
-}
-
-void append_date(std::string& text, const cell_value& value) {
+void append_date(std::string& text, const cell_value& value, bool iso) {
   const calendar_date date = date_of(day_of(value));
-  append_padded(text, date.month, 2);
-  text += '/';
-  append_padded(text, date.day, 2);
-  text += '/';
-  append_year(text, date.year);
-}
-
-void append_iso_date(std::string& text, const cell_value& value) {
-  const calendar_date date = date_of(day_of(value));
-  append_year(text, date.year);
-  text += '-';
-  append_padded(text, date.month, 2);
-  text += '-';
-  append_padded(text, date.day, 2);
+  if (date.year < 0 || date.year > 9999) {
+    text += "year " + std::to_string(date.year); // of a damaged file
+    return;
+  }
+  std::array<char, 10> digits;
+  char* to = digits.data();
+  if (iso) {
+    to = put_padded(to, static_cast<std::uint32_t>(date.year), 4);
+    *to++ = '-';
+  }
+  to = put_padded(to, date.month, 2);
+  *to++ = iso ? '-' : '/';
+  to = put_padded(to, date.day, 2);
+  if (!iso) {
+    *to++ = '/';
+    put_padded(to, static_cast<std::uint32_t>(date.year), 4);
+  }
+  text.append(digits.data(), digits.size());
 }
 
 void append_time(std::string& text, const cell_value& value, bool always_seconds) {
   const auto seconds = static_cast<std::uint32_t>(std::clamp(number_of(value), 0.0, first_second_of_next_day - 1.0));
-  append_padded(text, seconds / 3600, 2);
-  text += ':';
-  append_padded(text, seconds / 60 % 60, 2);
-  if (seconds % 60 == 0 && !always_seconds) return;
-  text += ':';
-  append_padded(text, seconds % 60, 2);
+  std::array<char, 8> digits;
+  char* to = put_padded(digits.data(), seconds / 3600, 2);
+  *to++ = ':';
+  to = put_padded(to, seconds / 60 % 60, 2);
+  if (seconds % 60 != 0 || always_seconds) {
+    *to++ = ':';
+    to = put_padded(to, seconds % 60, 2);
+  }
+  text.append(digits.data(), to);
 }
 
 // Reads "12", "/", "30" ... from the front of a text.
@@ -150,10 +150,11 @@ cell_entry read_date(std::string_view text) {
   const date_fields date = split_date(text);
   if (date.year < 0 || date.month < 0 || date.day < 0)
     return refused("expected a date as MM/DD/YYYY or YYYY-MM-DD, found " + quoted(text));
+  const std::chrono::year_month_day calendar{std::chrono::year{date.year},
+                                             std::chrono::month{static_cast<unsigned>(date.month)},
+                                             std::chrono::day{static_cast<unsigned>(date.day)}};
+  if (!calendar.ok()) return refused(quoted(text) + " is not a day of the calendar");
   const std::int32_t day = day_number(date.year, date.month, date.day);
-  const calendar_date real = date_of(day);
-  if (real.month != static_cast<unsigned>(date.month) || real.day != static_cast<unsigned>(date.day))
-    return refused(quoted(text) + " is not a day of the calendar");
   if (day < 0 || day > last_day) return refused(quoted(text) + " is outside the years 1600 to 3999");
   return {static_cast<double>(day), {}};
 }
@@ -283,7 +284,7 @@ std::string cell_text(const cell_type& type, const cell_value& value) {
   case cell_kind::text:
     if (const std::string* stored = std::get_if<std::string>(&value)) text = *stored;
     break;
-  case cell_kind::date: append_date(text, value); break;
+  case cell_kind::date: append_date(text, value, false); break;
   case cell_kind::time: append_time(text, value, false); break;
   case cell_kind::number: text = number_in_picture(number_of(value), type.picture); break;
   case cell_kind::check: text = number_of(value) != 0 ? "1" : "0"; break;
@@ -302,7 +303,7 @@ std::string entry_text(const cell_type& type, const cell_value& value) {
 void append_clipboard_text(std::string& text, const cell_type& type, const cell_value& value) {
   if (std::holds_alternative<std::monostate>(value)) return;
   switch (type.kind) {
-  case cell_kind::date: return append_iso_date(text, value);
+  case cell_kind::date: return append_date(text, value, true);
   case cell_kind::time: return append_time(text, value, true);
   case cell_kind::number: return append_exact_number(text, number_of(value));
   default: text += cell_text(type, value);
