@@ -3,20 +3,13 @@
 
 #include "dataset/dataset.h"
 #include "query/query_engine.h"
+#include "query/row_points.h"
 
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace vesk {
-
-// What executing a query came to.
-struct query_report {
-  std::uint64_t rows = 0;           // of the source, that the conditions let pass
-  std::uint64_t without_moment = 0; // of them, left out because they have no date
-  std::uint64_t without_value = 0;  // of them, left out because they have no value
-  std::uint64_t points = 0;         // added to the series
-};
 
 // "Time function: flow: gauges.csv, 365 rows, 364 points, 1 row without a value": what came of the query of a series,
 // and what to look at where it found no rows.
@@ -61,30 +54,29 @@ public:
   // Reads the values of a condition's field.
   void refresh_values(std::size_t condition);
 
-  // Fills `points` from the source, as it is now; of the values of a condition's field it looks for the chosen one
-  // alone, and leaves the lists in `choices` as they are. After a failure the points are as they were up to then:
-  // perhaps erased, perhaps partly filled. Throws query_exception.
+  // Fills `points` from the source, as it is now. The table is read once if its rows are about in order of time; the
+  // values of the conditions are looked for on the way, and the lists in `choices` stay as they are. After a failure
+  // the points are unchanged. Throws query_exception.
   query_report execute(const prevesk_dataset_data_type& data, point_list& points);
 
   // Whether the two would do the same.
   friend bool operator==(const import_query& a, const import_query& b);
 
 private:
-  struct selection;
-  class kept_choices;
-
-  // `read_values`: of a condition, the chosen one among them if it is there.
-  void validate(void (import_query::*read_values)(std::size_t condition));
-  std::unique_ptr<result_set> open_values(std::size_t condition, const std::string& tail); // the distinct ones
-  void find_value(std::size_t condition);
-  void take_value(std::size_t condition);
-  std::optional<selection> select(const prevesk_dataset_data_type& data);
-  statement_use use_of_data() const;
-  std::vector<std::string> literals(std::size_t left_out) const; // of the conditions that have a value
-  void trace_refresh(std::size_t condition) const;
-  bool has_value(std::size_t condition) const; // chosen
-  std::string condition_term(std::size_t condition) const;
+  void validate_source();                                     // file, table, and the fields of moments and values
   std::size_t field_position(const std::string& field) const; // throws query_validation_exception
+  [[noreturn]] void refuse_value(std::size_t condition) const;
+
+  bool has_value(std::size_t condition) const; // chosen
+  const std::string& chosen_value(std::size_t condition) const;
+  select_term term(std::size_t condition, const table_field& field, const std::string& value) const;
+  select_term chosen_term(std::size_t condition) const;
+  select_statement statement(const prevesk_dataset_data_type& data, std::vector<select_term> terms) const;
+  select_statement values_statement(std::size_t condition) const;
+
+  std::unique_ptr<result_set> open_values(std::size_t condition, const select_statement& statement, bool in_any_order);
+  void find_value(std::size_t condition, const select_term& stored_term);
+  void trace_refresh(std::size_t condition) const;
 };
 
 } // namespace vesk

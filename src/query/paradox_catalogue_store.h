@@ -10,8 +10,8 @@ namespace vesk {
 
 class paradox_catalogue_store : public catalogue_store {
 public:
-  // The tables of a folder and their memo files, .db and .mb in any case of letters, in the order of their names. Throws
-  // catalogue_exception when the folder cannot be read.
+  // The tables of a folder and their memo files, .db and .mb in any case of letters, in the order of their names.
+  // Throws catalogue_exception when the folder cannot be read.
   static std::vector<std::filesystem::path> files_in(const std::filesystem::path& folder);
 
   // Throws as `files_in` does. A file is opened only when its table is read.

@@ -6,7 +6,6 @@
 #include "query/sources/date_text.h"
 #include "query/sources/number_text.h"
 #include "query/sources/open_table_source.h"
-#include "query/sql/select_statement.h"
 #include "query/value_text.h"
 
 #include <algorithm>
@@ -17,7 +16,7 @@ namespace vesk {
 
 namespace {
 
-constexpr const char* table_name = "source";
+constexpr const char* table_name = "source"; // to SQLite
 
 // Whatever fails in a source is a failure of the query.
 [[noreturn]] void rethrow_as_query_exception(const std::exception_ptr& failure, const std::string& file) {
@@ -32,19 +31,30 @@ constexpr const char* table_name = "source";
 
 } // namespace
 
-result_set::result_set(std::shared_ptr<table_source> source, std::size_t table, bool ignore_case,
-                       const std::string& sql, const statement_use& use)
-    : source_(std::move(source)), table_{*source_, table, source_->fields(table), ignore_case}, sql_(sql) {
-  statement_hints hints{.literals = use.literals, .in_any_order = use.in_any_order};
-  for (const std::string& name : use.fields)
-    for (std::size_t i = 0; i < table_.fields.size(); ++i)
-      if (table_.fields[i].name == name) hints.columns.push_back(i);
-  const translated_statement translated = translate_statement(sql, table_.fields, table_name, hints);
-  for (const std::size_t field : translated.fields) fields_.push_back(table_.fields[field]);
-  table_.moment_field = translated.moment_field;
+// Texts ignore the case of letters in a file of several tables, as those of the Jet provider do.
+result_set::result_set(std::shared_ptr<table_source> source, std::size_t table, const select_statement& statement,
+                       const statement_use& use)
+    : source_(std::move(source)), table_{*source_, table, source_->fields(table), statement.of_several},
+      statement_text_(shown_text(statement)) {
+  const auto position = [&](const std::string& name) {
+    const auto found = std::find_if(table_.fields.begin(), table_.fields.end(),
+                                    [&](const table_field& field) { return field.name == name; });
+    if (found == table_.fields.end())
+      throw table_source_exception(source_->file(), source_->tables()[table], name, "there is no such field.");
+    return static_cast<std::size_t>(found - table_.fields.begin());
+  };
+  const auto& moment = statement.moment_field;
+  if (moment && !is_date_or_time(moment->type)) table_.moment_field = position(moment->name);
   table_.sought = use.sought;
+  for (sought_value& wanted : table_.sought) wanted.position = position(wanted.field);
+  if (statement.distinct)
+    fields_ = {table_.fields[position(statement.distinct->name)]};
+  else if (use.columns.empty())
+    fields_ = table_.fields;
+  else
+    for (const std::string& column : use.columns) fields_.push_back(table_.fields[position(column)]);
   try {
-    prepare(translated);
+    prepare(sqlite_text(statement, table_name, use.columns, use.in_any_order));
   } catch (...) {
     sqlite3_finalize(statement_);
     sqlite3_close(database_);
@@ -52,14 +62,14 @@ result_set::result_set(std::shared_ptr<table_source> source, std::size_t table, 
   }
 }
 
-void result_set::prepare(const translated_statement& translated) {
+void result_set::prepare(const sqlite_statement& printed) {
   constexpr int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX; // of one thread
   if (sqlite3_open_v2(":memory:", &database_, flags, nullptr) != SQLITE_OK)
     throw query_engine_exception("SQLite cannot be started.");
   attach_table(database_, table_name, table_);
-  if (sqlite3_prepare_v2(database_, translated.sql.c_str(), -1, &statement_, nullptr) != SQLITE_OK) fail();
+  if (sqlite3_prepare_v2(database_, printed.sql.c_str(), -1, &statement_, nullptr) != SQLITE_OK) fail();
   int parameter = 0;
-  for (const bound_value& value : translated.values) {
+  for (const bound_value& value : printed.values) {
     ++parameter;
     int state = SQLITE_OK;
     if (const auto* whole = std::get_if<std::int64_t>(&value))
@@ -79,14 +89,8 @@ result_set::~result_set() {
 
 void result_set::fail() const {
   if (table_.failure) rethrow_as_query_exception(table_.failure, source_->file());
-  throw query_engine_exception(source_->file() + ": " + sqlite3_errmsg(database_) + ". The statement was: " + sql_);
-}
-
-std::size_t result_set::position(std::string_view field) const {
-  for (std::size_t i = 0; i < fields_.size(); ++i)
-    if (fields_[i].name == field) return i;
-  throw table_source_exception(source_->file(), source_->tables()[table_.table], std::string(field),
-                               "there is no such field.");
+  throw query_engine_exception(source_->file() + ": " + sqlite3_errmsg(database_) +
+                               ". The statement was: " + statement_text_);
 }
 
 bool result_set::next() {
@@ -94,10 +98,6 @@ bool result_set::next() {
   if (state == SQLITE_ROW) return true;
   if (state != SQLITE_DONE) fail();
   return false;
-}
-
-bool result_set::has_found_all() const {
-  return std::all_of(table_.sought.begin(), table_.sought.end(), [](const sought_value& s) { return s.found; });
 }
 
 bool result_set::is_missing(std::size_t field) const {
@@ -115,9 +115,9 @@ bool result_set::is_comparable(std::size_t field) const {
   return !is_number(fields_[field].type) || (is_value && std::isfinite(number));
 }
 
-void result_set::refuse_value(std::size_t field, const char* wanted) const {
+void result_set::refuse(std::size_t field, const std::string& text, const char* wanted) const {
   throw table_source_exception(source_->file(), source_->tables()[table_.table], fields_[field].name,
-                               not_of_its_kind(text(field), wanted));
+                               not_of_its_kind(text, wanted));
 }
 
 double result_set::date_and_time(std::size_t field) const {
@@ -125,21 +125,24 @@ double result_set::date_and_time(std::size_t field) const {
   const int type = sqlite3_column_type(statement_, column);
   if (type == SQLITE_FLOAT || type == SQLITE_INTEGER) {
     const double serial = sqlite3_column_double(statement_, column);
-    if (!is_date_time_number(serial)) refuse_value(field, "a date");
+    if (!is_date_time_number(serial)) refuse(field, text(field), "a date");
     return serial;
   }
   const auto moment = type == SQLITE_TEXT ? moment_literal(text(field)) : std::nullopt;
-  if (!moment) refuse_value(field, "a date");
+  if (!moment) refuse(field, text(field), "a date");
   return *moment;
 }
 
-double result_set::floating_point(std::size_t field) const {
+std::optional<double> result_set::number(std::size_t field) const {
   const int column = static_cast<int>(field);
-  const int type = sqlite3_column_type(statement_, column);
-  if (type == SQLITE_FLOAT || type == SQLITE_INTEGER) return sqlite3_column_double(statement_, column);
-  const auto number = type == SQLITE_TEXT ? plain_number(text(field)) : std::nullopt;
-  if (!number) refuse_value(field, "a number");
-  return *number;
+  switch (sqlite3_column_type(statement_, column)) {
+  case SQLITE_NULL: return {};
+  case SQLITE_TEXT: return plain_number(text(field));
+  default: {
+    const double number = sqlite3_column_double(statement_, column);
+    return std::isfinite(number) ? std::optional(number) : std::nullopt;
+  }
+  }
 }
 
 std::string result_set::text(std::size_t field) const {
@@ -155,21 +158,32 @@ std::string result_set::text(std::size_t field) const {
   }
 }
 
-std::unique_ptr<result_set> query_engine::open(const import_query& query, const std::string& sql,
+std::shared_ptr<table_source> query_engine::source_of(const import_query& query) {
+  switch (query.source_kind) {
+  case source_unknown: throw query_engine_exception("Cannot execute query on dataset of unknown type");
+  case source_one_table: {
+    std::shared_ptr<table_source> source = source_of(query.stored.table_name); // the file itself
+    if (source->tables().size() > 1)
+      throw query_engine_exception(source->file() +
+                                   ": the file holds several tables, but the ending of its name is that of a single "
+                                   "one; rename it to one of .sqlite, .xlsx, .ods or .mdb.");
+    return source;
+  }
+  case source_several_tables: connect(query); return source_;
+  default: throw query_engine_exception("Cannot determine type of dataset");
+  }
+}
+
+std::unique_ptr<result_set> query_engine::open(const import_query& query, const select_statement& statement,
                                                const statement_use& use) {
-  if (query.source_kind == source_unknown)
-    throw query_engine_exception("Cannot execute query on dataset of unknown type");
-  if (query.source_kind != source_one_table && query.source_kind != source_several_tables)
-    throw query_engine_exception("Cannot determine type of dataset");
-  const std::string table = table_of_statement(sql);
-  if (query.source_kind == source_several_tables) connect(query);
-  std::shared_ptr<table_source> source = query.source_kind == source_one_table ? source_of(table) : source_;
-  if (query.source_kind == source_one_table && source->tables().size() > 1)
-    throw query_engine_exception(source->file() + ": the file holds several tables, but the ending of its name is that "
-                                                  "of a single one; rename it to one of .sqlite, .xlsx, .ods or .mdb.");
-  const std::size_t position = source->find_table(table);
-  return std::unique_ptr<result_set>(
-      new result_set(std::move(source), position, query.source_kind == source_several_tables, sql, use));
+  std::shared_ptr<table_source> source = source_of(query);
+  const std::size_t table = source->find_table(statement.table);
+  return std::unique_ptr<result_set>(new result_set(std::move(source), table, statement, use));
+}
+
+std::vector<table_field> query_engine::fields_of(const import_query& query) {
+  const std::shared_ptr<table_source> source = source_of(query);
+  return source->fields(source->find_table(query.stored.table_name));
 }
 
 void query_engine::connect(const import_query& query) {

@@ -1,6 +1,7 @@
 #include "query/value_text.h"
 
 #include "dataset/moment.h"
+#include "query/sources/date_text.h"
 
 #include <algorithm>
 #include <charconv>
@@ -31,6 +32,12 @@ std::string value_text(const table_value& value, field_type type) {
   case value_kind::text: return std::string(value.text());
   default: return number_text(value.number(), type);
   }
+}
+
+std::optional<double> moment_literal(std::string_view text) {
+  for (const date_form form : {date_form::month_first, date_form::iso, date_form::time_only, date_form::month_name})
+    if (const auto read = read_date(text, form)) return read->serial;
+  return {};
 }
 
 std::string not_of_its_kind(std::string_view text, const char* wanted) {

@@ -4,7 +4,9 @@
 #include "query/sources/table_source.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <string_view>
 
 namespace vesk {
 
@@ -15,6 +17,10 @@ std::string integer_text(std::int64_t value, field_type type);
 
 // The same of any value; empty for null.
 std::string value_text(const table_value& value, field_type type);
+
+// The date-time number that such a text means, a date, a time or both, or another one that a person would write: dates
+// are month/day/year, year-month-day or with the month's name. Nothing for any other text.
+std::optional<double> moment_literal(std::string_view text);
 
 // What is said of a value that is not what it should be: "<0.5" stands where a number should be. A long text is cut.
 std::string not_of_its_kind(std::string_view text, const char* wanted);

@@ -3,7 +3,6 @@
 #include "table_summary.h"
 #include "temporary_folder.h"
 
-#include <chrono>
 #include <cstdlib>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -156,20 +155,6 @@ TEST(SqliteSource, SeesWhatAnotherProgramHasWrittenToTheLog) {
   sqlite3_exec(db, "PRAGMA journal_mode = WAL; CREATE TABLE gauge(id); INSERT INTO gauge VALUES (7)", nullptr, nullptr,
                nullptr);
   EXPECT_THAT(print(*open_table_source(folder.file("river.db"))), ElementsAre("id:25", "7"));
-  sqlite3_close(db);
-}
-
-TEST(SqliteSource, WaitsForALockOnce) {
-  const temporary_folder folder;
-  const std::string file = database(folder, "CREATE TABLE gauge(id)");
-  sqlite3* db = nullptr;
-  sqlite3_open(file.c_str(), &db);
-  sqlite3_exec(db, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr);
-  const auto start = std::chrono::steady_clock::now();
-  EXPECT_THAT([&] { open_table_source(file); },
-              testing::ThrowsMessage<table_source_exception>(
-                  file + ": another program has locked the database, for more than 2 seconds."));
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(4));
   sqlite3_close(db);
 }
 

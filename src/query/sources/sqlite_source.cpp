@@ -112,10 +112,6 @@ std::string upper(std::string_view text) {
   return result;
 }
 
-bool is_date_type(field_type type) {
-  return type == field_type::date || type == field_type::time || type == field_type::date_time;
-}
-
 const std::vector<table_field>& sqlite_source::fields(std::size_t table) {
   if (const auto known = fields_.find(table); known != fields_.end()) return known->second;
   const std::string& name = stored_names_[table];
@@ -128,7 +124,7 @@ const std::vector<table_field>& sqlite_source::fields(std::size_t table) {
     const std::string declaration = upper(text_of(list.get(), 1));
     columns.push_back({std::string(text_of(list.get(), 0)), keeps_texts(declaration)});
     table_field field{"", declared_type(declaration)};
-    if (!is_date_type(field.type) && field.type != field_type::blob)
+    if (!is_date_or_time(field.type) && field.type != field_type::blob)
       field.type = sampled_type(name, columns.back().name, field.type);
     fields.push_back(field);
     names.push_back(shown_text(columns.back().name));
@@ -180,7 +176,7 @@ public:
     const int column = static_cast<int>(field);
     const int stored = sqlite3_column_type(statement_.get(), column);
     if (stored == SQLITE_NULL || stored == SQLITE_BLOB || type == field_type::blob) return {};
-    if (is_date_type(type)) { // asked for by each condition on it
+    if (is_date_or_time(type)) { // asked for by each condition on it
       if (dated_row_ != row_number() || dated_column_ != column) dated_ = date(type, stored, column);
       dated_row_ = row_number();
       dated_column_ = column;

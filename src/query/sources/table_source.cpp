@@ -45,6 +45,25 @@ table_source_exception::table_source_exception(std::string file, std::string tab
     : query_engine_exception(message(file, table, field, cause)), file_(std::move(file)), table_(std::move(table)),
       field_(std::move(field)), cause_(std::move(cause)) {}
 
+bool is_date_or_time(field_type type) {
+  return type == field_type::date || type == field_type::time || type == field_type::date_time;
+}
+
+bool is_number(field_type type) {
+  switch (type) {
+  case field_type::small_integer:
+  case field_type::integer:
+  case field_type::word:
+  case field_type::boolean:
+  case field_type::floating:
+  case field_type::currency:
+  case field_type::bcd:
+  case field_type::auto_increment:
+  case field_type::large_integer: return true;
+  default: return false;
+  }
+}
+
 bool row_filter::leaves_out(const table_value& value) const {
   switch (value.kind()) {
   case value_kind::null: return true;

@@ -54,6 +54,9 @@ enum class field_type : std::uint8_t {
   large_integer = 25
 };
 
+bool is_date_or_time(field_type type);
+bool is_number(field_type type); // a flag counts as one
+
 struct table_field {
   std::string name; // UTF-8, not empty, unlike the other names of the table in any case of letters
   field_type type = field_type::unknown;

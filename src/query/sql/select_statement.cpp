@@ -1,17 +1,37 @@
 #include "query/sql/select_statement.h"
 
-#include "dataset/moment.h"
-#include "query/sources/date_text.h"
 #include "query/sources/number_text.h"
 #include "query/sqlite_names.h"
+#include "query/value_text.h"
 
-#include <algorithm>
 #include <charconv>
-#include <cstdint>
 
 namespace vesk {
 
 namespace {
+
+constexpr const char* symbols[] = {"=", "<", "<=", ">", ">="};
+constexpr const char* words[] = {" AND ", " OR "};
+
+const char* symbol_of(term_comparison comparison) {
+  return symbols[static_cast<std::size_t>(comparison)];
+}
+const char* word_of(term_conjunction conjunction) {
+  return words[static_cast<std::size_t>(conjunction)];
+}
+
+// A term's value as it is shown: of a date field in the marks of dates, a text between apostrophes.
+std::string shown_value(const std::string& value, field_type type, bool of_several) {
+  if (is_number(type)) return value;
+  const char mark = is_date_or_time(type) && of_several ? '#' : '\'';
+  return mark + value + mark;
+}
+
+std::string shown_moment(const moment_type& moment, bool of_several) {
+  std::string text = date_time_text(moment);
+  if (!of_several) text.insert(text.find(' '), ",");
+  return shown_value(text, field_type::date_time, of_several);
+}
 
 // Moments are whole seconds: a number means the nearest one, and in the middle the later one. The least number that
 // means this moment.
@@ -24,396 +44,148 @@ double first_number_of(const moment_type& moment) {
   }
 }
 
-// A number; a whole one to its last digit, which a floating-point number may not have.
-std::optional<bound_value> number_of(std::string_view text) {
+std::optional<std::int64_t> whole_number(std::string_view text) {
   std::int64_t whole = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), whole);
-  if (error == std::errc() && end == text.data() + text.size()) return whole;
-  const auto number = plain_number(text);
-  return number ? std::optional<bound_value>(*number) : std::nullopt;
+  return error == std::errc() && end == text.data() + text.size() ? std::optional(whole) : std::nullopt;
 }
 
-// Reads a statement from left to right. Where a text can be read in more than one way, `choose` tries them in order and
-// keeps the first after which the rest can be read, too.
-class statement_reader {
+class sqlite_printer {
 public:
-  statement_reader(std::string_view sql, const std::vector<table_field>& fields) : sql_(sql), fields_(fields) {}
+  explicit sqlite_printer(const select_statement& statement) : statement_(statement) {}
 
-  std::string_view rest(std::size_t at) const { return sql_.substr(std::min(at, sql_.size())); }
-
-  std::size_t past_blanks(std::size_t at) const {
-    while (at < sql_.size() && (sql_[at] == ' ' || sql_[at] == '\r' || sql_[at] == '\n' || sql_[at] == '\t')) ++at;
-    return at;
-  }
-
-  // The fields whose names stand here or behind blanks; a name may begin with blanks itself.
-  struct named_field {
-    std::size_t field, end;
-  };
-  std::vector<named_field> fields_after(std::size_t at) const {
-    std::vector<named_field> found;
-    for (const std::size_t last = past_blanks(at); at <= last; ++at)
-      for (const named_field& field : fields_at(at)) found.push_back(field);
-    return found;
-  }
-
-  // Behind the words, which blanks part, in any case of letters; nothing when they do not stand here.
-  std::optional<std::size_t> past_words(std::size_t at, std::initializer_list<std::string_view> words) const {
-    for (const std::string_view word : words) {
-      at = past_blanks(at);
-      if (!equal_ignoring_case(sql_.substr(std::min(at, sql_.size()), word.size()), word)) return {};
-      at += word.size();
-      if (at < sql_.size() && is_word(sql_[at]) && is_word(word.back())) return {};
-    }
-    return at;
-  }
-
-  // The fields whose names stand here, the longest first, with the places behind them. A name may be marked.
-  std::vector<named_field> fields_at(std::size_t at) const {
-    std::vector<named_field> found;
-    for (std::size_t i = 0; i < fields_.size(); ++i) {
-      const std::string& name = fields_[i].name;
-      for (const std::string& written : {name, '[' + name + ']', '"' + name + '"'})
-        if (equal_ignoring_case(sql_.substr(std::min(at, sql_.size()), written.size()), written))
-          found.push_back({i, at + written.size()});
-    }
-    std::stable_sort(found.begin(), found.end(), [](const auto& a, const auto& b) { return a.end > b.end; });
-    return found;
-  }
-
-  // The places where a table's name or a literal may end that begins here with `opening`: those of `closing`.
-  std::vector<std::size_t> closings(std::size_t at, char closing) const {
-    std::vector<std::size_t> places;
-    for (std::size_t i = at; i < sql_.size(); ++i)
-      if (sql_[i] == closing) places.push_back(i);
-    return places;
-  }
-
-  static bool is_word(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
-  }
-
-  std::string_view sql() const { return sql_; }
-
-private:
-  const std::string_view sql_;
-  const std::vector<table_field>& fields_;
-};
-
-const std::vector<table_field> no_fields;
-
-[[noreturn]] void refuse(const std::string& cause, std::string_view sql) {
-  throw query_engine_exception(cause + " The statement was: " + std::string(sql));
-}
-
-// Where the table's name begins behind FROM, and where the statement goes on behind it, for each place where it may
-// end.
-struct table_place {
-  std::size_t begin, end, next;
-};
-std::vector<table_place> table_places(const statement_reader& reader, std::size_t at) {
-  const std::string_view sql = reader.sql();
-  at = reader.past_blanks(at);
-  if (at >= sql.size() || (sql[at] != '\'' && sql[at] != '[')) return {};
-  std::vector<table_place> places;
-  for (const std::size_t end : reader.closings(at + 1, sql[at] == '[' ? ']' : '\'')) {
-    const std::size_t next = end + 1;
-    if (reader.past_blanks(next) == sql.size() || reader.past_words(next, {"WHERE"}) ||
-        reader.past_words(next, {"ORDER", "BY"}))
-      places.push_back({at + 1, end, next});
-  }
-  return places;
-}
-
-class translator {
-public:
-  translator(std::string_view sql, const std::vector<table_field>& fields, std::string_view table,
-             const statement_hints& hints)
-      : reader_(sql, fields), fields_(fields), table_(table), hints_(hints) {}
-
-  translated_statement all() {
-    const auto select = reader_.past_words(0, {"SELECT"});
-    if (!select) fail(0);
-    if (const auto star = reader_.past_words(*select, {"*"})) {
-      if (const auto from = reader_.past_words(*star, {"FROM"})) {
-        moments_ = field_of_order();
-        return selected(columns(), *from);
-      }
-      fail(*star);
-    }
-    const auto distinct = reader_.past_words(*select, {"DISTINCT"});
-    if (!distinct) fail(*select);
-    for (const auto& [field, end] : reader_.fields_after(*distinct))
-      if (const auto from = reader_.past_words(end, {"FROM"})) return selected({field}, *from, true);
-    fail(*distinct);
+  sqlite_statement print(std::string_view table, const std::vector<std::string>& columns, bool in_any_order) {
+    std::string sql = "SELECT ";
+    if (statement_.distinct) // COLLATE: texts that differ in their case are two values
+      sql += "DISTINCT " + name(statement_.distinct->name) + " COLLATE BINARY";
+    else
+      sql += columns.empty() ? "*" : list(columns);
+    sql += " FROM " + sql_quoted(table) + " AS t" + where();
+    const auto& order = statement_.distinct ? statement_.distinct : statement_.moment_field;
+    if (order && !in_any_order) sql += " ORDER BY " + name(order->name);
+    return {std::move(sql), std::move(values_)};
   }
 
 private:
-  // How many ways of reading a statement are tried; a real one needs a few.
-  static constexpr int most_attempts = 100'000;
+  static std::string name(const std::string& field) { return "t." + sql_quoted(field); }
 
-  // What one statement may have, so that neither the stack here nor SQLite's runs out.
-  static constexpr int most_terms = 500, most_parentheses = 50;
-
-  // Counts what is being read, each inside the one before it.
-  class one_more {
-  public:
-    explicit one_more(int& count) : count_(count) { ++count_; }
-    ~one_more() { --count_; }
-    one_more(const one_more&) = delete;
-    one_more& operator=(const one_more&) = delete;
-
-  private:
-    int& count_;
-  };
-
-  std::vector<std::size_t> columns() const {
-    if (!hints_.columns.empty()) return hints_.columns;
-    std::vector<std::size_t> all(fields_.size());
-    for (std::size_t i = 0; i < all.size(); ++i) all[i] = i;
-    return all;
+  static std::string list(const std::vector<std::string>& columns) {
+    std::string names;
+    for (const std::string& field : columns) names += (names.empty() ? "" : ",") + name(field);
+    return names;
   }
 
-  translated_statement selected(std::vector<std::size_t> fields, std::size_t from, bool distinct = false) {
-    translated_statement result;
-    result.sql = distinct ? "SELECT DISTINCT " : "SELECT ";
-    for (std::size_t i = 0; i < fields.size(); ++i) result.sql += (i ? "," : "") + name(fields[i]);
-    if (distinct) result.sql += " COLLATE BINARY"; // texts that differ in their case are two values
-    result.sql += " FROM " + sql_quoted(table_) + " AS t";
-    result.fields = std::move(fields);
-    furthest_ = from;
-    for (const table_place& place : table_places(reader_, from)) {
-      const auto where = reader_.past_words(place.next, {"WHERE"});
-      if (const auto tail = where ? term(*where, 0) : end(place.next)) {
-        if (moments_ && !is_date_or_time(fields_[*moments_].type)) result.moment_field = moments_;
-        result.values = std::move(values_);
-        if (where) result.sql += " WHERE ";
-        result.sql += *tail;
-        return result;
-      }
-    }
-    fail(furthest_);
+  std::string where() {
+    std::string sql;
+    for (const select_term& term : statement_.terms)
+      sql += (sql.empty() ? " WHERE (" : word_of(term.conjunction)) + condition(term);
+    if (!sql.empty()) sql += ")";
+    if (!statement_.period || !statement_.moment_field) return sql;
+    const auto& [first, last] = *statement_.period;
+    sql += sql.empty() ? " WHERE " : " AND ";
+    const std::string& moment = statement_.moment_field->name;
+    sql += moment_condition(moment, term_comparison::greater_or_equal, first);
+    if (last) sql += " AND " + moment_condition(moment, term_comparison::less_or_equal, *last);
+    return sql;
   }
 
-  std::string name(std::size_t field) const { return "t." + sql_quoted(fields_[field].name); }
-
-  // The field that the rows are put in order by.
-  std::optional<std::size_t> field_of_order() const {
-    const std::string_view sql = reader_.sql();
-    for (std::size_t at = sql.size(); at-- > 0;) {
-      if (sql[at] != ' ') continue;
-      const auto by = reader_.past_words(at, {"ORDER", "BY"});
-      if (!by) continue;
-      for (const auto& [field, end] : reader_.fields_after(*by))
-        if (reader_.past_blanks(end) == sql.size()) return field;
-    }
-    return {};
-  }
-
-  // Each of these reads on to the end of the statement and returns what SQLite is given from here on; nothing when
-  // the rest cannot be read so. `depth`: of open parentheses.
-  std::optional<std::string> term(std::size_t at, int depth) {
-    const std::size_t word = reach(at);
-    if (++attempts_ > most_attempts) fail(word);
-    const one_more counted(terms_);
-    if (terms_ > most_terms)
-      refuse("The statement has more than " + std::to_string(most_terms) + " conditions.", reader_.sql());
-    if (depth > most_parentheses)
-      refuse("More than " + std::to_string(most_parentheses) + " parentheses are open.", reader_.sql());
-    if (word < reader_.sql().size() && reader_.sql()[word] == '(') {
-      auto tail = term(word + 1, depth + 1);
-      return tail ? std::optional("(" + *tail) : std::nullopt;
-    }
-    for (const auto& [field, end] : reader_.fields_after(at))
-      if (auto read = comparison(field, end, depth)) return read;
-    return {};
-  }
-
-  std::optional<std::string> comparison(std::size_t field, std::size_t at, int depth) {
-    at = reach(at);
-    for (const std::string_view symbol : {"<=", ">=", "<>", "=", "<", ">"})
-      if (reader_.rest(at).starts_with(symbol)) return literal(field, symbol, reach(at + symbol.size()), depth);
-    return {};
-  }
-
-  std::optional<std::string> literal(std::size_t field, std::string_view symbol, std::size_t at, int depth) {
-    const std::string_view sql = reader_.sql();
-    const one_more counted(literals_);
-    if (at >= sql.size()) return {};
-    if (const char quote = sql[at]; quote == '\'' || quote == '#') {
-      for (const std::size_t end : ends_of_literal(at + 1, quote))
-        if (auto read = condition(field, symbol, sql.substr(at + 1, end - at - 1), true, end + 1, depth)) return read;
-      return {};
-    }
-    std::size_t end = at;
-    while (end < sql.size() && sql[end] != ' ' && sql[end] != ')') ++end;
-    return condition(field, symbol, sql.substr(at, end - at), false, end, depth);
-  }
-
-  std::optional<std::string> condition(std::size_t field, std::string_view symbol, std::string_view text, bool quoted,
-                                       std::size_t next, int depth) {
-    const std::size_t bound_before = values_.size();
-    if (const auto translation = translated(field, symbol, text, quoted))
-      if (auto tail = link(next, depth)) return *translation + *tail;
-    values_.resize(bound_before);
-    return {};
-  }
-
-  // Where the present term's literal may end: first where the one does that is known to stand here.
-  std::vector<std::size_t> ends_of_literal(std::size_t at, char quote) const {
-    std::vector<std::size_t> ends = reader_.closings(at, quote);
-    const auto literal = static_cast<std::size_t>(literals_ - 1);
-    if (literal >= hints_.literals.size()) return ends;
-    const std::string& known = hints_.literals[literal];
-    const auto end = std::find(ends.begin(), ends.end(), at + known.size());
-    if (end != ends.end() && reader_.rest(at).starts_with(known)) std::rotate(ends.begin(), end, end + 1);
-    return ends;
-  }
-
-  std::optional<std::string> link(std::size_t at, int depth) {
-    at = reach(at);
-    if (depth > 0 && at < reader_.sql().size() && reader_.sql()[at] == ')') {
-      auto tail = link(at + 1, depth - 1);
-      return tail ? std::optional(")" + *tail) : std::nullopt;
-    }
-    for (const std::string_view word : {"AND", "OR"})
-      if (const auto next = reader_.past_words(at, {word})) {
-        auto tail = term(*next, depth);
-        return tail ? std::optional(" " + std::string(word) + " " + *tail) : std::nullopt;
-      }
-    return depth == 0 ? end(at) : std::nullopt;
-  }
-
-  // [ORDER BY field]
-  std::optional<std::string> end(std::size_t at) {
-    at = reach(at);
-    if (at == reader_.sql().size()) return "";
-    const auto by = reader_.past_words(at, {"ORDER", "BY"});
-    if (!by) return {};
-    for (const auto& [field, behind] : reader_.fields_after(*by))
-      if (reach(behind) == reader_.sql().size()) return hints_.in_any_order ? "" : " ORDER BY " + name(field);
-    return {};
-  }
-
-  // The parameter that stands for a value.
-  std::string bound(bound_value value) {
-    values_.push_back(std::move(value));
+  // The parameter for a value.
+  template <class Value>
+  std::string bound(const Value& value) {
+    values_.emplace_back(value);
     return "?" + std::to_string(values_.size());
   }
 
-  // The condition for SQLite; nothing when the literal is none for such a field.
-  std::optional<std::string> translated(std::size_t field, std::string_view symbol, std::string_view text,
-                                        bool quoted) {
-    const field_type type = fields_[field].type;
-    if (is_date_or_time(type) || (field == moments_ && !is_number(type))) {
-      if (const auto moment = moment_literal(text)) return moment_condition(field, symbol, *moment);
-      if (is_date_or_time(type)) return {};
+  std::string condition(const select_term& term) {
+    const auto& [field, type] = term.field;
+    if (is_date_or_time(type) || (term.field == statement_.moment_field && !is_number(type))) {
+      if (const auto moment = moment_literal(term.value))
+        return moment_condition(field, term.comparison, moment_type::from_date_time(*moment));
+      if (is_date_or_time(type)) return no_row;
     }
-    if (is_number(type)) {
-      if (type == field_type::boolean) {
-        // Whatever is not 0 is true; some programs store 1, others -1.
-        const std::string is_true = "(" + is_no_text(field) + " AND (" + name(field) + "<>0)" + std::string(symbol);
-        for (const auto& [word, value] :
-             {std::pair("true", "1"), {"yes", "1"}, {"-1", "1"}, {"1", "1"}, {"false", "0"}, {"no", "0"}})
-          if (equal_ignoring_case(text, word)) return is_true + value + ")";
-      }
-      if (const auto number = number_of(text)) {
-        const std::string condition = name(field) + std::string(symbol) + bound(*number);
-        return symbol.front() == '>' ? "(" + condition + " AND " + is_no_text(field) + ")" : condition;
-      }
-      const auto moment = quoted ? moment_literal(text) : std::nullopt; // a column of day numbers
-      return moment ? std::optional(moment_condition(field, symbol, *moment)) : std::nullopt;
-    }
+    if (type == field_type::boolean) return flag_condition(term);
+    if (is_number(type)) return number_condition(term);
+    const std::string compared = term.value.empty() ? "ifnull(" + name(field) + ",'')" : name(field); // no text is ''
+    return compared + symbol_of(term.comparison) + bound(term.value);
+  }
+
+  // Whatever is not 0 is true; some programs store 1, others -1.
+  static std::string flag_condition(const select_term& term) {
+    if (term.value != "True" && term.value != "False") return no_row;
+    return "(" + is_not_text(term.field.name) + " AND (" + name(term.field.name) + "<>0)" + symbol_of(term.comparison) +
+           (term.value == "True" ? "1)" : "0)");
+  }
+
+  std::string number_condition(const select_term& term) {
+    const auto whole = whole_number(term.value); // to its last digit, which a floating-point number may not have
+    const auto number = plain_number(term.value);
+    if (!whole && !number) return no_row;
     const std::string compared =
-        text.empty() ? "ifnull(" + name(field) + ",'')" : name(field); // no text is an empty one
-    return compared + std::string(symbol) + bound(std::string(text));
+        name(term.field.name) + symbol_of(term.comparison) + (whole ? bound(*whole) : bound(*number));
+    const bool is_upward = term.comparison >= term_comparison::greater;
+    return is_upward ? "(" + compared + " AND " + is_not_text(term.field.name) + ")" : compared;
   }
 
   // A text among the numbers is greater than each of them to SQLite.
-  std::string is_no_text(std::size_t field) const { return name(field) + "<=9e999"; }
+  static std::string is_not_text(const std::string& field) { return name(field) + "<=9e999"; }
 
-  std::string moment_condition(std::size_t field, std::string_view symbol, double number) {
-    const moment_type moment = moment_type::from_date_time(number);
-    const auto from = [&](const char* comparison) { return name(field) + comparison + bound(first_number_of(moment)); };
-    const auto behind = [&](const char* comparison) { // 24:00:00 is a moment as well
-      return name(field) + comparison + bound(first_number_of({moment.date, moment.time + 1}));
+  std::string moment_condition(const std::string& field, term_comparison comparison, const moment_type& moment) {
+    const auto from = [&](const char* symbol) { return name(field) + symbol + bound(first_number_of(moment)); };
+    const auto after = [&](const char* symbol) { // 24:00:00 is a moment as well
+      return name(field) + symbol + bound(first_number_of({moment.date, moment.time + 1}));
     };
-    if (symbol == "=") return "(" + from(">=") + " AND " + behind("<") + ")";
-    if (symbol == "<>") return "(" + from("<") + " OR " + behind(">=") + ")";
-    return symbol == "<" ? from("<") : symbol == ">=" ? from(">=") : symbol == "<=" ? behind("<") : behind(">=");
+    switch (comparison) {
+    case term_comparison::equal: {
+      const std::string first = from(">=");
+      return "(" + first + " AND " + after("<") + ")";
+    }
+    case term_comparison::less: return from("<");
+    case term_comparison::less_or_equal: return after("<");
+    case term_comparison::greater: return after(">=");
+    default: return from(">=");
+    }
   }
 
-  // The next place behind blanks; remembered, so that a failure can tell how far the statement was understood.
-  std::size_t reach(std::size_t at) {
-    at = reader_.past_blanks(at);
-    furthest_ = std::max(furthest_, at);
-    return at;
-  }
+  static constexpr const char* no_row = "0";
 
-  [[noreturn]] void fail(std::size_t at) const {
-    const std::string_view rest = reader_.rest(reader_.past_blanks(at));
-    refuse(rest.empty() ? "The statement ends too early."
-                        : "The statement is not understood from " + sql_quoted(rest.substr(0, 40)) + " on.",
-           reader_.sql());
-  }
-
-  const statement_reader reader_;
-  const std::vector<table_field>& fields_;
-  const std::string table_;
-  const statement_hints& hints_;
-  std::optional<std::size_t> moments_; // the field whose values are moments, whatever its type
+  const select_statement& statement_;
   std::vector<bound_value> values_;
-  std::size_t furthest_ = 0;
-  int attempts_ = 0, terms_ = 0, literals_ = 0;
 };
 
 } // namespace
 
-std::string table_of_statement(std::string_view sql) {
-  const statement_reader reader(sql, no_fields);
-  for (std::size_t at = 0; at < sql.size(); ++at) {
-    if (sql[at] != ' ') continue;
-    const auto from = reader.past_words(at, {"FROM"});
-    if (!from) continue;
-    const auto places = table_places(reader, *from);
-    if (!places.empty()) return std::string(sql.substr(places[0].begin, places[0].end - places[0].begin));
+std::string shown_text(const select_statement& statement) {
+  const std::string quoted = statement.of_several ? "[" + statement.table + "]" : "'" + statement.table + "'";
+  std::string text =
+      "SELECT " + (statement.distinct ? "DISTINCT " + statement.distinct->name : "*") + " FROM " + quoted;
+  const char* link = " WHERE (";
+  for (const select_term& term : statement.terms) {
+    text += &term == &statement.terms.front() ? link : word_of(term.conjunction);
+    text +=
+        term.field.name + symbol_of(term.comparison) + shown_value(term.value, term.field.type, statement.of_several);
   }
-  refuse("The statement names no table.", sql);
-}
-
-translated_statement translate_statement(std::string_view sql, const std::vector<table_field>& fields,
-                                         std::string_view table, const statement_hints& hints) {
-  return translator(sql, fields, table, hints).all();
-}
-
-std::optional<double> moment_literal(std::string_view text) {
-  for (const date_form form : {date_form::month_first, date_form::iso, date_form::time_only, date_form::month_name})
-    if (const auto read = read_date(text, form)) return read->serial;
-  return {};
-}
-
-char literal_quote(field_type type, bool several_tables) {
-  if (is_number(type)) return '\0';
-  return is_date_or_time(type) && several_tables ? '#' : '\'';
-}
-
-bool is_date_or_time(field_type type) {
-  return type == field_type::date || type == field_type::time || type == field_type::date_time;
-}
-
-bool is_number(field_type type) {
-  switch (type) {
-  case field_type::small_integer:
-  case field_type::integer:
-  case field_type::word:
-  case field_type::boolean:
-  case field_type::floating:
-  case field_type::currency:
-  case field_type::bcd:
-  case field_type::auto_increment:
-  case field_type::large_integer: return true;
-  default: return false;
+  if (!statement.terms.empty()) {
+    text += ")";
+    link = " AND (";
   }
+  if (statement.period && statement.moment_field) {
+    const auto& [first, last] = *statement.period;
+    const std::string& moment = statement.moment_field->name;
+    text += link + moment + ">=" + shown_moment(first, statement.of_several);
+    if (last) text += " AND " + moment + "<=" + shown_moment(*last, statement.of_several);
+    text += ")";
+  }
+  const auto& order = statement.distinct ? statement.distinct : statement.moment_field;
+  return order ? text + " ORDER BY " + order->name : text;
+}
+
+sqlite_statement sqlite_text(const select_statement& statement, std::string_view table,
+                             const std::vector<std::string>& columns, bool in_any_order) {
+  constexpr std::size_t most_terms = 500; // of a chain of them, so that SQLite's limits hold
+  if (statement.terms.size() > most_terms)
+    throw query_engine_exception("The query has " + std::to_string(statement.terms.size()) + " conditions; " +
+                                 std::to_string(most_terms) + " are allowed.");
+  return sqlite_printer(statement).print(table, columns, in_any_order);
 }
 
 } // namespace vesk

@@ -1,17 +1,14 @@
-// The SQL of stored queries, and what SQLite is given in its place.
+// The statement of a stored query as a value, and the two texts that are printed from it: the one that the user is
+// shown, and the one that SQLite executes.
 //
-// The text is the one that the user is shown:
+//   SELECT *|DISTINCT field FROM table [WHERE (terms) [AND] (period)] [ORDER BY field]
 //
-//   SELECT *|DISTINCT field FROM table [WHERE terms] [ORDER BY field]
-//
-// where a table stands between apostrophes or brackets, a term is a field, a comparison and a literal, and terms are
-// linked by AND and OR and put into groups by parentheses. It cannot be left to SQLite as it is: fields stand in it
-// with their blanks and as words of the language, dates are #1/2/2000 3:00:00# or '1/2/2000, 3:00:00' and compare as
-// moments, and an apostrophe inside a literal is not doubled. So what a word means is told by the table's fields, and
-// the end of a literal by what its maker knows of it, or else by what has to follow it.
-// Rows are put in order of time, so the field that they are put in order by is one of moments, whatever its type.
+// Two texts, since the shown one keeps the form of older database layers, which SQLite does not understand: names of
+// fields are bare, an apostrophe inside a value is not doubled, and dates are #1/2/2000 3:00:00# or '1/2/2000,
+// 3:00:00'.
 #pragma once
 
+#include "dataset/moment.h"
 #include "query/sources/table_source.h"
 
 #include <cstdint>
@@ -23,40 +20,47 @@
 
 namespace vesk {
 
-// The name of the table in a statement, without its marks. Throws query_engine_exception when there is none.
-std::string table_of_statement(std::string_view sql);
+// In the order of their numbers in a stored query.
+enum class term_comparison : std::uint8_t { equal, less, less_or_equal, greater, greater_or_equal };
+enum class term_conjunction : std::uint8_t { both, either }; // AND, OR; AND binds more tightly
 
-// What a parameter of a statement stands for. A number is bound, since the way through a text would not be exact.
+// A field compared with a value.
+struct select_term {
+  table_field field;
+  term_comparison comparison = term_comparison::equal;
+  std::string value = {}; // as value_text shows it; one that cannot be compared with the field selects no row
+  term_conjunction conjunction = term_conjunction::both; // with the term before; not used in the first one
+};
+
+struct select_period {
+  moment_type first;
+  std::optional<moment_type> last = {}; // included
+};
+
+struct select_statement {
+  std::string table;
+  bool of_several = false;                  // the file holds several tables
+  std::optional<table_field> distinct = {}; // only the values of this field, each once and in their order
+  std::vector<select_term> terms = {};
+  std::optional<table_field> moment_field = {}; // the rows are in the order of its dates and times
+  std::optional<select_period> period = {};     // of moment_field
+};
+
+// The text that the user is shown.
+std::string shown_text(const select_statement& statement);
+
+// The value of a parameter. Numbers are bound, since the way through a text would not be exact.
 using bound_value = std::variant<std::int64_t, double, std::string>;
 
-struct translated_statement {
-  std::string sql;                         // for SQLite, with parameters ?1, ?2 and so on
-  std::vector<bound_value> values;         // of the parameters
-  std::vector<std::size_t> fields;         // positions in the table of the columns of the result
-  std::optional<std::size_t> moment_field; // whose texts have to be taken for the moments that they mean
+struct sqlite_statement {
+  std::string sql;                 // with parameters ?1, ?2 and so on
+  std::vector<bound_value> values; // of the parameters
 };
 
-// What the maker of a statement knows of it.
-struct statement_hints {
-  std::vector<std::size_t> columns = {};  // in place of all fields (*) only these are selected, unless it is empty
-  std::vector<std::string> literals = {}; // the literals of the first terms, so far as they are known
-  bool in_any_order = false;              // the rows need not be put in order
-};
-
-// The statement over a table with these fields, which SQLite knows as `table`. Throws query_engine_exception with the
-// statement in its text.
-translated_statement translate_statement(std::string_view sql, const std::vector<table_field>& fields,
-                                         std::string_view table, const statement_hints& hints = {});
-
-// The number that a literal means as a moment (a date, a time, or both), and nothing if it is none. Dates are
-// month/day/year, year-month-day or with the month's name.
-std::optional<double> moment_literal(std::string_view text);
-
-// The quote around a literal for a field of this type; '\0' for none. `several_tables`: of a source that is named
-// between brackets.
-char literal_quote(field_type type, bool several_tables);
-
-bool is_date_or_time(field_type type);
-bool is_number(field_type type); // a flag counts as one
+// What SQLite executes over a table that it knows as `table`. `columns`: the names of the fields that are selected,
+// none for all; `in_any_order`: the rows need not be in order. Throws query_engine_exception for more terms than SQLite
+// takes.
+sqlite_statement sqlite_text(const select_statement& statement, std::string_view table,
+                             const std::vector<std::string>& columns = {}, bool in_any_order = false);
 
 } // namespace vesk

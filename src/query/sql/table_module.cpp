@@ -2,7 +2,6 @@
 
 #include "query/sources/column_form.h"
 #include "query/sources/date_text.h"
-#include "query/sql/select_statement.h"
 #include "query/sqlite_names.h"
 #include "query/value_text.h"
 
@@ -74,9 +73,9 @@ table_value value_of(attached_cursor& at, const module_table& table, std::size_t
 void look_for(std::vector<sought_value>& sought, attached_cursor& at, const module_table& table) {
   for (sought_value& wanted : sought) {
     if (wanted.found) continue;
-    const field_type type = table.fields[wanted.field].type;
+    const field_type type = table.fields[wanted.position].type;
     const bool is_date = is_date_or_time(type);
-    const table_value value = is_date ? value_of(at, table, wanted.field) : at.rows->value(wanted.field);
+    const table_value value = is_date ? value_of(at, table, wanted.position) : at.rows->value(wanted.position);
     const bool is_text = value.kind() == value_kind::text;
     if ((is_date || is_number(type)) && (is_text || value.is_null())) continue; // nothing to compare with
     wanted.found = is_text ? value.text() == wanted.text : value_text(value, type) == wanted.text;

@@ -14,8 +14,9 @@ namespace vesk {
 
 // A value, as the text that shows it, that is looked for in the rows which are read in any case.
 struct sought_value {
-  std::size_t field;
+  std::string field; // its name
   std::string text;
+  std::size_t position = 0; // of the field in the table
   bool found = false;
 };
 
