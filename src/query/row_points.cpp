@@ -40,6 +40,7 @@ bool row_points::take(result_set& rows) {
 bool row_points::add(const row& next) {
   constexpr std::size_t most_kept = 1 << 16;
   if (!in_order_ && !last_) {
+    if (kept_.empty()) kept_.reserve(most_kept); // what is not used of it takes no memory
     if (kept_.size() < most_kept) {
       kept_.push_back(next);
       return true;
