@@ -98,8 +98,8 @@ void console_interface::query_executed(const std::string& series, const import_q
 
 bool console_interface::may_go_on_without_rows(int series) {
   if (settings_.yes) return true;
-  say_failure("Stopped, since " + (series == 1 ? "a query" : std::to_string(series) + " queries") +
-              " found no points; --yes goes on all the same.");
+  say_failure((series == 1 ? "Stopped: a query" : "Stopped: " + std::to_string(series) + " queries") +
+              " found no values. To go on without them, use --yes.");
   return false;
 }
 

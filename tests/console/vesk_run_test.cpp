@@ -305,7 +305,7 @@ TEST_F(VeskRun, AQueryWithoutRowsStopsARunUnlessYes) {
                             "the time of the run.\n";
   for (const char* work : {"-RUN", "--refresh"}) {
     const program_result stopped = run({file, "--quiet", work});
-    EXPECT_EQ(stopped.err, found + "vesk-run: Stopped, since a query found no points; --yes goes on all the same.\n");
+    EXPECT_EQ(stopped.err, found + "vesk-run: Stopped: a query found no values. To go on without them, use --yes.\n");
     EXPECT_EQ(stopped.status, 1);
     EXPECT_EQ(folder.read("river.vki"), before);
   }
