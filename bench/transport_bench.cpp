@@ -26,7 +26,7 @@ constexpr double flow = 5, dispersion = 2; // m3/s
 class no_kinetics final : public Kinetics {
 public:
   explicit no_kinetics(std::size_t segments) : zeros_(segments) {}
-  void update(const Hydraulics&, const Forcing&) override {}
+  void update(const Hydraulics&, const TimeFunctions&) override {}
   bool reacts() const override { return false; }
   void rates(std::size_t, std::size_t, const double* const*, double* const*) const override {}
   std::span<const double> decay() const override { return zeros_; }
@@ -56,6 +56,7 @@ struct engine_side {
   Forcing forcing;
   std::unique_ptr<Equations> equations;
   std::unique_ptr<State> state;
+  std::unique_ptr<Balances> balances;
   std::unique_ptr<Integrator> integrator = make_integrator(static_cast<int>(Technique::explicit_euler));
 
   explicit engine_side(std::size_t segments) {
@@ -82,12 +83,13 @@ struct engine_side {
       for (std::size_t i = 0; i < segments; ++i) problem.initial[problem.at(s, i)] = start_of(s, i);
     }
     equations = std::make_unique<Equations>(problem, std::make_unique<no_kinetics>(segments));
+    equations->forcing().hold(forcing);
     state = std::make_unique<State>(problem);
+    balances = std::make_unique<Balances>(*state);
   }
 
   void step() {
-    equations->refresh(forcing, *state);
-    integrator->step(*equations, *state, step_days, nullptr);
+    integrator->step(*equations, *state, step_days, *balances);
   }
 };
 

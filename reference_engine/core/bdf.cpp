@@ -58,7 +58,7 @@ SUNContext make_context() {
 // CVODE with everything that it works on. Its time is the sum of the steps.
 class Bdf::Solver {
 public:
-  Solver(const Equations& equations, const State& state)
+  Solver(Equations& equations, const State& state)
       : rates_(equations), size_(static_cast<sunindextype>(rates_.size())), context_(make_context()),
         masses_(made(N_VNew_Serial(size_, context_.get()))), newton_(rates_.size(), rates_.nonzeros(), context_.get()),
         memory_(made(CVodeCreate(CV_BDF, context_.get()))) {
@@ -66,8 +66,7 @@ public:
     use_own_operations(masses_.get());
     make_sure_of_room();
     std::fill_n(N_VGetArrayPointer(masses_.get()), size_, 0.0);
-    rates_.begin(state);
-    rates_.masses(state, N_VGetArrayPointer(masses_.get()));
+    rates_.start(state, N_VGetArrayPointer(masses_.get()));
     check(CVodeInit(memory_.get(), &Solver::rates, time_, masses_.get()), "CVodeInit");
     check(CVodeSetErrHandlerFn(memory_.get(), &Solver::be_silent, nullptr), "CVodeSetErrHandlerFn");
     check(CVodeSetUserData(memory_.get(), this), "CVodeSetUserData");
@@ -77,24 +76,24 @@ public:
     check(CVodeSetLinSysFn(memory_.get(), &Solver::newton_matrix), "CVodeSetLinSysFn");
   }
 
-  // Moves the masses and the state's concentrations, and puts `volume` in. Returns what the account moved by.
-  MassFlux advance(State& state, double days, std::vector<double>& volume) {
-    rates_.begin(state);
-    const MassFlux before = rates_.account(N_VGetArrayPointer(masses_.get()));
+  // Moves the state by so many days, to these volumes.
+  void advance(State& state, double days, std::vector<double>& volume, Balances& balances) {
+    double* const masses = N_VGetArrayPointer(masses_.get());
+    const std::vector<double> before(masses, masses + size_);
+    rates_.begin(state, days, balances);
     began_ = time_;
     const double end = time_ + days;
     check(CVodeSetStopTime(memory_.get(), end), "CVodeSetStopTime"); // what follows has another forcing
     if (const int flag = CVode(memory_.get(), end, masses_.get(), &time_, CV_NORMAL); flag < 0) fail(flag, days);
     state.volume.swap(volume);
-    rates_.concentrations(N_VGetArrayPointer(masses_.get()), state);
-    MassFlux moved = rates_.account(N_VGetArrayPointer(masses_.get()));
-    moved.add(before, -1);
-    return moved;
+    state.day += days;
+    rates_.finish(masses, state);
+    rates_.add_losses(before.data(), masses, balances);
   }
 
   // Goes on from the state's concentrations, which are not those that `advance` left.
   void restart(const State& state) {
-    rates_.masses(state, N_VGetArrayPointer(masses_.get()));
+    rates_.start(state, N_VGetArrayPointer(masses_.get()));
     check(CVodeReInit(memory_.get(), time_, masses_.get()), "CVodeReInit");
   }
 
@@ -142,18 +141,9 @@ private:
       });
     });
   }
-  // The account weighs nothing: it follows the masses and asks for no shorter step.
   static int weights(N_Vector masses, N_Vector into, void* data) {
-    constexpr double weightless = 1e-30;
-    const auto& self = *static_cast<Solver*>(data);
-    const auto volume = self.rates_.volume();
-    const double* const mass = N_VGetArrayPointer(masses);
-    double* const weight = N_VGetArrayPointer(into);
-    const auto all = static_cast<std::size_t>(self.size_);
-    const std::size_t weighed = all / volume.size() * volume.size();
-    for (std::size_t k = 0; k < all; ++k)
-      weight[k] = 1 / (relative_tolerance * std::abs(mass[k]) + absolute_tolerance * volume[k % volume.size()]);
-    std::fill(weight + weighed, weight + all, weightless);
+    static_cast<Solver*>(data)->rates_.weigh(N_VGetArrayPointer(masses), relative_tolerance, absolute_tolerance,
+                                             N_VGetArrayPointer(into));
     return 0;
   }
   static void be_silent(int, const char*, const char*, char*, void*) {}
@@ -171,7 +161,9 @@ private:
 Bdf::Bdf() = default;
 Bdf::~Bdf() = default;
 
-StepLimit Bdf::limit(const Equations& equations, const State& state) const {
+StepLimit Bdf::limit(Equations& equations, const State& state, double days) {
+  equations.move_to(state.day + days / 2);
+  equations.set_volumes(state.volume);
   StepLimit limit{std::numeric_limits<double>::infinity(), 0};
   const auto change = equations.network().volume_change();
   for (std::size_t i = 0; i < change.size(); ++i)
@@ -179,26 +171,35 @@ StepLimit Bdf::limit(const Equations& equations, const State& state) const {
   return limit;
 }
 
-void Bdf::step(const Equations& equations, State& state, double days, MassBalance* balance) {
+void Bdf::step(Equations& equations, State& state, double days, Balances& balances) {
   // Below 0 by more than a few tolerances is the problem's doing, a demand that takes what is not there; the method
   // then starts anew from 0. Less is its own error: it is not shown, but solved on, or the method would never get
   // going.
   constexpr double own_error = 100 * absolute_tolerance;
   const Problem& problem = equations.problem();
+  equations.move_to(state.day + days / 2);
   find_new_volumes(equations, state, days);
-  if (equations.classes().empty()) return state.volume.swap(new_volume_); // nothing is simulated
-  if (!solver_) solver_ = std::make_unique<Solver>(equations, state);
-  const MassFlux moved = solver_->advance(state, days, new_volume_);
+  if (equations.classes().empty()) { // nothing is simulated
+    balances.water.inflow += days * equations.network().water_in();
+    balances.water.outflow += days * equations.network().water_released();
+    state.volume.swap(new_volume_);
+    state.day += days;
+    return;
+  }
+  if (!solver_) {
+    solver_ = std::make_unique<Solver>(equations, state);
+    raised_.assign(problem.systems.size(), 0.0);
+  }
+  solver_->advance(state, days, new_volume_, balances);
   new_volume_ = state.volume; // hold_limits weighs by the volumes at the end
   const bool starts_anew = !problem.negative_allowed && std::ranges::min(state.concentration) < -own_error;
-  MassBalance raised;
+  Balances raised(state);
   for (const TransportClass& it : equations.classes())
-    for (const std::size_t system : it.systems()) hold_limits(problem, system, 0, state.volume.size(), state, &raised);
-  if (balance != nullptr) {
-    balance->moved.add(moved, 1);
-    balance->clipped += raised.clipped - raised_;
+    for (const std::size_t system : it.systems()) hold_limits(problem, system, 0, state.volume.size(), state, raised);
+  for (std::size_t s = 0; s < raised_.size(); ++s) {
+    balances.systems[s].clipped += raised.systems[s].clipped - raised_[s];
+    raised_[s] = starts_anew ? 0 : raised.systems[s].clipped;
   }
-  raised_ = starts_anew ? 0 : raised.clipped;
   if (starts_anew) solver_->restart(state);
 }
 

@@ -22,15 +22,15 @@ public:
   ~Bdf() override;
 
   // Bound by the water alone: by the first segment that would run dry.
-  StepLimit limit(const Equations& equations, const State& state) const override;
+  StepLimit limit(Equations& equations, const State& state, double days) override;
   // Throws RunError too where CVODE finds no solution.
-  void step(const Equations& equations, State& state, double days, MassBalance* balance) override;
+  void step(Equations& equations, State& state, double days, Balances& balances) override;
 
 private:
   class Solver;
 
   std::unique_ptr<Solver> solver_; // made at the first step
-  double raised_ = 0;              // g of the balance's system by which the state stands above the solver's masses
+  std::vector<double> raised_;     // by system, g by which the state stands above the solver's masses
 };
 
 } // namespace reference_engine

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 namespace reference_engine {
 
@@ -27,6 +28,11 @@ std::vector<bool> settling_systems(const Problem& problem, const Kinetics& kinet
   return settles;
 }
 
+std::vector<Load> by_system(std::vector<Load> loads) {
+  std::ranges::stable_sort(loads, {}, &Load::system);
+  return loads;
+}
+
 bool any(const std::vector<bool>& flags) {
   return std::find(flags.begin(), flags.end(), true) != flags.end();
 }
@@ -38,7 +44,8 @@ Equations::Equations(const Problem& problem, std::string_view library)
 
 Equations::Equations(const Problem& problem, std::unique_ptr<Kinetics> kinetics)
     : problem_(problem), kinetics_(std::move(kinetics)), settles_(settling_systems(problem, *kinetics_)),
-      network_(problem, any(settles_)), hydraulics_(problem), turnover_(problem.segments.size()) {
+      network_(problem, any(settles_)), hydraulics_(problem), loads_(by_system(problem.loads)),
+      turnover_(problem.segments.size()), forcing_(used_elements()) {
   for (std::size_t s = 0; s < problem.systems.size(); ++s) {
     if (!problem.systems[s].simulated) continue;
     const auto serves = [&](const TransportClass& it) { return it.serves(problem, s, settles_[s]); };
@@ -54,11 +61,9 @@ Equations::Equations(const Problem& problem, std::unique_ptr<Kinetics> kinetics)
 
 // The segments that gain by far terms, over the rim or by loads, and where each of these adds to the list of gains.
 void Equations::find_gaining() {
-  std::vector<Load> loads = problem_.loads;
-  std::stable_sort(loads.begin(), loads.end(), [](const Load& x, const Load& y) { return x.system < y.system; });
   for (const FarTerm& term : network_.far_terms()) gaining_.push_back(term.target);
   gaining_.insert(gaining_.end(), network_.rim().begin(), network_.rim().end());
-  for (const Load& load : loads) gaining_.push_back(static_cast<std::size_t>(load.segment));
+  for (const Load& load : loads_) gaining_.push_back(static_cast<std::size_t>(load.segment));
   std::sort(gaining_.begin(), gaining_.end());
   gaining_.erase(std::unique(gaining_.begin(), gaining_.end()), gaining_.end());
 
@@ -68,49 +73,77 @@ void Equations::find_gaining() {
   for (const FarTerm& term : network_.far_terms()) far_gain_.push_back(position(term.target));
   for (const std::size_t segment : network_.rim()) rim_gain_.push_back(position(segment));
   load_starts_.assign(problem_.systems.size() + 1, 0);
-  for (const Load& load : loads) {
-    const auto segment = static_cast<std::size_t>(load.segment), system = static_cast<std::size_t>(load.system);
-    load_sources_.push_back({position(segment), segment * problem_.systems.size() + system, system});
-    ++load_starts_[system + 1];
+  for (const Load& load : loads_) {
+    load_gain_.push_back(position(static_cast<std::size_t>(load.segment)));
+    ++load_starts_[static_cast<std::size_t>(load.system) + 1];
   }
   for (std::size_t s = 0; s < problem_.systems.size(); ++s) load_starts_[s + 1] += load_starts_[s];
-  load_.resize(load_sources_.size());
-  boundary_.resize(problem_.systems.size() * network_.rim().size());
+  load_.resize(loads_.size());
+  inflow_.resize(problem_.systems.size() * network_.rim().size());
 }
 
-void Equations::refresh(const Forcing& forcing, const State& state) {
-  take_sources(forcing);
-  const bool first = version_ == 0;
-  const bool water_moved = !network_.steady();
-  const bool flows_changed = network_.update(forcing);
-  const bool hydraulics_changed = first || flows_changed || water_moved;
-  const bool kinetics_changed = hydraulics_changed || forcing.time_functions != last_time_functions_;
-  if (!kinetics_changed) return;
-  last_time_functions_ = forcing.time_functions;
-  if (hydraulics_changed) hydraulics_.update(problem_, network_.surface_flow(), state.volume);
-  kinetics_->update(hydraulics_, forcing);
+UsedElements Equations::used_elements() const {
+  UsedElements used;
+  used.flows = network_.flow_elements();
+  used.exchanges = network_.exchange_elements();
+  const std::size_t systems = problem_.systems.size();
+  for (const Load& load : loads_)
+    used.loads.push_back(static_cast<std::size_t>(load.segment) * systems + static_cast<std::size_t>(load.system));
+  for (std::size_t s = 0; s < systems; ++s)
+    for (const std::size_t segment : network_.rim()) used.boundaries.push_back(segment * systems + s);
+  if (!problem_.time_functions.empty())
+    used.time_functions = static_cast<std::size_t>(*problem_.time_functions.rbegin());
+  return used;
+}
+
+void Equations::move_to(double day) {
+  const ForcingLine::Changes changes = forcing_.move_to(day);
+  if (changes.water) network_.update(forcing_.flows(), forcing_.exchanges(), forcing_.volume_change());
+  if (changes.water)
+    for (TransportClass& it : classes_) it.update_rim(problem_, network_);
+  if (changes.water || changes.sources) take_sources();
+  water_changed_ = water_changed_ || changes.water;
+  functions_changed_ = functions_changed_ || changes.time_functions;
+}
+
+void Equations::move_to_middle(double begin, double days) {
+  if (!forcing_.inflow_is_curved()) return move_to(begin + days / 2);
+  // Flow times boundary concentration is quadratic in time: Simpson's rule is exact.
+  move_to(begin);
+  std::vector<double> mean = inflow_;
+  move_to(begin + days);
+  for (std::size_t k = 0; k < mean.size(); ++k) mean[k] += inflow_[k];
+  move_to(begin + days / 2);
+  for (std::size_t k = 0; k < mean.size(); ++k) inflow_[k] = (mean[k] + 4 * inflow_[k]) / 6;
+}
+
+void Equations::set_volumes(const std::vector<double>& volume) {
+  const bool hydraulics_changed = std::exchange(water_changed_, false) || !network_.steady();
+  if (!std::exchange(functions_changed_, false) && !hydraulics_changed) return;
+  if (hydraulics_changed) hydraulics_.update(problem_, network_.surface_flow(), volume);
+  kinetics_->update(hydraulics_, forcing_.time_functions());
   if (hydraulics_changed) {
-    update_settling(state);
+    update_settling(volume);
     for (std::size_t c = 0; c < classes_.size(); ++c) classes_[c].update(problem_, network_, settling_[c]);
   }
-  find_limit(state);
+  find_limit(volume);
   ++version_;
 }
 
-void Equations::take_sources(const Forcing& forcing) {
-  const auto rim = network_.rim();
-  const std::size_t systems = problem_.systems.size();
-  for (std::size_t s = 0; s < systems; ++s)
-    for (std::size_t r = 0; r < rim.size(); ++r)
-      boundary_[s * rim.size() + r] =
-          static_cast<double>(forcing.boundaries[rim[r] * systems + s]) * problem_.systems[s].boundary_factor;
+void Equations::take_sources() {
+  const std::size_t rim = network_.rim().size();
+  for (const TransportClass& it : classes_)
+    for (const std::size_t s : it.systems())
+      for (std::size_t r = 0; r < rim; ++r)
+        inflow_[s * rim + r] =
+            it.rim_in()[r] * forcing_.boundaries()[s * rim + r] * problem_.systems[s].boundary_factor;
   for (std::size_t k = 0; k < load_.size(); ++k)
-    load_[k] = static_cast<double>(forcing.loads[load_sources_[k].element]) *
-               problem_.systems[load_sources_[k].system].load_factor * grams_per_kilogram;
+    load_[k] = forcing_.loads()[k] * problem_.systems[static_cast<std::size_t>(loads_[k].system)].load_factor *
+               grams_per_kilogram;
 }
 
 // What settles through the area V / H of a segment: velocity times area, m3/day.
-void Equations::update_settling(const State& state) {
+void Equations::update_settling(const std::vector<double>& volume) {
   for (std::size_t c = 0; c < classes_.size(); ++c) {
     const std::size_t system = classes_[c].systems().front();
     if (!settles_[system]) continue;
@@ -123,12 +156,12 @@ void Equations::update_settling(const State& state) {
         throw RunError(text("Segment ", numbered(problem_.segments[i], i),
                             " needs a depth for settling: give it a "
                             "depth multiplier, a length and a width, or a minimum depth."));
-      settling_[c][i] = velocity[i] * state.volume[i] / depth;
+      settling_[c][i] = velocity[i] * volume[i] / depth;
     }
   }
 }
 
-void Equations::find_limit(const State& state) {
+void Equations::find_limit(const std::vector<double>& volume) {
   const auto decay = kinetics_->decay();
   const auto water_out = network_.water_out();
   limit_ = {std::numeric_limits<double>::infinity(), 0};
@@ -136,7 +169,7 @@ void Equations::find_limit(const State& state) {
   for (std::size_t i = 0; i < turnover_.size(); ++i) {
     double leaving = water_out[i];
     for (const TransportClass& it : classes_) leaving = std::max(leaving, it.coefficients()[i]);
-    turnover_[i] = leaving / state.volume[i] + decay[i];
+    turnover_[i] = leaving / volume[i] + decay[i];
     if (turnover_[i] > fastest) {
       fastest = turnover_[i];
       limit_ = {1 / fastest, i};
@@ -144,29 +177,35 @@ void Equations::find_limit(const State& state) {
   }
 }
 
-void Equations::gains(const TransportClass& its_class, std::size_t system, const double* concentration,
-                      std::span<double> gains) const {
-  std::ranges::fill(gains, 0.0);
+void Equations::add_far_gains(const TransportClass& its_class, const double* concentration,
+                              std::span<double> gains) const {
   const auto& layout = network_.layout();
   const auto coefficients = its_class.coefficients();
   const auto far_terms = network_.far_terms();
   for (std::size_t k = 0; k < far_terms.size(); ++k)
     gains[far_gain_[k]] += coefficients[layout.far(k)] * concentration[far_terms[k].source];
-  for (std::size_t r = 0; r < layout.rim; ++r)
-    gains[rim_gain_[r]] += coefficients[layout.rim_in(r)] * boundary_[system * layout.rim + r];
-  for (std::size_t k = load_starts_[system]; k < load_starts_[system + 1]; ++k)
-    gains[load_sources_[k].gain] += load_[k];
 }
 
-MassFlux Equations::flux(const TransportClass& its_class, std::size_t system, const double* concentration) const {
+MassFlux Equations::add_sources(std::size_t system, std::span<double> gains) const {
+  MassFlux flux;
+  const std::size_t rim = network_.rim().size();
+  for (std::size_t r = 0; r < rim; ++r) {
+    gains[rim_gain_[r]] += inflow_[system * rim + r];
+    flux.inflow += inflow_[system * rim + r];
+  }
+  for (std::size_t k = load_starts_[system]; k < load_starts_[system + 1]; ++k) {
+    gains[load_gain_[k]] += load_[k];
+    flux.loads += load_[k];
+  }
+  return flux;
+}
+
+MassFlux Equations::losses(const TransportClass& its_class, const double* concentration) const {
   MassFlux flux;
   const auto& layout = network_.layout();
   const auto coefficients = its_class.coefficients();
-  for (std::size_t r = 0; r < layout.rim; ++r) {
-    flux.inflow += coefficients[layout.rim_in(r)] * boundary_[system * layout.rim + r];
+  for (std::size_t r = 0; r < layout.rim; ++r)
     flux.outflow += coefficients[layout.rim_out(r)] * concentration[network_.rim()[r]];
-  }
-  for (std::size_t k = load_starts_[system]; k < load_starts_[system + 1]; ++k) flux.loads += load_[k];
   const auto sink = its_class.sink();
   for (std::size_t i = 0; i < sink.size(); ++i) flux.reacted -= sink[i] * concentration[i];
   return flux;

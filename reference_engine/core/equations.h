@@ -1,12 +1,12 @@
-// The mass balance of all systems in all segments at the current moment:
+// The mass balance of all systems in all segments on one day:
 //
 //     d(V_i C_is)/dt = flows and exchanges in - out + loads + V_i R_is        dV_i/dt = water in - out
 //
-// Holds everything that depends on the forcing; integrators read it and move a State.
+// Holds everything that depends on the forcing; integrators move it from day to day, read it and move a State.
 #ifndef REFERENCE_ENGINE_CORE_EQUATIONS_H
 #define REFERENCE_ENGINE_CORE_EQUATIONS_H
 
-#include "core/forcing.h"
+#include "core/forcing_line.h"
 #include "core/hydraulics.h"
 #include "core/kinetics.h"
 #include "core/network.h"
@@ -34,13 +34,21 @@ public:
   // With kinetics of the caller's own, for any number of systems.
   Equations(const Problem& problem, std::unique_ptr<Kinetics> kinetics);
 
-  // Takes the forcing's values and the state's volumes. Throws RunError where they can't be used.
-  void refresh(const Forcing& forcing, const State& state);
-  // Counts the refreshes that changed a coefficient or a volume.
+  // The forcing of the interval that is being solved; to be filled before the first of the functions below.
+  ForcingLine& forcing() { return forcing_; }
+
+  // Takes the forcing's values on this day, days since the start. Flows, changes of volume and sources follow at once,
+  // all else with the volumes. Throws RunError where the values can't be used.
+  void move_to(double day);
+  // The same in the middle of a step of so many days, but with sources as they are on average over the step.
+  void move_to_middle(double begin, double days);
+  // Takes the volumes of that day. Throws RunError where a process needs a depth and there is none.
+  void set_volumes(const std::vector<double>& volume);
+  // Counts the calls that changed a coefficient or a volume.
   std::uint64_t version() const { return version_; }
 
   // The longest explicit step after which no concentration is below 0 by transport and first-order losses alone, and
-  // no segment is dry: the smallest V / (what leaves + V decay).
+  // no segment is dry: the smallest V / (what leaves + V decay), on that day.
   StepLimit limit() const { return limit_; }
 
   const Problem& problem() const { return problem_; }
@@ -48,26 +56,24 @@ public:
   const Kinetics& kinetics() const { return *kinetics_; }
   std::span<const TransportClass> classes() const { return classes_; } // simulated systems only
 
-  // Gains that are not from i - 1 or i + 1 fall on few segments: these, ascending. `gains` writes each one's g/day.
-  // concentration: the system's, one a segment.
+  // Gains that are not from i - 1 or i + 1 fall on few segments: these, ascending. The functions below add each one's
+  // g/day. concentration: the system's, one a segment.
   std::span<const std::size_t> gaining() const { return gaining_; }
-  void gains(const TransportClass& its_class, std::size_t system, const double* concentration,
-             std::span<double> gains) const;
-  // Flux over the rim, by loads and to the sink; `reacted` holds the sink alone.
-  MassFlux flux(const TransportClass& its_class, std::size_t system, const double* concentration) const;
+  void add_far_gains(const TransportClass& its_class, const double* concentration, std::span<double> gains) const;
+  // What comes over the rim and by loads, which does not depend on the state. Returns the sums.
+  MassFlux add_sources(std::size_t system, std::span<double> gains) const;
+  // What leaves over the rim and to the sink; `reacted` holds the sink alone.
+  MassFlux losses(const TransportClass& its_class, const double* concentration) const;
 
   // Writes an output variable for each segment, not-a-number where it has none; false for an unknown ISC number.
   bool output(int isc, const State& state, std::span<double> values) const;
 
 private:
-  struct LoadSource {
-    std::size_t gain, element, system;
-  };
-
   void find_gaining();
-  void take_sources(const Forcing& forcing);
-  void update_settling(const State& state);
-  void find_limit(const State& state);
+  UsedElements used_elements() const;
+  void take_sources();
+  void update_settling(const std::vector<double>& volume);
+  void find_limit(const std::vector<double>& volume);
 
   const Problem& problem_;
   std::unique_ptr<Kinetics> kinetics_;
@@ -76,13 +82,15 @@ private:
   Hydraulics hydraulics_;
   std::vector<TransportClass> classes_;
   std::vector<std::size_t> gaining_, far_gain_, rim_gain_; // gain positions of far terms and rim segments
-  std::vector<LoadSource> load_sources_;
-  std::vector<std::size_t> load_starts_;      // by system
-  std::vector<double> load_;                  // g/day of each source
-  std::vector<double> boundary_;              // [system][rim], g/m3
-  std::vector<std::vector<double>> settling_; // by class, m3/day
-  std::vector<double> turnover_;              // 1/day
-  std::vector<float> last_time_functions_;
+  std::vector<Load> loads_;                                // in order of their systems
+  std::vector<std::size_t> load_gain_;                     // gain position of each
+  std::vector<std::size_t> load_starts_;                   // by system
+  std::vector<double> load_;                               // g/day of each
+  std::vector<double> inflow_;                             // [system][rim], g/day
+  std::vector<std::vector<double>> settling_;              // by class, m3/day
+  std::vector<double> turnover_;                           // 1/day
+  ForcingLine forcing_;
+  bool water_changed_ = true, functions_changed_ = true;
   StepLimit limit_;
   std::uint64_t version_ = 0;
 };

@@ -11,9 +11,17 @@ constexpr std::size_t block = 2048;
 
 } // namespace
 
-void Euler::step(const Equations& equations, State& state, double days, MassBalance* balance) {
+StepLimit Euler::limit(Equations& equations, const State& state, double days) {
+  equations.move_to(state.day + days / 2);
+  equations.set_volumes(state.volume);
+  return equations.limit();
+}
+
+void Euler::step(Equations& equations, State& state, double days, Balances& balances) {
+  equations.move_to_middle(state.day, days);
+  equations.set_volumes(state.volume);
   prepare(equations, state, days);
-  gather(equations, state, days, balance);
+  gather(equations, state, days, balances);
   const bool reacts = equations.kinetics().reacts();
   const std::size_t count = state.volume.size();
   for (std::size_t begin = 0; begin < count; begin += block) {
@@ -22,9 +30,10 @@ void Euler::step(const Equations& equations, State& state, double days, MassBala
       for (std::size_t s = 0; s < old_rows_.size(); ++s) old_rows_[s] = state.of(s).data() + begin;
       equations.kinetics().rates(begin, end, old_rows_.data(), rate_rows_.data());
     }
-    for (std::size_t c = 0; c < scaled_.size(); ++c) advance_class(equations, c, begin, end, reacts, state, balance);
+    for (std::size_t c = 0; c < scaled_.size(); ++c) advance_class(equations, c, begin, end, reacts, state, balances);
   }
   state.volume.swap(new_volume_);
+  state.day += days;
 }
 
 // Coefficients change only with flows, volumes, rates and the step.
@@ -63,18 +72,22 @@ void Euler::prepare(const Equations& equations, const State& state, double days)
 }
 
 // Whatever needs old concentrations of other blocks is taken before the first block is replaced.
-void Euler::gather(const Equations& equations, const State& state, double days, MassBalance* balance) {
+void Euler::gather(const Equations& equations, const State& state, double days, Balances& balances) {
   for (const TransportClass& it : equations.classes()) {
     for (const std::size_t system : it.systems()) {
-      equations.gains(it, system, state.of(system).data(), gain_[system]);
-      if (balance != nullptr && static_cast<int>(system) == equations.problem().balance_system)
-        balance->moved.add(equations.flux(it, system, state.of(system).data()), days);
+      std::ranges::fill(gain_[system], 0.0);
+      equations.add_far_gains(it, state.of(system).data(), gain_[system]);
+      MassFlux& moved = balances.systems[system].moved;
+      moved.add(equations.add_sources(system, gain_[system]), days);
+      moved.add(equations.losses(it, state.of(system).data()), days);
     }
   }
+  balances.water.inflow += days * equations.network().water_in();
+  balances.water.outflow += days * equations.network().water_released();
 }
 
 void Euler::advance_class(const Equations& equations, std::size_t its_class, std::size_t begin, std::size_t end,
-                          bool reacts, State& state, MassBalance* balance) {
+                          bool reacts, State& state, Balances& balances) {
   const Problem& problem = equations.problem();
   const auto systems = equations.classes()[its_class].systems();
   const Scaled& it = scaled_[its_class];
@@ -96,10 +109,11 @@ void Euler::advance_class(const Equations& equations, std::size_t its_class, std
   for (std::size_t r = 0; r < systems.size(); ++r) {
     before_[systems[r]] = rows_[r].before;
     const bool gained_out = add_gains(equations, systems[r], begin, end, state);
-    if (moved_out || gained_out) hold_limits(problem, systems[r], begin, end, state, balance);
-    if (reacts && balance != nullptr && static_cast<int>(systems[r]) == problem.balance_system)
-      for (std::size_t i = begin; i < end; ++i)
-        balance->moved.reacted += days_ * state.volume[i] * rows_[r].rate[i - begin];
+    if (moved_out || gained_out) hold_limits(problem, systems[r], begin, end, state, balances);
+    if (!reacts) continue;
+    double reacted = 0;
+    for (std::size_t i = begin; i < end; ++i) reacted += state.volume[i] * rows_[r].rate[i - begin];
+    balances.systems[systems[r]].moved.reacted += days_ * reacted;
   }
 }
 

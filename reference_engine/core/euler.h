@@ -1,4 +1,5 @@
-// Explicit Euler: first order, one pass over memory for all systems.
+// Explicit Euler: first order, one pass over memory for all systems. Of the forcing it takes the mean over the step, so
+// that all arrives that a series says.
 #ifndef REFERENCE_ENGINE_CORE_EULER_H
 #define REFERENCE_ENGINE_CORE_EULER_H
 
@@ -12,7 +13,8 @@ namespace reference_engine {
 
 class Euler : public Integrator {
 public:
-  void step(const Equations& equations, State& state, double days, MassBalance* balance) override;
+  StepLimit limit(Equations& equations, const State& state, double days) override;
+  void step(Equations& equations, State& state, double days, Balances& balances) override;
 
 private:
   // C_new = keep C_i + lower C_(i-1) + upper C_(i+1) + the rest: the coefficients of one class for this step.
@@ -21,10 +23,10 @@ private:
   };
 
   void prepare(const Equations& equations, const State& state, double days);
-  void gather(const Equations& equations, const State& state, double days, MassBalance* balance);
+  void gather(const Equations& equations, const State& state, double days, Balances& balances);
   // Moves one class over a block of segments.
   void advance_class(const Equations& equations, std::size_t its_class, std::size_t begin, std::size_t end, bool reacts,
-                     State& state, MassBalance* balance);
+                     State& state, Balances& balances);
   // Whether one of the gaining segments ends outside the system's limits.
   bool add_gains(const Equations& equations, std::size_t system, std::size_t begin, std::size_t end,
                  State& state) const;

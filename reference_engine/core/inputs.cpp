@@ -38,9 +38,9 @@ WaterTemperature::WaterTemperature(const Problem& problem)
   highest_own_ = highest;
 }
 
-bool WaterTemperature::update(const Forcing& forcing) {
+bool WaterTemperature::update(const TimeFunctions& time_functions) {
   double function = has_parameter_ ? 0 : standard_temperature;
-  if (has_function_) function = forcing.time_function(temperature_isc);
+  if (has_function_) function = time_functions(temperature_isc);
   if (known_ && function == function_) return false;
   known_ = true;
   function_ = function;

@@ -29,7 +29,7 @@ public:
   explicit WaterTemperature(const Problem& problem);
 
   // True when it changed, and at the first call.
-  bool update(const Forcing& forcing);
+  bool update(const TimeFunctions& time_functions);
   std::span<const double> values() const { return values_; }
 
   // factors[i] = theta ^ (T - 20), the usual form of the Arrhenius law in water quality (Chapra, Surface Water-Quality

@@ -47,9 +47,8 @@ Integrator::Limits Integrator::limits(const Problem& problem, std::size_t system
 }
 
 void Integrator::hold_limits(const Problem& problem, std::size_t system, std::size_t begin, std::size_t end,
-                             State& state, MassBalance* balance) {
+                             State& state, Balances& balances) {
   Limits limit = limits(problem, system);
-  const bool noted = balance != nullptr && static_cast<int>(system) == problem.balance_system;
   const std::span<double> values = state.of(system);
   for (std::size_t i = begin; i < end; ++i) {
     if (values[i] >= limit.least && values[i] <= limit.most) continue;
@@ -63,7 +62,7 @@ void Integrator::hold_limits(const Problem& problem, std::size_t system, std::si
       limit = limits(problem, system);
       continue;
     }
-    if (noted) balance->clipped -= new_volume_[i] * values[i];
+    balances.systems[system].clipped -= new_volume_[i] * values[i];
     values[i] = 0;
   }
 }

@@ -1,4 +1,4 @@
-// How a State is moved over one step. The forcing is held through the step as it stands at its start.
+// How a State is moved over one step, within an interval of the equations' forcing.
 #ifndef REFERENCE_ENGINE_CORE_INTEGRATOR_H
 #define REFERENCE_ENGINE_CORE_INTEGRATOR_H
 
@@ -19,13 +19,12 @@ class Integrator {
 public:
   virtual ~Integrator() = default;
 
-  // The longest step that the technique can take from here.
-  virtual StepLimit limit(const Equations& equations, const State&) const { return equations.limit(); }
+  // The longest step that the technique can take from the state, with the forcing as a step of so many days meets it.
+  virtual StepLimit limit(Equations& equations, const State& state, double days) = 0;
 
-  // Moves the state by `days`, after a refresh of the equations with it. balance: of problem.balance_system, null for
-  // none. Throws InputError when a segment runs dry and RunError when a concentration is not a finite number; the state
-  // is then of no more use.
-  virtual void step(const Equations& equations, State& state, double days, MassBalance* balance) = 0;
+  // Moves the state by `days`. Throws InputError when a segment runs dry and RunError when a concentration is not a
+  // finite number; the state is then of no more use.
+  virtual void step(Equations& equations, State& state, double days, Balances& balances) = 0;
 
   // A concentration above its system's largest.
   struct Exceedance {
@@ -38,7 +37,8 @@ public:
   std::vector<Exceedance> take_exceedances() { return std::exchange(exceedances_, {}); }
 
 protected:
-  // Writes the volumes at the end of the step into new_volume_.
+  // Writes the volumes at the end of the step into new_volume_, from equations that stand in its middle: flows are
+  // linear in time, so the change of volume there is its mean.
   void find_new_volumes(const Equations& equations, const State& state, double days);
   // Between which a system's concentrations must lie.
   struct Limits {
@@ -48,7 +48,7 @@ protected:
   // Holds segments begin to end of one system to what the problem allows: not below 0 (set to 0, and noted in the
   // balance), and above its largest concentration only with a note.
   void hold_limits(const Problem& problem, std::size_t system, std::size_t begin, std::size_t end, State& state,
-                   MassBalance* balance);
+                   Balances& balances);
 
   std::vector<double> new_volume_;
 

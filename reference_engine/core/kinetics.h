@@ -40,7 +40,7 @@ public:
   virtual ~Kinetics() = default;
 
   // Works out everything that does not depend on concentrations. Throws RunError where a depth is needed and missing.
-  virtual void update(const Hydraulics& hydraulics, const Forcing& forcing) = 0;
+  virtual void update(const Hydraulics& hydraulics, const TimeFunctions& time_functions) = 0;
 
   // False: `rates` would be 0 everywhere.
   virtual bool reacts() const = 0;

@@ -6,22 +6,22 @@
 
 namespace reference_engine {
 
-MassRates::MassRates(const Equations& equations)
+MassRates::MassRates(Equations& equations)
     : equations_(equations), count_(equations.problem().segments.size()), reacts_(equations.kinetics().reacts()),
-      accounted_(false), start_volume_(count_), volume_(count_), gain_(equations.gaining().size()) {
-  const Problem& problem = equations.problem();
+      start_volume_(count_), start_change_(count_), bend_(count_), volume_(count_), gain_(equations.gaining().size()) {
   for (const TransportClass& it : equations.classes()) {
     for (const std::size_t system : it.systems()) {
       simulated_.push_back(system);
       class_of_.push_back(&it);
-      accounted_ = accounted_ || static_cast<int>(system) == problem.balance_system;
     }
   }
-  concentration_ = problem.initial;
+  concentration_ = equations.problem().initial;
   rate_.assign(concentration_.size(), 0.0);
   shifted_ = concentration_;
   shifted_rate_ = rate_;
   slope_.assign(reacts_ ? simulated_.size() * simulated_.size() * count_ : 0, 0.0);
+  arrivals_.resize(simulated_.size() * gain_.size());
+  samples_.resize(3 * arrivals_.size());
 
   const auto terms = equations.network().far_terms();
   far_starts_.assign(count_ + 1, 0);
@@ -35,39 +35,98 @@ MassRates::MassRates(const Equations& equations)
   for (std::size_t r = 0; r < rim.size(); ++r) rim_of_[rim[r]] = r;
 
   for (std::size_t place = 0; place < simulated_.size(); ++place)
-    for (std::size_t i = 0; i < count_; ++i)
-      add_column(*class_of_[place], place, i, [this](std::size_t, double) { ++nonzeros_; });
-  nonzeros_ += accounted_ ? accounts : 0;
+    for (std::size_t i = 0; i < count_; ++i) add_column(place, i, [this](std::size_t, double) { ++nonzeros_; });
+  nonzeros_ += accounts * simulated_.size();
 }
 
-void MassRates::begin(const State& state) {
+void MassRates::start(const State& state, double* unknowns) {
+  start_volume_ = volume_ = state.volume;
+  std::ranges::fill(arrivals_, Arrival{});
+  for (std::size_t place = 0; place < simulated_.size(); ++place)
+    std::ranges::transform(state.volume, state.of(simulated_[place]), unknowns + place * count_, std::multiplies<>());
+}
+
+// Flows, loads and boundary concentrations are linear in time, so what comes in is quadratic: three samples tell all of
+// it. Only a flow that turns round within the step makes the parabola an approximation, the same for all accounts.
+void MassRates::begin(const State& state, double days, Balances& balances) {
+  begin_ = state.day;
+  days_ = days;
+  elapsed_ = 0;
   start_volume_ = state.volume;
-  volume_ = state.volume;
-}
-
-void MassRates::masses(const State& state, double* masses) const {
-  for (std::size_t place = 0; place < simulated_.size(); ++place)
-    std::ranges::transform(state.volume, state.of(simulated_[place]), masses + place * count_, std::multiplies<>());
-}
-
-void MassRates::concentrations(const double* masses, State& state) const {
-  for (std::size_t place = 0; place < simulated_.size(); ++place)
-    std::transform(masses + place * count_, masses + (place + 1) * count_, state.volume.begin(),
-                   state.of(simulated_[place]).begin(), std::divides<>());
-}
-
-MassFlux MassRates::account(const double* masses) const {
-  if (!accounted_) return {};
-  const double* const account = masses + simulated_.size() * count_;
-  return {.inflow = account[inflow], .outflow = account[outflow], .loads = account[loads], .reacted = account[reacted]};
-}
-
-void MassRates::take(double elapsed, const double* masses) {
+  sample_sources(0, 0, balances);
+  std::ranges::copy(equations_.network().volume_change(), start_change_.begin());
+  sample_sources(1, 0.5, balances);
+  sample_sources(2, 1, balances);
   const auto change = equations_.network().volume_change();
-  for (std::size_t i = 0; i < count_; ++i) volume_[i] = start_volume_[i] + elapsed * change[i];
-  for (std::size_t place = 0; place < simulated_.size(); ++place)
-    for (std::size_t i = 0; i < count_; ++i)
-      concentration_[simulated_[place] * count_ + i] = masses[place * count_ + i] / volume_[i];
+  for (std::size_t i = 0; i < count_; ++i) bend_[i] = (change[i] - start_change_[i]) / (2 * days);
+  const std::size_t all = arrivals_.size();
+  for (std::size_t k = 0; k < all; ++k) {
+    const double first = samples_[k], middle = samples_[all + k], last = samples_[2 * all + k];
+    arrivals_[k].rate = {first, (4 * middle - 3 * first - last) / days,
+                         2 * (first - 2 * middle + last) / (days * days)};
+  }
+}
+
+void MassRates::sample_sources(std::size_t sample, double share_of_step, Balances& balances) {
+  constexpr std::array<double, 3> simpson = {1.0 / 6, 4.0 / 6, 1.0 / 6};
+  const double days = simpson[sample] * days_;
+  equations_.move_to(begin_ + share_of_step * days_);
+  const std::span<double> all = std::span(samples_).subspan(sample * arrivals_.size(), arrivals_.size());
+  std::ranges::fill(all, 0.0);
+  for (std::size_t place = 0; place < simulated_.size(); ++place) {
+    const auto gains = all.subspan(place * gain_.size(), gain_.size());
+    balances.systems[simulated_[place]].moved.add(equations_.add_sources(simulated_[place], gains), days);
+  }
+  balances.water.inflow += days * equations_.network().water_in();
+  balances.water.outflow += days * equations_.network().water_released();
+}
+
+void MassRates::finish(const double* unknowns, State& state) {
+  for (Arrival& it : arrivals_) it = {.before = it.until(days_)};
+  elapsed_ = 0;
+  const auto gaining = equations_.gaining();
+  for (std::size_t place = 0; place < simulated_.size(); ++place) {
+    const std::span<double> values = state.of(simulated_[place]);
+    std::copy_n(unknowns + place * count_, count_, values.begin());
+    for (std::size_t k = 0; k < gaining.size(); ++k) values[gaining[k]] += arrivals_[place * gaining.size() + k].before;
+    for (std::size_t i = 0; i < count_; ++i) values[i] /= state.volume[i];
+  }
+}
+
+void MassRates::add_losses(const double* before, const double* after, Balances& balances) const {
+  for (std::size_t place = 0; place < simulated_.size(); ++place) {
+    MassFlux& moved = balances.systems[simulated_[place]].moved;
+    moved.outflow += after[account(place, outflow)] - before[account(place, outflow)];
+    moved.reacted += after[account(place, reacted)] - before[account(place, reacted)];
+  }
+}
+
+void MassRates::take(double elapsed, const double* unknowns) {
+  elapsed_ = elapsed;
+  equations_.move_to(begin_ + elapsed);
+  for (std::size_t i = 0; i < count_; ++i)
+    volume_[i] = start_volume_[i] + elapsed * (start_change_[i] + elapsed * bend_[i]);
+  equations_.set_volumes(volume_);
+  const auto gaining = equations_.gaining();
+  for (std::size_t place = 0; place < simulated_.size(); ++place) {
+    double* const values = &concentration_[simulated_[place] * count_];
+    for (std::size_t i = 0; i < count_; ++i) values[i] = unknowns[place * count_ + i] / volume_[i];
+    for (std::size_t k = 0; k < gaining.size(); ++k)
+      values[gaining[k]] += arrivals_[place * gaining.size() + k].until(elapsed) / volume_[gaining[k]];
+  }
+}
+
+void MassRates::weigh(const double* unknowns, double relative, double absolute, double* weights) const {
+  constexpr double weightless = 1e-30;
+  const auto gaining = equations_.gaining();
+  for (std::size_t place = 0; place < simulated_.size(); ++place) {
+    double* const row = weights + place * count_;
+    std::copy_n(unknowns + place * count_, count_, row);
+    for (std::size_t k = 0; k < gaining.size(); ++k)
+      row[gaining[k]] += arrivals_[place * gaining.size() + k].until(elapsed_);
+    for (std::size_t i = 0; i < count_; ++i) row[i] = 1 / (relative * std::abs(row[i]) + absolute * volume_[i]);
+  }
+  std::fill(weights + simulated_.size() * count_, weights + size(), weightless);
 }
 
 void MassRates::find_reactions(const std::vector<double>& concentration, std::vector<double>& rate) const {
@@ -81,24 +140,22 @@ void MassRates::find_reactions(const std::vector<double>& concentration, std::ve
   equations_.kinetics().rates(0, count_, from, to);
 }
 
-void MassRates::rates(double elapsed, const double* masses, double* rates) {
-  take(elapsed, masses);
+void MassRates::rates(double elapsed, const double* unknowns, double* rates) {
+  take(elapsed, unknowns);
   if (reacts_) find_reactions(concentration_, rate_);
-  double* const account = rates + simulated_.size() * count_;
   for (std::size_t place = 0; place < simulated_.size(); ++place) {
     const std::size_t system = simulated_[place];
     double* const change = rates + place * count_;
     const double* const reaction = &rate_[system * count_];
     add_transport(*class_of_[place], system, change);
-    if (reacts_)
-      for (std::size_t i = 0; i < count_; ++i) change[i] += volume_[i] * reaction[i];
-    if (static_cast<int>(system) != equations_.problem().balance_system) continue;
-    const MassFlux flux = equations_.flux(*class_of_[place], system, &concentration_[system * count_]);
-    account[inflow] = flux.inflow;
-    account[outflow] = flux.outflow;
-    account[loads] = flux.loads;
-    account[reacted] = flux.reacted;
-    for (std::size_t i = 0; reacts_ && i < count_; ++i) account[reacted] += volume_[i] * reaction[i];
+    const MassFlux losses = equations_.losses(*class_of_[place], &concentration_[system * count_]);
+    rates[account(place, outflow)] = losses.outflow;
+    double total = losses.reacted;
+    for (std::size_t i = 0; reacts_ && i < count_; ++i) {
+      change[i] += volume_[i] * reaction[i];
+      total += volume_[i] * reaction[i];
+    }
+    rates[account(place, reacted)] = total;
   }
 }
 
@@ -111,7 +168,8 @@ void MassRates::add_transport(const TransportClass& its_class, std::size_t syste
     if (i > 0) rates[i] += coefficients[layout.lower(i)] * now[i - 1];
     if (i + 1 < count_) rates[i] += coefficients[layout.upper(i)] * now[i + 1];
   }
-  equations_.gains(its_class, system, now, gain_);
+  std::ranges::fill(gain_, 0.0);
+  equations_.add_far_gains(its_class, now, gain_);
   for (std::size_t k = 0; k < gain_.size(); ++k) rates[equations_.gaining()[k]] += gain_[k];
 }
 
@@ -138,7 +196,8 @@ void MassRates::find_reaction_slopes() {
 
 // The column of one system's mass in one segment: always the same rows, whether or not the values are 0.
 template <class Entry>
-void MassRates::add_column(const TransportClass& its_class, std::size_t place, std::size_t segment, Entry entry) const {
+void MassRates::add_column(std::size_t place, std::size_t segment, Entry entry) const {
+  const TransportClass& its_class = *class_of_[place];
   const CoefficientLayout& layout = equations_.network().layout();
   const auto coefficients = its_class.coefficients();
   const auto of = [&](std::size_t at) { return coefficients.empty() ? 0.0 : coefficients[at] / volume_[segment]; };
@@ -153,18 +212,18 @@ void MassRates::add_column(const TransportClass& its_class, std::size_t place, s
   if (segment + 1 < count_) entry(first + segment + 1, of(layout.lower(segment + 1)));
   for (std::size_t k = far_starts_[segment]; k < far_starts_[segment + 1]; ++k)
     entry(first + equations_.network().far_terms()[far_terms_[k]].target, of(layout.far(far_terms_[k])));
-  if (!accounted_) return;
-  const auto kept = static_cast<std::size_t>(equations_.problem().balance_system);
-  const auto effect = static_cast<std::size_t>(std::ranges::find(simulated_, kept) - simulated_.begin());
+  if (rim_of_[segment] < layout.rim) entry(account(place, outflow), of(layout.rim_out(rim_of_[segment])));
   const auto sink = its_class.sink();
-  const double settled = effect == place && !sink.empty() ? sink[segment] / volume_[segment] : 0.0;
-  entry(systems * count_ + reacted, slope(effect) - settled);
-  if (effect == place && rim_of_[segment] < layout.rim)
-    entry(systems * count_ + outflow, of(layout.rim_out(rim_of_[segment])));
+  for (std::size_t effect = 0; effect < systems; ++effect) {
+    const bool settles = effect == place && its_class.settles();
+    if (!reacts_ && !settles) continue;
+    const double settled = settles && !sink.empty() ? sink[segment] / volume_[segment] : 0.0;
+    entry(account(effect, reacted), slope(effect) - settled);
+  }
 }
 
-void MassRates::jacobian(double elapsed, const double* masses, Columns& into) {
-  take(elapsed, masses);
+void MassRates::jacobian(double elapsed, const double* unknowns, Columns& into) {
+  take(elapsed, unknowns);
   if (reacts_) find_reaction_slopes();
   std::int64_t next = 0;
   const auto entry = [&](std::size_t row, double value) {
@@ -175,10 +234,10 @@ void MassRates::jacobian(double elapsed, const double* masses, Columns& into) {
   for (std::size_t place = 0; place < simulated_.size(); ++place) {
     for (std::size_t i = 0; i < count_; ++i) {
       into.starts[place * count_ + i] = next;
-      add_column(*class_of_[place], place, i, entry);
+      add_column(place, i, entry);
     }
   }
-  for (std::size_t k = columns; k < size(); ++k) { // nothing depends on the account
+  for (std::size_t k = columns; k < size(); ++k) { // nothing depends on the accounts
     into.starts[k] = next;
     entry(k, 0);
   }

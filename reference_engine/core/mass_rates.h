@@ -1,9 +1,11 @@
-// The mass balance as an implicit method wants it: one vector of masses, its rate of change, and how that rate depends
-// on the masses.
+// The mass balance as an implicit method wants it: one vector of unknowns, its rate of change, and how that rate
+// depends on the unknowns.
 //
-// The vector holds g by [simulated system][segment], and behind them, when a system's balance is kept, the account of
-// what it gained and lost. Since the account is solved together with the masses, by the same formula, the balance
-// closes to rounding whatever the tolerance: no multistep method moves a quantity whose rate of change is always 0.
+// The vector holds g by [simulated system][segment]: the mass less what has come over the rim and by loads since the
+// first step, which is known beforehand as a polynomial in time. So it arrives in full, and a kink or jump of a series
+// is smoother for the solver by one order. Behind the masses stand the accounts of what each system lost over the rim
+// and by reactions. Since they are solved together with the masses, by the same formula, the balance closes to rounding
+// whatever the tolerance: no multistep method moves a quantity whose rate of change is always 0.
 #ifndef REFERENCE_ENGINE_CORE_MASS_RATES_H
 #define REFERENCE_ENGINE_CORE_MASS_RATES_H
 
@@ -11,6 +13,7 @@
 #include "core/newton_solver.h"
 #include "core/state.h"
 
+#include <array>
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -21,41 +24,63 @@ class MassRates {
 public:
   using Columns = NewtonSolver::Columns; // of size() unknowns with nonzeros() values
 
-  // Keeps a reference to the equations.
-  explicit MassRates(const Equations& equations);
+  // Keeps a reference to the equations, and moves them to each day that it is asked for.
+  explicit MassRates(Equations& equations);
 
-  std::size_t size() const { return simulated_.size() * count_ + (accounted_ ? accounts : 0); }
+  std::size_t size() const { return simulated_.size() * (count_ + accounts); }
   std::size_t nonzeros() const { return nonzeros_; } // the same at each call of jacobian
 
-  // The step that begins now: volumes go on from the state's by the network's change.
-  void begin(const State& state);
-  std::span<const double> volume() const { return volume_; } // m3, as last asked for
+  // The unknowns of a state from which a solution starts; leaves the accounts alone.
+  void start(const State& state, double* unknowns);
+  // The step of so many days that begins now, at the state's day. Adds to the balances what comes in over the step.
+  void begin(const State& state, double days, Balances& balances);
+  // At the end of that step: the concentrations, by the state's volumes.
+  void finish(const double* unknowns, State& state);
+  // Adds what the accounts moved by from `before` to `after`.
+  void add_losses(const double* before, const double* after, Balances& balances) const;
 
-  void masses(const State& state, double* masses) const;              // leaves the account alone
-  void concentrations(const double* masses, State& state) const;      // by the state's volumes
-  MassFlux account(const double* masses) const;                       // g; all 0 where none is kept
-  void rates(double elapsed, const double* masses, double* rates);    // g/day at `elapsed` days of the step
-  void jacobian(double elapsed, const double* masses, Columns& into); // d(rate) / d(mass)
+  void rates(double elapsed, const double* unknowns, double* rates);    // g/day at `elapsed` days of the step
+  void jacobian(double elapsed, const double* unknowns, Columns& into); // d(rate) / d(unknown)
+  // weights[k] = 1 / (relative mass + absolute volume), at about the day that was last asked for; next to nothing
+  // for the accounts, which follow the masses.
+  void weigh(const double* unknowns, double relative, double absolute, double* weights) const;
 
 private:
-  enum Account { inflow, outflow, loads, reacted, accounts };
+  enum Account { outflow, reacted, accounts };
+  // Of one gaining segment: g that came before the step, and g/day as a polynomial of the days of the step.
+  struct Arrival {
+    double before = 0;
+    std::array<double, 3> rate{};
 
-  void take(double elapsed, const double* masses);
+    double until(double elapsed) const {
+      return before + elapsed * (rate[0] + elapsed * (rate[1] / 2 + elapsed * rate[2] / 3));
+    }
+  };
+
+  std::size_t account(std::size_t place, Account which) const {
+    return simulated_.size() * count_ + place * accounts + which;
+  }
+  void sample_sources(std::size_t sample, double share_of_step, Balances& balances);
+  void take(double elapsed, const double* unknowns);
   void find_reactions(const std::vector<double>& concentration, std::vector<double>& rate) const;
   void find_reaction_slopes();
   void add_transport(const TransportClass& its_class, std::size_t system, double* rates);
   template <class Entry>
-  void add_column(const TransportClass& its_class, std::size_t place, std::size_t segment, Entry entry) const;
+  void add_column(std::size_t place, std::size_t segment, Entry entry) const;
 
-  const Equations& equations_;
+  Equations& equations_;
   std::size_t count_; // segments
-  bool reacts_, accounted_;
+  bool reacts_;
   std::vector<std::size_t> simulated_;              // systems, in order of their places in the vector
   std::vector<const TransportClass*> class_of_;     // by place
   std::vector<std::size_t> far_starts_, far_terms_; // far terms by source
   std::vector<std::size_t> rim_of_;                 // position in the rim of each segment; its size for none
   std::size_t nonzeros_ = 0;
-  std::vector<double> start_volume_, volume_, concentration_, rate_;
+  double begin_ = 0, days_ = 0, elapsed_ = 0;              // of the step
+  std::vector<Arrival> arrivals_;                          // [place][gaining]
+  std::vector<double> samples_;                            // [sample][place][gaining], g/day
+  std::vector<double> start_volume_, start_change_, bend_; // volume = start + elapsed (change + elapsed bend)
+  std::vector<double> volume_, concentration_, rate_;
   std::vector<double> shifted_, shifted_rate_; // concentrations and reactions beside those
   std::vector<double> slope_;                  // [place of the cause][place of the effect][segment], 1/day
   std::vector<double> gain_;

@@ -24,10 +24,23 @@ void check_end(int segment, std::size_t segments, const char* what) {
     throw InputError(text(what, " names segment ", segment + 1, ", but the model has ", segments, " segments."));
 }
 
+void keep_different(std::vector<std::size_t>& numbers) {
+  std::sort(numbers.begin(), numbers.end());
+  numbers.erase(std::unique(numbers.begin(), numbers.end()), numbers.end());
+}
+
+std::size_t position(const std::vector<std::size_t>& numbers, std::size_t number) {
+  return static_cast<std::size_t>(std::lower_bound(numbers.begin(), numbers.end(), number) - numbers.begin());
+}
+
 } // namespace
 
 Network::Network(const Problem& problem, bool settles) : problem_(problem) {
   check_ends(problem);
+  for (const FlowPair& pair : problem.flows) flow_elements_.push_back(pair.element);
+  for (const ExchangePair& pair : problem.exchanges) exchange_elements_.push_back(pair.element);
+  keep_different(flow_elements_);
+  keep_different(exchange_elements_);
   layout_.segments = problem.segments.size();
   make_links(gather(problem), problem.net_flows);
   place(problem, settles);
@@ -61,11 +74,12 @@ std::vector<Network::PairEnds> Network::gather(const Problem& problem) const {
     pairs.push_back({static_cast<std::size_t>(a), b, carrier, member});
   };
   for (const FlowPair& pair : problem.flows)
-    add(pair.from, pair.to, static_cast<Carrier>(pair.field), {pair.element, pair.factor}, -1.0);
+    add(pair.from, pair.to, static_cast<Carrier>(pair.field), {position(flow_elements_, pair.element), pair.factor},
+        -1.0);
   for (const ExchangePair& pair : problem.exchanges) {
     const auto carrier =
         pair.field == ExchangeField::surface_water ? Carrier::surface_exchange : Carrier::pore_exchange;
-    add(pair.one, pair.two, carrier, {pair.element, pair.factor}, 1.0);
+    add(pair.one, pair.two, carrier, {position(exchange_elements_, pair.element), pair.factor}, 1.0);
   }
   return pairs;
 }
@@ -111,14 +125,15 @@ void Network::place(const Problem& problem, bool settles) {
   std::sort(far.begin(), far.end());
   far.erase(std::unique(far.begin(), far.end()), far.end());
   for (const auto& [target, source] : far) far_terms_.push_back({target, source});
-  std::sort(rim_.begin(), rim_.end());
-  rim_.erase(std::unique(rim_.begin(), rim_.end()), rim_.end());
+  keep_different(rim_);
   layout_.far_terms = far_terms_.size();
   layout_.rim = rim_.size();
 
-  for (Link& link : links_) {
+  for (std::size_t k = 0; k < links_.size(); ++k) {
+    Link& link = links_[k];
     if (link.b == outside) {
-      link.into_a = layout_.rim_in(rim_position(link.a));
+      rim_links_.push_back({k, rim_position(link.a)});
+      link.into_a = layout_.unused();
       link.into_b = layout_.rim_out(rim_position(link.a));
       link.out_of_b = layout_.unused();
     } else {
@@ -144,29 +159,22 @@ std::size_t Network::place_of(std::size_t target, std::size_t source) const {
 }
 
 std::size_t Network::rim_position(std::size_t segment) const {
-  return static_cast<std::size_t>(std::lower_bound(rim_.begin(), rim_.end(), segment) - rim_.begin());
+  return position(rim_, segment);
 }
 
-bool Network::update(const Forcing& forcing) {
-  if (forcing.flows == last_flows_ && forcing.exchanges == last_exchanges_ && forcing.linked == last_linked_ &&
-      (forcing.volume_change.empty() || forcing.volume_change == volume_change_))
-    return false;
-  last_flows_ = forcing.flows;
-  last_exchanges_ = forcing.exchanges;
-  last_linked_ = forcing.linked;
+void Network::update(std::span<const double> flows, std::span<const double> exchanges,
+                     const std::vector<double>& prescribed) {
   for (std::size_t k = 0; k < links_.size(); ++k) {
-    const bool exchanges = is_exchange(links_[k].carrier);
+    const bool mixes = is_exchange(links_[k].carrier);
+    const std::span<const double> driving = mixes ? exchanges : flows;
     double value = 0;
-    for (std::size_t m = member_starts_[k]; m < member_starts_[k + 1]; ++m) {
-      const auto& [element, factor] = members_[m];
-      value += factor * (exchanges ? static_cast<double>(forcing.exchanges[element]) : forcing.flow(element));
-    }
-    if (value < 0 && exchanges) refuse_exchange(links_[k]);
+    for (std::size_t m = member_starts_[k]; m < member_starts_[k + 1]; ++m)
+      value += members_[m].factor * driving[members_[m].element];
+    if (value < 0 && mixes) refuse_exchange(links_[k]);
     values_[k] = value * seconds_per_day;
   }
   balance_water();
-  settle_volume_change(forcing.volume_change);
-  return true;
+  settle_volume_change(prescribed);
 }
 
 void Network::refuse_exchange(const Link& link) const {
@@ -179,17 +187,22 @@ void Network::refuse_exchange(const Link& link) const {
 void Network::balance_water() {
   for (auto* sum : {&volume_change_, &water_out_, &surface_flow_, &surface_in_})
     std::fill(sum->begin(), sum->end(), 0.0);
+  water_in_ = water_released_ = 0;
   const auto move = [this](int from, int to, double amount, bool on_surface) {
     if (from != outside) {
       const auto giver = static_cast<std::size_t>(from);
       volume_change_[giver] -= amount;
       water_out_[giver] += amount;
       if (on_surface) surface_flow_[giver] += amount;
+    } else {
+      water_in_ += amount;
     }
     if (to != outside) {
       const auto taker = static_cast<std::size_t>(to);
       volume_change_[taker] += amount;
       if (on_surface) surface_in_[taker] += amount;
+    } else {
+      water_released_ += amount;
     }
   };
   for (std::size_t k = 0; k < links_.size(); ++k) {

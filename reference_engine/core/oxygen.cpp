@@ -111,10 +111,10 @@ Oxygen::Process Oxygen::process(int rate_isc, int theta_isc, int half_saturation
           constant(problem_, model_, half_saturation_isc), std::vector<double>(problem_.segments.size())};
 }
 
-void Oxygen::update(const Hydraulics& hydraulics, const Forcing& forcing) {
-  if (temperature_.update(forcing)) update_temperature();
-  update_surface(hydraulics, has_wind_ ? std::max(forcing.time_function(wind_function), 0.0) : 0.0);
-  const double light = has_light_ ? forcing.time_function(light_function) : 1.0;
+void Oxygen::update(const Hydraulics& hydraulics, const TimeFunctions& time_functions) {
+  if (temperature_.update(time_functions)) update_temperature();
+  update_surface(hydraulics, has_wind_ ? std::max(time_functions(wind_function), 0.0) : 0.0);
+  const double light = has_light_ ? time_functions(light_function) : 1.0;
   for (std::size_t i = 0; i < decay_.size(); ++i) {
     photosynthesis_[i] = photosynthesis_20_[i] * light;
     decay_[i] = std::max({nitrification_.now[i], denitrification_.now[i], oxidation_.now[i], reaeration_[i]});

@@ -19,7 +19,7 @@ public:
 
   explicit Oxygen(const Problem& problem);
 
-  void update(const Hydraulics& hydraulics, const Forcing& forcing) override;
+  void update(const Hydraulics& hydraulics, const TimeFunctions& time_functions) override;
   bool reacts() const override { return true; }
   void rates(std::size_t begin, std::size_t end, const double* const* concentration,
              double* const* rate) const override;

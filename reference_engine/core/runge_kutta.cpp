@@ -16,13 +16,26 @@ struct Stage {
 constexpr std::array<Stage, 4> tableau = {{{0, 1.0 / 6}, {0.5, 1.0 / 3}, {0.5, 1.0 / 3}, {1, 1.0 / 6}}};
 } // namespace
 
-void RungeKutta::step(const Equations& equations, State& state, double days, MassBalance* balance) {
+StepLimit RungeKutta::limit(Equations& equations, const State& state, double days) {
+  equations.move_to(state.day + days);
+  equations.set_volumes(state.volume);
+  const StepLimit at_end = equations.limit();
+  equations.move_to(state.day); // last, as the first stage needs it
+  equations.set_volumes(state.volume);
+  return at_end.days < equations.limit().days ? at_end : equations.limit();
+}
+
+void RungeKutta::step(Equations& equations, State& state, double days, Balances& balances) {
   prepare(equations, state);
-  find_new_volumes(equations, state, days);
+  stage_volume_ = state.volume;
   for (std::size_t k = 0; k < tableau.size(); ++k) {
     const double to_next = k + 1 < tableau.size() ? tableau[k + 1].moment : 0.0; // the last has none
-    stage(equations, state, tableau[k].weight, to_next, days, tableau[k].moment, balance);
+    equations.move_to(state.day + tableau[k].moment * days);
+    equations.set_volumes(stage_volume_);
+    if (k == 1) find_new_volumes(equations, state, days);
+    stage(equations, state, tableau[k].weight, to_next, days, balances);
     now_.swap(next_);
+    stage_volume_.swap(next_volume_);
   }
   const std::size_t count = state.volume.size();
   for (const TransportClass& it : equations.classes()) {
@@ -31,10 +44,11 @@ void RungeKutta::step(const Equations& equations, State& state, double days, Mas
       const double* const sum = &sum_[system * count];
       for (std::size_t i = 0; i < count; ++i)
         values[i] = (state.volume[i] * values[i] + days * sum[i]) / new_volume_[i];
-      hold_limits(equations.problem(), system, 0, count, state, balance);
+      hold_limits(equations.problem(), system, 0, count, state, balances);
     }
   }
   state.volume.swap(new_volume_);
+  state.day += days;
 }
 
 void RungeKutta::prepare(const Equations& equations, const State& state) {
@@ -45,7 +59,7 @@ void RungeKutta::prepare(const Equations& equations, const State& state) {
     next_.assign(systems * stride_, 0.0);
     sum_.resize(systems * count);
     gain_.assign(systems, std::vector<double>(equations.gaining().size()));
-    stage_volume_.resize(count);
+    next_volume_.resize(count);
     change_.resize(block);
     rate_.assign(systems * block, 0.0);
     now_rows_.resize(systems);
@@ -60,21 +74,22 @@ void RungeKutta::prepare(const Equations& equations, const State& state) {
 
 // Adds this stage's changes to the sum and makes the next stage's concentrations, at the share to_next of the step (0:
 // there is none).
-void RungeKutta::stage(const Equations& equations, State& state, double weight, double to_next, double days,
-                       double elapsed, MassBalance* balance) {
-  const Problem& problem = equations.problem();
+void RungeKutta::stage(const Equations& equations, const State& state, double weight, double to_next, double days,
+                       Balances& balances) {
   const auto volume_change = equations.network().volume_change();
   const std::size_t count = state.volume.size();
-  for (std::size_t i = 0; i < count; ++i) stage_volume_[i] = state.volume[i] + elapsed * days * volume_change[i];
-  const auto is_balanced = [&](std::size_t system) {
-    return balance != nullptr && static_cast<int>(system) == problem.balance_system;
-  };
+  for (std::size_t i = 0; i < count; ++i) next_volume_[i] = state.volume[i] + to_next * days * volume_change[i];
   for (const TransportClass& it : equations.classes()) {
     for (const std::size_t system : it.systems()) {
-      equations.gains(it, system, of(now_, system), gain_[system]);
-      if (is_balanced(system)) balance->moved.add(equations.flux(it, system, of(now_, system)), weight * days);
+      std::ranges::fill(gain_[system], 0.0);
+      equations.add_far_gains(it, of(now_, system), gain_[system]);
+      MassFlux& moved = balances.systems[system].moved;
+      moved.add(equations.add_sources(system, gain_[system]), weight * days);
+      moved.add(equations.losses(it, of(now_, system)), weight * days);
     }
   }
+  balances.water.inflow += weight * days * equations.network().water_in();
+  balances.water.outflow += weight * days * equations.network().water_released();
   const bool reacts = equations.kinetics().reacts();
   for (std::size_t begin = 0; begin < count; begin += block) {
     const std::size_t end = std::min(begin + block, count);
@@ -83,18 +98,16 @@ void RungeKutta::stage(const Equations& equations, State& state, double weight, 
     for (const TransportClass& it : equations.classes()) {
       for (const std::size_t system : it.systems()) {
         change_block(equations, it, system, begin, end);
-        if (reacts && is_balanced(system))
-          for (std::size_t i = begin; i < end; ++i)
-            balance->moved.reacted += weight * days * stage_volume_[i] * rate_rows_[system][i - begin];
+        double reacted = 0;
+        for (std::size_t i = begin; reacts && i < end; ++i) reacted += stage_volume_[i] * rate_rows_[system][i - begin];
+        balances.systems[system].moved.reacted += weight * days * reacted;
         const double* const old = state.of(system).data();
         double* const sum = &sum_[system * count];
         double* const next = of(next_, system);
         for (std::size_t i = begin; i < end; ++i) {
           const double change = change_[i - begin];
           sum[i] += weight * change;
-          if (to_next > 0)
-            next[i] = (state.volume[i] * old[i] + to_next * days * change) /
-                      (state.volume[i] + to_next * days * volume_change[i]);
+          if (to_next > 0) next[i] = (state.volume[i] * old[i] + to_next * days * change) / next_volume_[i];
         }
       }
     }

@@ -1,4 +1,4 @@
-// The classic explicit Runge-Kutta method of order 4, on the masses V C.
+// The classic explicit Runge-Kutta method of order 4, on the masses V C and the volumes V.
 #ifndef REFERENCE_ENGINE_CORE_RUNGE_KUTTA_H
 #define REFERENCE_ENGINE_CORE_RUNGE_KUTTA_H
 
@@ -10,7 +10,8 @@ namespace reference_engine {
 
 class RungeKutta : public Integrator {
 public:
-  void step(const Equations& equations, State& state, double days, MassBalance* balance) override;
+  StepLimit limit(Equations& equations, const State& state, double days) override;
+  void step(Equations& equations, State& state, double days, Balances& balances) override;
 
 private:
   // A stage's concentrations, [system][segment], each system with a 0 before its first and behind its last segment.
@@ -18,8 +19,8 @@ private:
 
   void prepare(const Equations& equations, const State& state);
   double* of(Padded& values, std::size_t system) const { return &values[system * stride_ + 1]; }
-  void stage(const Equations& equations, State& state, double weight, double to_next, double days, double elapsed,
-             MassBalance* balance);
+  void stage(const Equations& equations, const State& state, double weight, double to_next, double days,
+             Balances& balances);
   void change_block(const Equations& equations, const TransportClass& its_class, std::size_t system, std::size_t begin,
                     std::size_t end);
 
@@ -27,6 +28,7 @@ private:
   Padded now_, next_;                     // concentrations at this stage and the next
   std::vector<double> sum_;               // [system][segment], weighted changes of mass so far, g/day
   std::vector<double> stage_volume_;      // at this stage
+  std::vector<double> next_volume_;       // at the next
   std::vector<std::vector<double>> gain_; // by system, g/day at the equations' gaining segments
   std::vector<double> change_, rate_;     // a block: g/day of one system; [system], g/m3/day
   std::vector<double*> rate_rows_;

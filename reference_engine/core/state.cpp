@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 
 namespace reference_engine {
 
@@ -28,6 +29,17 @@ double MassBalance::relative_error() const {
   const double size = std::max({std::abs(at_start), std::abs(now), std::abs(moved.inflow), std::abs(moved.outflow),
                                 std::abs(moved.loads), std::abs(moved.reacted)});
   return size > 0 ? (stored() - came) / size : 0.0;
+}
+
+Balances::Balances(const State& state)
+    : systems(state.concentration.size() / std::max<std::size_t>(state.volume.size(), 1)) {
+  for (std::size_t s = 0; s < systems.size(); ++s) systems[s].at_start = systems[s].now = state.mass(s);
+  water.at_start = water.now = std::accumulate(state.volume.begin(), state.volume.end(), 0.0);
+}
+
+void Balances::close(const State& state) {
+  for (std::size_t s = 0; s < systems.size(); ++s) systems[s].now = state.mass(s);
+  water.now = std::accumulate(state.volume.begin(), state.volume.end(), 0.0);
 }
 
 } // namespace reference_engine

@@ -1,4 +1,4 @@
-// What changes from step to step, and the account of one system's mass.
+// What changes from step to step, and the account of mass and water.
 #ifndef REFERENCE_ENGINE_CORE_STATE_H
 #define REFERENCE_ENGINE_CORE_STATE_H
 
@@ -10,6 +10,7 @@
 namespace reference_engine {
 
 struct State {
+  double day = 0;                    // days since the start of the run
   std::vector<double> volume;        // m3
   std::vector<double> concentration; // [system][segment], g/m3
 
@@ -41,6 +42,22 @@ struct MassBalance {
   double stored() const { return now - at_start; }
   // What is unaccounted for, as a share of all that was there or moved.
   double relative_error() const;
+};
+
+// The same for the water of all segments, m3.
+struct WaterBalance {
+  double inflow = 0, outflow = 0; // over the rim, rain and evaporation included
+  double at_start = 0, now = 0;
+
+  double stored() const { return now - at_start; }
+};
+
+struct Balances {
+  std::vector<MassBalance> systems;
+  WaterBalance water;
+
+  explicit Balances(const State& state); // at the start
+  void close(const State& state);        // at the end, or so far
 };
 
 } // namespace reference_engine

@@ -2,6 +2,7 @@
 
 #include "core/errors.h"
 #include "core/text.h"
+#include "core/timeline.h"
 
 #include <algorithm>
 #include <cmath>
@@ -12,8 +13,12 @@ void StepRules::check() const {
   if (!(largest > 0)) throw InputError("The maximum time step is 0 or less.");
   if (!(fraction > 0)) throw InputError("The fraction of the maximum time step is 0 or less.");
   if (steps.empty() && !automatic) throw InputError("The data set has no time step.");
-  for (const auto& [moment, step] : steps)
-    if (!(step > 0)) throw InputError(text("The time step from day ", moment, " on is 0 or less."));
+  for (const auto& [day, step] : steps) {
+    if (step <= 0) throw InputError(text("The time step from day ", day, " on is 0 or less."));
+    if (!std::isfinite(step) || !std::isfinite(day))
+      throw InputError(
+          text("A time step (day ", day, ", value ", step, ") is not a finite number. Correct or delete it."));
+  }
 }
 
 double StepRules::given(double now) const {
@@ -33,13 +38,13 @@ double choose_step(const StepRules& rules, const StepLimit& limit, const Problem
       throw RunError(text("The stable time step in segment ", where(), " is ", allowed,
                           " days, below the minimum time step of ", rules.smallest, " days."));
     step = std::min({step, rules.largest, allowed});
-  } else if (step > limit.days) {
-    throw RunError(text("The time step of ", step, " days is longer than segment ", where(), " allows, which is ",
-                        limit.days, " days."));
   }
   constexpr double rounding = 1e-6; // given steps have single precision: what they miss is not a step of its own
   const double even = remaining / std::max(1.0, std::ceil(remaining / step * (1 - rounding)));
   if (even < same_moment) throw RunError(text("At day ", now, " the next step is too short to go on."));
+  if (!rules.automatic && even > limit.days)
+    throw RunError(text("The time step of ", even, " days is longer than segment ", where(), " allows, which is ",
+                        limit.days, " days."));
   return even;
 }
 

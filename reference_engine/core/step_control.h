@@ -9,9 +9,6 @@
 
 namespace reference_engine {
 
-// Moments that lie no farther apart are one, a tenth of a millisecond; there is no shorter step.
-constexpr double same_moment = 1e-9;
-
 struct StepRules {
   std::vector<std::pair<double, double>> steps; // moment and step from then on; the first holds before it, too
   double largest = 1, smallest = 0;

@@ -27,8 +27,8 @@ Tracer::Tracer(const Problem& problem)
       settling_(settling_velocities(problem, settling_parameter_isc,
                                     constant(problem, model_info(library), settling_constant_isc))) {}
 
-void Tracer::update(const Hydraulics&, const Forcing& forcing) {
-  if (!temperature_.update(forcing)) return;
+void Tracer::update(const Hydraulics&, const TimeFunctions& time_functions) {
+  if (!temperature_.update(time_functions)) return;
   temperature_.factors(decay_theta_, decay_);
   for (double& decay : decay_) decay *= decay_rate_;
 }

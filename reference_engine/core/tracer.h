@@ -16,7 +16,7 @@ public:
 
   explicit Tracer(const Problem& problem);
 
-  void update(const Hydraulics& hydraulics, const Forcing& forcing) override;
+  void update(const Hydraulics& hydraulics, const TimeFunctions& time_functions) override;
   bool reacts() const override { return decay_rate_ > 0; }
   void rates(std::size_t begin, std::size_t end, const double* const* concentration,
              double* const* rate) const override;

@@ -42,6 +42,17 @@ double TransportClass::share(const Problem& problem, Share share, std::size_t se
   return 0;
 }
 
+void TransportClass::update_rim(const Problem& problem, const Network& network) {
+  rim_in_.assign(network.rim().size(), 0.0);
+  for (const auto& [k, rim] : network.rim_links()) {
+    const Link& link = network.links()[k];
+    const Share kind = shares_[static_cast<std::size_t>(link.carrier)];
+    const double value = network.values()[k];
+    if (kind != Share::none && (is_exchange(link.carrier) || value < 0))
+      rim_in_[rim] += std::abs(value) * share(problem, kind, link.a);
+  }
+}
+
 // An upwind balance: what leaves a segment bears the segment's own concentration (Patankar, Numerical Heat Transfer
 // and Fluid Flow, 1980, section 5.2); an exchange goes both ways. The share that a field carries is the donor's; what
 // comes from the outside is divided as in the segment that takes it.

@@ -18,9 +18,14 @@ public:
 
   // Whether the system is carried as this class's systems are, and may join them.
   bool serves(const Problem& problem, std::size_t system, bool settles) const;
+  bool settles() const { return settles_; }
   void join(std::size_t system) { systems_.push_back(system); }
 
-  // Works the coefficients out anew. `settling`: m3/day that settle out of each segment; empty for none.
+  // Works out what comes over the rim.
+  void update_rim(const Problem& problem, const Network& network);
+  // m3/day for each segment of the rim, of the boundary concentration.
+  std::span<const double> rim_in() const { return rim_in_; }
+  // Works all other coefficients out. `settling`: m3/day that settle out of each segment; empty for none.
   void update(const Problem& problem, const Network& network, std::span<const double> settling);
 
   std::span<const std::size_t> systems() const { return systems_; }
@@ -38,7 +43,7 @@ private:
   std::vector<std::size_t> systems_;
   std::array<Share, carriers> shares_{};
   bool settles_;
-  std::vector<double> coefficients_, sink_;
+  std::vector<double> coefficients_, rim_in_, sink_;
 };
 
 } // namespace reference_engine

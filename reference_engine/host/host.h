@@ -52,6 +52,16 @@ public:
     get(keyword, text_.data(), indices...);
     return text_.data();
   }
+  // The days since the start and the values of one point of a series, or of all of them.
+  template <class... Index>
+  void series(std::string_view keyword, float* days, float* values, Index... indices) {
+    std::array<std::int32_t, sizeof...(Index)> copies{static_cast<std::int32_t>(indices)...};
+    Arguments arguments{};
+    for (std::size_t k = 0; k < sizeof...(Index); ++k) arguments[k] = &copies[k];
+    arguments[sizeof...(Index)] = days;
+    arguments[sizeof...(Index) + 1] = values;
+    get(keyword, arguments);
+  }
   // A count that is used as a size: never below 0.
   template <class... Index>
   std::int32_t count(std::string_view keyword, Index... indices) {

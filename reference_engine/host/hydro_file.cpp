@@ -2,8 +2,8 @@
 
 #include "core/errors.h"
 #include "core/problem.h"
-#include "core/step_control.h"
 #include "core/text.h"
+#include "core/timeline.h"
 
 #include <algorithm>
 #include <cmath>

@@ -4,32 +4,50 @@
 #include "core/text.h"
 
 #include <algorithm>
-#include <cmath>
-#include <limits>
 #include <set>
 
 namespace reference_engine {
 
 namespace {
 
-constexpr float untouched = std::numeric_limits<float>::quiet_NaN();
-
 std::size_t element(std::int32_t function, std::int32_t field) {
   return static_cast<std::size_t>(function - 1) * fields_per_function + static_cast<std::size_t>(field - 1);
 }
 
-// No keyword tells which fields are in use. The front end writes the elements of those alone, so the others still hold
-// what they were filled with.
-bool in_use(const std::vector<float>& values, std::int32_t functions, std::int32_t field) {
-  for (std::int32_t function = 1; function <= functions; ++function)
-    if (!std::isnan(values[element(function, field)])) return true;
-  return false;
-}
+// No keyword tells which fields are in use. The front end writes the elements of those alone: what it writes is the
+// same whatever stood there before, and no value serves as a mark.
+class FieldsInUse {
+public:
+  FieldsInUse(Host& host, Forcing& forcing) : flows_(forcing.flows.size()), exchanges_(forcing.exchanges.size()) {
+    for (const float before : {1.0f, 0.0f}) {
+      std::ranges::fill(forcing.flows, before);
+      std::ranges::fill(forcing.exchanges, before);
+      set_days(host, 0);
+      note(forcing.flows, before, flows_);
+      note(forcing.exchanges, before, exchanges_);
+    }
+  }
+
+  bool flows(std::int32_t field, std::int32_t functions) const { return any(flows_, field, functions); }
+  bool exchanges(std::int32_t field, std::int32_t functions) const { return any(exchanges_, field, functions); }
+
+private:
+  static void note(const std::vector<float>& values, float before, std::vector<bool>& written) {
+    for (std::size_t k = 0; k < values.size(); ++k) written[k] = written[k] || !(values[k] == before);
+  }
+  static bool any(const std::vector<bool>& written, std::int32_t field, std::int32_t functions) {
+    for (std::int32_t function = 1; function <= functions; ++function)
+      if (written[element(function, field)]) return true;
+    return false;
+  }
+
+  std::vector<bool> flows_, exchanges_;
+};
 
 std::vector<float> make_functions(Host& host, std::string_view keyword, std::int32_t fields) {
   std::int32_t most = 1; // an array is registered even where no function writes it
   for (std::int32_t field = 1; field <= fields; ++field) most = std::max(most, host.count(keyword, field));
-  return std::vector<float>(static_cast<std::size_t>(most) * fields_per_function, untouched);
+  return std::vector<float>(static_cast<std::size_t>(most) * fields_per_function);
 }
 
 void read_flow_field(Host& host, std::int32_t field, std::int32_t functions, Problem& problem) {
@@ -66,11 +84,6 @@ void read_exchange_field(Host& host, std::int32_t field, std::int32_t functions,
   }
 }
 
-void clear_untouched(std::vector<float>& values) {
-  std::replace_if(
-      values.begin(), values.end(), [](float value) { return std::isnan(value); }, 0.0f);
-}
-
 } // namespace
 
 std::pair<double, double> read_point(Host& host, std::string_view keyword, std::int32_t point) {
@@ -100,22 +113,22 @@ void register_forcing(Host& host, const ModelInfo& model, const Problem& problem
   set_days(host, 0);
 }
 
-void set_days(Host& host, double days) {
+double set_days(Host& host, double days) {
   auto narrowed = static_cast<float>(days);
   host.put("DAYS", Host::Arguments{&narrowed});
+  return static_cast<double>(narrowed);
 }
 
 void read_pairs(Host& host, bool surface_flows, Forcing& forcing, Problem& problem) {
+  const FieldsInUse in_use(host, forcing);
   for (std::int32_t field = surface_flows ? 1 : 2; field <= flow_fields; ++field) {
     const std::int32_t functions = host.count("NINQ", field);
-    if (in_use(forcing.flows, functions, field)) read_flow_field(host, field, functions, problem);
+    if (in_use.flows(field, functions)) read_flow_field(host, field, functions, problem);
   }
   for (std::int32_t field = 1; field <= exchange_fields; ++field) {
     const std::int32_t functions = host.count("NTEX", field);
-    if (in_use(forcing.exchanges, functions, field)) read_exchange_field(host, field, functions, problem);
+    if (in_use.exchanges(field, functions)) read_exchange_field(host, field, functions, problem);
   }
-  clear_untouched(forcing.flows);
-  clear_untouched(forcing.exchanges);
 }
 
 void read_loads(Host& host, Problem& problem) {

@@ -16,15 +16,14 @@ constexpr std::int32_t flow_fields = 6, exchange_fields = 2;
 // One point of a series without parent records, DTFUNC or PRINTFUNC: days since the start, and value.
 std::pair<double, double> read_point(Host& host, std::string_view keyword, std::int32_t point);
 
-// Sizes the forcing's arrays by the problem's segments and systems, registers them, and fills them for day 0. Elements
-// of fields that are not in use stay not-a-number until read_pairs has looked at them.
+// Sizes the forcing's arrays by the problem's segments and systems, registers them, and fills them for day 0.
 void register_forcing(Host& host, const ModelInfo& model, const Problem& problem, Forcing& forcing);
 
-// The forcing's values at a moment, days since the start.
-void set_days(Host& host, double days);
+// The forcing's values at a moment, days since the start. Returns that moment as the interface has it, in single
+// precision.
+double set_days(Host& host, double days);
 
-// Reads the pairs of the fields in use, and sets the forcing's other elements to 0. surface_flows: false leaves those
-// out.
+// Reads the pairs of the fields in use. surface_flows: false leaves those out.
 void read_pairs(Host& host, bool surface_flows, Forcing& forcing, Problem& problem);
 
 void read_loads(Host& host, Problem& problem);

@@ -4,6 +4,7 @@
 #include "core/errors.h"
 #include "core/integrator.h"
 #include "core/text.h"
+#include "core/timeline.h"
 #include "host/read_series.h"
 #include "host/results_grid.h"
 #include "host/run_input.h"
@@ -34,12 +35,11 @@ class Run {
 public:
   Run(Host& host, RunInput& input, std::string_view library)
       : host_(host), input_(input), library_(library), equations_(input.problem, library), state_(input.problem),
-        integrator_(make_integrator(input.technique)), grid_(host, input.problem), values_(state_.volume.size()) {
+        integrator_(make_integrator(input.technique)), balances_(state_),
+        timeline_(input.days, PrintTimes(input.print_intervals), std::move(input.points), input.rules.smallest),
+        grid_(host, input.problem), values_(state_.volume.size()),
+        linked_until_(input.hydro ? 0 : std::numeric_limits<double>::infinity()) {
     host_.stop_if_cancelled(); // the network of a large model takes a while
-    if (input.problem.balance_system >= 0) {
-      balance_.emplace();
-      balance_->at_start = state_.mass(static_cast<std::size_t>(input.problem.balance_system));
-    }
     open_results();
     integrator_->note_exceedances(input.problem, state_);
   }
@@ -49,24 +49,22 @@ public:
                     " over ", input_.days, " days by ", technique_name(input_.technique), "."));
     if (input_.debug > 0) tell_network();
     warn_of_exceedances();
-    double next_print = 0;
-    for (;;) {
-      host_.stop_if_cancelled();
-      set_days(host_, now_);
-      if (input_.hydro) take_linked_flows();
-      equations_.refresh(input_.forcing, state_);
-      note_limit();
-      warn_of_temperature();
-      const bool at_end = now_ >= input_.days - same_moment;
-      if (now_ >= next_print - same_moment || at_end) {
-        print();
-        next_print = now_ + print_interval();
-      }
+    for (bool prints = true;; prints = event_.prints) {
+      const bool at_end = state_.day >= input_.days;
+      if (!at_end) begin_interval();
+      if (prints) print();
       if (at_end) break;
-      advance(std::min({next_print, input_.days, next_linked_change()}));
-      show_progress();
+      while (state_.day < event_.day) {
+        host_.stop_if_cancelled();
+        advance();
+        show_progress();
+      }
     }
     publish();
+    if (timeline_.merged() > 0)
+      host_.info(
+          text(timeline_.merged(), " times of series points lie closer to another event than the minimum time step of ",
+               input_.rules.smallest, " days, or than single precision tells apart, and count with that event."));
     host_.info(closing_line());
   }
 
@@ -89,44 +87,60 @@ private:
                     equations_.classes().size(), " ways in which systems are carried."));
   }
 
-  double next_linked_change() const {
-    return input_.hydro ? input_.hydro->next_change(now_) : std::numeric_limits<double>::infinity();
+  // Takes the forcing up to the next event: two samples, neither of them at an end, and none earlier than the one
+  // before it, since the front end is slow to go back.
+  void begin_interval() {
+    if (input_.hydro && state_.day >= linked_until_) take_linked_flows();
+    event_ = timeline_.next(state_.day, linked_until_);
+    const double length = event_.day - state_.day;
+    equations_.forcing().take_first(input_.forcing, sample(state_.day + length / 4));
+    const double second = sample(state_.day + 3 * length / 4);
+    equations_.forcing().take_second(input_.forcing, second, event_.straight);
+    if (state_.day == 0) limit_ = integrator_->limit(equations_, state_, 0);
   }
 
-  double print_interval() const {
-    const auto interval = static_cast<double>(input_.forcing.print_interval);
-    if (!(interval > 0)) throw RunError(text("The print interval at day ", now_, " is 0 or less."));
-    return interval;
-  }
+  double sample(double day) { return sampled_ = set_days(host_, std::max(day, sampled_)); }
 
-  void note_limit() {
-    if (equations_.limit().days < shortest_.days) shortest_ = equations_.limit();
-  }
-
-  void advance(double next_event) {
-    const double remaining = next_event - now_;
-    const double step =
-        choose_step(input_.rules, integrator_->limit(equations_, state_), input_.problem, now_, remaining);
-    integrator_->step(equations_, state_, step, balance_ ? &*balance_ : nullptr);
-    now_ = step >= remaining ? next_event : now_ + step;
+  void advance() {
+    const double remaining = event_.day - state_.day;
+    const double step = find_step(remaining);
+    integrator_->step(equations_, state_, step, balances_);
+    if (step >= remaining) state_.day = event_.day;
     ++steps_;
     warn_of_exceedances();
+    warn_of_temperature();
+  }
+
+  // The limit depends on the flows that a step meets, and so on its length: the last step's limit is the first guess.
+  double find_step(double remaining) {
+    const auto choose = [&](const StepLimit& limit) {
+      return choose_step(input_.rules, limit, input_.problem, state_.day, remaining);
+    };
+    constexpr StepLimit unlimited{std::numeric_limits<double>::infinity(), 0};
+    double step = input_.rules.automatic ? choose(limit_) : choose(unlimited);
+    for (;;) {
+      limit_ = integrator_->limit(equations_, state_, step);
+      const double allowed = choose(limit_);
+      if (equations_.limit().days < shortest_.days) shortest_ = equations_.limit();
+      if (allowed >= step * (1 - 1e-9)) return step;
+      step = allowed;
+    }
   }
 
   void warn_of_exceedances() {
     const Problem& problem = input_.problem;
     for (const Integrator::Exceedance& it : integrator_->take_exceedances())
       host_.warning(text("The concentration of ", problem.systems[it.system].name, " in segment ",
-                         numbered(problem.segments[it.segment], it.segment), " is ", it.value, " g/m3 on day ", now_,
-                         " (", input_.start.after(now_).iso(' '), "), above the system's maximum concentration of ",
+                         numbered(problem.segments[it.segment], it.segment), " is ", it.value, " g/m3 on day ",
+                         state_.day, " (", input_.start.after(state_.day).iso(' '),
+                         "), above the system's maximum concentration of ",
                          problem.systems[it.system].largest_concentration,
                          " g/m3. The run goes on; later cases of this system are not reported."));
   }
 
   void take_linked_flows() {
-    if (now_ < linked_until_) return;
-    input_.hydro->hold(now_, input_.forcing.linked, input_.forcing.volume_change);
-    linked_until_ = next_linked_change();
+    input_.hydro->hold(state_.day, input_.forcing.linked, input_.forcing.volume_change);
+    linked_until_ = input_.hydro->next_change(state_.day);
     if (const auto it = input_.hydro->mismatch(); it && !std::exchange(mismatch_reported_, true))
       host_.warning(text(input_.hydro->name(), ": from ", it->begin.iso(' '), " to ", it->end.iso(' '),
                          " the volume of segment ", numbered(input_.problem.segments[it->segment], it->segment),
@@ -144,13 +158,16 @@ private:
     const auto it = highest > warmest ? std::ranges::max_element(values) : std::ranges::min_element(values);
     const auto segment = static_cast<std::size_t>(it - values.begin());
     host_.warning(text("The water temperature in segment ", numbered(input_.problem.segments[segment], segment), " is ",
-                       *it, " deg C on day ", now_, " (", input_.start.after(now_).iso(' '), "), outside ", coldest,
-                       " to ", warmest, ". Temperatures are in degrees Celsius; later cases are not reported."));
+                       *it, " deg C on day ", state_.day, " (", input_.start.after(state_.day).iso(' '), "), outside ",
+                       coldest, " to ", warmest,
+                       ". Temperatures are in degrees Celsius; later cases are not reported."));
   }
 
   void print() {
+    equations_.move_to(state_.day);
+    equations_.set_volumes(state_.volume);
     for (const Writer& writer : writers_) {
-      writer.results->begin_time(now_);
+      writer.results->begin_time(state_.day);
       for (std::size_t k = 0; k < writer.variables->size(); ++k) {
         equations_.output((*writer.variables)[k].isc, state_, values_);
         writer.results->write(k, values_);
@@ -159,14 +176,14 @@ private:
     grid_.show(state_);
     shown_at_ = Clock::now();
     if (input_.debug > 1)
-      host_.info(text("Day ", now_, ": ", steps_, " steps, limit ", equations_.limit().days, " days in segment ",
+      host_.info(text("Day ", state_.day, ": ", steps_, " steps, limit ", equations_.limit().days, " days in segment ",
                       numbered(input_.problem.segments[equations_.limit().segment], equations_.limit().segment), "."));
   }
 
   // Told only when it changes: the front end works out the time remaining from each.
   void show_progress() {
     constexpr auto between_shows = std::chrono::milliseconds(250);
-    const auto percent = static_cast<std::int32_t>(100 * now_ / input_.days);
+    const auto percent = static_cast<std::int32_t>(100 * state_.day / input_.days);
     if (percent != percent_) host_.put("PROGRESS", percent_ = percent);
     if (Clock::now() - shown_at_ < between_shows) return;
     grid_.show(state_);
@@ -175,7 +192,8 @@ private:
 
   void publish() {
     std::optional<RestartFile> restart;
-    if (input_.writes_restart) restart.emplace(input_.base, state_, input_.volume_factor, input_.start.after(now_));
+    if (input_.writes_restart)
+      restart.emplace(input_.base, state_, input_.volume_factor, input_.start.after(state_.day));
     for (const Writer& writer : writers_) writer.results->publish();
     if (restart) restart->publish();
   }
@@ -187,15 +205,16 @@ private:
                                 ? text(rounded(shortest_.days, 4), " days in segment ",
                                        numbered(input_.problem.segments[shortest_.segment], shortest_.segment))
                                 : std::string("without limit"));
-    if (!balance_) return line + "; no system is chosen for the mass balance.";
+    balances_.close(state_);
+    if (input_.problem.balance_system < 0) return line + "; no system is chosen for the mass balance.";
     const auto system = static_cast<std::size_t>(input_.problem.balance_system);
-    balance_->now = state_.mass(system);
+    const MassBalance& balance = balances_.systems[system];
     const auto kilograms = [](double grams) { return rounded(grams / grams_per_kilogram, 5); };
-    line += text("; ", input_.problem.systems[system].name, " in kg: inflow ", kilograms(balance_->moved.inflow),
-                 ", outflow ", kilograms(balance_->moved.outflow), ", loads ", kilograms(balance_->moved.loads),
-                 ", reacted ", kilograms(balance_->moved.reacted), ", stored ", kilograms(balance_->stored()));
-    if (balance_->clipped > 0) line += text(", raised to 0 ", kilograms(balance_->clipped));
-    return line + text(", relative error ", rounded(balance_->relative_error(), 2), ".");
+    line += text("; ", input_.problem.systems[system].name, " in kg: inflow ", kilograms(balance.moved.inflow),
+                 ", outflow ", kilograms(balance.moved.outflow), ", loads ", kilograms(balance.moved.loads),
+                 ", reacted ", kilograms(balance.moved.reacted), ", stored ", kilograms(balance.stored()));
+    if (balance.clipped > 0) line += text(", raised to 0 ", kilograms(balance.clipped));
+    return line + text(", relative error ", rounded(balance.relative_error(), 2), ".");
   }
 
   struct Writer {
@@ -209,14 +228,17 @@ private:
   Equations equations_;
   State state_;
   std::unique_ptr<Integrator> integrator_;
+  Balances balances_;
+  Timeline timeline_;
   std::vector<Writer> writers_;
   ResultsGrid grid_;
   std::vector<double> values_; // one a segment
-  std::optional<MassBalance> balance_;
-  double now_ = 0; // days since the start; the interface's single precision is too coarse to count in
+  Timeline::Event event_;      // at the end of the interval that is being solved
+  double sampled_ = 0;         // the latest day that the front end was asked for
+  StepLimit limit_;            // of the latest step
   long long steps_ = 0;
   std::int32_t percent_ = 0;
-  double linked_until_ = 0; // days: when the hydrodynamic file has other flows
+  double linked_until_; // days: when the hydrodynamic file has other flows
   bool temperature_reported_ = false, mismatch_reported_ = false;
   StepLimit shortest_{std::numeric_limits<double>::infinity(), 0};
   Clock::time_point began_ = Clock::now(), shown_at_ = began_;

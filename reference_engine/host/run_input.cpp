@@ -4,8 +4,10 @@
 #include "core/inputs.h"
 #include "core/kinetics.h"
 #include "core/text.h"
+#include "core/timeline.h"
 #include "host/hydro_linkage.h"
 #include "host/read_period.h"
+#include "host/read_points.h"
 #include "host/read_series.h"
 
 #include <algorithm>
@@ -179,7 +181,7 @@ void read_constants(Host& host, const ModelInfo& model, Problem& problem) {
 void read_times(Host& host, RunInput& input) {
   const Period period = read_period(host);
   input.start = period.start;
-  input.days = period.days;
+  input.days = period.days * seconds_per_day < 1 ? period.days : to_second(period.days);
   if (!(input.days > 0)) throw InputError("The end of the simulation is not after its start.");
   input.rules = {.steps = {},
                  .largest = read_global(host, "MAXDT", "maximum time step"),
@@ -190,9 +192,15 @@ void read_times(Host& host, RunInput& input) {
   for (std::int32_t k = 1; k <= steps; ++k) input.rules.steps.push_back(read_point(host, "DTFUNC", k));
   input.rules.check();
   if (prints == 0) throw InputError("The data set has no print interval.");
-  for (std::int32_t k = 1; k <= prints; ++k)
-    if (const auto [moment, interval] = read_point(host, "PRINTFUNC", k); !(interval > 0))
-      throw InputError(text("The print interval from day ", moment, " on is 0 or less."));
+  for (std::int32_t k = 1; k <= prints; ++k) {
+    const auto [day, interval] = input.print_intervals.emplace_back(read_point(host, "PRINTFUNC", k));
+    if (!std::isfinite(day) || !std::isfinite(interval))
+      throw InputError(text("Point ", k, " of the print intervals (day ", day, ", value ", interval,
+                            ") is not a finite number. Correct or delete it."));
+    if (!(interval > 0)) throw InputError(text("The print interval from day ", day, " on is 0 or less."));
+    if (!(interval > same_moment))
+      throw InputError(text("The print interval from day ", day, " on is too short: ", interval, " days."));
+  }
 }
 
 std::vector<OutputVariable> read_outputs(Host& host, const ModelInfo& model, bool csv) {
@@ -237,6 +245,7 @@ void read_run_input(Host& host, std::string_view library, RunInput& input) {
   read_pairs(host, !is_linked, input.forcing, input.problem);
   if (is_linked) input.hydro = link_hydro_file(host, input.days, input.forcing, input.problem);
   read_loads(host, input.problem);
+  input.points = read_point_days(host, input.problem, input.forcing, input.days);
 }
 
 } // namespace reference_engine

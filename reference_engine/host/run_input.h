@@ -22,7 +22,9 @@ struct RunInput {
   Forcing forcing;                  // registered with the host: this object must not move and must outlive the job
   std::unique_ptr<HydroFile> hydro; // with hydrodynamic linkage
   StepRules rules;
-  double days = 0; // length of the run
+  std::vector<std::pair<double, double>> print_intervals; // days from which each holds, and days
+  std::vector<double> points;                             // days on which series in use have points, ascending
+  double days = 0;                                        // length of the run
   int technique = 0;
   int debug = 0; // 0 to 2: how much the run tells
   double volume_factor = 1;

@@ -169,13 +169,18 @@ bool FakeHost::serve_special(bool get, const std::string& keyword, void* const* 
   else if (keyword == "PROGRESS")
     last_progress = integer(arguments[0]);
   else if (keyword == "CANCEL")
-    integer(arguments[0]) = cancel_after_days >= 0 && days_calls >= cancel_after_days;
+    integer(arguments[0]) = ++cancel_polls >= cancel_at_poll && cancel_at_poll >= 0;
   else if (keyword == "FINDBOUND")
     bound_found = true;
   else if (keyword == "STATUS")
     return true;
   else if (keyword == "DAYS")
     evaluate(real(arguments[0]));
+  else if (get && keyword == "ALLBRKTF")
+    all_points(join(' ', *std::next(functions_.begin(), integer(arguments[0]) - 1)), "NBRKTF", "BRKTF", &arguments[1]);
+  else if (get && (keyword == "ALLLOADFUNC" || keyword == "ALLBOUNDFUNC"))
+    all_points(join(' ', integer(arguments[0]), ' ', integer(arguments[1])), keyword == "ALLLOADFUNC" ? "NBWK" : "NBFP",
+               keyword.substr(3), &arguments[2]);
   else if (keyword == "PRINTTIMEFUNC" || keyword.starts_with("ALL"))
     cursors_.clear(), arrays_[keyword] = static_cast<float*>(arguments[0]); // a job begins
   else if (keyword.starts_with("MAX") && keyword != "MAXDT")
@@ -283,37 +288,46 @@ void FakeHost::load(const std::string& script) {
   }
 }
 
+void FakeHost::all_points(const std::string& indices, const std::string& count, const std::string& point,
+                          void* const* arrays) {
+  for (int k = 0; k < number(count + indices); ++k) {
+    const auto& values = numbers_.at(join(point, indices, ' ', k + 1));
+    static_cast<float*>(arrays[0])[k] = static_cast<float>(values[0]);
+    static_cast<float*>(arrays[1])[k] = static_cast<float>(values[1]);
+  }
+}
+
 // As the front end does it: a bracket that was found once is only ever left forwards, so an earlier moment is answered
 // from the wrong points.
 float FakeHost::series_value(const std::string& points, const std::string& point, const std::string& indices,
-                             double days) {
+                             double now) {
   const int count = static_cast<int>(number(points + indices));
   const auto at = [&](int k) { return numbers_.at(join(point, indices, ' ', k)); };
   if (count == 0) return 0;
   int& cursor = cursors_[point + indices];
-  if (cursor == 0 && days < at(1)[0]) return static_cast<float>(at(1)[1]);
+  if (cursor == 0 && now < at(1)[0]) return static_cast<float>(at(1)[1]);
   for (int k = std::max(cursor, 2); k <= count; ++k) {
     const auto before = at(k - 1), after = at(k);
-    if (days >= after[0]) continue;
+    if (now >= after[0]) continue;
     cursor = k;
     if (point == "PRINTFUNC" || steps_.contains(point + indices)) return static_cast<float>(before[1]);
-    return static_cast<float>(before[1] + (after[1] - before[1]) * (days - before[0]) / (after[0] - before[0]));
+    return static_cast<float>(before[1] + (after[1] - before[1]) * (now - before[0]) / (after[0] - before[0]));
   }
   return static_cast<float>(at(count)[1]);
 }
 
-void FakeHost::evaluate(float days) {
-  ++days_calls;
+void FakeHost::evaluate(float now) {
+  days.push_back(now);
   const int systems = static_cast<int>(number("NUMSYS"));
   if (float* values = arrays_["ALLTFDATA"])
-    for (const int isc : functions_) values[isc - 1] = series_value("NBRKTF", "BRKTF", join(' ', isc), days);
+    for (const int isc : functions_) values[isc - 1] = series_value("NBRKTF", "BRKTF", join(' ', isc), now);
   const auto records = [&](const char* array, const char* count, const char* segment, const char* points,
                            const char* point) {
     float* values = arrays_[array];
     for (int s = 1; values != nullptr && s <= systems; ++s)
       for (int k = 1; k <= number(join(count, ' ', s)); ++k)
         values[(static_cast<int>(number(join(segment, ' ', s, ' ', k))) - 1) * systems + s - 1] =
-            series_value(points, point, join(' ', s, ' ', k), days);
+            series_value(points, point, join(' ', s, ' ', k), now);
   };
   records("ALLLOADDATA", "NOWK", "IWK", "NBWK", "LOADFUNC");
   records("ALLBCDATA", "NOBC", "IBC", "NBFP", "BOUNDFUNC");
@@ -322,9 +336,9 @@ void FakeHost::evaluate(float days) {
     for (int field = 1; values != nullptr && field <= 6; ++field)
       for (int k = 1; k <= number(join(count, ' ', field)); ++k)
         if (!unused_.contains(join(count, ' ', field)))
-          values[(k - 1) * 6 + field - 1] = series_value(points, point, join(' ', field, ' ', k), days);
+          values[(k - 1) * 6 + field - 1] = series_value(points, point, join(' ', field, ' ', k), now);
   };
   fields("ALLFLOWDATA", "NINQ", "NBRKQ", "NOQFUNC");
   fields("ALLEXCHANGEDATA", "NTEX", "NOBRKS", "NORFUNC");
-  if (float* interval = arrays_["PRINTTIMEFUNC"]) *interval = series_value("NPRINT", "PRINTFUNC", "", days);
+  if (float* interval = arrays_["PRINTTIMEFUNC"]) *interval = series_value("NPRINT", "PRINTFUNC", "", now);
 }

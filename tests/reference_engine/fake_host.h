@@ -23,8 +23,10 @@ public:
   std::string text(const std::string& key) const;
 
   std::vector<std::string> infos, warnings, failures, wrong_calls;
-  int return_code = -1, last_progress = -1, days_calls = 0, grid_updates = 0, hydro_file_puts = 0;
-  int cancel_after_days = -1; // answer CANCEL with 1 after so many DAYS; -1 never
+  int return_code = -1, last_progress = -1, grid_updates = 0, hydro_file_puts = 0;
+  int cancel_at_poll = -1; // answer this CANCEL with 1, and all that follow; -1 never
+  int cancel_polls = 0;
+  std::vector<float> days; // of all DAYS
   bool grid_lent = false, bound_found = false;
   std::string grid_labels; // joined with '|'
   int grid_columns = 0, grid_rows = 0;
@@ -44,8 +46,9 @@ private:
   std::string key_of(bool get, const std::string& keyword, void* const* arguments, int indices) const;
   std::set<int>* used_by(const std::string& keyword);
   void choose_model(int model);
-  void evaluate(float days);
-  float series_value(const std::string& points, const std::string& point, const std::string& indices, double days);
+  void all_points(const std::string& indices, const std::string& count, const std::string& point, void* const* arrays);
+  void evaluate(float now);
+  float series_value(const std::string& points, const std::string& point, const std::string& indices, double now);
 
   std::map<std::string, std::vector<double>> numbers_; // by key
   std::map<std::string, std::string> texts_;

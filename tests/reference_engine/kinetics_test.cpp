@@ -40,7 +40,8 @@ TEST(OxygenKinetics, AddsUpItsProcesses) {
     Hydraulics hydraulics(model.problem);
     const double none[] = {0}, volume[] = {1};
     hydraulics.update(model.problem, none, volume);
-    kinetics->update(hydraulics, model.forcing);
+    const std::vector<double> functions(model.forcing.time_functions.begin(), model.forcing.time_functions.end());
+    kinetics->update(hydraulics, TimeFunctions(functions));
     std::vector<double> rate(4);
     const double* from[] = {&model.problem.initial[0], &model.problem.initial[1], &model.problem.initial[2],
                             &model.problem.initial[3]};

@@ -7,6 +7,7 @@
 
 #include <cmath>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace reference_engine {
@@ -17,7 +18,8 @@ struct Model {
   Problem problem;
   Forcing forcing;
   std::string library = "tracer";
-  MassBalance balance;
+  MassBalance balance;                  // of problem.balance_system, after a run
+  std::optional<Balances> all_balances; // after a run
 
   // Segments of 1 m3 named "s1", "s2", ...; systems at 0 g/m3, wholly dissolved.
   explicit Model(std::size_t segments, std::string kinetics = "tracer") : library(std::move(kinetics)) {
@@ -42,6 +44,10 @@ struct Model {
   void start_all_at(std::size_t system, double value) {
     for (std::size_t i = 0; i < problem.segments.size(); ++i) initial(system, i) = value;
   }
+  float& load(std::size_t system, std::size_t segment) { // kg/day
+    problem.loads.push_back({static_cast<int>(system), static_cast<int>(segment)});
+    return forcing.loads[segment * problem.systems.size() + system];
+  }
   float& boundary(std::size_t system, std::size_t segment) {
     return forcing.boundaries[segment * problem.systems.size() + system];
   }
@@ -64,17 +70,30 @@ struct Model {
     for (int i = 0; i <= count; ++i) flow(i - 1, i == count ? outside : i, per_day);
   }
 
+  // With the forcing as it is.
   State run(int technique, double days, int steps) {
+    return run(technique, {0, days}, steps, [](double) {});
+  }
+
+  // From event to event, each time in so many steps; fill(day) sets the forcing, which is linear between two events.
+  template <class Fill>
+  State run(int technique, const std::vector<double>& events, int steps, Fill fill) {
     Equations equations(problem, library);
     State state(problem);
+    Balances balances(state);
     const std::unique_ptr<Integrator> integrator = make_integrator(technique);
-    const bool balanced = problem.balance_system >= 0;
-    if (balanced) balance.at_start = state.mass(static_cast<std::size_t>(problem.balance_system));
-    for (int step = 0; step < steps; ++step) {
-      equations.refresh(forcing, state);
-      integrator->step(equations, state, days / steps, balanced ? &balance : nullptr);
+    for (std::size_t k = 1; k < events.size(); ++k) {
+      const double begin = events[k - 1], length = events[k] - begin;
+      fill(begin + length / 4);
+      equations.forcing().take_first(forcing, begin + length / 4);
+      fill(begin + 3 * length / 4);
+      equations.forcing().take_second(forcing, begin + 3 * length / 4);
+      for (int step = 0; step < steps; ++step) integrator->step(equations, state, length / steps, balances);
+      state.day = events[k];
     }
-    if (balanced) balance.now = state.mass(static_cast<std::size_t>(problem.balance_system));
+    balances.close(state);
+    all_balances = balances;
+    if (problem.balance_system >= 0) balance = balances.systems[static_cast<std::size_t>(problem.balance_system)];
     return state;
   }
 };

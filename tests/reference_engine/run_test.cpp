@@ -152,12 +152,16 @@ TEST_F(RunTest, RestartFileIsOfTheSameModelAndTime) {
   EXPECT_THAT(host.failures.back(), HasSubstr("line 1: \"2008-02-30 18:00:00 of 2 segments, 3 systems\" does not say"));
 }
 
-// The engine asks before each step: no more than one DAYS follows the moment of the cancel.
+// The engine asks before each of the 200 steps.
 TEST_F(RunTest, CancelEndsWithinOneStepAndLeavesNothing) {
-  host.cancel_after_days = 50;
   EXPECT_EQ(after("JMAS 1"), "");
+  for (const auto& file : files()) std::filesystem::remove(folder / file);
+  host.cancel_at_poll = host.cancel_polls - 99;
+  host.cancel_polls = 0;
+  EXPECT_EQ(after(""), "");
   EXPECT_EQ(host.return_code, 5);
-  EXPECT_EQ(host.days_calls, 50);
+  EXPECT_EQ(host.cancel_polls, host.cancel_at_poll);
+  EXPECT_EQ(host.last_progress, 50);
   EXPECT_FALSE(host.grid_lent);
   EXPECT_THAT(files(), IsEmpty());
 }
@@ -183,6 +187,10 @@ TEST_F(RunTest, BadInputIsRefusedInOneSentence) {
   EXPECT_EQ(refused("NUMSEG 0", "NUMSEG 2"), "The data set has no segments.");
   EXPECT_EQ(refused("IQ 1 1 3 7", "IQ 1 1 3 0"), "A flow pair names segment 7, but the model has 2 segments.");
   EXPECT_EQ(refused("DTFUNC 1 0 0", "DTFUNC 1 0 1"), "The time step from day 0 on is 0 or less.");
+  EXPECT_EQ(refused("DTFUNC 1 0 nan", "DTFUNC 1 0 1"),
+            "A time step (day 0, value nan) is not a finite number. Correct or delete it.");
+  EXPECT_EQ(refused("PRINTFUNC 1 0 inf", "PRINTFUNC 1 0 1"),
+            "Point 1 of the print intervals (day 0, value inf) is not a finite number. Correct or delete it.");
   EXPECT_EQ(refused("PRINTFUNC 1 0 0", "PRINTFUNC 1 0 1"), "The print interval from day 0 on is 0 or less.");
   EXPECT_EQ(refused("CONSTVALUE 77 1", ""), "The model tracer of this engine has no constant with the number 77.");
   for (const char* end : {"1e30", "inf", "nan", "800000"})
@@ -279,8 +287,60 @@ TEST_F(RunTest, WhatEndedProcessesLeftUnfinishedIsTidiedUp) {
 TEST_F(RunTest, SegmentThatEmptiesEndsTheRun) {
   EXPECT_EQ(after("MINDT 0\nJQ 1 1 1 2\nIQ 1 1 1 0"), "Segment 1 (upper, reach) runs dry.");
   EXPECT_EQ(host.return_code, 3);
-  host.load("JQ 1 1 1 0\nIQ 1 1 1 1\nPRINTFUNC 1 0 1e-20");
+  host.load("JQ 1 1 1 0\nIQ 1 1 1 1\nDTFUNC 1 0 1e-20");
   EXPECT_THAT(after("ENDJULIAN 2"), HasSubstr("too short to go on"));
+}
+
+// 100 kg/day between 6 and 9 o'clock of each of ten days, into 86400 m3 of still water, by points for each hour:
+// 125 kg. The same points read as linear: a ramp of an hour more before each morning and one less at its end, the same
+// 125 kg. Steps are a day, unless a point comes first.
+TEST_F(RunTest, WhatASeriesSaysArrivesWhateverTheStep) {
+  std::string points = "NOWK 1 1\nIWK 1 1 1\nNBWK 1 1 241\nINITC 1 1 0\n";
+  for (int hour = 0; hour <= 240; ++hour)
+    points += "LOADFUNC 1 1 " + std::to_string(hour + 1) + " " + std::to_string(hour / 24.0) +
+              (hour % 24 >= 6 && hour % 24 < 9 ? " 100\n" : " 0\n");
+  host.load(points + "SCALEQ 1 0\nENDJULIAN 10\nDTFUNC 1 0 1\nPRINTFUNC 1 0 10");
+  for (const char* kind : {"", "step LOADFUNC 1 1\n"}) {
+    for (const char* technique : {"1", "2", "3"}) {
+      host.days.clear();
+      EXPECT_EQ(after(kind + std::string("SOLUTIONTYPE ") + technique), "");
+      EXPECT_NEAR(host.last_grid[0] * 86400 / 125e3, 1, 1e-6) << kind << technique;
+      EXPECT_THAT(host.infos.back(), HasSubstr("Finished in 240 steps"));
+      EXPECT_THAT(host.infos.back(), HasSubstr("loads 125,"));
+      EXPECT_EQ(host.days.size(), 3 + 2 * 240u); // to find the fields in use, and two a point
+      EXPECT_TRUE(std::is_sorted(host.days.begin(), host.days.end()));
+    }
+  }
+  EXPECT_EQ(after("MINDT 0.06"), ""); // every second point
+  EXPECT_EQ(host.infos[host.infos.size() - 2],
+            "120 times of series points lie closer to another event than the minimum time step of 0.06 days, or than "
+            "single precision tells apart, and count with that event.");
+  EXPECT_THAT(after("LOADFUNC 1 1 7 0.25 nan"), HasSubstr("Point 7 of the load of system 1 in segment 1 (upper, reach) "
+                                                          "(day 0.25, value nan) is not a finite number."));
+  EXPECT_THAT(after("NBWK 1 1 1\nNOQFUNC 1 1 1 0 1e99"),
+              HasSubstr("Point 1 of the flow function  (1 of field 1) (day 0, value inf) is not a finite number."));
+}
+
+// Hourly results of a year, by an interval that single precision can't hold, and then every 90 minutes from a quarter
+// past an hour on: each within half a second of its time, none twice.
+TEST_F(RunTest, ResultsComeAtTheirTimes) {
+  EXPECT_EQ(after("ENDJULIAN 365\nDTFUNC 1 0 1\nSCALEQ 1 0.001\nNPRINT 2\nPRINTFUNC 1 0 0.041666667\n"
+                  "PRINTFUNC 2 364.0104167 0.0625\nCSVOPENABLED 11 0"),
+            "");
+  int id = 0, variable = 0;
+  std::size_t records = 0;
+  ASSERT_EQ(nc_open((folder / "river.nc").c_str(), NC_NOWRITE, &id), NC_NOERR);
+  nc_inq_dimlen(id, 0, &records);
+  std::vector<double> time(records);
+  nc_inq_varid(id, "time", &variable);
+  nc_get_var_double(id, variable, time.data());
+  nc_close(id);
+  std::vector<double> expected;
+  for (int hour = 0; hour <= 364 * 24; ++hour) expected.push_back(hour / 24.0);
+  for (int k = 0; k < 16; ++k) expected.push_back(364 + (15 + 90 * k) / 1440.0);
+  expected.push_back(365);
+  ASSERT_EQ(time.size(), expected.size());
+  for (std::size_t k = 0; k < time.size(); ++k) ASSERT_NEAR(time[k] * 86400, expected[k] * 86400, k <= 8736 ? 0.01 : 1);
 }
 
 // Still water: dV/dt = 0 and dM/dt = load. Boundaries, loads, volumes and flows with their factors, by hand.

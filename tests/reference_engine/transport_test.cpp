@@ -239,8 +239,11 @@ TEST(Transport, FlowsBetweenTheSameSegmentsAreNettedOnRequest) {
   model.problem.net_flows = false;
   Equations gross(model.problem, "tracer");
   const State state(model.problem);
-  net.refresh(model.forcing, state);
-  gross.refresh(model.forcing, state);
+  for (Equations* it : {&net, &gross}) {
+    it->forcing().hold(model.forcing);
+    it->move_to(0);
+    it->set_volumes(state.volume);
+  }
   EXPECT_NEAR(net.limit().days, 1.0, 1e-6);
   EXPECT_NEAR(gross.limit().days, 1.0 / 3, 1e-6);
 }
@@ -250,8 +253,7 @@ TEST(Transport, BalanceOfOneSystemClosesAndTellsWhereMassWent) {
   model.through(0.5);
   model.problem.balance_system = decaying;
   model.problem.constants[1] = 0.4; // decay, 1/day
-  model.problem.loads = {{decaying, 1}};
-  model.forcing.loads[1 * 3 + decaying] = 0.002f; // kg/day
+  model.load(decaying, 1) = 0.002f;
   model.boundary(decaying, 0) = 4;
   model.start_all_at(decaying, 1);
   for (const int technique : {euler, runge_kutta, bdf}) {
