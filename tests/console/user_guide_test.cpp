@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
+#include <cstdio>
+#include <cstring>
 #include <regex>
 
 namespace vesk {
@@ -45,6 +47,32 @@ TEST(UserGuide, TheModelThatIsBuiltFromTextRuns) {
 
   run({folder.file("chain.vki"), "--export", folder.file("chain.vkn")});
   run({folder.file("chain.vki"), "--import-network", folder.file("chain.vkn"), "--save", folder.file("chain-2.vki")});
+}
+
+TEST(UserGuide, TheLakeOfTheHydrodynamicFileRuns) {
+  const temporary_folder folder;
+  setenv("XDG_CONFIG_HOME", folder.path.c_str(), 1);
+  folder.write("lake.cdl", example("lake-cdl"));
+  folder.write("lake.inp", example("lake-inp"));
+  const auto run = [&](const char* program, std::vector<std::string> arguments) {
+    const program_result result = run_program(program, arguments);
+    EXPECT_EQ(result.status, 0) << result.err;
+  };
+  run(NCGEN, {"-o", folder.file("lake.hyd"), folder.file("lake.cdl")});
+  run(VESK_RUN, {"-IMPORT", folder.file("lake.inp"), "--read-hyd", "--export", folder.file("lake-2.inp")});
+  std::string network = folder.read("lake-2.inp");
+  for (const char* point : {"BOUNDFUNC 1 1 1 0 ", "BOUNDFUNC 1 1 2 2 "}) {
+    const std::size_t value = network.find(point) + std::strlen(point);
+    ASSERT_EQ(network.substr(value, 2), "0\n") << point;
+    network.replace(value, 1, "10");
+  }
+  folder.write("lake-2.inp", network);
+  run(VESK_RUN, {"-IMPORT", folder.file("lake-2.inp"), "--save", folder.file("lake-2.vki"), "-RUN"});
+  const std::string table = folder.read("lake-2_tracer.csv");
+  double inlet = 0, basin = 0;
+  ASSERT_EQ(std::sscanf(table.c_str() + table.rfind("\n2024-06-03T"), "%*[^,],%lf,%lf", &inlet, &basin), 2) << table;
+  EXPECT_NEAR(inlet, 10, 0.05);
+  EXPECT_NEAR(basin, 2.5, 0.05);
 }
 
 TEST(UserGuide, DescribesEveryKeywordOfTheTextForms) {
