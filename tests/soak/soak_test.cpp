@@ -144,7 +144,7 @@ protected:
     *form.current_data_set = job == linked_run ? linked : river;
     form.current_data_set->solution_type = random(1, 3);
     form.commit_snapshot();
-    form.file_name = folder.file("river.vki");
+    form.file_name = folder.file(job == linked_run ? "linked.vki" : "river.vki"); // the restart file fits one of them
     form.set_logging_enabled(random(1, 20) == 1);
   }
 
@@ -264,8 +264,9 @@ TEST_F(Soak, ManyJobsLeaveNothingBehind) {
 
   std::set<std::string> files;
   for (const auto& entry : fs::directory_iterator(folder.path)) files.insert(entry.path().filename());
-  const std::set<std::string> expected{"logs",     "out.inp",   "river.hyd", "river.inp",
-                                       "river.nc", "river.rst", "river.vkn", "river_tracer.csv"};
+  const std::set<std::string> expected{"linked.nc", "linked.rst", "linked_tracer.csv", "logs",
+                                       "out.inp",   "river.hyd",  "river.inp",         "river.nc",
+                                       "river.rst", "river.vkn",  "river_tracer.csv"};
   EXPECT_EQ(files, expected);
 }
 
