@@ -18,12 +18,13 @@ std::size_t block_bytes(std::size_t capacity, std::size_t element_size) {
 array_block* place(void* memory, std::size_t capacity, std::uint32_t arena_pages) {
   return new (memory) array_block{1, 0, static_cast<std::uint32_t>(capacity), arena_pages};
 }
+} // namespace
 
-memory_arena* arena_of(array_block* block) {
+memory_arena* arena_of(const array_block* block) {
+  if (block->arena_pages == 0) return nullptr;
   const auto page = reinterpret_cast<std::uintptr_t>(block) / memory_arena::page_size;
   return reinterpret_cast<memory_arena*>((page - block->arena_pages) * memory_arena::page_size);
 }
-} // namespace
 
 array_block* make_array_block(std::size_t capacity, std::size_t element_size) {
   void* memory = std::malloc(block_bytes(capacity, element_size));

@@ -42,6 +42,9 @@ array_block* make_array_block(memory_arena& arena, std::size_t capacity, std::si
 
 void free_array_block(array_block* block, std::size_t element_size) noexcept;
 
+// The arena that the block lies in; null for one of the heap.
+memory_arena* arena_of(const array_block* block);
+
 } // namespace detail
 
 template <class T>
@@ -152,6 +155,9 @@ public:
     block_->size = static_cast<std::uint32_t>(rest);
   }
   void clear() noexcept { shared_array().swap(*this); }
+
+  // The memory that copies share, for whoever counts it; null without any.
+  const detail::array_block* block() const noexcept { return block_; }
 
   // True when both read the same memory, so that one of them will copy before it changes.
   bool shares_with(const shared_array& other) const noexcept { return block_ == other.block_; }

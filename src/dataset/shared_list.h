@@ -25,6 +25,7 @@ template <class T, std::size_t BlockSize = 32>
 class shared_list {
 public:
   using value_type = T;
+  using block = shared_value<std::vector<T>>;
   class const_iterator;
 
   shared_list() = default;
@@ -112,9 +113,10 @@ public:
     return true;
   }
 
-private:
-  using block = shared_value<std::vector<T>>;
+  // The blocks as copies share them, for whoever counts memory.
+  const shared_value<std::vector<block>>& blocks() const { return blocks_; }
 
+private:
   // Makes the blocks of the records [first, last) this list's own, so that editing them cannot fail.
   void own(std::size_t first, std::size_t last) {
     auto& blocks = blocks_.edit();

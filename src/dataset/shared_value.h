@@ -43,6 +43,9 @@ public:
 
   void reset() noexcept { shared_value().swap(*this); }
 
+  // Where the object lies that copies share; null when this holder owns nothing.
+  const void* address() const noexcept { return node_; }
+
   // True when both hold the same object; equal values in two objects do not count.
   bool shares_with(const shared_value& other) const noexcept { return node_ == other.node_; }
 

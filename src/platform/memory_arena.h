@@ -26,6 +26,9 @@ public:
   // created the arena only.
   void* allocate(std::size_t bytes);
 
+  // Bytes of the whole reservation, which the last user gives back.
+  std::size_t size() const { return bytes_; }
+
   // One user less; the last one frees the arena. Any thread.
   void release();
 

@@ -1,8 +1,12 @@
 #include "sample_data_set.h"
+#include "temporary_folder.h"
 
 #include "dataset/text_encoding.h"
+#include "dataset/unshared_bytes.h"
+#include "dataset/vki_file.h"
 
 #include <cmath>
+#include <filesystem>
 #include <gtest/gtest.h>
 
 namespace vesk {
@@ -85,6 +89,60 @@ TEST(DataSet, ACopyIsRestoredWholeWhateverWasEdited) {
   EXPECT_EQ(snapshot, sample_data_set());
   data = snapshot;
   EXPECT_EQ(data, sample_data_set());
+}
+
+// 100 segments with 1,000 parameters each, and a series of 100,000 points.
+prevesk_dataset_data_type large_data_set() {
+  prevesk_dataset_data_type data;
+  for (int i = 0; i < 100; ++i) data.segments.push_back(sample_segment(i, 1000, 2));
+  data.time_functions = {sample_time_function(1), sample_time_function(2)};
+  for (int i = 0; i < 100000; ++i) data.time_functions.edit(1).points.push_back({{i, 0}, 1.5});
+  data.time_functions.edit(1).points.shrink_to_fit();
+  return data;
+}
+
+TEST(UnsharedBytes, CountWhatACopyHoldsAlone) {
+  const prevesk_dataset_data_type data = large_data_set();
+  const std::size_t records = 40'000; // room for what containers reserve, and for the records that hold an array
+  const auto expect_bytes = [&](const prevesk_dataset_data_type& kept, const prevesk_dataset_data_type& now,
+                                std::size_t arrays) {
+    const std::size_t bytes = unshared_bytes(kept, now);
+    EXPECT_GE(bytes, arrays);
+    EXPECT_LE(bytes, arrays + records);
+  };
+  prevesk_dataset_data_type now = data;
+  expect_bytes(data, now, 0);
+  now.time_functions.edit(1).points.set(7, {{7, 0}, 9});
+  expect_bytes(data, now, 16 * 100'003); // three points came with the sample
+  now = data;
+  now.segments.edit(3).parameters.set(0, {10, 99}); // its values, not its numbers
+  expect_bytes(data, now, 8 * 1000);
+  now.segments.insert(0, sample_segment(7, 1000, 2)); // all others move on, with the arrays that they share
+  expect_bytes(data, now, 8 * 1000 + 100 * sizeof(segment_data_type));
+  now = data;
+  now.segments.clear();
+  expect_bytes(data, now, 100 * (sizeof(segment_data_type) + 12 * 1000));
+  expect_bytes(now, data, 0);
+  expect_bytes(data, prevesk_dataset_data_type(), 100 * (sizeof(segment_data_type) + 12 * 1000) + 16 * 100'003);
+  now = data;
+  now.comments = std::string(500'000, 'c');
+  expect_bytes(now, data, 500'000);
+}
+
+TEST(UnsharedBytes, CountAFilesArenaWholeOnceTheOtherHasNothingOfIt) {
+  const temporary_folder folder;
+  save_data_file(folder.file("large.vki"), large_data_set());
+  const std::size_t file = std::filesystem::file_size(folder.file("large.vki"));
+  prevesk_dataset_data_type data;
+  read_data_file(folder.file("large.vki"), data);
+  prevesk_dataset_data_type edited = data;
+  edited.time_functions.edit(0).points.set(0, {{7, 0}, 9}); // of three points
+  EXPECT_LT(unshared_bytes(data, edited), 20'000u);
+  prevesk_dataset_data_type kept; // only these three points
+  kept.time_functions.push_back(data.time_functions[0]);
+  EXPECT_LT(unshared_bytes(kept, edited), 20'000u);
+  EXPECT_GE(unshared_bytes(kept, prevesk_dataset_data_type()), file);
+  EXPECT_LT(unshared_bytes(data, prevesk_dataset_data_type()), file + 100'000); // not once for each array
 }
 
 TEST(TextEncoding, Utf8IsTakenStrictly) {
