@@ -129,6 +129,10 @@ public:
   // The lists that the catalogue decides on.
   model_lists lists_of_model() const { return {systems, parameters, constant_groups, time_functions, output_controls}; }
 
+  // Why the model cannot be run over its period, one sentence: the start or the end is not finite, or outside the
+  // calendar. An engine might run for ever. Empty: it can.
+  std::string period_fault() const;
+
   // The start and the end of the simulation as date-time numbers.
   double start_date_time() const { return seed_date + seed_time; }
   double end_date_time() const { return end_date + end_time; }

@@ -3,8 +3,10 @@
 
 #include "platform/file_lookup.h"
 
+#include <cmath>
 #include <cstdarg>
 #include <cstdio>
+#include <utility>
 
 namespace vesk {
 
@@ -47,6 +49,7 @@ public:
             formatted("Maximum of %u time/value pairs for %s time function exceeded", breaks(),
                       marked(function.description, function.used ? "" : "UNUSED ").c_str()));
     check_files();
+    if (const std::string fault = data_.period_fault(); !fault.empty()) add(severity_failure, fault);
   }
 
 private:
@@ -116,6 +119,18 @@ private:
 };
 
 } // namespace
+
+std::string prevesk_dataset_data_type::period_fault() const {
+  for (const auto& [name, date_time] : {std::pair("start", start_date_time()), std::pair("end", end_date_time())}) {
+    if (in_calendar(date_time)) continue;
+    constexpr double longest = 1e8; // days that can be shown as a date
+    const std::string shown = std::abs(date_time) < longest ? date_time_text(moment_type::from_date_time(date_time))
+                                                            : formatted("%g", date_time);
+    return std::string("The ") + name + " of the simulation, " + shown +
+           ", is not a date from 1/1/1600 to 12/31/3999; set it in the data set's settings";
+  }
+  return {};
+}
 
 bool prevesk_dataset_data_type::check_limits(const std::filesystem::path& data_folder) {
   limit_check(*this, data_folder).run();

@@ -15,6 +15,8 @@ using std::chrono::year_month_day;
 
 constexpr sys_days first_day = std::chrono::year{1600} / std::chrono::January / 1;
 static_assert((sys_days{std::chrono::year{1899} / std::chrono::December / 30} - first_day).count() == date_time_origin);
+static_assert((sys_days{std::chrono::year{3999} / std::chrono::December / 31} - first_day).count() ==
+              last_calendar_day);
 } // namespace
 
 thread_local std::int32_t moment_type::moment_seed_date = 0;
@@ -42,6 +44,11 @@ moment_type moment_type::from_date_time(double date_time) {
                      static_cast<std::int32_t>(std::lround((date_time - whole) * seconds_per_day)));
   if (result.time == 86400) result = {result.date + 1, 0};
   return result;
+}
+
+bool in_calendar(double date_time) {
+  const std::int32_t day = moment_type::from_date_time(date_time).date;
+  return std::isfinite(date_time) && day >= 0 && day <= last_calendar_day;
 }
 
 double current_date_time() {

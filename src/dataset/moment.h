@@ -15,6 +15,12 @@ namespace vesk {
 // Day number of 30 December 1899, the origin of date-time numbers.
 inline constexpr std::int32_t date_time_origin = 109571;
 
+// The calendar reaches from day 0 to 31 December 3999.
+inline constexpr std::int32_t last_calendar_day = 876581;
+
+// Whether a date-time number is finite and a moment of the calendar.
+bool in_calendar(double date_time);
+
 // Step from one second of the day to the next, as a date-time number.
 inline constexpr double seconds_per_day = 86400.0;
 
