@@ -15,21 +15,38 @@ std::size_t history::default_limit() {
   return static_cast<std::size_t>(memory == 0 ? most : std::min(most, memory / 8));
 }
 
-// The present may have been edited since the step before was added, so that step is measured anew.
-void history::add(document before, std::string label, const prevesk_dataset_data_type& now) {
+void history::add(document before, std::string label, const prevesk_dataset_data_type& now,
+                  const std::string& merge_key, clock::time_point when) {
   redo_.clear();
+  redo_floor_ = 0;
+  if (has_edits() && !merge_key.empty() && undo_.back().merge_key == merge_key &&
+      when - undo_.back().when <= std::chrono::seconds(2)) {
+    undo_.back().when = when;
+    return;
+  }
+  // The present may have been changed without a step since the last one, which is then measured too low.
   if (!undo_.empty()) undo_.back().bytes = unshared_bytes(undo_.back().content.data_set, before.data_set);
   const std::size_t bytes = unshared_bytes(before.data_set, now);
-  undo_.push_back({std::move(before), std::move(label), bytes});
+  undo_.push_back({std::move(before), std::move(label), bytes, merge_key, when});
   drop_beyond_limit();
+}
+
+void history::begin_editing() {
+  undo_floor_ = undo_.size();
+  redo_floor_ = redo_.size();
+}
+
+void history::end_editing() {
+  undo_floor_ = redo_floor_ = 0;
 }
 
 document history::move_step(std::vector<step>& from, std::vector<step>& to, document now) {
   assert(!from.empty());
   step taken = std::move(from.back());
   from.pop_back();
+  if (!from.empty()) from.back().merge_key.clear(); // what is typed from now on is a step of its own
   const std::size_t bytes = unshared_bytes(now.data_set, taken.content.data_set);
-  to.push_back({std::move(now), std::move(taken.label), bytes});
+  to.push_back({std::move(now), std::move(taken.label), bytes, {}, {}});
   return std::move(taken.content);
 }
 
@@ -41,7 +58,10 @@ std::size_t history::bytes() const {
 }
 
 void history::drop_beyond_limit() {
-  while (undo_.size() > 1 && bytes() > limit_) undo_.erase(undo_.begin());
+  while (undo_.size() > 1 && bytes() > limit_) {
+    undo_.erase(undo_.begin());
+    if (undo_floor_ > 0) --undo_floor_;
+  }
 }
 
 } // namespace vesk

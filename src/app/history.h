@@ -1,11 +1,12 @@
-// The steps that Undo takes back and Redo brings again.
+// The steps that Undo takes back and Redo does again.
 //
-// A step is what was there before an operation: copies share their content, so it costs what the operation has changed.
-// Every operation that replaces or edits the data set adds one step, whoever does it. Main thread only.
+// A step is what was there before an operation. Copies of a data set share their content, so a step costs what the
+// operation has changed. Every operation that replaces or edits the data set adds one. Main thread only.
 #pragma once
 
 #include "dataset/dataset.h"
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -19,44 +20,59 @@ struct document {
   std::string file_name;
   std::string import_file_name;
   // Which document it is: New, Open and Import begin another one. A job's result that arrives in another document than
-  // the one it began in is not what that document's file holds.
+  // the one it was started on is not what that document's file holds.
   std::uint64_t number = 0;
 };
 
 class history {
 public:
+  using clock = std::chrono::steady_clock;
+
   // The lesser of 1 GB and an eighth of the machine's memory.
   static std::size_t default_limit();
 
-  // `limit`: in bytes, for all steps together. The oldest are dropped beyond it, but never the newest.
+  // `limit`: bytes of all steps together. The oldest are dropped beyond it, but never the newest.
   explicit history(std::size_t limit = default_limit()) : limit_(limit) {}
 
-  // Adds a step: `before` is what the operation `label` ("Open river.vki") has made `now` of. What could be redone until
-  // now is dropped.
-  void add(document before, std::string label, const prevesk_dataset_data_type& now);
+  // Adds a step: the operation `label` ("Open river.vki") has made `now` out of `before`. What could be redone until
+  // now is dropped. A step that follows another one under the same `merge_key` within two seconds joins it; an empty
+  // key never does.
+  void add(document before, std::string label, const prevesk_dataset_data_type& now, const std::string& merge_key = {},
+           clock::time_point when = clock::now());
+
+  // Between these two, Undo and Redo take no step from before the first. They do not nest.
+  void begin_editing();
+  void end_editing();
+  bool has_edits() const { return undo_.size() > undo_floor_; } // steps that were added since, and not undone
 
   // Labels of the next step; empty when there is none.
-  std::string undo_label() const { return undo_.empty() ? std::string() : undo_.back().label; }
-  std::string redo_label() const { return redo_.empty() ? std::string() : redo_.back().label; }
+  std::string undo_label() const { return label_of_last(undo_, undo_floor_); }
+  std::string redo_label() const { return label_of_last(redo_, redo_floor_); }
 
-  // What was there before the newest step, or after the one that was taken back last. `now` is kept for the way back.
+  // What was there before the newest step, or after the step that was undone last. `now` is kept for the way back.
   // There must be such a step.
   document undo(document now) { return move_step(undo_, redo_, std::move(now)); }
   document redo(document now) { return move_step(redo_, undo_, std::move(now)); }
 
-  std::size_t bytes() const; // what the steps hold that their neighbour towards the present does not
+  std::size_t bytes() const; // of all steps: what each does not share with its neighbour towards the present
 
 private:
   struct step {
     document content;
     std::string label;
     std::size_t bytes; // not shared with the neighbour towards the present
+    std::string merge_key;
+    clock::time_point when;
   };
+  static std::string label_of_last(const std::vector<step>& steps, std::size_t floor) {
+    return steps.size() > floor ? steps.back().label : std::string();
+  }
   static document move_step(std::vector<step>& from, std::vector<step>& to, document now);
   void drop_beyond_limit();
 
   std::size_t limit_;
-  std::vector<step> undo_, redo_; // the next one last
+  std::vector<step> undo_, redo_;               // the next one last
+  std::size_t undo_floor_ = 0, redo_floor_ = 0; // steps that cannot be taken at present
 };
 
 } // namespace vesk
