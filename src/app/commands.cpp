@@ -50,6 +50,11 @@ constexpr command_row rows[] = {
     {"ExitItem", unmanaged, &form::ExitItemClick},
     {"FennExitItem", unmanaged, &form::FennExitItemClick},
 
+    // Undo.
+    {"EditItem", unmanaged},
+    {"UndoItem", can_undo, &form::UndoItemClick},
+    {"RedoItem", can_redo, &form::RedoItemClick},
+
     // Editors.
     {"ParameterizationItem", has_data, &form::ParameterizationItemClick},
     {"ParameterizationButton", has_data, &form::ParameterizationItemClick},
@@ -118,6 +123,9 @@ constexpr menu_row main_menu_rows[] = {
     {1, "PreveskPreferencesItem", "&Preferences..."},
     {1, "", "-"},
     {1, "ExitItem", "E&xit", "Ctrl+Q"},
+    {0, "EditItem", "&Edit"},
+    {1, "UndoItem", "&Undo", "Ctrl+Z"},
+    {1, "RedoItem", "&Redo", "Ctrl+Shift+Z"},
     {0, "ProjectItem", "&Project"},
     {1, "OpenProjectItem", "&Open project..."},
     {1, "EditProjectItem", "&Edit project..."},
@@ -203,6 +211,8 @@ bool is_enabled(command_condition condition, const command_conditions& now) {
   case idle_and_data: return now.idle && now.has_data;
   case has_data: return now.has_data;
   case has_model: return now.has_model;
+  case can_undo: return !now.undo.empty();
+  case can_redo: return !now.redo.empty();
   case ready: return now.ready;
   case ready_or_running: return now.ready || now.running;
   }
@@ -211,6 +221,25 @@ bool is_enabled(command_condition condition, const command_conditions& now) {
 
 const run_face& face_of_run_controls(bool running) {
   return running ? running_face : idle_face;
+}
+
+namespace {
+
+step_words words_of(const char* caption, const std::string& step, const char* with_step, const char* without) {
+  if (step.empty()) return {caption, without};
+  step_words words{std::string(caption) + " ", with_step + step};
+  for (const char c : step) words.caption.append(c == '&' ? 2 : 1, c);
+  return words;
+}
+
+} // namespace
+
+step_words undo_words(const command_conditions& now) {
+  return words_of("&Undo", now.undo, "Bring back what was there before: ", "There is nothing to undo");
+}
+
+step_words redo_words(const command_conditions& now) {
+  return words_of("&Redo", now.redo, "Bring back what was there after: ", "There is nothing to redo");
 }
 
 std::span<const command_row> command_table() {

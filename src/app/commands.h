@@ -11,9 +11,29 @@ namespace vesk {
 class TPreveskMainForm;
 
 // When a control is enabled. `unmanaged` ones are never touched: they follow their menu.
-enum class command_condition { unmanaged, always, idle, idle_and_data, has_data, has_model, ready, ready_or_running };
+enum class command_condition {
+  unmanaged,
+  always,
+  idle,
+  idle_and_data,
+  has_data,
+  has_model,
+  can_undo,
+  can_redo,
+  ready,
+  ready_or_running
+};
 
 bool is_enabled(command_condition condition, const command_conditions& now);
+
+// What Undo and Redo say beside the name of the command: the step, such as "Open river.vki". Without one they are
+// disabled, and the tool tip says so.
+struct step_words {
+  std::string caption;  // of the menu item, "&Undo" without a step; "&" in the step is doubled
+  std::string tool_tip; // in words
+};
+step_words undo_words(const command_conditions& now);
+step_words redo_words(const command_conditions& now);
 
 // One control: a menu, a menu item or a tool button. Several controls may share a handler.
 struct command_row {

@@ -96,6 +96,7 @@ void configuration::each_value(Visit visit) {
 configuration::configuration(const std::filesystem::path& file, access granted)
     : registry_configuration("TALMO", "VESK", "7.0", file), access_(granted) {
   each_value([this](std::string_view name, auto& member) { read(name, member); });
+  read("UndoMegabytes", UndoMegabytes);
   read("DatabaseDir", DatabaseDir);
   as_read_ = all_values();
   as_read_.back().second = DatabaseDir; // earlier versions stored the default folder's path

@@ -72,6 +72,7 @@ public:
   int MainFormHeight = 0;
   int MainFormWindowState = 0; // 0 normal, 1 minimised, 2 maximised
   bool RunTimeGridAlwaysVisible = false;
+  int UndoMegabytes = 0; // memory for the steps of Undo; 0: as much as suits the machine. Read, never written.
 
   // The entry pictures of the grids' fields: "#" a digit, "E" a position in exponent style.
   std::string EditProjectBasicNumericField = "#######.###";

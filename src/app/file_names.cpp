@@ -17,6 +17,11 @@ std::string upper_case(std::string_view text) {
   return result;
 }
 
+std::string leaf_of(std::string_view name) {
+  const file_name_parts parts = split_file_name(name);
+  return parts.base + parts.extension;
+}
+
 std::string with_ending(std::string name, std::string_view ending) {
   if (!upper_case(name).ends_with(upper_case(ending))) name += ending;
   return name;

@@ -18,6 +18,9 @@ file_name_parts split_file_name(std::string_view name);
 // ASCII letters only, as extensions and options are compared.
 std::string upper_case(std::string_view text);
 
+// The name without its folder: "river.vki".
+std::string leaf_of(std::string_view name);
+
 // `name`, with `ending` (".vki") appended unless it ends so, in any case of letters.
 std::string with_ending(std::string name, std::string_view ending);
 

@@ -20,7 +20,9 @@ TPreveskMainForm::TPreveskMainForm(user_interface& ui, const fs::path& settings_
                                    configuration::access settings_access)
     : settings(settings_file, settings_access), engine_path(engine_library::default_path()),
       catalogue(settings.DatabaseDir), program_directory(with_separator(vesk::program_directory())),
-      documentation_directory(vesk::documentation_directory().string()), ui_(ui) {
+      documentation_directory(vesk::documentation_directory().string()), ui_(ui),
+      steps_(settings.UndoMegabytes > 0 ? static_cast<std::size_t>(settings.UndoMegabytes) * 1'000'000
+                                        : history::default_limit()) {
   const fs::path data = user_data_directory(), documents = user_documents_directory();
   application_data_directory = data.empty() ? program_directory : with_separator(data);
   documents_directory = documents.empty() ? program_directory : with_separator(documents);
@@ -98,6 +100,8 @@ command_conditions TPreveskMainForm::conditions() const {
   now.has_data = current_data_set != nullptr;
   now.has_model = now.has_data && current_data_set->model_type != 0;
   now.ready = now.has_model && current_data_set->end_date_time() > current_data_set->start_date_time();
+  now.undo = undo_label();
+  now.redo = redo_label();
   return now;
 }
 
@@ -111,20 +115,6 @@ void TPreveskMainForm::commit_snapshot() {
 
 void TPreveskMainForm::restore_snapshot() {
   if (current_data_set && backup_data_set) take_content(*backup_data_set);
-}
-
-void TPreveskMainForm::take_data_sets(std::unique_ptr<prevesk_dataset_data_type> current,
-                                      std::unique_ptr<prevesk_dataset_data_type> backup) {
-  current_data_set = std::move(current);
-  backup_data_set = std::move(backup);
-  current_data_set->apply_thread_defaults();
-  ui_.data_set_replaced();
-}
-
-void TPreveskMainForm::take_content(const prevesk_dataset_data_type& content) {
-  *current_data_set = content;
-  current_data_set->apply_thread_defaults();
-  ui_.data_set_replaced();
 }
 
 void TPreveskMainForm::report_failure(const std::string& text) {
@@ -146,6 +136,8 @@ void TPreveskMainForm::clear_info_lines() {
 }
 
 void TPreveskMainForm::set_file_name(const std::string& name) {
+  if (job_start_ && !job_start_->file_name && job_start_->document == document_number_)
+    job_start_->file_name = file_name; // Undo puts it back with the data set
   file_name = name;
   update_caption();
 }

@@ -7,6 +7,7 @@
 
 #include "app/catalogue_source.h"
 #include "app/configuration.h"
+#include "app/history.h"
 #include "app/priority_control.h"
 #include "app/user_interface.h"
 #include "dataset/dataset.h"
@@ -108,6 +109,21 @@ public:
   command_conditions conditions() const;
   void commit_snapshot();
   void restore_snapshot();
+
+  // Undo and Redo: back to what was there before the last operation, and forth again. Data set, names and origin are
+  // put back, then the caption.
+  void UndoItemClick();
+  void RedoItemClick();
+  std::string undo_label() const { return steps_.undo_label(); } // of the next step; empty: none
+  std::string redo_label() const { return steps_.redo_label(); }
+  void keep_no_history() { keeps_history_ = false; } // for a front end without Undo; before any file is opened
+  // Raised by every replacement of the current data set. Whoever asks the user something compares it after the answer.
+  std::uint64_t generation() const { return generation_; }
+
+  // One operation of an editor: a step of the history under this label. Not completed: the data set is put back to
+  // what it was at the begin. Steps do not nest; those under one merge key join when they follow soon.
+  void begin_step(const std::string& label, const std::string& merge_key);
+  void end_step(bool completed);
 
   // Editors: a snapshot, the form, and the snapshot back on anything but OK. Without a data set they do nothing.
   void ParameterizationItemClick(); // the "Data set" dialog
@@ -214,22 +230,31 @@ private:
   void restore_geometry();
   void start_post_processor(const std::string& program);
   void report_failure(const std::string& text);
+  document present() const; // there must be a data set
+  void replace(document next);
+  void as_step(const std::string& label, const std::function<void()>& work);
+  void add_step(document before, const std::string& label, const std::string& merge_key = {});
+  void go_to(document step, const std::string& line);
+  bool is_replaced_since(std::uint64_t generation, const std::string& what_was_left);
+  std::string name_of_document() const; // for messages
   void make_data_sets();
-  void take_present_catalogue(); // for the data set that is open
-  void take_data_sets(std::unique_ptr<prevesk_dataset_data_type> current,
-                      std::unique_ptr<prevesk_dataset_data_type> backup);
+  void take_present_catalogue();                               // for the data set that is open
   void take_content(const prevesk_dataset_data_type& content); // into the current data set
-  void take_back();                                            // the data set of the job that ends
-  enum class load_result { loaded, cannot_open, refused };     // refused: data set and name are as they were
+  void note_start_of_job(job_code code, const std::string& name);
+  void take_back(); // the data set of the job that ends
+  void tell_what_was_replaced(const document& before, bool same_document, bool edited);
+  enum class load_result { loaded, cannot_open, refused }; // refused: data set and name are as they were
   // A member of a project that cannot be opened is refused, and nothing is said.
   enum class load_kind { data_file, project_member };
   load_result load(const std::string& name, load_kind kind = load_kind::data_file);
+  bool read_project(const std::string& name);
   bool read_into_new_data_sets(const std::string& name, load_kind kind, reading_losses& losses);
   void tell_losses(const std::string& name, const reading_losses& losses);
   bool ask_name_and_save();
   bool may_replace(const std::string& name);
   bool save_to_file_name();
   void prepare_import(const std::string& name);
+  bool load_engine(); // false: cannot be loaded, and reported
   bool refuse_when_busy(job_code code);
   bool start_job(const prevesk_dataset_data_type& data_set, job_code code, const std::string& name,
                  void (TPreveskMainForm::*end_handler)());
@@ -260,6 +285,25 @@ private:
   int failures_ = 0;
   int files_partly_read_ = 0;
   bool minimised_by_request_ = false; // of the command line
+
+  history steps_;
+  bool keeps_history_ = true;
+  std::uint64_t generation_ = 0;
+  std::uint64_t document_number_ = 0; // of the current data set
+  std::uint64_t last_document_ = 0;   // the highest number given
+  struct open_step {                  // of begin_step
+    document before;
+    std::string label, merge_key;
+  };
+  std::optional<open_step> open_step_;
+  struct job_start {                      // what the job that goes has begun with, unless it gives nothing back
+    std::string label;                    // of the step that its end makes
+    prevesk_dataset_data_type data_set;   // as it was taken
+    std::uint64_t document = 0;           // its number
+    std::optional<std::string> file_name; // before the job has put another
+  };
+  std::optional<job_start> job_start_;
+  std::string replaced_by_import_; // what the last import has replaced at its start; empty: nothing
   job_outcome last_job_;
   std::chrono::steady_clock::time_point priority_refused_; // last, since the job began
   std::atomic<bool> logging_enabled_{false};

@@ -32,6 +32,18 @@ std::string enumerated(const std::vector<std::string>& names) {
   return text;
 }
 
+// Reads a data file. One that cannot be opened is left out when it `may_be_missing`: `opened` is false then.
+reading_losses read_or_miss(const std::string& name, prevesk_dataset_data_type& data, bool may_be_missing,
+                            bool& opened) {
+  try {
+    return read_data_file(name, data);
+  } catch (const file_open_exception&) {
+    if (!may_be_missing) throw;
+    opened = false;
+    return {};
+  }
+}
+
 // The hourglass for the length of a block.
 class busy_cursor {
 public:
@@ -46,18 +58,19 @@ private:
 
 } // namespace
 
+// Another document, under the names of the present one.
 void TPreveskMainForm::make_data_sets() {
-  const auto tables = catalogue.get();
-  auto current = std::make_unique<prevesk_dataset_data_type>(tables);
-  auto backup = std::make_unique<prevesk_dataset_data_type>(tables);
-  take_data_sets(std::move(current), std::move(backup));
+  replace({prevesk_dataset_data_type(catalogue.get()), file_name, import_file_name, ++last_document_});
+  *backup_data_set = *current_data_set;
 }
 
 void TPreveskMainForm::new_data_set() {
   const busy_cursor busy(ui_);
   try {
-    make_data_sets();
-    file_name.clear();
+    as_step("New", [this] {
+      make_data_sets();
+      file_name.clear();
+    });
     update_caption();
     update_menus();
   } catch (const catalogue_exception&) {
@@ -82,7 +95,7 @@ void TPreveskMainForm::OpenItemClick() {
 }
 
 bool TPreveskMainForm::load_data_file(const std::string& name) {
-  load(name);
+  as_step("Open " + leaf_of(name), [&] { load(name); });
   return true; // whatever came of it has been told
 }
 
@@ -135,21 +148,18 @@ void TPreveskMainForm::tell_losses(const std::string& name, const reading_losses
 // throws, too.
 bool TPreveskMainForm::read_into_new_data_sets(const std::string& name, load_kind kind, reading_losses& losses) {
   const busy_cursor busy(ui_);
-  const auto tables = catalogue.get();
-  auto backup = std::make_unique<prevesk_dataset_data_type>(tables);
-  auto fresh = std::make_unique<prevesk_dataset_data_type>(tables);
+  const prevesk_dataset_data_type empty(catalogue.get());
+  document fresh{empty, name, import_file_name, last_document_ + 1};
   bool opened = true;
   try {
-    losses = read_data_file(name, *fresh);
-  } catch (const file_open_exception&) {
-    if (kind == load_kind::project_member) throw;
-    opened = false;
+    losses = read_or_miss(name, fresh.data_set, kind == load_kind::data_file, opened);
   } catch (...) {
     if (current_data_set) current_data_set->apply_thread_defaults(); // reading had moved them
     throw;
   }
-  take_data_sets(std::move(fresh), std::move(backup));
-  file_name = name;
+  ++last_document_;
+  replace(std::move(fresh));
+  *backup_data_set = empty;
   if (!opened) return false;
   update_caption();
   update_menus();
@@ -169,8 +179,9 @@ bool TPreveskMainForm::save() {
 
 // The dialog asks about an existing file itself, by the name with the ending.
 bool TPreveskMainForm::ask_name_and_save() {
+  const std::uint64_t generation = generation_;
   const auto name = ui_.ask_file(save_dialog);
-  return name && save_as(*name);
+  return name && !is_replaced_since(generation, "Nothing was saved.") && save_as(*name);
 }
 
 bool TPreveskMainForm::save_as(const std::string& name) {
@@ -190,7 +201,9 @@ bool TPreveskMainForm::may_replace(const std::string& name) {
   const bool has_changed = origin.is_set() && origin_of(name, origin.identity).file == origin.file;
   const std::string cause = has_changed ? " has changed since this data set was read from it or saved to it."
                                         : " exists already. It holds data that is not in this data set.";
-  return ui_.message_box("Replace file?", name + cause + "\r\nReplace it?", box_buttons::yes_no) == box_answer::yes;
+  const std::uint64_t generation = generation_;
+  const box_answer answer = ui_.message_box("Replace file?", name + cause + "\r\nReplace it?", box_buttons::yes_no);
+  return answer == box_answer::yes && !is_replaced_since(generation, "Nothing was saved.");
 }
 
 bool TPreveskMainForm::save_to_file_name() {
@@ -229,19 +242,34 @@ void TPreveskMainForm::import_file(const std::string& name) {
     report_failure("Cannot import specified file type");
 }
 
+// The engine is looked for first: without it nothing is replaced. A job that is busy is found too late for that, as it
+// has always been; Undo brings back what was there.
 void TPreveskMainForm::prepare_import(const std::string& name) {
+  if (!load_engine()) return;
+  replaced_by_import_ = current_data_set ? name_of_document() : std::string();
+  const std::string label = "Import " + leaf_of(name);
   try {
-    make_data_sets();
+    as_step(label, [&] {
+      make_data_sets();
+      import_file_name = name;
+    });
   } catch (const catalogue_exception& error) {
     return report_failure(error.what());
   }
+  update_caption();
   update_menus();
-  import_file_name = name;
+  const bool was_busy = active_thread != nullptr;
   start_import_export(true);
+  if (was_busy && !undo_label().empty())
+    add_info_line("\"" + label + "\" was refused, and an empty data set has replaced " + replaced_by_import_ +
+                      ". Undo brings it back.",
+                  icon_note);
 }
 
 void TPreveskMainForm::ExportItemClick() {
-  if (const auto name = ui_.ask_file(export_dialog)) export_file(*name);
+  const std::uint64_t generation = generation_;
+  const auto name = ui_.ask_file(export_dialog);
+  if (name && !is_replaced_since(generation, "Nothing was exported.")) export_file(*name);
 }
 
 void TPreveskMainForm::export_file(const std::string& name) {

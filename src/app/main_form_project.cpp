@@ -43,6 +43,12 @@ std::string absolute_member(const std::string& member, const std::string& projec
 } // namespace
 
 bool TPreveskMainForm::open_project_file(const std::string& name) {
+  bool opened = false;
+  as_step("Open " + leaf_of(name), [&] { opened = read_project(name); });
+  return opened;
+}
+
+bool TPreveskMainForm::read_project(const std::string& name) {
   std::error_code ignored;
   std::ifstream file; // a pipe would wait for a writer
   if (std::filesystem::is_regular_file(name, ignored)) file.open(name, std::ios::binary);
@@ -68,20 +74,23 @@ bool TPreveskMainForm::open_project_file(const std::string& name) {
     }
   }
   if (current_data_set) {
-    current_data_set->project_files.clear();
-    for (const project_component& member : members) current_data_set->project_files.push_back(member);
+    prevesk_dataset_data_type with_members = *current_data_set;
+    with_members.project_files.clear();
+    for (const project_component& member : members) with_members.project_files.push_back(member);
+    take_content(with_members);
   }
   return true;
 }
 
 void TPreveskMainForm::OpenProjectItemClick() {
   if (current_data_set) {
+    const std::uint64_t generation = generation_;
     const box_answer answer =
         ui_.message_box("Save VESK input file?",
                         "Opening an existing project will close the current VESK input file\r\n"
                         "if it contains a VKI file. Do you want to save the current VESK input file first?",
                         box_buttons::yes_no_cancel);
-    if (answer == box_answer::cancel) return;
+    if (answer == box_answer::cancel || is_replaced_since(generation, "No project was opened.")) return;
     if (answer == box_answer::yes) SaveItemClick();
   }
   const auto name = ui_.ask_file(project_dialog);

@@ -48,10 +48,20 @@ bool TPreveskMainForm::refuse_when_busy(job_code code) {
   return true;
 }
 
-bool TPreveskMainForm::start_job(const prevesk_dataset_data_type& data_set, job_code code, const std::string& name,
-                                 void (TPreveskMainForm::*end_handler)()) {
+bool TPreveskMainForm::load_engine() {
   try {
     if (!library_ || library_->path != engine_path) library_ = engine_library::load(engine_path);
+    return true;
+  } catch (const engine_library_exception& error) {
+    report_failure(error.what());
+    return false;
+  }
+}
+
+bool TPreveskMainForm::start_job(const prevesk_dataset_data_type& data_set, job_code code, const std::string& name,
+                                 void (TPreveskMainForm::*end_handler)()) {
+  if (!load_engine()) return false;
+  try {
     const auto log_name = logging_enabled() ? log_file_name : std::filesystem::path();
     std::error_code ignored; // logging never fails aloud
     if (!log_name.empty()) std::filesystem::create_directories(log_name.parent_path(), ignored);
@@ -69,6 +79,7 @@ bool TPreveskMainForm::start_job(const prevesk_dataset_data_type& data_set, job_
   last_job_.code = code;
   job_return_code_ = 0;
   priority_refused_ = {};
+  note_start_of_job(code, name);
   return true;
 }
 
@@ -113,6 +124,10 @@ void TPreveskMainForm::RunModelButtonClick() {
 
 bool TPreveskMainForm::start_run() {
   if (!current_data_set) return false;
+  if (const std::string fault = current_data_set->period_fault(); !fault.empty()) {
+    report_failure(fault + ".");
+    return false;
+  }
   prevesk_dataset_data_type copy = *current_data_set;
   copy.reset_cursors();
   if (!skip_deferred_queries && !run_queries(copy, false)) return false;
@@ -164,17 +179,16 @@ void TPreveskMainForm::start_import_export(bool import) {
   if (start_job(*current_data_set, code, import_file_name, &TPreveskMainForm::import_export_end)) resume_other_job();
 }
 
-void TPreveskMainForm::take_back() {
-  take_content(active_thread->data_set());
-}
-
 void TPreveskMainForm::import_export_end() {
   clear_progress();
-  if (active_thread->code() == job_code::import_file) take_back();
+  const bool imported = active_thread->code() == job_code::import_file;
+  if (imported) take_back();
   active_thread = nullptr;
   update_menus();
+  const std::string fault = imported && !last_job_.cancelled ? current_data_set->period_fault() : std::string();
+  if (!fault.empty()) report_failure(fault + ".");
   if (!run_on_start) return;
-  if (last_job_.cancelled || last_job_.failed()) // nothing whole to run
+  if (last_job_.cancelled || last_job_.failed() || !fault.empty()) // nothing whole to run
     run_on_start = quit_after_run = false;
   else
     RunModelButtonClick();
@@ -285,20 +299,22 @@ bool TPreveskMainForm::run_queries(prevesk_dataset_data_type& data_set, bool cle
 }
 
 bool TPreveskMainForm::execute_all_deferred_queries() {
-  const prevesk_dataset_data_type backup = *current_data_set;
-  if (run_queries(*current_data_set, true)) return true;
-  take_content(backup);
-  return false;
+  prevesk_dataset_data_type filled = *current_data_set;
+  if (!run_queries(filled, true)) return false;
+  as_step("Execute all deferred queries", [&] { take_content(filled); });
+  return true;
 }
 
 void TPreveskMainForm::ExectutealldeferredqueriesItemClick() {
   if (!current_data_set) return;
+  const std::uint64_t generation = generation_;
   const box_answer answer =
       ui_.message_box("Execute all deferred queries?",
                       "This will execute all deferred queries and place the query results\r\n"
                       " in the appropriate tables within the VKI file. Are you sure that\r\n you wish to do this?",
                       box_buttons::yes_no);
-  if (answer == box_answer::yes) execute_all_deferred_queries();
+  if (answer == box_answer::yes && !is_replaced_since(generation, "No query was executed."))
+    execute_all_deferred_queries();
 }
 
 bool TPreveskMainForm::change_priority(int position) {

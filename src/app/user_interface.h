@@ -35,6 +35,8 @@ struct command_conditions {
   bool has_model = false; // and it has a model
   bool ready = false;     // and it ends after it starts
   bool running = false;   // a job of any kind can be cancelled
+  std::string undo = {};  // what Undo takes back, such as "Open river.vki"; empty: nothing
+  std::string redo = {};  // what Redo does again
 
   friend bool operator==(const command_conditions&, const command_conditions&) = default;
 };

@@ -37,6 +37,7 @@ int session::run() {
 }
 
 void session::set_up() {
+  form_.keep_no_history();
   if (options_.engine) form_.engine_path = *options_.engine;
   if (options_.catalogue) form_.set_database_folder(*options_.catalogue);
   form_.set_logging_enabled(options_.log);

@@ -49,6 +49,7 @@ QMenuBar* command_controls::make_menu(std::span<const menu_row> rows) {
     } else if (has_items || row.name == "DocumentationItem") {
       QMenu* menu = parent ? parent->addMenu(shown(row.caption)) : bar->addMenu(shown(row.caption));
       menu->setObjectName(key(row.name));
+      menu->setToolTipsVisible(row.name == "EditItem"); // those of the other menus would repeat their captions
       actions_.insert(key(row.name), menu->menuAction());
       open.at(static_cast<std::size_t>(row.depth)) = menu;
       if (row.name == "DocumentationItem") documentation_ = menu;
@@ -90,9 +91,17 @@ void command_controls::set_commands(const command_conditions& now) {
   for (const command_row& row : command_table())
     if (row.condition != command_condition::unmanaged)
       if (QAction* action = action_of(row.name)) action->setEnabled(is_enabled(row.condition, now));
+  show_step("UndoItem", undo_words(now));
+  show_step("RedoItem", redo_words(now));
   // The other jobs have no face of their own; empty stands for the button's text.
   const bool other_job = now.running && !shows_running_face_;
   action_of("RunModelButton")->setToolTip(other_job ? "Cancel the job that runs" : QString());
+}
+
+void command_controls::show_step(std::string_view name, const step_words& words) {
+  QAction* action = action_of(name);
+  action->setText(shown(words.caption));
+  action->setToolTip(shown(words.tool_tip));
 }
 
 void command_controls::show_run_face(bool running) {

@@ -33,6 +33,7 @@ private:
   QAction* action_of(std::string_view name) const { return actions_.value(key(name)); }
   QMenuBar* make_menu(std::span<const menu_row> rows);
   void make_tool_bar();
+  void show_step(std::string_view name, const step_words& words);
   QAction* make_action(std::string_view name, const QString& text);
   static QString key(std::string_view name) { return QString::fromLatin1(name.data(), qsizetype(name.size())); }
 

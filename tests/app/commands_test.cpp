@@ -42,9 +42,22 @@ TEST(Commands, FollowTheirConditions) {
        "0000011"},
       {"RunModelButton ExecuteModelItem FennRunModelItem", "0100011"}, // to cancel, whatever the data set
   };
+  command_conditions steps;
+  EXPECT_EQ(undo_words(steps).caption, "&Undo");
+  EXPECT_EQ(redo_words(steps).tool_tip, "There is nothing to redo");
+  for (const auto& [step, item] :
+       {std::pair(&command_conditions::undo, "UndoItem"), {&command_conditions::redo, "RedoItem"}}) {
+    EXPECT_FALSE(is_enabled(find_command(item).condition, steps));
+    steps.*step = "Open this & that.vki";
+    EXPECT_TRUE(is_enabled(find_command(item).condition, steps));
+  }
+  EXPECT_EQ(undo_words(steps).caption, "&Undo Open this && that.vki");
+  EXPECT_EQ(redo_words(steps).caption, "&Redo Open this && that.vki");
+  EXPECT_EQ(undo_words(steps).tool_tip, "Bring back what was there before: Open this & that.vki");
   std::set<std::string_view> managed;
   for (const command_row& row : command_table())
-    if (row.condition != command_condition::unmanaged) managed.insert(row.name);
+    if (row.condition != command_condition::unmanaged && row.name != "UndoItem" && row.name != "RedoItem")
+      managed.insert(row.name);
   for (const auto& [names, enabled] : table)
     for (const std::string& name : words(names)) {
       EXPECT_EQ(managed.erase(name), 1U) << name;

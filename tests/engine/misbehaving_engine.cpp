@@ -134,10 +134,18 @@ const std::map<std::string, void (*)()> behaviours{
      }},
 };
 
-// A job about "code-3.inp" puts 3.
-void put_code_of_file_name() {
+// A job about "code-3.inp" puts 3, one about "renames.vkn" another file name, one about "endless.inp" an end that no
+// calendar has; one about "waits.inp" waits for a cancel.
+void obey_file_name() {
   const std::string file = file_name();
+  const auto has = [&file](const char* word) { return file.find(word) != file.npos; };
   if (const auto code = file.find("code-"); code != file.npos) put("PRETURNCODE", std::atoi(file.c_str() + code + 5));
+  if (has("renames")) put("PFILENAME", "engine.vki");
+  float days = 1e20F;
+  if (has("endless")) call("PENDJULIAN", &days, nullptr, nullptr, nullptr, nullptr);
+  if (!has("waits")) return;
+  put("PINFO", "waiting");
+  while (get("GCANCEL") == 0) std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }
 
 void behave(const std::string& name, vesk_data_callback data_callback) {
@@ -169,17 +177,19 @@ void get_maximum_parameters(const char* library, vesk_data_callback data_callbac
 }
 void import_export(vesk_data_callback data_callback, int flag) {
   call = data_callback;
-  put_code_of_file_name();
+  obey_file_name();
   if (file_name().find("hydro") != std::string::npos) put("PHYDROFILE", "flows.hyd");
   if (file_name().find("abort") != std::string::npos) std::abort();
   put("PINFO", flag == 1 ? "import " + std::to_string(get("GIMPORT")) : "export " + std::to_string(get("GIMPORT")));
 }
 void import_network(vesk_data_callback data_callback) {
+  call = data_callback;
+  obey_file_name();
   rename_first_segment("network", data_callback);
 }
 void load_restart_file(vesk_data_callback data_callback) {
   call = data_callback;
-  put_code_of_file_name();
+  obey_file_name();
   rename_first_segment("restart", data_callback);
 }
 void read_hyd_file(vesk_data_callback data_callback) {

@@ -293,6 +293,35 @@ TEST(MainWindow, SaveAsCutsNothingOffANameAndAsksAboutTheFileThatItWillWrite) {
   EXPECT_NE(folder.read("river v1.2.vki"), before);
 }
 
+TEST(MainWindow, TheEditMenuNamesTheStepsAndTakesThem) {
+  running_program program;
+  main_window& window = program.window();
+  const temporary_folder folder;
+  const std::string other = folder.file("low & high.vki");
+  std::filesystem::copy_file(SAMPLE, other);
+  auto* undo = find<QAction>(&window, "UndoItem");
+  auto* redo = find<QAction>(&window, "RedoItem");
+  EXPECT_FALSE(undo->isEnabled() || redo->isEnabled());
+  EXPECT_EQ(undo->toolTip(), "There is nothing to undo");
+  program.form().open_file(SAMPLE);
+  program.form().open_file(other);
+  program.form().new_data_set();
+  QTest::keyClick(&window, Qt::Key_Z, Qt::ControlModifier);
+  EXPECT_EQ(program.form().file_name, other);
+  EXPECT_TRUE(window.windowTitle().contains("low & high.vki"));
+  EXPECT_EQ(undo->text(), "&Undo Open low && high.vki");
+  EXPECT_EQ(redo->text(), "&Redo New");
+  EXPECT_EQ(undo->toolTip(), "Bring back what was there before: Open low & high.vki");
+  auto* menu = find<QMenu>(&window, "EditItem");
+  EXPECT_TRUE(menu->toolTipsVisible());
+  menu->popup(window.mapToGlobal(QPoint(40, 30)));
+  take_picture(menu, "edit_menu");
+  menu->close();
+  QTest::keyClick(&window, Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
+  EXPECT_EQ(program.form().file_name, "");
+  EXPECT_FALSE(redo->isEnabled());
+}
+
 TEST(MainWindow, TakesItsStoredPlaceAndGridHeight) {
   running_program program({}, "MainFormLeft=40\nMainFormTop=30\nMainFormWidth=700\nMainFormHeight=500\n"
                               "ResultsTableHeight=210\nRunTimeGridAlwaysVisible=1\nAdministrationMode=1\n");
