@@ -88,9 +88,7 @@ struct engine_side {
     balances = std::make_unique<Balances>(*state);
   }
 
-  void step() {
-    integrator->step(*equations, *state, step_days, *balances);
-  }
+  void step() { integrator->step(*equations, *state, step_days, *balances); }
 };
 
 // The peer's side: concentrations as [segment][system].
