@@ -67,9 +67,22 @@ TEST(Csv, PassesTitlesAndNamesColumns) {
   EXPECT_THAT(read("1,2\n3,4\n"), ElementsAre("F1:3; F2:3", "1; 2", "3; 4"));
 }
 
+// Rows of texts above columns of numbers and dates; the last table has none.
+TEST(Csv, TakesUnitsAndFormatsForPartOfTheHeader) {
+  EXPECT_THAT(read("site,date,flow\n,yyyy-mm-dd,m3/s\nA,2011-01-31,1\nB,2011-02-01,2\n"),
+              ElementsAre("site:1; date:9; flow:3", "A; 2011-01-31; 1", "B; 2011-02-01; 2"));
+  EXPECT_THAT(
+      read("agency\tsite_no\tday\tflow\n5s\t15s\t20d\t14n\nUSGS\t0208\t2011-01-31\t\nUSGS\t0208\t2011-02-01\t7\n"),
+      ElementsAre("agency:1; site_no:1; day:9; flow:3", "USGS; 0208; 2011-01-31; NULL", "USGS; 0208; 2011-02-01; 7"));
+  EXPECT_THAT(read("day,Weir,,Mill\n,flow,depth,flow\n,m3/s,m,m3/s\n2011-01-31,1,2,3\n"),
+              ElementsAre("day:9; Weir:3; depth:3; Mill:3", "2011-01-31; 1; 2; 3"));
+  EXPECT_THAT(read("site,flow\nA,NA\nB,\nC,3\nD,<0.5\nE,5\nF,6\nG,7\n"),
+              ElementsAre("site:1; flow:3", "A; NULL", "B; NULL", "C; 3", "D; <0.5", "E; 5", "F; 6", "G; 7"));
+}
+
 TEST(Csv, ReadsQuotedFieldsAndEncodings) {
-  EXPECT_THAT(read("name,\"x, y\"\n\"a \"\"b\"\"\nc\", 5\" \n\"q\"r , \"1\" \n"),
-              ElementsAre("name:1; x, y:1", "a \"b\"\nc; 5\"", "qr; 1"));
+  EXPECT_THAT(read("name,\"x, y\"\n\"a \"\"b\"\"\nc\", 5\" \n\"q\"r , \"r1\" \n"),
+              ElementsAre("name:1; x, y:1", "a \"b\"\nc; 5\"", "qr; r1"));
   EXPECT_THAT(read("t,n\n5 \xb0\x43,1\n6 \xc2\xb0\x43,2\n"), ElementsAre("t:1; n:3", "5 °C; 1", "6 °C; 2"));
   EXPECT_THAT(read(std::string_view("\xff\xfe"
                                     "a\0,\0b\0\n\0\xb0\0,\0"

@@ -148,6 +148,21 @@ TEST_F(ZippedWorkbook, XlsxCellsOfAllKinds) {
                           "things of its own, in line 1."));
 }
 
+TEST_F(ZippedWorkbook, HasUnitsAndASecondLineInItsHeader) {
+  const auto texts = [](std::initializer_list<const char*> cells) {
+    std::string row = "<t:table-row>";
+    for (const char* cell : cells)
+      row += "<t:table-cell o:value-type='string'><x:p>" + std::string(cell) + "</x:p></t:table-cell>";
+    return row + "</t:table-row>";
+  };
+  const std::string values = "<t:table-row><t:table-cell o:value-type='date' o:date-value='2011-01-31'/><t:table-cell "
+                             "o:value-type='float' o:value='2.5'/><t:table-cell o:value-type='float' o:value='3'/>"
+                             "</t:table-row>";
+  EXPECT_THAT(read_ods(texts({"Weir"}) + texts({"Day", "Flow", ""}) + texts({"", "measured", "corrected"}) +
+                       texts({"dd", "m3/s", "m3/s"}) + values + values),
+              ElementsAre("Day:9; Flow:6; corrected:3", "2011-01-31; 2.5; 3", "2011-01-31; 2.5; 3"));
+}
+
 TEST_F(ZippedWorkbook, OdsCellsOfAllKinds) {
   EXPECT_THAT(
       read_ods("<t:table-row t:number-rows-repeated='3'><t:table-cell t:number-columns-repeated='16384'/></t:table-row>"

@@ -83,24 +83,22 @@ void cell_table::become_sheet() {
       sample[r].values += values_[i].kind() != value_kind::text;
     }
   header found = find_header(sample);
-  first_row_ = std::min(found.row + found.has_names, rows_.size());
+  first_row_ = std::min(found.row + found.rows, rows_.size());
 
   std::vector<column_votes> votes(found.names.size());
   for (std::size_t i = first_row_ < rows_.size() ? rows_[first_row_].first : values_.size(); i < values_.size(); ++i) {
     if (columns_of_values_[i] >= votes.size()) votes.resize(columns_of_values_[i] + std::size_t{1});
     votes[columns_of_values_[i]].add(values_[i]);
   }
-  const std::vector<std::string> given =
-      found.has_names ? sample[found.row].texts : std::vector<std::string>(); // without made-up names
   found.names.resize(votes.size());
-  found.names = distinct_names(std::move(found.names));
+  const std::vector<std::string> names = distinct_names(found.names);
   booleans_.resize(std::max(booleans_.size(), votes.size()));
   for (std::uint32_t c = 0; c < votes.size(); ++c) {
-    if (votes[c].count() == 0 && (c >= given.size() || given[c].empty())) continue;
+    if (votes[c].count() == 0 && found.names[c].empty()) continue;
     column_form form = votes[c].settle();
     if (votes[c].count() > 0 && booleans_[c] == votes[c].count()) form.type = field_type::boolean;
     columns_.push_back({c, form});
-    fields_.push_back({found.names[c], form.type});
+    fields_.push_back({names[c], form.type});
   }
   if (fields_.empty()) { // an empty sheet
     columns_.push_back({0, {}});

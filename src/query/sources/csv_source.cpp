@@ -130,7 +130,7 @@ void csv_source::find_columns() {
   }
   header found = find_header(sample);
   csv_rows rows = rows_from(offsets[found.row]);
-  if (found.has_names) rows.next();
+  for (std::size_t i = 0; i < found.rows; ++i) rows.next();
   std::vector<column_votes> votes(found.names.size());
   std::optional<std::uint64_t> first;
   while (rows.next()) {

@@ -1,6 +1,7 @@
 #include "query/sources/header_row.h"
 
-#include "query/sources/table_source.h"
+#include "query/sources/column_form.h"
+#include "query/sources/number_text.h"
 
 #include <algorithm>
 #include <map>
@@ -28,6 +29,40 @@ std::size_t usual_filling(const std::vector<sample_row>& sample) {
   return usual;
 }
 
+// A text of digits may be a code in its column, but it is not a unit.
+bool has_only_texts(const sample_row& row) {
+  return row.values == 0 && filled(row) > 0 &&
+         std::none_of(row.texts.begin(), row.texts.end(),
+                      [](const std::string& text) { return read_number(text, false).has_value(); });
+}
+
+// Whether the columns hold numbers or dates, told by the rows from `first` on.
+std::vector<bool> columns_of_values(const std::vector<sample_row>& sample, std::size_t first, std::size_t width) {
+  std::vector<column_votes> votes(width);
+  for (std::size_t i = first; i < sample.size(); ++i)
+    for (std::size_t c = 0; c < sample[i].texts.size(); ++c) votes[c].add(sample[i].texts[c]);
+  std::vector<bool> result;
+  for (const column_votes& vote : votes) result.push_back(vote.settle().type != field_type::string);
+  return result;
+}
+
+// How many rows from `first` on are units, formats or a second line of names.
+std::size_t rows_below_names(const std::vector<sample_row>& sample, std::size_t first, std::size_t width) {
+  constexpr std::size_t most_rows = 3;
+  std::size_t end = first;
+  while (end < sample.size() && end < first + most_rows && has_only_texts(sample[end])) ++end;
+  if (end == first) return 0;
+  const std::vector<bool> has_values = columns_of_values(sample, end, width);
+  const auto belongs = [&](const sample_row& row) {
+    for (std::size_t c = 0; c < row.texts.size(); ++c)
+      if (has_values[c] && !row.texts[c].empty() && !marks_missing(row.texts[c])) return true;
+    return false;
+  };
+  std::size_t rows = 0;
+  while (first + rows < end && belongs(sample[first + rows])) ++rows;
+  return rows;
+}
+
 } // namespace
 
 header find_header(const std::vector<sample_row>& sample) {
@@ -36,13 +71,16 @@ header find_header(const std::vector<sample_row>& sample) {
   while (result.row + 1 < sample.size() && filled(sample[result.row]) * 2 <= usual) ++result.row;
   std::size_t width = 1;
   for (std::size_t i = result.row; i < sample.size(); ++i) width = std::max(width, sample[i].texts.size());
-  std::vector<std::string> names;
   if (!sample.empty() && sample[result.row].values < std::max<std::size_t>(1, filled(sample[result.row]))) {
-    result.has_names = true;
-    names = sample[result.row].texts;
+    result.names = sample[result.row].texts;
+    result.rows = 1 + rows_below_names(sample, result.row + 1, width);
   }
-  names.resize(width);
-  result.names = distinct_names(std::move(names));
+  result.names.resize(width);
+  if (result.rows > 1) {
+    const std::vector<std::string>& second = sample[result.row + 1].texts;
+    for (std::size_t c = 0; c < second.size(); ++c)
+      if (result.names[c].empty()) result.names[c] = second[c];
+  }
   return result;
 }
 

@@ -15,13 +15,14 @@ struct sample_row {
 };
 
 struct header {
-  std::size_t row = 0;            // of the sample: the one with the names, or the first of the values
-  bool has_names = false;         // false: the table has no names, and `row` is its first row
-  std::vector<std::string> names; // of all columns, distinct and not empty
+  std::size_t row = 0;            // of the sample: the first of the header, or of the values where there is no header
+  std::size_t rows = 0;           // of the header: 0, 1, or more where rows of units or of a second line follow
+  std::vector<std::string> names; // of all columns, some perhaps empty
 };
 
 // Looks for the header in the first rows of a table: the first row that fills more than half of the columns that rows
-// of the table usually fill. A row of nothing but values is no header; the columns are F1, F2 and so on then.
+// of the table usually fill. A row of nothing but values is not a header. Rows directly below it that hold only texts,
+// some of them in columns of numbers or dates, belong to it; where a name is missing the first of them has it.
 header find_header(const std::vector<sample_row>& sample);
 
 } // namespace vesk
