@@ -42,16 +42,32 @@ private:
   iconv_t state_;
 };
 
+constexpr unsigned mazovia = 620;
+
 std::string system_name(unsigned number) {
   switch (number) {
   case 1200: return "UTF-16LE";
   case 1201: return "UTF-16BE";
   case 65001: return "UTF-8";
   case 10000: return "MACINTOSH";
-  case 28591: return "ISO-8859-1";
-  default: return "CP" + std::to_string(number);
+  case mazovia: return "CP437"; // in all but its Polish letters
+  default: break;
   }
+  constexpr unsigned iso_8859 = 28590;
+  return number > iso_8859 && number <= iso_8859 + 16 ? "ISO-8859-" + std::to_string(number - iso_8859)
+                                                      : "CP" + std::to_string(number);
 }
+
+// The system's converter does not know this code page.
+struct mazovia_letter {
+  unsigned char byte;
+  const char* utf8;
+};
+constexpr mazovia_letter mazovia_letters[] = {
+    {0x86, "ą"}, {0x8d, "ć"}, {0x8f, "Ą"},  {0x90, "Ę"}, {0x91, "ę"}, {0x92, "ł"},
+    {0x95, "Ć"}, {0x98, "Ś"}, {0x9b, "zł"}, {0x9c, "Ł"}, {0x9e, "ś"}, {0xa0, "Ź"},
+    {0xa1, "Ż"}, {0xa3, "Ó"}, {0xa4, "ń"},  {0xa5, "Ń"}, {0xa6, "ź"}, {0xa7, "ż"},
+};
 
 // The common one of the double-byte code pages, without the system's converter, which takes long to set up.
 void append_utf16(std::string_view bytes, std::string& text) {
@@ -122,6 +138,8 @@ bool code_page::fill() {
       single_[i] = i < 0x80 ? std::string(1, byte)
                             : std::string{static_cast<char>(0xc0 | i >> 6), static_cast<char>(0x80 | (i & 0x3f))};
   }
+  if (number_ == mazovia)
+    for (const mazovia_letter& letter : mazovia_letters) single_[letter.byte] = letter.utf8;
   return true;
 }
 

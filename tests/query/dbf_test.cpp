@@ -60,6 +60,24 @@ std::vector<std::string> read(const std::string& content, const std::optional<st
   return print(*open_dbf(std::as_bytes(std::span(content)), memo_bytes, "river.dbf"));
 }
 
+// The bytes of a text field of a table with this language byte, beside a file .cpg with this content.
+std::string text_of(const std::string& bytes, char language, std::string_view encoding = {}) {
+  std::string content = table(3, {{"T", 'C', static_cast<unsigned char>(bytes.size())}}, {" " + bytes});
+  content[29] = language;
+  return print(*open_dbf(std::as_bytes(std::span(content)), std::nullopt, "river.dbf", encoding)).at(1);
+}
+
+TEST(Dbf, ReadsTextsInTheirCodePage) {
+  EXPECT_EQ(text_of("\x86\x8d\x91\x92\xa4\xa2\x9e\xa6\xa7 \xa1\x9c\x81", '\x69'), "ąćęłńóśźż ŻŁü"); // Mazovia
+  EXPECT_EQ(text_of("\xc5\xbb\xc3\xb3\xc5", '\xf0'), "Żó"); // the last character is cut by the field's end
+  EXPECT_EQ(text_of("\xe6", '\x57'), "æ");
+  for (const char* name : {"UTF-8", "utf8\r\n", "65001"}) EXPECT_EQ(text_of("\xc3\xa6", '\x57', name), "æ") << name;
+  for (const char* name : {"1251", "ANSI 1251", "CP1251"}) EXPECT_EQ(text_of("\xe6", '\x57', name), "ж") << name;
+  for (const char* name : {"ISO-8859-2", "88592", "ISO 8859 2"}) EXPECT_EQ(text_of("\xe6", '\x57', name), "ć") << name;
+  EXPECT_EQ(text_of("\xe6", '\xc9', "nonsense"), "ж");
+  EXPECT_EQ(text_of("\xe6", '\xc9', ""), "ж");
+}
+
 std::string failure(const std::string& content, const std::optional<std::string>& memo = {}) {
   try {
     read(content, memo);

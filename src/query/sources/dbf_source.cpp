@@ -17,6 +17,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr unsigned utf_8 = 65001;
 constexpr std::int32_t julian_origin = 2415019; // the Julian day number of 30 December 1899
 
 // The code page of the language byte in the header; 1252 for none and for those that are not listed.
@@ -26,18 +27,52 @@ unsigned code_page_number(std::uint8_t language) {
     std::uint16_t code_page;
   };
   static constexpr row rows[] = {
-      {0x01, 437},  {0x02, 850},  {0x04, 10000}, {0x08, 865}, {0x09, 437}, {0x0a, 850},  {0x0b, 437},  {0x0d, 437},
-      {0x0e, 850},  {0x0f, 437},  {0x10, 850},   {0x11, 437}, {0x12, 850}, {0x13, 932},  {0x14, 850},  {0x15, 437},
-      {0x16, 850},  {0x17, 865},  {0x18, 437},   {0x19, 437}, {0x1a, 850}, {0x1b, 437},  {0x1c, 863},  {0x1d, 850},
-      {0x1f, 852},  {0x22, 852},  {0x23, 852},   {0x24, 860}, {0x25, 850}, {0x26, 866},  {0x37, 850},  {0x40, 852},
-      {0x4d, 936},  {0x4e, 949},  {0x4f, 950},   {0x50, 874}, {0x64, 852}, {0x65, 866},  {0x66, 865},  {0x67, 861},
-      {0x6a, 737},  {0x6b, 857},  {0x6c, 863},   {0x78, 950}, {0x79, 949}, {0x7a, 936},  {0x7b, 932},  {0x7c, 874},
-      {0x7d, 1255}, {0x7e, 1256}, {0x86, 737},   {0x87, 852}, {0x88, 857}, {0xc8, 1250}, {0xc9, 1251}, {0xca, 1254},
-      {0xcb, 1253}, {0xcc, 1257},
+      {0x01, 437},  {0x02, 850},  {0x04, 10000}, {0x08, 865},   {0x09, 437}, {0x0a, 850}, {0x0b, 437},  {0x0d, 437},
+      {0x0e, 850},  {0x0f, 437},  {0x10, 850},   {0x11, 437},   {0x12, 850}, {0x13, 932}, {0x14, 850},  {0x15, 437},
+      {0x16, 850},  {0x17, 865},  {0x18, 437},   {0x19, 437},   {0x1a, 850}, {0x1b, 437}, {0x1c, 863},  {0x1d, 850},
+      {0x1f, 852},  {0x22, 852},  {0x23, 852},   {0x24, 860},   {0x25, 850}, {0x26, 866}, {0x37, 850},  {0x40, 852},
+      {0x4d, 936},  {0x4e, 949},  {0x4f, 950},   {0x50, 874},   {0x64, 852}, {0x65, 866}, {0x66, 865},  {0x67, 861},
+      {0x69, 620},  {0x6a, 737},  {0x6b, 857},   {0x6c, 863},   {0x78, 950}, {0x79, 949}, {0x7a, 936},  {0x7b, 932},
+      {0x7c, 874},  {0x7d, 1255}, {0x7e, 1256},  {0x86, 737},   {0x87, 852}, {0x88, 857}, {0xc8, 1250}, {0xc9, 1251},
+      {0xca, 1254}, {0xcb, 1253}, {0xcc, 1257},  {0xf0, 65001},
   };
   for (const row& r : rows)
     if (r.language == language) return r.code_page;
   return 1252;
+}
+
+// The code page of a name in a file .cpg, such as "UTF-8", "1252", "ANSI 1252" or "ISO 8859-15"; 0 for one that is not
+// understood.
+unsigned code_page_number(std::string_view name) {
+  std::string letters;
+  unsigned number = 0;
+  for (const char c : name) {
+    if (c >= '0' && c <= '9' && number < 100'000)
+      number = number * 10 + static_cast<unsigned>(c - '0');
+    else if ((c | 0x20) >= 'a' && (c | 0x20) <= 'z')
+      letters += static_cast<char>(c | 0x20);
+  }
+  if (letters == "utf") return number == 8 ? utf_8 : 0;
+  constexpr unsigned iso_8859 = 28590;
+  if (letters == "iso" || (number >= 88591 && number <= 885916)) {
+    const std::string digits = std::to_string(number);
+    return digits.starts_with("8859") ? iso_8859 + static_cast<unsigned>(std::atoi(digits.c_str() + 4)) : 0;
+  }
+  for (const auto& [word, page] :
+       {std::pair("big", 950U), {"gbk", 936U}, {"gb", 936U}, {"shiftjis", 932U}, {"sjis", 932U}})
+    if (letters == word) return page;
+  return number;
+}
+
+// Without a character of UTF-8 that the end of its field has cut.
+std::string_view without_cut_character(std::string_view text) {
+  for (std::size_t back = 1; back <= std::min<std::size_t>(3, text.size()); ++back) {
+    const auto byte = static_cast<unsigned char>(text[text.size() - back]);
+    if ((byte & 0xc0) == 0x80) continue;
+    const std::size_t size = byte >= 0xf0 ? 4 : byte >= 0xe0 ? 3 : byte >= 0xc0 ? 2 : 1;
+    return size > back ? text.substr(0, text.size() - back) : text;
+  }
+  return text;
 }
 
 std::string_view without_end_blanks(std::string_view text) {
@@ -75,14 +110,16 @@ struct dbf_field {
 
 class dbf_source : public table_source {
 public:
-  dbf_source(std::unique_ptr<byte_source> table, std::unique_ptr<byte_source> memo)
-      : table_source(table->name()), table_(std::move(table)), memo_bytes_(std::move(memo)) {
+  dbf_source(std::unique_ptr<byte_source> table, std::unique_ptr<byte_source> memo, std::string_view encoding)
+      : table_source(table->name()), table_(std::move(table)), memo_bytes_(std::move(memo)),
+        code_page_(code_page::find(code_page_number(encoding))) {
     tables_ = {file()};
     read_header();
     if (!memo_bytes_) return;
     memo_.emplace(*memo_bytes_, memo_kind());
     companions_ = {memo_bytes_->name()};
   }
+  void add_companion(const std::string& other) { companions_.push_back(other); }
 
   const std::vector<table_field>& fields(std::size_t) override { return fields_; }
   std::unique_ptr<row_cursor> rows(std::size_t, std::vector<row_filter> filters) override;
@@ -103,8 +140,8 @@ private:
   field_type type_of(const dbf_field& layout) const;
 
   const std::unique_ptr<byte_source> table_, memo_bytes_; // the memo file may be missing
+  const code_page* code_page_;
   std::uint8_t version_ = 0;
-  const code_page* code_page_ = nullptr;
   std::size_t record_size_ = 0, first_record_ = 0;
   std::uint64_t record_count_ = 0;
   std::optional<dbf_field> null_flags_;
@@ -127,7 +164,7 @@ void dbf_source::read_header() {
   if (header.number<std::uint8_t>(15) == 1) throw table_source_exception(file(), "", "", "the table is encrypted.");
   first_record_ = header.number<std::uint16_t>(8);
   record_size_ = header.number<std::uint16_t>(10);
-  code_page_ = code_page::find(code_page_number(header.number<std::uint8_t>(29)));
+  if (!code_page_) code_page_ = code_page::find(code_page_number(header.number<std::uint8_t>(29)));
   if (!code_page_) code_page_ = code_page::find(1252);
   if (!code_page_) throw table_source_exception(file(), "", "", "the system does not know its code page.");
   if (first_record_ < 33 || first_record_ > table_->size() || record_size_ < 2)
@@ -331,6 +368,7 @@ bool dbf_cursor::has_flag(std::int32_t bit) const {
 
 table_value dbf_cursor::text(std::size_t field, std::string_view bytes) {
   if (bytes.empty()) return {};
+  if (source_.code_page_->number() == utf_8) bytes = without_cut_character(bytes);
   if (is_ascii(bytes)) return table_value::of_text(bytes);
   texts_[field] = source_.code_page_->utf8(bytes);
   return table_value::of_text(texts_[field]);
@@ -402,13 +440,19 @@ std::unique_ptr<row_cursor> dbf_source::rows(std::size_t, std::vector<row_filter
 } // namespace
 
 std::unique_ptr<table_source> open_dbf(const fs::path& file) {
-  return std::make_unique<dbf_source>(open_bytes(file), open_beside(file, {".dbt", ".fpt"}));
+  constexpr std::uint64_t longest_name = 64;
+  const auto page = open_beside(file, {".cpg"});
+  const std::string encoding =
+      page ? page->text(0, static_cast<std::size_t>(std::min(longest_name, page->size()))) : std::string();
+  auto source = std::make_unique<dbf_source>(open_bytes(file), open_beside(file, {".dbt", ".fpt"}), encoding);
+  if (page) source->add_companion(page->name());
+  return source;
 }
 
 std::unique_ptr<table_source> open_dbf(std::span<const std::byte> table, std::optional<std::span<const std::byte>> memo,
-                                       std::string name) {
+                                       std::string name, std::string_view encoding) {
   auto memo_bytes = memo ? bytes_in_memory(*memo, name) : nullptr;
-  return std::make_unique<dbf_source>(bytes_in_memory(table, std::move(name)), std::move(memo_bytes));
+  return std::make_unique<dbf_source>(bytes_in_memory(table, std::move(name)), std::move(memo_bytes), encoding);
 }
 
 } // namespace vesk
