@@ -33,6 +33,18 @@ TEST(Csv, FindsSeparatorAndDecimalSign) {
   EXPECT_THAT(read("flow\n12\n13\n"), ElementsAre("flow:3", "12", "13"));
 }
 
+// In UTF-8, as the narrow one, and in Windows-1252.
+TEST(Csv, PassesOverNoBreakSpacesAroundNumbers) {
+  EXPECT_THAT(read("n;t\n\xc2\xa0"
+                   "1,5;\xc2\xa0x\n\xe2\x80\xaf\xc2\xa0"
+                   "2,5\xc2\xa0;voil\xc3\xa0\n\xc2\xa0;y\n"),
+              ElementsAre("n:6; t:1", "1.5; \xc2\xa0x", "2.5; voilà", "NULL; y"));
+  EXPECT_THAT(read("n;t\n\xa0"
+                   "1;\xe9\n\xa0\xa0"
+                   "2\xa0;x\n"),
+              ElementsAre("n:3; t:1", "1; é", "2; x"));
+}
+
 TEST(Csv, SettlesTheOrderOfADateByTheWholeColumn) {
   EXPECT_THAT(read("d,e\n1/2/2011,1/2/2011\n3/4/2011,13/4/2011\n"),
               ElementsAre("d:9; e:9", "2011-01-02; 2011-02-01", "2011-03-04; 2011-04-13"));

@@ -22,6 +22,27 @@ bool is_code(std::string_view text) {
   return text.size() > 1 && text[0] == '0' && std::all_of(text.begin(), text.end(), is_digit);
 }
 
+// How many bytes a no-break space has at this end of a text: in UTF-8 two, or three for the narrow one, in Windows-1252
+// one. 0 for another character.
+std::size_t no_break_space_at_front(std::string_view text) {
+  if (text.starts_with("\xc2\xa0")) return 2;
+  if (text.starts_with("\xe2\x80\xaf")) return 3;
+  return text.starts_with('\xa0') ? 1 : 0;
+}
+std::size_t no_break_space_at_back(std::string_view text) {
+  if (text.ends_with("\xc2\xa0")) return 2;
+  if (text.ends_with("\xe2\x80\xaf")) return 3;
+  const bool is_alone = text.size() < 2 || static_cast<unsigned char>(text[text.size() - 2]) < 0x80; // not that of "à"
+  return text.ends_with('\xa0') && is_alone ? 1 : 0;
+}
+
+// Without the no-break spaces around it, with which programs line up numbers.
+std::string_view trimmed(std::string_view text) {
+  while (const std::size_t size = no_break_space_at_front(text)) text.remove_prefix(size);
+  while (const std::size_t size = no_break_space_at_back(text)) text.remove_suffix(size);
+  return text;
+}
+
 // Of a text that has not the form of its column.
 table_value no_value(std::string_view text) {
   return marks_missing(text) ? table_value() : table_value::of_text(text);
@@ -38,6 +59,7 @@ bool marks_missing(std::string_view text) {
 }
 
 table_value column_form::read(std::string_view text) const {
+  if (type != field_type::string) text = trimmed(text);
   if (text.empty()) return {};
   switch (type) {
   case field_type::string: return table_value::of_text(text);
@@ -61,6 +83,7 @@ table_value column_form::read(std::string_view text) const {
 }
 
 void column_votes::add(std::string_view text) {
+  text = trimmed(text);
   if (text.empty()) return;
   const char first = text.front(), last = text.back();
   const bool may_be_value = is_digit(first) || first == '-' || first == '+' || first == '.' || first == ',';
