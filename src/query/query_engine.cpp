@@ -161,14 +161,7 @@ std::string result_set::text(std::size_t field) const {
 std::shared_ptr<table_source> query_engine::source_of(const import_query& query) {
   switch (query.source_kind) {
   case source_unknown: throw query_engine_exception("Cannot execute query on dataset of unknown type");
-  case source_one_table: {
-    std::shared_ptr<table_source> source = source_of(query.stored.table_name); // the file itself
-    if (source->tables().size() > 1)
-      throw query_engine_exception(source->file() +
-                                   ": the file holds several tables, but the ending of its name is that of a single "
-                                   "one; rename it to one of .sqlite, .xlsx, .ods or .mdb.");
-    return source;
-  }
+  case source_one_table: return source_of(query.stored.table_name); // the file itself
   case source_several_tables: connect(query); return source_;
   default: throw query_engine_exception("Cannot determine type of dataset");
   }

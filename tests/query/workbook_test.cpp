@@ -89,11 +89,34 @@ TEST(Workbooks, TellDatesByTheirFormat) {
     EXPECT_FALSE(is_date_format(format)) << format;
 }
 
+TEST(Workbooks, AreRefusedUnderTheNameOfASingleTable) {
+  const temporary_folder folder;
+  const auto failure = [&](const char* file, const char* name) {
+    std::filesystem::copy_file(VESK_TEST_DATA "/tables/" + std::string(file), folder.file(name));
+    try {
+      open_table_source(folder.file(name));
+    } catch (const table_source_exception& error) {
+      return error.cause();
+    }
+    return std::string("read");
+  };
+  EXPECT_EQ(failure("readings.xlsx", "a.csv"),
+            "it is an Excel workbook under the name of a single table; rename it so that it ends with .xlsx.");
+  EXPECT_EQ(failure("date.ods", "b.xlsm"),
+            "it is an OpenDocument workbook under the name of a single table; rename it so that it ends with .ods.");
+  EXPECT_EQ(failure("roanoke_daily.sqlite", "c.sqlite3"),
+            "it is a SQLite database under the name of a single table; rename it so that it ends with .sqlite.");
+  EXPECT_EQ(failure("date.xls", "d.dbf"),
+            "it is an Excel workbook under the name of a single table; rename it so that it ends with .xls.");
+  EXPECT_EQ(failure("readings.xlsx", "e.ods"), "read"); // both hold several tables
+}
+
 class ZippedWorkbook : public testing::Test {
 protected:
   // The table of a workbook with these parts.
-  std::vector<std::string> read(const std::vector<std::pair<std::string, std::string>>& parts) {
-    const std::string file = folder.file("river.xlsx");
+  std::vector<std::string> read(const std::vector<std::pair<std::string, std::string>>& parts,
+                                const std::string& file_name = "river.xlsx") {
+    const std::string file = folder.file(file_name);
     zipFile zip = zipOpen(file.c_str(), APPEND_STATUS_CREATE);
     for (const auto& [name, content] : parts) {
       zipOpenNewFileInZip(zip, name.c_str(), nullptr, nullptr, 0, nullptr, 0, nullptr, Z_DEFLATED, 1);
@@ -179,6 +202,9 @@ TEST_F(ZippedWorkbook, OdsCellsOfAllKinds) {
   EXPECT_THAT(read_ods("<t:table-row"),
               ElementsAre("part content.xml of it is no XML that can be read: not well-formed "
                           "(invalid token), in line 1."));
+  EXPECT_THAT(read({{"contents.xml", "x"}}, "river.ods"), ElementsAre("part content.xml of it is missing."));
+  EXPECT_THAT(read({{"contents.xml", "x"}}), ElementsAre("part xl/workbook.xml of it is missing."));
+  EXPECT_THAT(read({{"contents.xml", "x"}}, "river.zip"), ElementsAre("the zip archive does not hold a workbook."));
   EXPECT_THAT(read({{"META-INF/manifest.xml", "<m:manifest xmlns:m='m'><m:encryption-data/></m:manifest>"},
                     {"content.xml", "x"}}),
               ElementsAre("the workbook has a password."));

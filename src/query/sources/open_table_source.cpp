@@ -24,16 +24,23 @@ namespace fs = std::filesystem;
 
 using opener = std::unique_ptr<table_source> (*)(const fs::path&);
 
-std::unique_ptr<table_source> open_zipped(const fs::path& file) {
-  const bool is_opendocument = zip_archive(*open_bytes(file)).has("content.xml");
-  return is_opendocument ? open_ods(file) : open_xlsx(file);
-}
+// A format of several tables.
+struct table_format {
+  opener open;
+  const char* name;
+  const char* extension; // the usual one
+};
 
-// How formats are told from the first bytes of a file.
+constexpr table_format sqlite{open_sqlite, "a SQLite database", ".sqlite"},
+    access{open_access, "an Access database", ".mdb"}, xls{open_xls, "an Excel workbook", ".xls"},
+    xlsx{open_xlsx, "an Excel workbook", ".xlsx"}, ods{open_ods, "an OpenDocument workbook", ".ods"},
+    zipped{nullptr, nullptr, nullptr}; // the parts of the archive decide
+
+// The first bytes of a file tell its format.
 struct signature {
   std::size_t offset;
   std::string_view bytes;
-  opener open;
+  const table_format& format;
 };
 
 struct extension_row {
@@ -47,12 +54,12 @@ constexpr std::size_t beginning_size = 64;
 constexpr std::string_view sqlite_beginning("SQLite format 3\0", 16);
 
 constexpr signature signatures[] = {
-    {0, sqlite_beginning, open_sqlite},
-    {access_signature_offset, jet_signature, open_access},
-    {access_signature_offset, ace_signature, open_access},
-    {0, compound_beginning, open_xls},
-    {0, zip_beginning, open_zipped},
-    {0, {"\x09\x08", 2}, open_xls}, // the workbook's stream alone
+    {0, sqlite_beginning, sqlite},
+    {access_signature_offset, jet_signature, access},
+    {access_signature_offset, ace_signature, access},
+    {0, compound_beginning, xls},
+    {0, zip_beginning, zipped},
+    {0, {"\x09\x08", 2}, xls}, // the workbook's stream alone
 };
 
 constexpr extension_row extensions[] = {
@@ -79,6 +86,26 @@ std::string beginning(const fs::path& file) {
   return bytes;
 }
 
+// The name decides where the archive has neither part, so that the one is named that is missing.
+const table_format& format_of_archive(const fs::path& file) {
+  const auto bytes = open_bytes(file);
+  const zip_archive archive(*bytes);
+  if (archive.has("content.xml")) return ods;
+  if (archive.has("_rels/.rels") || archive.has("xl/workbook.xml")) return xlsx;
+  for (const table_format* format : {&ods, &xlsx})
+    if (equal_ignoring_case(file.extension().string(), format->extension)) return *format;
+  throw table_source_exception(file.string(), "", "", "the zip archive does not hold a workbook.");
+}
+
+std::unique_ptr<table_source> open_as(const table_format& format, const fs::path& file) {
+  if (!has_several_tables(file))
+    throw table_source_exception(file.string(), "", "",
+                                 "it is " + std::string(format.name) +
+                                     " under the name of a single table; rename it so that it ends with " +
+                                     format.extension + ".");
+  return format.open(file);
+}
+
 bool holds(std::string_view bytes, std::size_t offset, std::string_view part) {
   return bytes.size() >= offset + part.size() && bytes.substr(offset, part.size()) == part;
 }
@@ -94,7 +121,8 @@ std::unique_ptr<table_source> open_table_source(const fs::path& file) {
   }
   if (bytes.empty()) throw table_source_exception(file.string(), "", "", "the file is empty.");
   for (const signature& s : signatures)
-    if (holds(bytes, s.offset, s.bytes)) return s.open(file);
+    if (holds(bytes, s.offset, s.bytes))
+      return open_as(&s.format == &zipped ? format_of_archive(file) : s.format, file);
   const extension_row* row = row_of(file);
   if (row && row->open) return row->open(file);
   if (row)
