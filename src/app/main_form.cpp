@@ -37,6 +37,8 @@ TPreveskMainForm::TPreveskMainForm(user_interface& ui, const fs::path& settings_
 }
 
 TPreveskMainForm::~TPreveskMainForm() {
+  // A run that goes writes its results until the process ends, and that drops the lock.
+  if (active_thread) static_cast<void>(output_lock_.release());
   save_settings();
 }
 

@@ -13,6 +13,7 @@
 #include "dataset/dataset.h"
 #include "engine/job_front_end.h"
 #include "engine/model_thread.h"
+#include "platform/output_lock.h"
 #include "platform/processes.h"
 #include "query/deferred_queries.h"
 
@@ -261,6 +262,7 @@ private:
   bool start_run();
   void resume_other_job();                                                 // one that is not a run
   bool run_queries(prevesk_dataset_data_type& data_set, bool clear_flags); // false: failed, and reported
+  bool lock_outputs(std::unique_ptr<output_lock>& lock);                   // of a run; false: refused, and reported
   void run_end();
   void import_export_end();
   void validity_end();
@@ -306,6 +308,7 @@ private:
   std::string replaced_by_import_; // what the last import has replaced at its start; empty: nothing
   job_outcome last_job_;
   std::chrono::steady_clock::time_point priority_refused_; // last, since the job began
+  std::unique_ptr<output_lock> output_lock_;               // of the run that goes
   std::atomic<bool> logging_enabled_{false};
   std::atomic<int> diagnostic_level_{0};
   std::atomic<int> return_code_{0};

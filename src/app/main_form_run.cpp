@@ -86,6 +86,7 @@ bool TPreveskMainForm::start_job(const prevesk_dataset_data_type& data_set, job_
 // The job frees itself after this, whatever comes of its end; the end handler may have started another one by then.
 void TPreveskMainForm::end_job(void (TPreveskMainForm::*end_handler)()) {
   const model_thread* const ended = active_thread;
+  output_lock_.reset(); // a run's results are in their place
   try {
     note_end_of_job();
     priorities.reset();
@@ -129,14 +130,30 @@ bool TPreveskMainForm::start_run() {
     return false;
   }
   prevesk_dataset_data_type copy = *current_data_set;
+  std::unique_ptr<output_lock> lock; // before the queries, which may take long
+  if (!lock_outputs(lock)) return false;
   copy.reset_cursors();
   if (!skip_deferred_queries && !run_queries(copy, false)) return false;
   clear_progress(); // of the queries
   if (!start_job(copy, job_code::run, file_name, &TPreveskMainForm::run_end)) return false;
+  output_lock_ = std::move(lock);
   ui_.show_run_controls(true);
   ui_.set_priority_position(active_thread->priority_position);
   active_thread->Resume();
   update_menus();
+  return true;
+}
+
+// Whatever the engine is, its results are named after the data file. A data set without one has no place for results.
+bool TPreveskMainForm::lock_outputs(std::unique_ptr<output_lock>& lock) {
+  if (file_name.empty()) return true;
+  try {
+    lock = std::make_unique<output_lock>(std::filesystem::path(file_name).replace_extension());
+  } catch (const std::exception& error) {
+    report_failure(error.what());
+    return false;
+  }
+  if (!lock->warning().empty()) add_info_line(lock->warning(), icon_note);
   return true;
 }
 

@@ -21,7 +21,7 @@ protected:
     write_behaviour_catalogue(folder.path);
     form.set_database_folder(folder.path);
     form.engine_path = MISBEHAVING_ENGINE;
-    form.file_name = "river.vki";
+    form.file_name = folder.file("river.vki");
   }
   ~RunControl() override {
     if (form.active_thread) form.cancel_job();
@@ -31,7 +31,7 @@ protected:
   // A new data set whose model makes the engine behave as named.
   void make_data(const std::string& behaviour) {
     form.new_data_set();
-    form.file_name = "river.vki";
+    form.file_name = folder.file("river.vki");
     form.current_data_set->model_type = model_of(behaviour);
     form.current_data_set->refresh_from_catalogue(false);
     form.current_data_set->segments.resize(1);

@@ -5,6 +5,7 @@
 #include "run_program.h"
 #include "temporary_folder.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -321,6 +322,39 @@ TEST_F(VeskRun, AnImportThatNamesAHydrodynamicFileSaysWhatReadsIt) {
   EXPECT_EQ(run({"-IMPORT", "hydro.inp"}).err,
             "vesk-run: Cannot read hyd file now: hydro.inp: The read hyd file thread is busy. Try again later.\n"
             "vesk-run: The file name is stored; --read-hyd reads it.\n");
+}
+
+// Two containers on one folder: neither sees the other's processes, and both have the same process numbers.
+TEST_F(VeskRun, TwoRunsNeverWriteTheSameResults) {
+  const std::vector<std::string> container = {"--user", "--map-root-user", "--pid", "--fork", "--kill-child"};
+  const auto contained = [&](std::vector<std::string> words) {
+    words.insert(words.begin(), container.begin(), container.end());
+    return words;
+  };
+  if (run_program("/usr/bin/unshare", contained({"/bin/true"})).status != 0)
+    GTEST_SKIP() << "The system does not permit PID namespaces.";
+  const std::vector<std::string> words = contained({VESK_RUN, "--catalogue", folder.path.string(), "--engine",
+                                                    MISBEHAVING_ENGINE, make_file("waits for cancel"), "-RUN"});
+  background_program first("/usr/bin/unshare", words);
+  ASSERT_EQ(first.read_line(), "waiting");
+  const std::string unfinished = "river.part-node7-1-0123456789abcdef"; // as of the engine in the first container
+  folder.write(unfinished, "x");
+
+  const program_result second = run_program("/usr/bin/unshare", words);
+  EXPECT_EQ(second.status, 1);
+  EXPECT_EQ(second.out, "");
+  EXPECT_THAT(second.err, testing::HasSubstr("The results of " + folder.file("river") +
+                                             " are being written by another run: process 1 on "));
+  EXPECT_EQ(folder.read(unfinished), "x");
+
+  first.kill_and_wait();
+  EXPECT_TRUE(std::filesystem::exists(folder.path / ".river.run"));
+  const program_result third = run({make_file("says run"), "-RUN"});
+  EXPECT_EQ(third.out, "run\n");
+  EXPECT_EQ(third.err, "");
+  EXPECT_EQ(third.status, 0);
+  EXPECT_FALSE(std::filesystem::exists(folder.path / unfinished));
+  EXPECT_FALSE(std::filesystem::exists(folder.path / ".river.run"));
 }
 
 TEST_F(VeskRun, AFailedCheckEndsTheWork) {

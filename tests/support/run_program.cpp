@@ -57,4 +57,39 @@ program_result run_program(const std::string& program, const std::vector<std::st
   return result;
 }
 
+background_program::background_program(const std::string& program, const std::vector<std::string>& arguments) {
+  std::array<int, 2> pipe{};
+  if (pipe2(pipe.data(), O_CLOEXEC) != 0) throw std::runtime_error("pipe");
+  std::vector<char*> words{const_cast<char*>(program.c_str())};
+  for (const std::string& argument : arguments) words.push_back(const_cast<char*>(argument.c_str()));
+  words.push_back(nullptr);
+  process_ = fork();
+  if (process_ == 0) {
+    dup2(pipe[1], STDOUT_FILENO);
+    execv(program.c_str(), words.data());
+    _exit(127);
+  }
+  close(pipe[1]);
+  output_ = pipe[0];
+}
+
+background_program::~background_program() {
+  if (process_ > 0) kill_and_wait();
+  close(output_);
+}
+
+std::string background_program::read_line() {
+  std::string line;
+  for (char byte; read(output_, &byte, 1) == 1 && byte != '\n';) line += byte;
+  return line;
+}
+
+void background_program::kill_and_wait() {
+  kill(process_, SIGKILL);
+  waitpid(process_, nullptr, 0);
+  process_ = -1;
+  for (char byte; read(output_, &byte, 1) == 1;) {
+  }
+}
+
 } // namespace vesk
