@@ -43,7 +43,7 @@ public:
       : start_(run.start) {
     for (const OutputVariable& variable : variables) {
       const std::string name = variable.csv_file.empty() ? text("output_", variable.isc, ".csv") : variable.csv_file;
-      files_.push_back(std::make_unique<File>(base.string() + "_" + name));
+      files_.push_back(std::make_unique<File>(base, base.string() + "_" + name));
       files_.back()->stream << header(run.segments);
       check(*files_.back());
     }
@@ -75,7 +75,8 @@ public:
 
 private:
   struct File {
-    explicit File(std::filesystem::path name) : file(std::move(name)), stream(file.temporary(), std::ios::binary) {}
+    File(const std::filesystem::path& base, std::filesystem::path name)
+        : file(base, std::move(name)), stream(file.temporary(), std::ios::binary) {}
     OutputFile file;
     std::ofstream stream;
   };

@@ -34,7 +34,7 @@ class NetCdfWriter : public ResultWriter {
 public:
   NetCdfWriter(const std::filesystem::path& base, const RunDescription& run,
                const std::vector<OutputVariable>& variables)
-      : file_(base.string() + ".nc"), values_(run.segments.size()) {
+      : file_(base, base.string() + ".nc"), values_(run.segments.size()) {
     check(nc_create(file_.temporary().c_str(), NC_CLOBBER | NC_64BIT_OFFSET, &id_));
     try {
       define(run, variables);

@@ -3,51 +3,75 @@
 #include "core/errors.h"
 #include "core/text.h"
 
+#include <algorithm>
 #include <cerrno>
-#include <charconv>
-#include <csignal>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <random>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace reference_engine {
 
 namespace {
 
-constexpr const char* mark = ".part-";
+// Letters, digits and underscores alone, so that the parts of a name can be told apart.
+std::string host_name() {
+  constexpr std::size_t longest = 32;
+  char name[256] = "";
+  gethostname(name, sizeof name - 1);
+  std::string host = std::string(name).substr(0, longest);
+  const auto is_plain = [](char c) {
+    return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+  };
+  std::ranges::replace_if(
+      host, [&](char c) { return !is_plain(c); }, '_');
+  return host.empty() ? "_" : host;
+}
 
-// Removes what processes that are gone have left unfinished under this name.
-void remove_leftovers(const std::filesystem::path& final_name) {
-  const std::string head = final_name.filename().string() + mark;
-  std::error_code error;
-  const auto folder = final_name.has_parent_path() ? final_name.parent_path() : std::filesystem::path(".");
-  std::filesystem::directory_iterator entry(folder, error), end;
-  for (; !error && entry != end; entry.increment(error)) {
-    const std::string name = entry->path().filename().string();
-    int process = 0;
-    if (!name.starts_with(head)) continue;
-    const auto read = std::from_chars(name.data() + head.size(), name.data() + name.size(), process);
-    if (read.ptr != name.data() + name.size() || process <= 0) continue;
-    std::error_code ignored;
-    if (kill(process, 0) != 0 && errno == ESRCH) std::filesystem::remove(entry->path(), ignored);
-  }
+std::string random_digits() {
+  std::random_device random;
+  char digits[17];
+  std::snprintf(digits, sizeof digits, "%08x%08x", random(), random());
+  return digits;
 }
 
 } // namespace
 
-OutputFile::OutputFile(std::filesystem::path final_name)
-    : final_(std::move(final_name)), temporary_(text(final_.string(), mark, getpid())) {
-  remove_leftovers(final_);
+OutputFile::OutputFile(const std::filesystem::path& base, std::filesystem::path final_name)
+    : final_(std::move(final_name)) {
+  while (!create(base))
+    if (errno != EEXIST) throw RunError(text(final_.string(), ": can't be written: ", std::strerror(errno), "."));
 }
 
 OutputFile::~OutputFile() {
-  std::error_code ignored;
-  if (!temporary_.empty()) std::filesystem::remove(temporary_, ignored);
+  if (!part_.empty()) unlink(part_.c_str());
+  close(file_);
+}
+
+// False where that fails, with errno.
+bool OutputFile::create(const std::filesystem::path& base) {
+  part_ = text(base.string(), ".part-", host_name(), "-", getpid(), "-", random_digits());
+  file_ = open(part_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
+  return file_ >= 0;
+}
+
+std::filesystem::path OutputFile::temporary() const {
+  return text("/proc/self/fd/", file_);
 }
 
 void OutputFile::publish() {
+  struct stat named {
+  }, written{};
+  if (lstat(part_.c_str(), &named) == 0 && fstat(file_, &written) == 0 &&
+      (named.st_dev != written.st_dev || named.st_ino != written.st_ino))
+    throw RunError(text(final_.string(), ": can't be written: another program has replaced ", part_.string(), "."));
   std::error_code error;
-  std::filesystem::rename(temporary_, final_, error);
+  std::filesystem::rename(part_, final_, error);
   if (error) throw RunError(text(final_.string(), ": can't be written: ", error.message(), "."));
-  temporary_.clear();
+  part_.clear();
 }
 
 } // namespace reference_engine

@@ -6,21 +6,29 @@
 
 namespace reference_engine {
 
-// Owns a temporary name beside the final one. Write to `temporary`, close, then `publish`, which takes the place of an
-// older file. A file that is not published is removed, at the latest by the next run under its name.
+// Until it is whole the file has a name that nobody can know before: that of `base`, then ".part-HOST-PROCESS-" and 16
+// random hexadecimal digits. It is created there, never opened, so that no link and no other file is written to. Write
+// to `temporary`, close, then `publish`, which replaces an older file or link. A file that is not published is removed;
+// when the process is killed, it stays for the front end to remove, which knows whether another process still writes
+// it.
 class OutputFile {
 public:
-  explicit OutputFile(std::filesystem::path final_name);
+  // base, final_name: in one folder; base is what the names of all files of a run begin with. Throws RunError.
+  OutputFile(const std::filesystem::path& base, std::filesystem::path final_name);
   ~OutputFile();
   OutputFile(const OutputFile&) = delete;
   OutputFile& operator=(const OutputFile&) = delete;
 
-  const std::filesystem::path& temporary() const { return temporary_; }
+  // For opening and writing, whatever becomes of the name on the disk meanwhile; it is no name to rename or delete.
+  std::filesystem::path temporary() const;
   const std::filesystem::path& final_name() const { return final_; }
   void publish(); // throws RunError
 
 private:
-  std::filesystem::path final_, temporary_;
+  bool create(const std::filesystem::path& base);
+
+  std::filesystem::path final_, part_; // part_: on the disk; empty when published
+  int file_ = -1;                      // open for as long as this object is there
 };
 
 } // namespace reference_engine

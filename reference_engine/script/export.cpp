@@ -66,7 +66,7 @@ private:
 } // namespace
 
 void export_script(Host& host, const std::string& file, Form form) {
-  OutputFile target(file);
+  OutputFile target(file, file);
   std::ofstream out(target.temporary(), std::ios::binary);
   Writer writer(host, out);
   for (const Keyword& row : keywords())

@@ -26,7 +26,7 @@ std::optional<RestartLabel> read_restart_label(std::string_view file_content) {
 
 RestartFile::RestartFile(const std::filesystem::path& base, const State& state, double volume_factor,
                          const Moment& moment)
-    : file_(base.string() + ".rst") {
+    : file_(base, base.string() + ".rst") {
   std::ofstream out(file_.temporary(), std::ios::binary);
   const std::size_t segments = state.volume.size();
   std::string line = text(label_begins, moment.iso(' '), " of ", segments, " segments, ",

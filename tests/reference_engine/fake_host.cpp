@@ -318,6 +318,7 @@ float FakeHost::series_value(const std::string& points, const std::string& point
 
 void FakeHost::evaluate(float now) {
   days.push_back(now);
+  if (at_days) at_days();
   const int systems = static_cast<int>(number("NUMSYS"));
   if (float* values = arrays_["ALLTFDATA"])
     for (const int isc : functions_) values[isc - 1] = series_value("NBRKTF", "BRKTF", join(' ', isc), now);

@@ -5,6 +5,7 @@
 
 #include "vesk_engine.h"
 
+#include <functional>
 #include <map>
 #include <set>
 #include <string>
@@ -26,7 +27,8 @@ public:
   int return_code = -1, last_progress = -1, grid_updates = 0, hydro_file_puts = 0;
   int cancel_at_poll = -1; // answer this CANCEL with 1, and all that follow; -1 never
   int cancel_polls = 0;
-  std::vector<float> days; // of all DAYS
+  std::vector<float> days;       // of all DAYS
+  std::function<void()> at_days; // called at each
   bool grid_lent = false, bound_found = false;
   std::string grid_labels; // joined with '|'
   int grid_columns = 0, grid_rows = 0;

@@ -273,14 +273,38 @@ TEST_F(RunTest, FailureInTheRunLeavesNoResults) {
   EXPECT_FALSE(host.grid_lent);
 }
 
-// A front end that ends in the middle of a run takes the engine with it.
-TEST_F(RunTest, WhatEndedProcessesLeftUnfinishedIsTidiedUp) {
-  const std::string gone = "river.nc.part-2147483646", alive = "river.nc.part-" + std::to_string(getppid());
-  for (const std::string& name : {gone, alive, std::string("river.nc.part-2x")}) std::ofstream(folder / name) << "x";
+// A folder from a stranger, or one that others can write to.
+TEST_F(RunTest, ResultsAreNeverWrittenThroughALink) {
+  const std::string victim = "victim", left_over = "river.part-node7-4711-0123456789abcdef";
+  std::ofstream(folder / victim) << "precious";
+  std::ofstream(folder / left_over) << "of another process, which may be at work";
+  for (const char* result : {"river.nc", "river_out11.csv"})
+    std::filesystem::create_symlink(victim, folder / result);
+  std::vector<std::string> unfinished;
+  host.at_days = [&] {
+    if (!unfinished.empty()) return;
+    for (const std::string& name : files())
+      if (name.starts_with("river.part-") && name != left_over) unfinished.push_back(name);
+  };
   EXPECT_EQ(after(""), "");
-  EXPECT_FALSE(std::filesystem::exists(folder / gone));
-  EXPECT_TRUE(std::filesystem::exists(folder / alive));
-  EXPECT_TRUE(std::filesystem::exists(folder / "river.nc.part-2x"));
+  ASSERT_EQ(unfinished.size(), 2u);
+  for (const std::string& name : unfinished)
+    EXPECT_THAT(name, MatchesRegex("river.part-[A-Za-z0-9_]+-[0-9]+-[0-9a-f]+"));
+  EXPECT_THAT(files(), ElementsAre("river.nc", left_over, "river_out11.csv", victim));
+  EXPECT_EQ(content(victim), "precious");
+  for (const char* result : {"river.nc", "river_out11.csv"})
+    EXPECT_FALSE(std::filesystem::is_symlink(folder / result)) << result;
+
+  host.at_days = [&] { // another program puts a link in the place of each unfinished file
+    for (const std::string& name : files()) {
+      if (!name.starts_with("river.part-") || name == left_over) continue;
+      std::filesystem::remove(folder / name);
+      std::filesystem::create_symlink(victim, folder / name);
+    }
+  };
+  EXPECT_THAT(after(""), HasSubstr("river.nc: can't be written: another program has replaced "));
+  EXPECT_EQ(content(victim), "precious");
+  EXPECT_EQ(content("river.nc").substr(0, 3), "CDF"); // of the run before
 }
 
 // Steps get shorter as the segment empties; the run must end all the same.
