@@ -164,10 +164,12 @@ Bdf::~Bdf() = default;
 StepLimit Bdf::limit(Equations& equations, const State& state, double days) {
   equations.move_to(state.day + days / 2);
   equations.set_volumes(state.volume);
-  StepLimit limit{std::numeric_limits<double>::infinity(), 0};
+  constexpr double unlimited = std::numeric_limits<double>::infinity();
+  StepLimit limit{unlimited, 0, unlimited, 0};
   const auto change = equations.network().volume_change();
   for (std::size_t i = 0; i < change.size(); ++i)
-    if (change[i] < 0 && state.volume[i] / -change[i] < limit.days) limit = {state.volume[i] / -change[i], i};
+    if (change[i] < 0 && state.volume[i] / -change[i] < limit.days)
+      limit = {state.volume[i] / -change[i], i, unlimited, 0};
   return limit;
 }
 

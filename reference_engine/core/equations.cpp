@@ -45,7 +45,7 @@ Equations::Equations(const Problem& problem, std::string_view library)
 Equations::Equations(const Problem& problem, std::unique_ptr<Kinetics> kinetics)
     : problem_(problem), kinetics_(std::move(kinetics)), settles_(settling_systems(problem, *kinetics_)),
       network_(problem, any(settles_)), hydraulics_(problem), loads_(by_system(problem.loads)),
-      turnover_(problem.segments.size()), forcing_(used_elements()) {
+      leaving_(problem.segments.size()), turnover_(problem.segments.size()), forcing_(used_elements()) {
   for (std::size_t s = 0; s < problem.systems.size(); ++s) {
     if (!problem.systems[s].simulated) continue;
     const auto serves = [&](const TransportClass& it) { return it.serves(problem, s, settles_[s]); };
@@ -164,17 +164,46 @@ void Equations::update_settling(const std::vector<double>& volume) {
 void Equations::find_limit(const std::vector<double>& volume) {
   const auto decay = kinetics_->decay();
   const auto water_out = network_.water_out();
-  limit_ = {std::numeric_limits<double>::infinity(), 0};
+  constexpr double unlimited = std::numeric_limits<double>::infinity();
+  limit_ = {unlimited, 0, unlimited, 0};
   double fastest = 0;
   for (std::size_t i = 0; i < turnover_.size(); ++i) {
     double leaving = water_out[i];
     for (const TransportClass& it : classes_) leaving = std::max(leaving, it.coefficients()[i]);
-    turnover_[i] = leaving / volume[i] + decay[i];
+    leaving_[i] = leaving / volume[i];
+    turnover_[i] = leaving_[i] + decay[i];
     if (turnover_[i] > fastest) {
       fastest = turnover_[i];
-      limit_ = {1 / fastest, i};
+      limit_ = {1 / fastest, i, 1 / fastest, i};
     }
   }
+}
+
+// visit(segment, turnover in 1/day)
+template <class Visit>
+void Equations::visit_saturated_turnover(const State& state, Visit visit) const {
+  constexpr std::size_t block = 1024;
+  std::vector<double> losses(block);
+  std::vector<const double*> rows(problem_.systems.size());
+  for (std::size_t begin = 0; begin < turnover_.size(); begin += block) {
+    const std::size_t end = std::min(begin + block, turnover_.size());
+    for (std::size_t s = 0; s < rows.size(); ++s) rows[s] = state.of(s).data() + begin;
+    kinetics_->relative_losses(begin, end, rows.data(), losses.data());
+    for (std::size_t i = begin; i < end; ++i) visit(i, std::max(leaving_[i] + losses[i - begin], turnover_[i]));
+  }
+}
+
+StepLimit Equations::limit(const State& state) const {
+  if (!kinetics_->saturates()) return limit_;
+  StepLimit limit = limit_;
+  double fastest = 0;
+  visit_saturated_turnover(state, [&](std::size_t i, double turnover) {
+    if (turnover <= fastest) return;
+    fastest = turnover;
+    limit.saturated_days = 1 / turnover;
+    limit.saturated_segment = i;
+  });
+  return limit;
 }
 
 void Equations::add_far_gains(const TransportClass& its_class, const double* concentration,
@@ -225,7 +254,10 @@ bool Equations::output(int isc, const State& state, std::span<double> values) co
       values[i] = known(network_.water_out()[i]) > 0 ? state.volume[i] / network_.water_out()[i] : unknown;
     return true;
   case step_output:
-    std::ranges::transform(turnover_, values.begin(), [&](double turnover) { return 1 / known(turnover); });
+    std::ranges::copy(turnover_, values.begin());
+    if (kinetics_->saturates())
+      visit_saturated_turnover(state, [&](std::size_t i, double turnover) { values[i] = turnover; });
+    for (double& value : values) value = 1 / known(value);
     return true;
   default: return kinetics_->output(isc, state.concentration, values);
   }

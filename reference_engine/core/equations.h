@@ -22,9 +22,13 @@
 
 namespace reference_engine {
 
+// The longest step, and the segment that sets it.
 struct StepLimit {
-  double days = 0;         // infinite where nothing moves
-  std::size_t segment = 0; // the one that sets it
+  double days = 0; // infinite where nothing moves
+  std::size_t segment = 0;
+  // The same with losses that saturate, at the concentrations of the moment; not longer.
+  double saturated_days = 0;
+  std::size_t saturated_segment = 0;
 };
 
 class Equations {
@@ -47,9 +51,9 @@ public:
   // Counts the calls that changed a coefficient or a volume.
   std::uint64_t version() const { return version_; }
 
-  // The longest explicit step after which no concentration is below 0 by transport and first-order losses alone, and
-  // no segment is dry: the smallest V / (what leaves + V decay), on that day.
-  StepLimit limit() const { return limit_; }
+  // The longest explicit step after which no concentration is below 0 by transport and losses, and no segment is dry:
+  // the smallest V / (what leaves + V decay), on that day. Losses that saturate count by themselves.
+  StepLimit limit(const State& state) const;
 
   const Problem& problem() const { return problem_; }
   const Network& network() const { return network_; }
@@ -74,6 +78,8 @@ private:
   void take_sources();
   void update_settling(const std::vector<double>& volume);
   void find_limit(const std::vector<double>& volume);
+  template <class Visit>
+  void visit_saturated_turnover(const State& state, Visit visit) const;
 
   const Problem& problem_;
   std::unique_ptr<Kinetics> kinetics_;
@@ -88,7 +94,7 @@ private:
   std::vector<double> load_;                               // g/day of each
   std::vector<double> inflow_;                             // [system][rim], g/day
   std::vector<std::vector<double>> settling_;              // by class, m3/day
-  std::vector<double> turnover_;                           // 1/day
+  std::vector<double> leaving_, turnover_;                 // 1/day: with water and by settling; with decay too
   ForcingLine forcing_;
   bool water_changed_ = true, functions_changed_ = true;
   StepLimit limit_;

@@ -1,6 +1,9 @@
 #include "core/euler.h"
 
+#include "core/reaction_limit.h"
+
 #include <algorithm>
+#include <limits>
 
 namespace reference_engine {
 
@@ -14,7 +17,7 @@ constexpr std::size_t block = 2048;
 StepLimit Euler::limit(Equations& equations, const State& state, double days) {
   equations.move_to(state.day + days / 2);
   equations.set_volumes(state.volume);
-  return equations.limit();
+  return equations.limit(state);
 }
 
 void Euler::step(Equations& equations, State& state, double days, Balances& balances) {
@@ -24,13 +27,25 @@ void Euler::step(Equations& equations, State& state, double days, Balances& bala
   gather(equations, state, days, balances);
   const bool reacts = equations.kinetics().reacts();
   const std::size_t count = state.volume.size();
+  const bool limits_reactions = reacts && !equations.problem().negative_allowed;
   for (std::size_t begin = 0; begin < count; begin += block) {
     const std::size_t end = std::min(begin + block, count);
-    if (reacts) {
-      for (std::size_t s = 0; s < old_rows_.size(); ++s) old_rows_[s] = state.of(s).data() + begin;
-      equations.kinetics().rates(begin, end, old_rows_.data(), rate_rows_.data());
+    for (std::size_t s = 0; reacts && s < old_rows_.size(); ++s) {
+      old_rows_[s] = state.of(s).data() + begin;
+      // What limited reactions are worked out anew from.
+      if (limits_reactions) std::copy_n(old_rows_[s], end - begin, &old_[s * block]);
     }
-    for (std::size_t c = 0; c < scaled_.size(); ++c) advance_class(equations, c, begin, end, reacts, state, balances);
+    if (reacts) equations.kinetics().rates(begin, end, old_rows_.data(), rate_rows_.data());
+    bool beyond = false;
+    for (std::size_t c = 0; c < scaled_.size(); ++c)
+      beyond = advance_class(equations, c, begin, end, reacts, state) || beyond;
+    if (beyond && limits_reactions) limit_reactions(equations, begin, end, state);
+    for (const TransportClass& it : equations.classes()) {
+      for (const std::size_t system : it.systems()) {
+        if (beyond) hold_limits(equations.problem(), system, begin, end, state, balances);
+        if (reacts) balances.systems[system].moved.reacted += days * reacted(system, begin, end, state);
+      }
+    }
   }
   state.volume.swap(new_volume_);
   state.day += days;
@@ -47,6 +62,8 @@ void Euler::prepare(const Equations& equations, const State& state, double days)
     per_rate_.resize(count);
     gain_.assign(systems, std::vector<double>(equations.gaining().size()));
     before_.resize(systems);
+    old_.resize(systems * block);
+    stoichiometry_ = equations.kinetics().stoichiometry();
     old_rows_.resize(systems);
     rate_.assign(systems * block, 0.0);
     for (std::size_t s = 0; s < systems; ++s) rate_rows_.push_back(&rate_[s * block]);
@@ -86,8 +103,8 @@ void Euler::gather(const Equations& equations, const State& state, double days, 
   balances.water.outflow += days * equations.network().water_released();
 }
 
-void Euler::advance_class(const Equations& equations, std::size_t its_class, std::size_t begin, std::size_t end,
-                          bool reacts, State& state, Balances& balances) {
+bool Euler::advance_class(const Equations& equations, std::size_t its_class, std::size_t begin, std::size_t end,
+                          bool reacts, State& state) {
   const Problem& problem = equations.problem();
   const auto systems = equations.classes()[its_class].systems();
   const Scaled& it = scaled_[its_class];
@@ -105,15 +122,45 @@ void Euler::advance_class(const Equations& equations, std::size_t its_class, std
                      .behind = end < values.size() ? values[end] : 0.0,
                      .most = limits(problem, system).most});
   }
-  const bool moved_out = advance(end - begin, shares, rows_, reacts);
+  bool beyond = advance(end - begin, shares, rows_, reacts);
   for (std::size_t r = 0; r < systems.size(); ++r) {
     before_[systems[r]] = rows_[r].before;
-    const bool gained_out = add_gains(equations, systems[r], begin, end, state);
-    if (moved_out || gained_out) hold_limits(problem, systems[r], begin, end, state, balances);
-    if (!reacts) continue;
-    double reacted = 0;
-    for (std::size_t i = begin; i < end; ++i) reacted += state.volume[i] * rows_[r].rate[i - begin];
-    balances.systems[systems[r]].moved.reacted += days_ * reacted;
+    beyond = add_gains(equations, systems[r], begin, end, state) || beyond;
+  }
+  return beyond;
+}
+
+double Euler::reacted(std::size_t system, std::size_t begin, std::size_t end, const State& state) const {
+  const double* const rate = rate_rows_[system];
+  double sum = 0;
+  for (std::size_t i = begin; i < end; ++i) sum += state.volume[i] * rate[i - begin];
+  return sum;
+}
+
+// Where a concentration has fallen below 0, the reactions of that segment take less, and the rates with them.
+void Euler::limit_reactions(const Equations& equations, std::size_t begin, std::size_t end, State& state) {
+  const std::size_t systems = stoichiometry_.systems;
+  std::vector<double> old(systems), amounts(systems), rates(systems), extents(stoichiometry_.reactions());
+  for (std::size_t i = begin; i < end; ++i) {
+    bool is_short = false;
+    for (std::size_t s = 0; s < systems; ++s) {
+      const bool simulated = equations.problem().systems[s].simulated;
+      const double rate = rate_rows_[s][i - begin];
+      old[s] = old_[s * block + i - begin];
+      amounts[s] = simulated ? state.of(s)[i] - per_rate_[i] * rate : std::numeric_limits<double>::infinity();
+      is_short = is_short || (simulated && state.of(s)[i] < 0 && rate < 0);
+    }
+    if (!is_short) continue;
+    equations.kinetics().extents(i, old.data(), extents.data());
+    for (double& extent : extents) extent *= per_rate_[i];
+    limit_extents(stoichiometry_, amounts, extents);
+    add_up(stoichiometry_, extents, rates);
+    for (std::size_t s = 0; s < systems; ++s) {
+      if (!equations.problem().systems[s].simulated) continue;
+      state.of(s)[i] = amounts[s] + rates[s];
+      rate_rows_[s][i - begin] = rates[s] / per_rate_[i];
+    }
+    note_limited(i, state.day);
   }
 }
 

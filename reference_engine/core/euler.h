@@ -24,9 +24,11 @@ private:
 
   void prepare(const Equations& equations, const State& state, double days);
   void gather(const Equations& equations, const State& state, double days, Balances& balances);
-  // Moves one class over a block of segments.
-  void advance_class(const Equations& equations, std::size_t its_class, std::size_t begin, std::size_t end, bool reacts,
-                     State& state, Balances& balances);
+  // Moves one class over a block of segments. Whether one of them ends outside its limits.
+  bool advance_class(const Equations& equations, std::size_t its_class, std::size_t begin, std::size_t end, bool reacts,
+                     State& state);
+  double reacted(std::size_t system, std::size_t begin, std::size_t end, const State& state) const; // g/day
+  void limit_reactions(const Equations& equations, std::size_t begin, std::size_t end, State& state);
   // Whether one of the gaining segments ends outside the system's limits.
   bool add_gains(const Equations& equations, std::size_t system, std::size_t begin, std::size_t end,
                  State& state) const;
@@ -36,7 +38,8 @@ private:
   std::vector<double> per_rate_;          // days * volume / new volume
   std::vector<std::vector<double>> gain_; // by system, g/day at the equations' gaining segments
   std::vector<double> before_;            // by system, old value of the last segment of the block before
-  std::vector<double> rate_;              // [system], a block
+  std::vector<double> rate_, old_;        // [system], a block: rates, and concentrations before the step
+  Stoichiometry stoichiometry_;
   std::vector<double*> rate_rows_;
   std::vector<AdvanceRow> rows_; // of the class at work
   std::vector<const double*> old_rows_;

@@ -38,6 +38,11 @@ void Integrator::note_exceedance(const Exceedance& it) {
   exceeded_.insert(it.system);
 }
 
+void Integrator::note_limited(std::size_t segment, double day) {
+  if (limited_.steps == 0) limited_ = {0, segment, day};
+  if (std::exchange(limited_day_, day) != day) ++limited_.steps;
+}
+
 // A system that has been reported has no upper limit any more, so that later steps do not look at it again.
 Integrator::Limits Integrator::limits(const Problem& problem, std::size_t system) const {
   constexpr double unlimited = std::numeric_limits<double>::max();

@@ -36,7 +36,16 @@ public:
   // Those found since the last call. Of each system only the first is ever reported.
   std::vector<Exceedance> take_exceedances() { return std::exchange(exceedances_, {}); }
 
+  // Where reactions had to take less than their rates, since a step would have gone below 0.
+  struct Limited {
+    long long steps = 0;
+    std::size_t segment = 0; // the first one, and the day of its step
+    double day = 0;
+  };
+  const Limited& limited() const { return limited_; }
+
 protected:
+  void note_limited(std::size_t segment, double day);
   // Writes the volumes at the end of the step into new_volume_, from equations that stand in its middle: flows are
   // linear in time, so the change of volume there is its mean.
   void find_new_volumes(const Equations& equations, const State& state, double days);
@@ -57,6 +66,8 @@ private:
 
   std::vector<Exceedance> exceedances_; // not yet taken
   std::set<std::size_t> exceeded_;      // systems of all that were found
+  Limited limited_;
+  double limited_day_ = -1; // of the latest step that counts
 };
 
 // technique: the data set's number, where 0 is the first. Throws InputError for one that this engine does not offer.

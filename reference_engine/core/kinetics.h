@@ -35,6 +35,17 @@ const std::vector<ModelInfo>& known_models();
 // Throws InputError for a library that is not known.
 const ModelInfo& model_info(std::string_view library);
 
+// What each reaction of a model makes and takes.
+struct Stoichiometry {
+  std::size_t systems = 0;
+  std::vector<double> gains; // [reaction][system], g of the system for each g of the reaction's extent; below 0 a loss
+  // The same for losses of order 0: true where the reaction goes on, however little of the system there is.
+  std::vector<bool> never_fades;
+
+  std::size_t reactions() const { return systems > 0 ? gains.size() / systems : 0; }
+  double operator()(std::size_t reaction, std::size_t system) const { return gains[reaction * systems + system]; }
+};
+
 class Kinetics {
 public:
   virtual ~Kinetics() = default;
@@ -47,8 +58,20 @@ public:
   // Segments begin to end. concentration[s] and rate[s] point to the values of segment `begin`; rate in g/m3/day.
   virtual void rates(std::size_t begin, std::size_t end, const double* const* concentration,
                      double* const* rate) const = 0;
-  // The fastest first-order loss in each segment, 1/day.
+  // The same reaction by reaction, where what they take must be held to what is there. `extents` writes g/m3/day in one
+  // segment, from its concentrations by system; sums of gains times extents are the rates. Empty without reactions.
+  virtual Stoichiometry stoichiometry() const { return {}; }
+  virtual void extents(std::size_t /*segment*/, const double* /*concentration*/, double* /*extents*/) const {}
+
+  // The fastest first-order loss in each segment, 1/day, whatever the concentrations.
   virtual std::span<const double> decay() const = 0;
+  // Whether a system has losses that are not of first order, but of an order between 0 and 1, as a demand of oxygen
+  // has: the less there is, the faster it is gone. `relative_losses` then writes the largest loss of any system as a
+  // share of what is there, 1/day, in segments begin to end. Losses of order 0 are left out: no step is short enough
+  // for them.
+  virtual bool saturates() const { return false; }
+  virtual void relative_losses(std::size_t /*begin*/, std::size_t /*end*/, const double* const* /*concentration*/,
+                               double* /*losses*/) const {}
 
   // Whether the system can settle, and the velocity with which it does in each segment, m/day, share included.
   virtual bool settles(std::size_t system) const = 0;

@@ -1,5 +1,7 @@
 #include "core/mass_rates.h"
 
+#include "core/reaction_limit.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -8,13 +10,15 @@ namespace reference_engine {
 
 MassRates::MassRates(Equations& equations)
     : equations_(equations), count_(equations.problem().segments.size()), reacts_(equations.kinetics().reacts()),
-      start_volume_(count_), start_change_(count_), bend_(count_), volume_(count_), gain_(equations.gaining().size()) {
+      stoichiometry_(equations.kinetics().stoichiometry()), start_volume_(count_), start_change_(count_), bend_(count_),
+      volume_(count_), gain_(equations.gaining().size()) {
   for (const TransportClass& it : equations.classes()) {
     for (const std::size_t system : it.systems()) {
       simulated_.push_back(system);
       class_of_.push_back(&it);
     }
   }
+  find_what_runs_out();
   concentration_ = equations.problem().initial;
   rate_.assign(concentration_.size(), 0.0);
   shifted_ = concentration_;
@@ -37,6 +41,16 @@ MassRates::MassRates(Equations& equations)
   for (std::size_t place = 0; place < simulated_.size(); ++place)
     for (std::size_t i = 0; i < count_; ++i) add_column(place, i, [this](std::size_t, double) { ++nonzeros_; });
   nonzeros_ += accounts * simulated_.size();
+}
+
+void MassRates::find_what_runs_out() {
+  if (equations_.problem().negative_allowed) return;
+  for (const std::size_t system : simulated_) {
+    bool runs_out = false;
+    for (std::size_t p = 0; p < stoichiometry_.reactions(); ++p)
+      runs_out = runs_out || stoichiometry_.never_fades[p * stoichiometry_.systems + system];
+    if (runs_out) runs_out_.push_back(system);
+  }
 }
 
 void MassRates::start(const State& state, double* unknowns) {
@@ -138,6 +152,24 @@ void MassRates::find_reactions(const std::vector<double>& concentration, std::ve
     to[s] = &rate[s * count_];
   }
   equations_.kinetics().rates(0, count_, from, to);
+  if (!runs_out_.empty()) fade_reactions(concentration, rate);
+}
+
+// A loss of order 0 would go on below 0; it fades away in traces.
+void MassRates::fade_reactions(const std::vector<double>& concentration, std::vector<double>& rate) const {
+  constexpr double traces = 1e-4; // g/m3: far above the error of the method, far below what is measured
+  const std::size_t systems = stoichiometry_.systems;
+  std::vector<double> here(systems), rates(systems), extents(stoichiometry_.reactions());
+  for (std::size_t i = 0; i < count_; ++i) {
+    bool fades = false;
+    for (const std::size_t s : runs_out_) fades = fades || concentration[s * count_ + i] < traces;
+    if (!fades) continue;
+    for (std::size_t s = 0; s < systems; ++s) here[s] = concentration[s * count_ + i];
+    equations_.kinetics().extents(i, here.data(), extents.data());
+    fade_extents(stoichiometry_, here, traces, extents);
+    add_up(stoichiometry_, extents, rates);
+    for (std::size_t s = 0; s < systems; ++s) rate[s * count_ + i] = rates[s];
+  }
 }
 
 void MassRates::rates(double elapsed, const double* unknowns, double* rates) {

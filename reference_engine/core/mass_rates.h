@@ -60,9 +60,11 @@ private:
   std::size_t account(std::size_t place, Account which) const {
     return simulated_.size() * count_ + place * accounts + which;
   }
+  void find_what_runs_out();
   void sample_sources(std::size_t sample, double share_of_step, Balances& balances);
   void take(double elapsed, const double* unknowns);
   void find_reactions(const std::vector<double>& concentration, std::vector<double>& rate) const;
+  void fade_reactions(const std::vector<double>& concentration, std::vector<double>& rate) const;
   void find_reaction_slopes();
   void add_transport(const TransportClass& its_class, std::size_t system, double* rates);
   template <class Entry>
@@ -71,6 +73,8 @@ private:
   Equations& equations_;
   std::size_t count_; // segments
   bool reacts_;
+  Stoichiometry stoichiometry_;
+  std::vector<std::size_t> runs_out_;               // systems with losses of order 0
   std::vector<std::size_t> simulated_;              // systems, in order of their places in the vector
   std::vector<const TransportClass*> class_of_;     // by place
   std::vector<std::size_t> far_starts_, far_terms_; // far terms by source

@@ -34,6 +34,8 @@ enum {
 };
 enum { demand_parameter = 2, reaeration_parameter, settling_parameter, photosynthesis_parameter, salinity_parameter };
 enum { wind_function = 2, light_function = 3 };
+// Reactions, in the order of their extents.
+enum { nitrification, denitrification, oxidation, sediment_demand, reaeration, photosynthesis, reactions };
 enum { first_system_output = 21, last_system_output = 24, saturation_output, deficit_output, reaeration_output };
 
 // Share of its full rate at which a process runs that needs oxygen (Monod). A half-saturation of 0 asks for no oxygen.
@@ -41,6 +43,12 @@ double with_oxygen(double available, double half_saturation) {
   if (half_saturation <= 0) return 1;
   const double there = std::max(available, 0.0);
   return there / (half_saturation + there);
+}
+
+// The loss of oxygen by a process, as a share of what is there. `full` is what it takes at its full rate; a
+// half-saturation of 0 makes it a loss of order 0.
+double relative_loss(double full, double available, double half_saturation) {
+  return half_saturation > 0 ? full / (half_saturation + available) : 0.0;
 }
 
 // The same for a process that oxygen hinders; a half-saturation of 0 lets it run only without any.
@@ -176,6 +184,52 @@ void Oxygen::rates(std::size_t begin, std::size_t end, const double* const* conc
     rate[cbod][k] = -oxidised;
     rate[oxygen][k] = reaeration_[i] * (saturation_[i] - dissolved) + photosynthesis_[i] - oxidised -
                       oxygen_per_nitrogen_ * nitrified - taken_by_sediment;
+  }
+}
+
+Stoichiometry Oxygen::stoichiometry() const {
+  Stoichiometry result{
+      .systems = 4, .gains = std::vector<double>(reactions * 4), .never_fades = std::vector<bool>(reactions * 4)};
+  const auto gain = [&](std::size_t reaction, std::size_t system, double value, bool never_fades = false) {
+    result.gains[reaction * 4 + system] = value;
+    result.never_fades[reaction * 4 + system] = never_fades;
+  };
+  gain(nitrification, ammonium, -1);
+  gain(nitrification, nitrate, 1);
+  gain(nitrification, oxygen, -oxygen_per_nitrogen_, nitrification_.half_saturation <= 0);
+  gain(denitrification, nitrate, -1);
+  gain(oxidation, cbod, -1);
+  gain(oxidation, oxygen, -1, oxidation_.half_saturation <= 0);
+  gain(sediment_demand, oxygen, -1, demand_half_saturation_ <= 0);
+  gain(reaeration, oxygen, 1);
+  const bool respires = std::ranges::any_of(photosynthesis_20_, [](double rate) { return rate != 0; });
+  gain(photosynthesis, oxygen, 1, respires); // a net rate, which may be below 0
+  return result;
+}
+
+void Oxygen::extents(std::size_t segment, const double* concentration, double* extents) const {
+  const double dissolved = concentration[oxygen];
+  extents[nitrification] =
+      nitrification_.now[segment] * with_oxygen(dissolved, nitrification_.half_saturation) * concentration[ammonium];
+  extents[denitrification] = denitrification_.now[segment] *
+                             without_oxygen(dissolved, denitrification_.half_saturation) * concentration[nitrate];
+  extents[oxidation] =
+      oxidation_.now[segment] * with_oxygen(dissolved, oxidation_.half_saturation) * concentration[cbod];
+  extents[sediment_demand] = demand_[segment] * with_oxygen(dissolved, demand_half_saturation_);
+  extents[reaeration] = reaeration_[segment] * (saturation_[segment] - dissolved);
+  extents[photosynthesis] = photosynthesis_[segment];
+}
+
+// Losses other than those of oxygen are of first order.
+void Oxygen::relative_losses(std::size_t begin, std::size_t end, const double* const* concentration,
+                             double* losses) const {
+  for (std::size_t i = begin, k = 0; i < end; ++i, ++k) {
+    const double dissolved = std::max(concentration[oxygen][k], 0.0);
+    const double nitrified = nitrification_.now[i] * std::max(concentration[ammonium][k], 0.0);
+    const double oxidised = oxidation_.now[i] * std::max(concentration[cbod][k], 0.0);
+    losses[k] = reaeration_[i] + relative_loss(oxidised, dissolved, oxidation_.half_saturation) +
+                relative_loss(oxygen_per_nitrogen_ * nitrified, dissolved, nitrification_.half_saturation) +
+                relative_loss(demand_[i], dissolved, demand_half_saturation_);
   }
 }
 

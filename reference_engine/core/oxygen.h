@@ -23,7 +23,12 @@ public:
   bool reacts() const override { return true; }
   void rates(std::size_t begin, std::size_t end, const double* const* concentration,
              double* const* rate) const override;
+  Stoichiometry stoichiometry() const override;
+  void extents(std::size_t segment, const double* concentration, double* extents) const override;
   std::span<const double> decay() const override { return decay_; }
+  bool saturates() const override { return true; }
+  void relative_losses(std::size_t begin, std::size_t end, const double* const* concentration,
+                       double* losses) const override;
   bool settles(std::size_t system) const override;
   std::span<const double> settling_velocity(std::size_t) const override { return settling_; }
   std::span<const double> temperature() const override { return temperature_.values(); }

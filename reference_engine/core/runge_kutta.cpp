@@ -19,14 +19,19 @@ constexpr std::array<Stage, 4> tableau = {{{0, 1.0 / 6}, {0.5, 1.0 / 3}, {0.5, 1
 StepLimit RungeKutta::limit(Equations& equations, const State& state, double days) {
   equations.move_to(state.day + days);
   equations.set_volumes(state.volume);
-  const StepLimit at_end = equations.limit();
+  StepLimit limit = equations.limit(state);
   equations.move_to(state.day); // last, as the first stage needs it
   equations.set_volumes(state.volume);
-  return at_end.days < equations.limit().days ? at_end : equations.limit();
+  const StepLimit at_begin = equations.limit(state);
+  if (at_begin.days < limit.days) limit.days = at_begin.days, limit.segment = at_begin.segment;
+  if (at_begin.saturated_days < limit.saturated_days)
+    limit.saturated_days = at_begin.saturated_days, limit.saturated_segment = at_begin.saturated_segment;
+  return limit;
 }
 
 void RungeKutta::step(Equations& equations, State& state, double days, Balances& balances) {
   prepare(equations, state);
+  const Balances before = balances;
   stage_volume_ = state.volume;
   for (std::size_t k = 0; k < tableau.size(); ++k) {
     const double to_next = k + 1 < tableau.size() ? tableau[k + 1].moment : 0.0; // the last has none
@@ -36,6 +41,10 @@ void RungeKutta::step(Equations& equations, State& state, double days, Balances&
     stage(equations, state, tableau[k].weight, to_next, days, balances);
     now_.swap(next_);
     stage_volume_.swap(next_volume_);
+  }
+  if (!equations.problem().negative_allowed && falls_below_zero(equations, state, days)) {
+    balances = before;
+    return Euler::step(equations, state, days, balances);
   }
   const std::size_t count = state.volume.size();
   for (const TransportClass& it : equations.classes()) {
@@ -49,6 +58,18 @@ void RungeKutta::step(Equations& equations, State& state, double days, Balances&
   }
   state.volume.swap(new_volume_);
   state.day += days;
+}
+
+bool RungeKutta::falls_below_zero(const Equations& equations, const State& state, double days) const {
+  const std::size_t count = state.volume.size();
+  for (const TransportClass& it : equations.classes()) {
+    for (const std::size_t system : it.systems()) {
+      const auto values = state.of(system);
+      for (std::size_t i = 0; i < count; ++i)
+        if (state.volume[i] * values[i] + days * sum_[system * count + i] < 0) return true;
+    }
+  }
+  return false;
 }
 
 void RungeKutta::prepare(const Equations& equations, const State& state) {

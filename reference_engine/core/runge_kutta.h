@@ -2,13 +2,14 @@
 #ifndef REFERENCE_ENGINE_CORE_RUNGE_KUTTA_H
 #define REFERENCE_ENGINE_CORE_RUNGE_KUTTA_H
 
-#include "core/integrator.h"
+#include "core/euler.h"
 
 #include <vector>
 
 namespace reference_engine {
 
-class RungeKutta : public Integrator {
+// A step that would take a concentration below 0 is Euler's instead, which holds reactions to what is there.
+class RungeKutta : public Euler {
 public:
   StepLimit limit(Equations& equations, const State& state, double days) override;
   void step(Equations& equations, State& state, double days, Balances& balances) override;
@@ -18,6 +19,7 @@ private:
   using Padded = std::vector<double>;
 
   void prepare(const Equations& equations, const State& state);
+  bool falls_below_zero(const Equations& equations, const State& state, double days) const; // after all stages
   double* of(Padded& values, std::size_t system) const { return &values[system * stride_ + 1]; }
   void stage(const Equations& equations, const State& state, double weight, double to_next, double days,
              Balances& balances);

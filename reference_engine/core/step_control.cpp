@@ -28,24 +28,33 @@ double StepRules::given(double now) const {
   return next == steps.begin() ? next->second : std::prev(next)->second;
 }
 
-double choose_step(const StepRules& rules, const StepLimit& limit, const Problem& problem, double now,
-                   double remaining) {
-  double step = rules.given(now);
+StepChoice choose_step(const StepRules& rules, const StepLimit& limit, const Problem& problem, double now,
+                       double remaining) {
+  constexpr double second = 1 / seconds_per_day;
+  StepChoice choice{rules.given(now)};
+  const auto shorten = [&](double days, StepBound bound, std::size_t segment) {
+    if (days < choice.days) choice = {days, bound, segment};
+  };
   const auto where = [&] { return numbered(problem.segments[limit.segment], limit.segment); };
   if (rules.automatic) {
     const double allowed = rules.fraction * limit.days;
     if (allowed < rules.smallest)
       throw RunError(text("The stable time step in segment ", where(), " is ", allowed,
                           " days, below the minimum time step of ", rules.smallest, " days."));
-    step = std::min({step, rules.largest, allowed});
+    shorten(rules.largest, StepBound::largest, 0);
+    shorten(allowed, StepBound::transport, limit.segment);
+    shorten(std::max({rules.fraction * limit.saturated_days, rules.smallest, second}), StepBound::reactions,
+            limit.saturated_segment);
   }
   constexpr double rounding = 1e-6; // given steps have single precision: what they miss is not a step of its own
-  const double even = remaining / std::max(1.0, std::ceil(remaining / step * (1 - rounding)));
-  if (even < same_moment) throw RunError(text("At day ", now, " the next step is too short to go on."));
-  if (!rules.automatic && even > limit.days)
-    throw RunError(text("The time step of ", even, " days is longer than segment ", where(), " allows, which is ",
-                        limit.days, " days."));
-  return even;
+  const double parts = std::max(1.0, std::ceil(remaining / choice.days * (1 - rounding)));
+  if (parts <= 1 && remaining < choice.days * (1 - rounding)) choice.bound = StepBound::event;
+  choice.days = remaining / parts;
+  if (choice.days < same_moment) throw RunError(text("At day ", now, " the next step is too short to go on."));
+  if (!rules.automatic && choice.days > limit.days)
+    throw RunError(text("The time step of ", choice.days, " days is longer than segment ", where(),
+                        " allows, which is ", limit.days, " days."));
+  return choice;
 }
 
 } // namespace reference_engine

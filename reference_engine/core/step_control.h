@@ -20,10 +20,20 @@ struct StepRules {
   double given(double now) const;
 };
 
+// What keeps a step from being longer.
+enum class StepBound { given, largest, transport, reactions, event };
+
+struct StepChoice {
+  double days = 0;
+  StepBound bound = StepBound::given;
+  std::size_t segment = 0; // for the bounds `transport` and `reactions`
+};
+
 // A step from `now` that divides the time to the next event, `remaining`, into equal parts. Throws RunError, naming the
-// segment, where the limit leaves no step that the rules allow.
-double choose_step(const StepRules& rules, const StepLimit& limit, const Problem& problem, double now,
-                   double remaining);
+// segment, where transport and first-order losses leave no step that the rules allow. Losses that saturate shorten an
+// automatic step as far as the smallest allowed, or a second, and never refuse one: integrators limit them.
+StepChoice choose_step(const StepRules& rules, const StepLimit& limit, const Problem& problem, double now,
+                       double remaining);
 
 } // namespace reference_engine
 

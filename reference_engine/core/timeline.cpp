@@ -61,7 +61,7 @@ Timeline::Event Timeline::next(double day, double next_change) {
   Event event;
   const auto pass = [&](double point, double other) { event.straight = event.straight && on(point, other); };
   for (; ahead_ < points_.size() && points_[ahead_] < day + apart(day); ++ahead_) {
-    pass(points_[ahead_], day);
+    if (points_[ahead_] > day) pass(points_[ahead_], day);
     if (!on(points_[ahead_], day)) ++merged_;
   }
   const double print = prints_.next(day), fixed = std::min({print, next_change, end_});

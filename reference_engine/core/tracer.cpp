@@ -40,6 +40,10 @@ void Tracer::rates(std::size_t begin, std::size_t end, const double* const* conc
   for (std::size_t i = 0; i < end - begin; ++i) rate[decaying][i] = -decay_[begin + i] * concentration[decaying][i];
 }
 
+void Tracer::extents(std::size_t segment, const double* concentration, double* extents) const {
+  *extents = decay_[segment] * concentration[decaying];
+}
+
 // Solids are particles, whatever the share that the data set calls dissolved: all of them settle.
 bool Tracer::settles(std::size_t system) const {
   return system == solids && std::any_of(settling_.begin(), settling_.end(), [](double v) { return v > 0; });

@@ -20,6 +20,8 @@ public:
   bool reacts() const override { return decay_rate_ > 0; }
   void rates(std::size_t begin, std::size_t end, const double* const* concentration,
              double* const* rate) const override;
+  Stoichiometry stoichiometry() const override { return {3, {0, -1, 0}, {false, false, false}}; }
+  void extents(std::size_t segment, const double* concentration, double* extents) const override;
   std::span<const double> decay() const override { return decay_; }
   bool settles(std::size_t system) const override;
   std::span<const double> settling_velocity(std::size_t) const override { return settling_; }

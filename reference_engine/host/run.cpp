@@ -8,6 +8,7 @@
 #include "host/read_series.h"
 #include "host/results_grid.h"
 #include "host/run_input.h"
+#include "host/run_report.h"
 #include "script/restart_file.h"
 
 #include <algorithm>
@@ -23,6 +24,8 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
+enum StatusCode : std::int32_t { finished, reading, running };
+
 const char* technique_name(int technique) {
   switch (static_cast<Technique>(technique)) {
   case Technique::runge_kutta_4: return "explicit Runge-Kutta of order 4";
@@ -37,7 +40,7 @@ public:
       : host_(host), input_(input), library_(library), equations_(input.problem, library), state_(input.problem),
         integrator_(make_integrator(input.technique)), balances_(state_),
         timeline_(input.days, PrintTimes(input.print_intervals), std::move(input.points), input.rules.smallest),
-        grid_(host, input.problem), values_(state_.volume.size()),
+        grid_(host, input.problem), values_(state_.volume.size()), report_(input.problem),
         linked_until_(input.hydro ? 0 : std::numeric_limits<double>::infinity()) {
     host_.stop_if_cancelled(); // the network of a large model takes a while
     open_results();
@@ -60,12 +63,17 @@ public:
         show_progress();
       }
     }
+    balances_.close(state_);
     publish();
     if (timeline_.merged() > 0)
       host_.info(
           text(timeline_.merged(), " times of series points lie closer to another event than the minimum time step of ",
                input_.rules.smallest, " days, or than single precision tells apart, and count with that event."));
-    host_.info(closing_line());
+    if (integrator_->limited().steps > 0) host_.info(report_.limitation(integrator_->limited()));
+    report_balances();
+    const std::chrono::duration<double> wall = Clock::now() - began_;
+    host_.info(text("Finished in ", report_.steps(), " steps and ", rounded(wall.count(), 3), " s; ",
+                    report_.step_summary(), "."));
   }
 
 private:
@@ -103,26 +111,25 @@ private:
 
   void advance() {
     const double remaining = event_.day - state_.day;
-    const double step = find_step(remaining);
-    integrator_->step(equations_, state_, step, balances_);
-    if (step >= remaining) state_.day = event_.day;
-    ++steps_;
+    const StepChoice step = find_step(remaining);
+    integrator_->step(equations_, state_, step.days, balances_);
+    if (step.days >= remaining) state_.day = event_.day;
+    report_.note(step);
     warn_of_exceedances();
     warn_of_temperature();
   }
 
   // The limit depends on the flows that a step meets, and so on its length: the last step's limit is the first guess.
-  double find_step(double remaining) {
+  StepChoice find_step(double remaining) {
     const auto choose = [&](const StepLimit& limit) {
       return choose_step(input_.rules, limit, input_.problem, state_.day, remaining);
     };
-    constexpr StepLimit unlimited{std::numeric_limits<double>::infinity(), 0};
-    double step = input_.rules.automatic ? choose(limit_) : choose(unlimited);
+    constexpr double infinite = std::numeric_limits<double>::infinity();
+    StepChoice step = choose(input_.rules.automatic ? limit_ : StepLimit{infinite, 0, infinite, 0});
     for (;;) {
-      limit_ = integrator_->limit(equations_, state_, step);
-      const double allowed = choose(limit_);
-      if (equations_.limit().days < shortest_.days) shortest_ = equations_.limit();
-      if (allowed >= step * (1 - 1e-9)) return step;
+      limit_ = integrator_->limit(equations_, state_, step.days);
+      const StepChoice allowed = choose(limit_);
+      if (allowed.days >= step.days * (1 - 1e-9)) return step;
       step = allowed;
     }
   }
@@ -176,8 +183,8 @@ private:
     grid_.show(state_);
     shown_at_ = Clock::now();
     if (input_.debug > 1)
-      host_.info(text("Day ", state_.day, ": ", steps_, " steps, limit ", equations_.limit().days, " days in segment ",
-                      numbered(input_.problem.segments[equations_.limit().segment], equations_.limit().segment), "."));
+      host_.info(text("Day ", state_.day, ": ", report_.steps(), " steps, limit ", limit_.days, " days in segment ",
+                      numbered(input_.problem.segments[limit_.segment], limit_.segment), "."));
   }
 
   // Told only when it changes: the front end works out the time remaining from each.
@@ -194,27 +201,22 @@ private:
     std::optional<RestartFile> restart;
     if (input_.writes_restart)
       restart.emplace(input_.base, state_, input_.volume_factor, input_.start.after(state_.day));
+    for (const auto& [name, line] : notes_of(report_, input_.problem, balances_, input_.hydro != nullptr))
+      for (const Writer& writer : writers_) writer.results->annotate(name, line);
     for (const Writer& writer : writers_) writer.results->publish();
     if (restart) restart->publish();
   }
 
-  std::string closing_line() {
-    const std::chrono::duration<double> wall = Clock::now() - began_;
-    std::string line = text("Finished in ", steps_, " steps and ", rounded(wall.count(), 3), " s; largest stable step ",
-                            std::isfinite(shortest_.days)
-                                ? text(rounded(shortest_.days, 4), " days in segment ",
-                                       numbered(input_.problem.segments[shortest_.segment], shortest_.segment))
-                                : std::string("without limit"));
-    balances_.close(state_);
-    if (input_.problem.balance_system < 0) return line + "; no system is chosen for the mass balance.";
-    const auto system = static_cast<std::size_t>(input_.problem.balance_system);
-    const MassBalance& balance = balances_.systems[system];
-    const auto kilograms = [](double grams) { return rounded(grams / grams_per_kilogram, 5); };
-    line += text("; ", input_.problem.systems[system].name, " in kg: inflow ", kilograms(balance.moved.inflow),
-                 ", outflow ", kilograms(balance.moved.outflow), ", loads ", kilograms(balance.moved.loads),
-                 ", reacted ", kilograms(balance.moved.reacted), ", stored ", kilograms(balance.stored()));
-    if (balance.clipped > 0) line += text(", raised to 0 ", kilograms(balance.clipped));
-    return line + text(", relative error ", rounded(balance.relative_error(), 2), ".");
+  // The log has all systems, the list of messages the one that is chosen.
+  void report_balances() {
+    const int chosen = input_.problem.balance_system;
+    for (const auto& [name, line] : notes_of(report_, input_.problem, balances_, input_.hydro != nullptr))
+      host_.status(line, running);
+    if (chosen >= 0) {
+      const auto system = static_cast<std::size_t>(chosen);
+      host_.info(report_.mass_balance(system, balances_.systems[system]));
+    }
+    host_.info(report_.water_balance(balances_.water, input_.hydro != nullptr));
   }
 
   struct Writer {
@@ -236,24 +238,23 @@ private:
   Timeline::Event event_;      // at the end of the interval that is being solved
   double sampled_ = 0;         // the latest day that the front end was asked for
   StepLimit limit_;            // of the latest step
-  long long steps_ = 0;
+  RunReport report_;
   std::int32_t percent_ = 0;
   double linked_until_; // days: when the hydrodynamic file has other flows
   bool temperature_reported_ = false, mismatch_reported_ = false;
-  StepLimit shortest_{std::numeric_limits<double>::infinity(), 0};
   Clock::time_point began_ = Clock::now(), shown_at_ = began_;
 };
 
 } // namespace
 
 void run_model(Host& host, std::string_view library) {
-  host.status("Reading the data set", 1);
+  host.status("Reading the data set", reading);
   RunInput input;
   read_run_input(host, library, input);
-  host.status("Running", 2);
+  host.status("Running", running);
   Run(host, input, library).go();
   host.put("PROGRESS", 100);
-  host.status("Finished", 0);
+  host.status("Finished", finished);
 }
 
 } // namespace reference_engine

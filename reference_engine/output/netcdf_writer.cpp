@@ -59,6 +59,12 @@ public:
     check(nc_put_vara_float(id_, variables_[variable], start, count, values_.data()));
   }
 
+  void annotate(const std::string& name, const std::string& value) override {
+    check(nc_redef(id_));
+    attribute(NC_GLOBAL, name.c_str(), value);
+    check(nc_enddef(id_));
+  }
+
   void publish() override {
     open_ = false;
     check(nc_close(id_));
@@ -112,7 +118,9 @@ private:
     attribute(NC_GLOBAL, "history", now() + " written by the bundled engine of Vesk");
     int old_fill = 0;
     check(nc_set_fill(id_, NC_NOFILL, &old_fill)); // every value is written
-    check(nc_enddef(id_));
+    // Room in the header for what is added at the end, so that nothing has to be moved then.
+    constexpr std::size_t alignment = 4;
+    check(nc__enddef(id_, notes_size, alignment, 0, alignment));
     std::string letters;
     for (std::string name : run.segments) {
       name.resize(longest, '\0');

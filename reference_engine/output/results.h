@@ -34,7 +34,11 @@ public:
   virtual void begin_time(double days) = 0;
   // values: one a segment; not-a-number where there is none.
   virtual void write(std::size_t variable, std::span<const double> values) = 0;
+  // Adds a text about the whole run, where the form has a place for it. At most `notes_size` bytes with the names.
+  virtual void annotate(const std::string& /*name*/, const std::string& /*text*/) {}
   virtual void publish() = 0;
+
+  static constexpr std::size_t notes_size = std::size_t{1} << 16;
 };
 
 // `base` with ".nc" added.

@@ -173,7 +173,7 @@ bool FakeHost::serve_special(bool get, const std::string& keyword, void* const* 
   else if (keyword == "FINDBOUND")
     bound_found = true;
   else if (keyword == "STATUS")
-    return true;
+    statuses.emplace_back(static_cast<char*>(arguments[0]));
   else if (keyword == "DAYS")
     evaluate(real(arguments[0]));
   else if (get && keyword == "ALLBRKTF")

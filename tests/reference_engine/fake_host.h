@@ -23,7 +23,7 @@ public:
   double number(const std::string& key) const; // "VOLUME 3"
   std::string text(const std::string& key) const;
 
-  std::vector<std::string> infos, warnings, failures, wrong_calls;
+  std::vector<std::string> infos, statuses, warnings, failures, wrong_calls;
   int return_code = -1, last_progress = -1, grid_updates = 0, hydro_file_puts = 0;
   int cancel_at_poll = -1; // answer this CANCEL with 1, and all that follow; -1 never
   int cancel_polls = 0;

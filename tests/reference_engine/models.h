@@ -4,6 +4,7 @@
 
 #include "core/equations.h"
 #include "core/integrator.h"
+#include "core/step_control.h"
 
 #include <cmath>
 #include <memory>
@@ -73,6 +74,23 @@ struct Model {
   // With the forcing as it is.
   State run(int technique, double days, int steps) {
     return run(technique, {0, days}, steps, [](double) {});
+  }
+
+  // With the forcing as it is, by steps that the rules allow.
+  State run(int technique, double days, const StepRules& rules) {
+    Equations equations(problem, library);
+    State state(problem);
+    Balances balances(state);
+    const std::unique_ptr<Integrator> integrator = make_integrator(technique);
+    equations.forcing().hold(forcing);
+    while (state.day < days) {
+      const StepLimit limit = integrator->limit(equations, state, 0);
+      integrator->step(equations, state, choose_step(rules, limit, problem, state.day, days - state.day).days,
+                       balances);
+    }
+    balances.close(state);
+    all_balances = balances;
+    return state;
   }
 
   // From event to event, each time in so many steps; fill(day) sets the forcing, which is linear between two events.

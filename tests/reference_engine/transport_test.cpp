@@ -244,8 +244,8 @@ TEST(Transport, FlowsBetweenTheSameSegmentsAreNettedOnRequest) {
     it->move_to(0);
     it->set_volumes(state.volume);
   }
-  EXPECT_NEAR(net.limit().days, 1.0, 1e-6);
-  EXPECT_NEAR(gross.limit().days, 1.0 / 3, 1e-6);
+  EXPECT_NEAR(net.limit(state).days, 1.0, 1e-6);
+  EXPECT_NEAR(gross.limit(state).days, 1.0 / 3, 1e-6);
 }
 
 TEST(Transport, BalanceOfOneSystemClosesAndTellsWhereMassWent) {

@@ -1,0 +1,26 @@
+// Holds reactions to what is there. A reaction that runs short of one partner takes less of all: so no mass comes from
+// nothing, and what is oxidised and the oxygen that it takes keep their proportion.
+#ifndef REFERENCE_ENGINE_CORE_REACTION_LIMIT_H
+#define REFERENCE_ENGINE_CORE_REACTION_LIMIT_H
+
+#include "core/kinetics.h"
+
+#include <span>
+
+namespace reference_engine {
+
+// Reduces extents until no system ends below 0: amounts[s] + sum of gains times extents >= 0, up to rounding. Extents
+// are amounts here, g/m3 over a step. An amount below 0 cannot be mended; it is left to be taken no further.
+void limit_extents(const Stoichiometry& stoichiometry, std::span<const double> amounts, std::span<double> extents);
+
+// For methods that solve for the end of a step: lets losses of order 0 fade where the system is nearly gone, in
+// proportion to what is left below `traces`, g/m3, and all partners of that reaction with them.
+void fade_extents(const Stoichiometry& stoichiometry, std::span<const double> concentration, double traces,
+                  std::span<double> extents);
+
+// rates[s] = sum of gains times extents.
+void add_up(const Stoichiometry& stoichiometry, std::span<const double> extents, std::span<double> rates);
+
+} // namespace reference_engine
+
+#endif
