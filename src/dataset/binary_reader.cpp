@@ -9,7 +9,9 @@ namespace vesk {
 namespace {
 constexpr std::size_t buffer_size = std::size_t{256} << 10;
 constexpr std::size_t least_ahead = std::size_t{4} << 10; // what follows an array is mostly the next record's head
+constexpr std::size_t head_ahead = 256;                   // where that array was left to another thread
 constexpr std::size_t long_array = std::size_t{16} << 10; // from here on a call to the system beats a second copy
+constexpr std::size_t large_file = std::size_t{16} << 20; // from here on a second thread saves time
 static_assert(binary_reader::longest_piece <= buffer_size);
 } // namespace
 
@@ -25,7 +27,9 @@ std::string byte_count(std::uint64_t count) {
 
 binary_reader::binary_reader(int descriptor, std::string name)
     : name_(std::move(name)), descriptor_(descriptor), size_(size_of_regular_file(descriptor)), beyond_(size_),
-      buffer_(new char[buffer_size]), next_(buffer_.get()), end_(buffer_.get()), ahead_(least_ahead) {}
+      buffer_(new char[buffer_size]), next_(buffer_.get()), end_(buffer_.get()), ahead_(least_ahead) {
+  if (size_ >= large_file) long_arrays_.emplace(descriptor, name_);
+}
 
 binary_reader::binary_reader(std::string_view bytes, std::string name)
     : name_(std::move(name)), size_(bytes.size()), next_(bytes.data()), end_(bytes.data() + bytes.size()), ahead_(0) {}
@@ -82,6 +86,23 @@ void binary_reader::copy(void* to, std::size_t size) {
       fetch(1, "content");
     }
   }
+}
+
+void binary_reader::copy_array(void* to, std::size_t size) {
+  const std::size_t ready = at_hand();
+  if (!long_arrays_ || size < ready + long_array) return copy(to, size);
+  copy(to, ready);
+  long_arrays_->read(static_cast<char*>(to) + ready, size - ready, size_ - beyond_);
+  beyond_ -= size - ready;
+  ahead_ = head_ahead;
+}
+
+void binary_reader::finish() {
+  if (long_arrays_) long_arrays_->finish();
+}
+
+void binary_reader::drop() {
+  if (long_arrays_) long_arrays_->drop();
 }
 
 void binary_reader::skip(std::uint64_t size) {

@@ -5,10 +5,13 @@
 // memory is taken for it.
 #pragma once
 
+#include "platform/shared_reading.h"
+
 #include <bit>
 #include <cstdint>
 #include <cstring>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -86,6 +89,16 @@ public:
   // The next `size` bytes, which must be there, to `to`.
   void copy(void* to, std::size_t size);
 
+  // The same, now or later: in a large file a second thread shares in the work, and `to` must stay until `finish`,
+  // `drop` or the end of this object.
+  void copy_array(void* to, std::size_t size);
+
+  // Returns when all arrays have come. Throws file_exception.
+  void finish();
+
+  // Returns when nothing is written any more, whatever has come.
+  void drop();
+
   // Passes over `size` bytes, which must be there.
   void skip(std::uint64_t size);
 
@@ -108,6 +121,7 @@ private:
   const char* end_ = nullptr;
   std::size_t ahead_; // how much the next fetch reads: more and more, until an array goes past the buffer
   file_section section_;
+  std::optional<shared_reading> long_arrays_; // of a large file
 };
 
 } // namespace vesk

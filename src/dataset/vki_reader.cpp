@@ -124,7 +124,7 @@ public:
   void field(const char* name, shared_array<T>& array) {
     const std::uint32_t size = count(name, sizeof(T));
     array = shared_array<T>::uninitialized(*arena_, size);
-    if (size > 0) file_.copy(array.edit_data(), size * sizeof(T));
+    if (size > 0) file_.copy_array(array.edit_data(), size * sizeof(T));
   }
 
   template <class Record>
@@ -237,6 +237,11 @@ vki_facts read_vki(binary_reader& file, prevesk_dataset_data_type& data) {
   vki_facts facts;
   data.file_version = facts.version = read_version(file);
   vki_reader reader(file, facts);
+  // However this ends, no thread may write into arrays that the caller then frees.
+  struct last_write {
+    binary_reader& file;
+    ~last_write() { file.drop(); }
+  } const last_write{file};
   try {
     layout<prevesk_dataset_data_type>::fields(reader, data);
   } catch (const data_file_exception&) {
@@ -244,6 +249,7 @@ vki_facts read_vki(binary_reader& file, prevesk_dataset_data_type& data) {
     // A newer version need not end where this one does: what has come is kept.
   }
   reader.note_section();
+  file.finish();
   return facts;
 }
 

@@ -8,6 +8,8 @@ namespace vesk {
 namespace {
 constexpr std::size_t large_page = std::size_t{2} << 20;
 constexpr std::size_t smallest_returned = std::size_t{64} << 10; // below this a system call costs more than it gives
+// A call for each array would break up large pages: a seventh of the time of reading a data file and dropping it.
+constexpr std::size_t returned_at_once = 2 * large_page;
 
 std::size_t round_up(std::size_t n, std::size_t unit) {
   return (n + unit - 1) / unit * unit;
@@ -44,11 +46,29 @@ void memory_arena::release() {
 }
 
 void memory_arena::release(void* begin, std::size_t bytes) {
-  const auto first = round_up(reinterpret_cast<std::uintptr_t>(begin), page_size);
-  const auto last = (reinterpret_cast<std::uintptr_t>(begin) + bytes) / page_size * page_size;
-  if (last > first && last - first >= smallest_returned && users_.load(std::memory_order_relaxed) > 1)
-    madvise(reinterpret_cast<void*>(first), last - first, MADV_DONTNEED);
+  const auto first = reinterpret_cast<std::uintptr_t>(begin);
+  if (users_.load(std::memory_order_relaxed) > 1) note_released({first, first + round_up(bytes, 16)});
   release();
+}
+
+void memory_arena::note_released(range memory) {
+  const std::lock_guard lock(mutex_);
+  if (memory.first == released_.last) {
+    released_.last = memory.last;
+  } else if (memory.last == released_.first) {
+    released_.first = memory.first;
+  } else {
+    give_back(released_, smallest_returned);
+    released_ = memory;
+  }
+  if (give_back(released_, returned_at_once)) released_.first = released_.last;
+}
+
+bool memory_arena::give_back(range memory, std::size_t least) {
+  const std::size_t first = round_up(memory.first, page_size), last = memory.last / page_size * page_size;
+  if (last < first + least) return false;
+  madvise(reinterpret_cast<void*>(first), last - first, MADV_DONTNEED);
+  return true;
 }
 
 } // namespace vesk

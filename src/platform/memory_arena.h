@@ -8,6 +8,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <mutex>
 
 namespace vesk {
 
@@ -32,16 +33,26 @@ public:
   // One user less; the last one frees the arena. Any thread.
   void release();
 
-  // One user less, whose memory is [begin, begin + bytes): whole pages in it go back to the system at once.
+  // One user less, whose memory is [begin, begin + bytes). It goes back to the system together with its neighbours:
+  // when 4 MiB in one piece are free, or memory elsewhere becomes free. Any thread.
   void release(void* begin, std::size_t bytes);
 
 private:
+  struct range {
+    std::uintptr_t first = 0, last = 0; // addresses, the last one excluded
+  };
+
+  void note_released(range memory);
+  static bool give_back(range memory, std::size_t least);
+
   explicit memory_arena(std::size_t bytes) : bytes_(bytes) {}
   ~memory_arena() = default;
 
   std::atomic<std::uint64_t> users_{1};
   const std::size_t bytes_; // of the whole reservation, this header's page included
   std::size_t next_ = page_size;
+  std::mutex mutex_;
+  range released_; // guarded by mutex_; not yet given back
 };
 
 } // namespace vesk

@@ -3,11 +3,14 @@
 #include "dataset/shared_array.h"
 #include "dataset/shared_list.h"
 
+#include <algorithm>
 #include <functional>
 #include <gtest/gtest.h>
 #include <memory>
 #include <new>
+#include <sys/mman.h>
 #include <thread>
+#include <vector>
 
 namespace vesk {
 namespace {
@@ -160,6 +163,33 @@ TEST(SharedArray, LivesInItsArenaUntilItGrowsOutOfIt) {
   EXPECT_EQ(print(small), "1 1 1 4");
   EXPECT_EQ(print(copy), "1 1 1");
   EXPECT_EQ(too_large.back(), 2);
+}
+
+// In which order arrays go, and whether their neighbours stay: their pages do not.
+TEST(SharedArray, MemoryOfAnArenaGoesBackWithItsArrays) {
+  constexpr std::size_t count = 200, numbers = 50000; // 200 kB each
+  memory_arena* arena = memory_arena::create(count * numbers * sizeof(int) + (1 << 20));
+  const auto resident_megabytes = [&] {
+    std::vector<unsigned char> pages(count * numbers * sizeof(int) / memory_arena::page_size);
+    EXPECT_EQ(mincore(static_cast<void*>(arena), pages.size() * memory_arena::page_size, pages.data()), 0);
+    const auto resident = std::count_if(pages.begin(), pages.end(), [](unsigned char page) { return (page & 1) != 0; });
+    return static_cast<std::size_t>(resident) * memory_arena::page_size / 1000000;
+  };
+  std::vector<shared_array<int>> arrays;
+  for (std::size_t i = 0; i < count; ++i) {
+    arrays.push_back(shared_array<int>::uninitialized(*arena, numbers));
+    std::fill_n(arrays.back().edit_data(), numbers, static_cast<int>(i));
+  }
+  EXPECT_GE(resident_megabytes(), 39u);
+  for (std::size_t i = 0; i < count / 2; i += 2) arrays[i].clear(); // every second one of the first half
+  EXPECT_LE(resident_megabytes(), 31u);
+  for (std::size_t i = count; i-- > count / 2;) arrays[i].clear(); // the second half, backwards
+  EXPECT_LE(resident_megabytes(), 15u);
+  for (std::size_t i = 1; i < count / 2; i += 2) {
+    EXPECT_EQ(arrays[i].front(), static_cast<int>(i));
+    EXPECT_EQ(arrays[i].back(), static_cast<int>(i));
+  }
+  arena->release();
 }
 
 TEST(SegmentItems, NumbersStaySharedWhileOnlyValuesChange) {

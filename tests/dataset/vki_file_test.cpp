@@ -111,6 +111,42 @@ TEST(VkiFile, WhatCannotBeOpenedIsToldApartFromADamagedFile) {
   EXPECT_THROW(read_data_file(folder.file("empty.vki"), data), data_file_exception);
 }
 
+// Large enough for a second thread that reads some of the arrays, and parts of the longest one.
+TEST(VkiFile, ALargeFileThatTwoThreadsReadIsEqualOrRefused) {
+  const temporary_folder folder;
+  const std::string name = folder.file("large.vki");
+  prevesk_dataset_data_type data = long_data_set();
+  for (std::uint32_t k = 0; k < 120; ++k) {
+    time_function_data_type function = sample_time_function(k);
+    const std::size_t length = k == 60 ? 400000 : 1000 + 137 * k;
+    for (std::size_t i = 0; i < length; ++i)
+      function.points.push_back({{static_cast<std::int32_t>(i), 7}, static_cast<double>(i) + k * 1e6});
+    data.time_functions.push_back(function);
+  }
+  save_data_file(name, data);
+  const auto size = std::filesystem::file_size(name);
+  for (int repeated = 0; repeated < 10; ++repeated) { // the threads share the work anew each time
+    prevesk_dataset_data_type back;
+    read_data_file(name, back);
+    ASSERT_EQ(back, data);
+  }
+
+  std::filesystem::resize_file(name, size - 10);
+  prevesk_dataset_data_type refused;
+  EXPECT_THROW(read_data_file(name, refused), data_file_exception);
+
+  save_data_file(name, data);
+  prevesk_dataset_data_type cut;
+  data_file opened(name);
+  std::filesystem::resize_file(name, size / 2); // while it is read
+  try {
+    cut.read(opened.reader());
+    ADD_FAILURE() << "half a file was read";
+  } catch (const file_exception& error) {
+    EXPECT_EQ(error.what(), "Cannot read " + name + ": it was cut while it was read.");
+  }
+}
+
 TEST(VkiFile, AFullDiskLeavesTheOldFileAndNothingElse) {
   const temporary_folder folder;
   folder.write("river.vki", "the old one");
