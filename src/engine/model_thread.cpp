@@ -1,7 +1,6 @@
 #include "engine/model_thread.h"
 
 #include "engine/engine_watch.h"
-#include "platform/millisecond_clock.h"
 #include "shell/callback.h"
 
 #include <cxxabi.h>
@@ -32,7 +31,6 @@ void model_thread::set_file_name(std::string_view name) {
 
 void model_thread::Execute() {
   winvesk_thread::Execute();
-  const millisecond_clock ticks;
   const engine_job_scope serving(*this);
   data_set_.apply_thread_defaults();
   try {
@@ -42,6 +40,7 @@ void model_thread::Execute() {
   } catch (...) {
     fail("The engine failed with an exception of an unknown kind.");
   }
+  shell_.log_metrics();
   if (grid_was_taken_back_) clear_grid_data(); // repaints it
 }
 

@@ -1,5 +1,6 @@
 #include "shell/bulk_service.h"
 
+#include "platform/millisecond_timer.h"
 #include "shell/bulk_reference.h"
 #include "shell/bulk_series.h"
 #include "shell/bulk_table.h"
@@ -87,13 +88,12 @@ void bulk_service::update(engine_job& job, float days) {
   if (fast_ && !fast_->reach(t)) series_changing(data);
 
   const registered_arrays& arrays = job.arrays();
-  std::uint32_t mark = millisecond_clock::now();
+  const bool timed = job.has_log();
   for (std::size_t s = 0; s < bulk_stage_count; ++s) {
     float* const array = arrays.*stages[s].array;
     if (!array) continue;
+    const millisecond_timer timer(timed ? &milliseconds_[s] : nullptr);
     update_one(data, static_cast<bulk_stage>(s), t, array);
-    const std::uint32_t now = millisecond_clock::now();
-    milliseconds_[s] += now - std::exchange(mark, now);
   }
 }
 
@@ -117,11 +117,10 @@ void bulk_service::series_changing(prevesk_dataset_data_type& data) {
   fast_.reset();
 }
 
-std::string bulk_service::metrics_text() const {
-  std::string text = "RUNTIME PERFORMANCE METRICS FOLLOW:\n";
-  for (std::size_t s = 0; s < bulk_stage_count; ++s)
-    text += stages[s].label + std::to_string(milliseconds_[s]) + " ms\n";
-  return text;
+void bulk_service::log_metrics() const {
+  if (!log_) return;
+  log_("RUNTIME PERFORMANCE METRICS FOLLOW:");
+  for (std::size_t s = 0; s < bulk_stage_count; ++s) log_(stages[s].label + std::to_string(milliseconds_[s]) + " ms");
 }
 
 } // namespace vesk

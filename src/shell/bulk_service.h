@@ -6,7 +6,6 @@
 // the data set. What the table yields is, bit for bit, what the algorithm in bulk_reference.h yields.
 #pragma once
 
-#include "platform/millisecond_clock.h"
 #include "shell/job.h"
 
 #include <array>
@@ -42,11 +41,11 @@ public:
   // before the first update and after the first call.
   void series_changing(prevesk_dataset_data_type& data);
 
-  // Milliseconds spent in each stage so far, indexed by bulk_stage.
+  // Milliseconds spent in each stage so far, indexed by bulk_stage. Counted while the job has a log.
   const std::array<std::uint32_t, bulk_stage_count>& milliseconds() const { return milliseconds_; }
 
-  // The counters as lines of text, a title line first.
-  std::string metrics_text() const;
+  // Logs the counters: a title line, then a line for each stage.
+  void log_metrics() const;
 
 private:
   class fast_tables;
@@ -54,7 +53,6 @@ private:
   void update_one(prevesk_dataset_data_type& data, bulk_stage stage, double t, float* array);
   void warn_once(bulk_stage stage, const std::function<std::string()>& text);
 
-  millisecond_clock clock_; // keeps the ticks going
   log_function log_;
   std::array<std::uint32_t, bulk_stage_count> milliseconds_{};
   std::unique_ptr<fast_tables> fast_; // null before the first update and once the plain algorithm has taken over

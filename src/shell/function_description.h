@@ -31,9 +31,11 @@ struct variable_description {
 // The number of argument words of a call.
 inline constexpr std::size_t max_variables = 5;
 
-// Serves a keyword: the shell whose `is_get` tells the mode, and the five raw argument words, of which those behind
-// the keyword's last argument may hold anything.
-using keyword_handler = void (*)(shell_interface&, void*, void*, void*, void*, void*);
+// The raw arguments of a call; those after the keyword's last one may hold anything.
+using argument_words = void* const (&)[max_variables];
+
+// Serves a keyword in the mode that `is_get` of the shell says.
+using keyword_handler = void (*)(shell_interface&, argument_words);
 
 enum keyword_modes : std::uint8_t { get = 1, put = 2, get_put = 3 };
 
@@ -74,13 +76,11 @@ struct keyword_row {
   typed_handler handler{};
 };
 
-// A row at work in one shell, with what its calls have cost. What a call needs stands in the first cache line.
-struct alignas(64) function_description {
-  padded_keyword name{};             // the keyword, as names of calls are compared with it
-  keyword_handler handler = nullptr; // null: the keyword has no code behind it yet
-  // For PUT and for GET: the handler where a call of the mode needs nothing else, or null.
-  std::array<keyword_handler, 2> direct{};
-  std::uint32_t elapsed_ms = 0; // spent in the handler since the job began
+// A row at work in one shell, with what its calls have cost.
+struct function_description {
+  padded_keyword name{}; // the keyword, as names of calls are compared with it
+  keyword_handler handler = nullptr;
+  std::uint32_t elapsed_ms = 0; // spent in the handler since the job began; counted while the job has a log
   keyword_modes modes = get_put;
   bool changes_series = false;
   std::string_view keyword{};

@@ -19,9 +19,6 @@ struct padded_keyword {
 
   static constexpr std::size_t max_size = 16;
 
-  // Has as many bytes as a keyword may have.
-  constexpr bool is_longest() const { return high >> 56 != 0; }
-
   // What its position is worked out from.
   constexpr std::uint64_t folded() const { return low ^ high; }
 

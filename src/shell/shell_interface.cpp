@@ -1,6 +1,7 @@
 #include "shell/shell_interface.h"
 
-#include "platform/millisecond_clock.h"
+#include "platform/millisecond_timer.h"
+#include "shell/keyword_name.h"
 
 #include <algorithm>
 #include <chrono>
@@ -30,8 +31,6 @@ std::string time_stamp() {
 function_description describe(const keyword_row& row) {
   return {.name = pad(row.keyword),
           .handler = row.handler.call,
-          .direct = {row.modes & put && !row.changes_series ? row.handler.call : nullptr,
-                     row.modes & get ? row.handler.call : nullptr},
           .elapsed_ms = 0,
           .modes = row.modes,
           .changes_series = row.changes_series,
@@ -55,8 +54,6 @@ void shell_interface::attach(engine_job& job) {
   job_ = &job;
   data_set_ = &job.data_set();
   logs_ = job.has_log();
-  static constexpr std::atomic<bool> always = true;
-  detour_ = logs_ ? &always : &job.gate_closed();
 }
 
 bool shell_interface::find_function(std::string_view keyword, std::size_t& position) const {
@@ -73,35 +70,47 @@ void shell_interface::log(std::string_view message) const {
 void shell_interface::call(const char* name, argument_words words) {
   job_->pass_gate();
   is_get = name[0] == 'G' || name[0] == 'g';
-  const char* const text = name + (name[0] != '\0'); // an empty name has no keyword
+  if (name[0] == '\0') return log_unrecognized(name);
+  const char* const text = name + 1;
   const padded_keyword keyword = load_keyword(text);
-  function_description& candidate = functions[keyword_positions.candidate(keyword.folded())];
-  if (candidate.name == keyword)
-    invoke(candidate, words);
-  else if (logs_)
-    log(std::string("Unrecognized Name: ") + text);
+  function_description& function = functions[keyword_positions.candidate(keyword.folded())];
+  if (function.name != keyword) return log_unrecognized(text);
+  current_ = &function;
+  if (logs_)
+    call_logged(function, words);
+  else
+    serve(function, words);
 }
 
-void shell_interface::invoke(function_description& function, argument_words words) {
-  current_ = &function;
-  const bool traced = logs_ && job_->logging_enabled();
+void shell_interface::log_unrecognized(const char* keyword) const {
+  if (logs_) log(std::string("Unrecognized Name: ") + keyword);
+}
+
+void shell_interface::call_logged(function_description& function, argument_words words) {
+  const bool traced = job_->logging_enabled(); // the user may switch it during a job
   if (traced) trace_head(function, words);
-  if (function.handler)
-    run(function, words);
-  else
-    log("Function not intialized");
+  {
+    const millisecond_timer timer(&function.elapsed_ms);
+    serve(function, words);
+  }
   if (traced) trace_tail(function, words);
 }
 
-void shell_interface::run(function_description& function, argument_words words) {
-  const std::uint32_t before = millisecond_clock::now();
-  if (function.modes & (is_get ? get : put)) {
-    if (!is_get && function.changes_series) bulk.series_changing(*data_set_);
-    function.handler(*this, words[0], words[1], words[2], words[3], words[4]);
-  } else if (!function.refusal.empty()) {
-    log(function.refusal);
+void shell_interface::serve(const function_description& function, argument_words words) {
+  if (!(function.modes & (is_get ? get : put))) {
+    if (!function.refusal.empty()) log(function.refusal);
+    return;
   }
-  function.elapsed_ms += millisecond_clock::now() - before;
+  if (!is_get && function.changes_series) bulk.series_changing(*data_set_);
+  function.handler(*this, words);
+}
+
+void shell_interface::log_metrics() const {
+  if (!logs_) return;
+  bulk.log_metrics();
+  for (const function_description& function : functions)
+    if (function.elapsed_ms != 0)
+      log(std::string(function.keyword) + " : " + std::to_string(function.elapsed_ms) + " ms");
 }
 
 void shell_interface::warn(std::string_view text) const {

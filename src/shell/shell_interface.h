@@ -4,7 +4,6 @@
 #include "shell/bulk_service.h"
 #include "shell/function_description.h"
 #include "shell/job.h"
-#include "shell/keyword_name.h"
 #include "shell/keyword_table.h"
 
 #include <array>
@@ -59,18 +58,11 @@ public:
   // True when `keyword`, to the byte, is in the table; `position` is then its place in `functions`.
   bool find_function(std::string_view keyword, std::size_t& position) const;
 
-  using argument_words = void* const (&)[max_variables];
-
   // One call of the engine: mode letter and keyword in `name`. Throws what a handler throws.
   void call(const char* name, argument_words words);
 
-  // The call of a keyword that has been found, with its trace and its time.
-  void invoke(function_description& function, argument_words words);
-
-  // What of a call can be left out. `handler`: the mode is set, and `handler` is all that the call comes to; `none`:
-  // the call must be made as a whole.
-  enum class shortcut { none, nothing_to_do, handler };
-  shortcut take_shortcut(const char* name, function_description*& function, keyword_handler& handler);
+  // Logs what the job's keywords and the stages of `DAYS` have cost. To be called at the end of the job.
+  void log_metrics() const;
 
   // The keyword of the call at work, for telling of a failure; empty before the first call.
   std::string_view current_keyword() const { return current_ ? current_->keyword : std::string_view(); }
@@ -138,7 +130,9 @@ public:
   void warn(std::string_view text) const;
 
 private:
-  void run(function_description& function, argument_words words);
+  [[gnu::noinline]] void log_unrecognized(const char* keyword) const;
+  void call_logged(function_description& function, argument_words words);
+  void serve(const function_description& function, argument_words words);
   void trace_head(const function_description& function, argument_words words) const;
   void trace_tail(const function_description& function, argument_words words) const;
   void trace_variables(const function_description& function, argument_words words, std::size_t longest_text) const;
@@ -146,26 +140,8 @@ private:
 
   engine_job* job_ = nullptr;
   prevesk_dataset_data_type* data_set_ = nullptr;
-  const std::atomic<bool>* detour_ = nullptr;     // true while each call must be made as a whole
   const function_description* current_ = nullptr; // of the call at work
   bool logs_ = false;
 };
-
-// Nearly all calls: no log to write to, nobody waiting at the gate, a keyword that serves the mode without more ado.
-[[gnu::always_inline]] inline shell_interface::shortcut
-shell_interface::take_shortcut(const char* name, function_description*& function, keyword_handler& handler) {
-  const char mode = name[0];
-  if (detour_->load(std::memory_order_relaxed) || mode == '\0' || !wide_keyword::can_load(name + 1)) [[unlikely]]
-    return shortcut::none;
-  const wide_keyword keyword(name + 1);
-  function = &functions[keyword_positions.candidate(keyword.folded())];
-  const char* const behind = name + 1 + padded_keyword::max_size; // of a name that begins with a longest keyword
-  if (!(keyword == function->name) || (function->name.is_longest() && *behind != '\0')) [[unlikely]]
-    return shortcut::nothing_to_do;
-  is_get = mode == 'G' || mode == 'g';
-  current_ = function;
-  handler = function->direct[is_get];
-  return handler ? shortcut::handler : shortcut::none;
-}
 
 } // namespace vesk

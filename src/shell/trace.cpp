@@ -42,7 +42,7 @@ std::string variable_text(const variable_description& variable, const void* word
 
 // Labels stand packed in slots of the told width and need no terminator: no more than the first is shown, and none
 // where the numbers say that there is none, or are such that nothing is read of them.
-std::size_t first_label(shell_interface::argument_words words, std::size_t longest) {
+std::size_t first_label(argument_words words, std::size_t longest) {
   const auto number = [&](std::size_t i) { return words[i] ? *static_cast<const std::int32_t*>(words[i]) : 0; };
   const std::int32_t width = number(1), columns = number(2);
   if (width < 0 || width > handlers::widest_label || columns < 1 || columns > handlers::most_grid_columns) return 0;

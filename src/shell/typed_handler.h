@@ -39,8 +39,7 @@ template <auto Function, class... Argument>
 struct word_adaptor<Function, void (*)(shell_interface&, Argument...)> {
   static_assert(sizeof...(Argument) <= max_variables);
 
-  static void call(shell_interface& shell, void* a1, void* a2, void* a3, void* a4, void* a5) {
-    void* const words[] = {a1, a2, a3, a4, a5};
+  static void call(shell_interface& shell, argument_words words) {
     unpack(shell, words, std::index_sequence_for<Argument...>());
   }
 
@@ -48,8 +47,7 @@ struct word_adaptor<Function, void (*)(shell_interface&, Argument...)> {
 
 private:
   template <std::size_t... I>
-  static void unpack(shell_interface& shell, void* const* words, std::index_sequence<I...>) {
-    static_cast<void>(words);
+  static void unpack(shell_interface& shell, [[maybe_unused]] argument_words words, std::index_sequence<I...>) {
     Function(shell, argument_cast<Argument>(words[I])...);
   }
 };

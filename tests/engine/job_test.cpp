@@ -161,6 +161,7 @@ TEST(Job, LogsToAFileOfItsOwnAndLeavesAnEmptyLineInTheTemplate) {
   EXPECT_TRUE(log.starts_with("--BEGIN LOG FILE--\n")) << log;
   EXPECT_NE(log.find(": Keyword: INFO\n"), std::string::npos);
   EXPECT_NE(log.find("\nhalfway\n"), std::string::npos); // the status, without a time in front
+  EXPECT_NE(log.find(": RUNTIME PERFORMANCE METRICS FOLLOW:\n"), std::string::npos);
   fs::remove_all(folder);
 
   run_job(job_code::run, data_for("reports"), folder / "gone" / "LOG.TXT"); // a log that cannot be opened
