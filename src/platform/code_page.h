@@ -12,9 +12,9 @@ bool is_ascii(std::string_view bytes);
 class code_page {
 public:
   // The code page of a number: 437, 850 and the other ones of DOS, 620 for the Polish Mazovia, 1250 to 1258, the
-  // double-byte ones 932, 936, 949 and 950, 1200 and 1201 for UTF-16 in either byte order, 28591 to 28606 for ISO 8859-1
-  // to 8859-16, 65001 for UTF-8. nullptr when the system does not know it. The
-  // result lives as long as the program. Any thread.
+  // double-byte ones 932, 936, 949 and 950, 1200 and 1201 for UTF-16 in either byte order, 28591 to 28606 for ISO
+  // 8859-1 to 8859-16, 65001 for UTF-8. nullptr when the system does not know it. The result lives as long as the
+  // program. Any thread.
   static const code_page* find(unsigned number);
 
   // Bytes that the code page leaves open become the control character of their number in a single-byte code page and

@@ -287,8 +287,7 @@ TEST_F(RunTest, ResultsAreNeverWrittenThroughALink) {
   const std::string victim = "victim", left_over = "river.part-node7-4711-0123456789abcdef";
   std::ofstream(folder / victim) << "precious";
   std::ofstream(folder / left_over) << "of another process, which may be at work";
-  for (const char* result : {"river.nc", "river_out11.csv"})
-    std::filesystem::create_symlink(victim, folder / result);
+  for (const char* result : {"river.nc", "river_out11.csv"}) std::filesystem::create_symlink(victim, folder / result);
   std::vector<std::string> unfinished;
   host.at_days = [&] {
     if (!unfinished.empty()) return;
