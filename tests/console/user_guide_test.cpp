@@ -112,5 +112,38 @@ TEST(UserGuide, ListsTheItemsOfTheCatalogue) {
   sqlite3_close(catalogue);
 }
 
+// All texts of the sources, a line each; texts that C++ joins are one.
+std::string texts_of_sources() {
+  static const std::regex text("\"(([^\"\\\\\n]|\\\\.)*)\"");
+  std::string all;
+  for (const char* folder : {SOURCE_FOLDER "/src", SOURCE_FOLDER "/reference_engine"})
+    for (const auto& file : std::filesystem::recursive_directory_iterator(folder)) {
+      if (file.path().extension() != ".cpp" && file.path().extension() != ".h") continue;
+      const std::string source = std::regex_replace(content_of(file.path()), std::regex("\"\\s*\n\\s*\""), "");
+      for (std::sregex_iterator it(source.begin(), source.end(), text), end; it != end; ++it)
+        all += std::regex_replace((*it)[1].str(), std::regex("\\\\(\")"), "$1") + "\n";
+    }
+  return all;
+}
+
+// Messages are in the first column, one a line, with three dots or italics for names and numbers.
+TEST(UserGuide, QuotesMessagesAsTheProgramsPrintThem) {
+  const std::string page = guide(), sources = texts_of_sources();
+  const std::size_t begin = page.find("<table class=\"messages\">");
+  const std::string table = page.substr(begin, page.find("</table>", begin) - begin);
+  const std::regex row("<tr><td>(.*?)</td>"), gap("\\.\\.\\.|</?[a-z]+>"), ends("^[ :,)]+| +$");
+  int count = 0;
+  for (std::sregex_iterator it(table.begin(), table.end(), row), end; it != end; ++it) {
+    const std::string messages = (*it)[1].str();
+    for (std::sregex_token_iterator part(messages.begin(), messages.end(), gap, -1), last; part != last; ++part) {
+      const std::string words = std::regex_replace(part->str(), ends, "");
+      if (words.size() < 13) continue; // "Cannot open" is put together of words
+      EXPECT_NE(sources.find(words), sources.npos) << words;
+      ++count;
+    }
+  }
+  EXPECT_GT(count, 80);
+}
+
 } // namespace
 } // namespace vesk
