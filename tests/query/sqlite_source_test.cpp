@@ -203,7 +203,7 @@ TEST(SqliteSource, FiltersKeepEveryFormOfAValue) {
               "INSERT INTO gauge VALUES ('Oak', 5, '2005-1-5'), ('oak', '5', '2005/12/31 23:00'),"
               "('OAK''s', 'x', '2004-12-31 24:00'), (7, 5.5, 1104537600), ('', NULL, 2453371.5),"
               "(NULL, '5', '2004-12-31 23:59'), ('7', '05', '2006-01-01'), ('Oak', 5, NULL), ('soon', 1, 'soon'),"
-              "('US', 1, '12/31/2005'), ('late', 1, '5/1/2099')"));
+              "('US', 1, '12/31/2005'), ('late', 1, '5/1/2099'), (x'4f616b', x'35', NULL)"));
   const auto kept = [&](const std::vector<row_filter>& filters) {
     std::string shown;
     for (const auto rows = source->rows(0, filters); rows->next();) {

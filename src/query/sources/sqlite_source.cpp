@@ -268,12 +268,17 @@ std::unique_ptr<row_cursor> sqlite_source::rows(std::size_t table, std::vector<r
     sql += (i ? ", " : "") + (all[i].type == field_type::blob ? "NULL" : "t." + sql_quoted(columns[i].name));
   sql += " FROM " + sql_quoted(stored_names_[table]) + " AS t";
   const char* link = " WHERE ";
-  for (const row_filter& filter : filters)
-    if (const std::string term = prefilter(filter, all[filter.field], columns[filter.field]); !term.empty()) {
+  std::vector<row_filter> left; // those that the database cannot test as a whole
+  for (row_filter& filter : filters) {
+    const std::string term = prefilter(filter, all[filter.field], columns[filter.field]);
+    if (!term.empty()) {
       sql += link + term;
       link = " AND ";
     }
-  return std::make_unique<sqlite_cursor>(*this, all, tables_[table], prepare(sql, tables_[table]), std::move(filters));
+    const bool is_exact = filter.kind == row_filter::test::equal_text && columns[filter.field].keeps_texts;
+    if (term.empty() || !is_exact) left.push_back(std::move(filter));
+  }
+  return std::make_unique<sqlite_cursor>(*this, all, tables_[table], prepare(sql, tables_[table]), std::move(left));
 }
 
 } // namespace
