@@ -13,11 +13,16 @@ function(vesk_library name)
   target_link_libraries(vesk_${name} PUBLIC ${ARG_LINKS} PRIVATE vesk_flags ${ARG_PRIVATE_LINKS})
 endfunction()
 
-# vesk_test(name SOURCES ... LINKS ...): one test program; every test in it is a test of CTest.
+# vesk_test(name [AS_ORDINARY_USER] SOURCES ... LINKS ...): one test program; every test in it is a test of CTest. Root
+# may do anything, so what permissions decide is tested once more, by all of them together, AS_ORDINARY_USER.
 function(vesk_test name)
-  cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
+  cmake_parse_arguments(ARG "AS_ORDINARY_USER" "" "SOURCES;LINKS" ${ARGN})
   add_executable(${name}_test ${ARG_SOURCES})
   target_link_libraries(${name}_test PRIVATE ${ARG_LINKS} vesk_flags GTest::gtest GTest::gmock GTest::gtest_main)
   set_target_properties(${name}_test PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
   gtest_discover_tests(${name}_test DISCOVERY_MODE PRE_TEST TEST_PREFIX "${name}." PROPERTIES TIMEOUT 300)
+  if(ARG_AS_ORDINARY_USER)
+    add_test(NAME ${name}.as_ordinary_user COMMAND ${PROJECT_SOURCE_DIR}/tests/as_ordinary_user $<TARGET_FILE:${name}_test>)
+    set_tests_properties(${name}.as_ordinary_user PROPERTIES TIMEOUT 300 SKIP_RETURN_CODE 77)
+  endif()
 endfunction()

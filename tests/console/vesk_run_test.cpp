@@ -12,6 +12,7 @@
 #include <csignal>
 #include <sqlite3.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace vesk {
 namespace {
@@ -146,6 +147,33 @@ TEST_F(VeskRun, ALogThatCannotBeWrittenIsTold) {
   EXPECT_EQ(result.err, "vesk-run: Cannot write " + log + ": Not a directory. The work goes on without a log.\n");
   EXPECT_EQ(result.out, "run\nexport 0\n");
   EXPECT_EQ(result.status, 0); // of the work
+}
+
+TEST_F(VeskRun, WhatIsNotPermittedIsToldInOneSentence) {
+  if (geteuid() == 0) GTEST_SKIP() << "nothing is protected from root";
+  const std::string file = make_file("says run"), unreadable = folder.file("unreadable.vki");
+  std::filesystem::copy_file(file, unreadable);
+  chmod(unreadable.c_str(), 0);
+  const std::string locked = folder.file("locked");
+  std::filesystem::create_directory(locked);
+  chmod(locked.c_str(), 0555);
+  const struct {
+    std::vector<std::string> arguments;
+    int status;
+    std::string err;
+  } cases[] = {
+      {{unreadable, "-RUN"}, 1, "vesk-run: " + unreadable + ": Cannot open file.\n"},
+      {{file, "--save", locked + "/a.vki"}, 1, "vesk-run: " + locked + "/a.vki: Cannot open file for writing.\n"},
+      {{file, "-RUN", "--log=" + locked},
+       0,
+       "vesk-run: Cannot write " + locked + "/LOG.TXT: Permission denied. The work goes on without a log.\n"},
+  };
+  for (const auto& c : cases) {
+    const program_result result = run(c.arguments);
+    EXPECT_EQ(result.err, c.err);
+    EXPECT_EQ(result.status, c.status);
+  }
+  chmod(locked.c_str(), 0755); // for removing it
 }
 
 TEST_F(VeskRun, AnExceptionOutweighsACancelAndACancelAReturnCode) {
