@@ -250,7 +250,7 @@ void editor_window::texts_changed() {
   show_text(*message_, form_.message());
   const auto show_step = [](QPushButton& button, const std::string& label) {
     button.setEnabled(!label.empty());
-    button.setToolTip(shown(label).toHtmlEscaped());
+    button.setToolTip(tool_tip(shown(label)));
   };
   show_step(*undo_, form_.host().undo_label());
   show_step(*redo_, form_.host().redo_label());

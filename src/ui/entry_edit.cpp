@@ -14,7 +14,7 @@ void entry_edit::show_field() {
   setText(shown(field_.text()));
   const QString reason = shown(field_.refusal());
   setStyleSheet(reason.isEmpty() ? QString() : QStringLiteral("QLineEdit { color: black; background: red; }"));
-  setToolTip(reason.toHtmlEscaped());
+  setToolTip(tool_tip(reason));
   setAccessibleDescription(reason);
 }
 

@@ -81,10 +81,7 @@ QVariant grid_model::data(const QModelIndex& index, int role) const {
   case Qt::CheckStateRole:
     if (!check || table_.is_shown_as_empty()) return {};
     return table_.text(row, column) == "1" ? Qt::Checked : Qt::Unchecked;
-  case Qt::ToolTipRole: {
-    const std::string tip = table_.tool_tip(row, column);
-    return tip.empty() ? QVariant() : QVariant("<qt>" + shown(tip).toHtmlEscaped().replace('\n', "<br>") + "</qt>");
-  }
+  case Qt::ToolTipRole: return tool_tip(shown(table_.tool_tip(row, column)));
   case Qt::AccessibleTextRole:
     if (!check) return {};
     return table_.text(row, column) == "1" ? tr("on") : tr("off");

@@ -44,8 +44,8 @@ int info_lines::rowCount(const QModelIndex& parent) const {
 QVariant info_lines::data(const QModelIndex& index, int role) const {
   const line& at = lines_[static_cast<std::size_t>(index.row())];
   switch (role) {
-  case Qt::DisplayRole:
-  case Qt::ToolTipRole: return at.text;
+  case Qt::DisplayRole: return at.text;
+  case Qt::ToolTipRole: return tool_tip(at.text);
   case Qt::DecorationRole:
     if (at.icon < 0 || at.icon >= static_cast<int>(icons_.size())) return {}; // an engine may send any number
     return icons_[static_cast<std::size_t>(at.icon)];

@@ -26,7 +26,7 @@ QVariant results_model::data(const QModelIndex& index, int role) const {
 
 QVariant results_model::headerData(int section, Qt::Orientation orientation, int role) const {
   const bool columns = orientation == Qt::Horizontal;
-  if (role == Qt::ToolTipRole && columns) return labels_[section];
+  if (role == Qt::ToolTipRole && columns) return tool_tip(labels_[section]);
   if (role != Qt::DisplayRole) return {};
   return columns ? QVariant(labels_[section]) : QVariant(section + 1);
 }

@@ -16,6 +16,10 @@ QString shown_lines(std::string_view text) {
   return shown(text).replace("\r\n", "\n").trimmed();
 }
 
+QString tool_tip(const QString& text) {
+  return text.isEmpty() ? text : "<qt>" + text.toHtmlEscaped().replace('\n', "<br>") + "</qt>";
+}
+
 QString without_mnemonics(QString text) {
   return text.replace('&', "&&");
 }

@@ -16,6 +16,11 @@ std::string stored(const QString& text);
 // A text of the system's own with its line ends as the toolkit wants them.
 QString shown_lines(std::string_view text);
 
+// `text` as a tool tip that shows it letter for letter, in lines of readable length. The toolkit takes a text that
+// looks like HTML for HTML, and opens the pictures that it names: a segment may be called so. For every tip that is not
+// a text of ours. Labels are set to Qt::PlainText for the same reason.
+QString tool_tip(const QString& text);
+
 // `text` as a label or caption that shows each "&" as it stands, without a mnemonic.
 QString without_mnemonics(QString text);
 

@@ -18,7 +18,9 @@
 #include <QStyleOptionSlider>
 #include <QTableView>
 #include <QTest>
+#include <QTextDocument>
 #include <QToolButton>
+#include <QToolTip>
 #include <QTreeView>
 #include <chrono>
 #include <set>
@@ -231,6 +233,32 @@ TEST(MainWindow, MessagesStayInSightUnlessTheUserLooksAtOlderOnes) {
   QTest::keyClick(list, Qt::Key_Home);
   add(1);
   EXPECT_FALSE(at_end());
+}
+
+TEST(MainWindow, NamesAreShownLetterForLetter) {
+  running_program program;
+  const std::string name = "<img src='/etc/hostname'><b>A&lt;B</b>";
+  program.window().add_info_line(name, icon_plain);
+  program.window().set_up_results_grid({name}, 1);
+  const QVariant tips[] = {
+      find<QTreeView>(&program.window(), "InfoListView")->model()->index(0, 0).data(Qt::ToolTipRole),
+      find<QTableView>(&program.window(), "ResultsTable")->model()->headerData(0, Qt::Horizontal, Qt::ToolTipRole)};
+  for (const QVariant& tip : tips) {
+    QToolTip::showText(QPoint(100, 100), tip.toString(), &program.window());
+    const QLabel* label = nullptr;
+    for (QWidget* window : QApplication::topLevelWidgets())
+      if (window->inherits("QTipLabel")) label = qobject_cast<QLabel*>(window);
+    ASSERT_TRUE(label);
+    QTextDocument seen;
+    Qt::mightBeRichText(label->text()) ? seen.setHtml(label->text()) : seen.setPlainText(label->text());
+    EXPECT_EQ(seen.toPlainText().toStdString(), name);
+  }
+  EXPECT_EQ(find<QLabel>(&program.window(), "InfoLabel")->textFormat(), Qt::PlainText);
+  with_dialog([&] { program.window().message_box("Error", name, box_buttons::ok); },
+              [&](QWidget* box) {
+                EXPECT_EQ(qobject_cast<QMessageBox*>(box)->textFormat(), Qt::PlainText);
+                return press(box, "OK");
+              });
 }
 
 TEST(MainWindow, TabLeavesTheGridOfResults) {
