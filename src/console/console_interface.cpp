@@ -14,13 +14,16 @@ namespace vesk {
 
 namespace {
 
-// A box's text on one line: a line's end and the blanks around it become one blank.
+// A box's text on one line: its line ends and the blanks around them become one blank. They are CR and LF; what comes
+// from elsewhere and has another is escaped when it is printed.
 std::string on_one_line(const std::string& text) {
   std::string line;
   bool at_line_end = false;
-  for (const char c : text) {
-    if (c == '\r' || c == '\n') {
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const char c = text[i];
+    if (text.compare(i, 2, "\r\n") == 0) {
       at_line_end = true;
+      ++i;
     } else if (!at_line_end || c != ' ') {
       if (at_line_end && !line.empty() && line.back() != ' ') line += ' ';
       at_line_end = false;
@@ -47,7 +50,7 @@ console_interface::console_interface(settings s, std::FILE* out, std::FILE* err)
 
 void console_interface::print(std::FILE* stream, const std::string& text) {
   wipe_bar();
-  const std::string line = shown_text(text) + "\n";
+  const std::string line = printable_text(text) + "\n";
   if (stream == out_) {
     write(line);
   } else {
@@ -127,8 +130,8 @@ void console_interface::set_progress(int percent) {
 
 void console_interface::refresh_progress() {
   if (!progress_runs_ || settings_.progress != progress_style::bar) return;
-  const std::string words =
-      std::to_string(percent_) + " %" + time_remaining_ + (info_label_.empty() ? "" : "  ") + info_label_;
+  const std::string words = printable_text(std::to_string(percent_) + " %" + time_remaining_ +
+                                           (info_label_.empty() ? "" : "  ") + info_label_);
   const int width = terminal_width(err_) - 1;
   const int cells = std::clamp(width - static_cast<int>(words.size()) - 3, 8, 30); // what the words leave
   std::string line = "[";

@@ -14,7 +14,7 @@ int main(int argc, char** argv) {
   try {
     options = parse_console_options(arguments);
   } catch (const usage_error& error) {
-    std::fprintf(stderr, "vesk-run: %s Try vesk-run --help.\n", error.what());
+    console_interface({}, stdout, stderr).say_failure(std::string(error.what()) + " Try vesk-run --help.");
     return exit_usage;
   }
   console_interface ui({options.progress, options.quiet, options.yes}, stdout, stderr);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdio>
 #include <iterator>
 
 namespace vesk {
@@ -97,6 +98,40 @@ std::optional<std::string> windows_1252_from_utf8(std::string_view text) {
 
 std::string shown_text(std::string_view bytes) {
   return is_utf8(bytes) ? std::string(bytes) : utf8_from_windows_1252(bytes);
+}
+
+character_at_front first_character(std::string_view text) {
+  std::string_view rest = text;
+  const char32_t character = next_character(rest);
+  return {character, text.size() - rest.size()};
+}
+
+bool is_control(char32_t character) {
+  const auto lies = [character](char32_t first, char32_t last) { return character >= first && character <= last; };
+  return character < 0x20 || lies(0x7f, 0x9f) || character == 0x061c || lies(0x200e, 0x200f) || lies(0x202a, 0x202e) ||
+         lies(0x2066, 0x2069);
+}
+
+std::string printable_text(std::string_view bytes) {
+  std::string text = shown_text(bytes);
+  const auto is_plain = [](char c) { return (c >= 0x20 && c < 0x7f) || c == '\t'; };
+  if (std::all_of(text.begin(), text.end(), is_plain)) return text; // as nearly all are
+  std::string result;
+  for (std::string_view rest = text; !rest.empty();) {
+    const auto [character, length] = first_character(rest);
+    const std::string_view piece = rest.substr(0, rest.starts_with("\r\n") ? 2 : length);
+    if (piece == "\n" || piece == "\r\n") {
+      result += "\\n";
+    } else if (is_control(character) && character != '\t') {
+      char escape[8];
+      std::snprintf(escape, sizeof escape, character < 0x100 ? "\\x%02x" : "\\u%04x", static_cast<unsigned>(character));
+      result += escape;
+    } else {
+      result += piece;
+    }
+    rest.remove_prefix(piece.size());
+  }
+  return result;
 }
 
 } // namespace vesk

@@ -4,6 +4,7 @@
 // mapped: the five bytes that it leaves open (81, 8D, 8F, 90, 9D) are the control characters of the same number.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -24,5 +25,20 @@ std::optional<std::string> windows_1252_from_utf8(std::string_view text);
 
 // A text of the data layer as UTF-8, for showing it.
 std::string shown_text(std::string_view bytes);
+
+// The same for a line on a terminal or in a log, where a text from a file, an argument or an engine could else command
+// the terminal, forge lines or show its letters in another order. Control characters become "\x1b", those of the order
+// of letters "\u202e", a line end "\n"; tabs stay. Every print and every log line goes through it.
+std::string printable_text(std::string_view bytes);
+
+// The first character of `text`, which must be valid UTF-8 and not empty, and its length in bytes.
+struct character_at_front {
+  char32_t character;
+  std::size_t length;
+};
+character_at_front first_character(std::string_view text);
+
+// C0, DEL, C1 and the characters that change the order of letters.
+bool is_control(char32_t character);
 
 } // namespace vesk

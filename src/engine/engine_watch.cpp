@@ -1,5 +1,7 @@
 #include "engine/engine_watch.h"
 
+#include "dataset/text_encoding.h"
+
 #include <algorithm>
 #include <atomic>
 #include <cstdlib>
@@ -66,7 +68,8 @@ extern "C" void note_exit() {
     try {
       if (const auto thrown = std::current_exception()) std::rethrow_exception(thrown);
     } catch (const std::exception& error) {
-      tell(std::string(" ended the program: an exception on a thread of its own: ") + error.what() + "\n");
+      tell(std::string(" ended the program: an exception on a thread of its own: ") + printable_text(error.what()) +
+           "\n");
     } catch (...) {
       tell(" ended the program: an exception on a thread of its own.\n");
     }
@@ -93,7 +96,7 @@ void report_engine_crashes(const char* program) {
 
 engine_at_work::engine_at_work(const std::filesystem::path& library) {
   if (!program_name) return;
-  line_head_ = std::string(program_name) + ": Engine " + library.string();
+  line_head_ = std::string(program_name) + ": Engine " + printable_text(library.string());
   const auto size = static_cast<std::size_t>(std::max<long>(sysconf(_SC_SIGSTKSZ), 64 << 10));
   signal_stack_ = std::make_unique<char[]>(size);
   const stack_t stack{.ss_sp = signal_stack_.get(), .ss_flags = 0, .ss_size = size};

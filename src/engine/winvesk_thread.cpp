@@ -1,5 +1,6 @@
 #include "engine/winvesk_thread.h"
 
+#include "dataset/text_encoding.h"
 #include "platform/side_file.h"
 #include "platform/threads.h"
 #include "shell/shell_interface.h"
@@ -21,7 +22,7 @@ void winvesk_thread::Execute() {
 
 void winvesk_thread::log_line(std::string_view text) {
   if (log_path_.empty() || log_error_ != 0) return;
-  log_error_ = append_to_side_file(log_path_, std::string(text) + '\n');
+  log_error_ = append_to_side_file(log_path_, printable_text(text) + '\n');
 }
 
 winvesk_thread::mailbox winvesk_thread::take_mailbox() {

@@ -1,11 +1,12 @@
 #include "query/query_log.h"
 
-#include <fstream>
+#include "dataset/text_encoding.h"
+#include "platform/side_file.h"
 
 namespace vesk {
 
 void trace_query(const std::string& line) {
-  std::ofstream("LOGINFO.TXT", std::ios::app) << line << '\n';
+  append_to_side_file("LOGINFO.TXT", printable_text(line) + '\n');
 }
 
 } // namespace vesk

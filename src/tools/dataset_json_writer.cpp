@@ -174,21 +174,25 @@ private:
     output_.bytes({text.data(), static_cast<std::size_t>(end - text.data())});
   }
 
-  // `text` is valid UTF-8.
+  // `text` is valid UTF-8. Control characters are escaped, also those that JSON lets pass: a terminal obeys them.
   void quoted(std::string_view text) {
     output_.bytes("\"");
     while (!text.empty()) {
       std::size_t plain = 0;
-      while (plain < text.size() && text[plain] != '"' && text[plain] != '\\' &&
-             static_cast<unsigned char>(text[plain]) >= 0x20)
-        ++plain;
+      character_at_front next{0, 0};
+      for (; plain < text.size(); plain += next.length) {
+        next = first_character(text.substr(plain));
+        if (next.character == '"' || next.character == '\\' || is_control(next.character)) break;
+      }
       output_.bytes(text.substr(0, plain));
-      if (plain < text.size()) escaped(text[plain++]);
       text.remove_prefix(plain);
+      if (text.empty()) break;
+      escaped(next.character);
+      text.remove_prefix(next.length);
     }
     output_.bytes("\"");
   }
-  void escaped(char c) {
+  void escaped(char32_t c) {
     char text[8];
     switch (c) {
     case '"': return output_.bytes("\\\"");

@@ -1,5 +1,6 @@
 // vki: dump, build, check and upgrade data files.
 #include "dataset/file_version_text.h"
+#include "dataset/text_encoding.h"
 #include "dataset/vki_file.h"
 #include "dataset/vki_reader.h"
 #include "platform/program_start.h"
@@ -34,6 +35,10 @@ constexpr const char* usage =
     "--dates iso prints dates and times as \"2011-10-01\" and \"06:30:00\", otherwise they are day numbers.\n"
     "\"-\" is standard input or output. An existing file is replaced only when the new one is complete.\n"
     "Exit status: 0 done, 1 a file failed, 2 wrong usage.\n";
+
+void complain(const std::string& text) {
+  std::fprintf(stderr, "%s\n", printable_text(text).c_str());
+}
 
 // An input's name in messages.
 std::string shown(const std::string& name) {
@@ -76,8 +81,8 @@ void dump(const request& asked) {
   binary_writer output(STDOUT_FILENO, "standard output");
   write_json(output, data, facts.last_section.number, asked.dates);
   if (facts.version > data.current_file_version())
-    std::fprintf(stderr, "%s: version %s is newer than %s; read as far as possible.\n", shown(name).c_str(),
-                 file_version_text(facts.version).c_str(), file_version_text(data.current_file_version()).c_str());
+    complain(shown(name) + ": version " + file_version_text(facts.version) + " is newer than " +
+             file_version_text(data.current_file_version()) + "; read as far as possible.");
 }
 
 void load(const request& asked) {
@@ -117,7 +122,8 @@ constexpr command commands[] = {
 };
 
 int fail_usage(const std::string& cause) {
-  std::fprintf(stderr, "vki: %s\n%s", cause.c_str(), usage);
+  complain("vki: " + cause);
+  std::fputs(usage, stderr);
   return wrong_usage;
 }
 
@@ -140,17 +146,17 @@ int run(const command& chosen, const std::vector<std::string>& words) {
     chosen.run(asked);
     return success;
   } catch (const std::bad_alloc&) {
-    std::fprintf(stderr, "%s\n", memory_failure(shown(asked.files[0])).c_str());
+    complain(memory_failure(shown(asked.files[0])));
     return failed_file;
   } catch (const std::exception& error) {
-    std::fprintf(stderr, "%s\n", error.what());
+    complain(error.what());
     return failed_file;
   }
 }
 
 int print(const char* text) {
   if (std::fputs(text, stdout) >= 0 && std::fflush(stdout) == 0) return success;
-  std::fprintf(stderr, "%s\n", file_failure("write", "standard output", errno).c_str());
+  complain(file_failure("write", "standard output", errno));
   return failed_file;
 }
 

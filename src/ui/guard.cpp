@@ -16,7 +16,7 @@ void tell(const char* what) noexcept {
   try {
     ask_in_box("Error", what, box_buttons::ok);
   } catch (...) { // not even memory for a box
-    std::fprintf(stderr, "vesk: %s\n", what);
+    std::fputs("vesk: A command failed, and there is no memory to say why.\n", stderr);
   }
   telling = false;
 }

@@ -1,3 +1,4 @@
+#include "dataset/text_encoding.h"
 #include "engine/engine_watch.h"
 #include "platform/program_start.h"
 #include "platform/settings_file.h"
@@ -32,7 +33,7 @@ int main(int argc, char** argv) {
     options.settings_file = vesk::settings_file::default_path();
     vesk::program(application, options).run();
   } catch (const std::exception& error) {
-    std::fprintf(stderr, "vesk: %s\n", error.what());
+    std::fprintf(stderr, "vesk: %s\n", vesk::printable_text(error.what()).c_str());
     return 1;
   }
 }

@@ -176,6 +176,30 @@ TEST_F(VeskRun, WhatIsNotPermittedIsToldInOneSentence) {
   chmod(locked.c_str(), 0755); // for removing it
 }
 
+TEST_F(VeskRun, NoTextFromElsewhereCommandsTheTerminal) {
+  prevesk_dataset_data_type data(catalogue_source(folder.path).get());
+  make_file("says run");
+  read_data_file(folder.path / "river.vki", data);
+  data.segments.edit(0).name = "\x1b]52;c;cm0=\x07\r\xc2\x9b"
+                               "2J\nvesk-run: forged";
+  save_data_file(folder.path / "river.vki", data);
+  const std::string said = "\\x1b]52;c;cm0=\\x07\\x0d\\x9b2J\\nvesk-run: forged";
+  const program_result result =
+      run({folder.file("river.vki"), "--import-network", "a.vkn", "--log=" + folder.file("logs")});
+  EXPECT_EQ(result.out, "network after " + said + "\n"); // the engine repeats the name
+  EXPECT_EQ(result.status, 0);
+  for (const auto& log : std::filesystem::directory_iterator(folder.path / "logs")) {
+    const std::string text = folder.read("logs/" + log.path().filename().string());
+    EXPECT_EQ(text.find_first_of("\x1b\x07\r"), std::string::npos);
+    const bool is_template = log.path().filename() == "LOG.TXT";
+    EXPECT_EQ(text.find(said) == std::string::npos, is_template);
+  }
+  EXPECT_EQ(run({"\x1b[2J\n.vki"}).err, "vesk-run: \\x1b[2J\\n.vki: Cannot open file.\n");
+  EXPECT_EQ(run({"--\x1b[2J"}).err.find('\x1b'), std::string::npos);
+  EXPECT_EQ(run({"\xe2\x80\xaegpj.exe"}).err,
+            "vesk-run: Could not open specified file type \"\\u202egpj.exe\" (.EXE file)\n");
+}
+
 TEST_F(VeskRun, AnExceptionOutweighsACancelAndACancelAReturnCode) {
   for (const int signal : {SIGTERM, SIGHUP}) {
     const program_result thrown = run({make_file("throws after a cancel"), "-RUN"}, signal);

@@ -166,5 +166,28 @@ TEST(TextEncoding, EveryByteOfWindows1252HasACharacterAndComesBack) {
   EXPECT_EQ(shown_text("\xe4"), "\xc3\xa4");
 }
 
+TEST(TextEncoding, WhatCommandsATerminalIsWrittenOut) {
+  const struct {
+    std::string bytes, printed;
+  } cases[] = {
+      {"Roanoke, upper reach\tkm 3", "Roanoke, upper reach\tkm 3"},
+      {"M\xc3\xbchlbach \xe2\x86\x92 Elbe", "M\xc3\xbchlbach \xe2\x86\x92 Elbe"},
+      {"M\xfchlbach", "M\xc3\xbchlbach"},
+      {"\x1b]52;c;cm0gLXJmIH4=\x07", "\\x1b]52;c;cm0gLXJmIH4=\\x07"}, // would fill the clipboard
+      {"done\rfailed", "done\\x0dfailed"},                            // would hide what was written before
+      {"one\ntwo\r\nthree\n", "one\\ntwo\\nthree\\n"},                // would forge a line
+      {std::string("\0\x7f\b", 3), "\\x00\\x7f\\x08"},
+      {"\xc2\x9b"
+       "2J \xc2\x85",
+       "\\x9b2J \\x85"},                           // C1: CSI in two bytes of UTF-8
+      {"\x81", "\\x81"},                           // a byte that Windows-1252 leaves open
+      {"a\xe2\x80\xaeikv.exe", "a\\u202eikv.exe"}, // would show the ending the other way round
+      {"\xd8\x9c\xe2\x80\x8e\xe2\x80\x8f\xe2\x81\xa6\xe2\x81\xa9", "\\u061c\\u200e\\u200f\\u2066\\u2069"},
+      {"\xe2\x80\x8d\xe2\x80\xaf\xe2\x81\xaa", "\xe2\x80\x8d\xe2\x80\xaf\xe2\x81\xaa"}, // their neighbours
+      {"", ""},
+  };
+  for (const auto& c : cases) EXPECT_EQ(printable_text(c.bytes), c.printed);
+}
+
 } // namespace
 } // namespace vesk

@@ -36,6 +36,18 @@ std::string refusal(std::string_view json) {
   return "none";
 }
 
+TEST(DatasetJson, NoControlCharacterReachesTheReadersTerminal) {
+  prevesk_dataset_data_type data;
+  data.description = "a\x1b[2J\x7f\xc2\x9b"
+                     "0m\xe2\x80\xae\n\"\\ \xc3\xa4";
+  const std::string json = json_of(data);
+  EXPECT_NE(json.find(R"("a\u001b[2J\u007f\u009b0m\u202e\n\"\\ )"
+                      "\xc3\xa4"),
+            std::string::npos)
+      << json;
+  EXPECT_EQ(read_json(json).description, data.description);
+}
+
 TEST(DatasetJson, AZeroKeepsItsSign) {
   const prevesk_dataset_data_type data =
       read_json(R"({"min_dt": -0, "max_dt": 0, "flow_option": -0, "time_steps": {"points": [[1, 2, -0]]}})");

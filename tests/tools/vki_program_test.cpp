@@ -91,6 +91,12 @@ TEST_F(VkiProgram, WhatNeverEndsIsRefusedByItsFirstBytes) {
   EXPECT_NE(json.err.find("line 1, column 1"), std::string::npos) << json.err;
 }
 
+TEST_F(VkiProgram, AFilesNameDoesNotCommandTheTerminal) {
+  const std::string name = file("\x1b]0;owned\x07.vki"), said = file("\\x1b]0;owned\\x07.vki");
+  EXPECT_EQ(vki({"check", name}).err, "Cannot open " + said + ": No such file or directory.\n");
+  EXPECT_TRUE(vki({"\x1b[2J"}).err.starts_with("vki: unknown command \"\\x1b[2J\"."));
+}
+
 TEST_F(VkiProgram, StandardOutputThatIsLostEndsWith1) {
   for (const char* command : {" dump river.vki", " upgrade river.vki -", " --help", " -h", " --version"}) {
     const program_result full = shell(VKI + std::string(command) + " > /dev/full");
