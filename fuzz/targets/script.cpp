@@ -1,6 +1,8 @@
 // A script that is imported is exported, imported and exported again: the same text. The import goes through the real
-// front end, which does not look at what the engine puts. Input: an .inp file, or "vkn" or "rst", a line end, and such
+// front end, which does not look at what the engine puts but for the names of results: with any of them, results lie
+// beside the script and begin with its name. Input: an .inp file, or "vkn" or "rst", a line end, and such
 // a file.
+#include "output/csv_name.h"
 #include "support/import_job.h"
 #include "support/scratch.h"
 #include "vesk_engine.h"
@@ -25,6 +27,20 @@ void check_segments(const prevesk_dataset_data_type& data) {
   for (const segment_data_type& segment : data.segments)
     demand(segment.parameters.size() == data.parameters.size() && segment.systems.size() == data.systems.size(),
            "a segment's lists do not fit the model");
+}
+
+void check_names_of_results(const prevesk_dataset_data_type& data, const std::filesystem::path& script) {
+  const std::filesystem::path base = script.parent_path() / script.stem();
+  for (const output_control_type& output : data.output_controls) {
+    reference_engine::OutputVariable variable;
+    variable.csv_file = output.csv_filename.str();
+    const std::filesystem::path result = reference_engine::csv_result_name(base, variable); // throws
+    const std::string name = result.filename().string();
+    const auto is_control = [](unsigned char c) { return c < 0x20 || c == 0x7f; };
+    demand(result.parent_path() == script.parent_path() && name.starts_with(base.filename().string() + "_") &&
+               std::none_of(name.begin(), name.end(), is_control) && name.find("\xc2\x9b") == name.npos,
+           "a result leaves its folder");
+  }
 }
 
 // The text of an export of what has been imported, if there is enough memory for it.
@@ -52,8 +68,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   const std::string file = folder.write(chosen.name, text);
   fuzz::import_job first(file);
   const bool imported = first.run([&] { chosen.load(&data_callback); });
-  if (!first.is_short_of_memory()) check_segments(first.data); // a job that failed so is given up
-  constexpr std::size_t most_exported = 2000;                  // segments: the text would be long, and nothing else
+  if (!first.is_short_of_memory()) { // a job that failed so is given up
+    check_segments(first.data);
+    check_names_of_results(first.data, file);
+  }
+  constexpr std::size_t most_exported = 2000; // segments: the text would be long, and nothing else
   if (!imported || first.data.segments.size() > most_exported) return 0;
 
   const std::string once = exported(folder, "once.inp", std::move(first.data));

@@ -1,6 +1,7 @@
 // Comma-separated results: one file for each variable; first column the time, then one column for each segment.
 #include "core/errors.h"
 #include "core/text.h"
+#include "output/csv_name.h"
 #include "output/output_file.h"
 #include "output/results.h"
 
@@ -13,6 +14,12 @@
 namespace reference_engine {
 
 namespace {
+
+// A name that a spreadsheet would take for a formula, which may start programs there, gets an apostrophe, which makes a
+// text of it. Quotes alone don't: a quoted formula is still one. Vesk's own reader of tables drops it.
+std::string as_text(const std::string& name) {
+  return name.empty() || std::string_view("=+-@\t\r").find(name.front()) == std::string_view::npos ? name : "'" + name;
+}
 
 // RFC 4180: quotes around what holds a separator, and quotes doubled.
 std::string quoted(const std::string& field) {
@@ -32,7 +39,7 @@ std::string header(const std::vector<std::string>& segments) {
   std::string line = "time";
   for (std::size_t i = 0; i < segments.size(); ++i) {
     const bool alone = uses[segments[i]] == 1 && !segments[i].empty();
-    line += ',' + quoted(alone ? segments[i] : text(segments[i], " [", i + 1, "]"));
+    line += ',' + quoted(as_text(alone ? segments[i] : text(segments[i], " [", i + 1, "]")));
   }
   return line + '\n';
 }
@@ -42,8 +49,7 @@ public:
   CsvWriter(const std::filesystem::path& base, const RunDescription& run, const std::vector<OutputVariable>& variables)
       : start_(run.start) {
     for (const OutputVariable& variable : variables) {
-      const std::string name = variable.csv_file.empty() ? text("output_", variable.isc, ".csv") : variable.csv_file;
-      files_.push_back(std::make_unique<File>(base, base.string() + "_" + name));
+      files_.push_back(std::make_unique<File>(base, csv_result_name(base, variable)));
       files_.back()->stream << header(run.segments);
       check(*files_.back());
     }

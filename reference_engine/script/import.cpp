@@ -1,6 +1,7 @@
 #include "core/errors.h"
 #include "core/text.h"
 #include "host/read_period.h"
+#include "output/csv_name.h"
 #include "script/arguments.h"
 #include "script/restart_file.h"
 #include "script/script.h"
@@ -233,6 +234,9 @@ private:
       hold_moment({.hour = values[0], .minute = values[1], .second = values[2]}, "not an hour, minute and second");
       break;
     case Range::days: hold_days(statement); break;
+    case Range::csv_name:
+      if (const std::string fault = csv_name_fault(statement.value.text); !fault.empty()) fail(statement.line, fault);
+      break;
     }
     if (statement.row->counts_from_zero_on_get) hold(1, host_.integer("NUMSYS"), "a system");
   }

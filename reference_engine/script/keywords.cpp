@@ -158,7 +158,7 @@ constexpr Keyword rows[] = {
     {.name = "CSVOPUNITS", .indices = {&csv_output}, .value = ValueKind::text},
     {.name = "CSVOPSHORTDESC", .indices = {&csv_output}, .value = ValueKind::text},
     {.name = "CSVOPDESCRIPTION", .indices = {&csv_output}, .value = ValueKind::text},
-    {.name = "CSVOPFILENAME", .indices = {&csv_output}, .value = ValueKind::text},
+    {.name = "CSVOPFILENAME", .indices = {&csv_output}, .value = ValueKind::text, .range = Range::csv_name},
 };
 
 constexpr char capital(char letter) {

@@ -28,7 +28,8 @@ enum class Range {
   segment_or_outside, // the same, or 0
   date,               // month, day, year
   time_of_day,        // hour, minute, second
-  days                // since the start, of a date in the calendar: a real
+  days,               // since the start, of a date in the calendar: a real
+  csv_name            // fit for the end of a result's name: a text
 };
 
 // An index of a keyword: what it counts, and which keyword tells how many there are.

@@ -1,3 +1,4 @@
+#include "dataset/csv_name.h"
 #include "shell/places.h"
 #include "shell/special_handlers.h"
 #include "shell/values.h"
@@ -132,6 +133,17 @@ void find_boundaries(shell_interface& shell) {
   shell.data_set().apply_thread_defaults();
   shell.data_set().find_boundaries();
   shell.log("Boundary search complete.");
+}
+
+void csv_output_file_name(shell_interface& shell, std::int32_t& number, char* csv_file_name) {
+  if (shell.is_get) {
+    if (const auto* output = place::csv_output_parameter::find<false>(shell, number))
+      to_argument(shell, output->csv_filename, csv_file_name);
+  } else if (const std::string fault = csv_name_fault(csv_file_name); !fault.empty()) {
+    shell.warn(fault);
+  } else if (auto* output = place::csv_output_parameter::find<true>(shell, number)) {
+    from_argument(shell, output->csv_filename, csv_file_name);
+  }
 }
 
 void project_file(shell_interface& shell, std::int32_t& index, char* filename) {

@@ -22,6 +22,8 @@ void initial_concentration(shell_interface& shell, std::int32_t& system_index, s
                            float& initc);
 void fraction_dissolved(shell_interface& shell, std::int32_t& system_index, std::int32_t& segment_index, float& fdiss);
 void find_boundaries(shell_interface& shell);
+void csv_output_file_name(shell_interface& shell, std::int32_t& number,
+                          char* csv_file_name); // GET by place, PUT by ISC
 void project_file(shell_interface& shell, std::int32_t& index, char* filename);
 void model_type(shell_interface& shell, std::int32_t& model_type);
 

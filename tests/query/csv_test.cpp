@@ -45,6 +45,11 @@ TEST(Csv, PassesOverNoBreakSpacesAroundNumbers) {
               ElementsAre("n:3; t:1", "1; é", "2; x"));
 }
 
+TEST(Csv, DropsTheApostropheThatKeepsANameOfResultsFromBeingAFormula) {
+  EXPECT_THAT(read("time,'=A1,\"'-1, 2\",'@x,'tis,'\n2011-02-01,1,2,3,4,5\n"),
+              ElementsAre("time:9; =A1:3; -1, 2:3; @x:3; 'tis:3; ':3", "2011-02-01; 1; 2; 3; 4; 5"));
+}
+
 TEST(Csv, SettlesTheOrderOfADateByTheWholeColumn) {
   EXPECT_THAT(read("d,e\n1/2/2011,1/2/2011\n3/4/2011,13/4/2011\n"),
               ElementsAre("d:9; e:9", "2011-01-02; 2011-02-01", "2011-03-04; 2011-04-13"));

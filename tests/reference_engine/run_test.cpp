@@ -62,6 +62,30 @@ protected:
   FakeHost host;
 };
 
+// A front end lets them pass, and the names of segments, which stand in the results, are a shell's commands.
+TEST_F(RunTest, ACsvNameLeadsNowhereElse) {
+  std::ofstream(folder / "profile") << "untouched";
+  for (const char* name : {"out/../../profile", "../profile", "..", "a\\b", "a\x1b[2J.csv", "\x7f"}) {
+    EXPECT_THAT(after("SEGNAME 1 \"$(id)\"\nCSVOPFILENAME 11 \"" + std::string(name) + "\""),
+                AllOf(StartsWith("CSV output 11 ("), HasSubstr("the name \"" + std::string(name) + "\" ")));
+    EXPECT_EQ(host.return_code, 3);
+    EXPECT_THAT(files(), ElementsAre("profile"));
+    EXPECT_EQ(content("profile"), "untouched");
+  }
+  host.failures.clear();
+  EXPECT_EQ(after("CSVOPFILENAME 11 \"..flow of day 1.csv\""), "");
+  EXPECT_THAT(files(), testing::Contains("river_..flow of day 1.csv"));
+}
+
+TEST_F(RunTest, NoNameIsAFormulaInASpreadsheet) {
+  for (const char* name : {"=cmd|' /C calc'!A0", "+1", "-1", "@SUM(1)"}) {
+    EXPECT_EQ(after("SEGNAME 2 \"" + std::string(name) + "\""), "");
+    EXPECT_THAT(content("river_out11.csv"), StartsWith("time,\"upper, reach\",'" + std::string(name) + "\n"));
+  }
+  EXPECT_EQ(after("SEGNAME 1 \"=A, B\"\nSEGNAME 2 \"=A, B\""), ""); // a name that is quoted and numbered, too
+  EXPECT_THAT(content("river_out11.csv"), StartsWith("time,\"'=A, B [1]\",\"'=A, B [2]\"\n"));
+}
+
 // Upper: 2 exp(-t); lower: 2 (1 + t) exp(-t). Single precision and Runge-Kutta leave 1e-6.
 TEST_F(RunTest, WritesItsResultsAndReports) {
   EXPECT_EQ(after("DEBUG 2\nICRD 1"), "");

@@ -126,6 +126,14 @@ TEST_F(ScriptTest, ErrorsNameFileLineAndCause) {
   EXPECT_EQ(import_failure("MODELTYPE 1\nSEEDTIME 24 0 0"), ", line 2: not an hour, minute and second: 24 0 0.");
   EXPECT_EQ(import_failure("MODELTYPE 1\nSEEDDATE 1 1 3999\nENDJULIAN 365"),
             ", line 3: 365 days after the start is no date from 1600-01-01 to 3999-12-31.");
+  const std::string named = "MODELTYPE 1\nCSVOPFILENAME 1 "; // of results: they stay in the data file's folder
+  for (const char* name : {"out/../../../.bashrc", "/etc/passwd", "..\\\\run.bat", "a/"})
+    EXPECT_THAT(import_failure(named + '"' + name + '"'), testing::EndsWith("\" has a path separator.")) << name;
+  EXPECT_EQ(import_failure(named + "\"a/b\""), ", line 2: the name \"a/b\" has a path separator.");
+  EXPECT_EQ(import_failure(named + "\"..\""), ", line 2: the name \"..\" is a folder's.");
+  EXPECT_EQ(import_failure(named + "\".\""), ", line 2: the name \".\" is a folder's.");
+  for (const char* name : {"a\\nb.csv", "\\u001b[2J", "a\\u007f", "\\u009b2J"})
+    EXPECT_THAT(import_failure(named + '"' + name + '"'), testing::EndsWith("\" has a control character.")) << name;
   EXPECT_EQ(import_failure("\xff\xfeM"), ": is text in UTF-16. Save it as UTF-8.");
   EXPECT_EQ(import_failure("MODELTYPE 1\nNUMSEG 1\nSEGNAME 1 \"open"), ", line 3: a text has no closing quote.");
   EXPECT_EQ(import_failure("MODELTYPE 1\nNUMSEG 1\nSEGNAME 1 \"\\ud800x\""),

@@ -65,6 +65,23 @@ TEST_F(DataKeywords, CountsAndFieldSwitches) {
   expect({"PNRFLD -2147483648 -> -2147483648", "GNRFLD 9 -> 0"});
 }
 
+TEST_F(DataKeywords, ACsvNameThatLeadsOutOfTheFolderIsNotStored) {
+  expect({"GCSVOPFILENAME 2 '' -> 2 flow.csv"});
+  warnings();
+  for (const char* name : {"out/../../.bashrc", "a\\b", "..", ".", "a\x1b", "a\x7f", "\xc2\x9b", "a\x01"})
+    call("PCSVOPFILENAME 42 '" + std::string(name) + "'");
+  const std::string separator = " has a path separator", control = " has a control character",
+                    folder = " is a folder's";
+  const auto warning = [](const std::string& name, const std::string& cause) {
+    return "WARNING: CSVOPFILENAME: the name \"" + name + "\"" + cause;
+  };
+  EXPECT_THAT(warnings(),
+              ElementsAre(warning("out/../../.bashrc", separator), warning("a\\b", separator), warning("..", folder),
+                          warning(".", folder), warning("a\x1b", control), warning("a\x7f", control),
+                          warning("\xc2\x9b", control), warning("a\x01", control)));
+  expect({"GCSVOPFILENAME 2 '' -> 2 flow.csv", "PCSVOPFILENAME 42 '..x' -> 42 ..x", "GCSVOPFILENAME 2 '' -> 2 ..x"});
+}
+
 TEST_F(DataKeywords, MassBalanceCountsFromOneWhenPutAndFromZeroWhenRead) {
   expect({"GJMAS 9 -> 1", "PJMAS 1 -> 1", "GJMAS 9 -> 0", "GJMASS 1 9 -> 1 0", "GJMASS 5 9 -> 5 1", "PJMASS 5 0 -> 5 0",
           "GJMAS 9 -> 2", "PJMAS 3 -> 3", "GJMAS 9 -> 2"});

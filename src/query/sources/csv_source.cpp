@@ -75,6 +75,13 @@ private:
   std::vector<column_form> forms_;
 };
 
+// Without the apostrophe that a name has in results, so that no spreadsheet takes it for a formula.
+std::string without_apostrophe(std::string name) {
+  const bool marked =
+      name.size() > 1 && name[0] == '\'' && std::string_view("=+-@\t\r").find(name[1]) != std::string_view::npos;
+  return marked ? name.substr(1) : name;
+}
+
 bool ends_line(char c) {
   return c == '\n' || c == '\r';
 }
@@ -119,7 +126,7 @@ void csv_source::find_columns() {
     while (sample.size() < sample_rows && first_rows.next()) {
       sample_row& row = sample.emplace_back();
       for (std::size_t i = 0; i < first_rows.size(); ++i) {
-        row.texts.push_back(shown_text(first_rows.text(i, room)));
+        row.texts.push_back(without_apostrophe(shown_text(first_rows.text(i, room))));
         column_votes value;
         value.add(row.texts.back());
         row.values += value.settle().type != field_type::string;
