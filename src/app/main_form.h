@@ -232,13 +232,13 @@ private:
   void start_post_processor(const std::string& program);
   void report_failure(const std::string& text);
   document present() const; // there must be a data set
-  void replace(document next);
+  void replace(document next, bool with_caption = true);
   void as_step(const std::string& label, const std::function<void()>& work);
   void add_step(document before, const std::string& label, const std::string& merge_key = {});
   void go_to(document step, const std::string& line);
   bool is_replaced_since(std::uint64_t generation, const std::string& what_was_left);
   std::string name_of_document() const; // for messages
-  void make_data_sets();
+  void begin_document(const std::string& its_file_name, const std::string& its_import_file_name);
   void take_present_catalogue();                               // for the data set that is open
   void take_content(const prevesk_dataset_data_type& content); // into the current data set
   void note_start_of_job(job_code code, const std::string& name);

@@ -58,20 +58,16 @@ private:
 
 } // namespace
 
-// Another document, under the names of the present one.
-void TPreveskMainForm::make_data_sets() {
-  replace({prevesk_dataset_data_type(catalogue.get()), file_name, import_file_name, ++last_document_});
+// An empty data set of the catalogue's first model. Throws catalogue_exception, and all is as it was.
+void TPreveskMainForm::begin_document(const std::string& its_file_name, const std::string& its_import_file_name) {
+  replace({prevesk_dataset_data_type(catalogue.get()), its_file_name, its_import_file_name, ++last_document_});
   *backup_data_set = *current_data_set;
 }
 
 void TPreveskMainForm::new_data_set() {
   const busy_cursor busy(ui_);
   try {
-    as_step("New", [this] {
-      make_data_sets();
-      file_name.clear();
-    });
-    update_caption();
+    as_step("New", [this] { begin_document("", import_file_name); });
     update_menus();
   } catch (const catalogue_exception&) {
     check_database();
@@ -105,7 +101,6 @@ TPreveskMainForm::load_result TPreveskMainForm::load(const std::string& name, lo
   try {
     if (!read_into_new_data_sets(name, kind, losses)) {
       report_failure("Cannot open file.");
-      restore_snapshot(); // of the new data set, so that it stays empty
       update_menus();
       return load_result::cannot_open;
     }
@@ -158,12 +153,10 @@ bool TPreveskMainForm::read_into_new_data_sets(const std::string& name, load_kin
     throw;
   }
   ++last_document_;
-  replace(std::move(fresh));
+  replace(std::move(fresh), opened);
   *backup_data_set = empty;
-  if (!opened) return false;
-  update_caption();
-  update_menus();
-  return true;
+  if (opened) update_menus();
+  return opened;
 }
 
 bool TPreveskMainForm::save() {
@@ -249,14 +242,10 @@ void TPreveskMainForm::prepare_import(const std::string& name) {
   replaced_by_import_ = current_data_set ? name_of_document() : std::string();
   const std::string label = "Import " + leaf_of(name);
   try {
-    as_step(label, [&] {
-      make_data_sets();
-      import_file_name = name;
-    });
+    as_step(label, [&] { begin_document(file_name, name); });
   } catch (const catalogue_exception& error) {
     return report_failure(error.what());
   }
-  update_caption();
   update_menus();
   const bool was_busy = active_thread != nullptr;
   start_import_export(true);

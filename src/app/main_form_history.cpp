@@ -14,8 +14,8 @@ std::string TPreveskMainForm::name_of_document() const {
   return file_name.empty() ? "the data set" : leaf_of(file_name);
 }
 
-// The one way in which the current data set is replaced, whoever asks.
-void TPreveskMainForm::replace(document next) {
+// The one way in which the current data set is replaced, whoever asks. The title follows, but for a failed Open.
+void TPreveskMainForm::replace(document next, bool with_caption) {
   if (current_data_set) {
     *current_data_set = std::move(next.data_set);
   } else {
@@ -28,6 +28,7 @@ void TPreveskMainForm::replace(document next) {
   ++generation_;
   current_data_set->apply_thread_defaults();
   ui_.data_set_replaced();
+  if (with_caption) update_caption();
 }
 
 void TPreveskMainForm::take_content(const prevesk_dataset_data_type& content) {
@@ -77,7 +78,6 @@ void TPreveskMainForm::RedoItemClick() {
 
 void TPreveskMainForm::go_to(document step, const std::string& line) {
   replace(std::move(step));
-  update_caption();
   update_menus();
   add_info_line(line, icon_plain);
 }

@@ -63,7 +63,6 @@ void TPreveskMainForm::take_back() {
   if (!same_document) next.number = ++last_document_;
   replace(std::move(next));
   *backup_data_set = *current_data_set; // a dialog that is open cancels to the result
-  update_caption();
   tell_what_was_replaced(before, same_document, edited);
   const bool had_step = last_job_.code == job_code::import_file && same_document && !edited;
   if (!had_step && !same_input(before.data_set, *current_data_set)) add_step(std::move(before), job_start_->label);
