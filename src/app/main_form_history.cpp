@@ -11,7 +11,7 @@ document TPreveskMainForm::present() const {
 }
 
 std::string TPreveskMainForm::name_of_document() const {
-  return file_name.empty() ? "the data set" : leaf_of(file_name);
+  return file_name.empty() ? "the unnamed data set" : leaf_of(file_name);
 }
 
 // The one way in which the current data set is replaced, whoever asks. The title follows, but for a failed Open.
@@ -77,9 +77,10 @@ void TPreveskMainForm::RedoItemClick() {
 }
 
 void TPreveskMainForm::go_to(document step, const std::string& line) {
+  const bool is_another = step.number != document_number_;
   replace(std::move(step));
   update_menus();
-  add_info_line(line, icon_plain);
+  add_info_line(line + (is_another ? ". Open again: " + name_of_document() : std::string()) + ".", icon_plain);
 }
 
 // After a question to the user: true when a job's end has replaced the data set meanwhile. Says what was not done.

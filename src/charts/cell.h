@@ -4,6 +4,7 @@
 #pragma once
 
 #include "charts/item_list.h"
+#include "dataset/moment.h"
 
 #include <memory>
 #include <string>
@@ -41,7 +42,7 @@ inline cell_type combo_cell(std::initializer_list<std::string> items) {
 // Limits of what can be typed.
 inline constexpr std::size_t longest_number_entry = 32; // characters
 inline constexpr std::size_t longest_text_entry = 128;  // characters; at most 255 bytes
-inline constexpr double last_day = 876581;              // 31 December 3999
+inline constexpr double last_day = last_calendar_day;   // 31 December 3999
 
 // What the cell shows; a check box as 1 or 0. Combo positions without an item show nothing.
 std::string cell_text(const cell_type& type, const cell_value& value);

@@ -159,8 +159,8 @@ private:
   static void check_value(const std::string& name, const std::string& value) {
     if (value.empty()) throw usage_error("Option " + name + " requires a value.");
     if (value[0] == '-')
-      throw usage_error("Option " + name + " requires a value, but is followed by \"" + value +
-                        "\"; a file of that name is ./" + value + ".");
+      throw usage_error("Option " + name + " requires a value, found \"" + value + "\"; a file of that name is ./" +
+                        value + ".");
     std::error_code ignored;
     const fs::file_status status = fs::status(value, ignored);
     if (fs::is_character_file(status) || fs::is_block_file(status))

@@ -80,7 +80,11 @@ session::step session::open_files() {
     const ends_at_once on_a_signal;
     return form_.walk_command_line(options_.walk);
   }();
-  if (form_.failures() > 0 || (form_.files_partly_read() > 0 && !options_.yes)) return step::failed;
+  if (form_.failures() > 0) return step::failed;
+  if (form_.files_partly_read() > 0 && !options_.yes) {
+    ui_.say_failure("Nothing is done with a file that was opened only in part, unless --yes is given.");
+    return step::failed;
+  }
   if (!requests.import_requested) return step::done;
   return job(requests.import_name, [&] { form_.import_file(requests.import_name); });
 }

@@ -36,14 +36,13 @@ TEST(Options, WrongUsageIsToldInOneSentence) {
   EXPECT_EQ(error({"--save="}), "Option --save requires a value.");
   for (const char* option : {"--engine", "--catalogue", "--import-network", "--load-restart", "--export", "--save",
                              "--progress", "-IMPORT"}) {
-    EXPECT_EQ(error({option, "-"}), std::string("Option ") + option +
-                                        " requires a value, but is followed by \"-\"; a file of that name is ./-.");
+    EXPECT_EQ(error({option, "-"}),
+              std::string("Option ") + option + " requires a value, found \"-\"; a file of that name is ./-.");
     EXPECT_TRUE(error({option, "-RUN"}).starts_with(std::string("Option ") + option + " requires a value")) << option;
     EXPECT_EQ(error({option, "/dev/null"}),
               std::string("Option ") + option + " takes no device, but has \"/dev/null\".");
   }
-  EXPECT_EQ(error({"--log=-x"}),
-            "Option --log requires a value, but is followed by \"-x\"; a file of that name is ./-x.");
+  EXPECT_EQ(error({"--log=-x"}), "Option --log requires a value, found \"-x\"; a file of that name is ./-x.");
   EXPECT_EQ(error({"--save", "/dev/fd/1"}), "Option --save takes no device or pipe, but has \"/dev/fd/1\".");
   for (const char* folder : {"..", "rivers/", "rivers/."})
     EXPECT_EQ(error({"--save", folder}),

@@ -320,7 +320,10 @@ TEST_F(VeskRun, AFileThatIsOnlyPartlyUnderstoodIsNotSavedOver) {
   for (const char* name : {"newer.vki", "unknown.vki"}) {
     const std::string before = folder.read(name);
     for (const char* work : {"--refresh", "-RUN"}) EXPECT_EQ(run({folder.file(name), work}).status, 1);
-    EXPECT_EQ(run({folder.file(name), "--save", folder.file(name)}).status, 1);
+    const program_result refused = run({folder.file(name), "--save", folder.file(name), "--quiet"});
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_TRUE(refused.err.ends_with(
+        "vesk-run: Nothing is done with a file that was opened only in part, unless --yes is given.\n"));
     EXPECT_EQ(folder.read(name), before);
     const program_result agreed = run({folder.file(name), "--save", folder.file("out"), "--yes"});
     EXPECT_EQ(agreed.status, 0) << agreed.err;
