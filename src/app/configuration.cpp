@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <limits>
+#include <type_traits>
 
 namespace vesk {
 
@@ -50,10 +51,10 @@ void registry_configuration::read(std::string_view name, bool& value) const {
   value = number != 0;
 }
 
-template <class Visit>
-void configuration::each_value(Visit visit) {
+template <class Self, class Visit>
+void configuration::each_value(Self& self, Visit visit) {
 // The name of a value is the name of its member.
-#define VESK_SETTING(member) visit(#member, member)
+#define VESK_SETTING(member) visit(#member, self.member)
   VESK_SETTING(ApplicationName);
   VESK_SETTING(EditionName);
   VESK_SETTING(PostProcessor);
@@ -95,7 +96,7 @@ void configuration::each_value(Visit visit) {
 
 configuration::configuration(const std::filesystem::path& file, access granted)
     : registry_configuration("TALMO", "VESK", "7.0", file), access_(granted) {
-  each_value([this](std::string_view name, auto& member) { read(name, member); });
+  each_value(*this, [this](std::string_view name, auto& member) { read(name, member); });
   read("UndoMegabytes", UndoMegabytes);
   read("DatabaseDir", DatabaseDir);
   as_read_ = all_values();
@@ -105,9 +106,18 @@ configuration::configuration(const std::filesystem::path& file, access granted)
 
 configuration::values configuration::all_values() {
   values all;
-  each_value([&all](std::string_view name, const auto& member) { all.emplace_back(name, text_of(member)); });
+  each_value(*this, [&all](std::string_view name, const auto& member) { all.emplace_back(name, text_of(member)); });
   all.emplace_back("DatabaseDir", DatabaseDir == default_database() ? std::string() : DatabaseDir);
   return all;
+}
+
+std::string configuration::number_format(std::string_view name) const {
+  std::string format;
+  each_value(*this, [&](std::string_view value_name, const auto& member) {
+    if constexpr (std::is_same_v<std::decay_t<decltype(member)>, std::string>)
+      if (value_name == name) format = member;
+  });
+  return format;
 }
 
 void configuration::save_all() {

@@ -60,6 +60,9 @@ public:
   // read. A failure is silent.
   void save_all();
 
+  // The picture of a number cell, by the name of its setting ("TimeStepBasicNumericField"); empty: no such setting.
+  std::string number_format(std::string_view name) const;
+
   std::string ApplicationName = "TALMO VESK";
   std::string EditionName;
   std::string PostProcessor = "jovik.exe";
@@ -106,8 +109,8 @@ public:
 
 private:
   // Calls `visit(name, member)` for every stored value but DatabaseDir, in the order of reading and writing.
-  template <class Visit>
-  void each_value(Visit visit);
+  template <class Self, class Visit>
+  static void each_value(Self& self, Visit visit);
   values all_values();
 
   const access access_;

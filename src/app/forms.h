@@ -1,45 +1,68 @@
-// The windows of the program by name, and the pictures that their number fields are entered through.
+// The forms of the program, each one object for the life of the main form.
 #pragma once
 
-#include <span>
+#include "editors/constants_form.h"
+#include "editors/edit_project_form.h"
+#include "editors/fill_calculate_form.h"
+#include "editors/output_control_form.h"
+#include "editors/parameter_form.h"
+#include "editors/parameters_form.h"
+#include "editors/preferences_form.h"
+#include "editors/print_interval_form.h"
+#include "editors/set_seed_date_form.h"
+#include "editors/system_form.h"
+#include "editors/time_functions_form.h"
+#include "editors/time_step_form.h"
+
 #include <string>
 #include <string_view>
 
 namespace vesk {
 
-class configuration;
+// The product, its version and its edition.
+class TAboutBox final : public form {
+public:
+  explicit TAboutBox(std::string edition) : edition_name(std::move(edition)) {}
 
-// The dialogs that the main window opens.
-enum class form_id {
-  TEditProjectForm,
-  TBoundaryForm,
-  TConstantsForm,
-  TAboutBox,
-  TExchangesFlowsForm,
-  TLoadsForm,
-  TParameterForm,
-  TParametersForm, // the "Data set" dialog
-  TPreferenceConfigurationForm,
-  TPrintIntervalForm,
-  TSegmentForm,
-  TSystemForm,
-  TTimeFunctionsForm,
-  TTimeStepForm,
-  TOutputControlForm,
+  std::string_view class_name() const override { return "TAboutBox"; }
+  std::string caption() const override { return "About VESK"; }
+
+  const std::string edition_name;
 };
 
-// The classes of all windows in the order in which they are made at the start; each lives as long as the program. The
-// first is the main window.
-std::span<const std::string_view> form_classes();
+// An editor whose window does not exist yet: a front end says so and answers Cancel.
+class unbuilt_form final : public form {
+public:
+  unbuilt_form(std::string_view class_name, std::string_view caption) : class_name_(class_name), caption_(caption) {}
 
-// A numeric picture of the settings and the one field of one form that it is for.
-struct picture_mask {
-  std::string_view value_name; // in the settings
-  std::string configuration::*value;
-  std::string_view form; // the class
-  std::string_view field;
+  std::string_view class_name() const override { return class_name_; }
+  std::string caption() const override { return std::string(caption_); }
+
+private:
+  std::string_view class_name_, caption_;
 };
 
-std::span<const picture_mask> picture_masks();
+struct program_forms {
+  program_forms(editor_host& host, const std::string& edition)
+      : data_set(host), systems(host), parameters(host), constants(host), time_functions(host), print_interval(host),
+        time_step(host), output_control(host), seed_date(host), project(host), preferences(host), about(edition) {}
+
+  TParametersForm data_set;
+  TSystemForm systems;
+  TParameterForm parameters;
+  TConstantsForm constants;
+  TTimeFunctionsForm time_functions;
+  TPrintIntervalForm print_interval;
+  TTimeStepForm time_step;
+  TOutputControlForm output_control;
+  TSetSeedDateForm seed_date; // no command opens it yet
+  unbuilt_form segments{"TSegmentForm", "Segments"};
+  unbuilt_form exchanges{"TExchangesFlowsForm", "Exchanges"}, flows{"TExchangesFlowsForm", "Flows"};
+  unbuilt_form loads{"TLoadsForm", "Loads"}, boundaries{"TBoundaryForm", "Boundaries"};
+  TEditProjectForm project;
+  TPreferenceConfigurationForm preferences;
+  TAboutBox about;
+  TFillCalculateForm fill_calculate;
+};
 
 } // namespace vesk

@@ -2,6 +2,7 @@
 
 #include "app/documentation.h"
 #include "app/file_names.h"
+#include "app/forms.h"
 #include "platform/program_paths.h"
 
 namespace vesk {
@@ -28,6 +29,7 @@ TPreveskMainForm::TPreveskMainForm(user_interface& ui, const fs::path& settings_
   documents_directory = documents.empty() ? program_directory : with_separator(documents);
   const auto log_folder = is_writable_directory(program_directory) ? fs::path(program_directory) : state_directory();
   log_file_name = log_folder / "LOG.TXT";
+  forms_ = std::make_unique<program_forms>(*this, settings.EditionName);
   for (const std::string& part : {settings.ApplicationName, settings.EditionName})
     if (!part.empty()) base_caption += " " + part;
   execute_query = [this](const import_query_descriptor& query, const prevesk_dataset_data_type& data_set,

@@ -11,6 +11,7 @@
 #include "app/priority_control.h"
 #include "app/user_interface.h"
 #include "dataset/dataset.h"
+#include "editors/editor_host.h"
 #include "engine/job_front_end.h"
 #include "engine/model_thread.h"
 #include "platform/output_lock.h"
@@ -29,6 +30,8 @@
 #include <vector>
 
 namespace vesk {
+
+struct program_forms;
 
 // What the command line asks for besides the files that it opens.
 struct command_line_requests {
@@ -49,7 +52,7 @@ struct job_outcome {
   bool failed() const { return !failure.empty(); }
 };
 
-class TPreveskMainForm final : private job_front_end {
+class TPreveskMainForm final : public editor_host, private job_front_end {
 public:
   // The interval of UIUpdateTimer, in milliseconds.
   static constexpr int ui_update_interval = 500;
@@ -115,16 +118,21 @@ public:
   // put back, then the caption.
   void UndoItemClick();
   void RedoItemClick();
-  std::string undo_label() const { return steps_.undo_label(); } // of the next step; empty: none
-  std::string redo_label() const { return steps_.redo_label(); }
   void keep_no_history() { keeps_history_ = false; } // for a front end without Undo; before any file is opened
-  // Raised by every replacement of the current data set. Whoever asks the user something compares it after the answer.
-  std::uint64_t generation() const { return generation_; }
-
-  // One operation of an editor: a step of the history under this label. Not completed: the data set is put back to
-  // what it was at the begin. Steps do not nest; those under one merge key join when they follow soon.
-  void begin_step(const std::string& label, const std::string& merge_key);
-  void end_step(bool completed);
+  // editor_host
+  prevesk_dataset_data_type* data_set() override { return current_data_set.get(); }
+  std::uint64_t generation() const override { return generation_; }
+  user_questions& questions() override { return ui_; }
+  std::string number_format(std::string_view setting) const override { return settings.number_format(setting); }
+  void begin_step(const std::string& label, const std::string& merge_key) override;
+  void end_step(bool completed) override;
+  std::string undo_label() const override { return steps_.undo_label(); }
+  std::string redo_label() const override { return steps_.redo_label(); }
+  void undo() override { UndoItemClick(); }
+  void redo() override { RedoItemClick(); }
+  TFillCalculateForm& fill_calculate_form() override;
+  bool job_is_running() const override { return active_thread != nullptr; }
+  program_forms& forms() { return *forms_; }
 
   // Editors: a snapshot, the form, and the snapshot back on anything but OK. Without a data set they do nothing.
   void ParameterizationItemClick(); // the "Data set" dialog
@@ -190,7 +198,7 @@ public:
 
   // Run control.
   void RunModelButtonClick(); // starts a run, or cancels the job that goes
-  void cancel_job();          // asks the job that goes, if any, to stop
+  void cancel_job() override; // asks the job that goes, if any, to stop
   // The launchers; without a data set they do nothing.
   void ImportNetworkButtonClick() { start_import_network(); }
   void ValidateInputItemClick() { start_validity_check(); }
@@ -199,7 +207,7 @@ public:
   void start_read_hyd_file();
   void start_import_network();
   void start_import_network(const std::string& name);
-  void start_load_restart_file();
+  void start_load_restart_file() override;
   void start_load_restart_file(const std::string& name);
   // Executes the deferred queries of the data set itself, so that they become plain series. False: failed, and told;
   // the data set is as before.
@@ -214,7 +222,7 @@ public:
 
   // Diagnostics. Any thread.
   bool logging_enabled() const override { return logging_enabled_; }
-  void set_logging_enabled(bool enabled) { logging_enabled_ = enabled; }
+  void set_logging_enabled(bool enabled) override { logging_enabled_ = enabled; }
   int diagnostic_level() const override { return diagnostic_level_; }
   void set_diagnostic_level(int level) override { diagnostic_level_ = level; }
   int return_code() const { return return_code_; } // the process's exit code as the engine has put it
@@ -225,7 +233,8 @@ public:
   std::optional<double> ResultsTableGetCellData(int row, int column) const;
 
 private:
-  void edit(form_id form, void (TPreveskMainForm::*on_ok)() = nullptr, bool exchange_mode = false);
+  void edit(form& editor, void (TPreveskMainForm::*on_ok)() = nullptr, void (TPreveskMainForm::*on_close)() = nullptr);
+  void give_default_points();
   void update_menus_and_caption();
   void find_boundaries();
   void restore_geometry();
@@ -283,6 +292,7 @@ private:
   void set_return_code(int code) override { return_code_ = job_return_code_ = code; }               // any thread
 
   user_interface& ui_;
+  std::unique_ptr<program_forms> forms_;
   std::shared_ptr<const engine_library> library_;
   int failures_ = 0;
   int files_partly_read_ = 0;

@@ -1,43 +1,22 @@
 // The commands that show a dialog.
+#include "app/forms.h"
 #include "app/main_form.h"
 
 #include <utility>
 
 namespace vesk {
 
-namespace {
-
-// What a dialog is for, in the label of a step.
-std::string_view words_for(form_id form) {
-  switch (form) {
-  case form_id::TParametersForm: return "data set";
-  case form_id::TSystemForm: return "systems";
-  case form_id::TSegmentForm: return "segments";
-  case form_id::TParameterForm: return "parameters";
-  case form_id::TConstantsForm: return "constants";
-  case form_id::TExchangesFlowsForm: return "exchanges and flows";
-  case form_id::TLoadsForm: return "loads";
-  case form_id::TBoundaryForm: return "boundaries";
-  case form_id::TTimeFunctionsForm: return "time functions";
-  case form_id::TPrintIntervalForm: return "print intervals";
-  case form_id::TTimeStepForm: return "time steps";
-  case form_id::TOutputControlForm: return "output control";
-  case form_id::TEditProjectForm: return "project files";
-  case form_id::TAboutBox:
-  case form_id::TPreferenceConfigurationForm: break; // change no data set
-  }
-  return {};
+TFillCalculateForm& TPreveskMainForm::fill_calculate_form() {
+  return forms_->fill_calculate;
 }
 
-} // namespace
-
 // A dialog's own steps can be undone in it. After a Cancel they are still there, behind the step of the Cancel itself.
-// What follows an OK belongs to the last of them; a dialog that adds none is one step.
-void TPreveskMainForm::edit(form_id form, void (TPreveskMainForm::*on_ok)(), bool exchange_mode) {
+// What follows a dialog belongs to the last of them; a dialog that adds none is one step.
+void TPreveskMainForm::edit(form& editor, void (TPreveskMainForm::*on_ok)(), void (TPreveskMainForm::*on_close)()) {
   if (!current_data_set) return;
   commit_snapshot();
   steps_.begin_editing();
-  const bool by_ok = ui_.show_form(form, exchange_mode);
+  const bool by_ok = ui_.show_form(editor);
   const bool has_steps = steps_.has_edits();
   steps_.end_editing();
   document edited = present();
@@ -45,11 +24,16 @@ void TPreveskMainForm::edit(form_id form, void (TPreveskMainForm::*on_ok)(), boo
     restore_snapshot();
   else if (on_ok)
     (this->*on_ok)();
-  if (*backup_data_set == (by_ok ? *current_data_set : edited.data_set)) return update_menus();
-  if (!by_ok) return add_step(std::move(edited), "Cancel " + std::string(words_for(form)));
-  if (has_steps) return update_menus();
-  edited.data_set = *backup_data_set;
-  add_step(std::move(edited), "Edit " + std::string(words_for(form)));
+  if (on_close) (this->*on_close)();
+  const bool cancels_edits = !by_ok && !(*backup_data_set == edited.data_set);
+  const bool is_changed = !(*backup_data_set == *current_data_set);
+  if (cancels_edits) {
+    add_step(std::move(edited), "Cancel " + editor.caption());
+  } else if (is_changed && !has_steps) {
+    edited.data_set = *backup_data_set;
+    add_step(std::move(edited), "Edit " + editor.caption());
+  }
+  update_menus();
 }
 
 void TPreveskMainForm::update_menus_and_caption() {
@@ -61,70 +45,74 @@ void TPreveskMainForm::find_boundaries() {
   if (current_data_set) current_data_set->find_boundaries();
 }
 
+void TPreveskMainForm::give_default_points() {
+  current_data_set->give_default_points();
+}
+
 void TPreveskMainForm::ParameterizationItemClick() {
   take_present_catalogue(); // its tables may have changed since the data set was read
-  edit(form_id::TParametersForm, &TPreveskMainForm::update_menus_and_caption);
+  edit(forms_->data_set, &TPreveskMainForm::update_menus_and_caption, &TPreveskMainForm::give_default_points);
+  if (forms_->data_set.reads_hydrodynamic_file()) start_read_hyd_file();
 }
 
 void TPreveskMainForm::SystemsItemClick() {
-  edit(form_id::TSystemForm);
+  edit(forms_->systems);
 }
 
 void TPreveskMainForm::SegmentsItemClick() {
-  edit(form_id::TSegmentForm);
+  edit(forms_->segments);
 }
 
 void TPreveskMainForm::ParametersItemClick() {
-  edit(form_id::TParameterForm);
+  edit(forms_->parameters);
 }
 
 void TPreveskMainForm::ConstantsItemClick() {
-  edit(form_id::TConstantsForm);
+  edit(forms_->constants);
 }
 
 void TPreveskMainForm::ExchangesItemClick() {
-  edit(form_id::TExchangesFlowsForm, &TPreveskMainForm::find_boundaries, true);
+  edit(forms_->exchanges, &TPreveskMainForm::find_boundaries);
 }
 
 void TPreveskMainForm::FlowsItemClick() {
-  edit(form_id::TExchangesFlowsForm, &TPreveskMainForm::find_boundaries, false);
+  edit(forms_->flows, &TPreveskMainForm::find_boundaries);
 }
 
 void TPreveskMainForm::LoadsItemClick() {
-  edit(form_id::TLoadsForm);
+  edit(forms_->loads);
 }
 
 void TPreveskMainForm::BoundariesItemClick() {
-  edit(form_id::TBoundaryForm);
+  edit(forms_->boundaries);
 }
 
 void TPreveskMainForm::TimeFunctionsItemClick() {
-  edit(form_id::TTimeFunctionsForm);
+  edit(forms_->time_functions);
 }
 
 void TPreveskMainForm::PrintIntervalItemClick() {
-  edit(form_id::TPrintIntervalForm);
+  edit(forms_->print_interval);
 }
 
 void TPreveskMainForm::TimestepItemClick() {
-  edit(form_id::TTimeStepForm, &TPreveskMainForm::update_menus);
+  edit(forms_->time_step, &TPreveskMainForm::update_menus);
 }
 
 void TPreveskMainForm::OutputcontrolItemClick() {
-  edit(form_id::TOutputControlForm);
+  edit(forms_->output_control);
 }
 
 void TPreveskMainForm::EditProjectItemClick() {
   if (!current_data_set) return;
-  document before = present();
-  ui_.show_form(form_id::TEditProjectForm, false); // edits in place, whatever closes it
-  if (!(before.data_set.project_files == current_data_set->project_files))
-    add_step(std::move(before), "Edit " + std::string(words_for(form_id::TEditProjectForm)));
+  steps_.begin_editing();
+  ui_.show_form(forms_->project); // edits in place, whatever closes it; each change is a step
+  steps_.end_editing();
   update_menus();
 }
 
 void TPreveskMainForm::PreferencesItemClick() {
-  ui_.show_form(form_id::TPreferenceConfigurationForm, false);
+  ui_.show_form(forms_->preferences);
   if (settings.RunTimeGridAlwaysVisible)
     ui_.show_results_grid(true);
   else if (!active_thread)
@@ -133,7 +121,7 @@ void TPreveskMainForm::PreferencesItemClick() {
 }
 
 void TPreveskMainForm::AboutItemClick() {
-  ui_.show_form(form_id::TAboutBox, false);
+  ui_.show_form(forms_->about);
 }
 
 void TPreveskMainForm::ExitItemClick() {

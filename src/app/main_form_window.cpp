@@ -34,7 +34,6 @@ void TPreveskMainForm::FormShow(std::span<const std::string> arguments) {
   update_caption();
   update_menus();
   if (settings.RunTimeGridAlwaysVisible) ui_.show_results_grid(true);
-  for (const picture_mask& mask : picture_masks()) ui_.set_picture_mask(mask, settings.*mask.value);
   check_database();
   const command_line_requests requests = walk_command_line(arguments);
   run_on_start = requests.run;

@@ -1,7 +1,7 @@
 // The one way in which the program speaks to its user. The window, the console and the tests each have their own.
 #pragma once
 
-#include "app/forms.h"
+#include "editors/user_questions.h"
 
 #include <optional>
 #include <string>
@@ -12,21 +12,7 @@ namespace vesk {
 struct import_query_descriptor;
 struct query_report;
 
-enum class box_buttons { ok, yes_no, yes_no_cancel };
-enum class box_answer { ok, yes, no, cancel };
-
 enum : int { icon_plain = 0, icon_note = 1, icon_failure = 2 };
-
-// A question for a file name.
-struct file_dialog {
-  enum class kind { open, save } kind = kind::open;
-  std::string title;  // empty: the dialog's own
-  std::string filter; // pairs of a description and a pattern, all parted by "|"
-  std::string default_extension;
-  // Of a name to save under, as ".vki": appended to a name without it, whatever dots that has, before the user is asked
-  // about replacing an existing file. Empty: nothing is appended but the default extension.
-  std::string ending = {};
-};
 
 // Which groups of commands can be used; see TPreveskMainForm::update_menus.
 struct command_conditions {
@@ -55,19 +41,10 @@ struct window_geometry {
 };
 
 // All members are called on the main thread.
-class user_interface {
+class user_interface : public user_questions {
 public:
-  virtual ~user_interface() = default;
-
-  virtual box_answer message_box(const std::string& title, const std::string& text, box_buttons buttons) = 0;
-  virtual bool boxes_stay_in_sight() const { return false; }                  // as printed lines do
-  virtual std::optional<std::string> ask_file(const file_dialog& dialog) = 0; // nothing: cancelled
-  // Begins at the folder `start`. Nothing: cancelled.
-  virtual std::optional<std::string> ask_folder(const std::string& title, const std::string& start) = 0;
-  virtual void set_busy(bool busy) = 0; // the hourglass
-
-  // Shows a dialog and returns when it has been closed: true by OK. `exchange_mode` is of TExchangesFlowsForm alone.
-  virtual bool show_form(form_id form, bool exchange_mode) = 0;
+  virtual bool boxes_stay_in_sight() const { return false; } // as printed lines do
+  virtual void set_busy(bool busy) = 0;                      // the hourglass
 
   // The main window. `set_commands` also makes PreveskMainMenu its menu.
   virtual void set_caption(const std::string& caption) = 0;
@@ -80,9 +57,8 @@ public:
   virtual void minimise_main_window() {}
   virtual void hide_splash() {}
   virtual void show_administration_menu(bool) {}
-  virtual void set_picture_mask(const picture_mask&, const std::string&) {} // the mask for the field named
-  virtual void add_documentation_item(const std::string&) {}                // its caption, without a mnemonic
-  virtual void set_priority_position(int) {}                                // of the track bar, 0 to 6
+  virtual void add_documentation_item(const std::string&) {} // its caption, without a mnemonic
+  virtual void set_priority_position(int) {}                 // of the track bar, 0 to 6
 
   // The current data set has been replaced: what forms show of it is out of date, and their positions may be outside.
   virtual void data_set_replaced() {}

@@ -243,8 +243,9 @@ cell_entry read_item(const cell_type& type, std::string_view text) {
   return refused(quoted(text) + " is not in the list");
 }
 
-// At most 128 characters and 255 bytes, cut at a whole character; tabs, line ends and control characters are blanks.
-cell_entry read_text(std::string_view text) {
+// So many characters and at most 255 bytes, cut at a whole character; tabs, line ends and control characters are
+// blanks.
+cell_entry read_text(const cell_type& type, std::string_view text) {
   constexpr std::size_t most_bytes = 255;
   const auto continues = [](char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; };
   std::string result;
@@ -252,7 +253,7 @@ cell_entry read_text(std::string_view text) {
   for (std::size_t i = 0; i < text.size();) {
     std::size_t end = i + 1;
     while (end < text.size() && continues(text[end])) ++end;
-    if (characters == longest_text_entry || end > most_bytes) break;
+    if (characters == type.longest_text || end > most_bytes) break;
     const auto first = static_cast<unsigned char>(text[i]);
     if (first < 0x20 || first == 0x7F)
       result += ' ';
@@ -311,7 +312,7 @@ void append_clipboard_text(std::string& text, const cell_type& type, const cell_
 }
 
 cell_entry read_entry(const cell_type& type, std::string_view text) {
-  if (type.kind == cell_kind::text) return read_text(text);
+  if (type.kind == cell_kind::text) return read_text(type, text);
   text = trimmed(text);
   switch (type.kind) {
   case cell_kind::date: return read_date(text);

@@ -19,30 +19,31 @@ enum class cell_kind { text, date, time, number, combo, check };
 // time the seconds since midnight, of a combo the item's position from 0, of a check box 0 or 1.
 using cell_value = std::variant<std::monostate, double, std::string>;
 
+// Limits of what can be typed.
+inline constexpr std::size_t longest_number_entry = 32; // characters
+inline constexpr std::size_t longest_text_entry = 128;  // characters, where a name is edited; at most 255 bytes
+inline constexpr double last_day = last_calendar_day;   // 31 December 3999
+
 struct cell_type {
   cell_kind kind = cell_kind::text;
-  std::string picture;                    // of a number; see numeric_picture.h
-  std::shared_ptr<const item_list> items; // of a combo; not null there
-  bool is_duration = false;               // of a number in days: "1 h", "5 min", "30 s" and "1 d" are taken as well
+  std::string picture = {};                    // of a number; see numeric_picture.h
+  std::shared_ptr<const item_list> items = {}; // of a combo; not null there
+  bool is_duration = false; // of a number in days: "1 h", "5 min", "30 s" and "1 d" are taken as well
+  std::size_t longest_text = longest_text_entry; // characters of a text
 };
 
 inline cell_type text_cell() {
-  return {cell_kind::text, {}, {}, false};
+  return {.kind = cell_kind::text};
 }
 inline cell_type check_cell() {
-  return {cell_kind::check, {}, {}, false};
+  return {.kind = cell_kind::check};
 }
 inline cell_type number_cell(std::string picture) {
-  return {cell_kind::number, std::move(picture), {}, false};
+  return {.kind = cell_kind::number, .picture = std::move(picture)};
 }
 inline cell_type combo_cell(std::initializer_list<std::string> items) {
-  return {cell_kind::combo, {}, std::make_shared<fixed_items>(items), false};
+  return {.kind = cell_kind::combo, .items = std::make_shared<fixed_items>(items)};
 }
-
-// Limits of what can be typed.
-inline constexpr std::size_t longest_number_entry = 32; // characters
-inline constexpr std::size_t longest_text_entry = 128;  // characters; at most 255 bytes
-inline constexpr double last_day = last_calendar_day;   // 31 December 3999
 
 // What the cell shows; a check box as 1 or 0. Combo positions without an item show nothing.
 std::string cell_text(const cell_type& type, const cell_value& value);

@@ -40,7 +40,7 @@ public:
   std::optional<std::string> ask_file(const file_dialog&) override { return {}; }
   std::optional<std::string> ask_folder(const std::string&, const std::string&) override { return {}; }
   void set_busy(bool) override {}
-  bool show_form(form_id, bool) override { return false; }
+  bool show_form(form&) override { return false; }
   void set_caption(const std::string&) override {}
   void set_commands(const command_conditions&) override {}
   void close_main_window() override {}

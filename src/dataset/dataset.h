@@ -113,6 +113,10 @@ public:
   // Gives an empty series two points of value 0, at the default moment and at the data set's end. Others stay.
   void ensure_default_points(point_list& points) const;
 
+  // The same for every empty series that a run needs: print intervals, time functions, loads. Boundaries, exchange and
+  // flow functions get theirs where they are made.
+  void give_default_points();
+
   // Called before a run copy's queries are executed. Leaves every series as it is: only a job's own copy ever moves
   // cursors, so there is nothing to take back.
   void reset_cursors() const {}

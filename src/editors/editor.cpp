@@ -45,7 +45,7 @@ bool editor::FormCloseQuery(bool by_ok) {
     accepted();
     return true;
   }
-  host_.questions().message_box(std::string(cannot_accept), refusal, box_buttons::ok);
+  host_.questions().message_box(std::string(refusal_title()), refusal, box_buttons::ok);
   return false;
 }
 

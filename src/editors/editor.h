@@ -53,6 +53,12 @@ struct editor_choice {
   std::size_t position = 0;
 };
 
+// A button beside the eight.
+struct editor_command {
+  std::string text, name; // with its mnemonic; of the control
+  std::function<void()> run;
+};
+
 // The window of an editor. All members are called after the change.
 class editor_view {
 public:
@@ -76,6 +82,8 @@ public:
 
   virtual editor_choice* choice() { return nullptr; }
   virtual void ChoiceChange(std::size_t /*position*/) {}
+
+  virtual std::vector<editor_command> extra_commands() { return {}; } // of the first panel
 
   // The buttons. Those for rows act on series and other grids with free rows.
   void InsertRowButtonClick(editor_panel& panel);
@@ -115,7 +123,8 @@ protected:
 
   virtual void take_content() = 0;                  // shows the data set as it now is
   virtual std::string find_refusal() { return {}; } // why OK is refused; empty: it is not
-  virtual void accepted() {}                        // what follows an OK that is not refused
+  virtual std::string_view refusal_title() const { return "Cannot accept data"; }
+  virtual void accepted() {} // what follows an OK that is not refused
 
   void set_message(std::string message);
   void refresh_texts(); // after labels were changed
@@ -133,7 +142,5 @@ private:
   std::string message_;
   TRegularTimesForm regular_times_;
 };
-
-inline constexpr std::string_view cannot_accept = "Cannot accept data";
 
 } // namespace vesk

@@ -41,6 +41,12 @@ public:
 
   virtual TFillCalculateForm& fill_calculate_form() = 0; // one for the whole program
 
+  // The two diagnostics switches; an engine may have put any level.
+  virtual bool logging_enabled() const = 0;
+  virtual void set_logging_enabled(bool enabled) = 0;
+  virtual int diagnostic_level() const = 0;
+  virtual void set_diagnostic_level(int level) = 0;
+
   // Jobs that a form may start. A job that ends replaces the data set, like all else that does.
   virtual void start_load_restart_file() = 0; // asks for the file
   virtual bool job_is_running() const = 0;

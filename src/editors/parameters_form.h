@@ -71,8 +71,8 @@ public:
   std::string message() const;                                              // what OK would do, or what a job has done
 
 private:
-  static cell_type date() { return {cell_kind::date, {}, {}, false}; }
-  static cell_type time() { return {cell_kind::time, {}, {}, false}; }
+  static cell_type date() { return {cell_kind::date}; }
+  static cell_type time() { return {cell_kind::time}; }
   void show_lists();
   void show_texts();
   void show_options();

@@ -24,11 +24,11 @@ public:
   regular_times times() const;
   std::string message() const; // why OK is refused; empty: it is not
 
-  entry_field StartDateField{"StartDateField", "Start date", {cell_kind::date, {}, {}, false}};
-  entry_field StartTimeField{"StartTimeField", "Start time", {cell_kind::time, {}, {}, false}};
+  entry_field StartDateField{"StartDateField", "Start date", {cell_kind::date}};
+  entry_field StartTimeField{"StartTimeField", "Start time", {cell_kind::time}};
   entry_field StepField{"StepField", "Step (1 d, 6 h, 5 min)", {cell_kind::number, "#####.######", {}, true}};
-  entry_field EndDateField{"EndDateField", "End date", {cell_kind::date, {}, {}, false}};
-  entry_field EndTimeField{"EndTimeField", "End time", {cell_kind::time, {}, {}, false}};
+  entry_field EndDateField{"EndDateField", "End date", {cell_kind::date}};
+  entry_field EndTimeField{"EndTimeField", "End time", {cell_kind::time}};
 
   std::array<entry_field*, 5> entry_fields() {
     return {&StartDateField, &StartTimeField, &StepField, &EndDateField, &EndTimeField};

@@ -22,8 +22,8 @@ public:
   void FormShow() override;
   bool FormCloseQuery(bool by_ok) override;
 
-  entry_field StartDateField{"StartDateField", "Start Date", {cell_kind::date, {}, {}, false}};
-  entry_field StartTimeField{"StartTimeField", "Start Time", {cell_kind::time, {}, {}, false}};
+  entry_field StartDateField{"StartDateField", "Start Date", {cell_kind::date}};
+  entry_field StartTimeField{"StartTimeField", "Start Time", {cell_kind::time}};
 
 private:
   editor_host& host_;

@@ -23,6 +23,9 @@ struct file_dialog {
   std::string title;  // empty: the dialog's own
   std::string filter; // pairs of a description and a pattern, all separated by "|"
   std::string default_extension;
+  // Of a name to save under, as ".vki": appended to a name without it, whatever dots that has, before the user is asked
+  // about replacing an existing file. Empty: nothing is appended but the default extension.
+  std::string ending = {};
 };
 
 class user_questions {

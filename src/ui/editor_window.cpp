@@ -188,6 +188,9 @@ void editor_window::add_buttons(QBoxLayout& row, editor_panel& panel, grid_view&
     if (one.button == paste_button) add("&Copy", "CopyButton", [this, &panel] { form_.CopyButtonClick(panel); });
     add(one.text, one.name, [this, &panel, command = one.command] { (form_.*command)(panel); });
   }
+  if (&panel == form_.panels().front().get())
+    for (const editor_command& command : form_.extra_commands())
+      add(shown(command.text), command.name.c_str(), command.run);
   if (panel.buttons & import_button) {
     auto* button = add("I&mport", "ImportButton", [] {});
     button->setEnabled(form_.import_is_available());

@@ -131,6 +131,7 @@ void grid_view::keyPressEvent(QKeyEvent* event) {
   case Qt::Key_Escape: table().give_up_refused(); return;
   case Qt::Key_Down: {
     bool appended = false;
+    commit_open_editor(); // Down also leaves a line that is being typed
     if (event->modifiers() == Qt::NoModifier) attempt([&] { appended = table().extend_on_down(move_command::down); });
     if (appended) return;
     break;

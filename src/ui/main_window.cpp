@@ -1,13 +1,11 @@
 #include "ui/main_window.h"
 
 #include "query/import_query.h"
-#include "ui/about_box.h"
-#include "ui/edit_project_dialog.h"
+#include "ui/form_windows.h"
 #include "ui/guard.h"
 #include "ui/images.h"
 #include "ui/info_list.h"
 #include "ui/measures.h"
-#include "ui/preferences_dialog.h"
 #include "ui/progress_panel.h"
 #include "ui/questions.h"
 #include "ui/results_table.h"
@@ -15,6 +13,7 @@
 #include "ui/texts.h"
 
 #include <QApplication>
+#include <QClipboard>
 #include <QCloseEvent>
 #include <QScreen>
 #include <QSplitter>
@@ -47,25 +46,6 @@ QRect on_a_screen(QRect place) {
   return place;
 }
 
-// What the editors that are still missing are for.
-std::string subject_of(form_id form, bool exchange_mode) {
-  switch (form) {
-  case form_id::TParametersForm: return "the settings of the data set";
-  case form_id::TSystemForm: return "systems";
-  case form_id::TSegmentForm: return "segments";
-  case form_id::TParameterForm: return "segment parameters";
-  case form_id::TConstantsForm: return "constants";
-  case form_id::TExchangesFlowsForm: return exchange_mode ? "exchanges" : "flows";
-  case form_id::TLoadsForm: return "loads";
-  case form_id::TBoundaryForm: return "boundaries";
-  case form_id::TTimeFunctionsForm: return "time functions";
-  case form_id::TPrintIntervalForm: return "print intervals";
-  case form_id::TTimeStepForm: return "time steps";
-  case form_id::TOutputControlForm: return "output controls";
-  default: return "these values";
-  }
-}
-
 } // namespace
 
 main_window::main_window(const std::filesystem::path& settings_file)
@@ -73,6 +53,7 @@ main_window::main_window(const std::filesystem::path& settings_file)
   setObjectName("PreveskMainForm");
   setWindowIcon(program_image());
   lay_out();
+  forms_ = std::make_unique<form_windows>(*this, *form_);
   controls_ = std::make_unique<command_controls>(
       *this, *form_, [this](const std::string& caption) { form_->DocumentationItemClick(caption); });
   form_->FormCreate();
@@ -155,23 +136,26 @@ void main_window::set_busy(bool busy) {
     QApplication::restoreOverrideCursor();
 }
 
-// A dialog that this program does not have yet is as good as one that was cancelled.
-bool main_window::show_form(form_id form, bool exchange_mode) {
-  switch (form) {
-  case form_id::TPreferenceConfigurationForm:
-    if (!preferences_) preferences_ = new preferences_dialog(this, *form_);
-    return preferences_->exec() == QDialog::Accepted;
-  case form_id::TEditProjectForm:
-    if (!edit_project_) edit_project_ = new edit_project_dialog(this, *form_, *this);
-    return edit_project_->exec() == QDialog::Accepted;
-  case form_id::TAboutBox: return about_box(this, form_->settings.EditionName).exec() == QDialog::Accepted;
-  default:
-    add_info_line("The window cannot edit " + subject_of(form, exchange_mode) +
-                      " yet. Until it can, vki dump and vki load change them as text.",
-                  icon_note);
-    select_last_info_line();
-    return false;
-  }
+// A form without a window is as good as one that was cancelled.
+bool main_window::show_form(vesk::form& wanted) {
+  if (forms_->has_window_for(wanted)) return forms_->show(wanted);
+  add_info_line("The window \"" + wanted.caption() +
+                    "\" does not exist yet. Until it does, change these values as text with vki dump and vki load.",
+                icon_note);
+  select_last_info_line();
+  return false;
+}
+
+void main_window::show_graph(std::shared_ptr<TGraphForm> graph, const vesk::form& owner) {
+  forms_->show_graph(std::move(graph), owner);
+}
+
+std::string main_window::clipboard_text() {
+  return stored(QApplication::clipboard()->text());
+}
+
+void main_window::set_clipboard_text(const std::string& text) {
+  QApplication::clipboard()->setText(QString::fromStdString(text));
 }
 
 // The window itself.
@@ -242,13 +226,8 @@ void main_window::hide_splash() {
   if (splash_) splash_->hide();
 }
 
-// The other dialogs take theirs when they are made.
-void main_window::set_picture_mask(const picture_mask& mask, const std::string& picture) {
-  if (mask.form == "TPreveskMainForm") ResultsTable->set_picture(picture);
-}
-
 void main_window::data_set_replaced() {
-  if (edit_project_) edit_project_->reload();
+  forms_->data_set_replaced();
 }
 
 // A job's signs.
@@ -294,6 +273,7 @@ void main_window::show_run_controls(bool running) {
 }
 
 void main_window::set_up_results_grid(const std::vector<std::string>& column_labels, int rows) {
+  ResultsTable->set_picture(form_->number_format("MainFormResultsNumericField"));
   ResultsTable->set_up(column_labels, rows);
 }
 

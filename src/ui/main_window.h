@@ -16,9 +16,8 @@ class QSplitter;
 
 namespace vesk {
 
-class edit_project_dialog;
+class form_windows;
 class info_list;
-class preferences_dialog;
 class progress_panel;
 class results_table;
 class splash_form;
@@ -38,7 +37,10 @@ public:
   std::optional<std::string> ask_file(const file_dialog& dialog) override;
   std::optional<std::string> ask_folder(const std::string& title, const std::string& start) override;
   void set_busy(bool busy) override;
-  bool show_form(form_id form, bool exchange_mode) override;
+  bool show_form(vesk::form& shown) override;
+  void show_graph(std::shared_ptr<TGraphForm> graph, const vesk::form& owner) override;
+  std::string clipboard_text() override;
+  void set_clipboard_text(const std::string& text) override;
   void set_caption(const std::string& caption) override;
   void set_commands(const command_conditions& conditions) override;
   void close_main_window() override;
@@ -47,7 +49,6 @@ public:
   void minimise_main_window() override;
   void hide_splash() override;
   void show_administration_menu(bool visible) override { controls_->show_administration_menu(visible); }
-  void set_picture_mask(const picture_mask& mask, const std::string& picture) override;
   void add_documentation_item(const std::string& caption) override { controls_->add_document(caption); }
   void data_set_replaced() override;
   void query_executed(const std::string& series, const import_query_descriptor& query,
@@ -76,16 +77,13 @@ private:
   void note_normal_place();
 
   std::unique_ptr<TPreveskMainForm> form_;
+  std::unique_ptr<form_windows> forms_;
   std::unique_ptr<command_controls> controls_;
   info_list* InfoListView = nullptr;
   results_table* ResultsTable = nullptr;
   QSplitter* splitter_ = nullptr; // between the two
   progress_panel* InfoPanel = nullptr;
   QTimer UIUpdateTimer;
-  // Each is made when it is first shown and lives as long as the window.
-  preferences_dialog* preferences_ = nullptr;
-  edit_project_dialog* edit_project_ = nullptr;
-
   std::vector<std::string> arguments_;
   splash_form* splash_ = nullptr;
   bool has_been_shown_ = false;

@@ -82,6 +82,7 @@ parameters_dialog::parameters_dialog(QWidget* parent, TParametersForm& form, edi
   setWindowTitle(shown(form.caption()));
   CommentsMemo->setObjectName("CommentsMemo");
   CommentsMemo->setTabChangesFocus(true);
+  pages_->setAccessibleName("Pages of the settings");
   message_->setObjectName("MessageLabel");
   message_->setTextFormat(Qt::PlainText);
   message_->setWordWrap(true);

@@ -23,12 +23,12 @@ QGroupBox* group_of(QWidget* content, std::string_view caption, const char* name
 
 } // namespace
 
-preferences_dialog::preferences_dialog(QWidget* parent, TPreveskMainForm& main_form)
-    : QDialog(parent), form_(main_form),
+preferences_dialog::preferences_dialog(QWidget* parent, TPreferenceConfigurationForm& form)
+    : QDialog(parent), form_(form),
       LoggingEnabledCheckBox(new QCheckBox(shown(TPreferenceConfigurationForm::logging_check_box))),
       DiagnosticLevelComboBox(new QComboBox) {
   setObjectName("PreferenceConfigurationForm");
-  setWindowTitle(shown(TPreferenceConfigurationForm::caption));
+  setWindowTitle(shown(form.caption()));
   LoggingEnabledCheckBox->setObjectName("LoggingEnabledCheckBox");
   LoggingEnabledCheckBox->setAccessibleDescription("Each job writes a log file");
   DiagnosticLevelComboBox->setObjectName("DiagnosticLevelComboBox");
@@ -59,7 +59,7 @@ void preferences_dialog::showEvent(QShowEvent* event) {
 void preferences_dialog::take_over() {
   form_.LoggingEnabledCheckBox = LoggingEnabledCheckBox->isChecked();
   form_.DiagnosticLevelComboBox = DiagnosticLevelComboBox->currentIndex();
-  form_.OKButtonClick();
+  form_.FormCloseQuery(true);
 }
 
 } // namespace vesk

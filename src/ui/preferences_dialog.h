@@ -1,7 +1,7 @@
 // The window of TPreferenceConfigurationForm.
 #pragma once
 
-#include "app/preferences_form.h"
+#include "editors/preferences_form.h"
 
 #include <QDialog>
 
@@ -12,7 +12,7 @@ namespace vesk {
 
 class preferences_dialog final : public QDialog {
 public:
-  preferences_dialog(QWidget* parent, TPreveskMainForm& main_form);
+  preferences_dialog(QWidget* parent, TPreferenceConfigurationForm& form);
 
 protected:
   void showEvent(QShowEvent* event) override;
@@ -20,7 +20,7 @@ protected:
 private:
   void take_over();
 
-  TPreferenceConfigurationForm form_;
+  TPreferenceConfigurationForm& form_;
   QCheckBox* LoggingEnabledCheckBox;
   QComboBox* DiagnosticLevelComboBox;
 };

@@ -118,23 +118,21 @@ protected:
 };
 
 TEST_F(CommandHandlers, EditorsShowTheirFormsAndACancelRestores) {
-  using enum form_id;
   struct {
     const char* controls;
-    form_id shown;
-    bool exchange_mode;
-  } const editors[] = {{"ParameterizationItem ParameterizationButton", TParametersForm, false},
-                       {"SystemsItem SystemsToolButton", TSystemForm, false},
-                       {"SegmentsItem SegmentsToolButton", TSegmentForm, false},
-                       {"ParametersItem ParametersToolButton", TParameterForm, false},
-                       {"ConstantsItem ConstantsToolButton", TConstantsForm, false},
-                       {"ExchangesItem ExchangesToolButton", TExchangesFlowsForm, true},
-                       {"FlowsItem FlowsToolButton", TExchangesFlowsForm, false},
-                       {"LoadsItem LoadsToolButton", TLoadsForm, false},
-                       {"BoundariesItem BoundariesToolButton", TBoundaryForm, false},
-                       {"TimeFunctionsItem TimeFunctionsToolButton", TTimeFunctionsForm, false},
-                       {"PrintIntervalItem PrintIntervalToolButton", TPrintIntervalForm, false},
-                       {"OutputcontrolMenuItem OutputControlToolButton", TOutputControlForm, false}};
+    const char* shown;
+  } const editors[] = {{"ParameterizationItem ParameterizationButton", "Parameters"},
+                       {"SystemsItem SystemsToolButton", "System Data"},
+                       {"SegmentsItem SegmentsToolButton", "Segments"},
+                       {"ParametersItem ParametersToolButton", "Parameter data"},
+                       {"ConstantsItem ConstantsToolButton", "Constants Data"},
+                       {"ExchangesItem ExchangesToolButton", "Exchanges"},
+                       {"FlowsItem FlowsToolButton", "Flows"},
+                       {"LoadsItem LoadsToolButton", "Loads"},
+                       {"BoundariesItem BoundariesToolButton", "Boundaries"},
+                       {"TimeFunctionsItem TimeFunctionsToolButton", "Time Functions"},
+                       {"PrintIntervalItem PrintIntervalToolButton", "Print Interval"},
+                       {"OutputcontrolMenuItem OutputControlToolButton", "Output Control"}};
   press("SystemsItem"); // without a data set nothing is shown
   EXPECT_TRUE(ui.forms.empty());
   press("NewItem");
@@ -146,11 +144,11 @@ TEST_F(CommandHandlers, EditorsShowTheirFormsAndACancelRestores) {
         ui.forms.clear();
         ui.form_result = ok;
         press(control);
-        EXPECT_EQ(ui.forms, (std::vector{std::pair(editor.shown, editor.exchange_mode)})) << control;
+        EXPECT_EQ(ui.forms, std::vector<std::string>{editor.shown}) << control;
         EXPECT_EQ(form.current_data_set->comments, ok ? "edited" : "") << control;
       }
   form.TimestepItemClick();
-  EXPECT_EQ(ui.forms.back().first, TTimeStepForm);
+  EXPECT_EQ(ui.forms.back(), "Time Step");
 }
 
 TEST_F(CommandHandlers, WhatFollowsAnEditorsOk) {
@@ -190,8 +188,7 @@ TEST_F(CommandHandlers, OtherDialogs) {
   press("AboutItem");
   press("FennPreveskItem");
   form.PreProcessorToolButtonClick();
-  using enum form_id;
-  EXPECT_EQ(ui.forms, (std::vector{std::pair(TEditProjectForm, false), std::pair(TAboutBox, false)}));
+  EXPECT_EQ(ui.forms, (std::vector<std::string>{"Related project files", "About VESK"}));
   ui.shown.clear();
   press("PreferencesItem");
   form.settings.RunTimeGridAlwaysVisible = true;

@@ -1,7 +1,7 @@
-#include "app/edit_project_form.h"
+#include "app/forms.h"
 #include "app/main_form.h"
-#include "app/preferences_form.h"
 #include "noting_interface.h"
+#include "print_table.h"
 #include "temporary_folder.h"
 
 #include <gtest/gtest.h>
@@ -16,64 +16,103 @@ protected:
   temporary_folder folder;
   noting_interface ui;
   TPreveskMainForm form{ui, folder.path / "settings.ini"};
-  TEditProjectForm project{form, ui};
 
-  lines rows() const {
-    lines all;
-    for (std::size_t row = 0; row < project.row_count(); ++row) all.push_back(project.cell(row));
-    return all;
+  void new_data_set() {
+    form.current_data_set = std::make_unique<prevesk_dataset_data_type>();
+    form.backup_data_set = std::make_unique<prevesk_dataset_data_type>(*form.current_data_set);
   }
 };
 
 TEST_F(Dialogs, PreferencesShowAndSetBothSwitches) {
-  TPreferenceConfigurationForm preferences(form);
+  TPreferenceConfigurationForm& preferences = form.forms().preferences;
   form.EnabledebugmodeItemClick();
   preferences.FormShow();
   EXPECT_FALSE(preferences.LoggingEnabledCheckBox);
   EXPECT_EQ(preferences.diagnostic_levels[preferences.DiagnosticLevelComboBox], "Full");
   preferences.LoggingEnabledCheckBox = true;
   preferences.DiagnosticLevelComboBox = 1;
+  EXPECT_TRUE(preferences.FormCloseQuery(false));
   EXPECT_EQ(form.diagnostic_level(), 2); // until OK
-  preferences.OKButtonClick();
+  EXPECT_TRUE(preferences.FormCloseQuery(true));
   EXPECT_TRUE(form.logging_enabled());
   EXPECT_EQ(form.diagnostic_level(), 1);
   form.set_diagnostic_level(9); // as an engine may
   preferences.FormShow();
-  preferences.OKButtonClick();
+  preferences.FormCloseQuery(true);
   EXPECT_EQ(form.diagnostic_level(), 9);
 }
 
 TEST_F(Dialogs, TheProjectEditorWorksOnTheDataSetsList) {
-  EXPECT_EQ(project.InsertRowButtonClick(0), 0U); // no data set
-  EXPECT_EQ(project.row_count(), 0U);
-  form.current_data_set = std::make_unique<prevesk_dataset_data_type>();
+  TEditProjectForm& project = form.forms().project;
+  TFillCalcTable& table = project.panels()[0]->table;
+  editor_panel& panel = *project.panels()[0];
+  project.FormShow();
+  project.InsertRowButtonClick(panel); // no data set
+  new_data_set();
+  project.FormShow();
   ui.file = "/rivers/map.shp";
-  project.BrowseButtonClick(0); // an empty list
-  EXPECT_EQ(project.InsertRowButtonClick(3), 0U);
-  project.BrowseButtonClick(0);
-  EXPECT_EQ(project.move_down(0), 1U); // out of the last row
-  project.set_cell(1, std::string(300, 'x'));
-  EXPECT_EQ(project.InsertRowButtonClick(1), 1U);
-  EXPECT_EQ(rows(), (lines{"/rivers/map.shp", "", std::string(255, 'x')}));
-  EXPECT_EQ(project.move_down(0), 1U);
-  EXPECT_EQ(project.DeleteRowButtonClick(2), 1U);
-  EXPECT_EQ(project.DeleteRowButtonClick(0), 0U);
-  EXPECT_EQ(rows(), lines{""});
-  EXPECT_EQ(project.DeleteRowButtonClick(5), 5U);
+  project.BrowseButtonClick(); // an empty list
+  project.InsertRowButtonClick(panel);
+  project.BrowseButtonClick();
+  EXPECT_TRUE(table.extend_on_down(move_command::down));
+  EXPECT_TRUE(table.enter(1, 0, std::string(300, 'x')));
+  EXPECT_EQ(print(table), "/rivers/map.shp\n" + std::string(255, 'x') + "\n");
+  EXPECT_EQ(form.undo_label(), "Related project files: Edit");
+  project.DeleteRowButtonClick(panel);
+  table.set_active(0, 0);
+  project.InsertRowButtonClick(panel);
+  EXPECT_EQ(form.current_data_set->project_files, (shared_list<project_component>{"", "/rivers/map.shp"}));
 }
 
 TEST_F(Dialogs, TheProjectEditorRefusesDataFilesFirstAndThenBlanks) {
-  form.current_data_set = std::make_unique<prevesk_dataset_data_type>();
+  TEditProjectForm& project = form.forms().project;
+  new_data_set();
   form.current_data_set->project_files = {"", "sub.dir\\a.Vki"};
-  EXPECT_TRUE(project.FormCloseQuery(true));
-  EXPECT_FALSE(project.FormCloseQuery(false));
-  EXPECT_EQ(ui.take_boxes(), lines{"Error: VESK Input Files (VKI) may not be specified"});
-  project.set_cell(1, "a.db");
-  EXPECT_FALSE(project.FormCloseQuery(false));
-  EXPECT_EQ(ui.take_boxes(), lines{"Error: Blank filenames are not allowed"});
-  project.set_cell(0, "vki");
+  project.FormShow();
   EXPECT_TRUE(project.FormCloseQuery(false));
+  EXPECT_FALSE(project.FormCloseQuery(true));
+  EXPECT_EQ(ui.take_boxes(), lines{"Error: VESK Input Files (VKI) may not be specified"});
+  project.panels()[0]->table.enter(1, 0, "a.db");
+  EXPECT_FALSE(project.FormCloseQuery(true));
+  EXPECT_EQ(ui.take_boxes(), lines{"Error: Blank filenames are not allowed"});
+  project.panels()[0]->table.enter(0, 0, "vki");
+  EXPECT_TRUE(project.FormCloseQuery(true));
   EXPECT_EQ(ui.boxes, lines{});
+}
+
+// What follows the settings dialog, whatever closed it: empty series get their points, as one step.
+TEST_F(Dialogs, TheSettingsDialogGivesDefaultPoints) {
+  new_data_set();
+  form.current_data_set->print_intervals.points.clear();
+  ui.form_result = false;
+  form.ParameterizationItemClick();
+  EXPECT_EQ(form.current_data_set->print_intervals.points.size(), 2U);
+  EXPECT_EQ(form.undo_label(), "Edit Parameters");
+  form.undo();
+  EXPECT_EQ(form.current_data_set->print_intervals.points.size(), 0U);
+}
+
+TEST_F(Dialogs, CancelTakesStepsBackAndUndoBringsThemAgain) {
+  new_data_set();
+  const std::size_t points = form.current_data_set->print_intervals.points.size();
+  TPrintIntervalForm& editor = form.forms().print_interval;
+  ui.form_result = false;
+  ui.in_form = [&] {
+    EXPECT_EQ(form.undo_label(), ""); // not behind the opening
+    for (int i = 0; i < 3; ++i) editor.InsertRowButtonClick(*editor.panels()[0]);
+    form.undo();
+  };
+  form.PrintIntervalItemClick();
+  EXPECT_EQ(form.current_data_set->print_intervals.points.size(), points);
+  EXPECT_EQ(form.undo_label(), "Cancel Print Interval");
+  form.undo();
+  EXPECT_EQ(form.current_data_set->print_intervals.points.size(), points + 2);
+  form.undo();
+  form.undo();
+  EXPECT_EQ(form.current_data_set->print_intervals.points.size(), points);
+  ui.form_result = ui.closes_forms = true;
+  form.PrintIntervalItemClick(); // two equal rows: refused
+  EXPECT_EQ(ui.take_boxes(), lines{"Cannot accept data: Each record must be unique"});
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/user_interface.h"
+#include "editors/form.h"
 
 #include <functional>
 #include <string>
@@ -20,15 +21,15 @@ public:
   command_conditions commands;
   bool closed = false;
   box_answer answer = box_answer::ok;
-  std::optional<std::string> file;             // the answer to the next file dialogs
-  std::optional<std::string> folder;           // the answer to the next folder dialogs
-  std::string asked_from;                      // where the last folder dialog began
-  std::vector<std::pair<form_id, bool>> forms; // with the exchange mode
-  std::function<void()> in_form;               // what is done in a form
+  std::optional<std::string> file;   // the answer to the next file dialogs
+  std::optional<std::string> folder; // the answer to the next folder dialogs
+  std::string asked_from;            // where the last folder dialog began
+  std::vector<std::string> forms;    // captions
+  std::function<void()> in_form;     // what is done in a form
   bool form_result = true;
+  bool closes_forms = false; // asks the form before OK, as a window does
   window_geometry window{100, 10, 20, 800, 600, window_geometry::window_normal};
   std::vector<std::string> steps; // of the window's start
-  std::vector<std::string> masks; // "form.field mask"
   std::vector<std::string> documents;
   int priority_position = -1;
 
@@ -41,10 +42,11 @@ public:
     asked_from = start;
     return folder;
   }
-  bool show_form(form_id form, bool exchange_mode) override {
-    forms.emplace_back(form, exchange_mode);
+  bool show_form(form& wanted) override {
+    forms.push_back(wanted.caption());
+    wanted.FormShow();
     if (in_form) in_form();
-    return form_result;
+    return form_result && (!closes_forms || wanted.FormCloseQuery(true));
   }
   void set_busy(bool) override {}
   void set_caption(const std::string& text) override { caption = text; }
@@ -70,9 +72,6 @@ public:
   void minimise_main_window() override { steps.push_back("minimised"); }
   void hide_splash() override { steps.push_back("splash hidden"); }
   void show_administration_menu(bool visible) override { steps.push_back(visible ? "administration" : "no one"); }
-  void set_picture_mask(const picture_mask& mask, const std::string& value) override {
-    masks.push_back(std::string(mask.form) + "." + std::string(mask.field) + " " + value);
-  }
   void add_documentation_item(const std::string& text) override { documents.push_back(text); }
   void set_priority_position(int position) override { priority_position = position; }
 

@@ -106,13 +106,13 @@ TEST_F(Replacement, ADialogIsAStepByOkAndByCancel) {
   ui.in_form = [this] { form.current_data_set->comments = "typed"; };
   form.SystemsItemClick();
   EXPECT_EQ(open_now(), "a.vki with a.vki");
-  EXPECT_EQ(steps(), "Cancel systems|");
+  EXPECT_EQ(steps(), "Cancel System Data|");
   form.UndoItemClick(); // what was typed before the Cancel
   EXPECT_EQ(open_now(), "a.vki with typed");
   form.RedoItemClick();
   ui.form_result = true;
   form.SegmentsItemClick();
-  EXPECT_EQ(steps(), "Edit segments|");
+  EXPECT_EQ(steps(), "Edit Segments|");
   form.UndoItemClick();
   EXPECT_EQ(open_now(), "a.vki with a.vki");
 
@@ -134,10 +134,16 @@ TEST_F(Replacement, ADialogIsAStepByOkAndByCancel) {
   form.UndoItemClick();
   EXPECT_EQ(open_now(), "a.vki with one");
 
-  ui.in_form = [this] { form.current_data_set->project_files.push_back("a.shp"); };
+  // The project's files have no snapshot: a Cancel keeps them, and only Undo takes them back.
+  ui.in_form = [this] {
+    EXPECT_EQ(form.undo_label(), "");
+    form.begin_step("Insert row", "");
+    form.current_data_set->project_files.push_back("a.shp");
+    form.end_step(true);
+  };
   ui.form_result = false;
   form.EditProjectItemClick();
-  EXPECT_EQ(steps(), "Edit project files|");
+  EXPECT_EQ(steps(), "Insert row|");
   form.UndoItemClick();
   EXPECT_TRUE(form.current_data_set->project_files.empty());
 }

@@ -7,7 +7,7 @@
 namespace vesk {
 namespace {
 
-const cell_type date{cell_kind::date, {}, {}, false}, time_of_day{cell_kind::time, {}, {}, false};
+const cell_type date{cell_kind::date}, time_of_day{cell_kind::time};
 const cell_type number = number_cell("####.##"), simple = number_cell("E"), choice = combo_cell({"Linear", "Step"});
 
 // The value as its exact text, or the refusal.

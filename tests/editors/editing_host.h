@@ -44,6 +44,10 @@ public:
   void undo() override { move(steps_, undone_); }
   void redo() override { move(undone_, steps_); }
   TFillCalculateForm& fill_calculate_form() override { return fill_; }
+  bool logging_enabled() const override { return false; }
+  void set_logging_enabled(bool) override {}
+  int diagnostic_level() const override { return 0; }
+  void set_diagnostic_level(int) override {}
   void start_load_restart_file() override { running = true; }
   bool job_is_running() const override { return running; }
   void cancel_job() override { running = false; }

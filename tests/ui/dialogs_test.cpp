@@ -91,6 +91,23 @@ TEST(Dialogs, TheProjectListIsEditedInPlaceAndRefusesBlanks) {
   EXPECT_EQ(files.size(), 1U);
 }
 
+// Each editor opens on the sample, has a name for every control, and changes nothing by OK.
+TEST(Dialogs, EditorsShowTheSampleAndChangeNothing) {
+  running_program program;
+  program.form().open_file(SAMPLE);
+  program.form().current_data_set->give_default_points(); // as the settings dialog does
+  const prevesk_dataset_data_type before = *program.form().current_data_set;
+  for (const auto* command : {"ParameterizationItem", "SystemsItem", "ParametersItem", "ConstantsItem",
+                              "TimeFunctionsItem", "PrintIntervalItem", "TimestepItem", "OutputcontrolMenuItem"})
+    with_dialog([&] { program.trigger(command); },
+                [&](QWidget* dialog) {
+                  expect_accessible(dialog);
+                  take_picture(dialog, QString("editor_") + command);
+                  return press(dialog, "OK");
+                });
+  EXPECT_EQ(*program.form().current_data_set, before);
+}
+
 TEST(Dialogs, AboutTellsProductVersionAndEdition) {
   running_program program({}, "EditionName=Student <2>\n");
   with_dialog([&] { program.trigger("AboutItem"); },

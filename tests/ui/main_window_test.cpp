@@ -59,12 +59,9 @@ TEST(MainWindow, HasEveryCommandOfTheTablesAndEnablesThemAsTheConditionsSay) {
   take_picture(&window, "nothing_open");
   program.form().open_file(SAMPLE);
   expect_enabled({true, true, true, true});
-  program.trigger("SystemsItem");
   program.trigger("FlowsItem");
-  EXPECT_EQ(
-      info_lines_of(window),
-      QStringList({"The window cannot edit systems yet. Until it can, vki dump and vki load change them as text.",
-                   "The window cannot edit flows yet. Until it can, vki dump and vki load change them as text."}));
+  EXPECT_EQ(info_lines_of(window), QStringList("The window \"Flows\" does not exist yet. Until it does, change these "
+                                               "values as text with vki dump and vki load."));
   EXPECT_FALSE(program.form().documentation_links.empty());
   EXPECT_EQ(static_cast<std::size_t>(find<QMenu>(&window, "DocumentationItem")->actions().size()),
             program.form().documentation_links.size());

@@ -1,0 +1,69 @@
+#include "ui/form_windows.h"
+
+#include "app/forms.h"
+#include "ui/about_box.h"
+#include "ui/editor_window.h"
+#include "ui/fields_dialog.h"
+#include "ui/fill_calculate_dialog.h"
+#include "ui/graph_window.h"
+#include "ui/parameters_dialog.h"
+#include "ui/preferences_dialog.h"
+
+namespace vesk {
+
+namespace {
+
+template <class Window>
+std::function<void()> reload_of(Window* dialog) {
+  return [dialog] { dialog->reload(); };
+}
+
+} // namespace
+
+form_windows::window form_windows::make(form& wanted) {
+  if (auto* editing = dynamic_cast<editor*>(&wanted)) {
+    auto* dialog = new editor_window(&parent_, *editing);
+    return {dialog, reload_of(dialog)};
+  }
+  if (auto* settings = dynamic_cast<TParametersForm*>(&wanted)) {
+    auto* dialog = new parameters_dialog(&parent_, *settings, host_);
+    return {dialog, reload_of(dialog)};
+  }
+  if (auto* expression = dynamic_cast<TFillCalculateForm*>(&wanted))
+    return {new fill_calculate_dialog(&parent_, *expression), {}};
+  if (auto* times = dynamic_cast<TRegularTimesForm*>(&wanted))
+    return {new fields_dialog(&parent_, *times, times->entry_fields(), TRegularTimesForm::explanation,
+                              [times] { return times->message(); }),
+            {}};
+  if (auto* seed = dynamic_cast<TSetSeedDateForm*>(&wanted)) {
+    entry_field* const fields[] = {&seed->StartDateField, &seed->StartTimeField};
+    return {new fields_dialog(&parent_, *seed, fields, TSetSeedDateForm::explanation, {}), {}};
+  }
+  if (auto* preferences = dynamic_cast<TPreferenceConfigurationForm*>(&wanted))
+    return {new preferences_dialog(&parent_, *preferences), {}};
+  if (const auto* about = dynamic_cast<TAboutBox*>(&wanted)) return {new about_box(&parent_, about->edition_name), {}};
+  return {};
+}
+
+form_windows::window& form_windows::window_of(form& wanted) {
+  const auto found = windows_.find(&wanted);
+  return found != windows_.end() ? found->second : windows_.emplace(&wanted, make(wanted)).first->second;
+}
+
+bool form_windows::show(form& shown) {
+  QDialog* dialog = window_of(shown).dialog;
+  return dialog && dialog->exec() == QDialog::Accepted;
+}
+
+void form_windows::show_graph(std::shared_ptr<TGraphForm> graph, const form& owner) {
+  const auto found = windows_.find(&owner);
+  QWidget* beside = found != windows_.end() && found->second.dialog ? found->second.dialog : &parent_;
+  (new graph_window(beside, std::move(graph)))->show();
+}
+
+void form_windows::data_set_replaced() {
+  for (auto& [shown_form, shown_window] : windows_)
+    if (shown_window.dialog && shown_window.dialog->isVisible() && shown_window.reload) shown_window.reload();
+}
+
+} // namespace vesk

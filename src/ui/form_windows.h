@@ -1,0 +1,45 @@
+// The windows of the forms. Each is made when it is first shown, and kept.
+#pragma once
+
+#include "editors/editor_host.h"
+#include "editors/form.h"
+
+#include <functional>
+#include <map>
+#include <memory>
+
+class QDialog;
+class QWidget;
+
+namespace vesk {
+
+class TGraphForm;
+
+class form_windows {
+public:
+  // `parent` owns the windows. Both must outlive this.
+  form_windows(QWidget& parent, editor_host& host) : parent_(parent), host_(host) {}
+
+  // Shows the form's window and returns when it has been closed: true by OK, false also for a form that has none.
+  bool show(form& shown);
+  bool has_window_for(form& wanted) { return window_of(wanted).dialog != nullptr; }
+
+  // Beside the owner's window, without waiting. It stays open after that has closed.
+  void show_graph(std::shared_ptr<TGraphForm> graph, const form& owner);
+
+  void data_set_replaced(); // tells the forms that are shown
+
+private:
+  struct window {
+    QDialog* dialog = nullptr;
+    std::function<void()> reload; // empty: shows nothing of the data set
+  };
+  window& window_of(form& wanted);
+  window make(form& wanted);
+
+  QWidget& parent_;
+  editor_host& host_;
+  std::map<const form*, window> windows_;
+};
+
+} // namespace vesk
