@@ -44,9 +44,7 @@ std::string day_text(const moment_type& moment) {
 }
 
 series_grid::series_grid(editor_host& host, std::string format) : host_(host), format_(std::move(format)) {
-  columns_ = {{"Date", {cell_kind::date}},
-              {"Time", {cell_kind::time}},
-              {"Value", number_cell({})}};
+  columns_ = {{"Date", {cell_kind::date}}, {"Time", {cell_kind::time}}, {"Value", number_cell({})}};
 }
 
 void series_grid::take_format() {

@@ -13,9 +13,12 @@ namespace vesk {
 class memory_grid final : public grid {
 public:
   explicit memory_grid(bool free_rows = true) : free_rows_(free_rows) {
-    columns_ = {{"Date", {cell_kind::date}}, {"Time", {cell_kind::time}},
-                {"Value", number_cell("####.##")},          {"Name", text_cell()},
-                {"Kind", combo_cell({"Linear", "Step"})},   {"Balance", check_cell(), true, true},
+    columns_ = {{"Date", {cell_kind::date}},
+                {"Time", {cell_kind::time}},
+                {"Value", number_cell("####.##")},
+                {"Name", text_cell()},
+                {"Kind", combo_cell({"Linear", "Step"})},
+                {"Balance", check_cell(), true, true},
                 {"Limit", number_cell("E"), false}};
   }
 
