@@ -4,9 +4,9 @@
 #include "gsl_series.h"
 #include "idle_job.h"
 #include "ratio_table.h"
-#include "shell/bulk_kernels.h"
-#include "shell/bulk_reference.h"
-#include "shell/bulk_service.h"
+#include "shell/bulk/bulk_kernels.h"
+#include "shell/bulk/bulk_reference.h"
+#include "shell/bulk/bulk_service.h"
 
 #include <benchmark/benchmark.h>
 #include <cmath>

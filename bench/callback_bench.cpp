@@ -3,7 +3,7 @@
 // Both sides call the same handlers for the same job, so what differs is finding the keyword and taking the time.
 #include "noting_job.h"
 #include "ratio_table.h"
-#include "shell/keyword_table.h"
+#include "shell/keywords/keyword_table.h"
 
 #include <algorithm>
 #include <benchmark/benchmark.h>

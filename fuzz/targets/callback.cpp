@@ -7,7 +7,7 @@
 #include "dataset/vki_reader.h"
 #include "idle_job.h"
 #include "memory_catalogue_store.h"
-#include "shell/keyword_table.h"
+#include "shell/keywords/keyword_table.h"
 #include "shell/shell_interface.h"
 #include "support/demand.h"
 

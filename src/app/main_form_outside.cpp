@@ -1,7 +1,7 @@
 // What the program opens outside itself: documents, post-processors, the updater, and the dictionary file.
 #include "app/documentation.h"
 #include "app/main_form.h"
-#include "shell/dictionary.h"
+#include "shell/keywords/dictionary.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -1,7 +1,7 @@
 #include "shell/shell_interface.h"
 
 #include "platform/millisecond_timer.h"
-#include "shell/keyword_name.h"
+#include "shell/keywords/keyword_name.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,10 +1,10 @@
 // The keywords at work for one job: dispatch, trace, lookups and what handlers share.
 #pragma once
 
-#include "shell/bulk_service.h"
-#include "shell/function_description.h"
+#include "shell/bulk/bulk_service.h"
 #include "shell/job.h"
-#include "shell/keyword_table.h"
+#include "shell/keywords/function_description.h"
+#include "shell/keywords/keyword_table.h"
 
 #include <array>
 #include <cstdint>

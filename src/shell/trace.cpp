@@ -1,6 +1,6 @@
 // The trace of each call in the log.
+#include "shell/handlers/special_handlers.h"
 #include "shell/shell_interface.h"
-#include "shell/special_handlers.h"
 
 #include <algorithm>
 #include <cstdio>

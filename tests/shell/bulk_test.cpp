@@ -1,9 +1,9 @@
 // The bulk time-series service: values known by hand, and the fast table against the plain algorithm, bit by bit.
 #include "idle_job.h"
-#include "shell/bulk_kernels.h"
-#include "shell/bulk_reference.h"
-#include "shell/bulk_service.h"
-#include "shell/bulk_table.h"
+#include "shell/bulk/bulk_kernels.h"
+#include "shell/bulk/bulk_reference.h"
+#include "shell/bulk/bulk_service.h"
+#include "shell/bulk/bulk_table.h"
 
 #include <gmock/gmock.h>
 

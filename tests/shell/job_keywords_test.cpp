@@ -1,6 +1,6 @@
 // The keywords behind which stand the job and the front end.
 #include "noting_job.h"
-#include "shell/format_values.h"
+#include "shell/handlers/format_values.h"
 
 #include <gmock/gmock.h>
 

@@ -1,5 +1,5 @@
 #include "noting_job.h"
-#include "shell/dictionary.h"
+#include "shell/keywords/dictionary.h"
 #include "temporary_folder.h"
 
 #include <gtest/gtest.h>
@@ -25,6 +25,16 @@ TEST(KeywordTable, FindsEachKeywordInByteOrderAndNothingElse) {
   for (const char* name : {"", "numseg", "NUMSEGS", "NUMSE", "CSVOPDESCRIPTIONS", "EXCHANGEFUNCDESCX"})
     EXPECT_FALSE(shell.find_function(name, position)) << name;
   EXPECT_FALSE(shell.find_function({"NUMSEG\0", 7}, position)); // as many bytes as were given
+}
+
+TEST(KeywordTable, HasTheKnownNumbersOfKeywordsOfEachMode) {
+  const auto count = [](keyword_modes modes) {
+    return std::count_if(keyword_table.begin(), keyword_table.end(),
+                         [&](const auto& row) { return row.modes == modes; });
+  };
+  EXPECT_EQ(count(put), 23);
+  EXPECT_EQ(count(get), 29);
+  EXPECT_EQ(count(get_put), 105);
 }
 
 // In the mode that a keyword does not serve it says so, and leaves the arguments as they are.

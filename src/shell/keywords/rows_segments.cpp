@@ -1,14 +1,12 @@
 // Rows of the keyword table: segments.
-#pragma once
+#include "shell/keywords/rows.h"
 
-#include "shell/data_handlers.h"
-#include "shell/special_handlers.h"
-
-#include <array>
+#include "shell/handlers/data_handlers.h"
+#include "shell/handlers/special_handlers.h"
 
 namespace vesk {
 
-inline constexpr auto rows_segments = std::to_array<keyword_row>({
+constexpr keyword_rows<15> rows_segments = std::to_array<keyword_row>({
     {.keyword = "BOTSEG",
      .description = "bottom_segment",
      .variables = {{INTEGER, "segment_index"}, {INTEGER, "gbotseg"}},
@@ -76,5 +74,7 @@ inline constexpr auto rows_segments = std::to_array<keyword_row>({
                    {REAL, "constparam"}},
      .handler = handler_of<&handlers::seg_param_value>},
 });
+
+static_assert(well_formed(rows_segments));
 
 } // namespace vesk

@@ -1,14 +1,12 @@
 // Rows of the keyword table: the job, its dates and what it tells the user.
-#pragma once
+#include "shell/keywords/rows.h"
 
-#include "shell/data_handlers.h"
-#include "shell/special_handlers.h"
-
-#include <array>
+#include "shell/handlers/data_handlers.h"
+#include "shell/handlers/special_handlers.h"
 
 namespace vesk {
 
-inline constexpr auto rows_job = std::to_array<keyword_row>({
+constexpr keyword_rows<29> rows_job = std::to_array<keyword_row>({
     {.keyword = "INFO",
      .description = "status_information",
      .variables = {{STRING, "information"}},
@@ -174,5 +172,7 @@ inline constexpr auto rows_job = std::to_array<keyword_row>({
      .refusal = "WARNING: You can only GET a string.",
      .handler = handler_of<&handlers::sprintf_ri>},
 });
+
+static_assert(well_formed(rows_job));
 
 } // namespace vesk

@@ -1,14 +1,12 @@
 // Rows of the keyword table: systems, their boundaries and loads, and parameters.
-#pragma once
+#include "shell/keywords/rows.h"
 
-#include "shell/data_handlers.h"
-#include "shell/special_handlers.h"
-
-#include <array>
+#include "shell/handlers/data_handlers.h"
+#include "shell/handlers/special_handlers.h"
 
 namespace vesk {
 
-inline constexpr auto rows_systems = std::to_array<keyword_row>({
+constexpr keyword_rows<26> rows_systems = std::to_array<keyword_row>({
     {.keyword = "GSYSPASS",
      .description = "global_system_bypass",
      .variables = {{INTEGER, "system_index"}, {INTEGER, "gsysbypass"}},
@@ -136,5 +134,7 @@ inline constexpr auto rows_systems = std::to_array<keyword_row>({
      .refusal = "WARNING: You cannot change the description of a parameter",
      .handler = member<place::parameter, &parameter_data_type::description>},
 });
+
+static_assert(well_formed(rows_systems));
 
 } // namespace vesk

@@ -1,6 +1,6 @@
 // The rounding of each operation is part of the result, so nothing here may be fused or reordered; see the project's
 // compiler flags.
-#include "shell/bulk_kernels.h"
+#include "shell/bulk/bulk_kernels.h"
 
 #include <array>
 

@@ -1,6 +1,6 @@
-#include "shell/bulk_table.h"
+#include "shell/bulk/bulk_table.h"
 
-#include "shell/bulk_reference.h"
+#include "shell/bulk/bulk_reference.h"
 
 #include <algorithm>
 #include <bit>

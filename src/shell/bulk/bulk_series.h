@@ -1,7 +1,7 @@
 // The series of each stage of an update, in list order, and the element of the engine's array that each one fills.
 #pragma once
 
-#include "shell/bulk_service.h"
+#include "shell/bulk/bulk_service.h"
 
 #include <cstddef>
 #include <cstdint>

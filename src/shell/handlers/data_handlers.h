@@ -2,9 +2,9 @@
 // series there, a count.
 #pragma once
 
-#include "shell/places.h"
-#include "shell/typed_handler.h"
-#include "shell/values.h"
+#include "shell/handlers/places.h"
+#include "shell/handlers/values.h"
+#include "shell/keywords/typed_handler.h"
 
 #include <cmath>
 #include <utility>

@@ -1,14 +1,12 @@
 // Rows of the keyword table: the data set as a whole and its counts.
-#pragma once
+#include "shell/keywords/rows.h"
 
-#include "shell/data_handlers.h"
-#include "shell/special_handlers.h"
-
-#include <array>
+#include "shell/handlers/data_handlers.h"
+#include "shell/handlers/special_handlers.h"
 
 namespace vesk {
 
-inline constexpr auto rows_data_set = std::to_array<keyword_row>({
+constexpr keyword_rows<24> rows_data_set = std::to_array<keyword_row>({
     {.keyword = "IMPORT",
      .description = "import",
      .variables = {{INTEGER, "import"}},
@@ -117,5 +115,7 @@ inline constexpr auto rows_data_set = std::to_array<keyword_row>({
      .changes_series = true,
      .handler = handler_of<&handlers::number_of_flow_fields>},
 });
+
+static_assert(well_formed(rows_data_set));
 
 } // namespace vesk

@@ -1,14 +1,12 @@
 // Rows of the keyword table: options, output variables and project files.
-#pragma once
+#include "shell/keywords/rows.h"
 
-#include "shell/data_handlers.h"
-#include "shell/special_handlers.h"
-
-#include <array>
+#include "shell/handlers/data_handlers.h"
+#include "shell/handlers/special_handlers.h"
 
 namespace vesk {
 
-inline constexpr auto rows_outputs = std::to_array<keyword_row>({
+constexpr keyword_rows<24> rows_outputs = std::to_array<keyword_row>({
     {.keyword = "SEGNAME",
      .description = "segment_name",
      .variables = {{INTEGER, "segment_number"}, {STRING, "segment_name"}},
@@ -124,5 +122,7 @@ inline constexpr auto rows_outputs = std::to_array<keyword_row>({
      .refusal = "WARNING: You can only SET a return code.",
      .handler = handler_of<&handlers::return_code>},
 });
+
+static_assert(well_formed(rows_outputs));
 
 } // namespace vesk

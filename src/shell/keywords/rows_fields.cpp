@@ -1,14 +1,12 @@
 // Rows of the keyword table: exchange and flow fields.
-#pragma once
+#include "shell/keywords/rows.h"
 
-#include "shell/data_handlers.h"
-#include "shell/special_handlers.h"
-
-#include <array>
+#include "shell/handlers/data_handlers.h"
+#include "shell/handlers/special_handlers.h"
 
 namespace vesk {
 
-inline constexpr auto rows_fields = std::to_array<keyword_row>({
+constexpr keyword_rows<22> rows_fields = std::to_array<keyword_row>({
     {.keyword = "NTEX",
      .description = "num_exchange_funcs",
      .variables = {{INTEGER, "field_index"}, {INTEGER, "ntex"}},
@@ -129,5 +127,7 @@ inline constexpr auto rows_fields = std::to_array<keyword_row>({
      .changes_series = true,
      .handler = handler_of<&handlers::find_boundaries>},
 });
+
+static_assert(well_formed(rows_fields));
 
 } // namespace vesk

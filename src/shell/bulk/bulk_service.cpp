@@ -1,9 +1,9 @@
-#include "shell/bulk_service.h"
+#include "shell/bulk/bulk_service.h"
 
 #include "platform/millisecond_timer.h"
-#include "shell/bulk_reference.h"
-#include "shell/bulk_series.h"
-#include "shell/bulk_table.h"
+#include "shell/bulk/bulk_reference.h"
+#include "shell/bulk/bulk_series.h"
+#include "shell/bulk/bulk_table.h"
 
 #include <utility>
 

@@ -1,5 +1,5 @@
-#include "shell/special_handlers.h"
-#include "shell/values.h"
+#include "shell/handlers/special_handlers.h"
+#include "shell/handlers/values.h"
 
 #include <cstring>
 #include <string>

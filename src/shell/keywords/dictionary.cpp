@@ -1,4 +1,4 @@
-#include "shell/dictionary.h"
+#include "shell/keywords/dictionary.h"
 
 #include "shell/shell_interface.h"
 

@@ -1,4 +1,4 @@
-#include "shell/format_values.h"
+#include "shell/handlers/format_values.h"
 
 #include <array>
 #include <cstdio>

@@ -1,8 +1,8 @@
 // The keyword table: the vocabulary between engine and data set.
 #pragma once
 
-#include "shell/function_description.h"
-#include "shell/keyword_index.h"
+#include "shell/keywords/function_description.h"
+#include "shell/keywords/keyword_index.h"
 
 #include <array>
 

@@ -1,4 +1,4 @@
-#include "shell/special_handlers.h"
+#include "shell/handlers/special_handlers.h"
 
 #include <cmath>
 

@@ -1,7 +1,7 @@
 #include "dataset/csv_name.h"
-#include "shell/places.h"
-#include "shell/special_handlers.h"
-#include "shell/values.h"
+#include "shell/handlers/places.h"
+#include "shell/handlers/special_handlers.h"
+#include "shell/handlers/values.h"
 
 namespace vesk::handlers {
 

@@ -2,7 +2,7 @@
 // the table.
 #pragma once
 
-#include "shell/function_description.h"
+#include "shell/keywords/function_description.h"
 
 #include <type_traits>
 #include <utility>

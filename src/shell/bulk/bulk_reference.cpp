@@ -1,6 +1,6 @@
-#include "shell/bulk_reference.h"
+#include "shell/bulk/bulk_reference.h"
 
-#include "shell/bulk_series.h"
+#include "shell/bulk/bulk_series.h"
 
 namespace vesk {
 

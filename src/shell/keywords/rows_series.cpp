@@ -1,15 +1,13 @@
 // Rows of the keyword table: time steps, print intervals, constants and time functions, and the arrays of the bulk
 // service.
-#pragma once
+#include "shell/keywords/rows.h"
 
-#include "shell/data_handlers.h"
-#include "shell/special_handlers.h"
-
-#include <array>
+#include "shell/handlers/data_handlers.h"
+#include "shell/handlers/special_handlers.h"
 
 namespace vesk {
 
-inline constexpr auto rows_series = std::to_array<keyword_row>({
+constexpr keyword_rows<17> rows_series = std::to_array<keyword_row>({
     {.keyword = "DTFUNC",
      .description = "time_step",
      .variables = {{INTEGER, "time_step_index"}, {REAL, "days"}, {REAL, "value"}},
@@ -110,5 +108,7 @@ inline constexpr auto rows_series = std::to_array<keyword_row>({
      .refusal = "WARNING: You can only PUT a print interval pointer.",
      .handler = registered<&registered_arrays::print_interval>},
 });
+
+static_assert(well_formed(rows_series));
 
 } // namespace vesk

@@ -4,7 +4,7 @@
 // the fast table is held against.
 #pragma once
 
-#include "shell/bulk_service.h"
+#include "shell/bulk/bulk_service.h"
 
 #include <functional>
 #include <string>

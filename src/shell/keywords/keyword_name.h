@@ -1,7 +1,7 @@
 // Reads the keyword out of a call's name.
 #pragma once
 
-#include "shell/keyword_index.h"
+#include "shell/keywords/keyword_index.h"
 
 namespace vesk {
 

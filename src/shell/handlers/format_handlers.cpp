@@ -1,6 +1,6 @@
-#include "shell/format_values.h"
-#include "shell/special_handlers.h"
-#include "shell/values.h"
+#include "shell/handlers/format_values.h"
+#include "shell/handlers/special_handlers.h"
+#include "shell/handlers/values.h"
 
 #include <initializer_list>
 #include <string>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "dataset/records.h"
-#include "shell/bulk_kernels.h"
+#include "shell/bulk/bulk_kernels.h"
 
 #include <cstddef>
 #include <cstdint>

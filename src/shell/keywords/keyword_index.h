@@ -1,4 +1,4 @@
-// Finds a keyword's position by a perfect hash that is worked out when the program is compiled.
+// Finds a keyword's position by a perfect hash that is worked out when the program starts.
 //
 // A keyword has at most 16 bytes, so two words hold it, padded with zeros. One multiplication picks the only position
 // that the keyword may have; whoever asks compares the two words with the keyword there. An unknown name is so turned

@@ -1,7 +1,7 @@
 // What one keyword is: its names, its arguments, its modes and the code behind it.
 #pragma once
 
-#include "shell/keyword_index.h"
+#include "shell/keywords/keyword_index.h"
 
 #include <array>
 #include <cstddef>
