@@ -40,7 +40,7 @@ void history::end_editing() {
   undo_floor_ = redo_floor_ = 0;
 }
 
-document history::move_step(std::vector<step>& from, std::vector<step>& to, document now) {
+document history::move_step(std::deque<step>& from, std::deque<step>& to, document now) {
   assert(!from.empty());
   step taken = std::move(from.back());
   from.pop_back();
@@ -52,14 +52,14 @@ document history::move_step(std::vector<step>& from, std::vector<step>& to, docu
 
 std::size_t history::bytes() const {
   std::size_t sum = 0;
-  for (const std::vector<step>* steps : {&undo_, &redo_})
+  for (const std::deque<step>* steps : {&undo_, &redo_})
     for (const step& each : *steps) sum += each.bytes;
   return sum;
 }
 
 void history::drop_beyond_limit() {
   while (undo_.size() > 1 && bytes() > limit_) {
-    undo_.erase(undo_.begin());
+    undo_.pop_front();
     if (undo_floor_ > 0) --undo_floor_;
   }
 }

@@ -9,8 +9,8 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <string>
-#include <vector>
 
 namespace vesk {
 
@@ -64,14 +64,14 @@ private:
     std::string merge_key;
     clock::time_point when;
   };
-  static std::string label_of_last(const std::vector<step>& steps, std::size_t floor) {
+  static std::string label_of_last(const std::deque<step>& steps, std::size_t floor) {
     return steps.size() > floor ? steps.back().label : std::string();
   }
-  static document move_step(std::vector<step>& from, std::vector<step>& to, document now);
+  static document move_step(std::deque<step>& from, std::deque<step>& to, document now);
   void drop_beyond_limit();
 
   std::size_t limit_;
-  std::vector<step> undo_, redo_;               // the next one last
+  std::deque<step> undo_, redo_;                // the next one last; dropped at both ends
   std::size_t undo_floor_ = 0, redo_floor_ = 0; // steps that cannot be taken at present
 };
 

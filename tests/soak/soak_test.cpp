@@ -217,7 +217,15 @@ protected:
     return result;
   }
 
+  // The steps of Undo are kept on purpose: all but one are dropped before anything is counted.
+  void drop_steps() {
+    while (!form.undo_label().empty()) form.UndoItemClick();
+    launch(import);
+    finish();
+  }
+
   resources at_rest() {
+    drop_steps();
     prepare(run);
     const auto end = steady_clock::now() + std::chrono::seconds(5); // threads that have ended take a moment to go
     resources result = resources::now();
@@ -259,7 +267,8 @@ TEST_F(Soak, ManyJobsLeaveNothingBehind) {
   late.print("at the end");
   EXPECT_LE(late.threads, early.threads);
   EXPECT_LE(late.open_files, early.open_files);
-  EXPECT_LE(late.in_use, early.in_use + 16'384);
+  // The tables of the deques that hold the steps of Undo never shrink: some 30 bytes a job.
+  EXPECT_LE(late.in_use, early.in_use + 16'384 + 40 * static_cast<std::size_t>(jobs));
   EXPECT_LE(late.resident, early.resident + (sanitized ? 64'000'000 : 8'000'000));
 
   std::set<std::string> files;
