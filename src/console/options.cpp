@@ -72,7 +72,7 @@ constexpr option_row rows[] = {
      .argument = nullptr,
      .help = "answer Yes or OK where a question is asked",
      .flag = &console_options::yes},
-    {.name = "--help", .argument = nullptr, .help = "show this text; so does -h", .flag = &console_options::help},
+    {.name = "--help", .argument = nullptr, .help = "show this text", .flag = &console_options::help},
     {.name = "--version", .argument = nullptr, .help = "show the version", .flag = &console_options::version},
 };
 
@@ -200,6 +200,7 @@ std::string usage_text() {
                      "  -QUIT, -EXPERT                  accepted, no effect\n\n";
   for (const option_row& row : rows) {
     std::string left = std::string("  ") + row.name;
+    if (row.flag == &console_options::help) left += ", -h";
     if (row.argument) left += (row.argument[0] == '[' ? "" : " ") + std::string(row.argument);
     left.resize(std::max<std::size_t>(left.size() + 1, 34), ' ');
     text += left + row.help + "\n";
