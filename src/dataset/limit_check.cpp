@@ -1,6 +1,7 @@
 // The check of a data set against the engine's limits and against the files that it names.
 #include "dataset/dataset.h"
 
+#include "dataset/series.h"
 #include "platform/file_lookup.h"
 
 #include <cmath>
@@ -35,50 +36,46 @@ public:
     data_.validation_results.clear();
     if (data_.segments.size() > data_.max_num_segments)
       add(severity_failure, formatted("Maximum of %u segments exceeded", data_.max_num_segments));
-    for (const auto& field : data_.exchange_fields) check_field(field, "exchange");
-    for (const auto& field : data_.flow_fields) check_field(field, "flow");
-    for (const auto& system : data_.systems) check_loads(system);
-    for (const auto& system : data_.systems) check_boundaries(system);
-    if (too_long(data_.print_intervals))
-      add(severity_failure, formatted("Maximum of %u time/value pairs for print intervals exceeded", breaks()));
-    if (too_long(data_.time_steps))
-      add(severity_failure, formatted("Maximum of %u time/value pairs for time steps exceeded", breaks()));
-    for (const auto& function : data_.time_functions)
-      if (too_long(function))
-        add(function.used ? severity_failure : severity_note,
-            formatted("Maximum of %u time/value pairs for %s time function exceeded", breaks(),
-                      marked(function.description, function.used ? "" : "UNUSED ").c_str()));
+    for (const series_kind kind : order)
+      for (std::size_t owner = 0; owner < owner_count(data_, kind); ++owner) {
+        check_owner(kind, owner);
+        for_each_series(data_, kind, owner, [&](const series_ref& ref) { check_series(ref); });
+      }
     check_files();
     if (const std::string fault = data_.period_fault(); !fault.empty()) add(severity_failure, fault);
   }
 
 private:
+  static constexpr series_kind order[] = {
+      series_kind::exchange_function, series_kind::flow_function, series_kind::load,         series_kind::boundary,
+      series_kind::print_intervals,   series_kind::time_steps,    series_kind::time_function};
+
   void add(std::int32_t severity, std::string message) {
     data_.validation_results.push_back({std::move(message), severity});
   }
-  std::uint32_t breaks() const { return data_.max_num_time_breaks; }
-  bool too_long(const stored_series& series) const { return series.points.size() > breaks(); }
   static std::string marked(const short_text& name, const char* mark) { return mark + name.str(); }
+
+  void check_owner(series_kind kind, std::size_t owner) {
+    switch (kind) {
+    case series_kind::exchange_function: return check_field(data_.exchange_fields[owner], "exchange");
+    case series_kind::flow_function: return check_field(data_.flow_fields[owner], "flow");
+    case series_kind::load: return check_loads(data_.systems[owner]);
+    case series_kind::boundary: return check_boundaries(data_.systems[owner]);
+    default: return;
+    }
+  }
 
   template <class Field>
   void check_field(const Field& field, const char* kind) {
-    const std::string name = marked(field.description, field.used ? "" : "UNUSED ");
-    const std::int32_t severity = field.used ? severity_failure : severity_note;
     if (field.functions.size() > data_.max_num_ef_functions)
-      add(severity, formatted("Maximum of %u %s functions for %s %s field exceeded", data_.max_num_ef_functions, kind,
-                              name.c_str(), kind));
-    for (std::size_t i = 0; i < field.functions.size(); ++i)
-      if (too_long(field.functions[i]))
-        add(severity, formatted("Maximum of %u time value pairs for %s function %zu of %s %s field exceeded", breaks(),
-                                kind, i + 1, name.c_str(), kind));
+      add(severity_of(field), formatted("Maximum of %u %s functions for %s %s field exceeded",
+                                        data_.max_num_ef_functions, kind, display_name(field).c_str(), kind));
   }
 
   void check_loads(const system_data_type& system) {
-    const std::string name = display_name(system);
     if (system.loads.size() > data_.max_num_loads)
       add(severity_of(system),
-          formatted("Maximum of %u loads for %s system exceeded", data_.max_num_loads, name.c_str()));
-    for (const auto& load : system.loads) check_segment_series(system, load, "load");
+          formatted("Maximum of %u loads for %s system exceeded", data_.max_num_loads, display_name(system).c_str()));
   }
 
   void check_boundaries(const system_data_type& system) {
@@ -87,24 +84,59 @@ private:
       add(severity_of(system),
           formatted("Maximum of %u boundaries for %s system exceeded", data_.max_num_boundaries, name.c_str()));
     if (system.boundaries.empty()) add(severity_of(system), formatted("%s system has no boundaries.", name.c_str()));
-    for (const auto& boundary : system.boundaries) check_segment_series(system, boundary, "boundary");
   }
 
-  template <class Series>
-  void check_segment_series(const system_data_type& system, const Series& series, const char* kind) {
-    if (!too_long(series)) return;
-    const bool inside = series.segment >= 0 && static_cast<std::size_t>(series.segment) < data_.segments.size();
-    const char* segment = inside ? data_.segments[static_cast<std::size_t>(series.segment)].name.c_str() : "";
-    add(severity_of(system),
-        formatted("Maximum of %u time/value pairs for segment %lld (%s) %s on %s system exceeded", breaks(),
-                  static_cast<long long>(series.segment) + 1, segment, kind, display_name(system).c_str()));
+  void check_series(const series_ref& ref) {
+    if (find_series(data_, ref)->points.size() <= data_.max_num_time_breaks) return;
+    const std::size_t i = ref.index;
+    switch (ref.kind) {
+    case series_kind::print_intervals: return too_many_pairs(severity_failure, "print intervals");
+    case series_kind::time_steps: return too_many_pairs(severity_failure, "time steps");
+    case series_kind::time_function: {
+      const time_function_data_type& function = data_.time_functions[i];
+      return too_many_pairs(severity_of(function), display_name(function) + " time function");
+    }
+    case series_kind::load: return too_many_pairs(ref, data_.systems[ref.owner].loads[i].segment, "load");
+    case series_kind::boundary: return too_many_pairs(ref, data_.systems[ref.owner].boundaries[i].segment, "boundary");
+    case series_kind::exchange_function: return too_many_pairs(data_.exchange_fields[ref.owner], i, "exchange");
+    case series_kind::flow_function: return too_many_pairs(data_.flow_fields[ref.owner], i, "flow");
+    }
+  }
+
+  void too_many_pairs(std::int32_t severity, const std::string& series) {
+    add(severity,
+        formatted("Maximum of %u time/value pairs for %s exceeded", data_.max_num_time_breaks, series.c_str()));
+  }
+
+  void too_many_pairs(const series_ref& ref, std::int32_t segment, const char* kind) {
+    const system_data_type& system = data_.systems[ref.owner];
+    const bool inside = segment >= 0 && static_cast<std::size_t>(segment) < data_.segments.size();
+    const char* name = inside ? data_.segments[static_cast<std::size_t>(segment)].name.c_str() : "";
+    too_many_pairs(severity_of(system),
+                   formatted("segment %lld (%s) %s on %s system", static_cast<long long>(segment) + 1, name, kind,
+                             display_name(system).c_str()));
+  }
+
+  template <class Field>
+  void too_many_pairs(const Field& field, std::size_t index, const char* kind) {
+    add(severity_of(field), formatted("Maximum of %u time value pairs for %s function %zu of %s %s field exceeded",
+                                      data_.max_num_time_breaks, kind, index + 1, display_name(field).c_str(), kind));
   }
 
   static std::string display_name(const system_data_type& system) {
     return marked(system.description, system.gsysbypass == system_bypassed ? "BYPASSED " : "");
   }
+  template <class Record>
+  static std::string display_name(const Record& record) {
+    return marked(record.description, record.used ? "" : "UNUSED ");
+  }
+
   static std::int32_t severity_of(const system_data_type& system) {
     return system.gsysbypass == system_bypassed ? severity_note : severity_failure;
+  }
+  template <class Record>
+  static std::int32_t severity_of(const Record& record) {
+    return record.used ? severity_failure : severity_note;
   }
 
   void check_files() {

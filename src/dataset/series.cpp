@@ -29,6 +29,16 @@ const time_series_block* find_block(const prevesk_dataset_data_type& data, const
   }
 }
 
+time_series_block& edit_block(prevesk_dataset_data_type& data, const series_ref& ref) {
+  switch (ref.kind) {
+  case series_kind::time_function: return data.time_functions.edit(ref.index);
+  case series_kind::load: return data.systems.edit(ref.owner).loads.edit(ref.index);
+  case series_kind::boundary: return data.systems.edit(ref.owner).boundaries.edit(ref.index);
+  case series_kind::exchange_function: return data.exchange_fields.edit(ref.owner).functions.edit(ref.index);
+  default: return data.flow_fields.edit(ref.owner).functions.edit(ref.index);
+  }
+}
+
 template <class Record>
 std::string segment_label(const char* kind, const system_data_type& system, const Record& record) {
   return std::string(kind) + " for system '" + system.description.str() +
@@ -50,21 +60,45 @@ const stored_series* find_series(const prevesk_dataset_data_type& data, const se
 }
 
 stored_series& edit_series(prevesk_dataset_data_type& data, const series_ref& ref) {
-  switch (ref.kind) {
-  case series_kind::print_intervals: return data.print_intervals;
-  case series_kind::time_steps: return data.time_steps;
-  case series_kind::time_function: return data.time_functions.edit(ref.index);
-  case series_kind::load: return data.systems.edit(ref.owner).loads.edit(ref.index);
-  case series_kind::boundary: return data.systems.edit(ref.owner).boundaries.edit(ref.index);
-  case series_kind::exchange_function: return data.exchange_fields.edit(ref.owner).functions.edit(ref.index);
-  case series_kind::flow_function: break;
-  }
-  return data.flow_fields.edit(ref.owner).functions.edit(ref.index);
+  if (ref.kind == series_kind::print_intervals) return data.print_intervals;
+  if (ref.kind == series_kind::time_steps) return data.time_steps;
+  return edit_block(data, ref);
+}
+
+const series_cursors* find_cursors(const prevesk_dataset_data_type& data, const series_ref& ref) {
+  if (ref.kind == series_kind::print_intervals) return &data.print_intervals;
+  return find_block(data, ref);
+}
+
+series_cursors& edit_cursors(prevesk_dataset_data_type& data, const series_ref& ref) {
+  if (ref.kind == series_kind::print_intervals) return data.print_intervals;
+  return edit_block(data, ref);
 }
 
 std::uint32_t interpolation_of(const prevesk_dataset_data_type& data, const series_ref& ref) {
   const time_series_block* block = find_block(data, ref);
   return block ? block->interpolation_type : interpolation_step;
+}
+
+std::size_t owner_count(const prevesk_dataset_data_type& data, series_kind kind) {
+  switch (kind) {
+  case series_kind::load:
+  case series_kind::boundary: return data.systems.size();
+  case series_kind::exchange_function: return data.exchange_fields.size();
+  case series_kind::flow_function: return data.flow_fields.size();
+  default: return 1;
+  }
+}
+
+std::size_t series_count(const prevesk_dataset_data_type& data, series_kind kind, std::size_t owner) {
+  switch (kind) {
+  case series_kind::time_function: return data.time_functions.size();
+  case series_kind::load: return data.systems[owner].loads.size();
+  case series_kind::boundary: return data.systems[owner].boundaries.size();
+  case series_kind::exchange_function: return data.exchange_fields[owner].functions.size();
+  case series_kind::flow_function: return data.flow_fields[owner].functions.size();
+  default: return 1;
+  }
 }
 
 std::string query_label(const prevesk_dataset_data_type& data, const series_ref& ref) {

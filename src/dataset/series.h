@@ -49,24 +49,46 @@ std::size_t sort_by_moment(point_list& points, std::size_t row = 0);
 // True unless two neighbours have the same date and time.
 bool moments_unique(const point_list& points);
 
-// Calls visit(ref) for every series, in the order in which stored queries are executed: print intervals, time steps,
-// time functions, the loads and boundaries of each system, exchange functions, flow functions. `visit` may change the
-// series but not their number.
+// Where a run's interpolation is in the series; null for time steps, which are never interpolated, and where the data
+// set has no such series. The pointer holds until the data set is changed.
+const series_cursors* find_cursors(const prevesk_dataset_data_type& data, const series_ref& ref);
+
+// The same for changing, under the conditions of `edit_series`.
+series_cursors& edit_cursors(prevesk_dataset_data_type& data, const series_ref& ref);
+
+// How many owners a kind has: the systems, or the fields; 1 for the kinds without an owner.
+std::size_t owner_count(const prevesk_dataset_data_type& data, series_kind kind);
+
+// How many series of a kind an owner has. `owner` must be less than the count of owners.
+std::size_t series_count(const prevesk_dataset_data_type& data, series_kind kind, std::size_t owner);
+
+// Calls visit(ref) for one owner's series of a kind, in their order. `visit` may change a series but not their number.
+template <class Visit>
+void for_each_series(const prevesk_dataset_data_type& data, series_kind kind, std::size_t owner, const Visit& visit) {
+  const std::size_t count = series_count(data, kind, owner);
+  for (std::size_t i = 0; i < count; ++i) visit(series_ref{kind, owner, i});
+}
+
+// The same for all owners of a kind.
+template <class Visit>
+void for_each_series(const prevesk_dataset_data_type& data, series_kind kind, const Visit& visit) {
+  const std::size_t owners = owner_count(data, kind);
+  for (std::size_t owner = 0; owner < owners; ++owner) for_each_series(data, kind, owner, visit);
+}
+
+// The same for every series, in the order in which stored queries are executed: print intervals, time steps, time
+// functions, the loads and boundaries of each system, exchange functions, flow functions.
 template <class Visit>
 void for_each_series(const prevesk_dataset_data_type& data, const Visit& visit) {
-  visit(series_ref{series_kind::print_intervals, 0, 0});
-  visit(series_ref{series_kind::time_steps, 0, 0});
-  for (std::size_t i = 0; i < data.time_functions.size(); ++i) visit(series_ref{series_kind::time_function, 0, i});
-  for (std::size_t s = 0; s < data.systems.size(); ++s) {
-    for (std::size_t i = 0; i < data.systems[s].loads.size(); ++i) visit(series_ref{series_kind::load, s, i});
-    for (std::size_t i = 0; i < data.systems[s].boundaries.size(); ++i) visit(series_ref{series_kind::boundary, s, i});
+  for_each_series(data, series_kind::print_intervals, visit);
+  for_each_series(data, series_kind::time_steps, visit);
+  for_each_series(data, series_kind::time_function, visit);
+  for (std::size_t system = 0; system < data.systems.size(); ++system) {
+    for_each_series(data, series_kind::load, system, visit);
+    for_each_series(data, series_kind::boundary, system, visit);
   }
-  const auto visit_fields = [&](const auto& fields, series_kind kind) {
-    for (std::size_t f = 0; f < fields.size(); ++f)
-      for (std::size_t i = 0; i < fields[f].functions.size(); ++i) visit(series_ref{kind, f, i});
-  };
-  visit_fields(data.exchange_fields, series_kind::exchange_function);
-  visit_fields(data.flow_fields, series_kind::flow_function);
+  for_each_series(data, series_kind::exchange_function, visit);
+  for_each_series(data, series_kind::flow_function, visit);
 }
 
 } // namespace vesk

@@ -1,5 +1,7 @@
 #include "query/deferred_queries.h"
 
+#include "dataset/series.h"
+
 #include <string>
 #include <utility>
 
@@ -7,115 +9,62 @@ namespace vesk {
 
 namespace {
 
-class walk {
-public:
-  walk(prevesk_dataset_data_type& data_set, const query_executor& execute, query_progress& progress, bool clear_flags)
-      : data_(data_set), execute_(execute), progress_(progress), clear_flags_(clear_flags), total_(count(data_set)) {}
+// As a user counts: from 1, and with the segment's name where it has one.
+std::string segment_series_name(const prevesk_dataset_data_type& data, const char* kind, const system_data_type& system,
+                                std::int32_t segment) {
+  const auto at = static_cast<std::size_t>(segment);
+  const bool named = segment >= 0 && at < data.segments.size() && !data.segments[at].name.empty();
+  return std::string(kind) + " of " + system.description.str() + " in segment " +
+         std::to_string(std::int64_t{segment} + 1) +
+         (named ? " (" + data.segments[at].name.str() + ")" : std::string());
+}
 
-  void all() {
-    visit(
-        data_.print_intervals, [] { return "Print Interval"; },
-        [this]() -> stored_series& { return data_.print_intervals; });
-    visit(
-        data_.time_steps, [] { return "Time step"; }, [this]() -> stored_series& { return data_.time_steps; });
-    for (std::size_t i = 0; i < data_.time_functions.size(); ++i)
-      visit(
-          data_.time_functions[i], [&, i] { return "Time function: " + data_.time_functions[i].description.str(); },
-          [this, i]() -> stored_series& { return data_.time_functions.edit(i); });
-    for (std::size_t s = 0; s < data_.systems.size(); ++s) {
-      segment_series(s, "Loads", "Load", &system_data_type::loads);
-      segment_series(s, "Boundaries", "Boundary", &system_data_type::boundaries);
-    }
-    field_series("Exchange", "exchange", data_.exchange_fields);
-    field_series("Flow", "flow", data_.flow_fields);
-  }
+// What the report of a success calls the series; `query_label`, in the report of a failure, counts segments from 0.
+std::string report_name(const prevesk_dataset_data_type& data, const series_ref& ref) {
+  if (ref.kind == series_kind::load)
+    return segment_series_name(data, "Load", data.systems[ref.owner], data.systems[ref.owner].loads[ref.index].segment);
+  if (ref.kind == series_kind::boundary)
+    return segment_series_name(data, "Boundary", data.systems[ref.owner],
+                               data.systems[ref.owner].boundaries[ref.index].segment);
+  return query_label(data, ref);
+}
 
-private:
-  static std::size_t count(const prevesk_dataset_data_type& data) {
-    std::size_t total = 2 + data.time_functions.size();
-    for (const auto& system : data.systems) total += system.loads.size() + system.boundaries.size();
-    for (const auto& field : data.exchange_fields) total += field.functions.size();
-    for (const auto& field : data.flow_fields) total += field.functions.size();
-    return total;
-  }
+std::size_t count_all_series(const prevesk_dataset_data_type& data) {
+  std::size_t count = 0;
+  for_each_series(data, [&](const series_ref&) { ++count; });
+  return count;
+}
 
-  template <class List>
-  void segment_series(std::size_t s, const char* kind, const char* one, List system_data_type::*list) {
-    for (std::size_t i = 0; i < (data_.systems[s].*list).size(); ++i) {
-      const auto& series = (data_.systems[s].*list)[i];
-      visit(
-          series,
-          [&] {
-            return std::string(kind) + " for system '" + data_.systems[s].description.str() +
-                   "' segment id: " + std::to_string(series.segment);
-          },
-          [&] { return std::string(one) + " of " + data_.systems[s].description.str() + in_segment(series.segment); },
-          [this, s, i, list]() -> stored_series& { return (data_.systems.edit(s).*list).edit(i); });
-    }
+void execute_query(prevesk_dataset_data_type& data, const series_ref& ref, const query_executor& execute,
+                   query_progress& progress, bool clear_flag) {
+  const stored_series& series = *find_series(data, ref);
+  try {
+    point_list points = series.points;
+    const query_report report = execute(*series.query, data, points);
+    progress.executed(report_name(data, ref), *series.query, report);
+    stored_series& target = edit_series(data, ref);
+    target.points = std::move(points);
+    if (clear_flag) target.query.edit().deferred = false;
+  } catch (const query_exception& error) {
+    throw live_query_exception("Live query for time series \"" + query_label(data, ref) + "\" failed: " + error.what());
   }
-
-  // As a user counts: from 1, and with the segment's name where it has one.
-  std::string in_segment(std::int32_t segment) const {
-    const auto at = static_cast<std::size_t>(segment);
-    const bool inside = segment >= 0 && at < data_.segments.size();
-    return " in segment " + std::to_string(std::int64_t{segment} + 1) +
-           (inside && !data_.segments[at].name.empty() ? " (" + data_.segments[at].name.str() + ")" : std::string());
-  }
-
-  template <class Fields>
-  void field_series(const char* kind, const char* field_kind, Fields& fields) {
-    for (std::size_t f = 0; f < fields.size(); ++f)
-      for (std::size_t i = 0; i < fields[f].functions.size(); ++i)
-        visit(
-            fields[f].functions[i],
-            [&] {
-              return std::string(kind) + " function '" + fields[f].functions[i].description.str() + "' for " +
-                     field_kind + " field '" + fields[f].description.str() + "'";
-            },
-            [&fields, f, i]() -> stored_series& { return fields.edit(f).functions.edit(i); });
-  }
-
-  // `make_label` gives the label of a failure, which counts segments from 0, `make_name` that of a success, `edit` the
-  // series for changing. They are only asked for one that has a query to run: the others, tens of thousands in a large
-  // model, go on sharing their points.
-  template <class MakeLabel, class Edit>
-  void visit(const stored_series& series, const MakeLabel& make_label, const Edit& edit) {
-    visit(series, make_label, make_label, edit);
-  }
-  template <class MakeLabel, class MakeName, class Edit>
-  void visit(const stored_series& series, const MakeLabel& make_label, const MakeName& make_name, const Edit& edit) {
-    if (series.query->deferred) {
-      const std::string label = make_label();
-      try {
-        point_list points = series.points;
-        const query_report report = execute_(*series.query, data_, points);
-        progress_.executed(make_name(), *series.query, report);
-        stored_series& target = edit();
-        target.points = std::move(points);
-        if (clear_flags_) target.query.edit().deferred = false;
-      } catch (const query_exception& error) {
-        throw live_query_exception("Live query for time series \"" + label + "\" failed: " + error.what());
-      }
-    }
-    done_ += 1.0;
-    const auto percent = static_cast<int>(done_ / static_cast<double>(total_) * 100);
-    if (std::exchange(percent_, percent) != percent) progress_.percent_done(percent);
-  }
-
-  prevesk_dataset_data_type& data_;
-  const query_executor& execute_;
-  query_progress& progress_;
-  const bool clear_flags_;
-  const std::size_t total_;
-  double done_ = 0;
-  int percent_ = -1; // as told last
-};
+}
 
 } // namespace
 
+// Only series with a query to run are changed: the others, tens of thousands in a large model, go on sharing their
+// points.
 void execute_deferred_queries(prevesk_dataset_data_type& data_set, const query_executor& execute,
                               query_progress& progress, bool clear_flags) {
-  walk(data_set, execute, progress, clear_flags).all();
+  const auto total = static_cast<double>(count_all_series(data_set));
+  double done = 0;
+  int last_percent = -1;
+  for_each_series(data_set, [&](const series_ref& ref) {
+    if (find_series(data_set, ref)->query->deferred) execute_query(data_set, ref, execute, progress, clear_flags);
+    done += 1.0;
+    const auto percent = static_cast<int>(done / total * 100);
+    if (std::exchange(last_percent, percent) != percent) progress.percent_done(percent);
+  });
 }
 
 } // namespace vesk

@@ -77,6 +77,57 @@ TEST(DataSet, EmptySeriesGetTwoPointsOverTheRunAndOthersStay) {
   EXPECT_EQ(one.size(), 1u);
 }
 
+TEST(DataSet, TheLimitsAreCheckedInOneOrderAndWhatIsUnusedIsOnlyNoted) {
+  prevesk_dataset_data_type data; // all limits are 0
+  const auto with_point = [](auto series) {
+    series.points.push_back({});
+    return series;
+  };
+  data.resize_segments(1);
+  data.segments.edit(0).name = "Bay";
+  data.exchange_fields.edit(0).used = true;
+  data.exchange_fields.edit(0).functions.push_back(with_point(exchange_function_data_type{}));
+  data.flow_fields.edit(1).functions.push_back(with_point(flow_function_data_type{}));
+  const auto add_system = [&](const char* name, std::uint32_t bypass, std::int32_t segment) {
+    system_data_type system;
+    system.description = name;
+    system.gsysbypass = bypass;
+    loads_data_type load;
+    load.segment = segment;
+    system.loads.push_back(with_point(load));
+    if (bypass != system_bypassed) system.boundaries.push_back(with_point(boundary_data_type{}));
+    data.systems.push_back(system);
+  };
+  add_system("Salt", system_constant, 0);
+  add_system("Dye", system_bypassed, 7);
+  data.print_intervals.points.push_back({});
+  data.time_steps.points.push_back({});
+  time_function_data_type function;
+  function.description = "Wind";
+  data.time_functions.push_back(with_point(function));
+
+  EXPECT_FALSE(data.check_limits());
+  std::string findings;
+  for (const auto& [message, severity] : data.validation_results)
+    findings += std::to_string(severity) + " " + message + "\n";
+  EXPECT_EQ(findings,
+            "2 Maximum of 0 segments exceeded\n"
+            "2 Maximum of 0 exchange functions for Surface Water exchange field exceeded\n"
+            "2 Maximum of 0 time value pairs for exchange function 1 of Surface Water exchange field exceeded\n"
+            "1 Maximum of 0 flow functions for UNUSED Pore Water flow field exceeded\n"
+            "1 Maximum of 0 time value pairs for flow function 1 of UNUSED Pore Water flow field exceeded\n"
+            "2 Maximum of 0 loads for Salt system exceeded\n"
+            "2 Maximum of 0 time/value pairs for segment 1 (Bay) load on Salt system exceeded\n"
+            "1 Maximum of 0 loads for BYPASSED Dye system exceeded\n"
+            "1 Maximum of 0 time/value pairs for segment 8 () load on BYPASSED Dye system exceeded\n"
+            "2 Maximum of 0 boundaries for Salt system exceeded\n"
+            "2 Maximum of 0 time/value pairs for segment 1 (Bay) boundary on Salt system exceeded\n"
+            "1 BYPASSED Dye system has no boundaries.\n"
+            "2 Maximum of 0 time/value pairs for print intervals exceeded\n"
+            "2 Maximum of 0 time/value pairs for time steps exceeded\n"
+            "1 Maximum of 0 time/value pairs for UNUSED Wind time function exceeded\n");
+}
+
 TEST(DataSet, ACopyIsRestoredWholeWhateverWasEdited) {
   const prevesk_dataset_data_type snapshot = sample_data_set();
   prevesk_dataset_data_type data = snapshot;

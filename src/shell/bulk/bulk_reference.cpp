@@ -57,18 +57,18 @@ double evaluate_series(const point_list& points, bool step, series_cursors& curs
 }
 
 void update_stage(prevesk_dataset_data_type& data, bulk_stage stage, double t, float* array,
-                  const std::function<void(const std::function<std::string()>&)>& outside) {
+                  const std::function<void(const series_ref&)>& left_out) {
   visit_series(
       data, stage,
-      [&](const bulk_element& element, const auto&, auto edit) {
+      [&](const bulk_element& element) {
         double value = 0;
         if (element.used) {
-          auto& series = edit();
-          value = evaluate_series(series.points, element.step, series, t);
+          series_cursors& cursors = edit_cursors(data, element.series);
+          value = evaluate_series(find_series(data, element.series)->points, element.step, cursors, t);
         }
         array[element.index] = static_cast<float>(value);
       },
-      outside);
+      left_out);
 }
 
 } // namespace vesk

@@ -4,10 +4,10 @@
 // the fast table is held against.
 #pragma once
 
+#include "dataset/series.h"
 #include "shell/bulk/bulk_service.h"
 
 #include <functional>
-#include <string>
 
 namespace vesk {
 
@@ -16,9 +16,9 @@ namespace vesk {
 // that have `t` between them count.
 double evaluate_series(const point_list& points, bool step, series_cursors& cursors, double t);
 
-// Evaluates all series of one stage at `t` into the engine's `array`. Moves the cursors in `data`. `outside` is called
-// with a function that makes a line of text for each series or field that has no element in the array.
+// Evaluates all series of one stage at `t` into the engine's `array`. Moves the cursors in `data`. `left_out`
+// is called for each series or field that has no element in the array, as by visit_series.
 void update_stage(prevesk_dataset_data_type& data, bulk_stage stage, double t, float* array,
-                  const std::function<void(const std::function<std::string()>&)>& outside);
+                  const std::function<void(const series_ref&)>& left_out);
 
 } // namespace vesk

@@ -37,10 +37,11 @@ public:
     return true;
   }
 
-  template <class Outside>
-  void update(prevesk_dataset_data_type& data, bulk_stage stage, double t, float* array, const Outside& outside) {
+  template <class LeftOut>
+  void update(const prevesk_dataset_data_type& data, bulk_stage stage, double t, float* array,
+              const LeftOut& left_out) {
     auto& table = tables_[static_cast<std::size_t>(stage)];
-    if (!table) table = build(data, stage, outside);
+    if (!table) table = build(data, stage, left_out);
     table->update(t, array);
   }
 
@@ -49,26 +50,31 @@ public:
     for (std::size_t s = 0; s < bulk_stage_count; ++s) {
       if (!tables_[s]) continue;
       std::size_t position = 0;
-      visit_series(data, static_cast<bulk_stage>(s), [&](const bulk_element&, const auto&, auto edit) {
-        const series_cursors cursors = tables_[s]->cursors(position++);
-        if (cursors.cursor_index != 0) static_cast<series_cursors&>(edit()) = cursors; // 0: never set
-      });
+      visit_series(
+          data, static_cast<bulk_stage>(s),
+          [&](const bulk_element& element) {
+            const series_cursors cursors = tables_[s]->cursors(position++);
+            if (cursors.cursor_index != 0) edit_cursors(data, element.series) = cursors; // 0: never set
+          },
+          [](const series_ref&) {});
     }
   }
 
 private:
-  template <class Outside>
-  static std::unique_ptr<bulk_table> build(prevesk_dataset_data_type& data, bulk_stage stage, const Outside& outside) {
+  template <class LeftOut>
+  static std::unique_ptr<bulk_table> build(const prevesk_dataset_data_type& data, bulk_stage stage,
+                                           const LeftOut& left_out) {
     auto table = std::make_unique<bulk_table>();
     visit_series(
         data, stage,
-        [&](const bulk_element& element, const auto& series, auto) {
+        [&](const bulk_element& element) {
           if (element.used)
-            table->add(element.index, series.points, element.step, series);
+            table->add(element.index, find_series(data, element.series)->points, element.step,
+                       *find_cursors(data, element.series));
           else
             table->add_zero(element.index);
         },
-        outside);
+        left_out);
     table->finish();
     return table;
   }
@@ -98,16 +104,16 @@ void bulk_service::update(engine_job& job, float days) {
 }
 
 void bulk_service::update_one(prevesk_dataset_data_type& data, bulk_stage stage, double t, float* array) {
-  const auto outside = [&](const std::function<std::string()>& text) { warn_once(stage, text); };
+  const auto left_out = [&](const series_ref& series) { warn_once(data, stage, series); };
   if (fast_)
-    fast_->update(data, stage, t, array, outside);
+    fast_->update(data, stage, t, array, left_out);
   else
-    update_stage(data, stage, t, array, outside);
+    update_stage(data, stage, t, array, left_out);
 }
 
-void bulk_service::warn_once(bulk_stage stage, const std::function<std::string()>& text) {
+void bulk_service::warn_once(const prevesk_dataset_data_type& data, bulk_stage stage, const series_ref& left_out) {
   if (std::exchange(warned_[static_cast<std::size_t>(stage)], true) || !log_) return;
-  log_(text());
+  log_(left_out_warning(data, left_out));
 }
 
 void bulk_service::series_changing(prevesk_dataset_data_type& data) {

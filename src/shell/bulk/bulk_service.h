@@ -6,13 +6,13 @@
 // the data set. What the table yields is, bit for bit, what the algorithm in bulk_reference.h yields.
 #pragma once
 
+#include "dataset/series.h"
 #include "shell/job.h"
 
 #include <array>
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <string>
 #include <string_view>
 
 namespace vesk {
@@ -51,7 +51,7 @@ private:
   class fast_tables;
 
   void update_one(prevesk_dataset_data_type& data, bulk_stage stage, double t, float* array);
-  void warn_once(bulk_stage stage, const std::function<std::string()>& text);
+  void warn_once(const prevesk_dataset_data_type& data, bulk_stage stage, const series_ref& left_out);
 
   log_function log_;
   std::array<std::uint32_t, bulk_stage_count> milliseconds_{};
