@@ -46,7 +46,7 @@ public:
 
   shell_interface& shell() override { return shell_; }
   std::string input_file_name() const override { return file_; }
-  void add_icon_message(std::int32_t, std::string_view text) override { refusal_ = text; }
+  void add_info_line(std::string_view text, std::int32_t) override { refusal_ = text; }
   bool cancel_requested() const override { return !failure_.empty(); }
   void set_return_code(std::int32_t code) override { return_code_ = code; }
   void fail(std::string_view cause) override { failure_ = cause; }

@@ -128,10 +128,6 @@ void TPreveskMainForm::report_failure(const std::string& text) {
 
 void TPreveskMainForm::add_info_line(const std::string& text, int icon) {
   ui_.add_info_line(text, icon);
-}
-
-void TPreveskMainForm::add_job_line(const std::string& text, int icon) {
-  ui_.add_info_line(text, icon);
   ui_.select_last_info_line();
 }
 

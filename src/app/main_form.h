@@ -218,8 +218,6 @@ public:
   void UpdateTimerTimer();
   const job_outcome& last_job() const { return last_job_; }
 
-  void add_info_line(const std::string& text, int icon);
-
   // Diagnostics. Any thread.
   bool logging_enabled() const override { return logging_enabled_; }
   void set_logging_enabled(bool enabled) override { logging_enabled_ = enabled; }
@@ -281,10 +279,10 @@ private:
   void note_end_of_job();
 
   // job_front_end
-  void add_job_line(const std::string& text, int icon) override; // and selects it
+  void add_info_line(const std::string& text, int icon) override; // and selects it
   void clear_info_lines() override;
   void set_file_name(const std::string& name) override;
-  void initialize_results_grid(const std::vector<std::string>& column_labels, int rows) override;
+  void initialize_grid(const std::vector<std::string>& column_labels, int rows) override;
   void clear_grid_data() override;
   void hydrodynamic_file_put() override;
   void set_grid_data(const float* data, int actual_columns, int actual_rows, bool invert) override; // worker

@@ -120,12 +120,12 @@ TPreveskMainForm::load_result TPreveskMainForm::load(const std::string& name, lo
 void TPreveskMainForm::tell_losses(const std::string& name, const reading_losses& losses) {
   const std::string dropped = in_words(losses.dropped);
   if (losses.newer_version != 0)
-    add_info_line(name + " has version " + file_version_text(losses.newer_version) + ", which is newer than " +
-                      file_version_text(prevesk_dataset_data_type::current_file_version()) + ": " +
-                      byte_count(losses.bytes_not_read) + " at its end " +
-                      (losses.bytes_not_read == 1 ? "was" : "were") +
-                      " not read. A saved copy lacks what was not read.",
-                  icon_note);
+    ui_.add_info_line(name + " has version " + file_version_text(losses.newer_version) + ", which is newer than " +
+                          file_version_text(prevesk_dataset_data_type::current_file_version()) + ": " +
+                          byte_count(losses.bytes_not_read) + " at its end " +
+                          (losses.bytes_not_read == 1 ? "was" : "were") +
+                          " not read. A saved copy lacks what was not read.",
+                      icon_note);
   if (losses.model_is_unknown && (current_data_set->model_type != 0 || !dropped.empty()))
     ui_.message_box("Error",
                     "The catalogue has no model " + std::to_string(current_data_set->model_type) + ", which " + name +
@@ -133,8 +133,8 @@ void TPreveskMainForm::tell_losses(const std::string& name, const reading_losses
                         " Open it with a catalogue that has the model.",
                     box_buttons::ok);
   else if (!losses.names.empty())
-    add_info_line(name + ": the catalogue no longer has " + enumerated(losses.names) + ". Dropped: " + dropped + ".",
-                  icon_note);
+    ui_.add_info_line(
+        name + ": the catalogue no longer has " + enumerated(losses.names) + ". Dropped: " + dropped + ".", icon_note);
   if (losses.newer_version != 0 || (losses.model_is_unknown && losses.any())) ++files_partly_read_;
 }
 
@@ -250,9 +250,9 @@ void TPreveskMainForm::prepare_import(const std::string& name) {
   const bool was_busy = active_thread != nullptr;
   start_import_export(true);
   if (was_busy && !undo_label().empty())
-    add_info_line("\"" + label + "\" was refused, and an empty data set has replaced " + replaced_by_import_ +
-                      ". Undo brings it back.",
-                  icon_note);
+    ui_.add_info_line("\"" + label + "\" was refused, and an empty data set has replaced " + replaced_by_import_ +
+                          ". Undo brings it back.",
+                      icon_note);
 }
 
 void TPreveskMainForm::ExportItemClick() {

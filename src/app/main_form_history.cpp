@@ -80,13 +80,13 @@ void TPreveskMainForm::go_to(document step, const std::string& line) {
   const bool is_another = step.number != document_number_;
   replace(std::move(step));
   update_menus();
-  add_info_line(line + (is_another ? ". Open again: " + name_of_document() : std::string()) + ".", icon_plain);
+  ui_.add_info_line(line + (is_another ? ". Open again: " + name_of_document() : std::string()) + ".", icon_plain);
 }
 
 // After a question to the user: true when a job's end has replaced the data set meanwhile. Says what was not done.
 bool TPreveskMainForm::is_replaced_since(std::uint64_t generation, const std::string& what_was_left) {
   if (generation == generation_) return false;
-  add_info_line("The data set was replaced while the question was open. " + what_was_left, icon_note);
+  ui_.add_info_line("The data set was replaced while the question was open. " + what_was_left, icon_note);
   return true;
 }
 

@@ -56,11 +56,11 @@ void TPreveskMainForm::populate_documentation_menu() {
                                documentation_links[name] = file;
                              });
   } catch (const xml_error& error) {
-    add_info_line(std::string("Unable to populate document menu") + error.what(), icon_plain);
+    ui_.add_info_line(std::string("Unable to populate document menu") + error.what(), icon_plain);
   } catch (const xml_parse_error& error) {
-    add_info_line(std::string("Caught exception populating document menu: ") + error.what(), icon_plain);
+    ui_.add_info_line(std::string("Caught exception populating document menu: ") + error.what(), icon_plain);
   } catch (...) {
-    add_info_line("Caught unexpected exception populating document menu", icon_plain);
+    ui_.add_info_line("Caught unexpected exception populating document menu", icon_plain);
   }
 }
 
@@ -69,9 +69,9 @@ void TPreveskMainForm::DocumentationItemClick(const std::string& caption) {
   if (found == documentation_links.end()) return;
   const std::string& text = found->second;
   if (!may_be_opened(text))
-    return add_info_line("Cannot open \"" + text +
-                             "\": a document is a file in the documentation folder, or an http or https link.",
-                         icon_failure);
+    return ui_.add_info_line("Cannot open \"" + text +
+                                 "\": a document is a file in the documentation folder, or an http or https link.",
+                             icon_failure);
   open_outside(is_link(text) ? text : file_in(documentation_directory, text), documentation_directory);
 }
 

@@ -48,9 +48,9 @@ void TPreveskMainForm::take_back() {
     if (same_document && job_start_->file_name) set_file_name(std::string(*job_start_->file_name));
     const bool left_empty =
         last_job_.code == job_code::import_file && keeps_history_ && same_document && !replaced_by_import_.empty();
-    add_info_line("\"" + job_start_->label + "\" was cancelled, and its data set was dropped." +
-                      (left_empty ? " Undo brings " + replaced_by_import_ + " back." : ""),
-                  icon_note);
+    ui_.add_info_line("\"" + job_start_->label + "\" was cancelled, and its data set was dropped." +
+                          (left_empty ? " Undo brings " + replaced_by_import_ + " back." : ""),
+                      icon_note);
     return job_start_.reset();
   }
   document before = present();
@@ -77,18 +77,20 @@ void TPreveskMainForm::tell_what_was_replaced(const document& before, bool same_
   const bool failed =
       last_job_.failed() || last_job_.return_code != 0 || (is_import && !current_data_set->period_fault().empty());
   if (!same_document)
-    add_info_line(job + " has ended after another data set was opened, and has replaced that one (" +
-                      (before.file_name.empty() ? "unnamed" : leaf_of(before.file_name)) + "). Undo brings it back.",
-                  icon_note);
+    ui_.add_info_line(job + " has ended after another data set was opened, and has replaced that one (" +
+                          (before.file_name.empty() ? "unnamed" : leaf_of(before.file_name)) +
+                          "). Undo brings it back.",
+                      icon_note);
   else if (edited)
-    add_info_line(job + " has replaced the data set, which was edited meanwhile. Undo brings the edits back.",
-                  icon_note);
+    ui_.add_info_line(job + " has replaced the data set, which was edited meanwhile. Undo brings the edits back.",
+                      icon_note);
   else if (failed && is_import && !replaced_by_import_.empty())
-    add_info_line(job + " failed, and what it has read has replaced " + replaced_by_import_ + ". Undo brings it back.",
-                  icon_note);
+    ui_.add_info_line(job + " failed, and what it has read has replaced " + replaced_by_import_ +
+                          ". Undo brings it back.",
+                      icon_note);
   else if (failed && !is_import && !same_input(before.data_set, *current_data_set))
-    add_info_line(job + " failed, and what it has done has replaced the data set. Undo brings it back as it was.",
-                  icon_note);
+    ui_.add_info_line(job + " failed, and what it has done has replaced the data set. Undo brings it back as it was.",
+                      icon_note);
 }
 
 } // namespace vesk

@@ -114,7 +114,7 @@ void TPreveskMainForm::note_end_of_job() {
   } catch (...) {
     last_job_.failure = "The job failed with an exception of an unknown kind.";
   }
-  add_info_line(last_job_.failure, icon_failure);
+  ui_.add_info_line(last_job_.failure, icon_failure);
 }
 
 void TPreveskMainForm::RunModelButtonClick() {
@@ -153,15 +153,15 @@ bool TPreveskMainForm::lock_outputs(std::unique_ptr<output_lock>& lock) {
     report_failure(error.what());
     return false;
   }
-  if (!lock->warning().empty()) add_info_line(lock->warning(), icon_note);
+  if (!lock->warning().empty()) ui_.add_info_line(lock->warning(), icon_note);
   return true;
 }
 
 void TPreveskMainForm::cancel_job() {
   if (!active_thread) return;
-  add_info_line("Terminating model thread... please wait...", icon_plain);
+  ui_.add_info_line("Terminating model thread... please wait...", icon_plain);
   if (active_thread->priority_position == stopped_position)
-    add_info_line("The model is stopped. It ends once its priority is no longer \"Stop\".", icon_note);
+    ui_.add_info_line("The model is stopped. It ends once its priority is no longer \"Stop\".", icon_note);
   active_thread->Terminate();
 }
 
@@ -232,7 +232,7 @@ void TPreveskMainForm::validity_end() {
   else
     ui_.message_box("Validity check failed", "Problems were detected", box_buttons::ok);
   for (const validation_information& finding : current_data_set->validation_results)
-    add_info_line(finding.message, finding.severity);
+    ui_.add_info_line(finding.message, finding.severity);
   active_thread = nullptr;
   update_menus();
 }
@@ -310,7 +310,7 @@ bool TPreveskMainForm::run_queries(prevesk_dataset_data_type& data_set, bool cle
   ++failures_;
   clear_progress();
   if (failure.empty()) return false; // the user interface has said why
-  if (!ui_.boxes_stay_in_sight()) add_info_line(failure, icon_failure);
+  if (!ui_.boxes_stay_in_sight()) ui_.add_info_line(failure, icon_failure);
   ui_.message_box(title, failure, box_buttons::ok);
   return false;
 }
@@ -347,7 +347,7 @@ void TPreveskMainForm::PriorityTrackBarChange(int position) {
   ui_.set_priority_position(active_thread->priority_position);
   const auto now = std::chrono::steady_clock::now();
   if (now - std::exchange(priority_refused_, now) < std::chrono::seconds(1)) return;
-  add_info_line("Could not change model priority", icon_failure);
+  ui_.add_info_line("Could not change model priority", icon_failure);
 }
 
 void TPreveskMainForm::UpdateTimerTimer() {
@@ -365,9 +365,9 @@ void TPreveskMainForm::UpdateTimerTimer() {
   }
 }
 
-void TPreveskMainForm::initialize_results_grid(const std::vector<std::string>& column_labels, int rows) {
+void TPreveskMainForm::initialize_grid(const std::vector<std::string>& column_labels, int rows) {
   grid_rows_ = rows;
-  ui_.set_up_results_grid(column_labels, rows);
+  ui_.initialize_grid(column_labels, rows);
 }
 
 void TPreveskMainForm::set_grid_data(const float* data, int actual_columns, int actual_rows, bool invert) {

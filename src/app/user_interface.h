@@ -90,7 +90,7 @@ public:
   virtual void show_run_controls(bool running) = 0;
 
   // The results grid, a view on the engine's array.
-  virtual void set_up_results_grid(const std::vector<std::string>& column_labels, int rows) = 0;
+  virtual void initialize_grid(const std::vector<std::string>& column_labels, int rows) = 0;
   virtual void show_results_grid(bool visible) = 0;
   virtual void repaint_results_grid() = 0;
 };

@@ -55,7 +55,7 @@ public:
   void hydrodynamic_file_named() override { say_failure("The file name is stored; --read-hyd reads it."); }
   int queries_executed() const { return queries_executed_; } // so far
   void show_run_controls(bool) override {}
-  void set_up_results_grid(const std::vector<std::string>&, int) override {}
+  void initialize_grid(const std::vector<std::string>&, int) override {}
   void show_results_grid(bool) override {}
   void repaint_results_grid() override {}
 

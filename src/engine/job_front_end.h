@@ -12,10 +12,10 @@ public:
   virtual ~job_front_end() = default;
 
   // On the main thread, while the worker waits.
-  virtual void add_job_line(const std::string& text, int icon) = 0; // to the info list; icon 0 plain, 2 failure
+  virtual void add_info_line(const std::string& text, int icon) = 0; // to the info list; icon 0 plain, 2 failure
   virtual void clear_info_lines() = 0;
   virtual void set_file_name(const std::string& name) = 0;
-  virtual void initialize_results_grid(const std::vector<std::string>& column_labels, int rows) = 0;
+  virtual void initialize_grid(const std::vector<std::string>& column_labels, int rows) = 0;
   virtual void clear_grid_data() = 0;
   virtual void hydrodynamic_file_put() = 0; // HYDROFILE has a new name
 

@@ -38,15 +38,11 @@ std::int32_t winvesk_thread::elapsed_seconds() const {
   return static_cast<std::int32_t>(std::time(nullptr) - start_time_);
 }
 
-void winvesk_thread::add_message(std::string_view text) {
-  add_icon_message(0, text);
+void winvesk_thread::add_info_line(std::string_view text, std::int32_t icon) {
+  Synchronize([&] { front_end_.add_info_line(std::string(text), icon); });
 }
 
-void winvesk_thread::add_icon_message(std::int32_t icon, std::string_view text) {
-  Synchronize([&] { front_end_.add_job_line(std::string(text), icon); });
-}
-
-void winvesk_thread::clear_messages() {
+void winvesk_thread::clear_info_lines() {
   Synchronize([this] { front_end_.clear_info_lines(); });
 }
 
@@ -74,7 +70,7 @@ void winvesk_thread::set_status(std::string_view description, std::int32_t statu
 }
 
 void winvesk_thread::initialize_grid(std::vector<std::string> column_labels, std::int32_t rows) {
-  Synchronize([&] { front_end_.initialize_results_grid(column_labels, rows); });
+  Synchronize([&] { front_end_.initialize_grid(column_labels, rows); });
 }
 
 void winvesk_thread::set_grid_data(const float* data, std::int32_t actual_columns, std::int32_t actual_rows,
@@ -97,7 +93,7 @@ void winvesk_thread::fail(std::string_view cause) {
   if (failed_.exchange(true)) return; // the first cause counts
   failure_ = cause;
   try {
-    add_icon_message(2, cause);
+    add_info_line(cause, 2);
   } catch (...) { // a front end that cannot show it; the job has failed all the same
   }
 }

@@ -42,9 +42,8 @@ public:
   // Keywords.
   bool cancel_requested() const override { return Terminated() || failed_.load(std::memory_order_relaxed); }
   std::int32_t elapsed_seconds() const override;
-  void add_message(std::string_view text) override;
-  void add_icon_message(std::int32_t icon, std::string_view text) override;
-  void clear_messages() override;
+  void add_info_line(std::string_view text, std::int32_t icon) override;
+  void clear_info_lines() override;
   void set_progress(std::int32_t percent) override;
   void set_simulation_time(double date_time) override;
   void mark_grid_changed() override;

@@ -46,9 +46,8 @@ public:
   virtual void set_file_name(std::string_view name) = 0;
 
   // Lines for the user. They wait until the front end has taken them.
-  virtual void add_message(std::string_view text) = 0; // icon 0
-  virtual void add_icon_message(std::int32_t icon, std::string_view text) = 0;
-  virtual void clear_messages() = 0;
+  virtual void add_info_line(std::string_view text, std::int32_t icon) = 0; // icon 0 plain, 1 note, 2 failure
+  virtual void clear_info_lines() = 0;
 
   // Left in a mailbox that the front end empties when it has time.
   virtual void set_progress(std::int32_t percent) = 0;

@@ -272,9 +272,9 @@ void main_window::show_run_controls(bool running) {
   InfoPanel->show_priority(running);
 }
 
-void main_window::set_up_results_grid(const std::vector<std::string>& column_labels, int rows) {
+void main_window::initialize_grid(const std::vector<std::string>& column_labels, int rows) {
   ResultsTable->set_picture(form_->number_format("MainFormResultsNumericField"));
-  ResultsTable->set_up(column_labels, rows);
+  ResultsTable->initialize_grid(column_labels, rows);
 }
 
 void main_window::set_results_height(int height) {

@@ -61,7 +61,7 @@ public:
   void set_info_label(const std::string& text) override;
   void set_time_remaining_label(const std::string& text) override;
   void show_run_controls(bool running) override;
-  void set_up_results_grid(const std::vector<std::string>& column_labels, int rows) override;
+  void initialize_grid(const std::vector<std::string>& column_labels, int rows) override;
   void show_results_grid(bool visible) override;
   void repaint_results_grid() override;
 

@@ -5,7 +5,7 @@
 
 namespace vesk {
 
-void results_model::set_up(const std::vector<std::string>& column_labels, int rows) {
+void results_model::initialize_grid(const std::vector<std::string>& column_labels, int rows) {
   beginResetModel();
   labels_.clear();
   for (const std::string& label : column_labels) labels_ << shown(label);

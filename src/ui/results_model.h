@@ -17,7 +17,7 @@ public:
 
   explicit results_model(reader read) : read_(std::move(read)) {}
 
-  void set_up(const std::vector<std::string>& column_labels, int rows);
+  void initialize_grid(const std::vector<std::string>& column_labels, int rows);
   void set_picture(const std::string& picture) { picture_ = picture; } // see numeric_picture.h
 
   int rowCount(const QModelIndex& parent = {}) const override { return parent.isValid() ? 0 : rows_; }

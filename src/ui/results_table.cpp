@@ -41,9 +41,9 @@ results_table::results_table(QWidget* parent, results_model::reader read)
   setContextMenuPolicy(Qt::ActionsContextMenu);
 }
 
-void results_table::set_up(const std::vector<std::string>& column_labels, int rows) {
+void results_table::initialize_grid(const std::vector<std::string>& column_labels, int rows) {
   horizontalHeader()->setDefaultSectionSize(scaled(column_width_of_a_job, *this));
-  model_.set_up(column_labels, rows);
+  model_.initialize_grid(column_labels, rows);
   asked_for_.clear();
 }
 

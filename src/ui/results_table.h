@@ -12,7 +12,7 @@ class results_table final : public QTableView {
 public:
   results_table(QWidget* parent, results_model::reader read);
 
-  void set_up(const std::vector<std::string>& column_labels, int rows);
+  void initialize_grid(const std::vector<std::string>& column_labels, int rows);
   void set_picture(const std::string& picture) { model_.set_picture(picture); }
   void repaint_cells();
   void copy_selected() const; // tab-separated

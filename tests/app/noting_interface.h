@@ -61,7 +61,7 @@ public:
     series.push_back(name);
   }
   void show_run_controls(bool running) override { shown.push_back(running ? "run on" : "run off"); }
-  void set_up_results_grid(const std::vector<std::string>& labels, int rows) override {
+  void initialize_grid(const std::vector<std::string>& labels, int rows) override {
     shown.push_back("grid " + std::to_string(labels.size()) + "x" + std::to_string(rows));
   }
   void show_results_grid(bool visible) override { shown.push_back(visible ? "grid on" : "grid off"); }

@@ -19,13 +19,13 @@ public:
   const float* grid = nullptr;
   std::atomic<bool> logging{false};
 
-  void add_job_line(const std::string& text, int icon) override {
+  void add_info_line(const std::string& text, int icon) override {
     notes.push_back(std::to_string(icon) + " " + text + (grid ? ", with a grid" : ""));
     ++lines_told;
   }
   void clear_info_lines() override { notes.push_back("clear"); }
   void set_file_name(const std::string& name) override { notes.push_back("file " + name); }
-  void initialize_results_grid(const std::vector<std::string>& labels, int rows) override {
+  void initialize_grid(const std::vector<std::string>& labels, int rows) override {
     std::string text = "grid of " + std::to_string(rows) + ":";
     for (const auto& label : labels) text += " " + label;
     notes.push_back(text);

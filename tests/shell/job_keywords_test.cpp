@@ -19,7 +19,7 @@ TEST_F(JobKeywords, ReachTheJob) {
                            "PSTATUS 'Reading' 3", "PGRIDUPDATE", "PGRIDDATA 1.5 3 4 9", "PDONE", "PRETURNCODE 5"})
     call(line);
   EXPECT_THAT(job.take_notes(),
-              ElementsAre("message Day 1", "icon 2 Unstable", "clear", "progress 40", "progress 41", "status Reading 3",
+              ElementsAre("line 0 Day 1", "line 2 Unstable", "clear", "progress 40", "progress 41", "status Reading 3",
                           "grid changed", "grid data 1.5 3 4 1", "grid stop", "return 5"));
   EXPECT_EQ(call("GCANCEL 9"), "0");
   job.cancelled = true;

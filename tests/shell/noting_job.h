@@ -36,12 +36,11 @@ public:
   std::int32_t elapsed_seconds() const override { return 12; }
   std::string input_file_name() const override { return file_name_; }
   void set_file_name(std::string_view name) override { file_name_ = name; }
-  void add_message(std::string_view text) override {
+  void add_info_line(std::string_view text, std::int32_t icon) override {
     if (on_message) on_message();
-    note("message", text);
+    note("line", icon, text);
   }
-  void add_icon_message(std::int32_t icon, std::string_view text) override { note("icon", icon, text); }
-  void clear_messages() override { note("clear"); }
+  void clear_info_lines() override { note("clear"); }
   void set_progress(std::int32_t percent) override { note("progress", percent); }
   void set_simulation_time(double date_time) override { note("time", date_time); }
   void mark_grid_changed() override { note("grid changed"); }

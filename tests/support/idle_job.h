@@ -21,9 +21,8 @@ public:
   std::int32_t elapsed_seconds() const override { return 0; }
   std::string input_file_name() const override { return {}; }
   void set_file_name(std::string_view) override {}
-  void add_message(std::string_view) override {}
-  void add_icon_message(std::int32_t, std::string_view) override {}
-  void clear_messages() override {}
+  void add_info_line(std::string_view, std::int32_t) override {}
+  void clear_info_lines() override {}
   void set_progress(std::int32_t) override {}
   void set_simulation_time(double) override {}
   void mark_grid_changed() override {}

@@ -236,7 +236,7 @@ TEST(MainWindow, NamesAreShownLetterForLetter) {
   running_program program;
   const std::string name = "<img src='/etc/hostname'><b>A&lt;B</b>";
   program.window().add_info_line(name, icon_plain);
-  program.window().set_up_results_grid({name}, 1);
+  program.window().initialize_grid({name}, 1);
   const QVariant tips[] = {
       find<QTreeView>(&program.window(), "InfoListView")->model()->index(0, 0).data(Qt::ToolTipRole),
       find<QTableView>(&program.window(), "ResultsTable")->model()->headerData(0, Qt::Horizontal, Qt::ToolTipRole)};
@@ -260,7 +260,7 @@ TEST(MainWindow, NamesAreShownLetterForLetter) {
 
 TEST(MainWindow, TabLeavesTheGridOfResults) {
   running_program program({}, "RunTimeGridAlwaysVisible=1\n");
-  program.window().set_up_results_grid({"one", "two"}, 3);
+  program.window().initialize_grid({"one", "two"}, 3);
   auto* grid = find<QTableView>(&program.window(), "ResultsTable");
   grid->setFocus();
   ASSERT_TRUE(wait_for([&] { return grid->hasFocus(); }));
@@ -270,7 +270,7 @@ TEST(MainWindow, TabLeavesTheGridOfResults) {
 
 TEST(MainWindow, GridColumnsGrowWithTheNumbersInSightAndKeepWhatTheUserGaveThem) {
   results_table grid(nullptr, [](int row, int) { return row < 900 ? 1.0 : 987654321.0; });
-  grid.set_up({"one"}, 1000);
+  grid.initialize_grid({"one"}, 1000);
   grid.resize(300, 200);
   grid.show();
   grid.repaint_cells();

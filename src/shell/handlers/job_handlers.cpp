@@ -31,15 +31,15 @@ void set_days(shell_interface& shell, float& days) {
 }
 
 void status_information(shell_interface& shell, char* information) {
-  shell.job().add_message(information);
+  shell.job().add_info_line(information, 0);
 }
 
 void icon_status_information(shell_interface& shell, std::int32_t& icon_index, char* information) {
-  shell.job().add_icon_message(icon_index, information);
+  shell.job().add_info_line(information, icon_index);
 }
 
 void clear_status_information(shell_interface& shell) {
-  shell.job().clear_messages();
+  shell.job().clear_info_lines();
 }
 
 void status_progress(shell_interface& shell, std::int32_t& percent) {
