@@ -28,7 +28,7 @@ double on_line(double a, double b, double share, double slack) {
 bool SampledValues::move_to(double share, double slack) {
   if (!varies_ && !fresh_) return false;
   fresh_ = false;
-  bool changed = false;
+  bool changed = !std::exchange(known_, true);
   for (std::size_t k = 0; k < now_.size(); ++k) {
     const double value = on_line(first_[k], second_[k], share, slack);
     changed = changed || value != now_[k];

@@ -32,7 +32,8 @@ public:
   }
 
   // share: 0 at the first sample, 1 at the second; may lie outside. slack: how far below 0, as a share of the larger
-  // sample, a line between two samples above 0 is held at 0; the same for samples below 0. True when a value changed.
+  // sample, a line between two samples above 0 is held at 0; the same for samples below 0. True when a value changed,
+  // and at the first call, so that what follows from the values is worked out even where all are 0.
   bool move_to(double share, double slack);
 
   bool varies() const { return varies_; }
@@ -49,6 +50,7 @@ private:
   std::vector<std::size_t> elements_;
   std::vector<double> first_, second_, now_;
   bool varies_ = false, fresh_ = false;
+  bool known_ = false; // `now_` has been worked out at least once
 };
 
 // The elements of a Forcing that a model uses.

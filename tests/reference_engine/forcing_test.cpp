@@ -190,6 +190,24 @@ TEST(Forcing, BalancesCloseAndSeriesArriveWhateverHappens) {
   }
 }
 
+// No water, no load and an empty boundary at first: all series begin with 0.
+TEST(Forcing, MayBeginWithZero) {
+  for (const int technique : {euler, runge_kutta, bdf}) {
+    Model model(2);
+    model.through(1);
+    model.start_all_at(conservative, 3);
+    model.load(conservative, 1) = 0;
+    const State state = model.run(technique, {0, 1, 2}, 50, [&](double day) {
+      const bool begun = day > 1; // then the boundary's 3 g/m3 and the load
+      for (const FlowPair& pair : model.problem.flows) model.forcing.flows[pair.element] = begun ? 1.0f : 0.0f;
+      model.boundary(conservative, 0) = 3;
+      model.forcing.loads[model.problem.systems.size()] = begun ? 0.001f : 0.0f;
+    });
+    EXPECT_NEAR(state.of(conservative)[0], 3, 1e-6) << technique;
+    EXPECT_NEAR(state.of(conservative)[1], 4 - std::exp(-1), technique == runge_kutta ? 1e-6 : 1e-2) << technique;
+  }
+}
+
 TEST(Timeline, EventsAreMergedButNotLost) {
   // Prints every 0.25 days, and from day 1.1 on every 0.5 days.
   Timeline timeline(2, PrintTimes({{0, 0.25}, {1.1, 0.5}}), {0.1, 0.1004, 0.3, 0.4999, 0.75, 1.3}, 0.001);
