@@ -34,7 +34,8 @@ Moment taken_up_at(Host& host) {
   Moment moment;
   host.get("HYDSKIPDATE", {&moment.month, &moment.day, &moment.year});
   host.get("HYDSKIPTIME", {&moment.hour, &moment.minute, &moment.second});
-  if (!moment.is_valid()) throw InputError("The moment at which the hydrodynamic file is taken up is no date.");
+  if (!moment.is_valid())
+    throw InputError("The date and time at which the run enters the hydrodynamic file is not a date.");
   return moment;
 }
 

@@ -50,31 +50,44 @@ std::vector<float> make_functions(Host& host, std::string_view keyword, std::int
   return std::vector<float>(static_cast<std::size_t>(most) * fields_per_function);
 }
 
+double read_factor(Host& host, const char* keyword, const char* what, std::int32_t field) {
+  return host.finite(
+      keyword, [&] { return text("The ", what, " ", field); }, field);
+}
+
 void read_flow_field(Host& host, std::int32_t field, std::int32_t functions, Problem& problem) {
-  const double factor = host.real("SCALEQ", field) * host.real("CONVQ", field);
+  const double factor = read_factor(host, "SCALEQ", "scale factor of flow field", field) *
+                        read_factor(host, "CONVQ", "conversion factor of flow field", field);
   for (std::int32_t function = 1; function <= functions; ++function) {
     host.stop_if_cancelled();
     const std::int32_t pairs = host.count("NOQS", field, function);
-    for (std::int32_t pair = 1; pair <= pairs; ++pair)
+    for (std::int32_t pair = 1; pair <= pairs; ++pair) {
+      const auto fraction = [&] {
+        return text("The fraction of pair ", pair, " of flow function ", function, " in field ", field);
+      };
       problem.flows.push_back({.element = element(function, field),
                                .field = static_cast<FlowField>(field - 1),
                                .from = host.integer("JQ", field, function, pair) - 1,
                                .to = host.integer("IQ", field, function, pair) - 1,
-                               .factor = factor * host.real("BQ", field, function, pair)});
+                               .factor = factor * host.finite("BQ", fraction, field, function, pair)});
+    }
   }
 }
 
 void read_exchange_field(Host& host, std::int32_t field, std::int32_t functions, Problem& problem) {
-  const double factor = host.real("SCALER", field) * host.real("CONVR", field);
+  const double factor = read_factor(host, "SCALER", "scale factor of exchange field", field) *
+                        read_factor(host, "CONVR", "conversion factor of exchange field", field);
   for (std::int32_t function = 1; function <= functions; ++function) {
     host.stop_if_cancelled();
     const std::int32_t pairs = host.count("NORS", field, function);
     for (std::int32_t pair = 1; pair <= pairs; ++pair) {
-      const double area = host.real("XAREA", field, function, pair),
-                   length = host.real("LENGTH", field, function, pair);
-      if (!(length > 0))
-        throw InputError(
-            text("Pair ", pair, " of exchange function ", function, " in field ", field, " has no mixing length."));
+      const auto where = [&] { return text(pair, " of exchange function ", function, " in field ", field); };
+      const auto read = [&](const char* keyword, const char* what) {
+        return host.finite(
+            keyword, [&] { return text("The ", what, " of pair ", where()); }, field, function, pair);
+      };
+      const double area = read("XAREA", "area"), length = read("LENGTH", "mixing length");
+      if (!(length > 0)) throw InputError(text("Pair ", where(), " has no mixing length."));
       problem.exchanges.push_back({.element = element(function, field),
                                    .field = static_cast<ExchangeField>(field - 1),
                                    .one = host.integer("JRSEG", field, function, pair) - 1,

@@ -4,8 +4,9 @@
 #include "core/text.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
-#include <limits>
+#include <cstdint>
 #include <map>
 #include <string>
 #include <vector>
@@ -16,7 +17,8 @@ namespace {
 
 using Item = std::int32_t;
 constexpr Item flow_fields = 6, exchange_fields = 2;
-constexpr float untouched = std::numeric_limits<float>::quiet_NaN();
+// Compared bit by bit, since a series may hold not-a-number too.
+constexpr std::uint32_t untouched = 0x7fc5ee0d;
 
 // A kind of series, by the keywords that tell its points.
 struct SeriesKind {
@@ -33,8 +35,8 @@ public:
     functions_.resize(256);
     loads_.resize(cells);
     boundaries_.resize(cells);
-    flows_.assign(field_elements("NINQ", flow_fields), untouched);
-    exchanges_.assign(field_elements("NTEX", exchange_fields), untouched);
+    flows_.assign(field_elements("NINQ", flow_fields), std::bit_cast<float>(untouched));
+    exchanges_.assign(field_elements("NTEX", exchange_fields), std::bit_cast<float>(untouched));
     lend("ALLTFDATA", functions_);
     lend("ALLLOADDATA", loads_);
     lend("ALLBCDATA", boundaries_);
@@ -68,7 +70,8 @@ public:
     std::vector<std::string> names;
     const auto look = [&](const char* what, Item fields, const char* count, const std::vector<float>& values) {
       for (Item field = 1; field <= fields; ++field)
-        if (host_.count(count, field) > 0 && std::isnan(values[static_cast<std::size_t>(field - 1)]))
+        if (host_.count(count, field) > 0 &&
+            std::bit_cast<std::uint32_t>(values[static_cast<std::size_t>(field - 1)]) == untouched)
           names.push_back(text(what, " field ", field));
     };
     look("flow", flow_fields, "NINQ", flows_);

@@ -168,7 +168,7 @@ private:
     next_ = 1;
     if (const auto again = std::find_if(statements_.begin() + 1, statements_.end(), is_model);
         again != statements_.end())
-      fail(again->line, "MODELTYPE stands a second time");
+      fail(again->line, "MODELTYPE is given a second time");
     switch_off("NUMOP", "OPISC", "OPENABLED");
     switch_off("NUMCSVOP", "CSVOPISC", "CSVOPENABLED");
   }
@@ -244,7 +244,7 @@ private:
   void hold_days(const Statement& statement) {
     if (!start_) start_ = read_start(host_);
     if (const auto days = static_cast<double>(statement.value.reals[0]); !start_->reaches(days))
-      fail(statement.line, text(days, " days after the start is no date from ", first_date, " to ", last_date));
+      fail(statement.line, text(days, " days after the start is not a date from ", first_date, " to ", last_date));
   }
 
   Host& host_;

@@ -84,7 +84,7 @@ public:
       if (c == '\\')
         append_escaped(out);
       else if (static_cast<unsigned char>(c) < 0x20)
-        throw InputError("a control character stands in a text");
+        throw InputError("a text contains a control character");
       else
         out += c;
     }

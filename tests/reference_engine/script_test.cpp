@@ -85,6 +85,14 @@ TEST_F(ScriptTest, ExportTellsWhatTheFormCannotCarry) {
   EXPECT_THAT(host.infos, Contains("Fields that are not in use come back in use: flow field 6."));
   EXPECT_THAT(host.infos, Contains("Systems that are constant come back bypassed, as do those that are: system 2."));
   EXPECT_THAT(host.infos, Contains(HasSubstr("Time functions in use without points come back unused")));
+
+  // Not-a-number in the only flow function does not make its field an unused one.
+  host.infos.clear();
+  host.load("MINDT nan\nNINQ 1 1\nNBRKQ 1 1 1\nNOQFUNC 1 1 1 0 nan");
+  import_export(&FakeHost::callback, 0);
+  EXPECT_THAT(host.infos, Contains("Fields that are not in use come back in use: flow field 6."));
+  EXPECT_THAT(host.warnings, testing::ElementsAre(path("told.inp") + ": 2 values are not finite, so the file cannot be "
+                                                                     "imported as it is; the first is MINDT."));
 }
 
 // The front end's cursors do not go back: a linear series from before the start must not pass for a step series.
@@ -125,7 +133,7 @@ TEST_F(ScriptTest, ErrorsNameFileLineAndCause) {
             ", line 2: not a month, day and year of the calendar: 2 30 2008.");
   EXPECT_EQ(import_failure("MODELTYPE 1\nSEEDTIME 24 0 0"), ", line 2: not an hour, minute and second: 24 0 0.");
   EXPECT_EQ(import_failure("MODELTYPE 1\nSEEDDATE 1 1 3999\nENDJULIAN 365"),
-            ", line 3: 365 days after the start is no date from 1600-01-01 to 3999-12-31.");
+            ", line 3: 365 days after the start is not a date from 1600-01-01 to 3999-12-31.");
   const std::string named = "MODELTYPE 1\nCSVOPFILENAME 1 "; // of results: they stay in the data file's folder
   for (const char* name : {"out/../../../.bashrc", "/etc/passwd", "..\\\\run.bat", "a/"})
     EXPECT_THAT(import_failure(named + '"' + name + '"'), testing::EndsWith("\" has a path separator.")) << name;
