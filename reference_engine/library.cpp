@@ -36,6 +36,8 @@ void guarded(vesk_data_callback callback, Job job) noexcept {
       host.return_code(ReturnCode::cancelled);
     } catch (const InputError& error) {
       end(host, ReturnCode::bad_input, error.what());
+    } catch (const WriteError& error) {
+      end(host, error.disk_full() ? ReturnCode::disk_full : ReturnCode::not_written, error.what());
     } catch (const std::bad_alloc&) {
       end(host, ReturnCode::failed, "There is not enough memory for this model.");
     } catch (const std::exception& error) {

@@ -19,7 +19,14 @@ namespace reference_engine {
 struct Cancelled {};
 
 // Read by scripts: never change. A run's code becomes the exit status of vesk-run, whose own are 1 and 2.
-enum class ReturnCode : std::int32_t { good = 0, bad_input = 3, failed = 4, cancelled = 5 };
+enum class ReturnCode : std::int32_t {
+  good = 0,
+  bad_input = 3,
+  failed = 4,
+  cancelled = 5,
+  not_written = 6, // a file of results, a restart file or an export
+  disk_full = 7
+};
 
 class Host {
 public:

@@ -88,7 +88,7 @@ private:
   };
 
   static void check(const File& file) {
-    if (!file.stream) throw RunError(text(file.file.final_name().string(), ": can't be written."));
+    if (!file.stream) throw WriteError(file.file.final_name().string(), errno); // of the write that failed
   }
 
   Moment start_;

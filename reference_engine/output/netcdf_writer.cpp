@@ -73,8 +73,9 @@ public:
 
 private:
   void check(int status) const {
-    if (status != NC_NOERR)
-      throw RunError(text(file_.final_name().string(), ": can't be written: ", nc_strerror(status), "."));
+    if (status == NC_NOERR) return;
+    if (status > 0) throw WriteError(file_.final_name().string(), status); // a number of the system
+    throw WriteError(file_.final_name().string(), std::string(nc_strerror(status)));
   }
   void attribute(int variable, const char* name, const std::string& value) {
     check(nc_put_att_text(id_, variable, name, value.size(), value.data()));

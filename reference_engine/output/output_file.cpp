@@ -7,7 +7,6 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
 #include <fcntl.h>
 #include <random>
 #include <sys/stat.h>
@@ -43,7 +42,7 @@ std::string random_digits() {
 OutputFile::OutputFile(const std::filesystem::path& base, std::filesystem::path final_name)
     : final_(std::move(final_name)) {
   while (!create(base))
-    if (errno != EEXIST) throw RunError(text(final_.string(), ": can't be written: ", std::strerror(errno), "."));
+    if (errno != EEXIST) throw WriteError(final_.string(), errno);
 }
 
 OutputFile::~OutputFile() {
@@ -67,10 +66,10 @@ void OutputFile::publish() {
   }, written{};
   if (lstat(part_.c_str(), &named) == 0 && fstat(file_, &written) == 0 &&
       (named.st_dev != written.st_dev || named.st_ino != written.st_ino))
-    throw RunError(text(final_.string(), ": can't be written: another program has replaced ", part_.string(), "."));
+    throw WriteError(final_.string(), "another program has replaced " + part_.string());
   std::error_code error;
   std::filesystem::rename(part_, final_, error);
-  if (error) throw RunError(text(final_.string(), ": can't be written: ", error.message(), "."));
+  if (error) throw WriteError(final_.string(), error.value());
   part_.clear();
 }
 

@@ -13,7 +13,7 @@ namespace reference_engine {
 // it.
 class OutputFile {
 public:
-  // base, final_name: in one folder; base is what the names of all files of a run begin with. Throws RunError.
+  // base, final_name: in one folder; base is what the names of all files of a run begin with. Throws WriteError.
   OutputFile(const std::filesystem::path& base, std::filesystem::path final_name);
   ~OutputFile();
   OutputFile(const OutputFile&) = delete;
@@ -22,7 +22,7 @@ public:
   // For opening and writing, whatever becomes of the name on the disk meanwhile; it is no name to rename or delete.
   std::filesystem::path temporary() const;
   const std::filesystem::path& final_name() const { return final_; }
-  void publish(); // throws RunError
+  void publish(); // throws WriteError
 
 private:
   bool create(const std::filesystem::path& base);

@@ -27,7 +27,7 @@ struct RunDescription {
 };
 
 // Takes one variable after the other at each print time. Nothing appears under the final names before `publish`.
-// All throw RunError when a file can't be written.
+// All throw WriteError when a file can't be written.
 class ResultWriter {
 public:
   virtual ~ResultWriter() = default;

@@ -6,6 +6,9 @@
 #include "script/script.h"
 #include "script/words.h"
 
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
 #include <fstream>
 
 namespace reference_engine {
@@ -17,6 +20,14 @@ public:
   Writer(Host& host, std::ostream& out) : host_(host), out_(out) { value_.text.resize(Host::text_size); }
 
   void write(const Keyword& row) { write_below(row, 0, {}, {}); }
+
+  // After all rows.
+  void tell_of_values_that_no_import_takes(const std::string& file) {
+    if (not_finite_ > 0)
+      host_.warning(text(file, ": ", not_finite_, not_finite_ == 1 ? " value is" : " values are",
+                         " not finite, so the file cannot be imported as it is; the first is ", first_not_finite_,
+                         "."));
+  }
 
 private:
   // positions: as a GET takes the indices. numbers: as a PUT takes them.
@@ -42,6 +53,8 @@ private:
     if (row.left_out_when_empty && value_.text.front() == '\0') return;
     line_ = row.name;
     for (std::size_t k = 0; k < index_count(row); ++k) append_number(line_ += ' ', numbers[k]);
+    if (!std::ranges::all_of(value_.reals, [](float value) { return std::isfinite(value); }) && not_finite_++ == 0)
+      first_not_finite_ = line_;
     for (std::size_t k = 0; k < word_count(row.value); ++k) append_value(row.value, k);
     out_ << (line_ += '\n');
   }
@@ -61,6 +74,8 @@ private:
   std::ostream& out_;
   Value value_;
   std::string line_;
+  std::size_t not_finite_ = 0;
+  std::string first_not_finite_; // keyword and indices
 };
 
 } // namespace
@@ -72,8 +87,9 @@ void export_script(Host& host, const std::string& file, Form form) {
   for (const Keyword& row : keywords())
     if ((row.forms & form) != 0) writer.write(row);
   out.close();
-  if (!out) throw RunError(text(file, ": can't be written."));
+  if (!out) throw WriteError(file, errno);
   target.publish();
+  writer.tell_of_values_that_no_import_takes(file);
   if (form == input_form) tell_what_is_left_out(host);
   host.info(text("Wrote ", file, "; stored queries, and values of what is switched off, are no part of such a file."));
 }

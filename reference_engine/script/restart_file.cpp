@@ -42,7 +42,7 @@ RestartFile::RestartFile(const std::filesystem::path& base, const State& state, 
   for (std::size_t k = 0; k < state.concentration.size(); ++k)
     write("INITC", {k / segments + 1, k % segments + 1}, state.concentration[k]);
   out.close();
-  if (!out) throw RunError(text(file_.final_name().string(), ": can't be written."));
+  if (!out) throw WriteError(file_.final_name().string(), errno);
 }
 
 } // namespace reference_engine

@@ -26,7 +26,7 @@ std::optional<RestartLabel> read_restart_label(std::string_view file_content);
 class RestartFile {
 public:
   // Writes `base` with ".rst" added, under a temporary name. volume_factor: between the data set's volumes and m3.
-  // Throws RunError when it can't be written.
+  // Throws WriteError when it can't be written.
   RestartFile(const std::filesystem::path& base, const State& state, double volume_factor, const Moment& moment);
   void publish() { file_.publish(); }
 

@@ -6,9 +6,11 @@
 #include <netcdf.h>
 
 #include <cmath>
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <sys/resource.h>
 #include <unistd.h>
 
 namespace {
@@ -306,6 +308,31 @@ TEST_F(RunTest, FailureInTheRunLeavesNoResults) {
   EXPECT_FALSE(host.grid_lent);
 }
 
+TEST_F(RunTest, AFileThatCannotBeWrittenHasItsOwnCodes) {
+  const std::string result = (folder / "river.nc").string();
+  std::filesystem::create_directory(result);
+  EXPECT_EQ(after(""), result + ": can't be written: Is a directory.");
+  EXPECT_EQ(host.return_code, 6);
+  std::filesystem::remove(result);
+
+  rlimit before{};
+  getrlimit(RLIMIT_FSIZE, &before);
+  const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+  const rlimit little{.rlim_cur = 4096, .rlim_max = before.rlim_max};
+  setrlimit(RLIMIT_FSIZE, &little);
+  const std::string full = after("ICRD 1");
+  const int code = host.return_code;
+  host.load("FILENAME \"" + (folder / "out.inp").string() + "\"\nNPRINT 300");
+  import_export(&FakeHost::callback, 0);
+  setrlimit(RLIMIT_FSIZE, &before);
+  std::signal(SIGXFSZ, handler);
+  EXPECT_EQ(full, result + ": can't be written: File too large.");
+  EXPECT_EQ(code, 7);
+  EXPECT_EQ(host.failures.back(), (folder / "out.inp").string() + ": can't be written: File too large.");
+  EXPECT_EQ(host.return_code, 7);
+  EXPECT_THAT(files(), IsEmpty());
+}
+
 // A folder from a stranger, or one that others can write to.
 TEST_F(RunTest, ResultsAreNeverWrittenThroughALink) {
   const std::string victim = "victim", left_over = "river.part-node7-4711-0123456789abcdef";
@@ -408,6 +435,28 @@ TEST_F(RunTest, FactorsAreApplied) {
             "");
   const double x = 2 * 2.0 / 4; // twice the flow, four times the volume, 2 days
   EXPECT_NEAR(host.last_grid[0], 1.5 + 0.5 * std::exp(-x), 1e-5);
+}
+
+TEST_F(RunTest, FactorsThatAreNotFiniteAreRefusedWithTheirPlace) {
+  const struct {
+    const char *change, *back, *subject;
+  } cases[] = {
+      {"SCALEQ 1 nan", "SCALEQ 1 1", "The scale factor of flow field 1 is nan"},
+      {"CONVQ 1 inf", "CONVQ 1 1", "The conversion factor of flow field 1 is inf"},
+      {"BQ 1 1 2 nan", "BQ 1 1 2 1", "The fraction of pair 2 of flow function 1 in field 1 is nan"},
+      {"NTEX 1 1\nNORS 1 1 1\nJRSEG 1 1 1 1\nIRSEG 1 1 1 2\nNOBRKS 1 1 1\nNORFUNC 1 1 1 0 1\nLENGTH 1 1 1 5\n"
+       "XAREA 1 1 1 inf",
+       "XAREA 1 1 1 1", "The area of pair 1 of exchange function 1 in field 1 is inf"},
+      {"LENGTH 1 1 1 inf", "LENGTH 1 1 1 5", "The mixing length of pair 1 of exchange function 1 in field 1 is inf"},
+      {"CONVR 1 nan", "CONVR 1 1", "The conversion factor of exchange field 1 is nan"},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(after(c.change), std::string(c.subject) + ", not a finite number.");
+    EXPECT_EQ(host.return_code, 3);
+    host.load(c.back);
+  }
+  host.failures.clear();
+  EXPECT_EQ(after(""), "");
 }
 
 // A field that is not in use carries nothing, though its functions and pairs are still there.
