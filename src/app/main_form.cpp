@@ -1,15 +1,16 @@
 #include "app/main_form.h"
 
-#include "app/documentation.h"
-#include "app/file_names.h"
 #include "app/forms.h"
 #include "platform/program_paths.h"
+#include "shell/keywords/dictionary.h"
 
 namespace vesk {
 
 namespace {
 
 namespace fs = std::filesystem;
+
+const file_dialog dictionary_dialog{file_dialog::kind::save, "", "Dictionary Text|*.txt", "txt"};
 
 std::string with_separator(const fs::path& folder) {
   return (folder / "").string();
@@ -19,11 +20,11 @@ std::string with_separator(const fs::path& folder) {
 
 TPreveskMainForm::TPreveskMainForm(user_interface& ui, const fs::path& settings_file,
                                    configuration::access settings_access)
-    : settings(settings_file, settings_access), engine_path(engine_library::default_path()),
-      catalogue(settings.DatabaseDir), program_directory(with_separator(vesk::program_directory())),
-      documentation_directory(vesk::documentation_directory().string()), ui_(ui),
-      steps_(settings.UndoMegabytes > 0 ? static_cast<std::size_t>(settings.UndoMegabytes) * 1'000'000
-                                        : history::default_limit()) {
+    : ui_(ui), settings(settings_file, settings_access), catalogue(settings.DatabaseDir),
+      documents_(ui, *this, catalogue,
+                 settings.UndoMegabytes > 0 ? static_cast<std::size_t>(settings.UndoMegabytes) * 1'000'000
+                                            : history::default_limit()),
+      runs_(ui, *this, documents_, settings), outside_(ui) {
   const fs::path data = user_data_directory(), documents = user_documents_directory();
   application_data_directory = data.empty() ? program_directory : with_separator(data);
   documents_directory = documents.empty() ? program_directory : with_separator(documents);
@@ -32,15 +33,9 @@ TPreveskMainForm::TPreveskMainForm(user_interface& ui, const fs::path& settings_
   forms_ = std::make_unique<program_forms>(*this, settings.EditionName);
   for (const std::string& part : {settings.ApplicationName, settings.EditionName})
     if (!part.empty()) base_caption += " " + part;
-  execute_query = [this](const import_query_descriptor& query, const prevesk_dataset_data_type& data_set,
-                         point_list& points) {
-    return import_query(query, split_file_name(file_name).folder).execute(data_set, points);
-  };
 }
 
 TPreveskMainForm::~TPreveskMainForm() {
-  // A run that goes writes its results until the process ends, and that drops the lock.
-  if (active_thread) static_cast<void>(output_lock_.release());
   save_settings();
 }
 
@@ -75,19 +70,12 @@ void TPreveskMainForm::select_database_folder() {
 void TPreveskMainForm::set_database_folder(const std::string& folder) {
   settings.DatabaseDir = with_separator(folder);
   catalogue.set_directory(settings.DatabaseDir);
-  take_present_catalogue();
+  documents_.take_present_catalogue();
 }
 
-// One that cannot be read leaves the data set its own.
-void TPreveskMainForm::take_present_catalogue() {
-  if (!current_data_set) return;
-  try {
-    const auto tables = catalogue.get();
-    current_data_set->set_catalogue(tables);
-    backup_data_set->set_catalogue(tables);
-    current_data_set->apply_thread_defaults();
-  } catch (const catalogue_exception&) {
-  }
+void TPreveskMainForm::Setdatabasefolder1Click() {
+  select_database_folder();
+  check_database();
 }
 
 void TPreveskMainForm::update_caption() {
@@ -113,33 +101,19 @@ void TPreveskMainForm::update_menus() {
   ui_.set_commands(conditions());
 }
 
-void TPreveskMainForm::commit_snapshot() {
-  if (current_data_set && backup_data_set) *backup_data_set = *current_data_set;
-}
-
-void TPreveskMainForm::restore_snapshot() {
-  if (current_data_set && backup_data_set) take_content(*backup_data_set);
-}
-
 void TPreveskMainForm::report_failure(const std::string& text) {
   ++failures_;
   ui_.message_box("Error", text, box_buttons::ok);
 }
 
-void TPreveskMainForm::add_info_line(const std::string& text, int icon) {
-  ui_.add_info_line(text, icon);
-  ui_.select_last_info_line();
-}
-
-void TPreveskMainForm::clear_info_lines() {
-  ui_.clear_info_lines();
-}
-
-void TPreveskMainForm::set_file_name(const std::string& name) {
-  if (job_start_ && !job_start_->file_name && job_start_->document == document_number_)
-    job_start_->file_name = file_name; // Undo puts it back with the data set
-  file_name = name;
-  update_caption();
+void TPreveskMainForm::DictionaryItemClick() {
+  const auto name = ui_.ask_file(dictionary_dialog);
+  if (!name) return;
+  try {
+    if (write_dictionary_file(*name)) ui_.message_box("Complete", "Dictionary written", box_buttons::ok);
+  } catch (const file_exception& error) {
+    report_failure(error.what());
+  }
 }
 
 } // namespace vesk

@@ -15,11 +15,11 @@ TFillCalculateForm& TPreveskMainForm::fill_calculate_form() {
 void TPreveskMainForm::edit(form& editor, void (TPreveskMainForm::*on_ok)(), void (TPreveskMainForm::*on_close)()) {
   if (!current_data_set) return;
   commit_snapshot();
-  steps_.begin_editing();
+  documents_.steps().begin_editing();
   const bool by_ok = ui_.show_form(editor);
-  const bool has_steps = steps_.has_edits();
-  steps_.end_editing();
-  document edited = present();
+  const bool has_steps = documents_.steps().has_edits();
+  documents_.steps().end_editing();
+  document edited = documents_.present();
   if (!by_ok)
     restore_snapshot();
   else if (on_ok)
@@ -28,10 +28,10 @@ void TPreveskMainForm::edit(form& editor, void (TPreveskMainForm::*on_ok)(), voi
   const bool cancels_edits = !by_ok && !(*backup_data_set == edited.data_set);
   const bool is_changed = !(*backup_data_set == *current_data_set);
   if (cancels_edits) {
-    add_step(std::move(edited), "Cancel " + editor.caption());
+    documents_.add_step(std::move(edited), "Cancel " + editor.caption());
   } else if (is_changed && !has_steps) {
     edited.data_set = *backup_data_set;
-    add_step(std::move(edited), "Edit " + editor.caption());
+    documents_.add_step(std::move(edited), "Edit " + editor.caption());
   }
   update_menus();
 }
@@ -50,7 +50,7 @@ void TPreveskMainForm::give_default_points() {
 }
 
 void TPreveskMainForm::ParameterizationItemClick() {
-  take_present_catalogue(); // its tables may have changed since the data set was read
+  documents_.take_present_catalogue(); // its tables may have changed since the data set was read
   edit(forms_->data_set, &TPreveskMainForm::update_menus_and_caption, &TPreveskMainForm::give_default_points);
   if (forms_->data_set.reads_hydrodynamic_file()) start_read_hyd_file();
 }
@@ -105,9 +105,9 @@ void TPreveskMainForm::OutputcontrolItemClick() {
 
 void TPreveskMainForm::EditProjectItemClick() {
   if (!current_data_set) return;
-  steps_.begin_editing();
+  documents_.steps().begin_editing();
   ui_.show_form(forms_->project); // edits in place, whatever closes it; each change is a step
-  steps_.end_editing();
+  documents_.steps().end_editing();
   update_menus();
 }
 

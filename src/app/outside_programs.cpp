@@ -1,7 +1,7 @@
-// What the program opens outside itself: documents, post-processors, the updater, and the dictionary file.
+#include "app/outside_programs.h"
+
 #include "app/documentation.h"
-#include "app/main_form.h"
-#include "shell/keywords/dictionary.h"
+#include "platform/program_paths.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -11,8 +11,6 @@ namespace vesk {
 namespace {
 
 namespace fs = std::filesystem;
-
-const file_dialog dictionary_dialog{file_dialog::kind::save, "", "Dictionary Text|*.txt", "txt"};
 
 constexpr const char* link_heads[] = {"http://", "https://", "HTTP://", "HTTPS://"};
 
@@ -29,14 +27,14 @@ bool may_be_opened(const std::string& text) {
   return inside.begin() != inside.end() && *inside.begin() != "..";
 }
 
-// A file of the folder, by a name that may part its folders as another platform does.
+// A file in the folder. Its name may separate folders by backslashes.
 std::string file_in(const std::string& folder, std::string name) {
   std::error_code ignored;
   if (!fs::exists(folder + name, ignored)) std::replace(name.begin(), name.end(), '\\', '/');
   return folder + name;
 }
 
-// Whether a file can be made in the folder, found out by making one.
+// Whether a file can be created in the folder. Creates one: permission bits alone do not tell.
 bool can_make_a_file_in(const std::string& folder) {
   const std::string probe = folder + "vesk.testcreate";
   std::FILE* file = std::fopen(probe.c_str(), "we");
@@ -48,7 +46,11 @@ bool can_make_a_file_in(const std::string& folder) {
 
 } // namespace
 
-void TPreveskMainForm::populate_documentation_menu() {
+outside_programs::outside_programs(user_interface& ui)
+    : program_directory((vesk::program_directory() / "").string()),
+      documentation_directory(vesk::documentation_directory().string()), ui_(ui) {}
+
+void outside_programs::populate_documentation_menu() {
   try {
     read_documentation_index(documentation_directory + "documentation.xml",
                              [this](const std::string& name, const std::string& file) {
@@ -64,7 +66,7 @@ void TPreveskMainForm::populate_documentation_menu() {
   }
 }
 
-void TPreveskMainForm::DocumentationItemClick(const std::string& caption) {
+void outside_programs::open_document(const std::string& caption) {
   const auto found = documentation_links.find(caption);
   if (found == documentation_links.end()) return;
   const std::string& text = found->second;
@@ -75,29 +77,21 @@ void TPreveskMainForm::DocumentationItemClick(const std::string& caption) {
   open_outside(is_link(text) ? text : file_in(documentation_directory, text), documentation_directory);
 }
 
-void TPreveskMainForm::ContentsItemClick() {
+void outside_programs::open_user_guide() {
   open_outside(documentation_directory + "user-guide.html", documentation_directory);
 }
 
-bool TPreveskMainForm::launch_process(const std::vector<std::string>& arguments) {
+bool outside_programs::launch_process(const std::vector<std::string>& arguments) {
   return start_outside_program(arguments, {});
 }
 
-void TPreveskMainForm::start_post_processor(const std::string& program) {
-  std::vector<std::string> arguments = split_command_line(program);
-  if (!file_name.empty()) arguments.push_back(file_name); // one argument, whatever is in it
+void outside_programs::start_post_processor(const std::string& command_line, const std::string& file_name) {
+  std::vector<std::string> arguments = split_command_line(command_line);
+  if (!file_name.empty()) arguments.push_back(file_name); // one argument, blanks and quotes included
   if (!launch_process(arguments)) ui_.message_box("Error", "Could not create post-processor process.", box_buttons::ok);
 }
 
-void TPreveskMainForm::LoadPostProcessorItemClick() {
-  start_post_processor(settings.PostProcessor);
-}
-
-void TPreveskMainForm::HAVLEPostProcessorToolButtonClick() {
-  start_post_processor(settings.HavlePostProcessor);
-}
-
-void TPreveskMainForm::Checkforupdates1Click() {
+void outside_programs::check_for_updates() {
   if (!can_make_a_file_in(program_directory)) {
     ui_.message_box("Insufficient permission",
                     "You do not have adequate permission to update this installation. \r\n"
@@ -118,21 +112,6 @@ void TPreveskMainForm::Checkforupdates1Click() {
     ui_.close_main_window();
   else
     ui_.message_box("Error", "Failed to launch " + updater + " -i", box_buttons::ok);
-}
-
-void TPreveskMainForm::Setdatabasefolder1Click() {
-  select_database_folder();
-  check_database();
-}
-
-void TPreveskMainForm::DictionaryItemClick() {
-  const auto name = ui_.ask_file(dictionary_dialog);
-  if (!name) return;
-  try {
-    if (write_dictionary_file(*name)) ui_.message_box("Complete", "Dictionary written", box_buttons::ok);
-  } catch (const file_exception& error) {
-    report_failure(error.what());
-  }
 }
 
 } // namespace vesk

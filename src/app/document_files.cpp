@@ -1,9 +1,7 @@
-// The commands of the File and Project menus.
-//
-// There is no dirty flag: New, Open and Import replace the data set without asking. There are two questions: the one
-// before a project is opened, and the one before a file is replaced that the data set did not come from.
+// New, Open and Save.
+#include "app/busy_cursor.h"
+#include "app/document_control.h"
 #include "app/file_names.h"
-#include "app/main_form.h"
 #include "dataset/file_version_text.h"
 #include "dataset/vki_file.h"
 
@@ -19,9 +17,6 @@ const file_dialog open_dialog{file_dialog::kind::open, "",
                               "vkp"};
 constexpr const char* data_file_ending = ".vki";
 const file_dialog save_dialog{file_dialog::kind::save, "", "VESK Input Files (*.vki)|*.vki", "vki", data_file_ending};
-const char* const old_style_filter = "Old Style VESK input files (*.inp)|*.inp|VKN files (*.vkn)|*.vkn";
-const file_dialog import_dialog{file_dialog::kind::open, "", old_style_filter, "inp"};
-const file_dialog export_dialog{file_dialog::kind::save, "", old_style_filter, "inp"};
 
 // "a, b and 5 more", with at most ten of them named.
 std::string enumerated(const std::vector<std::string>& names) {
@@ -44,80 +39,90 @@ reading_losses read_or_miss(const std::string& name, prevesk_dataset_data_type& 
   }
 }
 
-// The hourglass for the length of a block.
-class busy_cursor {
-public:
-  explicit busy_cursor(user_interface& ui) : ui_(ui) { ui_.set_busy(true); }
-  ~busy_cursor() { ui_.set_busy(false); }
-  busy_cursor(const busy_cursor&) = delete;
-  busy_cursor& operator=(const busy_cursor&) = delete;
-
-private:
-  user_interface& ui_;
-};
-
 } // namespace
 
-// An empty data set of the catalogue's first model. Throws catalogue_exception, and all is as it was.
-void TPreveskMainForm::begin_document(const std::string& its_file_name, const std::string& its_import_file_name) {
-  replace({prevesk_dataset_data_type(catalogue.get()), its_file_name, its_import_file_name, ++last_document_});
-  *backup_data_set = *current_data_set;
+document_control::document_control(user_interface& ui, main_form_services& form, catalogue_source& catalogue,
+                                   std::size_t history_limit)
+    : ui_(ui), form_(form), catalogue_(catalogue), steps_(history_limit) {}
+
+void document_control::commit_snapshot() {
+  if (current_data_set && backup_data_set) *backup_data_set = *current_data_set;
 }
 
-void TPreveskMainForm::new_data_set() {
-  const busy_cursor busy(ui_);
+void document_control::restore_snapshot() {
+  if (current_data_set && backup_data_set) take_content(*backup_data_set);
+}
+
+void document_control::take_present_catalogue() {
+  if (!current_data_set) return;
   try {
-    as_step("New", [this] { begin_document("", import_file_name); });
-    update_menus();
-  } catch (const catalogue_exception&) {
-    check_database();
+    const auto tables = catalogue_.get();
+    current_data_set->set_catalogue(tables);
+    backup_data_set->set_catalogue(tables);
+    current_data_set->apply_thread_defaults();
+  } catch (const catalogue_exception&) { // the data set keeps its own
   }
 }
 
-void TPreveskMainForm::open_file(const std::string& name) {
+void document_control::begin_document(const std::string& its_file_name, const std::string& its_import_file_name) {
+  replace({prevesk_dataset_data_type(catalogue_.get()), its_file_name, its_import_file_name, ++last_document_});
+  *backup_data_set = *current_data_set;
+}
+
+void document_control::new_data_set() {
+  const busy_cursor busy(ui_);
+  try {
+    as_step("New", [this] { begin_document("", import_file_name); });
+    form_.update_menus();
+  } catch (const catalogue_exception&) {
+    form_.check_database();
+  }
+}
+
+void document_control::open_file(const std::string& name) {
   ui_.set_subject(name);
   const std::string extension = upper_extension(name);
   if (extension == ".VKI" || extension == ".VKP") {
     const bool opened = extension == ".VKI" ? load_data_file(name) : open_project_file(name);
-    if (!opened) report_failure("Could not open specified file \"" + name + "\" (" + extension + " file)");
+    if (!opened) form_.report_failure("Could not open specified file \"" + name + "\" (" + extension + " file)");
   } else {
-    report_failure("Could not open specified file type \"" + name + "\" (" + extension + " file)");
+    form_.report_failure("Could not open specified file type \"" + name + "\" (" + extension + " file)");
   }
   ui_.set_subject("");
 }
 
-void TPreveskMainForm::OpenItemClick() {
+void document_control::ask_and_open() {
   if (const auto name = ui_.ask_file(open_dialog)) open_file(*name);
 }
 
-bool TPreveskMainForm::load_data_file(const std::string& name) {
+bool document_control::load_data_file(const std::string& name) {
   as_step("Open " + leaf_of(name), [&] { load(name); });
-  return true; // whatever came of it has been told
+  return true;
 }
 
-TPreveskMainForm::load_result TPreveskMainForm::load(const std::string& name, load_kind kind) {
+document_control::load_result document_control::load(const std::string& name, load_kind kind) {
   commit_snapshot();
   reading_losses losses;
   try {
     if (!read_into_new_data_sets(name, kind, losses)) {
-      report_failure("Cannot open file.");
-      update_menus();
+      form_.report_failure("Cannot open file.");
+      form_.update_menus();
       return load_result::cannot_open;
     }
   } catch (const file_open_exception&) {
     return load_result::refused;
   } catch (const std::exception& error) {
-    report_failure(error.what()); // a damaged file, or no catalogue to read it with
+    form_.report_failure(error.what()); // a damaged file, or no catalogue to read it with
     return load_result::refused;
   }
   if (current_data_set->file_version != prevesk_dataset_data_type::current_file_version())
     ui_.message_box("Error", "VKI Version not supported; data could be corrupt.", box_buttons::ok);
-  tell_losses(name, losses);
+  report_losses(name, losses);
   return load_result::loaded;
 }
 
 // Of a file that was read in part the user has to know what is missing before saving over it.
-void TPreveskMainForm::tell_losses(const std::string& name, const reading_losses& losses) {
+void document_control::report_losses(const std::string& name, const reading_losses& losses) {
   const std::string dropped = in_words(losses.dropped);
   if (losses.newer_version != 0)
     ui_.add_info_line(name + " has version " + file_version_text(losses.newer_version) + ", which is newer than " +
@@ -141,9 +146,9 @@ void TPreveskMainForm::tell_losses(const std::string& name, const reading_losses
 // Replaces both data sets, the file's name with them, unless the file is damaged: then it throws and all is as it was.
 // A file that cannot be opened (false) leaves new, empty data sets under its name; if it is a member of a project, it
 // throws, too.
-bool TPreveskMainForm::read_into_new_data_sets(const std::string& name, load_kind kind, reading_losses& losses) {
+bool document_control::read_into_new_data_sets(const std::string& name, load_kind kind, reading_losses& losses) {
   const busy_cursor busy(ui_);
-  const prevesk_dataset_data_type empty(catalogue.get());
+  const prevesk_dataset_data_type empty(catalogue_.get());
   document fresh{empty, name, import_file_name, last_document_ + 1};
   bool opened = true;
   try {
@@ -155,11 +160,11 @@ bool TPreveskMainForm::read_into_new_data_sets(const std::string& name, load_kin
   ++last_document_;
   replace(std::move(fresh), opened);
   *backup_data_set = empty;
-  if (opened) update_menus();
+  if (opened) form_.update_menus();
   return opened;
 }
 
-bool TPreveskMainForm::save() {
+bool document_control::save() {
   if (!current_data_set) return false;
   if (file_name.empty()) return ask_name_and_save();
   const file_name_parts parts = split_file_name(file_name);
@@ -171,13 +176,13 @@ bool TPreveskMainForm::save() {
 }
 
 // The dialog asks about an existing file itself, by the name with the ending.
-bool TPreveskMainForm::ask_name_and_save() {
+bool document_control::ask_name_and_save() {
   const std::uint64_t generation = generation_;
   const auto name = ui_.ask_file(save_dialog);
   return name && !is_replaced_since(generation, "Nothing was saved.") && save_as(*name);
 }
 
-bool TPreveskMainForm::save_as(const std::string& name) {
+bool document_control::save_as(const std::string& name) {
   if (!current_data_set) return false;
   file_name = with_ending(name, data_file_ending);
   return save_to_file_name();
@@ -185,7 +190,7 @@ bool TPreveskMainForm::save_as(const std::string& name) {
 
 // Whether `name` may be written without a loss that the user does not know of: there is no such file, it is the one
 // that the data set came from, or the user agrees.
-bool TPreveskMainForm::may_replace(const std::string& name) {
+bool document_control::may_replace(const std::string& name) {
   namespace fs = std::filesystem;
   std::error_code ignored;
   if (!fs::exists(name, ignored) || fs::is_directory(name, ignored)) return true; // writing tells
@@ -199,77 +204,22 @@ bool TPreveskMainForm::may_replace(const std::string& name) {
   return answer == box_answer::yes && !is_replaced_since(generation, "Nothing was saved.");
 }
 
-bool TPreveskMainForm::save_to_file_name() {
+bool document_control::save_to_file_name() {
   ui_.set_subject(file_name);
   bool saved = false;
   try {
     const busy_cursor busy(ui_);
     current_data_set->origin = save_data_file(file_name, *current_data_set);
     current_data_set->file_version = prevesk_dataset_data_type::current_file_version(); // as it was written
-    update_caption();
+    form_.update_caption();
     saved = true;
   } catch (const file_open_exception&) {
-    report_failure("Cannot open file for writing.");
+    form_.report_failure("Cannot open file for writing.");
   } catch (const std::exception& error) {
-    report_failure(error.what());
+    form_.report_failure(error.what());
   }
   ui_.set_subject("");
   return saved;
-}
-
-void TPreveskMainForm::ImportItemClick() {
-  commit_snapshot();
-  const auto name = ui_.ask_file(import_dialog);
-  if (!name) return;
-  const std::string extension = upper_extension(*name);
-  if (extension == ".INP" || extension == ".VKN")
-    prepare_import(*name);
-  else
-    report_failure("Cannot import specified file type");
-}
-
-void TPreveskMainForm::import_file(const std::string& name) {
-  if (upper_extension(name) == ".INP")
-    prepare_import(name);
-  else
-    report_failure("Cannot import specified file type");
-}
-
-// The engine is looked for first: without it nothing is replaced. A job that is busy is found too late for that, as it
-// has always been; Undo brings back what was there.
-void TPreveskMainForm::prepare_import(const std::string& name) {
-  if (!load_engine()) return;
-  replaced_by_import_ = current_data_set ? name_of_document() : std::string();
-  const std::string label = "Import " + leaf_of(name);
-  try {
-    as_step(label, [&] { begin_document(file_name, name); });
-  } catch (const catalogue_exception& error) {
-    return report_failure(error.what());
-  }
-  update_menus();
-  const bool was_busy = active_thread != nullptr;
-  start_import_export(true);
-  if (was_busy && !undo_label().empty())
-    ui_.add_info_line("\"" + label + "\" was refused, and an empty data set has replaced " + replaced_by_import_ +
-                          ". Undo brings it back.",
-                      icon_note);
-}
-
-void TPreveskMainForm::ExportItemClick() {
-  const std::uint64_t generation = generation_;
-  const auto name = ui_.ask_file(export_dialog);
-  if (name && !is_replaced_since(generation, "Nothing was exported.")) export_file(*name);
-}
-
-void TPreveskMainForm::export_file(const std::string& name) {
-  const std::string extension = upper_extension(name);
-  if (extension == ".INP" || extension == ".VKN") {
-    import_file_name = name;
-    start_import_export(false);
-    update_caption();
-  } else {
-    report_failure("Cannot export specified file type");
-  }
 }
 
 } // namespace vesk

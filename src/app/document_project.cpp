@@ -1,6 +1,6 @@
-// Projects: a text file that names a data file and what belongs with it.
+// Projects: a text file that lists a data file and the files that belong to it.
+#include "app/document_control.h"
 #include "app/file_names.h"
-#include "app/main_form.h"
 
 #include <filesystem>
 #include <fstream>
@@ -34,7 +34,7 @@ std::string absolute_member(const std::string& member, const std::string& projec
   std::error_code ignored;
   const fs::path folder = fs::absolute(project, ignored).parent_path();
   if (fs::exists(folder / member, ignored)) return (folder / member).lexically_normal().string();
-  std::string name = member; // as another platform parts its folders
+  std::string name = member; // written on a platform that separates folders by backslashes
   for (char& c : name)
     if (c == '\\') c = '/';
   return (folder / name).lexically_normal().string();
@@ -42,13 +42,13 @@ std::string absolute_member(const std::string& member, const std::string& projec
 
 } // namespace
 
-bool TPreveskMainForm::open_project_file(const std::string& name) {
+bool document_control::open_project_file(const std::string& name) {
   bool opened = false;
   as_step("Open " + leaf_of(name), [&] { opened = read_project(name); });
   return opened;
 }
 
-bool TPreveskMainForm::read_project(const std::string& name) {
+bool document_control::read_project(const std::string& name) {
   std::error_code ignored;
   std::ifstream file; // a pipe would wait for a writer
   if (std::filesystem::is_regular_file(name, ignored)) file.open(name, std::ios::binary);
@@ -61,7 +61,7 @@ bool TPreveskMainForm::read_project(const std::string& name) {
   const std::size_t count = leading_number(line);
   std::vector<project_component> members;
   for (std::size_t i = 0; i < count; ++i) {
-    if (!read_line(file, line)) break; // the rounds that are left find nothing either
+    if (!read_line(file, line)) break; // fewer lines than the count says
     if (line.empty()) continue;
     if (upper_extension(line) != ".VKI") {
       members.emplace_back(line);
@@ -82,7 +82,7 @@ bool TPreveskMainForm::read_project(const std::string& name) {
   return true;
 }
 
-void TPreveskMainForm::OpenProjectItemClick() {
+void document_control::ask_and_open_project() {
   if (current_data_set) {
     const std::uint64_t generation = generation_;
     const box_answer answer =
@@ -91,11 +91,11 @@ void TPreveskMainForm::OpenProjectItemClick() {
                         "if it contains a VKI file. Do you want to save the current VESK input file first?",
                         box_buttons::yes_no_cancel);
     if (answer == box_answer::cancel || is_replaced_since(generation, "No project was opened.")) return;
-    if (answer == box_answer::yes) SaveItemClick();
+    if (answer == box_answer::yes) save();
   }
   const auto name = ui_.ask_file(project_dialog);
   if (!name) return;
-  if (!open_project_file(*name)) report_failure("Could not open specified file.");
+  if (!open_project_file(*name)) form_.report_failure("Could not open specified file.");
 }
 
 } // namespace vesk

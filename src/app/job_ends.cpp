@@ -1,0 +1,174 @@
+// What the main window does when a job ends, and which part of its data set it takes.
+#include "app/file_names.h"
+#include "app/run_control.h"
+#include "platform/file_io.h"
+
+#include <utility>
+
+namespace vesk {
+
+namespace {
+
+// Whether two data sets differ in nothing but what a validity check sets.
+bool same_input(prevesk_dataset_data_type a, const prevesk_dataset_data_type& b) {
+  a.max_num_segments = b.max_num_segments;
+  a.max_num_ef_functions = b.max_num_ef_functions;
+  a.max_num_time_breaks = b.max_num_time_breaks;
+  a.max_num_boundaries = b.max_num_boundaries;
+  a.max_num_loads = b.max_num_loads;
+  a.validation_results = b.validation_results;
+  return a == b;
+}
+
+} // namespace
+
+// The thread frees itself after this even if the end fails; the end may have started another job by then.
+void run_control::end_job(end_handler end) {
+  const model_thread* const ended = active_thread;
+  output_lock_.reset(); // a run's results are complete
+  try {
+    note_end_of_job();
+    priorities.reset();
+    (this->*end)();
+  } catch (const std::exception& error) {
+    if (active_thread == ended) active_thread = nullptr;
+    ui_.show_run_controls(false);
+    clear_progress();
+    form_.update_menus();
+    form_.report_failure(error.what());
+  }
+}
+
+void run_control::note_end_of_job() {
+  last_job_.cancelled = active_thread->Terminated();
+  last_job_.failure = active_thread->failure();
+  last_job_.return_code = job_return_code_;
+  if (const int error = active_thread->log_error())
+    last_job_.log_loss = file_failure("write", active_thread->log_path().native(), error);
+  if (!active_thread->FatalException || last_job_.failed()) return;
+  try {
+    std::rethrow_exception(active_thread->FatalException);
+  } catch (const std::exception& error) {
+    last_job_.failure = std::string("The job failed: ") + error.what();
+  } catch (...) {
+    last_job_.failure = "The job failed with an exception of an unknown kind.";
+  }
+  ui_.add_info_line(last_job_.failure, icon_failure);
+}
+
+void run_control::run_end() {
+  active_thread = nullptr;
+  ui_.show_run_controls(false);
+  if (!settings_.RunTimeGridAlwaysVisible) ui_.show_results_grid(false);
+  clear_progress();
+  form_.update_menus();
+  if (std::exchange(quit_after_run, false)) ui_.close_main_window();
+}
+
+void run_control::import_export_end() {
+  clear_progress();
+  const bool imported = active_thread->code() == job_code::import_file;
+  if (imported) take_back();
+  active_thread = nullptr;
+  form_.update_menus();
+  const std::string fault =
+      imported && !last_job_.cancelled ? documents_.current_data_set->period_fault() : std::string();
+  if (!fault.empty()) form_.report_failure(fault + ".");
+  if (!run_on_start) return;
+  if (last_job_.cancelled || last_job_.failed() || !fault.empty()) // the import is incomplete
+    run_on_start = quit_after_run = false;
+  else
+    run_or_cancel();
+}
+
+void run_control::validity_end() {
+  clear_progress();
+  take_back();
+  if (last_job_.cancelled || last_job_.failed()) { // the engine's limits are not known
+    last_job_.checked = false;
+    active_thread = nullptr;
+    return form_.update_menus();
+  }
+  prevesk_dataset_data_type& data_set = *documents_.current_data_set;
+  last_job_.checked = data_set.check_limits(split_file_name(documents_.file_name).folder);
+  if (last_job_.checked)
+    ui_.message_box("Validity check passed", "No problems were detected", box_buttons::ok);
+  else
+    ui_.message_box("Validity check failed", "Problems were detected", box_buttons::ok);
+  for (const validation_information& finding : documents_.current_data_set->validation_results)
+    ui_.add_info_line(finding.message, finding.severity);
+  active_thread = nullptr;
+  form_.update_menus();
+}
+
+void run_control::copy_back_end() {
+  clear_progress();
+  take_back();
+  active_thread = nullptr;
+  form_.update_menus();
+}
+
+void run_control::note_start_of_job(job_code code, const std::string& name) {
+  job_start_.reset();
+  const std::string label = step_label(code, name);
+  if (!label.empty()) job_start_ = {label, *documents_.current_data_set, documents_.document_number(), {}};
+}
+
+// The data set of a failed job is taken as far as it got; that of a cancelled job is dropped. An import made its step
+// when it began, unless its document was edited or replaced since.
+void run_control::take_back() {
+  if (last_job_.cancelled) return drop_result();
+  document before = documents_.present();
+  const bool same_document = job_start_->document == documents_.document_number();
+  const bool edited = same_document && !(job_start_->data_set == *documents_.current_data_set);
+  if (same_document && job_start_->file_name) before.file_name = *job_start_->file_name;
+  document next = documents_.present();
+  next.data_set = active_thread->data_set();
+  next.data_set.origin = same_document ? before.data_set.origin : file_origin();
+  if (!same_document) next.number = documents_.new_document_number();
+  documents_.replace(std::move(next));
+  *documents_.backup_data_set = *documents_.current_data_set; // an open dialog cancels to the result
+  report_what_was_replaced(before, same_document, edited);
+  const bool had_step = last_job_.code == job_code::import_file && same_document && !edited;
+  if (!had_step && !same_input(before.data_set, *documents_.current_data_set))
+    documents_.add_step(std::move(before), job_start_->label);
+  job_start_.reset();
+}
+
+// Of a cancelled job not even the file name that it has put is kept.
+void run_control::drop_result() {
+  const bool same_document = job_start_->document == documents_.document_number();
+  if (same_document && job_start_->file_name) set_file_name(std::string(*job_start_->file_name));
+  const bool left_empty = last_job_.code == job_code::import_file && documents_.keeps_history() && same_document &&
+                          !replaced_by_import_.empty();
+  ui_.add_info_line("\"" + job_start_->label + "\" was cancelled, and its data set was dropped." +
+                        (left_empty ? " Undo brings " + replaced_by_import_ + " back." : ""),
+                    icon_note);
+  job_start_.reset();
+}
+
+// What the user would miss, and how to get it back. Without a history there is no way back, and no line.
+void run_control::report_what_was_replaced(const document& before, bool same_document, bool edited) {
+  if (!documents_.keeps_history()) return;
+  const std::string job = "\"" + job_start_->label + "\"";
+  const prevesk_dataset_data_type& result = *documents_.current_data_set;
+  const bool is_import = last_job_.code == job_code::import_file;
+  const bool failed = last_job_.failed() || last_job_.return_code != 0 || (is_import && !result.period_fault().empty());
+  if (!same_document)
+    ui_.add_info_line(job + " has ended after another data set was opened, and has replaced that one (" +
+                          (before.file_name.empty() ? "unnamed" : leaf_of(before.file_name)) +
+                          "). Undo brings it back.",
+                      icon_note);
+  else if (edited)
+    ui_.add_info_line(job + " has replaced the data set, which was edited meanwhile. Undo brings the edits back.",
+                      icon_note);
+  else if (failed && is_import && !replaced_by_import_.empty())
+    ui_.add_info_line(job + " failed, and what it has read has replaced " + replaced_by_import_ +
+                          ". Undo brings it back.",
+                      icon_note);
+  else if (failed && !is_import && !same_input(before.data_set, result))
+    ui_.add_info_line(job + " failed, and what it has done has replaced the data set. Undo brings it back as it was.",
+                      icon_note);
+}
+
+} // namespace vesk

@@ -1,0 +1,44 @@
+// What the main form opens outside the program: documents, the user guide, post-processors, the updater.
+//
+// None of them is waited for. Main thread only.
+#pragma once
+
+#include "app/user_interface.h"
+#include "platform/processes.h"
+
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace vesk {
+
+class outside_programs {
+public:
+  explicit outside_programs(user_interface& ui);
+
+  // Both folders end in a separator.
+  std::string program_directory;
+  std::string documentation_directory;                    // of the index and its documents
+  std::map<std::string, std::string> documentation_links; // by menu caption: a file in that folder, or a link
+
+  // Start a program (arguments, working folder; false: could not be started) and open a document (file or link,
+  // working folder). Tests replace them.
+  std::function<bool(const std::vector<std::string>&, const std::filesystem::path&)> start_outside_program =
+      start_program;
+  std::function<void(const std::string&, const std::filesystem::path&)> open_outside = open_with_desktop;
+
+  void populate_documentation_menu(); // an index that cannot be used ends in an info line
+  void open_document(const std::string& caption);
+  void open_user_guide();
+  // `command_line`: split by its quotes. `file_name` becomes one more argument unless it is empty.
+  void start_post_processor(const std::string& command_line, const std::string& file_name);
+  bool launch_process(const std::vector<std::string>& arguments); // the program first
+  void check_for_updates();                                       // closes the main window when the updater has started
+
+private:
+  user_interface& ui_;
+};
+
+} // namespace vesk

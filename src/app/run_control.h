@@ -1,0 +1,153 @@
+// The engine's jobs as the main form sees them: launchers, ends, priority, progress and the results grid.
+//
+// At most one job runs at a time. It works on a copy of the data set. A run and an export give nothing back; every
+// other job replaces the data set by its copy at its end.
+#pragma once
+
+#include "app/configuration.h"
+#include "app/document_control.h"
+#include "app/main_form_services.h"
+#include "app/priority_control.h"
+#include "app/results_grid.h"
+#include "engine/job_front_end.h"
+#include "engine/model_thread.h"
+#include "platform/output_lock.h"
+#include "query/deferred_queries.h"
+
+#include <atomic>
+#include <chrono>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace vesk {
+
+// How the last job ended.
+struct job_outcome {
+  job_code code = job_code::run;
+  bool cancelled = false; // it was asked to stop
+  bool checked = true;    // of a validity check: it was made, and nothing of severity 2 was found
+  int return_code = 0;    // as set by the engine, else 0
+  std::string failure;    // of an exception in the engine or a keyword; empty: none
+  std::string log_loss;   // why lines of its log were lost, one sentence; empty: none was
+  bool failed() const { return !failure.empty(); }
+};
+
+// Main thread only, but for the members that say otherwise.
+class run_control final : private job_front_end {
+public:
+  // All four must outlive it.
+  run_control(user_interface& ui, main_form_services& form, document_control& documents, const configuration& settings);
+  ~run_control() override;
+
+  model_thread* active_thread = nullptr;         // the one job; null when idle. It frees itself.
+  bool quit_after_run = false;                   // close the main window at the end of a run; used up by the first one
+  bool run_on_start = false;                     // run at the end of an import; used up in the same way
+  std::filesystem::path log_file_name;           // the template for the jobs' logs
+  std::filesystem::path engine_path;             // of the engine library
+  query_executor execute_query;                  // executes one stored query
+  bool skip_deferred_queries = false;            // run on the stored points
+  std::unique_ptr<priority_platform> priorities; // of the running job
+  std::string_view priority_word;                // of the last change of priority
+
+  // Launchers. Without a data set they do nothing; while a job runs they show the busy box of their row.
+  void run_or_cancel();       // starts a run, or cancels the running job
+  void launch(job_code code); // a job that is not a run, on the file of its row, which may ask the user
+  void launch(job_code code, const std::string& name);
+  void cancel_job(); // asks the running job, if any, to stop
+  const job_outcome& last_job() const { return last_job_; }
+
+  // Import and export. An import begins a new document, then launches its job.
+  void ask_and_import();
+  void import_file(const std::string& name); // the command line's: only .INP
+  void ask_and_export();
+  void export_file(const std::string& name);
+
+  // Executes the deferred queries of the data set itself, so that they become plain series. False: failed, reported,
+  // and the data set is unchanged.
+  bool execute_all_deferred_queries();
+  void ask_and_execute_all_deferred_queries();
+
+  bool change_priority(int position); // of the running job, 0 to 6; false: refused
+  void move_priority_track_bar(int position);
+  void show_news(); // what the job has left for the progress panel and the grid; UIUpdateTimer calls it
+  std::optional<double> results_cell(int row, int column) const { return grid_.cell(row, column); }
+
+  // Diagnostics. Any thread.
+  bool logging_enabled() const override { return logging_enabled_; }
+  void set_logging_enabled(bool enabled) { logging_enabled_ = enabled; }
+  int diagnostic_level() const override { return diagnostic_level_; }
+  void set_diagnostic_level(int level) override { diagnostic_level_ = level; }
+  int return_code() const { return return_code_; }                         // process exit code, as set by the engine
+  void set_window_handle(std::int32_t handle) { window_handle_ = handle; } // for engines; 0 without a window
+
+private:
+  struct launcher; // one row for each job
+  static const launcher launchers[];
+  static const launcher& launcher_of(job_code code);
+  // Of the step that the job's end makes, such as "Import old.inp"; empty for a job that gives nothing back.
+  static std::string step_label(job_code code, const std::string& name);
+
+  bool load_engine(); // false: cannot be loaded, and reported
+  bool start_run();
+  bool lock_outputs(std::unique_ptr<output_lock>& lock);                   // of a run; false: refused, and reported
+  bool run_queries(prevesk_dataset_data_type& data_set, bool clear_flags); // false: failed, and reported
+  bool start_job(const prevesk_dataset_data_type& data_set, const launcher& row, const std::string& name);
+  void resume_other_job();
+  void begin_import(const std::string& name);
+
+  using end_handler = void (run_control::*)();
+  void end_job(end_handler end);
+  void note_end_of_job();
+  void run_end();
+  void import_export_end();
+  void validity_end();
+  void copy_back_end();
+  void clear_progress();
+
+  // Results that replace the data set.
+  void note_start_of_job(job_code code, const std::string& name);
+  void take_back();
+  void drop_result();
+  void report_what_was_replaced(const document& before, bool same_document, bool edited);
+
+  // job_front_end
+  void add_info_line(const std::string& text, int icon) override; // and selects it
+  void clear_info_lines() override { ui_.clear_info_lines(); }
+  void set_file_name(const std::string& name) override;
+  void initialize_grid(const std::vector<std::string>& column_labels, int rows) override;
+  void clear_grid_data() override;
+  void hydrodynamic_file_put() override;
+  void set_grid_data(const float* data, int actual_columns, int actual_rows, bool invert) override { // any thread
+    grid_.set_data(data, actual_columns, actual_rows, invert);
+  }
+  std::int32_t window_handle() const override { return window_handle_; }              // any thread
+  void set_return_code(int code) override { return_code_ = job_return_code_ = code; } // any thread
+
+  user_interface& ui_;
+  main_form_services& form_;
+  document_control& documents_;
+  const configuration& settings_;
+  std::shared_ptr<const engine_library> library_;
+  struct job_start {                      // what a job that replaces the data set began with
+    std::string label;                    // of the step that its end makes
+    prevesk_dataset_data_type data_set;   // as it was copied for the job
+    std::uint64_t document = 0;           // its number
+    std::optional<std::string> file_name; // before the job put another one
+  };
+  std::optional<job_start> job_start_;
+  std::string replaced_by_import_; // what the last import replaced at its start; empty: nothing
+  job_outcome last_job_;
+  std::chrono::steady_clock::time_point priority_refused_; // last, since the job began
+  std::unique_ptr<output_lock> output_lock_;               // of the current run
+  results_grid grid_;
+  std::atomic<bool> logging_enabled_{false};
+  std::atomic<int> diagnostic_level_{0};
+  std::atomic<int> return_code_{0};
+  std::atomic<int> job_return_code_{0}; // of the running job
+  std::atomic<std::int32_t> window_handle_{0};
+};
+
+} // namespace vesk
