@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <string_view>
 
 namespace vesk {
 
@@ -58,6 +59,8 @@ bool document_control::read_project(const std::string& name) {
     return false;
   }
   read_line(file, line);
+  if (constexpr std::string_view byte_order_mark = "\xef\xbb\xbf"; line.starts_with(byte_order_mark))
+    line.erase(0, byte_order_mark.size()); // of a text editor that writes UTF-8
   const std::size_t count = leading_number(line);
   std::vector<project_component> members;
   for (std::size_t i = 0; i < count; ++i) {

@@ -182,7 +182,8 @@ TEST_F(FileCommands, SaveAsksBeforeItReplacesAFileThatTheDataSetDidNotComeFrom) 
 
 TEST_F(FileCommands, AProjectOpensItsDataFileAndKeepsTheOtherMembers) {
   make_file("a.vki", "upper");
-  folder.write("river.vkp", "5\r\nmap.shp\r\n\r\na.VKI\nobserved\\do.db\n");
+  folder.write("river.vkp", "\xef\xbb\xbf"
+                            "5\r\nmap.shp\r\n\r\na.VKI\nobserved\\do.db\n");
   std::filesystem::rename(folder.path / "a.vki", folder.path / "a.VKI");
   form.open_file(folder.file("river.vkp"));
   EXPECT_EQ(first_segment(), "upper");
