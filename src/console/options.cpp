@@ -20,6 +20,7 @@ struct option_row {
   const char* help;
   bool console_options::*flag = nullptr;
   std::optional<std::string> console_options::*text = nullptr;
+  bool once = false; // a piece of work: a second one would silently take the place of the first
 };
 
 constexpr option_row rows[] = {
@@ -31,7 +32,8 @@ constexpr option_row rows[] = {
     {.name = "--import-network",
      .argument = "NAME",
      .help = "import a network file (.vkn)",
-     .text = &console_options::import_network},
+     .text = &console_options::import_network,
+     .once = true},
     {.name = "--read-hyd",
      .argument = nullptr,
      .help = "build the network from the hydrodynamic file",
@@ -39,7 +41,8 @@ constexpr option_row rows[] = {
     {.name = "--load-restart",
      .argument = "NAME",
      .help = "load a restart file (.rst)",
-     .text = &console_options::load_restart},
+     .text = &console_options::load_restart,
+     .once = true},
     {.name = "--check",
      .argument = nullptr,
      .help = "check the data set against the engine's limits",
@@ -47,11 +50,13 @@ constexpr option_row rows[] = {
     {.name = "--export",
      .argument = "NAME",
      .help = "export to a text input file (.inp, .vkn)",
-     .text = &console_options::export_name},
+     .text = &console_options::export_name,
+     .once = true},
     {.name = "--save",
      .argument = "FILE",
      .help = "save the data set as FILE.vki, replacing an existing file",
-     .text = &console_options::save},
+     .text = &console_options::save,
+     .once = true},
     {.name = "--log",
      .argument = "[=DIR]",
      .help = "log all calls between engine and data set",
@@ -140,6 +145,7 @@ private:
       options_.log_directory = value;
       if (value) check_value(name, *value);
     } else if (row->text) {
+      if (row->once && options_.*(row->text)) throw usage_error("Option " + name + " is given more than once.");
       options_.*(row->text) = argument_of(name, value);
       if (name == "--save") check_file_to_save(*(options_.*(row->text)));
     } else {

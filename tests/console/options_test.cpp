@@ -47,6 +47,7 @@ TEST(Options, WrongUsageIsToldInOneSentence) {
   for (const char* folder : {"..", "rivers/", "rivers/."})
     EXPECT_EQ(error({"--save", folder}),
               std::string("Option --save requires the name of a file, but has \"") + folder + "\".");
+  EXPECT_EQ(error({"--export", "a.inp", "--export=b.vkn"}), "Option --export is given more than once.");
   EXPECT_EQ(error({"--yes=no"}), "Option --yes takes no value, but has \"no\".");
   EXPECT_EQ(error({"--progress", "fast"}), "Option --progress takes auto, bar, plain or none, not \"fast\".");
 }
