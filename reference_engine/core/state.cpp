@@ -24,11 +24,14 @@ void MassFlux::add(const MassFlux& flux, double days) {
   reacted += flux.reacted * days;
 }
 
+double MassBalance::size() const {
+  return std::max({std::abs(at_start), std::abs(now), std::abs(moved.inflow), std::abs(moved.outflow),
+                   std::abs(moved.loads), std::abs(moved.reacted)});
+}
+
 double MassBalance::relative_error() const {
   const double came = moved.inflow + moved.loads + moved.reacted + clipped - moved.outflow;
-  const double size = std::max({std::abs(at_start), std::abs(now), std::abs(moved.inflow), std::abs(moved.outflow),
-                                std::abs(moved.loads), std::abs(moved.reacted)});
-  return size > 0 ? (stored() - came) / size : 0.0;
+  return size() > 0 ? (stored() - came) / size() : 0.0;
 }
 
 Balances::Balances(const State& state)

@@ -40,6 +40,7 @@ struct MassBalance {
   double now = 0;      // g
 
   double stored() const { return now - at_start; }
+  double size() const; // g: the largest of what was there or moved
   // What is unaccounted for, as a share of all that was there or moved.
   double relative_error() const;
 };

@@ -12,6 +12,9 @@ namespace reference_engine {
 void StepRules::check() const {
   if (!(largest > 0)) throw InputError("The maximum time step is 0 or less.");
   if (!(fraction > 0)) throw InputError("The fraction of the maximum time step is 0 or less.");
+  // Beyond the stability limit a run would go on with wrong values.
+  if (automatic && fraction > 1)
+    throw InputError(text("The fraction of the maximum time step is ", fraction, ", which is above 1."));
   if (steps.empty() && !automatic) throw InputError("The data set has no time step.");
   for (const auto& [day, step] : steps) {
     if (step <= 0) throw InputError(text("The time step from day ", day, " on is 0 or less."));

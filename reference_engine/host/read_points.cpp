@@ -90,6 +90,10 @@ private:
       throw InputError(text("Point ", k + 1, " of ", name(), " (day ", points_.days[k], ", value ", points_.values[k],
                             ") is not a finite number. Correct or delete it."));
     }
+    if (const auto back = std::ranges::is_sorted_until(points_.days); back != points_.days.end())
+      host_.warning(text("The points of ", name(), " are not in order of time: point ", back - points_.days.begin() + 1,
+                         " (day ", *back,
+                         ") is before the one above it. Values between them may be wrong; sort them."));
     days_.add(points_);
     host_.stop_if_cancelled();
   }

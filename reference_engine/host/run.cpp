@@ -70,6 +70,7 @@ public:
           text(timeline_.merged(), " times of series points lie closer to another event than the minimum time step of ",
                input_.rules.smallest, " days, or than single precision tells apart, and count with that event."));
     if (integrator_->limited().steps > 0) host_.info(report_.limitation(integrator_->limited()));
+    warn_of_clipping();
     report_balances();
     const std::chrono::duration<double> wall = Clock::now() - began_;
     host_.info(text("Finished in ", report_.steps(), " steps and ", rounded(wall.count(), 3), " s; ",
@@ -205,6 +206,14 @@ private:
       for (const Writer& writer : writers_) writer.results->annotate(name, line);
     for (const Writer& writer : writers_) writer.results->publish();
     if (restart) restart->publish();
+  }
+
+  // Of the systems that are not chosen no other line tells that mass was made.
+  void warn_of_clipping() {
+    constexpr double more_than_rounding = 1e-6;
+    for (std::size_t s = 0; s < balances_.systems.size(); ++s)
+      if (const MassBalance& it = balances_.systems[s]; it.clipped > more_than_rounding * it.size())
+        host_.warning(report_.clipping(s, it));
   }
 
   // The log has all systems, the list of messages the one that is chosen.

@@ -40,6 +40,13 @@ std::string RunReport::mass_balance(std::size_t system, const MassBalance& balan
               kilograms(balance.clipped), ", relative error ", error(balance.relative_error()), ".");
 }
 
+std::string RunReport::clipping(std::size_t system, const MassBalance& balance) const {
+  return text("The concentration of ", problem_.systems[system].name, " would have fallen below 0 and was held at 0, ",
+              "which added ", shown(balance.clipped / grams_per_kilogram),
+              " kg in all. Look for loads, boundaries and ",
+              "net photosynthesis below 0, or allow negative solutions.");
+}
+
 std::string RunReport::water_balance(const WaterBalance& balance, bool linked) const {
   const std::string moved = text("Water balance in m3: inflow ", shown(balance.inflow), ", outflow ",
                                  shown(balance.outflow), ", stored ", shown(balance.stored()));

@@ -24,6 +24,8 @@ public:
   // All below in one sentence each, without line end.
   // "Mass balance of ... in kg: inflow ..., ..."
   std::string mass_balance(std::size_t system, const MassBalance& balance) const;
+  // For a system that was clipped by more than rounding.
+  std::string clipping(std::size_t system, const MassBalance& balance) const;
   // linked: a hydrodynamic file prescribed the volumes.
   std::string water_balance(const WaterBalance& balance, bool linked) const;
   // "longest step 0.04 days, most often limited by segment 12 (Halifax) (61 % of steps)"

@@ -437,6 +437,31 @@ TEST_F(RunTest, FactorsAreApplied) {
   EXPECT_NEAR(host.last_grid[0], 1.5 + 0.5 * std::exp(-x), 1e-5);
 }
 
+// All would end with 0 and wrong values, if nobody was told.
+TEST_F(RunTest, WhatMakesResultsWrongIsRefusedOrWarnedOf) {
+  EXPECT_EQ(after("INTYP 1\nFRACMAXTS 5"), "The fraction of the maximum time step is 5, which is above 1.");
+  EXPECT_EQ(host.return_code, 3);
+  host.failures.clear();
+  EXPECT_EQ(after("INTYP 0"), ""); // has no effect
+  EXPECT_EQ(after("INTYP 1\nFRACMAXTS 1"), "");
+  EXPECT_THAT(host.warnings, IsEmpty());
+
+  EXPECT_EQ(after("NBRKQ 1 1 2\nNOQFUNC 1 1 1 5 2\nNOQFUNC 1 1 2 1 3"), "");
+  EXPECT_THAT(host.warnings, ElementsAre("The points of the flow function  (1 of field 1) are not in order of time: "
+                                         "point 2 (day 1) is before the one above it. Values between them may be "
+                                         "wrong; sort them."));
+  host.warnings.clear();
+
+  // A system that no balance is reported of. Nothing but the load moves it: -8.64 kg/day, 2 days.
+  EXPECT_EQ(after("NBRKQ 1 1 1\nNOQFUNC 1 1 1 0 1\nNOWK 2 1\nIWK 2 1 2\nNBWK 2 1 1\nLOADFUNC 2 1 1 0 -8.64"), "");
+  EXPECT_THAT(host.warnings, ElementsAre("The concentration of system 2 would have fallen below 0 and was held at 0, "
+                                         "which added 17.28 kg in all. Look for loads, boundaries and net "
+                                         "photosynthesis below 0, or allow negative solutions."));
+  host.warnings.clear();
+  EXPECT_EQ(after("NEGSLN 1"), "");
+  EXPECT_THAT(host.warnings, IsEmpty());
+}
+
 TEST_F(RunTest, FactorsThatAreNotFiniteAreRefusedWithTheirPlace) {
   const struct {
     const char *change, *back, *subject;
