@@ -4,6 +4,7 @@
 #include "app/file_names.h"
 #include "dataset/file_version_text.h"
 #include "dataset/vki_file.h"
+#include "platform/counted.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -127,7 +128,7 @@ void document_control::report_losses(const std::string& name, const reading_loss
   if (losses.newer_version != 0)
     ui_.add_info_line(name + " has version " + file_version_text(losses.newer_version) + ", which is newer than " +
                           file_version_text(prevesk_dataset_data_type::current_file_version()) + ": " +
-                          byte_count(losses.bytes_not_read) + " at its end " +
+                          counted(losses.bytes_not_read, "byte") + " at its end " +
                           (losses.bytes_not_read == 1 ? "was" : "were") +
                           " not read. A saved copy lacks what was not read.",
                       icon_note);

@@ -1,5 +1,6 @@
 #include "dataset/binary_reader.h"
 
+#include "platform/counted.h"
 #include "platform/file_io.h"
 
 #include <algorithm>
@@ -21,10 +22,6 @@ data_file_exception::data_file_exception(std::string_view file, file_section sec
                          std::string(section.name) + "), byte " + std::to_string(offset) + ": " + cause),
       section_(section), offset_(offset), cause_(std::move(cause)) {}
 
-std::string byte_count(std::uint64_t count) {
-  return std::to_string(count) + (count == 1 ? " byte" : " bytes");
-}
-
 binary_reader::binary_reader(int descriptor, std::string name)
     : name_(std::move(name)), descriptor_(descriptor), size_(size_of_regular_file(descriptor)), beyond_(size_),
       buffer_(new char[buffer_size]), next_(buffer_.get()), end_(buffer_.get()), ahead_(least_ahead) {
@@ -40,7 +37,7 @@ void binary_reader::fail(std::uint64_t offset, std::string cause) const {
 
 void binary_reader::fail_short(std::uint64_t offset, const std::string& wanted) const {
   const bool counts_bytes = wanted.find(" byte") != wanted.npos;
-  fail(offset, wanted + ", but only " + (counts_bytes ? std::to_string(left()) : byte_count(left())) +
+  fail(offset, wanted + ", but only " + (counts_bytes ? std::to_string(left()) : counted(left(), "byte")) +
                    (left() == 1 ? " is left." : " are left."));
 }
 
@@ -57,7 +54,7 @@ std::size_t binary_reader::read(void* to, std::size_t size, std::size_t ahead) {
 }
 
 void binary_reader::fetch(std::size_t size, const char* what) {
-  if (left() < size) fail_short(position(), byte_count(size) + " of " + what);
+  if (left() < size) fail_short(position(), counted(size, "byte") + " of " + what);
   std::size_t kept = at_hand();
   std::memmove(buffer_.get(), next_, kept);
   ahead_ = std::clamp(ahead_ * 2, size, buffer_size);

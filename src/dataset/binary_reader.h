@@ -5,11 +5,10 @@
 // memory is taken for it.
 #pragma once
 
+#include "platform/little_endian.h"
 #include "platform/shared_reading.h"
 
-#include <bit>
 #include <cstdint>
-#include <cstring>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -18,8 +17,6 @@
 #include <utility>
 
 namespace vesk {
-
-static_assert(std::endian::native == std::endian::little, "numbers are copied as they stand in the file");
 
 // A section of the data file: its number and the member of the data set that it holds.
 struct file_section {
@@ -42,9 +39,6 @@ private:
   std::uint64_t offset_;
   std::string cause_;
 };
-
-// "1 byte", "2 bytes".
-std::string byte_count(std::uint64_t count);
 
 class binary_reader {
 public:
@@ -71,9 +65,7 @@ public:
   // A number of type T. `what` names it in the message when the file ends before it.
   template <class T>
   T number(const char* what) {
-    T result;
-    std::memcpy(&result, piece(sizeof result, what), sizeof result);
-    return result;
+    return little_endian<T>(piece(sizeof(T), what));
   }
 
   // The next `size` bytes, at most `longest_piece`, in one piece that lives until the next read.

@@ -4,15 +4,13 @@
 #pragma once
 
 #include "platform/file_io.h"
+#include "platform/little_endian.h"
 
-#include <bit>
 #include <cstdint>
 #include <string>
 #include <string_view>
 
 namespace vesk {
-
-static_assert(std::endian::native == std::endian::little, "numbers are copied as they stand in memory");
 
 class binary_writer {
 public:

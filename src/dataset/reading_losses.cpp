@@ -1,14 +1,12 @@
 #include "dataset/reading_losses.h"
 
+#include "platform/counted.h"
+
 #include <unordered_set>
 
 namespace vesk {
 
 namespace {
-
-std::string counted(std::size_t count, const char* singular, const char* plural) {
-  return std::to_string(count) + " " + (count == 1 ? singular : plural);
-}
 
 template <class List>
 std::unordered_set<std::uint32_t> numbers_of(const List& list) {

@@ -1,6 +1,7 @@
 #include "dataset/vki_reader.h"
 
 #include "dataset/vki_layout.h"
+#include "platform/counted.h"
 #include "platform/memory_arena.h"
 
 #include <algorithm>
@@ -140,7 +141,7 @@ public:
       const auto items_here = std::min(size - done, static_cast<std::uint32_t>(ready));
       const char* item = file_.piece(items_here * item_size, name);
       for (std::uint32_t i = done; i < done + items_here; ++i, item += item_size) {
-        std::memcpy(&isc_[i], item, sizeof(std::uint32_t));
+        isc_[i] = little_endian<std::uint32_t>(item);
         std::memcpy(static_cast<void*>(value + i), item + sizeof(std::uint32_t), sizeof(payload));
       }
       done += items_here;
@@ -185,8 +186,8 @@ private:
     const std::uint64_t possible = file_.left() / smallest;
     if (announced <= possible) return announced;
     if (version() > prevesk_dataset_data_type::current_file_version()) return static_cast<std::uint32_t>(possible);
-    file_.fail_short(place,
-                     smallest == 1 ? byte_count(announced) + " of " + what : std::to_string(announced) + " " + what);
+    file_.fail_short(place, smallest == 1 ? counted(announced, "byte") + " of " + what
+                                          : std::to_string(announced) + " " + what);
   }
 
   // The numbers just read; memory is taken only when they differ from the segment's before.
@@ -227,10 +228,8 @@ std::uint32_t read_version(binary_reader& file) {
 } // namespace
 
 bool may_be_data_file(std::string_view first_bytes) {
-  std::uint32_t version = 0;
-  if (first_bytes.size() < sizeof version) return true; // more may come
-  std::memcpy(&version, first_bytes.data(), sizeof version);
-  return is_version(version);
+  if (first_bytes.size() < sizeof(std::uint32_t)) return true; // more may come
+  return is_version(little_endian<std::uint32_t>(first_bytes.data()));
 }
 
 vki_facts read_vki(binary_reader& file, prevesk_dataset_data_type& data) {

@@ -2,6 +2,7 @@
 
 #include "dataset/file_version_text.h"
 #include "dataset/vki_reader.h"
+#include "platform/counted.h"
 
 namespace vesk {
 
@@ -35,8 +36,8 @@ void check_data_file(binary_reader& file) {
   const vki_facts facts = read_vki(file, data);
   refuse_newer_version(file, facts.version);
   if (file.left() > 0)
-    file.fail(file.position(),
-              "the data set ends here, but " + byte_count(file.left()) + (file.left() == 1 ? " follows." : " follow."));
+    file.fail(file.position(), "the data set ends here, but " + counted(file.left(), "byte") +
+                                   (file.left() == 1 ? " follows." : " follow."));
   check_header(facts, file);
 }
 
