@@ -83,9 +83,10 @@ void document_control::new_data_set() {
 void document_control::open_file(const std::string& name) {
   ui_.set_subject(name);
   const std::string extension = upper_extension(name);
-  if (extension == ".VKI" || extension == ".VKP") {
-    const bool opened = extension == ".VKI" ? load_data_file(name) : open_project_file(name);
-    if (!opened) form_.report_failure("Could not open specified file \"" + name + "\" (" + extension + " file)");
+  if (extension == ".VKI") {
+    as_step("Open " + leaf_of(name), [&] { load(name); });
+  } else if (extension == ".VKP") {
+    if (!open_project_file(name)) form_.report_failure("Could not open specified file \"" + name + "\" (.VKP file)");
   } else {
     form_.report_failure("Could not open specified file type \"" + name + "\" (" + extension + " file)");
   }
@@ -94,11 +95,6 @@ void document_control::open_file(const std::string& name) {
 
 void document_control::ask_and_open() {
   if (const auto name = ui_.ask_file(open_dialog)) open_file(*name);
-}
-
-bool document_control::load_data_file(const std::string& name) {
-  as_step("Open " + leaf_of(name), [&] { load(name); });
-  return true;
 }
 
 document_control::load_result document_control::load(const std::string& name, load_kind kind) {

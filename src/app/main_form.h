@@ -162,7 +162,6 @@ public:
   void OpenItemClick() { documents_.ask_and_open(); }
   void OpenProjectItemClick() { documents_.ask_and_open_project(); }
   void open_file(const std::string& name) { documents_.open_file(name); }
-  bool load_data_file(const std::string& name) { return documents_.load_data_file(name); }
   bool open_project_file(const std::string& name) { return documents_.open_project_file(name); }
   void SaveItemClick() { save(); }
   void SaveasItemClick() { documents_.ask_name_and_save(); }

@@ -114,7 +114,6 @@ void console_interface::begin_progress() {
 }
 
 void console_interface::end_progress(bool good) {
-  // and then the window's bar goes back to 0.
   if (good && highest_ > 0) set_progress(100); // the last report comes before the end of the work
   wipe_bar();
   progress_runs_ = false;

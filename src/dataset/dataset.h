@@ -86,9 +86,6 @@ public:
   // came.
   reading_losses read(binary_reader& file);
 
-  // Reads a whole data file as it is stored: `file_version` is the file's and the catalogue is not asked.
-  void read_stored(binary_reader& file);
-
   // Writes the current layout under the current version, whatever `file_version` is.
   void write(binary_writer& file) const;
 

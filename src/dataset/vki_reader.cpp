@@ -252,10 +252,6 @@ vki_facts read_vki(binary_reader& file, prevesk_dataset_data_type& data) {
   return facts;
 }
 
-void prevesk_dataset_data_type::read_stored(binary_reader& file) {
-  read_vki(file, *this);
-}
-
 reading_losses prevesk_dataset_data_type::read(binary_reader& file) {
   reading_losses losses;
   const vki_facts facts = read_vki(file, *this);

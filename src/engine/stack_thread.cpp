@@ -101,11 +101,15 @@ ResizableThread::~ResizableThread() {
     shared().leaving.push_back(handle_);
     return;
   }
-  if (!Finished()) {
-    Terminate();
-    if (create_suspended_ || suspended_) Resume();
+  try {
+    if (!Finished()) {
+      Terminate();
+      if (create_suspended_ || suspended_) Resume();
+    }
+    if (!joined_) WaitFor();
+  } catch (...) {
+    std::terminate(); // a thread that cannot be waited for may still use this object
   }
-  if (!joined_) WaitFor();
   const std::lock_guard lock(shared().thread_lock);
   --shared().thread_count;
 }

@@ -14,7 +14,6 @@
 #include <condition_variable>
 #include <exception>
 #include <functional>
-#include <memory>
 #include <mutex>
 #include <pthread.h>
 #include <stdexcept>
@@ -47,7 +46,7 @@ public:
   ResizableThread(const ResizableThread&) = delete;
   ResizableThread& operator=(const ResizableThread&) = delete;
 
-  // To be called once the object is whole: lets it go unless it was created suspended. `make_thread` does.
+  // To be called once the object is complete: resumes the thread unless it was created suspended.
   void AfterConstruction();
 
   void Suspend(); // counts
@@ -134,12 +133,5 @@ bool wait_and_synchronize(std::chrono::milliseconds timeout);
 // The number of threads: of their objects that live, and of those that have freed themselves and are not yet gone. A
 // process that ends while there are any runs into the libraries that they leave.
 int live_thread_count();
-
-template <class Thread, class... Arguments>
-Thread* make_thread(Arguments&&... arguments) {
-  auto thread = std::make_unique<Thread>(std::forward<Arguments>(arguments)...);
-  thread->AfterConstruction();
-  return thread.release();
-}
 
 } // namespace vesk

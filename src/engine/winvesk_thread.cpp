@@ -14,7 +14,7 @@ winvesk_thread::winvesk_thread(job_front_end& front_end, const std::filesystem::
 
 void winvesk_thread::Execute() {
   status_code_ = 0;
-  log_line(status_text_); // an empty line in the file that the template names
+  log_line(""); // an empty line in the file that the template names
   if (log_path_.empty()) return;
   log_path_.replace_filename("LOG" + std::to_string(current_thread_number()) + log_path_.extension().string());
   log_line("--BEGIN LOG FILE--");
@@ -64,7 +64,6 @@ void winvesk_thread::mark_grid_changed() {
 }
 
 void winvesk_thread::set_status(std::string_view description, std::int32_t status) {
-  status_text_ = description;
   status_code_ = status;
   log_line(description);
 }

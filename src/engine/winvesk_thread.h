@@ -28,9 +28,8 @@ public:
   };
   mailbox take_mailbox();
 
-  int status_code() const { return status_code_; }                // once the job has ended
-  const std::string& status_text() const { return status_text_; } // once the job has ended
-  std::time_t start_time() const { return start_time_; }          // seconds since 1970
+  int status_code() const { return status_code_; }       // once the job has ended
+  std::time_t start_time() const { return start_time_; } // seconds since 1970
   const std::filesystem::path& log_path() const { return log_path_; }
   int log_error() const { return log_error_; } // the system's, of the first line that was lost; once the job has ended
 
@@ -74,7 +73,6 @@ private:
   int log_error_ = 0; // worker only; stays, so that one lost line loses all that follow
   std::filesystem::path log_path_;
   int status_code_ = 0;           // worker only
-  std::string status_text_;       // worker only
   bool grid_data_is_set_ = false; // worker only
   std::string failure_;           // worker only
   std::atomic<bool> failed_{false};

@@ -11,7 +11,8 @@ class shell_interface;
 extern constinit thread_local shell_interface* own_shell [[gnu::tls_model("initial-exec")]];
 extern std::atomic<shell_interface*> active_shell;
 
-// Null when no job is at work.
+// The shell of the calling thread's own job or, on a thread that the engine has made, of the one active job. Null when
+// there is none.
 inline shell_interface* current_shell() {
   if (shell_interface* own = own_shell) [[likely]]
     return own;

@@ -10,11 +10,6 @@ namespace vesk {
 constinit thread_local shell_interface* own_shell = nullptr;
 constinit std::atomic<shell_interface*> active_shell = nullptr;
 
-engine_job* current_engine_job() {
-  const shell_interface* shell = current_shell();
-  return shell ? &shell->job() : nullptr;
-}
-
 engine_job_scope::engine_job_scope(engine_job& job)
     : previous_own_(std::exchange(own_shell, &job.shell())), previous_active_(nullptr) {
   own_shell->attach(job);

@@ -95,10 +95,6 @@ private:
   const std::atomic<bool>* gate_ = &always_open_;
 };
 
-// The job that a call from the engine belongs to: the calling thread's own, or, on a thread of the engine's making,
-// the one active job. Null when there is none.
-engine_job* current_engine_job();
-
 // Says which job the calling thread, and any thread without one of its own, serves; for as long as the object lives.
 class engine_job_scope {
 public:

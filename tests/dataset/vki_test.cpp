@@ -32,7 +32,7 @@ prevesk_dataset_data_type stored_in(std::string_view bytes) {
   prevesk_dataset_data_type data;
   data.skip_date = data.skip_time = 0; // not the clock's, for files that lack them
   binary_reader reader(bytes, "river.vki");
-  data.read_stored(reader);
+  read_vki(reader, data);
   return data;
 }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <memory>
 #include <thread>
 
 namespace vesk {
@@ -27,6 +28,12 @@ private:
   std::function<void(function_thread&)> work_;
 };
 
+std::unique_ptr<function_thread> started_thread(std::function<void(function_thread&)> work) {
+  auto thread = std::make_unique<function_thread>(std::move(work));
+  thread->AfterConstruction();
+  return thread;
+}
+
 TEST(StackThread, RunsOnlyOnceResumed) {
   std::atomic<bool> ran = false;
   function_thread thread([&](function_thread&) { ran = true; }, true);
@@ -42,12 +49,12 @@ TEST(StackThread, RunsOnlyOnceResumed) {
 }
 
 TEST(StackThread, ReturnsItsValueAndHasALargeStack) {
-  const std::unique_ptr<function_thread> thread(make_thread<function_thread>([](function_thread& self) {
+  const auto thread = started_thread([](function_thread& self) {
     volatile char deep[18'000'000]; // more than the usual 8 MB
     deep[0] = 1;
     deep[sizeof deep - 1] = 41;
     self.ReturnValue = deep[0] + deep[sizeof deep - 1];
-  }));
+  });
   EXPECT_EQ(thread->WaitFor(), 42);
   EXPECT_EQ(thread->WaitFor(), 42);
 }
@@ -88,7 +95,7 @@ TEST(StackThread, ASynchronizedMethodMayMakeAThread) {
   bool inner_ran = false;
   std::unique_ptr<function_thread> inner;
   function_thread outer([&](function_thread& self) {
-    self.Synchronize([&] { inner.reset(make_thread<function_thread>([&](function_thread&) { inner_ran = true; })); });
+    self.Synchronize([&] { inner = started_thread([&](function_thread&) { inner_ran = true; }); });
   });
   outer.Resume();
   outer.WaitFor();

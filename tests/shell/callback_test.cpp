@@ -1,4 +1,5 @@
 #include "noting_job.h"
+#include "shell/current_shell.h"
 #include "vesk_engine.h"
 
 #include <gmock/gmock.h>
@@ -123,24 +124,29 @@ TEST(Callback, TracesACallToTheLetter) {
   EXPECT_THAT(job.log, IsEmpty());
 }
 
+const engine_job* job_of_caller() {
+  const shell_interface* shell = current_shell();
+  return shell ? &shell->job() : nullptr;
+}
+
 TEST(Callback, AThreadOfTheEnginesServesTheActiveJobAndNewPointsStartAtItsStart) {
-  EXPECT_EQ(current_engine_job(), nullptr);
+  EXPECT_EQ(job_of_caller(), nullptr);
   EXPECT_EQ(call("GNUMSEG 8"), "8"); // no job: nothing
   noting_job outer, inner;
   inner.data.model_name = "inner";
   const engine_job_scope serving_outer(outer);
   {
     const engine_job_scope serving_inner(inner);
-    EXPECT_EQ(current_engine_job(), &inner);
+    EXPECT_EQ(job_of_caller(), &inner);
     std::thread([&] {
-      EXPECT_EQ(current_engine_job(), &inner);
+      EXPECT_EQ(job_of_caller(), &inner);
       call("PNBRKTF 3 1");
       call("PNUMSEG 5");
     }).join();
     EXPECT_EQ(inner.data.time_functions[0].points, (point_list{{{146097, 21600}, 0.0}}));
     EXPECT_EQ(inner.data.segments[4].segment_type, 7u);
   }
-  EXPECT_EQ(current_engine_job(), &outer);
+  EXPECT_EQ(job_of_caller(), &outer);
 }
 
 TEST(Callback, WhatIsThrownEndsInTheJobAndNotInTheEngine) {
