@@ -36,7 +36,7 @@ public:
   // Files. A failure is reported in a box and counted.
   void new_data_set();
   void ask_and_open();
-  void open_file(const std::string& name);      // a data file or a project, by its extension
+  void open_file(const std::string& name); // a data file or a project, by its extension
   void ask_and_open_project();
   bool open_project_file(const std::string& name);
   // Saves to file_name. Asks for a name if there is none, and before it replaces a file that is not the data set's
