@@ -1,15 +1,13 @@
 // One explicit step of transport along a chain of segments with dispersion, for five systems: the bundled engine's
 // Euler step against Boost.odeint's on the same right-hand side, which is written as one would write it for odeint: a
 // pass over the segments, all systems of a segment together, coefficients worked out before.
-#include "core/equations.h"
-#include "core/integrator.h"
+#include "chain.h"
 #include "ratio_table.h"
 
 #include <benchmark/benchmark.h>
 #include <boost/numeric/odeint.hpp>
 #include <cmath>
 #include <cstdio>
-#include <memory>
 #include <stdexcept>
 #include <vector>
 
@@ -20,75 +18,12 @@ using namespace reference_engine;
 
 constexpr std::size_t systems = 5;
 constexpr double step_days = 0.001;
-constexpr double flow = 5, dispersion = 2; // m3/s
-
-// Systems that are only carried.
-class no_kinetics final : public Kinetics {
-public:
-  explicit no_kinetics(std::size_t segments) : zeros_(segments) {}
-  void update(const Hydraulics&, const TimeFunctions&) override {}
-  bool reacts() const override { return false; }
-  void rates(std::size_t, std::size_t, const double* const*, double* const*) const override {}
-  std::span<const double> decay() const override { return zeros_; }
-  bool settles(std::size_t) const override { return false; }
-  std::span<const double> settling_velocity(std::size_t) const override { return zeros_; }
-  std::span<const double> temperature() const override { return zeros_; }
-  TemperatureRange temperature_range() const override { return {20, 20}; }
-  bool output(int, std::span<const double>, std::span<double>) const override { return false; }
-
-private:
-  std::vector<double> zeros_;
-};
-
-double volume_of(std::size_t segment) {
-  return 10'000.0 + static_cast<double>(segment % 7) * 500;
-}
-double start_of(std::size_t system, std::size_t segment) {
-  return 1.0 + static_cast<double>(system) + std::sin(static_cast<double>(segment) * 0.01);
-}
-double boundary_of(std::size_t system) {
-  return 2.0 + static_cast<double>(system);
-}
+constexpr double flow = chain_flow, dispersion = chain_dispersion;
 
 // The engine's side, ready for steps.
-struct engine_side {
-  Problem problem;
-  Forcing forcing;
-  std::unique_ptr<Equations> equations;
-  std::unique_ptr<State> state;
-  std::unique_ptr<Balances> balances;
-  std::unique_ptr<Integrator> integrator = make_integrator(static_cast<int>(Technique::explicit_euler));
-
-  explicit engine_side(std::size_t segments) {
-    const int last = static_cast<int>(segments) - 1;
-    for (std::size_t i = 0; i < segments; ++i) {
-      problem.segments.emplace_back();
-      problem.segments.back().volume = volume_of(i);
-    }
-    problem.systems.resize(systems);
-    for (int i = 0; i <= last + 1; ++i)
-      problem.flows.push_back({0, FlowField::surface_water, i == 0 ? outside : i - 1, i > last ? outside : i, 1});
-    for (int i = 1; i <= last; ++i) problem.exchanges.push_back({0, ExchangeField::surface_water, i - 1, i, 1});
-    problem.negative_allowed = true;
-    problem.initial.resize(systems * segments);
-    problem.dissolved.assign(systems * segments, 1.0);
-    forcing.boundaries.assign(systems * segments, 0.0f);
-    forcing.loads.assign(systems * segments, 0.0f);
-    forcing.flows.assign(fields_per_function, 0.0f);
-    forcing.exchanges.assign(fields_per_function, 0.0f);
-    forcing.flows[0] = static_cast<float>(flow);
-    forcing.exchanges[0] = static_cast<float>(dispersion);
-    for (std::size_t s = 0; s < systems; ++s) {
-      forcing.boundaries[s] = static_cast<float>(boundary_of(s));
-      for (std::size_t i = 0; i < segments; ++i) problem.initial[problem.at(s, i)] = start_of(s, i);
-    }
-    equations = std::make_unique<Equations>(problem, std::make_unique<no_kinetics>(segments));
-    equations->forcing().hold(forcing);
-    state = std::make_unique<State>(problem);
-    balances = std::make_unique<Balances>(*state);
-  }
-
-  void step() { integrator->step(*equations, *state, step_days, *balances); }
+struct engine_side : chain {
+  explicit engine_side(std::size_t segments) : chain(segments, systems, Technique::explicit_euler) {}
+  void step() { chain::step(step_days); }
 };
 
 // The peer's side: concentrations as [segment][system].
@@ -98,11 +33,11 @@ struct odeint_side {
 
   explicit odeint_side(std::size_t segments) : out(segments), lower(segments), upper(segments) {
     for (std::size_t i = 0; i < segments; ++i) {
-      const double per_day = seconds_per_day / volume_of(i);
+      const double per_day = seconds_per_day / chain_volume(i);
       lower[i] = (flow + (i > 0 ? dispersion : 0)) * per_day;
       upper[i] = i + 1 < segments ? dispersion * per_day : 0;
       out[i] = flow * per_day + (i > 0 ? dispersion * per_day : 0) + upper[i];
-      for (std::size_t s = 0; s < systems; ++s) concentration.push_back(start_of(s, i));
+      for (std::size_t s = 0; s < systems; ++s) concentration.push_back(chain_start(s, i));
     }
   }
 
@@ -113,7 +48,7 @@ struct odeint_side {
         rate[i * systems + s] = lower[i] * before(s) - out[i] * c[i * systems + s] + upper[i] * behind(s);
     };
     row(
-        0, [](std::size_t s) { return boundary_of(s); }, [&](std::size_t s) { return c[systems + s]; });
+        0, [](std::size_t s) { return chain_boundary(s); }, [&](std::size_t s) { return c[systems + s]; });
     for (std::size_t i = 1; i + 1 < segments; ++i) {
       const double l = lower[i], o = out[i], u = upper[i];
       const double* const at = &c[i * systems];
