@@ -12,6 +12,7 @@ namespace {
 class no_kinetics final : public Kinetics {
 public:
   explicit no_kinetics(std::size_t segments) : zeros_(segments) {}
+  bool uses_hydraulics() const override { return false; }
   void update(const Hydraulics&, const TimeFunctions&) override {}
   bool reacts() const override { return false; }
   void rates(std::size_t, std::size_t, const double* const*, double* const*) const override {}

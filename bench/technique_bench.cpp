@@ -54,7 +54,7 @@ void oxygen_steps(benchmark::State& state) {
 // into another, coefficients worked out before.
 struct plain_oxygen {
   enum { ammonium, nitrate, cbod, oxygen, systems };
-  std::vector<double> now, next;         // [segment][system]
+  std::vector<double> now, next;          // [segment][system]
   std::vector<double> keep, lower, upper; // of this step
   double saturation;
 
@@ -83,8 +83,7 @@ struct plain_oxygen {
       const double rate[] = {-nitrified, nitrified - denitrified, -oxidised,
                              saturation - dissolved - oxidised - 4.57 * nitrified};
       for (std::size_t s = 0; s < systems; ++s)
-        next[i * systems + s] =
-            keep[i] * here[s] + lower[i] * before[s] + upper[i] * behind[s] + step_days * rate[s];
+        next[i * systems + s] = keep[i] * here[s] + lower[i] * before[s] + upper[i] * behind[s] + step_days * rate[s];
     }
     now.swap(next);
   }
@@ -145,8 +144,12 @@ int main(int argc, char** argv) {
   once("bdf/limit", eight_seconds)->UseManualTime();
   const std::string end = "/iterations:1";
   const auto bdf = [&](const char* flows, const std::string& name) {
-    return ratio_row{std::string("20 steps of implicit BDF, ") + flows + ", against 8 s", name + end,
-                     "bdf/limit" + end + "/manual_time", ratio_row::at_most, 1, "wall"};
+    return ratio_row{std::string("20 steps of implicit BDF, ") + flows + ", against 8 s",
+                     name + end,
+                     "bdf/limit" + end + "/manual_time",
+                     ratio_row::at_most,
+                     1,
+                     "wall"};
   };
   return run_with_ratios(
       argc, argv,
@@ -155,12 +158,12 @@ int main(int argc, char** argv) {
        {"an Euler step with flows and volumes that change, against steady flows", "euler/filling", "euler/steady",
         ratio_row::at_most},
        {"a Runge-Kutta step, against Euler", "runge_kutta/steady", "euler/steady", ratio_row::at_most, 4.4},
-       {"a Runge-Kutta step with flows that change, against steady flows", "runge_kutta/balanced",
-        "runge_kutta/steady", ratio_row::at_most},
+       {"a Runge-Kutta step with flows that change, against steady flows", "runge_kutta/balanced", "runge_kutta/steady",
+        ratio_row::at_most},
        {"a Runge-Kutta step with flows and volumes that change, against steady flows", "runge_kutta/filling",
         "runge_kutta/steady", ratio_row::at_most},
-       {"an Euler step with oxygen kinetics, against a plain loop", "oxygen/vesk", "oxygen/plain",
-        ratio_row::at_most},
-       bdf("steady flows", "bdf/steady"), bdf("flows that change linearly", "bdf/linear"),
+       {"an Euler step with oxygen kinetics, against a plain loop", "oxygen/vesk", "oxygen/plain", ratio_row::at_most},
+       bdf("steady flows", "bdf/steady"),
+       bdf("flows that change linearly", "bdf/linear"),
        bdf("flows that jump at each step", "bdf/jumping")});
 }

@@ -85,7 +85,7 @@ public:
     const double end = time_ + days;
     check(CVodeSetStopTime(memory_.get(), end), "CVodeSetStopTime"); // what follows has another forcing
     if (const int flag = CVode(memory_.get(), end, masses_.get(), &time_, CV_NORMAL); flag < 0) fail(flag, days);
-    state.volume.swap(volume);
+    state.swap_volumes(volume);
     state.day += days;
     rates_.finish(masses, state);
     rates_.add_losses(before.data(), masses, balances);
@@ -166,10 +166,12 @@ StepLimit Bdf::limit(Equations& equations, const State& state, double days) {
   equations.set_volumes(state.volume);
   constexpr double unlimited = std::numeric_limits<double>::infinity();
   StepLimit limit{unlimited, 0, unlimited, 0};
-  const auto change = equations.network().volume_change();
-  for (std::size_t i = 0; i < change.size(); ++i)
-    if (change[i] < 0 && state.volume[i] / -change[i] < limit.days)
-      limit = {state.volume[i] / -change[i], i, unlimited, 0};
+  equations.network().take_layers(0, state.volume.size(), layers_);
+  equations.network().move_water(layers_, water_);
+  for (std::size_t i = 0; i < state.volume.size(); ++i) {
+    const double change = water_.change[i];
+    if (change < 0 && state.volume[i] / -change < limit.days) limit = {state.volume[i] / -change, i, unlimited, 0};
+  }
   return limit;
 }
 
@@ -180,11 +182,12 @@ void Bdf::step(Equations& equations, State& state, double days, Balances& balanc
   constexpr double own_error = 100 * absolute_tolerance;
   const Problem& problem = equations.problem();
   equations.move_to(state.day + days / 2);
-  find_new_volumes(equations, state, days);
+  new_volume_.resize(state.volume.size());
+  equations.network().take_layers(0, state.volume.size(), layers_);
+  if (!find_new_volumes(equations, state, days, layers_, new_volume_.data())) new_volume_ = state.volume;
   if (equations.classes().empty()) { // nothing is simulated
-    balances.water.inflow += days * equations.network().water_in();
-    balances.water.outflow += days * equations.network().water_released();
-    state.volume.swap(new_volume_);
+    balances.water.add(equations.network().water_in(), equations.network().water_released(), days);
+    state.swap_volumes(new_volume_);
     state.day += days;
     return;
   }
@@ -193,7 +196,6 @@ void Bdf::step(Equations& equations, State& state, double days, Balances& balanc
     raised_.assign(problem.systems.size(), 0.0);
   }
   solver_->advance(state, days, new_volume_, balances);
-  new_volume_ = state.volume; // hold_limits weighs by the volumes at the end
   const bool starts_anew = !problem.negative_allowed && std::ranges::min(state.concentration) < -own_error;
   Balances raised(state);
   for (const TransportClass& it : equations.classes())

@@ -30,7 +30,10 @@ private:
   class Solver;
 
   std::unique_ptr<Solver> solver_; // made at the first step
-  std::vector<double> raised_;     // by system, g by which the state stands above the solver's masses
+  std::vector<double> new_volume_;
+  LayerValues layers_; // of all segments
+  WaterMoved water_;
+  std::vector<double> raised_; // by system, g by which the state stands above the solver's masses
 };
 
 } // namespace reference_engine

@@ -1,6 +1,7 @@
 #include "core/equations.h"
 
 #include "core/errors.h"
+#include "core/kernels.h"
 #include "core/text.h"
 
 #include <algorithm>
@@ -21,6 +22,8 @@ enum {
   residence_output,
   step_output
 };
+
+constexpr std::size_t block = 512; // segments that are looked at together, within the first-level cache
 
 std::vector<bool> settling_systems(const Problem& problem, const Kinetics& kinetics) {
   std::vector<bool> settles(problem.systems.size());
@@ -45,17 +48,16 @@ Equations::Equations(const Problem& problem, std::string_view library)
 Equations::Equations(const Problem& problem, std::unique_ptr<Kinetics> kinetics)
     : problem_(problem), kinetics_(std::move(kinetics)), settles_(settling_systems(problem, *kinetics_)),
       network_(problem, any(settles_)), hydraulics_(problem), loads_(by_system(problem.loads)),
-      leaving_(problem.segments.size()), turnover_(problem.segments.size()), forcing_(used_elements()) {
+      forcing_(used_elements()), uses_hydraulics_(kinetics_->uses_hydraulics() || any(settles_)) {
   for (std::size_t s = 0; s < problem.systems.size(); ++s) {
     if (!problem.systems[s].simulated) continue;
-    const auto serves = [&](const TransportClass& it) { return it.serves(problem, s, settles_[s]); };
+    const auto serves = [&](const TransportClass& it) { return it.serves(problem, network_, s, settles_[s]); };
     const auto found = std::find_if(classes_.begin(), classes_.end(), serves);
     if (found != classes_.end())
       found->join(s);
     else
-      classes_.emplace_back(problem, s, settles_[s]);
+      classes_.emplace_back(problem, network_, s, settles_[s]);
   }
-  settling_.resize(classes_.size());
   find_gaining();
 }
 
@@ -98,9 +100,11 @@ UsedElements Equations::used_elements() const {
 
 void Equations::move_to(double day) {
   const ForcingLine::Changes changes = forcing_.move_to(day);
-  if (changes.water) network_.update(forcing_.flows(), forcing_.exchanges(), forcing_.volume_change());
-  if (changes.water)
-    for (TransportClass& it : classes_) it.update_rim(problem_, network_);
+  if (changes.water) {
+    ++water_version_;
+    network_.update(forcing_.flows(), forcing_.exchanges(), forcing_.volume_change());
+    for (TransportClass& it : classes_) it.take_links(problem_, network_);
+  }
   if (changes.water || changes.sources) take_sources();
   water_changed_ = water_changed_ || changes.water;
   functions_changed_ = functions_changed_ || changes.time_functions;
@@ -118,16 +122,23 @@ void Equations::move_to_middle(double begin, double days) {
 }
 
 void Equations::set_volumes(const std::vector<double>& volume) {
-  const bool hydraulics_changed = std::exchange(water_changed_, false) || !network_.steady();
-  if (!std::exchange(functions_changed_, false) && !hydraulics_changed) return;
-  if (hydraulics_changed) hydraulics_.update(problem_, network_.surface_flow(), volume);
-  kinetics_->update(hydraulics_, forcing_.time_functions());
-  if (hydraulics_changed) {
-    update_settling(volume);
-    for (std::size_t c = 0; c < classes_.size(); ++c) classes_[c].update(problem_, network_, settling_[c]);
-  }
-  find_limit(volume);
-  ++version_;
+  const bool functions_changed = std::exchange(functions_changed_, false);
+  const bool water_changed = std::exchange(water_changed_, false);
+  if (water_changed) hydraulics_fresh_ = false;
+  const bool hydraulics_changed = uses_hydraulics_ && (!hydraulics_fresh_ || !is_steady());
+  if (hydraulics_changed) update_hydraulics(volume);
+  if (functions_changed || hydraulics_changed) kinetics_->update(hydraulics_, forcing_.time_functions());
+  if (hydraulics_changed) update_settling(volume);
+  if (functions_changed || water_changed || hydraulics_changed) ++version_;
+}
+
+void Equations::update_hydraulics(const std::vector<double>& volume) {
+  std::vector<double> flow(volume.size());
+  network_.take_layers(0, volume.size(), layers_);
+  network_.surface_flow(layers_, flow);
+  hydraulics_.update(problem_, flow, volume);
+  hydraulics_fresh_ = true;
+  volume_ = volume;
 }
 
 void Equations::take_sources() {
@@ -144,11 +155,10 @@ void Equations::take_sources() {
 
 // What settles through the area V / H of a segment: velocity times area, m3/day.
 void Equations::update_settling(const std::vector<double>& volume) {
-  for (std::size_t c = 0; c < classes_.size(); ++c) {
-    const std::size_t system = classes_[c].systems().front();
-    if (!settles_[system]) continue;
-    const auto velocity = kinetics_->settling_velocity(system);
-    settling_[c].assign(velocity.size(), 0.0);
+  for (TransportClass& it : classes_) {
+    if (!it.settles()) continue;
+    const auto velocity = kinetics_->settling_velocity(it.systems().front());
+    std::vector<double> settling(velocity.size());
     for (std::size_t i = 0; i < velocity.size(); ++i) {
       if (velocity[i] <= 0) continue;
       const double depth = hydraulics_.depth()[i];
@@ -156,48 +166,66 @@ void Equations::update_settling(const std::vector<double>& volume) {
         throw RunError(text("Segment ", numbered(problem_.segments[i], i),
                             " needs a depth for settling: give it a "
                             "depth multiplier, a length and a width, or a minimum depth."));
-      settling_[c][i] = velocity[i] * volume[i] / depth;
+      settling[i] = velocity[i] * volume[i] / depth;
     }
+    it.take_settling(problem_, network_, std::move(settling));
   }
 }
 
-void Equations::find_limit(const std::vector<double>& volume) {
-  const auto decay = kinetics_->decay();
-  const auto water_out = network_.water_out();
+// What leaves each segment at most, with water or of any system.
+const std::vector<double>& Equations::find_leaving(std::size_t begin, std::size_t end) {
+  network_.take_layers(begin, end, layers_);
+  network_.find_water_out(layers_, leaving_);
+  for (const TransportClass& it : classes_) {
+    it.find_coefficients(problem_, network_, layers_, coefficients_);
+    larger_of(end - begin, coefficients_.out.data(), leaving_.data());
+  }
+  return leaving_;
+}
+
+void Equations::find_limit(const State& state) {
   constexpr double unlimited = std::numeric_limits<double>::infinity();
   limit_ = {unlimited, 0, unlimited, 0};
   double fastest = 0;
-  for (std::size_t i = 0; i < turnover_.size(); ++i) {
-    double leaving = water_out[i];
-    for (const TransportClass& it : classes_) leaving = std::max(leaving, it.coefficients()[i]);
-    leaving_[i] = leaving / volume[i];
-    turnover_[i] = leaving_[i] + decay[i];
-    if (turnover_[i] > fastest) {
-      fastest = turnover_[i];
-      limit_ = {1 / fastest, i, 1 / fastest, i};
+  const auto decay = kinetics_->decay();
+  for (std::size_t begin = 0; begin < decay.size(); begin += block) {
+    const std::size_t end = std::min(begin + block, decay.size());
+    const std::vector<double>& leaving = find_leaving(begin, end);
+    const double* const per_volume = &state.per_volume[begin];
+    if (largest_turnover(end - begin, leaving.data(), per_volume, &decay[begin]) <= fastest) continue;
+    for (std::size_t k = 0; k < end - begin; ++k) {
+      const double turnover = leaving[k] * per_volume[k] + decay[begin + k];
+      if (turnover <= fastest) continue;
+      fastest = turnover;
+      limit_ = {1 / fastest, begin + k, 1 / fastest, begin + k};
     }
   }
 }
 
-// visit(segment, turnover in 1/day)
+// visit(segment, turnover in 1/day), losses that saturate included.
 template <class Visit>
-void Equations::visit_saturated_turnover(const State& state, Visit visit) const {
-  constexpr std::size_t block = 1024;
-  std::vector<double> losses(block);
+void Equations::visit_turnover(const State& state, Visit visit) {
+  const auto decay = kinetics_->decay();
   std::vector<const double*> rows(problem_.systems.size());
-  for (std::size_t begin = 0; begin < turnover_.size(); begin += block) {
-    const std::size_t end = std::min(begin + block, turnover_.size());
+  losses_.assign(block, 0.0);
+  for (std::size_t begin = 0; begin < decay.size(); begin += block) {
+    const std::size_t end = std::min(begin + block, decay.size());
+    const std::vector<double>& leaving = find_leaving(begin, end);
     for (std::size_t s = 0; s < rows.size(); ++s) rows[s] = state.of(s).data() + begin;
-    kinetics_->relative_losses(begin, end, rows.data(), losses.data());
-    for (std::size_t i = begin; i < end; ++i) visit(i, std::max(leaving_[i] + losses[i - begin], turnover_[i]));
+    kinetics_->relative_losses(begin, end, rows.data(), losses_.data());
+    for (std::size_t k = 0; k < end - begin; ++k)
+      visit(begin + k, leaving[k] * state.per_volume[begin + k] + std::max(losses_[k], decay[begin + k]));
   }
 }
 
-StepLimit Equations::limit(const State& state) const {
+StepLimit Equations::limit(const State& state) {
+  if (limit_version_ != version_ || limit_volume_version_ != state.volume_version) find_limit(state);
+  limit_version_ = version_;
+  limit_volume_version_ = state.volume_version;
   if (!kinetics_->saturates()) return limit_;
   StepLimit limit = limit_;
   double fastest = 0;
-  visit_saturated_turnover(state, [&](std::size_t i, double turnover) {
+  visit_turnover(state, [&](std::size_t i, double turnover) {
     if (turnover <= fastest) return;
     fastest = turnover;
     limit.saturated_days = 1 / turnover;
@@ -208,11 +236,9 @@ StepLimit Equations::limit(const State& state) const {
 
 void Equations::add_far_gains(const TransportClass& its_class, const double* concentration,
                               std::span<double> gains) const {
-  const auto& layout = network_.layout();
-  const auto coefficients = its_class.coefficients();
   const auto far_terms = network_.far_terms();
   for (std::size_t k = 0; k < far_terms.size(); ++k)
-    gains[far_gain_[k]] += coefficients[layout.far(k)] * concentration[far_terms[k].source];
+    gains[far_gain_[k]] += its_class.far(k) * concentration[far_terms[k].source];
 }
 
 MassFlux Equations::add_sources(std::size_t system, std::span<double> gains) const {
@@ -229,35 +255,48 @@ MassFlux Equations::add_sources(std::size_t system, std::span<double> gains) con
   return flux;
 }
 
-MassFlux Equations::losses(const TransportClass& its_class, const double* concentration) const {
+MassFlux Equations::losses(const TransportClass& its_class, std::size_t begin, std::size_t end,
+                           const double* concentration) const {
   MassFlux flux;
-  const auto& layout = network_.layout();
-  const auto coefficients = its_class.coefficients();
-  for (std::size_t r = 0; r < layout.rim; ++r)
-    flux.outflow += coefficients[layout.rim_out(r)] * concentration[network_.rim()[r]];
+  const auto rim = network_.rim();
+  for (auto r = static_cast<std::size_t>(std::ranges::lower_bound(rim, begin) - rim.begin());
+       r < rim.size() && rim[r] < end; ++r)
+    flux.outflow += its_class.rim_out()[r] * concentration[rim[r] - begin];
   const auto sink = its_class.sink();
-  for (std::size_t i = 0; i < sink.size(); ++i) flux.reacted -= sink[i] * concentration[i];
+  for (std::size_t i = begin; !sink.empty() && i < end; ++i) flux.reacted -= sink[i] * concentration[i - begin];
   return flux;
 }
 
-bool Equations::output(int isc, const State& state, std::span<double> values) const {
+bool Equations::is_steady() {
+  if (std::exchange(steady_version_, water_version_) == water_version_) return is_steady_;
+  is_steady_ = true;
+  const std::size_t count = problem_.segments.size();
+  for (std::size_t begin = 0; is_steady_ && begin < count; begin += block) {
+    network_.take_layers(begin, std::min(begin + block, count), layers_);
+    network_.move_water(layers_, water_);
+    is_steady_ = water_.steady;
+  }
+  return is_steady_;
+}
+
+bool Equations::output(int isc, const State& state, std::span<double> values) {
   constexpr double unknown = std::numeric_limits<double>::quiet_NaN();
   const auto known = [](double value) { return value > 0 ? value : unknown; };
+  const std::size_t count = values.size();
+  if (!hydraulics_fresh_ || volume_ != state.volume) update_hydraulics(state.volume);
+  if (isc == flow_output || isc == residence_output) network_.take_layers(0, count, layers_);
   switch (isc) {
   case volume_output: std::ranges::copy(state.volume, values.begin()); return true;
-  case flow_output: std::ranges::copy(network_.surface_flow(), values.begin()); return true;
+  case flow_output: network_.surface_flow(layers_, values); return true;
   case velocity_output: std::ranges::copy(hydraulics_.velocity(), values.begin()); return true;
   case depth_output: std::ranges::transform(hydraulics_.depth(), values.begin(), known); return true;
   case temperature_output: std::ranges::copy(kinetics_->temperature(), values.begin()); return true;
   case residence_output:
-    for (std::size_t i = 0; i < values.size(); ++i)
-      values[i] = known(network_.water_out()[i]) > 0 ? state.volume[i] / network_.water_out()[i] : unknown;
+    network_.find_water_out(layers_, leaving_);
+    for (std::size_t i = 0; i < count; ++i) values[i] = state.volume[i] / known(leaving_[i]);
     return true;
   case step_output:
-    std::ranges::copy(turnover_, values.begin());
-    if (kinetics_->saturates())
-      visit_saturated_turnover(state, [&](std::size_t i, double turnover) { values[i] = turnover; });
-    for (double& value : values) value = 1 / known(value);
+    visit_turnover(state, [&](std::size_t i, double turnover) { values[i] = 1 / known(turnover); });
     return true;
   default: return kinetics_->output(isc, state.concentration, values);
   }

@@ -41,8 +41,8 @@ public:
   // The forcing of the interval that is being solved; to be filled before the first of the functions below.
   ForcingLine& forcing() { return forcing_; }
 
-  // Takes the forcing's values on this day, days since the start. Flows, changes of volume and sources follow at once,
-  // all else with the volumes. Throws RunError where the values can't be used.
+  // Takes the forcing's values on this day, days since the start. Flows and sources follow at once, all else with the
+  // volumes. Throws RunError where the values can't be used.
   void move_to(double day);
   // The same in the middle of a step of so many days, but with sources as they are on average over the step.
   void move_to_middle(double begin, double days);
@@ -53,7 +53,15 @@ public:
 
   // The longest explicit step after which no concentration is below 0 by transport and losses, and no segment is dry:
   // the smallest V / (what leaves + V decay), on that day. Losses that saturate count by themselves.
-  StepLimit limit(const State& state) const;
+  StepLimit limit(const State& state);
+  // No volume changes, with the flows of that day.
+  bool is_steady();
+  // Anything but sources depends on the volumes.
+  bool uses_volumes() const { return uses_hydraulics_; }
+  // How a class is carried through a stretch of the network.
+  void find_coefficients(const TransportClass& its_class, const LayerValues& layers, Coefficients& into) const {
+    its_class.find_coefficients(problem_, network_, layers, into);
+  }
 
   const Problem& problem() const { return problem_; }
   const Network& network() const { return network_; }
@@ -66,20 +74,24 @@ public:
   void add_far_gains(const TransportClass& its_class, const double* concentration, std::span<double> gains) const;
   // What comes over the rim and by loads, which does not depend on the state. Returns the sums.
   MassFlux add_sources(std::size_t system, std::span<double> gains) const;
-  // What leaves over the rim and to the sink; `reacted` holds the sink alone.
-  MassFlux losses(const TransportClass& its_class, const double* concentration) const;
+  // What leaves segments begin to end over the rim and to the sink; `reacted` holds the sink alone. concentration:
+  // the system's, from segment begin on.
+  MassFlux losses(const TransportClass& its_class, std::size_t begin, std::size_t end,
+                  const double* concentration) const;
 
   // Writes an output variable for each segment, not-a-number where it has none; false for an unknown ISC number.
-  bool output(int isc, const State& state, std::span<double> values) const;
+  bool output(int isc, const State& state, std::span<double> values);
 
 private:
   void find_gaining();
   UsedElements used_elements() const;
   void take_sources();
+  void update_hydraulics(const std::vector<double>& volume);
   void update_settling(const std::vector<double>& volume);
-  void find_limit(const std::vector<double>& volume);
+  void find_limit(const State& state);
+  const std::vector<double>& find_leaving(std::size_t begin, std::size_t end);
   template <class Visit>
-  void visit_saturated_turnover(const State& state, Visit visit) const;
+  void visit_turnover(const State& state, Visit visit);
 
   const Problem& problem_;
   std::unique_ptr<Kinetics> kinetics_;
@@ -93,12 +105,18 @@ private:
   std::vector<std::size_t> load_starts_;                   // by system
   std::vector<double> load_;                               // g/day of each
   std::vector<double> inflow_;                             // [system][rim], g/day
-  std::vector<std::vector<double>> settling_;              // by class, m3/day
-  std::vector<double> leaving_, turnover_;                 // 1/day: with water and by settling; with decay too
   ForcingLine forcing_;
-  bool water_changed_ = true, functions_changed_ = true;
-  StepLimit limit_;
-  std::uint64_t version_ = 0;
+  bool uses_hydraulics_;
+  bool water_changed_ = true, functions_changed_ = true, hydraulics_fresh_ = false;
+  std::vector<double> volume_;           // that the hydraulics were worked out for
+  LayerValues layers_;                   // the rest is of a block: its links,
+  WaterMoved water_;                     // its water,
+  Coefficients coefficients_;            // a class,
+  std::vector<double> leaving_, losses_; // what leaves, m3/day, and the fastest losses, 1/day
+  StepLimit limit_;                      // without losses that saturate, of this version and these volumes
+  bool is_steady_ = false;
+  std::uint64_t version_ = 0, limit_version_ = 0, limit_volume_version_ = 0;
+  std::uint64_t water_version_ = 1, steady_version_ = 0; // of the flows, and that is_steady_ is of
 };
 
 } // namespace reference_engine

@@ -17,25 +17,40 @@ public:
   void step(Equations& equations, State& state, double days, Balances& balances) override;
 
 private:
-  // C_new = keep C_i + lower C_(i-1) + upper C_(i+1) + the rest: the coefficients of one class for this step.
-  struct Scaled {
-    std::vector<double> keep, lower, upper;
+  // What C_new = keep C_i + lower C_(i-1) + upper C_(i+1) + the rest needs for a stretch of segments.
+  struct Shares {
+    struct OfClass {
+      std::vector<double> keep, lower, upper;
+    };
+    std::vector<OfClass> classes;
+    std::vector<double> new_volume, per_volume; // at the end of the step, and 1 / that
+    std::vector<double> per_gram, per_rate;     // days / new volume; days * volume / new volume
+
+    void resize(std::size_t class_count, std::size_t size);
   };
 
-  void prepare(const Equations& equations, const State& state, double days);
-  void gather(const Equations& equations, const State& state, double days, Balances& balances);
-  // Moves one class over a block of segments. Whether one of them ends outside its limits.
+  void allocate(const Equations& equations, const State& state);
+  // Whether the shares of the whole model, kept from the last step, serve this one.
+  bool choose_shares(const Equations& equations, const State& state, double days);
+  // Works out the shares of segments begin to end, which stand in `into` from `at` on. True when a volume changes.
+  bool find_shares(const Equations& equations, const State& state, std::size_t begin, std::size_t end, Shares& into,
+                   std::size_t at);
+  void gather(const Equations& equations, const State& state, Balances& balances);
+  // The rest works on segments begin to end, whose shares stand in `shares` from `at` on.
+  // Moves one class. Whether one of them ends outside its limits.
   bool advance_class(const Equations& equations, std::size_t its_class, std::size_t begin, std::size_t end, bool reacts,
-                     State& state);
-  double reacted(std::size_t system, std::size_t begin, std::size_t end, const State& state) const; // g/day
-  void limit_reactions(const Equations& equations, std::size_t begin, std::size_t end, State& state);
+                     const Shares& shares, std::size_t at, State& state);
   // Whether one of the gaining segments ends outside the system's limits.
   bool add_gains(const Equations& equations, std::size_t system, std::size_t begin, std::size_t end,
-                 State& state) const;
+                 const double* per_gram, State& state) const;
+  void limit_reactions(const Equations& equations, std::size_t begin, std::size_t end, const double* per_rate,
+                       State& state);
+  double reacted(std::size_t system, std::size_t begin, std::size_t end, const State& state) const; // g/day
 
-  std::vector<Scaled> scaled_;            // by class
-  std::vector<double> per_gram_;          // days / new volume
-  std::vector<double> per_rate_;          // days * volume / new volume
+  Shares all_, block_;
+  std::vector<double> ratio_;
+  LayerValues layers_;
+  Coefficients coefficients_;
   std::vector<std::vector<double>> gain_; // by system, g/day at the equations' gaining segments
   std::vector<double> before_;            // by system, old value of the last segment of the block before
   std::vector<double> rate_, old_;        // [system], a block: rates, and concentrations before the step
@@ -43,8 +58,9 @@ private:
   std::vector<double*> rate_rows_;
   std::vector<AdvanceRow> rows_; // of the class at work
   std::vector<const double*> old_rows_;
-  std::uint64_t version_ = 0; // that scaled_ was made for, and its step
+  std::uint64_t version_ = 0, volume_version_ = 0; // of the last step, and its length
   double days_ = 0;
+  bool kept_ = false; // all_ is of that step
 };
 
 } // namespace reference_engine

@@ -78,6 +78,8 @@ public:
   Changes move_to(double day);
 
   bool varies() const;
+  // Anything but loads and boundary concentrations varies.
+  bool coefficients_vary() const { return flows_.varies() || exchanges_.varies() || time_functions_.varies(); }
   // Flows and boundary concentrations both vary, so that what flows in is no longer linear in time.
   bool inflow_is_curved() const { return flows_.varies() && boundaries_.varies(); }
 

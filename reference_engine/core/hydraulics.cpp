@@ -29,6 +29,7 @@ void Hydraulics::update(const Problem& problem, std::span<const double> flow, st
       velocity = flow[i] / section;
     velocity_[i] = velocity;
   }
+  ++version_;
 }
 
 } // namespace reference_engine

@@ -4,6 +4,7 @@
 
 #include "core/problem.h"
 
+#include <cstdint>
 #include <span>
 #include <vector>
 
@@ -15,12 +16,15 @@ public:
 
   // flow: m3/s, 0 or more. volume: m3.
   void update(const Problem& problem, std::span<const double> flow, std::span<const double> volume);
+  // Counts the updates.
+  std::uint64_t version() const { return version_; }
 
   std::span<const double> depth() const { return depth_; }       // m; 0 where nothing tells it
   std::span<const double> velocity() const { return velocity_; } // m/s; 0 where nothing tells it
 
 private:
   std::vector<double> depth_, velocity_;
+  std::uint64_t version_ = 0;
 };
 
 } // namespace reference_engine

@@ -12,17 +12,21 @@
 
 namespace reference_engine {
 
-void Integrator::find_new_volumes(const Equations& equations, const State& state, double days) {
+bool Integrator::find_new_volumes(const Equations& equations, const State& state, double days,
+                                  const LayerValues& layers, double* new_volume) {
   // A segment that empties is halved over and over by ever shorter steps: what is left of it then is no water body.
   constexpr double dry_share = 1e-3;
+  const auto [begin, end] = std::pair(layers.begin, layers.end);
+  equations.network().move_water(layers, water_);
+  if (water_.steady) return false;
   const auto& segments = equations.problem().segments;
-  const auto change = equations.network().volume_change();
-  new_volume_.resize(state.volume.size());
-  for (std::size_t i = 0; i < new_volume_.size(); ++i) {
-    new_volume_[i] = state.volume[i] + days * change[i];
-    if (change[i] < 0 && !(new_volume_[i] > dry_share * segments[i].volume))
+  for (std::size_t i = begin; i < end; ++i) {
+    const double change = water_.change[i - begin];
+    new_volume[i - begin] = state.volume[i] + days * change;
+    if (change < 0 && !(new_volume[i - begin] > dry_share * segments[i].volume))
       throw InputError(text("Segment ", numbered(segments[i], i), " runs dry."));
   }
+  return true;
 }
 
 void Integrator::note_exceedances(const Problem& problem, const State& state) {
@@ -67,7 +71,7 @@ void Integrator::hold_limits(const Problem& problem, std::size_t system, std::si
       limit = limits(problem, system);
       continue;
     }
-    balances.systems[system].clipped -= new_volume_[i] * values[i];
+    balances.systems[system].clipped -= state.volume[i] * values[i];
     values[i] = 0;
   }
 }

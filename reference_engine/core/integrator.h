@@ -46,20 +46,19 @@ public:
 
 protected:
   void note_limited(std::size_t segment, double day);
-  // Writes the volumes at the end of the step into new_volume_, from equations that stand in its middle: flows are
-  // linear in time, so the change of volume there is its mean.
-  void find_new_volumes(const Equations& equations, const State& state, double days);
+  // The volumes of a stretch after a step of so many days, from equations that stand in its middle: flows are linear in
+  // time, so the change of volume there is its mean. False when none changes: then nothing is written.
+  bool find_new_volumes(const Equations& equations, const State& state, double days, const LayerValues& layers,
+                        double* new_volume);
   // Between which a system's concentrations must lie.
   struct Limits {
     double least, most;
   };
   Limits limits(const Problem& problem, std::size_t system) const;
   // Holds segments begin to end of one system to what the problem allows: not below 0 (set to 0, and noted in the
-  // balance), and above its largest concentration only with a note.
+  // balance by the state's volumes), and above its largest concentration only with a note.
   void hold_limits(const Problem& problem, std::size_t system, std::size_t begin, std::size_t end, State& state,
                    Balances& balances);
-
-  std::vector<double> new_volume_;
 
 private:
   void note_exceedance(const Exceedance& it);
@@ -68,6 +67,7 @@ private:
   std::set<std::size_t> exceeded_;      // systems of all that were found
   Limited limited_;
   double limited_day_ = -1; // of the latest step that counts
+  WaterMoved water_;
 };
 
 // technique: the data set's number, where 0 is the first. Throws InputError for one that this engine does not offer.

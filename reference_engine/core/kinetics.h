@@ -50,6 +50,8 @@ class Kinetics {
 public:
   virtual ~Kinetics() = default;
 
+  // Whether anything depends on depth or velocity. They are worked out for an update only if so.
+  virtual bool uses_hydraulics() const { return true; }
   // Works out everything that does not depend on concentrations. Throws RunError where a depth is needed and missing.
   virtual void update(const Hydraulics& hydraulics, const TimeFunctions& time_functions) = 0;
 

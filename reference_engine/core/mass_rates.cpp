@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 namespace reference_engine {
 
@@ -68,11 +69,16 @@ void MassRates::begin(const State& state, double days, Balances& balances) {
   elapsed_ = 0;
   start_volume_ = state.volume;
   sample_sources(0, 0, balances);
-  std::ranges::copy(equations_.network().volume_change(), start_change_.begin());
+  const auto find_water = [this] {
+    equations_.network().take_layers(0, count_, layers_);
+    equations_.network().move_water(layers_, water_);
+  };
+  find_water();
+  start_change_ = water_.change;
   sample_sources(1, 0.5, balances);
   sample_sources(2, 1, balances);
-  const auto change = equations_.network().volume_change();
-  for (std::size_t i = 0; i < count_; ++i) bend_[i] = (change[i] - start_change_[i]) / (2 * days);
+  find_water();
+  for (std::size_t i = 0; i < count_; ++i) bend_[i] = (water_.change[i] - start_change_[i]) / (2 * days);
   const std::size_t all = arrivals_.size();
   for (std::size_t k = 0; k < all; ++k) {
     const double first = samples_[k], middle = samples_[all + k], last = samples_[2 * all + k];
@@ -91,8 +97,7 @@ void MassRates::sample_sources(std::size_t sample, double share_of_step, Balance
     const auto gains = all.subspan(place * gain_.size(), gain_.size());
     balances.systems[simulated_[place]].moved.add(equations_.add_sources(simulated_[place], gains), days);
   }
-  balances.water.inflow += days * equations_.network().water_in();
-  balances.water.outflow += days * equations_.network().water_released();
+  balances.water.add(equations_.network().water_in(), equations_.network().water_released(), days);
 }
 
 void MassRates::finish(const double* unknowns, State& state) {
@@ -121,6 +126,7 @@ void MassRates::take(double elapsed, const double* unknowns) {
   for (std::size_t i = 0; i < count_; ++i)
     volume_[i] = start_volume_[i] + elapsed * (start_change_[i] + elapsed * bend_[i]);
   equations_.set_volumes(volume_);
+  take_coefficients();
   const auto gaining = equations_.gaining();
   for (std::size_t place = 0; place < simulated_.size(); ++place) {
     double* const values = &concentration_[simulated_[place] * count_];
@@ -128,6 +134,14 @@ void MassRates::take(double elapsed, const double* unknowns) {
     for (std::size_t k = 0; k < gaining.size(); ++k)
       values[gaining[k]] += arrivals_[place * gaining.size() + k].until(elapsed) / volume_[gaining[k]];
   }
+}
+
+void MassRates::take_coefficients() {
+  if (std::exchange(version_, equations_.version()) == equations_.version()) return;
+  coefficients_.resize(equations_.classes().size());
+  equations_.network().take_layers(0, count_, layers_);
+  for (std::size_t c = 0; c < coefficients_.size(); ++c)
+    equations_.find_coefficients(equations_.classes()[c], layers_, coefficients_[c]);
 }
 
 void MassRates::weigh(const double* unknowns, double relative, double absolute, double* weights) const {
@@ -180,7 +194,7 @@ void MassRates::rates(double elapsed, const double* unknowns, double* rates) {
     double* const change = rates + place * count_;
     const double* const reaction = &rate_[system * count_];
     add_transport(*class_of_[place], system, change);
-    const MassFlux losses = equations_.losses(*class_of_[place], &concentration_[system * count_]);
+    const MassFlux losses = equations_.losses(*class_of_[place], 0, count_, &concentration_[system * count_]);
     rates[account(place, outflow)] = losses.outflow;
     double total = losses.reacted;
     for (std::size_t i = 0; reacts_ && i < count_; ++i) {
@@ -192,13 +206,14 @@ void MassRates::rates(double elapsed, const double* unknowns, double* rates) {
 }
 
 void MassRates::add_transport(const TransportClass& its_class, std::size_t system, double* rates) {
-  const CoefficientLayout& layout = equations_.network().layout();
-  const auto coefficients = its_class.coefficients();
+  const Coefficients& it = coefficients_[static_cast<std::size_t>(&its_class - equations_.classes().data())];
+  const double* const lower = it.lower();
+  const double* const upper = it.upper();
   const double* const now = &concentration_[system * count_];
   for (std::size_t i = 0; i < count_; ++i) {
-    rates[i] = -coefficients[layout.out(i)] * now[i];
-    if (i > 0) rates[i] += coefficients[layout.lower(i)] * now[i - 1];
-    if (i + 1 < count_) rates[i] += coefficients[layout.upper(i)] * now[i + 1];
+    rates[i] = -it.out[i] * now[i];
+    if (i > 0) rates[i] += lower[i] * now[i - 1];
+    if (i + 1 < count_) rates[i] += upper[i] * now[i + 1];
   }
   std::ranges::fill(gain_, 0.0);
   equations_.add_far_gains(its_class, now, gain_);
@@ -230,26 +245,28 @@ void MassRates::find_reaction_slopes() {
 template <class Entry>
 void MassRates::add_column(std::size_t place, std::size_t segment, Entry entry) const {
   const TransportClass& its_class = *class_of_[place];
-  const CoefficientLayout& layout = equations_.network().layout();
-  const auto coefficients = its_class.coefficients();
-  const auto of = [&](std::size_t at) { return coefficients.empty() ? 0.0 : coefficients[at] / volume_[segment]; };
+  const bool known = !coefficients_.empty(); // else only the rows are asked for
+  const Coefficients none,
+      &its = known ? coefficients_[static_cast<std::size_t>(&its_class - equations_.classes().data())] : none;
+  const auto of = [&](double coefficient) { return coefficient / volume_[segment]; };
   const std::size_t first = place * count_, systems = simulated_.size();
   const auto slope = [&](std::size_t effect) {
     return slope_.empty() ? 0.0 : slope_[(place * systems + effect) * count_ + segment];
   };
-  entry(first + segment, slope(place) - of(layout.out(segment)));
+  entry(first + segment, known ? slope(place) - of(its.out[segment]) : 0);
   for (std::size_t effect = 0; reacts_ && effect < systems; ++effect)
     if (effect != place) entry(effect * count_ + segment, slope(effect));
-  if (segment > 0) entry(first + segment - 1, of(layout.upper(segment - 1)));
-  if (segment + 1 < count_) entry(first + segment + 1, of(layout.lower(segment + 1)));
+  if (segment > 0) entry(first + segment - 1, known ? of(its.upper()[segment - 1]) : 0);
+  if (segment + 1 < count_) entry(first + segment + 1, known ? of(its.lower()[segment + 1]) : 0);
   for (std::size_t k = far_starts_[segment]; k < far_starts_[segment + 1]; ++k)
-    entry(first + equations_.network().far_terms()[far_terms_[k]].target, of(layout.far(far_terms_[k])));
-  if (rim_of_[segment] < layout.rim) entry(account(place, outflow), of(layout.rim_out(rim_of_[segment])));
+    entry(first + equations_.network().far_terms()[far_terms_[k]].target, known ? of(its_class.far(far_terms_[k])) : 0);
+  if (rim_of_[segment] < equations_.network().rim().size())
+    entry(account(place, outflow), known ? of(its_class.rim_out()[rim_of_[segment]]) : 0);
   const auto sink = its_class.sink();
   for (std::size_t effect = 0; effect < systems; ++effect) {
     const bool settles = effect == place && its_class.settles();
     if (!reacts_ && !settles) continue;
-    const double settled = settles && !sink.empty() ? sink[segment] / volume_[segment] : 0.0;
+    const double settled = settles && !sink.empty() ? of(sink[segment]) : 0.0;
     entry(account(effect, reacted), slope(effect) - settled);
   }
 }

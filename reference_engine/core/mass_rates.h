@@ -66,6 +66,7 @@ private:
   void find_reactions(const std::vector<double>& concentration, std::vector<double>& rate) const;
   void fade_reactions(const std::vector<double>& concentration, std::vector<double>& rate) const;
   void find_reaction_slopes();
+  void take_coefficients();
   void add_transport(const TransportClass& its_class, std::size_t system, double* rates);
   template <class Entry>
   void add_column(std::size_t place, std::size_t segment, Entry entry) const;
@@ -80,9 +81,13 @@ private:
   std::vector<std::size_t> far_starts_, far_terms_; // far terms by source
   std::vector<std::size_t> rim_of_;                 // position in the rim of each segment; its size for none
   std::size_t nonzeros_ = 0;
-  double begin_ = 0, days_ = 0, elapsed_ = 0;              // of the step
-  std::vector<Arrival> arrivals_;                          // [place][gaining]
-  std::vector<double> samples_;                            // [sample][place][gaining], g/day
+  double begin_ = 0, days_ = 0, elapsed_ = 0; // of the step
+  std::vector<Arrival> arrivals_;             // [place][gaining]
+  std::vector<double> samples_;               // [sample][place][gaining], g/day
+  std::vector<Coefficients> coefficients_;    // by class, of all segments
+  std::uint64_t version_ = 0;                 // of the equations, that they are of
+  LayerValues layers_;
+  WaterMoved water_;
   std::vector<double> start_volume_, start_change_, bend_; // volume = start + elapsed (change + elapsed bend)
   std::vector<double> volume_, concentration_, rate_;
   std::vector<double> shifted_, shifted_rate_; // concentrations and reactions beside those

@@ -1,7 +1,8 @@
 // The segments' connections: pairs gathered into links, and the place of each link in the balance of its segments.
 //
-// A balance reads three neighbours at once where segments are numbered along the water (i - 1, i, i + 1); every other
-// connection is a "far term". A chain has none, and any network is served.
+// Most links join a segment to the one that is numbered after it. These form layers, one value for each segment, that a
+// step reads and works out in stretches, in wide vectors; nothing as long as the model is stored for them. The others,
+// far and over the rim, are few, and listed one by one.
 #ifndef REFERENCE_ENGINE_CORE_NETWORK_H
 #define REFERENCE_ENGINE_CORE_NETWORK_H
 
@@ -9,24 +10,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <span>
 #include <vector>
 
 namespace reference_engine {
-
-// Where a coefficient stands in one array of coefficients, m3/day. `lower` multiplies the concentration of i - 1,
-// `upper` that of i + 1, `out` that of i itself; `rim_out` belongs to segments that touch the outside.
-struct CoefficientLayout {
-  std::size_t segments = 0, far_terms = 0, rim = 0;
-
-  std::size_t out(std::size_t i) const { return i; }
-  std::size_t lower(std::size_t i) const { return segments + i; }
-  std::size_t upper(std::size_t i) const { return 2 * segments + i; }
-  std::size_t far(std::size_t k) const { return 3 * segments + k; }
-  std::size_t rim_out(std::size_t r) const { return 3 * segments + far_terms + r; }
-  std::size_t unused() const { return 3 * segments + far_terms + rim; } // written, never read
-  std::size_t size() const { return unused() + 1; }
-};
 
 // What a link carries, by the field of its pairs.
 enum class Carrier : std::uint8_t {
@@ -47,21 +35,32 @@ constexpr bool moves_water(Carrier carrier) {
   return carrier == Carrier::surface_flow || carrier == Carrier::pore_flow || carrier == Carrier::evaporation;
 }
 
+constexpr std::size_t nowhere = std::numeric_limits<std::size_t>::max();
+
+// A link that is in no layer.
 struct Link {
   std::size_t a = 0;
   int b = outside;
   Carrier carrier = Carrier::surface_flow;
-  std::size_t into_a = 0, into_b = 0; // coefficients for what reaches a from b, and b from a
-  std::size_t out_of_b = 0;           // coefficient for what leaves b; the unused one for the outside
-};
-
-// A link over the rim, by its position among the links and that of its segment in the rim.
-struct RimLink {
-  std::size_t link = 0, rim = 0;
+  std::size_t at_a = 0, at_b = nowhere;           // positions of a and b among the segments with such links
+  std::size_t into_a = nowhere, into_b = nowhere; // far terms that lead into a and b
+  std::size_t rim = nowhere;                      // position of a in the rim, for a link over it
 };
 
 struct FarTerm {
   std::size_t target = 0, source = 0;
+};
+
+// What moves the water of a stretch of segments, m3/day each.
+struct WaterMoved {
+  std::vector<double> change, out; // the change of volume, and all that leaves
+  bool steady = true;              // no volume changes
+};
+
+// The values of all layers' links at a stretch of segments. Its room serves the next stretch, too.
+struct LayerValues {
+  std::size_t begin = 0, end = 0;      // segments
+  std::vector<std::vector<double>> of; // by layer, links begin - 1 to end - 1, m3/day, a flow counting upwards
 };
 
 class Network {
@@ -74,59 +73,85 @@ public:
   const std::vector<std::size_t>& flow_elements() const { return flow_elements_; }
   const std::vector<std::size_t>& exchange_elements() const { return exchange_elements_; }
 
-  // Works out the links' values from those of the elements, in their order, m3/s and m2/s. Throws RunError for an
-  // exchange below 0. prescribed: change of volume, m3/day for each segment, that takes the place of that by the flows;
-  // what they do not account for moves water only. Empty for none.
+  // Takes the values of the elements, in their order, m3/s and m2/s. Throws RunError for an exchange below 0.
+  // prescribed: change of volume, m3/day for each segment, that takes the place of that by the flows; what they do not
+  // account for moves water only. Empty for none.
   void update(std::span<const double> flows, std::span<const double> exchanges, const std::vector<double>& prescribed);
 
-  const CoefficientLayout& layout() const { return layout_; }
+  // Layers hold link i from segment i to i + 1.
+  std::size_t layers() const { return layers_.size(); }
+  Carrier carrier(std::size_t layer) const { return layers_[layer].carrier; }
+  // For segments begin to end. A link that is not there has 0.
+  void take_layers(std::size_t begin, std::size_t end, LayerValues& into) const;
+
   std::span<const Link> links() const { return links_; }
-  // m3/day for each link; a flow counts from a to b.
-  std::span<const double> values() const { return values_; }
+  std::span<const double> values() const { return values_; }      // m3/day for each of them; a flow counts from a to b
+  std::span<const std::size_t> linked() const { return linked_; } // segments with such links, ascending
   std::span<const FarTerm> far_terms() const { return far_terms_; } // by target
   std::span<const std::size_t> rim() const { return rim_; }         // segments, ascending
-  std::span<const RimLink> rim_links() const { return rim_links_; }
-  // Coefficient for what settles from segment i to its bottom segment; only where i has one.
-  std::size_t settling_place(std::size_t i) const { return settling_places_[i]; }
+  std::size_t link_count() const { return links_.size() + layer_links_; }
+  // The far term for what settles from segment i to its bottom segment; nowhere unless that segment is far.
+  std::size_t settling_term(std::size_t i) const { return settling_terms_.empty() ? nowhere : settling_terms_[i]; }
 
-  std::span<const double> volume_change() const { return volume_change_; } // m3/day for each segment
-  std::span<const double> water_out() const { return water_out_; }         // m3/day for each segment
-  std::span<const double> surface_flow() const { return surface_flow_; }   // m3/s, the larger of in and out
-  double water_in() const { return water_in_; }                            // m3/day over the rim, all segments
-  double water_released() const { return water_released_; }                // the same, what leaves
-  bool steady() const { return steady_; }                                  // no volume changes
+  void move_water(const LayerValues& layers, WaterMoved& into) const;
+  void find_water_out(const LayerValues& layers, std::vector<double>& out) const; // all that leaves, m3/day
+  // m3/s, the larger of in and out.
+  void surface_flow(const LayerValues& layers, std::span<double> flow) const;
+  double water_in() const { return water_in_; }             // m3/day over the rim, all segments
+  double water_released() const { return water_released_; } // the same, what leaves
 
 private:
   struct Member {
     std::size_t element; // position in the values of the flow or exchange elements
-    double factor;
+    double factor;       // m3/day for each m3/s or m2/s
   };
   struct PairEnds;
+  // Consecutive links that one element drives, within a block.
+  struct Strand {
+    std::size_t element, first, count, factors; // position of the first factor
+    bool is_uniform = true;                     // all factors are the same
+  };
+  struct Layer {
+    Carrier carrier;
+    std::vector<Strand> strands;           // by block
+    std::vector<std::size_t> block_starts; // position in strands, for each block and the end
+    std::vector<double> factors;
+    bool turns = false; // a factor is below 0
+  };
+  static constexpr std::size_t block = 1024; // links
 
-  void check_ends(const Problem& problem) const;
-  std::vector<PairEnds> gather(const Problem& problem) const;
-  void make_links(std::vector<PairEnds> pairs, bool net_flows);
-  void place(const Problem& problem, bool settles);
-  std::size_t place_of(std::size_t target, std::size_t source) const;
-  std::size_t rim_position(std::size_t segment) const;
-  [[noreturn]] void refuse_exchange(const Link& link) const;
-  void balance_water();
-  void settle_volume_change(const std::vector<double>& prescribed);
+  void check_ends() const;
+  [[noreturn]] void refuse_exchange(std::size_t a, int b) const;
+  std::vector<PairEnds> gather() const;
+  void make_layers(std::vector<PairEnds> neighbours);
+  void add_layer(Carrier carrier, std::vector<PairEnds> pairs);
+  void make_links(const std::vector<PairEnds>& pairs);
+  void place(bool settles);
+  std::size_t far_term(std::size_t target, std::size_t source) const;
+  void check_exchanges() const;
+  void check_layer(std::size_t layer) const;
+  void layer_values(std::size_t layer, std::size_t begin, std::size_t end, double* values) const;
+  void find_loose_water();
+  template <class Visit>
+  void visit_linked(std::size_t begin, std::size_t end, Visit visit) const;
 
   const Problem& problem_;
-  CoefficientLayout layout_;
+  std::vector<std::size_t> flow_elements_, exchange_elements_;
+  std::vector<double> flows_, exchanges_, prescribed_; // as last updated
+  std::vector<Layer> layers_;
+  std::size_t layer_links_ = 0;
   std::vector<Link> links_;
   std::vector<Member> members_;            // of all links
   std::vector<std::size_t> member_starts_; // of each link, and the end
-  std::vector<FarTerm> far_terms_;
-  std::vector<std::size_t> rim_;
-  std::vector<RimLink> rim_links_;
-  std::vector<std::size_t> settling_places_;
   std::vector<double> values_;
-  std::vector<double> volume_change_, water_out_, surface_flow_, surface_in_;
-  std::vector<std::size_t> flow_elements_, exchange_elements_;
+  std::vector<std::size_t> linked_, rim_;
+  std::vector<FarTerm> far_terms_;
+  std::vector<std::size_t> settling_terms_;
+  struct Water {
+    double change = 0, out = 0, surface_in = 0, surface_out = 0;
+  };
+  std::vector<Water> loose_water_; // m3/day by those links, for each of the linked segments
   double water_in_ = 0, water_released_ = 0;
-  bool steady_ = true;
 };
 
 } // namespace reference_engine

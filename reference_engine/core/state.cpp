@@ -1,5 +1,7 @@
 #include "core/state.h"
 
+#include "core/kernels.h"
+
 #include <algorithm>
 #include <cmath>
 #include <numeric>
@@ -9,6 +11,14 @@ namespace reference_engine {
 State::State(const Problem& problem) : concentration(problem.initial) {
   volume.reserve(problem.segments.size());
   for (const Segment& segment : problem.segments) volume.push_back(segment.volume);
+  per_volume.resize(volume.size());
+  set_inverse(volume.size(), volume.data(), per_volume.data());
+}
+
+void State::swap_volumes(std::vector<double>& volumes) {
+  volume.swap(volumes);
+  set_inverse(volume.size(), volume.data(), per_volume.data());
+  ++volume_version;
 }
 
 double State::mass(std::size_t system) const {

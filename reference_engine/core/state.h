@@ -4,6 +4,7 @@
 
 #include "core/problem.h"
 
+#include <cstdint>
 #include <span>
 #include <vector>
 
@@ -12,9 +13,13 @@ namespace reference_engine {
 struct State {
   double day = 0;                    // days since the start of the run
   std::vector<double> volume;        // m3
+  std::vector<double> per_volume;    // 1 / volume, since a multiplication costs a fraction of a division
+  std::uint64_t volume_version = 0;  // another number after each change of a volume
   std::vector<double> concentration; // [system][segment], g/m3
 
   explicit State(const Problem& problem); // at the start
+
+  void swap_volumes(std::vector<double>& volumes); // with new ones
 
   std::span<double> of(std::size_t system) {
     return std::span(concentration).subspan(system * volume.size(), volume.size());
@@ -49,6 +54,11 @@ struct MassBalance {
 struct WaterBalance {
   double inflow = 0, outflow = 0; // over the rim, rain and evaporation included
   double at_start = 0, now = 0;
+
+  void add(double in, double out, double days) { // m3/day
+    inflow += in * days;
+    outflow += out * days;
+  }
 
   double stored() const { return now - at_start; }
 };

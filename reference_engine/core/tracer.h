@@ -16,6 +16,7 @@ public:
 
   explicit Tracer(const Problem& problem);
 
+  bool uses_hydraulics() const override { return false; } // but for what settles
   void update(const Hydraulics& hydraulics, const TimeFunctions& time_functions) override;
   bool reacts() const override { return decay_rate_ > 0; }
   void rates(std::size_t begin, std::size_t end, const double* const* concentration,

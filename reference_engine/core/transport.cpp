@@ -1,35 +1,62 @@
 #include "core/transport.h"
 
+#include "core/kernels.h"
+
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace reference_engine {
 
-TransportClass::TransportClass(const Problem& problem, std::size_t system, bool settles)
-    : systems_{system}, shares_(shares(problem, system)), settles_(settles) {}
+TransportClass::TransportClass(const Problem& problem, const Network& network, std::size_t system, bool settles)
+    : systems_{system}, shares_(shares(problem, network, system)), settles_(settles) {
+  const std::size_t count = problem.segments.size();
+  if (needs_dissolved(shares_)) {
+    dissolved_.assign(count + 2, 0.0);
+    particulate_.assign(count + 2, 0.0);
+  }
+  for (std::size_t i = 0; !dissolved_.empty() && i < count; ++i) {
+    dissolved_[i + 1] = problem.dissolved[problem.at(system, i)];
+    particulate_[i + 1] = 1 - dissolved_[i + 1];
+  }
+  far_.resize(network.far_terms().size());
+  rim_in_.resize(network.rim().size());
+  rim_out_.resize(network.rim().size());
+  leaving_.resize(network.linked().size());
+}
 
-std::array<TransportClass::Share, carriers> TransportClass::shares(const Problem& problem, std::size_t system) const {
+// Carriers that the network does not have count as none, so that they keep no systems apart.
+TransportClass::Shares TransportClass::shares(const Problem& problem, const Network& network, std::size_t system) {
   const System& it = problem.systems[system];
   const auto solids = [&](int field) {
     return it.flows && it.solids_field == field ? Share::particulate : Share::none;
   };
-  return {it.flows ? Share::whole : Share::none,
-          it.flows ? Share::dissolved : Share::none,
-          solids(0),
-          solids(1),
-          solids(2),
-          Share::none,
-          it.disperses ? Share::whole : Share::none,
-          it.disperses ? Share::dissolved : Share::none};
+  Shares all = {it.flows ? Share::whole : Share::none,
+                it.flows ? Share::dissolved : Share::none,
+                solids(0),
+                solids(1),
+                solids(2),
+                Share::none,
+                it.disperses ? Share::whole : Share::none,
+                it.disperses ? Share::dissolved : Share::none};
+  std::array<bool, carriers> used{};
+  for (std::size_t layer = 0; layer < network.layers(); ++layer)
+    used[static_cast<std::size_t>(network.carrier(layer))] = true;
+  for (const Link& link : network.links()) used[static_cast<std::size_t>(link.carrier)] = true;
+  for (std::size_t k = 0; k < carriers; ++k)
+    if (!used[k]) all[k] = Share::none;
+  return all;
 }
 
-bool TransportClass::serves(const Problem& problem, std::size_t system, bool settles) const {
-  if (settles || settles_ || shares(problem, system) != shares_) return false;
-  const auto row = [&](std::size_t s) {
-    return problem.dissolved.begin() + static_cast<std::ptrdiff_t>(problem.at(s, 0));
-  };
-  const auto count = static_cast<std::ptrdiff_t>(problem.segments.size());
-  return std::equal(row(system), row(system) + count, row(systems_.front()));
+bool TransportClass::needs_dissolved(const Shares& shares) {
+  return std::ranges::any_of(shares, [](Share it) { return it == Share::dissolved || it == Share::particulate; });
+}
+
+bool TransportClass::serves(const Problem& problem, const Network& network, std::size_t system, bool settles) const {
+  if (settles || settles_ || shares(problem, network, system) != shares_) return false;
+  if (dissolved_.empty()) return true;
+  const auto row = problem.dissolved.begin() + static_cast<std::ptrdiff_t>(problem.at(system, 0));
+  return std::equal(dissolved_.begin() + 1, dissolved_.end() - 1, row);
 }
 
 double TransportClass::share(const Problem& problem, Share share, std::size_t segment) const {
@@ -42,23 +69,11 @@ double TransportClass::share(const Problem& problem, Share share, std::size_t se
   return 0;
 }
 
-void TransportClass::update_rim(const Problem& problem, const Network& network) {
-  rim_in_.assign(network.rim().size(), 0.0);
-  for (const auto& [k, rim] : network.rim_links()) {
-    const Link& link = network.links()[k];
-    const Share kind = shares_[static_cast<std::size_t>(link.carrier)];
-    const double value = network.values()[k];
-    if (kind != Share::none && (is_exchange(link.carrier) || value < 0))
-      rim_in_[rim] += std::abs(value) * share(problem, kind, link.a);
-  }
-}
-
 // An upwind balance: what leaves a segment bears the segment's own concentration (Patankar, Numerical Heat Transfer
 // and Fluid Flow, 1980, section 5.2); an exchange goes both ways. The share that a field carries is the donor's; what
 // comes from the outside is divided as in the segment that takes it.
-void TransportClass::update(const Problem& problem, const Network& network, std::span<const double> settling) {
-  const CoefficientLayout& layout = network.layout();
-  coefficients_.assign(layout.size(), 0.0);
+void TransportClass::take_links(const Problem& problem, const Network& network) {
+  for (auto* all : {&far_, &rim_in_, &rim_out_, &leaving_}) std::ranges::fill(*all, 0.0);
   const auto links = network.links();
   const auto values = network.values();
   for (std::size_t k = 0; k < links.size(); ++k) {
@@ -69,22 +84,73 @@ void TransportClass::update(const Problem& problem, const Network& network, std:
     const bool both_ways = is_exchange(link.carrier);
     if (both_ways || values[k] > 0) {
       const double carried = values[k] * share(problem, kind, link.a);
-      coefficients_[link.into_b] += carried;
-      coefficients_[layout.out(link.a)] += carried;
+      leaving_[link.at_a] += carried;
+      (link.b == outside ? rim_out_[link.rim] : far_[link.into_b]) += carried;
     }
     if (both_ways || values[k] < 0) {
       const double carried = std::abs(values[k]) * share(problem, kind, b);
-      coefficients_[link.into_a] += carried;
-      coefficients_[link.out_of_b] += carried;
+      if (link.b != outside) leaving_[link.at_b] += carried;
+      (link.b == outside ? rim_in_[link.rim] : far_[link.into_a]) += carried;
     }
   }
-  sink_.assign(settling.size(), 0.0);
-  for (std::size_t i = 0; i < settling.size(); ++i) {
-    coefficients_[layout.out(i)] += settling[i];
-    if (network.settling_place(i) == layout.unused())
-      sink_[i] = settling[i];
-    else
-      coefficients_[network.settling_place(i)] += settling[i];
+}
+
+void TransportClass::take_settling(const Problem& problem, const Network& network, std::vector<double> settling) {
+  settling_ = std::move(settling);
+  sink_.assign(settling_.size(), 0.0);
+  far_settling_.assign(far_.size(), 0.0);
+  for (std::size_t i = 0; i < settling_.size(); ++i) {
+    const int bottom = problem.segments[i].bottom;
+    if (bottom == outside || bottom == static_cast<int>(i))
+      sink_[i] = settling_[i];
+    else if (network.settling_term(i) != nowhere)
+      far_settling_[network.settling_term(i)] += settling_[i];
+  }
+}
+
+const double* TransportClass::shares_of_links(Share share, std::size_t begin) const {
+  switch (share) {
+  case Share::dissolved: return &dissolved_[begin];
+  case Share::particulate: return &particulate_[begin];
+  default: return nullptr;
+  }
+}
+
+void TransportClass::find_coefficients(const Problem& problem, const Network& network, const LayerValues& layers,
+                                       Coefficients& into) const {
+  const auto [begin, end] = std::pair(layers.begin, layers.end);
+  const std::size_t count = end - begin, links = count + 1;
+  into.up.resize(links);
+  into.down.resize(links);
+  into.out.resize(count);
+  bool first = true;
+  for (std::size_t layer = 0; layer < network.layers(); ++layer) {
+    const Share kind = shares_[static_cast<std::size_t>(network.carrier(layer))];
+    if (kind == Share::none) continue;
+    const auto add = is_exchange(network.carrier(layer)) ? add_exchange : add_flow;
+    add(links, layers.of[layer].data(), shares_of_links(kind, begin), std::exchange(first, false), into.up.data(),
+        into.down.data());
+  }
+  if (first)
+    for (auto* none : {&into.up, &into.down}) std::ranges::fill(*none, 0.0);
+  if (!settling_.empty()) add_settling(problem, begin, end, into);
+  leave(count, into.up.data(), into.down.data(), into.out.data());
+  const auto linked = network.linked();
+  for (auto k = static_cast<std::size_t>(std::ranges::lower_bound(linked, begin) - linked.begin());
+       k < linked.size() && linked[k] < end; ++k)
+    into.out[linked[k] - begin] += leaving_[k];
+  for (std::size_t i = begin; !settling_.empty() && i < end; ++i)
+    if (sink_[i] > 0 || network.settling_term(i) != nowhere) into.out[i - begin] += settling_[i];
+}
+
+// What settles to a neighbour by number goes with the links.
+void TransportClass::add_settling(const Problem& problem, std::size_t begin, std::size_t end,
+                                  Coefficients& into) const {
+  const std::size_t first = begin > 0 ? begin - 1 : 0, last = std::min(end + 1, settling_.size());
+  for (std::size_t i = first; i < last; ++i) {
+    const int bottom = problem.segments[i].bottom, at = static_cast<int>(i);
+    if (bottom == at + 1 && i < end) into.up[i + 1 - begin] += settling_[i];
+    if (bottom == at - 1 && bottom != outside && i >= begin) into.down[i - begin] += settling_[i];
   }
 }
 

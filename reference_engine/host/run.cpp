@@ -91,7 +91,7 @@ private:
 
   void tell_network() {
     host_.info(text(input_.problem.flows.size(), " flow pairs and ", input_.problem.exchanges.size(),
-                    " exchange pairs make ", equations_.network().links().size(), " links; ",
+                    " exchange pairs make ", equations_.network().link_count(), " links; ",
                     equations_.network().far_terms().size(), " neighbours are not numbered one after the other; ",
                     equations_.classes().size(), " ways in which systems are carried."));
   }
