@@ -92,11 +92,18 @@ program_end read_program(const std::filesystem::path& program, const std::vector
   writing = file_descriptor();
 
   std::array<char, std::size_t{64} << 10> piece;
-  while (true) {
+  using clock = std::chrono::steady_clock;
+  constexpr int between_asking = 100; // milliseconds
+  for (auto heard = clock::now();;) {
     pollfd ready{reading.get(), POLLIN, 0};
-    const int events = poll(&ready, 1, static_cast<int>(longest_silence.count()));
+    const int events = poll(&ready, 1, between_asking);
     if (events < 0 && errno == EINTR) continue;
-    if (events == 0) return {program_end::way::silent, 0};
+    if (events == 0) {
+      if (clock::now() - heard >= longest_silence) return {program_end::way::silent, 0};
+      if (!take({})) return {program_end::way::stopped, 0};
+      continue;
+    }
+    heard = clock::now();
     const ssize_t got = read(reading.get(), piece.data(), piece.size());
     if (got < 0 && errno == EINTR) continue;
     if (got <= 0) break;

@@ -157,8 +157,16 @@ void import_query::refresh_values(std::size_t condition) {
   if (choices.size() < stored.conditions.size()) choices.resize(stored.conditions.size());
   choices[condition].values.clear();
   const auto rows = open_values(condition, values_statement(condition), false);
-  while (rows->next())
-    if (rows->is_comparable(0)) choices[condition].values.push_back(rows->text(0));
+  std::vector<std::string>& values = choices[condition].values;
+  constexpr std::size_t most_memory = std::size_t{128} << 20; // of the list, in bytes
+  for (std::size_t memory = 0; rows->next();) {
+    if (!rows->is_comparable(0)) continue;
+    values.push_back(rows->text(0));
+    memory += sizeof(std::string) + values.back().size();
+    if (memory > most_memory)
+      throw query_engine_exception(stored.file_name + ", field " + stored.conditions[condition].field_name +
+                                   ": it has too many different values for a list.");
+  }
   engine.disconnect(*this);
 }
 

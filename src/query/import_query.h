@@ -38,7 +38,7 @@ public:
   std::vector<condition_choice> choices; // one for each condition
   bool drill_down = false;               // each condition's values are those that the others leave
 
-  // Each of these throws query_engine_exception when the source cannot be read.
+  // Each of these throws query_engine_exception when the source cannot be read, and all that read it query_cancelled.
   void set_file(const std::string& name);
   void set_table(const std::string& name);
 

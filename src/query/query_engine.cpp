@@ -6,6 +6,7 @@
 #include "query/sources/date_text.h"
 #include "query/sources/number_text.h"
 #include "query/sources/open_table_source.h"
+#include "query/sqlite_cancel.h"
 #include "query/value_text.h"
 
 #include <algorithm>
@@ -23,6 +24,8 @@ constexpr const char* table_name = "source"; // to SQLite
   try {
     std::rethrow_exception(failure);
   } catch (const query_exception&) {
+    throw;
+  } catch (const query_cancelled&) {
     throw;
   } catch (const std::exception& error) {
     throw query_engine_exception(file + ": " + error.what());
@@ -66,6 +69,7 @@ void result_set::prepare(const sqlite_statement& printed) {
   constexpr int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX; // of one thread
   if (sqlite3_open_v2(":memory:", &database_, flags, nullptr) != SQLITE_OK)
     throw query_engine_exception("SQLite cannot be started.");
+  let_cancel(database_);
   attach_table(database_, table_name, table_);
   if (sqlite3_prepare_v2(database_, printed.sql.c_str(), -1, &statement_, nullptr) != SQLITE_OK) fail();
   int parameter = 0;
@@ -88,6 +92,7 @@ result_set::~result_set() {
 }
 
 void result_set::fail() const {
+  stop_if_cancelled();
   if (table_.failure) rethrow_as_query_exception(table_.failure, source_->file());
   throw query_engine_exception(source_->file() + ": " + sqlite3_errmsg(database_) +
                                ". The statement was: " + statement_text_);

@@ -39,7 +39,7 @@ public:
 
   const std::vector<table_field>& fields() const { return fields_; } // of the rows
 
-  // Goes to the next row, the first at first; false behind the last. Throws query_engine_exception.
+  // Goes to the next row, the first at first; false behind the last. Throws query_engine_exception and query_cancelled.
   bool next();
 
   // The values that are looked for; `found` are those that the rows read so far had.

@@ -116,10 +116,14 @@ TEST_F(Access, NeverReadsAPartOfATable) {
 
 TEST_F(Access, KillsAHelperThatIsSilent) {
   const auto start = std::chrono::steady_clock::now();
-  const program_end end =
-      read_program("/bin/sh", {"-c", "echo a; exec sleep 60"}, open_for_reading("/dev/null"),
-                   std::chrono::milliseconds(200), [](std::string_view piece) { return piece == "a\n"; });
+  const program_end end = read_program("/bin/sh", {"-c", "echo a; exec sleep 60"}, open_for_reading("/dev/null"),
+                                       std::chrono::milliseconds(200),
+                                       [](std::string_view piece) { return piece.empty() || piece == "a\n"; });
   EXPECT_EQ(end.how, program_end::way::silent);
+  const program_end stopped = // asked while the program is silent
+      read_program("/bin/sh", {"-c", "echo a; exec sleep 60"}, open_for_reading("/dev/null"), std::chrono::minutes(1),
+                   [](std::string_view piece) { return !piece.empty(); });
+  EXPECT_EQ(stopped.how, program_end::way::stopped);
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
 }
 

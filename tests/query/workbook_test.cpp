@@ -161,6 +161,13 @@ TEST_F(ZippedWorkbook, XlsxCellsOfAllKinds) {
       {"book/t.xml", "<sst><si><r><t>o</t></r><r><t>k</t></r></si></sst>"},
       {"one.xml", sheet}};
   EXPECT_THAT(read(parts), ElementsAre("a:6; at:11; ok:5", "2; 12:00:00; 1", "0.25; 1900-01-01 18:00:00; NULL"));
+  // Cells in no order: the last of those of one place counts.
+  auto mixed = parts;
+  mixed[5].second =
+      "<w><row r='3'><c r='B3'><v>4</v></c><c r='A3'><v>3</v></c></row><row r='1'><c r='B1' t='str'><v>b</v>"
+      "</c><c r='A1' t='str'><v>a</v></c></row><row r='2'><c r='B2'><v>0</v></c><c r='A2'><v>1</v></c>"
+      "<c r='B2'><v>2</v></c></row></w>";
+  EXPECT_THAT(read(mixed), ElementsAre("a:3; b:3", "1; 2", "3; 4"));
   auto without_texts = parts;
   without_texts[4].second = "<sst/>";
   EXPECT_THAT(read(without_texts), ElementsAre("text 0 of a cell is missing."));

@@ -277,7 +277,7 @@ void limit_itself() {
   setrlimit(RLIMIT_CORE, &none);
   setrlimit(RLIMIT_CPU, &seconds);
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
-  const rlimit memory{rlim_t{1} << 30, rlim_t{1} << 30};
+  const rlimit memory{rlim_t{512} << 20, rlim_t{512} << 20};
   setrlimit(RLIMIT_AS, &memory);
 #endif
 }

@@ -75,6 +75,7 @@ void access_source::ask(const std::vector<std::string>& arguments, const std::st
   std::string buffer, failure;
   bool ended = false;
   const auto take = [&](std::string_view piece) {
+    stop_if_cancelled();
     buffer += piece;
     std::size_t at = 0;
     while (buffer.size() - at >= mdb::header_size) {
@@ -141,7 +142,7 @@ std::uint32_t access_source::add_rows(std::string_view content, std::size_t fiel
                                        : table_value::of_date_time(to_milliseconds(stored));
         break;
       }
-      case mdb::value::text: v = table_value::of_text(texts_.keep(shown_text(take(number(std::uint32_t{}))))); break;
+      case mdb::value::text: v = table_value::of_text(keep(shown_text(take(number(std::uint32_t{}))))); break;
       default: fail_answer(tables_[table]);
       }
       if (!cells.add(row, f, v)) fail_too_large(table);

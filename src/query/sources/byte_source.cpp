@@ -68,10 +68,22 @@ private:
 } // namespace
 
 std::string byte_source::text(std::uint64_t offset, std::size_t size) const {
+  stop_if_cancelled();
   check(offset, size); // before memory is taken
   std::string result(size, '\0');
   fetch(offset, result.data(), size);
   return result;
+}
+
+std::string byte_source::memo(std::uint64_t offset, std::size_t size) const {
+  check(offset, size);
+  check_memo(size);
+  return text(offset, size);
+}
+
+void byte_source::check_memo(std::size_t size) const {
+  if (size > longest_memo)
+    throw table_source_exception(name_, "", "", "the memo is longer than " + std::to_string(longest_memo) + " bytes.");
 }
 
 void byte_source::fail_short(std::uint64_t offset, std::size_t size) const {

@@ -2,6 +2,8 @@
 // are needed, so that a large file takes no more memory than a small one.
 #pragma once
 
+#include "query/cancellation.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -22,12 +24,19 @@ public:
   const std::string& name() const { return name_; } // the file's, for messages
   std::uint64_t size() const { return size_; }      // when it was opened
 
-  // Reads bytes that are all there. Throws table_source_exception, also for a file that has become shorter meanwhile.
+  // Reads bytes that are all there. Throws table_source_exception, also for a file that has become shorter meanwhile,
+  // and query_cancelled.
   void read(std::uint64_t offset, char* to, std::size_t size) const {
+    stop_if_cancelled();
     check(offset, size);
     fetch(offset, to, size);
   }
   std::string text(std::uint64_t offset, std::size_t size) const;
+
+  // The same for a memo. Each memo that a query asks for is in memory as a whole, so a longer one is refused.
+  static constexpr std::size_t longest_memo = std::size_t{512} << 10;
+  std::string memo(std::uint64_t offset, std::size_t size) const;
+  void check_memo(std::size_t size) const; // throws table_source_exception
 
   // Throws table_source_exception when bytes are asked for that are behind the end.
   void check(std::uint64_t offset, std::size_t size) const {

@@ -8,21 +8,25 @@
 #include <charconv>
 #include <cmath>
 #include <cstring>
+#include <tuple>
 
 namespace vesk {
 
 std::string_view text_pool::keep(std::string_view text) {
   if (text.empty()) return {};
-  if (text.size() > left_) {
-    left_ = std::max(chunk_size, text.size());
-    chunks_.push_back(std::make_unique_for_overwrite<char[]>(left_));
-    next_ = chunks_.back().get();
+  char* place = next_;
+  if (text.size() > chunk_size / 8) { // has a chunk alone, so that little of the present one stays unused
+    place = chunks_.emplace_back(std::make_unique_for_overwrite<char[]>(text.size())).get();
+  } else {
+    if (text.size() > left_) {
+      place = chunks_.emplace_back(std::make_unique_for_overwrite<char[]>(chunk_size)).get();
+      left_ = chunk_size;
+    }
+    next_ = place + text.size();
+    left_ -= text.size();
   }
-  std::memcpy(next_, text.data(), text.size());
-  const std::string_view kept(next_, text.size());
-  next_ += text.size();
-  left_ -= text.size();
-  return kept;
+  std::memcpy(place, text.data(), text.size());
+  return {place, text.size()};
 }
 
 bool cell_table::add(std::uint32_t row, std::uint32_t column, const table_value& value) {
@@ -54,35 +58,59 @@ void cell_table::sort() {
     std::uint32_t row, value;
   };
   std::vector<place> places;
+  places.reserve(values_.size());
   for (std::size_t r = 0; r < rows_.size(); ++r)
     for (std::size_t i = rows_[r].first; i < end_of(r); ++i)
       places.push_back({rows_[r].row, static_cast<std::uint32_t>(i)});
-  const auto key = [&](const place& p) { return std::pair(p.row, columns_of_values_[p.value]); };
-  std::stable_sort(places.begin(), places.end(), [&](const place& a, const place& b) { return key(a) < key(b); });
+  rows_ = {};
+  std::sort(places.begin(), places.end(), [&](const place& a, const place& b) {
+    return std::tuple(a.row, columns_of_values_[a.value], a.value) <
+           std::tuple(b.row, columns_of_values_[b.value], b.value);
+  });
 
-  cell_table result;
-  for (std::size_t i = 0; i < places.size(); ++i)
-    if (i + 1 == places.size() || key(places[i]) != key(places[i + 1])) // the last of several for one cell
-      result.add(places[i].row, columns_of_values_[places[i].value], values_[places[i].value]);
-  values_ = std::move(result.values_);
-  columns_of_values_ = std::move(result.columns_of_values_);
-  rows_ = std::move(result.rows_);
+  // In place, since there may be many cells: each circle of values that take each other's places.
+  for (std::uint32_t begin = 0; begin < places.size(); ++begin) {
+    const table_value value = values_[begin];
+    const std::uint16_t column = columns_of_values_[begin];
+    std::uint32_t to = begin;
+    for (std::uint32_t from = places[to].value; from != begin; from = places[to].value) {
+      values_[to] = values_[from];
+      columns_of_values_[to] = columns_of_values_[from];
+      places[to].value = to;
+      to = from;
+    }
+    values_[to] = value;
+    columns_of_values_[to] = column;
+    places[to].value = to;
+  }
+
+  std::uint32_t kept = 0;
+  for (std::size_t i = 0; i < places.size(); ++i) {
+    const std::uint32_t row = places[i].row;
+    const bool is_last = i + 1 == places.size() || places[i + 1].row != row; // of several for one cell the last counts
+    if (!is_last && columns_of_values_[i + 1] == columns_of_values_[i]) continue;
+    if (rows_.empty() || rows_.back().row != row) rows_.push_back({row, kept});
+    values_[kept] = values_[i];
+    columns_of_values_[kept++] = columns_of_values_[i];
+  }
+  values_.resize(kept);
+  columns_of_values_.resize(kept);
 }
 
 void cell_table::become_sheet() {
-  constexpr std::size_t sample_rows = 200;
   sort();
-  std::vector<sample_row> sample(std::min(sample_rows, rows_.size()));
+  header_sample sample;
   std::string room;
   const table_column plain{}; // a column of texts
-  for (std::size_t r = 0; r < sample.size(); ++r)
+  for (std::size_t r = 0; r < rows_.size() && !sample.is_full(); ++r) {
+    sample.begin_row();
     for (std::size_t i = rows_[r].first; i < end_of(r); ++i) {
-      sample[r].texts.resize(columns_of_values_[i] + std::size_t{1});
       const table_value text = converted(plain, values_[i], room);
-      sample[r].texts.back() = text.is_null() ? "" : std::string(text.text());
-      sample[r].values += values_[i].kind() != value_kind::text;
+      sample.add(columns_of_values_[i], text.is_null() ? std::string_view() : text.text(),
+                 values_[i].kind() != value_kind::text);
     }
-  header found = find_header(sample);
+  }
+  header found = find_header(sample.rows());
   first_row_ = std::min(found.row + found.rows, rows_.size());
 
   std::vector<column_votes> votes(found.names.size());

@@ -8,6 +8,8 @@ namespace vesk {
 
 namespace {
 
+constexpr std::uint64_t longest_list = std::uint64_t{16} << 20; // of streams or of their small sectors, in bytes
+
 constexpr std::uint32_t largest_sector = 0xfffffffa; // larger numbers are marks: end of a chain, free and so on
 
 // A stream as it lies in the file, in runs of sectors that follow one another.
@@ -64,6 +66,9 @@ compound_file::compound_file(const byte_source& bytes) : bytes_(bytes) {
   if ((shift != 9 && shift != 12) || small_shift != 6) fail("the header of the compound file is damaged.");
   sector_size_ = std::size_t{1} << shift;
   small_limit_ = header.number<std::uint32_t>(56);
+  constexpr std::uint64_t largest_file = std::uint64_t{4} << 30, largest_small_limit = 1 << 16; // real ones have 4,096
+  if (small_limit_ > largest_small_limit) fail("the header of the compound file is damaged.");
+  if (bytes.size() > largest_file) fail("it is larger than 4 GB, as no workbook of its kind is.");
   read_allocation_table(header);
   read_directory(header);
 }
@@ -137,7 +142,7 @@ std::string compound_file::read_chain(std::uint32_t first, std::uint64_t size) c
 
 void compound_file::read_directory(const byte_view& header) {
   constexpr std::size_t entry_size = 128;
-  const std::string directory = read_chain(header.number<std::uint32_t>(48), bytes_.size());
+  const std::string directory = read_chain(header.number<std::uint32_t>(48), longest_list);
   const byte_view list(std::as_bytes(std::span(directory)), bytes_.name());
   for (std::size_t at = 0; at + entry_size <= list.size(); at += entry_size) {
     constexpr std::uint8_t stream = 2, root = 5;
@@ -149,7 +154,7 @@ void compound_file::read_directory(const byte_view& header) {
     const auto size = sector_size_ == 512 ? list.number<std::uint32_t>(at + 120) : list.number<std::uint64_t>(at + 120);
     entries_.push_back({name, list.number<std::uint32_t>(at + 116), size, kind == root});
   }
-  const std::string small_table = read_chain(header.number<std::uint32_t>(60), bytes_.size());
+  const std::string small_table = read_chain(header.number<std::uint32_t>(60), longest_list);
   next_small_.resize(small_table.size() / 4);
   if (!next_small_.empty()) std::memcpy(next_small_.data(), small_table.data(), next_small_.size() * 4);
 }

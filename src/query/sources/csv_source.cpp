@@ -118,24 +118,24 @@ void csv_source::find_text() {
 }
 
 void csv_source::find_columns() {
-  std::vector<sample_row> sample;
+  header_sample sample;
   std::vector<std::uint64_t> offsets;
   std::string room;
   {
     csv_rows first_rows = rows_from(start_);
-    while (sample.size() < sample_rows && first_rows.next()) {
-      sample_row& row = sample.emplace_back();
+    while (!sample.is_full() && first_rows.next()) {
+      sample.begin_row();
       for (std::size_t i = 0; i < first_rows.size(); ++i) {
-        row.texts.push_back(without_apostrophe(shown_text(first_rows.text(i, room))));
+        const std::string text = without_apostrophe(shown_text(first_rows.text(i, room)));
         column_votes value;
-        value.add(row.texts.back());
-        row.values += value.settle().type != field_type::string;
+        value.add(text);
+        sample.add(i, text, value.settle().type != field_type::string);
       }
       offsets.push_back(first_rows.offset());
     }
-    if (sample.empty()) refuse_fault(first_rows);
+    if (sample.rows().empty()) refuse_fault(first_rows);
   }
-  header found = find_header(sample);
+  header found = find_header(sample.rows());
   csv_rows rows = rows_from(offsets[found.row]);
   for (std::size_t i = 0; i < found.rows; ++i) rows.next();
   std::vector<column_votes> votes(found.names.size());

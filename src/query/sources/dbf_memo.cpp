@@ -33,21 +33,22 @@ std::string dbf_memo::text(std::uint64_t block) const {
   if (block == 0) return {};
   if (block > bytes_.size()) block = bytes_.size(); // beyond the end in any case, and without overflow
   const std::uint64_t offset = block * block_size_;
-  if (kind_ == dbf_memo_kind::foxpro) return bytes_.text(offset + 8, big_endian(number<std::uint32_t>(offset + 4)));
+  if (kind_ == dbf_memo_kind::foxpro) return bytes_.memo(offset + 8, big_endian(number<std::uint32_t>(offset + 4)));
   if (kind_ == dbf_memo_kind::dbase_4 && number<std::uint32_t>(offset) == 0x0008ffff) {
     const auto size = number<std::uint32_t>(offset + 4); // its own 8 bytes count too
-    return bytes_.text(offset + 8, size < 8 ? 0 : size - 8);
+    return bytes_.memo(offset + 8, size < 8 ? 0 : size - 8);
   }
-  std::string text;
+  std::string content;
   bytes_.check(offset, 0);
   for (std::uint64_t at = offset; at < bytes_.size(); at += block_size_) {
     const std::string piece =
         bytes_.text(at, static_cast<std::size_t>(std::min<std::uint64_t>(block_size_, bytes_.size() - at)));
     const std::size_t end = piece.find('\x1a');
-    text += piece.substr(0, end);
+    content += piece.substr(0, end);
     if (end != piece.npos) break;
+    bytes_.check_memo(content.size());
   }
-  return text;
+  return content;
 }
 
 } // namespace vesk

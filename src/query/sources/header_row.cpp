@@ -1,5 +1,6 @@
 #include "query/sources/header_row.h"
 
+#include "dataset/text_encoding.h"
 #include "query/sources/column_form.h"
 #include "query/sources/number_text.h"
 
@@ -64,6 +65,14 @@ std::size_t rows_below_names(const std::vector<sample_row>& sample, std::size_t 
 }
 
 } // namespace
+
+void header_sample::add(std::size_t column, std::string_view text, bool is_value) {
+  sample_row& row = rows_.back();
+  cells_ += column + 1 - row.texts.size();
+  row.texts.resize(column + 1);
+  row.texts.back() = text.substr(0, whole_characters(text, longest_text));
+  row.values += is_value;
+}
 
 header find_header(const std::vector<sample_row>& sample) {
   header result;

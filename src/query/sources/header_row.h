@@ -14,6 +14,24 @@ struct sample_row {
   std::size_t values = 0;         // how many of them are numbers, dates or times
 };
 
+// The first rows of a table: as many as tell its header, and no more than memory has room for.
+class header_sample {
+public:
+  bool is_full() const { return rows_.size() == most_rows || cells_ >= most_cells; }
+  void begin_row() { rows_.emplace_back(); }
+
+  // A cell of the row, behind those that it has; the text is cut after `longest_text` bytes. `column`: from 0.
+  void add(std::size_t column, std::string_view text, bool is_value);
+
+  const std::vector<sample_row>& rows() const { return rows_; }
+
+private:
+  static constexpr std::size_t most_rows = 200, most_cells = 1 << 18, longest_text = 1000;
+
+  std::vector<sample_row> rows_;
+  std::size_t cells_ = 0; // empty ones count
+};
+
 struct header {
   std::size_t row = 0;            // of the sample: the first of the header, or of the values where there is no header
   std::size_t rows = 0;           // of the header: 0, 1, or more where rows of units or of a second line follow

@@ -90,7 +90,7 @@ protected:
   }
 
   void text(std::string_view piece) override {
-    if (table_depth_ == 1 && in_paragraph_ > 0 && !in_annotation_) text_ += piece;
+    if (table_depth_ == 1 && in_paragraph_ > 0 && !in_annotation_) source_.append(text_, piece);
   }
 
 private:
@@ -116,17 +116,17 @@ private:
 
   void start_in_cell(std::string_view name, const xml_attributes& attributes) {
     if (name == "p") {
-      if (paragraphs_++ > 0) text_ += '\n';
+      if (paragraphs_++ > 0) source_.append(text_, "\n");
       ++in_paragraph_;
     } else if (name == "s") {
-      text_.append(std::min(attributes.number("c", 1), 1000U), ' ');
+      source_.append(text_, std::string(std::min(attributes.number("c", 1), 1000U), ' '));
     } else if (name == "tab" || name == "line-break") {
-      text_ += name == "tab" ? '\t' : '\n';
+      source_.append(text_, name == "tab" ? "\t" : "\n");
     }
   }
 
   void start_sheet(std::string_view name) {
-    source_.tables_.emplace_back(name);
+    source_.add_sheet(std::string(name));
     source_.contents_.emplace_back();
     row_ = 0;
   }
@@ -156,7 +156,7 @@ private:
     if (type_ == "boolean") return table_value::of_integer(value_ == "true");
     if (type_ == "string" || type_.empty()) {
       const std::string& shown = value_.empty() ? text_ : value_;
-      return shown.empty() ? table_value() : table_value::of_text(source_.texts_.keep(shown));
+      return shown.empty() ? table_value() : table_value::of_text(source_.keep_text_of_cell(shown));
     }
     const auto number = plain_number(value_); // float, percentage, currency
     return number ? table_value::of_number(*number) : table_value();

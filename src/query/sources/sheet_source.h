@@ -19,6 +19,24 @@ public:
   }
 
 protected:
+  static constexpr std::size_t longest_text = 32767; // of a cell, in characters, as in the programs that write sheets
+  // Bytes. Cells share the shared texts, so few bytes of a file can be read of many of them.
+  static constexpr std::size_t most_shared_texts = std::size_t{256} << 20;
+  static constexpr std::size_t most_texts = std::size_t{1} << 30; // of all cells
+  static constexpr std::size_t most_sheets = 10'000;
+
+  // These throw table_source_exception for what is too much.
+  void add_sheet(std::string name);
+  void add_shared_text(std::string_view text);
+  std::string_view keep(std::string_view text); // of any length
+  std::string_view keep_text_of_cell(std::string_view text);
+  // Appends a piece of the text of a cell.
+  void append(std::string& text, std::string_view piece) const {
+    constexpr std::size_t bytes_of_character = 4; // at most
+    text += piece;
+    if (text.size() > bytes_of_character * longest_text) check_length(text);
+  }
+
   // Fills `cells` and ends the adding. Throws table_source_exception.
   virtual void read_sheet(std::size_t table, cell_table& cells) = 0;
 
@@ -32,9 +50,14 @@ protected:
     fail(tables_[table], "it has more than " + std::to_string(cell_table::most_cells) + " cells.");
   }
 
-  text_pool texts_; // of all sheets
+  std::vector<std::string_view> shared_texts_;
 
 private:
+  void check_length(std::string_view text) const;
+  std::string_view keep_within(std::string_view text, std::size_t most);
+
+  text_pool texts_; // of all sheets
+  std::size_t texts_size_ = 0;
   cell_table& sheet(std::size_t table) {
     sheets_.resize(tables_.size());
     if (!sheets_[table]) {

@@ -5,6 +5,7 @@
 #include "query/sources/byte_view.h"
 #include "query/sources/sqlite_private_log.h"
 #include "query/sources/table_source.h"
+#include "query/sqlite_cancel.h"
 
 #include <filesystem>
 #include <sqlite3.h>
@@ -63,6 +64,7 @@ std::string cause_of_failure(sqlite3* database) {
 }
 
 [[noreturn]] void fail(sqlite3* database, const std::string& file) {
+  stop_if_cancelled();
   throw table_source_exception(file, "", "", cause_of_failure(database));
 }
 
@@ -109,6 +111,7 @@ sqlite_handle open_sqlite_file(const std::string& file) {
   const std::string header = header_of(file); // the way to open it stays the same while a program writes to it
   sqlite_handle database = open_by(way_to_open(file, header), file);
   sqlite3_busy_timeout(database.get(), longest_wait);
+  let_cancel(database.get());
   sqlite3_limit(database.get(), SQLITE_LIMIT_LENGTH, longest_value);
   sqlite3_db_config(database.get(), SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
   sqlite3_db_config(database.get(), SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);

@@ -67,6 +67,7 @@ private:
     return state == SQLITE_ROW;
   }
   [[noreturn]] void fail(sqlite3* database, const std::string& table) const {
+    stop_if_cancelled();
     throw table_source_exception(file(), shown_text(table), "",
                                  shown_text(database ? sqlite3_errmsg(database) : "not enough memory") + ".");
   }

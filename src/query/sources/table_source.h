@@ -3,6 +3,7 @@
 // Nothing is written. A source is used by one thread at a time; its cursors refer to it and must not outlive it.
 #pragma once
 
+#include "query/cancellation.h"
 #include "query/query_exceptions.h"
 
 #include <cstdint>
@@ -132,10 +133,11 @@ public:
   row_cursor& operator=(const row_cursor&) = delete;
 
   // Goes to the next row that the filters let pass, the first at first; false behind the last. Throws
-  // table_source_exception.
+  // table_source_exception and query_cancelled.
   bool next() {
     while (advance()) {
-      ++rows_;
+      constexpr std::uint64_t between_asking = 1 << 12;
+      if (++rows_ % between_asking == 0) stop_if_cancelled();
       if (passes()) return true;
     }
     return false;

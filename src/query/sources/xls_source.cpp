@@ -48,7 +48,6 @@ private:
   workbook_dates dates_;
   std::map<unsigned, bool> formats_; // by number: shows dates
   std::vector<bool> styles_;         // by number: shows dates
-  std::vector<std::string_view> shared_texts_;
   std::vector<std::size_t> sheet_offsets_;
 
   friend class xls_sheet_reader;
@@ -69,6 +68,7 @@ void xls_source::read_globals() {
   code_page_ = code_page::find(1252);
   if (!code_page_) fail("", "the system does not know its code page.");
 
+  constexpr std::size_t most_styles = 1 << 16; // that cells can name
   std::vector<std::uint16_t> style_formats;
   while (record.next() && record.id() != biff_eof) {
     const byte_view& data = record.data();
@@ -83,7 +83,9 @@ void xls_source::read_globals() {
       formats_[number] = is_date_format(texts_of(record, 2).text(is_biff8_ ? 2 : 1));
       break;
     }
-    case biff_xf: style_formats.push_back(data.number<std::uint16_t>(2)); break;
+    case biff_xf:
+      if (style_formats.size() < most_styles) style_formats.push_back(data.number<std::uint16_t>(2));
+      break;
     case biff_boundsheet: read_bound_sheet(record); break;
     case biff_sst: read_shared_texts(record); break;
     default: break;
@@ -99,7 +101,7 @@ void xls_source::read_bound_sheet(biff_records& record) {
   constexpr std::uint8_t worksheet = 0;
   if (record.data().number<std::uint8_t>(5) != worksheet) return;
   sheet_offsets_.push_back(record.data().number<std::uint32_t>(0));
-  tables_.push_back(texts_of(record, 6).text(1));
+  add_sheet(texts_of(record, 6).text(1));
 }
 
 void xls_source::read_shared_texts(biff_records& record) {
@@ -108,7 +110,7 @@ void xls_source::read_shared_texts(biff_records& record) {
   for (std::uint32_t i = 0; i < count; ++i) {
     const std::string text = texts.text(2);
     if (texts.ended()) fail("", "only " + std::to_string(i) + " of " + std::to_string(count) + " texts are there.");
-    shared_texts_.push_back(texts_.keep(text));
+    add_shared_text(text);
   }
 }
 
@@ -173,7 +175,7 @@ private:
         is_date ? table_value::of_date_time(source_.dates_.number(value)) : table_value::of_number(value));
   }
   void text(std::uint32_t row, std::uint32_t column, std::size_t skipped) {
-    add(row, column, table_value::of_text(source_.texts_.keep(source_.texts_of(record_, skipped).text(2))));
+    add(row, column, table_value::of_text(source_.keep_text_of_cell(source_.texts_of(record_, skipped).text(2))));
   }
 
   // A number in 30 bits: the upper part of a double or an integer, possibly a hundredth.

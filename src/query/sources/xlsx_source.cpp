@@ -13,6 +13,9 @@ namespace vesk {
 
 namespace {
 
+// The parts that are kept as a whole, in bytes: lists of sheets and relations, and the styles.
+constexpr std::size_t longest_list = std::size_t{4} << 20, longest_styles = std::size_t{64} << 20;
+
 // What a part of the archive refers to.
 struct relation {
   std::string kind; // the last word of its type: "worksheet"
@@ -38,7 +41,7 @@ public:
     const std::size_t name = part.rfind('/') + 1;
     const std::string list = part.substr(0, name) + "_rels/" + part.substr(name) + ".rels";
     relations_reader reader(part);
-    if (archive.has(list)) reader.read(archive, list);
+    if (archive.has(list)) reader.read(archive, list, longest_list);
     return std::move(reader.relations_);
   }
 
@@ -98,32 +101,6 @@ private:
   bool in_cell_styles_ = false;
 };
 
-class shared_texts_reader : public xml_reader {
-public:
-  explicit shared_texts_reader(text_pool& pool) : pool_(pool) {}
-  std::vector<std::string_view> texts;
-
-protected:
-  void start(std::string_view name, const xml_attributes&) override {
-    if (name == "si") text_.clear();
-    if (name == "rPh") in_reading_aid_ = true;
-    in_text_ = name == "t" && !in_reading_aid_;
-  }
-  void end(std::string_view name) override {
-    if (name == "si") texts.push_back(pool_.keep(text_));
-    if (name == "rPh") in_reading_aid_ = false;
-    in_text_ = false;
-  }
-  void text(std::string_view piece) override {
-    if (in_text_) text_ += piece;
-  }
-
-private:
-  text_pool& pool_;
-  std::string text_;
-  bool in_text_ = false, in_reading_aid_ = false;
-};
-
 class xlsx_source : public sheet_source {
 public:
   explicit xlsx_source(std::unique_ptr<byte_source> bytes)
@@ -132,14 +109,14 @@ public:
     for (const auto& [id, to] : relations_reader::of(archive_, ""))
       if (to.kind == "officeDocument") workbook = to.part;
     workbook_reader content;
-    content.read(archive_, workbook);
+    content.read(archive_, workbook, longest_list);
     dates_.from_1904 = content.from_1904;
 
     const auto relations = relations_reader::of(archive_, workbook);
     for (const auto& sheet : content.sheets) {
       const auto to = relations.find(sheet.relation);
       if (to == relations.end() || to->second.kind != "worksheet") continue;
-      tables_.push_back(sheet.name);
+      add_sheet(sheet.name);
       parts_.push_back(to->second.part);
     }
     refuse_without_sheets();
@@ -155,6 +132,7 @@ protected:
   void read_sheet(std::size_t table, cell_table& cells) override;
 
 private:
+  friend class xlsx_texts_reader;
   friend class xlsx_sheet_reader;
 
   const std::unique_ptr<byte_source> bytes_;
@@ -164,7 +142,32 @@ private:
   std::string styles_part_, shared_texts_part_;
   bool has_common_parts_ = false; // styles and shared texts are read
   std::vector<bool> styles_;
-  std::vector<std::string_view> shared_texts_;
+};
+
+// The shared texts.
+class xlsx_texts_reader : public xml_reader {
+public:
+  explicit xlsx_texts_reader(xlsx_source& source) : source_(source) {}
+
+protected:
+  void start(std::string_view name, const xml_attributes&) override {
+    if (name == "si") text_.clear();
+    if (name == "rPh") in_reading_aid_ = true;
+    in_text_ = name == "t" && !in_reading_aid_;
+  }
+  void end(std::string_view name) override {
+    if (name == "si") source_.add_shared_text(text_);
+    if (name == "rPh") in_reading_aid_ = false;
+    in_text_ = false;
+  }
+  void text(std::string_view piece) override {
+    if (in_text_) source_.append(text_, piece);
+  }
+
+private:
+  xlsx_source& source_;
+  std::string text_;
+  bool in_text_ = false, in_reading_aid_ = false;
 };
 
 class xlsx_sheet_reader : public xml_reader {
@@ -190,7 +193,7 @@ protected:
     if (name == "rPh") in_reading_aid_ = false;
   }
   void text(std::string_view piece) override {
-    if (in_value_) value_ += piece;
+    if (in_value_) source_.append(value_, piece);
   }
 
 private:
@@ -225,7 +228,7 @@ private:
       const bool is_date = style_ < source_.styles_.size() && source_.styles_[style_];
       add(is_date ? table_value::of_date_time(source_.dates_.number(*number)) : table_value::of_number(*number));
     } else { // str, inlineStr, e
-      add(table_value::of_text(source_.texts_.keep(value_)));
+      add(table_value::of_text(source_.keep_text_of_cell(value_)));
     }
   }
 
@@ -245,14 +248,11 @@ void xlsx_source::read_sheet(std::size_t table, cell_table& cells) {
   if (!has_common_parts_) {
     if (!styles_part_.empty() && archive_.has(styles_part_)) {
       styles_reader reader;
-      reader.read(archive_, styles_part_);
+      reader.read(archive_, styles_part_, longest_styles);
       styles_ = std::move(reader.styles);
     }
-    if (!shared_texts_part_.empty() && archive_.has(shared_texts_part_)) {
-      shared_texts_reader reader(texts_);
-      reader.read(archive_, shared_texts_part_);
-      shared_texts_ = std::move(reader.texts);
-    }
+    if (!shared_texts_part_.empty() && archive_.has(shared_texts_part_))
+      xlsx_texts_reader(*this).read(archive_, shared_texts_part_);
     has_common_parts_ = true;
   }
   xlsx_sheet_reader(*this, table, cells).read(archive_, parts_[table]);

@@ -2,9 +2,12 @@
 
 #include "query/sources/table_source.h"
 
+#include <algorithm>
 #include <charconv>
+#include <cstdlib>
 #include <exception>
 #include <expat.h>
+#include <malloc.h>
 #include <memory>
 
 namespace vesk {
@@ -14,6 +17,37 @@ namespace {
 std::string_view without_prefix(std::string_view name) {
   const std::size_t colon = name.rfind(':');
   return colon == name.npos ? name : name.substr(colon + 1);
+}
+
+// The parser keeps the tag that it reads, those that are open, and each name that it has seen, all of which a file can
+// make large. It gets this much memory, several times what a real workbook needs.
+constexpr std::size_t most_parser_memory = std::size_t{4} << 20;
+
+// What the present parser of the thread has taken: expat gives its allocators no argument.
+thread_local std::size_t parser_memory = 0;
+
+void release_memory(void* memory) {
+  parser_memory -= malloc_usable_size(memory);
+  std::free(memory);
+}
+
+void* more_memory(void* memory, std::size_t size) {
+  const std::size_t others = parser_memory - malloc_usable_size(memory);
+  if (size > most_parser_memory - std::min(others, most_parser_memory)) return nullptr;
+  void* const larger = std::realloc(memory, size);
+  if (larger) parser_memory = others + malloc_usable_size(larger);
+  return larger;
+}
+
+void* take_memory(std::size_t size) {
+  return more_memory(nullptr, size);
+}
+
+constexpr XML_Memory_Handling_Suite limited_memory{take_memory, more_memory, release_memory};
+
+const char* cause_of(XML_Error error) {
+  return error == XML_ERROR_NO_MEMORY ? "its tags are too long, nested too deeply or of too many names"
+                                      : XML_ErrorString(error);
 }
 
 } // namespace
@@ -67,8 +101,10 @@ struct xml_reader::calls {
   }
 };
 
-void xml_reader::read(const zip_archive& archive, const std::string& part) {
-  const std::unique_ptr<XML_ParserStruct, void (*)(XML_Parser)> parser(XML_ParserCreate(nullptr), XML_ParserFree);
+void xml_reader::read(const zip_archive& archive, const std::string& part, std::size_t most) {
+  parser_memory = 0;
+  const std::unique_ptr<XML_ParserStruct, void (*)(XML_Parser)> parser(
+      XML_ParserCreate_MM(nullptr, &limited_memory, nullptr), XML_ParserFree);
   if (!parser) throw std::bad_alloc();
   calls state{*this, parser.get(), {}};
   XML_SetUserData(parser.get(), &state);
@@ -83,13 +119,11 @@ void xml_reader::read(const zip_archive& archive, const std::string& part) {
     throw table_source_exception(archive.name(), "", "",
                                  "part " + part + " of it is no XML that can be read: " +
                                      (state.has_document_type ? "it declares entities or other things of its own"
-                                                              : XML_ErrorString(XML_GetErrorCode(parser.get()))) +
+                                                              : cause_of(XML_GetErrorCode(parser.get()))) +
                                      ", in line " + line + ".");
   };
-  archive.read(part, [&](std::string_view piece) {
-    parse(piece, false);
-    return true;
-  });
+  archive.read(
+      part, [&](std::string_view piece) { parse(piece, false); }, most);
   parse({}, true);
 }
 

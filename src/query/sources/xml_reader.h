@@ -29,8 +29,9 @@ class xml_reader {
 public:
   virtual ~xml_reader() = default;
 
-  // Reads the whole part. Declarations inside it are refused, for they can be entities. Throws table_source_exception.
-  void read(const zip_archive& archive, const std::string& part);
+  // Reads the whole part, which unpacks to `most` bytes at most. Declarations inside it are refused, for they can be
+  // entities, and so are tags that take the parser too much memory. Throws table_source_exception.
+  void read(const zip_archive& archive, const std::string& part, std::size_t most = zip_archive::most_unpacked);
 
 protected:
   virtual void start(std::string_view name, const xml_attributes& attributes) = 0;

@@ -82,12 +82,19 @@ void zip_archive::fail(std::string cause) const {
 
 bool zip_archive::has(const std::string& part) const {
   constexpr int as_written = 1;
-  return unzLocateFile(archive_, part.c_str(), as_written) == UNZ_OK;
+  const int found = unzLocateFile(archive_, part.c_str(), as_written);
+  if (reading_->failure) std::rethrow_exception(reading_->failure);
+  return found == UNZ_OK;
 }
 
-void zip_archive::read(const std::string& part, const std::function<bool(std::string_view)>& take) const {
+void zip_archive::read(const std::string& part, const std::function<void(std::string_view)>& take,
+                       std::size_t most) const {
   if (!has(part)) fail("part " + part + " of it is missing.");
   if (unzOpenCurrentFile(archive_) != UNZ_OK) fail("part " + part + " of it is damaged or has a password.");
+  unz_file_info64 info{};
+  unzGetCurrentFileInfo64(archive_, &info, nullptr, 0, nullptr, 0, nullptr, 0);
+  const std::size_t packed = std::min<std::uint64_t>(info.compressed_size, bytes_.size());
+  const std::size_t most_of_ratio = std::max(little, largest_ratio * packed);
   struct closing {
     void* archive;
     ~closing() { unzCloseCurrentFile(archive); }
@@ -99,9 +106,13 @@ void zip_archive::read(const std::string& part, const std::function<bool(std::st
     if (got < 0) fail("part " + part + " of it is damaged.");
     if (got == 0) break;
     size += static_cast<std::size_t>(got);
-    if (size > largest_part)
-      fail("part " + part + " of it unpacks to more than " + std::to_string(largest_part) + " bytes.");
-    if (!take({piece.data(), static_cast<std::size_t>(got)})) return;
+    unpacked_ += static_cast<std::size_t>(got);
+    if (size > most_of_ratio)
+      fail("part " + part + " of it unpacks to more than " + std::to_string(largest_ratio) + " times its size.");
+    if (size > most) fail("part " + part + " of it unpacks to more than " + std::to_string(most) + " bytes.");
+    if (unpacked_ > most_unpacked)
+      fail("its parts unpack to more than " + std::to_string(most_unpacked) + " bytes together.");
+    take({piece.data(), static_cast<std::size_t>(got)});
   }
   // The checksum is compared when the part is closed.
   close.archive = nullptr;

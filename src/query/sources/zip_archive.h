@@ -15,8 +15,11 @@ inline constexpr std::string_view zip_beginning("PK\x03\x04", 4);
 
 class zip_archive {
 public:
-  // A part that unpacks to more is refused.
-  static constexpr std::size_t largest_part = std::size_t{1} << 30;
+  // More than this of all parts together is refused, and a part that unpacks to more than so many times its size:
+  // sheets of real workbooks stay below 50. A part that unpacks to little may do so.
+  static constexpr std::size_t most_unpacked = std::size_t{1} << 30;
+  static constexpr std::size_t largest_ratio = 200;
+  static constexpr std::size_t little = std::size_t{1} << 20;
 
   // The bytes must outlive this. Throws table_source_exception.
   explicit zip_archive(const byte_source& bytes);
@@ -24,9 +27,10 @@ public:
 
   bool has(const std::string& part) const;
 
-  // Unpacks a part piece by piece, until `take` returns false. Throws table_source_exception when it is missing or
-  // damaged.
-  void read(const std::string& part, const std::function<bool(std::string_view)>& take) const;
+  // Unpacks a part piece by piece. Throws table_source_exception when it is missing or damaged, or unpacks to more than
+  // `most` bytes.
+  void read(const std::string& part, const std::function<void(std::string_view)>& take,
+            std::size_t most = most_unpacked) const;
 
   const std::string& name() const { return bytes_.name(); }
 
@@ -37,6 +41,7 @@ private:
   const byte_source& bytes_;
   std::unique_ptr<reading> reading_;
   void* archive_ = nullptr;
+  mutable std::size_t unpacked_ = 0; // of all parts
 };
 
 } // namespace vesk
