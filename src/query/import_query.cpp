@@ -1,5 +1,6 @@
 #include "query/import_query.h"
 
+#include "platform/counted.h"
 #include "query/query_log.h"
 
 #include <algorithm>
@@ -225,16 +226,13 @@ query_report import_query::execute(const prevesk_dataset_data_type& data, point_
 }
 
 std::string in_words(const std::string& series, const import_query_descriptor& query, const query_report& report) {
-  const auto counted = [](std::uint64_t count, const char* what) {
-    return ", " + std::to_string(count) + " " + what + (count == 1 ? "" : "s");
-  };
   std::string line = series + ": " + query.file_name;
   if (query.table_name != query.file_name && !query.table_name.empty()) line += " [" + query.table_name + "]";
   if (report.rows == 0)
     return line + ", no rows found. Check the conditions and whether it covers the time of the run.";
-  line += counted(report.rows, "row") + counted(report.points, "point");
-  if (report.without_moment > 0) line += counted(report.without_moment, "row") + " without a date";
-  if (report.without_value > 0) line += counted(report.without_value, "row") + " without a value";
+  line += ", " + counted(report.rows, "row") + ", " + counted(report.points, "point");
+  if (report.without_moment > 0) line += ", " + counted(report.without_moment, "row") + " without a date";
+  if (report.without_value > 0) line += ", " + counted(report.without_value, "row") + " without a value";
   return line;
 }
 

@@ -2,6 +2,7 @@
 
 #include "dataset/text_encoding.h"
 #include "platform/file_io.h"
+#include "platform/little_endian.h"
 #include "platform/program_output.h"
 #include "platform/program_paths.h"
 #include "query/mdb_helper/protocol.h"
@@ -79,8 +80,7 @@ void access_source::ask(const std::vector<std::string>& arguments, const std::st
     buffer += piece;
     std::size_t at = 0;
     while (buffer.size() - at >= mdb::header_size) {
-      std::uint32_t size = 0;
-      std::memcpy(&size, buffer.data() + at, sizeof size);
+      const auto size = little_endian<std::uint32_t>(buffer.data() + at);
       if (size > mdb::largest_message) fail_answer(table);
       if (buffer.size() - at < mdb::header_size + size) break;
       const auto kind = static_cast<mdb::message>(buffer[at + sizeof size]);
@@ -122,10 +122,7 @@ std::uint32_t access_source::add_rows(std::string_view content, std::size_t fiel
     content.remove_prefix(size);
     return taken;
   };
-  const auto number = [&]<class T>(T result) {
-    std::memcpy(&result, take(sizeof result).data(), sizeof result);
-    return result;
-  };
+  const auto number = [&]<class T>(T) { return little_endian<T>(take(sizeof(T)).data()); };
   for (; fields > 0 && !content.empty(); ++row) {
     if (row == cell_table::most_cells) fail_too_large(table);
     for (std::uint32_t f = 0; f < fields; ++f) {

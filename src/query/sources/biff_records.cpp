@@ -1,6 +1,7 @@
 #include "query/sources/biff_records.h"
 
 #include "platform/code_page.h"
+#include "platform/little_endian.h"
 
 namespace vesk {
 
@@ -9,19 +10,16 @@ bool biff_records::next() {
   const byte_source& stream = window_.source();
   is_continued_ = false;
   if (next_ + header_size > stream.size()) return false;
-  std::uint16_t header[2];
-  std::memcpy(header, window_.at(next_, header_size).data(), header_size);
-  id_ = header[0];
-  const std::size_t size = header[1];
+  const char* const header = window_.at(next_, header_size).data();
+  id_ = little_endian<std::uint16_t>(header);
+  const std::size_t size = little_endian<std::uint16_t>(header + 2);
   stream.check(next_ + header_size, size);
   const std::uint64_t behind = next_ + header_size + size;
   const bool is_last = behind + header_size > stream.size();
   const std::string_view record = window_.at(next_, header_size + size + (is_last ? 0 : header_size));
   data_ = byte_view(std::as_bytes(std::span(record.substr(header_size, size))), stream.name());
   if (!is_last) {
-    std::uint16_t following = 0;
-    std::memcpy(&following, record.data() + header_size + size, sizeof following);
-    is_continued_ = following == biff_continue;
+    is_continued_ = little_endian<std::uint16_t>(record.data() + header_size + size) == biff_continue;
   }
   next_ = behind;
   return true;

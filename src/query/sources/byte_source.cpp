@@ -1,5 +1,6 @@
 #include "query/sources/byte_source.h"
 
+#include "platform/counted.h"
 #include "platform/file_io.h"
 #include "query/sources/table_source.h"
 
@@ -88,8 +89,8 @@ void byte_source::check_memo(std::size_t size) const {
 
 void byte_source::fail_short(std::uint64_t offset, std::size_t size) const {
   throw table_source_exception(name_, "", "",
-                               std::to_string(size) + (size == 1 ? " byte is" : " bytes are") + " missing at byte " +
-                                   std::to_string(offset) + ": the file has only " + std::to_string(size_) + ".");
+                               counted(size, "byte is", "bytes are") + " missing at byte " + std::to_string(offset) +
+                                   ": the file has only " + std::to_string(size_) + ".");
 }
 
 std::unique_ptr<byte_source> open_bytes(const fs::path& file) {

@@ -1,18 +1,16 @@
 // Numbers out of a file's bytes, each read checked against the end.
 #pragma once
 
+#include "platform/counted.h"
+#include "platform/little_endian.h"
 #include "query/sources/table_source.h"
 
-#include <bit>
 #include <cstddef>
-#include <cstring>
 #include <span>
 #include <string>
 #include <string_view>
 
 namespace vesk {
-
-static_assert(std::endian::native == std::endian::little, "numbers are copied as they stand in the file");
 
 class byte_view {
 public:
@@ -26,9 +24,7 @@ public:
   // The little-endian number at `offset`. Throws table_source_exception when the file ends before.
   template <class T>
   T number(std::size_t offset) const {
-    T result;
-    std::memcpy(&result, text(offset, sizeof result).data(), sizeof result);
-    return result;
+    return little_endian<T>(text(offset, sizeof(T)).data());
   }
 
   std::string_view text(std::size_t offset, std::size_t size) const {
@@ -44,9 +40,8 @@ public:
 private:
   [[noreturn]] void fail_short(std::size_t offset, std::size_t size) const {
     throw table_source_exception(*name_, "", "",
-                                 std::to_string(size) + (size == 1 ? " byte is" : " bytes are") + " missing at byte " +
-                                     std::to_string(offset) + ": the file has only " + std::to_string(bytes_.size()) +
-                                     ".");
+                                 counted(size, "byte is", "bytes are") + " missing at byte " + std::to_string(offset) +
+                                     ": the file has only " + std::to_string(bytes_.size()) + ".");
   }
 
   std::span<const std::byte> bytes_;

@@ -1,8 +1,10 @@
 #include "query/sources/compound_file.h"
 
+#include "platform/little_endian.h"
 #include "query/sources/byte_view.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace vesk {
 
@@ -102,13 +104,10 @@ void compound_file::read_allocation_table(const byte_view& header) {
   for (std::size_t n = 0; more <= largest_sector; ++n) {
     const std::string list = sector(more);
     if (n > sectors || list.size() < sector_size_) fail("the sector lists of the compound file are damaged.");
-    std::uint32_t number = 0;
-    for (std::size_t i = 0; i + 4 <= list.size(); i += 4) {
-      std::memcpy(&number, list.data() + i, 4);
-      table_sectors.push_back(number);
-    }
-    table_sectors.pop_back(); // the last is the place of the next list
-    more = number;
+    for (std::size_t i = 0; i + 4 <= list.size(); i += 4)
+      table_sectors.push_back(little_endian<std::uint32_t>(list.data() + i));
+    more = table_sectors.back(); // the last is the place of the next list
+    table_sectors.pop_back();
   }
   for (const std::uint32_t table_sector : table_sectors) {
     if (table_sector > largest_sector || next_.size() > sectors) continue;

@@ -1,6 +1,7 @@
 #include "query/sources/dbf_source.h"
 
 #include "platform/code_page.h"
+#include "platform/little_endian.h"
 #include "query/sources/byte_source.h"
 #include "query/sources/byte_view.h"
 #include "query/sources/date_text.h"
@@ -8,6 +9,7 @@
 #include "query/sources/number_text.h"
 
 #include <algorithm>
+#include <bit>
 #include <charconv>
 #include <cmath>
 
@@ -84,13 +86,6 @@ std::string_view trimmed(std::string_view text) {
   text = without_end_blanks(text);
   while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
   return text;
-}
-
-template <class T>
-T number_at(const char* bytes) {
-  T result;
-  std::memcpy(&result, bytes, sizeof result);
-  return result;
 }
 
 // What programs write where a number is missing: "****" for one too long, "nan", "1.#IND" and the like.
@@ -329,31 +324,31 @@ table_value dbf_cursor::value(std::size_t field) {
     if (std::string_view("TtYy1").find(bytes[0]) != std::string_view::npos) return table_value::of_integer(1);
     if (std::string_view("FfNn0").find(bytes[0]) != std::string_view::npos) return table_value::of_integer(0);
     return {};
-  case 'I': return table_value::of_integer(number_at<std::int32_t>(bytes.data()));
-  case 'Y': return table_value::of_number(static_cast<double>(number_at<std::int64_t>(bytes.data())) / 10000.0);
+  case 'I': return table_value::of_integer(little_endian<std::int32_t>(bytes.data()));
+  case 'Y': return table_value::of_number(static_cast<double>(little_endian<std::int64_t>(bytes.data())) / 10000.0);
   case 'T': {
-    const auto day = number_at<std::int32_t>(bytes.data());
+    const auto day = little_endian<std::int32_t>(bytes.data());
     if (day == 0 || bytes.find_first_not_of(' ') == bytes.npos) return {};
     return table_value::of_date_time(
-        to_milliseconds(date_time_number(day - double{julian_origin}, number_at<std::int32_t>(bytes.data() + 4))));
+        to_milliseconds(date_time_number(day - double{julian_origin}, little_endian<std::int32_t>(bytes.data() + 4))));
   }
   case '+': // big-endian with the sign bit turned
     return table_value::of_integer(
-        static_cast<std::int32_t>(__builtin_bswap32(number_at<std::uint32_t>(bytes.data())) ^ 0x80000000U));
+        static_cast<std::int32_t>(__builtin_bswap32(little_endian<std::uint32_t>(bytes.data())) ^ 0x80000000U));
   case 'O': { // big-endian; a positive number has the sign bit set, a negative one all bits turned
-    const std::uint64_t bits = __builtin_bswap64(number_at<std::uint64_t>(bytes.data()));
+    const std::uint64_t bits = __builtin_bswap64(little_endian<std::uint64_t>(bytes.data()));
     if (bits == 0) return {};
     return table_value::of_number(std::bit_cast<double>(bits >> 63 ? bits & ~(std::uint64_t{1} << 63) : ~bits));
   }
   case '@': { // big-endian milliseconds since the day before 1 January of the year 1
-    const double ms = std::bit_cast<double>(__builtin_bswap64(number_at<std::uint64_t>(bytes.data())));
+    const double ms = std::bit_cast<double>(__builtin_bswap64(little_endian<std::uint64_t>(bytes.data())));
     constexpr double days_to_origin = 693594;
     if (ms == 0 || !std::isfinite(ms)) return {};
     return table_value::of_date_time(to_milliseconds(ms / 86400000.0 - days_to_origin));
   }
   case 'B':
     if (source_.fields_[field].type == field_type::floating)
-      return table_value::of_number(number_at<double>(bytes.data()));
+      return table_value::of_number(little_endian<double>(bytes.data()));
     return {};
   case 'M': return memo(field, bytes);
   default: return {};
@@ -405,7 +400,7 @@ table_value dbf_cursor::date(std::size_t field, std::string_view bytes) const {
 table_value dbf_cursor::memo(std::size_t field, std::string_view bytes) {
   std::uint64_t block = 0;
   if (source_.layout_[field].foxpro_binary) {
-    block = number_at<std::uint32_t>(bytes.data());
+    block = little_endian<std::uint32_t>(bytes.data());
   } else {
     bytes = trimmed(bytes);
     if (bytes.empty()) return {};

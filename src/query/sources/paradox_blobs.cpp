@@ -1,16 +1,15 @@
 #include "query/sources/paradox_blobs.h"
 
+#include "platform/little_endian.h"
 #include "query/sources/table_source.h"
-
-#include <cstring>
 
 namespace vesk {
 
 paradox_blob paradox_blob::of(std::string_view field) {
   paradox_blob blob{};
   const char* const reference = field.data() + field.size() - reference_size;
-  std::memcpy(&blob.place, reference, sizeof blob.place);
-  std::memcpy(&blob.size, reference + sizeof blob.place, sizeof blob.size);
+  blob.place = little_endian<decltype(blob.place)>(reference);
+  blob.size = little_endian<decltype(blob.size)>(reference + sizeof blob.place);
   return blob;
 }
 

@@ -1,6 +1,7 @@
 #include "query/sources/paradox_source.h"
 
 #include "platform/code_page.h"
+#include "platform/little_endian.h"
 #include "query/sources/byte_source.h"
 #include "query/sources/byte_view.h"
 #include "query/sources/date_text.h"
@@ -9,6 +10,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
 
 namespace vesk {
@@ -219,11 +221,8 @@ bool paradox_cursor::to_next_block() {
   const std::string_view whole =
       window_.at(at, std::max(block_header,
                               static_cast<std::size_t>(std::min<std::uint64_t>(source_.block_size_, file_size - at))));
-  std::uint16_t next = 0;
-  std::int16_t last = 0;
-  std::memcpy(&next, whole.data(), sizeof next);
-  std::memcpy(&last, whole.data() + 4, sizeof last);
-  next_block_ = next;
+  next_block_ = little_endian<std::uint16_t>(whole.data());
+  const auto last = little_endian<std::int16_t>(whole.data() + 4);
   const std::size_t size =
       last < 0 ? 0 : (static_cast<std::size_t>(last) / source_.record_size_ + 1) * source_.record_size_;
   if (block_header + size > source_.block_size_)
@@ -246,9 +245,7 @@ auto integer_of(const char* bytes) {
 
 // The same for doubles: a positive one has its sign bit turned, a negative one all bits.
 double double_of(const char* bytes) {
-  std::uint64_t raw;
-  std::memcpy(&raw, bytes, sizeof raw);
-  raw = __builtin_bswap64(raw);
+  const std::uint64_t raw = __builtin_bswap64(little_endian<std::uint64_t>(bytes));
   constexpr std::uint64_t sign = std::uint64_t{1} << 63;
   return std::bit_cast<double>(raw & sign ? raw ^ sign : ~raw);
 }
