@@ -1,6 +1,6 @@
 #include "query_peers.h"
 
-#include "query/sources/date_text.h"
+#include "query/sources/text/date_text.h"
 #include "query_tables.h"
 
 #include <algorithm>

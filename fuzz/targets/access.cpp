@@ -1,5 +1,5 @@
 // The database goes through the helper program, which may fail as it likes.
-#include "query/sources/access_source.h"
+#include "query/sources/databases/access_source.h"
 #include "support/scratch.h"
 #include "support/tables.h"
 

@@ -1,5 +1,5 @@
 // What the helper program for Access databases answers: the input, whatever it was asked.
-#include "query/sources/access_source.h"
+#include "query/sources/databases/access_source.h"
 #include "support/scratch.h"
 #include "support/tables.h"
 

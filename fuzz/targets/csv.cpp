@@ -1,4 +1,4 @@
-#include "query/sources/csv_source.h"
+#include "query/sources/text/csv_source.h"
 #include "support/tables.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {

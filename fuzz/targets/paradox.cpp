@@ -1,4 +1,4 @@
-#include "query/sources/paradox_source.h"
+#include "query/sources/databases/paradox_source.h"
 #include "support/tables.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {

@@ -1,4 +1,4 @@
-#include "query/sources/sqlite_source.h"
+#include "query/sources/databases/sqlite_source.h"
 #include "support/scratch.h"
 #include "support/tables.h"
 

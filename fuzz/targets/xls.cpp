@@ -1,4 +1,4 @@
-#include "query/sources/xls_source.h"
+#include "query/sources/workbooks/xls_source.h"
 #include "support/tables.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {

@@ -1,6 +1,6 @@
 #include "query/paradox_catalogue_store.h"
 
-#include "query/sources/paradox_source.h"
+#include "query/sources/databases/paradox_source.h"
 
 #include <algorithm>
 

@@ -2,10 +2,10 @@
 
 #include "platform/file_lookup.h"
 #include "query/import_query.h"
-#include "query/sources/column_form.h"
-#include "query/sources/date_text.h"
-#include "query/sources/number_text.h"
 #include "query/sources/open_table_source.h"
+#include "query/sources/text/column_form.h"
+#include "query/sources/text/date_text.h"
+#include "query/sources/text/number_text.h"
 #include "query/sqlite_cancel.h"
 #include "query/value_text.h"
 

@@ -1,7 +1,7 @@
 #include "query/value_text.h"
 
 #include "dataset/moment.h"
-#include "query/sources/date_text.h"
+#include "query/sources/text/date_text.h"
 
 #include <algorithm>
 #include <charconv>

@@ -1,8 +1,8 @@
 // Small files made to take much memory or time, and Cancel.
 #include "peak_memory.h"
 #include "query/import_query.h"
-#include "query/sources/compound_file.h"
 #include "query/sources/open_table_source.h"
+#include "query/sources/workbooks/compound_file.h"
 #include "run_program.h"
 #include "temporary_folder.h"
 

@@ -2,8 +2,8 @@
 // and a file that becomes shorter meanwhile is told.
 #include "paradox_writer.h"
 #include "peak_memory.h"
-#include "query/sources/csv_source.h"
 #include "query/sources/open_table_source.h"
+#include "query/sources/text/csv_source.h"
 #include "table_summary.h"
 #include "temporary_folder.h"
 

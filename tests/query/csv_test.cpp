@@ -1,5 +1,5 @@
 // How text files are understood: separator, header, forms of numbers and dates, and what is refused.
-#include "query/sources/csv_source.h"
+#include "query/sources/text/csv_source.h"
 #include "table_summary.h"
 
 #include <gmock/gmock.h>

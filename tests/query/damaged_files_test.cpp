@@ -1,9 +1,9 @@
 // Files that end too early or have wrong bytes: refused in one sentence, never read as something else.
-#include "query/sources/dbf_source.h"
-#include "query/sources/ods_source.h"
-#include "query/sources/paradox_source.h"
-#include "query/sources/xls_source.h"
-#include "query/sources/xlsx_source.h"
+#include "query/sources/databases/dbf_source.h"
+#include "query/sources/databases/paradox_source.h"
+#include "query/sources/workbooks/ods_source.h"
+#include "query/sources/workbooks/xls_source.h"
+#include "query/sources/workbooks/xlsx_source.h"
 #include "table_summary.h"
 #include "temporary_folder.h"
 

@@ -1,5 +1,5 @@
 // dBASE tables typed by hand: the types of FoxPro and of level 7, memo blocks, and damage.
-#include "query/sources/dbf_source.h"
+#include "query/sources/databases/dbf_source.h"
 #include "table_summary.h"
 
 #include <gmock/gmock.h>

@@ -1,7 +1,7 @@
 // Workbooks typed by hand: what a cell may be in each of their formats, and what is refused.
 #include "query/sources/open_table_source.h"
-#include "query/sources/sheet_source.h"
-#include "query/sources/xls_source.h"
+#include "query/sources/workbooks/sheet_source.h"
+#include "query/sources/workbooks/xls_source.h"
 #include "table_summary.h"
 #include "temporary_folder.h"
 

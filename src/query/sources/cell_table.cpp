@@ -1,7 +1,7 @@
 #include "query/sources/cell_table.h"
 
 #include "dataset/moment.h"
-#include "query/sources/header_row.h"
+#include "query/sources/text/header_row.h"
 
 #include <algorithm>
 #include <array>

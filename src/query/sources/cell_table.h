@@ -1,8 +1,8 @@
 // The cells of a sheet, or the rows of a table that is slow to read, kept in memory.
 #pragma once
 
-#include "query/sources/column_form.h"
 #include "query/sources/table_source.h"
+#include "query/sources/text/column_form.h"
 
 #include <cstdint>
 #include <memory>

@@ -1,17 +1,17 @@
 #include "query/sources/open_table_source.h"
 
 #include "platform/file_io.h"
-#include "query/sources/access_source.h"
-#include "query/sources/byte_source.h"
-#include "query/sources/compound_file.h"
-#include "query/sources/csv_source.h"
-#include "query/sources/dbf_source.h"
-#include "query/sources/ods_source.h"
-#include "query/sources/paradox_source.h"
-#include "query/sources/sqlite_source.h"
-#include "query/sources/xls_source.h"
-#include "query/sources/xlsx_source.h"
-#include "query/sources/zip_archive.h"
+#include "query/sources/bytes/byte_source.h"
+#include "query/sources/databases/access_source.h"
+#include "query/sources/databases/dbf_source.h"
+#include "query/sources/databases/paradox_source.h"
+#include "query/sources/databases/sqlite_source.h"
+#include "query/sources/text/csv_source.h"
+#include "query/sources/workbooks/compound_file.h"
+#include "query/sources/workbooks/ods_source.h"
+#include "query/sources/workbooks/xls_source.h"
+#include "query/sources/workbooks/xlsx_source.h"
+#include "query/sources/workbooks/zip_archive.h"
 
 #include <string>
 #include <string_view>

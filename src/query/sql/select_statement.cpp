@@ -1,6 +1,6 @@
 #include "query/sql/select_statement.h"
 
-#include "query/sources/number_text.h"
+#include "query/sources/text/number_text.h"
 #include "query/sqlite_names.h"
 #include "query/value_text.h"
 

@@ -1,7 +1,7 @@
 #include "query/sql/table_module.h"
 
-#include "query/sources/column_form.h"
-#include "query/sources/date_text.h"
+#include "query/sources/text/column_form.h"
+#include "query/sources/text/date_text.h"
 #include "query/sqlite_names.h"
 #include "query/value_text.h"
 

@@ -1,0 +1,78 @@
+// Text with separated fields, cut into rows and fields.
+//
+// A field between quotation marks may hold separators and line ends, and a doubled mark is one; a mark inside an
+// unquoted field is a character like others. Blanks around unquoted fields are left out, and so are empty lines. A line
+// ends at a line feed, a carriage return, or both.
+#pragma once
+
+#include "query/sources/text/text_stream.h"
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vesk {
+
+class csv_rows {
+public:
+  static constexpr std::size_t most_fields = 1 << 16; // in one row; what follows is left out
+
+  static constexpr std::size_t longest_row = std::size_t{4} << 20; // in bytes
+
+  // `start`: the place of the stream's beginning in the whole text.
+  csv_rows(text_stream text, char separator, std::uint64_t start = 0);
+
+  // Goes to the next row that is not empty; false at the end, and where `fault` tells of a row that is too long. Throws
+  // table_source_exception when the text cannot be read.
+  bool next();
+
+  // Of the present row.
+  std::size_t size() const { return size_; }
+  std::uint64_t offset() const { return offset_; }             // of its first byte in the text
+  std::uint64_t end_offset() const { return offset_of(end_); } // of what has been read of the text
+
+  // A field's text; where its quotation marks must be taken out that is done in `room`.
+  std::string_view text(std::size_t position, std::string& room) const;
+
+  // What is wrong with the text so far, and where: a quotation mark that is never closed, or not within the longest
+  // row, or the beginning of a longer row.
+  enum class fault_kind { none, unclosed_mark, mark_closed_late, long_row };
+  fault_kind fault() const { return fault_; }
+  std::uint64_t fault_offset() const { return fault_offset_; }
+
+private:
+  struct field {
+    const char* begin;
+    const char* end;
+    bool has_marks; // quotation marks stand in it that are not part of the text
+  };
+
+  void add(const char* first, const char* last, bool has_marks) {
+    if (size_ == fields_.size()) fields_.resize(2 * size_ + 16);
+    fields_[size_++] = {first, last, has_marks};
+  }
+  const char* take_row(const char* at);
+  const char* take_quoted(const char* at);
+  std::uint64_t offset_of(const char* place) const {
+    return start_ + static_cast<std::uint64_t>(place - text_.begin());
+  }
+  void note(fault_kind fault, const char* place) {
+    if (fault_ != fault_kind::none) return;
+    fault_ = fault;
+    fault_offset_ = offset_of(place);
+  }
+
+  text_stream text_;
+  const char* next_;
+  const char* end_;
+  const char* open_mark_ = nullptr; // of the present row, if what is there of the text does not close it
+  char separator_;
+  std::uint64_t start_; // of what is there of the text
+  std::uint64_t offset_ = 0, fault_offset_ = 0;
+  fault_kind fault_ = fault_kind::none;
+  std::vector<field> fields_; // the first `size_` are those of the present row
+  std::size_t size_ = 0;
+};
+
+} // namespace vesk
