@@ -1,5 +1,7 @@
 #include "platform/code_page.h"
 
+#include "platform/little_endian.h"
+
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
@@ -71,9 +73,7 @@ constexpr mazovia_letter mazovia_letters[] = {
 
 // The common one of the double-byte code pages, without the system's converter, which takes long to set up.
 void append_utf16(std::string_view bytes, std::string& text) {
-  const auto unit = [&](std::size_t i) {
-    return static_cast<char32_t>(static_cast<unsigned char>(bytes[i]) | static_cast<unsigned char>(bytes[i + 1]) << 8);
-  };
+  const auto unit = [&](std::size_t i) { return char32_t{little_endian<char16_t>(bytes.data() + i)}; };
   const auto part = [](char32_t first, char32_t bits) { return static_cast<char>(first | (bits & 0x3f)); };
   for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
     char32_t c = unit(i);
