@@ -28,8 +28,8 @@ TPreveskMainForm::TPreveskMainForm(user_interface& ui, const fs::path& settings_
   const fs::path data = user_data_directory(), documents = user_documents_directory();
   application_data_directory = data.empty() ? program_directory : with_separator(data);
   documents_directory = documents.empty() ? program_directory : with_separator(documents);
-  const auto log_folder = is_writable_directory(program_directory) ? fs::path(program_directory) : state_directory();
-  log_file_name = log_folder / "LOG.TXT";
+  const fs::path log_folder = log_directory(program_directory);
+  if (!log_folder.empty()) log_file_name = log_folder / "LOG.TXT";
   forms_ = std::make_unique<program_forms>(*this, settings.EditionName);
   for (const std::string& part : {settings.ApplicationName, settings.EditionName})
     if (!part.empty()) base_caption += " " + part;

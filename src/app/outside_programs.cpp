@@ -1,10 +1,12 @@
 #include "app/outside_programs.h"
 
 #include "app/documentation.h"
+#include "platform/file_io.h"
 #include "platform/program_paths.h"
 
 #include <algorithm>
-#include <cstdio>
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace vesk {
 
@@ -34,14 +36,13 @@ std::string file_in(const std::string& folder, std::string name) {
   return folder + name;
 }
 
-// Whether a file can be created in the folder. Creates one: permission bits alone do not tell.
+// Whether a file can be created in the folder. Creates one: permission bits alone do not tell. Never writes to what is
+// there under its name, which may be a link.
 bool can_make_a_file_in(const std::string& folder) {
   const std::string probe = folder + "vesk.testcreate";
-  std::FILE* file = std::fopen(probe.c_str(), "we");
-  if (!file) return false;
-  std::fclose(file);
-  std::remove(probe.c_str());
-  return true;
+  unlink(probe.c_str());
+  const file_descriptor file(open(probe.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
+  return file.is_open() && unlink(probe.c_str()) == 0;
 }
 
 } // namespace

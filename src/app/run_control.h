@@ -45,7 +45,7 @@ public:
   model_thread* active_thread = nullptr;         // the one job; null when idle. It frees itself.
   bool quit_after_run = false;                   // close the main window at the end of a run; used up by the first one
   bool run_on_start = false;                     // run at the end of an import; used up in the same way
-  std::filesystem::path log_file_name;           // the template for the jobs' logs
+  std::filesystem::path log_file_name;           // the template for the jobs' logs; empty: there is none
   std::filesystem::path engine_path;             // of the engine library
   query_executor execute_query;                  // executes one stored query
   bool skip_deferred_queries = false;            // run on the stored points

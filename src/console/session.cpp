@@ -53,6 +53,8 @@ void session::set_up() {
 
 // Jobs never report that they cannot write their logs, but here somebody has asked for them.
 void session::try_log() {
+  if (form_.log_file_name.empty())
+    return tell_log_loss("There is no folder for the log, since the account has no home; --log=DIR names one.");
   std::error_code ignored; // the file's own failure tells more
   std::filesystem::create_directories(form_.log_file_name.parent_path(), ignored);
   if (const int error = append_to_side_file(form_.log_file_name, ""))

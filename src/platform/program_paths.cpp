@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <fstream>
+#include <pwd.h>
 #include <string>
 #include <unistd.h>
 
@@ -19,18 +20,17 @@ fs::path install_prefix() {
   return program_directory().parent_path();
 }
 
-fs::path state_directory() {
-  // Only an absolute path counts, as the base directory rules have it.
-  if (const char* state = std::getenv("XDG_STATE_HOME"); state && *state == '/') return fs::path(state) / "vesk";
-  const char* home = std::getenv("HOME");
-  return fs::path(home && *home ? home : "/tmp") / ".local" / "state" / "vesk";
-}
-
 namespace {
 
+// Only an absolute path counts, as the base directory rules have it.
 fs::path absolute_from(const char* variable) {
   const char* value = std::getenv(variable);
   return value && *value == '/' ? fs::path(value) : fs::path();
+}
+
+bool is_installed(const fs::path& program_folder) {
+  std::error_code ignored;
+  return fs::exists(program_folder.lexically_normal() / ".." / "share" / "vesk", ignored);
 }
 
 // The folder in a line of user-dirs.dirs: NAME="$HOME/folder" or NAME="/folder"; empty in any other line.
@@ -44,14 +44,30 @@ fs::path folder_in_line(const std::string& line, const std::string& name, const 
 
 } // namespace
 
+fs::path home_directory() {
+  if (const fs::path told = absolute_from("HOME"); !told.empty()) return told;
+  const passwd* const account = getpwuid(getuid());
+  return account && account->pw_dir && *account->pw_dir == '/' ? fs::path(account->pw_dir) : fs::path();
+}
+
+fs::path state_directory() {
+  if (const fs::path told = absolute_from("XDG_STATE_HOME"); !told.empty()) return told / "vesk";
+  const fs::path home = home_directory();
+  return home.empty() ? fs::path() : home / ".local/state/vesk";
+}
+
+fs::path log_directory(const fs::path& program_folder) {
+  return is_writable_directory(program_folder) && !is_installed(program_folder) ? program_folder : state_directory();
+}
+
 fs::path user_data_directory() {
-  const fs::path told = absolute_from("XDG_DATA_HOME"), home = absolute_from("HOME");
+  const fs::path told = absolute_from("XDG_DATA_HOME"), home = home_directory();
   if (!told.empty()) return told;
   return home.empty() ? fs::path() : home / ".local/share";
 }
 
 fs::path user_documents_directory() {
-  const fs::path home = absolute_from("HOME");
+  const fs::path home = home_directory();
   if (home.empty()) return {};
   const fs::path told = absolute_from("XDG_CONFIG_HOME");
   std::ifstream file((told.empty() ? home / ".config" : told) / "user-dirs.dirs");

@@ -1,5 +1,6 @@
 #include "platform/settings_file.h"
 
+#include "platform/program_paths.h"
 #include "platform/safe_file.h"
 
 #include <algorithm>
@@ -46,9 +47,7 @@ settings_file::settings_file(fs::path path) : path_(std::move(path)) {
 
 fs::path settings_file::default_path() {
   const char* config = std::getenv("XDG_CONFIG_HOME");
-  const char* home = std::getenv("HOME");
-  const fs::path folder =
-      config && *config == '/' ? fs::path(config) : fs::path(home && *home ? home : "/") / ".config";
+  const fs::path folder = config && *config == '/' ? fs::path(config) : "/" / home_directory() / ".config";
   return folder / "vesk" / "settings.ini";
 }
 

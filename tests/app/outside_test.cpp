@@ -142,6 +142,18 @@ TEST_F(Outside, PostProcessorsGetTheDataFileAsOneArgument) {
   EXPECT_EQ(ui.boxes, lines(2, "Error: Could not create post-processor process."));
 }
 
+// A folder that others may write to can have a link under the name of the file that the updater's check creates.
+TEST_F(Outside, TheUpdatersCheckFollowsNoLink) {
+  for (const char* what : {"diary", "missing"}) {
+    folder.write("diary", "kept");
+    std::filesystem::create_symlink(folder.path / what, folder.path / "vesk.testcreate");
+    form.Checkforupdates1Click();
+    EXPECT_EQ(ui.take_boxes().at(0).substr(0, 23), "Check for updates now?:");
+    EXPECT_EQ(folder.read("diary"), "kept");
+    EXPECT_FALSE(std::filesystem::exists(folder.path / "missing"));
+  }
+}
+
 TEST_F(Outside, TheUpdaterIsStartedOnceAgreedAndEndsTheProgram) {
   const std::string question = "Check for updates now?: This action will terminate vesk. All related programs \r\n"
                                "must be shut down for the update to succeed. Are you \r\nsure that you wish to do this "

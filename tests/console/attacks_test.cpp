@@ -3,6 +3,9 @@
 #include "temporary_folder.h"
 
 #include <gtest/gtest.h>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace vesk {
 namespace {
@@ -48,6 +51,29 @@ TEST_F(Attack, ANameThatIsAFormulaComesBackAsAName) {
   folder.write("home/models/river.inp", tank("=HYPERLINK(A1)"));
   ASSERT_EQ(run_program(VESK_RUN, {"-IMPORT", model(), "-RUN"}).status, 0);
   EXPECT_TRUE(folder.read("home/models/river_tracer.csv").starts_with("time,'=HYPERLINK(A1)\n"));
+}
+
+// Pipes would stop the NetCDF library for ever, were it to read its settings from the current folder.
+TEST_F(Attack, SettingsOfTheNetcdfLibraryInAFolderOfModelsAreNotRead) {
+  folder.write("home/models/river.inp", tank("tank") + "OPENABLED 11 1\n");
+  const std::string models = folder.file("home/models");
+  for (const char* name : {".ncrc", ".daprc", ".dodsrc"}) ASSERT_EQ(mkfifo((models + "/" + name).c_str(), 0600), 0);
+  const program_result result =
+      run_program("/bin/sh", {"-c", "cd '" + models + "' && exec timeout 20 " VESK_RUN " -IMPORT river.inp -RUN"});
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_TRUE(std::filesystem::exists(models + "/river.nc"));
+}
+
+// Without HOME logs once went to /tmp, where anybody may have put a link or a folder of that name.
+TEST_F(Attack, WithoutHomeNothingIsWrittenToTmp) {
+  const std::string home = getpwuid(getuid())->pw_dir;
+  if (std::filesystem::exists(home)) GTEST_SKIP() << "would write to the home of who runs the tests";
+  folder.write("home/models/river.inp", tank("tank"));
+  const program_result result = run_program(
+      "/usr/bin/env", {"-u", "HOME", "-u", "XDG_STATE_HOME", VESK_RUN, "-IMPORT", model(), "-RUN", "--log"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_TRUE(result.err.find(" " + home + "/.local/state/vesk/LOG.TXT: ") != std::string::npos) << result.err;
+  EXPECT_FALSE(std::filesystem::exists("/tmp/.local"));
 }
 
 } // namespace

@@ -1,10 +1,14 @@
+#include "platform/program_paths.h"
 #include "platform/settings_file.h"
 #include "temporary_folder.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <optional>
+#include <pwd.h>
 #include <thread>
+#include <unistd.h>
 
 namespace vesk {
 namespace {
@@ -66,14 +70,49 @@ TEST(SettingsFile, DamageAndRefusalsAreSilent) {
   EXPECT_FALSE(settings_file(folder.path).save());                   // a folder where the file should be
 }
 
+// Sets a variable of the environment, or takes it away, for the life of this.
+class environment {
+public:
+  environment(const char* name, const char* value) : name_(name) {
+    if (const char* before = std::getenv(name)) before_ = before;
+    set(value);
+  }
+  ~environment() { set(before_ ? before_->c_str() : nullptr); }
+
+private:
+  void set(const char* value) const { value ? setenv(name_, value, 1) : unsetenv(name_); }
+  const char* name_;
+  std::optional<std::string> before_;
+};
+
 TEST(SettingsFile, LiesInTheUsersConfigurationFolder) {
-  const char* before = std::getenv("XDG_CONFIG_HOME");
-  const std::string kept = before ? before : "";
-  setenv("XDG_CONFIG_HOME", "/somewhere", 1);
-  EXPECT_EQ(settings_file::default_path(), "/somewhere/vesk/settings.ini");
-  setenv("XDG_CONFIG_HOME", "relative", 1); // does not count
-  EXPECT_EQ(settings_file::default_path(), fs::path(std::getenv("HOME")) / ".config/vesk/settings.ini");
-  before ? setenv("XDG_CONFIG_HOME", kept.c_str(), 1) : unsetenv("XDG_CONFIG_HOME");
+  const environment home("HOME", "/home/of/one");
+  {
+    const environment config("XDG_CONFIG_HOME", "/somewhere");
+    EXPECT_EQ(settings_file::default_path(), "/somewhere/vesk/settings.ini");
+  }
+  const environment config("XDG_CONFIG_HOME", "relative"); // does not count
+  EXPECT_EQ(settings_file::default_path(), "/home/of/one/.config/vesk/settings.ini");
+}
+
+// Anybody may put a link into /tmp before a log or the settings are written there.
+TEST(ProgramPaths, WithoutHomeTheAccountsHomeIsTaken) {
+  const fs::path home = getpwuid(getuid())->pw_dir;
+  for (const char* told : {static_cast<const char*>(nullptr), "", "tmp"}) {
+    const environment none("HOME", told), config("XDG_CONFIG_HOME", nullptr), state("XDG_STATE_HOME", nullptr);
+    EXPECT_EQ(home_directory(), home);
+    EXPECT_EQ(state_directory(), home / ".local/state/vesk");
+    EXPECT_EQ(settings_file::default_path(), home / ".config/vesk/settings.ini");
+  }
+}
+
+TEST(ProgramPaths, LogsStayOutOfAnInstalledProgramsFolder) {
+  const temporary_folder folder;
+  const environment state("XDG_STATE_HOME", "/the/state");
+  fs::create_directories(folder.path / "bin");
+  EXPECT_EQ(log_directory(folder.path / "bin/"), folder.path / "bin/");
+  fs::create_directories(folder.path / "share/vesk");
+  EXPECT_EQ(log_directory(folder.path / "bin/"), "/the/state/vesk"); // though it can be written to
 }
 
 } // namespace
