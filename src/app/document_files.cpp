@@ -5,6 +5,7 @@
 #include "dataset/file_version_text.h"
 #include "dataset/vki_file.h"
 #include "platform/counted.h"
+#include "platform/letter_case.h"
 
 #include <algorithm>
 #include <filesystem>

@@ -1,5 +1,7 @@
 #include "app/file_names.h"
 
+#include "platform/letter_case.h"
+
 namespace vesk {
 
 file_name_parts split_file_name(std::string_view name) {
@@ -8,13 +10,6 @@ file_name_parts split_file_name(std::string_view name) {
   std::size_t dot = name.rfind('.');
   if (dot == std::string_view::npos || dot < base) dot = name.size();
   return {std::string(name.substr(0, base)), std::string(name.substr(base, dot - base)), std::string(name.substr(dot))};
-}
-
-std::string upper_case(std::string_view text) {
-  std::string result(text);
-  for (char& c : result)
-    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
-  return result;
 }
 
 std::string leaf_of(std::string_view name) {

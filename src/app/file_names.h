@@ -15,9 +15,6 @@ struct file_name_parts {
 
 file_name_parts split_file_name(std::string_view name);
 
-// ASCII letters only, as extensions and options are compared.
-std::string upper_case(std::string_view text);
-
 // The name without its folder: "river.vki".
 std::string leaf_of(std::string_view name);
 

@@ -2,6 +2,7 @@
 #include "app/documentation.h"
 #include "app/file_names.h"
 #include "app/main_form.h"
+#include "platform/letter_case.h"
 
 namespace vesk {
 

@@ -1,6 +1,7 @@
 #include "console/options.h"
 
 #include "app/file_names.h"
+#include "platform/letter_case.h"
 #include "platform/nearest_name.h"
 
 #include <algorithm>

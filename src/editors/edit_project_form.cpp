@@ -1,6 +1,7 @@
 #include "editors/edit_project_form.h"
 
-#include <algorithm>
+#include "platform/letter_case.h"
+
 #include <string_view>
 
 namespace vesk {
@@ -14,10 +15,7 @@ const file_dialog browse_dialog{file_dialog::kind::open, "",
                                 ""};
 
 bool is_data_file(std::string_view name) {
-  constexpr std::string_view ending = ".vki";
-  const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
-  return name.size() >= ending.size() &&
-         std::ranges::equal(name.substr(name.size() - ending.size()), ending, {}, lower);
+  return upper_case(name).ends_with(".VKI");
 }
 
 } // namespace
