@@ -80,6 +80,10 @@ std::uint32_t interpolation_of(const prevesk_dataset_data_type& data, const seri
   return block ? block->interpolation_type : interpolation_step;
 }
 
+std::uint32_t& edit_interpolation(prevesk_dataset_data_type& data, const series_ref& ref) {
+  return edit_block(data, ref).interpolation_type;
+}
+
 std::size_t owner_count(const prevesk_dataset_data_type& data, series_kind kind) {
   switch (kind) {
   case series_kind::load:

@@ -39,6 +39,9 @@ stored_series& edit_series(prevesk_dataset_data_type& data, const series_ref& re
 // 0 linear, any other value step. Print intervals and time steps are steps.
 std::uint32_t interpolation_of(const prevesk_dataset_data_type& data, const series_ref& ref);
 
+// The same for changing, under the conditions of `edit_series`; not of print intervals and time steps.
+std::uint32_t& edit_interpolation(prevesk_dataset_data_type& data, const series_ref& ref);
+
 // What messages about stored queries call the series.
 std::string query_label(const prevesk_dataset_data_type& data, const series_ref& ref);
 

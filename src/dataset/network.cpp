@@ -1,0 +1,203 @@
+#include "dataset/network.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+namespace vesk {
+
+namespace {
+
+constexpr std::size_t outside = static_cast<std::size_t>(-1); // of a reference below 0
+
+std::size_t position_of(std::int32_t reference) {
+  return reference < 0 ? outside : static_cast<std::size_t>(reference);
+}
+
+bool at_or_after(std::int32_t reference, std::size_t position) {
+  return reference >= 0 && static_cast<std::size_t>(reference) >= position;
+}
+
+std::pair<std::int32_t&, std::int32_t&> ends(exchange_pair_record_type& pair) {
+  return {pair.segment_one, pair.segment_two};
+}
+std::pair<std::int32_t&, std::int32_t&> ends(flow_pair_record_type& pair) {
+  return {pair.from_segment, pair.to_segment};
+}
+std::pair<std::int32_t, std::int32_t> ends(const exchange_pair_record_type& pair) {
+  return {pair.segment_one, pair.segment_two};
+}
+std::pair<std::int32_t, std::int32_t> ends(const flow_pair_record_type& pair) {
+  return {pair.from_segment, pair.to_segment};
+}
+
+// Counts the records of which a reference has the property.
+template <class Property>
+segment_references count_references(const prevesk_dataset_data_type& data, const Property& has) {
+  segment_references counts;
+  const auto count_pairs = [&](const auto& fields) {
+    for (const auto& field : fields)
+      for (const auto& function : field.functions)
+        for (const auto& pair : function.pairs)
+          if (has(ends(pair).first) || has(ends(pair).second)) ++counts.pairs;
+  };
+  count_pairs(data.exchange_fields);
+  count_pairs(data.flow_fields);
+  for (const segment_data_type& segment : data.segments)
+    if (has(segment.bottom_segment)) ++counts.bottoms;
+  const auto count_in = [&](const auto& list) {
+    return static_cast<std::size_t>(
+        std::count_if(list.begin(), list.end(), [&](const auto& record) { return has(record.segment); }));
+  };
+  for (const system_data_type& system : data.systems) {
+    counts.loads += count_in(system.loads);
+    counts.boundaries += count_in(system.boundaries);
+  }
+  return counts;
+}
+
+// What the walks below change, and nothing else, so that all else stays shared with the copies of the data set.
+template <class List, class Property>
+bool any_of(const List& list, const Property& has) {
+  return std::any_of(list.begin(), list.end(), has);
+}
+
+// Adds `by` to every reference at or after `position`.
+void shift_references(prevesk_dataset_data_type& data, std::size_t position, std::int32_t by) {
+  const auto moves = [position](std::int32_t reference) { return at_or_after(reference, position); };
+  const auto shift_pairs = [&](auto& fields) {
+    for (std::size_t f = 0; f < fields.size(); ++f)
+      for (std::size_t i = 0; i < fields[f].functions.size(); ++i) {
+        const auto names_moved = [&](const auto& pair) { return moves(ends(pair).first) || moves(ends(pair).second); };
+        if (!any_of(fields[f].functions[i].pairs, names_moved)) continue;
+        auto& pairs = fields.edit(f).functions.edit(i).pairs;
+        auto* all = pairs.edit_data();
+        for (std::size_t p = 0; p < pairs.size(); ++p) {
+          const auto [one, two] = ends(all[p]);
+          if (moves(one)) one += by;
+          if (moves(two)) two += by;
+        }
+      }
+  };
+  shift_pairs(data.exchange_fields);
+  shift_pairs(data.flow_fields);
+  for (std::size_t i = 0; i < data.segments.size(); ++i)
+    if (moves(data.segments[i].bottom_segment)) data.segments.edit(i).bottom_segment += by;
+  const auto shift_records = [&](auto system_data_type::*list) {
+    for (std::size_t s = 0; s < data.systems.size(); ++s)
+      for (std::size_t i = 0; i < (data.systems[s].*list).size(); ++i)
+        if (moves((data.systems[s].*list)[i].segment)) (data.systems.edit(s).*list).edit(i).segment += by;
+  };
+  shift_records(&system_data_type::loads);
+  shift_records(&system_data_type::boundaries);
+}
+
+// Removes the records that name the segment, and sets bottom references to it to none.
+void remove_references(prevesk_dataset_data_type& data, std::size_t position) {
+  const auto is_it = [position](std::int32_t reference) { return position_of(reference) == position; };
+  const auto remove_pairs = [&](auto& fields) {
+    for (std::size_t f = 0; f < fields.size(); ++f)
+      for (std::size_t i = 0; i < fields[f].functions.size(); ++i) {
+        const auto names_it = [&](const auto& pair) { return is_it(ends(pair).first) || is_it(ends(pair).second); };
+        if (!any_of(fields[f].functions[i].pairs, names_it)) continue;
+        auto& pairs = fields.edit(f).functions.edit(i).pairs;
+        auto* all = pairs.edit_data();
+        const auto kept = static_cast<std::size_t>(std::remove_if(all, all + pairs.size(), names_it) - all);
+        pairs.erase(kept, pairs.size() - kept);
+      }
+  };
+  remove_pairs(data.exchange_fields);
+  remove_pairs(data.flow_fields);
+  for (std::size_t i = 0; i < data.segments.size(); ++i)
+    if (is_it(data.segments[i].bottom_segment)) data.segments.edit(i).bottom_segment = no_segment;
+  const auto remove_records = [&](auto system_data_type::*list) {
+    for (std::size_t s = 0; s < data.systems.size(); ++s)
+      for (std::size_t i = (data.systems[s].*list).size(); i-- > 0;)
+        if (is_it((data.systems[s].*list)[i].segment)) (data.systems.edit(s).*list).erase(i);
+  };
+  remove_records(&system_data_type::loads);
+  remove_records(&system_data_type::boundaries);
+}
+
+std::string counted(std::size_t count, const char* one, const char* many) {
+  return std::to_string(count) + " " + (count == 1 ? one : many);
+}
+
+} // namespace
+
+std::string in_words(const segment_references& counts) {
+  std::vector<std::string> parts;
+  if (counts.pairs != 0) parts.push_back(counted(counts.pairs, "pair", "pairs"));
+  if (counts.bottoms != 0) parts.push_back(counted(counts.bottoms, "bottom reference", "bottom references"));
+  if (counts.loads != 0) parts.push_back(counted(counts.loads, "load", "loads"));
+  if (counts.boundaries != 0) parts.push_back(counted(counts.boundaries, "boundary", "boundaries"));
+  std::string text;
+  for (std::size_t i = 0; i < parts.size(); ++i)
+    text += (i == 0 ? "" : i + 1 == parts.size() ? " and " : ", ") + parts[i];
+  return text;
+}
+
+void insert_segment(prevesk_dataset_data_type& data, std::size_t position) {
+  data.segments.insert(std::min(position, data.segments.size()), {});
+  reconcile_segment_records(data);
+}
+
+void erase_segments(prevesk_dataset_data_type& data, std::size_t position, std::size_t count) {
+  if (position >= data.segments.size()) return;
+  data.segments.erase(position, std::min(count, data.segments.size() - position));
+  reconcile_segment_records(data);
+  pull_bottom_references(data);
+}
+
+void reconcile_segment_records(prevesk_dataset_data_type& data) {
+  data.resize_segments(data.segments.size());
+}
+
+std::size_t pull_bottom_references(prevesk_dataset_data_type& data) {
+  std::size_t pulled = 0;
+  const std::size_t count = data.segments.size();
+  for (std::size_t i = 0; i < count; ++i) {
+    if (!at_or_after(data.segments[i].bottom_segment, count)) continue;
+    data.segments.edit(i).bottom_segment = static_cast<std::int32_t>(count - 1);
+    ++pulled;
+  }
+  return pulled;
+}
+
+segment_references references_from(const prevesk_dataset_data_type& data, std::size_t position) {
+  return count_references(data, [position](std::int32_t reference) { return at_or_after(reference, position); });
+}
+
+segment_references insert_and_renumber(prevesk_dataset_data_type& data, std::size_t position) {
+  const segment_references moved = references_from(data, position);
+  shift_references(data, position, 1);
+  insert_segment(data, position);
+  return moved;
+}
+
+segment_references erase_and_renumber(prevesk_dataset_data_type& data, std::size_t position) {
+  if (position >= data.segments.size()) return {};
+  const segment_references removed =
+      count_references(data, [position](std::int32_t reference) { return position_of(reference) == position; });
+  remove_references(data, position);
+  shift_references(data, position + 1, -1);
+  data.segments.erase(position);
+  reconcile_segment_records(data);
+  pull_bottom_references(data);
+  return removed;
+}
+
+std::string verify(const prevesk_dataset_data_type& data) {
+  for (std::size_t i = 0; i < data.segments.size(); ++i) {
+    const segment_data_type& segment = data.segments[i];
+    const std::string name = "Segment " + std::to_string(i + 1);
+    if (segment.parameters.size() != data.parameters.size())
+      return name + " does not have one record for each parameter.";
+    if (segment.systems.size() != data.systems.size()) return name + " does not have one record for each system.";
+    if (at_or_after(segment.bottom_segment, data.segments.size()))
+      return name + " has a bottom segment past the last one.";
+  }
+  return {};
+}
+
+} // namespace vesk
