@@ -2,6 +2,7 @@
 
 #include "charts/numeric_picture.h"
 #include "dataset/moment.h"
+#include "platform/letter_case.h"
 
 #include <algorithm>
 #include <array>
@@ -15,11 +16,6 @@ namespace vesk {
 namespace {
 
 constexpr double first_second_of_next_day = 86400;
-
-bool equal_in_any_case(std::string_view a, std::string_view b) {
-  const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
-  return std::ranges::equal(a, b, {}, lower, lower);
-}
 
 std::string_view trimmed(std::string_view text) {
   const auto first = text.find_first_not_of(" \t\r\n");
@@ -278,6 +274,16 @@ std::optional<std::size_t> item_list::item_of(double number) const {
   return static_cast<std::size_t>(number);
 }
 
+namespace {
+
+std::string item_text(const item_list& items, double item) {
+  if (!(item >= 0 && item < 1e15)) return {};
+  const auto position = static_cast<std::size_t>(item);
+  return position < items.size() ? items.text(position) : items.text_beyond(position);
+}
+
+} // namespace
+
 std::string cell_text(const cell_type& type, const cell_value& value) {
   if (std::holds_alternative<std::monostate>(value)) return {};
   std::string text;
@@ -289,9 +295,7 @@ std::string cell_text(const cell_type& type, const cell_value& value) {
   case cell_kind::time: append_time(text, value, false); break;
   case cell_kind::number: text = number_in_picture(number_of(value), type.picture); break;
   case cell_kind::check: text = number_of(value) != 0 ? "1" : "0"; break;
-  case cell_kind::combo:
-    if (const double item = number_of(value); item >= 0 && item < static_cast<double>(type.items->size()))
-      text = type.items->text(static_cast<std::size_t>(item));
+  case cell_kind::combo: text = item_text(*type.items, number_of(value));
   }
   return text;
 }

@@ -18,6 +18,9 @@ public:
   virtual std::size_t size() const = 0;
   virtual std::string text(std::size_t item) const = 0; // item: below size()
 
+  // What a cell shows whose record holds a position without an item.
+  virtual std::string text_beyond(std::size_t) const { return {}; }
+
   // The item that a typed or pasted text means; nothing when there is none, or more than one.
   virtual std::optional<std::size_t> find(std::string_view text) const;
 

@@ -65,6 +65,12 @@ bool editor::may_go_on() {
     if (view_) view_->go_to_refused_entry(*panel);
     return false;
   }
+  for (entry_field* field : fields()) {
+    if (field->refusal().empty()) continue;
+    set_message(field->label + ": " + field->refusal() + ".");
+    if (view_) view_->go_to_refused_field(*field);
+    return false;
+  }
   return true;
 }
 
@@ -83,6 +89,10 @@ void editor::refresh_texts() {
 
 void editor::refresh_series() {
   if (view_) view_->series_changed();
+}
+
+void editor::refresh_tree() {
+  if (view_) view_->tree_changed();
 }
 
 // The buttons.

@@ -7,6 +7,7 @@
 
 #include "charts/fill_calc_table.h"
 #include "editors/editor_host.h"
+#include "editors/entry_field.h"
 #include "editors/form.h"
 #include "editors/regular_times_form.h"
 #include "editors/series_grid.h"
@@ -51,12 +52,44 @@ struct editor_choice {
   std::string name, label; // of the control; beside it
   std::vector<std::string> items;
   std::size_t position = 0;
+  bool is_visible = true;
 };
 
 // A button beside the eight.
 struct editor_command {
   std::string text, name; // with its mnemonic; of the control
   std::function<void()> run;
+};
+
+// Panels that share a page.
+struct editor_page {
+  std::string caption;
+  std::size_t first, count; // of the panels
+};
+
+// A tree of two levels below its root: groups and their items. Both count from 0.
+class editor_tree {
+public:
+  struct node { // without a group: the root; without an item: the group
+    std::optional<std::size_t> group, item;
+    friend bool operator==(const node&, const node&) = default;
+  };
+  struct menu_item {
+    std::string text, name; // with its mnemonic; of the action
+    bool enabled;
+    std::function<void()> run;
+  };
+  virtual ~editor_tree() = default;
+
+  virtual std::string_view name() const = 0; // of the control
+  virtual std::string_view root() const = 0;
+  virtual std::size_t group_count() const = 0;
+  virtual std::string group_text(std::size_t group) const = 0;
+  virtual std::size_t item_count(std::size_t group) const = 0;
+  virtual std::string item_text(std::size_t group, std::size_t item) const = 0;
+  virtual const std::optional<node>& selected() const = 0;
+  virtual void select(std::optional<node> which) = 0;
+  virtual std::vector<menu_item> menu(const node& which) = 0; // the popup; may be empty
 };
 
 // The window of an editor. All members are called after the change.
@@ -66,6 +99,8 @@ public:
   virtual void texts_changed() = 0;  // labels, status lines, messages, the choice, colours, undo labels
   virtual void series_changed() = 0; // points of a series that is shown, or which series: for the live chart
   virtual void go_to_refused_entry(editor_panel& panel) = 0;
+  virtual void go_to_refused_field(entry_field&) {}
+  virtual void tree_changed() {} // its nodes, or which is selected
 };
 
 class editor : public form {
@@ -84,6 +119,21 @@ public:
   virtual void ChoiceChange(std::size_t /*position*/) {}
 
   virtual std::vector<editor_command> extra_commands() { return {}; } // of the first panel
+
+  virtual std::string_view delete_all_text() const { return "Delete &All"; } // of the button
+
+  // The pages that the panels stand on; empty: all on one.
+  virtual std::vector<editor_page> pages() const { return {}; }
+  // Commands below the pages, for all of them.
+  virtual std::vector<editor_command> common_commands() { return {}; }
+  // Fields beside the first panel's grid, written back on OK.
+  virtual std::vector<entry_field*> fields() { return {}; }
+  // The tree in front of the first panel; null without one.
+  virtual editor_tree* tree() { return nullptr; }
+
+  // Where all panels share one row of buttons: the panel that it acts on, and the grid that has got the focus.
+  virtual std::optional<std::size_t> active_grid() const { return std::nullopt; }
+  virtual void grid_entered(std::size_t /*panel*/) {}
 
   // The buttons. Those for rows act on series and other grids with free rows.
   void InsertRowButtonClick(editor_panel& panel);
@@ -129,11 +179,12 @@ protected:
   void set_message(std::string message);
   void refresh_texts(); // after labels were changed
   void refresh_series();
+  void refresh_tree();
+  bool may_go_on(); // no entry is refused; otherwise leads to it
 
 private:
   // Changes the points of the panel's series in one step.
   void edit_points(editor_panel& panel, const std::string& label, const std::function<void(point_list&)>& change);
-  bool may_go_on(); // no entry is refused; otherwise leads to it
   void say(const std::string& title, const std::string& sentence);
 
   editor_host& host_;

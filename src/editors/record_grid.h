@@ -18,10 +18,18 @@ namespace vesk {
 // Of descriptions, which belong to the catalogue.
 inline constexpr const char* description_tip = "The catalogue's text returns when the file is next opened.";
 
+// A cell whose record holds something else than the cell does, such as a reference behind a combo's position.
+template <class Record>
+struct translated_member {
+  std::function<double(const Record&)> read;
+  std::function<void(Record&, double)> write;
+};
+
 // One column of a dialog's table: its header, its kind of cell, and the member of the record behind it.
 template <class Record>
 struct record_column {
-  using member = std::variant<short_text Record::*, double Record::*, bool Record::*, std::uint32_t Record::*>;
+  using member = std::variant<short_text Record::*, double Record::*, bool Record::*, std::uint32_t Record::*,
+                              translated_member<Record>>;
 
   std::string header; // lines separated by '\n'
   cell_type type;
@@ -32,10 +40,11 @@ struct record_column {
   std::string tool_tip = {}; // the same for all rows
 };
 
-template <class Record>
+template <class Record, class List = shared_list<Record>>
 class record_grid : public grid {
 public:
-  using list = shared_list<Record>;
+  using record_type = Record;
+  using list = List;
   using column = record_column<Record>;
 
   // `read` gives the list, null without one; `edit` the same list for changing. Both are called anew for each cell.
@@ -55,7 +64,15 @@ public:
   std::function<std::string(const Record&, std::size_t column)> tip_of;
   std::function<std::optional<cell_value>(const Record&, std::size_t column)> default_of;
 
+  // With these the grid has free rows: the record that Insert puts in, and the one that Down and a paste append.
+  std::function<Record()> make_inserted, make_appended;
+
   std::span<const grid_column> columns() const override { return columns_; }
+  void set_items(std::size_t c, std::shared_ptr<const item_list> items) { columns_[c].type.items = std::move(items); }
+  bool has_free_rows() const override { return make_inserted && read_(); }
+  void insert_row(std::size_t row) override { edit_()->insert(row, make_inserted()); }
+  void erase_rows(std::size_t first, std::size_t count) override { edit_()->erase(first, count); }
+  void resize(std::size_t count) override { edit_()->resize(count, make_appended()); }
   std::size_t row_count() const override {
     const list* records = read_();
     return records ? records->size() : 0;
@@ -63,12 +80,12 @@ public:
   cell_value value(std::size_t row, std::size_t c) const override {
     const Record* record = find(row);
     if (!record) return {};
-    return std::visit([&](auto field) { return as_value((*record).*field); }, rows_[c].field);
+    return std::visit([&](const auto& field) { return read(*record, field); }, rows_[c].field);
   }
   void set_value(std::size_t row, std::size_t c, const cell_value& value) override {
     if (!find(row)) return;
     Record& record = edit_()->edit(row);
-    std::visit([&](auto field) { assign(record.*field, value); }, rows_[c].field);
+    std::visit([&](const auto& field) { write(record, field, value); }, rows_[c].field);
   }
   cell_mark mark(std::size_t row, std::size_t c) const override {
     const Record* record = find(row);
@@ -88,6 +105,18 @@ private:
   const Record* find(std::size_t row) const {
     const list* records = read_();
     return records && row < records->size() ? &(*records)[row] : nullptr;
+  }
+  template <class Member>
+  static cell_value read(const Record& record, Member Record::*field) {
+    return as_value(record.*field);
+  }
+  static cell_value read(const Record& record, const translated_member<Record>& field) { return field.read(record); }
+  template <class Member>
+  static void write(Record& record, Member Record::*field, const cell_value& value) {
+    assign(record.*field, value);
+  }
+  static void write(Record& record, const translated_member<Record>& field, const cell_value& value) {
+    field.write(record, std::get<double>(value));
   }
   static cell_value as_value(const short_text& text) { return text.str(); }
   static cell_value as_value(double number) { return number; }

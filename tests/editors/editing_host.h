@@ -5,6 +5,7 @@
 #include "editors/fill_calculate_form.h"
 #include "editors/form.h"
 #include "editors/regular_times_form.h"
+#include "editors/select_segments_form.h"
 
 #include <functional>
 #include <optional>
@@ -22,6 +23,7 @@ public:
   std::optional<std::string> expression; // typed into Fill/Calc; nothing: cancelled
   std::vector<std::shared_ptr<TGraphForm>> graphs;
   std::function<bool(TRegularTimesForm&)> on_regular_times;
+  std::function<bool(TSelectSegmentsForm&)> on_select_segments;
   bool running = false;               // a job
   std::optional<std::string> file;    // chosen in file dialogs
   box_answer answer = box_answer::ok; // to boxes
@@ -60,6 +62,10 @@ public:
   std::optional<std::string> ask_folder(const std::string&, const std::string&) override { return std::nullopt; }
   bool show_form(form& shown) override {
     if (auto* times = dynamic_cast<TRegularTimesForm*>(&shown)) return on_regular_times(*times);
+    if (auto* segments = dynamic_cast<TSelectSegmentsForm*>(&shown)) {
+      segments->FormShow();
+      return on_select_segments(*segments);
+    }
     if (expression) fill_.FillCalculateEdit = *expression;
     return expression.has_value();
   }

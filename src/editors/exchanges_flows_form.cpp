@@ -1,0 +1,227 @@
+#include "editors/exchanges_flows_form.h"
+
+namespace vesk {
+
+namespace {
+
+constexpr const char* factor_format = "ExchangeFlowFieldNumericField";
+constexpr const char* pair_format = "ExchangeFlowPairNumericField";
+constexpr unsigned row_buttons = insert_button | delete_button | delete_all_button;
+
+template <class Field>
+std::vector<record_column<Field>> field_columns() {
+  return {
+      {.header = "Field", .type = text_cell(), .field = &Field::description},
+      {.header = "Used", .type = check_cell(), .field = &Field::used},
+      {.header = "Scale", .type = number_cell({}), .field = &Field::scale, .format = factor_format},
+      {.header = "Conversion", .type = number_cell({}), .field = &Field::conversion, .format = factor_format},
+  };
+}
+
+template <class Function>
+std::vector<record_column<Function>> function_columns() {
+  return {
+      {.header = "Function", .type = text_cell(), .field = &Function::description},
+      {.header = "Interpolation", .type = combo_cell({"Linear", "Step"}), .field = &Function::interpolation_type},
+  };
+}
+
+template <class Pair>
+record_column<Pair> segment_column(std::string header, const std::shared_ptr<segment_items>& items,
+                                   std::int32_t Pair::*reference) {
+  return {.header = std::move(header),
+          .type = {.kind = cell_kind::combo, .items = items},
+          .field = translated_member<Pair>{
+              [items, reference](const Pair& pair) { return items->item_of_reference(pair.*reference); },
+              [items, reference](Pair& pair, double item) { pair.*reference = items->reference_of_item(item); }}};
+}
+
+template <class Pair>
+record_column<Pair> number_column(std::string header, double Pair::*member, std::string tip) {
+  return {.header = std::move(header),
+          .type = number_cell({}),
+          .field = member,
+          .format = pair_format,
+          .tool_tip = std::move(tip)};
+}
+
+std::vector<record_column<exchange_pair_record_type>> exchange_columns(const std::shared_ptr<segment_items>& items) {
+  using pair = exchange_pair_record_type;
+  return {segment_column("Segment one", items, &pair::segment_one),
+          segment_column("Segment two", items, &pair::segment_two), number_column("Area", &pair::area, "m2"),
+          number_column("Distance", &pair::length, "m")};
+}
+
+std::vector<record_column<flow_pair_record_type>> flow_columns(const std::shared_ptr<segment_items>& items) {
+  using pair = flow_pair_record_type;
+  return {segment_column("From", items, &pair::from_segment), segment_column("To", items, &pair::to_segment),
+          number_column("Frac. of flow", &pair::fraction, "The share of the function's flow that this pair carries.")};
+}
+
+std::int32_t end_of(const exchange_pair_record_type& pair, std::size_t column) {
+  return column == 0 ? pair.segment_one : pair.segment_two;
+}
+std::int32_t end_of(const flow_pair_record_type& pair, std::size_t column) {
+  return column == 0 ? pair.from_segment : pair.to_segment;
+}
+
+std::string with_names(const std::string& text, const std::string& field, const std::string& function) {
+  return text + " for " + field + ", " + function;
+}
+
+} // namespace
+
+template <class Grids>
+Grids TExchangesFlowsForm::make_grids(
+    decltype(Grids::fields_of) fields_of, const char* new_function,
+    std::vector<record_column<typename decltype(Grids::pairs)::record_type>> pair_columns) {
+  using field_type = typename decltype(Grids::fields)::record_type;
+  using function_type = typename decltype(Grids::functions)::record_type;
+  using pair_type = typename decltype(Grids::pairs)::record_type;
+  const auto functions = [this, fields_of]() -> const shared_list<function_type>* {
+    const prevesk_dataset_data_type* data = this->host().data_set();
+    const std::size_t row = field_panel_.table.active_row();
+    return data && row < (data->*fields_of).size() ? &(data->*fields_of)[row].functions : nullptr;
+  };
+  const auto edit_functions = [this, fields_of] {
+    return &(this->host().data_set()->*fields_of).edit(field_panel_.table.active_row()).functions;
+  };
+  const auto pairs = [this, functions]() -> const shared_array<pair_type>* {
+    const auto* list = functions();
+    const std::size_t row = function_panel_.table.active_row();
+    return list && row < list->size() ? &(*list)[row].pairs : nullptr;
+  };
+  Grids grids{fields_of,
+              data_set_grid(host(), fields_of, field_columns<field_type>()),
+              {function_columns<function_type>(), functions, edit_functions},
+              {std::move(pair_columns), pairs,
+               [this, edit_functions] { return &edit_functions()->edit(function_panel_.table.active_row()).pairs; }}};
+  grids.functions.make_appended = [new_function] {
+    function_type function;
+    function.description = new_function;
+    return function;
+  };
+  // By the button a function comes with the two points of a run; by Down or a paste it comes without.
+  grids.functions.make_inserted = [this, make = grids.functions.make_appended] {
+    function_type function = make();
+    this->host().data_set()->ensure_default_points(function.points);
+    return function;
+  };
+  grids.pairs.make_inserted = grids.pairs.make_appended = [] { return pair_type{}; };
+  grids.pairs.mark_of = [this](const pair_type& pair, std::size_t column) -> cell_mark {
+    if (column > 1) return {};
+    const std::int32_t segment = end_of(pair, column);
+    const prevesk_dataset_data_type* data = this->host().data_set();
+    if (segment < 0 || !data || static_cast<std::size_t>(segment) < data->segments.size()) return {};
+    return {"There is no segment " + std::to_string(static_cast<std::int64_t>(segment) + 1) + "."};
+  };
+  return grids;
+}
+
+TExchangesFlowsForm::TExchangesFlowsForm(editor_host& host)
+    : editor(host), segments_(std::make_shared<segment_items>(host, "Boundary")),
+      exchanges_(make_grids<exchange_grids>(&prevesk_dataset_data_type::exchange_fields, "Exchange Function",
+                                            exchange_columns(segments_))),
+      flows_(make_grids<flow_grids>(&prevesk_dataset_data_type::flow_fields, "Flow Function", flow_columns(segments_))),
+      points_(host, "ExchangeFlowTimeFunctionValueSimpleField"),
+      field_panel_(add_panel("FieldFillCalcTable", exchanges_.fields, block_buttons)),
+      function_panel_(
+          add_panel("FunctionFillCalcTable", exchanges_.functions, row_buttons | copy_button | paste_button)),
+      pair_panel_(add_panel("PairsFillCalcTable", exchanges_.pairs, row_buttons | block_buttons)),
+      series_panel_(add_panel("TimeFunctionFillCalcTable", points_, series_buttons, &points_)) {
+  function_panel_.empty_hint = "No functions: choose Insert for the first one.";
+  pair_panel_.empty_hint = "No pairs: choose Insert for the first one.";
+  field_panel_.table.OnEnteringRow = [this](std::size_t) { show_functions(); };
+  function_panel_.table.OnEnteringRow = [this](std::size_t) { show_details(); };
+  function_panel_.table.OnDoneEdit = [this](std::size_t) { show_details(); };
+  function_panel_.table.OnRowsChanged = [this] { show_details(); };
+  series_panel_.graph_label = [this] {
+    return description_of_field() + " Function #" + std::to_string(function_panel_.table.active_row() + 1);
+  };
+}
+
+void TExchangesFlowsForm::grid_entered(std::size_t position) {
+  if (active_grid_ == position) return;
+  active_grid_ = position;
+  refresh_texts();
+}
+
+void TExchangesFlowsForm::take_content() {
+  with_grids([this](auto& grids) {
+    grids.fields.take_formats(host());
+    grids.pairs.take_formats(host());
+    field_panel_.table.show(grids.fields);
+  });
+  points_.take_format();
+  field_panel_.label = exchange_mode ? "Exchange Fields" : "Flow Fields";
+  show_functions();
+}
+
+void TExchangesFlowsForm::show_functions() {
+  const std::string field = description_of_field();
+  function_panel_.label = field.empty() ? "Functions" : field + " functions";
+  function_panel_.table.give_up_refused();
+  with_grids([this](auto& grids) { function_panel_.table.show(grids.functions); });
+  if (function_panel_.table.active_row() != 0)
+    function_panel_.table.set_active(0, function_panel_.table.active_column()); // which shows the details
+  else
+    show_details();
+}
+
+void TExchangesFlowsForm::show_details() {
+  const std::optional<series_ref> series = active_series();
+  const bool another = points_.ref() != series;
+  points_.set_series(series);
+  if (another)
+    for (editor_panel* detail : {&pair_panel_, &series_panel_}) {
+      detail->table.set_selection(std::nullopt);
+      detail->table.set_active(0, detail->table.active_column());
+    }
+  with_grids([this](auto& grids) { pair_panel_.table.show(grids.pairs); });
+  series_panel_.table.show(points_);
+  const std::string field = description_of_field(), function = description_of_function();
+  pair_panel_.label = series ? with_names("Segment pairs", field, function) : "Segment pairs";
+  series_panel_.label = series ? with_names("Time/value pairs", field, function) : "Time/value pairs";
+  refresh_series();
+  refresh_texts();
+}
+
+std::optional<series_ref> TExchangesFlowsForm::active_series() const {
+  const prevesk_dataset_data_type* data = host().data_set();
+  const series_ref ref{exchange_mode ? series_kind::exchange_function : series_kind::flow_function,
+                       field_panel_.table.active_row(), function_panel_.table.active_row()};
+  return data && find_series(*data, ref) ? std::optional(ref) : std::nullopt;
+}
+
+std::string TExchangesFlowsForm::description_of_field() const {
+  const prevesk_dataset_data_type* data = host().data_set();
+  const std::size_t row = field_panel_.table.active_row();
+  const auto of = [row](const auto& fields) { return row < fields.size() ? fields[row].description.str() : ""; };
+  if (!data) return {};
+  return exchange_mode ? of(data->exchange_fields) : of(data->flow_fields);
+}
+
+std::string TExchangesFlowsForm::description_of_function() const {
+  const std::optional<series_ref> ref = active_series();
+  if (!ref) return {};
+  const prevesk_dataset_data_type& data = *host().data_set();
+  return exchange_mode ? data.exchange_fields[ref->owner].functions[ref->index].description.str()
+                       : data.flow_fields[ref->owner].functions[ref->index].description.str();
+}
+
+std::string TExchangesFlowsForm::find_refusal() {
+  const prevesk_dataset_data_type* data = host().data_set();
+  if (!data) return {};
+  const auto find_in = [](const auto& fields) -> std::string {
+    for (const auto& field : fields)
+      for (const auto& function : field.functions)
+        if (!moments_unique(function.points))
+          return "Detected duplicate moment in time function for\r\n" + field.description.str() + " " +
+                 function.description.str();
+    return {};
+  };
+  if (exchange_mode) return find_in(data->exchange_fields);
+  return find_in(data->flow_fields).empty() ? "" : "Each record must be unique"; // the short text is the required one
+}
+
+} // namespace vesk

@@ -1,0 +1,68 @@
+// TExchangesFlowsForm: the exchange fields or the flow fields, their functions, and of each its pairs and its series.
+//
+// One dialog with two modes; four grids from master to detail, and one row of buttons that acts on the grid entered
+// last.
+#pragma once
+
+#include "editors/editor.h"
+#include "editors/record_grid.h"
+#include "editors/segment_items.h"
+
+namespace vesk {
+
+class TExchangesFlowsForm final : public editor {
+public:
+  explicit TExchangesFlowsForm(editor_host& host);
+
+  bool exchange_mode = true; // else flows; set before the form is shown
+
+  std::string_view class_name() const override { return "TExchangesFlowsForm"; }
+  std::string caption() const override { return exchange_mode ? "Exchanges" : "Flows"; }
+
+  enum : std::size_t { field_grid, function_grid, pair_grid, series_grid_position };
+  std::optional<std::size_t> active_grid() const override { return active_grid_; }
+  void grid_entered(std::size_t position) override;
+
+protected:
+  void take_content() override;
+  std::string find_refusal() override;
+
+private:
+  // The grids over one of the two trees of records, which have the same shape.
+  template <class Field, class Function, class Pair>
+  struct tree_grids {
+    shared_list<Field> prevesk_dataset_data_type::*fields_of;
+    record_grid<Field> fields;
+    record_grid<Function> functions;
+    record_grid<Pair, shared_array<Pair>> pairs;
+  };
+  using exchange_grids = tree_grids<exchange_field_data_type, exchange_function_data_type, exchange_pair_record_type>;
+  using flow_grids = tree_grids<flow_field_data_type, flow_function_data_type, flow_pair_record_type>;
+
+  template <class Grids>
+  Grids make_grids(decltype(Grids::fields_of) fields_of, const char* new_function,
+                   std::vector<record_column<typename decltype(Grids::pairs)::record_type>> pair_columns);
+  // Calls `visit` with the grids of the present mode.
+  template <class Visit>
+  auto with_grids(const Visit& visit) {
+    return exchange_mode ? visit(exchanges_) : visit(flows_);
+  }
+
+  void show_functions();
+  void show_details();
+  std::string description_of_field() const;    // of the active one; empty without one
+  std::string description_of_function() const; // of the active one; empty without one
+  std::optional<series_ref> active_series() const;
+
+  std::shared_ptr<segment_items> segments_;
+  exchange_grids exchanges_;
+  flow_grids flows_;
+  series_grid points_;
+  std::size_t active_grid_ = field_grid;
+  editor_panel& field_panel_;
+  editor_panel& function_panel_;
+  editor_panel& pair_panel_;
+  editor_panel& series_panel_;
+};
+
+} // namespace vesk

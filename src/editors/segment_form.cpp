@@ -1,0 +1,273 @@
+#include "editors/segment_form.h"
+
+#include "dataset/findings.h"
+#include "dataset/network.h"
+
+#include <algorithm>
+
+namespace vesk {
+
+namespace {
+
+constexpr const char* format = "SegmentsBasicNumericField";
+enum : std::size_t { type_column = 6 };
+
+record_column<segment_data_type> number(std::string header, double segment_data_type::*field, std::string tip = {}) {
+  return {.header = std::move(header),
+          .type = number_cell({}),
+          .field = field,
+          .format = format,
+          .tool_tip = std::move(tip)};
+}
+
+} // namespace
+
+// The pages of values.
+
+void segment_value_grid::take_columns() {
+  columns_.clear();
+  const prevesk_dataset_data_type* data = host_.data_set();
+  if (!data) return;
+  const cell_type type = number_cell(host_.number_format(format_));
+  if (shown_ == content::parameters)
+    for (const parameter_data_type& parameter : data->parameters)
+      columns_.push_back({.header = parameter.description.str(), .type = type});
+  else
+    for (const system_data_type& system : data->systems)
+      columns_.push_back({.header = system.description.str(), .type = type});
+}
+
+std::size_t segment_value_grid::row_count() const {
+  return host_.data_set() && !columns_.empty() ? host_.data_set()->segments.size() : 0;
+}
+
+cell_value segment_value_grid::value(std::size_t row, std::size_t column) const {
+  const segment_data_type& segment = host_.data_set()->segments[row];
+  if (shown_ == content::parameters)
+    return column < segment.parameters.size() ? cell_value(segment.parameters[column].value) : cell_value();
+  if (column >= segment.systems.size()) return {};
+  const segment_system_data_record_type system = segment.systems[column];
+  return shown_ == content::initial_concentrations ? system.initial_concentration : system.fraction_dissolved;
+}
+
+void segment_value_grid::set_value(std::size_t row, std::size_t column, const cell_value& value) {
+  segment_data_type& segment = host_.data_set()->segments.edit(row);
+  const double number = std::get<double>(value);
+  if (shown_ == content::parameters) {
+    if (column < segment.parameters.size()) segment.parameters.set(column, {segment.parameters[column].isc, number});
+    return;
+  }
+  if (column >= segment.systems.size()) return;
+  segment_system_data_record_type system = segment.systems[column];
+  (shown_ == content::initial_concentrations ? system.initial_concentration : system.fraction_dissolved) = number;
+  segment.systems.set(column, system);
+}
+
+cell_mark segment_value_grid::mark(std::size_t row, std::size_t column) const {
+  const prevesk_dataset_data_type& data = *host_.data_set();
+  const cell_value shown = value(row, column);
+  const double* number = std::get_if<double>(&shown);
+  if (!number) return {};
+  if (shown_ == content::fractions_dissolved)
+    return {*number >= 0 && *number <= 1 ? "" : "A dissolved fraction must lie between 0 and 1."};
+  if (shown_ == content::initial_concentrations || column >= data.parameters.size()) return {};
+  const parameter_data_type& parameter = data.parameters[column];
+  return parameter.used ? cell_mark{range_finding(*number, parameter.minimum, parameter.maximum)} : cell_mark{};
+}
+
+std::string segment_value_grid::tool_tip(std::size_t row, std::size_t) const {
+  return std::to_string(row + 1) + ": " + host_.data_set()->segments[row].name.str();
+}
+
+// The dialog.
+
+std::vector<record_column<segment_data_type>> TSegmentForm::columns() {
+  using segment = segment_data_type;
+  const translated_member<segment> type{[this](const segment& one) {
+                                          const auto found = type_id_to_item.find(one.segment_type);
+                                          return found != type_id_to_item.end() ? static_cast<double>(found->second)
+                                                                                : 0.0;
+                                        },
+                                        [this](segment& one, double item) {
+                                          if (item < static_cast<double>(item_to_type_id.size()))
+                                            one.segment_type = item_to_type_id[static_cast<std::size_t>(item)];
+                                        }};
+  const translated_member<segment> bottom{
+      [this](const segment& one) { return bottoms_->item_of_reference(one.bottom_segment); },
+      [this](segment& one, double item) { one.bottom_segment = bottoms_->reference_of_item(item); }};
+  return {
+      {.header = "Description", .type = text_cell(), .field = &segment::name},
+      {.header = "Volume",
+       .type = number_cell({}),
+       .field = &segment::volume,
+       .format = "SegmentsBasicValueSimpleField",
+       .tool_tip = "m3, before the two volume factors"},
+      number("Velocity\nMultiplier", &segment::vmult, "velocity = multiplier * flow ^ exponent"),
+      number("Velocity\nExponent", &segment::vexp),
+      number("Depth\nMultiplier", &segment::dmult, "depth = multiplier * flow ^ exponent"),
+      number("Depth\nExponent", &segment::dexp),
+      {.header = "Segment\nType",
+       .type = combo_cell({"Surface", "Subsurface", "Surface Benthic", "Subsurface Benthic"}),
+       .field = type},
+      {.header = "Bottom\nSegment", .type = {.kind = cell_kind::combo, .items = bottoms_}, .field = bottom},
+      number("Length", &segment::length, "m"),
+      number("Width", &segment::width, "m"),
+      number("Minimum\nDepth", &segment::minimum_depth, "m"),
+      number("Slope", &segment::slope),
+      number("Bottom\nRoughness", &segment::bottom_roughness),
+  };
+}
+
+TSegmentForm::TSegmentForm(editor_host& host)
+    : editor(host), bottoms_(std::make_shared<segment_items>(host, "None", "No Segments")),
+      segments_(data_set_grid(host, &prevesk_dataset_data_type::segments, columns())),
+      parameters_(host, segment_value_grid::content::parameters, "SegmentsParametersSimpleField"),
+      concentrations_(host, segment_value_grid::content::initial_concentrations,
+                      "SegmentsInitialConcentrationsNumericField"),
+      fractions_(host, segment_value_grid::content::fractions_dissolved, "SegmentsFractionDissolvedNumericField"),
+      panels_of_pages_{&add_panel("SegmentFillCalcTable", segments_, block_buttons),
+                       &add_panel("ParametersFillCalcTable", parameters_, block_buttons),
+                       &add_panel("InitialConcentrationsFillCalcTable", concentrations_, block_buttons),
+                       &add_panel("FractionDissolvedFillCalcTable", fractions_, block_buttons)} {
+  segments_.make_appended = [] { return segment_data_type{}; };
+  segments_.make_inserted = [this] {
+    inserts_in_place_ = true;
+    return segment_data_type{};
+  };
+  segments_.mark_of = [this](const segment_data_type& segment, std::size_t column) -> cell_mark {
+    if (column != type_column || item_to_type_id.empty() || type_id_to_item.contains(segment.segment_type)) return {};
+    return {"The model has no segment type " + std::to_string(segment.segment_type) + "; the first one is shown."};
+  };
+  panels_of_pages_[0]->empty_hint = "No segments: choose Insert, or paste rows from a spreadsheet.";
+  for (std::size_t page = 1; page < panels_of_pages_.size(); ++page)
+    panels_of_pages_[page]->empty_hint = page == 1 ? "The model has no parameters, or there are no segments."
+                                                   : "The model has no systems, or there are no segments.";
+  panels_of_pages_[0]->table.OnRowsChanged = [this] { rows_changed(); };
+  for (editor_panel* entered : panels_of_pages_)
+    entered->table.OnEnteringRow = [this](std::size_t row) { // the pages share the active row
+      for (editor_panel* other : panels_of_pages_) other->table.set_active(row, other->table.active_column());
+    };
+}
+
+std::vector<editor_page> TSegmentForm::pages() const {
+  return {{"Segments", 0, 1}, {"Parameters", 1, 1}, {"Initial Concentrations", 2, 1}, {"Fraction Dissolved", 3, 1}};
+}
+
+std::vector<editor_command> TSegmentForm::common_commands() {
+  return {{"&Insert", "InsertButton", [this] { InsertButtonClick(); }},
+          {"&Delete", "DeleteButton", [this] { DeleteButtonClick(); }},
+          {"Insert and re&number", "InsertAndRenumberButton", [this] { insert_and_renumber_click(); }},
+          {"De&lete and renumber", "DeleteAndRenumberButton", [this] { delete_and_renumber_click(); }}};
+}
+
+void TSegmentForm::FormShow() {
+  load_factors();
+  editor::FormShow();
+}
+
+void TSegmentForm::load_factors() {
+  const prevesk_dataset_data_type* data = host().data_set();
+  VolumeScaleFactorField.load(data ? data->volume_scale_factor : 1);
+  VolumeConversionFactorField.load(data ? data->volume_conversion_factor : 1);
+}
+
+void TSegmentForm::take_content() {
+  prevesk_dataset_data_type* data = host().data_set();
+  segments_.take_formats(host());
+  for (segment_value_grid* page : {&parameters_, &concentrations_, &fractions_}) page->take_columns();
+  const std::size_t pulled = data ? pull_bottom_references(*data) : 0;
+  if (pulled != 0)
+    set_message("References past the last segment were pulled to it: " + in_words({.bottoms = pulled}) + ".");
+  segment_types_fill();
+  segment_count_ = segments_.row_count();
+  panels_of_pages_[0]->table.show(segments_);
+  panels_of_pages_[1]->table.show(parameters_);
+  panels_of_pages_[2]->table.show(concentrations_);
+  panels_of_pages_[3]->table.show(fractions_);
+}
+
+void TSegmentForm::segment_types_fill() {
+  type_id_to_item.clear();
+  item_to_type_id.clear();
+  std::vector<std::string> texts;
+  const prevesk_dataset_data_type* data = host().data_set();
+  const catalogue_model* model = data && data->catalogue() ? data->catalogue()->find_model(data->model_type) : nullptr;
+  if (!model) return; // the grid's own items stay
+  for (const catalogue_segment_type& type : model->segment_types) {
+    type_id_to_item.emplace(type.vesk_segment_type_id, texts.size());
+    item_to_type_id.push_back(type.vesk_segment_type_id);
+    texts.push_back(type.description);
+  }
+  segments_.set_items(type_column, std::make_shared<fixed_items>(std::move(texts)));
+}
+
+void TSegmentForm::rows_changed() {
+  prevesk_dataset_data_type& data = *host().data_set();
+  const bool grows = data.segments.size() > segment_count_;
+  const std::size_t first = inserts_in_place_ || !grows ? panels_of_pages_[0]->table.active_row() : segment_count_;
+  inserts_in_place_ = false;
+  const segment_references moved = references_from(data, first);
+  reconcile_segment_records(data);
+  pull_bottom_references(data);
+  segment_count_ = data.segments.size();
+  segment_grids_refresh();
+  if (moved.total() != 0)
+    set_message(in_words(moved) + (moved.total() == 1 ? " now names" : " now name") + " another segment.");
+}
+
+void TSegmentForm::segment_grids_refresh() {
+  for (editor_panel* panel : panels_of_pages_) panel->table.display_rows();
+}
+
+void TSegmentForm::InsertButtonClick() {
+  InsertRowButtonClick(*panels_of_pages_[0]);
+}
+
+void TSegmentForm::DeleteButtonClick() {
+  DeleteRowButtonClick(*panels_of_pages_[0]);
+}
+
+void TSegmentForm::change_network(const std::string& label,
+                                  const std::function<void(prevesk_dataset_data_type&)>& work) {
+  host().begin_step(caption() + ": " + label, {});
+  try {
+    work(*host().data_set());
+  } catch (...) {
+    host().end_step(false);
+    throw;
+  }
+  host().end_step(true);
+  segment_count_ = segments_.row_count();
+  segment_grids_refresh();
+  refresh_texts();
+}
+
+void TSegmentForm::insert_and_renumber_click() {
+  if (!may_go_on() || !host().data_set()) return;
+  segment_references moved;
+  change_network("Insert and renumber", [&](prevesk_dataset_data_type& data) {
+    moved = insert_and_renumber(data, panels_of_pages_[0]->table.active_row());
+  });
+  set_message(
+      moved.total() == 0 ? "" : "Renumbered, so that they name the same segments as before: " + in_words(moved) + ".");
+}
+
+void TSegmentForm::delete_and_renumber_click() {
+  const std::size_t row = panels_of_pages_[0]->table.active_row();
+  if (!may_go_on() || row >= segments_.row_count()) return;
+  const std::string name = std::to_string(row + 1) + " (" + host().data_set()->segments[row].name.str() + ")";
+  segment_references removed;
+  change_network("Delete and renumber",
+                 [&](prevesk_dataset_data_type& data) { removed = erase_and_renumber(data, row); });
+  set_message("Segment " + name + " was deleted" +
+              (removed.total() != 0 ? ", with what named it: " + in_words(removed) : std::string()) + ".");
+}
+
+void TSegmentForm::accepted() {
+  prevesk_dataset_data_type* data = host().data_set();
+  if (!data) return;
+  data->volume_scale_factor = VolumeScaleFactorField.value();
+  data->volume_conversion_factor = VolumeConversionFactorField.value();
+}
+
+} // namespace vesk

@@ -1,0 +1,86 @@
+// TSegmentForm: the segments of the network, and in each of them the values of the parameters and systems.
+//
+// The one dialog that changes the number of segments. What refers to a segment by its number keeps that number; the
+// dialog says how many references name another segment afterwards.
+#pragma once
+
+#include "editors/editor.h"
+#include "editors/record_grid.h"
+#include "editors/segment_items.h"
+
+#include <array>
+#include <unordered_map>
+
+namespace vesk {
+
+// One value of each segment for each of the data set's parameters or systems: a row for a segment, and its columns in
+// the order of the data set's list.
+class segment_value_grid final : public grid {
+public:
+  enum class content { parameters, initial_concentrations, fractions_dissolved };
+
+  segment_value_grid(editor_host& host, content shown, const char* format)
+      : host_(host), shown_(shown), format_(format) {}
+
+  void take_columns(); // headers and pictures
+
+  std::span<const grid_column> columns() const override { return columns_; }
+  std::size_t row_count() const override;
+  cell_value value(std::size_t row, std::size_t column) const override;
+  void set_value(std::size_t row, std::size_t column, const cell_value& value) override;
+  cell_mark mark(std::size_t row, std::size_t column) const override;
+  std::string tool_tip(std::size_t row, std::size_t column) const override;
+
+private:
+  editor_host& host_;
+  content shown_;
+  const char* format_;
+  std::vector<grid_column> columns_;
+};
+
+class TSegmentForm final : public editor {
+public:
+  explicit TSegmentForm(editor_host& host);
+
+  std::string_view class_name() const override { return "TSegmentForm"; }
+  std::string caption() const override { return "Segments"; }
+
+  std::vector<editor_page> pages() const override;
+  std::vector<editor_command> common_commands() override;
+  std::vector<entry_field*> fields() override { return {&VolumeScaleFactorField, &VolumeConversionFactorField}; }
+
+  entry_field VolumeScaleFactorField{"VolumeScaleFactorField", "Volume Scale Factor", number_cell("E")};
+  entry_field VolumeConversionFactorField{"VolumeConversionFactorField", "Volume Conversion Factor", number_cell("E")};
+
+  // Of any page: they act on the first page's active row.
+  void InsertButtonClick();
+  void DeleteButtonClick();
+  void insert_and_renumber_click();
+  void delete_and_renumber_click();
+
+  void FormShow() override;
+
+protected:
+  void take_content() override;
+  void accepted() override;
+
+private:
+  std::vector<record_column<segment_data_type>> columns();
+  void segment_types_fill();
+  void rows_changed(); // the number of segments; brings the records and the grids into line
+  void segment_grids_refresh();
+  void change_network(const std::string& label, const std::function<void(prevesk_dataset_data_type&)>& work);
+  void load_factors();
+
+  // The combo of types shows positions, the records hold the catalogue's identifiers.
+  std::unordered_map<std::uint32_t, std::size_t> type_id_to_item;
+  std::vector<std::uint32_t> item_to_type_id;
+  std::size_t segment_count_ = 0; // before the present change
+  bool inserts_in_place_ = false; // the present change, rather than at the end
+  std::shared_ptr<segment_items> bottoms_;
+  record_grid<segment_data_type> segments_;
+  segment_value_grid parameters_, concentrations_, fractions_;
+  std::array<editor_panel*, 4> panels_of_pages_;
+};
+
+} // namespace vesk

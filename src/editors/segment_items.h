@@ -1,0 +1,44 @@
+// The data set's segments as items of a combo cell: "5: Halifax", and a last item that stands for no segment.
+#pragma once
+
+#include "charts/item_list.h"
+#include "editors/editor_host.h"
+
+#include <cstdint>
+#include <string>
+#include <unordered_map>
+
+namespace vesk {
+
+// An entry may also be the segment's number from 1, 0 for the last item, or a bare name that only one segment has.
+// Texts are made when they are asked for, and the index of names when the first bare name comes.
+class segment_items final : public item_list {
+public:
+  // `last` is the item behind the segments: "Boundary", "None". `none` is the only item while there are no segments;
+  // empty: `last`.
+  segment_items(editor_host& host, std::string last, std::string none = {})
+      : host_(host), last_(std::move(last)), none_(none.empty() ? last_ : std::move(none)) {}
+
+  std::size_t size() const override { return count() + 1; }
+  std::string text(std::size_t item) const override;
+  std::string text_beyond(std::size_t item) const override { return std::to_string(item); }
+  std::optional<std::size_t> find(std::string_view text) const override;
+  double number_of(std::size_t item) const override;
+  std::optional<std::size_t> item_of(double number) const override;
+
+  // References of records as items and back. A reference past the end is an item beyond the last; one below 0 the last.
+  double item_of_reference(std::int32_t reference) const;
+  std::int32_t reference_of_item(double item) const;
+
+private:
+  std::size_t count() const { return host_.data_set() ? host_.data_set()->segments.size() : 0; }
+  const std::unordered_map<std::string, std::size_t>& names() const; // in lower case; count() where ambiguous
+
+  editor_host& host_;
+  std::string last_, none_;
+  // Of the segments that `named_` holds; valid while the data set shares them.
+  mutable shared_list<segment_data_type> named_;
+  mutable std::unordered_map<std::string, std::size_t> names_;
+};
+
+} // namespace vesk

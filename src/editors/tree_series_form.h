@@ -1,0 +1,67 @@
+// The editors of the series that hang on systems and segments: a tree of systems and their records, and the series of
+// the record that is selected. A second page has two factors of each system.
+#pragma once
+
+#include "editors/editor.h"
+#include "editors/record_grid.h"
+
+namespace vesk {
+
+class tree_series_form : public editor, public editor_tree {
+public:
+  // What differs between loads and boundaries.
+  struct traits {
+    std::string_view class_name, caption, tree_name;
+    series_kind kind;
+    std::string_view value_format, factor_format;
+    double system_data_type::*scale;
+    double system_data_type::*conversion;
+    std::string_view empty_hint; // while no record is selected
+  };
+
+  std::string_view class_name() const override { return traits_.class_name; }
+  std::string caption() const override { return std::string(traits_.caption); }
+  std::vector<editor_page> pages() const override {
+    return {{caption(), 0, 1}, {"Scale and Conversion Factors", 1, 1}};
+  }
+  editor_choice* choice() override { return &InterpolationTypeComboBox; }
+  void ChoiceChange(std::size_t position) override; // stored at once, as one step
+  editor_tree* tree() override { return this; }
+
+  // editor_tree
+  std::string_view name() const override { return traits_.tree_name; }
+  std::string_view root() const override { return traits_.caption; }
+  std::size_t group_count() const override;
+  std::string group_text(std::size_t system) const override;
+  std::size_t item_count(std::size_t system) const override;
+  std::string item_text(std::size_t system, std::size_t item) const override;
+  const std::optional<node>& selected() const override { return selected_; }
+  void select(std::optional<node> which) override;
+  std::vector<menu_item> menu(const node&) override { return {}; }
+
+  editor_choice InterpolationTypeComboBox{"InterpolationTypeComboBox", "Interpolation", {"Linear", "Step"}, 0, false};
+
+protected:
+  tree_series_form(editor_host& host, const traits& differences);
+
+  void take_content() override;
+  std::string find_refusal() override;
+
+  std::optional<series_ref> selected_record() const;
+  std::int32_t segment_of(const series_ref& ref) const; // the record's; `ref` must name one
+  std::string segment_name(std::int32_t segment) const; // empty outside the network
+  void records_changed();                               // the tree's; nothing is selected afterwards
+
+private:
+  void show_selected();
+  std::string full_name(const series_ref& ref) const; // "segment 5 (Halifax), Oxygen"
+
+  const traits traits_;
+  std::optional<node> selected_;
+  series_grid points_;
+  record_grid<system_data_type> systems_;
+  editor_panel& series_panel_;
+  editor_panel& system_panel_;
+};
+
+} // namespace vesk

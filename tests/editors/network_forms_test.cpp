@@ -1,0 +1,265 @@
+#include "charts/graph_form.h"
+#include "dataset/network.h"
+#include "editing_host.h"
+#include "editors/boundary_form.h"
+#include "editors/exchanges_flows_form.h"
+#include "editors/loads_form.h"
+#include "editors/segment_form.h"
+#include "print_table.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace vesk {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+// Three segments, two parameters, two systems, the model's catalogue, a run of ten days.
+struct NetworkForms : testing::Test {
+  NetworkForms() {
+    model_catalogue catalogue;
+    catalogue_model model{};
+    model.parameters = {{1, 0, 30, 0, "Temperature"}, {2, 0, 0, 0, "Depth"}};
+    model.systems = {{1, "Ammonium"}, {2, "Oxygen"}};
+    model.segment_types = {{7, "Surface"}, {9, "Bed"}};
+    catalogue.models.push_back(model);
+    prevesk_dataset_data_type& data = host.data;
+    data.set_catalogue(std::make_shared<const model_catalogue>(catalogue));
+    data.refresh_from_catalogue(false);
+    data.seed_date = 41183; // 1 October 2012
+    data.end_date = data.seed_date + 10;
+    data.seed_time = data.end_time = 0;
+    data.apply_thread_defaults();
+    data.resize_segments(3);
+    const char* names[] = {"Weldon", "Halifax", "Oak City"};
+    for (std::size_t i = 0; i < 3; ++i) data.segments.edit(i).name = names[i];
+  }
+  ~NetworkForms() override { moment_type::moment_seed_is_set = false; }
+
+  template <class Form>
+  TFillCalcTable& shown(Form& form, std::size_t panel = 0) {
+    host.open = &form;
+    form.FormShow();
+    return form.panels()[panel]->table;
+  }
+
+  editing_host host;
+};
+
+using Segments = NetworkForms;
+using ExchangesFlows = NetworkForms;
+using Trees = NetworkForms;
+
+TEST_F(Segments, RowsComeAndGoWithTheirRecords) {
+  TSegmentForm form(host);
+  TFillCalcTable& table = shown(form);
+  TFillCalcTable& parameters = form.panels()[1]->table;
+  EXPECT_TRUE(parameters.enter(1, 0, "21.5"));
+  EXPECT_EQ(host.data.segments[1].parameters[0].value, 21.5);
+  EXPECT_TRUE(form.panels()[3]->table.enter(0, 1, "1.5"));
+  EXPECT_EQ(form.panels()[3]->table.tool_tip(0, 1), "A dissolved fraction must lie between 0 and 1.\n1: Weldon");
+
+  form.panels()[2]->table.set_active(1, 0); // the pages share the active row
+  EXPECT_EQ(table.active_row(), 1U);
+  form.InsertButtonClick();
+  EXPECT_EQ(host.data.segments.size(), 4U);
+  EXPECT_EQ(verify(host.data), "");
+  EXPECT_EQ(host.data.segments[1].segment_type, 7U);
+  EXPECT_EQ(host.data.segments[2].parameters[0].value, 21.5);
+  EXPECT_EQ(parameters.row_limit(), 4U);
+  host.undo();
+  EXPECT_EQ(parameters.row_limit(), 3U);
+
+  host.clipboard = "New one\t5e6\nNew two\t6e6\n";
+  table.set_active(2, 0);
+  form.PasteButtonClick(*form.panels()[0]);
+  EXPECT_EQ(host.data.segments.size(), 4U);
+  EXPECT_EQ(host.data.segments[3].volume, 6e6);
+  EXPECT_EQ(verify(host.data), "");
+  for (int i = 0; i < 4; ++i) form.DeleteButtonClick();
+  EXPECT_TRUE(host.data.segments.empty());
+  EXPECT_THAT(form.status(*form.panels()[0]), HasSubstr("choose Insert"));
+}
+
+TEST_F(Segments, CombosShowPositionsAndKeepWhatTheyDoNotKnow) {
+  host.data.segments.edit(0).segment_type = 55;
+  host.data.segments.edit(2).bottom_segment = 9;
+  TSegmentForm form(host);
+  TFillCalcTable& table = shown(form);
+  enum : std::size_t { type = 6, bottom = 7 };
+  EXPECT_EQ(table.text(0, type), "Surface");
+  EXPECT_EQ(table.tool_tip(0, type), "The model has no segment type 55; the first one is shown.");
+  EXPECT_EQ(host.data.segments[0].segment_type, 55U);
+  EXPECT_TRUE(table.enter(0, type, "bed"));
+  EXPECT_EQ(host.data.segments[0].segment_type, 9U);
+  EXPECT_EQ(table.text(1, bottom), "None");
+  EXPECT_EQ(table.text(2, bottom), "3: Oak City"); // pulled
+  EXPECT_EQ(form.message(), "References past the last segment were pulled to it: 1 bottom reference.");
+  for (const auto& [entry, reference] : std::vector<std::pair<const char*, int>>{
+           {"3: oak city", 2}, {"halifax", 1}, {"1", 0}, {"0", -1}, {"2: Halifax", 1}, {"none", -1}}) {
+    EXPECT_TRUE(table.enter(1, bottom, entry)) << entry;
+    EXPECT_EQ(host.data.segments[1].bottom_segment, reference) << entry;
+  }
+  EXPECT_TRUE(table.enter(2, 0, "Halifax")); // now two have the name
+  EXPECT_FALSE(table.enter(1, bottom, "halifax"));
+}
+
+TEST_F(Segments, SaysWhatNamesAnotherSegmentAndRenumbers) {
+  flow_function_data_type flow;
+  flow.pairs = {{1, no_segment, 0}, {1, 0, 1}, {1, 1, 2}};
+  host.data.flow_fields.edit(0).functions.push_back(flow);
+  TSegmentForm form(host);
+  TFillCalcTable& table = shown(form);
+  table.set_active(1, 0);
+  form.InsertButtonClick();
+  EXPECT_EQ(form.message(), "2 pairs now name another segment.");
+  host.undo();
+  form.insert_and_renumber_click();
+  EXPECT_EQ(form.message(), "Renumbered, so that they name the same segments as before: 2 pairs.");
+  EXPECT_EQ(host.data.flow_fields[0].functions[0].pairs[2].to_segment, 3);
+  table.set_active(0, 0);
+  form.delete_and_renumber_click();
+  EXPECT_EQ(form.message(), "Segment 1 (Weldon) was deleted, with what named it: 2 pairs.");
+  EXPECT_EQ(host.data.flow_fields[0].functions[0].pairs.size(), 1U);
+}
+
+TEST_F(Segments, FactorsAreWrittenOnOkAlone) {
+  TSegmentForm form(host);
+  shown(form);
+  EXPECT_TRUE(form.VolumeScaleFactorField.enter("2.5"));
+  EXPECT_TRUE(form.FormCloseQuery(false));
+  EXPECT_EQ(host.data.volume_scale_factor, 1);
+  EXPECT_FALSE(form.VolumeConversionFactorField.enter("x"));
+  EXPECT_FALSE(form.FormCloseQuery(true));
+  EXPECT_THAT(form.message(), HasSubstr("Volume Conversion Factor"));
+  EXPECT_TRUE(form.VolumeConversionFactorField.enter("10"));
+  EXPECT_TRUE(form.FormCloseQuery(true));
+  EXPECT_EQ(host.data.volume_scale_factor, 2.5);
+  EXPECT_EQ(host.data.volume_conversion_factor, 10);
+}
+
+TEST_F(ExchangesFlows, FourGridsFollowEachOther) {
+  TExchangesFlowsForm form(host);
+  form.exchange_mode = false;
+  TFillCalcTable& fields = shown(form);
+  editor_panel &functions = *form.panels()[1], &pairs = *form.panels()[2], &series = *form.panels()[3];
+  EXPECT_EQ(form.panels()[0]->label, "Flow Fields");
+  EXPECT_EQ(pairs.label, "Segment pairs");
+  form.InsertRowButtonClick(pairs); // no function
+  EXPECT_TRUE(pairs.table.is_shown_as_empty());
+
+  form.InsertRowButtonClick(functions);
+  EXPECT_EQ(print(functions.table), "Flow Function|Linear\n");
+  EXPECT_EQ(print(series.table), "10/01/2012|00:00|0\n10/11/2012|00:00|0\n");
+  EXPECT_TRUE(functions.table.extend_on_down(move_command::down)); // comes without points
+  EXPECT_TRUE(series.table.is_shown_as_empty());
+  EXPECT_TRUE(functions.table.enter(1, 0, "Bypass"));
+  const std::string field = host.data.flow_fields[0].description.str();
+  EXPECT_EQ(series.label, "Time/value pairs for " + field + ", Bypass");
+  EXPECT_EQ(functions.label, field + " functions");
+
+  host.clipboard = "Boundary\tweldon\t1\n1\t2: Halifax\t0.5\n";
+  form.PasteButtonClick(pairs);
+  EXPECT_EQ(print(pairs.table), "Boundary|1: Weldon|1.0000\n1: Weldon|2: Halifax|0.5000\n");
+  host.clipboard = "Atlantis\t1\n";
+  form.PasteButtonClick(pairs);
+  EXPECT_THAT(host.boxes.back(), HasSubstr("Atlantis"));
+  host.data.flow_fields.edit(0).functions.edit(1).pairs.edit(1).to_segment = 3; // one past the end
+  EXPECT_EQ(pairs.table.text(1, 1), "4");
+  EXPECT_EQ(pairs.table.tool_tip(1, 1), "There is no segment 4.");
+  EXPECT_TRUE(pairs.table.enter(1, 1, "boundary"));
+  EXPECT_EQ(host.data.flow_fields[0].functions[1].pairs[1].to_segment, no_segment);
+
+  fields.set_active(1, 0);
+  EXPECT_EQ(pairs.label, "Segment pairs");
+  EXPECT_TRUE(functions.table.is_shown_as_empty());
+}
+
+TEST_F(ExchangesFlows, RefusesDuplicatesInTheWordsOfTheMode) {
+  for (const bool exchanges : {true, false}) {
+    TExchangesFlowsForm form(host);
+    form.exchange_mode = exchanges;
+    shown(form);
+    form.InsertRowButtonClick(*form.panels()[1]);
+    EXPECT_TRUE(form.panels()[3]->table.enter(1, 0, "2012-10-01"));
+    EXPECT_FALSE(form.FormCloseQuery(true));
+  }
+  const std::string field = host.data.exchange_fields[0].description.str();
+  EXPECT_THAT(host.boxes, ElementsAre("Cannot accept data: Detected duplicate moment in time function for\r\n" + field +
+                                          " Exchange Function",
+                                      "Cannot accept data: Each record must be unique"));
+}
+
+TEST_F(Trees, LoadsAreAddedAndRemovedThroughMenusAndQuestions) {
+  TLoadsForm form(host);
+  shown(form);
+  EXPECT_FALSE(form.menu({1, {}})[2].enabled); // nothing to delete
+  form.add_all_loads(1);
+  EXPECT_EQ(form.item_count(1), 3U);
+  EXPECT_EQ(form.item_text(1, 2), "Oak City");
+  form.select(editor_tree::node{1, 1});
+  editor_panel& series = *form.panels()[0];
+  EXPECT_EQ(series.label, "Time functions for segment 2 (Halifax), Oxygen");
+  EXPECT_EQ(print(series.table), "10/01/2012|00:00|0\n10/11/2012|00:00|0\n");
+  form.ChoiceChange(1);
+  EXPECT_EQ(host.data.systems[1].loads[1].interpolation_type, interpolation_step);
+  form.GraphButtonClick(series);
+  EXPECT_EQ(host.graphs.back()->series()[0]->label, "Segment 2 (Halifax), Oxygen");
+
+  host.answer = box_answer::no;
+  form.delete_load(1, 1);
+  EXPECT_EQ(form.item_count(1), 3U);
+  host.answer = box_answer::yes;
+  form.delete_load(1, 1);
+  EXPECT_EQ(form.item_count(1), 2U);
+  EXPECT_EQ(host.boxes.back(), "Delete Load?: You have chosen to delete the following load:\r\nOxygen\r\n2: Halifax\r\n"
+                               "This will delete this load and all of its\r\ntime/value information.\r\n"
+                               "Are you sure you want to do this?");
+  EXPECT_EQ(form.selected(), std::nullopt);
+  EXPECT_EQ(series.label, "Time Functions");
+
+  host.on_select_segments = [](TSelectSegmentsForm& list) {
+    EXPECT_EQ(list.caption(), "Loads for Oxygen");
+    EXPECT_EQ(list.segment_text(1), "2: Halifax");
+    EXPECT_THAT(list.SegmentCheckListBox, ElementsAre(true, false, true));
+    list.SegmentCheckListBox = {false, true, false};
+    return true;
+  };
+  host.boxes.clear();
+  form.add_remove_loads(1);
+  EXPECT_EQ(host.boxes.size(), 2U);
+  ASSERT_EQ(form.item_count(1), 1U);
+  EXPECT_EQ(host.data.systems[1].loads[0].segment, 1);
+  form.delete_all_loads(1);
+  EXPECT_EQ(form.item_count(1), 0U);
+  host.undo();
+  EXPECT_EQ(form.item_count(1), 1U);
+}
+
+TEST_F(Trees, BoundariesNameTheirSegmentAlsoWhenThereIsNone) {
+  boundary_data_type boundary;
+  boundary.segment = 8;
+  boundary.points = {{{150754, 0}, 1}, {{150754, 0}, 2}};
+  host.data.systems.edit(0).boundaries.push_back(boundary);
+  TBoundaryForm form(host);
+  shown(form);
+  EXPECT_EQ(form.item_text(0, 0), "");
+  form.select(editor_tree::node{0, 0});
+  EXPECT_EQ(form.panels()[0]->label, "Time functions for segment 9 (), Ammonium");
+  EXPECT_FALSE(form.FormCloseQuery(true));
+  EXPECT_THAT(host.boxes, ElementsAre("Cannot accept data: Detected duplicate moment in time function for\r\n"
+                                      "segment 9 (), Ammonium"));
+  form.select(editor_tree::node{0, std::nullopt});
+  EXPECT_FALSE(form.InterpolationTypeComboBox.is_visible);
+  form.InsertRowButtonClick(*form.panels()[0]); // nothing is selected
+  EXPECT_EQ(host.data.systems[0].boundaries[0].points.size(), 2U);
+  EXPECT_TRUE(form.panels()[1]->table.enter(0, 1, "3"));
+  EXPECT_EQ(host.data.systems[0].scalb, 3);
+  EXPECT_EQ(host.data.systems[0].scalw, 1);
+}
+
+} // namespace
+} // namespace vesk
