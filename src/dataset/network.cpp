@@ -1,5 +1,7 @@
 #include "dataset/network.h"
 
+#include "platform/counted.h"
+
 #include <algorithm>
 #include <utility>
 #include <vector>
@@ -119,17 +121,13 @@ void remove_references(prevesk_dataset_data_type& data, std::size_t position) {
   remove_records(&system_data_type::boundaries);
 }
 
-std::string counted(std::size_t count, const char* one, const char* many) {
-  return std::to_string(count) + " " + (count == 1 ? one : many);
-}
-
 } // namespace
 
 std::string in_words(const segment_references& counts) {
   std::vector<std::string> parts;
-  if (counts.pairs != 0) parts.push_back(counted(counts.pairs, "pair", "pairs"));
-  if (counts.bottoms != 0) parts.push_back(counted(counts.bottoms, "bottom reference", "bottom references"));
-  if (counts.loads != 0) parts.push_back(counted(counts.loads, "load", "loads"));
+  if (counts.pairs != 0) parts.push_back(counted(counts.pairs, "pair"));
+  if (counts.bottoms != 0) parts.push_back(counted(counts.bottoms, "bottom reference"));
+  if (counts.loads != 0) parts.push_back(counted(counts.loads, "load"));
   if (counts.boundaries != 0) parts.push_back(counted(counts.boundaries, "boundary", "boundaries"));
   std::string text;
   for (std::size_t i = 0; i < parts.size(); ++i)
