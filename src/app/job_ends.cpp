@@ -1,6 +1,7 @@
 // What the main window does when a job ends, and which part of its data set it takes.
 #include "app/file_names.h"
 #include "app/run_control.h"
+#include "dataset/same_content.h"
 #include "platform/file_io.h"
 
 #include <utility>
@@ -17,7 +18,7 @@ bool same_input(prevesk_dataset_data_type a, const prevesk_dataset_data_type& b)
   a.max_num_boundaries = b.max_num_boundaries;
   a.max_num_loads = b.max_num_loads;
   a.validation_results = b.validation_results;
-  return a == b;
+  return same_content(std::move(a), b);
 }
 
 } // namespace
@@ -120,7 +121,7 @@ void run_control::take_back() {
   if (last_job_.cancelled) return drop_result();
   document before = documents_.present();
   const bool same_document = job_start_->document == documents_.document_number();
-  const bool edited = same_document && !(job_start_->data_set == *documents_.current_data_set);
+  const bool edited = same_document && !same_content(job_start_->data_set, *documents_.current_data_set);
   if (same_document && job_start_->file_name) before.file_name = *job_start_->file_name;
   document next = documents_.present();
   next.data_set = active_thread->data_set();

@@ -1,6 +1,7 @@
 // The commands that show a dialog.
 #include "app/forms.h"
 #include "app/main_form.h"
+#include "dataset/same_content.h"
 
 #include <utility>
 
@@ -25,8 +26,8 @@ void TPreveskMainForm::edit(form& editor, void (TPreveskMainForm::*on_ok)(), voi
   else if (on_ok)
     (this->*on_ok)();
   if (on_close) (this->*on_close)();
-  const bool cancels_edits = !by_ok && !(*backup_data_set == edited.data_set);
-  const bool is_changed = !(*backup_data_set == *current_data_set);
+  const bool cancels_edits = !by_ok && !same_content(*backup_data_set, edited.data_set);
+  const bool is_changed = !same_content(*backup_data_set, *current_data_set);
   if (cancels_edits) {
     documents_.add_step(std::move(edited), "Cancel " + editor.caption());
   } else if (is_changed && !has_steps) {

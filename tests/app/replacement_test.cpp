@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <limits>
 
 namespace vesk {
 namespace {
@@ -229,6 +230,15 @@ TEST_F(Replacement, AResultIsAStepAndKeepsTheOriginOfItsDocument) {
   form.start_validity_check(); // finds limits, changes nothing
   finish();
   EXPECT_EQ(form.current_data_set->max_num_segments, 1U);
+  EXPECT_EQ(steps(), "|Import network renames.vkn");
+
+  // Not-a-number differs from itself, but is no edit.
+  form.current_data_set->end_date = form.current_data_set->skip_time = std::numeric_limits<double>::quiet_NaN();
+  ui.lines.clear();
+  form.start_validity_check();
+  finish();
+  form.SystemsItemClick();
+  for (const std::string& line : ui.lines) EXPECT_EQ(line.find("edited"), line.npos) << line;
   EXPECT_EQ(steps(), "|Import network renames.vkn");
 
   form.start_load_restart_file("code-5.rst");
