@@ -157,9 +157,10 @@ TEST(Transport, ImplicitRunShortOfMemoryEndsInOneSentence) {
   for (rlim_t left = 1 << 16; !outcomes.contains(solved) && left < (1 << 28); left += 3 << 16) {
     const pid_t child = fork();
     if (child == 0) {
+      malloc_trim(0);
+      mallopt(M_MMAP_THRESHOLD, 4096); // what earlier tests have freed is not to serve these requests
       unsigned long long pages = 0;
       std::ifstream("/proc/self/statm") >> pages;
-      malloc_trim(0);
       const rlim_t limit = pages * static_cast<rlim_t>(sysconf(_SC_PAGESIZE)) + left;
       const rlimit both{limit, limit};
       setrlimit(RLIMIT_AS, &both);
