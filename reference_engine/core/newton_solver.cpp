@@ -16,7 +16,7 @@ NewtonSolver::NewtonSolver(std::size_t unknowns, std::size_t nonzeros, SUNContex
     : starts_(unknowns + 1), rows_(nonzeros), jacobian_(nonzeros), values_(nonzeros), diagonal_(unknowns) {
   klu_l_defaults(&common_);
   common_.ordering = 0; // by minimum degree: the structure is nearly symmetric
-  common_.scale = 0;    // all unknowns are masses
+  common_.scale = -1;   // all unknowns are masses; 0 would look through the matrix each time
   handle_ = SUNLinSolNewEmpty(context);
   matrix_ = SUNMatNewEmpty(context);
   if (handle_ == nullptr || matrix_ == nullptr) {
