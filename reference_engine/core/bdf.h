@@ -15,8 +15,9 @@ namespace reference_engine {
 
 class Bdf : public Integrator {
 public:
-  // What a local error may be: this share of the concentration, and this many g/m3.
-  static constexpr double relative_tolerance = 1e-6, absolute_tolerance = 1e-8;
+  // What a local error may be: this share of the concentration, and this many g/m3. Over a run some hundred of them add
+  // up, and a run that is continued from a restart file must still be the same to 1e-6.
+  static constexpr double relative_tolerance = 1e-8, absolute_tolerance = 1e-10;
 
   Bdf();
   ~Bdf() override;

@@ -155,7 +155,7 @@ TEST_F(RunTest, RestartFileBringsTheStateBack) {
 // A day, then another from the file that the first leaves, against both at once. The lower segment fills.
 TEST_F(RunTest, ContinuingIsLikeOneRun) {
   host.load("BQ 1 1 3 0.5\nICRD 1");
-  for (const char* technique : {"SOLUTIONTYPE 1", "SOLUTIONTYPE 2"}) {
+  for (const char* technique : {"SOLUTIONTYPE 1", "SOLUTIONTYPE 2", "SOLUTIONTYPE 3\nDTFUNC 1 0 0.1"}) {
     host.load("SEEDDATE 2 28 2008\nINITC 1 1 2\nINITC 1 2 2\nVOLUME 2 86400\nENDJULIAN 2");
     EXPECT_EQ(after(technique), "");
     const std::vector<float> at_once = host.last_grid;
@@ -364,6 +364,21 @@ TEST_F(RunTest, ResultsAreNeverWrittenThroughALink) {
   EXPECT_THAT(after(""), HasSubstr("river.nc: can't be written: another program has replaced "));
   EXPECT_EQ(content(victim), "precious");
   EXPECT_EQ(content("river.nc").substr(0, 3), "CDF"); // of the run before
+}
+
+// Much BOD and little oxygen in groundwater: the first half day's oxidation takes all that is there, and no more comes.
+TEST_F(RunTest, ReactionsThatRunShortAreReported) {
+  host.load("MODELTYPE 1\nSEEDDATE 2 28 2008\nSEEDTIME 0 0 0\nENDJULIAN 2\nNPRINT 1\nPRINTFUNC 1 0 1\nNUMSEG 1\n"
+            "VOLUME 1 1000\nSEGNAME 1 \"well\"\nSEGTYPE 1 2\nSEGMINDEPTH 1 1\nINITC 3 1 200\nINITC 4 1 8\nNUMDT "
+            "1\nDTFUNC 1 0 0.5\n"
+            "CONSTVALUE 21 0.4\nINTYP 0\nMAXDT 1\nFRACMAXTS 0.9\nCMAX 3 1000\nCMAX 4 1000\nJMAS 4\n"
+            "IQOPT 1");
+  execute_model("oxygen", &FakeHost::callback);
+  EXPECT_THAT(host.failures, IsEmpty());
+  EXPECT_THAT(host.infos, testing::Contains("In 1 of 4 steps reactions took less than their rates, for lack of oxygen "
+                                            "or of another partner; first in segment 1 (well) on day 0. Shorter steps "
+                                            "follow such reactions more closely."));
+  EXPECT_THAT(host.infos, testing::Contains(HasSubstr("reacted -8, stored -8, clipped 0,")));
 }
 
 // Steps get shorter as the segment empties; the run must end all the same.

@@ -20,8 +20,8 @@ namespace {
 
 enum { conservative, decaying, solids };
 
-// Implicit BDF is held to its local errors of 1e-6; over a run they add up to some ten times that.
-constexpr double bdf_error = 2e-5;
+// Implicit BDF is held to its local errors of 1e-8; over a run they add up to some ten times that.
+constexpr double bdf_error = 3e-7;
 
 // dC/dt = -(Q/V) C. Euler's error after n steps over one residence time is e^-1 / (2 n) to first order; that of
 // Runge-Kutta e^-1 / (120 n^4).
