@@ -1,6 +1,7 @@
 // One update (a PUT of DAYS) against GSL's linear interpolation with its accelerator, and against the plain algorithm.
 // Before anything is timed, updates of both kinds are compared float by float.
 #include "bulk_series_data.h"
+#include "core/forcing_line.h"
 #include "gsl_series.h"
 #include "idle_job.h"
 #include "ratio_table.h"
@@ -14,6 +15,7 @@
 #include <cstring>
 #include <map>
 #include <memory>
+#include <numeric>
 
 namespace vesk::bench {
 namespace {
@@ -90,6 +92,34 @@ void run_service(benchmark::State& state, const series_plan& plan) {
 void run_plain(benchmark::State& state, const series_plan& plan) {
   engine_side job(workload_of(plan));
   run(state, plan, [&](float days) { update_plainly(job, days); });
+}
+
+// What the bundled engine does from one hourly event to the next: two updates, never at an end of the hour, and from
+// them the values in its middle.
+void run_forcing(benchmark::State& state, const series_plan& plan) {
+  const workload& work = workload_of(plan);
+  engine_side job(work);
+  reference_engine::Forcing forcing;
+  forcing.loads.resize(work.elements);
+  forcing.boundaries.resize(work.elements);
+  job.registered.loads = forcing.loads.data();
+  job.registered.boundary_conditions = forcing.boundaries.data();
+  reference_engine::UsedElements used;
+  used.loads.resize(work.elements);
+  std::iota(used.loads.begin(), used.loads.end(), std::size_t{0});
+  used.boundaries = used.loads;
+  reference_engine::ForcingLine line(used);
+  bulk_service service;
+  run(state, plan, [&](float days) {
+    const auto sample = [&](double share) {
+      const auto day = static_cast<float>(static_cast<double>(days) + share * plan.step);
+      service.update(job, day);
+      return static_cast<double>(day);
+    };
+    line.take_first(forcing, sample(0.25));
+    line.take_second(forcing, sample(0.75));
+    benchmark::DoNotOptimize(line.move_to(static_cast<double>(days) + 0.5 * plan.step));
+  });
 }
 
 void run_gsl(benchmark::State& state, const series_plan& plan) {
@@ -182,6 +212,9 @@ void add(std::vector<ratio_row>& rows, const series_plan& plan) {
   const std::string plain = enter("plain", &run_plain);
   const std::string stream = enter("stream", &run_stream);
   const bool all_move = plan.step == one_hour;
+  if (all_move)
+    rows.push_back({"an hour of hourly series in the engine, " + plan.name + ", against one update",
+                    enter("forcing", &run_forcing), ours, ratio_row::at_most, 2.5});
   rows.push_back({"update, " + plan.name + ", against GSL", ours, gsl, ratio_row::at_least, all_move ? 10.0 : 12.0});
   rows.push_back({"update, " + plan.name + ", against the plain algorithm", ours, plain, ratio_row::at_least});
   if (plan.count == 100'000)
