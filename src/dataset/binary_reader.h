@@ -24,14 +24,14 @@ struct file_section {
   std::string_view name = "header"; // of static storage
 };
 
-// A file that is no intact data file: "river.vki, section 12 (hydrodynamic_file), byte 48213: 4294967295 bytes of
+// A file that is not an intact data file: "river.vki, section 12 (hydrodynamic_file), byte 48213: 4294967295 bytes of
 // text, but only 96 are left."
 class data_file_exception : public std::runtime_error {
 public:
   data_file_exception(std::string_view file, file_section section, std::uint64_t offset, std::string cause);
 
   const file_section& section() const { return section_; }
-  std::uint64_t offset() const { return offset_; }    // of the first byte of what is wrong
+  std::uint64_t offset() const { return offset_; }    // of the first wrong byte
   const std::string& cause() const { return cause_; } // ends with a full stop
 
 private:
@@ -107,7 +107,7 @@ private:
   std::string name_;
   int descriptor_ = -1; // -1: all bytes are in memory
   std::uint64_t size_ = 0;
-  std::uint64_t beyond_ = 0;       // bytes of the file behind end_
+  std::uint64_t beyond_ = 0;       // bytes of the file after end_
   std::unique_ptr<char[]> buffer_; // null when all bytes are in memory
   const char* next_ = nullptr;
   const char* end_ = nullptr;

@@ -1,6 +1,6 @@
 // Little-endian numbers and plain bytes into a data file or into memory.
 //
-// Small pieces gather in a buffer; long arrays go to the file from where they stand.
+// Small pieces gather in a buffer; long arrays go to the file directly.
 #pragma once
 
 #include "platform/file_io.h"
@@ -47,7 +47,7 @@ private:
   std::string buffer_;
   std::string& bytes_ = buffer_; // the buffer, or the caller's memory
   std::uint64_t written_ = 0;    // to the file
-  std::uint64_t on_its_way_ = 0; // of these the system was told to bring to the disk
+  std::uint64_t on_its_way_ = 0; // of these the system was asked to write to the disk
 };
 
 // Takes what a binary_writer takes and only counts it.

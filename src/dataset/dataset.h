@@ -59,7 +59,7 @@ public:
   std::string library = "UNKNOWN.DLL";
   std::string model_name = "UNKNOWN MODEL";
   std::uint32_t file_version = current_file_version();
-  std::uint32_t max_num_segments = 0; // this and the next four: the engine's limits, 0 until it has told them
+  std::uint32_t max_num_segments = 0; // this and the next four: the engine's limits, 0 until it has set them
   std::uint32_t max_num_ef_functions = 0;
   std::uint32_t max_num_time_breaks = 0;
   std::uint32_t max_num_boundaries = 0;
@@ -124,14 +124,14 @@ public:
 
   // Holds the data set against the engine's limits and the files that it names, and fills `validation_results` anew.
   // A relative file name is looked for in `data_folder`, then in the current folder. True when nothing of severity 2
-  // was found. The limits must have been told by the engine before.
+  // was found. The engine must have set the limits before.
   bool check_limits(const std::filesystem::path& data_folder = {});
 
   // The lists that the catalogue decides on.
   model_lists lists_of_model() const { return {systems, parameters, constant_groups, time_functions, output_controls}; }
 
   // Why the model cannot be run over its period, one sentence: the start or the end is not finite, or outside the
-  // calendar. An engine might run for ever. Empty: it can.
+  // calendar. An engine might run endlessly. Empty: it can.
   std::string period_fault() const;
 
   // The start and the end of the simulation as date-time numbers.

@@ -29,7 +29,7 @@ struct stored_series {
   friend bool operator==(const stored_series&, const stored_series&) = default;
 };
 
-// Where an interpolation stands in a series during a run. Never stored; all series compare equal in it.
+// The position of an interpolation in a series during a run. Never stored; all series compare equal in it.
 struct series_cursors {
   moment_value_pair_type cursor_next{{0, 0}, cursor_unset};     // the point at cursor_index
   moment_value_pair_type cursor_previous{{0, 0}, cursor_unset}; // the point before it

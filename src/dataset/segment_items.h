@@ -1,7 +1,7 @@
 // The per-segment lists of parameter and system values.
 //
 // A model of a million segments has tens of these records in each. Their ISC numbers are nearly always the same in
-// all segments, so numbers and values stand in two arrays of which equal ones can be shared. Records are read and
+// all segments, so numbers and values are kept in two arrays of which equal ones can be shared. Records are read and
 // written whole, by position.
 #pragma once
 

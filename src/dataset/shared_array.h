@@ -19,7 +19,7 @@ namespace vesk {
 
 namespace detail {
 
-// What stands in front of the elements in memory.
+// The header before the elements in memory.
 struct array_block {
   std::atomic<std::uint32_t> users;
   std::uint32_t size;

@@ -1,6 +1,6 @@
 // A list of records that copies share until one of them is changed.
 //
-// Records stand in blocks behind counted handles: a copy of the list costs one counter, the first change after it
+// Records are kept in blocks with counted handles: a copy of the list costs one counter, the first change after it
 // copies the handles and the one block that is changed. Records are read by position or iterator and changed through
 // `edit`; a reference holds only until the list is next copied or changed. Counts are atomic: two copies may live in
 // two threads; one object belongs to one thread at a time.

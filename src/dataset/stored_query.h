@@ -1,4 +1,4 @@
-// A stored query: the description of where a series' points come from. Plain data; running one is not told here.
+// A stored query: the description of where a series' points come from. Plain data; `import_query` executes it.
 #pragma once
 
 #include <cstdint>

@@ -22,7 +22,7 @@ public:
 
   binary_reader& reader() { return *reader_; }
 
-  // The file when it was opened, before a byte of it was read; nothing for what is no regular file.
+  // The file when it was opened, before a byte of it was read; nothing if it is not a regular file.
   const std::optional<file_identity>& identity() const { return identity_; }
 
 private:
@@ -37,7 +37,7 @@ private:
 // Reads a data file over the freshly constructed `data` and reconciles it with its catalogue, if it has one. Returns
 // what `data` does not have of the file. When that is nothing, the file is the origin of `data`; else it has none.
 //
-// Throws file_open_exception: there is no file to read. data_file_exception: it is damaged or no data file.
+// Throws file_open_exception: there is no file to read. data_file_exception: it is damaged or not a data file.
 // file_exception: the system failed to read it or has not enough memory for it. catalogue_exception. After any of them
 // `data` is of no use.
 reading_losses read_data_file(const std::filesystem::path& file, prevesk_dataset_data_type& data);

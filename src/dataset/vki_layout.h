@@ -1,14 +1,14 @@
 // The layout of the .VKI data file: which fields each record has, in the order of the file.
 //
-// Each record and the data set itself are told once, as `layout<Record>::fields(visitor, record)`. Reader, writer and
-// everything else that goes through a data set in file order are visitors of this one description, so that they
+// Each record, and the data set itself, is described once, as `layout<Record>::fields(visitor, record)`. Reader, writer
+// and everything else that goes through a data set in file order are visitors of this one description, so that they
 // cannot disagree. A visitor has
 //
 //   field(name, member)            a field; its C++ type says its form
 //   section(number, name, member)  a section of the file with the data set's member of that name
 //   points_section(number, name, series), query_section(number, name, series)
 //                                  the two sections that a series of the data set's own is split into
-//   header(version)                what stands before the sections
+//   header(version)                what precedes the sections
 //   from(version)                  whether the file's version has what follows: `version` is the first that has it
 //   only(first, last)              the same for what only the versions from `first` to `last` have
 //   retired_text(name), retired_queries(name)
@@ -17,7 +17,7 @@
 // Forms in the file, all little-endian, nothing aligned: bool 1 byte; 32-bit integers and doubles as they are; a text
 // its u32 length and its bytes; a list its u32 count and its elements; a shared_value what it holds.
 //
-// Numbers of versions and sections never change. docs/file-format.md tells the same to people.
+// Numbers of versions and sections never change. docs/file-format.md describes the same for people.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -307,7 +307,7 @@ struct layout<prevesk_dataset_data_type> {
     if (v.from(0x00070006)) v.section(38, "max_dt", d.max_dt);
     if (v.from(0x00070006)) v.section(39, "min_dt", d.min_dt);
     if (v.from(0x00070007)) v.section(40, "vesk_to_vesk_linkage_option", d.vesk_to_vesk_linkage_option);
-    // Younger sections stand before it: the header's offset points at the last one.
+    // Newer sections precede it: the header's offset points at the last one.
     if (v.from(0x00070005)) v.section(last_section, "project_files", d.project_files);
   }
 };

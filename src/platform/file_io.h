@@ -48,7 +48,7 @@ private:
 // opened.
 file_descriptor open_for_reading(const std::filesystem::path& file);
 
-// The size of a regular file. 0 for all that has no size of its own, such as a pipe, and for an empty file.
+// The size of a regular file. 0 for anything without a size, such as a pipe, and for an empty file.
 std::uint64_t size_of_regular_file(int file);
 
 // All that is left in an open file or pipe. `name` is for the message of a file_exception. `goes_on`, if any, is shown

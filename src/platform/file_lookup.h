@@ -1,4 +1,4 @@
-// File names as they stand in a data set: written on any platform, possibly relative.
+// File names as stored in a data set: written on any platform, possibly relative.
 #pragma once
 
 #include <filesystem>

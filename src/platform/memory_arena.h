@@ -17,7 +17,7 @@ public:
   static constexpr std::size_t page_size = 4096;
 
   // Reserves `bytes` and returns an arena with one user, the caller. One that cannot be reserved is an arena without
-  // room, for the heap may still serve what is really needed. Throws std::bad_alloc when not a page is to be had.
+  // room, for the heap may still serve what is really needed. Throws std::bad_alloc when not even a page is available.
   static memory_arena* create(std::size_t bytes);
 
   memory_arena(const memory_arena&) = delete;

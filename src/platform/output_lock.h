@@ -16,7 +16,7 @@
 
 namespace vesk {
 
-// Another run holds the lock, or its name is taken by what is not a lock file: one sentence.
+// Another run holds the lock, or its name belongs to something that is not a lock file: one sentence.
 class output_lock_refused : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };

@@ -8,19 +8,19 @@
 
 namespace vesk {
 
-// Parts a command line at its blanks; double-quote marks keep what stands between them together and are left out.
+// Splits a command line at its blanks; double-quote marks keep the text between them together and are removed.
 std::vector<std::string> split_command_line(std::string_view line);
 
 // The file of a program. A name without a folder is looked for in `beside` and then on the search path. A name that
 // ends in ".exe" is also looked for without that. Empty when there is no such program.
 std::filesystem::path find_program(const std::string& name, const std::filesystem::path& beside);
 
-// Starts a program, found as told above beside this one, without a shell and without waiting for it; `arguments` begin
+// Starts a program, found as described above, without a shell and without waiting for it; `arguments` begin
 // with its name. `folder`: its working folder; empty: the current one. False when it cannot be started. Nothing of the
-// process stays behind here when it ends.
+// process remains when it ends.
 bool start_program(const std::vector<std::string>& arguments, const std::filesystem::path& folder = {});
 
-// Lets the desktop open a file or a link with what it is made for. Whatever comes of it is not told.
+// Lets the desktop open a file or a link with its default program. Success is not reported.
 void open_with_desktop(const std::string& file_or_link, const std::filesystem::path& folder);
 
 // The nice value of this process: of its first thread.

@@ -23,7 +23,7 @@ inline constexpr int handed_descriptor = 3;
 // Runs a program to its end, without a shell and with an empty environment; of this process's files it has `file`
 // alone. Its standard input and standard error lead nowhere. `take` is given what it writes, and nothing several times
 // a second while it writes nothing; when that returns false or throws, or nothing comes for `longest_silence`, the
-// program is killed. Nothing of it stays behind.
+// program is killed. No part of it remains.
 program_end read_program(const std::filesystem::path& program, const std::vector<std::string>& arguments,
                          const file_descriptor& file, std::chrono::milliseconds longest_silence,
                          const std::function<bool(std::string_view)>& take);

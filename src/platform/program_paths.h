@@ -1,4 +1,4 @@
-// Where the program stands and where it may write.
+// The program's folder and the folders that it may write to.
 #pragma once
 
 #include <filesystem>

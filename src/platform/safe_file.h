@@ -1,6 +1,6 @@
 // Saving a file so that the old one is never lost.
 //
-// The new content is written to a file of its own beside the target and takes the target's place only when all of it
+// The new content is written to a separate file beside the target and takes the target's place only when all of it
 // is on the disk. Whatever goes wrong before, the old file stays as it was and the new one is removed. Until it is
 // whole it has no name, so that a program that is killed leaves nothing, but for the moment between naming and
 // renaming; where the file system has no files without names it is a hidden file, `.vesk-` and a number, from the

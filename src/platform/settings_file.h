@@ -1,6 +1,6 @@
 // A text file of settings: sections in brackets, a line "name=value" for each value.
 //
-// The text behind the first "=" is the value, to the end of the line; nothing in it is a comment. Lines that nobody
+// The text after the first "=" is the value, to the end of the line; nothing in it is a comment. Lines that nobody
 // asks for stay as they are.
 #pragma once
 

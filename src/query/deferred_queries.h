@@ -19,7 +19,7 @@ class live_query_exception : public std::runtime_error {
 using query_executor =
     std::function<query_report(const import_query_descriptor&, const prevesk_dataset_data_type&, point_list&)>;
 
-// What is told while queries are executed.
+// Receives progress and reports while queries are executed.
 class query_progress {
 public:
   virtual ~query_progress() = default;

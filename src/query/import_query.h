@@ -1,4 +1,4 @@
-// A stored query at work: what is kept of it, and what is found out from its source.
+// A stored query being executed: its stored members, and what its source adds.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -20,7 +20,7 @@ public:
   explicit import_query(import_query_descriptor query = {}, const std::filesystem::path& data_folder = {})
       : stored(std::move(query)), engine(data_folder) {}
 
-  // What a condition has besides what is stored of it.
+  // The members of a condition that are not stored.
   struct condition_choice {
     std::size_t field_index = 0;      // of its field in field_names; set by validation
     std::int32_t selected_value = -1; // position of its value in `values`; -1: none

@@ -1,6 +1,6 @@
 // The way from a stored query to its source: connections, and statements as result sets.
 //
-// A source is one table in a file of its own (kind 1), or a file of several tables (kind 2). Main thread only.
+// A source is a file that is one table (kind 1), or a file of several tables (kind 2). Main thread only.
 #pragma once
 
 #include "query/sources/table_source.h"
@@ -39,7 +39,7 @@ public:
 
   const std::vector<table_field>& fields() const { return fields_; } // of the rows
 
-  // Goes to the next row, the first at first; false behind the last. Throws query_engine_exception and query_cancelled.
+  // Goes to the next row, the first at first; false after the last. Throws query_engine_exception and query_cancelled.
   bool next();
 
   // The values that are looked for; `found` are those that the rows read so far had.
@@ -51,7 +51,7 @@ public:
   // A value of the present row.
   bool is_missing(std::size_t field) const; // null, or a text that says so, such as NA
   // Whether a condition can compare its field with this value: not in a field of numbers or dates with a text or with
-  // nothing, and not with a number that is none of a date. An empty text stands for no text.
+  // nothing, and not with a number that is not a date. An empty text means no text.
   bool is_comparable(std::size_t field) const;
   // Days since 30 December 1899. Throws query_engine_exception, as `refuse` does, for what is not a date.
   double date_and_time(std::size_t field) const;
@@ -86,7 +86,7 @@ public:
   // The fields of the query's table. Throws query_engine_exception.
   std::vector<table_field> fields_of(const import_query& query);
 
-  // Makes sure that the connection is one to the query's file as it stands now. Throws query_engine_exception.
+  // Makes sure that the connection is to the query's file in its present state. Throws query_engine_exception.
   void connect(const import_query& query);
 
   // Closes the file of a source of kind 2. What has been read of it stays for the next connection to the same file.
@@ -101,7 +101,7 @@ public:
   std::uint8_t kind_of(const std::string& file_name) const;
 
 private:
-  // A file as it stood when it was opened.
+  // The state of a file when it was opened.
   struct file_state {
     std::filesystem::path file;
     std::filesystem::file_time_type written;

@@ -5,7 +5,7 @@
 
 namespace vesk {
 
-// Adds a line to "LOGINFO.TXT" in the current folder. Nothing is told when that fails.
+// Adds a line to "LOGINFO.TXT" in the current folder. A failure is silent.
 void trace_query(const std::string& line);
 
 } // namespace vesk

@@ -3,8 +3,8 @@
 
 namespace vesk {
 
-// As sdk/vesk_engine.h tells. Finds the job through the calling thread; without a job it does nothing. Nothing thrown
-// leaves it: the job is told of the failure instead.
+// As described in sdk/vesk_engine.h. Finds the job through the calling thread; without a job it does nothing. Nothing
+// thrown leaves it: the job is marked as failed instead.
 void data_callback(const char* name, void* a1, void* a2, void* a3, void* a4, void* a5) noexcept;
 
 } // namespace vesk

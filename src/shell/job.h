@@ -1,4 +1,4 @@
-// What the keyword layer needs of the job that it serves.
+// What the keyword layer needs from the job that it serves.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -14,7 +14,7 @@ namespace vesk {
 class shell_interface;
 
 // The engine's arrays that DAYS fills. Borrowed: the engine owns them and keeps them until its function returns.
-// Null means not registered. Their sizes are the engine's promise and are not told.
+// Null means not registered. The engine guarantees their sizes; they are not known here.
 struct registered_arrays {
   float* time_functions = nullptr;      // element ISC - 1
   float* loads = nullptr;               // element segment * number of systems + system number - 1
@@ -41,7 +41,7 @@ public:
   virtual bool cancel_requested() const = 0;
   virtual std::int32_t elapsed_seconds() const = 0; // since the job was made
 
-  // The file the job is about: the data file, or the one to import, export or load. Setting it tells the front end.
+  // The file the job is about: the data file, or the one to import, export or load. Setting it notifies the front end.
   virtual std::string input_file_name() const = 0;
   virtual void set_file_name(std::string_view name) = 0;
 
@@ -72,10 +72,10 @@ public:
   virtual bool logging_enabled() const = 0;
   // Appends one line to the job's log file, if it has one. Never fails.
   virtual void log_line(std::string_view text) = 0;
-  // True when the job has a log file, so that texts for it are worth making. Asked when an engine_job_scope begins.
+  // True when the job has a log file, so that texts for it are needed. Asked when an engine_job_scope begins.
   virtual bool has_log() const = 0;
 
-  // Held up here while the user has the job stopped or slowed down. The callback passes it at each call.
+  // Pauses here while the user has the job stopped or slowed down. The callback passes it at each call.
   void pass_gate() {
     if (gate_closed().load(std::memory_order_relaxed)) wait_at_gate();
   }
@@ -95,7 +95,7 @@ private:
   const std::atomic<bool>* gate_ = &always_open_;
 };
 
-// Says which job the calling thread, and any thread without one of its own, serves; for as long as the object lives.
+// Sets the job that the calling thread, and any thread without a job, serves; for as long as the object lives.
 class engine_job_scope {
 public:
   explicit engine_job_scope(engine_job& job);

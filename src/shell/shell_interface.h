@@ -14,7 +14,7 @@
 
 namespace vesk {
 
-// Where a constant stands: both positions are 0-based.
+// The position of a constant: both indices are 0-based.
 struct constant_position {
   std::size_t group;
   std::size_t constant; // in its group
@@ -22,7 +22,7 @@ struct constant_position {
   friend bool operator==(const constant_position&, const constant_position&) = default;
 };
 
-// Where a per-segment value stands: both positions are 0-based.
+// The position of a per-segment value: both indices are 0-based.
 struct segment_item_position {
   std::size_t segment;
   std::size_t item; // in the segment's own list
@@ -64,10 +64,10 @@ public:
   // Logs what the job's keywords and the stages of `DAYS` have cost. To be called at the end of the job.
   void log_metrics() const;
 
-  // The keyword of the call at work, for telling of a failure; empty before the first call.
+  // The keyword of the present call, to report a failure; empty before the first call.
   std::string_view current_keyword() const { return current_ ? current_->keyword : std::string_view(); }
 
-  // True when there is a log file: what is only made for the log need not be made otherwise.
+  // True when there is a log file; skip building log-only text otherwise.
   bool logs() const { return logs_; }
   // Appends a line with the date and time in front of `message`; nothing without a log file.
   void log(std::string_view message) const;

@@ -36,7 +36,7 @@ public:
   bool add_boolean(std::uint32_t row, std::uint32_t column, bool value);
 
   // Ends the adding. `become_sheet` looks for the header, settles the type of each column and leaves out those without
-  // name and value; `become_table` takes the fields as they are told, one a column, and keeps rows without a value:
+  // name and value; `become_table` takes the given fields, one a column, and keeps rows without a value:
   // `rows` is their number.
   void become_sheet();
   void become_table(std::vector<table_field> fields, std::uint32_t rows);

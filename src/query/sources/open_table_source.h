@@ -1,4 +1,4 @@
-// A table source for a file, by what is in it.
+// A table source for a file, chosen by its content.
 #pragma once
 
 #include "query/sources/table_source.h"
@@ -8,7 +8,7 @@
 
 namespace vesk {
 
-// The content decides where it can be told from its first bytes, else the extension does. Throws
+// The content decides if its first bytes identify it, else the extension does. Throws
 // table_source_exception.
 std::unique_ptr<table_source> open_table_source(const std::filesystem::path& file);
 

@@ -124,7 +124,7 @@ struct row_filter {
 
 // Reads the rows of one table, from the first to the last.
 //
-// A value is decoded when it is asked for, so fields that nobody asks for cost nothing.
+// A value is decoded when it is requested, so unused fields cost nothing.
 class row_cursor {
 public:
   explicit row_cursor(std::vector<row_filter> filters) : filters_(std::move(filters)) {}
@@ -175,7 +175,7 @@ public:
   table_source(const table_source&) = delete;
   table_source& operator=(const table_source&) = delete;
 
-  const std::string& file() const { return file_; } // as it was asked for, for messages
+  const std::string& file() const { return file_; } // as requested, for messages
 
   // The names of the tables. A file that is one table has the file's name.
   const std::vector<std::string>& tables() const { return tables_; }

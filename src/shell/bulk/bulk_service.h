@@ -2,7 +2,7 @@
 // conditions, flows, exchanges and of the print interval at one moment, written into the engine's own arrays.
 //
 // One object serves one job, on the thread that calls the callback. At a job's first step the series that are asked
-// for go into a table of their own, whose rows hold only what a step needs; points stay where they are, shared with
+// for go into a separate table, whose rows hold only what a step needs; points stay where they are, shared with
 // the data set. What the table yields is, bit for bit, what the algorithm in bulk_reference.h yields.
 #pragma once
 
@@ -31,7 +31,7 @@ public:
   bulk_service(const bulk_service&) = delete;
   bulk_service& operator=(const bulk_service&) = delete;
 
-  // PUT `DAYS`: tells the job the simulation time, `days` after the start of its data set, and fills the arrays that
+  // PUT `DAYS`: gives the job the simulation time, `days` after the start of its data set, and fills the arrays that
   // are registered by then. Arrays may be registered, moved and taken back between updates.
   void update(engine_job& job, float days);
 

@@ -65,7 +65,7 @@ struct at_place<Place, std::index_sequence<I...>> {
     }
   }
 
-  // A point without a moment would stand before or behind all others and bend the series; it is left as it was.
+  // A point without a date would come before or after all others and distort the series, so it is left unchanged.
   static bool is_a_moment(const shell_interface& shell, float days) {
     if (std::isfinite(days)) return true;
     shell.warn("days are not a number");

@@ -1,7 +1,7 @@
 // Where keywords find what they read and write.
 //
 // A place turns a keyword's leading indices into one record of the data set: `find<false>` for reading, which leaves
-// shared memory shared, and `find<true>` for changing. Null: there is no such record, and the log has been told. A
+// shared memory shared, and `find<true>` for changing. Null: there is no such record, and a line is in the log. A
 // pointer holds until the data set is next copied or changed.
 #pragma once
 

@@ -1,7 +1,7 @@
 // How a member of a record becomes an argument and back.
 //
 //   double           REAL: narrowed on the way out, widened on the way in
-//   bool             INTEGER: 0 or 1; whatever is not 0 is true
+//   bool             INTEGER: 0 or 1; any value but 0 is true
 //   std::uint32_t    INTEGER: as it is
 //   std::int32_t     INTEGER: a segment's position, which the engine counts from index_base
 //   texts            STRING: whole, with the terminator. Names have at most 255 bytes by their type. A file name longer

@@ -1,4 +1,4 @@
-// What one keyword is: its names, its arguments, its modes and the code behind it.
+// What one keyword is: its names, its arguments, its modes and its handler.
 #pragma once
 
 #include "shell/keywords/keyword_index.h"
@@ -39,7 +39,7 @@ using keyword_handler = void (*)(shell_interface&, argument_words);
 
 enum keyword_modes : std::uint8_t { get = 1, put = 2, get_put = 3 };
 
-// A handler with the types of its arguments, taken from the C++ function behind it (shell/typed_handler.h).
+// A handler with the types of its arguments, taken from its C++ function (shell/typed_handler.h).
 struct typed_handler {
   static constexpr std::size_t no_handler = max_variables + 1;
 

@@ -38,7 +38,7 @@ public:
   std::string memo(std::uint64_t offset, std::size_t size) const;
   void check_memo(std::size_t size) const; // throws table_source_exception
 
-  // Throws table_source_exception when bytes are asked for that are behind the end.
+  // Throws table_source_exception when bytes beyond the end are requested.
   void check(std::uint64_t offset, std::size_t size) const {
     if (offset > size_ || size > size_ - offset) fail_short(offset, size);
   }
@@ -94,7 +94,7 @@ private:
   std::size_t ahead_;
   std::unique_ptr<char[]> place_;
   std::size_t room_ = 0, filled_ = 0;
-  std::uint64_t begin_ = 0; // of what stands in `place_`
+  std::uint64_t begin_ = 0; // of the bytes in `place_`
 };
 
 } // namespace vesk

@@ -19,13 +19,13 @@ public:
   // `bytes` must outlive this.
   dbf_memo(const byte_source& bytes, dbf_memo_kind kind);
 
-  // The text that begins in `block`, as it stands in the file. Empty for block 0. Throws table_source_exception when
+  // The text that begins in `block`, as stored in the file. Empty for block 0. Throws table_source_exception when
   // the file does not hold it.
   std::string text(std::uint64_t block) const;
 
 private:
   template <class T>
-  T number(std::uint64_t offset) const; // as it stands in the file
+  T number(std::uint64_t offset) const; // as stored in the file
 
   const byte_source& bytes_;
   dbf_memo_kind kind_;

@@ -25,7 +25,7 @@ struct column_form {
 };
 
 // Counts the forms of a column's texts, and settles the one that most of them have: every text votes, so that
-// "31/1/2011" in the last row tells how "1/2/2011" in the first is meant.
+// "31/1/2011" in the last row decides the order of day and month in the first.
 //
 // Dates win with more than half of the votes, numbers with three quarters. Texts that mark a missing value, such as NA,
 // have none. A text of digits with a 0 before them, "02080500", is a code, and the column is one of texts.
@@ -38,7 +38,7 @@ public:
 
   std::uint64_t count() const { return votes_; }
 
-  // `prefer_comma`: numbers such as "1,234", which may be both, have a decimal comma if nothing else tells.
+  // `prefer_comma`: numbers such as "1,234", which may be both, have a decimal comma if nothing else decides.
   column_form settle(bool prefer_comma = false) const;
 
 private:

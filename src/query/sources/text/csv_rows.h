@@ -23,7 +23,7 @@ public:
   // `start`: the place of the stream's beginning in the whole text.
   csv_rows(text_stream text, char separator, std::uint64_t start = 0);
 
-  // Goes to the next row that is not empty; false at the end, and where `fault` tells of a row that is too long. Throws
+  // Goes to the next row that is not empty; false at the end, and where `fault` reports a row that is too long. Throws
   // table_source_exception when the text cannot be read.
   bool next();
 
@@ -45,7 +45,7 @@ private:
   struct field {
     const char* begin;
     const char* end;
-    bool has_marks; // quotation marks stand in it that are not part of the text
+    bool has_marks; // it contains quotation marks that are not part of the text
   };
 
   void add(const char* first, const char* last, bool has_marks) {

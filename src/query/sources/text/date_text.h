@@ -27,7 +27,7 @@ constexpr bool is_date_time_number(double serial) {
 std::optional<std::int32_t> serial_day(int year, int month, int day);
 
 // How a date is written. A time may follow all of them, after a blank, a comma and a blank, or a "T":
-// h:mm, h:mm:ss, fractions of a second, AM or PM; "Z" or an offset from UTC behind it is passed over.
+// h:mm, h:mm:ss, fractions of a second, AM or PM; "Z" or an offset from UTC after it is passed over.
 enum class date_form : std::uint8_t {
   iso,         // 2011-01-31 or 2011/1/31
   month_first, // 1/31/2011 or 1-31-2011
@@ -39,7 +39,7 @@ enum class date_form : std::uint8_t {
 
 struct date_reading {
   double serial;
-  bool has_time; // something was written behind the date
+  bool has_time; // something follows the date
 };
 
 // The whole text as a date of that form. Two-digit years are those from 1950 to 2049.

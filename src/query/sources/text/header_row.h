@@ -14,13 +14,13 @@ struct sample_row {
   std::size_t values = 0;         // how many of them are numbers, dates or times
 };
 
-// The first rows of a table: as many as tell its header, and no more than memory has room for.
+// The first rows of a table: enough to find its header, and no more than fit in memory.
 class header_sample {
 public:
   bool is_full() const { return rows_.size() == most_rows || cells_ >= most_cells; }
   void begin_row() { rows_.emplace_back(); }
 
-  // A cell of the row, behind those that it has; the text is cut after `longest_text` bytes. `column`: from 0.
+  // A cell of the row, after those that it has; the text is cut after `longest_text` bytes. `column`: from 0.
   void add(std::size_t column, std::string_view text, bool is_value);
 
   const std::vector<sample_row>& rows() const { return rows_; }

@@ -16,8 +16,8 @@ public:
   explicit text_stream(std::string_view text)
       : begin_(text.data()), end_(text.data() + text.size()), is_complete_(true) {}
 
-  // A file's text behind its byte-order mark, from the byte `start` of the text on; `source` must outlive this. UTF-16
-  // becomes UTF-8, where `start` counts bytes of UTF-8; anything else comes as it stands. Throws
+  // A file's text after its byte-order mark, from the byte `start` of the text on; `source` must outlive this. UTF-16
+  // becomes UTF-8, where `start` counts bytes of UTF-8; anything else comes unchanged. Throws
   // table_source_exception.
   text_stream(const byte_source& source, std::uint64_t start);
 
@@ -26,7 +26,7 @@ public:
   const char* end() const { return end_; }
   bool is_complete() const { return is_complete_; } // it goes to the end of the whole text
 
-  // Lets go of what stands before `keep` and brings more behind the end; all places in the text change. Not for a text
+  // Drops the text before `keep` and appends more at the end; all positions in the text change. Not for a text
   // that is complete.
   void read_on(const char* keep);
 

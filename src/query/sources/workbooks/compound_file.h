@@ -46,7 +46,7 @@ private:
 
   const byte_source& bytes_;
   std::size_t sector_size_ = 512, small_sector_size_ = 64, small_limit_ = 4096;
-  std::vector<std::uint32_t> next_;       // of each sector: the one behind it in its stream
+  std::vector<std::uint32_t> next_;       // of each sector: the next one in its stream
   std::vector<std::uint32_t> next_small_; // the same for the small sectors in the root's stream
   std::vector<entry> entries_;
 };

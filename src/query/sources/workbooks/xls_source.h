@@ -11,7 +11,7 @@
 namespace vesk {
 
 // The tables are the worksheets, hidden ones too. Formulas give the result that was saved with them. The first row that
-// looks like one is the header, and the content of a column tells its type (see `cell_table`). Workbooks with a
+// looks like one is the header, and the content of a column decides its type (see `cell_table`). Workbooks with a
 // password are refused. Throws table_source_exception.
 std::unique_ptr<table_source> open_xls(const std::filesystem::path& file);
 
