@@ -41,7 +41,7 @@ void binary_reader::fail_short(std::uint64_t offset, const std::string& wanted) 
                    (left() == 1 ? " is left." : " are left."));
 }
 
-// One read at the present end of what is in memory; what lies behind the first `size` bytes goes into the buffer.
+// One read at the present end of the bytes in memory; what follows the first `size` bytes goes into the buffer.
 // Returns how many of the first `size` bytes came.
 std::size_t binary_reader::read(void* to, std::size_t size, std::size_t ahead) {
   const std::size_t got = read_at(descriptor_, size_ - beyond_, to, size, buffer_.get(), ahead, name_);

@@ -151,7 +151,7 @@ std::size_t sort_by_moment(point_list& points, std::size_t row) {
     if (rest_in_order) return move_into_place(points, row);
   }
   std::size_t place = row;
-  if (row < points.size()) { // stable: behind the earlier ones, and those of the same date and time before it
+  if (row < points.size()) { // stable: after the earlier ones, and those of the same date and time before it
     place = 0;
     for (std::size_t i = 0; i < points.size(); ++i)
       if (all[i] < all[row] || (i < row && !(all[row] < all[i]))) ++place;

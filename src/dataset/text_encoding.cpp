@@ -9,7 +9,7 @@ namespace vesk {
 
 namespace {
 
-// The characters of the bytes 80 to 9F; all other bytes are the character of their own number.
+// The characters of the bytes 80 to 9F; every other byte is the character of the same number.
 constexpr char32_t upper_controls[] = {0x20ac, 0x0081, 0x201a, 0x0192, 0x201e, 0x2026, 0x2020, 0x2021,
                                        0x02c6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008d, 0x017d, 0x008f,
                                        0x0090, 0x2018, 0x2019, 0x201c, 0x201d, 0x2022, 0x2013, 0x2014,

@@ -120,7 +120,7 @@ public:
     for (std::uint32_t i = 0; i < wanted; ++i) layout<query_condition>::fields(*this, conditions.emplace_back());
   }
 
-  // Points and pairs stand in memory as they do in the file.
+  // Points and pairs have the same layout in memory as in the file.
   template <class T>
   void field(const char* name, shared_array<T>& array) {
     const std::uint32_t size = count(name, sizeof(T));

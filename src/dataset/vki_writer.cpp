@@ -15,7 +15,7 @@ namespace {
 template <class Sink>
 class vki_writer : public versioned {
 public:
-  // project_files_offset: where section 41 will stand.
+  // project_files_offset: where section 41 will begin.
   vki_writer(Sink& sink, std::uint64_t project_files_offset)
       : versioned(prevesk_dataset_data_type::current_file_version()), sink_(sink),
         project_files_offset_(project_files_offset) {}
@@ -54,7 +54,7 @@ public:
     for (const query_condition& condition : conditions) layout<query_condition>::fields(*this, condition);
   }
 
-  // Points and pairs stand in memory as they do in the file.
+  // Points and pairs have the same layout in memory as in the file.
   template <class T>
   void field(const char*, const shared_array<T>& array) {
     count(array.size());

@@ -25,7 +25,8 @@ public:
 
   bool is_open() const { return reinterpret_cast<std::intptr_t>(state_) != -1; }
 
-  // Converts what it can from the front of `bytes`, appends it and takes it off. False at bytes that are no character.
+  // Converts what it can from the front of `bytes`, appends it and takes it off. False at bytes that are not a
+  // character.
   bool append(std::string_view& bytes, std::string& text) const {
     while (!bytes.empty()) {
       char room[1024];

@@ -94,7 +94,7 @@ output_lock::~output_lock() {
 }
 
 // A file that is left over is deleted, not taken over: it may be a link to a file that matters, and it says who held it
-// last. errno tells why the lock is impossible.
+// last. errno has the cause if the lock is impossible.
 output_lock::outcome output_lock::try_to_take() {
   const bool created = open_file();
   if (!file_.is_open()) return errno == EEXIST ? outcome::again : outcome::impossible;
@@ -113,7 +113,7 @@ output_lock::outcome output_lock::try_to_take() {
   return unlink(name_.c_str()) == 0 ? outcome::again : outcome::taken; // not ours to delete, but locked
 }
 
-// True when it was not there. On failure the file is not open, and errno tells why.
+// True when it was not there. On failure the file is not open, and errno has the cause.
 bool output_lock::open_file() {
   file_ = file_descriptor(open(name_.c_str(), O_RDWR | careful));
   if (!file_.is_open() && errno == EACCES) file_ = file_descriptor(open(name_.c_str(), O_RDONLY | careful));

@@ -125,7 +125,7 @@ safe_file::safe_file(const std::filesystem::path& target) : name_(target.native(
   if (old && faccessat(AT_FDCWD, target.c_str(), W_OK, AT_EACCESS) != 0)
     throw file_open_exception(file_failure("write", name_, errno));
   if (old && !S_ISREG(old->st_mode)) {
-    // By the name that was given: what a link to an open pipe says is no path.
+    // By the name that was given: the content of a link to an open pipe is not a path.
     file_ = file_descriptor(open(target.c_str(), O_WRONLY | O_CLOEXEC));
     if (!file_.is_open()) throw file_open_exception(file_failure("write", name_, errno));
     return;
@@ -153,7 +153,7 @@ void safe_file::create_beside(const std::filesystem::path& target, unsigned mode
   if (!created) throw file_open_exception(file_failure("write", name_, errno));
 }
 
-// Calls `create` with one name after the other until it is not taken yet; errno tells why none was created.
+// Calls `create` with one name after the other until it is not taken yet; errno has the cause if none was created.
 bool safe_file::under_new_name(const auto& create) {
   do {
     std::string name = unpredictable_name();

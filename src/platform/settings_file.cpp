@@ -55,7 +55,7 @@ std::optional<settings_file::place> settings_file::find(std::string_view section
   const std::string head = "[" + std::string(section) + "]";
   const auto first = std::find(lines_.begin(), lines_.end(), head);
   if (first == lines_.end()) return {};
-  auto end = static_cast<std::size_t>(first - lines_.begin()) + 1; // behind the section's last line with content
+  auto end = static_cast<std::size_t>(first - lines_.begin()) + 1; // after the section's last line with content
   for (std::size_t i = end; i < lines_.size() && !lines_[i].starts_with('['); ++i) {
     if (lines_[i].substr(0, lines_[i].find('=')) == name && lines_[i].size() > name.size()) return place{i, true};
     if (!lines_[i].empty()) end = i + 1;
@@ -86,7 +86,7 @@ void settings_file::set(std::string_view section, std::string_view name, std::st
 }
 
 bool settings_file::update(const fs::path& path, const std::function<void(settings_file&)>& change) {
-  std::error_code ignored; // saving tells
+  std::error_code ignored; // saving reports the cause
   fs::create_directories(path.parent_path(), ignored);
   const file_descriptor locked = lock_folder(path.parent_path());
   settings_file file(path);

@@ -237,7 +237,7 @@ std::shared_ptr<table_source> query_engine::source_of(const std::string& file_na
 
 query_engine::file_state query_engine::state_of(std::filesystem::path file) {
   file_state state{std::move(file), {}, 0};
-  std::error_code missing; // opening tells
+  std::error_code missing; // opening reports the cause
   state.written = std::filesystem::last_write_time(state.file, missing);
   const std::uintmax_t size = std::filesystem::file_size(state.file, missing);
   if (missing || size == 0) return {std::move(state.file), {}, 0}; // a log that comes and goes says nothing

@@ -8,7 +8,7 @@ namespace vesk {
 
 namespace {
 
-// `content`: of the column, in the form that its size is asked for; null when it is empty.
+// `content`: of the column, in the form in which its size is requested; null when it is empty.
 std::string bytes_of(const void* content, sqlite3_stmt* statement, int column) {
   const auto size = static_cast<std::size_t>(sqlite3_column_bytes(statement, column));
   return content ? std::string(static_cast<const char*>(content), size) : std::string();
@@ -45,7 +45,7 @@ std::vector<catalogue_row> sqlite_catalogue_store::read(std::string_view table,
   for (std::size_t i = 0; i < columns.size(); ++i)
     // Named through its table: a quoted name alone would read as a text where the column is missing.
     sql += (i ? ", t." : "t.") + sql_quoted(columns[i]);
-  sql += " FROM " + sql_quoted(table) + " AS t NOT INDEXED"; // an index would bring an order of its own
+  sql += " FROM " + sql_quoted(table) + " AS t NOT INDEXED"; // an index would change the order
 
   sqlite3_stmt* raw = nullptr;
   if (sqlite3_prepare_v2(database_, sql.c_str(), -1, &raw, nullptr) != SQLITE_OK) fail(table);

@@ -148,7 +148,7 @@ std::optional<std::size_t> shell_interface::get_nth_system(std::int32_t n) const
   return answer(log, position < data_set().systems.size() ? std::optional(position) : std::nullopt);
 }
 
-// The three below have log lines of their own making; that entry and failure are labelled differently is part of the
+// The three below have their own log lines; that entry and failure are labelled differently is part of the
 // log's format.
 
 std::optional<segment_item_position> shell_interface::get_nth_segment_parameter(std::int32_t segment_index,

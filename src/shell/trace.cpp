@@ -40,7 +40,7 @@ std::string variable_text(const variable_description& variable, const void* word
   }
 }
 
-// Labels stand packed in slots of the told width and need no terminator: no more than the first is shown, and none
+// Labels are packed in slots of the given width and need no terminator: no more than the first is shown, and none
 // where the numbers say that there is none, or are such that nothing is read of them.
 std::size_t first_label(argument_words words, std::size_t longest) {
   const auto number = [&](std::size_t i) { return words[i] ? *static_cast<const std::int32_t*>(words[i]) : 0; };

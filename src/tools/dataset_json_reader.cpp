@@ -20,7 +20,7 @@ namespace vesk {
 
 namespace {
 
-// Segment items have no address of their own: each is put together here before it joins its list.
+// Segment items have no address: each is put together here before it joins its list.
 struct data_set_loader : json_loader {
   std::tuple<segment_parameter_data_record_type, segment_system_data_record_type> items;
 };
@@ -218,7 +218,7 @@ public:
   void points_section(int, std::string_view name, stored_series& series) {
     field(name.substr(0, name.find('.')), series);
   }
-  void query_section(int, std::string_view, stored_series&) {} // stands with the points
+  void query_section(int, std::string_view, stored_series&) {} // is read with the points
   void retired_queries(int, std::string_view) {}
   void retired_text(std::string_view) {}
 

@@ -39,7 +39,7 @@ public:
     if (from(0x00070002) && number + sections_to_query <= last_section_) field("query", series.query);
     close('}');
   }
-  void query_section(int, const char*, const stored_series&) {} // stands with the points
+  void query_section(int, const char*, const stored_series&) {} // is written with the points
   void retired_queries(int, const char*) {}
   void retired_text(const char*) {}
 

@@ -98,7 +98,7 @@ TEST_F(Dialogs, CancelTakesStepsBackAndUndoBringsThemAgain) {
   TPrintIntervalForm& editor = form.forms().print_interval;
   ui.form_result = false;
   ui.in_form = [&] {
-    EXPECT_EQ(form.undo_label(), ""); // not behind the opening
+    EXPECT_EQ(form.undo_label(), ""); // not beyond the opening
     for (int i = 0; i < 3; ++i) editor.InsertRowButtonClick(*editor.panels()[0]);
     form.undo();
   };

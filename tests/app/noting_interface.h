@@ -1,4 +1,4 @@
-// A user who notes all that he is told and answers as he was told before.
+// Test double of the user interface: records every call and returns preset answers.
 #pragma once
 
 #include "app/user_interface.h"

@@ -30,7 +30,7 @@ protected:
   }
   ~Outside() override { terminate_xml(); }
 
-  // Fills the menu from an index with the given content behind a grammar.
+  // Fills the menu from an index with the given content after a grammar.
   void populate(const std::string& content) {
     folder.write("documentation.xml", "<!DOCTYPE index [<!ELEMENT index ANY><!ELEMENT group ANY><!ELEMENT document ANY>"
                                       "<!ATTLIST document file CDATA #IMPLIED name CDATA #IMPLIED>]>" +

@@ -7,8 +7,8 @@
 namespace vesk {
 namespace {
 
-// Notes the calls, one letter each, and refuses those at the positions told: s suspend, r resume, H high, N normal, and
-// the thread priority.
+// Notes the calls, one letter each, and refuses those at the given positions: s suspend, r resume, H high, N normal,
+// and the thread priority.
 struct noting_platform final : priority_platform {
   explicit noting_platform(std::string refused_calls) : refused(std::move(refused_calls)) {}
   bool suspend() override { return answer("s"); }

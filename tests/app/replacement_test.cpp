@@ -117,7 +117,7 @@ TEST_F(Replacement, ADialogIsAStepByOkAndByCancel) {
   form.UndoItemClick();
   EXPECT_EQ(open_now(), "a.vki with a.vki");
 
-  // A dialog with steps of its own needs no other for its OK.
+  // A dialog that has added steps needs no other for its OK.
   ui.in_form = [this] {
     EXPECT_EQ(form.undo_label(), ""); // none from before its opening
     for (const char* text : {"one", "two"}) {

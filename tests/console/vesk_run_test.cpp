@@ -208,7 +208,7 @@ TEST_F(VeskRun, AnExceptionOutweighsACancelAndACancelAReturnCode) {
   }
   const program_result checked = run({make_file("waits for cancel"), "--check"}, SIGINT);
   EXPECT_EQ(checked.status, 130);
-  EXPECT_EQ(checked.err, two_more); // and no verdict on what was not told
+  EXPECT_EQ(checked.err, two_more); // and no verdict without limits
 }
 
 TEST_F(VeskRun, WhatFollowsAFailedRunIsStillDone) {

@@ -40,7 +40,7 @@ protected:
     fs::permissions(folder.path / "far/river.vki", fs::perms(0640));
   }
 
-  // 0: the save has told that it went well, 1: that it did not.
+  // 0: the save reported success, 1: failure.
   int save() const {
     try {
       save_data_file(link, data);

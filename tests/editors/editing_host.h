@@ -27,7 +27,7 @@ public:
   bool running = false;               // a job
   std::optional<std::string> file;    // chosen in file dialogs
   box_answer answer = box_answer::ok; // to boxes
-  form* open = nullptr;               // told of replacements
+  form* open = nullptr;               // notified of replacements
 
   prevesk_dataset_data_type* data_set() override { return &data; }
   std::uint64_t generation() const override { return generation_; }

@@ -120,7 +120,7 @@ TEST(Job, AnExceptionFailsTheJobAndNotTheProcess) {
 }
 
 TEST(Job, CanBeCancelled) {
-  // Not before the engine works: a job that is told to stop before it has begun never calls it.
+  // Not before the engine works: a job that is asked to stop before it has begun never calls it.
   const auto cancel = [](model_thread& job, const noting_front_end& front_end) {
     if (front_end.lines_told > 0) job.Terminate();
   };

@@ -60,7 +60,7 @@ int deeper(int depth) {
   return depth + deeper(depth + 1) + frame[0];
 }
 
-// Left behind on purpose after the engine has returned.
+// Left on purpose after the engine has returned.
 float grid_values[4] = {1, 2, 3, 4};
 
 const std::map<std::string, void (*)()> behaviours{

@@ -70,7 +70,7 @@ TEST_F(Programs, AreFoundWithAndWithoutTheirEnding) {
   EXPECT_EQ(find_program(".exe", folder.path), "");
   EXPECT_NE(find_program("sh", folder.path), "");
   make("jovik.exe", "");
-  EXPECT_EQ(find_program("jovik.exe", folder.path), folder.path / "jovik.exe"); // as it stands first
+  EXPECT_EQ(find_program("jovik.exe", folder.path), folder.path / "jovik.exe"); // unchanged first
 }
 
 TEST_F(Programs, StartWithoutAShellInTheirFolderAndLeaveNoZombie) {

@@ -1,4 +1,4 @@
-// Access databases and the helper program that reads them: what is in them, and how the helper's failures are told.
+// Access databases and the helper program that reads them: their content, and the messages for the helper's failures.
 #include "platform/program_output.h"
 #include "query/sources/open_table_source.h"
 #include "run_program.h"
@@ -18,7 +18,7 @@ namespace {
 
 class Access : public testing::Test {
 protected:
-  // Lets a shell line stand in for the helper of a copy of the program.
+  // Replaces the helper of a copy of the program by a shell line.
   void use_script(const std::string& line) {
     folder_.write("vesk-mdb", "#!/bin/sh\n" + line + "\n");
     std::filesystem::permissions(folder_.path / "vesk-mdb", std::filesystem::perms::owner_all);

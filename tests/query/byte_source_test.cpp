@@ -1,5 +1,5 @@
 // Files are read through windows: what is read does not depend on where they begin, memory does not grow with the file,
-// and a file that becomes shorter meanwhile is told.
+// and a file that becomes shorter meanwhile is reported.
 #include "paradox_writer.h"
 #include "peak_memory.h"
 #include "query/sources/open_table_source.h"
@@ -16,7 +16,7 @@ namespace {
 
 using testing::ThrowsMessage;
 
-// Text of some windows in which rows, quotation marks and line ends stand at all places of a window's end.
+// Text of some windows in which rows, quotation marks and line ends occur at every position near a window's end.
 std::string long_text() {
   std::string text(300'000, '#');
   text += "\nsite,note,flow\r\n";

@@ -378,7 +378,7 @@ TEST_F(ImportQuery, OfferedValuesOfMixedColumnsSelectTheirRows) {
            times[i % std::size(times)] + "," + flags[i % std::size(flags)] + "," + texts[i % std::size(texts)] + "," +
            (i % 3 == 0 ? "'t'" : numbers[i]) + ");";
   ASSERT_EQ(fill_database("mixed.sqlite", sql), 0);
-  import_query_descriptor query = query_on("mixed.sqlite", "id", "id"); // each row at a moment of its own
+  import_query_descriptor query = query_on("mixed.sqlite", "id", "id"); // each row at a different date and time
   query.table_name = "d";
   query.restrict_to_run_period = false;
   import_query live(query, folder.path);
@@ -449,7 +449,7 @@ TEST_F(ImportQuery, KeepsItsRowsInLittleMemory) {
   }
 }
 
-// What cannot be read is asked for once.
+// A file that cannot be read is opened once.
 TEST_F(ImportQuery, ALockedDatabaseIsWaitedForOnce) {
   ASSERT_EQ(fill_database("locked.sqlite", "CREATE TABLE d(t TEXT, v REAL)"), 0);
   sqlite3* other = nullptr;

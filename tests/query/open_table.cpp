@@ -1,5 +1,5 @@
 // open_table FILE: reads the first table of a source; prints its first field, or why it failed. The tests put helper
-// programs of their own beside copies of it.
+// other programs beside copies of it.
 #include "query/sources/open_table_source.h"
 
 #include <cstdio>

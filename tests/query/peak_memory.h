@@ -6,7 +6,7 @@
 
 namespace vesk {
 
-// Sanitizers keep memory of their own for each byte that is used.
+// Sanitizers use additional memory for each used byte.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 inline constexpr bool memory_is_measurable = false;
 #else

@@ -118,7 +118,7 @@ private:
   const std::vector<std::string> values_;
 };
 
-// Whatever stands in names and values, SQLite takes the statement as one that only reads, and selects the value's row.
+// Whatever names and values contain, SQLite takes the statement as one that only reads, and selects the value's row.
 TEST(SelectStatement, IsTakenByTheLibraryWhateverItHolds) {
   const std::vector<std::string> values = {"a' OR 'x'='x", "?1", "\"; DROP TABLE s; --", "]", "", "it''s"};
   texts source(values);

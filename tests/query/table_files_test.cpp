@@ -202,7 +202,7 @@ INSTANTIATE_TEST_SUITE_P(
                     {"rows 10", "height:3 n=10 min=150 max=228 mean=182.800000", "hair_color:1 n=10, 6 distinct"}}),
     test_name);
 
-// 555 bytes stand in the memo file, the first 240 of them in the record too.
+// 555 bytes are in the memo file, the first 240 of them in the record too.
 TEST(Paradox, ReadsAMemoWhole) {
   const auto source = open_table_source(test_file("memo.db"));
   const auto row = source->rows(0);

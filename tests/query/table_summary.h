@@ -8,7 +8,7 @@
 
 namespace vesk {
 
-// "NULL", a number in its shortest form, a date as 2011-01-31 with 13:00:00 behind it when it has a time, a time alone
+// "NULL", a number in its shortest form, a date as 2011-01-31 followed by 13:00:00 when it has a time, a time alone
 // as 13:00:00, a text as it is.
 std::string shown(const table_value& value);
 

@@ -70,7 +70,7 @@ TEST(Xls, ReadsTheCellsOfExcel5) {
                   "NULL; 1.25; 1900-01-01; NULL"));
 }
 
-// A shared text of two bytes a character that goes on in one byte a character, behind a rich one.
+// A shared text of two bytes a character that goes on in one byte a character, after a rich one.
 TEST(Xls, ReadsContinuedSharedTexts) {
   EXPECT_THAT(
       read_xls(0x0600,

@@ -291,7 +291,7 @@ void expect_same_cursors(const prevesk_dataset_data_type& a, const prevesk_datas
 }
 
 // Each data set is run through twice, fast and plain. On the way arrays come and go, a PUT changes a series, time goes
-// back or is no number.
+// back or is not a number.
 TEST(BulkService, DoesAsThePlainAlgorithmDoesBitForBit) {
   for (unsigned seed = 0; seed < 400; ++seed) {
     SCOPED_TRACE(seed);

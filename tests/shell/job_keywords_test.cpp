@@ -1,4 +1,4 @@
-// The keywords behind which stand the job and the front end.
+// The keywords that are served by the job and the front end.
 #include "noting_job.h"
 #include "shell/handlers/format_values.h"
 

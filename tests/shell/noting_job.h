@@ -1,4 +1,4 @@
-// A job over the river that notes what its keywords tell it, and calls of the engine written as text.
+// A job over the river that records the calls of its keywords, and calls of the engine written as text.
 #pragma once
 
 #include "river.h"

@@ -14,7 +14,7 @@ struct put_target {
   double (*read)(data_set);
 };
 
-// The engine's system 1 stands second, its parameter 13 third.
+// The engine's system 1 is second, its parameter 13 third.
 const put_target targets[] = {
     {"PMAXDT 1001.", 1001, [](data_set d) { return d.max_dt; }},
     {"PMINDT 1002.", 1002, [](data_set d) { return d.min_dt; }},

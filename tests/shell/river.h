@@ -22,7 +22,7 @@ inline std::shared_ptr<const model_catalogue> river_catalogue() {
 }
 
 // Starts on 1 January 2000 at 6:00. Segments 1 to 4, with water from outside into 1 and from 4 to the outside.
-// System 5 stands first, system 1 second.
+// System 5 is first, system 1 second.
 // Switched on: constants B, C and D, time function 1, parameters 12 and 13, output 42 (and 41 and 42 as text files).
 inline prevesk_dataset_data_type river() {
   prevesk_dataset_data_type data(river_catalogue());

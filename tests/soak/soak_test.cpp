@@ -1,7 +1,7 @@
 // Jobs of all kinds through the bundled engine, one after the other in one process, cancelled and held up at random
 // moments. At the end there is no more of memory, threads, open files and files than after the first ones.
 //
-// VESK_SOAK_JOBS tells how many; the moments are those of a fixed seed, as far as the machine's speed leaves them so.
+// VESK_SOAK_JOBS sets how many; the moments are those of a fixed seed, as far as the machine's speed leaves them so.
 #include "app/main_form.h"
 #include "hydro_content.h"
 #include "noting_interface.h"
@@ -186,7 +186,7 @@ protected:
       if (!CheckSynchronize()) std::this_thread::yield();
   }
 
-  // One job, perhaps stopped and let go again, perhaps cancelled.
+  // One job, perhaps stopped and resumed, perhaps cancelled.
   void work(kind job) {
     const bool cancelled = random(0, 1) == 1, stopped = random(0, 7) == 0;
     launch(job, cancelled);
@@ -206,7 +206,7 @@ protected:
     ASSERT_TRUE(form.return_code() == 0 || (cancelled && form.return_code() == 5)) << names[job];
   }
 
-  // What the user has been told that is none of his business.
+  // Messages that the user should not have seen.
   std::vector<std::string> problems(kind job) const {
     std::vector<std::string> result;
     if (form.last_job().failed()) result.push_back(form.last_job().failure);
@@ -240,7 +240,7 @@ protected:
     return std::uniform_int_distribution(first, last)(numbers);
   }
 
-  std::ptrdiff_t threads_at_start = 0; // after the first jobs: a sanitizer has one of its own by then
+  std::ptrdiff_t threads_at_start = 0; // after the first jobs: a sanitizer has started one by then
   std::mt19937 numbers{20'000'111};
   temporary_folder folder;
   noting_interface ui;

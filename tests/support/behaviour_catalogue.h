@@ -10,7 +10,7 @@ namespace vesk {
 // The behaviours, model 1 first.
 extern const std::initializer_list<const char*> behaviours;
 
-// The model that stands for a behaviour.
+// The model for a behaviour.
 unsigned model_of(const std::string& behaviour);
 
 // Writes `catalogue.sqlite` into the folder; each model has one system and two parameters.

@@ -93,7 +93,7 @@ void paradox_writer::save(const std::filesystem::path& file) const {
   for (const std::size_t at : {0x0a, 0x0c, 0x10}) put(header, at, in_16_bits(blocks)); // used, in the file, the last
   put(header, 0x0e, in_16_bits(blocks > 0));                                           // the first
   put(header, 0x21, in_16_bits(count));
-  put(header, 0x25, std::uint32_t{0xff00ff00}); // of encryption the second header tells
+  put(header, 0x25, std::uint32_t{0xff00ff00}); // the second header has the encryption
   put(header, 0x39, std::uint8_t{12});          // version 7
   put(header, 0x6a, std::uint16_t{1252});
   for (const field& f : fields_) {

@@ -1,4 +1,4 @@
-// A piece of work in a process of its own, whose calls to the operating system are decided on one by one.
+// A piece of work in a separate process, whose calls to the operating system are decided on one by one.
 #pragma once
 
 #include <cstdint>

@@ -247,7 +247,7 @@ TEST(DatasetJson, MembersOfEveryRecordBearTheirNames) {
 "skip_date": 36526.5, "skip_time": 0.125, "fraction_of_max_time_step": 0.8, "max_dt": 0.5, "min_dt": 0.001,
 "vesk_to_vesk_linkage_option": 1, "project_files": ["a.vki", "b.vki"]
 })";
-  // Q(name) stands for a query.
+  // Q(name) is a query.
   for (std::size_t begin; (begin = expected.find("Q(")) != std::string::npos;) {
     const std::size_t end = expected.find(')', begin);
     expected.replace(begin, end + 1 - begin,

@@ -5,7 +5,7 @@
 #include <csignal>
 #include <cstdlib>
 
-// With arguments DATA FILE and SETTINGS behind "--close-in-the-middle" this is the program itself, whose window is
+// With arguments DATA FILE and SETTINGS after "--close-in-the-middle" this is the program itself, whose window is
 // closed once a job is under way.
 static void close_in_the_middle(QApplication& application, const std::string& data_file, const std::string& settings) {
   using namespace vesk;
@@ -19,7 +19,7 @@ static void close_in_the_middle(QApplication& application, const std::string& da
   whole.run();
 }
 
-// With a signal's number and SETTINGS behind "--end-by-signal" it is the program, which gets the signal while a box is
+// With a signal's number and SETTINGS after "--end-by-signal" it is the program, which gets the signal while a box is
 // up.
 static void end_by_signal(QApplication& application, int signal, const std::string& settings) {
   using namespace vesk;

@@ -28,7 +28,7 @@ using vesk::mdb::value;
 constexpr std::size_t longest_text = std::size_t{64} << 10; // in bytes; a longer memo is cut
 constexpr int large_number = 0x13;                          // a 64-bit integer, which the library's list lacks
 
-// A failure to be told to the parent.
+// A failure, reported to the parent.
 struct failure {
   std::string sentence;
 };
@@ -176,7 +176,7 @@ private:
     return *static_cast<const MdbColumn*>(g_ptr_array_index(table_->columns, i));
   }
 
-  // Whether the library makes a text of it; the other types are read as they stand in the row.
+  // Whether the library makes a text of it; the other types are read as stored in the row.
   static bool is_bound(const MdbColumn& c) {
     return c.col_type == MDB_BOOL || c.col_type == MDB_MONEY || c.col_type == MDB_TEXT || c.col_type == MDB_MEMO ||
            c.col_type == MDB_REPID || c.col_type == MDB_NUMERIC;
@@ -258,7 +258,7 @@ void send_rows(MdbHandle* database, const char* name) {
 }
 
 // The library converts the texts of Access 97 from the code page that the database names. glibc keeps each conversion
-// in a library of its own, which cannot be loaded any more once this process is confined.
+// in a separate library, which can no longer be loaded once this process is confined.
 void load_code_pages() {
   for (const char* name :
        {"CP1252",       "WINDOWS-1250", "WINDOWS-1251", "WINDOWS-1252", "WINDOWS-1253", "WINDOWS-1254", "WINDOWS-1255",

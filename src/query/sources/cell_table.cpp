@@ -206,7 +206,7 @@ protected:
 
 private:
   const cell_table& table_;
-  std::size_t next_; // behind the present row
+  std::size_t next_; // after the present row
   std::vector<std::string> texts_;
 };
 

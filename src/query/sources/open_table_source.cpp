@@ -36,7 +36,7 @@ constexpr table_format sqlite{open_sqlite, "a SQLite database", ".sqlite"},
     xlsx{open_xlsx, "an Excel workbook", ".xlsx"}, ods{open_ods, "an OpenDocument workbook", ".ods"},
     zipped{nullptr, nullptr, nullptr}; // the parts of the archive decide
 
-// The first bytes of a file tell its format.
+// The first bytes of a file identify its format.
 struct signature {
   std::size_t offset;
   std::string_view bytes;
@@ -46,7 +46,7 @@ struct signature {
 struct extension_row {
   std::string_view extension;
   bool several_tables;
-  opener open; // nullptr: the content tells
+  opener open; // nullptr: the content decides
 };
 
 constexpr std::size_t beginning_size = 64;
@@ -76,7 +76,7 @@ const extension_row* row_of(const fs::path& file) {
 }
 
 std::string beginning(const fs::path& file) {
-  std::error_code unknown; // opening tells
+  std::error_code unknown; // opening reports the cause
   const fs::file_status status = fs::status(file, unknown);
   if (fs::exists(status) && !fs::is_regular_file(status)) // a pipe would wait for a writer
     throw table_source_exception(file.string(), "", "", "it is no file of data.");

@@ -92,7 +92,7 @@ bool equal_ignoring_case(std::string_view a, std::string_view b) {
 }
 
 std::vector<std::string> distinct_names(std::vector<std::string> names) {
-  std::unordered_map<std::string, int> taken; // with the last number behind each
+  std::unordered_map<std::string, int> taken; // with the last number appended to each
   for (std::size_t i = 0; i < names.size(); ++i) {
     if (names[i].empty()) names[i] = "F" + std::to_string(i + 1);
     const std::string given = names[i] = without_null(std::move(names[i]));

@@ -20,7 +20,7 @@ struct attached_table : sqlite3_vtab {
 struct attached_cursor : sqlite3_vtab_cursor {
   std::unique_ptr<row_cursor> rows;
   bool at_end = true;
-  // The last text that was taken for a moment, by each condition on it, and where it stands.
+  // The last text that was taken for a moment, by each condition on it, and its position.
   std::uint64_t moment_row = 0;
   std::size_t moment_field = 0;
   table_value moment;
@@ -30,7 +30,7 @@ module_table& table_of(sqlite3_vtab_cursor* cursor) {
   return *static_cast<attached_table*>(cursor->pVtab)->what;
 }
 
-// Runs `work`; what it throws is kept for whoever runs the statement.
+// Runs `work`; what it throws is kept for the caller that runs the statement.
 template <class Work>
 int guarded(sqlite3_vtab* table, Work work) noexcept {
   try {
@@ -105,7 +105,7 @@ int disconnect_table(sqlite3_vtab* table) {
   return SQLITE_OK;
 }
 
-// What a constraint of SQLite can be to a cursor: the character that stands for it in the plan, or '\0'.
+// What a constraint of SQLite can be to a cursor: its character in the plan, or '\0'.
 char use_of(const module_table& table, const sqlite3_index_info& info, int i) {
   const auto& constraint = info.aConstraint[i];
   if (!constraint.usable || constraint.iColumn < 0) return '\0';

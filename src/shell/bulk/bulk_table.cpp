@@ -18,7 +18,7 @@ constexpr double hold = -0.0; // as a row's delta: see bulk_block
 // Held values need a start before every update, as far away as not to overflow a division by a bracket.
 constexpr double long_ago = -bulk_time_limit;
 
-// `difference` where `mask` is all ones, `hold` where it is 0; without a branch, since rows of either kind stand mixed.
+// `difference` where `mask` is all ones, `hold` where it is 0; without a branch, since rows of both kinds are mixed.
 double masked(double difference, std::uint64_t mask) {
   constexpr auto hold_bits = std::bit_cast<std::uint64_t>(hold);
   return std::bit_cast<double>(hold_bits ^ ((std::bit_cast<std::uint64_t>(difference) ^ hold_bits) & mask));

@@ -22,7 +22,7 @@ bool fits(std::string_view field) {
   return field.size() <= 3 && (field.empty() || std::stoul(std::string(field)) <= largest_field);
 }
 
-// The conversion at the front of `rest`, behind its percent sign, without length modifier; empty when it is none.
+// The conversion at the front of `rest`, after its percent sign, without length modifier; empty when it is none.
 std::string take_specification(std::string_view& rest) {
   std::string result = "%";
   result += take(rest, "-+ #0").substr(0, 5);

@@ -29,7 +29,7 @@ std::array<keyword_row, keyword_count> all_rows() {
   std::sort(result.begin(), result.end(), [](const auto& a, const auto& b) { return a.keyword < b.keyword; });
   const auto twice = std::adjacent_find(result.begin(), result.end(),
                                         [](const auto& a, const auto& b) { return a.keyword == b.keyword; });
-  // keyword_index would search for ever.
+  // keyword_index would search endlessly.
   if (twice != result.end()) throw std::logic_error("keyword " + std::string(twice->keyword) + " occurs twice");
   return result;
 }

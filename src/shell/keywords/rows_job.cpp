@@ -1,4 +1,4 @@
-// Rows of the keyword table: the job, its dates and what it tells the user.
+// Rows of the keyword table: the job, its dates and its messages to the user.
 #include "shell/keywords/rows.h"
 
 #include "shell/handlers/data_handlers.h"

@@ -126,7 +126,7 @@ std::string_view byte_window::at(std::uint64_t offset, std::size_t size) {
   const bool goes_on = offset >= begin_ && offset - begin_ <= filled_;
   const std::size_t skipped = goes_on ? static_cast<std::size_t>(offset - begin_) : 0;
   if (goes_on && size <= filled_ - skipped) return {place_.get() + skipped, size};
-  // What is there of it already moves to the front; the rest is read behind.
+  // The part that is already here moves to the front; the rest is read after it.
   const std::size_t kept = goes_on ? filled_ - skipped : 0;
   const std::size_t wanted = goes_on ? std::max(size, ahead_) : size;
   if (wanted > room_) {

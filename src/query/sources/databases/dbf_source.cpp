@@ -180,7 +180,7 @@ void dbf_source::read_header() {
 void dbf_source::read_fields(const byte_view& header) {
   const std::size_t row_size = is_level_7() ? 48 : 32;
   const std::size_t name_size = is_level_7() ? 32 : 11;
-  std::size_t offset = 1; // behind the mark of deleted records
+  std::size_t offset = 1; // after the mark of deleted records
   for (std::size_t at = is_level_7() ? 68 : 32; at + row_size <= header.size(); at += row_size) {
     const std::string_view row = header.text(at, row_size);
     if (row[0] == '\x0d' || row[0] == '\0') break;

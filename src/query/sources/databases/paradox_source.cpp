@@ -42,7 +42,7 @@ enum class paradox_type : std::uint8_t {
 
 struct type_row {
   paradox_type code;
-  std::uint8_t size; // in the record; 0: told in the header
+  std::uint8_t size; // in the record; 0: given in the header
   field_type type;
 };
 
@@ -141,7 +141,7 @@ void paradox_source::read_fields(const byte_view& bytes) {
   const std::size_t count = bytes.number<std::uint16_t>(0x21);
   if (count == 0 || count > 255) fail("the header tells of " + std::to_string(count) + " fields.");
   // Behind the types: a pointer to the table's name and one to each field's name, the table's name in a place of fixed
-  // size, the names with a zero behind each.
+  // size, the names with a zero after each.
   const std::size_t table_name_size = version_ >= 12 ? 261 : 79;
   std::size_t name_at = fields_start_ + 2 * count + 4 + 4 * count + table_name_size;
   std::size_t offset = 0;
@@ -255,7 +255,7 @@ bool is_all_zero(std::string_view bytes) {
 }
 
 // 17 bytes: the sign in the upmost bit and the number of decimals in the lowest six, then 32 digits of four bits, which
-// a negative number has turned. Writers that start from a double leave no digits behind its precision.
+// a negative number has turned. Writers that start from a double leave no digits beyond its precision.
 table_value bcd_value(std::string_view bytes) {
   constexpr std::size_t digits = 32;
   const auto first = static_cast<std::uint8_t>(bytes[0]);
@@ -316,7 +316,7 @@ table_value paradox_cursor::text(std::size_t field, std::string_view bytes) {
   return table_value::of_text(texts_[field]);
 }
 
-// The beginning of a memo stands in the record itself; what is longer stands whole in the memo file.
+// The beginning of a memo is in the record itself; a longer memo is also in the memo file as a whole.
 table_value paradox_cursor::memo(std::size_t field, std::string_view bytes) {
   if (bytes.size() < paradox_blob::reference_size) return {};
   const paradox_blob blob = paradox_blob::of(bytes);

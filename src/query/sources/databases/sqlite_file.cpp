@@ -32,7 +32,7 @@ std::uintmax_t size_of(const std::string& file) {
 }
 
 // How a database is opened that has a write-ahead log. The library makes the log, X-wal, and its index, X-shm, where
-// they are missing, which fails in a folder without write permission and leaves both behind in any other.
+// they are missing, which fails in a folder without write permission and leaves both in any other.
 enum class way {
   shared,      // with the index that is there: another program may be writing
   private_log, // a log without an index, as a crash or a copy leaves it

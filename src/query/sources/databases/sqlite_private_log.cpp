@@ -10,7 +10,7 @@ namespace vesk {
 
 namespace {
 
-// What stands behind each file of the system's VFS: its methods, with those of the index replaced.
+// The memory after each file of the system's VFS: its methods, with those of the index replaced.
 struct log_index {
   const sqlite3_io_methods* system = nullptr;
   sqlite3_io_methods methods = {};

@@ -80,7 +80,7 @@ private:
   std::vector<std::string> stored_names_;                     // of the tables
 };
 
-// The type that a column is declared with: the first row whose word stands in the declaration. What is not listed is
+// The type that a column is declared with: the first row whose word occurs in the declaration. What is not listed is
 // text to us, as it is to SQLite when it calls for no number.
 field_type declared_type(std::string_view declaration) {
   struct row {
@@ -177,7 +177,7 @@ public:
     const int column = static_cast<int>(field);
     const int stored = sqlite3_column_type(statement_.get(), column);
     if (stored == SQLITE_NULL || stored == SQLITE_BLOB || type == field_type::blob) return {};
-    if (is_date_or_time(type)) { // asked for by each condition on it
+    if (is_date_or_time(type)) { // requested by each condition on it
       if (dated_row_ != row_number() || dated_column_ != column) dated_ = date(type, stored, column);
       dated_row_ = row_number();
       dated_column_ = column;
@@ -224,13 +224,13 @@ private:
   int dated_column_ = 0;
 };
 
-// The day that a date-time number lies in; one far off for what is no date.
+// The day that a date-time number lies in; one far off if it is not a date.
 std::chrono::year_month_day date_of_serial(double serial) {
   const double day = std::abs(serial) < 1e7 ? std::floor(serial) : -1e7;
   return std::chrono::sys_days(std::chrono::year(1899) / 12 / 30) + std::chrono::days(static_cast<int>(day));
 }
 
-// What the database can tell of a filter by itself, so that it need not hand out the other rows: a term that holds for
+// What the database itself can decide of a filter, so that it need not hand out the other rows: a term that holds for
 // every row that the filter lets pass. Empty when there is none.
 std::string prefilter(const row_filter& filter, const table_field& field, const stored_column& stored) {
   const std::string column = "t." + sql_quoted(stored.name);
@@ -243,9 +243,10 @@ std::string prefilter(const row_filter& filter, const table_field& field, const 
            (filter.ignore_case ? " COLLATE NOCASE" : " COLLATE BINARY");
   }
   if (field.type != field_type::date && field.type != field_type::date_time) return {};
-  // Texts that begin with a year can be told apart by their letters: within a century none of a day and later sorts
-  // before that day in two-digit months and days, and none of a year and earlier sorts behind the year. What moments
-  // other texts mean, and numbers, which come before all texts, is not told here. A time of 24:00 is of the next day.
+  // Texts that begin with a year can be compared by their letters: within a century none of a day and later sorts
+  // before that day in two-digit months and days, and none of a year and earlier sorts after the year. What moments
+  // other texts mean, and numbers, which come before all texts, is not decided here. A time of 24:00 is of the next
+  // day.
   const auto day = date_of_serial(at_least ? std::ceil(filter.number - 1) : filter.number);
   const int year = static_cast<int>(day.year()) + !at_least;
   if (year < 1100 || year > 9999) return {};

@@ -52,7 +52,7 @@ table_value no_value(std::string_view text) {
 
 bool marks_missing(std::string_view text) {
   constexpr std::string_view marks[] = {"na", "n/a", "nan", "null", "none", "-", "--", "---", "*", "?", "."};
-  // Errors of a spreadsheet, such as #DIV/0!, and marks that stand where a number was lost.
+  // Errors of a spreadsheet, such as #DIV/0!, and marks in place of a lost number.
   if (text.front() == '#') return true;
   return text.size() <= 4 && std::any_of(std::begin(marks), std::end(marks),
                                          [&](std::string_view mark) { return equal_ignoring_case(mark, text); });
@@ -87,7 +87,7 @@ void column_votes::add(std::string_view text) {
   if (text.empty()) return;
   const char first = text.front(), last = text.back();
   const bool may_be_value = is_digit(first) || first == '-' || first == '+' || first == '.' || first == ',';
-  // A month that comes first has a year or a time behind it.
+  // A month that comes first is followed by a year or a time.
   const bool may_be_month = !may_be_value && is_letter(first) && (is_digit(last) || (last | 0x20) == 'm');
   if ((may_be_value && (add_date(text) || add_number(text))) || (may_be_month && add_date(text))) {
     ++votes_;

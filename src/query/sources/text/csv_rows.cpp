@@ -11,7 +11,7 @@ bool csv_rows::next() {
   while (true) {
     const char* const row = next_;
     if (row < end_) next_ = take_row(row);
-    if (next_ == end_ && !text_.is_complete()) { // it may go on behind what is there
+    if (next_ == end_ && !text_.is_complete()) { // the row may continue after the present text
       if (static_cast<std::size_t>(end_ - row) > longest_row) {
         note(open_mark_ ? fault_kind::mark_closed_late : fault_kind::long_row, open_mark_ ? open_mark_ : row);
         next_ = end_ = row; // the rest is not read
@@ -80,7 +80,7 @@ const char* csv_rows::take_quoted(const char* at) {
     add(mark + 1, at, doubled);
     return stop;
   }
-  // Something stands behind the closing mark: it belongs to the field.
+  // Text after the closing mark belongs to the field.
   while (stop < end_ && *stop != separator_ && *stop != '\n' && *stop != '\r') ++stop;
   const char* last = stop;
   while (last[-1] == ' ') --last;

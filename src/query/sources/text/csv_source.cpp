@@ -16,7 +16,7 @@ namespace vesk {
 
 namespace {
 
-constexpr std::size_t sample_size = byte_window::usual_size; // bytes that tell the separator and the header
+constexpr std::size_t sample_size = byte_window::usual_size; // bytes from which the separator and the header are found
 constexpr std::size_t sample_rows = 200;
 
 // How well a separator explains the sample: how many rows have the most frequent number of fields, if that is not 1.
@@ -69,7 +69,7 @@ private:
   void refuse_fault(const csv_rows& rows) const; // if there is one
 
   const std::unique_ptr<byte_source> bytes_;
-  std::uint64_t start_ = 0; // in the text, behind comments; from `find_columns` on of the first row of values
+  std::uint64_t start_ = 0; // in the text, after comments; from `find_columns` on of the first row of values
   char separator_ = ',';
   std::vector<table_field> fields_;
   std::vector<column_form> forms_;

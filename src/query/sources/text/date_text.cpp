@@ -63,7 +63,7 @@ double take_time(std::string_view& text) {
   return result <= milliseconds_per_day ? result : -1;
 }
 
-// What may stand behind a time: the zone it was written in.
+// What may follow a time: its time zone.
 void take_zone(std::string_view& text) {
   if (take(text, 'Z') || text.size() < 3 || (text[0] != '+' && text[0] != '-')) return;
   std::string_view rest = text.substr(1);

@@ -37,7 +37,7 @@ bool has_only_texts(const sample_row& row) {
                       [](const std::string& text) { return read_number(text, false).has_value(); });
 }
 
-// Whether the columns hold numbers or dates, told by the rows from `first` on.
+// Whether the columns hold numbers or dates, judged by the rows from `first` on.
 std::vector<bool> columns_of_values(const std::vector<sample_row>& sample, std::size_t first, std::size_t width) {
   std::vector<column_votes> votes(width);
   for (std::size_t i = first; i < sample.size(); ++i)

@@ -14,7 +14,7 @@ bool is_digit(char c) {
   return c >= '0' && c <= '9';
 }
 
-// "1,234,567" with or without a sign before it and a fraction behind it.
+// "1,234,567" with or without a sign before it and a fraction after it.
 bool has_thousands(std::string_view text) {
   if (!text.empty() && (text[0] == '-' || text[0] == '+')) text.remove_prefix(1);
   text = text.substr(0, text.find('.'));

@@ -47,7 +47,7 @@ text_stream::text_stream(const byte_source& source, std::uint64_t start) : sourc
 
 void text_stream::read_on(const char* keep) {
   const std::size_t kept = keep ? static_cast<std::size_t>(end_ - keep) : 0;
-  // The more stands there the more is brought, so that a long row is not looked at too often.
+  // The more is kept the more is read, so that a long row is not scanned too often.
   const auto left = static_cast<std::size_t>(std::min<std::uint64_t>(std::max(step, kept), source_->size() - next_));
   const std::size_t wanted = kept + (encoding_ == encoding::as_it_stands ? left : 2 * left + 4);
   if (wanted > room_ || !place_) {

@@ -57,7 +57,7 @@ protected:
 private:
   friend class ods_content_reader;
 
-  std::vector<cell_table> contents_; // of the sheets, before they are first asked for
+  std::vector<cell_table> contents_; // of the sheets, before they are first requested
 };
 
 class ods_content_reader : public xml_reader {

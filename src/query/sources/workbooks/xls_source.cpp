@@ -201,7 +201,7 @@ private:
       if (e.code == code) add(row(), column(), table_value::of_text(e.text));
   }
 
-  // The result: a double, or its last two bytes are FFFF and the first tells what it is.
+  // The result: a double, or its last two bytes are FFFF and the first says which kind.
   void formula() {
     const byte_view& data = record_.data();
     formula_has_text_ = false;
