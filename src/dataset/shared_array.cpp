@@ -22,8 +22,9 @@ array_block* place(void* memory, std::size_t capacity, std::uint32_t arena_pages
 
 memory_arena* arena_of(const array_block* block) {
   if (block->arena_pages == 0) return nullptr;
-  const auto page = reinterpret_cast<std::uintptr_t>(block) / memory_arena::page_size;
-  return reinterpret_cast<memory_arena*>((page - block->arena_pages) * memory_arena::page_size);
+  const std::size_t in_page = reinterpret_cast<std::uintptr_t>(block) % memory_arena::page_size;
+  std::byte* const begin = reinterpret_cast<std::byte*>(const_cast<array_block*>(block));
+  return reinterpret_cast<memory_arena*>(begin - in_page - block->arena_pages * memory_arena::page_size);
 }
 
 array_block* make_array_block(std::size_t capacity, std::size_t element_size) {

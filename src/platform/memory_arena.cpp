@@ -46,7 +46,7 @@ void memory_arena::release() {
 }
 
 void memory_arena::release(void* begin, std::size_t bytes) {
-  const auto first = reinterpret_cast<std::uintptr_t>(begin);
+  const auto first = static_cast<std::size_t>(static_cast<char*>(begin) - reinterpret_cast<char*>(this));
   if (users_.load(std::memory_order_relaxed) > 1) note_released({first, first + round_up(bytes, 16)});
   release();
 }
@@ -67,7 +67,7 @@ void memory_arena::note_released(range memory) {
 bool memory_arena::give_back(range memory, std::size_t least) {
   const std::size_t first = round_up(memory.first, page_size), last = memory.last / page_size * page_size;
   if (last < first + least) return false;
-  madvise(reinterpret_cast<void*>(first), last - first, MADV_DONTNEED);
+  madvise(reinterpret_cast<char*>(this) + first, last - first, MADV_DONTNEED);
   return true;
 }
 

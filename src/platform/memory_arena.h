@@ -39,11 +39,11 @@ public:
 
 private:
   struct range {
-    std::uintptr_t first = 0, last = 0; // addresses, the last one excluded
+    std::size_t first = 0, last = 0; // bytes from the arena's begin, the last one excluded
   };
 
   void note_released(range memory);
-  static bool give_back(range memory, std::size_t least);
+  bool give_back(range memory, std::size_t least);
 
   explicit memory_arena(std::size_t bytes) : bytes_(bytes) {}
   ~memory_arena() = default;
