@@ -20,7 +20,7 @@ std::string memory_failure(std::string_view file) {
 }
 
 file_descriptor& file_descriptor::operator=(file_descriptor&& other) noexcept {
-  file_descriptor(std::exchange(number_, other.release()));
+  const file_descriptor closed(std::exchange(number_, other.release()));
   return *this;
 }
 

@@ -118,6 +118,7 @@ bool start_program(const std::vector<std::string>& arguments, const fs::path& fo
   const fs::path program = arguments.empty() ? fs::path() : find_program(arguments.front(), program_directory());
   if (program.empty()) return false;
   std::vector<char*> pointers;
+  pointers.reserve(arguments.size() + 1);
   for (const std::string& argument : arguments) pointers.push_back(const_cast<char*>(argument.c_str()));
   pointers.push_back(nullptr);
   int report[2];

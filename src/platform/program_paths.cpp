@@ -45,7 +45,7 @@ fs::path folder_in_line(const std::string& line, const std::string& name, const 
 } // namespace
 
 fs::path home_directory() {
-  if (const fs::path told = absolute_from("HOME"); !told.empty()) return told;
+  if (fs::path told = absolute_from("HOME"); !told.empty()) return told;
   const passwd* const account = getpwuid(getuid());
   return account && account->pw_dir && *account->pw_dir == '/' ? fs::path(account->pw_dir) : fs::path();
 }
@@ -61,8 +61,8 @@ fs::path log_directory(const fs::path& program_folder) {
 }
 
 fs::path user_data_directory() {
-  const fs::path told = absolute_from("XDG_DATA_HOME"), home = home_directory();
-  if (!told.empty()) return told;
+  if (fs::path told = absolute_from("XDG_DATA_HOME"); !told.empty()) return told;
+  const fs::path home = home_directory();
   return home.empty() ? fs::path() : home / ".local/share";
 }
 
@@ -72,7 +72,7 @@ fs::path user_documents_directory() {
   const fs::path told = absolute_from("XDG_CONFIG_HOME");
   std::ifstream file((told.empty() ? home / ".config" : told) / "user-dirs.dirs");
   for (std::string line; std::getline(file, line);)
-    if (const fs::path folder = folder_in_line(line, "XDG_DOCUMENTS_DIR", home); !folder.empty()) return folder;
+    if (fs::path folder = folder_in_line(line, "XDG_DOCUMENTS_DIR", home); !folder.empty()) return folder;
   return home / "Documents";
 }
 
