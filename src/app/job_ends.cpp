@@ -69,7 +69,7 @@ void run_control::run_end() {
 void run_control::import_export_end() {
   clear_progress();
   const bool imported = active_thread->code() == job_code::import_file;
-  if (imported) take_back();
+  if (imported) take_back(*active_thread);
   active_thread = nullptr;
   form_.update_menus();
   const std::string fault =
@@ -84,7 +84,7 @@ void run_control::import_export_end() {
 
 void run_control::validity_end() {
   clear_progress();
-  take_back();
+  take_back(*active_thread);
   if (last_job_.cancelled || last_job_.failed()) { // the engine's limits are not known
     last_job_.checked = false;
     active_thread = nullptr;
@@ -104,8 +104,7 @@ void run_control::validity_end() {
 
 void run_control::copy_back_end() {
   clear_progress();
-  take_back();
-  active_thread = nullptr;
+  take_back(*std::exchange(active_thread, nullptr)); // dialogs that are told look whether it still goes
   form_.update_menus();
 }
 
@@ -117,18 +116,19 @@ void run_control::note_start_of_job(job_code code, const std::string& name) {
 
 // The data set of a failed job is taken as far as it got; that of a cancelled job is dropped. An import made its step
 // when it began, unless its document was edited or replaced since.
-void run_control::take_back() {
+void run_control::take_back(model_thread& ended) {
   if (last_job_.cancelled) return drop_result();
   document before = documents_.present();
   const bool same_document = job_start_->document == documents_.document_number();
   const bool edited = same_document && !same_content(job_start_->data_set, *documents_.current_data_set);
   if (same_document && job_start_->file_name) before.file_name = *job_start_->file_name;
   document next = documents_.present();
-  next.data_set = active_thread->data_set();
+  next.data_set = ended.data_set();
   next.data_set.origin = same_document ? before.data_set.origin : file_origin();
   if (!same_document) next.number = documents_.new_document_number();
   documents_.replace(std::move(next));
-  *documents_.backup_data_set = *documents_.current_data_set; // an open dialog cancels to the result
+  // An open dialog cancels to the result; the settings dialog, which has loaded a restart file, cancels that as well.
+  if (last_job_.code != job_code::load_restart_file) *documents_.backup_data_set = *documents_.current_data_set;
   report_what_was_replaced(before, same_document, edited);
   const bool had_step = last_job_.code == job_code::import_file && same_document && !edited;
   if (!had_step && !same_input(before.data_set, *documents_.current_data_set))

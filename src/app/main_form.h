@@ -129,7 +129,9 @@ public:
   void undo() override { UndoItemClick(); }
   void redo() override { RedoItemClick(); }
   TFillCalculateForm& fill_calculate_form() override;
-  bool job_is_running() const override { return active_thread != nullptr; }
+  bool restart_file_is_loading() const override {
+    return active_thread && active_thread->code() == job_code::load_restart_file;
+  }
   program_forms& forms() { return *forms_; }
 
   // Editors: a snapshot, the form, and the snapshot back on anything but OK. Without a data set they do nothing.

@@ -109,7 +109,7 @@ private:
 
   // Results that replace the data set.
   void note_start_of_job(job_code code, const std::string& name);
-  void take_back();
+  void take_back(model_thread& ended);
   void drop_result();
   void report_what_was_replaced(const document& before, bool same_document, bool edited);
 

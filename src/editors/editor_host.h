@@ -49,7 +49,7 @@ public:
 
   // Jobs that a form may start. A job that ends replaces the data set, like all else that does.
   virtual void start_load_restart_file() = 0; // asks for the file
-  virtual bool job_is_running() const = 0;
+  virtual bool restart_file_is_loading() const = 0;
   virtual void cancel_job() = 0;
 };
 

@@ -13,20 +13,25 @@ void entry_field::load(double value) {
   double cell = value;
   if (type_.kind == cell_kind::date) cell = std::floor(value) + date_time_origin;
   if (type_.kind == cell_kind::time) cell = std::round(value * seconds_per_day);
-  text_ = entry_text(type_, cell);
+  value_text_ = text_ = entry_text(type_, cell);
+}
+
+void entry_field::follow(double value) {
+  load(value);
+  touched_ = true;
 }
 
 bool entry_field::enter(std::string_view text) {
   if (text == text_) return refusal_.empty();
-  const cell_entry entry = read_entry(type_, text);
   touched_ = true;
-  refusal_ = entry.refusal;
-  if (!entry.accepted()) {
-    text_ = text;
-    return false;
-  }
+  refusal_.clear();
+  text_ = text;
+  if (text == value_text_) return true;
+  cell_entry entry = read_entry(type_, text);
+  refusal_ = std::move(entry.refusal);
+  if (!refusal_.empty()) return false;
   value_ = expression_number(type_, entry.value);
-  text_ = entry_text(type_, entry.value);
+  text_ = value_text_ = entry_text(type_, entry.value);
   return true;
 }
 

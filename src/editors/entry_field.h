@@ -20,7 +20,8 @@ public:
   const std::string label; // beside it
 
   void load(double value);
-  // Takes what was typed; false: refused, and `refusal` says why. Text equal to the one shown changes nothing.
+  void follow(double value); // load, on behalf of the user: counts as touched
+  // Takes what was typed; false: refused, and `refusal` says why. The text of the present value changes nothing.
   bool enter(std::string_view text);
 
   double value() const { return value_; }
@@ -31,7 +32,7 @@ public:
 private:
   cell_type type_;
   double value_ = 0;
-  std::string text_, refusal_;
+  std::string value_text_, text_, refusal_; // of the value; as typed, where that was refused
   bool touched_ = false;
 };
 

@@ -1,6 +1,7 @@
 #include "editors/parameters_form.h"
 
 #include <algorithm>
+#include <tuple>
 
 namespace vesk {
 
@@ -51,18 +52,9 @@ void TParametersForm::FormShow() {
   if (!host_.data_set()) return;
   saved_model_type_ = host_.data_set()->model_type;
   reinitialize_from_hyd_file_ = reads_hydrodynamic_file_ = comments_edited_ = was_replaced_ = false;
-  show_texts();
+  shown_ = controls_of(*host_.data_set());
+  static_cast<parameters_controls&>(*this) = shown_;
   show_numbers(true);
-  show_options();
-  show_lists();
-}
-
-void TParametersForm::show_texts() {
-  const data_type& data = *host_.data_set();
-  DatasetNameEdit = data.description;
-  CommentsMemo = with_plain_line_ends(data.comments);
-  HydrodynamicLinkageFileEdit = data.hydrodynamic_file;
-  NpsFileNameEdit = data.nps_file;
 }
 
 void TParametersForm::show_numbers(bool touched_too) {
@@ -70,51 +62,49 @@ void TParametersForm::show_numbers(bool touched_too) {
     if (touched_too || !(this->*row.field).touched()) (this->*row.field).load(host_.data_set()->*row.member);
 }
 
-void TParametersForm::show_options() {
-  const data_type& data = *host_.data_set();
-  dynamic_bed_volume = data.bed_compaction_option;
-  NegativeSolutionAllowedCheckBox = data.negative_solution;
-  UseNpsFileCheckBox = data.use_nps_file;
+parameters_controls TParametersForm::controls_of(const data_type& data) {
+  parameters_controls controls;
+  controls.DatasetNameEdit = data.description;
+  controls.CommentsMemo = with_plain_line_ends(data.comments);
+  controls.HydrodynamicLinkageFileEdit = data.hydrodynamic_file;
+  controls.NpsFileNameEdit = data.nps_file;
+  controls.dynamic_bed_volume = data.bed_compaction_option;
+  controls.NegativeSolutionAllowedCheckBox = data.negative_solution;
+  controls.UseNpsFileCheckBox = data.use_nps_file;
   const bool known =
       data.flow_option == net_flows || data.flow_option == gross_flows || data.flow_option == kinematic_wave;
-  flow_option = known ? data.flow_option : hydrodynamic_linkage;
-  restart_option = std::min<std::uint32_t>(data.restart_option, neither_restart_button);
-  vesk_to_vesk_linkage = data.vesk_to_vesk_linkage_option == 1;
-}
-
-void TParametersForm::show_lists() {
-  const data_type& data = *host_.data_set();
-  model_names.clear();
-  solution_names.clear();
-  ModelTypeComboBox = -1;
+  controls.flow_option = known ? data.flow_option : hydrodynamic_linkage;
+  controls.restart_option = std::min<std::uint32_t>(data.restart_option, neither_restart_button);
+  controls.vesk_to_vesk_linkage = data.vesk_to_vesk_linkage_option == 1;
   if (data.catalogue())
     for (const catalogue_model& model : data.catalogue()->models) {
-      if (model.model_id == data.model_type && ModelTypeComboBox < 0)
-        ModelTypeComboBox = static_cast<int>(model_names.size());
-      model_names.push_back(model.model_name);
+      if (model.model_id == data.model_type && controls.ModelTypeComboBox < 0)
+        controls.ModelTypeComboBox = static_cast<int>(controls.model_names.size());
+      controls.model_names.push_back(model.model_name);
     }
-  SolutionTypeComboBox = data.solution_techniques.empty() ? -1 : 0;
+  controls.SolutionTypeComboBox = data.solution_techniques.empty() ? -1 : 0;
   for (const solution_technique_type& technique : data.solution_techniques) {
     if (static_cast<std::uint32_t>(technique.id) == data.solution_type)
-      SolutionTypeComboBox = static_cast<int>(solution_names.size());
-    solution_names.push_back(technique.name);
+      controls.SolutionTypeComboBox = static_cast<int>(controls.solution_names.size());
+    controls.solution_names.push_back(technique.name);
   }
+  return controls;
 }
 
 TParametersForm::enabled_controls TParametersForm::enabled() const {
   return {.nps_file = UseNpsFileCheckBox,
           .bed_compaction_time_step = dynamic_bed_volume,
           .hydrodynamic_file = flow_option == hydrodynamic_linkage,
-          .ok = !host_.job_is_running()};
+          .ok = !host_.restart_file_is_loading()};
 }
 
 // The value, not what its field shows of it.
 void TParametersForm::StartDateFieldChange() {
-  if (StartDateField.refusal().empty()) HydroSkipDateField.load(StartDateField.value());
+  if (StartDateField.refusal().empty()) HydroSkipDateField.follow(StartDateField.value());
 }
 
 void TParametersForm::StartTimeFieldChange() {
-  if (StartTimeField.refusal().empty()) HydroSkipTimeField.load(StartTimeField.value());
+  if (StartTimeField.refusal().empty()) HydroSkipTimeField.follow(StartTimeField.value());
 }
 
 void TParametersForm::BrowseHydButtonClick() {
@@ -144,25 +134,47 @@ void TParametersForm::LoadRestartFileButtonClick() {
   host_.start_load_restart_file();
 }
 
+// Controls that the user has changed keep their entries, all others show the new data set.
 void TParametersForm::data_set_replaced() {
   if (!host_.data_set()) return;
+  using controls = parameters_controls;
+  constexpr std::tuple entered(
+      &controls::DatasetNameEdit, &controls::CommentsMemo, &controls::HydrodynamicLinkageFileEdit,
+      &controls::NpsFileNameEdit, &controls::ModelTypeComboBox, &controls::SolutionTypeComboBox,
+      &controls::dynamic_bed_volume, &controls::NegativeSolutionAllowedCheckBox, &controls::UseNpsFileCheckBox,
+      &controls::flow_option, &controls::restart_option, &controls::vesk_to_vesk_linkage);
+  const controls fresh = controls_of(*host_.data_set());
+  controls next = fresh;
+  if (!comments_edited_) CommentsMemo = shown_.CommentsMemo; // an edit box may give it back with other blanks
+  const auto keep = [&](auto member) {
+    if (this->*member != shown_.*member) next.*member = this->*member;
+  };
+  std::apply([&](auto... member) { (keep(member), ...); }, entered);
+  if (fresh.model_names != model_names) next.ModelTypeComboBox = fresh.ModelTypeComboBox;
+  if (fresh.solution_names != solution_names) next.SolutionTypeComboBox = fresh.SolutionTypeComboBox;
+  static_cast<controls&>(*this) = std::move(next);
+  shown_ = fresh;
   saved_model_type_ = host_.data_set()->model_type;
   was_replaced_ = true;
   show_numbers(false);
 }
 
-bool TParametersForm::another_model_is_chosen() const {
-  const data_type* data = host_.data_set();
-  if (!data || !data->catalogue() || ModelTypeComboBox < 0) return false;
-  const auto& models = data->catalogue()->models;
-  const auto chosen = static_cast<std::size_t>(ModelTypeComboBox);
-  return chosen < models.size() && models[chosen].model_id != saved_model_type_;
+// By name: of two models with one name the first is taken.
+std::uint32_t TParametersForm::chosen_model_type(const data_type& data) const {
+  if (!data.catalogue() || ModelTypeComboBox < 0) return data.model_type;
+  const auto& models = data.catalogue()->models;
+  const std::string& name = model_names[static_cast<std::size_t>(ModelTypeComboBox)];
+  const auto model = std::ranges::find(models, name, &catalogue_model::model_name);
+  return model != models.end() ? model->model_id : data.model_type;
 }
 
 std::string TParametersForm::message() const {
-  if (host_.job_is_running()) return "The restart file is being loaded.";
+  for (const field_row& row : field_rows)
+    if (const entry_field& field = this->*row.field; !field.refusal().empty())
+      return field.label + ": " + field.refusal() + ".";
+  if (host_.restart_file_is_loading()) return "The restart file is being loaded.";
   const data_type* data = host_.data_set();
-  if (data && another_model_is_chosen()) {
+  if (data && chosen_model_type(*data) != saved_model_type_) {
     std::size_t loads = 0, boundaries = 0, constants = 0;
     for (const system_data_type& system : data->systems) {
       loads += system.loads.size();
@@ -173,14 +185,14 @@ std::string TParametersForm::message() const {
            plural(loads, "load", "loads") + ", " + plural(boundaries, "boundary", "boundaries") + ", " +
            plural(constants, "constant", "constants") + ".";
   }
-  for (const field_row& row : field_rows)
-    if (const entry_field& field = this->*row.field; !field.refusal().empty())
-      return field.label + ": " + field.refusal() + ".";
   return was_replaced_ ? "A job has replaced the data set; entries that you made are kept." : "";
 }
 
 bool TParametersForm::FormCloseQuery(bool by_ok) {
-  return !by_ok || OkButtonClick();
+  if (by_ok) return OkButtonClick();
+  if (!host_.restart_file_is_loading()) return true;
+  host_.cancel_job();
+  return false;
 }
 
 // Unchanged text is not written, since an edit box loses carriage returns; changed text keeps the line ends it had.
@@ -192,40 +204,40 @@ std::string TParametersForm::stored_comments(const data_type& data) const {
   return text;
 }
 
+// On a copy, so that a failure leaves the data set as it was.
 bool TParametersForm::OkButtonClick() {
   data_type* data = host_.data_set();
   if (!data || !enabled().ok) return false;
   for (const field_row& row : field_rows)
     if (!(this->*row.field).refusal().empty()) return false;
-
-  data->comments = stored_comments(*data);
-  data->description = DatasetNameEdit;
-  data->hydrodynamic_file = HydrodynamicLinkageFileEdit;
-  data->nps_file = NpsFileNameEdit;
-  for (const field_row& row : field_rows) data->*row.member = (this->*row.field).value();
-  data->bed_compaction_option = dynamic_bed_volume;
-  data->negative_solution = NegativeSolutionAllowedCheckBox;
-  data->use_nps_file = UseNpsFileCheckBox;
-  data->flow_option = flow_option;
-  data->restart_option = restart_option;
-  data->vesk_to_vesk_linkage_option = vesk_to_vesk_linkage ? 1 : 0;
-  // By name: of two models with one name the first is taken.
-  if (data->catalogue() && ModelTypeComboBox >= 0) {
-    const auto& models = data->catalogue()->models;
-    const std::string& name = model_names[static_cast<std::size_t>(ModelTypeComboBox)];
-    const auto model = std::ranges::find(models, name, &catalogue_model::model_name);
-    if (model != models.end()) data->model_type = model->model_id;
-  }
-  if (data->model_type != saved_model_type_)
-    data->refresh_from_catalogue(false);
-  else
-    data->apply_seed();
-  if (SolutionTypeComboBox >= 0 && static_cast<std::size_t>(SolutionTypeComboBox) < data->solution_techniques.size())
-    data->solution_type =
-        static_cast<std::uint32_t>(data->solution_techniques[static_cast<std::size_t>(SolutionTypeComboBox)].id);
+  data_type next = *data;
+  write_back(next);
+  *data = std::move(next);
   reads_hydrodynamic_file_ =
       data->flow_option == hydrodynamic_linkage && !data->hydrodynamic_file.empty() && reinitialize_from_hyd_file_;
   return true;
+}
+
+void TParametersForm::write_back(data_type& data) const {
+  data.comments = stored_comments(data);
+  data.description = DatasetNameEdit;
+  data.hydrodynamic_file = HydrodynamicLinkageFileEdit;
+  data.nps_file = NpsFileNameEdit;
+  for (const field_row& row : field_rows) data.*row.member = (this->*row.field).value();
+  data.bed_compaction_option = dynamic_bed_volume;
+  data.negative_solution = NegativeSolutionAllowedCheckBox;
+  data.use_nps_file = UseNpsFileCheckBox;
+  data.flow_option = flow_option;
+  data.restart_option = restart_option;
+  data.vesk_to_vesk_linkage_option = vesk_to_vesk_linkage ? 1 : 0;
+  data.model_type = chosen_model_type(data);
+  if (data.model_type != saved_model_type_)
+    data.refresh_from_catalogue(false);
+  else
+    data.apply_seed();
+  const auto technique = static_cast<std::size_t>(SolutionTypeComboBox); // beyond all where it is -1
+  if (technique < data.solution_techniques.size())
+    data.solution_type = static_cast<std::uint32_t>(data.solution_techniques[technique].id);
 }
 
 } // namespace vesk

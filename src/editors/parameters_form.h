@@ -16,7 +16,22 @@
 
 namespace vesk {
 
-class TParametersForm final : public form {
+// What the controls hold, but for the entry fields; the window writes what the user enters. Positions in lists: -1 is
+// none.
+struct parameters_controls {
+  std::string DatasetNameEdit, CommentsMemo, HydrodynamicLinkageFileEdit, NpsFileNameEdit;
+  std::vector<std::string> model_names, solution_names;
+  int ModelTypeComboBox = -1, SolutionTypeComboBox = -1;
+  bool dynamic_bed_volume = false; // DynamicBedVolumeRadioButton, else StaticBedVolumeRadioButton
+  bool NegativeSolutionAllowedCheckBox = false, UseNpsFileCheckBox = false;
+  enum : std::uint32_t { net_flows = 1, gross_flows = 2, hydrodynamic_linkage = 3, kinematic_wave = 4 };
+  std::uint32_t flow_option = net_flows; // the radio button that is checked; the linkage where none is
+  enum : std::uint32_t { no_restart_file = 0, create_restart_file = 1, neither_restart_button = 2 };
+  std::uint32_t restart_option = no_restart_file;
+  bool vesk_to_vesk_linkage = false; // EnableVeskToVeskLinkageRadioButton, else the other
+};
+
+class TParametersForm final : public form, public parameters_controls {
 public:
   static constexpr std::string_view skip_hint =
       "Set Date and Time to Skip into the Defined Simulation Period, Must be between Start and End Date";
@@ -26,39 +41,29 @@ public:
   std::string_view class_name() const override { return "TParametersForm"; }
   std::string caption() const override { return "Parameters"; }
 
-  // What the controls hold; the window writes what the user enters. Positions in lists: -1 is none.
-  std::string DatasetNameEdit, CommentsMemo, HydrodynamicLinkageFileEdit, NpsFileNameEdit;
-  std::vector<std::string> model_names, solution_names;
-  int ModelTypeComboBox = -1, SolutionTypeComboBox = -1;
   entry_field StartDateField{"StartDateField", "Start date", date()}, StartTimeField{"StartTimeField", "Time", time()};
   entry_field EndDateField{"EndDateField", "End date", date()}, EndTimeField{"EndTimeField", "Time", time()};
-  entry_field HydroSkipDateField{"HydroSkipDateField", "Skip to", date()},
-      HydroSkipTimeField{"HydroSkipTimeField", "Time", time()};
+  entry_field HydroSkipDateField{"HydroSkipDateField", "Skip Ahead to Date", date()},
+      HydroSkipTimeField{"HydroSkipTimeField", "Skip Ahead Time", time()};
   entry_field FractionOfMaxTimeStepEdit{"FractionOfMaxTimeStepEdit", "Fraction of the largest stable step",
                                         number_cell("#######.##")};
   entry_field MaxTimeStepField{"MaxTimeStepField", "Largest time step (days)", number_cell("#.####")};
   entry_field MinTimeStepField{"MinTimeStepField", "Smallest time step (days)", number_cell("#.####")};
   entry_field BedCompactionTimeStepField{"BedCompactionTimeStepField", "Bed compaction time step (days)",
                                          number_cell("#######.##")};
-  bool dynamic_bed_volume = false; // DynamicBedVolumeRadioButton, else StaticBedVolumeRadioButton
-  bool NegativeSolutionAllowedCheckBox = false, UseNpsFileCheckBox = false;
-  enum : std::uint32_t { net_flows = 1, gross_flows = 2, hydrodynamic_linkage = 3, kinematic_wave = 4 };
-  std::uint32_t flow_option = net_flows; // the radio button that is checked; the linkage where none is
-  enum : std::uint32_t { no_restart_file = 0, create_restart_file = 1, neither_restart_button = 2 };
-  std::uint32_t restart_option = no_restart_file;
-  bool vesk_to_vesk_linkage = false; // EnableVeskToVeskLinkageRadioButton, else the other
 
   std::vector<entry_field*> entry_fields(); // all of them
 
-  // Which controls can be used; see the members of the same name.
+  // Which controls can be used; see the members of the same name. OK and "Load restart file now" wait for the end of a
+  // restart file that is being loaded, but for no other job.
   struct enabled_controls {
     bool nps_file, bed_compaction_time_step, hydrodynamic_file, ok;
   };
   enabled_controls enabled() const;
 
   void FormShow() override;
-  bool FormCloseQuery(bool by_ok) override;
-  void data_set_replaced() override; // by a job: what the user has not touched is shown anew
+  bool FormCloseQuery(bool by_ok) override; // Cancel first cancels a restart file that is being loaded
+  void data_set_replaced() override;        // by a job: what the user has not touched is shown anew
 
   void StartDateFieldChange(); // the skip date follows the start date, which the user has edited
   void StartTimeFieldChange();
@@ -73,15 +78,15 @@ public:
 private:
   static cell_type date() { return {cell_kind::date}; }
   static cell_type time() { return {cell_kind::time}; }
-  void show_lists();
-  void show_texts();
-  void show_options();
+  static parameters_controls controls_of(const prevesk_dataset_data_type& data);
   void show_numbers(bool touched_too);
   bool OkButtonClick();
-  bool another_model_is_chosen() const;
+  void write_back(prevesk_dataset_data_type& data) const;
+  std::uint32_t chosen_model_type(const prevesk_dataset_data_type& data) const;
   std::string stored_comments(const prevesk_dataset_data_type& data) const;
 
   editor_host& host_;
+  parameters_controls shown_; // as they were filled last; what differs was entered by the user
   std::uint32_t saved_model_type_ = 0;
   bool reinitialize_from_hyd_file_ = false, reads_hydrodynamic_file_ = false, comments_edited_ = false;
   bool was_replaced_ = false;

@@ -14,8 +14,14 @@ void entry_edit::show_field() {
   setText(shown(field_.text()));
   const QString reason = shown(field_.refusal());
   setStyleSheet(reason.isEmpty() ? QString() : QStringLiteral("QLineEdit { color: black; background: red; }"));
-  setToolTip(tool_tip(reason));
-  setAccessibleDescription(reason);
+  const QString& text = reason.isEmpty() ? hint_ : reason;
+  setToolTip(tool_tip(text));
+  setAccessibleDescription(text);
+}
+
+void entry_edit::set_hint(const QString& hint) {
+  hint_ = hint;
+  show_field();
 }
 
 bool entry_edit::take() {

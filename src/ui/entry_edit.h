@@ -14,14 +14,16 @@ class entry_edit final : public QLineEdit {
 public:
   explicit entry_edit(entry_field& field, QWidget* parent = nullptr);
 
-  void show_field(); // as the form has it
-  bool take();       // what is typed goes to the form; false: refused
+  void set_hint(const QString& hint); // shown unless the entry is refused
+  void show_field();                  // as the form has it
+  bool take();                        // what is typed goes to the form; false: refused
 
 signals:
   void entered(); // by the user, accepted or not
 
 private:
   entry_field& field_;
+  QString hint_;
 };
 
 } // namespace vesk

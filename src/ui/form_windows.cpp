@@ -26,8 +26,8 @@ form_windows::window form_windows::make(form& wanted) {
     return {dialog, reload_of(dialog)};
   }
   if (auto* settings = dynamic_cast<TParametersForm*>(&wanted)) {
-    auto* dialog = new parameters_dialog(&parent_, *settings, host_);
-    return {dialog, reload_of(dialog)};
+    auto* dialog = new parameters_dialog(&parent_, *settings);
+    return {dialog, reload_of(dialog), [dialog] { dialog->enable(); }};
   }
   if (auto* expression = dynamic_cast<TFillCalculateForm*>(&wanted))
     return {new fill_calculate_dialog(&parent_, *expression), {}};
@@ -64,6 +64,11 @@ void form_windows::show_graph(std::shared_ptr<TGraphForm> graph, const form& own
 void form_windows::data_set_replaced() {
   for (auto& [shown_form, shown_window] : windows_)
     if (shown_window.dialog && shown_window.dialog->isVisible() && shown_window.reload) shown_window.reload();
+}
+
+void form_windows::job_changed() {
+  for (auto& [shown_form, shown_window] : windows_)
+    if (shown_window.dialog && shown_window.dialog->isVisible() && shown_window.enable) shown_window.enable();
 }
 
 } // namespace vesk

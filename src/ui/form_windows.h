@@ -1,7 +1,6 @@
 // The windows of the forms. Each is made when it is first shown, and kept.
 #pragma once
 
-#include "editors/editor_host.h"
 #include "editors/form.h"
 
 #include <functional>
@@ -17,8 +16,8 @@ class TGraphForm;
 
 class form_windows {
 public:
-  // `parent` owns the windows. Both must outlive this.
-  form_windows(QWidget& parent, editor_host& host) : parent_(parent), host_(host) {}
+  // `parent` owns the windows and must outlive this.
+  explicit form_windows(QWidget& parent) : parent_(parent) {}
 
   // Shows the form's window and returns when it has been closed: true by OK, false also for a form that has none.
   bool show(form& shown);
@@ -28,17 +27,18 @@ public:
   void show_graph(std::shared_ptr<TGraphForm> graph, const form& owner);
 
   void data_set_replaced(); // tells the forms that are shown
+  void job_changed();       // the same: one has begun or ended
 
 private:
   struct window {
     QDialog* dialog = nullptr;
-    std::function<void()> reload; // empty: shows nothing of the data set
+    std::function<void()> reload = {}; // empty: shows nothing of the data set
+    std::function<void()> enable = {}; // empty: nothing in it waits for a job
   };
   window& window_of(form& wanted);
   window make(form& wanted);
 
   QWidget& parent_;
-  editor_host& host_;
   std::map<const form*, window> windows_;
 };
 

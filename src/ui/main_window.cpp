@@ -53,7 +53,7 @@ main_window::main_window(const std::filesystem::path& settings_file)
   setObjectName("PreveskMainForm");
   setWindowIcon(program_image());
   lay_out();
-  forms_ = std::make_unique<form_windows>(*this, *form_);
+  forms_ = std::make_unique<form_windows>(*this);
   controls_ = std::make_unique<command_controls>(
       *this, *form_, [this](const std::string& caption) { form_->DocumentationItemClick(caption); });
   form_->FormCreate();
@@ -163,6 +163,7 @@ void main_window::set_clipboard_text(const std::string& text) {
 void main_window::set_commands(const command_conditions& conditions) {
   controls_->set_commands(conditions);
   InfoPanel->show_cancel(conditions.running);
+  if (forms_) forms_->job_changed();
 }
 
 void main_window::set_caption(const std::string& caption) {

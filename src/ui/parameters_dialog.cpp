@@ -67,8 +67,8 @@ void fill(QComboBox& box, const std::vector<std::string>& items, int position) {
 
 } // namespace
 
-parameters_dialog::parameters_dialog(QWidget* parent, TParametersForm& form, editor_host& host)
-    : QDialog(parent), form_(form), host_(host), pages_(new QTabWidget), DatasetNameEdit(line("DatasetNameEdit")),
+parameters_dialog::parameters_dialog(QWidget* parent, TParametersForm& form)
+    : QDialog(parent), form_(form), pages_(new QTabWidget), DatasetNameEdit(line("DatasetNameEdit")),
       NpsFileNameEdit(line("NpsFileNameEdit")), HydrodynamicLinkageFileEdit(line("HydrodynamicLinkageFileEdit")),
       CommentsMemo(new QPlainTextEdit), ModelTypeComboBox(combo("ModelTypeComboBox")),
       SolutionTypeComboBox(combo("SolutionTypeComboBox")),
@@ -167,7 +167,7 @@ QWidget* parameters_dialog::general_page() {
   rows->addRow("&Description:", DatasetNameEdit);
   rows->addRow("C&omments:", CommentsMemo);
   rows->addRow("&Model type:", ModelTypeComboBox);
-  rows->addRow("Sol&ution:", SolutionTypeComboBox);
+  rows->addRow("Sol&ution Technique:", SolutionTypeComboBox);
   rows->addRow("&Start:", moment(form_.StartDateField, form_.StartTimeField));
   rows->addRow("&End:", moment(form_.EndDateField, form_.EndTimeField));
   connect(CommentsMemo, &QPlainTextEdit::textChanged, this, [this] { form_.comments_edited(); });
@@ -189,7 +189,9 @@ QWidget* parameters_dialog::steps_page() {
   QGroupBox* bed = choice("Bed volumes", bed_,
                           {{"S&tatic", "StaticBedVolumeRadioButton"}, {"D&ynamic", "DynamicBedVolumeRadioButton"}});
   auto* compaction = new QFormLayout;
-  compaction->addRow(shown(form_.BedCompactionTimeStepField.label) + ":", entry(form_.BedCompactionTimeStepField));
+  auto* label = new QLabel(shown(form_.BedCompactionTimeStepField.label) + ":");
+  label->setObjectName("BedCompactionTimeStepLabel");
+  compaction->addRow(label, entry(form_.BedCompactionTimeStepField));
   static_cast<QVBoxLayout*>(bed->layout())->addLayout(compaction);
   column->addWidget(bed);
   column->addStretch(1);
@@ -207,9 +209,11 @@ QWidget* parameters_dialog::flows_page() {
   auto* rows = new QFormLayout;
   rows->addRow("Linkage file:",
                file_row(HydrodynamicLinkageFileEdit, BrowseHydButton, &TParametersForm::BrowseHydButtonClick));
-  QWidget* skip = moment(form_.HydroSkipDateField, form_.HydroSkipTimeField);
-  skip->setToolTip(shown(TParametersForm::skip_hint));
-  rows->addRow("Skip to:", skip);
+  for (entry_field* field : {&form_.HydroSkipDateField, &form_.HydroSkipTimeField}) {
+    entry_edit* edit = entry(*field);
+    edit->set_hint(shown(TParametersForm::skip_hint));
+    rows->addRow(shown(field->label) + ":", edit);
+  }
   static_cast<QVBoxLayout*>(flows->layout())->addLayout(rows);
   HydrodynamicLinkageFileEdit->setAccessibleName("Hydrodynamic linkage file");
   column->addWidget(flows);
@@ -224,7 +228,7 @@ QWidget* parameters_dialog::flows_page() {
   column->addLayout(nps);
   QGroupBox* restart = choice(
       "Restart file", restart_,
-      {{"N&o restart file", "NoRestartFileRadioButton"}, {"Create restart f&ile", "CreateRestartFileRadioButton"}});
+      {{"N&o restart file", "NoRestartFileRadioButton"}, {"Create Restart F&ile", "CreateRestartFileRadioButton"}});
   restart->layout()->addWidget(LoadRestartFileButton);
   connect(LoadRestartFileButton, &QPushButton::clicked, this, [this] {
     attempt([this] { form_.LoadRestartFileButtonClick(); });
@@ -286,7 +290,8 @@ void parameters_dialog::enable() {
   const TParametersForm::enabled_controls enabled = form_.enabled();
   BrowseNpsButton->setEnabled(enabled.nps_file);
   NpsFileNameEdit->setEnabled(enabled.nps_file);
-  findChild<entry_edit*>("BedCompactionTimeStepField")->setEnabled(enabled.bed_compaction_time_step);
+  for (const char* name : {"BedCompactionTimeStepField", "BedCompactionTimeStepLabel"})
+    findChild<QWidget*>(name)->setEnabled(enabled.bed_compaction_time_step);
   BrowseHydButton->setEnabled(enabled.hydrodynamic_file);
   HydrodynamicLinkageFileEdit->setEnabled(enabled.hydrodynamic_file);
   ok_->setEnabled(enabled.ok);
@@ -312,10 +317,6 @@ void parameters_dialog::showEvent(QShowEvent* event) {
 }
 
 void parameters_dialog::done(int result) {
-  if (result == Rejected && host_.job_is_running()) {
-    attempt([this] { host_.cancel_job(); });
-    return;
-  }
   bool may_close = true;
   if (result == Accepted) {
     for (entry_edit* edit : entries_) may_close = edit->take() && may_close;

@@ -23,9 +23,10 @@ class entry_edit;
 
 class parameters_dialog final : public QDialog {
 public:
-  parameters_dialog(QWidget* parent, TParametersForm& form, editor_host& host);
+  parameters_dialog(QWidget* parent, TParametersForm& form);
 
-  void reload(); // a job has replaced the data set, or has ended
+  void reload(); // a job has replaced the data set
+  void enable(); // which controls can be used now, and the message
   void done(int result) override;
 
 protected:
@@ -42,10 +43,8 @@ private:
                     std::initializer_list<std::pair<const char*, const char*>> buttons);
   void show_all(); // as the form has it
   void take_all(); // as the controls have it, but for the entry fields
-  void enable();
 
   TParametersForm& form_;
-  editor_host& host_;
   QTabWidget* pages_;
   QLineEdit *DatasetNameEdit, *NpsFileNameEdit, *HydrodynamicLinkageFileEdit;
   QPlainTextEdit* CommentsMemo;

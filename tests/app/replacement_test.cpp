@@ -246,6 +246,18 @@ TEST_F(Replacement, AResultIsAStepAndKeepsTheOriginOfItsDocument) {
   EXPECT_EQ(ui.lines.back(), "1 \"Load restart file code-5.rst\" failed, and what it has done has replaced the data "
                              "set. Undo brings it back as it was.");
   EXPECT_EQ(form.current_data_set->segments[0].name, "restart");
+
+  // From the settings dialog, whose Cancel takes it back.
+  form.UndoItemClick();
+  ui.form_result = false;
+  ui.in_form = [&] {
+    form.start_load_restart_file("code-0.rst");
+    EXPECT_TRUE(form.restart_file_is_loading());
+    finish();
+    EXPECT_EQ(form.current_data_set->segments[0].name, "restart");
+  };
+  form.ParameterizationItemClick();
+  EXPECT_EQ(form.current_data_set->segments[0].name, "Vesk Segment");
 }
 
 TEST_F(Replacement, AResultThatTakesTheUsersWorkAwaySaysSo) {

@@ -24,7 +24,7 @@ public:
   std::vector<std::shared_ptr<TGraphForm>> graphs;
   std::function<bool(TRegularTimesForm&)> on_regular_times;
   std::function<bool(TSelectSegmentsForm&)> on_select_segments;
-  bool running = false;               // a job
+  bool running = false;               // the load of a restart file
   std::optional<std::string> file;    // chosen in file dialogs
   box_answer answer = box_answer::ok; // to boxes
   form* open = nullptr;               // notified of replacements
@@ -51,7 +51,7 @@ public:
   int diagnostic_level() const override { return 0; }
   void set_diagnostic_level(int) override {}
   void start_load_restart_file() override { running = true; }
-  bool job_is_running() const override { return running; }
+  bool restart_file_is_loading() const override { return running; }
   void cancel_job() override { running = false; }
 
   box_answer message_box(const std::string& title, const std::string& text, box_buttons) override {

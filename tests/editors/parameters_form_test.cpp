@@ -64,6 +64,9 @@ TEST_F(ParametersForm, WritesBackWhatWasEntered) {
   EXPECT_FALSE(form.FormCloseQuery(true));
   EXPECT_EQ(form.message(), "Largest time step (days): the number has more than 1 digits before the point.");
   EXPECT_TRUE(form.MaxTimeStepField.enter("0.25"));
+  EXPECT_FALSE(form.StartTimeField.enter("noon"));
+  EXPECT_TRUE(form.StartTimeField.enter("02:57:47")); // as it was shown
+  EXPECT_EQ(form.StartTimeField.value(), 0.12345678);
   EXPECT_TRUE(form.FormCloseQuery(true));
   EXPECT_EQ(host.data.description, "Oak City");
   EXPECT_EQ(host.data.comments, "first\r\nnew");
@@ -108,15 +111,51 @@ TEST_F(ParametersForm, AsksWhetherToReadTheHydrodynamicFile) {
 
 TEST_F(ParametersForm, ALoadedRestartFileKeepsWhatTheUserHasTouched) {
   form.EndDateField.enter("2013-01-01");
+  form.StartTimeField.enter("6:00");
+  form.StartTimeFieldChange();
+  form.NpsFileNameEdit = "sewers.nps";
   form.LoadRestartFileButtonClick();
   EXPECT_FALSE(form.enabled().ok);
   EXPECT_FALSE(form.FormCloseQuery(true));
   host.running = false;
-  host.data.seed_date = start + 30;
+  host.data.seed_date = host.data.skip_date = start + 30;
+  host.data.skip_time = 0.5;
+  host.data.model_type = 3; // and with it all that belongs to a model
+  host.data.refresh_from_catalogue(false);
+  host.data.flow_option = 4;
+  host.data.comments = "from the restart file";
+  const std::string model = host.data.model_name;
   form.data_set_replaced();
   EXPECT_EQ(form.StartDateField.text(), "10/31/2012");
   EXPECT_EQ(form.EndDateField.text(), "01/01/2013");
-  EXPECT_TRUE(form.enabled().ok);
+  EXPECT_EQ(form.HydroSkipTimeField.text(), "06:00"); // follows the start that the user has entered
+  EXPECT_EQ(form.message(), "A job has replaced the data set; entries that you made are kept.");
+  EXPECT_TRUE(form.FormCloseQuery(true));
+  EXPECT_EQ(host.data.model_name, model);
+  EXPECT_EQ(host.data.flow_option, 4U);
+  EXPECT_EQ(host.data.comments, "from the restart file");
+  EXPECT_EQ(host.data.nps_file, "sewers.nps");
+}
+
+TEST_F(ParametersForm, CancelFirstCancelsTheRestartFileThatIsBeingLoaded) {
+  form.LoadRestartFileButtonClick();
+  EXPECT_EQ(form.message(), "The restart file is being loaded.");
+  EXPECT_FALSE(form.FormCloseQuery(false));
+  EXPECT_FALSE(host.running);
+  EXPECT_TRUE(form.FormCloseQuery(false));
+}
+
+TEST_F(ParametersForm, OfTwoModelsWithOneNameTheFirstIsTaken) {
+  memory_catalogue_store store = small_catalogue();
+  auto tables = std::make_shared<model_catalogue>(*read_catalogue(store));
+  tables->models[1].model_name = tables->models[0].model_name;
+  host.data.set_catalogue(tables);
+  host.data.model_type = tables->models[1].model_id;
+  form.FormShow();
+  EXPECT_EQ(form.ModelTypeComboBox, 1);
+  EXPECT_EQ(form.message().substr(0, 8), "OK drops");
+  EXPECT_TRUE(form.FormCloseQuery(true));
+  EXPECT_EQ(host.data.model_type, tables->models[0].model_id);
 }
 
 TEST_F(ParametersForm, TheSeedDateIsStoredOnOk) {
