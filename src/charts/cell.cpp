@@ -45,7 +45,7 @@ double number_of(const cell_value& value) {
 // Dates and times.
 
 std::int32_t day_of(const cell_value& value) {
-  constexpr double limit = 1e8; // what the calendar code can take
+  constexpr double limit = 1e7; // what the calendar code can take: about 27,000 years
   const double day = number_of(value);
   return std::isfinite(day) ? static_cast<std::int32_t>(std::clamp(day, -limit, limit)) : 0;
 }
@@ -73,7 +73,9 @@ void append_date(std::string& text, const cell_value& value, bool iso) {
 }
 
 void append_time(std::string& text, const cell_value& value, bool always_seconds) {
-  const auto seconds = static_cast<std::uint32_t>(std::clamp(number_of(value), 0.0, first_second_of_next_day - 1.0));
+  const double second = number_of(value);
+  const auto seconds =
+      second >= 0 ? static_cast<std::uint32_t>(std::min(second, first_second_of_next_day - 1.0)) : 0; // 0 for NaN, too
   std::array<char, 8> digits;
   char* to = put_padded(digits.data(), seconds / 3600, 2);
   *to++ = ':';
@@ -282,6 +284,16 @@ std::string item_text(const item_list& items, double item) {
   return position < items.size() ? items.text(position) : items.text_beyond(position);
 }
 
+void append_quoted_if_needed(std::string& text, const std::string& field) {
+  if (!field.starts_with('"') && field.find_first_of("\t\r\n") == std::string::npos) {
+    text += field;
+    return;
+  }
+  text += '"';
+  for (const char c : field) text += c == '"' ? std::string("\"\"") : std::string(1, c);
+  text += '"';
+}
+
 } // namespace
 
 std::string cell_text(const cell_type& type, const cell_value& value) {
@@ -311,7 +323,7 @@ void append_clipboard_text(std::string& text, const cell_type& type, const cell_
   case cell_kind::date: return append_date(text, value, true);
   case cell_kind::time: return append_time(text, value, true);
   case cell_kind::number: return append_exact_number(text, number_of(value));
-  default: text += cell_text(type, value);
+  default: return append_quoted_if_needed(text, cell_text(type, value));
   }
 }
 

@@ -7,9 +7,11 @@
 #include "dataset/moment.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <variant>
+#include <vector>
 
 namespace vesk {
 
@@ -41,15 +43,16 @@ inline cell_type check_cell() {
 inline cell_type number_cell(std::string picture) {
   return {.kind = cell_kind::number, .picture = std::move(picture)};
 }
-inline cell_type combo_cell(std::initializer_list<std::string> items) {
-  return {.kind = cell_kind::combo, .items = std::make_shared<fixed_items>(items)};
+// `stand_in`: the item that is shown for a stored position that has none.
+inline cell_type combo_cell(std::vector<std::string> items, std::optional<std::size_t> stand_in = std::nullopt) {
+  return {.kind = cell_kind::combo, .items = std::make_shared<fixed_items>(std::move(items), stand_in)};
 }
 
-// What the cell shows; a check box as 1 or 0. Combo positions without an item show nothing.
+// What the cell shows; a check box as 1 or 0. Combo positions without an item show the list's stand-in, or nothing.
 std::string cell_text(const cell_type& type, const cell_value& value);
 
 // The value's exact, shortest text: what an entry begins with, and what is copied. Dates are MM/DD/yyyy when typed and
-// yyyy-mm-dd on the clipboard.
+// yyyy-mm-dd on the clipboard. A text that pasted_text would not give back as it is stands in quotes there.
 std::string entry_text(const cell_type& type, const cell_value& value);
 void append_clipboard_text(std::string& text, const cell_type& type, const cell_value& value);
 

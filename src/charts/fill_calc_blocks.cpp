@@ -157,7 +157,8 @@ TFillCalcTable::paste_outcome TFillCalcTable::do_paste(std::string_view text) {
   return {{}, top, lines.line_count()};
 }
 
-// A value that the cell already shows in this form stays as it is: what is shown may be rounded.
+// A value that the cell already shows in this form stays as it is: what is shown may be rounded, and a stored text may
+// be longer than what can be typed.
 void TFillCalcTable::write_cell(std::size_t row, std::size_t column, const cell_value& value) {
   const cell_value present = content_->value(row, column);
   if (present == value || std::holds_alternative<std::monostate>(present)) return;
@@ -166,6 +167,9 @@ void TFillCalcTable::write_cell(std::size_t row, std::size_t column, const cell_
     const cell_entry shown = read_entry(number_cell({}), cell_text(type, present));
     if (shown.accepted() && shown.value == value) return;
   }
+  if (type.kind == cell_kind::text && read_entry(type, std::get<std::string>(present)).value == value) return;
+  const bool has_no_item = type.kind == cell_kind::combo && number(present) >= static_cast<double>(type.items->size());
+  if (has_no_item && cell_text(type, present) == cell_text(type, value)) return;
   content_->set_value(row, column, value);
 }
 
@@ -223,7 +227,7 @@ std::string TFillCalcTable::calculate_selection(std::string_view text) {
     for (const std::size_t c : texts)
       for (std::size_t row = block.top; row <= block.bottom; ++row)
         write(row, c, read_entry(content_->columns()[c].type, text).value);
-  if (view_) view_->cells_changed(block);
+  if (view_) view_->cells_changed({block.top, 0, block.bottom, content_->columns().size() - 1}); // marks, too
   one.complete();
   return {};
 }

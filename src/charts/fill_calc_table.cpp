@@ -145,7 +145,7 @@ bool TFillCalcTable::enter(std::size_t row, std::size_t column, std::string_view
 }
 
 void TFillCalcTable::click(std::size_t row, std::size_t column) {
-  if (!is_editable(row, column)) return;
+  if (!is_editable(row, column) || refused_) return;
   if (content_->columns()[column].typed_only) {
     if (OnClick) OnClick(row, column);
     return;
@@ -206,7 +206,7 @@ void TFillCalcTable::delete_selected_rows() {
 }
 
 void TFillCalcTable::delete_all_rows() {
-  if (!content_->has_free_rows()) return;
+  if (!content_->has_free_rows() || content_->row_count() == 0) return;
   change one(*this, "Delete all rows");
   content_->erase_rows(0, content_->row_count());
   display_rows();
@@ -215,7 +215,7 @@ void TFillCalcTable::delete_all_rows() {
 }
 
 bool TFillCalcTable::extend_on_down(move_command command) {
-  if (command != move_command::down || !content_->has_free_rows() || shown_as_empty_) return false;
+  if (command != move_command::down || !content_->has_free_rows() || shown_as_empty_ || refused_) return false;
   const std::size_t rows = content_->row_count();
   if (rows == 0 || active_row_ + 1 != rows) return false;
   change one(*this, "Append row");
@@ -238,12 +238,10 @@ void TFillCalcTable::sort_rows() {
 
 // Marks.
 
-bool TFillCalcTable::go_to_next_mark() {
+bool TFillCalcTable::go_to_next_mark(bool from_start) {
   const std::size_t rows = shown_as_empty_ ? 0 : content_->row_count(), columns = content_->columns().size();
-  const std::size_t cells = rows * columns;
-  const std::size_t start = active_row_ * columns + active_column_;
-  for (std::size_t i = 1; i <= cells; ++i) {
-    const std::size_t cell = (start + i) % cells;
+  const std::size_t first = from_start ? 0 : active_row_ * columns + active_column_ + 1;
+  for (std::size_t cell = first; cell < rows * columns; ++cell) {
     if (!content_->mark(cell / columns, cell % columns)) continue;
     selection_.reset();
     set_active(cell / columns, cell % columns);

@@ -113,8 +113,8 @@ public:
   std::unique_ptr<general_graph_data> generate_moment_value_graph_data(int date_column, int time_column,
                                                                        int value_column) const;
 
-  // The next marked cell after the active one, row by row, from the first again after the last. False: there is none.
-  bool go_to_next_mark();
+  // The next marked cell after the active one, or the first of all, row by row. False: there is none.
+  bool go_to_next_mark(bool from_start = false);
 
 private:
   class change;

@@ -53,11 +53,17 @@ void TGraphForm::add_series(std::unique_ptr<general_graph_data> data) {
 }
 
 void TGraphForm::replace_series(std::unique_ptr<general_graph_data> data) {
-  const double_sextuple seen = bounds_;
+  const double_sextuple seen = bounds_, all_before = default_bounds_;
+  if (!data || series_.empty() || series_.front()->label != data->label) zoom_stack_.clear();
   series_.clear();
   was_unsorted_ = false;
-  if (data) add_series(std::move(data));
-  if (!zoom_stack_.empty()) bounds_ = seen;
+  if (data)
+    add_series(std::move(data));
+  else
+    find_data_bounds();
+  if (zoom_stack_.empty()) return;
+  if (zoom_stack_.front() == all_before) zoom_stack_.front() = default_bounds_;
+  bounds_ = seen;
 }
 
 // From the first to the last date and time; from the smallest to the largest value with some room. One point, or equal
@@ -81,7 +87,8 @@ void TGraphForm::find_data_bounds() {
   double_sextuple all;
   all.x_minimum = data_begin_ == data_end_ ? data_begin_ - 1 : data_begin_;
   all.x_maximum = data_begin_ == data_end_ ? data_end_ + 1 : data_end_;
-  const double room = low == high ? 1 : (high - low) * room_above_and_below;
+  // One by one, since the difference of two finite values may be infinite.
+  const double room = low == high ? 1 : high * room_above_and_below - low * room_above_and_below;
   all.first_minimum = all.second_minimum = low - room;
   all.first_maximum = all.second_maximum = high + room;
   default_bounds_ = bounds_ = all;
@@ -180,6 +187,31 @@ void TGraphForm::zoom_value(double x) {
     bounds_.second_maximum = value_at(high, before.second_minimum, before.second_maximum);
     bounds_.second_minimum = value_at(low, before.second_minimum, before.second_maximum);
   }
+}
+
+namespace {
+
+// False: the bounds are too near to each other to be told apart any more.
+bool take_middle_half(double& minimum, double& maximum) {
+  const double low = minimum + (maximum - minimum) / 4, high = maximum - (maximum - minimum) / 4;
+  if (!(minimum < low && low < high && high < maximum)) return false;
+  minimum = low;
+  maximum = high;
+  return true;
+}
+
+} // namespace
+
+void TGraphForm::zoom_in_time() {
+  const double_sextuple before = bounds_;
+  if (take_middle_half(bounds_.x_minimum, bounds_.x_maximum)) zoom_stack_.push_back(before);
+}
+
+void TGraphForm::zoom_in_value() {
+  const double_sextuple before = bounds_;
+  if (!take_middle_half(bounds_.first_minimum, bounds_.first_maximum)) return;
+  take_middle_half(bounds_.second_minimum, bounds_.second_maximum);
+  zoom_stack_.push_back(before);
 }
 
 void TGraphForm::unzoom_by_one_level() {

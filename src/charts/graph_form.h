@@ -50,7 +50,7 @@ public:
 
   // Takes the series. Points out of order are brought into time order; see `was_unsorted`.
   void add_series(std::unique_ptr<general_graph_data> data);
-  // The one series of a chart that is fed anew; bounds in sight stay when they have been zoomed.
+  // The one series of a chart that is fed anew. Bounds that have been zoomed stay while the series has the same label.
   void replace_series(std::unique_ptr<general_graph_data> data);
 
   const std::vector<std::unique_ptr<general_graph_data>>& series() const { return series_; }
@@ -74,6 +74,10 @@ public:
   bool zooming() const { return zooming_.has_value(); }
   const plot_rectangle& band() const { return band_; }
   std::size_t zoom_levels() const { return zoom_stack_.size(); }
+
+  // From the keyboard: the middle half of what is in sight.
+  void zoom_in_time();
+  void zoom_in_value();
 
   void unzoom_by_one_level();
   void unzoom_completely();

@@ -33,14 +33,19 @@ public:
 // Items that never change.
 class fixed_items final : public item_list {
 public:
-  fixed_items(std::initializer_list<std::string> texts) : texts_(texts) {}
-  explicit fixed_items(std::vector<std::string> texts) : texts_(std::move(texts)) {}
+  // `stand_in`: the item that a position without one shows.
+  explicit fixed_items(std::vector<std::string> texts, std::optional<std::size_t> stand_in = std::nullopt)
+      : texts_(std::move(texts)), stand_in_(stand_in) {}
 
   std::size_t size() const override { return texts_.size(); }
   std::string text(std::size_t item) const override { return texts_[item]; }
+  std::string text_beyond(std::size_t) const override {
+    return stand_in_ && *stand_in_ < size() ? texts_[*stand_in_] : std::string();
+  }
 
 private:
   std::vector<std::string> texts_;
+  std::optional<std::size_t> stand_in_;
 };
 
 } // namespace vesk

@@ -59,13 +59,16 @@ std::size_t points_outside_run(const prevesk_dataset_data_type& data, const poin
 
 std::string series_finding(const prevesk_dataset_data_type& data, const series_ref& ref) {
   const stored_series* series = find_series(data, ref);
-  if (!series || !is_used(data, ref)) return {};
-  if (series->points.empty()) return series->query->deferred ? "" : "This series is used, but it has no points.";
+  return series && is_used(data, ref) ? used_series_finding(data, *series) : std::string();
+}
+
+std::string used_series_finding(const prevesk_dataset_data_type& data, const stored_series& series) {
+  if (series.points.empty()) return series.query->deferred ? "" : "This series is used, but it has no points.";
   const moment_type start = moment_type::from_date_time(data.start_date_time());
   const moment_type end = moment_type::from_date_time(data.end_date_time());
-  if (end < static_cast<const moment_type&>(series->points.front()))
+  if (end < static_cast<const moment_type&>(series.points.front()))
     return "This series is used, but it begins after the end of the run.";
-  if (static_cast<const moment_type&>(series->points.back()) < start)
+  if (static_cast<const moment_type&>(series.points.back()) < start)
     return "This series is used, but it ends before the start of the run.";
   return {};
 }

@@ -21,6 +21,7 @@ std::string range_finding(double value, double minimum, double maximum);
 
 // A series without points, or with none in the run, although the run uses it. Empty: neither.
 std::string series_finding(const prevesk_dataset_data_type& data, const series_ref& ref);
+std::string used_series_finding(const prevesk_dataset_data_type& data, const stored_series& series); // of one in use
 
 // How many of the points lie before the start or after the end of the run.
 std::size_t points_outside_run(const prevesk_dataset_data_type& data, const point_list& points);

@@ -84,6 +84,7 @@ void TConstantsForm::take_content() {
 }
 
 void TConstantsForm::ChoiceChange(std::size_t position) {
+  if (!may_go_on()) return;
   ConstantGroupComboBox.position = position;
   panel().table.set_active(0, panel().table.active_column());
   panel().table.set_selection(std::nullopt);

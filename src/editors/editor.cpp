@@ -9,14 +9,26 @@
 
 namespace vesk {
 
+namespace {
+
+// Cells that are typed into one series one after the other are one step.
+std::string merge_key(std::string_view class_name, const series_ref& ref) {
+  std::string key(class_name);
+  for (const std::size_t part : {static_cast<std::size_t>(ref.kind), ref.owner, ref.index})
+    key += " " + std::to_string(part);
+  return key;
+}
+
+} // namespace
+
 editor::~editor() = default;
 
 editor_panel& editor::add_panel(std::string table_name, grid& content, unsigned buttons, series_grid* series) {
   panels_.push_back(std::make_unique<editor_panel>(std::move(table_name), content, buttons, series));
   editor_panel& panel = *panels_.back();
   panel.table.OnBeginChange = [this, &panel](const std::string& label) {
-    const bool typed = label == "Edit";
-    host_.begin_step(caption() + ": " + label, typed ? std::string(class_name()) + panel.name + panel.label : "");
+    const bool typed = label == "Edit" && panel.series && panel.series->ref();
+    host_.begin_step(caption() + ": " + label, typed ? merge_key(class_name(), *panel.series->ref()) : std::string());
   };
   panel.table.OnEndChange = [this, &panel](bool completed) {
     host_.end_step(completed);
@@ -28,6 +40,7 @@ editor_panel& editor::add_panel(std::string table_name, grid& content, unsigned 
 
 void editor::FormShow() {
   message_.clear();
+  marked_panel_ = 0;
   for (const auto& panel : panels_) {
     panel->table.give_up_refused();
     panel->table.set_selection(std::nullopt);
@@ -62,7 +75,7 @@ bool editor::may_go_on() {
     if (!panel->table.refused()) continue;
     panel->table.set_active(panel->table.refused()->row, panel->table.refused()->column);
     set_message("Row " + std::to_string(panel->table.refused()->row + 1) + ": " + panel->table.refused()->reason + ".");
-    if (view_) view_->go_to_refused_entry(*panel);
+    if (view_) view_->go_to_panel(*panel);
     return false;
   }
   for (entry_field* field : fields()) {
@@ -122,7 +135,9 @@ void editor::back_to_default(editor_panel& panel) {
 }
 
 void editor::CopyButtonClick(editor_panel& panel, bool with_headers) {
-  if (may_go_on()) host_.questions().set_clipboard_text(panel.table.do_copy(with_headers));
+  if (!may_go_on()) return;
+  if (panel.table.is_shown_as_empty()) return set_message("There is nothing to copy.");
+  host_.questions().set_clipboard_text(panel.table.do_copy(with_headers));
 }
 
 void editor::PasteButtonClick(editor_panel& panel) {
@@ -209,10 +224,17 @@ void editor::interpolate_between(editor_panel& panel) {
               [&](point_list& points) { vesk::interpolate_between(points, rows.top, rows.bottom); });
 }
 
+// Onwards from the last one; then the other panels from their first cell; at last this one from its first.
 void editor::go_to_next_mark() {
   if (!may_go_on()) return;
-  const bool found = std::ranges::any_of(panels_, [](const auto& panel) { return panel->table.go_to_next_mark(); });
-  if (!found) set_message("No cell is marked.");
+  for (std::size_t i = 0; i <= panels_.size(); ++i) {
+    const std::size_t place = (marked_panel_ + i) % panels_.size();
+    if (!panels_[place]->table.go_to_next_mark(i > 0)) continue;
+    marked_panel_ = place;
+    if (view_) view_->go_to_panel(*panels_[place]);
+    return;
+  }
+  set_message("No cell is marked.");
 }
 
 void editor::undo() {

@@ -98,7 +98,7 @@ public:
   virtual ~editor_view() = default;
   virtual void texts_changed() = 0;  // labels, status lines, messages, the choice, colours, undo labels
   virtual void series_changed() = 0; // points of a series that is shown, or which series: for the live chart
-  virtual void go_to_refused_entry(editor_panel& panel) = 0;
+  virtual void go_to_panel(editor_panel& panel) = 0; // gives its grid the focus
   virtual void go_to_refused_field(entry_field&) {}
   virtual void tree_changed() {} // its nodes, or which is selected
 };
@@ -176,11 +176,11 @@ protected:
   virtual std::string_view refusal_title() const { return "Cannot accept data"; }
   virtual void accepted() {} // what follows an OK that is not refused
 
+  bool may_go_on(); // no entry is refused; otherwise leads to it
   void set_message(std::string message);
   void refresh_texts(); // after labels were changed
   void refresh_series();
   void refresh_tree();
-  bool may_go_on(); // no entry is refused; otherwise leads to it
 
 private:
   // Changes the points of the panel's series in one step.
@@ -191,6 +191,7 @@ private:
   std::vector<std::unique_ptr<editor_panel>> panels_;
   editor_view* view_ = nullptr;
   std::string message_;
+  std::size_t marked_panel_ = 0; // where F8 was last
   TRegularTimesForm regular_times_;
 };
 

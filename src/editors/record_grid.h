@@ -4,8 +4,10 @@
 #include "charts/grid.h"
 #include "dataset/shared_list.h"
 #include "dataset/short_text.h"
+#include "dataset/text_encoding.h"
 #include "editors/editor_host.h"
 
+#include <cmath>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -89,7 +91,10 @@ public:
   }
   cell_mark mark(std::size_t row, std::size_t c) const override {
     const Record* record = find(row);
-    return record && mark_of ? mark_of(*record, c) : cell_mark{};
+    if (!record) return {};
+    const auto* number = std::get_if<double Record::*>(&rows_[c].field);
+    if (number && !std::isfinite((*record).*(*number))) return {"The value is not a finite number."};
+    return mark_of ? mark_of(*record, c) : cell_mark{};
   }
   std::string tool_tip(std::size_t row, std::size_t c) const override {
     const Record* record = find(row);
@@ -118,7 +123,7 @@ private:
   static void write(Record& record, const translated_member<Record>& field, const cell_value& value) {
     field.write(record, std::get<double>(value));
   }
-  static cell_value as_value(const short_text& text) { return text.str(); }
+  static cell_value as_value(const short_text& text) { return shown_text(text.str()); }
   static cell_value as_value(double number) { return number; }
   static cell_value as_value(bool flag) { return flag ? 1.0 : 0.0; }
   static cell_value as_value(std::uint32_t item) { return static_cast<double>(item); }

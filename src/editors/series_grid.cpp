@@ -98,6 +98,11 @@ cell_mark series_grid::mark(std::size_t row, std::size_t column) const {
   return column == marked ? cell_mark{std::move(finding.sentence)} : cell_mark{};
 }
 
+std::string series_grid::tool_tip(std::size_t, std::size_t column) const {
+  if (column != value_column || !holds_intervals(ref_)) return {};
+  return "In days. \"30 s\", \"5 min\", \"6 h\" and \"1 d\" are taken as well.";
+}
+
 void series_grid::insert_row(std::size_t row) {
   edit_points().insert(row, moment_value_pair_type{});
 }

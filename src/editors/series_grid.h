@@ -31,6 +31,7 @@ public:
   cell_value value(std::size_t row, std::size_t column) const override;
   void set_value(std::size_t row, std::size_t column, const cell_value& value) override;
   cell_mark mark(std::size_t row, std::size_t column) const override;
+  std::string tool_tip(std::size_t row, std::size_t column) const override;
   bool has_free_rows() const override { return series() != nullptr; }
   void insert_row(std::size_t row) override;
   void erase_rows(std::size_t first, std::size_t count) override;

@@ -9,10 +9,16 @@ void TSetSeedDateForm::FormShow() {
   StartTimeField.load(data->seed_time);
 }
 
+std::string TSetSeedDateForm::message() const {
+  for (const entry_field* field : {&StartDateField, &StartTimeField})
+    if (!field->refusal().empty()) return field->label + ": " + field->refusal() + ".";
+  return {};
+}
+
 bool TSetSeedDateForm::FormCloseQuery(bool by_ok) {
   prevesk_dataset_data_type* data = host_.data_set();
   if (!by_ok || !data) return true;
-  if (!StartDateField.refusal().empty() || !StartTimeField.refusal().empty()) return false;
+  if (!message().empty()) return false;
   data->seed_date = StartDateField.value();
   data->seed_time = StartTimeField.value();
   return true;

@@ -1,5 +1,7 @@
 #include "editors/system_form.h"
 
+#include <algorithm>
+
 namespace vesk {
 
 namespace {
@@ -44,8 +46,10 @@ TSystemForm::TSystemForm(editor_host& host)
 
 // The column behaves like radio buttons: a click on the chosen system leaves it chosen.
 void TSystemForm::choose_mass_balance_system(std::size_t row) {
-  host().begin_step(caption() + ": Mass balance", {});
   shared_list<system_data_type>& systems = host().data_set()->systems;
+  const auto has_it = [](const system_data_type& system) { return system.jmass; };
+  if (systems[row].jmass && std::ranges::count_if(systems, has_it) == 1) return;
+  host().begin_step(caption() + ": Mass balance", {});
   for (std::size_t i = 0; i < systems.size(); ++i)
     if (systems[i].jmass != (i == row)) systems.edit(i).jmass = i == row;
   host().end_step(true);

@@ -6,13 +6,15 @@ namespace vesk {
 
 namespace {
 
+enum : std::size_t { used_column = 1 };
+
 using function = time_function_data_type;
 
 std::vector<record_column<function>> columns() {
   return {
       {.header = "Time Function", .type = text_cell(), .field = &function::description, .tool_tip = description_tip},
       {.header = "Used", .type = check_cell(), .field = &function::used},
-      {.header = "Interpolation", .type = combo_cell({"Linear", "Step"}), .field = &function::interpolation_type},
+      {.header = "Interpolation", .type = combo_cell({"Linear", "Step"}, 1), .field = &function::interpolation_type},
   };
 }
 
@@ -23,9 +25,13 @@ TTimeFunctionsForm::TTimeFunctionsForm(editor_host& host)
       points_(host, "TimeFunctionsBasicSimpleField"), list_(add_panel("TheFillCalcTable", functions_, 0)),
       detail_(add_panel("TFFillCalcTable", points_, series_buttons, &points_)) {
   list_.empty_hint = "The model has no time functions.";
-  list_.table.OnEnteringRow = [this](std::size_t row) { show_series(row); };
+  list_.table.OnEnteringRow = [this](std::size_t row) { enter_row(row); };
   list_.table.OnDoneEdit = [this](std::size_t) { show_series(list_.table.active_row()); };
   detail_.graph_label = [this] { return description(); };
+  functions_.mark_of = [this](const function& one, std::size_t column) -> cell_mark {
+    if (column != used_column || !one.used || !this->host().data_set()) return {};
+    return {used_series_finding(*this->host().data_set(), one)};
+  };
 }
 
 std::string TTimeFunctionsForm::description() const {
@@ -37,6 +43,19 @@ std::string TTimeFunctionsForm::description() const {
 void TTimeFunctionsForm::take_content() {
   list_.table.show(functions_);
   show_series(list_.table.active_row());
+}
+
+void TTimeFunctionsForm::FormShow() {
+  detail_.table.set_active(0, detail_.table.active_column());
+  editor::FormShow();
+}
+
+// Another series would take the refused entry's place.
+void TTimeFunctionsForm::enter_row(std::size_t row) {
+  if (!detail_.table.refused()) return show_series(row);
+  if (points_.ref()->index == row) return;
+  list_.table.set_active(points_.ref()->index, list_.table.active_column());
+  may_go_on();
 }
 
 void TTimeFunctionsForm::show_series(std::size_t row) {

@@ -12,12 +12,14 @@ public:
 
   std::string_view class_name() const override { return "TTimeFunctionsForm"; }
   std::string caption() const override { return "Time Functions"; }
+  void FormShow() override; // the series begins at its first row
 
 protected:
   void take_content() override;
   std::string find_refusal() override;
 
 private:
+  void enter_row(std::size_t row); // unless an entry of the series is refused
   void show_series(std::size_t row);
   std::string description() const; // of the active function
 

@@ -267,7 +267,7 @@ void editor_window::series_changed() {
   }
 }
 
-void editor_window::go_to_refused_entry(editor_panel& panel) {
+void editor_window::go_to_panel(editor_panel& panel) {
   widgets_of(panel).grid->setFocus();
 }
 

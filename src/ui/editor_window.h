@@ -31,7 +31,7 @@ public:
   // editor_view
   void texts_changed() override;
   void series_changed() override;
-  void go_to_refused_entry(editor_panel& panel) override;
+  void go_to_panel(editor_panel& panel) override;
 
 protected:
   void showEvent(QShowEvent* event) override;

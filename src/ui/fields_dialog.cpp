@@ -7,20 +7,23 @@
 
 #include <QDialogButtonBox>
 #include <QFormLayout>
+#include <QGroupBox>
 #include <QLabel>
 #include <QVBoxLayout>
 
 namespace vesk {
 
-fields_dialog::fields_dialog(QWidget* parent, form& shown_form, std::span<entry_field* const> fields,
-                             std::string_view explanation, std::function<std::string()> message)
+fields_dialog::fields_dialog(QWidget* parent, form& shown_form, std::string_view group,
+                             std::span<entry_field* const> fields, std::string_view explanation,
+                             std::function<std::string()> message)
     : QDialog(parent), form_(shown_form), message_label_(new QLabel), message_(std::move(message)) {
   setObjectName(shown(form_.class_name().substr(1)));
   setWindowTitle(shown(form_.caption()));
   auto* text = new QLabel(shown(explanation));
   text->setTextFormat(Qt::PlainText);
   text->setWordWrap(true);
-  auto* rows = new QFormLayout;
+  QWidget* around = group.empty() ? new QWidget : new QGroupBox(shown(group));
+  auto* rows = new QFormLayout(around);
   for (entry_field* field : fields) {
     auto* edit = new entry_edit(*field);
     rows->addRow("&" + shown(field->label) + ":", edit);
@@ -34,7 +37,7 @@ fields_dialog::fields_dialog(QWidget* parent, form& shown_form, std::span<entry_
   connect(box, &QDialogButtonBox::rejected, this, &QDialog::reject);
   auto* column = new QVBoxLayout(this);
   column->addWidget(text);
-  column->addLayout(rows);
+  column->addWidget(around);
   column->addWidget(message_label_);
   column->addWidget(box);
   setMinimumWidth(scaled(380, *this));

@@ -18,9 +18,9 @@ class entry_edit;
 
 class fields_dialog final : public QDialog {
 public:
-  // `message` says what is wrong with the entries together; it may be empty.
-  fields_dialog(QWidget* parent, form& shown_form, std::span<entry_field* const> fields, std::string_view explanation,
-                std::function<std::string()> message);
+  // `group` is the caption of a box around the fields; empty: none. `message` says what is wrong with the entries.
+  fields_dialog(QWidget* parent, form& shown_form, std::string_view group, std::span<entry_field* const> fields,
+                std::string_view explanation, std::function<std::string()> message);
 
   void done(int result) override;
 

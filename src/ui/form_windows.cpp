@@ -32,12 +32,14 @@ form_windows::window form_windows::make(form& wanted) {
   if (auto* expression = dynamic_cast<TFillCalculateForm*>(&wanted))
     return {new fill_calculate_dialog(&parent_, *expression), {}};
   if (auto* times = dynamic_cast<TRegularTimesForm*>(&wanted))
-    return {new fields_dialog(&parent_, *times, times->entry_fields(), TRegularTimesForm::explanation,
+    return {new fields_dialog(&parent_, *times, {}, times->entry_fields(), TRegularTimesForm::explanation,
                               [times] { return times->message(); }),
             {}};
   if (auto* seed = dynamic_cast<TSetSeedDateForm*>(&wanted)) {
     entry_field* const fields[] = {&seed->StartDateField, &seed->StartTimeField};
-    return {new fields_dialog(&parent_, *seed, fields, TSetSeedDateForm::explanation, {}), {}};
+    return {new fields_dialog(&parent_, *seed, TSetSeedDateForm::group_caption, fields, TSetSeedDateForm::explanation,
+                              [seed] { return seed->message(); }),
+            {}};
   }
   if (auto* preferences = dynamic_cast<TPreferenceConfigurationForm*>(&wanted))
     return {new preferences_dialog(&parent_, *preferences), {}};

@@ -32,6 +32,7 @@ TEST(Cell, ReadsDates) {
        {"", "x", "2012", "1/1", "1/1/201", "2012-1", "1/1/2012x", "111/1/2012", "0/1/2012", "1/1/0000"})
     EXPECT_EQ(read(date, text).substr(0, 8), "refused:") << text;
   EXPECT_EQ(cell_text(date, 150000.0), "09/08/2010");
+  EXPECT_EQ(cell_text(date, 1e9), "year 28979"); // of a damaged file
 }
 
 TEST(Cell, ReadsTimes) {
@@ -39,6 +40,7 @@ TEST(Cell, ReadsTimes) {
   EXPECT_EQ(read(time_of_day, "23:59:59"), "23:59:59");
   EXPECT_EQ(cell_text(time_of_day, 25500.0), "07:05");
   EXPECT_EQ(cell_text(time_of_day, 25501.0), "07:05:01");
+  EXPECT_EQ(cell_text(time_of_day, std::nan("")), "00:00");
   for (const auto* text : {"24:00", "12:60", "12", "12:", "12:00:61", "12:00 pm", "-1:00"})
     EXPECT_EQ(read(time_of_day, text).substr(0, 8), "refused:") << text;
 }
@@ -71,6 +73,7 @@ TEST(Cell, ReadsItemsFlagsAndTexts) {
   EXPECT_EQ(read(choice, "sTEP"), "Step");
   EXPECT_EQ(read(choice, "1"), "refused: \"1\" is not in the list");
   EXPECT_EQ(cell_text(choice, 7.0), ""); // a stored position without an item
+  EXPECT_EQ(cell_text(combo_cell({"Linear", "Step"}, 1), 7.0), "Step");
   EXPECT_EQ(read(check_cell(), "YES"), "1");
   EXPECT_EQ(read(check_cell(), "false"), "0");
   EXPECT_EQ(read(check_cell(), "2").substr(0, 8), "refused:");

@@ -47,6 +47,10 @@ TEST_F(FillCalcTable, KeepsARefusedEntryUntilItIsCorrected) {
   EXPECT_EQ(table.text(1, 2), "1,5");
   EXPECT_EQ(table.tool_tip(1, 2), "Not accepted: \"1,5\" has a comma; the decimal sign is the point.");
   EXPECT_FALSE(table.enter(0, 2, "9")); // another cell waits
+  table.OnClick = [](std::size_t, std::size_t) { ADD_FAILURE(); };
+  table.click(0, 5);
+  table.set_active(2, 2);
+  EXPECT_FALSE(table.extend_on_down(move_command::down));
   EXPECT_EQ(content.writes, 0);
   EXPECT_TRUE(table.enter(1, 2, "1.5"));
   EXPECT_EQ(content.rows[1][2], cell_value(1.5));
@@ -91,6 +95,16 @@ TEST_F(FillCalcTable, CopiesExactValues) {
   EXPECT_EQ(text, "2011-12-31\t00:00:00\t1.005\n2012-01-01\t00:01:00\t2\n");
   EXPECT_EQ(table.do_copy(true).substr(0, 16), "Date\tTime\tValue\n");
   EXPECT_EQ(table.do_paste(text).refusal, "");
+  EXPECT_EQ(content.writes, 0);
+  content.rows[0][3] = std::string("\"5 m\" pond\tof Wörth");
+  content.rows[1][3] = std::string("\"quoted\"");
+  content.rows[2][3] = std::string(200, 'x'); // more than can be typed
+  content.rows[2][4] = 7.0;                   // no item
+  table.set_selection(cell_range{0, 3, 2, 4});
+  EXPECT_EQ(table.do_copy().substr(0, 31), "\"\"\"5 m\"\" pond\tof Wörth\"\tLinear");
+  EXPECT_EQ(
+      table.do_paste("\"\"\"5 m\"\" pond\tof Wörth\"\tLinear\n\"\"\"quoted\"\"\"\n" + std::string(200, 'x')).refusal,
+      "");
   EXPECT_EQ(content.writes, 0);
 }
 
@@ -161,6 +175,9 @@ TEST_F(FillCalcTable, GoesToTheNextMark) {
   content.marked = "b";
   EXPECT_TRUE(table.go_to_next_mark());
   EXPECT_EQ(table.active_row(), 1U);
+  table.set_active(2, 0);
+  EXPECT_FALSE(table.go_to_next_mark());
+  EXPECT_TRUE(table.go_to_next_mark(true));
 }
 
 TEST(Expression, RefusesWhatItCannotCompute) {

@@ -120,6 +120,9 @@ TEST_F(GraphForm, BoundsOfFewOrUndrawnValues) {
   TGraphForm holes;
   holes.add_series(series({0, 1, 2, 3}, {hole_value, std::nan(""), 5, 7}));
   EXPECT_DOUBLE_EQ(holes.bounds().first_maximum, 7.1);
+  TGraphForm wide;
+  wide.add_series(series({0, 1}, {-9e307, 9e307}));
+  EXPECT_TRUE(std::isfinite(wide.bounds().first_maximum));
   auto plain = series({1, 2}, {0, 0});
   plain->not_a_date_axis = 1;
   TGraphForm numbers;
@@ -141,6 +144,27 @@ TEST_F(GraphForm, ALiveChartKeepsItsZoom) {
   drag(left, 0, 50, 500, 50);
   graph.replace_series(series({day_of_1_october_2012, day_of_1_october_2012 + 80}, {0, 9}));
   EXPECT_DOUBLE_EQ(end(), 25);
+  graph.unzoom_by_one_level(); // to all of the new points
+  EXPECT_DOUBLE_EQ(end(), 80);
+  drag(left, 0, 50, 500, 50);
+  auto another = series({day_of_1_october_2012 + 200, day_of_1_october_2012 + 300}, {0, 9});
+  another->label = "Light";
+  graph.replace_series(std::move(another));
+  EXPECT_DOUBLE_EQ(begin(), 200);
+  EXPECT_EQ(graph.zoom_levels(), 0U);
+}
+
+TEST_F(GraphForm, ZoomsInFromTheKeyboard) {
+  graph.zoom_in_time();
+  EXPECT_DOUBLE_EQ(begin(), 25);
+  EXPECT_DOUBLE_EQ(end(), 75);
+  graph.zoom_in_value();
+  EXPECT_DOUBLE_EQ(graph.bounds().first_minimum, 2.25);
+  EXPECT_DOUBLE_EQ(graph.bounds().second_maximum, 7.75);
+  graph.unzoom_by_one_level();
+  EXPECT_DOUBLE_EQ(graph.bounds().first_maximum, 10.5);
+  for (int i = 0; i < 100; ++i) graph.zoom_in_time();
+  EXPECT_LT(begin(), end());
 }
 
 } // namespace

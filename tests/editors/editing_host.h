@@ -18,7 +18,8 @@ namespace vesk {
 class editing_host final : public editor_host, public user_questions {
 public:
   prevesk_dataset_data_type data;
-  std::vector<std::string> boxes; // "title: text", as they were shown
+  std::vector<std::string> boxes;      // "title: text", as they were shown
+  std::vector<std::string> merge_keys; // of all steps
   std::string clipboard;
   std::optional<std::string> expression; // typed into Fill/Calc; nothing: cancelled
   std::vector<std::shared_ptr<TGraphForm>> graphs;
@@ -35,7 +36,10 @@ public:
   std::string number_format(std::string_view setting) const override {
     return setting.ends_with("SimpleField") ? "E" : "#######.####";
   }
-  void begin_step(const std::string& label, const std::string&) override { steps_.emplace_back(label, data); }
+  void begin_step(const std::string& label, const std::string& merge_key) override {
+    steps_.emplace_back(label, data);
+    merge_keys.push_back(merge_key);
+  }
   void end_step(bool completed) override {
     if (completed) return;
     data = steps_.back().second;

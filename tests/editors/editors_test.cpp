@@ -85,6 +85,7 @@ TEST_F(Editors, ASeriesIsTypedSortedAndChecked) {
   editor_panel& panel = *form.panels()[0];
   EXPECT_EQ(print(table), "10/01/2012|00:00|1.0000\n10/06/2012|00:00|0.2500\n");
   EXPECT_EQ(form.status(panel), "2 points, 1 Oct 2012 to 6 Oct 2012, minimum 0.25, mean 0.625, maximum 1");
+  EXPECT_EQ(table.tool_tip(0, 2), "In days. \"30 s\", \"5 min\", \"6 h\" and \"1 d\" are taken as well.");
 
   table.set_active(1, 0);
   EXPECT_TRUE(table.extend_on_down(move_command::down)); // at the seed, so first after its edit
@@ -98,7 +99,7 @@ TEST_F(Editors, ASeriesIsTypedSortedAndChecked) {
   table.enter(1, 0, "2012-10-02");
   EXPECT_TRUE(form.FormCloseQuery(true));
   table.enter(1, 2, "0");
-  EXPECT_EQ(table.tool_tip(1, 2), "The bundled engine refuses an interval of 0 or less.");
+  EXPECT_THAT(table.tool_tip(1, 2), HasSubstr("The bundled engine refuses an interval of 0 or less."));
   form.GraphButtonClick(panel);
   ASSERT_EQ(host.graphs.size(), 1U);
   EXPECT_EQ(host.graphs[0]->series()[0]->label, "Print Interval");
@@ -113,6 +114,9 @@ TEST_F(Editors, DeletingTheOnlyPointLeavesABlankRow) {
   form.DeleteRowButtonClick(panel);
   EXPECT_EQ(print(table), "||\n");
   EXPECT_FALSE(table.extend_on_down(move_command::down));
+  host.clipboard = "kept";
+  form.CopyButtonClick(panel);
+  EXPECT_EQ(host.clipboard, "kept");
   form.GraphButtonClick(panel);
   EXPECT_EQ(form.message(), "There is nothing to draw.");
   EXPECT_THAT(form.status(panel), HasSubstr("This series is used, but it has no points."));
@@ -249,6 +253,89 @@ TEST_F(Editors, TimeFunctionsShowTheSeriesOfTheActiveRow) {
   form.InsertRowButtonClick(*form.panels()[1]); // nothing to insert into
 }
 
+// Only cells typed into one series become one step.
+TEST_F(Editors, StepsThatMayMerge) {
+  const auto key = [this] { return host.merge_keys.empty() ? "" : host.merge_keys.back(); };
+  const time_function_data_type light = host.data.time_functions[0];
+  host.data.time_functions.edit(1) = light; // of the same name
+  TTimeFunctionsForm functions(host);
+  TFillCalcTable& list = shown(functions);
+  TFillCalcTable& detail = functions.panels()[1]->table;
+  detail.enter(0, 2, "1");
+  const std::string first = key();
+  EXPECT_NE(first, "");
+  detail.enter(1, 2, "1");
+  EXPECT_EQ(key(), first);
+  list.set_active(1, 0);
+  detail.enter(0, 2, "1");
+  EXPECT_NE(key(), first);
+  list.click(1, 1);
+  EXPECT_EQ(key(), "");
+  detail.insert_row_at_active();
+  EXPECT_EQ(key(), "");
+}
+
+TEST_F(Editors, ARefusedEntryIsNotDroppedByLookingElsewhere) {
+  TTimeFunctionsForm functions(host);
+  TFillCalcTable& list = shown(functions);
+  TFillCalcTable& detail = functions.panels()[1]->table;
+  EXPECT_FALSE(detail.enter(0, 2, "1,5"));
+  list.set_active(1, 1);
+  EXPECT_EQ(list.active_row(), 0U);
+  EXPECT_EQ(detail.text(0, 2), "1,5");
+  detail.give_up_refused();
+  list.set_active(1, 1);
+  EXPECT_EQ(functions.panels()[1]->label, "Time/value pairs for Wind");
+  TConstantsForm constants(host);
+  TFillCalcTable& table = shown(constants);
+  EXPECT_FALSE(table.enter(0, 2, "1,5"));
+  constants.ChoiceChange(1);
+  EXPECT_EQ(constants.choice()->position, 0U);
+  EXPECT_EQ(table.text(0, 2), "1,5");
+}
+
+TEST_F(Editors, TheNextMarkIsLookedForInAllGrids) {
+  host.data.time_functions.edit(0).points.edit(1).value = std::nan("");
+  TTimeFunctionsForm form(host);
+  TFillCalcTable& list = shown(form);
+  TFillCalcTable& detail = form.panels()[1]->table;
+  EXPECT_EQ(list.tool_tip(0, 1), "");
+  EXPECT_EQ(list.tool_tip(1, 1), "This series is used, but it has no points.");
+  form.go_to_next_mark(); // in the list
+  EXPECT_EQ(list.active_row(), 1U);
+  list.set_active(0, 2);
+  detail.set_active(0, 0);
+  form.go_to_next_mark(); // again the list's
+  list.set_active(0, 0);
+  list.click(1, 1); // no longer used
+  form.go_to_next_mark();
+  EXPECT_EQ(detail.active_row(), 1U);
+  form.FormShow(); // the series begins at its first row
+  EXPECT_EQ(detail.active_row(), 0U);
+  form.go_to_next_mark();
+  form.go_to_next_mark(); // round and back
+  EXPECT_EQ(detail.active_row(), 1U);
+  EXPECT_EQ(form.message(), "");
+}
+
+// Texts and positions that a file may hold although nobody can type them.
+TEST_F(Editors, StoredValuesSurviveCopyAndPaste) {
+  host.data.time_functions.edit(1).description = "W\xF6rth \"north\""; // Windows-1252
+  host.data.time_functions.edit(1).interpolation_type = 2;
+  TTimeFunctionsForm form(host);
+  TFillCalcTable& list = shown(form);
+  EXPECT_EQ(list.text(1, 2), "Step");
+  const prevesk_dataset_data_type before = host.data;
+  list.set_selection(cell_range{0, 0, 1, 2});
+  form.CopyButtonClick(*form.panels()[0]);
+  EXPECT_EQ(host.clipboard, "Light\t1\tLinear\nWörth \"north\"\t1\tStep\n");
+  form.PasteButtonClick(*form.panels()[0]);
+  EXPECT_EQ(host.data, before);
+  host.data.constant_groups.edit(0).constants.edit(0).value = std::nan("");
+  TConstantsForm constants(host);
+  EXPECT_THAT(shown(constants).tool_tip(0, 2), HasSubstr("The value is not a finite number."));
+}
+
 TEST_F(Editors, OneSystemHasTheMassBalance) {
   TSystemForm form(host);
   TFillCalcTable& table = shown(form);
@@ -256,8 +343,10 @@ TEST_F(Editors, OneSystemHasTheMassBalance) {
   table.click(1, 3);
   EXPECT_FALSE(host.data.systems[0].jmass);
   EXPECT_TRUE(host.data.systems[1].jmass);
+  const std::size_t steps = host.merge_keys.size();
   table.click(1, 3);
   EXPECT_TRUE(host.data.systems[1].jmass);
+  EXPECT_EQ(host.merge_keys.size(), steps); // nothing to undo
   table.set_selection(cell_range{0, 3, 1, 3});
   EXPECT_EQ(table.do_paste("1\n0\n").refusal, "");
   EXPECT_EQ(table.calculate_selection("1"), "The selected cells cannot be changed.");
