@@ -76,8 +76,9 @@ std::size_t date_and_time_split(std::string_view field) {
 // Reads pasted lines into the values of cells; the first field that a cell refuses ends it.
 class paste_reader {
 public:
-  paste_reader(std::span<const grid_column> columns, const pasted_text& lines) : columns_(columns), lines_(lines) {
-    values.reserve(lines.line_count() * std::min(lines.field_count(0), columns.size()));
+  paste_reader(const grid& content, const pasted_text& lines)
+      : content_(content), columns_(content.columns()), lines_(lines) {
+    values.reserve(lines.line_count() * std::min(lines.field_count(0), columns_.size()));
   }
 
   std::vector<placed_value> values;
@@ -105,9 +106,19 @@ public:
 private:
   std::string take(std::string_view field, std::size_t row, std::size_t column) {
     cell_entry entry = read_entry(columns_[column].type, field);
-    if (entry.accepted())
+    if (entry.accepted() && !stays(field, entry.value, row, column))
       values.push_back({static_cast<std::uint32_t>(row), static_cast<std::uint32_t>(column), std::move(entry.value)});
     return entry.refusal;
+  }
+  // The field is what the cell holds or shows, which may be rounded; a stored text may be longer than what can be
+  // typed.
+  bool stays(std::string_view field, const cell_value& value, std::size_t row, std::size_t column) const {
+    const cell_value present = content_.value(row, column);
+    if (present == value) return true;
+    if (std::holds_alternative<std::monostate>(present)) return false;
+    const cell_type& type = columns_[column].type;
+    if (const auto* text = std::get_if<std::string>(&present)) return read_entry(type, *text).value == value;
+    return without_blanks(field) == cell_text(type, present);
   }
   bool holds_date_and_time(std::string_view field, std::size_t column) const {
     return column + 1 < columns_.size() && columns_[column].type.kind == cell_kind::date &&
@@ -121,6 +132,7 @@ private:
     return reason.empty() ? take(field.substr(split + 1), row, column + 1) : reason;
   }
 
+  const grid& content_;
   std::span<const grid_column> columns_;
   const pasted_text& lines_;
 };
@@ -140,7 +152,7 @@ TFillCalcTable::paste_outcome TFillCalcTable::do_paste(std::string_view text) {
     return paste_outcome::refused("The clipboard has " + plural(lines.line_count(), "line") + ", but only " +
                                   plural(present - top, "row") + (present - top == 1 ? " is" : " are") +
                                   " left from row " + std::to_string(top + 1) + " on.");
-  paste_reader reader(content_->columns(), lines);
+  paste_reader reader(*content_, lines);
   for (std::size_t line = 0; line < lines.line_count(); ++line)
     if (!reader.read_line(line, top + line, selection().left)) return paste_outcome::refused(reader.refusal);
 
@@ -151,26 +163,10 @@ TFillCalcTable::paste_outcome TFillCalcTable::do_paste(std::string_view text) {
     display_rows(false);
     if (OnRowsChanged) OnRowsChanged();
   }
-  for (const placed_value& cell : reader.values) write_cell(cell.row, cell.column, cell.value);
+  for (const placed_value& cell : reader.values) content_->set_value(cell.row, cell.column, cell.value);
   if (view_) view_->rows_changed();
   one.complete();
   return {{}, top, lines.line_count()};
-}
-
-// A value that the cell already shows in this form stays as it is: what is shown may be rounded, and a stored text may
-// be longer than what can be typed.
-void TFillCalcTable::write_cell(std::size_t row, std::size_t column, const cell_value& value) {
-  const cell_value present = content_->value(row, column);
-  if (present == value || std::holds_alternative<std::monostate>(present)) return;
-  const cell_type& type = content_->columns()[column].type;
-  if (type.kind == cell_kind::number && std::holds_alternative<double>(value)) {
-    const cell_entry shown = read_entry(number_cell({}), cell_text(type, present));
-    if (shown.accepted() && shown.value == value) return;
-  }
-  if (type.kind == cell_kind::text && read_entry(type, std::get<std::string>(present)).value == value) return;
-  const bool has_no_item = type.kind == cell_kind::combo && number(present) >= static_cast<double>(type.items->size());
-  if (has_no_item && cell_text(type, present) == cell_text(type, value)) return;
-  content_->set_value(row, column, value);
 }
 
 namespace {

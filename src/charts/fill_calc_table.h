@@ -119,7 +119,6 @@ public:
 private:
   class change;
 
-  void write_cell(std::size_t row, std::size_t column, const cell_value& value);
   void rows_changed(bool repaint);
   bool takes_blocks(std::size_t column) const;
 

@@ -109,6 +109,12 @@ TEST_F(FillCalcTable, CopiesExactValues) {
 }
 
 TEST_F(FillCalcTable, PastesAllOrNothing) {
+  table.set_active(0, 2);
+  EXPECT_EQ(table.do_paste("1.00").refusal, ""); // as shown
+  EXPECT_EQ(content.rows[0][2], cell_value(1.005));
+  EXPECT_EQ(table.do_paste("1").refusal, "");
+  EXPECT_EQ(content.rows[0][2], cell_value(1.0));
+  log.clear();
   table.set_active(1, 2);
   EXPECT_EQ(table.do_paste("5\td\r\n6\r\n7\te\n").refusal, "");
   EXPECT_EQ(print(table), "12/31/2011|00:00|1.00|a|Linear|0|7\n"
