@@ -98,6 +98,7 @@ configuration::configuration(const std::filesystem::path& file, access granted)
     : registry_configuration("TALMO", "VESK", "7.0", file), access_(granted) {
   each_value(*this, [this](std::string_view name, auto& member) { read(name, member); });
   read("UndoMegabytes", UndoMegabytes);
+  undo_megabytes_as_read_ = UndoMegabytes;
   read("DatabaseDir", DatabaseDir);
   as_read_ = all_values();
   as_read_.back().second = DatabaseDir; // earlier versions stored the default folder's path
@@ -124,6 +125,9 @@ void configuration::save_all() {
   if (access_ == access::read_only) return;
   values now = all_values();
   save(now, as_read_);
+  if (UndoMegabytes != undo_megabytes_as_read_)
+    save({{"UndoMegabytes", text_of(UndoMegabytes)}}, {{"UndoMegabytes", text_of(undo_megabytes_as_read_)}});
+  undo_megabytes_as_read_ = UndoMegabytes;
   as_read_ = std::move(now);
 }
 

@@ -75,7 +75,7 @@ public:
   int MainFormHeight = 0;
   int MainFormWindowState = 0; // 0 normal, 1 minimised, 2 maximised
   bool RunTimeGridAlwaysVisible = false;
-  int UndoMegabytes = 0; // memory for the steps of Undo; 0: as much as suits the machine. Read, never written.
+  int UndoMegabytes = 0; // memory for the steps of Undo; 0: as much as suits the machine. Saved once it was changed.
 
   // The entry pictures of the grids' fields: "#" a digit, "E" a position in exponent style.
   std::string EditProjectBasicNumericField = "#######.###";
@@ -115,6 +115,7 @@ private:
 
   const access access_;
   values as_read_;
+  int undo_megabytes_as_read_ = 0;
 };
 
 } // namespace vesk

@@ -15,6 +15,11 @@ std::size_t history::default_limit() {
   return static_cast<std::size_t>(memory == 0 ? most : std::min(most, memory / 8));
 }
 
+void history::set_limit(std::size_t limit) {
+  limit_ = limit;
+  drop_beyond_limit();
+}
+
 void history::add(document before, std::string label, const prevesk_dataset_data_type& now,
                   const std::string& merge_key, clock::time_point when) {
   redo_.clear();

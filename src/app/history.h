@@ -34,6 +34,8 @@ public:
   // `limit`: bytes of all steps together. The oldest are dropped beyond it, but never the newest.
   explicit history(std::size_t limit = default_limit()) : limit_(limit) {}
 
+  void set_limit(std::size_t limit); // and drops what is beyond it
+
   // Adds a step: the operation `label` ("Open river.vki") has made `now` out of `before`. What could be redone until
   // now is dropped. A step that follows another one under the same `merge_key` within two seconds joins it; an empty
   // key never does.

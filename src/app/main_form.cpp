@@ -16,15 +16,23 @@ std::string with_separator(const fs::path& folder) {
   return (folder / "").string();
 }
 
+std::size_t undo_limit(int megabytes) {
+  return megabytes > 0 ? static_cast<std::size_t>(megabytes) * 1'000'000 : history::default_limit();
+}
+
 } // namespace
+
+void TPreveskMainForm::set_undo_megabytes(int megabytes) {
+  settings.UndoMegabytes = megabytes;
+  documents_.steps().set_limit(undo_limit(megabytes));
+  update_menus();
+}
 
 TPreveskMainForm::TPreveskMainForm(user_interface& ui, const fs::path& settings_file,
                                    configuration::access settings_access)
     : ui_(ui), settings(settings_file, settings_access), catalogue(settings.DatabaseDir),
-      documents_(ui, *this, catalogue,
-                 settings.UndoMegabytes > 0 ? static_cast<std::size_t>(settings.UndoMegabytes) * 1'000'000
-                                            : history::default_limit()),
-      runs_(ui, *this, documents_, settings), outside_(ui) {
+      documents_(ui, *this, catalogue, undo_limit(settings.UndoMegabytes)), runs_(ui, *this, documents_, settings),
+      outside_(ui) {
   const fs::path data = user_data_directory(), documents = user_documents_directory();
   application_data_directory = data.empty() ? program_directory : with_separator(data);
   documents_directory = documents.empty() ? program_directory : with_separator(documents);

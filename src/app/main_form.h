@@ -203,6 +203,8 @@ public:
   void set_logging_enabled(bool enabled) override { runs_.set_logging_enabled(enabled); }
   int diagnostic_level() const override { return runs_.diagnostic_level(); }
   void set_diagnostic_level(int level) override { runs_.set_diagnostic_level(level); }
+  int undo_megabytes() const override { return settings.UndoMegabytes; } // main thread, as is the next
+  void set_undo_megabytes(int megabytes) override;
   void EnableloggingItemClick() { set_logging_enabled(true); }
   void EnabledebugmodeItemClick() { set_diagnostic_level(2); }
   void DictionaryItemClick(); // main thread

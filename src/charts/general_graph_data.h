@@ -17,6 +17,9 @@ struct general_graph_data {
   std::int32_t not_a_date_axis = 0; // 1 when `x` holds plain numbers
   std::string label;                // in the legend
   bool steps = false;               // each value holds until the next point
+  std::vector<std::size_t> rows;    // of each point, where it came from; empty: in the order of the rows
+
+  std::size_t row_of(std::size_t point) const { return rows.empty() ? point : rows[point]; }
 };
 
 } // namespace vesk

@@ -34,6 +34,7 @@ void sort_points(general_graph_data& data) {
   };
   data.x = reordered(data.x);
   data.y = reordered(data.y);
+  data.rows = std::move(order);
 }
 
 calendar_date date_at(double days) {

@@ -13,7 +13,7 @@ public:
   editor_choice* choice() override { return &ConstantGroupComboBox; }
   void ChoiceChange(std::size_t position) override;
 
-  editor_choice ConstantGroupComboBox{"ConstantGroupComboBox", "Constant Group", {}, 0};
+  editor_choice ConstantGroupComboBox{"ConstantGroupComboBox", "C&onstant Group", {}, 0};
 
 protected:
   void take_content() override;

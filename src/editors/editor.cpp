@@ -19,6 +19,11 @@ std::string merge_key(std::string_view class_name, const series_ref& ref) {
   return key;
 }
 
+std::string refusal_of_entry(const editor_panel& panel) {
+  const auto& refused = panel.table.refused();
+  return refused ? "Row " + std::to_string(refused->row + 1) + ": " + refused->reason + "." : std::string();
+}
+
 } // namespace
 
 editor::~editor() = default;
@@ -63,6 +68,7 @@ bool editor::FormCloseQuery(bool by_ok) {
 }
 
 void editor::data_set_replaced() {
+  if (!takes_step_) message_ = "A job has replaced the data set. Undo brings back what was here.";
   for (const auto& panel : panels_) panel->table.give_up_refused();
   take_content();
   refresh_series();
@@ -74,7 +80,6 @@ bool editor::may_go_on() {
   for (const auto& panel : panels_) {
     if (!panel->table.refused()) continue;
     panel->table.set_active(panel->table.refused()->row, panel->table.refused()->column);
-    set_message("Row " + std::to_string(panel->table.refused()->row + 1) + ": " + panel->table.refused()->reason + ".");
     if (view_) view_->go_to_panel(*panel);
     return false;
   }
@@ -238,16 +243,29 @@ void editor::go_to_next_mark() {
 }
 
 void editor::undo() {
-  if (may_go_on()) host_.undo();
+  take_step(&editor_host::undo);
 }
 
 void editor::redo() {
-  if (may_go_on()) host_.redo();
+  take_step(&editor_host::redo);
+}
+
+void editor::take_step(void (editor_host::*step)()) {
+  if (!may_go_on()) return;
+  takes_step_ = true;
+  try {
+    (host_.*step)();
+  } catch (...) {
+    takes_step_ = false;
+    throw;
+  }
+  takes_step_ = false;
 }
 
 // Texts.
 
 std::string editor::status(const editor_panel& panel) const {
+  if (panel.table.refused()) return refusal_of_entry(panel) + " Correct it, or press Escape for the old value.";
   if (panel.table.is_shown_as_empty() && !panel.empty_hint.empty()) return panel.empty_hint;
   if (!panel.series) return {};
   const bool block = !(panel.table.selection() == cell_range{panel.table.active_row(), panel.table.active_column(),

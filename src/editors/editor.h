@@ -49,7 +49,7 @@ struct editor_panel {
 
 // A combo box above the first grid, to choose what it shows.
 struct editor_choice {
-  std::string name, label; // of the control; beside it
+  std::string name, label; // of the control; beside it, with its mnemonic
   std::vector<std::string> items;
   std::size_t position = 0;
   bool is_visible = true;
@@ -185,6 +185,7 @@ protected:
 private:
   // Changes the points of the panel's series in one step.
   void edit_points(editor_panel& panel, const std::string& label, const std::function<void(point_list&)>& change);
+  void take_step(void (editor_host::*step)());
   void say(const std::string& title, const std::string& sentence);
 
   editor_host& host_;
@@ -192,6 +193,7 @@ private:
   editor_view* view_ = nullptr;
   std::string message_;
   std::size_t marked_panel_ = 0; // where F8 was last
+  bool takes_step_ = false;      // of Undo or Redo, which also replace the data set
   TRegularTimesForm regular_times_;
 };
 

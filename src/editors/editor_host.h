@@ -47,6 +47,10 @@ public:
   virtual int diagnostic_level() const = 0;
   virtual void set_diagnostic_level(int level) = 0;
 
+  // Memory for the steps of Undo, in millions of bytes; 0: as much as suits the machine.
+  virtual int undo_megabytes() const = 0;
+  virtual void set_undo_megabytes(int megabytes) = 0;
+
   // Jobs that a form may start. A job that ends replaces the data set, like all else that does.
   virtual void start_load_restart_file() = 0; // asks for the file
   virtual bool restart_file_is_loading() const = 0;

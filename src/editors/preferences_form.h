@@ -1,4 +1,4 @@
-// TPreferenceConfigurationForm: the two diagnostics switches.
+// TPreferenceConfigurationForm: the two diagnostics switches, and the memory for Undo.
 #pragma once
 
 #include "editors/editor_host.h"
@@ -12,16 +12,25 @@ public:
   static constexpr std::string_view diagnostics_caption = "Diagnostics";
   static constexpr std::string_view diagnostic_levels[] = {"None", "Moderate", "Full"};
 
+  static constexpr std::string_view undo_caption = "Undo";
+  static constexpr std::string_view undo_label = "Memory (MB):";
+  static constexpr std::string_view undo_automatic = "Automatic";
+  static constexpr std::string_view undo_hint = "How much memory the steps of Undo may take. Automatic is an eighth of "
+                                                "the machine's memory, at most 1000 MB. The "
+                                                "oldest steps are dropped first; the last one is always kept.";
+  static constexpr int most_undo_megabytes = 1'000'000;
+
   explicit TPreferenceConfigurationForm(editor_host& host) : host_(host) {}
 
   std::string_view class_name() const override { return "TPreferenceConfigurationForm"; }
   std::string caption() const override { return "Preferences"; }
   void FormShow() override;
-  bool FormCloseQuery(bool by_ok) override; // OK gives both switches back
+  bool FormCloseQuery(bool by_ok) override; // OK gives all of them back
 
   // What the controls show; the window keeps them up to date.
   bool LoggingEnabledCheckBox = false;
   int DiagnosticLevelComboBox = 0; // position in diagnostic_levels; -1: none of them
+  int UndoMegabytesEdit = 0;       // 0: automatic
 
 private:
   editor_host& host_;

@@ -95,8 +95,23 @@ bool cell_delegate::editorEvent(QEvent* event, QAbstractItemModel* model, const 
   return (space || click) && model->setData(index, {}, Qt::CheckStateRole);
 }
 
+namespace {
+
+// Undo and Redo belong to what is typed as long as there is some of it, then to the dialog.
+bool is_for_the_dialog(const QLineEdit& line, QKeyEvent& keys) {
+  return (keys.matches(QKeySequence::Undo) && !line.isUndoAvailable()) ||
+         (keys.matches(QKeySequence::Redo) && !line.isRedoAvailable());
+}
+
+} // namespace
+
 // The wheel belongs to the grid unless the combo's list is open.
 bool cell_delegate::eventFilter(QObject* editor, QEvent* event) {
+  if (const auto* line = qobject_cast<QLineEdit*>(editor); line && event->type() == QEvent::ShortcutOverride)
+    if (is_for_the_dialog(*line, *static_cast<QKeyEvent*>(event))) {
+      event->ignore();
+      return true;
+    }
   if (event->type() == QEvent::Wheel && qobject_cast<QComboBox*>(editor)) {
     event->ignore();
     return true;

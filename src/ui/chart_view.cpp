@@ -1,12 +1,14 @@
 #undef QT_NO_FOREACH // the chart library's header uses it
 #include "ui/chart_view.h"
 
+#include "ui/measures.h"
 #include "ui/texts.h"
 
 #include <QMouseEvent>
 #include <QSaveFile>
 #include <QSvgGenerator>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <qcustomplot.h>
@@ -18,12 +20,21 @@ namespace {
 constexpr double seconds_in_a_day = 86400;
 constexpr double click_reach = 8; // pixels around a point
 constexpr int shown_points = 400; // with fewer in sight each is drawn as a dot
+constexpr std::string_view zoom_hint =
+    "Drag with the left button to zoom in time, with the right button to zoom in value. "
+    "Double-click to see all.";
+constexpr int tick_width = 75, tick_height = 45; // pixels that a label on an axis has for itself
 
 const QColor series_colours[] = {QColor(0x1F, 0x4E, 0x9E), QColor(0xB0, 0x30, 0x20), QColor(0x20, 0x7A, 0x3C),
                                  QColor(0x7A, 0x30, 0x90), QColor(0x90, 0x60, 0x10)};
 
 double drawn_value(double y) {
   return std::isfinite(y) && std::abs(y) < hole_value ? y : std::numeric_limits<double>::quiet_NaN();
+}
+
+QString x_text(const TGraphForm& graph, double x, const char* format) {
+  if (!graph.date_axis()) return QString::number(x, 'g', QLocale::FloatingPointShortest);
+  return QDateTime::fromMSecsSinceEpoch(std::llround(x * seconds_in_a_day) * 1000, Qt::UTC).toString(format);
 }
 
 QFont font_of(int points) {
@@ -34,21 +45,29 @@ QFont font_of(int points) {
 
 } // namespace
 
-chart_view::chart_view(QWidget* parent) : QWidget(parent), plot_(new QCustomPlot(this)) {
+chart_view::chart_view(QWidget* parent, kind shown_as)
+    : QWidget(parent), kind_(shown_as), plot_(new QCustomPlot(this)) {
   setAccessibleName("Chart");
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
   layout->addWidget(plot_);
   plot_->setFocusPolicy(Qt::NoFocus);
+  plot_->setToolTip(shown(zoom_hint));
   plot_->setNoAntialiasingOnDrag(true);
   plot_->setNotAntialiasedElements(QCP::aeAll);
   plot_->setContextMenuPolicy(Qt::PreventContextMenu);
   plot_->plotLayout()->insertRow(0);
-  auto* header = new QCPTextElement(plot_, {}, font_of(12));
+  auto* header = new QCPTextElement(plot_, {}, font_of(kind_ == kind::window ? 12 : 10));
   header->setObjectName("header");
   plot_->plotLayout()->addElement(0, 0, header);
   for (QCPAxis* axis : {plot_->xAxis, plot_->yAxis}) axis->setTickLabelFont(font_of(8));
   plot_->legend->setFont(font_of(8));
+  if (kind_ == kind::window) { // above the plot, where it covers no point
+    plot_->plotLayout()->insertRow(1);
+    plot_->plotLayout()->addElement(1, 0, plot_->legend);
+    plot_->plotLayout()->setRowStretchFactor(1, 0.001);
+    plot_->legend->setFillOrder(QCPLegend::foColumnsFirst);
+  }
   band_ = new QCPItemRect(plot_);
   band_->setLayer("overlay");
   band_->setPen(QPen(Qt::black, 1));
@@ -62,6 +81,10 @@ chart_view::chart_view(QWidget* parent) : QWidget(parent), plot_(new QCustomPlot
       graph_->set_plot_rectangle(
           {double(area.left()), double(area.top()), double(area.right()), double(area.bottom())});
   });
+}
+
+QSize chart_view::sizeHint() const {
+  return {scaled(520, *this), scaled(300, *this)};
 }
 
 void chart_view::show_graph(TGraphForm* graph) {
@@ -112,14 +135,13 @@ void chart_view::take_series() {
     graph->data()->set(points, true);
   }
   if (graph_->date_axis()) {
-    const QSharedPointer<QCPAxisTickerDateTime> ticks(new QCPAxisTickerDateTime);
+    const QSharedPointer<QCPAxisTickerDateTime> ticks(new QCPAxisTickerDateTime); // its steps suit a calendar
     ticks->setDateTimeSpec(Qt::UTC);
     plot_->xAxis->setTicker(ticks);
   } else {
     plot_->xAxis->setTicker(QSharedPointer<QCPAxisTicker>(new QCPAxisTicker));
   }
-  plot_->legend->setVisible(!graph_->series().empty());
-  plot_->axisRect()->insetLayout()->setInsetAlignment(0, Qt::AlignTop | Qt::AlignRight);
+  plot_->legend->setVisible(kind_ == kind::window && !graph_->series().empty());
   QCPGraph* mark = plot_->addGraph();
   mark->removeFromLegend();
   mark->setLineStyle(QCPGraph::lsNone);
@@ -148,6 +170,7 @@ void chart_view::take_bounds() {
     const double days = bounds.x_maximum - bounds.x_minimum;
     ticks->setDateTimeFormat(days > 3 ? "d MMM\nyyyy" : "d MMM\nhh:mm");
   }
+  take_ticks();
   for (int i = 0; i + 1 < plot_->graphCount(); ++i) {
     const auto& points = *plot_->graph(i)->data();
     const QCPRange x = plot_->xAxis->range();
@@ -157,12 +180,20 @@ void chart_view::take_bounds() {
   }
 }
 
+// As many labels as there is room for, so that none lies over another.
+void chart_view::take_ticks() {
+  const QRect area = plot_->axisRect()->rect();
+  plot_->xAxis->ticker()->setTickCount(std::clamp(area.width() / scaled(tick_width, *this), 2, 10));
+  plot_->yAxis->ticker()->setTickCount(std::clamp(area.height() / scaled(tick_height, *this), 2, 10));
+}
+
 void chart_view::draw() {
   if (series_are_old_) take_series();
   if (graph_) {
     take_look();
     take_bounds();
-    static_cast<QCPTextElement*>(plot_->plotLayout()->element(0, 0))->setText(shown(graph_->header()));
+    static_cast<QCPTextElement*>(plot_->plotLayout()->element(0, 0))
+        ->setText(graph_->series().empty() ? QString("No points to draw") : shown(graph_->header()));
     setAccessibleDescription(shown(graph_->summary()));
     QVector<QCPGraphData> mark;
     const auto& series = graph_->series();
@@ -181,6 +212,12 @@ bool chart_view::eventFilter(QObject* watched, QEvent* event) {
 // The mouse zooms: left over time, right over values. A click without a drag chooses a point.
 bool chart_view::mouse(QEvent* event) {
   const bool press = event->type() == QEvent::MouseButtonPress, release = event->type() == QEvent::MouseButtonRelease;
+  if (event->type() == QEvent::MouseButtonDblClick) {
+    graph_->unzoom_completely();
+    emit bounds_moved();
+    schedule();
+    return true;
+  }
   if (!press && !release && event->type() != QEvent::MouseMove) return false;
   const auto* mouse = static_cast<QMouseEvent*>(event);
   const QPointF at = mouse->position();
@@ -202,6 +239,7 @@ bool chart_view::mouse(QEvent* event) {
     }
   } else {
     graph_->move(at.x(), at.y());
+    if (!graph_->zooming()) show_value_at(at);
   }
   const plot_rectangle& band = graph_->band();
   band_->topLeft->setCoords(band.left, band.top);
@@ -211,15 +249,25 @@ bool chart_view::mouse(QEvent* event) {
   return true;
 }
 
+void chart_view::show_value_at(const QPointF& at) {
+  const auto place = graph_->point_at(at.x(), at.y(), click_reach);
+  if (!place) return plot_->setToolTip(shown(zoom_hint));
+  const general_graph_data& series = *graph_->series()[place->series];
+  const QString y = QString::number(series.y[place->point], 'g', QLocale::FloatingPointShortest);
+  plot_->setToolTip(
+      tool_tip(shown(series.label) + "\n" + x_text(*graph_, series.x[place->point], "d MMM yyyy hh:mm") + ": " + y));
+}
+
 // As vectors, in the proportions of the target and with texts of the size they have on the screen.
-void chart_view::paint_on(QPaintDevice& device, const QRect& target) {
+bool chart_view::paint_on(QPaintDevice& device, const QRect& target) {
   QCPPainter painter;
-  if (!painter.begin(&device)) return;
+  if (!painter.begin(&device)) return false;
   painter.setMode(QCPPainter::pmVectorized);
   const double scale = static_cast<double>(target.width()) / plot_->width();
   painter.translate(target.topLeft());
   painter.scale(scale, scale);
   plot_->toPainter(&painter, plot_->width(), static_cast<int>(target.height() / scale));
+  return painter.end();
 }
 
 namespace {
@@ -232,11 +280,8 @@ bool save_values(const TGraphForm& graph, const QString& file_name) {
     QByteArray label = QByteArray::fromStdString(one->label);
     label = "\"" + label.replace("\"", "\"\"") + "\"";
     for (std::size_t i = 0; i < one->x.size(); ++i) {
-      const QDateTime moment =
-          QDateTime::fromMSecsSinceEpoch(std::llround(one->x[i] * seconds_in_a_day) * 1000, Qt::UTC);
-      const QByteArray x = graph.date_axis() ? moment.toString("yyyy-MM-ddTHH:mm:ss").toUtf8()
-                                             : QByteArray::number(one->x[i], 'g', QLocale::FloatingPointShortest);
-      text += label + "," + x + "," + QByteArray::number(one->y[i], 'g', QLocale::FloatingPointShortest) + "\n";
+      text += label + "," + x_text(graph, one->x[i], "yyyy-MM-ddTHH:mm:ss").toUtf8() + "," +
+              QByteArray::number(one->y[i], 'g', QLocale::FloatingPointShortest) + "\n";
     }
   }
   return file.write(text) == text.size() && file.commit();

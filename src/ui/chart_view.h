@@ -16,7 +16,9 @@ class chart_view final : public QWidget {
   Q_OBJECT
 
 public:
-  explicit chart_view(QWidget* parent);
+  // Beside a grid it is small and about the one series there: without a legend.
+  enum class kind { window, beside_a_grid };
+  explicit chart_view(QWidget* parent, kind shown_as = kind::window);
 
   // The chart to draw; borrowed, null: none. `data_changed` takes its series anew, `bounds_changed` what is in sight;
   // both are drawn once, when the event loop turns.
@@ -27,7 +29,9 @@ public:
 
   // By the ending of the name: png, svg, pdf or csv. False: it could not be written.
   bool save(const QString& file_name);
-  void paint_on(QPaintDevice& device, const QRect& target);
+  bool paint_on(QPaintDevice& device, const QRect& target); // false: it takes no picture
+
+  QSize sizeHint() const override;
 
 signals:
   void point_clicked(std::size_t point); // of the first series
@@ -38,12 +42,15 @@ protected:
 
 private:
   void take_series();
+  void take_ticks();
   void take_look();
   void take_bounds();
   void draw();
   void schedule();
   bool mouse(QEvent* event);
+  void show_value_at(const QPointF& at);
 
+  const kind kind_;
   QCustomPlot* plot_;
   QCPItemRect* band_;
   TGraphForm* graph_ = nullptr;

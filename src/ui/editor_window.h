@@ -5,9 +5,13 @@
 #include "editors/editor.h"
 
 #include <QDialog>
+#include <QKeySequence>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
+class QAction;
 class QBoxLayout;
 class QComboBox;
 class QLabel;
@@ -35,6 +39,7 @@ public:
 
 protected:
   void showEvent(QShowEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
 
 private:
   // One panel's widgets.
@@ -43,16 +48,28 @@ private:
     QLabel* label;
     grid_view* grid;
     QLabel* status;
-    QLabel* deferred_note; // null for panels without a series, as are the next three
+    QAction* back_to_default;
+    bool shows_block = false; // the status is about the selected cells
+    QLabel* deferred_note;    // null for panels without a series, as are the next five
     QPushButton* keep_points;
+    QSplitter* beside; // grid and chart
     chart_view* chart;
     std::unique_ptr<TGraphForm> graph;
+    std::optional<series_ref> charted;
   };
 
+  QBoxLayout* make_choice(const editor_choice& choice);
   QWidget* make_panel(editor_panel& panel);
+  void make_chart(panel_widgets& widgets, QBoxLayout& column);
+  void add_deferred_note(panel_widgets& widgets, QBoxLayout& column);
   void add_buttons(QBoxLayout& row, editor_panel& panel, grid_view& grid);
   void add_menu(panel_widgets& widgets);
+  QBoxLayout* make_end_row();
+  void bind(QAction& action, QKeySequence keys, const std::function<void()>& command);
   void run(const std::function<void()>& command); // after taking what is being typed
+  void take_first_size();
+  void show_selection(panel_widgets& widgets);
+  void feed_charts();
   panel_widgets& widgets_of(const editor_panel& panel);
 
   editor& form_;
@@ -60,8 +77,10 @@ private:
   QSplitter* panels_;
   std::vector<std::unique_ptr<panel_widgets>> widgets_;
   QLabel* message_;
+  QAction* next_mark_;
   QPushButton* undo_;
   QPushButton* redo_;
+  bool has_size_ = false, charts_are_old_ = false;
 };
 
 } // namespace vesk

@@ -3,12 +3,14 @@
 #include "ui/entry_edit.h"
 #include "ui/guard.h"
 #include "ui/measures.h"
+#include "ui/mnemonics.h"
 #include "ui/texts.h"
 
 #include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QGroupBox>
 #include <QLabel>
+#include <QShowEvent>
 #include <QVBoxLayout>
 
 namespace vesk {
@@ -26,7 +28,7 @@ fields_dialog::fields_dialog(QWidget* parent, form& shown_form, std::string_view
   auto* rows = new QFormLayout(around);
   for (entry_field* field : fields) {
     auto* edit = new entry_edit(*field);
-    rows->addRow("&" + shown(field->label) + ":", edit);
+    rows->addRow(shown(field->label) + ":", edit);
     connect(edit, &entry_edit::entered, this, [this] { show_message(); });
     entries_.push_back(edit);
   }
@@ -40,16 +42,18 @@ fields_dialog::fields_dialog(QWidget* parent, form& shown_form, std::string_view
   column->addWidget(around);
   column->addWidget(message_label_);
   column->addWidget(box);
+  give_mnemonics(*this);
   setMinimumWidth(scaled(380, *this));
 }
 
 void fields_dialog::showEvent(QShowEvent* event) {
+  QDialog::showEvent(event);
+  if (event->spontaneous()) return; // it was minimised
   attempt([this] { form_.FormShow(); });
   for (entry_edit* edit : entries_) edit->show_field();
   message_label_->clear();
   entries_.front()->setFocus();
   entries_.front()->selectAll();
-  QDialog::showEvent(event);
 }
 
 void fields_dialog::show_message() {
@@ -59,7 +63,11 @@ void fields_dialog::show_message() {
 void fields_dialog::done(int result) {
   bool may_close = true;
   if (result == Accepted)
-    for (entry_edit* edit : entries_) may_close = edit->take() && may_close;
+    for (entry_edit* edit : entries_) {
+      if (edit->take()) continue;
+      if (may_close) edit->setFocus();
+      may_close = false;
+    }
   attempt([&] { may_close = form_.FormCloseQuery(result == Accepted) && may_close; });
   show_message();
   if (may_close) QDialog::done(result);

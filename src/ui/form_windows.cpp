@@ -11,39 +11,28 @@
 
 namespace vesk {
 
-namespace {
-
-template <class Window>
-std::function<void()> reload_of(Window* dialog) {
-  return [dialog] { dialog->reload(); };
-}
-
-} // namespace
-
 form_windows::window form_windows::make(form& wanted) {
   if (auto* editing = dynamic_cast<editor*>(&wanted)) {
     auto* dialog = new editor_window(&parent_, *editing);
-    return {dialog, reload_of(dialog)};
+    return {dialog, [dialog] { dialog->reload(); }};
   }
   if (auto* settings = dynamic_cast<TParametersForm*>(&wanted)) {
     auto* dialog = new parameters_dialog(&parent_, *settings);
-    return {dialog, reload_of(dialog), [dialog] { dialog->enable(); }};
+    return {dialog, [dialog] { dialog->reload(); }, [dialog] { dialog->enable(); }};
   }
   if (auto* expression = dynamic_cast<TFillCalculateForm*>(&wanted))
-    return {new fill_calculate_dialog(&parent_, *expression), {}};
+    return {new fill_calculate_dialog(&parent_, *expression)};
   if (auto* times = dynamic_cast<TRegularTimesForm*>(&wanted))
     return {new fields_dialog(&parent_, *times, {}, times->entry_fields(), TRegularTimesForm::explanation,
-                              [times] { return times->message(); }),
-            {}};
+                              [times] { return times->message(); })};
   if (auto* seed = dynamic_cast<TSetSeedDateForm*>(&wanted)) {
     entry_field* const fields[] = {&seed->StartDateField, &seed->StartTimeField};
     return {new fields_dialog(&parent_, *seed, TSetSeedDateForm::group_caption, fields, TSetSeedDateForm::explanation,
-                              [seed] { return seed->message(); }),
-            {}};
+                              [seed] { return seed->message(); })};
   }
   if (auto* preferences = dynamic_cast<TPreferenceConfigurationForm*>(&wanted))
-    return {new preferences_dialog(&parent_, *preferences), {}};
-  if (const auto* about = dynamic_cast<TAboutBox*>(&wanted)) return {new about_box(&parent_, about->edition_name), {}};
+    return {new preferences_dialog(&parent_, *preferences)};
+  if (const auto* about = dynamic_cast<TAboutBox*>(&wanted)) return {new about_box(&parent_, about->edition_name)};
   return {};
 }
 
@@ -63,14 +52,17 @@ void form_windows::show_graph(std::shared_ptr<TGraphForm> graph, const form& own
   (new graph_window(beside, std::move(graph)))->show();
 }
 
-void form_windows::data_set_replaced() {
+void form_windows::tell(std::function<void()> window::*news) {
   for (auto& [shown_form, shown_window] : windows_)
-    if (shown_window.dialog && shown_window.dialog->isVisible() && shown_window.reload) shown_window.reload();
+    if (shown_window.dialog && shown_window.dialog->isVisible() && shown_window.*news) (shown_window.*news)();
+}
+
+void form_windows::data_set_replaced() {
+  tell(&window::reload);
 }
 
 void form_windows::job_changed() {
-  for (auto& [shown_form, shown_window] : windows_)
-    if (shown_window.dialog && shown_window.dialog->isVisible() && shown_window.enable) shown_window.enable();
+  tell(&window::job_changed);
 }
 
 } // namespace vesk

@@ -26,17 +26,19 @@ public:
   // Beside the owner's window, without waiting. It stays open after that has closed.
   void show_graph(std::shared_ptr<TGraphForm> graph, const form& owner);
 
-  void data_set_replaced(); // tells the forms that are shown
-  void job_changed();       // the same: one has begun or ended
+  // For the forms that are shown.
+  void data_set_replaced();
+  void job_changed(); // one has begun or ended
 
 private:
   struct window {
     QDialog* dialog = nullptr;
-    std::function<void()> reload = {}; // empty: shows nothing of the data set
-    std::function<void()> enable = {}; // empty: nothing in it waits for a job
+    std::function<void()> reload = {};      // empty: shows nothing of the data set
+    std::function<void()> job_changed = {}; // empty: jobs do not matter to it
   };
   window& window_of(form& wanted);
   window make(form& wanted);
+  void tell(std::function<void()> window::*news);
 
   QWidget& parent_;
   std::map<const form*, window> windows_;

@@ -9,6 +9,7 @@
 #include <QPrinter>
 #include <QPrinterInfo>
 #include <QToolBar>
+#include <QToolButton>
 #include <QVBoxLayout>
 
 namespace vesk {
@@ -20,7 +21,8 @@ graph_window::graph_window(QWidget* owner, std::shared_ptr<TGraphForm> graph)
   setWindowTitle(TGraphForm::caption);
   auto* tools = new QToolBar(this);
   const auto add = [&](const char* text, const char* tip, const QKeySequence& keys, void (TGraphForm::*command)()) {
-    QAction* action = tools->addAction(text);
+    QAction* action = tools->addAction(tip);
+    action->setIconText(text);
     action->setToolTip(keys.isEmpty() ? QString(tip) : QString("%1 (%2)").arg(tip, keys.toString()));
     action->setShortcut(keys);
     connect(action, &QAction::triggered, this, [this, command] {
@@ -34,6 +36,8 @@ graph_window::graph_window(QWidget* owner, std::shared_ptr<TGraphForm> graph)
   add(">", "Scroll Forward", Qt::Key_Right, &TGraphForm::scroll_forward);
   add(">|", "Go to end of data", Qt::Key_End, &TGraphForm::go_to_end_of_data);
   tools->addSeparator();
+  add("+", "Zoom in over time", Qt::Key_Plus, &TGraphForm::zoom_in_time);
+  add("+ value", "Zoom in over values", Qt::CTRL | Qt::Key_Plus, &TGraphForm::zoom_in_value);
   unzoom_ = add("Unzoom", "Unzoom by one level", Qt::Key_Minus, &TGraphForm::unzoom_by_one_level);
   unzoom_all_ = add("Unzoom all", "Unzoom completely", Qt::Key_Escape, &TGraphForm::unzoom_completely);
   tools->addSeparator();
@@ -42,18 +46,25 @@ graph_window::graph_window(QWidget* owner, std::shared_ptr<TGraphForm> graph)
   tools->addSeparator();
   QAction* print_action = tools->addAction("Print", this, [this] { print(); });
   print_action->setShortcut(QKeySequence::Print);
-  print_action->setToolTip("Print Graph");
+  print_action->setToolTip("Print Graph (Ctrl+P)");
   QAction* save_action = tools->addAction("Save as...", this, [this] { save(); });
   save_action->setShortcut(QKeySequence::Save);
+
+  save_action->setToolTip("Save as PNG, SVG, PDF or CSV (Ctrl+S)");
+  for (QAction* action : tools->actions())
+    if (auto* button = qobject_cast<QToolButton*>(tools->widgetForAction(action))) {
+      button->setFocusPolicy(Qt::TabFocus);
+      button->setAccessibleName(action->text());
+    }
 
   auto* column = new QVBoxLayout(this);
   column->addWidget(tools);
   column->addWidget(chart_, 1);
-  auto* hint = new QLabel("Drag with the left button to zoom in time, with the right button to zoom in value.");
-  if (graph_->was_unsorted())
-    hint->setText("The rows were out of order; they are drawn in order of time. " + hint->text());
-  hint->setTextFormat(Qt::PlainText);
-  column->addWidget(hint);
+  if (graph_->was_unsorted()) {
+    auto* note = new QLabel("The rows were out of order; they are drawn in order of time.");
+    note->setTextFormat(Qt::PlainText);
+    column->addWidget(note);
+  }
   connect(chart_, &chart_view::bounds_moved, this, [this] { refresh(); });
   resize(scaled(720, *this), scaled(460, *this));
   chart_->show_graph(graph_.get());
@@ -76,7 +87,9 @@ void graph_window::print() {
   }
   QPrinter printer;
   printer.setPageOrientation(QPageLayout::Landscape);
-  chart_->paint_on(printer, printer.pageLayout().paintRectPixels(printer.resolution()));
+  if (!chart_->paint_on(printer, printer.pageLayout().paintRectPixels(printer.resolution())))
+    ask_in_box("Error", "The default printer \"" + stored(printer.printerName()) + "\" does not take the chart.",
+               box_buttons::ok);
 }
 
 void graph_window::save() {

@@ -7,7 +7,9 @@
 #include <QBrush>
 #include <QColor>
 #include <QIcon>
+#include <QPalette>
 #include <QStyle>
+#include <algorithm>
 
 namespace vesk {
 
@@ -64,12 +66,21 @@ Qt::ItemFlags grid_model::flags(const QModelIndex& index) const {
   return kind_of(index) == cell_kind::check ? flags | Qt::ItemIsUserCheckable : flags | Qt::ItemIsEditable;
 }
 
+// Cells that only show something among others that are filled.
+bool grid_model::is_for_reading(const QModelIndex& index) const {
+  const auto columns = table_.content().columns();
+  return !columns[column_of(index)].editable && std::ranges::any_of(columns, &grid_column::editable);
+}
+
 // Every background comes with its text colour: the palette's own may be light.
-QVariant grid_model::background_of(const QModelIndex& index) const {
-  if (is_refused(index)) return QBrush(refused_ground);
+grid_model::colours grid_model::colours_of(const QModelIndex& index) const {
+  if (is_refused(index)) return {QBrush(refused_ground), QBrush(Qt::black)};
   if (!table_.is_shown_as_empty() && table_.content().mark(row_of(index), column_of(index)))
-    return QBrush(marked_ground);
-  return background_.isValid() ? QVariant(QBrush(background_)) : QVariant();
+    return {QBrush(marked_ground), QBrush(Qt::black)};
+  if (background_.isValid()) return {QBrush(background_), QBrush(Qt::black)};
+  const QPalette palette = QApplication::palette();
+  if (is_for_reading(index)) return {palette.brush(QPalette::Window), palette.brush(QPalette::WindowText)};
+  return {};
 }
 
 QVariant grid_model::data(const QModelIndex& index, int role) const {
@@ -86,8 +97,8 @@ QVariant grid_model::data(const QModelIndex& index, int role) const {
     if (!check) return {};
     return table_.text(row, column) == "1" ? tr("on") : tr("off");
   case Qt::AccessibleDescriptionRole: return shown(table_.tool_tip(row, column));
-  case Qt::BackgroundRole: return background_of(index);
-  case Qt::ForegroundRole: return background_of(index).isValid() ? QVariant(QBrush(Qt::black)) : QVariant();
+  case Qt::BackgroundRole: return colours_of(index).ground;
+  case Qt::ForegroundRole: return colours_of(index).text;
   case Qt::DecorationRole:
     if (is_refused(index) || table_.is_shown_as_empty() || !table_.content().mark(row, column)) return {};
     return QApplication::style()->standardIcon(QStyle::SP_MessageBoxWarning);
@@ -118,18 +129,20 @@ QVariant grid_model::headerData(int section, Qt::Orientation orientation, int ro
     if (role != Qt::DisplayRole) return {};
     return table_.is_shown_as_empty() ? QVariant(QString()) : QVariant(section + 1);
   }
-  if (role != Qt::DisplayRole) return {};
-  return shown(table_.content().columns()[static_cast<std::size_t>(section)].header);
+  const QString header = shown(table_.content().columns()[static_cast<std::size_t>(section)].header);
+  if (role == Qt::ToolTipRole) return tool_tip(header); // a narrow column cuts it
+  return role == Qt::DisplayRole ? QVariant(header) : QVariant();
 }
 
 void grid_model::columns_changed() {
-  beginResetModel();
-  endResetModel();
-  emit active_moved();
+  emit columns_replaced();
+  rows_changed();
 }
 
 void grid_model::rows_changed() {
-  columns_changed();
+  beginResetModel();
+  endResetModel();
+  emit active_moved();
 }
 
 void grid_model::cells_changed(const cell_range& cells) {
@@ -142,6 +155,7 @@ void grid_model::cells_changed(const cell_range& cells) {
 
 void grid_model::entry_refused() {
   if (rowCount() > 0 && columnCount() > 0) emit dataChanged(index(0, 0), index(rowCount() - 1, columnCount() - 1));
+  emit refusal_changed();
 }
 
 } // namespace vesk

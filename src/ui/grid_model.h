@@ -36,12 +36,18 @@ public:
   void entry_refused() override;
 
 signals:
-  void active_moved(); // the table's active cell is another one, or the model was reset
+  void columns_replaced();
+  void refusal_changed(); // an entry was refused, corrected or given up
+  void active_moved();    // the table's active cell is another one, or the model was reset
 
 private:
   cell_kind kind_of(const QModelIndex& index) const;
   bool is_refused(const QModelIndex& index) const;
-  QVariant background_of(const QModelIndex& index) const;
+  bool is_for_reading(const QModelIndex& index) const;
+  struct colours {
+    QVariant ground, text; // invalid: the palette's own
+  };
+  colours colours_of(const QModelIndex& index) const;
 
   TFillCalcTable& table_;
   QColor background_;

@@ -9,19 +9,22 @@
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QScopedValueRollback>
+#include <QScrollBar>
 #include <algorithm>
 
 namespace vesk {
 
 namespace {
 
-constexpr int row_height = 22, column_width = 90, widest_column = 260;
-constexpr int columns_to_fit = 40; // the others keep the usual width until they are moved by hand
+constexpr int row_height = 22, column_width = 70, widest_column = 420;
+constexpr int least_digits = 2, least_digits_of_series = 4; // of row numbers: the header keeps its width as rows come
+constexpr int fewest_rows = 6, most_rows = 22;              // that the size hint makes room for
+constexpr int columns_to_fit = 200; // the others keep the usual width until they are moved by hand
 
 } // namespace
 
-grid_view::grid_view(TFillCalcTable& table, const QString& accessible_name, QWidget* parent)
-    : QTableView(parent), model_(new grid_model(table, this)) {
+grid_view::grid_view(TFillCalcTable& table, const QString& accessible_name, QWidget* parent, tab_key tab)
+    : QTableView(parent), model_(new grid_model(table, this)), tab_(tab) {
   setAccessibleName(accessible_name);
   setModel(model_);
   setItemDelegate(new cell_delegate(this));
@@ -34,18 +37,56 @@ grid_view::grid_view(TFillCalcTable& table, const QString& accessible_name, QWid
   verticalHeader()->setDefaultSectionSize(scaled(row_height, *this));
   horizontalHeader()->setDefaultSectionSize(scaled(column_width, *this));
   horizontalHeader()->setResizeContentsPrecision(0); // rows in sight
+  horizontalHeader()->setHighlightSections(false);
+  horizontalHeader()->setTextElideMode(Qt::ElideRight);
   connect(model_, &grid_model::active_moved, this, [this] { take_active_cell(); });
-  connect(model_, &grid_model::modelReset, this, [this] { fit_columns(); });
-  fit_columns();
+  connect(model_, &grid_model::columns_replaced, this, [this] { asked_for_.clear(); });
+  connect(model_, &grid_model::modelReset, this, [this] { take_size(); });
+  connect(verticalScrollBar(), &QScrollBar::valueChanged, this, [this] { widen_to_contents(); });
+  take_size();
   take_active_cell();
 }
 
-void grid_view::fit_columns() {
+// The toolkit's own size hint of a column goes through all the rows of a table that is hidden.
+int grid_view::width_in_sight(int column) const {
+  QStyleOptionViewItem option;
+  initViewItemOption(&option);
+  const int first = std::max(rowAt(0), 0);
+  const int in_sight = viewport()->height() / verticalHeader()->defaultSectionSize() + 2;
+  const int end = std::min(first + std::max(in_sight, most_rows), model_->rowCount());
+  int width = horizontalHeader()->sectionSizeHint(column);
+  for (int row = first; row < end; ++row)
+    width = std::max(width, itemDelegate()->sizeHint(option, model_->index(row, column)).width());
+  return width + scaled(6, *this);
+}
+
+void grid_view::widen_to_contents() {
+  asked_for_.resize(static_cast<std::size_t>(model_->columnCount()));
   for (int column = 0; column < std::min(model_->columnCount(), columns_to_fit); ++column) {
-    const int wanted =
-        std::max(sizeHintForColumn(column), horizontalHeader()->sectionSizeHint(column)) + scaled(6, *this);
-    setColumnWidth(column, std::clamp(wanted, columnWidth(column), scaled(widest_column, *this)));
+    const int wanted = std::min(width_in_sight(column), scaled(widest_column, *this));
+    int& before = asked_for_[static_cast<std::size_t>(column)];
+    if (wanted <= before) continue;
+    before = wanted;
+    if (wanted > columnWidth(column)) setColumnWidth(column, wanted);
   }
+}
+
+void grid_view::take_size() {
+  widen_to_contents();
+  const int digits = table().content().has_free_rows() ? least_digits_of_series : least_digits;
+  const QString longest = QString::number(model_->rowCount()).rightJustified(digits, '0');
+  verticalHeader()->setMinimumWidth(fontMetrics().horizontalAdvance(longest) + scaled(10, *this));
+  const auto columns = table().content().columns();
+  horizontalHeader()->setStretchLastSection(columns.size() == 1 && columns[0].type.kind == cell_kind::text);
+  updateGeometry();
+}
+
+QSize grid_view::sizeHint() const {
+  const int rows = std::clamp(model_->rowCount(), fewest_rows, most_rows);
+  const int frame = 2 * frameWidth() + scaled(4, *this);
+  return {std::max(verticalHeader()->sizeHint().width(), verticalHeader()->minimumWidth()) +
+              horizontalHeader()->length() + verticalScrollBar()->sizeHint().width() + frame,
+          horizontalHeader()->sizeHint().height() + rows * verticalHeader()->defaultSectionSize() + frame};
 }
 
 void grid_view::take_active_cell() {
@@ -95,8 +136,11 @@ void grid_view::closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint 
   if (hint == QAbstractItemDelegate::RevertModelCache) table().give_up_refused();
   const bool next = hint == QAbstractItemDelegate::EditNextItem,
              previous = hint == QAbstractItemDelegate::EditPreviousItem;
+  const bool enter = hint == QAbstractItemDelegate::SubmitModelCache;
   QTableView::closeEditor(editor, next || previous ? QAbstractItemDelegate::NoHint : hint);
+  if (table().refused()) return; // the active cell stays with what is to be corrected
   if (next || previous) move_active(0, next ? 1 : -1);
+  if (enter) move_active(1, 0);
 }
 
 void grid_view::commit_open_editor() {
@@ -115,8 +159,9 @@ void grid_view::move_active(int rows, int columns) {
   setCurrentIndex(next);
 }
 
-// Tab moves in the grid; F6 leaves it.
+// F6 leaves every grid.
 bool grid_view::focusNextPrevChild(bool next) {
+  if (tab_ == tab_key::leaves_grid) return QTableView::focusNextPrevChild(next);
   move_active(0, next ? 1 : -1);
   return true;
 }

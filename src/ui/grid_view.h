@@ -1,28 +1,36 @@
-// The view of every grid that can be edited: keys, selection and menu on a TFillCalcTable.
+// The view of every grid of the program: keys, selection and menu on a TFillCalcTable.
 #pragma once
 
 #include "ui/grid_model.h"
 
 #include <QTableView>
-#include <functional>
+#include <vector>
 
 namespace vesk {
 
-class grid_view final : public QTableView {
+class grid_view : public QTableView {
   Q_OBJECT
 
 public:
-  grid_view(TFillCalcTable& table, const QString& accessible_name, QWidget* parent);
+  // What Tab does: it moves through the cells that a user fills, and leaves a grid that only shows.
+  enum class tab_key { moves_in_grid, leaves_grid };
+
+  grid_view(TFillCalcTable& table, const QString& accessible_name, QWidget* parent,
+            tab_key tab = tab_key::moves_in_grid);
 
   grid_model& model() { return *model_; }
   TFillCalcTable& table() { return model_->table(); }
   void commit_open_editor();                      // takes what is being typed
   void keyboardSearch(const QString&) override {} // would read through all the rows
+  QSize sizeHint() const override;                // all columns, and as many rows as fit on any screen
 
 signals:
   void selection_moved();
 
 protected:
+  // No cell in sight and no label is cut. What has been made narrower by hand stays so until a cell needs more than any
+  // before.
+  void widen_to_contents();
   void keyPressEvent(QKeyEvent* event) override;
   bool focusNextPrevChild(bool next) override;
   bool edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) override;
@@ -32,11 +40,14 @@ protected:
 
 private:
   void take_active_cell(); // from the table
-  void fit_columns();
+  void take_size();        // of new rows or columns
+  int width_in_sight(int column) const;
   void move_active(int rows, int columns);
 
   grid_model* model_;
-  bool taking_ = false; // from the table; nothing goes back to it meanwhile
+  const tab_key tab_;
+  std::vector<int> asked_for_; // the widest that each column's content has been since the columns changed
+  bool taking_ = false;        // from the table; nothing goes back to it meanwhile
 };
 
 } // namespace vesk

@@ -163,7 +163,7 @@ void main_window::set_clipboard_text(const std::string& text) {
 void main_window::set_commands(const command_conditions& conditions) {
   controls_->set_commands(conditions);
   InfoPanel->show_cancel(conditions.running);
-  if (forms_) forms_->job_changed();
+  forms_->job_changed();
 }
 
 void main_window::set_caption(const std::string& caption) {

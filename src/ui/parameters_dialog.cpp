@@ -3,7 +3,9 @@
 #include "ui/entry_edit.h"
 #include "ui/guard.h"
 #include "ui/measures.h"
+#include "ui/mnemonics.h"
 #include "ui/texts.h"
+#include "ui/wheel_guard.h"
 
 #include <QButtonGroup>
 #include <QCheckBox>
@@ -17,9 +19,11 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QShowEvent>
 #include <QSignalBlocker>
 #include <QTabWidget>
 #include <QVBoxLayout>
+#include <limits>
 
 namespace vesk {
 
@@ -27,6 +31,7 @@ namespace {
 
 QLineEdit* line(const char* name) {
   auto* edit = new QLineEdit;
+  edit->setMaxLength(std::numeric_limits<int>::max()); // the toolkit's own limit would cut a text that is only shown
   edit->setObjectName(name);
   return edit;
 }
@@ -34,7 +39,7 @@ QLineEdit* line(const char* name) {
 QComboBox* combo(const char* name) {
   auto* box = new QComboBox;
   box->setObjectName(name);
-  box->setFocusPolicy(Qt::StrongFocus);
+  ignore_wheel(*box);
   return box;
 }
 
@@ -72,12 +77,12 @@ parameters_dialog::parameters_dialog(QWidget* parent, TParametersForm& form)
       NpsFileNameEdit(line("NpsFileNameEdit")), HydrodynamicLinkageFileEdit(line("HydrodynamicLinkageFileEdit")),
       CommentsMemo(new QPlainTextEdit), ModelTypeComboBox(combo("ModelTypeComboBox")),
       SolutionTypeComboBox(combo("SolutionTypeComboBox")),
-      NegativeSolutionAllowedCheckBox(check("&Negative solution allowed", "NegativeSolutionAllowedCheckBox")),
-      UseNpsFileCheckBox(check("&Use non point source file", "UseNpsFileCheckBox")), bed_(new QButtonGroup(this)),
+      NegativeSolutionAllowedCheckBox(check("Negative solution allowed", "NegativeSolutionAllowedCheckBox")),
+      UseNpsFileCheckBox(check("Use non point source file", "UseNpsFileCheckBox")), bed_(new QButtonGroup(this)),
       flow_(new QButtonGroup(this)), restart_(new QButtonGroup(this)), linkage_(new QButtonGroup(this)),
-      BrowseHydButton(push_button("&Browse...", "BrowseHydButton")),
-      BrowseNpsButton(push_button("B&rowse...", "BrowseNpsButton")),
-      LoadRestartFileButton(push_button("&Load restart file now", "LoadRestartFileButton")), message_(new QLabel) {
+      BrowseHydButton(push_button("Browse...", "BrowseHydButton")),
+      BrowseNpsButton(push_button("Browse...", "BrowseNpsButton")),
+      LoadRestartFileButton(push_button("Load restart file now", "LoadRestartFileButton")), message_(new QLabel) {
   setObjectName("ParametersForm");
   setWindowTitle(shown(form.caption()));
   CommentsMemo->setObjectName("CommentsMemo");
@@ -89,6 +94,7 @@ parameters_dialog::parameters_dialog(QWidget* parent, TParametersForm& form)
   pages_->addTab(general_page(), "&General");
   pages_->addTab(steps_page(), "&Time steps");
   pages_->addTab(flows_page(), "&Flows and restart");
+  for (int page = 0; page < pages_->count(); ++page) give_mnemonics(*pages_->widget(page), "gtf"); // those of the tabs
   auto* box = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
   ok_ = box->button(QDialogButtonBox::Ok);
   connect(box, &QDialogButtonBox::accepted, this, &QDialog::accept);
@@ -97,7 +103,8 @@ parameters_dialog::parameters_dialog(QWidget* parent, TParametersForm& form)
   column->addWidget(pages_, 1);
   column->addWidget(message_);
   column->addWidget(box);
-  resize(scaled(560, *this), scaled(480, *this));
+  const QSize usual(scaled(560, *this), scaled(480, *this));
+  resize(usual.expandedTo(sizeHint()));
 }
 
 entry_edit* parameters_dialog::entry(entry_field& field) {
@@ -164,12 +171,12 @@ QGroupBox* parameters_dialog::choice(const char* caption, QButtonGroup* group,
 QWidget* parameters_dialog::general_page() {
   auto* page = new QWidget;
   auto* rows = new QFormLayout(page);
-  rows->addRow("&Description:", DatasetNameEdit);
-  rows->addRow("C&omments:", CommentsMemo);
-  rows->addRow("&Model type:", ModelTypeComboBox);
-  rows->addRow("Sol&ution Technique:", SolutionTypeComboBox);
-  rows->addRow("&Start:", moment(form_.StartDateField, form_.StartTimeField));
-  rows->addRow("&End:", moment(form_.EndDateField, form_.EndTimeField));
+  rows->addRow("Description:", DatasetNameEdit);
+  rows->addRow("Comments:", CommentsMemo);
+  rows->addRow("Model type:", ModelTypeComboBox);
+  rows->addRow("Solution Technique:", SolutionTypeComboBox);
+  rows->addRow("Start:", moment(form_.StartDateField, form_.StartTimeField));
+  rows->addRow("End:", moment(form_.EndDateField, form_.EndTimeField));
   connect(CommentsMemo, &QPlainTextEdit::textChanged, this, [this] { form_.comments_edited(); });
   connect(ModelTypeComboBox, &QComboBox::activated, this, [this] {
     take_all();
@@ -187,7 +194,7 @@ QWidget* parameters_dialog::steps_page() {
   column->addLayout(rows);
   column->addWidget(NegativeSolutionAllowedCheckBox);
   QGroupBox* bed = choice("Bed volumes", bed_,
-                          {{"S&tatic", "StaticBedVolumeRadioButton"}, {"D&ynamic", "DynamicBedVolumeRadioButton"}});
+                          {{"Static", "StaticBedVolumeRadioButton"}, {"Dynamic", "DynamicBedVolumeRadioButton"}});
   auto* compaction = new QFormLayout;
   auto* label = new QLabel(shown(form_.BedCompactionTimeStepField.label) + ":");
   label->setObjectName("BedCompactionTimeStepLabel");
@@ -202,10 +209,10 @@ QWidget* parameters_dialog::flows_page() {
   auto* page = new QWidget;
   auto* column = new QVBoxLayout(page);
   QGroupBox* flows = choice("Flows", flow_,
-                            {{"N&et flows", "NetFlowsRadioButton"},
-                             {"G&ross flows", "GrossFlowsRadioButton"},
-                             {"&Hydrodynamic linkage", "HydrodynamicLinkageRadioButton"},
-                             {"&Kinematic wave", "KinematicWaveRadioButton"}});
+                            {{"Net flows", "NetFlowsRadioButton"},
+                             {"Gross flows", "GrossFlowsRadioButton"},
+                             {"Hydrodynamic linkage", "HydrodynamicLinkageRadioButton"},
+                             {"Kinematic wave", "KinematicWaveRadioButton"}});
   auto* rows = new QFormLayout;
   rows->addRow("Linkage file:",
                file_row(HydrodynamicLinkageFileEdit, BrowseHydButton, &TParametersForm::BrowseHydButtonClick));
@@ -228,7 +235,7 @@ QWidget* parameters_dialog::flows_page() {
   column->addLayout(nps);
   QGroupBox* restart = choice(
       "Restart file", restart_,
-      {{"N&o restart file", "NoRestartFileRadioButton"}, {"Create Restart F&ile", "CreateRestartFileRadioButton"}});
+      {{"No restart file", "NoRestartFileRadioButton"}, {"Create Restart File", "CreateRestartFileRadioButton"}});
   restart->layout()->addWidget(LoadRestartFileButton);
   connect(LoadRestartFileButton, &QPushButton::clicked, this, [this] {
     attempt([this] { form_.LoadRestartFileButtonClick(); });
@@ -310,16 +317,28 @@ void parameters_dialog::reload() {
 }
 
 void parameters_dialog::showEvent(QShowEvent* event) {
+  QDialog::showEvent(event);
+  if (event->spontaneous()) return; // it was minimised
   attempt([this] { form_.FormShow(); });
   pages_->setCurrentIndex(0);
+  DatasetNameEdit->setFocus();
   show_all();
-  QDialog::showEvent(event);
+}
+
+void parameters_dialog::go_to(entry_edit& edit) {
+  for (int page = 0; page < pages_->count(); ++page)
+    if (pages_->widget(page)->isAncestorOf(&edit)) pages_->setCurrentIndex(page);
+  edit.setFocus();
 }
 
 void parameters_dialog::done(int result) {
   bool may_close = true;
   if (result == Accepted) {
-    for (entry_edit* edit : entries_) may_close = edit->take() && may_close;
+    for (entry_edit* edit : entries_) {
+      if (edit->take()) continue;
+      if (may_close) go_to(*edit);
+      may_close = false;
+    }
     take_all();
   }
   attempt([&] { may_close = form_.FormCloseQuery(result == Accepted) && may_close; });

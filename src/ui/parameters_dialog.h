@@ -41,8 +41,9 @@ private:
   QWidget* file_row(QLineEdit* edit, QPushButton* browse, void (TParametersForm::*command)());
   QGroupBox* choice(const char* caption, QButtonGroup* group,
                     std::initializer_list<std::pair<const char*, const char*>> buttons);
-  void show_all(); // as the form has it
-  void take_all(); // as the controls have it, but for the entry fields
+  void show_all();              // as the form has it
+  void take_all();              // as the controls have it, but for the entry fields
+  void go_to(entry_edit& edit); // on its page
 
   TParametersForm& form_;
   QTabWidget* pages_;

@@ -1,17 +1,25 @@
 #include "ui/preferences_dialog.h"
 
 #include "ui/measures.h"
+#include "ui/mnemonics.h"
 #include "ui/texts.h"
+#include "ui/wheel_guard.h"
 
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDialogButtonBox>
+#include <QFormLayout>
 #include <QGroupBox>
+#include <QLabel>
+#include <QSpinBox>
+#include <QTabWidget>
 #include <QVBoxLayout>
 
 namespace vesk {
 
 namespace {
+
+using form_type = TPreferenceConfigurationForm;
 
 QGroupBox* group_of(QWidget* content, std::string_view caption, const char* name) {
   auto* group = new QGroupBox(shown(caption));
@@ -24,41 +32,81 @@ QGroupBox* group_of(QWidget* content, std::string_view caption, const char* name
 } // namespace
 
 preferences_dialog::preferences_dialog(QWidget* parent, TPreferenceConfigurationForm& form)
-    : QDialog(parent), form_(form),
-      LoggingEnabledCheckBox(new QCheckBox(shown(TPreferenceConfigurationForm::logging_check_box))),
-      DiagnosticLevelComboBox(new QComboBox) {
+    : QDialog(parent), form_(form), LoggingEnabledCheckBox(new QCheckBox(shown(form_type::logging_check_box))),
+      DiagnosticLevelComboBox(new QComboBox), UndoMegabytesEdit(new QSpinBox) {
   setObjectName("PreferenceConfigurationForm");
   setWindowTitle(shown(form.caption()));
-  LoggingEnabledCheckBox->setObjectName("LoggingEnabledCheckBox");
-  LoggingEnabledCheckBox->setAccessibleDescription("Each job writes a log file");
-  DiagnosticLevelComboBox->setObjectName("DiagnosticLevelComboBox");
-  DiagnosticLevelComboBox->setAccessibleName("Diagnostic level");
-  for (const std::string_view level : TPreferenceConfigurationForm::diagnostic_levels)
-    DiagnosticLevelComboBox->addItem(shown(level));
+  auto* pages = new QTabWidget;
+  pages->setObjectName("PreferencePages");
+  pages->setAccessibleName("Pages of the preferences");
+  pages->addTab(diagnostics_page(), "&Diagnostics");
+  pages->addTab(editing_page(), "Ed&iting");
+  for (int page = 0; page < pages->count(); ++page) give_mnemonics(*pages->widget(page), "di");
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
   connect(buttons, &QDialogButtonBox::accepted, this, [this] {
     take_over();
     accept();
   });
   connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-  setMinimumWidth(scaled(260, *this));
+  setMinimumWidth(scaled(360, *this));
   auto* column = new QVBoxLayout(this);
-  column->addWidget(group_of(LoggingEnabledCheckBox, TPreferenceConfigurationForm::logging_caption, "LoggingGroupBox"));
-  column->addWidget(
-      group_of(DiagnosticLevelComboBox, TPreferenceConfigurationForm::diagnostics_caption, "DiagnosticsGroupBox"));
+  column->addWidget(pages, 1);
   column->addWidget(buttons);
+}
+
+QWidget* preferences_dialog::diagnostics_page() {
+  LoggingEnabledCheckBox->setObjectName("LoggingEnabledCheckBox");
+  LoggingEnabledCheckBox->setToolTip("Each job writes a log file");
+  LoggingEnabledCheckBox->setAccessibleDescription(LoggingEnabledCheckBox->toolTip());
+  DiagnosticLevelComboBox->setObjectName("DiagnosticLevelComboBox");
+  DiagnosticLevelComboBox->setAccessibleName("Diagnostic level");
+  DiagnosticLevelComboBox->setToolTip("How much the logs say");
+  ignore_wheel(*DiagnosticLevelComboBox);
+  for (const std::string_view level : form_type::diagnostic_levels) DiagnosticLevelComboBox->addItem(shown(level));
+  auto* page = new QWidget;
+  auto* column = new QVBoxLayout(page);
+  column->addWidget(group_of(LoggingEnabledCheckBox, form_type::logging_caption, "LoggingGroupBox"));
+  column->addWidget(group_of(DiagnosticLevelComboBox, form_type::diagnostics_caption, "DiagnosticsGroupBox"));
+  column->addStretch(1);
+  return page;
+}
+
+QWidget* preferences_dialog::editing_page() {
+  UndoMegabytesEdit->setObjectName("UndoMegabytesEdit");
+  UndoMegabytesEdit->setRange(0, form_type::most_undo_megabytes);
+  UndoMegabytesEdit->setSingleStep(100);
+  UndoMegabytesEdit->setSpecialValueText(shown(form_type::undo_automatic));
+  UndoMegabytesEdit->setAccessibleName("Memory for Undo in megabytes");
+  UndoMegabytesEdit->setAccessibleDescription(shown(form_type::undo_hint));
+  ignore_wheel(*UndoMegabytesEdit);
+  auto* hint = new QLabel(shown(form_type::undo_hint));
+  hint->setWordWrap(true);
+  auto* content = new QWidget;
+  auto* rows = new QFormLayout(content);
+  rows->setContentsMargins(0, 0, 0, 0);
+  rows->addRow(shown(form_type::undo_label), UndoMegabytesEdit);
+  rows->addRow(hint);
+  auto* page = new QWidget;
+  auto* column = new QVBoxLayout(page);
+  column->addWidget(group_of(content, form_type::undo_caption, "UndoGroupBox"));
+  column->addStretch(1);
+  return page;
 }
 
 void preferences_dialog::showEvent(QShowEvent* event) {
   form_.FormShow();
   LoggingEnabledCheckBox->setChecked(form_.LoggingEnabledCheckBox);
   DiagnosticLevelComboBox->setCurrentIndex(form_.DiagnosticLevelComboBox);
+  UndoMegabytesEdit->setValue(form_.UndoMegabytesEdit);
+  findChild<QTabWidget*>("PreferencePages")->setCurrentIndex(0);
+  LoggingEnabledCheckBox->setFocus();
   QDialog::showEvent(event);
 }
 
 void preferences_dialog::take_over() {
   form_.LoggingEnabledCheckBox = LoggingEnabledCheckBox->isChecked();
   form_.DiagnosticLevelComboBox = DiagnosticLevelComboBox->currentIndex();
+  form_.UndoMegabytesEdit = UndoMegabytesEdit->value();
   form_.FormCloseQuery(true);
 }
 

@@ -7,6 +7,7 @@
 
 class QCheckBox;
 class QComboBox;
+class QSpinBox;
 
 namespace vesk {
 
@@ -18,11 +19,14 @@ protected:
   void showEvent(QShowEvent* event) override;
 
 private:
+  QWidget* diagnostics_page();
+  QWidget* editing_page();
   void take_over();
 
   TPreferenceConfigurationForm& form_;
   QCheckBox* LoggingEnabledCheckBox;
   QComboBox* DiagnosticLevelComboBox;
+  QSpinBox* UndoMegabytesEdit;
 };
 
 } // namespace vesk

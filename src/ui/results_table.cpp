@@ -6,80 +6,62 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QHeaderView>
-#include <QScrollBar>
-#include <algorithm>
 
 namespace vesk {
 
 namespace {
 
-constexpr int row_height = 20, row_header_width = 30, column_width = 75, column_width_of_a_job = 60;
-constexpr int widest_column = 260, columns_to_widen = 200;
+constexpr int row_height = 20, column_width = 75, column_width_of_a_job = 60;
 
 } // namespace
 
-results_table::results_table(QWidget* parent, results_model::reader read)
-    : QTableView(parent), model_(std::move(read)) {
+void result_cells::initialize_grid(const std::vector<std::string>& column_labels, std::size_t rows) {
+  columns_.clear();
+  for (const std::string& label : column_labels) columns_.push_back({label, number_cell(picture_), false});
+  rows_ = rows;
+}
+
+void result_cells::set_picture(const std::string& picture) {
+  picture_ = picture;
+  for (grid_column& column : columns_) column.type.picture = picture;
+}
+
+cell_value result_cells::value(std::size_t row, std::size_t column) const {
+  const std::optional<double> element = read_(static_cast<int>(row), static_cast<int>(column));
+  return element ? cell_value(*element) : cell_value();
+}
+
+results_table::results_table(QWidget* parent, result_cells::reader read)
+    : result_content{result_cells(std::move(read)), TFillCalcTable(results)},
+      grid_view(result_table, "Results", parent, tab_key::leaves_grid) {
   setObjectName("ResultsTable");
-  setAccessibleName("Results");
-  setModel(&model_);
-  setEditTriggers(QAbstractItemView::NoEditTriggers);
-  setWordWrap(false);
-  setTabKeyNavigation(false); // there is nothing to enter: Tab goes on to the next control
-  verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
   verticalHeader()->setDefaultSectionSize(scaled(row_height, *this));
-  horizontalHeader()->setResizeContentsPrecision(0); // what is in sight tells enough
-  verticalHeader()->setMinimumWidth(scaled(row_header_width, *this));
   horizontalHeader()->setDefaultSectionSize(scaled(column_width, *this));
-  horizontalHeader()->setTextElideMode(Qt::ElideRight);
-  connect(verticalScrollBar(), &QScrollBar::valueChanged, this, [this] { widen_to_contents(); });
-  auto* copy = new QAction("&Copy", this);
-  copy->setShortcut(QKeySequence::Copy);
-  copy->setShortcutContext(Qt::WidgetShortcut);
-  connect(copy, &QAction::triggered, this, [this] { copy_selected(); });
-  addAction(copy);
+  const auto add_copy = [this](const char* text, const QKeySequence& keys, bool with_headers) {
+    auto* copy = new QAction(text, this);
+    copy->setShortcut(keys);
+    copy->setShortcutContext(Qt::WidgetShortcut);
+    connect(copy, &QAction::triggered, this, [this, with_headers] {
+      const std::string cells = table().do_copy(with_headers);
+      if (!cells.empty()) QApplication::clipboard()->setText(QString::fromStdString(cells));
+    });
+    addAction(copy);
+  };
+  add_copy("&Copy", QKeySequence::Copy, false);
+  add_copy("Copy with &headers", QKeySequence("Ctrl+Shift+C"), true);
   setContextMenuPolicy(Qt::ActionsContextMenu);
 }
 
 void results_table::initialize_grid(const std::vector<std::string>& column_labels, int rows) {
   horizontalHeader()->setDefaultSectionSize(scaled(column_width_of_a_job, *this));
-  model_.initialize_grid(column_labels, rows);
-  asked_for_.clear();
+  results.initialize_grid(column_labels, static_cast<std::size_t>(std::max(rows, 0)));
+  table().show(results);
 }
 
 void results_table::repaint_cells() {
+  if (!isVisible()) return;
   widen_to_contents();
   viewport()->update();
-}
-
-// No number in sight and no label is cut: the width that columns have is the least. What has been made narrower by hand
-// stays so until a number needs more than any before. A table that is hidden would go through all its rows.
-void results_table::widen_to_contents() {
-  if (!isVisible() || !model_.index(0, 0).data().isValid()) return;
-  const int widest = scaled(widest_column, *this);
-  asked_for_.resize(static_cast<std::size_t>(model_.columnCount()));
-  for (int column = 0; column < std::min(model_.columnCount(), columns_to_widen); ++column) {
-    const int wanted =
-        std::min(std::max(sizeHintForColumn(column), horizontalHeader()->sectionSizeHint(column)), widest);
-    int& before = asked_for_[static_cast<std::size_t>(column)];
-    if (wanted <= before) continue;
-    before = wanted;
-    if (wanted > columnWidth(column)) setColumnWidth(column, wanted);
-  }
-}
-
-void results_table::copy_selected() const {
-  QString text;
-  for (const QItemSelectionRange& range : selectionModel()->selection()) {
-    for (int row = range.top(); row <= range.bottom(); ++row) {
-      for (int column = range.left(); column <= range.right(); ++column) {
-        if (column > range.left()) text += '\t';
-        text += model_.index(row, column).data().toString();
-      }
-      text += '\n';
-    }
-  }
-  if (!text.isEmpty()) QApplication::clipboard()->setText(text);
 }
 
 } // namespace vesk

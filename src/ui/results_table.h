@@ -2,28 +2,51 @@
 // is painted.
 #pragma once
 
-#include "ui/results_model.h"
+#include "ui/grid_view.h"
 
-#include <QTableView>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace vesk {
 
-class results_table final : public QTableView {
+// The array's elements as a grid that only shows them.
+class result_cells final : public grid {
 public:
-  results_table(QWidget* parent, results_model::reader read);
+  // The element at a row and column, both from 0; nothing leaves the cell empty.
+  using reader = std::function<std::optional<double>(int row, int column)>;
 
-  void initialize_grid(const std::vector<std::string>& column_labels, int rows);
-  void set_picture(const std::string& picture) { model_.set_picture(picture); }
-  void repaint_cells();
-  void copy_selected() const; // tab-separated
+  explicit result_cells(reader read) : read_(std::move(read)) {}
 
-  void keyboardSearch(const QString&) override {} // would read through all the rows
+  void initialize_grid(const std::vector<std::string>& column_labels, std::size_t rows);
+  void set_picture(const std::string& picture); // see numeric_picture.h
+
+  std::span<const grid_column> columns() const override { return columns_; }
+  std::size_t row_count() const override { return rows_; }
+  cell_value value(std::size_t row, std::size_t column) const override;
+  void set_value(std::size_t, std::size_t, const cell_value&) override {}
 
 private:
-  void widen_to_contents();
+  const reader read_;
+  std::vector<grid_column> columns_;
+  std::size_t rows_ = 0;
+  std::string picture_;
+};
 
-  results_model model_;
-  std::vector<int> asked_for_; // the widest that each column's content has been since the job began
+// What the view below needs before its base is made.
+struct result_content {
+  result_cells results;
+  TFillCalcTable result_table;
+};
+
+class results_table final : private result_content, public grid_view {
+public:
+  results_table(QWidget* parent, result_cells::reader read);
+
+  void initialize_grid(const std::vector<std::string>& column_labels, int rows);
+  void set_picture(const std::string& picture) { results.set_picture(picture); }
+  void repaint_cells();
 };
 
 } // namespace vesk

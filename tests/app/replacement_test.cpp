@@ -346,6 +346,10 @@ TEST_F(Replacement, TheMemoryOfTheStepsIsASetting) {
   };
   EXPECT_EQ(steps_after_three_edits(form), 3);
   EXPECT_EQ(steps_after_three_edits(small), 1);
+  small.set_undo_megabytes(100);                // in the preferences
+  EXPECT_EQ(steps_after_three_edits(small), 4); // and its New
+  small.save_settings();
+  EXPECT_NE(folder.read("small.ini").find("UndoMegabytes=100\n"), std::string::npos);
 }
 
 TEST_F(Replacement, NoRunStartsOverAPeriodOutsideTheCalendar) {

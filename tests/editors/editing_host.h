@@ -54,6 +54,8 @@ public:
   void set_logging_enabled(bool) override {}
   int diagnostic_level() const override { return 0; }
   void set_diagnostic_level(int) override {}
+  int undo_megabytes() const override { return 0; }
+  void set_undo_megabytes(int) override {}
   void start_load_restart_file() override { running = true; }
   bool restart_file_is_loading() const override { return running; }
   void cancel_job() override { running = false; }

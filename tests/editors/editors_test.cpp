@@ -159,7 +159,8 @@ TEST_F(Editors, ARefusedEntryHoldsUpEveryCommandButCancel) {
   EXPECT_FALSE(table.enter(0, 0, "13/45/2012"));
   form.DeleteAllButtonClick(*form.panels()[0]);
   EXPECT_EQ(table.row_limit(), 2U);
-  EXPECT_EQ(form.message(), "Row 1: \"13/45/2012\" is not a day of the calendar.");
+  EXPECT_EQ(form.status(*form.panels()[0]),
+            "Row 1: \"13/45/2012\" is not a day of the calendar. Correct it, or press Escape for the old value.");
   EXPECT_FALSE(form.FormCloseQuery(true));
   EXPECT_THAT(host.boxes, IsEmpty());
   EXPECT_TRUE(form.FormCloseQuery(false));
@@ -250,6 +251,7 @@ TEST_F(Editors, TimeFunctionsShowTheSeriesOfTheActiveRow) {
   host.data.time_functions.clear();
   form.data_set_replaced();
   EXPECT_EQ(detail.label, "Time/value pairs");
+  EXPECT_EQ(form.message(), "A job has replaced the data set. Undo brings back what was here.");
   form.InsertRowButtonClick(*form.panels()[1]); // nothing to insert into
 }
 

@@ -1,0 +1,320 @@
+// The windows that edit a data set.
+#include "accessible.h"
+#include "app/forms.h"
+#include "driver.h"
+#include "ui/chart_view.h"
+#include "ui/grid_view.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QClipboard>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTabWidget>
+#include <QTest>
+
+namespace vesk {
+namespace {
+
+constexpr const char* editor_commands[] = {"ParameterizationItem", "SystemsItem",          "ParametersItem",
+                                           "ConstantsItem",        "TimeFunctionsItem",    "PrintIntervalItem",
+                                           "TimestepItem",         "OutputcontrolMenuItem"};
+
+QString text_of(QWidget* window, const char* label) {
+  return find<QLabel>(window, label)->text();
+}
+
+grid_view* grid_of(QWidget* window, const char* name = "TheFillCalcTable") {
+  return find<grid_view>(window, name);
+}
+
+// The line that is being typed into; null: none.
+QLineEdit* open_line(grid_view* grid) {
+  for (auto* line : grid->findChildren<QLineEdit*>())
+    if (line->isVisible()) return line;
+  return nullptr;
+}
+
+void type(grid_view* grid, const QString& text) {
+  QTest::keyClick(grid, text[0].toLatin1()); // opens the line
+  QLineEdit* line = open_line(grid);
+  ASSERT_TRUE(line);
+  QTest::keyClicks(line, text.mid(1));
+}
+
+void picture_of_each_page(QWidget* window, const QString& name) {
+  auto* pages = window->findChild<QTabWidget*>();
+  for (int page = 0; pages && page < pages->count(); ++page) {
+    pages->setCurrentIndex(page);
+    take_picture(window, QString("%1_%2").arg(name).arg(page + 1));
+  }
+  if (!pages) take_picture(window, name);
+}
+
+TEST(Editors, ShowTheSampleAndChangeNothingByOk) {
+  running_program program;
+  program.form().open_file(SAMPLE);
+  program.form().current_data_set->give_default_points(); // as the settings dialog does
+  const prevesk_dataset_data_type before = *program.form().current_data_set;
+  for (const auto* command : editor_commands)
+    with_dialog([&] { program.trigger(command); },
+                [&](QWidget* dialog) {
+                  expect_accessible(dialog);
+                  picture_of_each_page(dialog, QString("editor_") + command);
+                  return press(dialog, "OK");
+                });
+  EXPECT_EQ(*program.form().current_data_set, before);
+}
+
+// The windows that no command of the menus opens, or that stand over another one.
+TEST(Editors, TheOtherWindowsHaveNamesForAllControls) {
+  running_program program;
+  program.form().open_file(SAMPLE);
+  program_forms& forms = program.form().forms();
+  TRegularTimesForm times;
+  times.begin(*program.form().current_data_set);
+  form* const others[] = {&forms.fill_calculate, &times, &forms.seed_date, &forms.about, &forms.project};
+  for (form* one : others)
+    with_dialog([&] { program.window().show_form(*one); },
+                [&](QWidget* dialog) {
+                  expect_accessible(dialog);
+                  take_picture(dialog, "window_" + dialog->objectName());
+                  dialog->close();
+                  return true;
+                });
+  with_dialog([&] { program.window().message_box("Sure?", "A question", box_buttons::yes_no_cancel); },
+              [&](QWidget* box) {
+                expect_accessible(box);
+                return press(box, "Cancel");
+              });
+  with_dialog([&] { program.trigger("TimeFunctionsItem"); },
+              [&](QWidget* dialog) {
+                EXPECT_TRUE(press(dialog, "Graph"));
+                auto* graph = find<QWidget>(dialog, "GraphForm");
+                EXPECT_TRUE(wait_for([&] { return graph->isVisible(); }));
+                expect_accessible(graph);
+                take_picture(graph, "window_GraphForm");
+                return press(dialog, "Cancel");
+              });
+  EXPECT_TRUE(program.window().findChild<QWidget*>("GraphForm")->isVisible()); // it stays
+}
+
+TEST(Editors, WithoutContentTheySayWhatIsMissing) {
+  running_program program;
+  program.form().new_data_set();
+  *program.form().current_data_set = prevesk_dataset_data_type(); // without a model
+  const prevesk_dataset_data_type empty = *program.form().current_data_set;
+  const std::pair<form*, const char*> hints[] = {
+      {&program.form().forms().systems, "The model has none of these."},
+      {&program.form().forms().constants, "The model has none of these."},
+      {&program.form().forms().parameters, "The model has none of these."},
+      {&program.form().forms().output_control, "The model has none of these."},
+      {&program.form().forms().time_functions, "The model has no time functions."},
+      {&program.form().forms().time_step,
+       "No points. Insert makes the first one; Paste takes rows of date, time and value."},
+  };
+  for (const auto& [one, hint] : hints)
+    with_dialog([&, shown = one] { program.window().show_form(*shown); },
+                [&, hint = hint](QWidget* dialog) {
+                  EXPECT_TRUE(text_of(dialog, "TheFillCalcTableStatus").startsWith(hint));
+                  take_picture(dialog, "empty_" + dialog->objectName());
+                  for (const char* button : {"Copy", "Delete", "Delete All"}) press(dialog, button);
+                  return press(dialog, "Cancel");
+                });
+  EXPECT_EQ(*program.form().current_data_set, empty);
+}
+
+TEST(Editors, ARefusedEntryStaysInItsCellWithTheReason) {
+  running_program program;
+  program.form().open_file(SAMPLE);
+  with_dialog([&] { program.trigger("ConstantsItem"); },
+              [&](QWidget* dialog) {
+                grid_view* grid = grid_of(dialog);
+                grid->table().set_active(0, 2);
+                type(grid, "0,2");
+                QTest::keyClick(open_line(grid), Qt::Key_Return);
+                EXPECT_TRUE(wait_for([&] { return grid->table().refused().has_value(); }));
+                const QModelIndex cell = grid->model().index(0, 2);
+                EXPECT_EQ(cell.data().toString(), "0,2");
+                EXPECT_EQ(cell.data(Qt::BackgroundRole).value<QBrush>().color(), QColor(Qt::red));
+                EXPECT_TRUE(text_of(dialog, "TheFillCalcTableStatus").startsWith("Row 1: "));
+                EXPECT_TRUE(cell.data(Qt::AccessibleDescriptionRole).toString().startsWith("Not accepted: "));
+                grid->table().set_active(3, 0);
+                take_picture(dialog, "refused_entry");
+                EXPECT_TRUE(press(dialog, "OK")); // leads back, without a box
+                EXPECT_TRUE(dialog->isVisible());
+                EXPECT_EQ(grid->currentIndex(), cell);
+                QTest::keyClick(grid, Qt::Key_Escape);
+                EXPECT_EQ(cell.data().toString(), "0.15");
+                EXPECT_EQ(text_of(dialog, "TheFillCalcTableStatus"), "");
+                return press(dialog, "OK");
+              });
+}
+
+TEST(Editors, UndoTakesBackTypingFirstThenSteps) {
+  running_program program;
+  program.form().open_file(SAMPLE);
+  with_dialog([&] { program.trigger("ConstantsItem"); },
+              [&](QWidget* dialog) {
+                grid_view* grid = grid_of(dialog);
+                const auto value = [&] { return grid->model().index(0, 2).data().toString(); };
+                const auto undo = [&](QWidget* control) { QTest::keyClick(control, Qt::Key_Z, Qt::ControlModifier); };
+                grid->setFocus();
+                grid->table().set_active(0, 2);
+                type(grid, "0.3");
+                QTest::keyClick(open_line(grid), Qt::Key_Return);
+                EXPECT_TRUE(wait_for([&] { return value() == "0.3"; }));
+                EXPECT_EQ(grid->table().active_row(), 1U); // Enter goes down
+                EXPECT_TRUE(wait_for([&] { return !open_line(grid); }));
+                grid->table().set_active(0, 2);
+                type(grid, "7");
+                QLineEdit* line = open_line(grid);
+                EXPECT_EQ(line->text(), "7");
+                undo(line);
+                EXPECT_EQ(line->text(), "0.3");
+                EXPECT_EQ(value(), "0.3");
+                undo(line); // nothing is typed any more
+                EXPECT_EQ(value(), "0.15");
+                EXPECT_TRUE(find<QPushButton>(dialog, "RedoButton")->isEnabled());
+                EXPECT_EQ(text_of(dialog, "MessageLabel"), ""); // only a job's end is worth a line
+                return press(dialog, "OK");
+              });
+}
+
+TEST(Editors, AClickInTheChartChoosesTheRowAlsoInUnsortedRows) {
+  running_program program;
+  program.form().open_file(SAMPLE);
+  auto& points = program.form().current_data_set->time_steps.points;
+  ASSERT_EQ(points.size(), 2U);
+  const auto last = points[1];
+  points.edit(1) = points[0];
+  points.edit(0) = last; // now row 0 is the point to the right
+  with_dialog([&] { program.trigger("TimestepItem"); },
+              [&](QWidget* dialog) {
+                grid_view* grid = grid_of(dialog);
+                auto* chart = find<chart_view>(dialog, "TheFillCalcTableChart");
+                QWidget* plot = chart->findChild<QWidget*>();
+                QTest::qWait(50); // the chart is drawn
+                take_picture(dialog, "unsorted_rows");
+                const auto click_near = [&](int from_x, int to_x, std::size_t row) {
+                  for (int x = from_x; x < to_x; x += 6)
+                    for (int y = plot->height() / 4; y < plot->height() * 3 / 4; y += 6) {
+                      QTest::mouseClick(plot, Qt::LeftButton, {}, {x, y});
+                      if (grid->table().active_row() == row) return true;
+                    }
+                  return false;
+                };
+                EXPECT_TRUE(click_near(10, 70, 1));
+                EXPECT_TRUE(click_near(plot->width() - 40, plot->width() - 5, 0));
+                QTest::keyClick(grid, Qt::Key_F8); // to the row that is out of order
+                EXPECT_TRUE(grid->model()
+                                .index(static_cast<int>(grid->table().active_row()), 0)
+                                .data(Qt::ToolTipRole)
+                                .toString()
+                                .contains("before"));
+                return press(dialog, "Cancel");
+              });
+}
+
+// A job that was started before, or in the dialog, gives its data set back while windows are open.
+TEST(Editors, AJobMayEndUnderThem) {
+  running_program program;
+  program.form().open_file(SAMPLE);
+  const auto end_a_job = [&](QWidget* dialog) {
+    with_dialog(
+        [&] {
+          program.form().start_validity_check();
+          EXPECT_TRUE(wait_for([&] { return !program.form().active_thread; }));
+        },
+        [&](QWidget* box) { return box->windowTitle().startsWith("Validity check") && press(box, "OK"); });
+    EXPECT_TRUE(dialog->isVisible());
+  };
+  with_dialog([&] { program.trigger("ConstantsItem"); },
+              [&](QWidget* dialog) {
+                grid_view* grid = grid_of(dialog);
+                grid->table().enter(0, 2, "0.4");
+                grid->table().enter(1, 2, "no number");
+                end_a_job(dialog);
+                EXPECT_EQ(text_of(dialog, "MessageLabel"),
+                          "A job has replaced the data set. Undo brings back what was here.");
+                EXPECT_FALSE(grid->table().refused());
+                grid->table().enter(0, 2, "0.5");
+                return press(dialog, "OK");
+              });
+  EXPECT_EQ(program.form().current_data_set->constant_groups[0].constants[0].value, 0.5);
+
+  bool started = false;
+  with_dialog([&] { program.trigger("TimestepItem"); },
+              [&](QWidget* dialog) {
+                TFillCalcTable& table = grid_of(dialog)->table();
+                table.enter(1, 0, table.text(0, 0)); // a duplicate, which refuses OK
+                with_dialog([&] { press(dialog, "OK"); },
+                            [&](QWidget* box) {
+                              if (!std::exchange(started, true)) program.form().start_validity_check();
+                              if (box->windowTitle() != "Cannot accept data") {
+                                press(box, "OK");
+                                return false;
+                              }
+                              return !program.form().active_thread && press(box, "OK");
+                            });
+                EXPECT_TRUE(dialog->isVisible());
+                return press(dialog, "Cancel");
+              });
+  EXPECT_FALSE(program.form().active_thread);
+}
+
+TEST(Editors, TheSettingsWaitForTheRestartFileAndGoOnWhenItIsCancelled) {
+  running_program program;
+  program.form().open_file(SAMPLE);
+  with_dialog([&] { program.trigger("ParameterizationItem"); },
+              [&](QWidget* dialog) {
+                find<QLineEdit>(dialog, "DatasetNameEdit")->setText("typed");
+                program.form().start_load_restart_file("missing.rst");
+                auto* ok = dialog->findChild<QPushButton*>();
+                for (auto* button : dialog->findChildren<QPushButton*>())
+                  if (button->text() == "OK") ok = button;
+                EXPECT_FALSE(ok->isEnabled());
+                dialog->close(); // cancels the job, not the dialog
+                EXPECT_TRUE(dialog->isVisible());
+                EXPECT_TRUE(wait_for([&] { return !program.form().active_thread; }));
+                EXPECT_TRUE(ok->isEnabled());
+                EXPECT_EQ(find<QLineEdit>(dialog, "DatasetNameEdit")->text(), "typed");
+                return press(dialog, "OK");
+              });
+  EXPECT_EQ(program.form().current_data_set->description, "typed");
+}
+
+TEST(Editors, TheSettingsOutliveTheirCatalogue) {
+  const temporary_folder folder;
+  std::filesystem::copy(CATALOGUE, folder.path / "database");
+  running_program program;
+  program.form().set_database_folder(folder.file("database"));
+  program.form().new_data_set();
+  with_dialog([&] { program.trigger("ParameterizationItem"); },
+              [&](QWidget* dialog) {
+                std::filesystem::remove_all(folder.path / "database");
+                auto* models = find<QComboBox>(dialog, "ModelTypeComboBox");
+                EXPECT_GT(models->count(), 1);
+                models->setCurrentIndex(1);
+                emit models->activated(1);
+                EXPECT_TRUE(text_of(dialog, "MessageLabel").startsWith("OK drops"));
+                return press(dialog, "OK");
+              });
+  EXPECT_FALSE(program.form().current_data_set->systems.empty());
+}
+
+TEST(Editors, ResultsAreCopiedAsEveryGrid) {
+  running_program program({}, "RunTimeGridAlwaysVisible=1\n");
+  program.window().initialize_grid({"one", "two"}, 2);
+  auto* grid = find<grid_view>(&program.window(), "ResultsTable");
+  EXPECT_EQ(grid->model().headerData(1, Qt::Horizontal, Qt::DisplayRole).toString(), "two");
+  grid->selectAll();
+  grid->setFocus();
+  QTest::keyClick(grid, Qt::Key_C, Qt::ControlModifier | Qt::ShiftModifier);
+  EXPECT_EQ(QApplication::clipboard()->text(), "one\ttwo\n\t\n\t\n");
+}
+
+} // namespace
+} // namespace vesk
