@@ -1,9 +1,10 @@
 // The window: from the start of the process to the first paint of its content, against an empty window of the toolkit;
-// and the longest time that its event loop does not answer while 100,000 segments are run, against 50 ms. It needs a
-// display.
+// the longest time that its event loop does not answer while 100,000 segments are run, against 50 ms; and a large grid
+// and chart on the screen, against a frame of 60 Hz. It needs a display.
 #include "long_river.h"
 #include "ratio_table.h"
 #include "ui/program.h"
+#include "window_grids.h"
 
 #include <QApplication>
 #include <QEvent>
@@ -114,6 +115,19 @@ void fifty_milliseconds(benchmark::State& state) {
   for (auto _ : state) state.SetIterationTime(0.05);
 }
 
+void frame(benchmark::State& state) {
+  for (auto _ : state) state.SetIterationTime(1.0 / 60);
+}
+
+ratio_row in_frames(const char* work, const char* name, double milliseconds) {
+  return {work,
+          name + std::string("/iterations:20/manual_time"),
+          "frame_of_60_Hz/iterations:1/manual_time",
+          ratio_row::at_most,
+          milliseconds * 60 / 1000,
+          "wall"};
+}
+
 } // namespace
 } // namespace vesk::bench
 
@@ -144,10 +158,19 @@ int main(int argc, char** argv) {
   add("start/empty", measure_child, "--empty");
   add("stall/vesk", measure_stall, &window);
   add("stall/limit", fifty_milliseconds);
+  add("frame_of_60_Hz", frame);
+  add_grid_benchmarks();
+  add_chart_benchmarks();
   const std::string end = "/iterations:1/manual_time";
   const int status = run_with_ratios(argc, argv,
                                      {{"from process start to first paint, against an empty window", "start/vesk" + end,
                                        "start/empty" + end, ratio_row::at_most, 5, "wall"},
+                                      {"from process start to first paint, in frames", "start/vesk" + end,
+                                       "frame_of_60_Hz" + end, ratio_row::at_most, 300 * 0.06, "wall"},
+                                      in_frames("open a grid of 1e6 rows x 30, in frames", "grid/open", 50),
+                                      in_frames("scroll it by a page", "grid/scroll", 16),
+                                      in_frames("repaint a column of it", "grid/repaint", 16),
+                                      in_frames("redraw a chart of 1e6 points", "chart/redraw", 30),
                                       {"longest stall of the event loop in a run of 1e5 segments, against 50 ms",
                                        "stall/vesk" + end, "stall/limit" + end, ratio_row::at_most, 1, "wall"}});
   std::filesystem::remove(settings());
