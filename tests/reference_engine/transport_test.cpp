@@ -127,6 +127,46 @@ TEST(Transport, TechniquesAgreeOnAnyNumbering) {
     EXPECT_NEAR(implicit.of(conservative)[i], exact.of(conservative)[i], 8 * bdf_error) << i;
 }
 
+// A chain that is longer than what is worked out at once, with loads at the seams. Euler against a plain loop;
+// Runge-Kutta against the same chain with a far exchange of nothing, which it does not divide into tiles.
+TEST(Transport, LongChainsHaveNoSeams) {
+  constexpr std::size_t n = 1100;
+  constexpr double flow = 3, mixing = 0.4, days = 0.05;
+  Model model(n);
+  model.through(flow);
+  for (int i = 1; i < static_cast<int>(n); ++i) model.exchange(i - 1, i, mixing);
+  model.boundary(conservative, 0) = 4;
+  for (const std::size_t seam : {255u, 256u, 511u, 512u, 1024u}) model.load(conservative, seam) = 0.001f;
+  model.problem.constants = {{1, 0.5}};
+  for (std::size_t i = 0; i < n; ++i) {
+    model.problem.segments[i].volume = 1 + 0.1 * static_cast<double>(i % 7);
+    for (const std::size_t s : {conservative, decaying}) model.initial(s, i) = static_cast<double>((i * 37) % 11);
+  }
+  const State stepped = model.run(euler, days, 1);
+  for (std::size_t i = 0; i < n; ++i) {
+    const bool first = i == 0, last = i + 1 == n;
+    const auto expected = [&](std::size_t s) {
+      const double here = model.initial(s, i);
+      const double before = first ? (s == conservative ? 4 : 0) : model.initial(s, i - 1);
+      double gain = flow * (before - here) + 1000 * static_cast<double>(model.forcing.loads[i * 3 + s]);
+      if (!first) gain += mixing * (before - here);
+      if (!last) gain += mixing * (model.initial(s, i + 1) - here);
+      return here + days * (gain / model.problem.segments[i].volume - (s == decaying ? 0.5 * here : 0));
+    };
+    for (const std::size_t s : {conservative, decaying}) ASSERT_NEAR(stepped.of(s)[i], expected(s), 1e-9) << i;
+  }
+
+  model.problem.balance_system = decaying;
+  const State tiled = model.run(runge_kutta, 2, 40);
+  const MassBalance balance = model.balance;
+  model.exchange(0, static_cast<int>(n) - 1, 0);
+  const State whole = model.run(runge_kutta, 2, 40);
+  for (std::size_t k = 0; k < tiled.concentration.size(); ++k)
+    ASSERT_NEAR(tiled.concentration[k], whole.concentration[k], 1e-12) << k;
+  EXPECT_NEAR(balance.moved.reacted, model.balance.moved.reacted, 1e-10);
+  EXPECT_NEAR(balance.relative_error(), 0, 1e-12);
+}
+
 // Two segments that an exchange mixes in a tenth of a second beside a washout in days: explicit steps are bound to the
 // exchange, implicit ones are not. Together they are one mixed segment.
 TEST(Transport, StiffNetworkIsSolvedInStepsOfTheSlowProcess) {
