@@ -66,7 +66,7 @@ std::optional<std::int32_t> seconds_of_iso_time(std::string_view text) {
 
 std::optional<std::string> iso_date_of_number(double date_time) {
   const moment_type moment = moment_type::from_date_time(date_time);
-  const auto text = iso_date(moment.date);
+  auto text = iso_date(moment.date);
   if (!text || !same_bits(*number_of_iso_date(*text), date_time)) return {};
   return text;
 }
@@ -78,7 +78,7 @@ std::optional<double> number_of_iso_date(std::string_view text) {
 }
 
 std::optional<std::string> iso_time_of_fraction(double fraction) {
-  const auto text = iso_time(moment_type::from_date_time(fraction).time);
+  auto text = iso_time(moment_type::from_date_time(fraction).time);
   if (!text || !same_bits(*fraction_of_iso_time(*text), fraction)) return {};
   return text;
 }

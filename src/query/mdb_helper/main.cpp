@@ -268,7 +268,7 @@ void load_code_pages() {
         "IBM869",       "KOI8-R",       "KOI8-U",       "ISO-8859-1",   "ISO-8859-2",   "ISO-8859-3",   "ISO-8859-4",
         "ISO-8859-5",   "ISO-8859-6",   "ISO-8859-7",   "ISO-8859-8",   "ISO-8859-9",   "ISO-8859-13",  "ISO-8859-15",
         "UTF-7"})
-    iconv_open("UTF-8", name); // stays open, which keeps the conversion loaded
+    static_cast<void>(iconv_open("UTF-8", name)); // stays open, which keeps the conversion loaded
 }
 
 // Neither memory nor time without end.
