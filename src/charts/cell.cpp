@@ -179,7 +179,8 @@ int digits_before_point(std::string_view picture) {
 cell_entry fitted_number(const cell_type& type, double value) {
   const int digits = digits_before_point(type.picture);
   if (digits > 0 && !(std::abs(value) < std::pow(10.0, digits)))
-    return refused("the number has more than " + std::to_string(digits) + " digits before the point");
+    return refused("the number has more than " + std::to_string(digits) + (digits == 1 ? " digit" : " digits") +
+                   " before the point");
   return {value, {}};
 }
 

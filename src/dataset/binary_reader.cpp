@@ -45,7 +45,7 @@ void binary_reader::fail_short(std::uint64_t offset, const std::string& wanted) 
 // Returns how many of the first `size` bytes came.
 std::size_t binary_reader::read(void* to, std::size_t size, std::size_t ahead) {
   const std::size_t got = read_at(descriptor_, size_ - beyond_, to, size, buffer_.get(), ahead, name_);
-  if (got == 0) throw file_exception("Cannot read " + name_ + ": it was cut while it was read.");
+  if (got == 0) throw file_exception("Cannot read " + name_ + ": it became shorter while it was read.");
   const std::size_t wanted = std::min(got, size);
   next_ = buffer_.get();
   end_ = buffer_.get() + std::min<std::uint64_t>(got - wanted, beyond_ - wanted); // a file may have grown: not asked

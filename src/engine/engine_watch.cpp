@@ -19,12 +19,9 @@ struct fatal_signal {
   std::string_view cause;
 };
 constexpr fatal_signal fatal_signals[] = {
-    {SIGSEGV, " crashed: invalid memory access (SIGSEGV).\n"},
-    {SIGBUS, " crashed: invalid memory access (SIGBUS).\n"},
-    {SIGFPE, " crashed: invalid arithmetic (SIGFPE).\n"},
-    {SIGILL, " crashed: invalid instruction (SIGILL).\n"},
-    {SIGSYS, " crashed: forbidden call of the system (SIGSYS).\n"},
-    {SIGABRT, " ended the program: it aborted (SIGABRT).\n"},
+    {SIGSEGV, " crashed: invalid memory access (SIGSEGV).\n"}, {SIGBUS, " crashed: invalid memory access (SIGBUS).\n"},
+    {SIGFPE, " crashed: invalid arithmetic (SIGFPE).\n"},      {SIGILL, " crashed: invalid instruction (SIGILL).\n"},
+    {SIGSYS, " crashed: forbidden system call (SIGSYS).\n"},   {SIGABRT, " ended the program: it aborted (SIGABRT).\n"},
 };
 
 const char* program_name = nullptr;
@@ -68,10 +65,10 @@ extern "C" void note_exit() {
     try {
       if (const auto thrown = std::current_exception()) std::rethrow_exception(thrown);
     } catch (const std::exception& error) {
-      tell(std::string(" ended the program: an exception on a thread of its own: ") + printable_text(error.what()) +
-           "\n");
+      tell(std::string(" ended the program: an uncaught exception on a thread that it started: ") +
+           printable_text(error.what()) + "\n");
     } catch (...) {
-      tell(" ended the program: an exception on a thread of its own.\n");
+      tell(" ended the program: an uncaught exception on a thread that it started.\n");
     }
     std::abort();
   }

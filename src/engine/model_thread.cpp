@@ -38,7 +38,7 @@ void model_thread::Execute() {
   } catch (const std::exception& error) {
     fail(std::string("The engine failed: ") + error.what());
   } catch (...) {
-    fail("The engine failed with an exception of an unknown kind.");
+    fail("The engine failed with an exception of unknown type.");
   }
   shell_.log_metrics();
   if (grid_was_taken_back_) clear_grid_data(); // repaints it

@@ -16,7 +16,7 @@ std::string file_failure(std::string_view action, std::string_view file, int err
 }
 
 std::string memory_failure(std::string_view file) {
-  return std::string(file) + ": not enough memory for its content.";
+  return std::string(file) + ": not enough memory for its contents.";
 }
 
 file_descriptor& file_descriptor::operator=(file_descriptor&& other) noexcept {

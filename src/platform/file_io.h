@@ -24,7 +24,7 @@ class file_open_exception : public file_exception {
 // "Cannot <action> <file>: <the system's text for `error`>."
 std::string file_failure(std::string_view action, std::string_view file, int error);
 
-// "<file>: not enough memory for its content.", in the place of a std::bad_alloc.
+// "<file>: not enough memory for its contents.", in the place of a std::bad_alloc.
 std::string memory_failure(std::string_view file);
 
 // An open file, closed when the owner goes.

@@ -76,7 +76,7 @@ output_lock::output_lock(const fs::path& base) : base_(fs::absolute(base)), proc
     }
     if (result == outcome::impossible) {
       warning_ = "The results of " + base_.native() + " cannot be locked (" + std::strerror(errno) +
-                 "); make sure that no other run writes them meanwhile.";
+                 "). Make sure that no other run writes to them.";
       file_ = file_descriptor();
       return;
     }

@@ -40,7 +40,7 @@ bool shared_reading::hand_over(const piece& next) {
 void shared_reading::read_whole(piece rest) const {
   while (rest.size > 0) {
     const std::size_t got = read_at(descriptor_, rest.offset, rest.to, rest.size, nullptr, 0, name_);
-    if (got == 0) throw file_exception("Cannot read " + name_ + ": it was cut while it was read.");
+    if (got == 0) throw file_exception("Cannot read " + name_ + ": it became shorter while it was read.");
     rest.to += got;
     rest.size -= got;
     rest.offset += got;

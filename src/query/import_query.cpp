@@ -211,7 +211,8 @@ query_report import_query::execute(const prevesk_dataset_data_type& data, point_
       trace_refresh(i);
   }
   rows.reset();
-  if (!engine.is_up_to_date()) throw query_engine_exception(stored.file_name + ": it has changed while it was read.");
+  if (!engine.is_up_to_date())
+    throw query_engine_exception(stored.file_name + ": it changed while it was read. Run the query again.");
   engine.disconnect(*this);
 
   const query_report report = read.report();
@@ -229,7 +230,7 @@ std::string in_words(const std::string& series, const import_query_descriptor& q
   std::string line = series + ": " + query.file_name;
   if (query.table_name != query.file_name && !query.table_name.empty()) line += " [" + query.table_name + "]";
   if (report.rows == 0)
-    return line + ", no rows found. Check the conditions and whether it covers the time of the run.";
+    return line + ", no rows found. Check the conditions, and that the table covers the time of the run.";
   line += ", " + counted(report.rows, "row") + ", " + counted(report.points, "point");
   if (report.without_moment > 0) line += ", " + counted(report.without_moment, "row") + " without a date";
   if (report.without_value > 0) line += ", " + counted(report.without_value, "row") + " without a value";

@@ -56,7 +56,7 @@ fs::path paradox_catalogue_store::file_of(std::string_view table) const {
   const auto other = std::find_if(found + 1, files_.end(), is_table);
   if (other != files_.end())
     fail(table, folder_,
-         "it stands there twice, as " + found->filename().string() + " and " + other->filename().string() + ".");
+         "the folder has two such files, " + found->filename().string() + " and " + other->filename().string() + ".");
   return *found;
 }
 
@@ -71,7 +71,7 @@ std::vector<catalogue_row> paradox_catalogue_store::read(std::string_view table,
       const auto found = std::find_if(fields.begin(), fields.end(), [&](const table_field& field) {
         return equal_ignoring_case(field.name, column);
       });
-      if (found == fields.end()) fail(table, file, "there is no column " + std::string(column) + ".");
+      if (found == fields.end()) fail(table, file, "the table has no column " + std::string(column) + ".");
       positions.push_back(static_cast<std::size_t>(found - fields.begin()));
     }
     std::vector<catalogue_row> rows;

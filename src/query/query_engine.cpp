@@ -43,7 +43,7 @@ result_set::result_set(std::shared_ptr<table_source> source, std::size_t table, 
     const auto found = std::find_if(table_.fields.begin(), table_.fields.end(),
                                     [&](const table_field& field) { return field.name == name; });
     if (found == table_.fields.end())
-      throw table_source_exception(source_->file(), source_->tables()[table], name, "there is no such field.");
+      throw table_source_exception(source_->file(), source_->tables()[table], name, "the table has no such field.");
     return static_cast<std::size_t>(found - table_.fields.begin());
   };
   const auto& moment = statement.moment_field;
@@ -68,7 +68,7 @@ result_set::result_set(std::shared_ptr<table_source> source, std::size_t table, 
 void result_set::prepare(const sqlite_statement& printed) {
   constexpr int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX; // of one thread
   if (sqlite3_open_v2(":memory:", &database_, flags, nullptr) != SQLITE_OK)
-    throw query_engine_exception("SQLite cannot be started.");
+    throw query_engine_exception("Cannot start SQLite.");
   let_cancel(database_);
   attach_table(database_, table_name, table_);
   if (sqlite3_prepare_v2(database_, printed.sql.c_str(), -1, &statement_, nullptr) != SQLITE_OK) fail();
@@ -218,10 +218,10 @@ std::filesystem::path query_engine::resolved(const std::string& file_name) const
 std::shared_ptr<table_source> query_engine::source_of(const std::string& file_name) {
   std::error_code unknown;
   if (!std::filesystem::exists(resolved(file_name), unknown) && !unknown)
-    throw query_engine_exception(file_name + ": there is no such file" +
+    throw query_engine_exception(file_name + ": no such file" +
                                  (std::filesystem::path(file_name).is_absolute()
                                       ? "."
-                                      : ", neither in the folder of the data file nor in the current one."));
+                                      : ", neither in the folder of the data file nor in the current folder."));
   std::filesystem::path file = resolved(file_name);
   if (source_ && connection_.front().file == file && is_up_to_date()) return source_;
   source_.reset();

@@ -48,7 +48,7 @@ std::string not_of_its_kind(std::string_view text, const char* wanted) {
   std::string shown(text.substr(0, size));
   for (char& c : shown)
     if (static_cast<unsigned char>(c) < ' ') c = ' ';
-  return "\"" + shown + (size < text.size() ? "...\"" : "\"") + " stands where " + wanted + " should be.";
+  return std::string("expected ") + wanted + ", found \"" + shown + (size < text.size() ? "...\"." : "\".");
 }
 
 } // namespace vesk

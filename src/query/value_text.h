@@ -22,7 +22,7 @@ std::string value_text(const table_value& value, field_type type);
 // are month/day/year, year-month-day or with the month's name. Nothing for any other text.
 std::optional<double> moment_literal(std::string_view text);
 
-// What is said of a value that is not what it should be: "<0.5" stands where a number should be. A long text is cut.
+// The message for a value of the wrong kind: expected a number, found "<0.5". A long text is cut.
 std::string not_of_its_kind(std::string_view text, const char* wanted);
 
 } // namespace vesk

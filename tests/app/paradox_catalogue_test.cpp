@@ -90,10 +90,10 @@ TEST_F(ParadoxCatalogue, WhatIsMissingIsNamed) {
   EXPECT_EQ(failure(), "Cannot read table Systems of catalogue /Systems.DB: there is no column Model_system_id.");
   folder.write("Parameters.DB", "cut");
   EXPECT_EQ(failure(),
-            "Cannot read table Parameters of catalogue /Parameters.DB: it is too short for a Paradox table.");
+            "Cannot read table Parameters of catalogue /Parameters.DB: the file is too short for a Paradox table.");
   fs::copy(folder.path / "solution.db", folder.path / "SOLUTION.DB");
   EXPECT_EQ(failure(),
-            "Cannot read table solution of catalogue : it stands there twice, as SOLUTION.DB and solution.db.");
+            "Cannot read table solution of catalogue : the folder has two such files, SOLUTION.DB and solution.db.");
   fs::remove(folder.path / "models.DB");
   EXPECT_EQ(failure(), "Cannot read table models of catalogue : there is no file models.DB.");
 }

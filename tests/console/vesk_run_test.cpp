@@ -78,7 +78,7 @@ TEST_F(VeskRun, AnEngineThatEndsTheProgramIsNamed) {
       {"overflows its stack", 128 + SIGSEGV, " crashed: invalid memory access (SIGSEGV).\n"},
       {"aborts", 128 + SIGABRT, " ended the program: it aborted (SIGABRT).\n"},
       {"throws on its own thread", 128 + SIGABRT,
-       " ended the program: an exception on a thread of its own: no convergence\n"},
+       " ended the program: an uncaught exception on a thread that it started: no convergence\n"},
       {"ends its thread", 128 + SIGABRT, " ended the program by ending its thread.\n"},
       {"calls exit", 1, " ended the program by calling exit.\n"},
   };

@@ -143,7 +143,7 @@ TEST(VkiFile, ALargeFileThatTwoThreadsReadIsEqualOrRefused) {
     cut.read(opened.reader());
     ADD_FAILURE() << "half a file was read";
   } catch (const file_exception& error) {
-    EXPECT_EQ(error.what(), "Cannot read " + name + ": it was cut while it was read.");
+    EXPECT_EQ(error.what(), "Cannot read " + name + ": it became shorter while it was read.");
   }
 }
 

@@ -62,7 +62,7 @@ TEST_F(ParametersForm, WritesBackWhatWasEntered) {
   form.SolutionTypeComboBox = 1;
   EXPECT_FALSE(form.MaxTimeStepField.enter("10.5"));
   EXPECT_FALSE(form.FormCloseQuery(true));
-  EXPECT_EQ(form.message(), "Largest time step (days): the number has more than 1 digits before the point.");
+  EXPECT_EQ(form.message(), "Largest time step (days): the number has more than 1 digit before the point.");
   EXPECT_TRUE(form.MaxTimeStepField.enter("0.25"));
   EXPECT_FALSE(form.StartTimeField.enter("noon"));
   EXPECT_TRUE(form.StartTimeField.enter("02:57:47")); // as it was shown

@@ -116,7 +116,7 @@ TEST(Job, AnExceptionFailsTheJobAndNotTheProcess) {
   EXPECT_EQ(thrown.failure, "The engine failed: division by zero in segment 3");
   EXPECT_EQ(thrown.notes, (lines{"2 The engine failed: division by zero in segment 3"}));
   EXPECT_EQ(run_job(job_code::run, data_for("throws an int")).failure,
-            "The engine failed with an exception of an unknown kind.");
+            "The engine failed with an exception of unknown type.");
 }
 
 TEST(Job, CanBeCancelled) {

@@ -58,14 +58,14 @@ TEST_F(Access, ReadsTheTablesOfADatabase) {
 
 TEST_F(Access, TellsHowTheHelperFailed) {
   const std::string installed = (folder_.path.parent_path() / "lib/vesk/vesk-mdb").string();
-  EXPECT_EQ(outcome(), ": the program that reads Access databases cannot be started: " + installed +
-                           ": No such file or directory.");
+  EXPECT_EQ(outcome(),
+            ": cannot start the program that reads Access databases: " + installed + ": No such file or directory.");
   use_script("kill -SEGV $$");
-  EXPECT_EQ(outcome(), ": reading it failed with signal 11: the database is damaged.");
+  EXPECT_EQ(outcome(), ": reading failed with signal 11: the database is damaged.");
   use_script("exit 3");
-  EXPECT_EQ(outcome(), ": reading it failed with status 3: the database is damaged.");
+  EXPECT_EQ(outcome(), ": reading failed with status 3: the database is damaged.");
   use_script("yes");
-  EXPECT_EQ(outcome(), ": the answer of vesk-mdb is damaged.");
+  EXPECT_EQ(outcome(), ": vesk-mdb sent a damaged answer.");
   use_script(
       "printf '\\001\\000\\000\\000TA\\000\\000\\000\\000.'; [ $1 = tables ] || printf '\\003\\000\\000\\000Eno.'");
   EXPECT_EQ(outcome(), ", table A: no.");
@@ -88,7 +88,7 @@ TEST_F(Access, RefusesDamagedDatabases) {
   std::string bytes = temporary_folder().read(database);
   folder_.write("cut.mdb", bytes.substr(0, 5000));
   EXPECT_EQ(failure(folder_.file("cut.mdb")),
-            ": the database has been cut: its 5000 bytes are no whole number of pages.");
+            ": the database has been cut: its 5000 bytes is not a whole number of pages.");
   folder_.write("page.mdb", bytes.substr(0, 2048));
   EXPECT_NE(failure(folder_.file("page.mdb")), "read");
 }
@@ -110,7 +110,7 @@ TEST_F(Access, NeverReadsAPartOfATable) {
   EXPECT_GT(whole, 1U);
   EXPECT_GT(refused, 20U);
   folder_.write("cut.mdb", bytes.substr(0, 33 * 2048));
-  EXPECT_EQ(failure(file), ", table Table1: the database has been cut: the table owns the page at byte 67584, but the "
+  EXPECT_EQ(failure(file), ", table Table1: the database is truncated: the table uses the page at byte 67584, but the "
                            "file has only 67584 bytes.");
 }
 

@@ -111,7 +111,7 @@ TEST(Csv, ReadsQuotedFieldsAndEncodings) {
 TEST(Csv, RefusesWhatIsNoTable) {
   EXPECT_EQ(failure(""), "river.csv: the file is empty.");
   EXPECT_EQ(failure(" \r\n\n"), "river.csv: the file is empty.");
-  EXPECT_EQ(failure(std::string_view("a\0b", 3)), "river.csv: it is no text file: it holds bytes of value 0.");
+  EXPECT_EQ(failure(std::string_view("a\0b", 3)), "river.csv: not a text file: it contains bytes of value 0.");
   EXPECT_EQ(failure("title\na,b\n1,2\n3,\"4\n5,6\n"), "river.csv: the quotation mark in line 4 is never closed.");
 }
 

@@ -117,22 +117,22 @@ TEST(Dbf, ReadsMemosOfFoxpro) {
   const std::vector<field> fields{{"M", 'M', 4}};
   const std::string content = table(0x30, fields, {" " + bytes_of(8), " " + bytes_of(0)});
   EXPECT_THAT(read(content, memo), ElementsAre("M:16", "depth", "NULL"));
-  EXPECT_EQ(failure(content), "river.dbf, field M: record 1, in the memo file: it is not there.");
-  EXPECT_EQ(failure(content, memo.substr(0, 522)),
-            "river.dbf, field M: record 1, in the memo file: 5 bytes are missing at byte 520: the file has only 522.");
+  EXPECT_EQ(failure(content), "river.dbf, field M: record 1, in the memo file: the file is missing.");
+  EXPECT_EQ(
+      failure(content, memo.substr(0, 522)),
+      "river.dbf, field M: record 1, in the memo file: 5 bytes are missing at byte 520: the file has only 522 bytes.");
 }
 
 TEST(Dbf, TellsWhatIsDamaged) {
   const std::vector<field> fields{{"DAY", 'D', 8}, {"Q", 'N', 6, 1}};
   const auto with = [&](const char* record) { return table(3, fields, {" 20110131   1.5", record}); };
   EXPECT_THAT(read(with(" 00000000******")), ElementsAre("DAY:9; Q:6", "2011-01-31; 1.5", "NULL; NULL"));
-  EXPECT_EQ(failure(with(" 20110231   1.5")),
-            "river.dbf, field DAY: record 2 has \"20110231\" where a date should be.");
-  EXPECT_EQ(failure(with(" 20110131  1\n.5")), "river.dbf, field Q: record 2 has \"1?.5\" where a number should be.");
+  EXPECT_EQ(failure(with(" 20110231   1.5")), "river.dbf, field DAY: record 2: expected a date, found \"20110231\".");
+  EXPECT_EQ(failure(with(" 20110131  1\n.5")), "river.dbf, field Q: record 2: expected a number, found \"1?.5\".");
   std::string cut = with(" 20110201   2.5");
   cut.pop_back();
-  EXPECT_EQ(failure(cut), "river.dbf: the header tells of 2 records, but the file holds only 1.");
-  EXPECT_EQ(failure(cut.substr(0, 20)), "river.dbf: it is too short for a dBASE table.");
+  EXPECT_EQ(failure(cut), "river.dbf: the header claims 2 records, but the file holds only 1.");
+  EXPECT_EQ(failure(cut.substr(0, 20)), "river.dbf: the file is too short for a dBASE table.");
   EXPECT_EQ(failure(table(3, {{"A", 'C', 9}}, {" short"})),
             "river.dbf, field A: it ends at byte 10 of a record of 6 bytes.");
   EXPECT_EQ(failure(table(3, {{"A", 'I', 2}}, {" 12"})),

@@ -177,16 +177,15 @@ TEST_F(ImportQuery, TellsWhatIsWrongWithAValueAndWhere) {
   for (const bool restrict_to_run_period : {false, true}) {
     numbers.restrict_to_run_period = restrict_to_run_period;
     EXPECT_EQ(failure_of(numbers, folder.path),
-              (folder.path / "numbers.csv").string() + ", field Taken: \"20110131\" stands where a date should be.");
+              (folder.path / "numbers.csv").string() + ", field Taken: expected a date, found \"20110131\".");
   }
   folder.write("marks.csv",
                "# gauge 7\n# by hand, twice a day\nTaken,Flow,Depth\n2009-02-01,low,1\nNA,high,2\n2009-02-03,n/a,\n");
   folder.write("texts.csv", "Taken,Flow\nMonday,1\nTuesday,2\n");
   EXPECT_EQ(failure_of(query_on("texts.csv", "Taken", "Flow"), folder.path),
-            folder.file("texts.csv") + ", field Taken: \"Monday\" stands where a date should be.");
+            folder.file("texts.csv") + ", field Taken: expected a date, found \"Monday\".");
   import_query_descriptor marks = query_on("marks.csv", "Taken", "Flow");
-  EXPECT_NE(failure_of(marks, folder.path).find("field Flow: \"low\" stands where a number should be."),
-            std::string::npos);
+  EXPECT_NE(failure_of(marks, folder.path).find("field Flow: expected a number, found \"low\"."), std::string::npos);
   marks.conditions = {{"Depth", 0, 0, ""}};
   EXPECT_NE(failure_of(marks, folder.path).find("which has no selected value"), std::string::npos);
   folder.write("empty.csv", "Taken,Flow\n");
@@ -225,7 +224,7 @@ TEST_F(ImportQuery, RowsWithoutAFiniteNumberAreLeftOutAndCounted) {
   query.file_name = "odd.sqlite";
   query.conditions = {{"site", 0, 0, "a"}};
   EXPECT_EQ(failure_of(query, folder.path),
-            folder.file("odd.sqlite") + ", table d, field v: \"dry\" stands where a number should be.");
+            folder.file("odd.sqlite") + ", table d, field v: expected a number, found \"dry\".");
   import_query live(query, folder.path);
   live.stored.conditions = {{"v", 0, 0, "3.0"}};
   EXPECT_THROW(live.validate(), query_validation_exception);
@@ -287,7 +286,7 @@ TEST_F(ImportQuery, ATextAmongDayNumbersIsUnderstoodOrTold) {
   EXPECT_EQ(values, "123756");
   folder.write("days.csv", numbers + "soon,6\n");
   EXPECT_EQ(failure_of(query, folder.path),
-            folder.file("days.csv") + ", field Taken: \"soon\" stands where a date should be.");
+            folder.file("days.csv") + ", field Taken: expected a date, found \"soon\".");
 }
 
 // The value of a condition is looked for among the rows that are read; those it has outside of the period count, too.

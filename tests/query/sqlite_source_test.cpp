@@ -191,7 +191,7 @@ TEST(SqliteSource, NeverReadsAPartOfADatabase) {
   folder.write("cut.sqlite", bytes.substr(0, bytes.size() - 1));
   EXPECT_THAT([&] { open_table_source(cut); },
               testing::ThrowsMessage<table_source_exception>(
-                  cut + ": the database has been cut: its header states " + std::to_string(bytes.size() / 4096) +
+                  cut + ": the database is truncated: its header states " + std::to_string(bytes.size() / 4096) +
                   " pages of 4096 bytes, but the file has only " + std::to_string(bytes.size() - 1) + " bytes."));
 }
 
@@ -234,8 +234,8 @@ TEST(SqliteSource, TellsWhatIsWrong) {
   const temporary_folder folder;
   const std::string file = database(folder, "CREATE TABLE gauge(id); CREATE VIEW lost AS SELECT * FROM nowhere");
   const auto source = open_table_source(file);
-  EXPECT_THAT([&] { source->find_table("gauges"); }, testing::ThrowsMessage<table_source_exception>(
-                                                         file + ", table gauges: there is no such table in the file."));
+  EXPECT_THAT([&] { source->find_table("gauges"); },
+              testing::ThrowsMessage<table_source_exception>(file + ", table gauges: the file has no such table."));
   EXPECT_THAT([&] { source->fields(1); },
               testing::ThrowsMessage<table_source_exception>(file + ", table lost: no such table: main.nowhere."));
   folder.write("cut.sqlite", folder.read("river.db").substr(0, 600));
@@ -245,7 +245,7 @@ TEST(SqliteSource, TellsWhatIsWrong) {
   const temporary_folder other;
   const std::string bare = database(other, "CREATE TABLE gauge(id); DROP TABLE gauge");
   EXPECT_THAT([&] { open_table_source(bare); },
-              testing::ThrowsMessage<table_source_exception>(bare + ": there is no table in it."));
+              testing::ThrowsMessage<table_source_exception>(bare + ": the database has no tables."));
 }
 
 } // namespace

@@ -78,7 +78,8 @@ TEST(Xls, ReadsContinuedSharedTexts) {
                record(0x00fd, cell(0, 0) + bytes_of(0)) + record(0x00fd, cell(1, 0) + bytes_of(1))),
       ElementsAre("q:1", "a°C!"));
   EXPECT_THAT([] { read_xls(0x0600, record(0x002f, "\0\0"s), ""); },
-              testing::ThrowsMessage<table_source_exception>("river.xls: the workbook has a password."));
+              testing::ThrowsMessage<table_source_exception>(
+                  "river.xls: the workbook is protected by a password; save a copy without it."));
 }
 
 TEST(Workbooks, TellDatesByTheirFormat) {
@@ -101,13 +102,13 @@ TEST(Workbooks, AreRefusedUnderTheNameOfASingleTable) {
     return std::string("read");
   };
   EXPECT_EQ(failure("readings.xlsx", "a.csv"),
-            "it is an Excel workbook under the name of a single table; rename it so that it ends with .xlsx.");
+            "it is an Excel workbook with the extension of a single table; rename it to end with .xlsx.");
   EXPECT_EQ(failure("date.ods", "b.xlsm"),
-            "it is an OpenDocument workbook under the name of a single table; rename it so that it ends with .ods.");
+            "it is an OpenDocument workbook with the extension of a single table; rename it to end with .ods.");
   EXPECT_EQ(failure("roanoke_daily.sqlite", "c.sqlite3"),
-            "it is a SQLite database under the name of a single table; rename it so that it ends with .sqlite.");
+            "it is a SQLite database with the extension of a single table; rename it to end with .sqlite.");
   EXPECT_EQ(failure("date.xls", "d.dbf"),
-            "it is an Excel workbook under the name of a single table; rename it so that it ends with .xls.");
+            "it is an Excel workbook with the extension of a single table; rename it to end with .xls.");
   EXPECT_EQ(failure("readings.xlsx", "e.ods"), "read"); // both hold several tables
 }
 
@@ -173,9 +174,8 @@ TEST_F(ZippedWorkbook, XlsxCellsOfAllKinds) {
   EXPECT_THAT(read(without_texts), ElementsAre("text 0 of a cell is missing."));
   auto with_entities = parts;
   with_entities[5].second = "<!DOCTYPE w [<!ENTITY a 'b'>]><w/>";
-  EXPECT_THAT(read(with_entities),
-              ElementsAre("part one.xml of it is no XML that can be read: it declares entities or other "
-                          "things of its own, in line 1."));
+  EXPECT_THAT(read(with_entities), ElementsAre("part one.xml is not valid XML: document type declarations are not "
+                                               "supported, in line 1."));
 }
 
 TEST_F(ZippedWorkbook, HasUnitsAndASecondLineInItsHeader) {
@@ -206,15 +206,14 @@ TEST_F(ZippedWorkbook, OdsCellsOfAllKinds) {
                "o:boolean-value='true'/></t:table-row>"
                "<t:table-row t:number-rows-repeated='1048570'><t:table-cell/></t:table-row>"),
       ElementsAre("a  b\nc:6; t:10", "0.5; 01:30:01", "0.5; 01:30:01", "1; 1899-12-31"));
-  EXPECT_THAT(read_ods("<t:table-row"),
-              ElementsAre("part content.xml of it is no XML that can be read: not well-formed "
-                          "(invalid token), in line 1."));
+  EXPECT_THAT(read_ods("<t:table-row"), ElementsAre("part content.xml is not valid XML: not well-formed "
+                                                    "(invalid token), in line 1."));
   EXPECT_THAT(read({{"contents.xml", "x"}}, "river.ods"), ElementsAre("part content.xml of it is missing."));
   EXPECT_THAT(read({{"contents.xml", "x"}}), ElementsAre("part xl/workbook.xml of it is missing."));
-  EXPECT_THAT(read({{"contents.xml", "x"}}, "river.zip"), ElementsAre("the zip archive does not hold a workbook."));
+  EXPECT_THAT(read({{"contents.xml", "x"}}, "river.zip"), ElementsAre("the zip archive contains no workbook."));
   EXPECT_THAT(read({{"META-INF/manifest.xml", "<m:manifest xmlns:m='m'><m:encryption-data/></m:manifest>"},
                     {"content.xml", "x"}}),
-              ElementsAre("the workbook has a password."));
+              ElementsAre("the workbook is protected by a password; save a copy without it."));
 }
 
 } // namespace

@@ -183,7 +183,7 @@ TEST_F(VkiProgram, WantOfMemoryIsToldInOneSentence) {
   for (const char* name : {"long.vki", "wild.vki"}) std::filesystem::resize_file(file(name), 9000000000);
   const program_result wild = shell("ulimit -v 1000000; " VKI " upgrade wild.vki new.vki");
   EXPECT_EQ(wild.status, 1);
-  EXPECT_EQ(wild.err, "wild.vki: not enough memory for its content.\n");
+  EXPECT_EQ(wild.err, "wild.vki: not enough memory for its contents.\n");
   // What does not need much memory is read, however large the file.
   EXPECT_EQ(shell("ulimit -v 1000000; " VKI " upgrade long.vki new.vki").err, "");
   EXPECT_EQ(folder_.read("new.vki"), river());

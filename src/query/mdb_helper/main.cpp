@@ -60,10 +60,10 @@ using table_handle = std::unique_ptr<MdbTableDef, free_table>;
 
 database_handle open_database(const char* file) {
   database_handle database(mdb_open(file, MDB_NOFLAGS));
-  if (!database) throw failure{"it is no Access database of a kind that can be read."};
+  if (!database) throw failure{"not an Access database of a supported version."};
   mdb_set_bind_size(database.get(), longest_text);
   if (!mdb_read_catalog(database.get(), MDB_TABLE))
-    throw failure{"its list of tables cannot be read: the database is damaged or encrypted."};
+    throw failure{"cannot read the list of tables: the database is damaged or encrypted."};
   return database;
 }
 
@@ -110,7 +110,7 @@ public:
       : database_(database), table_(table), texts_(table->num_cols), sizes_(table->num_cols) {
     for (unsigned i = 0; i < table->num_cols; ++i) {
       const MdbColumn& c = column(i);
-      if (c.col_type == 0) throw failure{"field " + std::string(c.name) + " of it is damaged."};
+      if (c.col_type == 0) throw failure{"field " + std::string(c.name) + " is damaged."};
       send(message::field, static_cast<char>(type_of(c)) + std::string(c.name));
       if (is_bound(c)) {
         texts_[i].resize(longest_text + 1);
@@ -148,7 +148,7 @@ private:
       if (next <= page) return; // the last one is followed by 0, a map that cannot be read by -1
       page = next;
       if (static_cast<unsigned long>(page) >= pages)
-        throw failure{"the database has been cut: the table owns the page at byte " +
+        throw failure{"the database is truncated: the table uses the page at byte " +
                       std::to_string(static_cast<unsigned long>(page) * page_size) + ", but the file has only " +
                       std::to_string(file_size()) + " bytes."};
     }
@@ -168,7 +168,7 @@ private:
 
   off_t file_size() const {
     struct stat state {};
-    if (fstat(fileno(database_->f->stream), &state) != 0) throw failure{"its size cannot be determined."};
+    if (fstat(fileno(database_->f->stream), &state) != 0) throw failure{"cannot determine the size of the file."};
     return state.st_size;
   }
 
@@ -251,9 +251,9 @@ void send_rows(MdbHandle* database, const char* name) {
   for_each_table(database, [&](MdbCatalogEntry* entry) {
     if (std::strcmp(entry->object_name, name) == 0) found = entry;
   });
-  if (!found) throw failure{"there is no such table in the file."};
+  if (!found) throw failure{"the file has no such table."};
   const table_handle table(mdb_read_table(found));
-  if (!table || !mdb_read_columns(table.get())) throw failure{"its fields cannot be read: the database is damaged."};
+  if (!table || !mdb_read_columns(table.get())) throw failure{"cannot read the fields: the database is damaged."};
   row_writer(database, table.get()).write_all();
 }
 
@@ -287,7 +287,7 @@ void limit_itself() {
 int main(int argc, char** argv) {
   const std::string work = argc > 1 ? argv[1] : "";
   if (!(work == "tables" && argc == 2) && !(work == "rows" && argc == 3)) {
-    std::fputs("vesk-mdb reads Access databases for vesk and vesk-run; it is no use by itself.\n", stderr);
+    std::fputs("vesk-mdb reads Access databases for vesk and vesk-run. It cannot be used alone.\n", stderr);
     return 2;
   }
   if (!sandbox::die_with_parent(STDOUT_FILENO)) return 1;
@@ -296,7 +296,7 @@ int main(int argc, char** argv) {
   try {
     load_code_pages();
     if (const std::string cause = sandbox::confine_to(vesk::mdb::the_file); !cause.empty())
-      throw failure{"its reader cannot be confined to it: " + cause + "."};
+      throw failure{"cannot confine its reader to this one file: " + cause + "."};
     const database_handle database = open_database(sandbox::name_of(vesk::mdb::the_file).c_str());
     if (work == "tables")
       for_each_table(database.get(), [](const MdbCatalogEntry* entry) { send(message::table, entry->object_name); });
@@ -306,7 +306,7 @@ int main(int argc, char** argv) {
   } catch (const failure& f) {
     send(message::failure, f.sentence);
   } catch (const std::bad_alloc&) {
-    send(message::failure, "it takes too much memory: the database is damaged.");
+    send(message::failure, "reading it takes too much memory: the database is damaged.");
   }
   return std::fflush(answer) == 0 ? 0 : 1;
 }

@@ -79,7 +79,7 @@ std::string beginning(const fs::path& file) {
   std::error_code unknown; // opening reports the cause
   const fs::file_status status = fs::status(file, unknown);
   if (fs::exists(status) && !fs::is_regular_file(status)) // a pipe would wait for a writer
-    throw table_source_exception(file.string(), "", "", "it is no file of data.");
+    throw table_source_exception(file.string(), "", "", "not a regular file.");
   const file_descriptor descriptor = open_for_reading(file);
   std::string bytes(beginning_size, '\0');
   bytes.resize(read_at(descriptor.get(), 0, bytes.data(), bytes.size(), nullptr, 0, file.native()));
@@ -94,14 +94,14 @@ const table_format& format_of_archive(const fs::path& file) {
   if (archive.has("_rels/.rels") || archive.has("xl/workbook.xml")) return xlsx;
   for (const table_format* format : {&ods, &xlsx})
     if (equal_ignoring_case(file.extension().string(), format->extension)) return *format;
-  throw table_source_exception(file.string(), "", "", "the zip archive does not hold a workbook.");
+  throw table_source_exception(file.string(), "", "", "the zip archive contains no workbook.");
 }
 
 std::unique_ptr<table_source> open_as(const table_format& format, const fs::path& file) {
   if (!has_several_tables(file))
     throw table_source_exception(file.string(), "", "",
                                  "it is " + std::string(format.name) +
-                                     " under the name of a single table; rename it so that it ends with " +
+                                     " with the extension of a single table; rename it to end with " +
                                      format.extension + ".");
   return format.open(file);
 }
@@ -128,8 +128,9 @@ std::unique_ptr<table_source> open_table_source(const fs::path& file) {
   if (row)
     throw table_source_exception(file.string(), "", "",
                                  "its content is not that of a " + std::string(row->extension) + " file.");
-  throw table_source_exception(file.string(), "", "",
-                               "neither its content nor its extension is of a kind that tables are read from.");
+  throw table_source_exception(
+      file.string(), "", "",
+      "unknown format: neither the content nor the extension is that of a supported table file.");
 }
 
 bool has_several_tables(const fs::path& file) {

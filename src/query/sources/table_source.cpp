@@ -84,7 +84,7 @@ std::size_t table_source::find_table(std::string_view name) const {
                            [&](const std::string& table) { return equal_ignoring_case(table, wanted); });
     if (found != tables_.end()) return static_cast<std::size_t>(found - tables_.begin());
   }
-  throw table_source_exception(file_, std::string(name), "", "there is no such table in the file.");
+  throw table_source_exception(file_, std::string(name), "", "the file has no such table.");
 }
 
 bool equal_ignoring_case(std::string_view a, std::string_view b) {

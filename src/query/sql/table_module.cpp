@@ -248,10 +248,10 @@ void attach_table(sqlite3* database, const std::string& name, module_table& tabl
   constexpr std::size_t most_fields = 2000; // of SQLite
   if (table.fields.size() > most_fields)
     throw table_source_exception(table.source.file(), table.source.tables()[table.table], "",
-                                 "it has " + std::to_string(table.fields.size()) + " fields; " +
+                                 "it has " + std::to_string(table.fields.size()) + " fields; at most " +
                                      std::to_string(most_fields) + " can be read.");
   if (sqlite3_create_module_v2(database, name.c_str(), &module_of_tables, &table, nullptr) != SQLITE_OK)
-    throw query_engine_exception(std::string("A table cannot be given to SQLite: ") + sqlite3_errmsg(database) + ".");
+    throw query_engine_exception(std::string("Cannot pass a table to SQLite: ") + sqlite3_errmsg(database) + ".");
 }
 
 } // namespace vesk

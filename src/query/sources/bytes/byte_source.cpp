@@ -40,9 +40,8 @@ private:
             read_at(descriptor_.get(), offset + filled, to + filled, size - filled, nullptr, 0, name());
         if (got == 0)
           throw table_source_exception(name(), "", "",
-                                       "it has become shorter while it was read: of its " +
-                                           std::to_string(this->size()) + " bytes those from byte " +
-                                           std::to_string(offset + filled) + " on are gone.");
+                                       "it became shorter while it was read: from " + std::to_string(this->size()) +
+                                           " to " + std::to_string(offset + filled) + " bytes.");
         filled += got;
       }
     });
@@ -90,7 +89,7 @@ void byte_source::check_memo(std::size_t size) const {
 void byte_source::fail_short(std::uint64_t offset, std::size_t size) const {
   throw table_source_exception(name_, "", "",
                                counted(size, "byte is", "bytes are") + " missing at byte " + std::to_string(offset) +
-                                   ": the file has only " + std::to_string(size_) + ".");
+                                   ": the file has only " + std::to_string(size_) + " bytes.");
 }
 
 std::unique_ptr<byte_source> open_bytes(const fs::path& file) {

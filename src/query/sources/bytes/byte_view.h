@@ -41,7 +41,7 @@ private:
   [[noreturn]] void fail_short(std::size_t offset, std::size_t size) const {
     throw table_source_exception(*name_, "", "",
                                  counted(size, "byte is", "bytes are") + " missing at byte " + std::to_string(offset) +
-                                     ": the file has only " + std::to_string(bytes_.size()) + ".");
+                                     ": the file has only " + std::to_string(bytes_.size()) + " bytes.");
   }
 
   std::span<const std::byte> bytes_;

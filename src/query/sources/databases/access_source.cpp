@@ -34,7 +34,7 @@ public:
     ask({"tables"}, "", [&](mdb::message kind, std::string_view content) {
       if (kind == mdb::message::table) tables_.push_back(shown_text(content));
     });
-    if (tables_.empty()) fail("", "there is no table in it.");
+    if (tables_.empty()) fail("", "the database has no tables.");
   }
 
 protected:
@@ -48,7 +48,7 @@ private:
   void ask(const std::vector<std::string>& arguments, const std::string& table, const receiver& receive) const;
   std::uint32_t add_rows(std::string_view content, std::size_t fields, std::size_t table, std::uint32_t row,
                          cell_table& cells);
-  [[noreturn]] void fail_answer(const std::string& table) const { fail(table, "the answer of vesk-mdb is damaged."); }
+  [[noreturn]] void fail_answer(const std::string& table) const { fail(table, "vesk-mdb sent a damaged answer."); }
 
   fs::path path_;
 };
@@ -59,7 +59,8 @@ void access_source::check_size() const {
   const std::uintmax_t size = fs::file_size(path_, error);
   constexpr std::uintmax_t smallest_page = 2048;
   if (!error && (size == 0 || size % smallest_page != 0))
-    fail("", "the database has been cut: its " + std::to_string(size) + " bytes are no whole number of pages.");
+    fail("",
+         "the database is truncated: its size of " + std::to_string(size) + " bytes is not a whole number of pages.");
 }
 
 file_descriptor access_source::open_database() const {
@@ -102,13 +103,13 @@ void access_source::ask(const std::vector<std::string>& arguments, const std::st
   if (ended) return;
   using way = program_end::way;
   if (end.how == way::not_started || (end.how == way::exited && end.code == 127))
-    fail(table, "the program that reads Access databases cannot be started: " + helper.string() + ": " +
+    fail(table, "cannot start the program that reads Access databases: " + helper.string() + ": " +
                     std::strerror(end.code == 127 ? ENOENT : end.code) + ".");
   if (end.how == way::silent)
-    fail(table, "reading it did not get on for " + std::to_string(longest_silence.count()) +
+    fail(table, "reading made no progress for " + std::to_string(longest_silence.count()) +
                     " seconds: the database is damaged.");
   fail(table,
-       "reading it failed with " +
+       "reading failed with " +
            (end.how == way::signalled ? "signal " + std::to_string(end.code) : "status " + std::to_string(end.code)) +
            ": the database is damaged.");
 }

@@ -151,17 +151,17 @@ void dbf_source::read_header() {
   const std::string beginning =
       table_->text(0, static_cast<std::size_t>(std::min<std::uint64_t>(longest_header, table_->size())));
   const byte_view header(std::as_bytes(std::span(beginning)), file());
-  if (header.size() < 33) throw table_source_exception(file(), "", "", "it is too short for a dBASE table.");
+  if (header.size() < 33) throw table_source_exception(file(), "", "", "the file is too short for a dBASE table.");
   version_ = header.number<std::uint8_t>(0);
   if (is_level_7() ? header.size() < 70 : (version_ & 7) != 3 && !is_foxpro() && (version_ & 7) != 2)
     throw table_source_exception(file(), "", "",
-                                 "it is no dBASE table: its first byte is " + std::to_string(version_) + ".");
+                                 "not a dBASE table: unknown first byte " + std::to_string(version_) + ".");
   if (header.number<std::uint8_t>(15) == 1) throw table_source_exception(file(), "", "", "the table is encrypted.");
   first_record_ = header.number<std::uint16_t>(8);
   record_size_ = header.number<std::uint16_t>(10);
   if (!code_page_) code_page_ = code_page::find(code_page_number(header.number<std::uint8_t>(29)));
   if (!code_page_) code_page_ = code_page::find(1252);
-  if (!code_page_) throw table_source_exception(file(), "", "", "the system does not know its code page.");
+  if (!code_page_) throw table_source_exception(file(), "", "", "this system does not support its code page.");
   if (first_record_ < 33 || first_record_ > table_->size() || record_size_ < 2)
     throw table_source_exception(file(), "", "",
                                  "the header is damaged: records of " + std::to_string(record_size_) +
@@ -172,7 +172,7 @@ void dbf_source::read_header() {
   const std::uint64_t told = header.number<std::uint32_t>(4);
   if (told > held)
     throw table_source_exception(file(), "", "",
-                                 "the header tells of " + std::to_string(told) + " records, but the file holds only " +
+                                 "the header claims " + std::to_string(told) + " records, but the file holds only " +
                                      std::to_string(held) + ".");
   record_count_ = told;
 }
@@ -212,7 +212,7 @@ void dbf_source::read_fields(const byte_view& header) {
     else
       add_field(field, code_page_->utf8(name));
   }
-  if (layout_.empty()) throw table_source_exception(file(), "", "", "the header names no field.");
+  if (layout_.empty()) throw table_source_exception(file(), "", "", "the header lists no fields.");
   std::vector<std::string> names;
   for (const table_field& field : fields_) names.push_back(field.name);
   names = distinct_names(std::move(names));
@@ -409,7 +409,7 @@ table_value dbf_cursor::memo(std::size_t field, std::string_view bytes) {
   }
   if (block == 0) return {};
   try {
-    if (!source_.memo_) throw table_source_exception("", "", "", "it is not there.");
+    if (!source_.memo_) throw table_source_exception("", "", "", "the file is missing.");
     texts_[field] = source_.memo_->text(block);
     return text(field, texts_[field]);
   } catch (const table_source_exception& error) {
@@ -424,8 +424,8 @@ void dbf_cursor::fail(std::size_t field, std::string_view bytes, const char* exp
   std::replace_if(
       shown.begin(), shown.end(), [](char c) { return c >= 0 && c < ' '; }, '?');
   throw table_source_exception(source_.file(), "", source_.fields_[field].name,
-                               "record " + std::to_string(record) + " has \"" + shown + "\" where " + expected +
-                                   " should be.");
+                               "record " + std::to_string(record) + ": expected " + std::string(expected) +
+                                   ", found \"" + shown + "\".");
 }
 
 std::unique_ptr<row_cursor> dbf_source::rows(std::size_t, std::vector<row_filter> filters) {

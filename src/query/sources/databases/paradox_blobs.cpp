@@ -26,7 +26,7 @@ std::string blob_content(const byte_source& file, const paradox_blob& blob) {
   if (type == own_block && entry == 0xff) return file.memo(block + 9, blob.size);
   constexpr std::uint8_t entries = 64;
   if (type != shared_block || entry >= entries)
-    throw table_source_exception(file.name(), "", "", "there is no blob at byte " + std::to_string(block) + ".");
+    throw table_source_exception(file.name(), "", "", "expected a memo at byte " + std::to_string(block) + ".");
   // An entry has the place and the size of its blob in pieces of 16 bytes, and how many of the last piece are used.
   const std::uint8_t piece = byte_at(block + 12 + std::size_t{5} * entry);
   return file.memo(block + std::size_t{16} * piece, blob.size);

@@ -110,7 +110,7 @@ private:
 };
 
 void paradox_source::read_header(const byte_view& bytes) {
-  if (bytes.size() < 0x58) fail("it is too short for a Paradox table.");
+  if (bytes.size() < 0x58) fail("the file is too short for a Paradox table.");
   record_size_ = bytes.number<std::uint16_t>(0);
   header_size_ = bytes.number<std::uint16_t>(2);
   const auto kind = bytes.number<std::uint8_t>(4);
@@ -120,9 +120,9 @@ void paradox_source::read_header(const byte_view& bytes) {
   version_ = bytes.number<std::uint8_t>(0x39);
   if ((kind != 0 && kind != 2) || version_ < 3 || version_ > 14 || block_size_ == 0 || block_size_ > 32 * 1024 ||
       record_size_ == 0 || header_size_ < 0x58)
-    fail("it is no Paradox table.");
+    fail("not a Paradox table.");
   if (header_size_ > bytes.size())
-    fail("the file ends in its header, at byte " + std::to_string(bytes.size()) + " of " +
+    fail("the file ends within its header, at byte " + std::to_string(bytes.size()) + " of " +
          std::to_string(header_size_) + ".");
   fields_start_ = has_second_header() ? 0x78 : 0x58;
 
@@ -134,12 +134,12 @@ void paradox_source::read_header(const byte_view& bytes) {
   unsigned page = has_second_header() ? bytes.number<std::uint16_t>(0x6a) : 0;
   if (page == 0) page = has_second_header() ? 1252 : 437; // of versions before 4
   code_page_ = code_page::find(page);
-  if (!code_page_) fail("its text is in code page " + std::to_string(page) + ", which the system does not know.");
+  if (!code_page_) fail("its text is in code page " + std::to_string(page) + ", which this system does not support.");
 }
 
 void paradox_source::read_fields(const byte_view& bytes) {
   const std::size_t count = bytes.number<std::uint16_t>(0x21);
-  if (count == 0 || count > 255) fail("the header tells of " + std::to_string(count) + " fields.");
+  if (count == 0 || count > 255) fail("the header claims " + std::to_string(count) + " fields.");
   // Behind the types: a pointer to the table's name and one to each field's name, the table's name in a place of fixed
   // size, the names with a zero after each.
   const std::size_t table_name_size = version_ >= 12 ? 261 : 79;
@@ -207,14 +207,14 @@ bool paradox_cursor::to_next_block() {
   const std::uint64_t in_file = (file_size - source_.header_size_ + source_.block_size_ - 1) / source_.block_size_;
   if (next_block_ == 0 || source_.record_count_ == 0) {
     if (read_ != source_.record_count_)
-      source_.fail("the header tells of " + std::to_string(source_.record_count_) + " records, but the blocks hold " +
+      source_.fail("the header claims " + std::to_string(source_.record_count_) + " records, but the blocks hold " +
                    std::to_string(read_) + ".");
     return false;
   }
   if (next_block_ > in_file)
     source_.fail("block " + std::to_string(next_block_) + " is missing: the file has only " + std::to_string(in_file) +
                  ".");
-  if (++blocks_ > in_file) source_.fail("its blocks follow each other in a circle.");
+  if (++blocks_ > in_file) source_.fail("its blocks form a loop.");
   constexpr std::size_t block_header = 6;
   const std::uint64_t at = source_.header_size_ + std::uint64_t{next_block_ - 1} * source_.block_size_;
   const std::size_t block = next_block_;
@@ -226,7 +226,7 @@ bool paradox_cursor::to_next_block() {
   const std::size_t size =
       last < 0 ? 0 : (static_cast<std::size_t>(last) / source_.record_size_ + 1) * source_.record_size_;
   if (block_header + size > source_.block_size_)
-    source_.fail("block " + std::to_string(block) + " tells of more records than it has room for.");
+    source_.fail("block " + std::to_string(block) + " claims more records than fit in it.");
   const std::string_view records = window_.at(at + block_header, size);
   next_ = records.data();
   end_ = next_ + records.size();
@@ -323,7 +323,7 @@ table_value paradox_cursor::memo(std::size_t field, std::string_view bytes) {
   const std::size_t here = bytes.size() - paradox_blob::reference_size;
   if (blob.size <= here) return text(field, bytes.substr(0, blob.size));
   try {
-    if (!source_.blobs_) throw table_source_exception("", "", "", "it is not there.");
+    if (!source_.blobs_) throw table_source_exception("", "", "", "the file is missing.");
     texts_[field] = blob_content(*source_.blobs_, blob);
     return text(field, texts_[field]);
   } catch (const table_source_exception& error) {

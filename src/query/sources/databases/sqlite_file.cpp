@@ -55,7 +55,7 @@ std::string uri_of(const std::string& file) {
 std::string cause_of_failure(sqlite3* database) {
   if (!database) return "not enough memory.";
   switch (sqlite3_errcode(database)) {
-  case SQLITE_BUSY: return "another program has locked the database, for more than 2 seconds.";
+  case SQLITE_BUSY: return "another program has kept the database locked for more than 2 seconds.";
   case SQLITE_READONLY:
     return "a change to the database was not completed, as after a crash; open it once with a program that may write "
            "to it.";
@@ -94,7 +94,7 @@ void check_size(const std::string& file, std::string_view header) {
   const std::uintmax_t pages = has_count ? big_endian(fields, page_count) : (size + page_size - 1) / page_size;
   if (size < pages * page_size)
     throw table_source_exception(file, "", "",
-                                 "the database has been cut: its header states " + std::to_string(pages) +
+                                 "the database is truncated: its header states " + std::to_string(pages) +
                                      " pages of " + std::to_string(page_size) + " bytes, but the file has only " +
                                      std::to_string(size) + " bytes.");
 }

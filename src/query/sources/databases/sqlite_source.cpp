@@ -40,7 +40,7 @@ public:
                               "");
     while (step(list.get(), "")) stored_names_.emplace_back(text_of(list.get(), 0));
     for (const std::string& stored : stored_names_) tables_.push_back(shown_text(stored));
-    if (tables_.empty()) throw table_source_exception(file(), "", "", "there is no table in it.");
+    if (tables_.empty()) throw table_source_exception(file(), "", "", "the database has no tables.");
   }
 
   const std::vector<table_field>& fields(std::size_t table) override;

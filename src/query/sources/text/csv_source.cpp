@@ -50,7 +50,7 @@ public:
       const text_stream text(*bytes_, start_);
       const std::string_view there(text.begin(), static_cast<std::size_t>(text.end() - text.begin()));
       if (there.substr(0, sample_size).find('\0') != there.npos)
-        throw table_source_exception(file(), "", "", "it is no text file: it holds bytes of value 0.");
+        throw table_source_exception(file(), "", "", "not a text file: it contains bytes of value 0.");
       separator_ = separator_of(there.substr(0, sample_size));
     }
     find_columns();

@@ -72,7 +72,7 @@ std::size_t text_stream::fetch(char* to, std::size_t size) {
   }
   const bool big_endian = encoding_ == encoding::utf_16_big;
   const code_page* const page = code_page::find(big_endian ? 1201 : 1200);
-  if (!page) throw table_source_exception(source_->name(), "", "", "the system does not know UTF-16.");
+  if (!page) throw table_source_exception(source_->name(), "", "", "this system does not support UTF-16.");
   std::string units = source_->text(next_, size);
   if (next_ + size < source_->size()) {
     units.resize(units.size() / 2 * 2);

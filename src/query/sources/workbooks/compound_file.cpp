@@ -122,7 +122,7 @@ std::vector<std::uint32_t> compound_file::chain(const std::vector<std::uint32_t>
   std::vector<std::uint32_t> numbers;
   for (std::uint32_t at = first; at <= largest_sector; at = table[at]) {
     if (at >= table.size()) fail("sector " + std::to_string(at) + " of the compound file is missing.");
-    if (numbers.size() == table.size()) fail("the sectors of the compound file follow each other in a circle.");
+    if (numbers.size() == table.size()) fail("the sectors of the compound file form a loop.");
     numbers.push_back(at);
   }
   return numbers;

@@ -207,7 +207,7 @@ ods_source::ods_source(const byte_source& bytes) : sheet_source(bytes.name()) {
   if (const std::string manifest = "META-INF/manifest.xml"; archive.has(manifest)) {
     manifest_reader reader;
     reader.read(archive, manifest);
-    if (reader.is_encrypted) fail("", "the workbook has a password.");
+    if (reader.is_encrypted) fail("", "the workbook is protected by a password; save a copy without it.");
   }
   ods_content_reader(*this).read(archive, "content.xml");
   refuse_without_sheets();

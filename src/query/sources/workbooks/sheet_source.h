@@ -44,10 +44,10 @@ protected:
     throw table_source_exception(file(), table, "", std::move(cause));
   }
   void refuse_without_sheets() const {
-    if (tables_.empty()) fail("", "there is no worksheet in it.");
+    if (tables_.empty()) fail("", "the workbook has no worksheets.");
   }
   [[noreturn]] void fail_too_large(std::size_t table) const {
-    fail(tables_[table], "it has more than " + std::to_string(cell_table::most_cells) + " cells.");
+    fail(tables_[table], "the table has more than " + std::to_string(cell_table::most_cells) + " cells.");
   }
 
   std::vector<std::string_view> shared_texts_;

@@ -20,9 +20,10 @@ public:
     const std::size_t signature = compound_beginning.size();
     if (bytes_->size() >= signature && bytes_->text(0, signature) == compound_beginning) {
       const compound_file compound(*bytes_);
-      if (compound.has("EncryptedPackage")) fail("", "the workbook has a password."); // an .xlsx inside
+      if (compound.has("EncryptedPackage"))
+        fail("", "the workbook is protected by a password; save a copy without it."); // an .xlsx inside
       inside_ = compound.stream({"Workbook", "Book"});
-      if (!inside_) fail("", "there is no workbook in the compound file.");
+      if (!inside_) fail("", "the compound file contains no workbook.");
     }
     read_globals();
     refuse_without_sheets();
@@ -61,19 +62,19 @@ unsigned code_page_of(std::uint16_t number) {
 
 void xls_source::read_globals() {
   biff_records record(stream());
-  if (!record.next() || record.id() != biff_bof) fail("", "it is no workbook of a kind that can be read.");
+  if (!record.next() || record.id() != biff_bof) fail("", "not a workbook of a supported version.");
   const auto version = record.data().number<std::uint16_t>(0);
-  if (version != 0x0600 && version != 0x0500) fail("", "it is a workbook older than Excel 5.");
+  if (version != 0x0600 && version != 0x0500) fail("", "workbooks older than Excel 5 are not supported.");
   is_biff8_ = version == 0x0600;
   code_page_ = code_page::find(1252);
-  if (!code_page_) fail("", "the system does not know its code page.");
+  if (!code_page_) fail("", "this system does not support its code page.");
 
   constexpr std::size_t most_styles = 1 << 16; // that cells can name
   std::vector<std::uint16_t> style_formats;
   while (record.next() && record.id() != biff_eof) {
     const byte_view& data = record.data();
     switch (record.id()) {
-    case biff_filepass: fail("", "the workbook has a password.");
+    case biff_filepass: fail("", "the workbook is protected by a password; save a copy without it.");
     case biff_codepage:
       if (const code_page* const page = code_page::find(code_page_of(data.number<std::uint16_t>(0)))) code_page_ = page;
       break;
@@ -109,7 +110,8 @@ void xls_source::read_shared_texts(biff_records& record) {
   biff_texts texts = texts_of(record, 8);
   for (std::uint32_t i = 0; i < count; ++i) {
     const std::string text = texts.text(2);
-    if (texts.ended()) fail("", "only " + std::to_string(i) + " of " + std::to_string(count) + " texts are there.");
+    if (texts.ended())
+      fail("", "only " + std::to_string(i) + " of " + std::to_string(count) + " shared texts are present.");
     add_shared_text(text);
   }
 }
@@ -123,7 +125,7 @@ public:
   void read() {
     if (!record_.next() || record_.id() != biff_bof) source_.fail(source_.tables_[table_], "the sheet is missing.");
     for (int depth = 1; depth > 0;) {
-      if (!record_.next()) source_.fail(source_.tables_[table_], "the sheet has no end.");
+      if (!record_.next()) source_.fail(source_.tables_[table_], "the sheet does not end.");
       if (record_.id() == biff_bof)
         ++depth; // a chart inside the sheet
       else if (record_.id() == biff_eof)

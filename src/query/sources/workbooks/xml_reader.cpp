@@ -117,8 +117,8 @@ void xml_reader::read(const zip_archive& archive, const std::string& part, std::
     if (state.thrown) std::rethrow_exception(state.thrown);
     const std::string line = std::to_string(XML_GetCurrentLineNumber(parser.get()));
     throw table_source_exception(archive.name(), "", "",
-                                 "part " + part + " of it is no XML that can be read: " +
-                                     (state.has_document_type ? "it declares entities or other things of its own"
+                                 "part " + part + " is not valid XML: " +
+                                     (state.has_document_type ? "document type declarations are not supported"
                                                               : cause_of(XML_GetErrorCode(parser.get()))) +
                                      ", in line " + line + ".");
   };

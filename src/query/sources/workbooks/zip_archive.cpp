@@ -89,8 +89,8 @@ bool zip_archive::has(const std::string& part) const {
 
 void zip_archive::read(const std::string& part, const std::function<void(std::string_view)>& take,
                        std::size_t most) const {
-  if (!has(part)) fail("part " + part + " of it is missing.");
-  if (unzOpenCurrentFile(archive_) != UNZ_OK) fail("part " + part + " of it is damaged or has a password.");
+  if (!has(part)) fail("part " + part + " is missing.");
+  if (unzOpenCurrentFile(archive_) != UNZ_OK) fail("part " + part + " is damaged or encrypted.");
   unz_file_info64 info{};
   unzGetCurrentFileInfo64(archive_, &info, nullptr, 0, nullptr, 0, nullptr, 0);
   const std::size_t packed = std::min<std::uint64_t>(info.compressed_size, bytes_.size());
@@ -103,20 +103,20 @@ void zip_archive::read(const std::string& part, const std::function<void(std::st
   std::size_t size = 0;
   while (true) {
     const int got = unzReadCurrentFile(archive_, piece.data(), static_cast<unsigned>(piece.size()));
-    if (got < 0) fail("part " + part + " of it is damaged.");
+    if (got < 0) fail("part " + part + " is damaged.");
     if (got == 0) break;
     size += static_cast<std::size_t>(got);
     unpacked_ += static_cast<std::size_t>(got);
     if (size > most_of_ratio)
-      fail("part " + part + " of it unpacks to more than " + std::to_string(largest_ratio) + " times its size.");
-    if (size > most) fail("part " + part + " of it unpacks to more than " + std::to_string(most) + " bytes.");
+      fail("part " + part + " unpacks to more than " + std::to_string(largest_ratio) + " times its size.");
+    if (size > most) fail("part " + part + " unpacks to more than " + std::to_string(most) + " bytes.");
     if (unpacked_ > most_unpacked)
       fail("its parts unpack to more than " + std::to_string(most_unpacked) + " bytes together.");
     take({piece.data(), static_cast<std::size_t>(got)});
   }
   // The checksum is compared when the part is closed.
   close.archive = nullptr;
-  if (unzCloseCurrentFile(archive_) == UNZ_CRCERROR) fail("part " + part + " of it is damaged: its checksum is wrong.");
+  if (unzCloseCurrentFile(archive_) == UNZ_CRCERROR) fail("part " + part + " is damaged: its checksum is wrong.");
 }
 
 } // namespace vesk
