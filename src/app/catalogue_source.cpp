@@ -18,7 +18,7 @@ fs::path catalogue_source::default_directory() {
 std::vector<catalogue_source::file_state> catalogue_source::state_of(const std::vector<fs::path>& files) {
   std::vector<file_state> states;
   for (const fs::path& file : files) {
-    std::error_code unreadable; // reading tells
+    std::error_code unreadable; // reading reports the cause
     states.push_back({file, fs::last_write_time(file, unreadable), fs::file_size(file, unreadable)});
   }
   return states;

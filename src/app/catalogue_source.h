@@ -19,12 +19,12 @@ public:
   const std::filesystem::path& directory() const { return directory_; }
   void set_directory(std::filesystem::path directory) { directory_ = std::move(directory); }
 
-  // The catalogue: that of `catalogue.sqlite` where the folder has one, else that of its Paradox tables. It is read at
-  // the first call and again when the folder or any of these files has changed since. Throws catalogue_exception.
+  // The catalogue from `catalogue.sqlite` if the folder has one, else from its Paradox tables. Read at the first call,
+  // and again when the folder or any of these files has changed since. Throws catalogue_exception.
   std::shared_ptr<const model_catalogue> get();
 
 private:
-  // A file as it stood when it was read.
+  // The state of a file when it was read.
   struct file_state {
     std::filesystem::path file;
     std::filesystem::file_time_type written;

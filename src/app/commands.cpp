@@ -235,11 +235,11 @@ step_words words_of(const char* caption, const std::string& step, const char* wi
 } // namespace
 
 step_words undo_words(const command_conditions& now) {
-  return words_of("&Undo", now.undo, "Bring back what was there before: ", "There is nothing to undo");
+  return words_of("&Undo", now.undo, "Take back: ", "Nothing to undo");
 }
 
 step_words redo_words(const command_conditions& now) {
-  return words_of("&Redo", now.redo, "Bring back what was there after: ", "There is nothing to redo");
+  return words_of("&Redo", now.redo, "Repeat: ", "Nothing to redo");
 }
 
 std::span<const command_row> command_table() {

@@ -1,4 +1,4 @@
-// The commands of the main window as tables: what each control is bound to, when it is enabled, and where it stands.
+// The commands of the main window as tables: what each control is bound to, when it is enabled, and its position.
 #pragma once
 
 #include "app/user_interface.h"
@@ -26,7 +26,7 @@ enum class command_condition {
 
 bool is_enabled(command_condition condition, const command_conditions& now);
 
-// What Undo and Redo say beside the name of the command: the step, such as "Open river.vki". Without one they are
+// What Undo and Redo show beside the name of the command: the step, such as "Open river.vki". Without one they are
 // disabled, and the tool tip says so.
 struct step_words {
   std::string caption;  // of the menu item, "&Undo" without a step; "&" in the step is doubled
@@ -39,7 +39,7 @@ step_words redo_words(const command_conditions& now);
 struct command_row {
   std::string_view name;
   command_condition condition = command_condition::unmanaged;
-  void (TPreveskMainForm::*handler)() = nullptr; // null: the control does nothing of its own
+  void (TPreveskMainForm::*handler)() = nullptr; // null: the control itself does nothing
 };
 
 std::span<const command_row> command_table();
@@ -48,7 +48,7 @@ std::span<const command_row> command_table();
 const command_row& find_command(std::string_view name);
 
 // One line of a menu, in order. "&" marks the mnemonic; `caption` "-" is a line between groups. A row of depth 0 is a
-// menu of its own, the rows of greater depth behind it are its items.
+// menu; the rows of greater depth after it are its items.
 struct menu_row {
   int depth;
   std::string_view name; // of the control; empty for a line
@@ -56,8 +56,8 @@ struct menu_row {
   std::string_view shortcut = {}; // as "Ctrl+O"; empty for none
 };
 
-std::span<const menu_row> main_menu(); // PreveskMainMenu, the window's menu from its first showing on
-std::span<const menu_row> fenn_menu(); // FennMainMenu, the short one that it is made with
+std::span<const menu_row> main_menu(); // PreveskMainMenu, the window's menu once it has been shown
+std::span<const menu_row> fenn_menu(); // FennMainMenu, the short one that it is created with
 
 // One button of the tool bar, in order.
 struct tool_row {
@@ -68,8 +68,8 @@ struct tool_row {
 
 std::span<const tool_row> tool_bar();
 
-// What the run button and its two menu items show while no run goes, or while one does. Before the first run the
-// button still has the hint of the tool bar's table.
+// What the run button and its two menu items show, depending on whether a run is active. Before the first run the
+// button has the hint of the tool bar's table.
 struct run_face {
   int image;                // of RunModelButton
   std::string_view hint;    // of RunModelButton

@@ -1,4 +1,4 @@
-// The lasting settings: text values under one key per user, read once at the start and written once at the end. Several
+// The stored settings: text values under one key per user, read once at the start and written once at the end. Several
 // programs may do so at the same time.
 #pragma once
 
@@ -24,8 +24,8 @@ protected:
   registry_configuration(std::string_view company, std::string_view product, std::string_view version,
                          const std::filesystem::path& file);
 
-  // Each leaves `value` as it is when there is nothing stored. A flag or number is converted from the leading digits
-  // of the text, so that a text without any is 0; an empty text counts as nothing stored.
+  // Each leaves `value` unchanged when nothing is stored. A flag or number is converted from the leading digits
+  // of the text, so that a text without any is 0. An empty text counts as not stored.
   void read(std::string_view name, std::string& value) const; // a text of more than 1024 bytes counts as not stored
   void read(std::string_view name, bool& value) const;
   void read(std::string_view name, int& value) const;

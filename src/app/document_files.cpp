@@ -119,20 +119,20 @@ document_control::load_result document_control::load(const std::string& name, lo
   return load_result::loaded;
 }
 
-// Of a file that was read in part the user has to know what is missing before saving over it.
+// The user must know what is missing from a file that was read in part before saving over it.
 void document_control::report_losses(const std::string& name, const reading_losses& losses) {
   const std::string dropped = in_words(losses.dropped);
   if (losses.newer_version != 0)
-    ui_.add_info_line(name + " has version " + file_version_text(losses.newer_version) + ", which is newer than " +
+    ui_.add_info_line(name + " has version " + file_version_text(losses.newer_version) + ", newer than " +
                           file_version_text(prevesk_dataset_data_type::current_file_version()) + ": " +
                           counted(losses.bytes_not_read, "byte") + " at its end " +
-                          (losses.bytes_not_read == 1 ? "was" : "were") +
-                          " not read. A saved copy lacks what was not read.",
+                          (losses.bytes_not_read == 1 ? "was not read. A saved copy lacks it."
+                                                      : "were not read. A saved copy lacks them."),
                       icon_note);
   if (losses.model_is_unknown && (current_data_set->model_type != 0 || !dropped.empty()))
     ui_.message_box("Error",
-                    "The catalogue has no model " + std::to_string(current_data_set->model_type) + ", which " + name +
-                        " is for." + (dropped.empty() ? "" : " Dropped: " + dropped + ".") +
+                    name + " is for model " + std::to_string(current_data_set->model_type) +
+                        ", which the catalogue does not have." + (dropped.empty() ? "" : " Dropped: " + dropped + ".") +
                         " Open it with a catalogue that has the model.",
                     box_buttons::ok);
   else if (!losses.names.empty())
@@ -173,7 +173,7 @@ bool document_control::save() {
   return save_to_file_name();
 }
 
-// The dialog asks about an existing file itself, by the name with the ending.
+// The dialog itself asks about an existing file, under the name with the ending.
 bool document_control::ask_name_and_save() {
   const std::uint64_t generation = generation_;
   const auto name = ui_.ask_file(save_dialog);
@@ -186,17 +186,17 @@ bool document_control::save_as(const std::string& name) {
   return save_to_file_name();
 }
 
-// Whether `name` may be written without a loss that the user does not know of: there is no such file, it is the one
-// that the data set came from, or the user agrees.
+// Whether writing `name` loses nothing without the user's knowledge: there is no such file, it is the data set's
+// origin, or the user agrees.
 bool document_control::may_replace(const std::string& name) {
   namespace fs = std::filesystem;
   std::error_code ignored;
-  if (!fs::exists(name, ignored) || fs::is_directory(name, ignored)) return true; // writing tells
+  if (!fs::exists(name, ignored) || fs::is_directory(name, ignored)) return true; // writing reports the cause
   const file_origin& origin = current_data_set->origin;
   if (origin.is_set() && identity_of(fs::path(name)) == origin.identity) return true;
   const bool has_changed = origin.is_set() && origin_of(name, origin.identity).file == origin.file;
   const std::string cause = has_changed ? " has changed since this data set was read from it or saved to it."
-                                        : " exists already. It holds data that is not in this data set.";
+                                        : " already exists and contains data that is not in this data set.";
   const std::uint64_t generation = generation_;
   const box_answer answer = ui_.message_box("Replace file?", name + cause + "\r\nReplace it?", box_buttons::yes_no);
   return answer == box_answer::yes && !is_replaced_since(generation, "Nothing was saved.");

@@ -74,7 +74,7 @@ public:
     limits_.setEntityExpansionLimit(most_entities);
     parser_.setValidationScheme(xc::XercesDOMParser::Val_Always);
     parser_.setDoNamespaces(true);
-    parser_.setDisableDefaultEntityResolution(true); // nothing outside the file is asked for
+    parser_.setDisableDefaultEntityResolution(true); // nothing outside the file is read
     parser_.setLoadExternalDTD(false);
     parser_.setCreateEntityReferenceNodes(false);
     parser_.setSecurityManager(&limits_);
@@ -124,7 +124,7 @@ void terminate_xml() {
 
 void read_documentation_index(const fs::path& file,
                               const std::function<void(const std::string&, const std::string&)>& add) {
-  if (!xml_is_there) throw xml_parse_error("The XML library cannot be used.");
+  if (!xml_is_there) throw xml_parse_error("Cannot start the XML library.");
   const auto parser = parse_index(file);
   const xc::DOMNode* root = parser->root();
   for (const xc::DOMNode* node = root; node; node = next_node(node, root)) {

@@ -8,17 +8,17 @@
 
 namespace vesk {
 
-// An index that lacks something: which attribute of which element.
+// An incomplete index; names the missing attribute and its element.
 class xml_error : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// What the parser itself says about a file that is missing, broken or not valid.
+// The parser's own message about a file that is missing, broken or not valid.
 class xml_parse_error : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// The XML library, once for the process. False when it cannot be had; all below then fails. Main thread.
+// The XML library, once for the process. False when it cannot be initialized; all below then fails. Main thread.
 bool initialize_xml();
 void terminate_xml();
 

@@ -1,5 +1,5 @@
-// File names as the commands look at them: split into folder, base and extension, compared in upper case. Both "/" and
-// "\" part the folders, on every platform.
+// File names as the commands use them: split into folder, base and extension, compared in upper case. Both "/" and
+// "\" separate folders, on every platform.
 #pragma once
 
 #include <string>
@@ -18,7 +18,7 @@ file_name_parts split_file_name(std::string_view name);
 // The name without its folder: "river.vki".
 std::string leaf_of(std::string_view name);
 
-// `name`, with `ending` (".vki") appended unless it ends so, in any case of letters.
+// `name`, with `ending` (".vki") appended unless it already ends so, ignoring case.
 std::string with_ending(std::string name, std::string_view ending);
 
 // The extension in upper case, with the dot: ".VKI".

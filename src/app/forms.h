@@ -30,7 +30,7 @@ public:
   const std::string edition_name;
 };
 
-// An editor whose window does not exist yet: a front end says so and answers Cancel.
+// An editor that has no window yet: a front end reports this and answers Cancel.
 class unbuilt_form final : public form {
 public:
   unbuilt_form(std::string_view class_name, std::string_view caption) : class_name_(class_name), caption_(caption) {}

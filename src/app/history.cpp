@@ -49,7 +49,7 @@ document history::move_step(std::deque<step>& from, std::deque<step>& to, docume
   assert(!from.empty());
   step taken = std::move(from.back());
   from.pop_back();
-  if (!from.empty()) from.back().merge_key.clear(); // what is typed from now on is a step of its own
+  if (!from.empty()) from.back().merge_key.clear(); // typing from now on begins a new step
   const std::size_t bytes = unshared_bytes(now.data_set, taken.content.data_set);
   to.push_back({std::move(now), std::move(taken.label), bytes, {}, {}});
   return std::move(taken.content);

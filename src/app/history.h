@@ -1,7 +1,7 @@
-// The steps that Undo takes back and Redo does again.
+// The steps that Undo takes back and Redo repeats.
 //
-// A step is what was there before an operation. Copies of a data set share their content, so a step costs what the
-// operation has changed. Every operation that replaces or edits the data set adds one. Main thread only.
+// A step is the state before an operation. Copies of a data set share their content, so a step costs what the
+// operation changed. Every operation that replaces or edits the data set adds one. Main thread only.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -14,13 +14,13 @@
 
 namespace vesk {
 
-// All that one step puts back.
+// Everything that one step restores.
 struct document {
   prevesk_dataset_data_type data_set; // with its origin
   std::string file_name;
   std::string import_file_name;
-  // Which document it is: New, Open and Import begin another one. A job's result that arrives in another document than
-  // the one it was started on is not what that document's file holds.
+  // Number of the document: New, Open and Import begin another one. Tells whether a job's result arrives in the
+  // document that the job was started on.
   std::uint64_t number = 0;
 };
 
@@ -42,7 +42,7 @@ public:
   void add(document before, std::string label, const prevesk_dataset_data_type& now, const std::string& merge_key = {},
            clock::time_point when = clock::now());
 
-  // Between these two, Undo and Redo take no step from before the first. They do not nest.
+  // Between these two, Undo and Redo do not go back beyond the first. They do not nest.
   void begin_editing();
   void end_editing();
   bool has_edits() const { return undo_.size() > undo_floor_; } // steps that were added since, and not undone
@@ -51,8 +51,8 @@ public:
   std::string undo_label() const { return label_of_last(undo_, undo_floor_); }
   std::string redo_label() const { return label_of_last(redo_, redo_floor_); }
 
-  // What was there before the newest step, or after the step that was undone last. `now` is kept for the way back.
-  // There must be such a step.
+  // The state before the newest step, or after the step that was undone last. `now` is kept for the way back. There
+  // must be such a step.
   document undo(document now) { return move_step(undo_, redo_, std::move(now)); }
   document redo(document now) { return move_step(redo_, undo_, std::move(now)); }
 
@@ -73,8 +73,8 @@ private:
   void drop_beyond_limit();
 
   std::size_t limit_;
-  std::deque<step> undo_, redo_;                // the next one last; dropped at both ends
-  std::size_t undo_floor_ = 0, redo_floor_ = 0; // steps that cannot be taken at present
+  std::deque<step> undo_, redo_;                // the next one is at the end; dropped at both ends
+  std::size_t undo_floor_ = 0, redo_floor_ = 0; // steps that cannot be reached at present
 };
 
 } // namespace vesk

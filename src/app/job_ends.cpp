@@ -52,7 +52,7 @@ void run_control::note_end_of_job() {
   } catch (const std::exception& error) {
     last_job_.failure = std::string("The job failed: ") + error.what();
   } catch (...) {
-    last_job_.failure = "The job failed with an exception of an unknown kind.";
+    last_job_.failure = "The job failed with an exception of unknown type.";
   }
   ui_.add_info_line(last_job_.failure, icon_failure);
 }
@@ -164,11 +164,11 @@ void run_control::report_what_was_replaced(const document& before, bool same_doc
     ui_.add_info_line(job + " has replaced the data set, which was edited meanwhile. Undo brings the edits back.",
                       icon_note);
   else if (failed && is_import && !replaced_by_import_.empty())
-    ui_.add_info_line(job + " failed, and what it has read has replaced " + replaced_by_import_ +
+    ui_.add_info_line(job + " failed, and its partial result has replaced " + replaced_by_import_ +
                           ". Undo brings it back.",
                       icon_note);
   else if (failed && !is_import && !same_input(before.data_set, result))
-    ui_.add_info_line(job + " failed, and what it has done has replaced the data set. Undo brings it back as it was.",
+    ui_.add_info_line(job + " failed, and its partial result has replaced the data set. Undo brings the data set back.",
                       icon_note);
 }
 

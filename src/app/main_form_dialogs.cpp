@@ -11,8 +11,8 @@ TFillCalculateForm& TPreveskMainForm::fill_calculate_form() {
   return forms_->fill_calculate;
 }
 
-// A dialog's own steps can be undone in it. After a Cancel they are still there, behind the step of the Cancel itself.
-// What follows a dialog belongs to the last of them; a dialog that adds none is one step.
+// A dialog's own steps can be undone in it. After a Cancel they are still there, before the step of the Cancel itself.
+// Work after the dialog, such as finding boundaries, belongs to its last step; a dialog that adds none is one step.
 void TPreveskMainForm::edit(form& editor, void (TPreveskMainForm::*on_ok)(), void (TPreveskMainForm::*on_close)()) {
   if (!current_data_set) return;
   commit_snapshot();

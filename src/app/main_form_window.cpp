@@ -11,7 +11,7 @@ void TPreveskMainForm::FormCreate() {
   ui_.show_administration_menu(settings.administration_mode());
 }
 
-// A measure that has never been stored is 0 and leaves the window's own; so does one left of or above the screen.
+// A measure that was never stored is 0 and leaves the window's own value; so does a negative one, outside the screen.
 void TPreveskMainForm::restore_geometry() {
   window_geometry now = ui_.geometry();
   struct {
@@ -29,7 +29,7 @@ void TPreveskMainForm::restore_geometry() {
 }
 
 void TPreveskMainForm::FormShow(std::span<const std::string> arguments) {
-  initialize_xml(); // without it the menu says what is wrong
+  initialize_xml(); // if this fails, reading the index for the menu reports it
   populate_documentation_menu();
   ui_.hide_splash();
   update_caption();
@@ -47,7 +47,7 @@ void TPreveskMainForm::FormShow(std::span<const std::string> arguments) {
   }
 }
 
-// A job that still runs is neither asked nor waited for.
+// A running job is neither cancelled nor waited for.
 void TPreveskMainForm::FormClose() {
   terminate_xml();
   const window_geometry now = ui_.geometry();

@@ -212,7 +212,7 @@ void run_control::cancel_job() {
   if (!active_thread) return;
   ui_.add_info_line("Terminating model thread... please wait...", icon_plain);
   if (active_thread->priority_position == stopped_position)
-    ui_.add_info_line("The model is stopped. It ends once its priority is no longer \"Stop\".", icon_note);
+    ui_.add_info_line("The model is stopped. It ends when you raise its priority from \"Stop\".", icon_note);
   active_thread->Terminate();
 }
 

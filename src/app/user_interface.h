@@ -1,4 +1,4 @@
-// The one way in which the program speaks to its user. The window, the console and the tests each have their own.
+// The only way in which the program communicates with its user. Window, console and tests each implement it.
 #pragma once
 
 #include "editors/user_questions.h"
@@ -14,7 +14,7 @@ struct query_report;
 
 enum : int { icon_plain = 0, icon_note = 1, icon_failure = 2 };
 
-// Which groups of commands can be used; see TPreveskMainForm::update_menus.
+// Which groups of commands are enabled; see TPreveskMainForm::update_menus.
 struct command_conditions {
   bool idle = true;       // no job runs
   bool has_data = false;  // there is a data set
@@ -22,12 +22,12 @@ struct command_conditions {
   bool ready = false;     // and it ends after it starts
   bool running = false;   // a job of any kind can be cancelled
   std::string undo = {};  // what Undo takes back, such as "Open river.vki"; empty: nothing
-  std::string redo = {};  // what Redo does again
+  std::string redo = {};  // what Redo repeats
 
   friend bool operator==(const command_conditions&, const command_conditions&) = default;
 };
 
-// Where the main window stands, in the toolkit's own units, and how high its results grid is.
+// Position and size of the main window, and height of its results grid, in the toolkit's units.
 struct window_geometry {
   int results_table_height = 0;
   int left = 0;
@@ -43,7 +43,7 @@ struct window_geometry {
 // All members are called on the main thread.
 class user_interface : public user_questions {
 public:
-  virtual bool boxes_stay_in_sight() const { return false; } // as printed lines do
+  virtual bool boxes_stay_in_sight() const { return false; } // true for printed lines
   virtual void set_busy(bool busy) = 0;                      // the hourglass
 
   // The main window. `set_commands` also makes PreveskMainMenu its menu.
@@ -60,11 +60,11 @@ public:
   virtual void add_documentation_item(const std::string&) {} // its caption, without a mnemonic
   virtual void set_priority_position(int) {}                 // of the track bar, 0 to 6
 
-  // The current data set has been replaced: what forms show of it is out of date, and their positions may be outside.
+  // The current data set has been replaced: forms show outdated values, and their positions may be out of range.
   virtual void data_set_replaced() {}
 
   // Names the file that the next messages are about, for a front end that shows them without their context; empty:
-  // nothing in particular.
+  // none.
   virtual void set_subject(const std::string&) {}
 
   // The info list.
@@ -77,16 +77,16 @@ public:
   virtual void set_info_label(const std::string& text) = 0;
   virtual void set_time_remaining_label(const std::string& text) = 0;
 
-  // A deferred query has been executed for the series. Without points in the report it is a failure worth a look.
+  // A deferred query has been executed for the series. A report without points counts as a failure.
   virtual void query_executed(const std::string&, const import_query_descriptor&, const query_report&) {}
 
-  // Queries of `series` series, each reported before, have found nothing. Whether to go on; false: says why not.
+  // The queries of this many series, each reported before, found nothing. Whether to go on; false: has said why not.
   virtual bool may_go_on_without_rows(int /*series*/) { return true; }
 
-  // A job has put the name of a hydrodynamic file, and the box that a job is busy has been shown.
+  // A job has set the name of a hydrodynamic file, and the box about the running job has been shown.
   virtual void hydrodynamic_file_named() {}
 
-  // A run begins or has ended: the run button turns into cancel and back, the priority track bar comes and goes.
+  // A run begins or has ended: the run button becomes cancel or run, the priority track bar appears or disappears.
   virtual void show_run_controls(bool running) = 0;
 
   // The results grid, a view on the engine's array.

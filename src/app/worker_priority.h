@@ -1,4 +1,4 @@
-// The priority of a worker as this platform keeps it: the gate holds it up, nice values hurry it on.
+// The priority of a worker on this platform: the gate slows it down, nice values speed it up.
 #pragma once
 
 #include "app/priority_control.h"
@@ -6,11 +6,11 @@
 
 namespace vesk {
 
-// Main thread only; to be destroyed while the worker lives.
+// Main thread only. Must be destroyed before the worker.
 class worker_priority final : public priority_platform {
 public:
   explicit worker_priority(ResizableThread& worker) : worker_(worker) {}
-  ~worker_priority() override; // a high class goes with the job: the next one begins at the normal position
+  ~worker_priority() override; // takes a high process class back: the next job begins at the normal position
 
   bool suspend() override;
   bool resume() override;

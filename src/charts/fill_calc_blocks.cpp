@@ -141,7 +141,7 @@ private:
 
 TFillCalcTable::paste_outcome TFillCalcTable::do_paste(std::string_view text) {
   const pasted_text lines(text);
-  if (lines.line_count() == 0) return paste_outcome::refused("The clipboard holds no text.");
+  if (lines.line_count() == 0) return paste_outcome::refused("The clipboard contains no text.");
   if (shown_as_empty_ && !content_->has_free_rows()) return paste_outcome::refused("There is no cell to paste into.");
 
   const std::size_t present = content_->row_count();
@@ -190,7 +190,7 @@ std::string compute_column(const grid& content, std::size_t column, const cell_r
 } // namespace
 
 std::string TFillCalcTable::calculate_selection(std::string_view text) {
-  if (shown_as_empty_ || content_->row_count() == 0) return "There is no row to fill.";
+  if (shown_as_empty_ || content_->row_count() == 0) return "There are no rows to fill.";
   cell_range block = selection();
   block.bottom = std::min(block.bottom, content_->row_count() - 1);
   std::vector<std::size_t> numbers, texts; // columns

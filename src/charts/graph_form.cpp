@@ -118,7 +118,7 @@ std::string TGraphForm::date_text() const {
 }
 
 std::string TGraphForm::summary() const {
-  if (series_.empty()) return "A chart without a series.";
+  if (series_.empty()) return "The chart has no series.";
   std::size_t points = 0;
   std::string names;
   for (const auto& one : series_) {

@@ -102,7 +102,7 @@ void console_interface::query_executed(const std::string& series, const import_q
 bool console_interface::may_go_on_without_rows(int series) {
   if (settings_.yes) return true;
   say_failure((series == 1 ? "Stopped: a query" : "Stopped: " + std::to_string(series) + " queries") +
-              " found no values. To go on without them, use --yes.");
+              " found no values. Use --yes to continue without them.");
   return false;
 }
 

@@ -19,16 +19,16 @@ public:
   // Info lines go to `out`, failures, boxes and progress to `err`.
   console_interface(settings s, std::FILE* out, std::FILE* err);
 
-  // What the messages are about: named in front of a box's text that does not name it itself.
+  // The subject of the messages: put before the text of a box that does not name it.
   void set_subject(const std::string& subject) override { subject_ = subject; }
 
-  // One line about a failure of the program's own.
+  // One line about a failure.
   void say_failure(const std::string& text);
-  void say(const std::string& text); // one line, left out when quiet
+  void say(const std::string& text); // one line; nothing when quiet
 
-  // Writes to `out` as it is.
+  // Writes to `out` unchanged.
   void write(const std::string& text);
-  // True once something could not be written to `out`, as on a full disk; that has been said. For the exit status.
+  // True once writing to `out` failed, as on a full disk; this was reported. For the exit status.
   bool lost_output() const { return lost_output_; }
 
   // The bar begins and ends with a job; `good`: the job did all its work.
@@ -59,7 +59,7 @@ public:
   void show_results_grid(bool) override {}
   void repaint_results_grid() override {}
 
-  // Draws the bar anew; after the labels have changed.
+  // Redraws the bar after the labels have changed.
   void refresh_progress();
 
 private:

@@ -74,10 +74,7 @@ constexpr option_row rows[] = {
      .argument = nullptr,
      .help = "execute all deferred queries and save",
      .flag = &console_options::refresh},
-    {.name = "--yes",
-     .argument = nullptr,
-     .help = "answer Yes or OK where a question is asked",
-     .flag = &console_options::yes},
+    {.name = "--yes", .argument = nullptr, .help = "answer Yes or OK to every question", .flag = &console_options::yes},
     {.name = "--help", .argument = nullptr, .help = "show this text", .flag = &console_options::help},
     {.name = "--version", .argument = nullptr, .help = "show the version", .flag = &console_options::version},
 };
@@ -150,7 +147,7 @@ private:
       options_.*(row->text) = argument_of(name, value);
       if (name == "--save") check_file_to_save(*(options_.*(row->text)));
     } else {
-      if (value) throw usage_error("Option " + name + " takes no value, but has \"" + *value + "\".");
+      if (value) throw usage_error("Option " + name + " takes no value, found \"" + *value + "\".");
       options_.*(row->flag) = true;
     }
   }
@@ -171,17 +168,17 @@ private:
     std::error_code ignored;
     const fs::file_status status = fs::status(value, ignored);
     if (fs::is_character_file(status) || fs::is_block_file(status))
-      throw usage_error("Option " + name + " takes no device, but has \"" + value + "\".");
+      throw usage_error("Option " + name + " does not accept a device, found \"" + value + "\".");
   }
 
   // Standard output may be a file or a pipe: then its names under /dev are not devices, but no file to save either.
   static void check_file_to_save(const std::string& value) {
     std::error_code ignored;
     if ((value.starts_with("/dev/") && !value.starts_with("/dev/shm/")) || fs::is_fifo(value, ignored))
-      throw usage_error("Option --save takes no device or pipe, but has \"" + value + "\".");
+      throw usage_error("Option --save does not accept a device or pipe, found \"" + value + "\".");
     const std::string file = fs::path(value).filename();
     if (file.empty() || file == "." || file == "..")
-      throw usage_error("Option --save requires the name of a file, but has \"" + value + "\".");
+      throw usage_error("Option --save requires the name of a file, found \"" + value + "\".");
   }
 
   std::span<const std::string> arguments_;

@@ -9,7 +9,7 @@
 
 namespace vesk {
 
-// A command line that asks for what there is not: one sentence.
+// A wrong command line: one sentence.
 class usage_error : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
@@ -39,7 +39,7 @@ struct console_options {
   bool help = false;
   bool version = false;
 
-  // True when there is something to do besides telling about the program.
+  // True when there is work to do besides --help and --version.
   bool any_work() const;
 };
 

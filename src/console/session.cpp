@@ -55,14 +55,14 @@ void session::set_up() {
 void session::try_log() {
   if (form_.log_file_name.empty())
     return tell_log_loss("There is no folder for the log, since the account has no home; --log=DIR names one.");
-  std::error_code ignored; // the file's own failure tells more
+  std::error_code ignored; // the failure to write the file says more
   std::filesystem::create_directories(form_.log_file_name.parent_path(), ignored);
   if (const int error = append_to_side_file(form_.log_file_name, ""))
     tell_log_loss(file_failure("write", form_.log_file_name.native(), error));
 }
 
 void session::tell_log_loss(const std::string& cause) {
-  if (!std::exchange(log_loss_told_, true)) ui_.say_failure(cause + " The work goes on without a log.");
+  if (!std::exchange(log_loss_told_, true)) ui_.say_failure(cause + " Continuing without a log.");
 }
 
 bool session::catalogue_is_there() {
@@ -84,7 +84,7 @@ session::step session::open_files() {
   }();
   if (form_.failures() > 0) return step::failed;
   if (form_.files_partly_read() > 0 && !options_.yes) {
-    ui_.say_failure("Nothing is done with a file that was opened only in part, unless --yes is given.");
+    ui_.say_failure("Nothing was done, since a file was opened only in part. Use --yes to continue all the same.");
     return step::failed;
   }
   if (!requests.import_requested) return step::done;
@@ -92,7 +92,7 @@ session::step session::open_files() {
 }
 
 // A run or an export leaves the data set as it is, so what follows one that has failed is still done. All else that
-// fails ends the work: what follows would stand on a half-built data set.
+// fails ends the work: the rest would work on a half-built data set.
 session::step session::jobs() {
   step result = step::done;
   bool ended = false;
@@ -155,7 +155,7 @@ session::step session::job(const std::string& subject, const std::function<void(
   while (form_.active_thread) {
     if (interrupted() && !cancel_told) {
       form_.cancel_job();
-      if (interrupted_by_keyboard()) ui_.say_failure("Cancelling; press Ctrl+C twice more to end at once.");
+      if (interrupted_by_keyboard()) ui_.say_failure("Cancelling. Press Ctrl+C twice more to end at once.");
       cancel_told = true;
     }
     wait_and_synchronize(longest_sleep);
@@ -188,7 +188,7 @@ session::step session::refresh() {
   return options_.save ? step::done : save(); // --save does it at its turn
 }
 
-// A name after --save is the user's word for replacing what is there; the data set's own may have changed hands.
+// A name after --save means that the user agrees to replace that file; the data set's own file may have changed.
 session::step session::save() {
   if (!has_data("save")) return step::failed;
   if (!options_.save && split_file_name(form_.file_name).base.empty()) {
@@ -198,7 +198,7 @@ session::step session::save() {
   const int failures_before = form_.failures();
   const bool saved = options_.save ? form_.save_as(*options_.save) : form_.save();
   if (!saved && form_.failures() == failures_before)
-    ui_.say_failure("Not saved; --yes replaces the file, --save FILE saves under another name.");
+    ui_.say_failure("Not saved. Use --yes to replace the file, or --save FILE to save under another name.");
   if (!saved) return step::failed;
   ui_.say("Saved " + form_.file_name + ".");
   return step::done;

@@ -1,4 +1,4 @@
-// One call of vesk-run: what is asked for, in its order, and the exit status.
+// One call of vesk-run: its tasks in order, and the exit status.
 #pragma once
 
 #include "app/main_form.h"
@@ -20,8 +20,8 @@ public:
   int run();
 
 private:
-  // How a step of the work ended, the gravest last. run_failed: the engine has put a return code other than 0 in a run;
-  // the exit status is that code. In any other job such a code counts as a failure.
+  // How a step of the work ended, the most serious last. run_failed: the engine set a return code other than 0 in a
+  // run; the exit status is that code. In any other job such a code counts as a failure.
   enum class step { done, run_failed, cancelled, failed };
 
   void set_up();
@@ -33,7 +33,7 @@ private:
   step job(const std::string& subject, const std::function<void()>& launch);
   step with_data(const char* what, const std::string& subject, const std::function<void()>& launch);
   step run_model();
-  bool has_data(const char* what); // says so when there is none
+  bool has_data(const char* what); // reports when there is none
   step outcome_since(int failures_before) const;
   step refresh();
   step save();

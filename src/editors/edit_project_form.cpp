@@ -38,7 +38,7 @@ void TEditProjectForm::name_grid::erase_rows(std::size_t first, std::size_t coun
 
 TEditProjectForm::TEditProjectForm(editor_host& host)
     : editor(host), names_(host), panel_(add_panel("ProjectTable", names_, insert_button | delete_button)) {
-  panel_.empty_hint = "No files. Insert makes a row for the first one.";
+  panel_.empty_hint = "No files yet. Insert adds a row.";
 }
 
 std::vector<editor_command> TEditProjectForm::extra_commands() {

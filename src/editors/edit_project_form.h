@@ -1,6 +1,6 @@
-// TEditProjectForm: the files that belong with a data file.
+// TEditProjectForm: the files that belong to a data file.
 //
-// It works on the data set's own list, and nobody takes a snapshot around it: what was changed stays after Cancel.
+// It edits the data set's list in place and without a snapshot: changes stay after Cancel.
 #pragma once
 
 #include "editors/editor.h"

@@ -179,7 +179,7 @@ std::unique_ptr<general_graph_data> editor::graph_data(const editor_panel& panel
 void editor::GraphButtonClick(editor_panel& panel) {
   if (!may_go_on()) return;
   auto data = graph_data(panel);
-  if (!data) return set_message("There is nothing to draw.");
+  if (!data) return set_message("Nothing to draw: no values.");
   auto graph = std::make_shared<TGraphForm>();
   graph->add_series(std::move(data));
   host_.questions().show_graph(std::move(graph), *this);
@@ -190,7 +190,7 @@ void editor::keep_these_points(editor_panel& panel) {
   host_.begin_step(caption() + ": Keep these points", {});
   edit_series(*host_.data_set(), *panel.series->ref()).query.edit().deferred = false;
   host_.end_step(true);
-  set_message("The query is no longer run before each run; it is kept.");
+  set_message("The query is kept, but runs no longer execute it.");
 }
 
 void editor::edit_points(editor_panel& panel, const std::string& label,
@@ -224,7 +224,7 @@ void editor::interpolate_between(editor_panel& panel) {
   if (!may_go_on() || !panel.series || !panel.series->series()) return;
   const cell_range rows = panel.table.selection();
   if (rows.rows() < 3)
-    return set_message("Select the rows between which values are to be interpolated, at least three.");
+    return set_message("Select at least three rows. The values between the first and the last are interpolated.");
   edit_points(panel, "Interpolate between",
               [&](point_list& points) { vesk::interpolate_between(points, rows.top, rows.bottom); });
 }
@@ -280,7 +280,7 @@ std::string editor::status(const editor_panel& panel) const {
 
 std::string editor::deferred_note(const editor_panel& panel) const {
   if (!panel.series || !panel.series->is_deferred()) return {};
-  return "Filled by its query before each run; changes made here do not reach a run.";
+  return "Filled by its query before each run. Changes made here do not affect a run.";
 }
 
 } // namespace vesk

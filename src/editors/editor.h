@@ -1,8 +1,8 @@
 // The base of the dialogs that edit the data set through grids: panels, their buttons, the check on OK.
 //
-// An editor edits the current data set in place, from the first keystroke; the main form takes the snapshot before it
-// and puts it back on anything but OK. An operation that changes cells is one step of the history. While an entry is
-// refused every other command but Cancel only leads back to it.
+// An editor edits the current data set in place, from the first keystroke. The main form takes a snapshot before, and
+// restores it on anything but OK. An operation that changes cells is one step of the history. While an entry is
+// refused, every command but Cancel only leads back to it.
 #pragma once
 
 #include "charts/fill_calc_table.h"
@@ -33,7 +33,7 @@ enum panel_buttons : unsigned {
   series_buttons = 255,
 };
 
-// One grid of an editor with what surrounds it.
+// One grid of an editor with its label, buttons and status line.
 struct editor_panel {
   editor_panel(std::string table_name, grid& content, unsigned shown_buttons, series_grid* shown_series)
       : name(std::move(table_name)), table(content), buttons(shown_buttons), series(shown_series) {}
@@ -150,7 +150,7 @@ public:
   void back_to_default(editor_panel& panel);
   void regular_times_click(editor_panel& panel);
   void interpolate_between(editor_panel& panel); // of the selected rows
-  void keep_these_points(editor_panel& panel);   // of a deferred query: it is no longer run
+  void keep_these_points(editor_panel& panel);   // of a deferred query, which is no longer executed
   void go_to_next_mark();
   void undo();
   void redo();
@@ -158,11 +158,11 @@ public:
   // Texts.
   std::string status(const editor_panel& panel) const;        // the line under a grid
   std::string deferred_note(const editor_panel& panel) const; // empty unless the series is filled by a query
-  const std::string& message() const { return message_; }     // what the last command has to say
+  const std::string& message() const { return message_; }     // about the last command
   bool import_is_available() const { return false; }
-  static constexpr std::string_view import_hint = "Import comes with a later version.";
+  static constexpr std::string_view import_hint = "Import is not available yet.";
 
-  // The rows of a series as a chart takes them; null when there is nothing to draw.
+  // The rows of a series for a chart; null when there is nothing to draw.
   std::unique_ptr<general_graph_data> graph_data(const editor_panel& panel) const;
 
 protected:
@@ -172,9 +172,9 @@ protected:
   editor_panel& add_panel(std::string table_name, grid& content, unsigned buttons, series_grid* series = nullptr);
 
   virtual void take_content() = 0;                  // shows the data set as it now is
-  virtual std::string find_refusal() { return {}; } // why OK is refused; empty: it is not
+  virtual std::string find_refusal() { return {}; } // why OK is refused; empty: accepted
   virtual std::string_view refusal_title() const { return "Cannot accept data"; }
-  virtual void accepted() {} // what follows an OK that is not refused
+  virtual void accepted() {} // called after an accepted OK
 
   bool may_go_on(); // no entry is refused; otherwise leads to it
   void set_message(std::string message);

@@ -1,4 +1,4 @@
-// What a form needs of the program. The main form is the one host; tests have theirs.
+// What a form needs from the program. The main form is the only host; tests have their own.
 //
 // Main thread only.
 #pragma once
@@ -18,8 +18,8 @@ class editor_host {
 public:
   virtual ~editor_host() = default;
 
-  // The data set being edited; null without one. It is replaced only by the host, which raises the generation and tells
-  // the open forms. Whoever asks the user something compares generations after the answer.
+  // The data set being edited; null without one. Only the host replaces it; it then raises the generation and notifies
+  // the open forms. Compare generations after each question to the user.
   virtual prevesk_dataset_data_type* data_set() = 0;
   virtual std::uint64_t generation() const = 0;
 
@@ -28,7 +28,7 @@ public:
   // The picture that number cells of this kind are shown in; `setting` is its name in the settings.
   virtual std::string number_format(std::string_view setting) const = 0;
 
-  // One user operation: a step of the history, under this label. Not completed: the data set is put back to what it was
+  // One user operation: a step of the history, under this label. Not completed: the data set is restored to its state
   // at the begin. Steps do not nest; typed cells under the same key merge when they follow soon.
   virtual void begin_step(const std::string& label, const std::string& merge_key) = 0;
   virtual void end_step(bool completed) = 0;
@@ -41,7 +41,7 @@ public:
 
   virtual TFillCalculateForm& fill_calculate_form() = 0; // one for the whole program
 
-  // The two diagnostics switches; an engine may have put any level.
+  // The two diagnostics switches; an engine may have set any level.
   virtual bool logging_enabled() const = 0;
   virtual void set_logging_enabled(bool enabled) = 0;
   virtual int diagnostic_level() const = 0;

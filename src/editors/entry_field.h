@@ -1,6 +1,6 @@
-// One field of a dialog that takes a date, a time or a number: what is typed, and the value behind it.
+// One field of a dialog that takes a date, a time or a number: the typed text and its value.
 //
-// A value that nobody typed over is given back bit for bit, whatever its field shows of it.
+// A value that was not edited is returned bit for bit, however its field rounds it.
 #pragma once
 
 #include "charts/cell.h"

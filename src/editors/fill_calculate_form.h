@@ -9,7 +9,7 @@ class TFillCalculateForm final : public form {
 public:
   static constexpr std::string_view label = "Expression:";
   static constexpr std::string_view help =
-      "x: present value; row: row number; i, n: place in and size of the selection. Example: x * 1.05";
+      "x: current value; row: row number; i: position in the selection; n: size of the selection. Example: x * 1.05";
 
   std::string_view class_name() const override { return "TFillCalculateForm"; }
   std::string caption() const override { return "Fill/Calculate"; }

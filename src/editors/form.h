@@ -1,6 +1,6 @@
 // The base of all forms: a dialog's state, texts and decisions, without its window.
 //
-// A form is one object for the life of the program. Its window is made when it is first shown, and kept.
+// A form is one object for the life of the program. Its window is created when it is first shown, and kept.
 #pragma once
 
 #include <string>
@@ -18,12 +18,12 @@ public:
   virtual std::string_view class_name() const = 0; // names the window: "TConstantsForm"
   virtual std::string caption() const = 0;
 
-  virtual void FormShow() {} // before the window is shown; fills all that it shows
+  virtual void FormShow() {} // before the window is shown; fills in its content
 
   // Asked before the window closes, by OK or in any other way; false: it stays open.
   virtual bool FormCloseQuery(bool /*by_ok*/) { return true; }
 
-  // The current data set is another object, or has other content. Told only while the form is shown.
+  // The current data set is another object, or has other content. Called only while the form is shown.
   virtual void data_set_replaced() {}
 };
 

@@ -7,7 +7,7 @@ namespace vesk {
 
 namespace {
 
-// The fields that hold a number, a date or a time, and the members behind them, in the order of writing back.
+// The fields that hold a number, a date or a time, and their members, in the order of writing back.
 struct field_row {
   entry_field TParametersForm::*field;
   double prevesk_dataset_data_type::*member;
@@ -181,11 +181,11 @@ std::string TParametersForm::message() const {
       boundaries += system.boundaries.size();
     }
     for (const constant_group_data_type& group : data->constant_groups) constants += group.constants.size();
-    return "OK drops what belongs to the present model: " + plural(data->systems.size(), "system", "systems") + ", " +
+    return "OK drops the data of the present model: " + plural(data->systems.size(), "system", "systems") + ", " +
            plural(loads, "load", "loads") + ", " + plural(boundaries, "boundary", "boundaries") + ", " +
            plural(constants, "constant", "constants") + ".";
   }
-  return was_replaced_ ? "A job has replaced the data set; entries that you made are kept." : "";
+  return was_replaced_ ? "A job has replaced the data set. Your entries were kept." : "";
 }
 
 bool TParametersForm::FormCloseQuery(bool by_ok) {

@@ -2,7 +2,7 @@
 //
 // Unlike the editors it holds what its controls show and writes all of it back on OK, in the order in which later
 // members depend on earlier ones. The main form takes the snapshot before it, adds default points after it has closed,
-// and then reads the hydrodynamic file if that was asked for.
+// and then reads the hydrodynamic file if the user agreed to it.
 #pragma once
 
 #include "editors/editor_host.h"
@@ -73,7 +73,7 @@ public:
   void comments_edited() { comments_edited_ = true; }
 
   bool reads_hydrodynamic_file() const { return reads_hydrodynamic_file_; } // after OK
-  std::string message() const;                                              // what OK would do, or what a job has done
+  std::string message() const;                                              // what OK will drop, or what a job did
 
 private:
   static cell_type date() { return {cell_kind::date}; }

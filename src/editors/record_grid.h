@@ -17,17 +17,17 @@
 
 namespace vesk {
 
-// Of descriptions, which belong to the catalogue.
-inline constexpr const char* description_tip = "The catalogue's text returns when the file is next opened.";
+// Tool tip of descriptions, which belong to the catalogue.
+inline constexpr const char* description_tip = "Not kept: the catalogue's text returns when the file is opened again.";
 
-// A cell whose record holds something else than the cell does, such as a reference behind a combo's position.
+// A cell whose record holds something else than the cell does, such as a reference instead of a combo's position.
 template <class Record>
 struct translated_member {
   std::function<double(const Record&)> read;
   std::function<void(Record&, double)> write;
 };
 
-// One column of a dialog's table: its header, its kind of cell, and the member of the record behind it.
+// One column of a dialog's table: its header, its kind of cell, and the member of the record that it shows.
 template <class Record>
 struct record_column {
   using member = std::variant<short_text Record::*, double Record::*, bool Record::*, std::uint32_t Record::*,
@@ -49,7 +49,7 @@ public:
   using list = List;
   using column = record_column<Record>;
 
-  // `read` gives the list, null without one; `edit` the same list for changing. Both are called anew for each cell.
+  // `read` returns the list, null without one; `edit` the same list for changing. Both are called for each cell.
   record_grid(std::vector<column> rows, std::function<const list*()> read, std::function<list*()> edit)
       : rows_(std::move(rows)), read_(std::move(read)), edit_(std::move(edit)) {
     for (const column& row : rows_) columns_.push_back({row.header, row.type, row.editable, row.typed_only});
@@ -61,7 +61,7 @@ public:
       if (!rows_[i].format.empty()) columns_[i].type.picture = host.number_format(rows_[i].format);
   }
 
-  // What a record's cells say beside their value; may be left empty.
+  // Remarks on a record's cells; may be empty.
   std::function<cell_mark(const Record&, std::size_t column)> mark_of;
   std::function<std::string(const Record&, std::size_t column)> tip_of;
   std::function<std::optional<cell_value>(const Record&, std::size_t column)> default_of;

@@ -1,4 +1,4 @@
-// TRegularTimesForm: asks from when to when, and how often, a series shall have points.
+// TRegularTimesForm: asks for the period and the step of the points to add to a series.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -22,7 +22,7 @@ public:
   bool FormCloseQuery(bool by_ok) override;
 
   regular_times times() const;
-  std::string message() const; // why OK is refused; empty: it is not
+  std::string message() const; // why OK is refused; empty: accepted
 
   entry_field StartDateField{"StartDateField", "Start date", {cell_kind::date}};
   entry_field StartTimeField{"StartTimeField", "Start time", {cell_kind::time}};

@@ -125,7 +125,7 @@ std::string series_grid::summary(std::optional<cell_range> selection) const {
   const stored_series* shown = series();
   if (!shown) return {};
   const point_list& points = shown->points;
-  if (points.empty()) return "No points. Insert makes the first one; Paste takes rows of date, time and value.";
+  if (points.empty()) return "No points yet. Insert adds one; Paste adds rows of date, time and value.";
   const bool part = selection && selection->contains(selection->top, value_column) && selection->rows() > 1 &&
                     selection->bottom < points.size();
   value_range range;
@@ -145,7 +145,8 @@ std::string series_grid::summary(std::optional<cell_range> selection) const {
     text += ", minimum " + short_number(range.minimum) + ", mean " + short_number(range.mean()) + ", maximum " +
             short_number(range.maximum);
   if (const std::size_t outside = points_outside_run(*host_.data_set(), points); outside > 0)
-    text += "; " + std::to_string(outside) + " of " + count(points.size(), "point") + " lie outside the run";
+    text += "; " + std::to_string(outside) + " of " + count(points.size(), "point") + (outside == 1 ? " is" : " are") +
+            " outside the run";
   return text;
 }
 

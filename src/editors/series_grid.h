@@ -22,8 +22,8 @@ public:
   void take_format();
 
   bool is_deferred() const;
-  // What stands under the grid: number of points, period, minimum, mean, maximum, points outside the run; of a block of
-  // values their number, sum and mean.
+  // The status line under the grid: number of points, period, minimum, mean, maximum, points outside the run; of a
+  // block of values their number, sum and mean.
   std::string summary(std::optional<cell_range> selection) const;
 
   std::span<const grid_column> columns() const override { return columns_; }

@@ -27,10 +27,10 @@ double value_between(const moment_value_pair_type& a, const moment_value_pair_ty
 
 std::string refusal_of(const regular_times& times) {
   if (times.step < 1) return "The step must be at least one second.";
-  if (times.end < times.start) return "The end lies before the start.";
+  if (times.end < times.start) return "The end is before the start.";
   const std::int64_t count = (seconds_of(times.end) - seconds_of(times.start)) / times.step + 1;
   if (count > most_times)
-    return "These would be " + std::to_string(count) + " points; at most 10000000 are made at once.";
+    return "This would add " + std::to_string(count) + " points; the limit is 10000000 at a time.";
   return {};
 }
 

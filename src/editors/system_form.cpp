@@ -24,7 +24,7 @@ std::vector<record_column<system_data_type>> columns() {
        .type = check_cell(),
        .field = &system::jmass,
        .typed_only = true,
-       .tool_tip = "The one system whose mass balance a run reports. Click, or press Space, to choose it."},
+       .tool_tip = "A run reports the mass balance of one system. Click, or press Space, to choose this one."},
       {.header = "Dispersion\nBypass", .type = check_cell(), .field = &system::norsysbypass},
       {.header = "Flow\nBypass", .type = check_cell(), .field = &system::noqsysbypass},
       factor("Density", &system::density),

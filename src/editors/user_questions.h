@@ -1,8 +1,8 @@
-// How a form speaks to the user: boxes, questions for files, other forms, charts and the clipboard. The window, the
-// console and the tests each have their own.
+// How a form communicates with the user: boxes, questions for files, other forms, charts and the clipboard. Window,
+// console and tests each implement it.
 //
-// Main thread only. A call that shows something returns when it has been closed; a job may have ended meanwhile and the
-// current data set may be another one.
+// Main thread only. A call that shows something returns when it has been closed. A job may have ended meanwhile and
+// replaced the current data set.
 #pragma once
 
 #include <memory>

@@ -14,7 +14,7 @@ class engine_library_exception : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// Loaded for as long as the process runs: an engine may have threads and thread-local data of its own.
+// Loaded for as long as the process runs: an engine may have its own threads and thread-local data.
 class engine_library {
 public:
   static constexpr const char* file_name = "libpreveskwdll.so";
@@ -23,7 +23,7 @@ public:
   static std::shared_ptr<const engine_library> load(const std::filesystem::path& file);
 
   // Where the library is taken from: VESK_ENGINE when that is set, else beside the executable, else
-  // <prefix>/lib/vesk/. The first that exists; when none does, the place beside the executable.
+  // <prefix>/lib/vesk/. The first that exists; when none does, the path beside the executable.
   static std::filesystem::path default_path();
 
   std::filesystem::path path;

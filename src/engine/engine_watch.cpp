@@ -40,7 +40,7 @@ bool on_main_thread() {
 void tell(std::string_view cause) {
   const engine_at_work* const engine = at_work.load();
   if (!engine || on_main_thread() || told.exchange(true)) return;
-  for (const std::string_view piece : {std::string_view(on_terminal ? "\r\033[K" : ""), // where a bar may stand
+  for (const std::string_view piece : {std::string_view(on_terminal ? "\r\033[K" : ""), // clears a progress bar
                                        std::string_view(engine->line_head()), cause})
     [[maybe_unused]] const auto nobody_is_left_to_tell = write(STDERR_FILENO, piece.data(), piece.size());
 }
@@ -98,8 +98,8 @@ engine_at_work::engine_at_work(const std::filesystem::path& library) {
   signal_stack_ = std::make_unique<char[]>(size);
   const stack_t stack{.ss_sp = signal_stack_.get(), .ss_flags = 0, .ss_size = size};
   sigaltstack(&stack, &former_stack_);
-  // Registered anew for each job, since what is registered last is called first: before objects are destroyed that
-  // were made later than this program's start.
+  // Registered again for each job: the last function registered is called first, that is, before objects are
+  // destroyed that were created after this program's start.
   std::atexit(note_exit);
   std::at_quick_exit(note_exit);
   at_work = this;

@@ -1,8 +1,8 @@
-// Says which engine it was when an engine ends the program: by a signal, by an exception on a thread of its own, by
+// Names the engine when an engine ends the program: by a signal, by an exception on one of its own threads, or by
 // exit.
 //
-// Such an end can't be prevented, since the engine works in the same process, but it must not look like the program's
-// own: one line on standard error names the engine.
+// Such an end can't be prevented, since the engine works in the same process, but it must not look like a fault of the
+// program: one line on standard error names the engine.
 #pragma once
 
 #include <csignal>
@@ -12,7 +12,7 @@
 
 namespace vesk {
 
-// To be called once, at the program's start, on the main thread. `program`: stands in front of the line; static
+// Call it once, at the program's start, on the main thread. `program`: the first word of the line; static
 // storage. A signal goes through afterwards, so that the process ends by it. An exit that an engine calls ends with
 // status 1.
 void report_engine_crashes(const char* program);
@@ -25,7 +25,7 @@ public:
   engine_at_work(const engine_at_work&) = delete;
   engine_at_work& operator=(const engine_at_work&) = delete;
 
-  // For an engine that has ended its thread: there is none left to end the job on. Aborts.
+  // For an engine that has exited its thread: none is left to end the job on. Aborts.
   [[noreturn]] void end_without_thread() const;
 
   const std::string& line_head() const { return line_head_; } // "vesk-run: Engine /path/to/it"

@@ -1,4 +1,4 @@
-// What a job needs of the front end that it was started by.
+// What a job needs from the front end that started it.
 #pragma once
 
 #include <cstdint>
@@ -12,7 +12,7 @@ public:
   virtual ~job_front_end() = default;
 
   // On the main thread, while the worker waits.
-  virtual void add_info_line(const std::string& text, int icon) = 0; // to the info list; icon 0 plain, 2 failure
+  virtual void add_info_line(const std::string& text, int icon) = 0; // icon 0 plain, 1 note, 2 failure
   virtual void clear_info_lines() = 0;
   virtual void set_file_name(const std::string& name) = 0;
   virtual void initialize_grid(const std::vector<std::string>& column_labels, int rows) = 0;
@@ -25,7 +25,7 @@ public:
   virtual void set_diagnostic_level(int level) = 0;
   virtual bool logging_enabled() const = 0;
   virtual std::int32_t window_handle() const = 0; // 0 without a window
-  virtual void set_return_code(int code) = 0;     // the process's exit code
+  virtual void set_return_code(int code) = 0;     // process exit code
 };
 
 } // namespace vesk

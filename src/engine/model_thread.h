@@ -1,4 +1,4 @@
-// A job: one call of one function of the engine library, on a thread of its own, over a private copy of the data set.
+// A job: one call of one function of the engine library, on its own thread, over a private copy of the data set.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -46,7 +46,7 @@ protected:
 private:
   void call_engine();
   void call_function();
-  void take_back_arrays(); // that the engine has registered
+  void take_back_arrays(); // registered by the engine
 
   const std::shared_ptr<const engine_library> library_;
   prevesk_dataset_data_type data_set_; // the worker's while it runs, the main thread's in the end handler

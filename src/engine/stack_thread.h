@@ -1,12 +1,12 @@
-// A thread with a large stack of its own, a main thread that it can call into, and a way to be held up.
+// A thread with its own large stack that can call into the main thread and can be paused at a gate.
 //
 // The contract: created suspended, resumed after construction; `Terminate` is only a request; `Synchronize` runs a
 // method on the main thread and waits for it; `OnTerminate` runs on the main thread when the thread has ended its work;
 // with `FreeOnTerminate` the object then frees itself. The main thread serves all this in `CheckSynchronize`, which it
-// calls from its event loop when the wake-up hook tells it to, and in `WaitFor`.
+// calls from its event loop after the wake-up hook was called, and in `WaitFor`.
 //
 // A thread stopped at an arbitrary instruction may hold the allocator's lock, so it is never stopped from outside: it
-// holds itself up at a gate that it passes often (`pass_gate`).
+// pauses at a gate that it passes often (`pass_gate`).
 #pragma once
 
 #include <atomic>
@@ -46,7 +46,7 @@ public:
   ResizableThread(const ResizableThread&) = delete;
   ResizableThread& operator=(const ResizableThread&) = delete;
 
-  // To be called once the object is complete: resumes the thread unless it was created suspended.
+  // Call it once the object is complete: resumes the thread unless it was created suspended.
   void AfterConstruction();
 
   void Suspend(); // counts
@@ -69,7 +69,8 @@ public:
   // simply runs. Any thread may call it, for a job's engine may have threads of its own.
   void Synchronize(const TThreadMethod& method);
 
-  // Held up here while the thread is suspended or has had its share of the time. Only threads that work for this one.
+  // Pauses here while the thread is suspended or has used up its share of the time. Only threads that work for this
+  // one.
   void pass_gate() {
     if (gate_.load(std::memory_order_relaxed)) wait_at_gate();
   }
@@ -93,7 +94,7 @@ protected:
   virtual void DoTerminate(); // calls CallOnTerminate on the main thread, if OnTerminate is set
   virtual void Execute() = 0;
 
-  // The gate's two halves, for those who keep the check of the flag to themselves.
+  // The gate's two halves, for callers that check the flag themselves.
   const std::atomic<bool>& gate() const { return gate_; }
   void wait_at_gate();
 
@@ -111,7 +112,7 @@ private:
   std::atomic<int> thread_number_{0};
   TThreadPriority priority_ = tpNormal; // main thread only
 
-  std::atomic<bool> gate_{true}; // something has to be waited for or measured at the gate
+  std::atomic<bool> gate_{true}; // the gate has to wait or to measure time
   std::mutex gate_mutex_;
   std::condition_variable gate_opened_;
   int suspend_count_ = 1;                            // guarded by gate_mutex_

@@ -18,7 +18,7 @@ public:
   // Created suspended. `log_name`: the template of the log's name, empty for no log. `front_end` must outlive the job.
   winvesk_thread(job_front_end& front_end, const std::filesystem::path& log_name);
 
-  // What the worker has left for the main window, and the flags taken back. Main thread.
+  // What the worker has left for the main window; clears the flags. Main thread.
   struct mailbox {
     bool simulation_time_changed = false;
     bool grid_changed = false;
@@ -61,7 +61,7 @@ public:
   void fail(std::string_view cause) override;
 
 protected:
-  // The head of every job: status 0, the log's own name and its first line. Derived classes call it first.
+  // The start of every job: status 0, the log's unique name and its first line. Derived classes call it first.
   void Execute() override;
   void wait_at_gate() override { ResizableThread::wait_at_gate(); }
 
@@ -70,7 +70,7 @@ protected:
 
 private:
   job_front_end& front_end_;
-  int log_error_ = 0; // worker only; stays, so that one lost line loses all that follow
+  int log_error_ = 0; // worker only; kept, so that no line follows a lost one
   std::filesystem::path log_path_;
   int status_code_ = 0;           // worker only
   bool grid_data_is_set_ = false; // worker only

@@ -14,7 +14,7 @@ namespace vesk {
 
 namespace {
 
-constexpr int longest_entry = 5000; // the form refuses what is too long for the cell, with a reason
+constexpr int longest_entry = 5000; // the form refuses a text that is too long for the cell, with a reason
 
 cell_kind kind_of(const QModelIndex& index) {
   return static_cast<cell_kind>(index.data(grid_model::cell_kind_role).toInt());

@@ -1,4 +1,4 @@
-// Draws a TGraphForm. The one place that knows the chart library.
+// Draws a TGraphForm. The only place that uses the chart library.
 #pragma once
 
 #include "charts/graph_form.h"
@@ -20,7 +20,7 @@ public:
   enum class kind { window, beside_a_grid };
   explicit chart_view(QWidget* parent, kind shown_as = kind::window);
 
-  // The chart to draw; borrowed, null: none. `data_changed` takes its series anew, `bounds_changed` what is in sight;
+  // The chart to draw; borrowed, null: none. `data_changed` rereads its series, `bounds_changed` the visible range;
   // both are drawn once, when the event loop turns.
   void show_graph(TGraphForm* graph);
   void data_changed();

@@ -39,7 +39,7 @@ QAction* command_controls::make_action(std::string_view name, const QString& tex
 
 QMenuBar* command_controls::make_menu(std::span<const menu_row> rows) {
   auto* bar = new QMenuBar(&window_);
-  std::array<QMenu*, 4> open{}; // the menus that the row stands in, by depth
+  std::array<QMenu*, 4> open{}; // the menus that contain the row, by depth
   for (std::size_t i = 0; i < rows.size(); ++i) {
     const menu_row& row = rows[i];
     QMenu* const parent = row.depth > 0 ? open.at(static_cast<std::size_t>(row.depth) - 1) : nullptr;
@@ -93,9 +93,9 @@ void command_controls::set_commands(const command_conditions& now) {
       if (QAction* action = action_of(row.name)) action->setEnabled(is_enabled(row.condition, now));
   show_step("UndoItem", undo_words(now));
   show_step("RedoItem", redo_words(now));
-  // The other jobs have no face of their own; empty stands for the button's text.
+  // The other jobs have no separate face; empty means the button's text.
   const bool other_job = now.running && !shows_running_face_;
-  action_of("RunModelButton")->setToolTip(other_job ? "Cancel the job that runs" : QString());
+  action_of("RunModelButton")->setToolTip(other_job ? "Cancel the running job" : QString());
 }
 
 void command_controls::show_step(std::string_view name, const step_words& words) {

@@ -1,4 +1,4 @@
-// The menus and the tool bar of the main window, made from the tables of the commands.
+// The menus and the tool bar of the main window, built from the command tables.
 #pragma once
 
 #include "app/commands.h"
@@ -19,11 +19,11 @@ namespace vesk {
 
 class command_controls final {
 public:
-  // Makes all controls of `window`, which owns them and first carries the short menu. Each calls its handler of `form`;
+  // Creates all controls of `window`, which owns them and first has the short menu. Each calls its handler of `form`;
   // a document of the documentation menu calls `open_document` with its caption.
   command_controls(QMainWindow& window, TPreveskMainForm& form, std::function<void(const std::string&)> open_document);
 
-  // Enables what can be used now, and makes the main menu the window's menu.
+  // Enables the commands that can be used now, and makes the main menu the window's menu.
   void set_commands(const command_conditions& now);
   void show_run_face(bool running);
   void show_administration_menu(bool visible);

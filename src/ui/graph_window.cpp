@@ -82,7 +82,7 @@ void graph_window::print() {
   if (QPrinterInfo::defaultPrinter().isNull()) {
     const auto name = ask_for_file({file_dialog::kind::save, "Print to a PDF file", "PDF files|*.pdf", "pdf"}, {});
     if (name && !chart_->save(shown(*name)))
-      ask_in_box("Error", "The chart could not be written to " + *name + ".", box_buttons::ok);
+      ask_in_box("Error", "Cannot write the chart to " + *name + ".", box_buttons::ok);
     return;
   }
   QPrinter printer;
@@ -97,7 +97,7 @@ void graph_window::save() {
                                   "PNG pictures|*.png|SVG pictures|*.svg|PDF files|*.pdf|CSV tables|*.csv", "png"},
                                  {});
   if (name && !chart_->save(shown(*name)))
-    ask_in_box("Error", "The chart could not be written to " + *name + ".", box_buttons::ok);
+    ask_in_box("Error", "Cannot write the chart to " + *name + ".", box_buttons::ok);
 }
 
 } // namespace vesk

@@ -10,13 +10,13 @@ namespace vesk {
 namespace {
 
 void tell(const char* what) noexcept {
-  static bool telling = false; // what fails again and again, such as a timer's work, is told once
+  static bool telling = false; // a repeated failure, such as that of a timer, is shown once
   if (telling) return;
   telling = true;
   try {
     ask_in_box("Error", what, box_buttons::ok);
   } catch (...) { // not even memory for a box
-    std::fputs("vesk: A command failed, and there is no memory to say why.\n", stderr);
+    std::fputs("vesk: A command failed: out of memory.\n", stderr);
   }
   telling = false;
 }

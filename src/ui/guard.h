@@ -1,11 +1,11 @@
-// The edge between the toolkit's events and the program's own code: no exception passes it.
+// The boundary between the toolkit's events and the program's code: no exception passes it.
 #pragma once
 
 #include <functional>
 
 namespace vesk {
 
-// Runs `work`; an exception out of it is told in a box "Error". Main thread.
+// Runs `work`; an exception from it is shown in a box "Error". Main thread.
 void attempt(const std::function<void()>& work) noexcept;
 
 } // namespace vesk

@@ -10,7 +10,7 @@
 #include <QPixmap>
 #include <QSvgRenderer>
 
-// The pictures stand in a static library: nothing but this takes them into the program.
+// The pictures are in a static library: without this call the linker leaves them out.
 static void take_in_images() {
   Q_INIT_RESOURCE(images);
 }
@@ -43,7 +43,7 @@ constexpr const char* tool_images[] = {"new",
 
 constexpr const char* info_images[] = {"info_plain", "info_note", "info_failure"};
 
-// Draws a picture at whatever size is asked for. "currentColor" in it stands for the colour of text.
+// Draws a picture at any requested size. "currentColor" in it means the colour of text.
 class themed_picture final : public QIconEngine {
 public:
   explicit themed_picture(QByteArray svg) : svg_(std::move(svg)) {}

@@ -22,7 +22,7 @@ int main(int argc, char** argv) {
   vesk::prepare_process();
   vesk::report_engine_crashes("vesk");
   if (!has_display(argc, argv)) {
-    std::fputs("vesk: There is no display to open a window on; vesk-run does the same work without one.\n", stderr);
+    std::fputs("vesk: Cannot open a display. Use vesk-run to do the same work without one.\n", stderr);
     return 1;
   }
   QApplication application(argc, argv);

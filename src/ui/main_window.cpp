@@ -95,7 +95,7 @@ void main_window::set_start(std::vector<std::string> arguments, splash_form* spl
   splash_ = splash;
 }
 
-// The first showing goes on once the window is on the screen, so that what it asks stands over something.
+// The first showing continues once the window is on the screen, so that its questions appear above the window.
 void main_window::showEvent(QShowEvent* event) {
   QMainWindow::showEvent(event);
   if (has_been_shown_) return;
@@ -136,11 +136,11 @@ void main_window::set_busy(bool busy) {
     QApplication::restoreOverrideCursor();
 }
 
-// A form without a window is as good as one that was cancelled.
+// A form without a window counts as cancelled.
 bool main_window::show_form(vesk::form& wanted) {
   if (forms_->has_window_for(wanted)) return forms_->show(wanted);
   add_info_line("The window \"" + wanted.caption() +
-                    "\" does not exist yet. Until it does, change these values as text with vki dump and vki load.",
+                    "\" is not available yet. Change these values as text with vki dump and vki load.",
                 icon_note);
   select_last_info_line();
   return false;
@@ -203,7 +203,7 @@ void main_window::set_geometry(const window_geometry& wanted) {
   }
 }
 
-// A window that is minimised or maximised no longer tells where it was before.
+// A minimised or maximised window no longer knows its earlier position.
 void main_window::note_normal_place() {
   if (isVisible() && !(windowState() & (Qt::WindowMinimized | Qt::WindowMaximized | Qt::WindowFullScreen)))
     normal_place_ = QMainWindow::geometry();

@@ -1,4 +1,4 @@
-// The main window: PreveskMainForm's controls, and the one through whom the main form speaks to its user.
+// The main window: PreveskMainForm's controls, and the main form's user interface.
 #pragma once
 
 #include "app/main_form.h"
@@ -29,7 +29,7 @@ public:
 
   TPreveskMainForm& form() { return *form_; }
 
-  // What the first showing does with the command line; `splash` is hidden then. To be called before.
+  // The arguments that the first showing works on; `splash` is hidden then. Call it before.
   void set_start(std::vector<std::string> arguments, splash_form* splash);
 
   // user_interface

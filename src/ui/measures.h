@@ -1,5 +1,5 @@
 // Lengths on the screen. They are stated for the usual font at 96 dots per inch and grow with the font, so that texts
-// have the room they need at any size; high-density screens are the toolkit's own matter.
+// have room at any size. The toolkit handles high-density screens.
 #pragma once
 
 #include <QFontMetrics>

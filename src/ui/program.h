@@ -14,7 +14,7 @@ class QApplication;
 
 namespace vesk {
 
-// Title, version, style and number formats of the process. To be called first.
+// Sets title, version, style and number formats of the process. Call it first.
 void prepare_application(QApplication& application);
 
 class program {
@@ -25,7 +25,7 @@ public:
     int splash_time = TPreveskMainForm::splash_time; // milliseconds
   };
 
-  // Makes the windows. The splash is on the screen from here on; the main window follows once the event loop runs.
+  // Creates the windows. The splash is shown from here on; the main window follows once the event loop runs.
   program(QApplication& application, const options& wanted);
   ~program();
 

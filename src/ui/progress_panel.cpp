@@ -35,7 +35,7 @@ progress_panel::progress_panel(QWidget* parent, std::function<void(int)> priorit
   TimeRemainingLabel->setObjectName("TimeRemainingLabel");
   for (QLabel* label : {InfoLabel, TimeRemainingLabel}) label->setTextFormat(Qt::PlainText);
   CancelButton->setObjectName("CancelButton");
-  CancelButton->setToolTip("Cancel the job that runs");
+  CancelButton->setToolTip("Cancel the running job");
   CancelButton->setAutoDefault(false);
   connect(CancelButton, &QPushButton::clicked, this, [this, cancel = std::move(cancel)] {
     CancelButton->setEnabled(false); // it has been asked to end

@@ -1,4 +1,4 @@
-// How far a job is, and how hard it may work: InfoPanel with its bar and labels, and the priority track bar.
+// Progress and priority of a job: InfoPanel with its bar and labels, and the priority track bar.
 #pragma once
 
 #include <QWidget>
@@ -16,14 +16,14 @@ namespace vesk {
 class progress_panel final : public QWidget {
 public:
   // `priority_moved` is called with the position, 0 to 6, when the user moves the track bar, and only then.
-  // `cancel` when the user asks for the end of the job.
+  // `cancel` when the user cancels the job.
   progress_panel(QWidget* parent, std::function<void(int)> priority_moved, std::function<void()> cancel);
 
-  // Drawn at once, for the main thread may be busy with what it tells of; of a quick succession only some are.
+  // Drawn at once, since the main thread may be busy with the work that it shows; in quick succession only some are.
   void set_progress(int percent);
   void set_info(const std::string& text);
   void set_time_remaining(const std::string& text);
-  void show_cancel(bool visible); // can be pressed once each time that it is shown
+  void show_cancel(bool visible); // can be pressed once each time it is shown
   void show_priority(bool visible);
   void set_priority_position(int position);
 

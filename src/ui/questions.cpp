@@ -56,7 +56,7 @@ void widen(QMessageBox& box) {
   label->setMinimumWidth(std::min(width + scaled(8, box), scaled(560, box)));
 }
 
-// Tells files by their names. The toolkit's own looks into each file, which can take long, or for ever.
+// Recognises files by their names. The toolkit's default reads each file, which can take long, or never end.
 class name_icon_provider final : public QFileIconProvider {
 public:
   QIcon icon(const QFileInfo& file) const override { return QFileIconProvider::icon(file.isDir() ? Folder : File); }
@@ -127,7 +127,7 @@ box_answer ask_in_box(const std::string& title, const std::string& text, box_but
     break;
   }
   if (buttons == box_buttons::yes_no) {
-    box.setDefaultButton(QMessageBox::No); // what is asked cannot be undone
+    box.setDefaultButton(QMessageBox::No); // the safe answer
     box.setEscapeButton(QMessageBox::No);
   }
   widen(box);
@@ -173,7 +173,7 @@ std::optional<std::string> ask_for_file(const file_dialog& dialog, const QString
       last_folder = folder;
       return stored(name);
     }
-    ask_in_box("Error", "There is no folder " + stored(folder) + "; choose another place.", box_buttons::ok);
+    ask_in_box("Error", "Folder " + stored(folder) + " does not exist. Choose another one.", box_buttons::ok);
   }
   return {};
 }

@@ -1,4 +1,4 @@
-// What the program asks its user: boxes, and names of files and folders.
+// Questions to the user: boxes, and names of files and folders.
 #pragma once
 
 #include "app/user_interface.h"
@@ -18,7 +18,7 @@ std::optional<std::string> ask_for_file(const file_dialog& dialog, const QString
 // Begins at `start`. Nothing when cancelled.
 std::optional<std::string> ask_for_folder(const std::string& title, const std::string& start);
 
-// The toolkit's list of filters from pairs of a description and a pattern, all parted by "|".
+// The toolkit's list of filters from pairs of a description and a pattern, all separated by "|".
 QStringList name_filters(const std::string& filter);
 
 } // namespace vesk

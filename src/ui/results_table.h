@@ -1,5 +1,5 @@
-// The results grid: a view on the engine's array while a job runs. Nothing is copied; what is in sight is read when it
-// is painted.
+// The results grid: a view on the engine's array while a job runs. Nothing is copied; visible cells are read when they
+// are painted.
 #pragma once
 
 #include "ui/grid_view.h"

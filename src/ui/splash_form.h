@@ -1,4 +1,4 @@
-// TSplashForm: the picture that stands on the screen while the program starts.
+// TSplashForm: the picture that is shown while the program starts.
 #pragma once
 
 #include <QTimer>
@@ -9,7 +9,7 @@ namespace vesk {
 
 class splash_form final : public QWidget {
 public:
-  // `show_main_window` is called once, `milliseconds` after the form has been made; then the splash closes.
+  // `show_main_window` is called once, `milliseconds` after the form was created; then the splash closes.
   splash_form(int milliseconds, std::function<void()> show_main_window);
 
 protected:

@@ -7,21 +7,21 @@
 
 namespace vesk {
 
-// As the user reads it: UTF-8 where the bytes are valid UTF-8, else Windows-1252.
+// For display: UTF-8 where the bytes are valid UTF-8, else Windows-1252.
 QString shown(std::string_view bytes);
 
-// As it is kept: UTF-8.
+// For storage: UTF-8.
 std::string stored(const QString& text);
 
-// A text of the system's own with its line ends as the toolkit wants them.
+// A text of the program with the line ends that the toolkit expects.
 QString shown_lines(std::string_view text);
 
 // `text` as a tool tip that shows it letter for letter, in lines of readable length. The toolkit takes a text that
 // looks like HTML for HTML, and opens the pictures that it names: a segment may be called so. For every tip that is not
-// a text of ours. Labels are set to Qt::PlainText for the same reason.
+// a text of the program. Labels are set to Qt::PlainText for the same reason.
 QString tool_tip(const QString& text);
 
-// `text` as a label or caption that shows each "&" as it stands, without a mnemonic.
+// `text` as a label or caption that shows each "&" literally, without a mnemonic.
 QString without_mnemonics(QString text);
 
 } // namespace vesk

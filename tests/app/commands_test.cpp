@@ -44,7 +44,7 @@ TEST(Commands, FollowTheirConditions) {
   };
   command_conditions steps;
   EXPECT_EQ(undo_words(steps).caption, "&Undo");
-  EXPECT_EQ(redo_words(steps).tool_tip, "There is nothing to redo");
+  EXPECT_EQ(redo_words(steps).tool_tip, "Nothing to redo");
   for (const auto& [step, item] :
        {std::pair(&command_conditions::undo, "UndoItem"), {&command_conditions::redo, "RedoItem"}}) {
     EXPECT_FALSE(is_enabled(find_command(item).condition, steps));
@@ -53,7 +53,7 @@ TEST(Commands, FollowTheirConditions) {
   }
   EXPECT_EQ(undo_words(steps).caption, "&Undo Open this && that.vki");
   EXPECT_EQ(redo_words(steps).caption, "&Redo Open this && that.vki");
-  EXPECT_EQ(undo_words(steps).tool_tip, "Bring back what was there before: Open this & that.vki");
+  EXPECT_EQ(undo_words(steps).tool_tip, "Take back: Open this & that.vki");
   std::set<std::string_view> managed;
   for (const command_row& row : command_table())
     if (row.condition != command_condition::unmanaged && row.name != "UndoItem" && row.name != "RedoItem")
@@ -84,7 +84,7 @@ TEST(Commands, ControlsShareTheirHandlers) {
   EXPECT_EQ(find_command("ImportNetworkItem").handler, nullptr);
 }
 
-TEST(Commands, EachControlStandsAtOnePlace) {
+TEST(Commands, EachControlOccursOnce) {
   std::multiset<std::string_view> placed;
   for (const auto& menu : {main_menu(), fenn_menu()})
     for (const menu_row& row : menu)

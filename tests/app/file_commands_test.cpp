@@ -87,15 +87,15 @@ TEST_F(FileCommands, ANewerVersionIsKeptAndWarnedAbout) {
   form.open_file(name);
   EXPECT_EQ(ui.take_boxes(), lines{"Error: VKI Version not supported; data could be corrupt."});
   EXPECT_EQ(ui.lines, lines{"1 " + name +
-                            " has version 7.8, which is newer than 7.7: 7 bytes at its end were not "
-                            "read. A saved copy lacks what was not read."});
+                            " has version 7.8, newer than 7.7: 7 bytes at its end were not "
+                            "read. A saved copy lacks them."});
   EXPECT_EQ(first_segment(), "upper");
   EXPECT_EQ(form.failures(), 0); // it has been opened
   EXPECT_EQ(form.files_partly_read(), 1);
   ui.answer = box_answer::no;
   form.SaveItemClick();
   EXPECT_EQ(ui.take_boxes(), lines{"Replace file?: " + name +
-                                   " exists already. It holds data that is not in this data set.\r\nReplace it?"});
+                                   " already exists and contains data that is not in this data set.\r\nReplace it?"});
   EXPECT_EQ(folder.read("newer.vki"), bytes + "0123456");
   EXPECT_TRUE(form.save_as(folder.file("copy.vki")));
   EXPECT_EQ(folder.read("copy.vki")[0], 7); // the version of what is in it
@@ -103,12 +103,12 @@ TEST_F(FileCommands, ANewerVersionIsKeptAndWarnedAbout) {
   EXPECT_EQ(ui.boxes, lines{}); // from now on it comes from there
 }
 
-TEST_F(FileCommands, WhatTheCatalogueLacksIsTold) {
+TEST_F(FileCommands, RecordsThatTheCatalogueLacksAreReported) {
   const std::string name = make_file("other.vki", "upper", 77);
   form.open_file(name);
-  EXPECT_EQ(ui.take_boxes(),
-            lines{"Error: The catalogue has no model 77, which " + name +
-                  " is for. Dropped: 1 system, 2 parameters. Open it with a catalogue that has the model."});
+  EXPECT_EQ(ui.take_boxes(), lines{"Error: " + name +
+                                   " is for model 77, which the catalogue does not have. Dropped: 1 system, 2 "
+                                   "parameters. Open it with a catalogue that has the model."});
   EXPECT_EQ(form.failures(), 0);
   EXPECT_EQ(form.files_partly_read(), 1);
   EXPECT_EQ(form.current_data_set->library, "UNKNOWN.DLL");
@@ -169,9 +169,9 @@ TEST_F(FileCommands, SaveAsksBeforeItReplacesAFileThatTheDataSetDidNotComeFrom) 
   form.SaveItemClick();
   EXPECT_EQ(form.file_name, folder.file("b.inp"));
   EXPECT_EQ(ui.take_boxes(), (lines{"Replace file?: " + other +
-                                        " exists already. It holds data that is not in this data set." + question,
+                                        " already exists and contains data that is not in this data set." + question,
                                     "Replace file?: " + folder.file("b.VKI") +
-                                        " exists already. It holds data that is not in this data set." + question}));
+                                        " already exists and contains data that is not in this data set." + question}));
   EXPECT_EQ(folder.read("a.vki"), "written by somebody else");
   EXPECT_EQ(folder.read("b.vki"), folder.read("b.VKI"));
   ui.answer = box_answer::yes;

@@ -69,7 +69,7 @@ TEST(History, KeepsToItsLimitButAlwaysTheNewestStep) {
   EXPECT_GE(history::default_limit(), 10'000'000u);
 }
 
-TEST(History, AnEditorReachesItsOwnStepsOnly) {
+TEST(History, AnEditorUndoesOnlyItsSteps) {
   history steps;
   document now = document_of("a");
   const auto change = [&](const char* label) {

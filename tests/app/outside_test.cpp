@@ -106,7 +106,7 @@ TEST_F(Outside, TheShippedIndexNamesFilesThatAreThere) {
   EXPECT_GE(count, 2);
 }
 
-TEST_F(Outside, ADocumentOpensFromItsFolderAndALinkAsItStands) {
+TEST_F(Outside, ADocumentOpensFromItsFolderAndALinkUnchanged) {
   const std::string in = " in " + folder.path.string() + "/";
   form.documentation_links = {
       {"file", "sub/a.html"}, {"link", "https://y?a=http://b"}, {"big", "HTTP://y"}, {"mixed", "Http://y"}};

@@ -34,7 +34,7 @@ protected:
   catalogue_source source{folder.path};
 };
 
-TEST_F(ParadoxCatalogue, TellsWhatTheBundledOneTellsAndOpensTheSample) {
+TEST_F(ParadoxCatalogue, EqualsTheBundledOneAndOpensTheSample) {
   sqlite_catalogue_store bundled(CATALOGUE_FILE);
   write_paradox_catalogue(bundled, folder.path);
   EXPECT_TRUE(*source.get() == *read_catalogue(bundled));

@@ -182,17 +182,17 @@ TEST_F(Replacement, AnImportIsOneStepHoweverItEnds) {
   };
   EXPECT_EQ(import("old.inp"), "0 import 1");
   EXPECT_EQ(import("code-3.inp"),
-            "1 \"Import code-3.inp\" failed, and what it has read has replaced a.vki. Undo brings it back.");
+            "1 \"Import code-3.inp\" failed, and its partial result has replaced a.vki. Undo brings it back.");
   EXPECT_EQ(import("waits.inp"),
             "1 \"Import waits.inp\" was cancelled, and its data set was dropped. Undo brings a.vki back.");
   EXPECT_EQ(ui.boxes, lines{});
   EXPECT_EQ(import("endless.inp"),
-            "1 \"Import endless.inp\" failed, and what it has read has replaced a.vki. Undo brings it back.");
+            "1 \"Import endless.inp\" failed, and its partial result has replaced a.vki. Undo brings it back.");
   EXPECT_EQ(ui.boxes.size(), 1U);
   EXPECT_NE(ui.boxes[0].find("is not a date from 1/1/1600 to 12/31/3999"), std::string::npos);
 }
 
-TEST_F(Replacement, ABusyImportSaysWhatItHasReplaced) {
+TEST_F(Replacement, ARefusedImportNamesWhatItReplaced) {
   form.open_file(make_file("a.vki"));
   form.start_import_network("waits.vkn");
   wait_for_line("0 waiting");
@@ -260,7 +260,7 @@ TEST_F(Replacement, AResultIsAStepAndKeepsTheOriginOfItsDocument) {
   EXPECT_EQ(form.current_data_set->segments[0].name, "Vesk Segment");
 }
 
-TEST_F(Replacement, AResultThatTakesTheUsersWorkAwaySaysSo) {
+TEST_F(Replacement, AResultThatReplacesTheUsersWorkIsReported) {
   // The job has begun and does nothing before the main thread serves it: there is time to work.
   form.open_file(make_file("a.vki"));
   form.start_import_network("a.vkn");

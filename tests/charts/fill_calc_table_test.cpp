@@ -127,7 +127,7 @@ TEST_F(FillCalcTable, PastesAllOrNothing) {
             "Line 3, column 1: expected a number, found \"x\". Nothing was pasted.");
   EXPECT_EQ(table.do_paste("1\ta\tStep\t1\t7\tmore").refusal,
             "Line 1, column 6: there is no column for \"more\". Nothing was pasted.");
-  EXPECT_EQ(table.do_paste("").refusal, "The clipboard holds no text.");
+  EXPECT_EQ(table.do_paste("").refusal, "The clipboard contains no text.");
   EXPECT_EQ(content.rows, before);
   table.set_active(0, 4);
   EXPECT_EQ(table.do_paste("Step\tnonsense\tnonsense\n").refusal, ""); // past check box and read-only cell

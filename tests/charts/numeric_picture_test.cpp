@@ -24,7 +24,7 @@ TEST(NumericPicture, NeverCutsANumber) {
   EXPECT_EQ(number_in_picture(2.5, ""), "2.5");
 }
 
-TEST(NumericPicture, TellsWhatIsNoNumber) {
+TEST(NumericPicture, ShowsNonFiniteValuesAsTexts) {
   using limits = std::numeric_limits<double>;
   EXPECT_EQ(number_in_picture(limits::quiet_NaN(), "###.#"), "NaN");
   EXPECT_EQ(number_in_picture(-limits::infinity(), "E"), "-Inf");

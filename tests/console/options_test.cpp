@@ -21,7 +21,7 @@ TEST(Options, AreTakenFromAnyPlace) {
   EXPECT_FALSE(parse_console_options(lines{"--log", "--quiet"}).any_work());
 }
 
-TEST(Options, WrongUsageIsToldInOneSentence) {
+TEST(Options, WrongUsageIsReportedInOneSentence) {
   const auto error = [](const lines& arguments) -> std::string {
     try {
       parse_console_options(arguments);
@@ -40,15 +40,15 @@ TEST(Options, WrongUsageIsToldInOneSentence) {
               std::string("Option ") + option + " requires a value, found \"-\"; a file of that name is ./-.");
     EXPECT_TRUE(error({option, "-RUN"}).starts_with(std::string("Option ") + option + " requires a value")) << option;
     EXPECT_EQ(error({option, "/dev/null"}),
-              std::string("Option ") + option + " takes no device, but has \"/dev/null\".");
+              std::string("Option ") + option + " does not accept a device, found \"/dev/null\".");
   }
   EXPECT_EQ(error({"--log=-x"}), "Option --log requires a value, found \"-x\"; a file of that name is ./-x.");
-  EXPECT_EQ(error({"--save", "/dev/fd/1"}), "Option --save takes no device or pipe, but has \"/dev/fd/1\".");
+  EXPECT_EQ(error({"--save", "/dev/fd/1"}), "Option --save does not accept a device or pipe, found \"/dev/fd/1\".");
   for (const char* folder : {"..", "rivers/", "rivers/."})
     EXPECT_EQ(error({"--save", folder}),
-              std::string("Option --save requires the name of a file, but has \"") + folder + "\".");
+              std::string("Option --save requires the name of a file, found \"") + folder + "\".");
   EXPECT_EQ(error({"--export", "a.inp", "--export=b.vkn"}), "Option --export is given more than once.");
-  EXPECT_EQ(error({"--yes=no"}), "Option --yes takes no value, but has \"no\".");
+  EXPECT_EQ(error({"--yes=no"}), "Option --yes takes no value, found \"no\".");
   EXPECT_EQ(error({"--progress", "fast"}), "Option --progress takes auto, bar, plain or none, not \"fast\".");
 }
 

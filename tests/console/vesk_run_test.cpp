@@ -46,7 +46,7 @@ protected:
     return run_program(VESK_RUN, arguments, signal);
   }
 
-  static constexpr const char* two_more = "vesk-run: Cancelling; press Ctrl+C twice more to end at once.\n";
+  static constexpr const char* two_more = "vesk-run: Cancelling. Press Ctrl+C twice more to end at once.\n";
   temporary_folder folder;
 };
 
@@ -139,17 +139,17 @@ TEST_F(VeskRun, AFileBeyondTheLimitOfSizesIsADiskThatIsFull) {
   EXPECT_FALSE(std::filesystem::exists(saved));
 }
 
-TEST_F(VeskRun, ALogThatCannotBeWrittenIsTold) {
+TEST_F(VeskRun, ALogThatCannotBeWrittenIsReported) {
   const std::string file = make_file("says run");
   folder.write("plain", "");
   const std::string log = folder.file("plain/LOG.TXT");
   const program_result result = run({file, "-RUN", "--export", "a.inp", "--log=" + folder.file("plain")});
-  EXPECT_EQ(result.err, "vesk-run: Cannot write " + log + ": Not a directory. The work goes on without a log.\n");
+  EXPECT_EQ(result.err, "vesk-run: Cannot write " + log + ": Not a directory. Continuing without a log.\n");
   EXPECT_EQ(result.out, "run\nexport 0\n");
   EXPECT_EQ(result.status, 0); // of the work
 }
 
-TEST_F(VeskRun, WhatIsNotPermittedIsToldInOneSentence) {
+TEST_F(VeskRun, MissingPermissionIsReportedInOneSentence) {
   if (geteuid() == 0) GTEST_SKIP() << "nothing is protected from root";
   const std::string file = make_file("says run"), unreadable = folder.file("unreadable.vki");
   std::filesystem::copy_file(file, unreadable);
@@ -166,7 +166,7 @@ TEST_F(VeskRun, WhatIsNotPermittedIsToldInOneSentence) {
       {{file, "--save", locked + "/a.vki"}, 1, "vesk-run: " + locked + "/a.vki: Cannot open file for writing.\n"},
       {{file, "-RUN", "--log=" + locked},
        0,
-       "vesk-run: Cannot write " + locked + "/LOG.TXT: Permission denied. The work goes on without a log.\n"},
+       "vesk-run: Cannot write " + locked + "/LOG.TXT: Permission denied. Continuing without a log.\n"},
   };
   for (const auto& c : cases) {
     const program_result result = run(c.arguments);
@@ -237,7 +237,7 @@ TEST_F(VeskRun, AReturnCodeIsTheStatusOfARunAlone) {
   EXPECT_EQ(run({"-IMPORT", "code-7.inp", "-RUN"}).out, "import 1\n"); // what it left is not run
 }
 
-TEST_F(VeskRun, StandardOutputThatIsLostEndsWith1) {
+TEST_F(VeskRun, LostStandardOutputEndsWith1) {
   const std::string file = make_file("says run");
   const std::string command =
       VESK_RUN " --catalogue " + folder.path.string() + " --engine " MISBEHAVING_ENGINE " " + file;
@@ -252,7 +252,7 @@ TEST_F(VeskRun, StandardOutputThatIsLostEndsWith1) {
   EXPECT_EQ(shell(VESK_RUN " --help > /dev/full").err, no_space);
 }
 
-TEST_F(VeskRun, DoesItsWorkInTheToldOrder) {
+TEST_F(VeskRun, WorksInTheDocumentedOrder) {
   const std::string file = make_file("says run");
   const program_result result = run({"--save", folder.file("out.vki"), "--export", "out.inp", "-RUN", "--load-restart",
                                      "a.rst", "--read-hyd", "--import-network", "a.vkn", file});
@@ -271,7 +271,7 @@ TEST_F(VeskRun, DoesItsWorkInTheToldOrder) {
   EXPECT_EQ(folder.read("logs/LOG.TXT"), "\n");
 }
 
-TEST_F(VeskRun, BadInputIsToldInOneSentence) {
+TEST_F(VeskRun, BadInputIsReportedInOneSentence) {
   const std::string file = make_file("returns", true), missing = folder.file("missing.vki");
   folder.write("text.vki", "no data file");
   struct {
@@ -323,7 +323,7 @@ TEST_F(VeskRun, AFileThatIsOnlyPartlyUnderstoodIsNotSavedOver) {
     const program_result refused = run({folder.file(name), "--save", folder.file(name), "--quiet"});
     EXPECT_EQ(refused.status, 1);
     EXPECT_TRUE(refused.err.ends_with(
-        "vesk-run: Nothing is done with a file that was opened only in part, unless --yes is given.\n"));
+        "vesk-run: Nothing was done, since a file was opened only in part. Use --yes to continue all the same.\n"));
     EXPECT_EQ(folder.read(name), before);
     const program_result agreed = run({folder.file(name), "--save", folder.file("out"), "--yes"});
     EXPECT_EQ(agreed.status, 0) << agreed.err;
@@ -335,9 +335,10 @@ TEST_F(VeskRun, AFileThatIsOnlyPartlyUnderstoodIsNotSavedOver) {
   save_data_file(folder.path / "system.vki", data);
   const std::string file = folder.file("system.vki"), before = folder.read("system.vki");
   const program_result refused = run({file, "--refresh"});
-  EXPECT_EQ(refused.err, "vesk-run: Replace file?: " + file +
-                             " exists already. It holds data that is not in this data set. Replace it?\n"
-                             "vesk-run: Not saved; --yes replaces the file, --save FILE saves under another name.\n");
+  EXPECT_EQ(refused.err,
+            "vesk-run: Replace file?: " + file +
+                " already exists and contains data that is not in this data set. Replace it?\n"
+                "vesk-run: Not saved. Use --yes to replace the file, or --save FILE to save under another name.\n");
   EXPECT_EQ(refused.status, 1);
   EXPECT_EQ(folder.read("system.vki"), before);
   EXPECT_EQ(run({file, "--refresh", "--yes"}).status, 0);
@@ -373,7 +374,7 @@ TEST_F(VeskRun, AQueryWithoutRowsStopsARunUnlessYes) {
   EXPECT_EQ(run_all_the_same.status, 0);
 }
 
-TEST_F(VeskRun, AnImportThatNamesAHydrodynamicFileSaysWhatReadsIt) {
+TEST_F(VeskRun, AnImportThatNamesAHydrodynamicFilePointsToItsOption) {
   EXPECT_EQ(run({"-IMPORT", "hydro.inp"}).err,
             "vesk-run: Cannot read hyd file now: hydro.inp: The read hyd file thread is busy. Try again later.\n"
             "vesk-run: The file name is stored; --read-hyd reads it.\n");
@@ -430,7 +431,7 @@ TEST_F(VeskRun, ReadsTheSettingsAndLeavesThemAlone) {
   EXPECT_EQ(folder.read("vesk/settings.ini"), stored);
 }
 
-TEST_F(VeskRun, TellsAboutItself) {
+TEST_F(VeskRun, PrintsHelpAndVersion) {
   EXPECT_EQ(run({"--version"}).out, "vesk-run 0.1.0\n");
   EXPECT_NE(run({"--help"}).out.find("--import-network NAME"), std::string::npos);
   EXPECT_EQ(run({"-h"}).out, run({"--help"}).out);

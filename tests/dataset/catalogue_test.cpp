@@ -126,7 +126,7 @@ TEST(Catalogue, AnUnknownModelHasNoListsEvenWithMerging) {
   EXPECT_EQ(data.segments[1].parameters.size(), 0u);
 }
 
-TEST(Catalogue, MergingKeepsTheUsersOwnAndTakesTheRestFromTheCatalogue) {
+TEST(Catalogue, MergingKeepsTheUsersValuesAndTakesTheRestFromTheCatalogue) {
   const auto before = used_river();
   auto store = small_catalogue();
   store.tables["Parameters"].rows[0] = {7, 12, -1.0, 8, 3, "Bed slope", 2};
@@ -194,7 +194,7 @@ reading_losses losses_of(prevesk_dataset_data_type data, std::uint32_t model, me
   return prevesk_dataset_data_type(read_catalogue(store)).read(reader);
 }
 
-TEST(Catalogue, ReadingSaysWhatTheCatalogueNoLongerHas) {
+TEST(Catalogue, ReadingReportsWhatTheCatalogueNoLongerHas) {
   prevesk_dataset_data_type data = used_river();
   data.systems.edit(0).loads.resize(3);
   EXPECT_FALSE(losses_of(data, 7, small_catalogue()).any());

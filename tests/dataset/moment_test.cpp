@@ -49,7 +49,7 @@ TEST(Moment, OrdersByDateThenTime) {
   EXPECT_FALSE(moment_type(2, 0) < moment_type(1, 9));
 }
 
-TEST(Moment, NewOnesStandAtTheSeedOfTheirThreadOnceItIsSet) {
+TEST(Moment, NewOnesStartAtTheSeedOfTheirThreadOnceItIsSet) {
   const auto seconds = [](const moment_type& m) { return m.date_time() * 86400; };
   std::thread([&] {
     moment_type::set_seed(5, 6); // alone it changes nothing

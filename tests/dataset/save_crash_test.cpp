@@ -99,13 +99,13 @@ TEST_P(InterruptedSave, AKillLeavesTheOldFileOrTheNewOne) {
   interrupt_everywhere("", kill);
 }
 
-TEST_P(InterruptedSave, AFailureOfTheSystemLeavesWhatTheSaveTells) {
+TEST_P(InterruptedSave, AFailedSystemCallLeavesTheFileThatTheSaveReports) {
   for (const int error : {ENOSPC, EIO})
     interrupt_everywhere(
         "old", [error](const system_call& call) { return call.index == 0 && is_about_files(call.number) ? error : 0; });
 }
 
-TEST_P(InterruptedSave, ADiskThatFailsForGoodLeavesWhatTheSaveTells) {
+TEST_P(InterruptedSave, ADiskThatKeepsFailingLeavesTheFileThatTheSaveReports) {
   interrupt_everywhere("old", [](const system_call& call) { return is_about_files(call.number) ? EIO : 0; });
 }
 

@@ -90,7 +90,7 @@ TEST(VkiFile, ACutLongFileIsRefused) {
   }
 }
 
-TEST(VkiFile, WhatCannotBeOpenedIsToldApartFromADamagedFile) {
+TEST(VkiFile, AFileThatCannotBeOpenedIsDistinctFromADamagedOne) {
   const temporary_folder folder;
   prevesk_dataset_data_type data;
   const auto failure = [&](const auto& act) -> std::string {

@@ -118,7 +118,7 @@ TEST_F(Editors, DeletingTheOnlyPointLeavesABlankRow) {
   form.CopyButtonClick(panel);
   EXPECT_EQ(host.clipboard, "kept");
   form.GraphButtonClick(panel);
-  EXPECT_EQ(form.message(), "There is nothing to draw.");
+  EXPECT_EQ(form.message(), "Nothing to draw: no values.");
   EXPECT_THAT(form.status(panel), HasSubstr("This series is used, but it has no points."));
   form.InsertRowButtonClick(panel);
   EXPECT_EQ(print(table), "10/01/2012|00:00|0.0000\n");
@@ -137,7 +137,7 @@ TEST_F(Editors, EveryOperationIsOneStep) {
   host.clipboard = "2012-10-03\t12:00\t2\n2012-10-13\t0:00\t3\n";
   form.PasteButtonClick(panel);
   EXPECT_EQ(form.message(), "Pasted: 2 rows, 3 Oct 2012 to 13 Oct 2012.");
-  EXPECT_THAT(form.status(panel), HasSubstr("1 of 2 points lie outside the run"));
+  EXPECT_THAT(form.status(panel), HasSubstr("1 of 2 points is outside the run"));
   host.expression = "x / 2";
   table.set_selection(cell_range{0, 2, 1, 2});
   form.FillCalcButtonClick(panel);
@@ -185,7 +185,7 @@ TEST_F(Editors, RegularTimesAndInterpolation) {
   EXPECT_EQ(host.undo_label(), "Print Interval: Interpolate between");
   host.on_regular_times = [](TRegularTimesForm& times) {
     times.EndDateField.enter("2011-10-06");
-    EXPECT_EQ(times.message(), "The end lies before the start.");
+    EXPECT_EQ(times.message(), "The end is before the start.");
     return times.FormCloseQuery(true);
   };
   form.regular_times_click(panel);
@@ -197,7 +197,7 @@ TEST_F(Editors, ADeferredSeriesCanKeepItsPoints) {
   TPrintIntervalForm form(host);
   shown(form);
   editor_panel& panel = *form.panels()[0];
-  EXPECT_EQ(form.deferred_note(panel), "Filled by its query before each run; changes made here do not reach a run.");
+  EXPECT_EQ(form.deferred_note(panel), "Filled by its query before each run. Changes made here do not affect a run.");
   form.keep_these_points(panel);
   EXPECT_EQ(form.deferred_note(panel), "");
   form.undo();

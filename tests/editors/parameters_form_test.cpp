@@ -84,7 +84,7 @@ TEST_F(ParametersForm, AnotherModelDropsWhatBelongedToTheFirst) {
   const std::size_t systems = host.data.systems.size();
   form.ModelTypeComboBox = 1;
   EXPECT_EQ(form.message().substr(0, 58),
-            "OK drops what belongs to the present model: " + std::to_string(systems) + " systems, 0 l");
+            "OK drops the data of the present model: " + std::to_string(systems) + " systems, 0 l");
   EXPECT_TRUE(form.FormCloseQuery(true));
   EXPECT_EQ(host.data.model_type, 3U);
   EXPECT_TRUE(host.data.systems.empty());

@@ -99,7 +99,7 @@ TEST(Job, ReachesTheFrontEndByBothWays) {
   EXPECT_EQ(result.failure, "");
 }
 
-TEST(Job, EachCodeCallsItsFunctionAndHasACopyOfItsOwn) {
+TEST(Job, EachCodeCallsItsFunctionOnItsCopy) {
   const prevesk_dataset_data_type data = data_for("returns");
   EXPECT_EQ(run_job(job_code::run, data).notes, lines{});
   EXPECT_EQ(run_job(job_code::import_file, data).notes, (lines{"0 import 1"}));
@@ -127,7 +127,7 @@ TEST(Job, CanBeCancelled) {
   EXPECT_EQ(run_job(job_code::run, data_for("waits for cancel"), {}, cancel).notes, (lines{"0 waiting", "code 9"}));
 }
 
-TEST(Job, LeavesNoPointerIntoTheEngineBehind) {
+TEST(Job, KeepsNoPointerIntoTheEngine) {
   const job_result result = run_job(job_code::run, data_for("grid without DONE"));
   EXPECT_EQ(result.notes, (lines{"grid of 2: one two three", "grid of 2: only"}));
   EXPECT_TRUE(result.mailbox.grid_changed);
@@ -140,7 +140,7 @@ TEST(Job, TakesTheGridBackBeforeAFailureIsShown) {
   EXPECT_FALSE(result.grid_left);
 }
 
-TEST(Job, ServesAThreadOfTheEnginesOwn) {
+TEST(Job, ServesAThreadThatTheEngineStarted) {
   EXPECT_EQ(run_job(job_code::run, data_for("calls from its own thread")).notes, (lines{"0 from another thread"}));
 }
 
@@ -150,7 +150,7 @@ std::string content(const fs::path& file) {
   return text.str();
 }
 
-TEST(Job, LogsToAFileOfItsOwnAndLeavesAnEmptyLineInTheTemplate) {
+TEST(Job, LogsToItsOwnFileAndLeavesAnEmptyLineInTheTemplate) {
   const fs::path folder = fs::temp_directory_path() / ("vesk-log-" + std::to_string(getpid()));
   fs::create_directory(folder);
   run_job(job_code::run, data_for("reports"), folder / "LOG.TXT");
@@ -168,7 +168,7 @@ TEST(Job, LogsToAFileOfItsOwnAndLeavesAnEmptyLineInTheTemplate) {
   EXPECT_FALSE(fs::exists(folder));
 }
 
-TEST(EngineLibrary, SaysWhatIsWrongWithIt) {
+TEST(EngineLibrary, AFaultyOneIsRefusedWithItsCause) {
   const auto failure = [](const std::string& path) -> std::string {
     try {
       engine_library::load(path);

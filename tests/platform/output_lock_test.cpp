@@ -70,7 +70,7 @@ protected:
   const fs::path base = folder.path / "river";
 };
 
-TEST_F(OutputLock, OneAtATimeAndTheSecondIsToldWhoHoldsIt) {
+TEST_F(OutputLock, IsHeldOnceAndTheRefusalNamesTheHolder) {
   char host[256] = "";
   gethostname(host, sizeof host);
   {

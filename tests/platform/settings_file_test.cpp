@@ -15,7 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-TEST(SettingsFile, AValueIsAllBehindTheFirstEqualsSign) {
+TEST(SettingsFile, AValueIsTheTextAfterTheFirstEqualsSign) {
   const temporary_folder folder;
   folder.write("a.ini", "loose=1\n[A\\B]\r\nmask=###.##;=x \r\nempty=\nnothing\n[C]\nmask=other\n");
   const settings_file file(folder.path / "a.ini");

@@ -56,7 +56,7 @@ TEST_F(Access, ReadsTheTablesOfADatabase) {
                                      "CD_AGENTE:3 n=510 min=19 max=4813 mean=3065.600000"}));
 }
 
-TEST_F(Access, TellsHowTheHelperFailed) {
+TEST_F(Access, ReportsHowTheHelperFailed) {
   const std::string installed = (folder_.path.parent_path() / "lib/vesk/vesk-mdb").string();
   EXPECT_EQ(outcome(),
             ": cannot start the program that reads Access databases: " + installed + ": No such file or directory.");

@@ -108,7 +108,7 @@ TEST(Csv, ReadsQuotedFieldsAndEncodings) {
               ElementsAre("a:1; b:3", "°; 2"));
 }
 
-TEST(Csv, RefusesWhatIsNoTable) {
+TEST(Csv, RefusesFilesThatAreNotTables) {
   EXPECT_EQ(failure(""), "river.csv: the file is empty.");
   EXPECT_EQ(failure(" \r\n\n"), "river.csv: the file is empty.");
   EXPECT_EQ(failure(std::string_view("a\0b", 3)), "river.csv: not a text file: it contains bytes of value 0.");

@@ -123,7 +123,7 @@ TEST(Dbf, ReadsMemosOfFoxpro) {
       "river.dbf, field M: record 1, in the memo file: 5 bytes are missing at byte 520: the file has only 522 bytes.");
 }
 
-TEST(Dbf, TellsWhatIsDamaged) {
+TEST(Dbf, ReportsDamage) {
   const std::vector<field> fields{{"DAY", 'D', 8}, {"Q", 'N', 6, 1}};
   const auto with = [&](const char* record) { return table(3, fields, {" 20110131   1.5", record}); };
   EXPECT_THAT(read(with(" 00000000******")), ElementsAre("DAY:9; Q:6", "2011-01-31; 1.5", "NULL; NULL"));

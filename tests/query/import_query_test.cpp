@@ -93,7 +93,7 @@ INSTANTIATE_TEST_SUITE_P(Files, FormatsOfOneTable,
                                          "roanoke_daily.ods"),
                          [](const auto& file) { return fs::path(file.param).extension().string().substr(1); });
 
-TEST_F(ImportQuery, AveragesWhatFallsOnOneMomentAndFillsAPeriod) {
+TEST_F(ImportQuery, AveragesPointsOfOneDateAndTimeAndFillsAPeriod) {
   import_query_descriptor query = query_on("RENTAL.DB", "Date", "Rental Fee");
   query.restrict_to_run_period = false;
   query.conditions = {{"Category", 0, 0, "Classics"}};
@@ -171,7 +171,7 @@ TEST_F(ImportQuery, IsHeldAgainstItsSourceInOrder) {
   EXPECT_THROW(unknown.engine.open(unknown, {.table = "x"}), query_engine_exception);
 }
 
-TEST_F(ImportQuery, TellsWhatIsWrongWithAValueAndWhere) {
+TEST_F(ImportQuery, ReportsAWrongValueWithItsField) {
   folder.write("numbers.csv", "Taken,Flow\n20110131,1\n20110201,2\n");
   import_query_descriptor numbers = query_on("numbers.csv", "Taken", "Flow");
   for (const bool restrict_to_run_period : {false, true}) {
@@ -258,7 +258,7 @@ TEST_F(ImportQuery, DatesAndNumbersInTextsAreRead) {
   }
 }
 
-TEST_F(ImportQuery, TextsByWhichRowsAreOrderedAreMoments) {
+TEST_F(ImportQuery, OrdersRowsByTextsAsDates) {
   folder.write("days.csv", "x");
   ASSERT_EQ(fill_database("days.sqlite",
                           "CREATE TABLE d(t TEXT, v REAL); INSERT INTO d VALUES ('10/1/2009', 1), ('9/1/2009', 2), "
@@ -275,7 +275,7 @@ TEST_F(ImportQuery, TextsByWhichRowsAreOrderedAreMoments) {
 }
 
 // A column of day numbers with texts among them, in the field of the moments.
-TEST_F(ImportQuery, ATextAmongDayNumbersIsUnderstoodOrTold) {
+TEST_F(ImportQuery, ATextAmongDayNumbersIsReadOrReported) {
   const std::string numbers = "Taken,Flow\n39814,1\n39815,2\n39816,3\nNA,4\n39818,5\n";
   folder.write("days.csv", numbers + "1/6/2009,6\n39817,7\n");
   import_query_descriptor query = query_on("days.csv", "Taken", "Flow");
@@ -290,7 +290,7 @@ TEST_F(ImportQuery, ATextAmongDayNumbersIsUnderstoodOrTold) {
 }
 
 // The value of a condition is looked for among the rows that are read; those it has outside of the period count, too.
-TEST_F(ImportQuery, AConditionsValueMayStandAnywhere) {
+TEST_F(ImportQuery, AConditionsValueMayOccurInAnyRow) {
   folder.write("sites.csv", "Taken,Site,Flow\n2009-01-02,A,1\n2008-01-01,B,2\n2009-01-01,A,3\n2009-01-01,a' OR "
                             "Site='A,4\n2009-01-01,a,5\n");
   import_query_descriptor query = query_on("sites.csv", "Taken", "Flow");

@@ -230,7 +230,7 @@ TEST(SqliteSource, FiltersKeepEveryFormOfAValue) {
   EXPECT_EQ(kept({to}), "Oak:5 oak:5 OAK's:x 7:5.5 NULL:NULL NULL:5 soon:1 US:1 late:1 ");
 }
 
-TEST(SqliteSource, TellsWhatIsWrong) {
+TEST(SqliteSource, ReportsFaults) {
   const temporary_folder folder;
   const std::string file = database(folder, "CREATE TABLE gauge(id); CREATE VIEW lost AS SELECT * FROM nowhere");
   const auto source = open_table_source(file);

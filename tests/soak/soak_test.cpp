@@ -249,7 +249,7 @@ protected:
   int cancels = 0, cut_short = 0;
 };
 
-TEST_F(Soak, ManyJobsLeaveNothingBehind) {
+TEST_F(Soak, ManyJobsLeaveNoFilesOrThreads) {
   const char* wanted = std::getenv("VESK_SOAK_JOBS");
   const int jobs = wanted ? std::max(std::atoi(wanted), 20) : 100;
   make_models();

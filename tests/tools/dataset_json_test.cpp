@@ -126,7 +126,7 @@ TEST(DatasetJson, DatesAsIsoTextsComeBackByteForByte) {
                   "\".");
 }
 
-TEST(DatasetJson, IsPrintedAsTold) {
+TEST(DatasetJson, PrintsEveryKindOfMember) {
   prevesk_dataset_data_type data = read_json("{}");
   data.time_steps.points = {{{1, 2}, 0.5}, {{3, 4}, std::numeric_limits<double>::quiet_NaN()}};
   data.exchange_fields.clear();
@@ -201,7 +201,7 @@ std::string without_spaces(std::string text) {
   return text;
 }
 
-TEST(DatasetJson, MembersOfEveryRecordBearTheirNames) {
+TEST(DatasetJson, MembersOfEveryRecordHaveTheirNames) {
   std::string expected = R"({
 "file_version": 458759,
 "print_intervals": {"points": [[146097, 3600, 0.5]], "query": Q(print)},

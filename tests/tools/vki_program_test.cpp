@@ -97,7 +97,7 @@ TEST_F(VkiProgram, AFilesNameDoesNotCommandTheTerminal) {
   EXPECT_TRUE(vki({"\x1b[2J"}).err.starts_with("vki: unknown command \"\\x1b[2J\"."));
 }
 
-TEST_F(VkiProgram, StandardOutputThatIsLostEndsWith1) {
+TEST_F(VkiProgram, LostStandardOutputEndsWith1) {
   for (const char* command : {" dump river.vki", " upgrade river.vki -", " --help", " -h", " --version"}) {
     const program_result full = shell(VKI + std::string(command) + " > /dev/full");
     EXPECT_EQ(full.status, 1) << command;
@@ -133,7 +133,7 @@ TEST_F(VkiProgram, UpgradeRewritesAnyKnownVersionAndRefusesANewerOne) {
   EXPECT_FALSE(std::filesystem::exists(file("out.vki")));
 }
 
-TEST_F(VkiProgram, DumpPrintsANewerFileAsFarAsItGoesAndSaysSo) {
+TEST_F(VkiProgram, DumpPrintsANewerFileAsFarAsPossibleAndReportsIt) {
   folder_.write("newer.vki", changed(0, "\x09"s).substr(0, 630));
   const program_result result = vki({"dump", file("newer.vki")});
   EXPECT_EQ(result.status, 0);
@@ -177,7 +177,7 @@ TEST_F(VkiProgram, FailuresLeaveTheOldFileAndNothingBeside) {
 }
 
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // which reserve more than any limit
-TEST_F(VkiProgram, WantOfMemoryIsToldInOneSentence) {
+TEST_F(VkiProgram, LackOfMemoryIsReportedInOneSentence) {
   folder_.write("long.vki", river() + "bytes after the end");
   folder_.write("wild.vki", changed(12, "\xff\xff\xff\x1f"s)); // 536870911 points
   for (const char* name : {"long.vki", "wild.vki"}) std::filesystem::resize_file(file(name), 9000000000);
@@ -190,7 +190,7 @@ TEST_F(VkiProgram, WantOfMemoryIsToldInOneSentence) {
 }
 #endif
 
-TEST_F(VkiProgram, ExitStatusTellsAFailedFileFromWrongUsage) {
+TEST_F(VkiProgram, ExitStatusDistinguishesAFailedFileFromWrongUsage) {
   const struct {
     std::vector<std::string> arguments;
     int status;

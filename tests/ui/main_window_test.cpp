@@ -60,8 +60,8 @@ TEST(MainWindow, HasEveryCommandOfTheTablesAndEnablesThemAsTheConditionsSay) {
   program.form().open_file(SAMPLE);
   expect_enabled({true, true, true, true});
   program.trigger("FlowsItem");
-  EXPECT_EQ(info_lines_of(window), QStringList("The window \"Flows\" does not exist yet. Until it does, change these "
-                                               "values as text with vki dump and vki load."));
+  EXPECT_EQ(info_lines_of(window), QStringList("The window \"Flows\" is not available yet. Change these values as "
+                                               "text with vki dump and vki load."));
   EXPECT_FALSE(program.form().documentation_links.empty());
   EXPECT_EQ(static_cast<std::size_t>(find<QMenu>(&window, "DocumentationItem")->actions().size()),
             program.form().documentation_links.size());
@@ -188,7 +188,7 @@ TEST(MainWindow, ADragOfThePriorityIsOneChange) {
   EXPECT_EQ(moved, std::vector<int>{6});
 }
 
-TEST(MainWindow, TellsABusyJobInABoxAndStaysUsable) {
+TEST(MainWindow, ShowsABoxForABusyJobAndStaysUsable) {
   const temporary_folder folder;
   write_long_sample(folder.file("long.vki"));
   running_program program;
@@ -327,7 +327,7 @@ TEST(MainWindow, TheEditMenuNamesTheStepsAndTakesThem) {
   auto* undo = find<QAction>(&window, "UndoItem");
   auto* redo = find<QAction>(&window, "RedoItem");
   EXPECT_FALSE(undo->isEnabled() || redo->isEnabled());
-  EXPECT_EQ(undo->toolTip(), "There is nothing to undo");
+  EXPECT_EQ(undo->toolTip(), "Nothing to undo");
   program.form().open_file(SAMPLE);
   program.form().open_file(other);
   program.form().new_data_set();
@@ -336,7 +336,7 @@ TEST(MainWindow, TheEditMenuNamesTheStepsAndTakesThem) {
   EXPECT_TRUE(window.windowTitle().contains("low & high.vki"));
   EXPECT_EQ(undo->text(), "&Undo Open low && high.vki");
   EXPECT_EQ(redo->text(), "&Redo New");
-  EXPECT_EQ(undo->toolTip(), "Bring back what was there before: Open low & high.vki");
+  EXPECT_EQ(undo->toolTip(), "Take back: Open low & high.vki");
   auto* menu = find<QMenu>(&window, "EditItem");
   EXPECT_TRUE(menu->toolTipsVisible());
   menu->popup(window.mapToGlobal(QPoint(40, 30)));
