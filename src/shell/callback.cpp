@@ -19,7 +19,7 @@ namespace {
     } catch (const std::exception& error) {
       shell.job().fail((shell.is_get ? "GET " : "PUT ") + keyword + " failed: " + error.what());
     } catch (...) {
-      shell.job().fail((shell.is_get ? "GET " : "PUT ") + keyword + " failed with an exception of an unknown kind");
+      shell.job().fail((shell.is_get ? "GET " : "PUT ") + keyword + " failed with an exception of unknown type");
     }
   } catch (...) { // not even the memory for the text
     try {

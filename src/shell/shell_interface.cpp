@@ -120,8 +120,8 @@ void shell_interface::warn(std::string_view text) const {
 void shell_interface::warn_outside(std::int32_t number, std::int64_t first, std::int64_t last,
                                    std::size_t argument) const {
   if (!logs_) return;
-  const std::string where = last < first ? "is asked for, but there are none"
-                                         : "lies outside " + std::to_string(first) + " to " + std::to_string(last);
+  const std::string where = last < first ? "does not exist: the list is empty"
+                                         : "is outside " + std::to_string(first) + " to " + std::to_string(last);
   warn(std::string(current_->variables[argument].name) + " " + std::to_string(number) + " " + where);
 }
 

@@ -159,9 +159,9 @@ TEST(BulkService, FillsTheElementsOfEachKind) {
     EXPECT_THAT(job.of(bulk_stage::flows), ElementsAre(1, no, no, no, no, 3, 2, no));
     EXPECT_THAT(job.of(bulk_stage::exchanges), ElementsAre(no, 4, no, no, no, no, no, no));
     EXPECT_THAT(job.of(bulk_stage::print_interval), ElementsAre(1, no, no, no, no, no, no, no));
-    EXPECT_THAT(log, ElementsAre("WARNING: Time function 3, \"\", has no ISC number and is left out.",
-                                 "WARNING: A load at segment 4 of system 1 lies outside the model and is left out.",
-                                 "WARNING: Flow field 7 lies beyond the six fields of the engine and is left out."));
+    EXPECT_THAT(log, ElementsAre("WARNING: Time function 3, \"\", has no ISC number and is ignored.",
+                                 "WARNING: A load at segment 4 of system 1 is outside the model and is ignored.",
+                                 "WARNING: Flow field 7 is beyond the six fields of the engine and is ignored."));
   }
 }
 
@@ -173,8 +173,8 @@ TEST(BulkService, NamesTheSegmentOfALoadThatIsLeftOut) {
   job.enter_all();
   std::vector<std::string> log;
   bulk_service([&](std::string_view line) { log.emplace_back(line); }).update(job, 0);
-  EXPECT_THAT(log, ElementsAre("WARNING: A load at segment 3 (Weir) of system 9 lies outside the model and is left "
-                               "out."));
+  EXPECT_THAT(log, ElementsAre("WARNING: A load at segment 3 (Weir) of system 9 is outside the model and is "
+                               "ignored."));
 }
 
 TEST(BulkService, CountsMillisecondsOfWhatIsRegistered) {

@@ -157,7 +157,7 @@ TEST(Callback, WhatIsThrownEndsInTheJobAndNotInTheEngine) {
   EXPECT_THAT(job.take_notes(), ElementsAre("fail PUT INFO failed: no display"));
   job.on_message = [] { throw 7; };
   call("PINFO 'hello'");
-  EXPECT_THAT(job.take_notes(), ElementsAre("fail PUT INFO failed with an exception of an unknown kind"));
+  EXPECT_THAT(job.take_notes(), ElementsAre("fail PUT INFO failed with an exception of unknown type"));
 }
 
 TEST(Callback, LogsTheTimeOfEachKeywordAtTheEnd) {

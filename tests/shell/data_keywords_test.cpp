@@ -229,21 +229,19 @@ TEST_F(DataKeywords, WildSizesAndIndicesAreRefused) {
           "GINITC 1 5 7. -> 1 5 7", "GCONSTPARAM 0 1 7. -> 0 1 7", "GIBC 1 3 7 -> 1 3 7", "GXAREA 1 2 1 7. -> 1 2 1 7",
           "GXAREA 1 1 2 7. -> 1 1 2 7", "PNOQFUNC 1 1 3 7. 7. -> 1 1 3 7 7", "GPROJECTFILE 3 'x' -> 3 x",
           "PBRKTF 1 3 7. 7. -> 1 3 7 7", "PENDJULIAN nan -> nan"});
-  EXPECT_THAT(warnings(), ElementsAre("WARNING: NUMSEG: numseg 2000000000 lies outside 0 to 10000000",
-                                      "WARNING: NUMDT: numdt -1 lies outside 0 to 10000000",
-                                      "WARNING: NBFP: nbfp 10000001 lies outside 0 to 10000000",
-                                      "WARNING: VOLUME: segment_index 5 lies outside 1 to 4",
-                                      "WARNING: VOLUME: segment_index 0 lies outside 1 to 4",
-                                      "WARNING: SEGNAME: segment_number -2147483648 lies outside 1 to 4",
-                                      "WARNING: INITC: segment_index 5 lies outside 1 to 4",
-                                      "WARNING: CONSTPARAM: segment_index 0 lies outside 1 to 4",
-                                      "WARNING: IBC: boundary_function_index 3 lies outside 1 to 2",
-                                      "WARNING: XAREA: function_index 2 lies outside 1 to 1",
-                                      "WARNING: XAREA: exchange_pair_index_index 2 lies outside 1 to 1",
-                                      "WARNING: NOQFUNC: point_index 3 lies outside 1 to 2",
-                                      "WARNING: PROJECTFILE: index 3 lies outside 1 to 2",
-                                      "WARNING: BRKTF: point_index 3 lies outside 1 to 2",
-                                      "WARNING: ENDJULIAN: days is not a number"));
+  EXPECT_THAT(
+      warnings(),
+      ElementsAre(
+          "WARNING: NUMSEG: numseg 2000000000 is outside 0 to 10000000",
+          "WARNING: NUMDT: numdt -1 is outside 0 to 10000000", "WARNING: NBFP: nbfp 10000001 is outside 0 to 10000000",
+          "WARNING: VOLUME: segment_index 5 is outside 1 to 4", "WARNING: VOLUME: segment_index 0 is outside 1 to 4",
+          "WARNING: SEGNAME: segment_number -2147483648 is outside 1 to 4",
+          "WARNING: INITC: segment_index 5 is outside 1 to 4", "WARNING: CONSTPARAM: segment_index 0 is outside 1 to 4",
+          "WARNING: IBC: boundary_function_index 3 is outside 1 to 2",
+          "WARNING: XAREA: function_index 2 is outside 1 to 1",
+          "WARNING: XAREA: exchange_pair_index_index 2 is outside 1 to 1",
+          "WARNING: NOQFUNC: point_index 3 is outside 1 to 2", "WARNING: PROJECTFILE: index 3 is outside 1 to 2",
+          "WARNING: BRKTF: point_index 3 is outside 1 to 2", "WARNING: ENDJULIAN: days is not a number"));
   EXPECT_EQ(job.data, before);
 }
 

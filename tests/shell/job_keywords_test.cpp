@@ -43,10 +43,10 @@ TEST_F(JobKeywords, GridLabelsEndWithTheirSlot) {
   }
   call("PGRIDDATA 1.5 3 -4 0");
   EXPECT_EQ(job.notes, std::vector<std::string>());
-  EXPECT_THAT(job.log, ElementsAre("WARNING: GRIDINIT: label_string_size -1 lies outside 0 to 4096",
-                                   "WARNING: GRIDINIT: num_columns -1 lies outside 0 to 100000",
-                                   "WARNING: GRIDINIT: num_rows -1 lies outside 0 to 10000000",
-                                   "WARNING: GRIDDATA: actual_rows -4 lies outside 0 to 10000000"));
+  EXPECT_THAT(job.log, ElementsAre("WARNING: GRIDINIT: label_string_size -1 is outside 0 to 4096",
+                                   "WARNING: GRIDINIT: num_columns -1 is outside 0 to 100000",
+                                   "WARNING: GRIDINIT: num_rows -1 is outside 0 to 10000000",
+                                   "WARNING: GRIDDATA: actual_rows -4 is outside 0 to 10000000"));
 }
 
 TEST_F(JobKeywords, FormatTexts) {

@@ -34,12 +34,12 @@ std::string segment_warning(const prevesk_dataset_data_type& data, const char* n
   const bool named = segment >= 0 && static_cast<std::size_t>(segment) < data.segments.size();
   return "WARNING: A " + std::string(name) + " at segment " + std::to_string(std::int64_t{segment} + 1) +
          (named ? " (" + data.segments[static_cast<std::size_t>(segment)].name.str() + ")" : "") + " of system " +
-         std::to_string(number) + " lies outside the model and is left out.";
+         std::to_string(number) + " is outside the model and is ignored.";
 }
 
 std::string field_warning(const char* name, std::size_t field) {
   return "WARNING: " + std::string(name) + " field " + std::to_string(field + 1) +
-         " lies beyond the six fields of the engine and is left out.";
+         " is beyond the six fields of the engine and is ignored.";
 }
 
 } // namespace
@@ -101,7 +101,7 @@ std::string left_out_warning(const prevesk_dataset_data_type& data, const series
   default: break;
   }
   return "WARNING: Time function " + std::to_string(left_out.index + 1) + ", \"" +
-         data.time_functions[left_out.index].description.str() + "\", has no ISC number and is left out.";
+         data.time_functions[left_out.index].description.str() + "\", has no ISC number and is ignored.";
 }
 
 } // namespace vesk
