@@ -97,15 +97,15 @@ void HydroFile::take_times(HydroReader::Content& content) {
   for (double& time : times_) time /= per_day;
   for (std::size_t k = 0; k < times_.size(); ++k)
     if (!std::isfinite(times_[k]) || (k > 0 && !(times_[k] > times_[k - 1] + same_moment)))
-      reader_.refuse(text("time ", k + 1, " is not after the one before it"));
+      reader_.refuse(text("time ", k + 1, " is not later than the time before it"));
 }
 
 void HydroFile::take_up(const Moment& at, double days) {
   offset_ = at.days_since(epoch_);
   const auto day = [this](double time) { return epoch_.after(time).iso(' '); };
   if (times_.front() > offset_ + same_moment || times_.back() < offset_ + days - same_moment)
-    reader_.refuse(text("reaches from ", day(times_.front()), " to ", day(times_.back()),
-                        ", but the run takes it from ", day(offset_), " to ", day(offset_ + days)));
+    reader_.refuse(text("covers ", day(times_.front()), " to ", day(times_.back()), ", but the run needs ",
+                        day(offset_), " to ", day(offset_ + days)));
 }
 
 void HydroFile::take_up_nearest(const Moment& at) {

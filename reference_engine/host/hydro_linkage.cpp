@@ -27,7 +27,7 @@ std::string find_file(const std::string& name, const std::string& data_file) {
         return path.string();
   for (const std::string& form : {name, with_slashes})
     if (fs::is_regular_file(form, ignored)) return form;
-  throw InputError(text(name, ": there is no such hydrodynamic file."));
+  throw InputError(text(name, ": no such hydrodynamic file. Correct the name in the data set's settings."));
 }
 
 Moment taken_up_at(Host& host) {
@@ -85,13 +85,13 @@ void put_links(Host& host, const HydroFile& file) {
 
 std::unique_ptr<HydroFile> open_hydro_file(Host& host) {
   if (const int type = host.integer("HYDROTYPE"); type != 0)
-    throw InputError(text("The hydrodynamic file type ", type, " is not known to this engine, which reads type 0."));
+    throw InputError(text("The hydrodynamic file type ", type, " is unknown; this engine reads type 0."));
   const std::string name = host.string("HYDROFILE");
-  if (name.empty()) throw InputError("No hydrodynamic file is named.");
+  if (name.empty()) throw InputError("The data set names no hydrodynamic file.");
   auto file =
       std::make_unique<HydroFile>(find_file(name, host.string("FILENAME")), [&host] { host.stop_if_cancelled(); });
   if (file->segments().size() > Limits::segments || file->links().size() > Limits::functions)
-    throw InputError(text(file->name(), ": has more segments or links than this engine serves."));
+    throw InputError(text(file->name(), ": has more segments or links than this engine supports."));
   return file;
 }
 
@@ -102,7 +102,7 @@ void build_from_hydro_file(Host& host) {
   put_links(host, *file);
   host.put("FINDBOUND");
   host.info(text("Read ", file->segments().size(), " segments and ", file->links().size(), " links from ", file->name(),
-                 "; their flows over time stay there."));
+                 "; runs read the flows over time from that file."));
 }
 
 std::unique_ptr<HydroFile> link_hydro_file(Host& host, double days, Forcing& forcing, Problem& problem) {

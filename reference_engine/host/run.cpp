@@ -66,9 +66,9 @@ public:
     balances_.close(state_);
     publish();
     if (timeline_.merged() > 0)
-      host_.info(
-          text(timeline_.merged(), " times of series points lie closer to another event than the minimum time step of ",
-               input_.rules.smallest, " days, or than single precision tells apart, and count with that event."));
+      host_.info(text(
+          timeline_.merged(), " times of series points lie closer to another event than the minimum time step of ",
+          input_.rules.smallest, " days, or than single precision can distinguish, and are merged with that event."));
     if (integrator_->limited().steps > 0) host_.info(report_.limitation(integrator_->limited()));
     warn_of_clipping();
     report_balances();
@@ -153,7 +153,7 @@ private:
       host_.warning(text(input_.hydro->name(), ": from ", it->begin.iso(' '), " to ", it->end.iso(' '),
                          " the volume of segment ", numbered(input_.problem.segments[it->segment], it->segment),
                          " goes from ", it->before, " to ", it->after, " m3, but its flows make it ", it->flown,
-                         " m3. The rest comes or goes as water without anything in it; later cases are not reported."));
+                         " m3. The difference is added or removed as pure water; later cases are not reported."));
   }
 
   // Most often a table in degrees Fahrenheit.

@@ -28,14 +28,14 @@ void refuse_unsupported(Host& host) {
   case 4:
     throw InputError("The kinematic wave network is not part of this engine; choose net flows, gross flows or "
                      "hydrodynamic linkage.");
-  default: throw InputError("The flow option is not known; choose net flows, gross flows or hydrodynamic linkage.");
+  default: throw InputError("Unknown flow option; choose net flows, gross flows or hydrodynamic linkage.");
   }
   if (host.integer("LOPT") != 0) throw InputError("Non-point-source files are not part of this engine.");
   if (host.integer("BEDOPT") != 0) throw InputError("Dynamic bed volumes are not part of this engine.");
   if (host.integer("VESKTOVESKLINK") != 0)
     throw InputError("Linkage of one model to another is not part of this engine.");
   if (const int option = host.integer("ICRD"); option != 0 && option != 1)
-    throw InputError("The restart option is neither to create a restart file nor to create none.");
+    throw InputError("Unknown restart option; choose whether runs create a restart file.");
 }
 
 double read_global(Host& host, const char* keyword, const char* what) {
@@ -225,7 +225,8 @@ void read_run_input(Host& host, std::string_view library, RunInput& input) {
   const ModelInfo& model = model_info(library);
   refuse_unsupported(host);
   const std::string file = host.string("FILENAME");
-  if (file.empty()) throw InputError("The data set has no file name, so its results have no place: save it first.");
+  if (file.empty())
+    throw InputError("The data set has no file name, so there is no place for its results. Save it first.");
   input.base = std::filesystem::path(file).replace_extension();
   input.technique = host.integer("SOLUTIONTYPE");
   input.debug = host.integer("DEBUG");

@@ -33,7 +33,7 @@ void add(std::string& packed, std::string_view text) {
 
 HydContent::HydContent(const char* name) {
   const int status = nc_open(name, NC_NOWRITE, &id_);
-  if (status == NC_ENOTNC) refuse("is no NetCDF file");
+  if (status == NC_ENOTNC) refuse("is not a NetCDF file");
   check(status);
   for (std::size_t d = 0; d < dimensions; ++d) {
     if (nc_inq_dimid(id_, dimension_names[d], &dimension_[d]) != NC_NOERR)
@@ -109,11 +109,11 @@ std::string HydContent::packed_names() const {
   if (nc_inq_varid(id_, "segment_name", &id) != NC_NOERR) refuse("has no variable \"segment_name\"");
   check(nc_inq_var(id_, id, nullptr, &type, &count, shape.data(), nullptr));
   if (type != NC_CHAR || count != 2 || shape[0] != dimension_[segment_dimension])
-    refuse("the variable \"segment_name\" does not hold letters by (segment, name_length)");
+    refuse("the variable \"segment_name\" does not have letters with the dimensions (segment, name_length)");
   check(nc_inq_dimlen(id_, shape[1], &length));
   const std::size_t segments = size_[segment_dimension];
   std::string letters;
-  if (segments > 0 && length > letters.max_size() / segments) refuse("has segment names without end");
+  if (segments > 0 && length > letters.max_size() / segments) refuse("has segment names that are too long");
   letters.resize(segments * length);
   if (!letters.empty()) check(nc_get_var_text(id_, id, letters.data()));
   std::string packed;

@@ -74,7 +74,7 @@ void begin_answer() {
 
 void confine() {
   if (const std::string cause = sandbox::confine_to(the_file); !cause.empty())
-    refuse("can't be read: its reader can't be confined to it: " + cause);
+    refuse("can't be read: its reader can't be confined to this one file: " + cause);
 }
 
 bool send_row(const HydContent& file, const Request& request) {
@@ -104,7 +104,7 @@ bool is_socket(int file) {
 
 int main() {
   if (!is_socket(channel)) {
-    std::fputs("vesk-hyd reads hydrodynamic files for the engine; it is no use by itself.\n", stderr);
+    std::fputs("vesk-hyd reads hydrodynamic files for the engine. It cannot be used alone.\n", stderr);
     return 2;
   }
   if (!sandbox::die_with_parent(channel)) return 1;

@@ -76,8 +76,7 @@ void refuse_other_files(const char* name) {
   if (!file.is_open() || H5Lvisit(file.get(), H5_INDEX_NAME, H5_ITER_NATIVE, &look_at, &finding) < 0)
     refuse("is damaged: the HDF5 library fails on it");
   if (!finding.cause.empty())
-    refuse("takes data from another file, which is not followed: " + finding.cause +
-           "; put all data into the one file");
+    refuse("takes data from another file, which is not read: " + finding.cause + "; put all data into the one file");
 }
 
 } // namespace reference_engine::hyd

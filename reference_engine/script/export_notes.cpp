@@ -195,8 +195,8 @@ void tell(Host& host, const char* what, const std::vector<std::string>& names) {
 void tell_what_is_left_out(Host& host) {
   Probe probe(host);
   probe.ask();
-  tell(host, "Fields that are not in use come back in use", probe.unused_fields());
-  tell(host, "Step series come back linear", probe.step_series());
+  tell(host, "Unused fields become used", probe.unused_fields());
+  tell(host, "Step series become linear", probe.step_series());
   tell(host, "Systems that are constant come back bypassed, as do those that are", systems_not_simulated(host));
   tell(host, "Time functions in use without points come back unused", empty_time_functions(host));
 }

@@ -134,7 +134,7 @@ private:
       }
       rest.remove_prefix(std::min(end + 1, rest.size()));
     }
-    if (statements_.empty()) throw InputError(text(file_, ": holds no keyword."));
+    if (statements_.empty()) throw InputError(text(file_, ": contains no keyword."));
   }
 
   // A state of another network is refused; one of another time may be wanted, to start a run from a likely state.
@@ -154,7 +154,7 @@ private:
     const Moment start = read_start(host_);
     if (label->moment.days_since(start) != 0)
       host_.warning(text(file_, " holds the state of ", label->moment.iso(' '), ", but the simulation starts at ",
-                         start.iso(' '), ". To continue the run that left it, set the start to that date and time."));
+                         start.iso(' '), ". To continue the run that wrote it, set the start to that date and time."));
   }
 
   // The model comes first, since choosing it empties the data set. Outputs are on in a new data set; the file names
@@ -216,7 +216,7 @@ private:
     const std::int32_t value = values[0];
     const auto hold = [&](std::int32_t least, std::int32_t most, const char* what) {
       if (value < least || value > most)
-        fail(statement.line, text(what, " of ", value, " does not lie between ", least, " and ", most));
+        fail(statement.line, text(what, " of ", value, " is not between ", least, " and ", most));
     };
     const auto hold_moment = [&](const Moment& moment, const char* what) {
       if (!moment.reaches(0)) fail(statement.line, text(what, ": ", values[0], " ", values[1], " ", values[2]));

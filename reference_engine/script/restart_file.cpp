@@ -20,7 +20,8 @@ std::optional<RestartLabel> read_restart_label(std::string_view file_content) {
   Moment& at = it.moment;
   const int found = std::sscanf(label.c_str(), "%d-%d-%d %d:%d:%d of %zu segments, %zu systems", &at.year, &at.month,
                                 &at.day, &at.hour, &at.minute, &at.second, &it.segments, &it.systems);
-  if (found != 8 || !at.is_valid()) throw InputError(text("\"", label, "\" does not say of what time the state is"));
+  if (found != 8 || !at.is_valid())
+    throw InputError(text("\"", label, "\" does not give the date and time of the state"));
   return it;
 }
 

@@ -109,17 +109,17 @@ private:
     case 'r': out += '\r'; return;
     case 't': out += '\t'; return;
     case 'u': return append_utf8(out, code_point());
-    default: throw InputError("a text holds an escape that JSON does not know");
+    default: throw InputError("a text contains an escape that JSON does not have");
     }
   }
 
   char32_t code_point() {
     const char32_t first = four_digits();
-    if (first == 0) throw InputError("a text holds a null character");
+    if (first == 0) throw InputError("a text contains a null character");
     if (first < 0xd800 || first >= 0xe000) return first;
-    if (first >= 0xdc00 || take() != '\\' || take() != 'u') throw InputError("a text holds half a surrogate pair");
+    if (first >= 0xdc00 || take() != '\\' || take() != 'u') throw InputError("a text contains half a surrogate pair");
     const char32_t second = four_digits();
-    if (second < 0xdc00 || second >= 0xe000) throw InputError("a text holds half a surrogate pair");
+    if (second < 0xdc00 || second >= 0xe000) throw InputError("a text contains half a surrogate pair");
     return 0x10000 + ((first - 0xd800) << 10) + (second - 0xdc00);
   }
 
@@ -128,7 +128,7 @@ private:
     std::uint32_t code = 0;
     const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), code, 16);
     if (error != std::errc() || end != digits.data() + digits.size())
-      throw InputError("a text holds \\u without four hexadecimal digits");
+      throw InputError("a text contains \\u without four hexadecimal digits");
     return code;
   }
 

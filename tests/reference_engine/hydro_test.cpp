@@ -121,7 +121,7 @@ TEST_F(HydroTest, VolumeThatDoesNotFollowFromTheFlowsIsReportedOnce) {
       testing::ElementsAre(
           file +
           ": from 2000-01-12 00:00:00 to 2000-01-13 00:00:00 the volume of segment 3 (pond) goes from 100 to 50 m3, "
-          "but its flows make it 100 m3. The rest comes or goes as water without anything in it; later cases are "
+          "but its flows make it 100 m3. The difference is added or removed as pure water; later cases are "
           "not reported."));
   content.values["volume"][3] = 172800 * 1.02;
   write(content);
@@ -144,7 +144,7 @@ TEST_F(HydroTest, FilesThatCannotServeAreRefused) {
   };
   host.load("NUMSEG 3");
   run();
-  EXPECT_EQ(refusal(), "flows\\river.hyd: there is no such hydrodynamic file.");
+  EXPECT_EQ(refusal(), "flows\\river.hyd: no such hydrodynamic file. Correct the name in the data set's settings.");
   std::ofstream(file) << "no such thing";
   run();
   EXPECT_EQ(refusal(), "is no NetCDF file.");
@@ -158,7 +158,7 @@ TEST_F(HydroTest, FilesThatCannotServeAreRefused) {
   EXPECT_EQ(refused(undated), "the units of \"time\" are \"days" + std::string(36, '?') +
                                   "...\", not like \"days since 2007-10-01 00:00:00\".");
   EXPECT_EQ(refused(with("link_to", 1, 7)), "link 2 names segment 7, but the file has 3 segments.");
-  EXPECT_EQ(refused(with("time", 2, 264)), "time 3 is not after the one before it.");
+  EXPECT_EQ(refused(with("time", 2, 264)), "time 3 is not later than the time before it.");
   EXPECT_EQ(refused(with("time", 2, 276)), "reaches from 2000-01-11 00:00:00 to 2000-01-12 12:00:00, but the run takes "
                                            "it from 2000-01-11 00:00:00 to 2000-01-13 00:00:00.");
   EXPECT_EQ(refused(with("volume", 4, 0)), "segment 2 (lower) has no volume at 2000-01-12 00:00:00.");
@@ -172,7 +172,7 @@ TEST_F(HydroTest, FilesThatCannotServeAreRefused) {
   host.load("HYDROFILE \"flows\\river.hyd\"\nNUMSEG 4");
   EXPECT_EQ(refused({}), "has 3 segments, but the data set has 4.");
   host.load("HYDROTYPE 1");
-  EXPECT_EQ(refused({}), "The hydrodynamic file type 1 is not known to this engine, which reads type 0.");
+  EXPECT_EQ(refused({}), "The hydrodynamic file type 1 is unknown; this engine reads type 0.");
 }
 
 // HDF5 itself would follow each of these and hand out what it finds, a user's private file for segment names. The other
@@ -195,7 +195,7 @@ TEST_F(HydroTest, FilesThatTakeDataFromOtherFilesAreRefused) {
   const auto make = [&](hid_t parent, const char* name, hid_t properties) {
     H5Dclose(H5Dcreate2(parent, name, H5T_NATIVE_CHAR, space, H5P_DEFAULT, properties, H5P_DEFAULT));
   };
-  const std::string head = "takes data from another file, which is not followed: ",
+  const std::string head = "takes data from another file, which is not read: ",
                     end = "; put all data into the one file.";
   EXPECT_EQ(attacked([&](hid_t id, hid_t properties) {
               H5Pset_external(properties, "/etc/passwd", 0, 18);

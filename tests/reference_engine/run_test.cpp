@@ -213,7 +213,7 @@ TEST_F(RunTest, BadInputIsRefusedInOneSentence) {
   EXPECT_EQ(refused("IQOPT 4", "IQOPT 1"),
             "The kinematic wave network is not part of this engine; choose net flows, gross flows or hydrodynamic "
             "linkage.");
-  EXPECT_EQ(refused("IQOPT 3", "IQOPT 1"), "No hydrodynamic file is named.");
+  EXPECT_EQ(refused("IQOPT 3", "IQOPT 1"), "The data set names no hydrodynamic file.");
   EXPECT_EQ(refused("LOPT 1", "LOPT 0"), "Non-point-source files are not part of this engine.");
   EXPECT_EQ(refused("BEDOPT 1", "BEDOPT 0"), "Dynamic bed volumes are not part of this engine.");
   EXPECT_EQ(refused("VESKTOVESKLINK 1", "VESKTOVESKLINK 0"),

@@ -81,8 +81,8 @@ TEST_F(ScriptTest, ExportTellsWhatTheFormCannotCarry) {
   host.load(river);
   host.load("step LOADFUNC 3 1\nunused NINQ 6\nBRKTF 1 1 0 0\nNBRKTF 1 0\nFILENAME \"" + path("told.inp") + "\"");
   import_export(&FakeHost::callback, 0);
-  EXPECT_THAT(host.infos, Contains("Step series come back linear: load of system 3 in segment 2 (caf\xe9 \\\\ \tx)."));
-  EXPECT_THAT(host.infos, Contains("Fields that are not in use come back in use: flow field 6."));
+  EXPECT_THAT(host.infos, Contains("Step series become linear: load of system 3 in segment 2 (caf\xe9 \\\\ \tx)."));
+  EXPECT_THAT(host.infos, Contains("Unused fields become used: flow field 6."));
   EXPECT_THAT(host.infos, Contains("Systems that are constant come back bypassed, as do those that are: system 2."));
   EXPECT_THAT(host.infos, Contains(HasSubstr("Time functions in use without points come back unused")));
 
@@ -90,7 +90,7 @@ TEST_F(ScriptTest, ExportTellsWhatTheFormCannotCarry) {
   host.infos.clear();
   host.load("MINDT nan\nNINQ 1 1\nNBRKQ 1 1 1\nNOQFUNC 1 1 1 0 nan");
   import_export(&FakeHost::callback, 0);
-  EXPECT_THAT(host.infos, Contains("Fields that are not in use come back in use: flow field 6."));
+  EXPECT_THAT(host.infos, Contains("Unused fields become used: flow field 6."));
   EXPECT_THAT(host.warnings, testing::ElementsAre(path("told.inp") + ": 2 values are not finite, so the file cannot be "
                                                                      "imported as it is; the first is MINDT."));
 }
@@ -103,7 +103,7 @@ TEST_F(ScriptTest, SeriesThatBeginsBeforeTheStartIsStillSeenAsLinear) {
             path("early.inp") + "\"");
   import_export(&FakeHost::callback, 0);
   EXPECT_THAT(host.infos, testing::Not(Contains(HasSubstr("Step series"))));
-  EXPECT_THAT(host.infos, Contains("Fields that are not in use come back in use: flow field 6."));
+  EXPECT_THAT(host.infos, Contains("Unused fields become used: flow field 6."));
 }
 
 TEST_F(ScriptTest, ErrorsNameFileLineAndCause) {
@@ -145,7 +145,7 @@ TEST_F(ScriptTest, ErrorsNameFileLineAndCause) {
   EXPECT_EQ(import_failure("\xff\xfeM"), ": is text in UTF-16. Save it as UTF-8.");
   EXPECT_EQ(import_failure("MODELTYPE 1\nNUMSEG 1\nSEGNAME 1 \"open"), ", line 3: a text has no closing quote.");
   EXPECT_EQ(import_failure("MODELTYPE 1\nNUMSEG 1\nSEGNAME 1 \"\\ud800x\""),
-            ", line 3: a text holds half a surrogate pair.");
+            ", line 3: a text contains half a surrogate pair.");
   std::filesystem::remove(path("bad.inp"));
   import_export(&FakeHost::callback, 1);
   EXPECT_EQ(host.failures.back(), path("bad.inp") + ": can't be read.");
