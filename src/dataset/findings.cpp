@@ -32,8 +32,7 @@ point_finding check_point(const stored_series& series, const series_ref& ref, st
   const point_list& points = series.points;
   if (row >= points.size()) return {};
   const moment_value_pair_type& point = points[row];
-  if (row > 0 && point < points[row - 1])
-    return {part::moment, "This date and time is before the one of the row above."};
+  if (row > 0 && point < points[row - 1]) return {part::moment, "This date and time is before that of the row above."};
   const moment_type& moment = point;
   const bool repeats = (row > 0 && moment == static_cast<const moment_type&>(points[row - 1])) ||
                        (row + 1 < points.size() && moment == static_cast<const moment_type&>(points[row + 1]));
@@ -46,7 +45,7 @@ point_finding check_point(const stored_series& series, const series_ref& ref, st
 
 std::string range_finding(double value, double minimum, double maximum) {
   if (!(minimum < maximum) || (value >= minimum && value <= maximum)) return {};
-  return "The value lies outside the catalogue's range, from " + number_text(minimum) + " to " + number_text(maximum) +
+  return "The value is outside the catalogue's range, from " + number_text(minimum) + " to " + number_text(maximum) +
          ".";
 }
 

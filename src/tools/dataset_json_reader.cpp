@@ -42,7 +42,7 @@ void take_integer(json_loader& loader, void* place, json_scalar&& value) {
   using limits = std::numeric_limits<Integer>;
   const auto take = [&](auto number) {
     if (!std::in_range<Integer>(number))
-      loader.fail(std::to_string(number) + " lies outside " + std::to_string(limits::min()) + " to " +
+      loader.fail(std::to_string(number) + " is outside " + std::to_string(limits::min()) + " to " +
                   std::to_string(limits::max()) + ".");
     *static_cast<Integer*>(place) = static_cast<Integer>(number);
   };

@@ -57,7 +57,7 @@ void json_loader::take(json_scalar&& value) {
 
 void json_loader::refuse_number(const std::string& token) {
   next_slot();
-  fail(token + " lies outside -1.7976931348623157e+308 to 1.7976931348623157e+308.");
+  fail(token + " is outside -1.7976931348623157e+308 to 1.7976931348623157e+308.");
 }
 
 void json_loader::open(bool is_object) {

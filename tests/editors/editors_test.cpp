@@ -368,7 +368,7 @@ TEST_F(Editors, ConstantsAreShownByGroup) {
   EXPECT_EQ(table.tool_tip(0, 2), "default 0.1, from 0 to 10");
   table.enter(0, 2, "12");
   EXPECT_EQ(table.tool_tip(0, 2),
-            "The value lies outside the catalogue's range, from 0 to 10.\ndefault 0.1, from 0 to 10");
+            "The value is outside the catalogue's range, from 0 to 10.\ndefault 0.1, from 0 to 10");
   EXPECT_TRUE(form.FormCloseQuery(true)); // and is accepted
   table.set_active(0, 2);
   form.back_to_default(*form.panels()[0]);

@@ -128,8 +128,8 @@ TEST_P(LargeTable, IsReadInLittleMemoryAndCannotBecomeShorterUnseen) {
         while (cut->next()) {
         }
       },
-      ThrowsMessage<table_source_exception>(testing::MatchesRegex(
-          ".*: it became shorter while it was read: from [0-9]+ to 1000000 bytes\\.")));
+      ThrowsMessage<table_source_exception>(
+          testing::MatchesRegex(".*: it became shorter while it was read: from [0-9]+ to 1000000 bytes\\.")));
 }
 
 INSTANTIATE_TEST_SUITE_P(Formats, LargeTable, testing::Values(".csv", ".dbf", ".db"),
