@@ -88,7 +88,7 @@ TEST_F(Access, RefusesDamagedDatabases) {
   std::string bytes = temporary_folder().read(database);
   folder_.write("cut.mdb", bytes.substr(0, 5000));
   EXPECT_EQ(failure(folder_.file("cut.mdb")),
-            ": the database has been cut: its 5000 bytes is not a whole number of pages.");
+            ": the database is truncated: its size of 5000 bytes is not a whole number of pages.");
   folder_.write("page.mdb", bytes.substr(0, 2048));
   EXPECT_NE(failure(folder_.file("page.mdb")), "read");
 }

@@ -70,7 +70,7 @@ compound_file::compound_file(const byte_source& bytes) : bytes_(bytes) {
   small_limit_ = header.number<std::uint32_t>(56);
   constexpr std::uint64_t largest_file = std::uint64_t{4} << 30, largest_small_limit = 1 << 16; // real ones have 4,096
   if (small_limit_ > largest_small_limit) fail("the header of the compound file is damaged.");
-  if (bytes.size() > largest_file) fail("it is larger than 4 GB, as no workbook of its kind is.");
+  if (bytes.size() > largest_file) fail("it is larger than 4 GB, the limit for this kind of workbook.");
   read_allocation_table(header);
   read_directory(header);
 }
