@@ -87,7 +87,7 @@ TEST_F(ParadoxCatalogue, WhatIsMissingIsNamed) {
   write_paradox_catalogue(river, folder.path);
   paradox_writer systems({{"Model_id", paradox_writer::type::long_integer}});
   systems.save(folder.path / "Systems.DB");
-  EXPECT_EQ(failure(), "Cannot read table Systems of catalogue /Systems.DB: there is no column Model_system_id.");
+  EXPECT_EQ(failure(), "Cannot read table Systems of catalogue /Systems.DB: the table has no column Model_system_id.");
   folder.write("Parameters.DB", "cut");
   EXPECT_EQ(failure(),
             "Cannot read table Parameters of catalogue /Parameters.DB: the file is too short for a Paradox table.");

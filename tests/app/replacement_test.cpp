@@ -243,8 +243,8 @@ TEST_F(Replacement, AResultIsAStepAndKeepsTheOriginOfItsDocument) {
 
   form.start_load_restart_file("code-5.rst");
   finish();
-  EXPECT_EQ(ui.lines.back(), "1 \"Load restart file code-5.rst\" failed, and what it has done has replaced the data "
-                             "set. Undo brings it back as it was.");
+  EXPECT_EQ(ui.lines.back(), "1 \"Load restart file code-5.rst\" failed, and its partial result has replaced the data "
+                             "set. Undo brings the data set back.");
   EXPECT_EQ(form.current_data_set->segments[0].name, "restart");
 
   // From the settings dialog, whose Cancel takes it back.

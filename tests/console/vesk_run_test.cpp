@@ -358,11 +358,11 @@ TEST_F(VeskRun, SavesUnderTheWholeName) {
 TEST_F(VeskRun, AQueryWithoutRowsStopsARunUnlessYes) {
   folder.write("steps.csv", "day,step\n2011-10-01,0.1\n");
   const std::string file = make_file("says run", true, "steps.csv"), before = folder.read("river.vki");
-  const std::string found = "vesk-run: Time step: steps.csv, no rows found. Check the conditions and whether it covers "
-                            "the time of the run.\n";
+  const std::string found = "vesk-run: Time step: steps.csv, no rows found. Check the conditions, and that the table "
+                            "covers the time of the run.\n";
   for (const char* work : {"-RUN", "--refresh"}) {
     const program_result stopped = run({file, "--quiet", work});
-    EXPECT_EQ(stopped.err, found + "vesk-run: Stopped: a query found no values. To go on without them, use --yes.\n");
+    EXPECT_EQ(stopped.err, found + "vesk-run: Stopped: a query found no values. Use --yes to continue without them.\n");
     EXPECT_EQ(stopped.status, 1);
     EXPECT_EQ(folder.read("river.vki"), before);
   }

@@ -225,9 +225,8 @@ TEST_F(OutputLock, AFileThatWasDeletedBeforeItWasLockedCountsForNothing) {
 
 TEST_F(OutputLock, WithoutLocksThereIsAWarningAndNothingIsRemoved) {
   folder.write("river.part-node7-1-0123456789abcdef", "perhaps of a run that goes");
-  const std::string warning =
-      "The results of " + base.string() +
-      " cannot be locked (No locks available); make sure that no other run writes them meanwhile.";
+  const std::string warning = "The results of " + base.string() +
+                              " cannot be locked (No locks available). Make sure that no other run writes to them.";
   const traced_end end = run_traced([&] { return output_lock(base).warning() == warning ? 0 : 1; },
                                     [](const system_call& call) {
                                       const bool locks = call.number == SYS_flock ||

@@ -457,10 +457,9 @@ TEST_F(ImportQuery, ALockedDatabaseIsWaitedForOnce) {
   import_query_descriptor query = query_on("locked.sqlite", "t", "v");
   query.table_name = "d";
   const auto start = std::chrono::steady_clock::now();
-  EXPECT_EQ(
-      failure_of(query, folder.path),
-      "Cannot connect to ADO datasource: 'locked.sqlite': another program has locked the database, for more than 2 "
-      "seconds.");
+  EXPECT_EQ(failure_of(query, folder.path),
+            "Cannot connect to ADO datasource: 'locked.sqlite': another program has kept the database locked for more "
+            "than 2 seconds.");
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(3900));
   sqlite3_close(other);
 }

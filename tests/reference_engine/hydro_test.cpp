@@ -147,7 +147,7 @@ TEST_F(HydroTest, FilesThatCannotServeAreRefused) {
   EXPECT_EQ(refusal(), "flows\\river.hyd: no such hydrodynamic file. Correct the name in the data set's settings.");
   std::ofstream(file) << "no such thing";
   run();
-  EXPECT_EQ(refusal(), "is no NetCDF file.");
+  EXPECT_EQ(refusal(), "is not a NetCDF file.");
   EXPECT_EQ(refused(without("link")), "has no dimension \"link\".");
   EXPECT_EQ(refused(without("volume")), "has no variable \"volume\".");
   HydroContent turned;
@@ -159,8 +159,8 @@ TEST_F(HydroTest, FilesThatCannotServeAreRefused) {
                                   "...\", not like \"days since 2007-10-01 00:00:00\".");
   EXPECT_EQ(refused(with("link_to", 1, 7)), "link 2 names segment 7, but the file has 3 segments.");
   EXPECT_EQ(refused(with("time", 2, 264)), "time 3 is not later than the time before it.");
-  EXPECT_EQ(refused(with("time", 2, 276)), "reaches from 2000-01-11 00:00:00 to 2000-01-12 12:00:00, but the run takes "
-                                           "it from 2000-01-11 00:00:00 to 2000-01-13 00:00:00.");
+  EXPECT_EQ(refused(with("time", 2, 276)), "covers 2000-01-11 00:00:00 to 2000-01-12 12:00:00, but the run needs "
+                                           "2000-01-11 00:00:00 to 2000-01-13 00:00:00.");
   EXPECT_EQ(refused(with("volume", 4, 0)), "segment 2 (lower) has no volume at 2000-01-12 00:00:00.");
   EXPECT_EQ(refused(with("flow", 4, NC_FILL_DOUBLE)),
             "the flow of link 2 (upper to lower) at 2000-01-12 00:00:00 is missing.");

@@ -412,7 +412,7 @@ TEST_F(RunTest, WhatASeriesSaysArrivesWhateverTheStep) {
   EXPECT_EQ(after("MINDT 0.06"), ""); // every second point
   EXPECT_EQ(host.infos[host.infos.size() - 4],
             "120 times of series points lie closer to another event than the minimum time step of 0.06 days, or than "
-            "single precision tells apart, and count with that event.");
+            "single precision can distinguish, and are merged with that event.");
   EXPECT_THAT(after("LOADFUNC 1 1 7 0.25 nan"), HasSubstr("Point 7 of the load of system 1 in segment 1 (upper, reach) "
                                                           "(day 0.25, value nan) is not a finite number."));
   EXPECT_THAT(after("NBWK 1 1 1\nNOQFUNC 1 1 1 0 1e99"),

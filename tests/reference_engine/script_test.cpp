@@ -117,7 +117,7 @@ TEST_F(ScriptTest, ErrorsNameFileLineAndCause) {
   EXPECT_EQ(import_failure("MODELTYPE 1\nNUMSEG 2\nVOLUME 3 1"), ", line 3: there is no segment 3: NUMSEG says 2.");
   EXPECT_EQ(import_failure("MODELTYPE 1\nBRKTF 2 1 0 0"), ", line 2: there is no point 1: NBRKTF says 0.");
   EXPECT_EQ(import_failure("MODELTYPE 1\nNINQ 7 1"), ", line 2: there is no flow field 7: they are 6.");
-  EXPECT_EQ(import_failure("MODELTYPE 1\nNUMSEG -1"), ", line 2: a number of -1 does not lie between 0 and 10000000.");
+  EXPECT_EQ(import_failure("MODELTYPE 1\nNUMSEG -1"), ", line 2: a number of -1 is not between 0 and 10000000.");
   EXPECT_EQ(import_failure("MODELTYPE 1\nNUMSEG 1\nVOLUME 1"),
             ", line 3: VOLUME takes 1 index and 1 value, but 1 words follow it.");
   EXPECT_EQ(import_failure("MODELTYPE 1\nMAXDT 1e99"),
