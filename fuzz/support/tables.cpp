@@ -73,7 +73,7 @@ void check_count(table_source& source, std::size_t table, std::uint64_t rows) {
   if (described.fields.size() > most_columns) return;
   sqlite3* database = nullptr;
   sqlite3_stmt* statement = nullptr;
-  demand(sqlite3_open(":memory:", &database) == SQLITE_OK, "SQLite cannot be started");
+  demand(sqlite3_open(":memory:", &database) == SQLITE_OK, "Cannot start SQLite");
   attach_table(database, "source", described);
   if (sqlite3_prepare_v2(database, "SELECT count(*) FROM source", -1, &statement, nullptr) != SQLITE_OK)
     fail(std::string("SQLite does not take the table: ") + sqlite3_errmsg(database));
