@@ -146,8 +146,8 @@ TEST(SelectStatement, IsTakenByTheLibraryWhateverItHolds) {
     sqlite3_finalize(prepared);
     sqlite3_close(database);
     statement.terms.push_back({station, equal, value});
-    EXPECT_THAT([&] { sqlite_text(statement, "s"); },
-                testing::ThrowsMessage<query_engine_exception>("The query has 501 conditions; 500 are allowed."));
+    EXPECT_THAT([&] { sqlite_text(statement, "s"); }, testing::ThrowsMessage<query_engine_exception>(
+                                                          "The query has 501 conditions; at most 500 are allowed."));
   }
 }
 
