@@ -61,7 +61,7 @@ graph_window::graph_window(QWidget* owner, std::shared_ptr<TGraphForm> graph)
   column->addWidget(tools);
   column->addWidget(chart_, 1);
   if (graph_->was_unsorted()) {
-    auto* note = new QLabel("The rows were out of order; they are drawn in order of time.");
+    auto* note = new QLabel("The rows are not sorted; they are drawn in order of time.");
     note->setTextFormat(Qt::PlainText);
     column->addWidget(note);
   }

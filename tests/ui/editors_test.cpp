@@ -112,8 +112,7 @@ TEST(Editors, WithoutContentTheySayWhatIsMissing) {
       {&program.form().forms().parameters, "The model has none of these."},
       {&program.form().forms().output_control, "The model has none of these."},
       {&program.form().forms().time_functions, "The model has no time functions."},
-      {&program.form().forms().time_step,
-       "No points. Insert makes the first one; Paste takes rows of date, time and value."},
+      {&program.form().forms().time_step, "No points yet. Insert adds one; Paste adds rows of date, time and value."},
   };
   for (const auto& [one, hint] : hints)
     with_dialog([&, shown = one] { program.window().show_form(*shown); },
