@@ -159,6 +159,14 @@ void grid_view::move_active(int rows, int columns) {
   setCurrentIndex(next);
 }
 
+// Ctrl+Shift+End and the like extend the selection, as in a spreadsheet; the toolkit would only move the active cell.
+QItemSelectionModel::SelectionFlags grid_view::selectionCommand(const QModelIndex& index, const QEvent* event) const {
+  constexpr auto both = Qt::ControlModifier | Qt::ShiftModifier;
+  if (event && event->type() == QEvent::KeyPress && (static_cast<const QKeyEvent*>(event)->modifiers() & both) == both)
+    return QItemSelectionModel::SelectCurrent;
+  return QTableView::selectionCommand(index, event);
+}
+
 // F6 leaves every grid.
 bool grid_view::focusNextPrevChild(bool next) {
   if (tab_ == tab_key::leaves_grid) return QTableView::focusNextPrevChild(next);
