@@ -13,6 +13,7 @@
 #include <QScreen>
 #include <QTest>
 #include <QTimer>
+#include <algorithm>
 
 namespace vesk {
 
@@ -58,8 +59,12 @@ bool press(QWidget* window, const QString& text) {
 }
 
 void take_picture(QWidget* window, const QString& name) {
-  QDir().mkpath(SCREENSHOTS);
   QTest::qWait(50); // what has been asked to be painted is
+  keep_picture(window, name);
+}
+
+void keep_picture(QWidget* window, const QString& name) {
+  QDir().mkpath(SCREENSHOTS);
   EXPECT_TRUE(window->grab().save(QString(SCREENSHOTS "/%1.png").arg(name)));
 }
 
@@ -88,6 +93,13 @@ void running_program::trigger(const char* command) {
   ASSERT_TRUE(action) << command;
   EXPECT_TRUE(action->isEnabled()) << command;
   action->trigger();
+}
+
+std::string difference(const std::string& one, const std::string& other) {
+  if (one == other) return {};
+  const auto at = static_cast<std::size_t>(std::ranges::mismatch(one, other).in1 - one.begin());
+  const std::size_t from = at - std::min<std::size_t>(at, 120);
+  return "\"" + one.substr(from, 200) + "\" against \"" + other.substr(std::min(from, other.size()), 200) + "\"";
 }
 
 void write_long_sample(const std::string& file) {

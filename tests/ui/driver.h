@@ -32,6 +32,7 @@ Control* find(QWidget* window, const char* name) {
 
 // A picture of what is on the screen, kept in the folder of screenshots.
 void take_picture(QWidget* window, const QString& name);
+void keep_picture(QWidget* window, const QString& name); // at once, without serving events before
 
 // The program with its main window on the screen, and its settings in a folder of the test.
 class running_program {
@@ -49,6 +50,9 @@ private:
   temporary_folder folder_;
   program program_;
 };
+
+// The first place where two texts differ; empty: nowhere.
+std::string difference(const std::string& one, const std::string& other);
 
 // A copy of the sample whose run takes many times as long.
 void write_long_sample(const std::string& file);
