@@ -315,7 +315,7 @@ TEST(Windows, ShowSeriesOfAnySize) {
     EXPECT_EQ(difference(before, dump(*program.form().current_data_set)), "");
   };
   const moment_type noon{150754, 43200};
-  show({}, "No points.", nullptr);
+  show({}, "No points yet.", nullptr);
   show({{noon, 0}}, "1 point, 1 Oct 2012 to 1 Oct 2012, minimum 0, mean 0, maximum 0", nullptr);
   show({{noon, 1}, {noon, 2}, {noon, 3}}, "3 points, 1 Oct 2012 to 1 Oct 2012", "Each record must be unique");
   show({{noon, std::nan("")}, {{150755, 0}, 1e308 * 10}}, "2 points, 1 Oct 2012 to 2 Oct 2012", nullptr);
@@ -346,9 +346,9 @@ TEST(Windows, PasteTakesAllOrSaysInOneSentenceWhyNot) {
           return text;
         };
         clipboard->setImage(QImage(4, 4, QImage::Format_RGB32));
-        EXPECT_EQ(refusal(), "The clipboard holds no text.");
+        EXPECT_EQ(refusal(), "The clipboard contains no text.");
         clipboard->clear();
-        EXPECT_EQ(refusal(), "The clipboard holds no text.");
+        EXPECT_EQ(refusal(), "The clipboard contains no text.");
         clipboard->setText("2012-10-01\t00:00\t0.1\n2012-10-02\t00:00\t0,1\n");
         EXPECT_EQ(refusal(), "Line 2, column 3: \"0,1\" has a comma; the decimal sign is the point. Nothing "
                              "was pasted.");
