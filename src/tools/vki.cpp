@@ -32,7 +32,8 @@ constexpr const char* usage =
     "       vki upgrade IN OUT            rewrite a data file in the current layout\n"
     "       vki --help | --version\n"
     "\n"
-    "--dates iso prints dates and times as \"2011-10-01\" and \"06:30:00\", otherwise they are day numbers.\n"
+    "  --dates iso    print dates and times as \"2011-10-01\" and \"06:30:00\" instead of day numbers\n"
+    "\n"
     "\"-\" is standard input or output. An existing file is replaced only when the new one is complete.\n"
     "Exit status: 0 done, 1 a file failed, 2 wrong usage.\n";
 

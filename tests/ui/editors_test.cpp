@@ -160,6 +160,8 @@ TEST(Editors, UndoTakesBackTypingFirstThenSteps) {
                 grid_view* grid = grid_of(dialog);
                 const auto value = [&] { return grid->model().index(0, 2).data().toString(); };
                 const auto undo = [&](QWidget* control) { QTest::keyClick(control, Qt::Key_Z, Qt::ControlModifier); };
+                dialog->activateWindow(); // only an active window has shortcuts
+                EXPECT_TRUE(wait_for([&] { return dialog->isActiveWindow(); }));
                 grid->setFocus();
                 grid->table().set_active(0, 2);
                 type(grid, "0.3");
