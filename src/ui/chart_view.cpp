@@ -80,6 +80,10 @@ chart_view::chart_view(QWidget* parent, kind shown_as)
     if (graph_)
       graph_->set_plot_rectangle(
           {double(area.left()), double(area.top()), double(area.right()), double(area.bottom())});
+    if (!graph_ || ticked_size_ == plot_->size()) return;
+    ticked_size_ = plot_->size(); // the room for labels is known only now
+    take_ticks();
+    plot_->replot(QCustomPlot::rpQueuedReplot);
   });
 }
 

@@ -55,6 +55,7 @@ private:
   QCPItemRect* band_;
   TGraphForm* graph_ = nullptr;
   std::optional<std::size_t> marked_;
+  QSize ticked_size_; // of the plot when its labels were last counted for a new size
   bool series_are_old_ = true, scheduled_ = false;
 };
 
