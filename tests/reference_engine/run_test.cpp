@@ -184,7 +184,8 @@ TEST_F(RunTest, RestartFileIsOfTheSameModelAndTime) {
   EXPECT_THAT(host.failures.back(), HasSubstr("holds 2 segments and 3 systems, but the data set has 3 and 3."));
   std::ofstream(folder / "river.rst") << "# State at 2008-02-30 18:00:00 of 2 segments, 3 systems\n";
   load_restart();
-  EXPECT_THAT(host.failures.back(), HasSubstr("line 1: \"2008-02-30 18:00:00 of 2 segments, 3 systems\" does not give"));
+  EXPECT_THAT(host.failures.back(),
+              HasSubstr("line 1: \"2008-02-30 18:00:00 of 2 segments, 3 systems\" does not give"));
 }
 
 // The engine asks before each of the 200 steps.
