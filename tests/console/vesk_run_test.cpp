@@ -116,8 +116,12 @@ TEST_F(VeskRun, ASignalEndsTheReadingOfAFileAndAQueryAtOnce) {
   ASSERT_EQ(sqlite3_exec(database, "CREATE TABLE steps (t TEXT, v REAL); BEGIN EXCLUSIVE;", nullptr, nullptr, nullptr),
             SQLITE_OK);
 
+  std::vector<std::string> files{folder.file("river.vki")};
+#if !defined(__SANITIZE_THREAD__) // which holds signals back while a file is being opened
+  files.push_back(pipe);
+#endif
   for (const std::string signal : {"INT", "TERM", "HUP"})
-    for (const std::string& file : {pipe, folder.file("river.vki")}) {
+    for (const std::string& file : files) {
       const auto start = std::chrono::steady_clock::now();
       const program_result result = run_program(
           "/usr/bin/timeout", {"--preserve-status", "--foreground", "-k", "20", "-s", signal, "0.4", VESK_RUN,
