@@ -39,7 +39,7 @@ void bdf_run(benchmark::State& state, bdf_flow flow) {
   }
 }
 
-// What is asked of 20 implicit steps.
+// The goal for 20 implicit steps.
 void eight_seconds(benchmark::State& state) {
   for (auto _ : state) state.SetIterationTime(8);
 }
