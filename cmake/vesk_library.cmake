@@ -1,8 +1,8 @@
 # vesk_library(name SOURCES ... LINKS ...)
 #
-# A folder under src/ as a static library `vesk_<name>`. Its headers are reached as "<name>/header.h", and only by
-# targets that link it: the include path it exports holds a link to this one folder and nothing else, so an include
-# that goes against the order of the layers does not compile.
+# Makes a folder under src/ a static library `vesk_<name>`. Its headers are included as "<name>/header.h", and only by
+# targets that link it: the exported include path contains only a link to this one folder, so an include against the
+# order of the layers does not compile.
 function(vesk_library name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LINKS;PRIVATE_LINKS" ${ARGN})
   set(root ${CMAKE_BINARY_DIR}/include/${name})
@@ -13,8 +13,8 @@ function(vesk_library name)
   target_link_libraries(vesk_${name} PUBLIC ${ARG_LINKS} PRIVATE vesk_flags ${ARG_PRIVATE_LINKS})
 endfunction()
 
-# vesk_test(name [AS_ORDINARY_USER] SOURCES ... LINKS ...): one test program; every test in it is a test of CTest. Root
-# may do anything, so what permissions decide is tested once more, by all of them together, AS_ORDINARY_USER.
+# vesk_test(name [AS_ORDINARY_USER] SOURCES ... LINKS ...): one test program; each of its tests becomes a CTest test.
+# Root may do anything, so tests that depend on permissions run once more, in one CTest test, AS_ORDINARY_USER.
 function(vesk_test name)
   cmake_parse_arguments(ARG "AS_ORDINARY_USER" "" "SOURCES;LINKS" ${ARGN})
   add_executable(${name}_test ${ARG_SOURCES})

@@ -1,6 +1,5 @@
-// The six functions that the library exports. What goes wrong inside ends here, as one sentence for the modeller and a
-// return code.
-// The header's functions are all that is seen from outside; the rest of the library is built hidden.
+// The six exported functions. Every exception ends here, as one sentence for the modeller and a return code.
+// Only the functions of this header are visible from outside; the rest of the library is built hidden.
 #pragma GCC visibility push(default)
 #include "vesk_engine.h"
 #pragma GCC visibility pop
@@ -43,7 +42,7 @@ void guarded(vesk_data_callback callback, Job job) noexcept {
     } catch (const std::exception& error) {
       end(host, ReturnCode::failed, error.what());
     }
-  } catch (...) { // not even that could be told
+  } catch (...) { // the front end could not even be reached
   }
 }
 
@@ -56,7 +55,7 @@ Form form_of(const std::string& file) {
 
 std::string named_file(Host& host) {
   std::string file = host.string("FILENAME");
-  host.stop_if_cancelled(); // a name that is too long has failed the job
+  host.stop_if_cancelled(); // a name that is too long has made the job fail
   if (file.empty()) throw InputError("No file is named.");
   return file;
 }
@@ -79,7 +78,7 @@ void get_maximum_parameters(const char*, vesk_data_callback data_callback) {
     host.put("MAXBREAK", Limits::breaks);
     host.put("MAXBOUND", Limits::boundaries);
     host.put("MAXLOAD", Limits::loads);
-    read_period(host); // refuses one that no run could take
+    read_period(host); // refuses a period that no run could use
   });
 }
 

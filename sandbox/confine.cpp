@@ -30,7 +30,7 @@ long landlock_version() {
   return syscall(SYS_landlock_create_ruleset, nullptr, 0, LANDLOCK_CREATE_RULESET_VERSION);
 }
 
-// All rights that the kernel's version of Landlock knows: what is not handled stays allowed.
+// All rights known to the kernel's version of Landlock: rights that are not handled remain allowed.
 std::uint64_t rights_of(long version) {
   std::uint64_t rights = (LANDLOCK_ACCESS_FS_MAKE_SYM << 1) - 1; // all of version 1
   if (version >= 2) rights |= std::uint64_t{1} << 13;            // to move files to another folder
@@ -61,7 +61,7 @@ std::string restrict_calls() {
 
 #else
 
-// What reading, computing and allocating take.
+// The calls needed to read, compute and allocate.
 constexpr int allowed_calls[] = {SCMP_SYS(brk),          SCMP_SYS(clock_gettime),  SCMP_SYS(close),
                                  SCMP_SYS(exit),         SCMP_SYS(exit_group),     SCMP_SYS(flock),
                                  SCMP_SYS(fstat),        SCMP_SYS(futex),          SCMP_SYS(getcwd),
@@ -76,7 +76,7 @@ constexpr int allowed_calls[] = {SCMP_SYS(brk),          SCMP_SYS(clock_gettime)
                                  SCMP_SYS(sysinfo),      SCMP_SYS(time),           SCMP_SYS(write),
                                  SCMP_SYS(writev)};
 
-// Allowed while an argument has none of these bits, or is 0.
+// Allowed if an argument has none of these bits, or is 0.
 struct limited_call {
   int call;
   unsigned argument;
@@ -89,7 +89,7 @@ constexpr limited_call limited_calls[] = {{SCMP_SYS(open), 1, to_write},
                                           {SCMP_SYS(mprotect), 2, PROT_EXEC},
                                           {SCMP_SYS(prlimit64), 0, ~std::uint64_t{0}} /* this process alone */};
 
-// Refuses instead of killing: another version of a library may try a call that it can do without.
+// Refuses a call instead of killing the process: another version of a library may try a call that it does not need.
 std::string restrict_calls() {
   const scmp_filter_ctx filter = seccomp_init(SCMP_ACT_ERRNO(EPERM));
   int error = filter ? 0 : -ENOMEM;

@@ -1,13 +1,14 @@
 /* The contract between the front end and a numerical engine: everything an engine author needs.
  *
- * An engine is a shared library with the six functions below. Each is handed one callback and reads and writes
+ * An engine is a shared library with the six functions below. Each is given one callback and reads and writes
  * everything through it, keyword by keyword. A function returns when its work is done or when it has read a
- * CANCEL that is not 0; its caller does not look at any result.
+ * CANCEL other than 0; a return value, if there is one, is ignored.
  *
- * The callback. `name` is a mode letter and a keyword in one NUL-terminated string: "GNUMSEG" reads the number of
- * segments, "PNUMSEG" writes it. "G" or "g" reads; any other letter writes. Keywords are upper case. `a1` to `a5`
- * are the addresses of the keyword's arguments in order, never their values; what stands behind the keyword's last
- * argument is ignored. An index is an argument like any other and travels by address too. The engine counts from 1.
+ * The callback. `name` is a mode letter and a keyword in one NUL-terminated string: "GNUMSEG" reads the number
+ * of segments, "PNUMSEG" writes it. "G" or "g" reads; any other letter writes. Keywords are upper case. `a1` to
+ * `a5` are the addresses of the keyword's arguments in order, never their values; arguments after the keyword's
+ * last one are ignored. An index is an argument like any other and is passed by address too. The engine counts
+ * from 1.
  *
  *   INTEGER   address of an int32_t
  *   REAL      address of a float
@@ -23,8 +24,9 @@
  * Texts are bytes, UTF-8 by preference.
  *
  * Arrays that the engine registers (ALLTFDATA, ALLLOADDATA, ALLBCDATA, ALLFLOWDATA, ALLEXCHANGEDATA,
- * PRINTTIMEFUNC) are written at each PUT of DAYS and stay the engine's own. They must live until the function
- * returns, and start as the engine leaves them: an element that no series owns is never written.
+ * PRINTTIMEFUNC) are written at each PUT of DAYS and remain the engine's own. They must exist until the
+ * function returns. The engine sets their initial values: an element that belongs to no series is never
+ * written.
  *   ALLTFDATA        element ISC - 1; must reach the largest ISC number of the model, used or not
  *   ALLLOADDATA      element segment * NUMSYS + system - 1, segment from 0; NUMSEG * NUMSYS elements
  *   ALLBCDATA        the same
@@ -34,11 +36,11 @@
  *
  * The results array of GRIDDATA is read by the front end at any time until DONE is put; put DONE before freeing it.
  *
- * The column labels of GRIDINIT are one block of slots of the width that is told; a label shorter than its slot ends
- * with a NUL.
+ * The column labels of GRIDINIT are one block of slots, each of the width passed; a label shorter than its slot
+ * ends with a NUL.
  *
- * An engine's function has to return: ending its thread or the process ends the program, with one line on standard
- * error that names the engine.
+ * An engine's function has to return. Ending its thread or the process ends the whole program, with one line on
+ * standard error that names the engine.
  *
  * Calls may come from any thread of the engine's, but only one at a time. No exception crosses this boundary:
  * when the front end fails inside a call it notes the failure and answers CANCEL with 1 from then on.

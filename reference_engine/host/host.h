@@ -1,4 +1,4 @@
-// The callback with types: an argument for an address, an exception for a cancel.
+// The callback with types: arguments instead of addresses, an exception for a cancel.
 #ifndef REFERENCE_ENGINE_HOST_HOST_H
 #define REFERENCE_ENGINE_HOST_HOST_H
 
@@ -15,16 +15,16 @@
 
 namespace reference_engine {
 
-// Thrown when the front end answers CANCEL with other than 0.
+// Thrown when CANCEL answers anything but 0.
 struct Cancelled {};
 
-// Read by scripts: never change. A run's code becomes the exit status of vesk-run, whose own are 1 and 2.
+// Read by scripts: never change. A run's code becomes the exit status of vesk-run, which itself uses 1 and 2.
 enum class ReturnCode : std::int32_t {
   good = 0,
   bad_input = 3,
   failed = 4,
   cancelled = 5,
-  not_written = 6, // a file of results, a restart file or an export
+  not_written = 6, // a result, restart file or export could not be written
   disk_full = 7
 };
 
@@ -32,7 +32,7 @@ class Host {
 public:
   explicit Host(vesk_data_callback callback) : callback_(callback), text_(text_size) {}
 
-  // Indices count from 1. What the front end does not find reads as 0 or an empty text.
+  // Indices count from 1. A value that the front end cannot find reads as 0 or as an empty text.
   template <class... Index>
   std::int32_t integer(std::string_view keyword, Index... indices) {
     std::int32_t value = 0;
@@ -46,7 +46,7 @@ public:
     get(keyword, &value, indices...);
     return static_cast<double>(value);
   }
-  // The same, but only a finite number. what() is the subject of the sentence that throws another: "The volume".
+  // The same, but throws InputError unless the number is finite. what() is the subject of that sentence: "The volume".
   template <class What, class... Index>
   double finite(std::string_view keyword, const What& what, Index... indices) {
     const double value = real(keyword, indices...);
@@ -59,7 +59,7 @@ public:
     get(keyword, text_.data(), indices...);
     return text_.data();
   }
-  // The days since the start and the values of one point of a series, or of all of them.
+  // Days since the start and values: one point of a series, or all of them.
   template <class... Index>
   void series(std::string_view keyword, float* days, float* values, Index... indices) {
     std::array<std::int32_t, sizeof...(Index)> copies{static_cast<std::int32_t>(indices)...};
@@ -69,7 +69,7 @@ public:
     arguments[sizeof...(Index) + 1] = values;
     get(keyword, arguments);
   }
-  // A count that is used as a size: never below 0.
+  // A count that is used as a size: never negative.
   template <class... Index>
   std::int32_t count(std::string_view keyword, Index... indices) {
     return std::max(integer(keyword, indices...), 0);
@@ -82,13 +82,13 @@ public:
   void put(std::string_view keyword, std::string value) { put(keyword, Arguments{value.data()}); }
 
   void info(std::string line) { put("INFO", std::move(line)); }
-  void warning(std::string line) { icon_line(warning_icon, std::move(line)); } // the run goes on
+  void warning(std::string line) { icon_line(warning_icon, std::move(line)); } // the run continues
   void failure(std::string line) { icon_line(failure_icon, std::move(line)); }
   void status(std::string description, std::int32_t code);
   void return_code(ReturnCode code) { put("RETURNCODE", static_cast<std::int32_t>(code)); }
   void stop_if_cancelled(); // throws Cancelled
 
-  // Room for any text that the interface hands out; file names have no limit, so this leaves plenty.
+  // Large enough for any text of the interface. File names have no limit, so this is generous.
   static constexpr std::size_t text_size = std::size_t{1} << 16;
   char* text_buffer() { return text_.data(); }
 

@@ -22,7 +22,7 @@ struct TimeUnit {
 };
 constexpr std::array<TimeUnit, 4> time_units = {{{"days", 1}, {"hours", 24}, {"minutes", 1440}, {"seconds", 86400}}};
 
-// "hours since 2007-10-01 06:30:00"; the time of day and the plural may be missing. False for anything else.
+// "hours since 2007-10-01 06:30:00"; the time of day and the plural s are optional. False for anything else.
 bool parse_units(const std::string& units, double& per_day, Moment& epoch) {
   std::array<char, 16> unit{};
   epoch = {};
@@ -39,7 +39,7 @@ bool parse_units(const std::string& units, double& per_day, Moment& epoch) {
   return false;
 }
 
-// A text of the file in a sentence: letters of any encoding, or none, and of any length.
+// Prepares a text from the file, of any length and in any encoding, for use in a sentence.
 std::string shown(std::string text) {
   constexpr std::size_t longest = 40;
   if (text.size() > longest) text.replace(longest, std::string::npos, "...");
@@ -191,7 +191,7 @@ std::vector<double> HydroFile::volumes(double day) {
   if (interval + 1 == times_.size()) return volumes_;
   const double length = times_[interval + 1] - times_[interval];
   const double share = std::clamp((offset_ + day - times_[interval]) / length, 0.0, 1.0);
-  std::vector<double> values(volumes_.size()); // above 0, however far apart the two are
+  std::vector<double> values(volumes_.size()); // positive, however far apart the two volumes are
   for (std::size_t i = 0; i < values.size(); ++i) values[i] = std::lerp(volumes_[i], next_volumes_[i], share);
   return values;
 }

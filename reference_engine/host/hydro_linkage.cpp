@@ -66,7 +66,7 @@ void put_links(Host& host, const HydroFile& file) {
     return segment == outside ? std::string("outside") : file.segments()[static_cast<std::size_t>(segment)].name;
   };
   std::int32_t field = surface_field, none = 0, one = 1, count = static_cast<std::int32_t>(file.links().size());
-  host.put("NINQ", Host::Arguments{&field, &none}); // so that the new functions have nothing of the old ones
+  host.put("NINQ", Host::Arguments{&field, &none}); // clears the old functions first, so that nothing of them remains
   host.put("NINQ", Host::Arguments{&field, &count});
   for (std::int32_t function = 1; function <= count; ++function) {
     const HydroFile::Link& link = file.links()[static_cast<std::size_t>(function - 1)];

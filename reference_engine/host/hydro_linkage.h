@@ -1,4 +1,4 @@
-// How a data set and its hydrodynamic file meet.
+// Connects a data set with its hydrodynamic file.
 #ifndef REFERENCE_ENGINE_HOST_HYDRO_LINKAGE_H
 #define REFERENCE_ENGINE_HOST_HYDRO_LINKAGE_H
 
@@ -11,15 +11,15 @@
 
 namespace reference_engine {
 
-// The file that the data set names. A relative name is looked for in the data file's folder, then in the current one;
-// backslashes are understood. Throws InputError.
+// Opens the file named in the data set. A relative name is looked for in the data file's folder, then in the current
+// one; backslashes count as separators. Throws InputError.
 std::unique_ptr<HydroFile> open_hydro_file(Host& host);
 
 // Puts the file's segments, a surface flow function with one pair for each link, and boundaries into the data set.
 void build_from_hydro_file(Host& host);
 
-// Opens the file for a run over `days`, puts its links in the place of surface flows, and its volumes in the place of
-// the segments'. Afterwards the links' flows are elements of Forcing::linked.
+// Opens the file for a run over `days`, replaces surface flows by its links, and the segments' volumes by its volumes.
+// Afterwards the links' flows are elements of Forcing::linked.
 std::unique_ptr<HydroFile> link_hydro_file(Host& host, double days, Forcing& forcing, Problem& problem);
 
 } // namespace reference_engine

@@ -26,15 +26,15 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
-// Beside the library that this stands in.
+// In the folder of the library that contains this code.
 std::string helper_program() {
   Dl_info here{};
   if (dladdr(reinterpret_cast<const void*>(&helper_program), &here) == 0) return "vesk-hyd";
   return std::filesystem::absolute(here.dli_fname).replace_filename("vesk-hyd").string();
 }
 
-// A descriptor that is closed with its owner, above all numbers that the program gets, so that none is lost when they
-// are set up.
+// A file descriptor, closed by its owner. It is moved above the numbers that the program will get, so that setting
+// those up overwrites none.
 class Descriptor {
 public:
   explicit Descriptor(int number) : number_(number < 0 ? -1 : fcntl(number, F_DUPFD_CLOEXEC, hyd::the_file + 1)) {
@@ -54,7 +54,7 @@ private:
   int number_;
 };
 
-// Not held up by what only looks like a file, such as a pipe that nobody writes to.
+// Does not block on things that only look like a file, such as a pipe without a writer.
 int open_regular(const std::string& name) {
   const int file = open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
   struct stat status {};
@@ -64,7 +64,8 @@ int open_regular(const std::string& name) {
   return -1;
 }
 
-// The program gets socket and file and nothing else of this process, and no signal that a terminal sends to it.
+// The program inherits the socket and the file and nothing else of this process. Signals from a terminal do not reach
+// it.
 int spawn(const std::string& program, int file, int socket, pid_t& child) {
   std::array<char*, 2> words = {const_cast<char*>(program.c_str()), nullptr};
   std::array<char*, 1> no_environment = {nullptr};
@@ -90,7 +91,7 @@ int spawn(const std::string& program, int file, int socket, pid_t& child) {
   return error;
 }
 
-// Takes numbers and texts off the front of an answer. Null or empty where there are none left.
+// Takes numbers and texts off the front of an answer. Fails when there are none left.
 class Unpacker {
 public:
   explicit Unpacker(std::string_view bytes) : left_(bytes) {}
@@ -190,7 +191,7 @@ void HydroReader::receive(char* bytes, std::size_t size) {
   }
 }
 
-// What is sent grows with what has come, not with what was promised.
+// Memory grows with the bytes received, not with the size announced.
 std::string HydroReader::answer(hyd::Kind expected) {
   constexpr std::size_t piece = std::size_t{1} << 20;
   hyd::Answer head{};

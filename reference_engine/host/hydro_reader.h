@@ -1,5 +1,5 @@
-// The content of a hydrodynamic file, read by a separate program (vesk-hyd): the libraries that know the format trust a
-// file, and one that is damaged, or made for it, makes them crash, never end, or read other files.
+// The content of a hydrodynamic file, read by a separate program (vesk-hyd). The libraries for the format trust the
+// file: one that is damaged or malicious can make them crash, hang, or read other files.
 #ifndef REFERENCE_ENGINE_HOST_HYDRO_READER_H
 #define REFERENCE_ENGINE_HOST_HYDRO_READER_H
 
@@ -27,21 +27,20 @@ public:
     std::vector<std::string> names; // of each segment
   };
 
-  // Opens the file and starts the program on it, which is looked for beside the library alone. `waiting` is called ten
-  // times a second while an answer is waited for, and may throw to end that. Afterwards, as after any other exception,
-  // the reader is of no more use.
+  // Opens the file and starts the program on it, which must be in the library's folder. `waiting` is called ten times a
+  // second while waiting for an answer, and may throw to give up. After any exception the reader can no longer be used.
   explicit HydroReader(std::string file, Waiting waiting = {},
                        std::chrono::milliseconds longest_silence = std::chrono::seconds(60));
   ~HydroReader();
   HydroReader(const HydroReader&) = delete;
   HydroReader& operator=(const HydroReader&) = delete;
 
-  // To be taken once, before any row. Not-a-number stands for a missing value; nothing else has been looked at. Throws
-  // InputError, in one sentence, where the file can't be read or is no such file.
+  // Call once, before any row. Missing values are not-a-number; nothing else has been validated. Throws InputError,
+  // with one sentence, if the file can't be read or is not a linkage file.
   Content content();
 
-  // The flow of each link (m3/s) or the volume of each segment (m3) at a time, counted from 0: as many as the row is
-  // long. Throws as above.
+  // The flow of each link (m3/s) or the volume of each segment (m3) at a time, counted from 0. The size of `row` says
+  // how many. Throws as above.
   void read_row(Quantity quantity, std::size_t time, Row& row);
 
   [[noreturn]] void refuse(const std::string& cause) const;

@@ -1,4 +1,4 @@
-// The time that a run covers.
+// The simulated period.
 #ifndef REFERENCE_ENGINE_HOST_READ_PERIOD_H
 #define REFERENCE_ENGINE_HOST_READ_PERIOD_H
 
@@ -9,13 +9,13 @@ namespace reference_engine {
 
 struct Period {
   Moment start;
-  double days = 0; // until the end
+  double days = 0; // from start to end
 };
 
-// The start of the simulation, as the data set has it.
+// The start of the simulation, from the data set.
 Moment read_start(Host& host);
 
-// Throws InputError where start or end is not a date of the calendar. The end may still lie before the start.
+// Throws InputError if start or end is not a calendar date. The end may still be before the start.
 Period read_period(Host& host);
 
 } // namespace reference_engine

@@ -13,7 +13,7 @@ namespace reference_engine {
 
 namespace {
 
-// The points of one series, as the interface has them.
+// The points of one series, in the types of the interface.
 struct Points {
   std::vector<float> days, values;
 
@@ -23,7 +23,7 @@ struct Points {
   }
 };
 
-// The days of many series. Most have the same as the one before.
+// The days of many series. Most have the same days as the series before.
 class Days {
 public:
   explicit Days(double end) : end_(end) {}
@@ -60,7 +60,7 @@ class PointReader {
 public:
   PointReader(Host& host, double days) : host_(host), days_(days) {}
 
-  // A series whose points come all at once.
+  // A series whose points are read all at once.
   template <class Name, class... Index>
   void read_array(std::string_view count, std::string_view all, Name name, Index... indices) {
     points_.resize(host_.count(count, indices...));
@@ -68,7 +68,7 @@ public:
     host_.series(all, points_.days.data(), points_.values.data(), indices...);
     take(name);
   }
-  // One whose points come one by one.
+  // A series whose points are read one by one.
   template <class Name, class... Index>
   void read_points(std::string_view count, std::string_view point, Name name, Index... indices) {
     points_.resize(host_.count(count, indices...));
@@ -145,7 +145,7 @@ template <class Pair>
 void read_functions(Host& host, const std::vector<Pair>& pairs, std::size_t elements, bool flows, PointReader& reader) {
   std::set<std::size_t> used;
   for (const Pair& pair : pairs)
-    if (pair.element < elements) used.insert(pair.element); // those that follow are a hydrodynamic file's
+    if (pair.element < elements) used.insert(pair.element); // the elements after these belong to a hydrodynamic file
   for (const std::size_t element : used) {
     const auto function = static_cast<std::int32_t>(element / fields_per_function + 1);
     const auto field = static_cast<std::int32_t>(element % fields_per_function + 1);

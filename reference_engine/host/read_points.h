@@ -1,5 +1,4 @@
-// The days on which series have their points. The values between them come from DAYS alone; of the points only the
-// times are kept.
+// The days on which series have their points. Only the times are kept: values always come from DAYS.
 #ifndef REFERENCE_ENGINE_HOST_READ_POINTS_H
 #define REFERENCE_ENGINE_HOST_READ_POINTS_H
 

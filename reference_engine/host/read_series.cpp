@@ -14,8 +14,8 @@ std::size_t element(std::int32_t function, std::int32_t field) {
   return static_cast<std::size_t>(function - 1) * fields_per_function + static_cast<std::size_t>(field - 1);
 }
 
-// No keyword tells which fields are in use. The front end writes the elements of those alone: what it writes is the
-// same whatever stood there before, and no value serves as a mark.
+// No keyword says which fields are in use. The front end writes only the elements of fields in use, and writes the same
+// value whatever was there before. A single marker value could equal it, so two different ones are tried.
 class FieldsInUse {
 public:
   FieldsInUse(Host& host, Forcing& forcing) : flows_(forcing.flows.size()), exchanges_(forcing.exchanges.size()) {
@@ -45,7 +45,7 @@ private:
 };
 
 std::vector<float> make_functions(Host& host, std::string_view keyword, std::int32_t fields) {
-  std::int32_t most = 1; // an array is registered even where no function writes it
+  std::int32_t most = 1; // an array is registered even if no function writes to it
   for (std::int32_t field = 1; field <= fields; ++field) most = std::max(most, host.count(keyword, field));
   return std::vector<float>(static_cast<std::size_t>(most) * fields_per_function);
 }
@@ -106,7 +106,7 @@ std::pair<double, double> read_point(Host& host, std::string_view keyword, std::
 }
 
 void register_forcing(Host& host, const ModelInfo& model, const Problem& problem, Forcing& forcing) {
-  constexpr int room = 256; // a catalogue with functions of later models must not write past the end
+  constexpr int room = 256; // so that a catalogue with functions of later models can't write past the end
   const int largest = model.time_functions.empty() ? 0 : std::ranges::max(model.time_functions);
   const std::size_t cells = problem.segments.size() * problem.systems.size();
   forcing.time_functions.assign(static_cast<std::size_t>(std::max(largest, room)), 0.0f);
@@ -146,7 +146,7 @@ void read_pairs(Host& host, bool surface_flows, Forcing& forcing, Problem& probl
 
 void read_loads(Host& host, Problem& problem) {
   for (std::size_t s = 1; s <= problem.systems.size(); ++s) {
-    std::set<int> segments; // of two loads on one segment the later one is what the array holds
+    std::set<int> segments; // if two loads are on one segment, the array holds the later one
     const std::int32_t loads = host.count("NOWK", s);
     for (std::int32_t load = 1; load <= loads; ++load) {
       const int segment = host.integer("IWK", s, load) - 1;

@@ -1,4 +1,5 @@
-// The part of the data set that is driven by values over time: the forcing's arrays, and what they act on.
+// The part of the data set that is driven by values over time: the forcing arrays, and the pairs and loads that use
+// them.
 #ifndef REFERENCE_ENGINE_HOST_READ_SERIES_H
 #define REFERENCE_ENGINE_HOST_READ_SERIES_H
 
@@ -19,11 +20,11 @@ std::pair<double, double> read_point(Host& host, std::string_view keyword, std::
 // Sizes the forcing's arrays by the problem's segments and systems, registers them, and fills them for day 0.
 void register_forcing(Host& host, const ModelInfo& model, const Problem& problem, Forcing& forcing);
 
-// The forcing's values at a moment, days since the start. Returns that moment as the interface has it, in single
-// precision.
+// Sets the forcing's values for a time, in days since the start. Returns that time in the single precision of the
+// interface.
 double set_days(Host& host, double days);
 
-// Reads the pairs of the fields in use. surface_flows: false leaves those out.
+// Reads the pairs of the fields in use. surface_flows: false skips surface flows.
 void read_pairs(Host& host, bool surface_flows, Forcing& forcing, Problem& problem);
 
 void read_loads(Host& host, Problem& problem);

@@ -7,7 +7,7 @@
 namespace reference_engine {
 
 namespace {
-constexpr std::int32_t label_size = 256; // of any name, with its terminator
+constexpr std::int32_t label_size = 256; // for any name, including its terminator
 }
 
 ResultsGrid::ResultsGrid(Host& host, const Problem& problem) : host_(host) {
@@ -34,7 +34,7 @@ ResultsGrid::~ResultsGrid() {
   host_.put("DONE");
 }
 
-// The front end reads the cells while they are written, so each is written whole.
+// The front end reads cells while they are being written, so each is written in one piece.
 void ResultsGrid::show(const State& state) {
   const std::size_t columns = systems_.size() + 1;
   const auto set = [this](std::size_t cell, double value) {

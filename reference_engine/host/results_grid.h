@@ -10,8 +10,7 @@
 
 namespace reference_engine {
 
-// Lends its array to the front end for as long as it lives: the front end lets go of it in the destructor, before the
-// array is freed.
+// Its array is borrowed by the front end. The destructor ends the loan before the array is freed.
 class ResultsGrid {
 public:
   ResultsGrid(Host& host, const Problem& problem);

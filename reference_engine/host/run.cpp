@@ -42,7 +42,7 @@ public:
         timeline_(input.days, PrintTimes(input.print_intervals), std::move(input.points), input.rules.smallest),
         grid_(host, input.problem), values_(state_.volume.size()), report_(input.problem),
         linked_until_(input.hydro ? 0 : std::numeric_limits<double>::infinity()) {
-    host_.stop_if_cancelled(); // the network of a large model takes a while
+    host_.stop_if_cancelled(); // building the network of a large model takes a while
     open_results();
     integrator_->note_exceedances(input.problem, state_);
   }
@@ -96,8 +96,8 @@ private:
                     equations_.classes().size(), " ways in which systems are carried."));
   }
 
-  // Takes the forcing up to the next event: two samples, neither of them at an end, and none earlier than the one
-  // before it, since the front end is slow to go back.
+  // Takes the forcing up to the next event, from two samples inside the interval. No sample is earlier than the one
+  // before it, since going back is slow in the front end.
   void begin_interval() {
     if (input_.hydro && state_.day >= linked_until_) take_linked_flows();
     event_ = timeline_.next(state_.day, linked_until_);
@@ -120,7 +120,8 @@ private:
     warn_of_temperature();
   }
 
-  // The limit depends on the flows that a step meets, and so on its length: the last step's limit is the first guess.
+  // The limit depends on the flows during the step, and so on the step's length. The limit of the previous step is the
+  // first guess.
   StepChoice find_step(double remaining) {
     const auto choose = [&](const StepLimit& limit) {
       return choose_step(input_.rules, limit, input_.problem, state_.day, remaining);
@@ -156,7 +157,7 @@ private:
                          " m3. The difference is added or removed as pure water; later cases are not reported."));
   }
 
-  // Most often a table in degrees Fahrenheit.
+  // The usual cause is a table in degrees Fahrenheit.
   void warn_of_temperature() {
     constexpr double coldest = -2, warmest = 45; // deg C
     const auto [lowest, highest] = equations_.kinetics().temperature_range();
@@ -188,7 +189,7 @@ private:
                       numbered(input_.problem.segments[limit_.segment], limit_.segment), "."));
   }
 
-  // Told only when it changes: the front end works out the time remaining from each.
+  // Sent only when it changes, since the front end recomputes the time remaining at each.
   void show_progress() {
     constexpr auto between_shows = std::chrono::milliseconds(250);
     const auto percent = static_cast<std::int32_t>(100 * state_.day / input_.days);
@@ -208,7 +209,7 @@ private:
     if (restart) restart->publish();
   }
 
-  // Of the systems that are not chosen no other line tells that mass was made.
+  // The balance lines cover the chosen system only, so clipping in the others would go unnoticed.
   void warn_of_clipping() {
     constexpr double more_than_rounding = 1e-6;
     for (std::size_t s = 0; s < balances_.systems.size(); ++s)
@@ -216,7 +217,7 @@ private:
         host_.warning(report_.clipping(s, it));
   }
 
-  // The log has all systems, the list of messages the one that is chosen.
+  // The log gets all systems, the info list only the chosen one.
   void report_balances() {
     const int chosen = input_.problem.balance_system;
     for (const auto& [name, line] : notes_of(report_, input_.problem, balances_, input_.hydro != nullptr))
@@ -243,13 +244,13 @@ private:
   Timeline timeline_;
   std::vector<Writer> writers_;
   ResultsGrid grid_;
-  std::vector<double> values_; // one a segment
-  Timeline::Event event_;      // at the end of the interval that is being solved
-  double sampled_ = 0;         // the latest day that the front end was asked for
+  std::vector<double> values_; // one per segment
+  Timeline::Event event_;      // at the end of the current interval
+  double sampled_ = 0;         // the latest day passed to the front end
   StepLimit limit_;            // of the latest step
   RunReport report_;
   std::int32_t percent_ = 0;
-  double linked_until_; // days: when the hydrodynamic file has other flows
+  double linked_until_; // days: when the hydrodynamic file's flows change
   bool temperature_reported_ = false, mismatch_reported_ = false;
   Clock::time_point began_ = Clock::now(), shown_at_ = began_;
 };

@@ -8,7 +8,7 @@
 
 namespace reference_engine {
 
-// Throws InputError, RunError and Cancelled; no result stands under its name then.
+// Throws InputError, RunError and Cancelled; then no result appears under its final name.
 void run_model(Host& host, std::string_view library);
 
 } // namespace reference_engine

@@ -17,9 +17,9 @@ namespace reference_engine {
 
 namespace {
 
-enum FlowOption { net_flows = 1, gross_flows, linked_flows }; // of the data set
+enum FlowOption { net_flows = 1, gross_flows, linked_flows }; // IQOPT
 
-// Choices that this engine does not offer are refused, never passed over.
+// Options that this engine does not support are refused, never ignored.
 void refuse_unsupported(Host& host) {
   switch (host.integer("IQOPT")) {
   case net_flows:
@@ -43,7 +43,7 @@ double read_global(Host& host, const char* keyword, const char* what) {
 }
 
 void read_segments(Host& host, RunInput& input) {
-  const bool is_linked = host.integer("IQOPT") == linked_flows; // the volumes are the file's
+  const bool is_linked = host.integer("IQOPT") == linked_flows; // then the volumes come from the file
   const std::int32_t count = host.count("NUMSEG");
   if (count == 0) throw InputError("The data set has no segments.");
   input.volume_factor = read_global(host, "SCALV", "scale factor of volumes") *
@@ -90,7 +90,7 @@ void read_systems(Host& host, Problem& problem) {
              read("SCALB", "scale factor of boundaries") * read("CONVB", "conversion factor of boundaries"),
          .load_factor = read("SCALW", "scale factor of loads") * read("CONVW", "conversion factor of loads")});
   }
-  // The choice reads back as a position from 0, and as the number of systems where none is chosen.
+  // JMAS reads back as a 0-based position; the number of systems means none is chosen.
   const std::int32_t balance = host.integer("JMAS");
   if (balance >= 0 && balance < count) problem.balance_system = balance;
 }
@@ -115,7 +115,7 @@ void read_concentrations(Host& host, Problem& problem) {
   }
 }
 
-// A value beyond what is sensible runs all the same. segment: of the value, empty where it has none.
+// A value outside its sensible range is used all the same. segment: the value's segment, empty if it has none.
 void warn_of_range(Host& host, const ValueInfo& info, double value, const std::string& name,
                    const std::string& segment) {
   if (value < info.minimum || value > info.maximum)
@@ -153,7 +153,7 @@ void read_parameters(Host& host, const ModelInfo& model, Problem& problem) {
       const auto distance = [&](std::size_t k) { return std::abs(values[k] - (info.minimum + info.maximum) / 2); };
       if (distance(i) > distance(farthest)) farthest = i;
     }
-    // Of the temperature the sum with its time function counts, which the run looks at.
+    // Temperature is the sum of parameter and time function, which the run checks.
     if (isc != temperature_isc && !values.empty())
       warn_of_range(host, info, values[farthest], name(),
                     text(" in segment ", numbered(problem.segments[farthest], farthest)));

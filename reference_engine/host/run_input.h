@@ -26,15 +26,15 @@ struct RunInput {
   std::vector<double> points;                             // days on which series in use have points, ascending
   double days = 0;                                        // length of the run
   int technique = 0;
-  int debug = 0; // 0 to 2: how much the run tells
+  int debug = 0; // 0 to 2: how much the run reports
   double volume_factor = 1;
   bool writes_restart = false;
-  std::filesystem::path base; // of the results' names: the data file without its extension
+  std::filesystem::path base; // of the result names: the data file without its extension
   Moment start;
   std::vector<OutputVariable> outputs, csv_outputs;
 };
 
-// Reads the data set into `input` and registers the arrays of its forcing. Throws InputError, in one sentence, for what
+// Reads the data set into `input` and registers the arrays of its forcing. Throws InputError, with one sentence, if it
 // can't be run, and Cancelled.
 void read_run_input(Host& host, std::string_view library, RunInput& input);
 

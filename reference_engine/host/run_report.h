@@ -1,4 +1,4 @@
-// What a run says at its end: its steps and what kept them short, and the balances of water and mass.
+// The report at the end of a run: its steps and what limited them, and the balances of water and mass.
 #ifndef REFERENCE_ENGINE_HOST_RUN_REPORT_H
 #define REFERENCE_ENGINE_HOST_RUN_REPORT_H
 
@@ -21,10 +21,10 @@ public:
   void note(const StepChoice& step);
   long long steps() const { return steps_; }
 
-  // All below in one sentence each, without line end.
+  // Each of these is one sentence without a line end.
   // "Mass balance of ... in kg: inflow ..., ..."
   std::string mass_balance(std::size_t system, const MassBalance& balance) const;
-  // For a system that was clipped by more than rounding.
+  // For a system with more clipping than rounding explains.
   std::string clipping(std::size_t system, const MassBalance& balance) const;
   // linked: a hydrodynamic file prescribed the volumes.
   std::string water_balance(const WaterBalance& balance, bool linked) const;

@@ -80,7 +80,7 @@ HydContent::Variable HydContent::find(const char* name, const std::vector<Dimens
   return variable;
 }
 
-// All of a variable, or what it has at one time.
+// A whole variable, or its values at one time.
 Row HydContent::read(const Variable& variable, std::size_t size, const std::size_t* time) const {
   Row values(size);
   const std::size_t start[] = {time ? *time : 0, 0}, count[] = {1, size};

@@ -16,12 +16,12 @@ namespace reference_engine::hyd {
 
 using Row = std::vector<double>;
 
-// All functions throw Refusal for a file that can't serve.
+// All functions throw Refusal if the file is unusable.
 class HydContent {
 public:
   explicit HydContent(const char* name);
 
-  // As the protocol has it. Call it before any row is read.
+  // In the format of the protocol. Call it before any row is read.
   std::string content();
 
   // time: from 0.
@@ -32,7 +32,7 @@ private:
   static constexpr std::array<const char*, dimensions> dimension_names = {"time", "segment", "link"};
   struct Variable {
     int id = 0;
-    double fill = NC_FILL_DOUBLE; // as a number, that of single precision is the same
+    double fill = NC_FILL_DOUBLE; // in double precision; the default of single precision has the same value
   };
 
   Variable find(const char* name, const std::vector<Dimension>& shape) const;

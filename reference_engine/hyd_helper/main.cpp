@@ -1,5 +1,5 @@
-// vesk-hyd: reads a hydrodynamic file for the engine, so that nothing that the file does to the libraries that know its
-// format, which trust what they read, can reach the engine's process or another file. See protocol.h.
+// vesk-hyd: reads a hydrodynamic file for the engine. The libraries for this format trust what they read; in a separate
+// process a bad file can harm neither the engine nor other files. See protocol.h.
 #include "hyd_helper/hyd_content.h"
 #include "hyd_helper/other_files.h"
 #include "hyd_helper/protocol.h"
@@ -20,10 +20,10 @@ namespace {
 
 using namespace reference_engine::hyd;
 
-constexpr rlim_t most_memory = rlim_t{1} << 30; // bytes, beside what the program itself takes
+constexpr rlim_t most_memory = rlim_t{1} << 30; // bytes, in addition to the program itself
 constexpr rlim_t seconds_for_an_answer = 5;     // of processor time
 
-// False when the other side is gone.
+// False when the other side has closed the socket.
 bool send(const void* bytes, std::size_t size) {
   for (const char* at = static_cast<const char*>(bytes); size > 0;) {
     const ssize_t sent = write(channel, at, size);
@@ -55,7 +55,7 @@ void limit(decltype(RLIMIT_CPU) what, rlim_t most, Limit kind) {
   setrlimit(what, &both);
 }
 
-// Address space in use, which a sanitizer makes large; 0 where the system does not tell.
+// Address space in use, which a sanitizer makes large; 0 if the system does not say.
 rlim_t memory_in_use() {
   unsigned long long pages = 0;
   if (std::FILE* const file = std::fopen("/proc/self/statm", "r")) {
@@ -116,7 +116,7 @@ int main() {
     serve();
   } catch (const Refusal& refusal) {
     send(Kind::refusal, refusal.cause);
-  } catch (const std::bad_alloc&) { // told by its silence, as a crash is
+  } catch (const std::bad_alloc&) { // nothing is sent: the engine treats it like a crash
   }
-  _exit(0); // the libraries need not take down what they have built
+  _exit(0); // skips the libraries' cleanup
 }

@@ -11,7 +11,7 @@ namespace reference_engine::hyd {
 
 namespace {
 
-// An open object of the library; below 0: none.
+// An open object of the library; invalid if below 0.
 class Handle {
 public:
   Handle(hid_t id, herr_t (*close)(hid_t)) : id_(id), close_(close) {}
@@ -29,7 +29,7 @@ private:
   herr_t (*close_)(hid_t);
 };
 
-// A name of the file in a sentence.
+// Prepares a name from the file for use in a sentence.
 std::string shown(const char* name) {
   constexpr std::size_t longest = 40;
   std::string text = name;
@@ -43,23 +43,23 @@ struct Finding {
   std::string cause; // empty: nothing was found
 };
 
-// A data set that is opened reads nothing yet, so its storage can be looked at without touching another file.
+// Opening a data set does not read its data, so its storage can be checked without touching another file.
 const char* storage_elsewhere(hid_t object) {
   if (H5Iget_type(object) != H5I_DATASET) return nullptr;
   const Handle properties(H5Dget_create_plist(object), &H5Pclose);
-  if (!properties.is_open()) return nullptr; // the NetCDF library will fail on it, too
+  if (!properties.is_open()) return nullptr; // the NetCDF library will fail on it too
   if (H5Pget_layout(properties.get()) == H5D_VIRTUAL) return "is a virtual data set";
   return H5Pget_external_count(properties.get()) > 0 ? "has external storage" : nullptr;
 }
 
-// Called for every link of the file. Returns other than 0 to stop.
+// Called for every link in the file. A result other than 0 ends the visit.
 herr_t look_at(hid_t group, const char* name, const H5L_info_t* link, void* finding) {
   const char* kind = nullptr;
   if (link->type == H5L_TYPE_HARD) {
     const Handle object(H5Oopen(group, name, H5P_DEFAULT), &H5Oclose);
     if (object.is_open()) kind = storage_elsewhere(object.get());
   } else if (link->type != H5L_TYPE_SOFT) {
-    kind = "is an external link"; // or one of a kind that only a plug-in knows
+    kind = "is an external link"; // or a link type that only a plug-in knows
   }
   if (!kind) return 0;
   static_cast<Finding*>(finding)->cause = shown(name) + " " + kind;

@@ -1,4 +1,4 @@
-// A file that can't serve.
+// Thrown when a file is unusable.
 #ifndef REFERENCE_ENGINE_HYD_HELPER_REFUSAL_H
 #define REFERENCE_ENGINE_HYD_HELPER_REFUSAL_H
 
@@ -7,7 +7,7 @@
 namespace reference_engine::hyd {
 
 struct Refusal {
-  std::string cause; // continues a sentence that begins with the file's name; without a full stop
+  std::string cause; // continues a sentence that begins with the file name; no full stop
 };
 
 [[noreturn]] inline void refuse(std::string cause) {

@@ -1,4 +1,4 @@
-// The names of CSV results. They come with the model, from whoever made it, and must not lead out of its folder.
+// Names of CSV results. They come with the model, which may be someone else's, and must not lead out of its folder.
 #ifndef REFERENCE_ENGINE_OUTPUT_CSV_NAME_H
 #define REFERENCE_ENGINE_OUTPUT_CSV_NAME_H
 
@@ -10,11 +10,11 @@
 
 namespace reference_engine {
 
-// Why `name` can't be the end of a result's name, as in "the name \"a/b\" has a path separator"; empty when it can. An
-// empty name can: it stands for the variable's number.
+// Why `name` can't be the end of a result name, as in "the name \"a/b\" has a path separator"; empty if it can. An
+// empty name is allowed: the variable's number is used instead.
 std::string csv_name_fault(std::string_view name);
 
-// The file of a variable's results: in the folder of `base`, beginning with its name. Throws InputError.
+// The result file of a variable: in the folder of `base`, with its name as prefix. Throws InputError.
 std::filesystem::path csv_result_name(const std::filesystem::path& base, const OutputVariable& variable);
 
 } // namespace reference_engine

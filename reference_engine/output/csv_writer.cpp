@@ -1,4 +1,4 @@
-// Comma-separated results: one file for each variable; first column the time, then one column for each segment.
+// Comma-separated results: one file per variable, with the time in the first column, then one column per segment.
 #include "core/errors.h"
 #include "core/text.h"
 #include "output/csv_name.h"
@@ -15,13 +15,13 @@ namespace reference_engine {
 
 namespace {
 
-// A name that a spreadsheet would take for a formula, which may start programs there, gets an apostrophe, which makes a
-// text of it. Quotes alone don't: a quoted formula is still one. Vesk's own reader of tables drops it.
+// A spreadsheet would evaluate a name that looks like a formula, and formulas can start programs. A leading apostrophe
+// makes it a text; quotes alone do not. Vesk's own table reader drops the apostrophe.
 std::string as_text(const std::string& name) {
   return name.empty() || std::string_view("=+-@\t\r").find(name.front()) == std::string_view::npos ? name : "'" + name;
 }
 
-// RFC 4180: quotes around what holds a separator, and quotes doubled.
+// RFC 4180: a field with a separator is put in quotes, and quotes in it are doubled.
 std::string quoted(const std::string& field) {
   if (field.find_first_of(",\"\r\n") == std::string::npos) return field;
   std::string out = "\"";
@@ -32,7 +32,7 @@ std::string quoted(const std::string& field) {
   return out + '"';
 }
 
-// A name that several segments bear gets the segment's number.
+// A name shared by several segments gets the segment's number.
 std::string header(const std::vector<std::string>& segments) {
   std::map<std::string, int> uses;
   for (const std::string& name : segments) ++uses[name];
@@ -88,7 +88,7 @@ private:
   };
 
   static void check(const File& file) {
-    if (!file.stream) throw WriteError(file.file.final_name().string(), errno); // of the write that failed
+    if (!file.stream) throw WriteError(file.file.final_name().string(), errno); // the errno of the write that failed
   }
 
   Moment start_;

@@ -14,12 +14,12 @@ struct Moment {
   std::int32_t hour = 0, minute = 0, second = 0;
 
   bool is_valid() const;
-  // Whether the moment so many days later is a date that the front end can hold, first_date to last_date. False for
-  // days that are not finite.
+  // Whether the time `days` later is within first_date to last_date, the dates that the front end can hold. False
+  // unless `days` is finite.
   bool reaches(double days) const;
-  Moment after(double days) const; // to the nearest second; only what it reaches
+  Moment after(double days) const; // to the nearest second; only if reaches(days)
   double days_since(const Moment& other) const;
-  // "2007-10-01T06:30:00" with 'T' between date and time.
+  // "2007-10-01T06:30:00", with `between` between date and time.
   std::string iso(char between = 'T') const;
 };
 

@@ -1,5 +1,5 @@
-// NetCDF results by the CF conventions 1.10: dimensions time and segment, one variable for each output, segment names
-// as labels (CF section 6.1). The 64-bit offset form appends a whole print time at once and is read everywhere.
+// NetCDF results following the CF conventions 1.10: dimensions time and segment, one variable per output, segment names
+// as labels (CF section 6.1). The 64-bit offset format appends each print time in one piece and is widely readable.
 #include "core/errors.h"
 #include "core/text.h"
 #include "output/output_file.h"
@@ -16,7 +16,7 @@ namespace reference_engine {
 
 namespace {
 
-// A NetCDF name of letters, digits and underscores that begins with a letter and is not yet taken.
+// A NetCDF name of letters, digits and underscores that begins with a letter and is not in use yet.
 std::string variable_name(const OutputVariable& variable, const std::vector<std::string>& taken) {
   std::string name;
   for (const char c : variable.name) name += std::isalnum(static_cast<unsigned char>(c)) != 0 ? c : '_';
@@ -74,7 +74,7 @@ public:
 private:
   void check(int status) const {
     if (status == NC_NOERR) return;
-    if (status > 0) throw WriteError(file_.final_name().string(), status); // a number of the system
+    if (status > 0) throw WriteError(file_.final_name().string(), status); // a system error number
     throw WriteError(file_.final_name().string(), std::string(nc_strerror(status)));
   }
   void attribute(int variable, const char* name, const std::string& value) {
@@ -119,7 +119,7 @@ private:
     attribute(NC_GLOBAL, "history", now() + " written by the bundled engine of Vesk");
     int old_fill = 0;
     check(nc_set_fill(id_, NC_NOFILL, &old_fill)); // every value is written
-    // Room in the header for what is added at the end, so that nothing has to be moved then.
+    // Reserves room in the header for attributes added at the end, so that no data has to be moved then.
     constexpr std::size_t alignment = 4;
     check(nc__enddef(id_, notes_size, alignment, 0, alignment));
     std::string letters;

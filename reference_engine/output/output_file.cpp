@@ -16,7 +16,7 @@ namespace reference_engine {
 
 namespace {
 
-// Letters, digits and underscores alone, so that the parts of a name can be told apart.
+// Only letters, digits and underscores, so that the parts of a file name can be told apart.
 std::string host_name() {
   constexpr std::size_t longest = 32;
   char name[256] = "";
@@ -50,7 +50,7 @@ OutputFile::~OutputFile() {
   close(file_);
 }
 
-// False where that fails, with errno.
+// False on failure, with the cause in errno.
 bool OutputFile::create(const std::filesystem::path& base) {
   part_ = text(base.string(), ".part-", host_name(), "-", getpid(), "-", random_digits());
   file_ = open(part_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);

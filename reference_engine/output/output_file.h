@@ -1,4 +1,4 @@
-// A file that appears under its name only when it is whole.
+// A file that appears under its final name only when it is complete.
 #ifndef REFERENCE_ENGINE_OUTPUT_OUTPUT_FILE_H
 #define REFERENCE_ENGINE_OUTPUT_OUTPUT_FILE_H
 
@@ -6,20 +6,20 @@
 
 namespace reference_engine {
 
-// Until it is whole the file has a name that nobody can know before: that of `base`, then ".part-HOST-PROCESS-" and 16
-// random hexadecimal digits. It is created there, never opened, so that no link and no other file is written to. Write
-// to `temporary`, close, then `publish`, which replaces an older file or link. A file that is not published is removed;
-// when the process is killed, it stays for the front end to remove, which knows whether another process still writes
+// Until then the file has an unpredictable name: `base`, then ".part-HOST-PROCESS-" and 16 random hexadecimal digits.
+// It is always newly created, so nothing is ever written through a link or into an existing file. Write to `temporary`,
+// close, then call `publish`, which replaces an older file or link. A file that is not published is removed. If the
+// process is killed, the file remains until the front end, which knows whether a process still writes to it, removes
 // it.
 class OutputFile {
 public:
-  // base, final_name: in one folder; base is what the names of all files of a run begin with. Throws WriteError.
+  // base, final_name: in the same folder; base is the common prefix of all files of a run. Throws WriteError.
   OutputFile(const std::filesystem::path& base, std::filesystem::path final_name);
   ~OutputFile();
   OutputFile(const OutputFile&) = delete;
   OutputFile& operator=(const OutputFile&) = delete;
 
-  // For opening and writing, whatever becomes of the name on the disk meanwhile; it is no name to rename or delete.
+  // For opening and writing, even if the file has been renamed on disk. Do not rename or delete this path.
   std::filesystem::path temporary() const;
   const std::filesystem::path& final_name() const { return final_; }
   void publish(); // throws WriteError
@@ -27,8 +27,8 @@ public:
 private:
   bool create(const std::filesystem::path& base);
 
-  std::filesystem::path final_, part_; // part_: on the disk; empty when published
-  int file_ = -1;                      // open for as long as this object is there
+  std::filesystem::path final_, part_; // part_: on the disk; empty once published
+  int file_ = -1;                      // open for the life of the object
 };
 
 } // namespace reference_engine

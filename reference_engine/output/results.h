@@ -1,4 +1,4 @@
-// The results of a run: what they are, and the writers of their forms.
+// The results of a run: what they contain, and a writer for each format.
 #ifndef REFERENCE_ENGINE_OUTPUT_RESULTS_H
 #define REFERENCE_ENGINE_OUTPUT_RESULTS_H
 
@@ -15,26 +15,26 @@ namespace reference_engine {
 struct OutputVariable {
   int isc = 0;
   std::string name;        // short
-  std::string description; // for people
-  std::string units;       // UDUNITS where the catalogue is careful
-  std::string csv_file;    // name to add to the results' base
+  std::string description; // for people to read
+  std::string units;       // UDUNITS, if the catalogue follows it
+  std::string csv_file;    // appended to the base of the results
 };
 
 struct RunDescription {
-  std::string title, source; // free texts
+  std::string title, source; // free text
   Moment start;
   std::vector<std::string> segments; // names
 };
 
-// Takes one variable after the other at each print time. Nothing appears under the final names before `publish`.
-// All throw WriteError when a file can't be written.
+// Takes one variable after the other at each print time. Nothing appears under the final names before `publish`. All
+// functions throw WriteError when a file can't be written.
 class ResultWriter {
 public:
   virtual ~ResultWriter() = default;
   virtual void begin_time(double days) = 0;
-  // values: one a segment; not-a-number where there is none.
+  // values: one per segment; not-a-number if there is none.
   virtual void write(std::size_t variable, std::span<const double> values) = 0;
-  // Adds a text about the whole run, where the form has a place for it. At most `notes_size` bytes with the names.
+  // Adds a text about the whole run, if the format supports it. At most `notes_size` bytes in all, names included.
   virtual void annotate(const std::string& /*name*/, const std::string& /*text*/) {}
   virtual void publish() = 0;
 
@@ -44,7 +44,7 @@ public:
 // `base` with ".nc" added.
 std::unique_ptr<ResultWriter> make_netcdf_writer(const std::filesystem::path& base, const RunDescription& run,
                                                  const std::vector<OutputVariable>& variables);
-// `base`, "_" and the variable's own name for each.
+// For each variable `base`, "_" and the variable's own name.
 std::unique_ptr<ResultWriter> make_csv_writer(const std::filesystem::path& base, const RunDescription& run,
                                               const std::vector<OutputVariable>& variables);
 

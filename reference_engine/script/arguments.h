@@ -1,4 +1,4 @@
-// The value of one call, with room for each kind.
+// The argument values of one call, for each kind of keyword.
 #ifndef REFERENCE_ENGINE_SCRIPT_ARGUMENTS_H
 #define REFERENCE_ENGINE_SCRIPT_ARGUMENTS_H
 
@@ -20,7 +20,7 @@ constexpr std::size_t index_count(const Keyword& row) {
   return count;
 }
 
-// Words that a value of this kind takes.
+// The number of words in a value of this kind.
 constexpr std::size_t word_count(ValueKind kind) {
   switch (kind) {
   case ValueKind::point: return 2;
@@ -34,7 +34,7 @@ struct Value {
   std::array<float, 2> reals{};
   std::string text;
 
-  // The addresses of indices and value, as the callback wants them. For a GET `text` must have room.
+  // The addresses of indices and value, as the callback expects them. For a GET, `text` must be large enough.
   Host::Arguments arguments(const Keyword& row, Indices& indices) {
     Host::Arguments result{};
     std::size_t next = 0;
@@ -52,7 +52,7 @@ struct Value {
   }
 };
 
-// How many items the index `k` of a row has, below the indices before it. `indices` as a GET takes them.
+// How many items index `k` of a row has, below the indices before it. `indices`: as for a GET.
 inline std::int32_t items(Host& host, const Keyword& row, std::size_t k, Indices indices) {
   const Index& index = *row.indices[k];
   if (index.count.empty()) return index.fixed;

@@ -21,7 +21,7 @@ public:
 
   void write(const Keyword& row) { write_below(row, 0, {}, {}); }
 
-  // After all rows.
+  // Call it after all rows.
   void tell_of_values_that_no_import_takes(const std::string& file) {
     if (not_finite_ > 0)
       host_.warning(text(file, ": ", not_finite_, not_finite_ == 1 ? " value is" : " values are",
@@ -30,7 +30,7 @@ public:
   }
 
 private:
-  // positions: as a GET takes the indices. numbers: as a PUT takes them.
+  // positions: the indices as a GET takes them. numbers: as a PUT takes them.
   void write_below(const Keyword& row, std::size_t depth, Indices positions, Indices numbers) {
     if (depth == index_count(row)) return write_line(row, positions, numbers);
     const Index& index = *row.indices[depth];

@@ -17,17 +17,17 @@ namespace {
 
 using Item = std::int32_t;
 constexpr Item flow_fields = 6, exchange_fields = 2;
-// Compared bit by bit, since a series may hold not-a-number too.
+// Compared bit by bit, since a series may contain not-a-number too.
 constexpr std::uint32_t untouched = 0x7fc5ee0d;
 
-// A kind of series, by the keywords that tell its points.
+// A kind of series, by the keywords that read its points.
 struct SeriesKind {
   const char* points;
   const char* point;
 };
 
 // Interpolation has no keyword, so the front end is asked for each series' value between two of its points: a linear
-// one is then between their values, a step series still at the first.
+// series is then between their values, a step series still has the first.
 class Probe {
 public:
   explicit Probe(Host& host) : host_(host) {
@@ -44,15 +44,15 @@ public:
     lend("ALLEXCHANGEDATA", exchanges_);
   }
 
-  // Asks for the values of all series in one sweep forwards: the front end's cursors never go back, so a moment that
-  // lies before one already asked for would be answered from the wrong points.
+  // Asks for the values of all series in one forward sweep. The front end's cursors never go back, so a time before one
+  // already asked for would be answered from the wrong points.
   void ask() {
     note_time_functions();
     note_records("load", "NOWK", "IWK", {"NBWK", "LOADFUNC"}, loads_);
     note_records("boundary", "NOBC", "IBC", {"NBFP", "BOUNDFUNC"}, boundaries_);
     note_fields("flow", flow_fields, "NINQ", {"NBRKQ", "NOQFUNC"}, flows_);
     note_fields("exchange", exchange_fields, "NTEX", {"NOBRKS", "NORFUNC"}, exchanges_);
-    if (questions_.empty()) questions_[0]; // any moment shows which fields are in use
+    if (questions_.empty()) questions_[0]; // any time shows which fields are in use
     for (auto& [days, series] : questions_) {
       host_.stop_if_cancelled();
       float moment = days;
@@ -65,7 +65,7 @@ public:
 
   // After `ask`.
   const std::vector<std::string>& step_series() const { return step_series_; }
-  // Fields with functions that the front end leaves alone. After `ask`.
+  // Fields that have functions but are not written by the front end. After `ask`.
   std::vector<std::string> unused_fields() {
     std::vector<std::string> names;
     const auto look = [&](const char* what, Item fields, const char* count, const std::vector<float>& values) {
@@ -95,7 +95,7 @@ private:
     if (!values.empty()) host_.put(keyword, Host::Arguments{values.data()});
   }
 
-  // Finds the first two points with different values and a moment between them.
+  // Finds the first two points with different values and a time between them.
   template <class... Parent>
   void note(std::string name, SeriesKind kind, const float* value, Parent... parents) {
     const Item count = host_.count(kind.points, parents...);
@@ -127,7 +127,7 @@ private:
     }
   }
 
-  // Of two records on one segment the later one is seen in the array, so only the last is asked for.
+  // If two records are on one segment, the array holds the later one, so only the last is asked for.
   void note_records(const char* what, const char* count, const char* segment_of, SeriesKind kind,
                     const std::vector<float>& values) {
     const Item systems = host_.count("NUMSYS");
@@ -160,7 +160,7 @@ private:
 
   Host& host_;
   std::vector<float> functions_, loads_, boundaries_, flows_, exchanges_;
-  std::map<float, std::vector<Series>> questions_; // by the moment to ask for
+  std::map<float, std::vector<Series>> questions_; // by the time to ask for
   std::vector<std::string> step_series_;
 };
 

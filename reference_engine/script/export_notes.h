@@ -1,4 +1,4 @@
-// What a data set holds that an .inp file can't carry.
+// Lists the parts of a data set that an .inp file can't contain.
 #ifndef REFERENCE_ENGINE_SCRIPT_EXPORT_NOTES_H
 #define REFERENCE_ENGINE_SCRIPT_EXPORT_NOTES_H
 
@@ -6,7 +6,7 @@
 
 namespace reference_engine {
 
-// One info line for each kind of thing that is lost.
+// One info line for each kind of loss.
 void tell_what_is_left_out(Host& host);
 
 } // namespace reference_engine

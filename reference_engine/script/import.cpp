@@ -26,7 +26,7 @@ struct Statement {
   Value value;
 };
 
-// Without the mark that some editors put before UTF-8.
+// Skips the byte order mark that some editors put before UTF-8.
 std::string read_file(const std::string& name) {
   std::ifstream in(name, std::ios::binary);
   std::ostringstream content;
@@ -59,7 +59,7 @@ const char* description(Form form) {
   throw InputError(text("expected ", expected, ", found \"", found.text, "\""));
 }
 
-// Turns one line into a statement; none for a line without words. Throws InputError with the cause alone.
+// Turns one line into a statement, or none if it has no words. Throws InputError with only the cause.
 bool parse_line(std::string_view line, Form form, Statement& statement) {
   const std::vector<Word> words = split_line(line);
   if (words.empty()) return false;
@@ -137,7 +137,8 @@ private:
     if (statements_.empty()) throw InputError(text(file_, ": contains no keyword."));
   }
 
-  // A state of another network is refused; one of another time may be wanted, to start a run from a likely state.
+  // A state of another network is refused. One of another time only gets a warning: users may want to start a run from
+  // a likely state.
   void check_label(const std::string& content) {
     std::optional<RestartLabel> label;
     try {
@@ -157,8 +158,8 @@ private:
                          start.iso(' '), ". To continue the run that wrote it, set the start to that date and time."));
   }
 
-  // The model comes first, since choosing it empties the data set. Outputs are on in a new data set; the file names
-  // those that it wants.
+  // The model comes first, since choosing it empties the data set. A new data set has all outputs on; the file lists
+  // the ones to keep.
   void switch_outputs_off_after_model() {
     Statement& first = statements_.front();
     const auto is_model = [](const Statement& it) { return it.row->name == "MODELTYPE"; };
@@ -173,7 +174,7 @@ private:
     switch_off("NUMCSVOP", "CSVOPISC", "CSVOPENABLED");
   }
 
-  // Only what is on can be seen, so the first one is switched off until none is left.
+  // Only outputs that are on are listed, so the first one is switched off until none is left.
   void switch_off(std::string_view count, std::string_view isc, std::string_view enabled) {
     for (std::int32_t left = host_.integer(count); left > 0; --left) {
       std::int32_t number = host_.integer(isc, 1), off = 0;
@@ -186,13 +187,13 @@ private:
     for (std::size_t k = 0; k < index_count(row); ++k) check_index(statement, k);
     check_value(statement);
     host_.put(row.name, statement.value.arguments(row, statement.indices));
-    if (row.range == Range::date || row.range == Range::time_of_day) start_.reset(); // perhaps another one now
+    if (row.range == Range::date || row.range == Range::time_of_day) start_.reset(); // may have changed
     if (row.range == Range::size && index_count(row) > 0 && !row.indices[0]->isc.empty())
       sizes_[{row.name, statement.indices[0]}] = statement.value.integers[0];
   }
 
-  // The front end does not look at indices, so a wrong one must not get there. An ISC number is looked up there, and
-  // one that the model lacks changes nothing.
+  // The front end does not check indices, so a wrong one must not get there. It does look up ISC numbers, and one that
+  // the model lacks changes nothing.
   void check_index(const Statement& statement, std::size_t k) const {
     const Keyword& row = *statement.row;
     const Index& index = *row.indices[k];
@@ -252,8 +253,8 @@ private:
   Form form_;
   std::vector<Statement> statements_;
   std::size_t next_ = 0;
-  std::optional<Moment> start_;                                             // of the data set; none: not yet asked for
-  std::map<std::pair<std::string_view, std::int32_t>, std::int32_t> sizes_; // put below ISC numbers, by size keyword
+  std::optional<Moment> start_;                                             // of the data set; none: not read yet
+  std::map<std::pair<std::string_view, std::int32_t>, std::int32_t> sizes_; // sizes put, by size keyword and ISC number
 };
 
 } // namespace

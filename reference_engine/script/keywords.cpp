@@ -165,7 +165,7 @@ constexpr char capital(char letter) {
   return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
 }
 
-// Letters to insert, drop or change to make one word of another (Wagner and Fischer, 1974).
+// Letters to insert, drop or change to turn one word into another (Wagner and Fischer, 1974).
 std::size_t distance(std::string_view from, std::string_view to) {
   std::vector<std::size_t> row(to.size() + 1);
   std::iota(row.begin(), row.end(), std::size_t{0});
@@ -196,10 +196,10 @@ const Keyword* find_keyword(std::string_view name, Form form) {
 }
 
 std::string_view nearest_keyword(std::string_view name, Form form) {
-  constexpr std::size_t longest_compared = 64; // a keyword is shorter; more of a wild one tells nothing
+  constexpr std::size_t longest_compared = 64; // longer than any keyword
   const std::string_view head = name.substr(0, longest_compared);
   std::string_view nearest;
-  std::size_t fewest = head.size() / 3 + 1; // more would tell nothing
+  std::size_t fewest = head.size() / 3 + 1; // a match with more edits would be meaningless
   for (const Keyword& row : rows) {
     const std::size_t letters = (row.forms & form) != 0 ? distance(head, row.name) : fewest;
     if (letters >= fewest) continue;

@@ -10,8 +10,8 @@ namespace reference_engine {
 
 namespace {
 
-// Windows-1252 from 0x80 to 0x9f; its other bytes are code points of their own (Unicode's CP1252.TXT). Bytes without a
-// character stand for the control characters of the same number.
+// Windows-1252 from 0x80 to 0x9f; its other bytes equal their code points (Unicode's CP1252.TXT). Unassigned bytes map
+// to the control characters of the same number.
 constexpr std::array<char32_t, 32> windows_1252 = {0x20ac, 0x81,   0x201a, 0x0192, 0x201e, 0x2026, 0x2020, 0x2021,
                                                    0x02c6, 0x2030, 0x0160, 0x2039, 0x0152, 0x8d,   0x017d, 0x8f,
                                                    0x90,   0x2018, 0x2019, 0x201c, 0x201d, 0x2022, 0x2013, 0x2014,
@@ -34,7 +34,8 @@ void append_utf8(std::string& out, char32_t code) {
   byte(0x80 | (code & 0x3f));
 }
 
-// Bytes of the valid UTF-8 sequence at the head of a text, 0 for none (RFC 3629: no overlong forms, no surrogates).
+// Length of the valid UTF-8 sequence at the start of a text, 0 if there is none (RFC 3629: no overlong forms, no
+// surrogates).
 std::size_t utf8_length(std::string_view text) {
   const auto at = [&](std::size_t k) { return k < text.size() ? static_cast<unsigned char>(text[k]) : 0u; };
   const auto follows = [&](std::size_t k) { return (at(k) & 0xc0) == 0x80; };
@@ -71,7 +72,7 @@ std::string as_utf8(std::string_view bytes) {
   return out;
 }
 
-// Reads one JSON string (RFC 8259) from behind its opening quote, and moves `rest` behind its closing one.
+// Reads one JSON string (RFC 8259), beginning after its opening quote, and moves `rest` past its closing one.
 class StringReader {
 public:
   explicit StringReader(std::string_view& rest) : rest_(rest) {}

@@ -1,4 +1,4 @@
-// The hourglass for the length of a block.
+// Shows the hourglass until the end of a block.
 #pragma once
 
 #include "app/user_interface.h"

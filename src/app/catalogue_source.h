@@ -1,4 +1,4 @@
-// Where the program's catalogue comes from: the tables in its database folder.
+// The source of the program's catalogue: the tables in its database folder.
 #pragma once
 
 #include "dataset/catalogue.h"
@@ -13,14 +13,14 @@ class catalogue_source {
 public:
   explicit catalogue_source(std::filesystem::path directory) : directory_(std::move(directory)) {}
 
-  // `database/` beside the executable, else <prefix>/share/vesk/database/.
+  // `database/` next to the executable, otherwise <prefix>/share/vesk/database/.
   static std::filesystem::path default_directory();
 
   const std::filesystem::path& directory() const { return directory_; }
   void set_directory(std::filesystem::path directory) { directory_ = std::move(directory); }
 
-  // The catalogue from `catalogue.sqlite` if the folder has one, else from its Paradox tables. Read at the first call,
-  // and again when the folder or any of these files has changed since. Throws catalogue_exception.
+  // The catalogue from `catalogue.sqlite` if the folder has one, otherwise from its Paradox tables. Read at the first
+  // call, and again if the folder or any of these files has changed since. Throws catalogue_exception.
   std::shared_ptr<const model_catalogue> get();
 
 private:

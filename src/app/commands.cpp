@@ -78,7 +78,7 @@ constexpr command_row rows[] = {
     {"TimeFunctionsToolButton", ready, &form::TimeFunctionsItemClick},
     {"PrintIntervalItem", ready, &form::PrintIntervalItemClick},
     {"PrintIntervalToolButton", ready, &form::PrintIntervalItemClick},
-    {"TimestepItem", ready, &form::TimestepItemClick}, // beside the print intervals, and under their condition
+    {"TimestepItem", ready, &form::TimestepItemClick}, // next to the print intervals, with the same condition
     {"OutputcontrolMenuItem", ready, &form::OutputcontrolItemClick},
     {"OutputControlToolButton", ready, &form::OutputcontrolItemClick},
 

@@ -1,4 +1,4 @@
-// The commands of the main window as tables: what each control is bound to, when it is enabled, and its position.
+// The commands of the main window as tables: the handler of each control, when it is enabled, and its position.
 #pragma once
 
 #include "app/user_interface.h"
@@ -10,7 +10,7 @@ namespace vesk {
 
 class TPreveskMainForm;
 
-// When a control is enabled. `unmanaged` ones are never touched: they follow their menu.
+// When a control is enabled. `unmanaged` controls are never changed: they follow their menu.
 enum class command_condition {
   unmanaged,
   always,
@@ -26,8 +26,8 @@ enum class command_condition {
 
 bool is_enabled(command_condition condition, const command_conditions& now);
 
-// What Undo and Redo show beside the name of the command: the step, such as "Open river.vki". Without one they are
-// disabled, and the tool tip says so.
+// The texts of Undo and Redo, which include the step, such as "Open river.vki". Without a step they are disabled, and
+// the tool tip says so.
 struct step_words {
   std::string caption;  // of the menu item, "&Undo" without a step; "&" in the step is doubled
   std::string tool_tip; // in words
@@ -59,7 +59,7 @@ struct menu_row {
 std::span<const menu_row> main_menu(); // PreveskMainMenu, the window's menu once it has been shown
 std::span<const menu_row> fenn_menu(); // FennMainMenu, the short one that it is created with
 
-// One button of the tool bar, in order.
+// A button of the tool bar, in order.
 struct tool_row {
   std::string_view name; // of the control; empty for a gap
   int image = 0;         // position in the tool bar's images
@@ -68,8 +68,8 @@ struct tool_row {
 
 std::span<const tool_row> tool_bar();
 
-// What the run button and its two menu items show, depending on whether a run is active. Before the first run the
-// button has the hint of the tool bar's table.
+// The appearance of the run button and its two menu items, which depends on whether a run is active. Before the first
+// run the button has the hint of the tool bar's table.
 struct run_face {
   int image;                // of RunModelButton
   std::string_view hint;    // of RunModelButton

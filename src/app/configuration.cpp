@@ -53,7 +53,7 @@ void registry_configuration::read(std::string_view name, bool& value) const {
 
 template <class Self, class Visit>
 void configuration::each_value(Self& self, Visit visit) {
-// The name of a value is the name of its member.
+// The stored name of a value is the name of its member.
 #define VESK_SETTING(member) visit(#member, self.member)
   VESK_SETTING(ApplicationName);
   VESK_SETTING(EditionName);

@@ -1,5 +1,5 @@
-// The stored settings: text values under one key per user, read once at the start and written once at the end. Several
-// programs may do so at the same time.
+// The stored settings: text values under one key per user, read once at program start and written once at the end,
+// possibly by several programs at the same time.
 #pragma once
 
 #include "platform/settings_file.h"
@@ -12,31 +12,31 @@
 
 namespace vesk {
 
-// The store behind the settings: one section, named by company, product and version.
+// The storage of the settings: one section, named by company, product and version.
 class registry_configuration {
 public:
   virtual ~registry_configuration() = default;
 
-  // Whether the administration menu is shown. Read from the store, never written.
+  // Whether the administration menu is shown. Read from the file, never written.
   virtual bool administration_mode() const { return AdministrationMode; }
 
 protected:
   registry_configuration(std::string_view company, std::string_view product, std::string_view version,
                          const std::filesystem::path& file);
 
-  // Each leaves `value` unchanged when nothing is stored. A flag or number is converted from the leading digits
-  // of the text, so that a text without any is 0. An empty text counts as not stored.
+  // Each leaves `value` unchanged if nothing is stored. A flag or number is converted from the leading digits of the
+  // text; without any it is 0. An empty text counts as not stored.
   void read(std::string_view name, std::string& value) const; // a text of more than 1024 bytes counts as not stored
   void read(std::string_view name, bool& value) const;
   void read(std::string_view name, int& value) const;
 
-  // The text that a value is stored as.
+  // The stored text of a value.
   static std::string text_of(const std::string& value) { return value; }
   static std::string text_of(bool value) { return value ? "1" : "0"; }
   static std::string text_of(int value) { return std::to_string(value); }
 
-  // Stores, of these values in their order, those that differ from `as_read` and those that the file lacks. Everything
-  // else in the file stays, so that what another program has saved meanwhile is kept. A failure is silent.
+  // Stores, of these values in their order, those that differ from `as_read` and those missing in the file. Everything
+  // else in the file is kept, including changes saved by other programs in the meantime. Failures are silent.
   using values = std::vector<std::pair<std::string, std::string>>; // names and texts
   void save(const values& now, const values& as_read) const;
 
@@ -45,10 +45,10 @@ protected:
 private:
   const std::string section_;
   const std::filesystem::path path_;
-  const settings_file file_; // as read
+  const settings_file file_; // the file as read
 };
 
-// All settings of the program. The shell reads and writes the fields directly.
+// All settings of the program. The shell accesses the fields directly.
 class configuration final : public registry_configuration {
 public:
   enum class access { read_and_save, read_only };
@@ -56,11 +56,12 @@ public:
   // Sets all defaults, then reads what is stored.
   explicit configuration(const std::filesystem::path& file, access granted = access::read_and_save);
 
-  // Saves what has changed since it was read or saved last, and what the file lacks, unless the settings may only be
-  // read. A failure is silent.
+  // Saves settings that have changed since they were last read or saved, and settings missing in the file, unless the
+  // settings are read-only. Failures are silent.
   void save_all();
 
-  // The picture of a number cell, by the name of its setting ("TimeStepBasicNumericField"); empty: no such setting.
+  // The picture of a number cell, by the name of its setting ("TimeStepBasicNumericField"); empty if there is no such
+  // setting.
   std::string number_format(std::string_view name) const;
 
   std::string ApplicationName = "TALMO VESK";
@@ -75,7 +76,7 @@ public:
   int MainFormHeight = 0;
   int MainFormWindowState = 0; // 0 normal, 1 minimised, 2 maximised
   bool RunTimeGridAlwaysVisible = false;
-  int UndoMegabytes = 0; // memory for the steps of Undo; 0: as much as suits the machine. Saved once it was changed.
+  int UndoMegabytes = 0; // memory for the steps of Undo; 0: chosen by memory size. Saved only after a change.
 
   // The entry pictures of the grids' fields: "#" a digit, "E" a position in exponent style.
   std::string EditProjectBasicNumericField = "#######.###";
@@ -103,12 +104,12 @@ public:
   std::string SegmentsVolumeConversionFactorPictureField = "EEEEEEE.EEEEEEE";
   std::string SegmentsVolumeScaleFactorPictureField = "EEEEEEE.EEEEEEE";
 
-  // Ends in a separator. The default folder is stored as an empty text, so that it is found again after the programs
-  // were moved.
+  // Ends in a separator. The default folder is stored as an empty text, so that it is still found if the programs have
+  // moved.
   std::string DatabaseDir;
 
 private:
-  // Calls `visit(name, member)` for every stored value but DatabaseDir, in the order of reading and writing.
+  // Calls `visit(name, member)` for every stored value except DatabaseDir, in the order of reading and writing.
   template <class Self, class Visit>
   static void each_value(Self& self, Visit visit);
   values all_values();

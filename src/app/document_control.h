@@ -1,7 +1,7 @@
-// The data set being edited: its snapshot, its file, and the history that Undo goes back through.
+// The data set being edited: its snapshot, its file, and its Undo history.
 //
-// There is no dirty flag: New, Open and Import replace the data set without asking. There are two questions: the one
-// before a project is opened, and the one before saving replaces a file that is not the data set's origin.
+// There is no dirty flag: New, Open and Import replace the data set without asking. Only two actions ask first: opening
+// a project, and saving over a file that is not the data set's origin.
 #pragma once
 
 #include "app/catalogue_source.h"
@@ -21,47 +21,47 @@ namespace vesk {
 // Main thread only.
 class document_control {
 public:
-  // All three must outlive it. `history_limit`: bytes of all steps together.
+  // All three must outlive it. `history_limit`: bytes for all steps together.
   document_control(user_interface& ui, main_form_services& form, catalogue_source& catalogue,
                    std::size_t history_limit);
 
   std::unique_ptr<prevesk_dataset_data_type> current_data_set;
-  std::unique_ptr<prevesk_dataset_data_type> backup_data_set; // the snapshot; null exactly when the other is
+  std::unique_ptr<prevesk_dataset_data_type> backup_data_set; // the snapshot; null exactly if the other one is
   std::string file_name;                                      // of the data set; empty for a new one
   std::string import_file_name;                               // of the last import or export
 
   void commit_snapshot();
   void restore_snapshot();
 
-  // Files. A failure is reported in a box and counted.
+  // Files. A failure is shown in a box and counted.
   void new_data_set();
   void ask_and_open();
-  void open_file(const std::string& name); // a data file or a project, by its extension
+  void open_file(const std::string& name); // a data file or a project, depending on its extension
   void ask_and_open_project();
   bool open_project_file(const std::string& name);
-  // Saves to file_name. Asks for a name if there is none, and before it replaces a file that is not the data set's
-  // origin. True when it was saved.
+  // Saves to file_name. Asks for a name if there is none, and before replacing a file that is not the data set's
+  // origin. True if saved.
   bool save();
   bool ask_name_and_save();
-  // Saves to `name`, with ".vki" appended to a name without it, and replaces an existing file. True when it was saved.
+  // Saves to `name`, with ".vki" appended if missing; replaces an existing file. True if saved.
   bool save_as(const std::string& name);
-  // Files that were opened without a part of their content: of a newer version, or of a model that the catalogue lacks.
+  // Number of opened files that were only partly read: of a newer version, or of a model that the catalogue lacks.
   int files_partly_read() const { return files_partly_read_; }
 
-  // Replaces the data set by an empty one of the catalogue's first model. Throws catalogue_exception and then leaves
-  // everything as it was.
+  // Replaces the data set by an empty one for the catalogue's first model. Throws catalogue_exception; then nothing
+  // changes.
   void begin_document(const std::string& its_file_name, const std::string& its_import_file_name);
-  // Gives the open data set the catalogue of the present folder, if that can be read.
+  // Gives the open data set the catalogue of the current database folder, if it can be read.
   void take_present_catalogue();
 
-  // Replacing. Everything that exchanges the current data set goes through `replace`.
+  // Replacement. Every change to another current data set goes through `replace`.
   document present() const; // there must be a data set
-  // `with_caption`: the title follows. It does not after a failed Open.
+  // `with_caption`: also updates the title, which is not wanted after a failed Open.
   void replace(document next, bool with_caption = true);
-  void take_content(const prevesk_dataset_data_type& content); // names and number stay
+  void take_content(const prevesk_dataset_data_type& content); // keeps names and number
   std::uint64_t generation() const { return generation_; }     // raised by each replacement
-  // After a question to the user: true when a job's end has replaced the data set meanwhile. An info line then says so,
-  // and what was not done.
+  // After a question to the user: true if the end of a job has replaced the data set in the meantime. An info line then
+  // says so, and what was not done.
   bool is_replaced_since(std::uint64_t generation, const std::string& what_was_left);
   std::uint64_t document_number() const { return document_number_; }
   std::uint64_t new_document_number() { return ++last_document_; }
@@ -75,7 +75,7 @@ public:
   std::string redo_label() const { return steps_.redo_label(); }
   void undo();
   void redo();
-  // Does `work` as one step. Adds none if `work` replaced nothing, or if there was no data set before.
+  // Performs `work` as one step. Adds no step if `work` replaced nothing, or if there was no data set before.
   void as_step(const std::string& label, const std::function<void()>& work);
   void add_step(document before, const std::string& label, const std::string& merge_key = {});
   // One operation of an editor; see editor_host.
@@ -83,8 +83,8 @@ public:
   void end_step(bool completed);
 
 private:
-  enum class load_result { loaded, cannot_open, refused }; // refused: data set and name are as they were
-  // A member of a project that cannot be opened is refused without a message.
+  enum class load_result { loaded, cannot_open, refused }; // refused: data set and name are unchanged
+  // If a member of a project cannot be opened, it is refused without a message.
   enum class load_kind { data_file, project_member };
   load_result load(const std::string& name, load_kind kind = load_kind::data_file);
   bool read_into_new_data_sets(const std::string& name, load_kind kind, reading_losses& losses);
@@ -103,7 +103,7 @@ private:
   bool keeps_history_ = true;
   std::uint64_t generation_ = 0;
   std::uint64_t document_number_ = 0; // of the current data set
-  std::uint64_t last_document_ = 0;   // the highest number given
+  std::uint64_t last_document_ = 0;   // the highest number used
   struct open_step {
     document before;
     std::string label, merge_key;

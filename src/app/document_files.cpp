@@ -20,7 +20,7 @@ const file_dialog open_dialog{file_dialog::kind::open, "",
 constexpr const char* data_file_ending = ".vki";
 const file_dialog save_dialog{file_dialog::kind::save, "", "VESK Input Files (*.vki)|*.vki", "vki", data_file_ending};
 
-// "a, b and 5 more", with at most ten of them named.
+// "a, b and 5 more"; at most ten names are listed.
 std::string enumerated(const std::vector<std::string>& names) {
   constexpr std::size_t most = 10;
   std::string text;
@@ -29,7 +29,7 @@ std::string enumerated(const std::vector<std::string>& names) {
   return text;
 }
 
-// Reads a data file. One that cannot be opened is left out when it `may_be_missing`: `opened` is false then.
+// Reads a data file. With `may_be_missing`, a file that cannot be opened is not an error; `opened` is then false.
 reading_losses read_or_miss(const std::string& name, prevesk_dataset_data_type& data, bool may_be_missing,
                             bool& opened) {
   try {
@@ -62,7 +62,7 @@ void document_control::take_present_catalogue() {
     current_data_set->set_catalogue(tables);
     backup_data_set->set_catalogue(tables);
     current_data_set->apply_thread_defaults();
-  } catch (const catalogue_exception&) { // the data set keeps its own
+  } catch (const catalogue_exception&) { // the data set keeps its current one
   }
 }
 
@@ -119,7 +119,7 @@ document_control::load_result document_control::load(const std::string& name, lo
   return load_result::loaded;
 }
 
-// The user must know what is missing from a file that was read in part before saving over it.
+// Users must know what was not read from a file before they save over it.
 void document_control::report_losses(const std::string& name, const reading_losses& losses) {
   const std::string dropped = in_words(losses.dropped);
   if (losses.newer_version != 0)
@@ -141,9 +141,8 @@ void document_control::report_losses(const std::string& name, const reading_loss
   if (losses.newer_version != 0 || (losses.model_is_unknown && losses.any())) ++files_partly_read_;
 }
 
-// Replaces both data sets, the file's name with them, unless the file is damaged: then it throws and all is as it was.
-// A file that cannot be opened (false) leaves new, empty data sets under its name; if it is a member of a project, it
-// throws, too.
+// Replaces both data sets and the file name. A damaged file throws, and nothing changes. A file that cannot be opened
+// gives new, empty data sets with its name, and false; a member of a project throws in this case too.
 bool document_control::read_into_new_data_sets(const std::string& name, load_kind kind, reading_losses& losses) {
   const busy_cursor busy(ui_);
   const prevesk_dataset_data_type empty(catalogue_.get());
@@ -152,7 +151,7 @@ bool document_control::read_into_new_data_sets(const std::string& name, load_kin
   try {
     losses = read_or_miss(name, fresh.data_set, kind == load_kind::data_file, opened);
   } catch (...) {
-    if (current_data_set) current_data_set->apply_thread_defaults(); // reading had moved them
+    if (current_data_set) current_data_set->apply_thread_defaults(); // reading has changed them
     throw;
   }
   ++last_document_;
@@ -173,7 +172,7 @@ bool document_control::save() {
   return save_to_file_name();
 }
 
-// The dialog itself asks about an existing file, under the name with the ending.
+// The dialog itself asks before replacing an existing file, with the extension already appended.
 bool document_control::ask_name_and_save() {
   const std::uint64_t generation = generation_;
   const auto name = ui_.ask_file(save_dialog);
@@ -186,8 +185,8 @@ bool document_control::save_as(const std::string& name) {
   return save_to_file_name();
 }
 
-// Whether writing `name` loses nothing without the user's knowledge: there is no such file, it is the data set's
-// origin, or the user agrees.
+// Whether writing `name` loses nothing without the user's consent: there is no such file, it is the data set's origin,
+// or the user agrees.
 bool document_control::may_replace(const std::string& name) {
   namespace fs = std::filesystem;
   std::error_code ignored;
@@ -208,7 +207,7 @@ bool document_control::save_to_file_name() {
   try {
     const busy_cursor busy(ui_);
     current_data_set->origin = save_data_file(file_name, *current_data_set);
-    current_data_set->file_version = prevesk_dataset_data_type::current_file_version(); // as it was written
+    current_data_set->file_version = prevesk_dataset_data_type::current_file_version(); // as written
     form_.update_caption();
     saved = true;
   } catch (const file_open_exception&) {

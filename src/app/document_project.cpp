@@ -1,4 +1,4 @@
-// Projects: a text file that lists a data file and the files that belong to it.
+// Projects: a text file that lists a data file and other files that belong to it.
 #include "app/document_control.h"
 #include "app/file_names.h"
 
@@ -12,7 +12,7 @@ namespace {
 
 const file_dialog project_dialog{file_dialog::kind::open, "", "ORL VESK Projects (*.VKP)|*.vkp", "vkp"};
 
-// The count in a project's first line: its leading digits, 0 without any.
+// The number in a project's first line: its leading digits, 0 if there are none.
 std::size_t leading_number(const std::string& line) {
   constexpr std::size_t enough = 1'000'000'000; // more lines than any file has
   std::size_t number = 0;
@@ -23,7 +23,7 @@ std::size_t leading_number(const std::string& line) {
   return number;
 }
 
-// A line as text mode reads it: the carriage return before the line feed belongs to the line's end.
+// A line as in text mode: a carriage return before the line feed is part of the line end.
 bool read_line(std::istream& file, std::string& line) {
   if (!std::getline(file, line)) return false;
   if (!line.empty() && line.back() == '\r') line.pop_back();
@@ -35,7 +35,7 @@ std::string absolute_member(const std::string& member, const std::string& projec
   std::error_code ignored;
   const fs::path folder = fs::absolute(project, ignored).parent_path();
   if (fs::exists(folder / member, ignored)) return (folder / member).lexically_normal().string();
-  std::string name = member; // written on a platform that separates folders by backslashes
+  std::string name = member; // from a platform that separates folders by backslashes
   for (char& c : name)
     if (c == '\\') c = '/';
   return (folder / name).lexically_normal().string();
@@ -51,7 +51,7 @@ bool document_control::open_project_file(const std::string& name) {
 
 bool document_control::read_project(const std::string& name) {
   std::error_code ignored;
-  std::ifstream file; // a pipe would wait for a writer
+  std::ifstream file; // opening a pipe would wait for a writer
   if (std::filesystem::is_regular_file(name, ignored)) file.open(name, std::ios::binary);
   std::string line;
   if (!file.is_open()) {
@@ -60,11 +60,11 @@ bool document_control::read_project(const std::string& name) {
   }
   read_line(file, line);
   if (constexpr std::string_view byte_order_mark = "\xef\xbb\xbf"; line.starts_with(byte_order_mark))
-    line.erase(0, byte_order_mark.size()); // of a text editor that writes UTF-8
+    line.erase(0, byte_order_mark.size()); // from a text editor
   const std::size_t count = leading_number(line);
   std::vector<project_component> members;
   for (std::size_t i = 0; i < count; ++i) {
-    if (!read_line(file, line)) break; // fewer lines than the count says
+    if (!read_line(file, line)) break; // fewer lines than announced
     if (line.empty()) continue;
     if (upper_extension(line) != ".VKI") {
       members.emplace_back(line);

@@ -30,7 +30,7 @@ std::string text_of(const XMLCh* text) {
   return text ? reinterpret_cast<const char*>(xc::TranscodeToStr(text, "UTF-8").str()) : "";
 }
 
-// Whatever breaks the grammar makes the whole document useless.
+// A document that does not conform to its grammar is not used at all.
 class throwing_handler final : public xc::ErrorHandler {
 public:
   void warning(const xc::SAXParseException&) override {}
@@ -57,7 +57,7 @@ const xc::DOMNode* next_node(const xc::DOMNode* node, const xc::DOMNode* root) {
   return node == root ? nullptr : node->getNextSibling();
 }
 
-// Read here and not by the library, which would turn the name into the locale's encoding.
+// Read here and not by the library, which would convert the name to the locale's encoding.
 std::string content_of(const fs::path& file) {
   std::ifstream stream(file, std::ios::binary);
   std::ostringstream content;
@@ -66,7 +66,7 @@ std::string content_of(const fs::path& file) {
   return content.str();
 }
 
-// Parses the content of a file; what the parser gives lives as long as this.
+// Parses the content of a file. The document is valid as long as this object.
 class index_parser {
 public:
   index_parser(const std::string& content, const char* name) {
@@ -74,7 +74,7 @@ public:
     limits_.setEntityExpansionLimit(most_entities);
     parser_.setValidationScheme(xc::XercesDOMParser::Val_Always);
     parser_.setDoNamespaces(true);
-    parser_.setDisableDefaultEntityResolution(true); // nothing outside the file is read
+    parser_.setDisableDefaultEntityResolution(true); // never reads outside the file
     parser_.setLoadExternalDTD(false);
     parser_.setCreateEntityReferenceNodes(false);
     parser_.setSecurityManager(&limits_);

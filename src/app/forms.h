@@ -1,4 +1,4 @@
-// The forms of the program, each one object for the life of the main form.
+// The forms of the program: one object each, for the life of the main form.
 #pragma once
 
 #include "editors/constants_form.h"
@@ -30,7 +30,7 @@ public:
   const std::string edition_name;
 };
 
-// An editor that has no window yet: a front end reports this and answers Cancel.
+// An editor without a window yet: the front end reports this and answers Cancel.
 class unbuilt_form final : public form {
 public:
   unbuilt_form(std::string_view class_name, std::string_view caption) : class_name_(class_name), caption_(caption) {}

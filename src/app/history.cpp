@@ -29,7 +29,7 @@ void history::add(document before, std::string label, const prevesk_dataset_data
     undo_.back().when = when;
     return;
   }
-  // The present may have been changed without a step since the last one, which is then measured too low.
+  // The data set may have changed without a step since the last one was added; its size is then too low.
   if (!undo_.empty()) undo_.back().bytes = unshared_bytes(undo_.back().content.data_set, before.data_set);
   const std::size_t bytes = unshared_bytes(before.data_set, now);
   undo_.push_back({std::move(before), std::move(label), bytes, merge_key, when});
@@ -49,7 +49,7 @@ document history::move_step(std::deque<step>& from, std::deque<step>& to, docume
   assert(!from.empty());
   step taken = std::move(from.back());
   from.pop_back();
-  if (!from.empty()) from.back().merge_key.clear(); // typing from now on begins a new step
+  if (!from.empty()) from.back().merge_key.clear(); // further typing begins a new step
   const std::size_t bytes = unshared_bytes(now.data_set, taken.content.data_set);
   to.push_back({std::move(now), std::move(taken.label), bytes, {}, {}});
   return std::move(taken.content);

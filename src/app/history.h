@@ -1,7 +1,7 @@
-// The steps that Undo takes back and Redo repeats.
+// The steps that Undo reverts and Redo repeats.
 //
-// A step is the state before an operation. Copies of a data set share their content, so a step costs what the
-// operation changed. Every operation that replaces or edits the data set adds one. Main thread only.
+// A step is the state before an operation. Copies of a data set share their content, so a step costs as much memory as
+// the operation changed. Every operation that replaces or edits the data set adds one. Main thread only.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -14,13 +14,13 @@
 
 namespace vesk {
 
-// Everything that one step restores.
+// The state restored by a step.
 struct document {
   prevesk_dataset_data_type data_set; // with its origin
   std::string file_name;
   std::string import_file_name;
-  // Number of the document: New, Open and Import begin another one. Tells whether a job's result arrives in the
-  // document that the job was started on.
+  // Number of the document: New, Open and Import begin a new one. Shows whether a job's result belongs to the document
+  // for which the job was started.
   std::uint64_t number = 0;
 };
 
@@ -28,41 +28,41 @@ class history {
 public:
   using clock = std::chrono::steady_clock;
 
-  // The lesser of 1 GB and an eighth of the machine's memory.
+  // The smaller of 1 GB and an eighth of the machine's memory.
   static std::size_t default_limit();
 
-  // `limit`: bytes of all steps together. The oldest are dropped beyond it, but never the newest.
+  // `limit`: bytes for all steps together. The oldest steps are dropped beyond it, but never the newest one.
   explicit history(std::size_t limit = default_limit()) : limit_(limit) {}
 
-  void set_limit(std::size_t limit); // and drops what is beyond it
+  void set_limit(std::size_t limit); // also drops steps beyond it
 
-  // Adds a step: the operation `label` ("Open river.vki") has made `now` out of `before`. What could be redone until
-  // now is dropped. A step that follows another one under the same `merge_key` within two seconds joins it; an empty
-  // key never does.
+  // Adds a step: the operation `label` ("Open river.vki") has changed `before` to `now`. Drops the steps that could be
+  // redone. A step that follows another with the same `merge_key` within two seconds is merged with it; an empty key
+  // never is.
   void add(document before, std::string label, const prevesk_dataset_data_type& now, const std::string& merge_key = {},
            clock::time_point when = clock::now());
 
-  // Between these two, Undo and Redo do not go back beyond the first. They do not nest.
+  // Between these two calls, Undo and Redo stop at the state of the first. Not nestable.
   void begin_editing();
   void end_editing();
-  bool has_edits() const { return undo_.size() > undo_floor_; } // steps that were added since, and not undone
+  bool has_edits() const { return undo_.size() > undo_floor_; } // steps added since begin_editing and not undone
 
-  // Labels of the next step; empty when there is none.
+  // Labels of the next step; empty if there is none.
   std::string undo_label() const { return label_of_last(undo_, undo_floor_); }
   std::string redo_label() const { return label_of_last(redo_, redo_floor_); }
 
-  // The state before the newest step, or after the step that was undone last. `now` is kept for the way back. There
-  // must be such a step.
+  // The state before the newest step, or after the step that was undone last. `now` is kept so that this can be
+  // reverted. There must be such a step.
   document undo(document now) { return move_step(undo_, redo_, std::move(now)); }
   document redo(document now) { return move_step(redo_, undo_, std::move(now)); }
 
-  std::size_t bytes() const; // of all steps: what each does not share with its neighbour towards the present
+  std::size_t bytes() const; // of all steps: what each does not share with the next one towards the present
 
 private:
   struct step {
     document content;
     std::string label;
-    std::size_t bytes; // not shared with the neighbour towards the present
+    std::size_t bytes; // not shared with the next step towards the present
     std::string merge_key;
     clock::time_point when;
   };
@@ -73,8 +73,8 @@ private:
   void drop_beyond_limit();
 
   std::size_t limit_;
-  std::deque<step> undo_, redo_;                // the next one is at the end; dropped at both ends
-  std::size_t undo_floor_ = 0, redo_floor_ = 0; // steps that cannot be reached at present
+  std::deque<step> undo_, redo_;                // the next step is last; dropped at both ends
+  std::size_t undo_floor_ = 0, redo_floor_ = 0; // steps that cannot be reached now
 };
 
 } // namespace vesk

@@ -1,4 +1,4 @@
-// Import and export of the old text formats: jobs of the engine on a file that the user names.
+// Import and export of the older text formats: jobs of the engine on a file chosen by the user.
 #include "app/file_names.h"
 #include "app/run_control.h"
 
@@ -34,8 +34,8 @@ void run_control::import_file(const std::string& name) {
     form_.report_failure("Cannot import specified file type");
 }
 
-// The engine is loaded first, so that nothing is replaced without it. A running job is found only by the launcher,
-// after the replacement, as it always has been; Undo brings the data set back.
+// The engine is loaded first, so that nothing is replaced without it. Only the launcher notices a running job, after
+// the replacement; this is kept for compatibility, and Undo restores the data set.
 void run_control::begin_import(const std::string& name) {
   if (!load_engine()) return;
   replaced_by_import_ = documents_.current_data_set ? documents_.name_of_document() : std::string();

@@ -1,4 +1,4 @@
-// What the main window does when a job ends, and which part of its data set it takes.
+// What happens in the main window when a job ends, and which part of its data set is accepted.
 #include "app/file_names.h"
 #include "app/run_control.h"
 #include "dataset/same_content.h"
@@ -10,7 +10,7 @@ namespace vesk {
 
 namespace {
 
-// Whether two data sets differ in nothing but what a validity check sets.
+// Whether two data sets differ only in what a validity check sets.
 bool same_input(prevesk_dataset_data_type a, const prevesk_dataset_data_type& b) {
   a.max_num_segments = b.max_num_segments;
   a.max_num_ef_functions = b.max_num_ef_functions;
@@ -23,10 +23,10 @@ bool same_input(prevesk_dataset_data_type a, const prevesk_dataset_data_type& b)
 
 } // namespace
 
-// The thread frees itself after this even if the end fails; the end may have started another job by then.
+// Afterwards the thread frees itself, even if the end handler fails; the handler may have started another job.
 void run_control::end_job(end_handler end) {
   const model_thread* const ended = active_thread;
-  output_lock_.reset(); // a run's results are complete
+  output_lock_.reset(); // the results of a run are complete
   try {
     note_end_of_job();
     priorities.reset();
@@ -85,7 +85,7 @@ void run_control::import_export_end() {
 void run_control::validity_end() {
   clear_progress();
   take_back(*active_thread);
-  if (last_job_.cancelled || last_job_.failed()) { // the engine's limits are not known
+  if (last_job_.cancelled || last_job_.failed()) { // the engine's limits are unknown
     last_job_.checked = false;
     active_thread = nullptr;
     return form_.update_menus();
@@ -104,7 +104,7 @@ void run_control::validity_end() {
 
 void run_control::copy_back_end() {
   clear_progress();
-  take_back(*std::exchange(active_thread, nullptr)); // dialogs that are told look whether it still goes
+  take_back(*std::exchange(active_thread, nullptr)); // notified dialogs check whether it still runs
   form_.update_menus();
 }
 
@@ -114,8 +114,8 @@ void run_control::note_start_of_job(job_code code, const std::string& name) {
   if (!label.empty()) job_start_ = {label, *documents_.current_data_set, documents_.document_number(), {}};
 }
 
-// The data set of a failed job is taken as far as it got; that of a cancelled job is dropped. An import made its step
-// when it began, unless its document was edited or replaced since.
+// A failed job's data set is accepted as far as it got; a cancelled job's is dropped. An import added its step when it
+// began, unless its document has been edited or replaced since.
 void run_control::take_back(model_thread& ended) {
   if (last_job_.cancelled) return drop_result();
   document before = documents_.present();
@@ -127,7 +127,8 @@ void run_control::take_back(model_thread& ended) {
   next.data_set.origin = same_document ? before.data_set.origin : file_origin();
   if (!same_document) next.number = documents_.new_document_number();
   documents_.replace(std::move(next));
-  // An open dialog cancels to the result; the settings dialog, which has loaded a restart file, cancels that as well.
+  // Cancel in an open dialog now returns to the result. The settings dialog, which has loaded a restart file, cancels
+  // that too.
   if (last_job_.code != job_code::load_restart_file) *documents_.backup_data_set = *documents_.current_data_set;
   report_what_was_replaced(before, same_document, edited);
   const bool had_step = last_job_.code == job_code::import_file && same_document && !edited;
@@ -136,7 +137,7 @@ void run_control::take_back(model_thread& ended) {
   job_start_.reset();
 }
 
-// Of a cancelled job not even the file name that it has put is kept.
+// If the job was cancelled, even a file name that it has put is dropped.
 void run_control::drop_result() {
   const bool same_document = job_start_->document == documents_.document_number();
   if (same_document && job_start_->file_name) set_file_name(std::string(*job_start_->file_name));
@@ -148,7 +149,7 @@ void run_control::drop_result() {
   job_start_.reset();
 }
 
-// What the user would miss, and how to get it back. Without a history there is no way back, and no line.
+// What the user would miss, and how to restore it. Without a history it cannot be restored, so there is no line.
 void run_control::report_what_was_replaced(const document& before, bool same_document, bool edited) {
   if (!documents_.keeps_history()) return;
   const std::string job = "\"" + job_start_->label + "\"";

@@ -1,8 +1,8 @@
 // The main window's state and logic, without a window.
 //
 // TPreveskMainForm owns the settings, the catalogue and three parts: document_control (the data set, its file, its
-// history), run_control (the engine's jobs) and outside_programs. It binds their commands to the names of its handlers,
-// and shows dialogs. What is shown and asked goes through user_interface. Main thread only, but for the diagnostics.
+// history), run_control (the engine's jobs) and outside_programs. It binds its handlers to their commands, and shows
+// dialogs. All output and questions go through user_interface. Main thread only, except for the diagnostics.
 #pragma once
 
 #include "app/catalogue_source.h"
@@ -29,7 +29,7 @@ namespace vesk {
 
 struct program_forms;
 
-// What the command line requests besides the files that it opens.
+// What the command line requests besides opening files.
 struct command_line_requests {
   bool run = false;
   bool quit = false;
@@ -41,7 +41,7 @@ class TPreveskMainForm final : public editor_host, private main_form_services {
 public:
   // The interval of UIUpdateTimer, in milliseconds.
   static constexpr int ui_update_interval = 500;
-  // How long the splash picture is shown before the main window, in milliseconds.
+  // How long the splash screen is shown before the main window, in milliseconds.
   static constexpr int splash_time = 5000;
   static constexpr std::string_view application_title = "ORL VESK";
 
@@ -63,7 +63,7 @@ private:
   outside_programs outside_;
 
 public:
-  // State of the parts; their headers say what each member is.
+  // State of the parts; their headers describe each member.
   std::unique_ptr<prevesk_dataset_data_type>& current_data_set = documents_.current_data_set;
   std::unique_ptr<prevesk_dataset_data_type>& backup_data_set = documents_.backup_data_set;
   std::string& file_name = documents_.file_name;
@@ -85,22 +85,22 @@ public:
 
   // The form's own state.
   std::string base_caption; // the title without the data set
-  // The user's folders, each ending in a separator; the program's folder where the user has none.
+  // The user's folders, each ending in a separator; the program's folder if the user has none.
   std::string application_data_directory;
   std::string documents_directory;
 
-  // The main window's life: when it was created, when it is shown for the first time, when it closes.
+  // Events of the main window: creation, first display, close.
   void FormCreate();
   void FormShow(std::span<const std::string> arguments);
   void FormClose();
   void save_settings() { settings.save_all(); }
 
   // Start.
-  // Looks at the arguments in order: opens files at once, notes options. Options are recognised in any case.
+  // Processes the arguments in order: opens files at once, notes options. Options are recognised in any letter case.
   command_line_requests walk_command_line(std::span<const std::string> arguments);
   void check_database() override;
   void select_database_folder();                       // asks for DatabaseDir
-  void set_database_folder(const std::string& folder); // stores it, with a separator at its end
+  void set_database_folder(const std::string& folder); // stores it, ending in a separator
 
   // Captions, commands, snapshots.
   void update_caption() override;
@@ -110,10 +110,10 @@ public:
   void restore_snapshot() { documents_.restore_snapshot(); }
   void add_info_line(const std::string& text, int icon) { ui_.add_info_line(text, icon); }
 
-  // Undo and Redo put back data set, names and origin, then update the caption.
+  // Undo and Redo restore data set, names and origin, then update the caption.
   void UndoItemClick() { documents_.undo(); }
   void RedoItemClick() { documents_.redo(); }
-  void keep_no_history() { documents_.keep_no_history(); } // for a front end without Undo; before any file is opened
+  void keep_no_history() { documents_.keep_no_history(); } // for a front end without Undo; call before opening files
 
   // editor_host
   prevesk_dataset_data_type* data_set() override { return current_data_set.get(); }
@@ -134,7 +134,8 @@ public:
   }
   program_forms& forms() { return *forms_; }
 
-  // Editors: a snapshot, the form, and the snapshot back on anything but OK. Without a data set they do nothing.
+  // Editors: take a snapshot, show the form, and restore the snapshot unless it was closed with OK. Without a data set
+  // they do nothing.
   void ParameterizationItemClick(); // the "Data set" dialog
   void SystemsItemClick();
   void SegmentsItemClick();
@@ -155,8 +156,8 @@ public:
   void AboutItemClick();
   void ExitItemClick();
   void FennExitItemClick();
-  void FennPreveskItemClick() {}        // on purpose
-  void PreProcessorToolButtonClick() {} // on purpose
+  void FennPreveskItemClick() {}        // intentionally empty
+  void PreProcessorToolButtonClick() {} // intentionally empty
 
   // Files.
   void new_data_set() { documents_.new_data_set(); }
@@ -173,7 +174,7 @@ public:
   void ExportItemClick() { runs_.ask_and_export(); }
   void import_file(const std::string& name) { runs_.import_file(name); }
   void export_file(const std::string& name) { runs_.export_file(name); }
-  int failures() const { return failures_; } // reported ones, of files, queries, jobs and the engine library
+  int failures() const { return failures_; } // reported ones: of files, queries, jobs and the engine library
   int files_partly_read() const { return documents_.files_partly_read(); }
 
   // Jobs.
@@ -198,12 +199,12 @@ public:
   int return_code() const { return runs_.return_code(); }
   void set_window_handle(std::int32_t handle) { runs_.set_window_handle(handle); }
 
-  // Diagnostics. Any thread. The two commands only switch on; the preferences switch off too.
+  // Diagnostics. Any thread. The two commands only switch on; the preferences also switch off.
   bool logging_enabled() const override { return runs_.logging_enabled(); }
   void set_logging_enabled(bool enabled) override { runs_.set_logging_enabled(enabled); }
   int diagnostic_level() const override { return runs_.diagnostic_level(); }
   void set_diagnostic_level(int level) override { runs_.set_diagnostic_level(level); }
-  int undo_megabytes() const override { return settings.UndoMegabytes; } // main thread, as is the next
+  int undo_megabytes() const override { return settings.UndoMegabytes; } // main thread, like the next one
   void set_undo_megabytes(int megabytes) override;
   void EnableloggingItemClick() { set_logging_enabled(true); }
   void EnabledebugmodeItemClick() { set_diagnostic_level(2); }
@@ -232,7 +233,7 @@ private:
 
   std::unique_ptr<program_forms> forms_;
   int failures_ = 0;
-  bool minimised_by_request_ = false; // of the command line
+  bool minimised_by_request_ = false; // from the command line
 };
 
 } // namespace vesk

@@ -11,8 +11,9 @@ TFillCalculateForm& TPreveskMainForm::fill_calculate_form() {
   return forms_->fill_calculate;
 }
 
-// A dialog's own steps can be undone in it. After a Cancel they are still there, before the step of the Cancel itself.
-// Work after the dialog, such as finding boundaries, belongs to its last step; a dialog that adds none is one step.
+// A dialog's own steps can be undone in it. After Cancel they remain in the history, before the step of the Cancel
+// itself. Work after the dialog, such as finding boundaries, belongs to its last step; a dialog without own steps is
+// one step.
 void TPreveskMainForm::edit(form& editor, void (TPreveskMainForm::*on_ok)(), void (TPreveskMainForm::*on_close)()) {
   if (!current_data_set) return;
   commit_snapshot();
@@ -107,7 +108,7 @@ void TPreveskMainForm::OutputcontrolItemClick() {
 void TPreveskMainForm::EditProjectItemClick() {
   if (!current_data_set) return;
   documents_.steps().begin_editing();
-  ui_.show_form(forms_->project); // edits in place, whatever closes it; each change is a step
+  ui_.show_form(forms_->project); // edits in place, however it is closed; each change is a step
   documents_.steps().end_editing();
   update_menus();
 }

@@ -1,4 +1,4 @@
-// What the parts of the main form need from the form itself. Tests use the whole form.
+// The functions of the main form that its parts need. Tests use the whole form.
 #pragma once
 
 #include "app/user_interface.h"
@@ -19,9 +19,9 @@ public:
   // Checks that the catalogue can be opened; if not, asks once for another folder.
   virtual void check_database() = 0;
 
-  // Shows the text in a box "Error" and counts it.
+  // Shows the text in a box "Error" and counts the failure.
   virtual void report_failure(const std::string& text) = 0;
-  virtual void count_failure() = 0; // of a failure that was shown in another way
+  virtual void count_failure() = 0; // of a failure shown in another way
 };
 
 } // namespace vesk

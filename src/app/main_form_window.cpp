@@ -11,7 +11,8 @@ void TPreveskMainForm::FormCreate() {
   ui_.show_administration_menu(settings.administration_mode());
 }
 
-// A measure that was never stored is 0 and leaves the window's own value; so does a negative one, outside the screen.
+// A value that was never stored is 0 and leaves the window's own value, as does a negative one, which is off the
+// screen.
 void TPreveskMainForm::restore_geometry() {
   window_geometry now = ui_.geometry();
   struct {
@@ -47,7 +48,7 @@ void TPreveskMainForm::FormShow(std::span<const std::string> arguments) {
   }
 }
 
-// A running job is neither cancelled nor waited for.
+// A running job is neither cancelled nor awaited.
 void TPreveskMainForm::FormClose() {
   terminate_xml();
   const window_geometry now = ui_.geometry();
@@ -56,7 +57,7 @@ void TPreveskMainForm::FormClose() {
   settings.MainFormTop = now.top;
   settings.MainFormWidth = now.width;
   settings.MainFormHeight = now.height;
-  // A batch run must not leave a window that is minimised at its next start.
+  // The window of a batch run is minimised; the next start must not be.
   if (!minimised_by_request_ || now.state != window_geometry::window_minimised)
     settings.MainFormWindowState = now.state;
 }
@@ -70,7 +71,7 @@ command_line_requests TPreveskMainForm::walk_command_line(std::span<const std::s
       minimised_by_request_ = true;
       ui_.minimise_main_window();
     } else if (option == "-EXPERT") {
-      // Recognised, without an effect.
+      // Recognised, without effect.
     } else if (option == "-QUIT") {
       requests.quit = true;
     } else if (option == "-IMPORT") {

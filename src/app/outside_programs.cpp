@@ -20,7 +20,7 @@ bool is_link(const std::string& text) {
   return std::ranges::any_of(link_heads, [&](const char* head) { return text.find(head) != std::string::npos; });
 }
 
-// A link with anything before its "http" would have another scheme, and the desktop may run a program for that.
+// A link with anything before "http" could have another scheme, for which the desktop may run a program.
 bool may_be_opened(const std::string& text) {
   if (is_link(text)) return std::ranges::any_of(link_heads, [&](const char* head) { return text.starts_with(head); });
   std::string name = text;
@@ -29,15 +29,15 @@ bool may_be_opened(const std::string& text) {
   return inside.begin() != inside.end() && *inside.begin() != "..";
 }
 
-// A file in the folder. Its name may separate folders by backslashes.
+// A file in the folder. Its name may contain backslashes as separators.
 std::string file_in(const std::string& folder, std::string name) {
   std::error_code ignored;
   if (!fs::exists(folder + name, ignored)) std::replace(name.begin(), name.end(), '\\', '/');
   return folder + name;
 }
 
-// Whether a file can be created in the folder. Creates one: permission bits alone do not tell. Never writes to what is
-// there under its name, which may be a link.
+// Whether a file can be created in the folder. Creates one, since permission bits alone do not show it. Never writes to
+// an existing file of the same name, which may be a link.
 bool can_make_a_file_in(const std::string& folder) {
   const std::string probe = folder + "vesk.testcreate";
   unlink(probe.c_str());
@@ -88,7 +88,7 @@ bool outside_programs::launch_process(const std::vector<std::string>& arguments)
 
 void outside_programs::start_post_processor(const std::string& command_line, const std::string& file_name) {
   std::vector<std::string> arguments = split_command_line(command_line);
-  if (!file_name.empty()) arguments.push_back(file_name); // one argument, blanks and quotes included
+  if (!file_name.empty()) arguments.push_back(file_name); // one argument, including blanks and quotes
   if (!launch_process(arguments)) ui_.message_box("Error", "Could not create post-processor process.", box_buttons::ok);
 }
 

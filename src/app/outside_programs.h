@@ -1,6 +1,6 @@
-// What the main form opens outside the program: documents, the user guide, post-processors, the updater.
+// Everything that the main form opens outside the program: documents, the user guide, post-processors, the updater.
 //
-// None of them is waited for. Main thread only.
+// The program does not wait for any of them. Main thread only.
 #pragma once
 
 #include "app/user_interface.h"
@@ -20,7 +20,7 @@ public:
 
   // Both folders end in a separator.
   std::string program_directory;
-  std::string documentation_directory;                    // of the index and its documents
+  std::string documentation_directory;                    // for the index and its documents
   std::map<std::string, std::string> documentation_links; // by menu caption: a file in that folder, or a link
 
   // Start a program (arguments, working folder; false: could not be started) and open a document (file or link,
@@ -29,13 +29,13 @@ public:
       start_program;
   std::function<void(const std::string&, const std::filesystem::path&)> open_outside = open_with_desktop;
 
-  void populate_documentation_menu(); // an index that cannot be used ends in an info line
+  void populate_documentation_menu(); // an unusable index only gives an info line
   void open_document(const std::string& caption);
   void open_user_guide();
-  // `command_line`: split by its quotes. `file_name` becomes one more argument unless it is empty.
+  // `command_line`: split at blanks outside quotes. `file_name`, unless empty, is passed as one more argument.
   void start_post_processor(const std::string& command_line, const std::string& file_name);
   bool launch_process(const std::vector<std::string>& arguments); // the program first
-  void check_for_updates();                                       // closes the main window when the updater has started
+  void check_for_updates();                                       // closes the main window if the updater has started
 
 private:
   user_interface& ui_;

@@ -10,7 +10,7 @@ inline constexpr std::string_view priority_words[] = {"Stopped", "Idle",  "Slow"
 
 enum class process_class { normal, high };
 
-// What a change of priority asks of the platform, for one worker. Each answers false when it is refused.
+// The requests of a change of priority to the platform, for one worker. Each is false if refused.
 class priority_platform {
 public:
   virtual ~priority_platform() = default;
@@ -20,10 +20,10 @@ public:
   virtual bool set_thread_priority(int value) = 0; // -2 lowest, 0 normal, 2 highest
 };
 
-// Takes the worker from `priority_position` to `p`, both 0 to 6. On success `priority_position` is `p`. After a refusal
-// (false) it stays, except where a raised class could not be taken back: then it is the top one. What was granted
-// before the refusal is not undone, but for a change of class on the way to a stop or to the top, and for a stopped
-// worker, which is stopped again.
+// Moves the worker from `priority_position` to `p`, both 0 to 6. On success `priority_position` is `p`. After a refusal
+// (false) it is unchanged; only if a raised class could not be lowered again, it is the top position. Earlier steps
+// that succeeded are not reverted, with two exceptions: a change of class on the way to a stop or to the top, and a
+// stopped worker, which is stopped again.
 bool change_priority(int p, int& priority_position, priority_platform& platform);
 
 } // namespace vesk

@@ -1,4 +1,4 @@
-// The results grid's view of the engine's array. The array is borrowed and read while the engine writes it.
+// The results grid's view of the engine's array, which is borrowed, and read while the engine writes it.
 #pragma once
 
 #include <mutex>
@@ -10,7 +10,7 @@ class results_grid {
 public:
   void initialize(int rows) { rows_ = rows; } // main thread
 
-  // Any thread. `data` stays the engine's; null: no array.
+  // Any thread. `data` belongs to the engine; null: no array.
   void set_data(const float* data, int actual_columns, int actual_rows, bool invert);
   void clear_data() { set_data(nullptr, 0, 0, false); }
 
@@ -18,7 +18,7 @@ public:
   std::optional<double> cell(int row, int column) const;
 
 private:
-  int rows_ = 0; // as the engine has initialized the grid; main thread
+  int rows_ = 0; // as initialized by the engine; main thread
   mutable std::mutex lock_;
   const float* grid_data = nullptr; // this and the next three are guarded by lock_
   int grid_actual_columns = 0;

@@ -14,7 +14,7 @@ namespace vesk {
 
 namespace {
 
-enum class job_file { data_file, import_file, asked }; // the file that a launcher gives its job
+enum class job_file { data_file, import_file, asked }; // the file passed to the job
 
 constexpr const char* import_export_title = "Cannot Import/Export now";
 constexpr const char* import_export_busy = "The import/export thread is busy. Try again later.";
@@ -31,7 +31,7 @@ struct run_control::launcher {
   job_code code;
   end_handler end;
   job_file file;
-  const char* step = nullptr; // of the history, which the job's end makes; null: the job gives nothing back
+  const char* step = nullptr; // of the history, added at the job's end; null: the job returns no data set
   const char* busy_title = nullptr;
   const char* busy_text = nullptr;
   bool updates_menus = false; // before the start
@@ -101,7 +101,7 @@ run_control::run_control(user_interface& ui, main_form_services& form, document_
   };
 }
 
-// A run writes its results until the process ends, which also drops the lock.
+// A run writes its results until the process ends, which also releases the lock.
 run_control::~run_control() {
   if (active_thread) static_cast<void>(output_lock_.release());
 }
@@ -126,7 +126,7 @@ void run_control::launch(job_code code, const std::string& name) {
   if (start_job(*documents_.current_data_set, row, name)) resume_other_job();
 }
 
-// Enables the cancel button. All other commands stay as they are: only the busy boxes stop a second job.
+// Enables the cancel button. All other commands stay enabled: a second job is only prevented by the busy boxes.
 void run_control::resume_other_job() {
   command_conditions now = form_.conditions();
   now.idle = true;
@@ -148,7 +148,7 @@ bool run_control::start_job(const prevesk_dataset_data_type& data_set, const lau
   if (!load_engine()) return false;
   try {
     const auto log_name = logging_enabled() ? log_file_name : std::filesystem::path();
-    std::error_code ignored; // a job runs without its log rather than not at all
+    std::error_code ignored; // a job without a log is better than none
     if (!log_name.empty()) std::filesystem::create_directories(log_name.parent_path(), ignored);
     job_front_end& front_end = *this;
     auto thread = std::make_unique<model_thread>(front_end, library_, data_set, row.code, name, log_name);
@@ -171,7 +171,7 @@ bool run_control::start_job(const prevesk_dataset_data_type& data_set, const lau
 void run_control::run_or_cancel() {
   if (active_thread) return cancel_job();
   run_on_start = false;
-  if (!start_run()) quit_after_run = false; // the user has seen why, and goes on in the window
+  if (!start_run()) quit_after_run = false; // the user has been informed, and continues in the window
 }
 
 bool run_control::start_run() {
@@ -181,7 +181,7 @@ bool run_control::start_run() {
     return false;
   }
   prevesk_dataset_data_type copy = *documents_.current_data_set;
-  std::unique_ptr<output_lock> lock; // before the queries, which may take long
+  std::unique_ptr<output_lock> lock; // taken before the queries, which may be slow
   if (!lock_outputs(lock)) return false;
   copy.reset_cursors();
   if (!skip_deferred_queries && !run_queries(copy, false)) return false;
@@ -195,7 +195,7 @@ bool run_control::start_run() {
   return true;
 }
 
-// Every engine names its results after the data file. A data set without a file has no place for results.
+// Every engine names its results after the data file, so a data set without a file cannot have results.
 bool run_control::lock_outputs(std::unique_ptr<output_lock>& lock) {
   if (documents_.file_name.empty()) return true;
   try {
@@ -229,7 +229,8 @@ bool run_control::change_priority(int position) {
   return true;
 }
 
-// A drag, a held key and a held mouse button are many changes. Refusals within a second of each other give one line.
+// A drag, a held key and a held mouse button are many changes. Refusals within a second of each other give only one
+// line.
 void run_control::move_priority_track_bar(int position) {
   if (!active_thread || change_priority(position)) return;
   ui_.set_priority_position(active_thread->priority_position);
@@ -265,7 +266,7 @@ void run_control::set_file_name(const std::string& name) {
   form_.update_caption();
 }
 
-// The job that put the name is still running, so the launcher only shows its busy box.
+// The job that put the name is still running, so the launcher will only show its busy box.
 void run_control::hydrodynamic_file_put() {
   launch(job_code::read_hyd_file);
   ui_.hydrodynamic_file_named();

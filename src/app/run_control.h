@@ -1,7 +1,7 @@
-// The engine's jobs as the main form sees them: launchers, ends, priority, progress and the results grid.
+// The engine's jobs in the main form: launchers, ends, priority, progress and the results grid.
 //
-// At most one job runs at a time. It works on a copy of the data set. A run and an export give nothing back; every
-// other job replaces the data set by its copy at its end.
+// At most one job runs at a time. It works on a copy of the data set. A run and an export return nothing; at the end of
+// any other job the copy replaces the data set.
 #pragma once
 
 #include "app/configuration.h"
@@ -28,14 +28,14 @@ namespace vesk {
 struct job_outcome {
   job_code code = job_code::run;
   bool cancelled = false; // it was asked to stop
-  bool checked = true;    // of a validity check: it was made, and nothing of severity 2 was found
+  bool checked = true;    // of a validity check: it was made, without a finding of severity 2
   int return_code = 0;    // as set by the engine, else 0
-  std::string failure;    // of an exception in the engine or a keyword; empty: none
-  std::string log_loss;   // why lines of its log were lost, one sentence; empty: none was
+  std::string failure;    // from an exception in the engine or a keyword; empty: none
+  std::string log_loss;   // why log lines were lost, one sentence; empty: none were
   bool failed() const { return !failure.empty(); }
 };
 
-// Main thread only, but for the members that say otherwise.
+// Main thread only, except where a member says otherwise.
 class run_control final : private job_front_end {
 public:
   // All four must outlive it.
@@ -43,9 +43,9 @@ public:
   ~run_control() override;
 
   model_thread* active_thread = nullptr;         // the one job; null when idle. It frees itself.
-  bool quit_after_run = false;                   // close the main window at the end of a run; used up by the first one
-  bool run_on_start = false;                     // run at the end of an import; used up in the same way
-  std::filesystem::path log_file_name;           // the template for the jobs' logs; empty: there is none
+  bool quit_after_run = false;                   // close the main window at the end of a run; used once
+  bool run_on_start = false;                     // run at the end of an import; used once
+  std::filesystem::path log_file_name;           // the template for the jobs' logs; empty: none
   std::filesystem::path engine_path;             // of the engine library
   query_executor execute_query;                  // executes one stored query
   bool skip_deferred_queries = false;            // run on the stored points
@@ -54,25 +54,25 @@ public:
 
   // Launchers. Without a data set they do nothing; while a job runs they show the busy box of their row.
   void run_or_cancel();       // starts a run, or cancels the running job
-  void launch(job_code code); // a job that is not a run, on the file of its row, which may ask the user
+  void launch(job_code code); // any job but a run, on the file of its row, which may ask the user
   void launch(job_code code, const std::string& name);
   void cancel_job(); // asks the running job, if any, to stop
   const job_outcome& last_job() const { return last_job_; }
 
-  // Import and export. An import begins a new document, then launches its job.
+  // Import and export. An import begins a new document, then starts its job.
   void ask_and_import();
   void import_file(const std::string& name); // the command line's: only .INP
   void ask_and_export();
   void export_file(const std::string& name);
 
-  // Executes the deferred queries of the data set itself, so that they become plain series. False: failed, reported,
-  // and the data set is unchanged.
+  // Executes the deferred queries of the data set itself, which makes them plain series. False if one failed, which is
+  // reported; the data set is then unchanged.
   bool execute_all_deferred_queries();
   void ask_and_execute_all_deferred_queries();
 
   bool change_priority(int position); // of the running job, 0 to 6; false: refused
   void move_priority_track_bar(int position);
-  void show_news(); // what the job has left for the progress panel and the grid; UIUpdateTimer calls it
+  void show_news(); // progress and grid updates from the job; called by UIUpdateTimer
   std::optional<double> results_cell(int row, int column) const { return grid_.cell(row, column); }
 
   // Diagnostics. Any thread.
@@ -84,16 +84,16 @@ public:
   void set_window_handle(std::int32_t handle) { window_handle_ = handle; } // for engines; 0 without a window
 
 private:
-  struct launcher; // one row for each job
+  struct launcher; // one row per job
   static const launcher launchers[];
   static const launcher& launcher_of(job_code code);
-  // Of the step that the job's end makes, such as "Import old.inp"; empty for a job that gives nothing back.
+  // Label of the step added at the job's end, such as "Import old.inp"; empty for a job that returns no data set.
   static std::string step_label(job_code code, const std::string& name);
 
-  bool load_engine(); // false: cannot be loaded, and reported
+  bool load_engine(); // false: cannot be loaded, which is reported
   bool start_run();
-  bool lock_outputs(std::unique_ptr<output_lock>& lock);                   // of a run; false: refused, and reported
-  bool run_queries(prevesk_dataset_data_type& data_set, bool clear_flags); // false: failed, and reported
+  bool lock_outputs(std::unique_ptr<output_lock>& lock); // for a run; false: refused, which is reported
+  bool run_queries(prevesk_dataset_data_type& data_set, bool clear_flags); // false: failed, which is reported
   bool start_job(const prevesk_dataset_data_type& data_set, const launcher& row, const std::string& name);
   void resume_other_job();
   void begin_import(const std::string& name);
@@ -131,9 +131,9 @@ private:
   document_control& documents_;
   const configuration& settings_;
   std::shared_ptr<const engine_library> library_;
-  struct job_start {                      // what a job that replaces the data set began with
+  struct job_start {                      // the state at the start of a job that replaces the data set
     std::string label;                    // of the step that its end makes
-    prevesk_dataset_data_type data_set;   // as it was copied for the job
+    prevesk_dataset_data_type data_set;   // as copied for the job
     std::uint64_t document = 0;           // its number
     std::optional<std::string> file_name; // before the job put another one
   };

@@ -1,4 +1,4 @@
-// The deferred queries that are executed before a run, or by the user's command.
+// Deferred queries, executed before a run or by the user's command.
 #include "app/busy_cursor.h"
 #include "app/run_control.h"
 
@@ -6,7 +6,7 @@ namespace vesk {
 
 namespace {
 
-// Shows progress and reports, and counts series that are left without points.
+// Shows progress and reports, and counts series without points.
 struct shown_progress final : query_progress {
   explicit shown_progress(user_interface& shown_on) : ui(shown_on) {}
 
@@ -38,7 +38,7 @@ bool run_control::run_queries(prevesk_dataset_data_type& data_set, bool clear_fl
     return true;
   form_.count_failure();
   clear_progress();
-  if (failure.empty()) return false; // the user interface has said why
+  if (failure.empty()) return false; // the user interface has given the reason
   if (!ui_.boxes_stay_in_sight()) ui_.add_info_line(failure, icon_failure);
   ui_.message_box(title, failure, box_buttons::ok);
   return false;

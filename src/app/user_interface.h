@@ -1,4 +1,4 @@
-// The only way in which the program communicates with its user. Window, console and tests each implement it.
+// All communication of the program with its user. Window, console and tests each implement it.
 #pragma once
 
 #include "editors/user_questions.h"
@@ -14,15 +14,15 @@ struct query_report;
 
 enum : int { icon_plain = 0, icon_note = 1, icon_failure = 2 };
 
-// Which groups of commands are enabled; see TPreveskMainForm::update_menus.
+// The groups of commands that are enabled; see TPreveskMainForm::update_menus.
 struct command_conditions {
   bool idle = true;       // no job runs
   bool has_data = false;  // there is a data set
   bool has_model = false; // and it has a model
-  bool ready = false;     // and it ends after it starts
+  bool ready = false;     // and its end is after its start
   bool running = false;   // a job of any kind can be cancelled
-  std::string undo = {};  // what Undo takes back, such as "Open river.vki"; empty: nothing
-  std::string redo = {};  // what Redo repeats
+  std::string undo = {};  // the step that Undo reverts, such as "Open river.vki"; empty: none
+  std::string redo = {};  // the step that Redo repeats
 
   friend bool operator==(const command_conditions&, const command_conditions&) = default;
 };
@@ -51,7 +51,7 @@ public:
   virtual void set_commands(const command_conditions& conditions) = 0;
   virtual void close_main_window() = 0;
 
-  // The main window's start and end. A front end without a window has none of this.
+  // Start and end of the main window. A front end without a window overrides none of these.
   virtual window_geometry geometry() { return {}; }
   virtual void set_geometry(const window_geometry&) {}
   virtual void minimise_main_window() {}
@@ -60,11 +60,10 @@ public:
   virtual void add_documentation_item(const std::string&) {} // its caption, without a mnemonic
   virtual void set_priority_position(int) {}                 // of the track bar, 0 to 6
 
-  // The current data set has been replaced: forms show outdated values, and their positions may be out of range.
+  // The current data set was replaced: forms show outdated values, and their positions may be out of range.
   virtual void data_set_replaced() {}
 
-  // Names the file that the next messages are about, for a front end that shows them without their context; empty:
-  // none.
+  // Names the file of the following messages, for a front end that shows them without their context; empty: none.
   virtual void set_subject(const std::string&) {}
 
   // The info list.
@@ -77,13 +76,14 @@ public:
   virtual void set_info_label(const std::string& text) = 0;
   virtual void set_time_remaining_label(const std::string& text) = 0;
 
-  // A deferred query has been executed for the series. A report without points counts as a failure.
+  // A deferred query was executed for the series. A report without points counts as a failure.
   virtual void query_executed(const std::string&, const import_query_descriptor&, const query_report&) {}
 
-  // The queries of this many series, each reported before, found nothing. Whether to go on; false: has said why not.
+  // The queries of this many series, each reported before, found no rows. Returns whether to continue; if not, it has
+  // given the reason.
   virtual bool may_go_on_without_rows(int /*series*/) { return true; }
 
-  // A job has set the name of a hydrodynamic file, and the box about the running job has been shown.
+  // A job has set the name of a hydrodynamic file, and the box about the running job was shown.
   virtual void hydrodynamic_file_named() {}
 
   // A run begins or has ended: the run button becomes cancel or run, the priority track bar appears or disappears.

@@ -7,7 +7,7 @@ namespace vesk {
 
 namespace {
 
-constexpr int high_nice = -15; // more urgent than a worker at its highest in the normal class
+constexpr int high_nice = -15; // above the highest worker of the normal class
 
 TThreadPriority priority_of(int value) {
   for (const TThreadPriority priority : {tpLowest, tpLower, tpNormal, tpHigher, tpHighest})
@@ -33,13 +33,13 @@ bool worker_priority::resume() {
 
 bool worker_priority::set_process_class(process_class wanted) {
   const bool high = wanted == process_class::high;
-  static const int normal_nice = process_nice(); // as the user has started the program
+  static const int normal_nice = process_nice(); // the priority with which the user started the program
   if (!set_process_nice(high ? high_nice : normal_nice, high ? normal_nice : high_nice)) return false;
   class_ = wanted;
   return true;
 }
 
-// In the high class a worker outranks any of the normal class whatever its own priority, so the gate lets it pass.
+// In the high class a worker outranks any of the normal class at any own priority, so the gate lets it pass.
 bool worker_priority::set_thread_priority(int value) {
   const bool high = class_ == process_class::high;
   try {

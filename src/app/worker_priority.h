@@ -10,7 +10,7 @@ namespace vesk {
 class worker_priority final : public priority_platform {
 public:
   explicit worker_priority(ResizableThread& worker) : worker_(worker) {}
-  ~worker_priority() override; // takes a high process class back: the next job begins at the normal position
+  ~worker_priority() override; // leaves the high process class: the next job begins at the normal position
 
   bool suspend() override;
   bool resume() override;

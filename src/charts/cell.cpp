@@ -31,7 +31,7 @@ std::string quoted(std::string_view text) {
   return "\"" + shown + (shown.size() < text.size() ? "...\"" : "\"");
 }
 
-// Digits by hand: a copied series has millions of them.
+// Formats digits by hand, since a copied series has millions of them.
 char* put_padded(char* to, std::uint32_t number, int digits) {
   for (int i = digits; i-- > 0; number /= 10) to[i] = static_cast<char>('0' + number % 10);
   return to + digits;
@@ -45,7 +45,7 @@ double number_of(const cell_value& value) {
 // Dates and times.
 
 std::int32_t day_of(const cell_value& value) {
-  constexpr double limit = 1e7; // what the calendar code can take: about 27,000 years
+  constexpr double limit = 1e7; // the limit of the calendar code: about 27,000 years
   const double day = number_of(value);
   return std::isfinite(day) ? static_cast<std::int32_t>(std::clamp(day, -limit, limit)) : 0;
 }
@@ -53,7 +53,7 @@ std::int32_t day_of(const cell_value& value) {
 void append_date(std::string& text, const cell_value& value, bool iso) {
   const calendar_date date = date_of(day_of(value));
   if (date.year < 0 || date.year > 9999) {
-    text += "year " + std::to_string(date.year); // of a damaged file
+    text += "year " + std::to_string(date.year); // from a damaged file
     return;
   }
   std::array<char, 10> digits;
@@ -87,12 +87,12 @@ void append_time(std::string& text, const cell_value& value, bool always_seconds
   text.append(digits.data(), to);
 }
 
-// Reads "12", "/", "30" ... from the front of a text.
+// Reads "12", "/", "30" ... from the start of a text.
 class field_reader {
 public:
   explicit field_reader(std::string_view text) : rest_(text) {}
 
-  // A number of one to `most` digits; -1 where there is none.
+  // A number of one to `most` digits; -1 if there is none.
   int number(std::size_t most, std::size_t* digits = nullptr) {
     std::size_t length = 0;
     while (length < rest_.size() && rest_[length] >= '0' && rest_[length] <= '9') ++length;
@@ -118,7 +118,7 @@ struct date_fields {
   int year = -1, month = -1, day = -1;
 };
 
-// Month, day and year of either form; a year of -1 where the text has neither.
+// Month, day and year in either form; the year is -1 if the text has neither.
 date_fields split_date(std::string_view text) {
   date_fields date;
   std::size_t digits = 0;
@@ -170,7 +170,7 @@ cell_entry read_time(std::string_view text) {
 
 // Numbers.
 
-// How many digits the picture has before its point; 0: any number.
+// The number of digits allowed before the point by the picture; 0 means any number.
 int digits_before_point(std::string_view picture) {
   if (picture.size() <= 1 || picture.find_first_not_of("#.") != std::string_view::npos) return 0;
   return static_cast<int>(std::min(picture.find('.'), picture.size()));
@@ -198,7 +198,7 @@ std::string exact_number(double value) {
   return text;
 }
 
-// Takes the unit off a duration and returns its length in days; 1 where there is none.
+// Removes the unit from a duration and returns its length in days; 1 if there is none.
 double take_unit(std::string_view& text) {
   struct unit {
     std::string_view name;
@@ -242,8 +242,8 @@ cell_entry read_item(const cell_type& type, std::string_view text) {
   return refused(quoted(text) + " is not in the list");
 }
 
-// So many characters and at most 255 bytes, cut at a whole character; tabs, line ends and control characters are
-// blanks.
+// Limited to the cell's number of characters and to 255 bytes, cut at a whole character. Tabs, line ends and control
+// characters become blanks.
 cell_entry read_text(const cell_type& type, std::string_view text) {
   constexpr std::size_t most_bytes = 255;
   const auto continues = [](char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; };

@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::size_t longest_expression = 5000; // the parser's own limit
 
-// Position in the text, from 1; at the end where the parser names none.
+// Position in the text, from 1; the end of the text if the parser gives none.
 std::string place(const mu::ParserError& error, std::size_t length) {
   const auto position = static_cast<std::size_t>(std::max<long>(static_cast<long>(error.GetPos()), 0));
   return "character " + std::to_string(std::min(position + 1, length));
@@ -30,7 +30,7 @@ std::string sentence(const mu::ParserError& error, std::size_t length) {
   }
 }
 
-// muParser takes a single "=" for an assignment to the variable, which would change x for the cells that follow.
+// muParser treats a single "=" as an assignment to the variable, which would change x for all following cells.
 bool assigns(std::string_view text) {
   for (std::size_t i = 0; i < text.size(); ++i) {
     if (text[i] != '=') continue;

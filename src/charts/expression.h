@@ -1,7 +1,7 @@
 // The arithmetic of Fill/Calc: one expression, compiled once and evaluated for each selected cell.
 //
 // Operators + - * / ^, comparisons, && || and ?:, the usual functions (sqrt, exp, ln, log10, sin, min, max, abs, ...),
-// _pi and _e. Not for use by two threads at a time.
+// _pi and _e. Not thread-safe.
 #pragma once
 
 #include <memory>
@@ -10,18 +10,18 @@
 
 namespace vesk {
 
-// Why an expression can't be used, in one sentence.
+// Why an expression cannot be used, in one sentence.
 class expression_exception : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
 class expression {
 public:
-  // What the names in an expression stand for, cell by cell.
+  // The values of the names in an expression, for one cell.
   struct variables {
-    double x = 0;   // the cell's present value
+    double x = 0;   // the cell's current value
     double row = 0; // the number in the row header
-    double i = 0;   // place in the selection, from 1, top to bottom in each column
+    double i = 0;   // position in the selection, from 1, down each column in turn
     double n = 0;   // rows in the selection
   };
 
@@ -30,7 +30,7 @@ public:
   expression(const expression&) = delete;
   expression& operator=(const expression&) = delete;
 
-  // May be infinite or not a number, which the caller refuses. Throws expression_exception.
+  // The result may be infinite or not a number; the caller refuses those. Throws expression_exception.
   double evaluate(const variables& values);
 
 private:

@@ -1,4 +1,4 @@
-// What a TFillCalcTable does with blocks of cells: copy, paste, fill, chart.
+// The operations of a TFillCalcTable on blocks of cells: copy, paste, fill, chart.
 #include "charts/expression.h"
 #include "charts/fill_calc_change.h"
 #include "charts/fill_calc_table.h"
@@ -39,7 +39,7 @@ bool TFillCalcTable::takes_blocks(std::size_t column) const {
 std::string TFillCalcTable::do_copy(bool with_headers) const {
   std::string text;
   if (shown_as_empty_) return text;
-  constexpr std::size_t usual_cell = 11; // characters; saves most of the growth of a large copy
+  constexpr std::size_t usual_cell = 11; // characters; avoids most reallocations of a large copy
   const cell_range block = selection();
   text.reserve(block.rows() * block.columns() * usual_cell);
   const auto columns = content_->columns();
@@ -60,20 +60,20 @@ std::string TFillCalcTable::do_copy(bool with_headers) const {
 
 namespace {
 
-// A value and the cell that it is for.
+// A value and the position of its cell.
 struct placed_value {
   std::uint32_t row, column;
   cell_value value;
 };
 
-// A field that holds a date and a time: the position of the blank or "T" between them.
+// If a field has both a date and a time: the position of the blank or "T" between them.
 std::size_t date_and_time_split(std::string_view field) {
   const std::size_t split = field.find_first_of(" T");
   const bool has_time = split != std::string_view::npos && field.find(':', split) != std::string_view::npos;
   return has_time ? split : std::string_view::npos;
 }
 
-// Reads pasted lines into the values of cells; the first field that a cell refuses ends it.
+// Reads pasted lines into cell values. Ends at the first field that a cell refuses.
 class paste_reader {
 public:
   paste_reader(const grid& content, const pasted_text& lines)
@@ -82,7 +82,7 @@ public:
   }
 
   std::vector<placed_value> values;
-  std::string refusal; // a sentence; empty: all was read
+  std::string refusal; // a sentence; empty: everything was read
 
   bool read_line(std::size_t line, std::size_t row, std::size_t left) {
     std::size_t column = left;
@@ -110,8 +110,8 @@ private:
       values.push_back({static_cast<std::uint32_t>(row), static_cast<std::uint32_t>(column), std::move(entry.value)});
     return entry.refusal;
   }
-  // The field is what the cell holds or shows, which may be rounded; a stored text may be longer than what can be
-  // typed.
+  // Whether the field is what the cell contains or shows. The shown text may be rounded, and a stored text may be
+  // longer than an entry can be.
   bool stays(std::string_view field, const cell_value& value, std::size_t row, std::size_t column) const {
     const cell_value present = content_.value(row, column);
     if (present == value) return true;
@@ -171,7 +171,7 @@ TFillCalcTable::paste_outcome TFillCalcTable::do_paste(std::string_view text) {
 
 namespace {
 
-// Evaluates the formula for the cells of one column; the first result that its cell refuses ends it with a sentence.
+// Evaluates the formula for the cells of one column. Ends with a sentence at the first result that its cell refuses.
 std::string compute_column(const grid& content, std::size_t column, const cell_range& block, expression& formula,
                            std::vector<double>& results) {
   const cell_type& type = content.columns()[column].type;
@@ -223,7 +223,7 @@ std::string TFillCalcTable::calculate_selection(std::string_view text) {
     for (const std::size_t c : texts)
       for (std::size_t row = block.top; row <= block.bottom; ++row)
         write(row, c, read_entry(content_->columns()[c].type, text).value);
-  if (view_) view_->cells_changed({block.top, 0, block.bottom, content_->columns().size() - 1}); // marks, too
+  if (view_) view_->cells_changed({block.top, 0, block.bottom, content_->columns().size() - 1}); // including marks
   one.complete();
   return {};
 }

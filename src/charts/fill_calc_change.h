@@ -1,4 +1,4 @@
-// One operation on a table, from OnBeginChange to OnEndChange, also when it throws. Internal to TFillCalcTable.
+// One operation on a table, from OnBeginChange to OnEndChange, even if it throws. Internal to TFillCalcTable.
 #pragma once
 
 #include "charts/fill_calc_table.h"

@@ -19,7 +19,7 @@ std::string plural(std::size_t count, const char* word) {
 
 } // namespace
 
-// What is shown.
+// Display.
 
 void TFillCalcTable::show(grid& content) {
   content_ = &content;

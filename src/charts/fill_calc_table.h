@@ -1,8 +1,8 @@
 // TFillCalcTable: a grid whose selected block can be copied, pasted over, filled from an expression and charted.
 //
-// The table's logic without a widget. A view shows `content()` and passes on what the user does; the table decides
-// what becomes of it. Main thread only. Every operation that changes cells runs between OnBeginChange and OnEndChange;
-// one that throws in between has changed nothing that the owner cannot take back.
+// The table's logic without a widget. A view shows `content()` and forwards the user's actions; the table carries them
+// out. Main thread only. Every operation that changes cells runs between OnBeginChange and OnEndChange; if it throws in
+// between, the owner can undo everything that it has changed.
 #pragma once
 
 #include "charts/general_graph_data.h"
@@ -17,15 +17,15 @@
 
 namespace vesk {
 
-// What shows a table. All members are called on the main thread, after the change.
+// The display of a table. All members are called on the main thread, after the change.
 class table_view {
 public:
   virtual ~table_view() = default;
-  virtual void columns_changed() {}                // and with them everything else
+  virtual void columns_changed() {}                // and everything else with them
   virtual void rows_changed() {}                   // count, order or all values
   virtual void cells_changed(const cell_range&) {} // values
   virtual void active_cell_changed() {}
-  virtual void entry_refused() {} // or taken back; see TFillCalcTable::refused
+  virtual void entry_refused() {} // or given up; see TFillCalcTable::refused
 };
 
 enum class move_command { none, up, down, left, right };
@@ -36,41 +36,42 @@ public:
   TFillCalcTable(const TFillCalcTable&) = delete;
   TFillCalcTable& operator=(const TFillCalcTable&) = delete;
 
-  // The grid control's events, for the dialog that owns the table. All may be empty.
-  std::function<void(const std::string& label)> OnBeginChange; // an operation of this name begins
-  std::function<void(bool completed)> OnEndChange;             // and has ended, or thrown in the middle
-  std::function<void(std::size_t column)> OnDoneEdit;          // one entry was written; the rows are in order again
+  // The events of the grid control, for the dialog that owns the table. All may be empty.
+  std::function<void(const std::string& label)> OnBeginChange; // an operation with this name begins
+  std::function<void(bool completed)> OnEndChange;             // it has ended; false: by an exception
+  std::function<void(std::size_t column)> OnDoneEdit;          // one entry was written; the rows are sorted again
   std::function<void()> OnRowsChanged;                         // rows were inserted, erased or appended
   std::function<void(std::size_t row)> OnEnteringRow;
   std::function<void(std::size_t row, std::size_t column)> OnClick; // a click on a typed_only check box
 
-  // The content; `show` also when the columns or the grid behind it have changed. Position and selection are clamped.
+  // The content. Call `show` also when the columns or the grid's records have changed. Position and selection are
+  // clamped.
   const grid& content() const { return *content_; }
   void show(grid& content);
   void set_view(table_view* view) { view_ = view; }
 
-  // Shows the rows as the grid now has them; an empty grid shows one blank row that takes no input.
+  // Shows the current rows of the grid; an empty grid shows one blank row that accepts no input.
   void display_rows(bool repaint = true);
   void display_as_empty();
   void display_as_non_empty();
   bool is_shown_as_empty() const { return shown_as_empty_; }
-  std::size_t row_limit() const { return shown_as_empty_ ? 1 : content_->row_count(); } // rows in sight
+  std::size_t row_limit() const { return shown_as_empty_ ? 1 : content_->row_count(); } // rows shown
 
-  // The active cell and the selected block. Without a selection the active cell counts as one.
+  // The active cell and the selected block. Without a selection the active cell is the selection.
   std::size_t active_row() const { return active_row_; }
   std::size_t active_column() const { return active_column_; }
   void set_active(std::size_t row, std::size_t column); // clamped; raises OnEnteringRow when the row changes
   void set_selection(std::optional<cell_range> range) { selection_ = range; }
-  cell_range selection() const; // within the rows and columns that there are
+  cell_range selection() const; // within the existing rows and columns
   bool all_rows_selected() const;
 
   // One cell.
   std::string text(std::size_t row, std::size_t column) const;       // as shown; a refused entry as typed
-  std::string entry_text(std::size_t row, std::size_t column) const; // what an editor opens with
+  std::string entry_text(std::size_t row, std::size_t column) const; // the initial text of an editor
   std::string tool_tip(std::size_t row, std::size_t column) const;
   bool is_editable(std::size_t row, std::size_t column) const;
-  // Takes what was typed. False: refused, and kept as `refused` until it is corrected or given up. Text equal to the
-  // one shown writes nothing; while another cell's entry is refused nothing is taken.
+  // Accepts a typed text. False: refused, and kept in `refused` until it is corrected or given up. A text equal to the
+  // one shown writes nothing; while the entry of another cell is refused, nothing is accepted.
   bool enter(std::size_t row, std::size_t column, std::string_view text);
   void click(std::size_t row, std::size_t column); // on a check box
 
@@ -88,14 +89,14 @@ public:
   void delete_active_row();
   void delete_selected_rows();
   void delete_all_rows();
-  bool extend_on_down(move_command command); // appends a row when down leaves the last one; true: it did
+  bool extend_on_down(move_command command); // appends a row if "down" is pressed on the last one; true if it did
   void sort_rows();
 
-  // Blocks. `do_copy` gives exact values, cells separated by tabs, rows by line ends.
+  // Blocks. `do_copy` gives exact values, separated by tabs, with a line end after each row.
   std::string do_copy(bool with_headers = false) const;
 
-  // Writes the clipboard's text from the selection's first cell on, or nothing of it. Where rows are free the grid gets
-  // as many as are needed; with all rows selected the pasted lines replace them.
+  // Writes the clipboard's text from the first cell of the selection on, completely or not at all. If rows are free the
+  // grid gets as many as are needed; if all rows are selected the pasted lines replace them.
   struct paste_outcome {
     std::string refusal; // a sentence; empty: pasted
     std::size_t first_row = 0, rows = 0;
@@ -104,16 +105,16 @@ public:
   };
   paste_outcome do_paste(std::string_view text);
 
-  // Fills the selected cells from an expression (see expression.h). Returns the sentence that says why nothing was
-  // written, empty when all was. Where only text cells are selected they take the text as it is.
+  // Fills the selected cells from an expression (see expression.h). Returns a sentence that says why nothing was
+  // written; empty on success. If only text cells are selected they get the text itself.
   std::string calculate_selection(std::string_view expression);
 
-  // The rows as a series, times as days since 1970; null when there are none. Columns count from 1, as the row header
-  // is column 0.
+  // The rows as a series, with times as days since 1970; null if there are none. Columns count from 1, because the row
+  // header is column 0.
   std::unique_ptr<general_graph_data> generate_moment_value_graph_data(int date_column, int time_column,
                                                                        int value_column) const;
 
-  // The next marked cell after the active one, or the first of all, row by row. False: there is none.
+  // Moves to the next marked cell after the active one, or to the first of all, row by row. False if there is none.
   bool go_to_next_mark(bool from_start = false);
 
 private:

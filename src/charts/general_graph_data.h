@@ -1,4 +1,4 @@
-// A series as it is handed to a chart.
+// A series in the form passed to a chart.
 #pragma once
 
 #include <cstdint>
@@ -14,10 +14,10 @@ struct general_graph_data {
   std::int32_t count;
   std::vector<double> x; // days since 1 January 1970 at 00:00, or plain numbers
   std::vector<double> y;
-  std::int32_t not_a_date_axis = 0; // 1 when `x` holds plain numbers
+  std::int32_t not_a_date_axis = 0; // 1 if `x` holds plain numbers
   std::string label;                // in the legend
   bool steps = false;               // each value holds until the next point
-  std::vector<std::size_t> rows;    // of each point, where it came from; empty: in the order of the rows
+  std::vector<std::size_t> rows;    // for each point, its row; empty: in the order of the rows
 
   std::size_t row_of(std::size_t point) const { return rows.empty() ? point : rows[point]; }
 };

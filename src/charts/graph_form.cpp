@@ -67,8 +67,8 @@ void TGraphForm::replace_series(std::unique_ptr<general_graph_data> data) {
   bounds_ = seen;
 }
 
-// From the first to the last date and time; from the smallest to the largest value with some room. One point, or equal
-// values, get one day or one unit around them.
+// From the first to the last date and time, and from the smallest to the largest value with some margin. A single
+// point, or equal values, get one day or one unit around them.
 void TGraphForm::find_data_bounds() {
   double low = std::numeric_limits<double>::infinity(), high = -low;
   data_begin_ = low;
@@ -88,7 +88,7 @@ void TGraphForm::find_data_bounds() {
   double_sextuple all;
   all.x_minimum = data_begin_ == data_end_ ? data_begin_ - 1 : data_begin_;
   all.x_maximum = data_begin_ == data_end_ ? data_end_ + 1 : data_end_;
-  // One by one, since the difference of two finite values may be infinite.
+  // Computed separately, since the difference of two finite values may be infinite.
   const double room = low == high ? 1 : high * room_above_and_below - low * room_above_and_below;
   all.first_minimum = all.second_minimum = low - room;
   all.first_maximum = all.second_maximum = high + room;
@@ -107,7 +107,7 @@ std::string TGraphForm::header() const {
   return title_.empty() ? date_text() : title_ + "  - " + date_text();
 }
 
-// From the coarse to the fine as the view narrows. On one day the number of the day comes before the year.
+// More detail as the view narrows. For a single day the day's number is before the year.
 std::string TGraphForm::date_text() const {
   const calendar_date from = date_at(bounds_.x_minimum), to = date_at(bounds_.x_maximum);
   const std::string month = month_names[from.month - 1], year = std::to_string(from.year);
@@ -141,7 +141,7 @@ void TGraphForm::press(mouse_button button, double x, double y) {
     band_ = {plot_.left, y, plot_.right, y};
 }
 
-// The edge that the pointer has passed moves with it.
+// The edge that the pointer has passed moves along with it.
 void TGraphForm::move(double x, double y) {
   if (!zooming_ || !plot_.contains(x, y)) return;
   if (*zooming_ == mouse_button::left)
@@ -192,7 +192,7 @@ void TGraphForm::zoom_value(double x) {
 
 namespace {
 
-// False: the bounds are too near to each other to be told apart any more.
+// False if the bounds are too close to be told apart.
 bool take_middle_half(double& minimum, double& maximum) {
   const double low = minimum + (maximum - minimum) / 4, high = maximum - (maximum - minimum) / 4;
   if (!(minimum < low && low < high && high < maximum)) return false;
@@ -227,7 +227,7 @@ void TGraphForm::unzoom_completely() {
   bounds_ = default_bounds_;
 }
 
-// Paging: always by one whole width, and never beyond the data.
+// Paging: always by one whole width, never beyond the data.
 
 void TGraphForm::page_to(double x_minimum, double x_maximum) {
   bounds_.x_minimum = x_minimum;

@@ -1,7 +1,7 @@
 // TGraphForm: a chart of one or more series, without a widget.
 //
-// Holds the series, the bounds in sight, the zoom levels and the title. A view draws them and passes on where the mouse
-// is. X is days since 1 January 1970 (or plain numbers), pixels grow to the right and downwards. Main thread only.
+// Has the series, the visible bounds, the zoom levels and the title. A view draws them and reports the position of the
+// mouse. X is days since 1 January 1970 (or plain numbers), pixels grow to the right and downwards. Main thread only.
 #pragma once
 
 #include "charts/general_graph_data.h"
@@ -16,7 +16,7 @@
 
 namespace vesk {
 
-// A value that is drawn as a gap, as is every one that is not finite.
+// A value drawn as a gap, as is any value that is not finite.
 inline constexpr double hole_value = 1e308;
 
 // Axis bounds: x, first and second vertical axis.
@@ -38,19 +38,19 @@ struct plot_rectangle {
 class TGraphForm {
 public:
   static constexpr const char* caption = "Graph";
-  // A drag that is shorter, in pixels, is a click and zooms nothing.
+  // A drag shorter than this, in pixels, is a click and does not zoom.
   static constexpr double shortest_drag = 3;
 
-  // The look: backgrounds of the chart, of the area around the plot and of the plot, as #RRGGBB.
+  // Colours: background of the chart, of the area around the plot and of the plot, as #RRGGBB.
   struct look {
     const char* backgrounds[3];
   };
 
   explicit TGraphForm(std::string title = {}) : title_(std::move(title)) {}
 
-  // Takes the series. Points out of order are brought into time order; see `was_unsorted`.
+  // Takes ownership of a series. Points are sorted by time if necessary; see `was_unsorted`.
   void add_series(std::unique_ptr<general_graph_data> data);
-  // The one series of a chart that is fed anew. Bounds that have been zoomed stay while the series has the same label.
+  // For a chart of one series whose points have changed. Zoomed bounds are kept if the series has the same label.
   void replace_series(std::unique_ptr<general_graph_data> data);
 
   const std::vector<std::unique_ptr<general_graph_data>>& series() const { return series_; }
@@ -58,7 +58,7 @@ public:
   bool date_axis() const { return date_axis_; }
   const double_sextuple& bounds() const { return bounds_; }
   std::string header() const;  // title and date text
-  std::string summary() const; // in a sentence, for those who do not see the chart
+  std::string summary() const; // a sentence, for users who cannot see the chart
 
   bool monochrome() const { return monochrome_; }
   void toggle_monochrome() { monochrome_ = !monochrome_; }
@@ -66,7 +66,7 @@ public:
 
   void set_plot_rectangle(const plot_rectangle& plot) { plot_ = plot; }
 
-  // The mouse. `right_button`: a value zoom, else a time zoom. The band is what the view draws while zooming.
+  // The mouse. `right_button`: zooms values, otherwise times. The band is drawn by the view while zooming.
   enum class mouse_button { left, right };
   void press(mouse_button button, double x, double y);
   void move(double x, double y);
@@ -75,7 +75,7 @@ public:
   const plot_rectangle& band() const { return band_; }
   std::size_t zoom_levels() const { return zoom_stack_.size(); }
 
-  // From the keyboard: the middle half of what is in sight.
+  // By keyboard: zooms to the middle half of the view.
   void zoom_in_time();
   void zoom_in_value();
 
@@ -86,13 +86,13 @@ public:
   void scroll_forward();
   void go_to_end_of_data();
 
-  // The point that is drawn nearest to a pixel, at most `reach` pixels away: position of the series and of the point.
+  // The drawn point nearest to a pixel, at most `reach` pixels away: positions of the series and of the point.
   struct point_place {
     std::size_t series, point;
   };
   std::optional<point_place> point_at(double x, double y, double reach) const;
 
-  int y_zoom_axes = 3; // which vertical axes a value zoom changes: 0 by the mouse, 1 first, 2 second, others both
+  int y_zoom_axes = 3; // vertical axes changed by a value zoom: 0 by the mouse, 1 first, 2 second, others both
 
 private:
   void find_data_bounds();

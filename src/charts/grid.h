@@ -1,7 +1,7 @@
-// What a grid shows and changes, by row and column. No widget, and no knowledge of the records behind it.
+// What a grid shows and changes, by row and column. No widget, and no knowledge of the underlying records.
 //
-// Rows and columns count from 0; the row header with the row's number is not a column. A grid reads and writes its
-// records anew at each call and keeps no pointer to them.
+// Rows and columns count from 0; the row header with the row's number is not a column. A grid accesses its records anew
+// in each call and keeps no pointer to them.
 #pragma once
 
 #include "charts/cell.h"
@@ -18,11 +18,11 @@ struct grid_column {
   std::string header; // lines separated by '\n'
   cell_type type;
   bool editable = true;
-  // An entry writes the cell, but pastes and fills pass over it.
+  // Typed entries write the cell, but pastes and fills skip it.
   bool typed_only = false;
 };
 
-// A cell worth a look. Never the reason to refuse it.
+// A cell worth checking. Never a reason to refuse its value.
 struct cell_mark {
   std::string text; // one sentence; empty: no mark
   explicit operator bool() const { return !text.empty(); }
@@ -34,21 +34,21 @@ public:
 
   virtual std::span<const grid_column> columns() const = 0;
   virtual std::size_t row_count() const = 0;
-  virtual cell_value value(std::size_t row, std::size_t column) const = 0; // blank where there is no such record
-  // `value` has been accepted by the column's cell type.
+  virtual cell_value value(std::size_t row, std::size_t column) const = 0; // blank if there is no such record
+  // `value` was accepted by the column's cell type.
   virtual void set_value(std::size_t row, std::size_t column, const cell_value& value) = 0;
 
   virtual cell_mark mark(std::size_t, std::size_t) const { return {}; }
   virtual std::string tool_tip(std::size_t, std::size_t) const { return {}; }
   virtual std::optional<cell_value> default_value(std::size_t, std::size_t) const { return std::nullopt; }
 
-  // A grid with fixed rows keeps these as they are.
+  // Grids with fixed rows do not override these.
   virtual bool has_free_rows() const { return false; }
   virtual void insert_row(std::size_t) {}              // a default row before this one
   virtual void erase_rows(std::size_t, std::size_t) {} // first, count
-  virtual void resize(std::size_t) {}                  // default rows are appended, or the last ones erased
+  virtual void resize(std::size_t) {}                  // appends default rows, or erases the last ones
 
-  // Brings the rows into their order after an edit; returns where the row given is afterwards.
+  // Sorts the rows after an edit; returns the new position of `row`.
   virtual std::size_t sort(std::size_t row) { return row; }
 };
 

@@ -1,6 +1,6 @@
 // The items of a combo cell.
 //
-// Texts are made when they are asked for: a list of 1e5 segments builds none before its popup is opened.
+// Texts are made on demand: a list of 1e5 segments builds none before its popup is opened.
 #pragma once
 
 #include <cstddef>
@@ -18,22 +18,22 @@ public:
   virtual std::size_t size() const = 0;
   virtual std::string text(std::size_t item) const = 0; // item: below size()
 
-  // What a cell shows whose record holds a position without an item.
+  // The text shown for a stored position without an item.
   virtual std::string text_beyond(std::size_t) const { return {}; }
 
-  // The item that a typed or pasted text means; nothing when there is none, or more than one.
+  // The item meant by a typed or pasted text; nothing if there is none, or more than one.
   virtual std::optional<std::size_t> find(std::string_view text) const;
 
-  // How expressions number the items: by position from 0, unless a list has its own way. `item_of` gives nothing for a
-  // number that is not an item's.
+  // The numbers of the items in expressions: their positions from 0, unless a list overrides this. `item_of` gives
+  // nothing for a number without an item.
   virtual double number_of(std::size_t item) const { return static_cast<double>(item); }
   virtual std::optional<std::size_t> item_of(double number) const;
 };
 
-// Items that never change.
+// A list that never changes.
 class fixed_items final : public item_list {
 public:
-  // `stand_in`: the item that a position without one shows.
+  // `stand_in`: the item shown for a position without one.
   explicit fixed_items(std::vector<std::string> texts, std::optional<std::size_t> stand_in = std::nullopt)
       : texts_(std::move(texts)), stand_in_(stand_in) {}
 

@@ -15,7 +15,7 @@ std::string formatted(double value, std::chars_format format, int precision) {
   return {text.data(), end};
 }
 
-// The plain or exponent form with as many digits as `width` characters hold.
+// The plain or exponent form with as many digits as fit in `width` characters.
 std::string in_width(double value, std::size_t width) {
   for (int precision = 15; precision > 1; --precision) {
     std::string text = formatted(value, std::chars_format::general, precision);

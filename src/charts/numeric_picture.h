@@ -1,8 +1,8 @@
-// Numbers as the entry pictures of the grids show them.
+// Formats numbers by the entry pictures of the grids.
 //
-// In a picture "#" is a position for a digit (or the sign) and "E" one in exponent style; a point parts the positions
-// before and after it. "#######.###" shows three decimals and has room for seven characters before the point;
-// "EEEEEEE.EEEEEEE" and a lone "E" show the shortest plain or exponent form.
+// In a picture "#" is a position for a digit (or the sign) and "E" one in exponent style; a point separates the
+// positions before and after it. "#######.###" shows three decimals and has room for seven characters before the point;
+// "EEEEEEE.EEEEEEE" and a single "E" show the shortest plain or exponent form.
 #pragma once
 
 #include <string>
@@ -13,8 +13,8 @@ namespace vesk {
 // The width of a field whose picture is a single character.
 inline constexpr int simple_field_width = 14;
 
-// The number in the picture. A number that its positions would cut (too large, or other than 0 but shown as 0) is
-// shown in exponent form instead, so that no digit that is shown is wrong.
+// The number in the picture. A number that would lose digits (too large, or shown as 0 without being 0) is shown in
+// exponent form instead, so that the digits shown are never wrong.
 std::string number_in_picture(double value, std::string_view picture);
 
 } // namespace vesk

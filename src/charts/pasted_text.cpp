@@ -10,8 +10,8 @@ bool ends_field(std::string_view text, std::size_t i) {
   return i == text.size() || text[i] == '\t' || text[i] == '\n' || text.substr(i, 2) == "\r\n";
 }
 
-// Reads a field in quotes that begins at `i` and moves `i` behind it. Nothing, and `i` as before, when the quotes do
-// not enclose a whole field: they are then part of a plain one.
+// Reads a quoted field at `i` and moves `i` past it. Nothing, with `i` unchanged, if the quotes do not enclose a whole
+// field; they are then part of a plain one.
 std::optional<std::string> quoted_field(std::string_view text, std::size_t& i) {
   if (i == text.size() || text[i] != '"') return std::nullopt;
   std::string field;
@@ -45,7 +45,7 @@ pasted_text::pasted_text(std::string_view text) {
     if (i < text.size() && text[i] == '\t') {
       ++i;
       if (i < text.size()) continue;
-      fields_.emplace_back(); // a tab at the very end has an empty field after it
+      fields_.emplace_back(); // a tab at the very end is followed by an empty field
     }
     if (i < text.size() && text[i] == '\r') ++i;
     if (i < text.size()) ++i;

@@ -1,4 +1,4 @@
-// The clipboard's text as lines of fields.
+// Splits the clipboard's text into lines of fields.
 #pragma once
 
 #include <cstddef>
@@ -9,8 +9,8 @@
 
 namespace vesk {
 
-// Tabs separate fields; a line ends with "\n" or "\r\n", and the last one need not. A field in double quotes, as
-// spreadsheets write one that holds a tab, a quote or a line end, is taken without them, and two quotes in it are one.
+// Fields are separated by tabs; lines end with "\n" or "\r\n", which is optional after the last one. Spreadsheets put a
+// field with a tab, a quote or a line end in double quotes: these are removed, and two quotes inside become one.
 class pasted_text {
 public:
   explicit pasted_text(std::string_view text);

@@ -14,8 +14,8 @@ namespace vesk {
 
 namespace {
 
-// A box's text on one line: its line ends and the blanks around them become one blank. They are CR and LF; what comes
-// from elsewhere and has another is escaped when it is printed.
+// The text of a box on one line: line ends (CR and LF), with the blanks around them, become one blank. Other line ends,
+// in texts from outside, are escaped when printed.
 std::string on_one_line(const std::string& text) {
   std::string line;
   bool at_line_end = false;
@@ -62,7 +62,7 @@ void console_interface::print(std::FILE* stream, const std::string& text) {
 
 void console_interface::write(const std::string& text) {
   if (std::fputs(text.c_str(), out_) >= 0 && std::fflush(out_) == 0) return;
-  if (std::exchange(lost_output_, true)) return; // once is enough
+  if (std::exchange(lost_output_, true)) return; // reported only once
   say_failure(file_failure("write", "standard output", errno));
 }
 
@@ -114,7 +114,7 @@ void console_interface::begin_progress() {
 }
 
 void console_interface::end_progress(bool good) {
-  if (good && highest_ > 0) set_progress(100); // the last report comes before the end of the work
+  if (good && highest_ > 0) set_progress(100); // the engine's last report is before its end
   wipe_bar();
   progress_runs_ = false;
 }
@@ -132,7 +132,7 @@ void console_interface::refresh_progress() {
   const std::string words = printable_text(std::to_string(percent_) + " %" + time_remaining_ +
                                            (info_label_.empty() ? "" : "  ") + info_label_);
   const int width = terminal_width(err_) - 1;
-  const int cells = std::clamp(width - static_cast<int>(words.size()) - 3, 8, 30); // what the words leave
+  const int cells = std::clamp(width - static_cast<int>(words.size()) - 3, 8, 30); // the space left by the words
   std::string line = "[";
   for (int i = 0; i < cells; ++i) line += i * 100 < percent_ * cells ? '#' : '.';
   line += "] " + words;

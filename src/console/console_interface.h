@@ -12,26 +12,26 @@ class console_interface final : public user_interface {
 public:
   struct settings {
     progress_style progress = progress_style::automatic; // automatic: a bar on a terminal, plain lines elsewhere
-    bool quiet = false;                                  // failures only
+    bool quiet = false;                                  // only failures
     bool yes = false;                                    // Yes or OK to every question
   };
 
   // Info lines go to `out`, failures, boxes and progress to `err`.
   console_interface(settings s, std::FILE* out, std::FILE* err);
 
-  // The subject of the messages: put before the text of a box that does not name it.
+  // The subject of the following messages: put before the text of a box that does not contain it.
   void set_subject(const std::string& subject) override { subject_ = subject; }
 
-  // One line about a failure.
+  // Prints one line about a failure.
   void say_failure(const std::string& text);
-  void say(const std::string& text); // one line; nothing when quiet
+  void say(const std::string& text); // one line; nothing if quiet
 
   // Writes to `out` unchanged.
   void write(const std::string& text);
-  // True once writing to `out` failed, as on a full disk; this was reported. For the exit status.
+  // True once writing to `out` has failed, as on a full disk. The failure was reported. For the exit status.
   bool lost_output() const { return lost_output_; }
 
-  // The bar begins and ends with a job; `good`: the job did all its work.
+  // The bar is shown during a job; `good`: the job did all its work.
   void begin_progress();
   void end_progress(bool good);
 
@@ -45,7 +45,7 @@ public:
   void set_commands(const command_conditions&) override {}
   void close_main_window() override {}
   void add_info_line(const std::string& text, int icon) override;
-  void clear_info_lines() override {} // what has been printed stays
+  void clear_info_lines() override {} // printed lines cannot be cleared
   void set_progress(int percent) override;
   void set_info_label(const std::string& text) override { info_label_ = text; }
   void set_time_remaining_label(const std::string& text) override { time_remaining_ = text; }

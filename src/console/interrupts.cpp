@@ -13,7 +13,7 @@ constexpr int cancelled = 130;
 std::atomic<int> signals_seen{0};
 std::atomic<bool> keyboard{false};
 std::atomic<bool> at_once{false};
-static_assert(std::atomic<int>::is_always_lock_free && std::atomic<bool>::is_always_lock_free); // fit for a handler
+static_assert(std::atomic<int>::is_always_lock_free && std::atomic<bool>::is_always_lock_free); // required in a handler
 
 extern "C" void note_signal(int signal) {
   if (signal == SIGINT) keyboard = true;
@@ -23,7 +23,7 @@ extern "C" void note_signal(int signal) {
 void watch(int signal) {
   struct sigaction action = {};
   sigaction(signal, nullptr, &action);
-  if (action.sa_handler == SIG_IGN) return; // as a shell sets it for a job in the background, and nohup
+  if (action.sa_handler == SIG_IGN) return; // set by a shell for a background job, and by nohup
   action = {};
   action.sa_handler = note_signal;
   action.sa_flags = SA_RESTART;
@@ -48,7 +48,7 @@ bool interrupted_by_keyboard() {
 
 ends_at_once::ends_at_once() {
   at_once = true;
-  if (interrupted()) _exit(cancelled); // came before the handler could see it
+  if (interrupted()) _exit(cancelled); // arrived before the handler could see it
 }
 
 ends_at_once::~ends_at_once() {

@@ -1,17 +1,17 @@
-// Ctrl+C, SIGTERM and SIGHUP: a request that is polled, or the end at once.
+// Ctrl+C, SIGTERM and SIGHUP: a request that is polled, or the immediate end.
 #pragma once
 
 namespace vesk {
 
-// Takes over the three signals. The third one ends the process at once with status 130, for an engine that never
-// checks for a cancel.
+// Handles the three signals. The third signal ends the process at once with status 130, for engines that never check
+// for a cancel.
 void watch_interrupts();
 
-// True once a signal has come.
+// True after a signal.
 bool interrupted();
-bool interrupted_by_keyboard(); // and one of them was Ctrl+C
+bool interrupted_by_keyboard(); // one of the signals was Ctrl+C
 
-// While it exists, the first signal ends the process at once, also one that arrived before. For work on the main thread
+// While it exists, the first signal ends the process at once, even if it arrived before. For work on the main thread
 // that does not poll and leaves nothing half-written: reading files, executing queries.
 class ends_at_once {
 public:

@@ -33,6 +33,6 @@ int main(int argc, char** argv) {
   } catch (const std::exception& error) {
     ui.say_failure(error.what());
     std::fflush(nullptr);
-    std::_Exit(exit_failure); // a job may still be at work on what would be taken down
+    std::_Exit(exit_failure); // no cleanup: a job may still be using objects
   }
 }

@@ -14,14 +14,14 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// One option of the console alone. Exactly one of the members says what it sets.
+// An option of the console only. `flag` or `text` is the member that it sets; if both are null it has its own code.
 struct option_row {
   const char* name;
-  const char* argument; // as the usage shows it; null: takes none
+  const char* argument; // as shown in the usage; null: no argument
   const char* help;
   bool console_options::*flag = nullptr;
   std::optional<std::string> console_options::*text = nullptr;
-  bool once = false; // a piece of work: a second one would silently take the place of the first
+  bool once = false; // a task: a second one would silently replace the first
 };
 
 constexpr option_row rows[] = {
@@ -116,7 +116,7 @@ public:
   }
 
 private:
-  // Recognised in any case of letters, as in the window.
+  // Recognised in any letter case, as in the window.
   void window_option(const std::string& argument) {
     const std::string word = upper_case(argument);
     if (word != "-RUN" && word != "-QUIT" && word != "-EXPERT" && word != "-IMPORT") unknown_option(argument);
@@ -159,7 +159,7 @@ private:
     return taken;
   }
 
-  // Another option in the place of a value means that the value was forgotten.
+  // An option instead of a value means that the value was forgotten.
   static void check_value(const std::string& name, const std::string& value) {
     if (value.empty()) throw usage_error("Option " + name + " requires a value.");
     if (value[0] == '-')
@@ -171,7 +171,7 @@ private:
       throw usage_error("Option " + name + " does not accept a device, found \"" + value + "\".");
   }
 
-  // Standard output may be a file or a pipe: then its names under /dev are not devices, but no file to save either.
+  // Standard output may be a file or a pipe. Its names under /dev are then not devices, but still not files to save to.
   static void check_file_to_save(const std::string& value) {
     std::error_code ignored;
     if ((value.starts_with("/dev/") && !value.starts_with("/dev/shm/")) || fs::is_fifo(value, ignored))

@@ -9,7 +9,7 @@
 
 namespace vesk {
 
-// A wrong command line: one sentence.
+// The command line is wrong: one sentence.
 class usage_error : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
@@ -17,7 +17,7 @@ class usage_error : public std::runtime_error {
 enum class progress_style { automatic, bar, plain, none };
 
 struct console_options {
-  std::vector<std::string> walk; // files and the options that the window knows too, for the main form
+  std::vector<std::string> walk; // files, and options shared with the window, for the main form
   bool run = false;
   bool import = false;
 
@@ -39,7 +39,7 @@ struct console_options {
   bool help = false;
   bool version = false;
 
-  // True when there is work to do besides --help and --version.
+  // True if there is work to do besides --help and --version.
   bool any_work() const;
 };
 

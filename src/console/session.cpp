@@ -17,7 +17,7 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
-constexpr milliseconds longest_sleep(50); // an interrupt waits at most this long
+constexpr milliseconds longest_sleep(50); // the longest delay of an interrupt
 constexpr milliseconds last_farewell(2000);
 
 } // namespace
@@ -30,7 +30,7 @@ int session::run() {
   if (!catalogue_is_there()) return exit_failure;
   step result = open_files();
   if (result == step::done) result = jobs();
-  // A job that has just ended frees itself on its own thread, which the process must not overtake.
+  // A job that has just ended frees itself on its own thread; the process must not exit before that.
   const auto until = steady_clock::now() + last_farewell;
   while (live_thread_count() > 0 && steady_clock::now() < until) wait_and_synchronize(milliseconds(1));
   return ui_.lost_output() ? static_cast<int>(exit_failure) : status_of(result);
@@ -51,11 +51,11 @@ void session::set_up() {
   };
 }
 
-// Jobs never report that they cannot write their logs, but here somebody has asked for them.
+// Jobs never report a log that cannot be written, but here the user has asked for one.
 void session::try_log() {
   if (form_.log_file_name.empty())
     return tell_log_loss("There is no folder for the log, since the account has no home; --log=DIR names one.");
-  std::error_code ignored; // the failure to write the file says more
+  std::error_code ignored; // the failure to write the file is more specific
   std::filesystem::create_directories(form_.log_file_name.parent_path(), ignored);
   if (const int error = append_to_side_file(form_.log_file_name, ""))
     tell_log_loss(file_failure("write", form_.log_file_name.native(), error));
@@ -76,7 +76,7 @@ bool session::catalogue_is_there() {
   }
 }
 
-// The walk of the arguments goes on after a file that cannot be opened, but nothing is done with what it opened.
+// If a file cannot be opened, the remaining arguments are still processed, but nothing is done with the opened files.
 session::step session::open_files() {
   const auto requests = [this] {
     const ends_at_once on_a_signal;
@@ -91,8 +91,8 @@ session::step session::open_files() {
   return job(requests.import_name, [&] { form_.import_file(requests.import_name); });
 }
 
-// A run or an export leaves the data set as it is, so what follows one that has failed is still done. All else that
-// fails ends the work: the rest would work on a half-built data set.
+// A run or an export leaves the data set unchanged, so later steps are done even if it fails. Any other failure ends
+// the work: later steps would use an incomplete data set.
 session::step session::jobs() {
   step result = step::done;
   bool ended = false;
@@ -149,7 +149,7 @@ session::step session::job(const std::string& subject, const std::function<void(
   const int failures_before = form_.failures();
   ui_.set_subject(subject);
   launch();
-  ui_.begin_progress(); // of the job, not of what was done before its start
+  ui_.begin_progress(); // of the job only, not of the work before its start
   auto next_tick = steady_clock::now() + milliseconds(TPreveskMainForm::ui_update_interval);
   bool cancel_told = false;
   while (form_.active_thread) {
@@ -185,10 +185,10 @@ session::step session::refresh() {
   if (!form_.execute_all_deferred_queries()) return step::failed;
   if (interrupted()) return step::cancelled;
   if (ui_.queries_executed() == executed_before) ui_.say("No series has a deferred query.");
-  return options_.save ? step::done : save(); // --save does it at its turn
+  return options_.save ? step::done : save(); // --save saves at its own place in the order
 }
 
-// A name after --save means that the user agrees to replace that file; the data set's own file may have changed.
+// With a name after --save the user agrees to replace that file. The data set's own file may have changed on disk.
 session::step session::save() {
   if (!has_data("save")) return step::failed;
   if (!options_.save && split_file_name(form_.file_name).base.empty()) {

@@ -1,4 +1,4 @@
-// One call of vesk-run: its tasks in order, and the exit status.
+// One execution of vesk-run: its tasks in order, and the exit status.
 #pragma once
 
 #include "app/main_form.h"
@@ -9,7 +9,7 @@
 
 namespace vesk {
 
-// The exit statuses of vesk-run. Any other is the engine's return code.
+// The exit statuses of vesk-run. Any other value is the engine's return code.
 enum : int { exit_good = 0, exit_failure = 1, exit_usage = 2, exit_cancelled = 130, exit_unfit_return_code = 125 };
 
 class session {
@@ -20,8 +20,8 @@ public:
   int run();
 
 private:
-  // How a step of the work ended, the most serious last. run_failed: the engine set a return code other than 0 in a
-  // run; the exit status is that code. In any other job such a code counts as a failure.
+  // The outcome of a step of the work, the most serious last. run_failed: in a run, the engine set a return code other
+  // than 0, which becomes the exit status. In any other job such a code counts as a failure.
   enum class step { done, run_failed, cancelled, failed };
 
   void set_up();
@@ -33,7 +33,7 @@ private:
   step job(const std::string& subject, const std::function<void()>& launch);
   step with_data(const char* what, const std::string& subject, const std::function<void()>& launch);
   step run_model();
-  bool has_data(const char* what); // reports when there is none
+  bool has_data(const char* what); // reports if there is none
   step outcome_since(int failures_before) const;
   step refresh();
   step save();

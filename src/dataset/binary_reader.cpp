@@ -9,10 +9,10 @@ namespace vesk {
 
 namespace {
 constexpr std::size_t buffer_size = std::size_t{256} << 10;
-constexpr std::size_t least_ahead = std::size_t{4} << 10; // what follows an array is mostly the next record's head
-constexpr std::size_t head_ahead = 256;                   // where that array was left to another thread
-constexpr std::size_t long_array = std::size_t{16} << 10; // from here on a call to the system beats a second copy
-constexpr std::size_t large_file = std::size_t{16} << 20; // from here on a second thread saves time
+constexpr std::size_t least_ahead = std::size_t{4} << 10; // after an array, usually the head of the next record
+constexpr std::size_t head_ahead = 256;                   // the same if another thread reads the array
+constexpr std::size_t long_array = std::size_t{16} << 10; // above this a system call is cheaper than a second copy
+constexpr std::size_t large_file = std::size_t{16} << 20; // above this a second thread saves time
 static_assert(binary_reader::longest_piece <= buffer_size);
 } // namespace
 
@@ -41,14 +41,14 @@ void binary_reader::fail_short(std::uint64_t offset, const std::string& wanted) 
                    (left() == 1 ? " is left." : " are left."));
 }
 
-// One read at the present end of the bytes in memory; what follows the first `size` bytes goes into the buffer.
-// Returns how many of the first `size` bytes came.
+// One read at the current end of the bytes in memory; bytes after the first `size` go into the buffer. Returns how many
+// of the first `size` bytes were read.
 std::size_t binary_reader::read(void* to, std::size_t size, std::size_t ahead) {
   const std::size_t got = read_at(descriptor_, size_ - beyond_, to, size, buffer_.get(), ahead, name_);
   if (got == 0) throw file_exception("Cannot read " + name_ + ": it became shorter while it was read.");
   const std::size_t wanted = std::min(got, size);
   next_ = buffer_.get();
-  end_ = buffer_.get() + std::min<std::uint64_t>(got - wanted, beyond_ - wanted); // a file may have grown: not asked
+  end_ = buffer_.get() + std::min<std::uint64_t>(got - wanted, beyond_ - wanted); // ignores growth of the file
   beyond_ -= wanted + static_cast<std::size_t>(end_ - next_);
   return wanted;
 }

@@ -5,8 +5,8 @@
 namespace vesk {
 
 namespace {
-constexpr std::size_t long_array = std::size_t{16} << 10;        // shorter pieces are worth gathering
-constexpr std::uint64_t writeback_step = std::uint64_t{8} << 20; // the disk works while the rest is being made
+constexpr std::size_t long_array = std::size_t{16} << 10;        // shorter pieces are collected in the buffer
+constexpr std::uint64_t writeback_step = std::uint64_t{8} << 20; // so that the disk works while the rest is prepared
 } // namespace
 
 binary_writer::binary_writer(int descriptor, std::string name) : descriptor_(descriptor), name_(std::move(name)) {
@@ -19,7 +19,7 @@ void binary_writer::overflow(std::string_view piece) {
   bytes_.append(piece);
 }
 
-// The buffer and then the piece.
+// Writes the buffer, then the piece.
 void binary_writer::write_out(std::string_view piece) {
   write_all(descriptor_, bytes_, piece, name_);
   written_ += bytes_.size() + piece.size();

@@ -1,6 +1,6 @@
-// Little-endian numbers and plain bytes into a data file or into memory.
+// Writes little-endian numbers and plain bytes to a data file or to memory.
 //
-// Small pieces gather in a buffer; long arrays go to the file directly.
+// Small pieces are collected in a buffer; long arrays are written directly.
 #pragma once
 
 #include "platform/file_io.h"
@@ -14,16 +14,16 @@ namespace vesk {
 
 class binary_writer {
 public:
-  // Writes to the open file `descriptor`, which stays the caller's. `name` is for messages.
+  // Writes to the open file `descriptor`, which the caller keeps. `name` is for messages.
   binary_writer(int descriptor, std::string name);
 
-  // Appends to `memory`, which stays the caller's; nothing has to be finished.
+  // Appends to `memory`, which the caller keeps; `finish` is not needed.
   explicit binary_writer(std::string& memory) : bytes_(memory) {}
 
   binary_writer(const binary_writer&) = delete;
   binary_writer& operator=(const binary_writer&) = delete;
 
-  // Throws file_exception, as all writing does.
+  // Throws file_exception, like all functions that write.
   template <class T>
   void number(T value) {
     bytes({reinterpret_cast<const char*>(&value), sizeof value});
@@ -33,7 +33,7 @@ public:
     bytes_.append(piece);
   }
 
-  // Writes what is still in the buffer. What is not finished may be lost.
+  // Writes the rest of the buffer. Without this call it is lost.
   void finish();
 
 private:
@@ -47,10 +47,10 @@ private:
   std::string buffer_;
   std::string& bytes_ = buffer_; // the buffer, or the caller's memory
   std::uint64_t written_ = 0;    // to the file
-  std::uint64_t on_its_way_ = 0; // of these the system was asked to write to the disk
+  std::uint64_t on_its_way_ = 0; // bytes that the system was asked to start writing to disk
 };
 
-// Takes what a binary_writer takes and only counts it.
+// Accepts the same calls as binary_writer, but only counts the bytes.
 class byte_counter {
 public:
   template <class T>

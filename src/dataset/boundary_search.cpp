@@ -1,4 +1,4 @@
-// The boundary search: which segments touch the outside of the model, and a boundary condition for each of them.
+// The boundary search: finds the segments that touch the outside of the model, and gives each a boundary condition.
 #include "dataset/dataset.h"
 
 #include <vector>
@@ -7,7 +7,7 @@ namespace vesk {
 
 namespace {
 
-// Marks the inner end of a pair whose other end lies outside.
+// Marks the inner end of a pair whose other end is outside.
 void mark(std::vector<bool>& touched, std::int32_t one, std::int32_t two) {
   const std::int32_t inner = one == no_segment ? two : two == no_segment ? one : no_segment;
   if (inner >= 0 && static_cast<std::size_t>(inner) < touched.size()) touched[static_cast<std::size_t>(inner)] = true;
@@ -32,7 +32,7 @@ void prevesk_dataset_data_type::find_boundaries() {
   ensure_default_points(fresh.points);
 
   for (std::size_t s = 0; s < systems.size(); ++s) {
-    // Of several records of one segment only the first is looked at: it alone is erased without a need.
+    // If a segment has several records, only the first counts: only that one is erased when it is not needed.
     std::vector<bool> found(needed.size());
     shared_list<boundary_data_type> kept;
     bool changed = false;

@@ -7,7 +7,7 @@ namespace vesk {
 
 namespace {
 
-// The rows of one table with the columns' values converted, and with a sentence for each value that cannot be.
+// The rows of one table, with column values converted; a value that cannot be converted throws, with one sentence.
 class table {
 public:
   table(catalogue_store& store, std::string_view name, std::vector<std::string_view> columns)
@@ -15,7 +15,7 @@ public:
 
   std::size_t size() const { return rows_.size(); }
 
-  // Null reads as 0 and as an empty text.
+  // Null reads as 0 or as an empty text.
   std::int64_t integer(std::size_t row, std::size_t column) const {
     const catalogue_value& value = rows_[row][column];
     if (const auto* i = std::get_if<std::int64_t>(&value)) return *i;
@@ -44,7 +44,8 @@ public:
     wrong(row, column, "a text");
   }
 
-  // The rows whose first column is `key`, ordered by the last column, Sort_key; equal keys in the store's order.
+  // The rows whose first column is `key`, ordered by the last column, Sort_key; rows with equal Sort_key in the store's
+  // order.
   std::vector<std::size_t> rows_of(std::uint32_t key) const {
     std::vector<std::size_t> result;
     for (std::size_t row = 0; row < size(); ++row)
@@ -74,7 +75,7 @@ private:
   std::vector<catalogue_row> rows_;
 };
 
-// All tables of the catalogue; the first column is what a model's or a group's rows are found by.
+// All tables of the catalogue. The first column is the key by which the rows of a model or group are found.
 struct tables {
   explicit tables(catalogue_store& store)
       : models(store, "models", {"Model_id", "Model_name", "Library", "Sort_key"}),
@@ -136,7 +137,7 @@ std::shared_ptr<const model_catalogue> read_catalogue(catalogue_store& store) {
   for (std::size_t row = 0; row < t.solution.size(); ++row)
     result->solution_techniques.push_back(
         {static_cast<std::int32_t>(t.solution.integer(row, 0)), t.solution.text(row, 1)});
-  // The table has no Sort_key.
+  // This table has no Sort_key.
   std::stable_sort(result->solution_techniques.begin(), result->solution_techniques.end(),
                    [](const auto& a, const auto& b) { return a.id < b.id; });
   return result;

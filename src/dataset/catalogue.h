@@ -1,6 +1,6 @@
-// The model catalogue: which models exist and what each consists of.
+// The model catalogue: the models that exist, and the items of each.
 //
-// It is read once from its store into an immutable value that all data sets and threads share.
+// Read once from its store into an immutable value shared by all data sets and threads.
 #pragma once
 
 #include "dataset/records.h"
@@ -15,7 +15,7 @@
 
 namespace vesk {
 
-// A catalogue that cannot be read: one sentence with store, table and cause.
+// The catalogue cannot be read: one sentence with store, table and cause.
 class catalogue_exception : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
@@ -65,7 +65,7 @@ struct catalogue_output {
   friend bool operator==(const catalogue_output&, const catalogue_output&) = default;
 };
 
-// One model with all that it consists of, each list in the order of its Sort_key.
+// A model with all its items, each list in the order of its Sort_key.
 struct catalogue_model {
   std::uint32_t model_id;
   std::string model_name;
@@ -84,7 +84,7 @@ struct model_catalogue {
   std::vector<catalogue_model> models;                      // in the order of Sort_key
   std::vector<solution_technique_type> solution_techniques; // in the order of ID
 
-  // The model, or nullptr when the catalogue does not hold it.
+  // The model, or nullptr if it is not in the catalogue.
   const catalogue_model* find_model(std::uint32_t model_id) const;
 
   friend bool operator==(const model_catalogue&, const model_catalogue&) = default;
@@ -93,14 +93,14 @@ struct model_catalogue {
 using catalogue_value = std::variant<std::monostate, std::int64_t, double, std::string>; // monostate: null
 using catalogue_row = std::vector<catalogue_value>;
 
-// Where the catalogue's tables are kept. Read-only.
+// Where the catalogue's tables are stored. Read-only.
 class catalogue_store {
 public:
   virtual ~catalogue_store() = default;
 
-  // All rows of `table` with the named columns in the order asked for, in the store's own order of rows. Table and
-  // column names match in any case of letters. Throws catalogue_exception when the store, the table or a column is
-  // missing or cannot be read.
+  // All rows of `table` with the named columns, in the order of `columns`; rows in the store's own order. Table and
+  // column names ignore letter case. Throws catalogue_exception if the store, the table or a column is missing or
+  // unreadable.
   virtual std::vector<catalogue_row> read(std::string_view table, const std::vector<std::string_view>& columns) = 0;
 };
 

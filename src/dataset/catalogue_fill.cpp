@@ -1,7 +1,7 @@
-// How a data set takes its model's lists from the catalogue, and what of the user's own survives it.
+// Fills a data set's model lists from the catalogue, and decides which of the user's values are kept.
 //
-// Items are matched by ISC number, never by position: for each new item the old ones are searched in order and the
-// last match wins. What has no partner keeps the defaults; what is left over is dropped.
+// Items are matched by ISC number, never by position: for each new item the old ones are searched in order and the last
+// match wins. New items without a match keep the defaults; old ones without a match are dropped.
 #include "dataset/dataset.h"
 
 #include <algorithm>
@@ -15,7 +15,7 @@ namespace {
 
 const catalogue_model unknown_model{0, "UNKNOWN MODEL", "UNKNOWN.DLL", {}, {}, {}, {}, {}, {}};
 
-// Where each new item finds its old one: the position of the last old item with the same ISC number.
+// For each new item, the position of its partner: the last old item with the same ISC number.
 using partner_list = std::vector<std::optional<std::size_t>>;
 
 // Partners among the first `reach` old items.
@@ -40,7 +40,7 @@ bool is_identity(const partner_list& partners) {
   return true;
 }
 
-// A segment's list rearranged: each item from its partner's position, and as new without one.
+// A segment's list rearranged: each item comes from its partner's position, or has defaults if it has no partner.
 template <class Items>
 Items carried_over(const Items& old, const Items& defaults, const partner_list& partners) {
   Items result = defaults;
@@ -50,13 +50,13 @@ Items carried_over(const Items& old, const Items& defaults, const partner_list& 
 }
 
 // Rebuilds one of the two lists of every segment after the model's list `old` has become `fresh`. Partners are sought
-// as far as the segment's own list reaches. Segments that come out as they were keep sharing their memory.
+// up to the length of the segment's own list. Segments that do not change keep sharing their memory.
 template <class Items, class List>
 void rebuild_segment_lists(shared_list<segment_data_type>& segments, Items segment_data_type::*list, const List& fresh,
                            const List& old) {
   Items defaults;
   defaults.resize(fresh.size());
-  std::optional<std::size_t> reach; // of `partners`; nearly always the same for all segments
+  std::optional<std::size_t> reach; // of `partners`; almost always the same for all segments
   partner_list partners;
   bool same = false, nothing_kept = false;
   for (std::size_t i = 0; i < segments.size(); ++i) {
@@ -83,7 +83,7 @@ constant_data_type make_constant(const catalogue_constant& row) {
   return constant;
 }
 
-// Sets a list to `count` new records, the first of them from the catalogue's rows.
+// Sets a list to `count` new records; catalogue rows fill as many as there are.
 template <class Record, class Row, class Fill>
 void rebuild(shared_list<Record>& list, std::size_t count, const std::vector<Row>& rows, Fill fill) {
   list.clear();
@@ -140,14 +140,14 @@ void prevesk_dataset_data_type::fill_systems(std::size_t count, bool merge) {
     if (!partners[i]) continue;
     const short_text catalogue_name = systems[i].description;
     system_data_type& system = systems.edit(i);
-    system = old[*partners[i]]; // all but the name is the user's
+    system = old[*partners[i]]; // everything but the name is the user's
     system.description = catalogue_name;
   }
   rebuild_segment_lists(segments, &segment_data_type::systems, systems, old);
 }
 
 void prevesk_dataset_data_type::fill_constant_groups(std::size_t count, bool merge) {
-  shared_list<constant_data_type> old; // of all groups: a constant may have moved to another one
+  shared_list<constant_data_type> old; // of all groups: a constant may have moved to another group
   if (merge)
     for (const auto& group : constant_groups)
       for (const auto& constant : group.constants) old.push_back(constant);

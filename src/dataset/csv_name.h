@@ -1,4 +1,4 @@
-// The name of a CSV output, which engines put at the end of a result's name.
+// The name of a CSV output, which engines append to a result name.
 #pragma once
 
 #include <string>
@@ -6,8 +6,9 @@
 
 namespace vesk {
 
-// Why `name` is refused, as in "the name \"a/b\" has a path separator"; empty when it is not. Models come from
-// anywhere, and the name must not lead out of the data file's folder. An empty name is good: the engine then has one.
+// Why `name` is refused, as in "the name \"a/b\" has a path separator"; empty if it is valid. Models may come from
+// strangers, and the name must not lead out of the data file's folder. An empty name is valid: the engine then chooses
+// one.
 std::string csv_name_fault(std::string_view name);
 
 } // namespace vesk

@@ -66,7 +66,7 @@ void prevesk_dataset_data_type::ensure_default_points(point_list& points) const 
   points.push_back(moment_value_pair_type(moment_type::from_date_time(end_date_time()), 0.0));
 }
 
-// Only empty series are edited, so that the others go on sharing their points with copies.
+// Edits only empty series, so that the others keep sharing their points with copies.
 void prevesk_dataset_data_type::give_default_points() {
   ensure_default_points(print_intervals.points);
   for (std::size_t i = 0; i < time_functions.size(); ++i)

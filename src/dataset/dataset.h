@@ -1,4 +1,4 @@
-// The whole input of a model run.
+// The complete input of a model run.
 #pragma once
 
 #include "dataset/catalogue.h"
@@ -16,10 +16,11 @@ namespace vesk {
 class binary_reader;
 class binary_writer;
 
-// Everything that one model input consists of.
+// A complete model input.
 //
-// A value: copies share bulk content until one side changes it, so a copy costs little and may go to another thread.
-// One object belongs to one thread at a time. Dates and times are date-time numbers, date and time held apart.
+// A value: copies share bulk content until one side changes it, so a copy is cheap and may be passed to another thread.
+// One object belongs to one thread at a time. Dates and times are date-time numbers, with date and time stored
+// separately.
 class prevesk_dataset_data_type {
 public:
   shared_list<solution_technique_type> solution_techniques;
@@ -41,13 +42,13 @@ public:
   double end_date = 0;  // end of the simulation
   double seed_time = 0;
   double end_time = 0;
-  double skip_date = 0; // where the hydrodynamic file is taken up
+  double skip_date = 0; // where the run starts in the hydrodynamic file
   double skip_time = 0;
   bool time_step_option = true;
   bool negative_solution = false;
   bool use_nps_file = false;
   bool bed_compaction_option = false; // true dynamic, false static bed volumes
-  std::uint32_t reserved_option = 0;  // stored, without a meaning
+  std::uint32_t reserved_option = 0;  // stored, without meaning
   std::uint32_t model_type = 0;       // the catalogue's Model_id
   std::uint32_t restart_option = 0;   // 0 no restart file, 1 create one
   std::uint32_t vesk_to_vesk_linkage_option = 0;
@@ -74,28 +75,28 @@ public:
 
   static constexpr std::uint32_t current_file_version() { return 0x00070007; }
 
-  // A data set without a catalogue: all defaults, the transport fields, and the machine's clock for all dates and
-  // times.
+  // A data set without a catalogue: defaults, the transport fields, and the machine's clock for all dates and times.
   prevesk_dataset_data_type();
 
-  // A new data set for the catalogue's first model. `catalogue` may be null: then as above.
+  // A new data set for the catalogue's first model. If `catalogue` is null, the same as above.
   explicit prevesk_dataset_data_type(std::shared_ptr<const model_catalogue> catalogue);
 
-  // Reads a whole data file over this freshly constructed data set and reconciles it with the catalogue, if there is
-  // one. Returns what the data set does not have of it. Throws data_file_exception; the data set is then as far as it
-  // came.
+  // Reads a whole data file into this newly constructed data set and reconciles it with the catalogue, if there is one.
+  // Returns everything in the file that the data set does not have. Throws data_file_exception; the data set is then
+  // partly filled.
   reading_losses read(binary_reader& file);
 
-  // Writes the current layout under the current version, whatever `file_version` is.
+  // Writes the current layout with the current version, whatever `file_version` is.
   void write(binary_writer& file) const;
 
-  // Takes the model's lists from the catalogue, sets the seed of new moments to the data set's start and the default
-  // segment type to the model's first. With `merge` what the user has set is carried over to items with the same ISC
-  // number; without it the lists and all that hangs on them start anew. Throws catalogue_exception without catalogue.
+  // Takes the model's lists from the catalogue, sets the seed of new moments to the data set's start, and the default
+  // segment type to the model's first. With `merge` the user's values are carried over to items with the same ISC
+  // number; without it the lists, and everything that depends on them, start anew. Throws catalogue_exception without a
+  // catalogue.
   void refresh_from_catalogue(bool merge);
 
-  // The fills behind it: `count` is the number of records that the list gets. `merge` as above. The segments' own
-  // lists are brought to the same length.
+  // The individual fills: `count` is the number of records in the new list. `merge` as above. The segments' own lists
+  // are brought to the same length.
   void fill_parameters(std::size_t count, bool merge);
   void fill_systems(std::size_t count, bool merge);
   void fill_constant_groups(std::size_t count, bool merge);
@@ -104,37 +105,39 @@ public:
   std::size_t count_constants_in_group(const constant_group_data_type& group) const;
   void fill_constants_of_group(constant_group_data_type& group, std::size_t count) const;
 
-  // Makes the number of segments `count`: new ones are appended with lists of the right length, the last ones go.
+  // Sets the number of segments to `count`: new ones are appended with lists of the right length, or the last ones
+  // removed.
   void resize_segments(std::size_t count);
 
-  // Gives an empty series two points of value 0, at the default moment and at the data set's end. Others stay.
+  // Gives an empty series two points of value 0, at the default moment and at the data set's end. Leaves other series
+  // alone.
   void ensure_default_points(point_list& points) const;
 
   // The same for every empty series that a run needs: print intervals, time functions, loads. Boundaries, exchange and
-  // flow functions get theirs where they are made.
+  // flow functions get theirs when they are created.
   void give_default_points();
 
-  // Called before a run copy's queries are executed. Leaves every series as it is: only a job's own copy ever moves
-  // cursors, so there is nothing to take back.
+  // Called before the queries of a run's copy are executed. Does nothing: only a job's own copy ever moves cursors, so
+  // there is nothing to reset.
   void reset_cursors() const {}
 
-  // Brings each system's boundaries into line with the segments that touch the outside of the model: missing ones
-  // are appended with a series of zeros over the run, those without a reason are erased.
+  // Updates each system's boundaries to the segments that touch the outside of the model: missing ones are appended
+  // with a series of zeros over the run, those no longer needed are erased.
   void find_boundaries();
 
-  // Holds the data set against the engine's limits and the files that it names, and fills `validation_results` anew.
-  // A relative file name is looked for in `data_folder`, then in the current folder. True when nothing of severity 2
-  // was found. The engine must have set the limits before.
+  // Checks the data set against the engine's limits and the files that it names, and replaces `validation_results`. A
+  // relative file name is looked for in `data_folder`, then in the current folder. True if nothing of severity 2 was
+  // found. The engine must have set the limits before.
   bool check_limits(const std::filesystem::path& data_folder = {});
 
-  // The lists that the catalogue decides on.
+  // The lists that come from the catalogue.
   model_lists lists_of_model() const { return {systems, parameters, constant_groups, time_functions, output_controls}; }
 
-  // Why the model cannot be run over its period, one sentence: the start or the end is not finite, or outside the
-  // calendar. An engine might run endlessly. Empty: it can.
+  // Why the model cannot be run over its period, one sentence: the start or the end is not finite or outside the
+  // calendar, and an engine might never finish. Empty if it can be run.
   std::string period_fault() const;
 
-  // The start and the end of the simulation as date-time numbers.
+  // Start of the simulation as a date-time number.
   double start_date_time() const { return seed_date + seed_time; }
   double end_date_time() const { return end_date + end_time; }
 
@@ -144,12 +147,12 @@ public:
   // The same, and the type of new segments to the first of the data set's model.
   void apply_thread_defaults() const;
 
-  // What the model lists come from; may be null.
+  // The source of the model lists; may be null.
   const std::shared_ptr<const model_catalogue>& catalogue() const { return catalogue_.pointer; }
-  // Exchanges the catalogue; the lists stay as they are until they are refreshed.
+  // Sets another catalogue; the lists stay as they are until they are refreshed.
   void set_catalogue(std::shared_ptr<const model_catalogue> catalogue) { catalogue_.pointer = std::move(catalogue); }
 
-  // Equal in all members; cursors, the origin and the catalogue behind the lists do not count.
+  // Equal in all members except cursors, origin and catalogue.
   friend bool operator==(const prevesk_dataset_data_type&, const prevesk_dataset_data_type&) = default;
 
 private:
@@ -158,7 +161,7 @@ private:
     friend bool operator==(const catalogue_link&, const catalogue_link&) { return true; }
   };
 
-  // The catalogue's model of `model_type`; a model without rows when the catalogue does not hold it.
+  // The catalogue's model for `model_type`; a model without rows if the catalogue lacks it.
   const catalogue_model& model() const;
 
   catalogue_link catalogue_;

@@ -8,20 +8,20 @@
 
 namespace vesk {
 
-// The file that a data set was read from or last saved to, as it was then. Saving over this file takes nothing away
-// that the data set did not have, so it needs no question; saving over any other one does. A data set has none when it
-// is new, and when reading its file dropped something.
+// The file that a data set was read from or last saved to, and its state at that time. Saving over this file loses
+// nothing that the data set did not have, so it needs no confirmation; saving over any other file does. A new data set
+// has no origin, nor does one whose reading dropped something.
 struct file_origin {
   std::filesystem::path file; // absolute; empty: none
   file_identity identity;     // of that file when it was read or written
 
   bool is_set() const { return !file.empty(); }
 
-  // Says nothing about the content of a data set, so all are equal.
+  // Not part of a data set's content, so all are equal.
   friend bool operator==(const file_origin&, const file_origin&) { return true; }
 };
 
-// The origin of what has just been read from or written to `file`, whose identity was `then`; none without one.
+// The origin after `file`, with identity `then`, has been read or written; none without an identity.
 file_origin origin_of(const std::filesystem::path& file, const std::optional<file_identity>& then);
 
 } // namespace vesk

@@ -34,10 +34,11 @@ public:
   constexpr moment_type(std::int32_t d, std::int32_t t) : date(d), time(t) {}
 
   // The moment of a date-time number, to the nearest second; a time that rounds up to midnight is 0:00:00 of the next
-  // day. A number that no moment can hold (not finite, or beyond 32-bit day numbers) gives the nearest one it can.
+  // day. A number outside the range of moments (not finite, or beyond 32-bit day numbers) gives the nearest possible
+  // one.
   static moment_type from_date_time(double date_time);
 
-  // The moment as a date-time number less `base`, in days.
+  // The moment as a date-time number minus `base`, in days.
   double days_since(double base) const { return date_time() - base; }
 
   // The inverse: sets the moment from the date-time number days + base.
@@ -51,16 +52,17 @@ public:
   }
   friend constexpr bool operator==(const moment_type&, const moment_type&) = default;
 
-  // Where new moments start. Each thread has its own: a job starts with its data set's start and moves it by itself.
+  // The date and time of new moments. Each thread has its own: a job begins with its data set's start and moves it
+  // independently.
   static thread_local std::int32_t moment_seed_date;
   static thread_local std::int32_t moment_seed_time;
   static thread_local bool moment_seed_is_set;
 
-  // Stores the two values; whether they are used is `moment_seed_is_set`, which the caller sets.
+  // Stores the two values. They are used only if `moment_seed_is_set`, which the caller sets.
   static void set_seed(std::int32_t date, std::int32_t time);
 };
 
-// One point of a series: a value at a moment. 16 bytes, in memory as in the data file.
+// A point of a series: a value at a moment. 16 bytes, in memory as in the data file.
 template <class T>
 class moment_value_type : public moment_type {
 public:
@@ -75,7 +77,7 @@ public:
 using moment_value_pair_type = moment_value_type<double>;
 static_assert(sizeof(moment_value_pair_type) == 16);
 
-using point_list = shared_array<moment_value_pair_type>; // in ascending moment order, as its editor or import left it
+using point_list = shared_array<moment_value_pair_type>; // in ascending moment order, as left by its editor or import
 
 // The value that marks an unset cursor.
 inline constexpr double cursor_unset = std::numeric_limits<double>::max();
@@ -92,8 +94,8 @@ struct clock_time {
   int hour, minute, second;
 };
 
-// The date of a day number, and back. `day_number` of an impossible date (month 13, 30 February) counts on from the
-// first of the month of that year, so that nothing is refused; months count on into other years.
+// The date of a day number, and back. For an impossible date (month 13, 30 February) `day_number` counts on from the
+// first of the month, and months count on into other years, so that nothing is refused.
 calendar_date date_of(std::int32_t day_number);
 std::int32_t day_number(int year, int month, int day);
 

@@ -10,7 +10,7 @@ namespace vesk {
 
 namespace {
 
-constexpr std::size_t outside = static_cast<std::size_t>(-1); // of a reference below 0
+constexpr std::size_t outside = static_cast<std::size_t>(-1); // for a reference below 0
 
 std::size_t position_of(std::int32_t reference) {
   return reference < 0 ? outside : static_cast<std::size_t>(reference);
@@ -33,7 +33,7 @@ std::pair<std::int32_t, std::int32_t> ends(const flow_pair_record_type& pair) {
   return {pair.from_segment, pair.to_segment};
 }
 
-// Counts the records of which a reference has the property.
+// Counts the records with a reference that has the property.
 template <class Property>
 segment_references count_references(const prevesk_dataset_data_type& data, const Property& has) {
   segment_references counts;
@@ -58,7 +58,7 @@ segment_references count_references(const prevesk_dataset_data_type& data, const
   return counts;
 }
 
-// What the walks below change, and nothing else, so that all else stays shared with the copies of the data set.
+// Lets the loops below edit only records that change, so that everything else stays shared with copies of the data set.
 template <class List, class Property>
 bool any_of(const List& list, const Property& has) {
   return std::any_of(list.begin(), list.end(), has);
@@ -94,7 +94,7 @@ void shift_references(prevesk_dataset_data_type& data, std::size_t position, std
   shift_records(&system_data_type::boundaries);
 }
 
-// Removes the records that name the segment, and sets bottom references to it to none.
+// Removes the records that refer to the segment, and sets bottom references to it to none.
 void remove_references(prevesk_dataset_data_type& data, std::size_t position) {
   const auto is_it = [position](std::int32_t reference) { return position_of(reference) == position; };
   const auto remove_pairs = [&](auto& fields) {

@@ -15,7 +15,7 @@ std::unordered_set<std::uint32_t> numbers_of(const List& list) {
   return numbers;
 }
 
-// The records of `old` whose ISC number `fresh` does not have.
+// The records of `old` whose ISC number is not in `fresh`.
 template <class List>
 List without_partner(const List& old, const List& fresh) {
   const auto known = numbers_of(fresh);
@@ -25,7 +25,7 @@ List without_partner(const List& old, const List& fresh) {
   return result;
 }
 
-// Of all groups: a constant that has moved to another one has its partner there.
+// Of all groups, since a constant may have moved to another group.
 constant_group_data_type all_constants(const shared_list<constant_group_data_type>& groups) {
   constant_group_data_type all;
   for (const constant_group_data_type& group : groups)

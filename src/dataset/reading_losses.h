@@ -1,4 +1,4 @@
-// What a data file holds that did not reach the data set read from it.
+// The parts of a data file that are not in the data set read from it.
 #pragma once
 
 #include "dataset/records.h"
@@ -19,7 +19,7 @@ struct model_lists {
   shared_list<output_control_type> output_controls;
 };
 
-// How many records such lists have.
+// Numbers of records in such lists.
 struct model_record_counts {
   std::size_t systems = 0;
   std::size_t loads = 0;      // of all systems
@@ -34,20 +34,20 @@ struct model_record_counts {
 
 model_record_counts count_records(const model_lists& lists);
 
-// "4 systems, 12 loads, 1 boundary": what there is none of is left out; empty when there is nothing.
+// "4 systems, 12 loads, 1 boundary": kinds with no records are left out; empty if there are none at all.
 std::string in_words(const model_record_counts& counts);
 
 struct reading_losses {
-  std::uint32_t newer_version = 0;  // of the file, when it is newer than the current one; else 0
+  std::uint32_t newer_version = 0;  // of the file, if it is newer than the current one; else 0
   std::uint64_t bytes_not_read = 0; // at the end of such a file
   bool model_is_unknown = false;    // the catalogue lacks the data set's model
-  model_record_counts dropped;      // records that the catalogue does not have
+  model_record_counts dropped;      // records that are not in the catalogue
   std::vector<std::string> names;   // of the dropped ones, such as: system "Nitrate"; by kind, in file order
 
-  // Notes the records of `stored`, the lists of the file, that have no partner in those of the catalogue.
+  // Notes the records of `stored`, the file's lists, that have no partner in the catalogue's lists.
   void note_dropped(const model_lists& stored, const model_lists& of_catalogue);
 
-  // Whether the file holds anything that the data set does not.
+  // Whether the file has anything that the data set has not.
   bool any() const { return newer_version != 0 || !names.empty(); }
 };
 

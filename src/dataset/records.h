@@ -1,8 +1,7 @@
 // The records that make up a data set.
 //
-// Plain values. Records are found by position or by a search on their ISC number, the identifier that catalogue and
-// engine use. A segment reference is a 0-based position in the data set's segments, -1 means none or the outside of
-// the model.
+// Plain values. Records are found by position or by their ISC number, the identifier used by catalogue and engine. A
+// segment reference is a 0-based position in the data set's segments; -1 means none, or the outside of the model.
 #pragma once
 
 #include "dataset/moment.h"
@@ -21,15 +20,15 @@ using project_component = short_text; // the name of one file of a project
 
 inline constexpr std::int32_t no_segment = -1;
 
-// Points and the query that can fill them.
+// Points, and the query that can fill them.
 struct stored_series {
   point_list points;
-  shared_value<import_query_descriptor> query; // as new when the series was typed in
+  shared_value<import_query_descriptor> query; // default-constructed if the series was typed in
 
   friend bool operator==(const stored_series&, const stored_series&) = default;
 };
 
-// The position of an interpolation in a series during a run. Never stored; all series compare equal in it.
+// The position of a run's interpolation in a series. Never stored; always compares equal.
 struct series_cursors {
   moment_value_pair_type cursor_next{{0, 0}, cursor_unset};     // the point at cursor_index
   moment_value_pair_type cursor_previous{{0, 0}, cursor_unset}; // the point before it
@@ -40,7 +39,7 @@ struct series_cursors {
 
 enum : std::uint32_t { interpolation_linear = 0, interpolation_step = 1 };
 
-// A series with its way of interpolation: time functions, loads, boundaries, exchange and flow functions.
+// A series with its type of interpolation: time functions, loads, boundaries, exchange and flow functions.
 struct time_series_block : stored_series, series_cursors {
   std::uint32_t interpolation_type = interpolation_linear; // 0 linear, any other value step
 
@@ -68,7 +67,7 @@ struct loads_data_type : time_series_block {
   friend bool operator==(const loads_data_type&, const loads_data_type&) = default;
 };
 
-// The concentration at a segment's edge with the outside, before scale and conversion.
+// The concentration outside a segment on the boundary, before scale and conversion.
 struct boundary_data_type : time_series_block {
   std::int32_t segment = 0;
 
@@ -116,8 +115,8 @@ struct segment_data_type {
   double bottom_roughness = 0;
   double minimum_depth = 0; // m
 
-  // The type of new segments: the first segment type of the model whose lists were last filled. Each thread has its
-  // own, like the seed of new moments.
+  // The type of new segments: the first segment type of the model whose lists were filled last. One per thread, like
+  // the seed of new moments.
   static thread_local std::uint32_t default_segment_type;
 
   friend bool operator==(const segment_data_type&, const segment_data_type&) = default;
@@ -142,7 +141,7 @@ struct constant_data_type {
   double maximum = 0;
   double default_value = 0;
   short_text description;
-  std::int32_t group = -1; // position of its group in the data set, set by the catalogue fill; -1: none
+  std::int32_t group = -1; // position of its group in the data set, set from the catalogue; -1: none
   bool used = false;
   double value = 0;
 
@@ -176,7 +175,7 @@ struct flow_pair_record_type {
 };
 static_assert(sizeof(flow_pair_record_type) == 16); // as in the data file
 
-// A dispersion coefficient over time, m2/s before scale and conversion, and the pairs that it acts on.
+// A dispersion coefficient over time, m2/s before scale and conversion, and the pairs that it applies to.
 struct exchange_function_data_type : time_series_block {
   shared_array<exchange_pair_record_type> pairs;
   short_text description = "Exchange Function";
@@ -184,7 +183,7 @@ struct exchange_function_data_type : time_series_block {
   friend bool operator==(const exchange_function_data_type&, const exchange_function_data_type&) = default;
 };
 
-// A flow over time, m3/s before scale and conversion, and the pairs that it takes its way through.
+// A flow over time, m3/s before scale and conversion, and the pairs that it passes through.
 struct flow_function_data_type : time_series_block {
   shared_array<flow_pair_record_type> pairs;
   short_text description = "Flow Function";
@@ -194,7 +193,7 @@ struct flow_function_data_type : time_series_block {
 
 struct exchange_field_data_type {
   shared_list<exchange_function_data_type> functions;
-  std::uint32_t reserved = 0; // stored, without a meaning
+  std::uint32_t reserved = 0; // stored, without meaning
   bool used = false;
   double scale = 1.0;
   double conversion = 1.0;
@@ -206,7 +205,7 @@ struct exchange_field_data_type {
 struct flow_field_data_type {
   shared_list<flow_function_data_type> functions;
   bool used = false;
-  std::uint32_t reserved = 0; // stored, without a meaning
+  std::uint32_t reserved = 0; // stored, without meaning
   double scale = 1.0;
   double conversion = 1.0;
   short_text description;
@@ -214,7 +213,7 @@ struct flow_field_data_type {
   friend bool operator==(const flow_field_data_type&, const flow_field_data_type&) = default;
 };
 
-// One output variable that the model can write.
+// An output variable of the model.
 struct output_control_type {
   std::uint32_t isc = 0;
   short_text description;
@@ -227,7 +226,7 @@ struct output_control_type {
   friend bool operator==(const output_control_type&, const output_control_type&) = default;
 };
 
-// One row of the catalogue's list of solution techniques.
+// A row of the catalogue's list of solution techniques.
 struct solution_technique_type {
   std::int32_t id = 0;
   std::string name;
@@ -237,7 +236,7 @@ struct solution_technique_type {
 
 enum : std::int32_t { severity_note = 1, severity_failure = 2 };
 
-// One finding of the consistency check.
+// A finding of the consistency check.
 struct validation_information {
   std::string message;
   std::int32_t severity = severity_note;

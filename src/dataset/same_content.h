@@ -5,8 +5,8 @@
 
 namespace vesk {
 
-// Whether two data sets are equal, one of them a copy of the other before edits. Unlike ==, not-a-number among the
-// settings equals itself; among records it does where both share the list. Any thread.
+// Compares a data set with a copy made before edits. Unlike ==, a not-a-number in the settings equals itself; in
+// records it does if both share the list. Any thread.
 bool same_content(prevesk_dataset_data_type a, prevesk_dataset_data_type b);
 
 } // namespace vesk

@@ -1,7 +1,7 @@
 // The per-segment lists of parameter and system values.
 //
-// A model of a million segments has tens of these records in each. Their ISC numbers are nearly always the same in
-// all segments, so numbers and values are kept in two arrays of which equal ones can be shared. Records are read and
+// In a model of a million segments each segment has tens of these records. Their ISC numbers are almost always the same
+// in all segments, so numbers and values are stored in two arrays, which can be shared if equal. Records are read and
 // written whole, by position.
 #pragma once
 
@@ -25,7 +25,7 @@ struct segment_parameter_data_record_type {
                          const segment_parameter_data_record_type&) = default;
 };
 
-// A system's start in one segment.
+// A system's initial state in one segment.
 struct segment_system_data_record_type {
   struct payload {
     double initial_concentration = 0;
@@ -34,7 +34,7 @@ struct segment_system_data_record_type {
   };
 
   std::uint32_t isc = 0;            // `isc` of the system
-  double initial_concentration = 0; // in the system's unit, mg/L as a rule
+  double initial_concentration = 0; // in the system's unit, usually mg/L
   double fraction_dissolved = 1.0;  // 0 to 1
 
   segment_system_data_record_type() = default;
@@ -61,7 +61,7 @@ public:
   bool empty() const { return isc_.empty(); }
   Record operator[](std::size_t i) const { return {isc_[i], values_[i]}; }
   void set(std::size_t i, const Record& record) {
-    if (isc_[i] != record.isc) isc_.set(i, record.isc); // leaves numbers that other segments share alone
+    if (isc_[i] != record.isc) isc_.set(i, record.isc); // keeps numbers shared with other segments unchanged
     values_.set(i, record.values());
   }
   void push_back(const Record& record) {

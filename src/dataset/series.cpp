@@ -123,7 +123,7 @@ std::string query_label(const prevesk_dataset_data_type& data, const series_ref&
 
 namespace {
 
-// The point at `row` moved between its neighbours in time, where all others are in order.
+// Moves the point at `row` to its position in time. All other points must be in order.
 std::size_t move_into_place(point_list& points, std::size_t row) {
   moment_value_pair_type* all = points.edit_data();
   const moment_value_pair_type moved = all[row];
@@ -151,7 +151,7 @@ std::size_t sort_by_moment(point_list& points, std::size_t row) {
     if (rest_in_order) return move_into_place(points, row);
   }
   std::size_t place = row;
-  if (row < points.size()) { // stable: after the earlier ones, and those of the same date and time before it
+  if (row < points.size()) { // stable: after all earlier points, and after equal ones that precede it
     place = 0;
     for (std::size_t i = 0; i < points.size(); ++i)
       if (all[i] < all[row] || (i < row && !(all[row] < all[i]))) ++place;

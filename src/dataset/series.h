@@ -1,7 +1,7 @@
-// The series of a data set, each named by its kind and positions.
+// The series of a data set, each identified by its kind and positions.
 //
-// A reference is a value: it stays usable when the data set is copied or replaced, and may then name a series that is
-// no longer there.
+// A reference is a value: it can still be used after the data set is copied or replaced, but its series may not exist
+// there.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -29,43 +29,42 @@ struct series_ref {
   friend bool operator==(const series_ref&, const series_ref&) = default;
 };
 
-// The series, or null where the data set has none at this position. The pointer holds until the data set is changed.
+// The series, or null if the data set has none at this position. Valid until the data set is changed.
 const stored_series* find_series(const prevesk_dataset_data_type& data, const series_ref& ref);
 
-// The series for changing, the data set's own from now on. `ref` must name one. The reference must not outlive the
-// statement.
+// The series for changing, no longer shared with copies. `ref` must exist. Use the result only within the statement.
 stored_series& edit_series(prevesk_dataset_data_type& data, const series_ref& ref);
 
 // 0 linear, any other value step. Print intervals and time steps are steps.
 std::uint32_t interpolation_of(const prevesk_dataset_data_type& data, const series_ref& ref);
 
-// The same for changing, under the conditions of `edit_series`; not of print intervals and time steps.
+// The same for changing, with the rules of `edit_series`; not for print intervals and time steps.
 std::uint32_t& edit_interpolation(prevesk_dataset_data_type& data, const series_ref& ref);
 
-// What messages about stored queries call the series.
+// The name of the series in messages about stored queries.
 std::string query_label(const prevesk_dataset_data_type& data, const series_ref& ref);
 
-// Brings the points into ascending order of date and time; equal ones stay in theirs. Returns where the point at `row`
-// is afterwards. Costs little when only that point is out of place.
+// Sorts the points by date and time; equal ones keep their order. Returns the new position of the point at `row`. Fast
+// if only that point is out of order.
 std::size_t sort_by_moment(point_list& points, std::size_t row = 0);
 
-// True unless two neighbours have the same date and time.
+// True if no two neighbours have the same date and time.
 bool moments_unique(const point_list& points);
 
-// Where a run's interpolation is in the series; null for time steps, which are never interpolated, and where the data
-// set has no such series. The pointer holds until the data set is changed.
+// The position of a run's interpolation in the series; null for time steps, which are never interpolated, and if the
+// data set has no such series. Valid until the data set is changed.
 const series_cursors* find_cursors(const prevesk_dataset_data_type& data, const series_ref& ref);
 
-// The same for changing, under the conditions of `edit_series`.
+// The same for changing, with the rules of `edit_series`.
 series_cursors& edit_cursors(prevesk_dataset_data_type& data, const series_ref& ref);
 
-// How many owners a kind has: the systems, or the fields; 1 for the kinds without an owner.
+// Number of owners of a kind: the systems, or the fields; 1 for kinds without an owner.
 std::size_t owner_count(const prevesk_dataset_data_type& data, series_kind kind);
 
-// How many series of a kind an owner has. `owner` must be less than the count of owners.
+// Number of series of a kind that an owner has. `owner` must be less than owner_count.
 std::size_t series_count(const prevesk_dataset_data_type& data, series_kind kind, std::size_t owner);
 
-// Calls visit(ref) for one owner's series of a kind, in their order. `visit` may change a series but not their number.
+// Calls visit(ref) for each series of a kind of one owner, in order. `visit` may change a series but not their number.
 template <class Visit>
 void for_each_series(const prevesk_dataset_data_type& data, series_kind kind, std::size_t owner, const Visit& visit) {
   const std::size_t count = series_count(data, kind, owner);

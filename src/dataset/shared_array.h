@@ -1,8 +1,8 @@
-// Contiguous bulk content (points, pairs, values) that copies share until one of them is changed.
+// Contiguous bulk content (points, pairs, values) shared by copies until one of them is changed.
 //
-// A copy costs one counter, whatever the size. The first change after a copy costs one memcpy of this array. Counts
-// are atomic: two copies may live in two threads; one object belongs to one thread at a time. A pointer or reference
-// into the content holds only until the next change of the array.
+// A copy costs one counter, whatever the size. The first change after a copy costs one memcpy of the array. Counts are
+// atomic: two copies may be in two threads; one object belongs to one thread at a time. A pointer or reference into the
+// content is valid only until the next change of the array.
 #pragma once
 
 #include "platform/memory_arena.h"
@@ -24,7 +24,7 @@ struct array_block {
   std::atomic<std::uint32_t> users;
   std::uint32_t size;
   std::uint32_t capacity;
-  std::uint32_t arena_pages; // pages from the arena's start to this block's page; 0 for a block of the heap
+  std::uint32_t arena_pages; // pages from the arena's start to this block's page; 0 for a heap block
 
   void* elements() { return this + 1; }
 };
@@ -33,16 +33,16 @@ static_assert(sizeof(array_block) == 16);
 // A block with one user, size 0 and room for `capacity` elements. Throws std::bad_alloc or std::length_error.
 array_block* make_array_block(std::size_t capacity, std::size_t element_size);
 
-// The same block, with one user, given another room for at least its elements. It may have moved; where the system can
-// move pages no element is copied. Throws std::bad_alloc or std::length_error, and the block is as it was.
+// The same block, with one user, resized to at least its own elements. It may have moved; if the system can move pages,
+// no element is copied. Throws std::bad_alloc or std::length_error; the block is then unchanged.
 array_block* resize_array_block(array_block* block, std::size_t capacity, std::size_t element_size);
 
-// The same as the first in `arena`; falls back on the heap when the arena has no room.
+// Like the first function, but in `arena`; uses the heap if the arena has no room.
 array_block* make_array_block(memory_arena& arena, std::size_t capacity, std::size_t element_size);
 
 void free_array_block(array_block* block, std::size_t element_size) noexcept;
 
-// The arena that the block lies in; null for one of the heap.
+// The arena that contains the block; null for a heap block.
 memory_arena* arena_of(const array_block* block);
 
 } // namespace detail
@@ -78,8 +78,7 @@ public:
       detail::free_array_block(block_, sizeof(T));
   }
 
-  // `count` elements in `arena`, for the caller to fill through the returned array's `edit_data` before any copy is
-  // made.
+  // `count` elements in `arena`; the caller fills them through `edit_data` of the result before making a copy.
   static shared_array uninitialized(memory_arena& arena, std::size_t count) {
     shared_array result;
     if (count == 0) return result;
@@ -102,7 +101,7 @@ public:
   const T& front() const noexcept { return (*this)[0]; }
   const T& back() const noexcept { return (*this)[size() - 1]; }
 
-  // The elements for changing, this array's own from now on.
+  // The elements for changing, no longer shared with copies.
   T* edit_data() {
     if (!block_) return nullptr;
     own(block_->size);
@@ -122,7 +121,7 @@ public:
       block_ = detail::resize_array_block(block_, block_->size, sizeof(T));
   }
   void push_back(const T& value) {
-    const T copy = value; // may lie in this array
+    const T copy = value; // may be an element of this array
     const std::size_t n = size();
     own(n < room() ? n + 1 : n + n / 2 + 4);
     new (elements() + n) T(copy);
@@ -156,10 +155,10 @@ public:
   }
   void clear() noexcept { shared_array().swap(*this); }
 
-  // The memory that copies share, for whoever counts it; null without any.
+  // The memory shared by copies, for code that counts memory; null if there is none.
   const detail::array_block* block() const noexcept { return block_; }
 
-  // True when both read the same memory, so that one of them will copy before it changes.
+  // True if both read the same memory, so that a change of either makes a copy.
   bool shares_with(const shared_array& other) const noexcept { return block_ == other.block_; }
 
   friend bool operator==(const shared_array& a, const shared_array& b) {
@@ -176,7 +175,7 @@ private:
 
   bool is_own() const noexcept { return block_->users.load(std::memory_order_acquire) == 1; }
 
-  // Makes the block this array's own, with room for at least `capacity` elements.
+  // Makes the block unshared, with room for at least `capacity` elements.
   void own(std::size_t capacity) {
     if (block_ && is_own()) {
       if (block_->capacity < capacity) block_ = detail::resize_array_block(block_, capacity, sizeof(T));

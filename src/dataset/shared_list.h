@@ -1,12 +1,12 @@
-// A list of records that copies share until one of them is changed.
+// A list of records shared by copies until one of them is changed.
 //
-// Records are kept in blocks with counted handles: a copy of the list costs one counter, the first change after it
+// Records are stored in reference-counted blocks: a copy of the list costs one counter; the first change after it
 // copies the handles and the one block that is changed. Records are read by position or iterator and changed through
-// `edit`; a reference holds only until the list is next copied or changed. Counts are atomic: two copies may live in
+// `edit`; a reference is valid only until the list is next copied or changed. Counts are atomic: two copies may be in
 // two threads; one object belongs to one thread at a time.
 //
-// Values may be the list's own records. A change that fails for want of memory leaves the list as it was; only `resize`
-// may have appended some of its records. Records must move without throwing.
+// Arguments may be the list's own records. If a change fails for lack of memory the list is unchanged, except that
+// `resize` may have appended some of its records. Records must not throw when moved.
 #pragma once
 
 #include "dataset/shared_value.h"
@@ -54,7 +54,7 @@ public:
   const_iterator begin() const noexcept { return {this, 0}; }
   const_iterator end() const noexcept { return {this, size_}; }
 
-  // Record i for changing, this list's own from now on.
+  // Record i for changing, no longer shared with copies.
   T& edit(std::size_t i) {
     assert(i < size_);
     return blocks_.edit()[i / BlockSize].edit()[i % BlockSize];
@@ -65,7 +65,7 @@ public:
     auto& blocks = blocks_.edit();
     if (size_ % BlockSize == 0) {
       block fresh;
-      if (size_ != 0) fresh.edit().reserve(BlockSize); // a list that outgrew one block will grow on
+      if (size_ != 0) fresh.edit().reserve(BlockSize); // a list longer than one block will keep growing
       fresh.edit().push_back(std::move(value));
       blocks.push_back(std::move(fresh));
     } else {
@@ -102,7 +102,7 @@ public:
     size_ = 0;
   }
 
-  // True when both read the same memory, so that one of them will copy before it changes.
+  // True if both read the same memory, so that a change of either makes a copy.
   bool shares_with(const shared_list& other) const noexcept { return blocks_.shares_with(other.blocks_); }
 
   friend bool operator==(const shared_list& a, const shared_list& b) {
@@ -113,17 +113,17 @@ public:
     return true;
   }
 
-  // The blocks as copies share them, for whoever counts memory.
+  // The shared blocks, for code that counts memory.
   const shared_value<std::vector<block>>& blocks() const { return blocks_; }
 
 private:
-  // Makes the blocks of the records [first, last) this list's own, so that editing them cannot fail.
+  // Makes the blocks of the records [first, last) unshared, so that editing them cannot fail.
   void own(std::size_t first, std::size_t last) {
     auto& blocks = blocks_.edit();
     for (std::size_t i = first / BlockSize; i * BlockSize < last; ++i) blocks[i].edit();
   }
 
-  shared_value<std::vector<block>> blocks_; // all full but the last
+  shared_value<std::vector<block>> blocks_; // all full except the last
   std::size_t size_ = 0;
 };
 

@@ -1,7 +1,7 @@
 // A value whose copies share one object until one of them is changed.
 //
-// Reading never copies. `edit` makes the object this holder's own first. A default-constructed holder owns nothing and
-// reads as T{}. Two holders of one object may live in two threads; one holder belongs to one thread at a time.
+// Reading never copies. `edit` first makes the object unshared. A default-constructed holder has no object and reads as
+// T{}. Two holders of one object may be in two threads; one holder belongs to one thread at a time.
 #pragma once
 
 #include <atomic>
@@ -32,7 +32,7 @@ public:
   const T& operator*() const noexcept { return node_ ? node_->value : empty(); }
   const T* operator->() const noexcept { return &**this; }
 
-  // The value for changing, this holder's own from now on. The reference holds until the holder is copied or changed.
+  // The value for changing, no longer shared with copies. The reference is valid until the holder is copied or changed.
   T& edit() {
     if (!node_)
       node_ = new node(T{});
@@ -43,10 +43,10 @@ public:
 
   void reset() noexcept { shared_value().swap(*this); }
 
-  // Where the object lies that copies share; null when this holder owns nothing.
+  // The address of the shared object; null if there is none.
   const void* address() const noexcept { return node_; }
 
-  // True when both hold the same object; equal values in two objects do not count.
+  // True if both hold the same object; equal values in two objects do not count.
   bool shares_with(const shared_value& other) const noexcept { return node_ == other.node_; }
 
   friend bool operator==(const shared_value& a, const shared_value& b) { return a.node_ == b.node_ || *a == *b; }

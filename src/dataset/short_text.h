@@ -1,4 +1,4 @@
-// A text of at most 255 bytes. A longer one is cut on assignment, silently: at 255 bytes, or up to 3 bytes before that
+// A text of at most 255 bytes. A longer one is silently truncated on assignment: to 255 bytes, or up to 3 bytes fewer
 // so that no UTF-8 character is split.
 #pragma once
 

@@ -1,4 +1,4 @@
-// A stored query: the description of where a series' points come from. Plain data; `import_query` executes it.
+// A stored query describes the source of a series' points. Plain data; `import_query` executes it.
 #pragma once
 
 #include <cstdint>
@@ -7,10 +7,10 @@
 
 namespace vesk {
 
-// One row of a query's filter.
+// A row of a query's filter.
 struct query_condition {
   std::string field_name;
-  std::uint32_t conjunction = 0; // 0 AND, 1 OR; links this row to the one before
+  std::uint32_t conjunction = 0; // 0 AND, 1 OR; connects this row to the one before
   std::uint32_t comparison = 0;  // 0 =, 1 <, 2 <=, 3 >, 4 >=
   std::string value_text;
 
@@ -22,7 +22,7 @@ struct import_query_descriptor {
   std::string file_name;
   std::string table_name;
   bool restrict_to_run_period = true;
-  bool average_duplicates = true; // one point for all rows of one moment
+  bool average_duplicates = true; // one point for all rows with the same date and time
   std::string date_time_field;
   std::string value_field;
   bool replace_existing = true; // erase the series before it is filled

@@ -9,7 +9,7 @@ namespace vesk {
 
 namespace {
 
-// The characters of the bytes 80 to 9F; every other byte is the character of the same number.
+// The characters of bytes 80 to 9F; every other byte is the character of the same number.
 constexpr char32_t upper_controls[] = {0x20ac, 0x0081, 0x201a, 0x0192, 0x201e, 0x2026, 0x2020, 0x2021,
                                        0x02c6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008d, 0x017d, 0x008f,
                                        0x0090, 0x2018, 0x2019, 0x201c, 0x201d, 0x2022, 0x2013, 0x2014,
@@ -18,7 +18,7 @@ static_assert(std::size(upper_controls) == 32);
 
 constexpr char32_t invalid = 0xffffffff;
 
-// Takes one character off the front of `bytes`; `invalid` leaves them as they are.
+// Takes one character off the front of `bytes`; on `invalid` it does not change them.
 char32_t next_character(std::string_view& bytes) {
   const auto lead = static_cast<std::uint8_t>(bytes.front());
   const std::size_t length = lead < 0x80   ? 1
@@ -34,14 +34,14 @@ char32_t next_character(std::string_view& bytes) {
     if ((byte & 0xc0) != 0x80) return invalid;
     character = character << 6 | (byte & 0x3f);
   }
-  constexpr char32_t smallest[] = {0, 0, 0x80, 0x800, 0x10000}; // by length: a smaller one is an overlong form
+  constexpr char32_t smallest[] = {0, 0, 0x80, 0x800, 0x10000}; // by length: a smaller character is an overlong form
   if (character < smallest[length] || character > 0x10ffff || (character >= 0xd800 && character < 0xe000))
     return invalid;
   bytes.remove_prefix(length);
   return character;
 }
 
-// `character` lies below U+10000, as all that Windows-1252 knows.
+// `character` must be below U+10000, which covers all of Windows-1252.
 void append_utf8(std::string& text, char32_t character) {
   if (character < 0x80) {
     text += static_cast<char>(character);
@@ -115,7 +115,7 @@ bool is_control(char32_t character) {
 std::string printable_text(std::string_view bytes) {
   std::string text = shown_text(bytes);
   const auto is_plain = [](char c) { return (c >= 0x20 && c < 0x7f) || c == '\t'; };
-  if (std::all_of(text.begin(), text.end(), is_plain)) return text; // as nearly all are
+  if (std::all_of(text.begin(), text.end(), is_plain)) return text; // true for almost all texts
   std::string result;
   for (std::string_view rest = text; !rest.empty();) {
     const auto [character, length] = first_character(rest);

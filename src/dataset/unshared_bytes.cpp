@@ -1,6 +1,6 @@
-// Compares two data sets level by level: what both share is dropped with all below it, so that only the differing parts
-// are looked into. Within a level memory is matched by address: records that an insertion has moved to other blocks
-// still share their arrays, which a comparison by position would miss.
+// Compares two data sets level by level: anything shared is dropped, with everything below it, so that only differing
+// parts are examined. Within a level, memory is matched by address: records moved to other blocks by an insertion still
+// share their arrays, which a comparison by position would miss.
 #include "dataset/unshared_bytes.h"
 
 #include "dataset/vki_layout.h"
@@ -15,15 +15,15 @@ namespace {
 
 struct level;
 
-// A list, a block of records or a query: memory that copies of a data set may share, and that refers to more.
+// A list, a block of records or a query: memory that copies of a data set may share, and that refers to other memory.
 struct piece {
   const void* address;
   std::size_t bytes;
-  void (*open)(const void* content, level& next); // adds what it refers to
+  void (*open)(const void* content, level& next); // adds the memory that it refers to
   const void* content;
 };
 
-// An array. Its size is looked up only when it counts: of a million arrays that are shared none is touched.
+// An array. Its size is read only if it counts: a million shared arrays are never accessed.
 struct array {
   const detail::array_block* address;
   std::size_t element_size; // bytes
@@ -34,11 +34,11 @@ struct array {
 struct level {
   std::vector<piece> pieces;
   std::vector<array> arrays;
-  std::size_t bytes = 0;                           // of what the owners have besides, and never share
-  const detail::array_block* last_numbers[2] = {}; // of parameters and systems in the segment before
+  std::size_t bytes = 0;                           // of the owners themselves, never shared
+  const detail::array_block* last_numbers[2] = {}; // of parameters and systems in the previous segment
 };
 
-// Each element once, in the order of the addresses.
+// Sorts by address and removes duplicates.
 void sort(auto& elements) {
   const auto by_address = [](const auto& a, const auto& b) { return std::less<const void*>()(a.address, b.address); };
   std::sort(elements.begin(), elements.end(), by_address);
@@ -46,7 +46,7 @@ void sort(auto& elements) {
   elements.erase(std::unique(elements.begin(), elements.end(), same), elements.end());
 }
 
-// Calls `only_a` and `only_b` for the elements that the other side does not have. Both are sorted.
+// Calls `only_a` and `only_b` for the elements that the other side does not have. Both must be sorted.
 template <class Element>
 void differences(const std::vector<Element>& a, const std::vector<Element>& b, auto only_a, auto only_b) {
   auto other = b.begin();
@@ -61,11 +61,11 @@ void differences(const std::vector<Element>& a, const std::vector<Element>& b, a
 }
 
 std::size_t bytes_of(const std::string& text) {
-  static const std::size_t inside = std::string().capacity(); // short ones need no memory of the heap
+  static const std::size_t inside = std::string().capacity(); // short strings use no heap memory
   return text.capacity() > inside ? text.capacity() + 1 : 0;
 }
 
-// The visitor of the layout that collects what a record refers to. Members that are never stored are small and not
+// The layout visitor that collects everything a record refers to. Members that are never stored are small and not
 // counted.
 class collector : public versioned {
 public:
@@ -95,7 +95,7 @@ public:
   void field(const char*, const shared_array<T>& content) {
     if (content.block()) into_.arrays.push_back({content.block(), sizeof(T)});
   }
-  // Nearly all segments share their numbers with the one before.
+  // Almost all segments share their numbers with the previous one.
   template <class Record>
   void field(const char* name, const segment_item_list<Record>& items) {
     const detail::array_block*& last = into_.last_numbers[std::is_same_v<Record, segment_system_data_record_type>];

@@ -7,11 +7,11 @@
 
 namespace vesk {
 
-// The bytes that `a` holds and `b` does not: what dropping `a` would give back if `b` were the only other copy. The
-// time grows with the number of records and arrays that the two do not share.
+// The bytes that belong to `a` but not to `b`: the memory freed by dropping `a` if `b` were the only other copy. The
+// time grows with the number of records and arrays that are not shared.
 //
-// Long series of a data file lie together in one arena, of which small arrays give nothing back before the last one
-// goes. So an arena of which `b` has no array counts whole, however little `a` keeps of it.
+// The long series of a data file are in one arena, whose small arrays free nothing until the last one is gone. So an
+// arena in which `b` has no array counts in full, however little of it `a` uses.
 std::size_t unshared_bytes(const prevesk_dataset_data_type& a, const prevesk_dataset_data_type& b);
 
 } // namespace vesk

@@ -21,7 +21,7 @@ data_file::data_file(int descriptor, std::string name) {
 }
 
 void data_file::read_from(int descriptor, std::string name) {
-  bytes_ = read_to_end(descriptor, name, may_be_data_file); // the reader refuses what is none
+  bytes_ = read_to_end(descriptor, name, may_be_data_file); // the reader refuses other files
   reader_.emplace(std::string_view(bytes_), std::move(name));
 }
 

@@ -1,4 +1,4 @@
-// Data files by name: opening, reading and safe saving.
+// Opens, reads and safely saves data files by name.
 #pragma once
 
 #include "dataset/binary_reader.h"
@@ -11,18 +11,18 @@
 
 namespace vesk {
 
-// A data file that is open for one pass of reading.
+// An open data file, for one pass of reading.
 class data_file {
 public:
   // Throws file_open_exception.
   explicit data_file(const std::filesystem::path& file);
 
-  // All that is left to read from `descriptor`, such as standard input.
+  // Reads the rest of `descriptor`, such as standard input.
   data_file(int descriptor, std::string name);
 
   binary_reader& reader() { return *reader_; }
 
-  // The file when it was opened, before a byte of it was read; nothing if it is not a regular file.
+  // The file when it was opened, before any byte was read; nothing if it is not a regular file.
   const std::optional<file_identity>& identity() const { return identity_; }
 
 private:
@@ -30,22 +30,24 @@ private:
 
   file_descriptor opened_;
   std::optional<file_identity> identity_;
-  std::string bytes_; // of what has no size before it is read
+  std::string bytes_; // of a file whose size is not known in advance
   std::optional<binary_reader> reader_;
 };
 
-// Reads a data file over the freshly constructed `data` and reconciles it with its catalogue, if it has one. Returns
-// what `data` does not have of the file. When that is nothing, the file is the origin of `data`; else it has none.
+// Reads a data file into the newly constructed `data` and reconciles it with its catalogue, if it has one. Returns
+// everything in the file that `data` does not have. If that is nothing, the file becomes the origin of `data`;
+// otherwise `data` has none.
 //
-// Throws file_open_exception: there is no file to read. data_file_exception: it is damaged or not a data file.
-// file_exception: the system failed to read it or has not enough memory for it. catalogue_exception. After any of them
-// `data` is of no use.
+// Throws file_open_exception: the file cannot be opened. data_file_exception: it is damaged or not a data file.
+// file_exception: the system failed to read it or lacks the memory. catalogue_exception. After an exception `data` is
+// unusable.
 reading_losses read_data_file(const std::filesystem::path& file, prevesk_dataset_data_type& data);
 
-// Saves `data` in the current layout; the file takes its place only when all of it is on the disk. Returns the origin
-// that a data set with this content has from then on: none where `file` is a device or a pipe.
+// Saves `data` in the current layout. The target is replaced only when all of it is on disk. Returns the new origin of
+// a data set with this content: none if `file` is a device or a pipe.
 //
-// Throws file_open_exception: nothing can be written there. file_exception: writing failed. The old file stays in both.
+// Throws file_open_exception: the file cannot be opened for writing. file_exception: writing failed. In both cases the
+// old file is kept.
 file_origin save_data_file(const std::filesystem::path& file, const prevesk_dataset_data_type& data);
 
 } // namespace vesk

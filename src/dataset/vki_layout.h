@@ -1,23 +1,23 @@
-// The layout of the .VKI data file: which fields each record has, in the order of the file.
+// The layout of the .VKI data file: the fields of each record, in file order.
 //
 // Each record, and the data set itself, is described once, as `layout<Record>::fields(visitor, record)`. Reader, writer
-// and everything else that goes through a data set in file order are visitors of this one description, so that they
-// cannot disagree. A visitor has
+// and everything else that walks a data set in file order are visitors of this one description, so that they cannot
+// disagree. A visitor has
 //
-//   field(name, member)            a field; its C++ type says its form
-//   section(number, name, member)  a section of the file with the data set's member of that name
+//   field(name, member)            a field; its C++ type determines its form
+//   section(number, name, member)  a section of the file, with the data set member of that name
 //   points_section(number, name, series), query_section(number, name, series)
-//                                  the two sections that a series of the data set's own is split into
-//   header(version)                what precedes the sections
-//   from(version)                  whether the file's version has what follows: `version` is the first that has it
-//   only(first, last)              the same for what only the versions from `first` to `last` have
+//                                  the two sections of a series that belongs to the data set itself
+//   header(version)                the part before the sections
+//   from(version)                  whether the file's version has the next fields; `version` is the first with them
+//   only(first, last)              the same for fields that only the versions from `first` to `last` have
 //   retired_text(name), retired_queries(name)
-//                                  what was stored once and is passed over; the names stay reserved
+//                                  data of older versions, skipped; the names stay reserved
 //
-// Forms in the file, all little-endian, nothing aligned: bool 1 byte; 32-bit integers and doubles as they are; a text
-// its u32 length and its bytes; a list its u32 count and its elements; a shared_value what it holds.
+// Stored forms, all little-endian and unaligned: bool 1 byte; 32-bit integers and doubles as they are; a text its u32
+// length and its bytes; a list its u32 count and its elements; a shared_value its value.
 //
-// Numbers of versions and sections never change. docs/file-format.md describes the same for people.
+// Version and section numbers never change. docs/file-format.md has the same description for readers.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -27,7 +27,7 @@ namespace vesk {
 template <class Record>
 struct layout;
 
-// The versions that `from` and `only` are asked about, for a visitor to derive from.
+// Base class for visitors: answers `from` and `only` for one version.
 class versioned {
 public:
   explicit versioned(std::uint32_t version) : version_(version) {}
@@ -65,7 +65,7 @@ struct layout<import_query_descriptor> {
   }
 };
 
-// The end that the records of most series share.
+// The last fields of most series records.
 void interpolation_and_query(auto& v, auto& r) {
   if (v.from(0x00070006)) v.field("interpolation_type", r.interpolation_type);
   if (v.from(0x00070002)) v.field("query", r.query);
@@ -111,7 +111,7 @@ struct layout<system_data_type> {
     v.field("convb", r.convb);
     v.field("scalw", r.scalw);
     v.field("convw", r.convw);
-    v.field("description", r.description); // not where memory has it
+    v.field("description", r.description); // position differs from memory
     v.field("loads", r.loads);
     v.field("boundaries", r.boundaries);
   }
@@ -229,7 +229,7 @@ template <>
 struct layout<exchange_field_data_type> {
   static void fields(auto& v, auto& r) {
     v.field("functions", r.functions);
-    v.field("reserved", r.reserved); // the other way round in the flow field
+    v.field("reserved", r.reserved); // order differs from the flow field
     v.field("used", r.used);
     v.field("scale", r.scale);
     v.field("conversion", r.conversion);
@@ -307,7 +307,7 @@ struct layout<prevesk_dataset_data_type> {
     if (v.from(0x00070006)) v.section(38, "max_dt", d.max_dt);
     if (v.from(0x00070006)) v.section(39, "min_dt", d.min_dt);
     if (v.from(0x00070007)) v.section(40, "vesk_to_vesk_linkage_option", d.vesk_to_vesk_linkage_option);
-    // Newer sections precede it: the header's offset points at the last one.
+    // Newer sections are written before it: the header's offset points to the last one.
     if (v.from(0x00070005)) v.section(last_section, "project_files", d.project_files);
   }
 };

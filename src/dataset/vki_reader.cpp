@@ -12,7 +12,7 @@ namespace vesk {
 
 namespace {
 
-// The visitor that adds up the fewest bytes that a record can have in a file of one version.
+// The visitor that computes the minimum size of a record in files of one version.
 class smallest_record : public versioned {
 public:
   using versioned::versioned;
@@ -46,16 +46,16 @@ private:
   std::size_t size_ = 0;
 };
 
-// The reading visitor of the layout.
+// The visitor that reads.
 class vki_reader : public versioned {
 public:
   vki_reader(binary_reader& file, vki_facts& facts)
       : versioned(facts.version), file_(file), facts_(facts), arena_(memory_arena::create(file.size())) {}
-  ~vki_reader() { arena_->release(); } // lives on with the arrays in it
+  ~vki_reader() { arena_->release(); } // the arrays in it keep it alive
   vki_reader(const vki_reader&) = delete;
   vki_reader& operator=(const vki_reader&) = delete;
 
-  // Notes the present section as the last one, unless nothing of it has come.
+  // Notes the current section as the last one, unless none of it was read.
   void note_section() {
     if (file_.position() == section_offset_) return;
     facts_.last_section = file_.section();
@@ -102,7 +102,7 @@ public:
   }
   void field(const char* name, short_text& text) {
     const std::uint32_t length = count("text", 1);
-    // A few bytes more than fit show whether the cut would split a character.
+    // Some bytes more than fit, to see whether the cut would split a character.
     const std::uint32_t taken = std::min<std::uint32_t>(length, short_text::max_size + 3);
     text = std::string_view(file_.piece(taken, name), taken);
     file_.skip(length - taken);
@@ -149,7 +149,7 @@ public:
     items = segment_item_list<Record>(shared_numbers(last_isc<Record>()), std::move(values));
   }
 
-  // Records are appended as they come, so that memory follows what was read and not what was announced.
+  // Records are appended as they are read, so that memory grows with the bytes read, not with the count announced.
   template <class Record>
   void field(const char* name, shared_list<Record>& list) {
     const std::uint32_t wanted = count(name, smallest_record::size<Record>(version()));
@@ -163,7 +163,7 @@ public:
         else
           layout<Record>::fields(*this, list.edit_back());
       } catch (const data_file_exception&) {
-        if (file_.position() == begin) list.erase(i); // nothing of it has come
+        if (file_.position() == begin) list.erase(i); // none of it was read
         throw;
       }
     }
@@ -178,8 +178,8 @@ private:
     section_offset_ = file_.position();
   }
 
-  // A count of elements that take at least `smallest` bytes each, those of a text 1: the rest of the file can hold
-  // them. `what` names them in the message when it cannot.
+  // A count of elements of at least `smallest` bytes each (1 for text), checked against the rest of the file. `what`
+  // names them in the message if they do not fit.
   std::uint32_t count(const char* what, std::size_t smallest) {
     const std::uint64_t place = file_.position();
     const auto announced = file_.number<std::uint32_t>(what);
@@ -190,7 +190,7 @@ private:
                                           : std::to_string(announced) + " " + what);
   }
 
-  // The numbers just read; memory is taken only when they differ from the segment's before.
+  // The numbers just read; allocates memory only if they differ from the previous segment's.
   const shared_array<std::uint32_t>& shared_numbers(shared_array<std::uint32_t>& last) {
     if (std::equal(last.begin(), last.end(), isc_.begin(), isc_.end())) return last;
     last = shared_array<std::uint32_t>::uninitialized(*arena_, isc_.size());
@@ -228,7 +228,7 @@ std::uint32_t read_version(binary_reader& file) {
 } // namespace
 
 bool may_be_data_file(std::string_view first_bytes) {
-  if (first_bytes.size() < sizeof(std::uint32_t)) return true; // more may come
+  if (first_bytes.size() < sizeof(std::uint32_t)) return true; // too few bytes to decide
   return is_version(little_endian<std::uint32_t>(first_bytes.data()));
 }
 
@@ -236,7 +236,7 @@ vki_facts read_vki(binary_reader& file, prevesk_dataset_data_type& data) {
   vki_facts facts;
   data.file_version = facts.version = read_version(file);
   vki_reader reader(file, facts);
-  // However this ends, no thread may write into arrays that the caller then frees.
+  // Even after an exception no thread may write into arrays that the caller then frees.
   struct last_write {
     binary_reader& file;
     ~last_write() { file.drop(); }
@@ -245,7 +245,7 @@ vki_facts read_vki(binary_reader& file, prevesk_dataset_data_type& data) {
     layout<prevesk_dataset_data_type>::fields(reader, data);
   } catch (const data_file_exception&) {
     if (facts.version <= prevesk_dataset_data_type::current_file_version()) throw;
-    // A newer version need not end where this one does: what has come is kept.
+    // A newer version may end differently: everything read so far is kept.
   }
   reader.note_section();
   file.finish();
@@ -261,7 +261,7 @@ reading_losses prevesk_dataset_data_type::read(binary_reader& file) {
   }
   file_version = std::max(file_version, current_file_version());
   if (!catalogue()) return losses;
-  const model_lists stored = lists_of_model(); // not the segments: they are many, and changed in place
+  const model_lists stored = lists_of_model(); // without the segments, which are many and changed in place
   refresh_from_catalogue(true);
   losses.model_is_unknown = !catalogue()->find_model(model_type);
   losses.note_dropped(stored, lists_of_model());

@@ -8,29 +8,29 @@
 
 namespace vesk {
 
-// What a data file says beside its data set.
+// Facts about a data file besides its data set.
 struct vki_facts {
   std::uint32_t version = 0;
   std::uint32_t project_files_offset = 0; // in the header from 0x00070005 on, otherwise 0
   std::uint32_t header_zero = 0;          // after it
-  file_section last_section; // the last one of which something was read; whole unless a newer file ended in it
+  file_section last_section;              // the last one read at least in part; only a newer file may end within it
   std::uint64_t last_section_offset = 0;
 };
 
-// The versions that begin a data file. What lies between the current version and `highest` is a newer file; a text
-// or a file of some other kind begins with a number beyond.
+// The range of versions at the start of a data file. Those between the current version and `highest` are newer files; a
+// text or another kind of file starts with a larger number.
 inline constexpr std::uint32_t lowest_file_version = 0x00010000;
 inline constexpr std::uint32_t highest_file_version = 0x00ffffff;
 
-// False once the first bytes of a file show by their version that it is not a data file.
+// False if the first bytes of a file contain no version of a data file.
 bool may_be_data_file(std::string_view first_bytes);
 
-// Reads the file over the freshly constructed `data`, `file_version` as it is in the file. The catalogue is not asked.
+// Reads the file into the newly constructed `data`; `file_version` is set as in the file. The catalogue is not used.
 //
-// Throws data_file_exception when the file is not a data file, and when a file of a known version ends before its time
-// or holds a count that the rest of it has no room for; memory is never taken for such a count. A newer file is read
-// with the current layout until its bytes run out, and a count too large for it means what the rest can hold; the
-// record that it ends in keeps its defaults for what has not come.
+// Throws data_file_exception if the file is not a data file, or if a file of a known version ends too early or has a
+// count too large for the rest of the file; memory is never allocated for such a count. A newer file is read with the
+// current layout until its bytes run out. A count too large for it is reduced to what fits, and the record in which it
+// ends keeps its defaults for missing fields.
 vki_facts read_vki(binary_reader& file, prevesk_dataset_data_type& data);
 
 } // namespace vesk

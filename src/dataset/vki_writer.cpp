@@ -1,4 +1,4 @@
-// Writes a data set as a data file of the current layout.
+// Writes a data set as a data file with the current layout.
 #include "dataset/binary_writer.h"
 #include "dataset/vki_layout.h"
 
@@ -11,18 +11,18 @@ namespace vesk {
 
 namespace {
 
-// The writing visitor of the layout. `Sink` is a binary_writer or a byte_counter.
+// The visitor that writes. `Sink` is a binary_writer or a byte_counter.
 template <class Sink>
 class vki_writer : public versioned {
 public:
-  // project_files_offset: where section 41 will begin.
+  // project_files_offset: where section 41 begins.
   vki_writer(Sink& sink, std::uint64_t project_files_offset)
       : versioned(prevesk_dataset_data_type::current_file_version()), sink_(sink),
         project_files_offset_(project_files_offset) {}
 
-  void header(const std::uint32_t&) { // not the data set's version, which may be of a newer file
+  void header(const std::uint32_t&) { // not the data set's version, which may be from a newer file
     sink_.number(version());
-    sink_.number(static_cast<std::uint32_t>(project_files_offset_)); // its lower half in a file beyond 4 GiB
+    sink_.number(static_cast<std::uint32_t>(project_files_offset_)); // the lower half if above 4 GiB
     sink_.number(std::uint32_t{0});
   }
   void section(int number, const char* name, const auto& member) {
@@ -89,7 +89,7 @@ private:
   std::uint64_t project_files_offset_;
 };
 
-// Counted beforehand, so that the file can be written from its first byte to its last, into a pipe if need be.
+// Counted in advance, so that the file can be written strictly forward, if necessary into a pipe.
 std::uint64_t project_files_offset(const prevesk_dataset_data_type& data) {
   byte_counter counter;
   vki_writer writer(counter, 0);

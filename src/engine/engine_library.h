@@ -9,12 +9,12 @@
 
 namespace vesk {
 
-// A library that cannot be loaded or lacks a function: one sentence with library and cause.
+// The library cannot be loaded or lacks a function: one sentence with library and cause.
 class engine_library_exception : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// Loaded for as long as the process runs: an engine may have its own threads and thread-local data.
+// Stays loaded until the process ends: an engine may have its own threads and thread-local data.
 class engine_library {
 public:
   static constexpr const char* file_name = "libpreveskwdll.so";
@@ -22,8 +22,8 @@ public:
   // Throws engine_library_exception.
   static std::shared_ptr<const engine_library> load(const std::filesystem::path& file);
 
-  // Where the library is taken from: VESK_ENGINE when that is set, else beside the executable, else
-  // <prefix>/lib/vesk/. The first that exists; when none does, the path beside the executable.
+  // Where the library is loaded from: VESK_ENGINE if it is set, then the folder of the executable, then
+  // <prefix>/lib/vesk/. The first that exists; if none does, the path in the folder of the executable.
   static std::filesystem::path default_path();
 
   std::filesystem::path path;

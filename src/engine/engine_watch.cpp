@@ -31,12 +31,12 @@ std::terminate_handler former_terminate = nullptr;
 std::atomic<const engine_at_work*> at_work = nullptr;
 std::atomic<bool> told = false;
 
-// The main thread never calls an engine; what ends the program there is not an engine's.
+// The main thread never calls an engine, so an engine is not the cause of anything that ends the program there.
 bool on_main_thread() {
   return gettid() == getpid();
 }
 
-// Fit for a signal handler.
+// Safe in a signal handler.
 void tell(std::string_view cause) {
   const engine_at_work* const engine = at_work.load();
   if (!engine || on_main_thread() || told.exchange(true)) return;
@@ -50,14 +50,14 @@ extern "C" void note_fatal_signal(int number, siginfo_t* information, void*) {
   for (const fatal_signal& known : fatal_signals)
     if (known.number == number) tell(known.cause);
   sigaction(number, &former_actions[number], nullptr);
-  if (information->si_code <= 0) raise(number); // it was sent; a fault comes again by itself
+  if (information->si_code <= 0) raise(number); // sent by a process; a fault comes again by itself
   errno = error;
 }
 
 extern "C" void note_exit() {
   if (!at_work.load() || on_main_thread()) return;
   tell(" ended the program by calling exit.\n");
-  _exit(EXIT_FAILURE); // before what the main thread still works with is taken down
+  _exit(EXIT_FAILURE); // before objects that the main thread still uses are destroyed
 }
 
 [[noreturn]] void note_terminate() {
@@ -98,8 +98,8 @@ engine_at_work::engine_at_work(const std::filesystem::path& library) {
   signal_stack_ = std::make_unique<char[]>(size);
   const stack_t stack{.ss_sp = signal_stack_.get(), .ss_flags = 0, .ss_size = size};
   sigaltstack(&stack, &former_stack_);
-  // Registered again for each job: the last function registered is called first, that is, before objects are
-  // destroyed that were created after this program's start.
+  // Registered again for each job: the function registered last is called first, before the destruction of objects that
+  // were created after program start.
   std::atexit(note_exit);
   std::at_quick_exit(note_exit);
   at_work = this;

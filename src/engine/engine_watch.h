@@ -1,8 +1,8 @@
-// Names the engine when an engine ends the program: by a signal, by an exception on one of its own threads, or by
-// exit.
+// Names the engine when an engine ends the program: by a signal, by an exception on a thread that it started, or by
+// calling exit.
 //
-// Such an end can't be prevented, since the engine works in the same process, but it must not look like a fault of the
-// program: one line on standard error names the engine.
+// This cannot be prevented, since the engine runs in the same process. One line on standard error names the engine, so
+// that users do not blame the program.
 #pragma once
 
 #include <csignal>
@@ -12,12 +12,11 @@
 
 namespace vesk {
 
-// Call it once, at the program's start, on the main thread. `program`: the first word of the line; static
-// storage. A signal goes through afterwards, so that the process ends by it. An exit that an engine calls ends with
-// status 1.
+// Call it once, on the main thread, at program start. `program`: the first word of the line; static storage. A signal
+// still ends the process afterwards. An exit called by an engine ends with status 1.
 void report_engine_crashes(const char* program);
 
-// The engine's function is at work while the object lives, on the thread that made it. One at a time.
+// While this object lives, the engine's function is running on the thread that created it. One at a time.
 class engine_at_work {
 public:
   explicit engine_at_work(const std::filesystem::path& library);
@@ -25,14 +24,14 @@ public:
   engine_at_work(const engine_at_work&) = delete;
   engine_at_work& operator=(const engine_at_work&) = delete;
 
-  // For an engine that has exited its thread: none is left to end the job on. Aborts.
+  // For an engine that has exited its thread, so that no thread is left to end the job. Aborts.
   [[noreturn]] void end_without_thread() const;
 
   const std::string& line_head() const { return line_head_; } // "vesk-run: Engine /path/to/it"
 
 private:
   std::string line_head_;
-  std::unique_ptr<char[]> signal_stack_; // a handler has no room on a stack that has overflowed
+  std::unique_ptr<char[]> signal_stack_; // a handler can't use a stack that has overflowed
   stack_t former_stack_{};
 };
 

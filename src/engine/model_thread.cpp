@@ -10,7 +10,7 @@ namespace vesk {
 
 namespace {
 
-// Does something when a block is left, however that happens.
+// Runs a function when a block is left, however that happens.
 struct at_end {
   std::function<void()> work;
   ~at_end() { work(); }
@@ -44,9 +44,9 @@ void model_thread::Execute() {
   if (grid_was_taken_back_) clear_grid_data(); // repaints it
 }
 
-// A forced unwind is caught without an object, which a sanitizer takes for a null reference.
+// A forced unwind is caught without an object, which a sanitizer reports as a null reference.
 [[gnu::no_sanitize("null")]] void model_thread::call_engine() {
-  // Here and not in Execute: what the engine has registered may be gone once its function is left, and the window
+  // Here and not in Execute: arrays registered by the engine may be gone once its function has returned, and the window
   // repaints while it shows a failure.
   const at_end left{[this] { take_back_arrays(); }};
   const engine_at_work at_work(library_->path);

@@ -1,4 +1,4 @@
-// A job: one call of one function of the engine library, on its own thread, over a private copy of the data set.
+// A job: one call of one function of the engine library, on its own thread, with a private copy of the data set.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -24,15 +24,15 @@ enum class job_code : std::uint8_t {
 
 class model_thread final : public winvesk_thread {
 public:
-  // Created suspended. The copy of the data set is made here, on the caller's thread. `file_name`: the data file, or
-  // the file to import, export or load.
+  // Created suspended. The data set is copied here, on the caller's thread. `file_name`: the data file, or the file to
+  // import, export or load.
   model_thread(job_front_end& front_end, std::shared_ptr<const engine_library> library,
                const prevesk_dataset_data_type& data_set, job_code code, const std::string& file_name,
                const std::filesystem::path& log_name);
 
   job_code code() const { return code_; }
 
-  // The main thread's in the end handler.
+  // In the end handler it belongs to the main thread.
   prevesk_dataset_data_type& data_set() override { return data_set_; }
   registered_arrays& arrays() override { return arrays_; }
   shell_interface& shell() override { return shell_; }
@@ -46,7 +46,7 @@ protected:
 private:
   void call_engine();
   void call_function();
-  void take_back_arrays(); // registered by the engine
+  void take_back_arrays(); // those registered by the engine
 
   const std::shared_ptr<const engine_library> library_;
   prevesk_dataset_data_type data_set_; // the worker's while it runs, the main thread's in the end handler
@@ -54,7 +54,7 @@ private:
   shell_interface shell_;
   const job_code code_;
   registered_arrays arrays_;
-  bool grid_was_taken_back_ = false; // the engine has left its grid behind
+  bool grid_was_taken_back_ = false; // the engine ended without taking its grid back
 };
 
 } // namespace vesk

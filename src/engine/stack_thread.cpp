@@ -26,15 +26,15 @@ struct synchronize_record {
   bool done = false; // guarded by the shared lock
 };
 
-// What all threads share. The lock is held while a posted method runs on the main thread; the method may make
-// threads, hence recursive.
+// Shared by all threads. The lock is held while a posted method runs on the main thread; it is recursive because the
+// method may create threads.
 struct shared_state {
   std::recursive_mutex thread_lock;
   std::condition_variable_any posted;
   std::condition_variable_any served;
   std::deque<synchronize_record*> sync_list; // guarded by thread_lock
   int thread_count = 0;                      // guarded by thread_lock
-  std::vector<pthread_t> leaving;            // have freed themselves and run to their end; guarded by thread_lock
+  std::vector<pthread_t> leaving;            // have freed themselves but not ended yet; guarded by thread_lock
   const std::thread::id main_thread = std::this_thread::get_id();
 };
 
@@ -43,11 +43,11 @@ shared_state& shared() {
   return state;
 }
 
-// Made before main begins, on the main thread.
+// Created on the main thread, before main begins.
 [[maybe_unused]] const shared_state& made_early = shared();
 
-// A thread that has freed itself counts until it is gone: libraries run code of theirs as it ends, which a process must
-// not overtake with its own end. The lock is held.
+// A thread that has freed itself is counted until it is gone: libraries run code at the end of a thread, and the
+// process must not exit before that. The lock is held.
 void count_out_the_gone(shared_state& state) {
   const auto gone = [](pthread_t handle) { return pthread_tryjoin_np(handle, nullptr) != EBUSY; };
   state.thread_count -= static_cast<int>(std::erase_if(state.leaving, gone));
@@ -108,7 +108,7 @@ ResizableThread::~ResizableThread() {
     }
     if (!joined_) WaitFor();
   } catch (...) {
-    std::terminate(); // a thread that cannot be waited for may still use this object
+    std::terminate(); // this object may still be in use by a thread that cannot be waited for
   }
   const std::lock_guard lock(shared().thread_lock);
   --shared().thread_count;
@@ -125,7 +125,7 @@ void* ResizableThread::thread_procedure(void* object) {
 
 void ResizableThread::run() {
   thread_number_ = current_thread_number();
-  wait_at_gate(); // always by its lock, so that all that was done before the resume is seen here
+  wait_at_gate(); // always through its lock, so that everything done before the resume is visible here
   try {
     if (!Terminated()) Execute();
   } catch (...) {
@@ -189,13 +189,13 @@ void ResizableThread::SetPriority(TThreadPriority priority) {
 
 void ResizableThread::wait_at_gate() {
   constexpr auto longest_debt = milliseconds(1000);
-  constexpr auto slice = milliseconds(10); // worked at a stretch before a rest, so that the share shows no jerks
+  constexpr auto slice = milliseconds(10); // worked in one go before a rest; short enough for smooth progress
   std::unique_lock lock(gate_mutex_);
   gate_opened_.wait(lock, [this] { return suspend_count_ == 0; });
   if (share_ >= 1.0) return;
   const auto worked = std::chrono::duration_cast<milliseconds>(steady_clock::now() - work_began_);
   if (worked < slice) return;
-  // An engine may work for long between two passes; its share is kept all the same, up to a rest that nobody notices.
+  // An engine may work for long between two passes. Its share is still kept, up to a rest too short to be noticed.
   const auto rest = std::chrono::duration_cast<milliseconds>(std::min(worked, longest_debt) * (1.0 / share_ - 1.0));
   const double share = share_;
   gate_opened_.wait_for(lock, rest, [this, share] { return share_ != share; });
@@ -231,7 +231,7 @@ void ResizableThread::Synchronize(const TThreadMethod& method) {
     state.posted.notify_all();
     state.served.wait(lock, [&record] { return record.done; });
   }
-  if (gate_) { // the wait was no work
+  if (gate_) { // waiting does not count as work
     const std::lock_guard lock(gate_mutex_);
     work_began_ = steady_clock::now();
   }

@@ -1,12 +1,12 @@
 // A thread with its own large stack that can call into the main thread and can be paused at a gate.
 //
-// The contract: created suspended, resumed after construction; `Terminate` is only a request; `Synchronize` runs a
-// method on the main thread and waits for it; `OnTerminate` runs on the main thread when the thread has ended its work;
-// with `FreeOnTerminate` the object then frees itself. The main thread serves all this in `CheckSynchronize`, which it
-// calls from its event loop after the wake-up hook was called, and in `WaitFor`.
+// The contract: created suspended, resumed after construction; `Terminate` only requests the end; `Synchronize` runs a
+// method on the main thread and waits for it; `OnTerminate` runs on the main thread after the thread's work has ended;
+// with `FreeOnTerminate` the object then frees itself. The main thread serves these requests in `CheckSynchronize`,
+// which it calls from its event loop after each call of the wake-up hook, and in `WaitFor`.
 //
 // A thread stopped at an arbitrary instruction may hold the allocator's lock, so it is never stopped from outside: it
-// pauses at a gate that it passes often (`pass_gate`).
+// pauses only at a gate, which it passes often (`pass_gate`).
 #pragma once
 
 #include <atomic>
@@ -20,15 +20,15 @@
 
 namespace vesk {
 
-// A failure of the platform's threads.
+// A failure of a thread function of the platform.
 class EThread : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
 enum TThreadPriority { tpIdle, tpLowest, tpLower, tpNormal, tpHigher, tpHighest, tpTimeCritical };
 
-// The platform's value of a priority: -15, -2, -1, 0, 1, 2, 15. Here negative ones are kept by the gate, which lets
-// the thread work a share of the time, positive ones are asked of the operating system.
+// The platform's value of a priority: -15, -2, -1, 0, 1, 2, 15. Negative ones are implemented by the gate, which gives
+// the thread a share of the time; positive ones are requested from the operating system.
 int platform_priority(TThreadPriority priority);
 
 using TThreadMethod = std::function<void()>;
@@ -37,10 +37,10 @@ class ResizableThread {
 public:
   static constexpr std::size_t stack_size = 20'971'520; // bytes
 
-  // The platform thread exists from here on, held at the gate. Throws EThread. Main thread or any other.
+  // Creates the platform thread, held at the gate. Throws EThread. Main thread or any other.
   explicit ResizableThread(bool create_suspended);
 
-  // Of a thread that has not finished: asks it to stop, resumes it if it was created suspended, and waits for it.
+  // If the thread has not finished: asks it to stop, resumes it if it was created suspended, and waits for it.
   virtual ~ResizableThread();
 
   ResizableThread(const ResizableThread&) = delete;
@@ -49,8 +49,8 @@ public:
   // Call it once the object is complete: resumes the thread unless it was created suspended.
   void AfterConstruction();
 
-  void Suspend(); // counts
-  void Resume();  // takes one count back; the last one opens the gate
+  void Suspend(); // adds one to the suspend count
+  void Resume();  // subtracts one; 0 opens the gate
   void SetSuspended(bool suspended);
   bool Suspended() const { return suspended_; }
 
@@ -61,32 +61,32 @@ public:
   TThreadPriority GetPriority() const { return priority_; }
   void SetPriority(TThreadPriority priority); // throws EThread when the system refuses
 
-  // Waits for the end and returns the exit code. On the main thread it keeps serving `Synchronize` meanwhile. Not for
-  // a thread that frees itself.
+  // Waits for the end and returns the exit code. The main thread serves `Synchronize` while it waits. Not for a thread
+  // that frees itself.
   int WaitFor();
 
-  // Runs `method` on the main thread and returns when it has; what it throws is thrown here. On the main thread it
-  // simply runs. Any thread may call it, for a job's engine may have threads of its own.
+  // Runs `method` on the main thread and returns when it is done; its exceptions are rethrown here. On the main thread
+  // it is simply called. Any thread may call this, since an engine may have its own threads.
   void Synchronize(const TThreadMethod& method);
 
-  // Pauses here while the thread is suspended or has used up its share of the time. Only threads that work for this
+  // Pauses here while the thread is suspended or has used up its share of the time. Only for threads that work for this
   // one.
   void pass_gate() {
     if (gate_.load(std::memory_order_relaxed)) wait_at_gate();
   }
 
-  int thread_number() const { return thread_number_; } // the system's; 0 before the thread runs
+  int thread_number() const { return thread_number_; } // the system's number; 0 before the thread runs
 
-  // Set before the thread is resumed, then the thread's own.
+  // Set before the thread is resumed; afterwards only the thread itself uses it.
   bool FreeOnTerminate = false;
   int ReturnValue = 0;
   std::function<void(ResizableThread*)> OnTerminate; // runs on the main thread
 
-  // What left `Execute`, if anything did.
+  // The exception that ended `Execute`, if any.
   std::exception_ptr FatalException;
 
-  // Raises EThread with the platform's text of `error`, unless it is 0. Given a bool, false stands for the last
-  // error of the platform.
+  // Throws EThread with the platform's text for `error`, unless it is 0. The bool overload: false means the last error
+  // of the platform.
   static void CheckThreadError(int error);
   static void CheckThreadError(bool success);
 
@@ -94,7 +94,7 @@ protected:
   virtual void DoTerminate(); // calls CallOnTerminate on the main thread, if OnTerminate is set
   virtual void Execute() = 0;
 
-  // The gate's two halves, for callers that check the flag themselves.
+  // The two halves of the gate, for callers that check the flag themselves.
   const std::atomic<bool>& gate() const { return gate_; }
   void wait_at_gate();
 
@@ -115,24 +115,24 @@ private:
   std::atomic<bool> gate_{true}; // the gate has to wait or to measure time
   std::mutex gate_mutex_;
   std::condition_variable gate_opened_;
-  int suspend_count_ = 1;                            // guarded by gate_mutex_
-  double share_ = 1.0;                               // of the time that the thread may work; guarded by gate_mutex_
+  int suspend_count_ = 1; // guarded by gate_mutex_
+  double share_ = 1.0;    // of the time, in which the thread may work; guarded by gate_mutex_
   std::chrono::steady_clock::time_point work_began_; // guarded by gate_mutex_
 };
 
-// Runs what threads have posted, first in, first out. The main thread only; any other gets EThread. True when there was
-// something.
+// Runs the methods posted by threads, in the order of posting. Main thread only; other threads get EThread. True if
+// there was one.
 bool CheckSynchronize();
 
-// Called by `Synchronize` on the posting thread, under the lock: has to make the main thread call CheckSynchronize
-// soon. Set it before threads are made.
+// Called by `Synchronize` on the posting thread, under the lock: must make the main thread call CheckSynchronize soon.
+// Set it before any thread is created.
 extern std::function<void()> WakeMainThread;
 
-// Waits until something is posted, for at most `timeout`, and runs it. The main loop of a program without a window.
+// Waits for a posted method, for at most `timeout`, and runs it. The main loop of a program without a window.
 bool wait_and_synchronize(std::chrono::milliseconds timeout);
 
-// The number of threads: of their objects that live, and of those that have freed themselves and are not yet gone. A
-// process that ends while there are any runs into the libraries that they leave.
+// The number of threads: those whose objects exist, and those that have freed themselves but not ended yet. If there
+// are any, the process must not exit: they still run code of libraries.
 int live_thread_count();
 
 } // namespace vesk

@@ -14,7 +14,7 @@ winvesk_thread::winvesk_thread(job_front_end& front_end, const std::filesystem::
 
 void winvesk_thread::Execute() {
   status_code_ = 0;
-  log_line(""); // an empty line in the file that the template names
+  log_line(""); // an empty line, in the file named by the template
   if (log_path_.empty()) return;
   log_path_.replace_filename("LOG" + std::to_string(current_thread_number()) + log_path_.extension().string());
   log_line("--BEGIN LOG FILE--");
@@ -93,7 +93,7 @@ void winvesk_thread::fail(std::string_view cause) {
   failure_ = cause;
   try {
     add_info_line(cause, 2);
-  } catch (...) { // a front end that cannot show it; the job has failed all the same
+  } catch (...) { // the front end cannot show it; the job has failed anyway
   }
 }
 

@@ -1,4 +1,4 @@
-// The reusable half of a job: its log, status, mailbox, info lines and results grid.
+// The reusable part of a job: its log, status, mailbox, info lines and results grid.
 #pragma once
 
 #include "engine/job_front_end.h"
@@ -15,10 +15,10 @@ namespace vesk {
 
 class winvesk_thread : public ResizableThread, public engine_job {
 public:
-  // Created suspended. `log_name`: the template of the log's name, empty for no log. `front_end` must outlive the job.
+  // Created suspended. `log_name`: template of the log's name; empty for no log. `front_end` must outlive the job.
   winvesk_thread(job_front_end& front_end, const std::filesystem::path& log_name);
 
-  // What the worker has left for the main window; clears the flags. Main thread.
+  // News from the worker for the main window; reading clears the flags. Main thread.
   struct mailbox {
     bool simulation_time_changed = false;
     bool grid_changed = false;
@@ -31,14 +31,14 @@ public:
   int status_code() const { return status_code_; }       // once the job has ended
   std::time_t start_time() const { return start_time_; } // seconds since 1970
   const std::filesystem::path& log_path() const { return log_path_; }
-  int log_error() const { return log_error_; } // the system's, of the first line that was lost; once the job has ended
+  int log_error() const { return log_error_; } // the system's, for the first line lost; once the job has ended
 
-  // Why the job failed; empty when it has not. Of an exception in the engine or in a keyword. Once the job has ended.
+  // Why the job failed, by an exception in the engine or in a keyword; empty if it has not. Once the job has ended.
   const std::string& failure() const { return failure_; }
 
   int priority_position = 3; // of the priority track bar, 0 to 6; main thread only
 
-  // Keywords.
+  // For keyword handlers.
   bool cancel_requested() const override { return Terminated() || failed_.load(std::memory_order_relaxed); }
   std::int32_t elapsed_seconds() const override;
   void add_info_line(std::string_view text, std::int32_t icon) override;
@@ -61,7 +61,7 @@ public:
   void fail(std::string_view cause) override;
 
 protected:
-  // The start of every job: status 0, the log's unique name and its first line. Derived classes call it first.
+  // Begins every job: status 0, the log's unique name and its first line. Derived classes call it first.
   void Execute() override;
   void wait_at_gate() override { ResizableThread::wait_at_gate(); }
 
@@ -70,7 +70,7 @@ protected:
 
 private:
   job_front_end& front_end_;
-  int log_error_ = 0; // worker only; kept, so that no line follows a lost one
+  int log_error_ = 0; // worker only; no line is logged after a lost one
   std::filesystem::path log_path_;
   int status_code_ = 0;           // worker only
   bool grid_data_is_set_ = false; // worker only
@@ -80,7 +80,7 @@ private:
 
   std::mutex lock_; // guards the rest
   int progress_percent_ = 0;
-  double simulation_time_ = 0; // the text is made when it is shown
+  double simulation_time_ = 0; // converted to text only when shown
   bool simulation_time_changed_ = false;
   bool grid_changed_ = false;
   bool progress_changed_ = false;

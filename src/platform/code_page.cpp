@@ -25,7 +25,7 @@ public:
 
   bool is_open() const { return reinterpret_cast<std::intptr_t>(state_) != -1; }
 
-  // Converts what it can from the front of `bytes`, appends it and takes it off. False at bytes that are not a
+  // Converts as much as possible from the front of `bytes`, appends it and removes it. False at bytes that are not a
   // character.
   bool append(std::string_view& bytes, std::string& text) const {
     while (!bytes.empty()) {
@@ -53,7 +53,7 @@ std::string system_name(unsigned number) {
   case 1201: return "UTF-16BE";
   case 65001: return "UTF-8";
   case 10000: return "MACINTOSH";
-  case mazovia: return "CP437"; // in all but its Polish letters
+  case mazovia: return "CP437"; // except for its Polish letters
   default: break;
   }
   constexpr unsigned iso_8859 = 28590;
@@ -61,7 +61,7 @@ std::string system_name(unsigned number) {
                                                       : "CP" + std::to_string(number);
 }
 
-// The system's converter does not know this code page.
+// Letters of a code page that the system's converter does not have.
 struct mazovia_letter {
   unsigned char byte;
   const char* utf8;
@@ -72,7 +72,7 @@ constexpr mazovia_letter mazovia_letters[] = {
     {0xa1, "Ż"}, {0xa3, "Ó"}, {0xa4, "ń"},  {0xa5, "Ń"}, {0xa6, "ź"}, {0xa7, "ż"},
 };
 
-// The common one of the double-byte code pages, without the system's converter, which takes long to set up.
+// The most common double-byte code page, without the system's converter, which takes long to set up.
 void append_utf16(std::string_view bytes, std::string& text) {
   const auto unit = [&](std::size_t i) { return char32_t{little_endian<char16_t>(bytes.data() + i)}; };
   const auto part = [](char32_t first, char32_t bits) { return static_cast<char>(first | (bits & 0x3f)); };

@@ -1,4 +1,4 @@
-// Texts in the code pages of older programs, as UTF-8.
+// Converts texts in the code pages of older programs to UTF-8.
 #pragma once
 
 #include <array>
@@ -11,14 +11,14 @@ bool is_ascii(std::string_view bytes);
 
 class code_page {
 public:
-  // The code page of a number: 437, 850 and the other ones of DOS, 620 for the Polish Mazovia, 1250 to 1258, the
-  // double-byte ones 932, 936, 949 and 950, 1200 and 1201 for UTF-16 in either byte order, 28591 to 28606 for ISO
-  // 8859-1 to 8859-16, 65001 for UTF-8. nullptr when the system does not know it. The result lives as long as the
-  // program. Any thread.
+  // The code page with a number: 437, 850 and others of DOS, 620 for the Polish Mazovia, 1250 to 1258, the double-byte
+  // ones 932, 936, 949 and 950, 1200 and 1201 for UTF-16 in either byte order, 28591 to 28606 for ISO 8859-1 to
+  // 8859-16, 65001 for UTF-8. nullptr if the system does not know it. The result is valid until the program ends. Any
+  // thread.
   static const code_page* find(unsigned number);
 
-  // Bytes that the code page leaves open become the control character of their number in a single-byte code page and
-  // U+FFFD in the others.
+  // Bytes without a character become the control character of the same number in a single-byte code page and U+FFFD in
+  // the others.
   std::string utf8(std::string_view bytes) const;
 
   unsigned number() const { return number_; }
@@ -29,8 +29,8 @@ private:
 
   unsigned number_;
   bool single_byte_ = false;
-  std::string name_;                    // as the system calls it
-  std::array<std::string, 256> single_; // the character of each byte, of a single-byte code page
+  std::string name_;                    // the system's name for it
+  std::array<std::string, 256> single_; // the character for each byte of a single-byte code page
 };
 
 } // namespace vesk

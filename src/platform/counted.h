@@ -1,4 +1,4 @@
-// Numbers with the word that they count, in the singular or the plural.
+// Numbers followed by the counted word, in the singular or plural.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-// Which file of the disk a name means, and whether its content is still what it was.
+// Identifies a file on disk, and shows whether its content has changed.
 #pragma once
 
 #include <cstdint>
@@ -7,7 +7,8 @@
 
 namespace vesk {
 
-// A file as it was at one moment. Two equal ones are the same file with the same content, as far as the system says.
+// The state of a file at one time. Two equal states are the same file with the same content, as far as the system
+// knows.
 struct file_identity {
   std::uint64_t device = 0;
   std::uint64_t inode = 0;
@@ -18,7 +19,7 @@ struct file_identity {
   friend bool operator==(const file_identity&, const file_identity&) = default;
 };
 
-// Of a regular file, links followed. Nothing for all else and when there is no such file.
+// Of a regular file; links are followed. Nothing for anything else, or if the file does not exist.
 std::optional<file_identity> identity_of(const std::filesystem::path& file);
 std::optional<file_identity> identity_of(int descriptor);
 

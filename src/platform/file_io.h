@@ -1,4 +1,4 @@
-// Files as the system hands them out: opening, reading and writing, with one sentence for each failure.
+// Opening, reading and writing files, with one sentence for each failure.
 #pragma once
 
 #include <cstddef>
@@ -11,7 +11,7 @@
 
 namespace vesk {
 
-// A file that cannot be opened, read or written: one sentence with path and cause.
+// A file cannot be opened, read or written: one sentence with path and cause.
 class file_exception : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
@@ -24,10 +24,10 @@ class file_open_exception : public file_exception {
 // "Cannot <action> <file>: <the system's text for `error`>."
 std::string file_failure(std::string_view action, std::string_view file, int error);
 
-// "<file>: not enough memory for its contents.", in the place of a std::bad_alloc.
+// "<file>: not enough memory for its contents.", in place of a std::bad_alloc.
 std::string memory_failure(std::string_view file);
 
-// An open file, closed when the owner goes.
+// An open file, closed by the destructor.
 class file_descriptor {
 public:
   file_descriptor() = default;
@@ -44,26 +44,26 @@ private:
   int number_ = -1;
 };
 
-// Opens a file, a pipe or a device for reading. Throws file_open_exception; a directory counts as one that cannot be
+// Opens a file, a pipe or a device for reading. Throws file_open_exception; a directory counts as a file that cannot be
 // opened.
 file_descriptor open_for_reading(const std::filesystem::path& file);
 
-// The size of a regular file. 0 for anything without a size, such as a pipe, and for an empty file.
+// The size of a regular file. 0 for an empty file and for anything without a size, such as a pipe.
 std::uint64_t size_of_regular_file(int file);
 
-// All that is left in an open file or pipe. `name` is for the message of a file_exception. `goes_on`, if any, is shown
-// what has come so far after each read; when it answers false nothing more is read. A device may never end.
+// Reads the rest of an open file or pipe. `name` is for the message of a file_exception. `goes_on`, if given, is called
+// after each read with everything read so far; false stops reading. A device may never end.
 std::string read_to_end(int file, std::string_view name, const std::function<bool(std::string_view)>& goes_on = {});
 
 // Reads up to `size` bytes at `offset` into `first`, and once that is full up to `more` bytes into `second`, in one
-// call to the system. Returns how many bytes came, 0 at the end of the file. Throws file_exception.
+// system call. Returns the number of bytes read, 0 at the end of the file. Throws file_exception.
 std::size_t read_at(int file, std::uint64_t offset, void* first, std::size_t size, void* second, std::size_t more,
                     std::string_view name);
 
-// Writes both pieces whole, one after the other, in one call to the system when it takes them. Throws file_exception.
+// Writes both pieces completely, one after the other, if possible in one system call. Throws file_exception.
 void write_all(int file, std::string_view first, std::string_view second, std::string_view name);
 
-// Tells the system that it may start bringing these bytes of a file to the disk. Only a hint.
+// Lets the system start writing these bytes of a file to disk. Only a hint.
 void start_writeback(int file, std::uint64_t offset, std::uint64_t size);
 
 } // namespace vesk

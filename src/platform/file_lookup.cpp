@@ -12,7 +12,7 @@ fs::path find_file(std::string_view name, const fs::path& folder) {
   std::string with_slashes(name);
   std::replace(with_slashes.begin(), with_slashes.end(), '\\', '/');
   std::error_code ignored;
-  // Unchanged first: on this platform a backslash may be part of a name.
+  // The unchanged name first: on this platform a name may contain a backslash.
   for (const std::string& spelling : {std::string(name), with_slashes})
     for (const fs::path& candidate : {folder / spelling, fs::path(spelling)})
       if (fs::is_regular_file(candidate, ignored)) return candidate;

@@ -1,4 +1,4 @@
-// Letter case of ASCII letters, whatever the locale.
+// Letter case of ASCII letters, independent of the locale.
 #pragma once
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-// Little-endian numbers in the bytes of a file.
+// Reads little-endian numbers from the bytes of a file.
 #pragma once
 
 #include <bit>
@@ -9,7 +9,7 @@ namespace vesk {
 
 static_assert(std::endian::native == std::endian::little, "numbers are copied as they are in the file");
 
-// The number in the `sizeof(T)` bytes from `bytes` on, which need not be aligned.
+// The number in the `sizeof(T)` bytes at `bytes`, which need not be aligned.
 template <class T>
 T little_endian(const char* bytes) {
   static_assert(std::is_arithmetic_v<T>);

@@ -7,8 +7,8 @@ namespace vesk {
 
 namespace {
 constexpr std::size_t large_page = std::size_t{2} << 20;
-constexpr std::size_t smallest_returned = std::size_t{64} << 10; // below this a system call costs more than it gives
-// A call for each array would break up large pages: a seventh of the time of reading a data file and dropping it.
+constexpr std::size_t smallest_returned = std::size_t{64} << 10; // below this a system call costs more than it saves
+// One call per array would break up large pages, and cost a seventh of the time to read a data file and drop it.
 constexpr std::size_t returned_at_once = 2 * large_page;
 
 std::size_t round_up(std::size_t n, std::size_t unit) {
@@ -23,7 +23,7 @@ void* reserve(std::size_t bytes) {
 memory_arena* memory_arena::create(std::size_t bytes) {
   std::size_t whole = round_up(bytes + page_size, page_size);
   void* memory = reserve(whole);
-  if (memory == MAP_FAILED) memory = reserve(whole = page_size); // the header alone
+  if (memory == MAP_FAILED) memory = reserve(whole = page_size); // only the header
   if (memory == MAP_FAILED) throw std::bad_alloc();
   if (whole >= 4 * large_page) madvise(memory, whole, MADV_HUGEPAGE); // only a hint
   return new (memory) memory_arena(whole);

@@ -1,8 +1,8 @@
 // One large block of memory for many arrays that are read together and mostly live together.
 //
-// Address space for the whole block is reserved at once; pages are taken from the system only when they are first
-// written, in large pages where the system has them. The arena lives on the heap of the system, not of the program:
-// it is created with `create`, counts its users itself and goes when the last one has left.
+// Address space for the whole block is reserved at once. The system provides pages only when they are first written,
+// large ones if it has them. The arena is created with `create` in its own system memory, outside the program's heap;
+// it counts its users and frees itself with the last one.
 #pragma once
 
 #include <atomic>
@@ -16,30 +16,31 @@ class memory_arena {
 public:
   static constexpr std::size_t page_size = 4096;
 
-  // Reserves `bytes` and returns an arena with one user, the caller. One that cannot be reserved is an arena without
-  // room, for the heap may still serve what is really needed. Throws std::bad_alloc when not even a page is available.
+  // Reserves `bytes` and returns an arena with one user, the caller. If the reservation fails the arena has no room;
+  // the heap may still provide the memory that is really needed. Throws std::bad_alloc when not even one page is
+  // available.
   static memory_arena* create(std::size_t bytes);
 
   memory_arena(const memory_arena&) = delete;
   memory_arena& operator=(const memory_arena&) = delete;
 
-  // The next `bytes` bytes, aligned to 16; nullptr when the reservation is used up. Adds one user. The thread that
-  // created the arena only.
+  // The next `bytes` bytes, aligned to 16; nullptr when the reservation is used up. Adds one user. Only on the thread
+  // that created the arena.
   void* allocate(std::size_t bytes);
 
-  // Bytes of the whole reservation, which the last user gives back.
+  // Bytes of the whole reservation, freed by the last user.
   std::size_t size() const { return bytes_; }
 
-  // One user less; the last one frees the arena. Any thread.
+  // Removes a user; the last one frees the arena. Any thread.
   void release();
 
-  // One user less, whose memory is [begin, begin + bytes). It goes back to the system together with its neighbours:
-  // when 4 MiB in one piece are free, or memory elsewhere becomes free. Any thread.
+  // Removes a user whose memory is [begin, begin + bytes). It is returned to the system together with adjacent free
+  // memory: when 4 MiB in one piece are free, or memory elsewhere is freed. Any thread.
   void release(void* begin, std::size_t bytes);
 
 private:
   struct range {
-    std::size_t first = 0, last = 0; // bytes from the arena's begin, the last one excluded
+    std::size_t first = 0, last = 0; // byte offsets in the arena; last is excluded
   };
 
   void note_released(range memory);
@@ -49,10 +50,10 @@ private:
   ~memory_arena() = default;
 
   std::atomic<std::uint64_t> users_{1};
-  const std::size_t bytes_; // of the whole reservation, this header's page included
+  const std::size_t bytes_; // of the whole reservation, including the page of this header
   std::size_t next_ = page_size;
   std::mutex mutex_;
-  range released_; // guarded by mutex_; not yet given back
+  range released_; // guarded by mutex_; not yet returned to the system
 };
 
 } // namespace vesk

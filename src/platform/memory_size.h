@@ -1,4 +1,4 @@
-// How much memory the machine has.
+// The memory of the machine.
 #pragma once
 
 #include <cstdint>

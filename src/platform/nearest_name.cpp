@@ -10,7 +10,7 @@ namespace vesk {
 namespace {
 
 std::size_t edits_between(std::string_view a, std::string_view b) {
-  std::vector<std::size_t> row(b.size() + 1); // edits from the part of a so far to each beginning of b
+  std::vector<std::size_t> row(b.size() + 1); // edits from the part of a read so far to each prefix of b
   std::iota(row.begin(), row.end(), std::size_t{0});
   for (std::size_t i = 0; i < a.size(); ++i) {
     std::size_t diagonal = std::exchange(row[0], i + 1);

@@ -1,4 +1,4 @@
-// The known name that a misspelt one most likely means.
+// Finds the known name that a misspelt one most likely means.
 #pragma once
 
 #include <span>
@@ -6,8 +6,8 @@
 
 namespace vesk {
 
-// The one of `names`, of which there is at least one, that takes the fewest single-character edits from `name`; the
-// first of several.
+// The one of `names`, which must not be empty, that is the fewest single-character edits from `name`; the first if
+// there are several.
 std::string_view nearest_name(std::string_view name, std::span<const std::string_view> names);
 
 } // namespace vesk

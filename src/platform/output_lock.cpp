@@ -21,9 +21,9 @@ namespace fs = std::filesystem;
 
 constexpr int most_attempts = 100, looks_at_a_holder = 4;
 constexpr std::chrono::milliseconds between_attempts(5);
-constexpr int careful = O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC; // strangers may have put anything there
+constexpr int careful = O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC; // others may have put anything there
 
-// Like flock, without waiting. errno tells why there is no lock: EWOULDBLOCK where another has it.
+// Like flock, without waiting. On failure errno has the cause: EWOULDBLOCK if the lock is held elsewhere.
 bool lock(int file) {
   if (flock(file, LOCK_EX | LOCK_NB) == 0) return true;
   if (errno == EWOULDBLOCK) return false;
@@ -35,8 +35,8 @@ bool lock(int file) {
   return false;
 }
 
-// Whether a text is "HOST-PROCESS-RANDOM", as in the name of an unfinished result. No base ends like that by chance:
-// neither a point nor a hyphen can be in the host.
+// Whether a text is "HOST-PROCESS-RANDOM", the end of the name of an unfinished result. No base ends like that by
+// chance: the host contains neither a dot nor a hyphen.
 bool names_a_writer(std::string_view text) {
   const auto take = [&](std::string_view allowed) {
     const std::size_t size = std::min(text.find_first_not_of(allowed), text.size());
@@ -66,7 +66,7 @@ void remove_leftovers(const fs::path& base) {
 
 output_lock::output_lock(const fs::path& base) : base_(fs::absolute(base)), process_(getpid()) {
   name_ = base_.parent_path() / ("." + base_.filename().native() + ".run");
-  // A holder is looked at more than once: its file may just be made and empty, or about to be deleted.
+  // A held lock is checked several times: its file may just have been created and be empty, or be about to be deleted.
   for (int attempt = 0, held = 0; attempt < most_attempts; ++attempt) {
     if (attempt > 0) std::this_thread::sleep_for(between_attempts);
     const outcome result = try_to_take();
@@ -93,8 +93,8 @@ output_lock::~output_lock() {
   if (file_.is_open() && process_ == getpid() && has_its_name()) unlink(name_.c_str());
 }
 
-// A file that is left over is deleted, not taken over: it may be a link to a file that matters, and it says who held it
-// last. errno has the cause if the lock is impossible.
+// A leftover file is deleted, not reused: it may be a link to an important file, and it names its last holder. errno
+// has the cause if the lock is impossible.
 output_lock::outcome output_lock::try_to_take() {
   const bool created = open_file();
   if (!file_.is_open()) return errno == EEXIST ? outcome::again : outcome::impossible;
@@ -113,7 +113,7 @@ output_lock::outcome output_lock::try_to_take() {
   return unlink(name_.c_str()) == 0 ? outcome::again : outcome::taken; // not ours to delete, but locked
 }
 
-// True when it was not there. On failure the file is not open, and errno has the cause.
+// True if the file was created. On failure it is not open, and errno has the cause.
 bool output_lock::open_file() {
   file_ = file_descriptor(open(name_.c_str(), O_RDWR | careful));
   if (!file_.is_open() && errno == EACCES) file_ = file_descriptor(open(name_.c_str(), O_RDONLY | careful));
@@ -137,8 +137,8 @@ bool output_lock::has_its_name() const {
          named.st_dev == opened.st_dev && named.st_ino == opened.st_ino;
 }
 
-// Readable to all who can reach the folder, so that they can lock it, too. What cannot be written is missing from
-// messages only.
+// Readable to everyone who can access the folder, so that they can lock it too. If the text cannot be written, only
+// messages lack it.
 void output_lock::say_who_holds() {
   char host[256] = "", started[64] = "";
   gethostname(host, sizeof host - 1);

@@ -1,10 +1,10 @@
-// The lock on the results of a run: no two runs write the same ones, whichever machines or containers they are on, and
-// nothing is removed but what a dead run has left.
+// The lock on the results of a run: no two runs write the same results, whichever machines or containers they are on,
+// and only files of dead runs are removed.
 //
-// The results of a run all begin with one path, its base: /data/river of /data/river.nc and /data/river_oxygen.csv. The
-// lock is on the hidden file /data/.river.run, which says who holds it: flock, or an open file description lock where
-// flock is refused. The system drops it when its process dies, however that happens, so a file that is left over locks
-// nothing. A program that the holder starts does not inherit the lock; a forked child does, so take it after a fork.
+// The results of a run share one path prefix, their base: /data/river for /data/river.nc and /data/river_oxygen.csv.
+// The lock is on the hidden file /data/.river.run, which names its holder: flock, or an open file description lock if
+// flock is refused. The system releases it when the process dies, for whatever reason, so a leftover file locks
+// nothing. Programs started by the holder do not inherit the lock; a forked child does, so take it after a fork.
 #pragma once
 
 #include "platform/file_io.h"
@@ -16,23 +16,23 @@
 
 namespace vesk {
 
-// Another run holds the lock, or its name belongs to something that is not a lock file: one sentence.
+// Another run holds the lock, or its name belongs to a file that is not a lock: one sentence.
 class output_lock_refused : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
 class output_lock {
 public:
-  // Takes the lock or throws output_lock_refused; does not wait for another run to end. Then removes what dead runs of
-  // this base have left unfinished: regular files BASE.part-HOST-PROCESS- and 16 hexadecimal digits.
+  // Takes the lock or throws output_lock_refused; does not wait for another run to end. Then removes the unfinished
+  // files of dead runs with this base: regular files BASE.part-HOST-PROCESS- and 16 hexadecimal digits.
   explicit output_lock(const std::filesystem::path& base);
 
-  // Deletes the lock file, then drops the lock. Not in a forked child, which does not own it.
+  // Deletes the lock file, then releases the lock. Not in a forked child, which does not own it.
   ~output_lock();
   output_lock(const output_lock&) = delete;
   output_lock& operator=(const output_lock&) = delete;
 
-  // Empty while the lock is held. Else one sentence that says why there cannot be one in this folder; then nothing is
+  // Empty if the lock is held. Otherwise one sentence that says why this folder does not support locks; then nothing is
   // locked and nothing was removed.
   const std::string& warning() const { return warning_; }
 
@@ -48,7 +48,7 @@ private:
   std::filesystem::path base_;
   std::filesystem::path name_; // of the lock file
   file_descriptor file_;       // the lock's
-  pid_t process_;              // that has made this object
+  pid_t process_;              // that created this object
   std::string warning_;
 };
 

@@ -80,12 +80,12 @@ fs::path find_program(const std::string& name, const fs::path& beside) {
 
 namespace {
 
-// What the new process needs, made ready beforehand: between fork and exec nothing may take memory.
+// Everything the new process needs, prepared in advance: between fork and exec no memory may be allocated.
 struct start_order {
   const char* program;
   char* const* arguments;
-  const char* folder; // null: stay
-  int report;         // the writing end of a pipe that closes when the program has been started
+  const char* folder; // null: the current one
+  int report;         // the write end of a pipe that closes when the program has started
 };
 
 [[noreturn]] void become_program(const start_order& order) {
@@ -102,7 +102,7 @@ struct start_order {
   _exit(127);
 }
 
-// The program's parent ends at once, so that the system's first process is left to wait for it.
+// The program's parent exits at once, so that the system's first process waits for the program.
 [[noreturn]] void make_orphan(const start_order& order) {
   const pid_t grandchild = fork();
   if (grandchild == 0) become_program(order);
@@ -156,7 +156,7 @@ bool set_process_nice(int nice, int otherwise) {
     const int number = std::atoi(entry->path().filename().c_str());
     if (set_thread_nice(number, nice)) {
       changed.push_back(number);
-    } else if (errno != ESRCH) { // a thread that has ended meanwhile needs none
+    } else if (errno != ESRCH) { // the thread has ended in between
       for (const int thread : changed) set_thread_nice(thread, otherwise);
       return false;
     }

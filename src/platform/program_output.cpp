@@ -13,7 +13,7 @@ namespace vesk {
 
 namespace {
 
-// A process that is killed and waited for when its owner goes.
+// A process that is killed and waited for by the destructor.
 class child_process {
 public:
   explicit child_process(pid_t number) : number_(number) {}
@@ -26,7 +26,7 @@ public:
   child_process(const child_process&) = delete;
   child_process& operator=(const child_process&) = delete;
 
-  // Waits for its end; returns its status as `waitpid` gives it.
+  // Waits for the process to end; returns its status as given by `waitpid`.
   int wait() {
     int status = 0;
     while (waitpid(number_, &status, 0) < 0 && errno == EINTR) {
@@ -39,7 +39,7 @@ private:
   pid_t number_;
 };
 
-// A copy above the numbers that the program gets, so that setting those up loses none.
+// A copy above the descriptors that the program will get, so that setting those up overwrites none.
 file_descriptor out_of_the_way(const file_descriptor& file) {
   return file_descriptor(fcntl(file.get(), F_DUPFD_CLOEXEC, handed_descriptor + 1));
 }

@@ -1,4 +1,4 @@
-// The standard output of another program, piece by piece, while it runs.
+// Reads the standard output of another program while it runs.
 #pragma once
 
 #include "platform/file_io.h"
@@ -17,13 +17,13 @@ struct program_end {
   int code = 0; // the exit status, the signal's number, or the system's error number
 };
 
-// The descriptor under which the program finds `file`, below.
+// The descriptor at which the program finds `file`, below.
 inline constexpr int handed_descriptor = 3;
 
-// Runs a program to its end, without a shell and with an empty environment; of this process's files it has `file`
-// alone. Its standard input and standard error lead nowhere. `take` is given what it writes, and nothing several times
-// a second while it writes nothing; when that returns false or throws, or nothing comes for `longest_silence`, the
-// program is killed. No part of it remains.
+// Runs a program to its end, without a shell and with an empty environment. Of this process's files it gets only
+// `file`; its standard input and standard error are discarded. `take` is called with each piece of output, and several
+// times a second with nothing while there is none. If it returns false or throws, or there is no output for
+// `longest_silence`, the program is killed. No process remains.
 program_end read_program(const std::filesystem::path& program, const std::vector<std::string>& arguments,
                          const file_descriptor& file, std::chrono::milliseconds longest_silence,
                          const std::function<bool(std::string_view)>& take);

@@ -22,7 +22,7 @@ fs::path install_prefix() {
 
 namespace {
 
-// Only an absolute path counts, as the base directory rules have it.
+// As in the base directory rules, relative paths are ignored.
 fs::path absolute_from(const char* variable) {
   const char* value = std::getenv(variable);
   return value && *value == '/' ? fs::path(value) : fs::path();
@@ -33,7 +33,7 @@ bool is_installed(const fs::path& program_folder) {
   return fs::exists(program_folder.lexically_normal() / ".." / "share" / "vesk", ignored);
 }
 
-// The folder in a line of user-dirs.dirs: NAME="$HOME/folder" or NAME="/folder"; empty in any other line.
+// The folder in a line of user-dirs.dirs, NAME="$HOME/folder" or NAME="/folder"; empty for any other line.
 fs::path folder_in_line(const std::string& line, const std::string& name, const fs::path& home) {
   const std::string head = name + "=\"", from_home = "$HOME/";
   if (!line.starts_with(head) || !line.ends_with('"') || line.size() == head.size()) return {};

@@ -18,12 +18,12 @@ namespace {
 
 constexpr int most_links = 40;
 
-// Where a chain of symbolic links ends, whether or not there is a file.
+// The end of a chain of symbolic links, whether or not it exists.
 std::filesystem::path end_of_links(std::filesystem::path path) {
   std::error_code error;
   for (int links = 0;; ++links) {
     const auto status = std::filesystem::symlink_status(path, error);
-    // What cannot be looked at may be a link, which is not to be replaced.
+    // A path that cannot be examined may be a link, and a link must not be replaced.
     if (!std::filesystem::status_known(status))
       throw file_open_exception(file_failure("write", path.native(), error.value()));
     if (!std::filesystem::is_symlink(status)) return path;
@@ -59,13 +59,13 @@ bool is_hidden_name(std::string_view name) {
          name.find_first_not_of("0123456789abcdef", mark.size()) == name.npos;
 }
 
-// A writer holds this lock on its file for as long as the file may have a hidden name. It ends with the writer,
-// wherever that runs, so that a file which can be locked by another is left over. Not waited for.
+// A writer holds this lock for as long as its file may have a hidden name. The lock ends with the writer, on whatever
+// machine, so a file that can be locked is a leftover. Does not wait.
 bool lock_against_tidying(int file) {
   return flock(file, LOCK_EX | LOCK_NB) == 0;
 }
 
-// Removes what writers that are gone have left in a folder. What cannot be removed stays for the next time.
+// Removes leftovers of dead writers from a folder. Files that cannot be removed remain until the next time.
 void remove_leftovers(int folder, const std::filesystem::path& path) {
   std::error_code error;
   std::filesystem::directory_iterator entry(path, error), end;
@@ -80,36 +80,36 @@ void remove_leftovers(int folder, const std::filesystem::path& path) {
   }
 }
 
-// Locks a file that has just been made under a hidden name. False when it was taken for a leftover before.
+// Locks a file just created under a hidden name. False if another process has already removed it as a leftover.
 bool lock_new(int file) {
-  if (!lock_against_tidying(file)) return errno != EWOULDBLOCK; // without locks nothing is tidied up
+  if (!lock_against_tidying(file)) return errno != EWOULDBLOCK; // without locks no leftovers are removed
   struct stat status {};
   return fstat(file, &status) != 0 || status.st_nlink > 0;
 }
 
-// Owner first: changing it may take bits from the mode. Without the right to give the file away, its group alone. The
-// set-user-id, set-group-id and sticky bits are dropped: the new content was not what they were given to.
+// Owner first, since changing it may clear bits of the mode; if that is not permitted, only the group. The set-user-id,
+// set-group-id and sticky bits are dropped: they were granted to the old content.
 void take_over_owner_and_mode(int file, const struct stat& old) {
   if (fchown(file, old.st_uid, old.st_gid) != 0 && fchown(file, static_cast<uid_t>(-1), old.st_gid) != 0) {
-    // Not permitted: the file stays the saver's own.
+    // Not permitted: the file keeps the owner who saves it.
   }
   fchmod(file, old.st_mode & 0777);
 }
 
-// A folder that may not be read can be written to all the same; it only cannot be flushed.
+// A folder without read permission can still be written to; it just cannot be flushed.
 file_descriptor open_folder(const std::filesystem::path& folder) {
   file_descriptor result(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (result.is_open() || errno != EACCES) return result;
   return file_descriptor(open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
 }
 
-// The system's name for an open file.
+// The system's path of an open file.
 std::string link_of(int file) {
   return "/proc/self/fd/" + std::to_string(file);
 }
 
-// A file in `folder` that has no name and goes with its last descriptor, however its writer ends. Not open where the
-// file system has none, or where it could not be named later.
+// A file in `folder` without a name, which disappears with its last descriptor, however its writer ends. Not open if
+// the file system does not support that, or if the file could not be named later.
 file_descriptor open_unnamed(int folder, unsigned mode) {
   file_descriptor file(openat(folder, ".", O_WRONLY | O_TMPFILE | O_CLOEXEC, mode));
   if (file.is_open() && access(link_of(file.get()).c_str(), F_OK) != 0) return {};
@@ -125,12 +125,12 @@ safe_file::safe_file(const std::filesystem::path& target) : name_(target.native(
   if (old && faccessat(AT_FDCWD, target.c_str(), W_OK, AT_EACCESS) != 0)
     throw file_open_exception(file_failure("write", name_, errno));
   if (old && !S_ISREG(old->st_mode)) {
-    // By the name that was given: the content of a link to an open pipe is not a path.
+    // By the given name: the target of a link to an open pipe is not a path.
     file_ = file_descriptor(open(target.c_str(), O_WRONLY | O_CLOEXEC));
     if (!file_.is_open()) throw file_open_exception(file_failure("write", name_, errno));
     return;
   }
-  // Beside an old file it is born with the narrowest mode, so that a private file is never open to others.
+  // If there is an old file, created with the narrowest mode, so that a private file is never readable to others.
   create_beside(end_of_links(target), old ? S_IRUSR | S_IWUSR : 0666);
   if (old) take_over_owner_and_mode(file_.get(), *old);
 }
@@ -153,7 +153,7 @@ void safe_file::create_beside(const std::filesystem::path& target, unsigned mode
   if (!created) throw file_open_exception(file_failure("write", name_, errno));
 }
 
-// Calls `create` with one name after the other until it is not taken yet; errno has the cause if none was created.
+// Calls `create` with new names until one is free; if nothing was created, errno has the cause.
 bool safe_file::under_new_name(const auto& create) {
   do {
     std::string name = unpredictable_name();
@@ -164,7 +164,7 @@ bool safe_file::under_new_name(const auto& create) {
   return false;
 }
 
-// Gives the file a name for the moment before it takes the target's: a link cannot replace a file, a renaming can.
+// Names the file just before the rename: an existing file can be replaced by a rename but not by a link.
 bool safe_file::give_name() {
   if (!temporary_.empty()) return true;
   return under_new_name([&](const char* name) {
@@ -183,7 +183,7 @@ void safe_file::remove_temporary() noexcept {
 
 void safe_file::commit() {
   if (!folder_.is_open()) return; // a device or pipe: written, not replaced
-  // Keeps the lock beyond the closing, which comes before the renaming because it may fail, too.
+  // Keeps the lock after the close. Closing comes before the rename because it may fail too.
   const file_descriptor locked(fcntl(file_.get(), F_DUPFD_CLOEXEC, 0));
   if (fsync(file_.get()) != 0 || !give_name() || close(file_.release()) != 0 ||
       renameat(folder_.get(), temporary_.c_str(), folder_.get(), target_name_.c_str()) != 0) {
@@ -192,7 +192,7 @@ void safe_file::commit() {
     throw file_exception(file_failure("write", name_, cause));
   }
   temporary_.clear();
-  fsync(folder_.get()); // without it a power cut may bring the old file back: whole, so no failure of saving
+  fsync(folder_.get()); // else a power cut may bring back the old file, complete, so a failure here is not reported
 }
 
 } // namespace vesk

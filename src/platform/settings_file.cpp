@@ -19,13 +19,13 @@ namespace {
 
 constexpr std::chrono::milliseconds longest_wait(1000), pause(5);
 
-// Locks the folder until the descriptor is closed. Not the file: saving puts another one in its place. The wait has an
-// end, since a program that hangs while it saves must not keep the others from ending.
+// Locks the folder until the descriptor is closed; not the file, since saving replaces it. The wait has a limit: a
+// program that hangs while saving must not keep others from ending.
 file_descriptor lock_folder(const fs::path& folder) {
   file_descriptor locked(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   const auto until = std::chrono::steady_clock::now() + longest_wait;
   while (locked.is_open() && ::flock(locked.get(), LOCK_EX | LOCK_NB) != 0) {
-    const bool is_locked = errno == EWOULDBLOCK || errno == EINTR; // else the file system has no locks
+    const bool is_locked = errno == EWOULDBLOCK || errno == EINTR; // otherwise the file system has no locks
     if (!is_locked || std::chrono::steady_clock::now() > until) break;
     std::this_thread::sleep_for(pause);
   }
@@ -42,7 +42,7 @@ settings_file::settings_file(fs::path path) : path_(std::move(path)) {
     while (line.ends_with('\r')) line.pop_back();
     lines_.push_back(std::move(line));
   }
-  if (file.bad()) hidden_ = true; // what could not be read is not to be written over
+  if (file.bad()) hidden_ = true; // content that could not be read must not be overwritten
 }
 
 fs::path settings_file::default_path() {

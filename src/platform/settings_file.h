@@ -1,7 +1,7 @@
-// A text file of settings: sections in brackets, a line "name=value" for each value.
+// A settings file: sections in brackets, then a line "name=value" for each value.
 //
-// The text after the first "=" is the value, to the end of the line; nothing in it is a comment. Lines that nobody
-// asks for stay as they are.
+// The value is the text after the first "=" to the end of the line; there are no comments in it. Unknown lines are
+// kept.
 #pragma once
 
 #include <filesystem>
@@ -15,7 +15,7 @@ namespace vesk {
 
 class settings_file {
 public:
-  // Reads the file. One that is missing or cannot be read counts as empty.
+  // Reads the file. A file that is missing or unreadable counts as empty.
   explicit settings_file(std::filesystem::path path);
 
   // $XDG_CONFIG_HOME/vesk/settings.ini, or ~/.config/vesk/settings.ini.
@@ -23,19 +23,19 @@ public:
 
   std::optional<std::string> get(std::string_view section, std::string_view name) const;
 
-  // Changes the value in memory. A line feed in it becomes a blank, since a value is one line.
+  // Changes the value in memory. A line feed in it becomes a blank, since a value is a single line.
   void set(std::string_view section, std::string_view name, std::string_view value);
 
-  // Reads the file as it is now, lets `change` set values, and saves it. Programs that do this at the same time wait
-  // for each other, so that none loses what another one has saved. False as for `save`.
+  // Reads the current file, calls `change` to set values, and saves it. Programs that do this at the same time wait for
+  // each other, so that no change is lost. False as for `save`.
   static bool update(const std::filesystem::path& path, const std::function<void(settings_file&)>& change);
 
-  // Writes the file, making its folder where it is missing. False when that fails, and for a file that is there but
-  // could not be read; the old file then stays.
+  // Writes the file, creating its folder if needed. False on failure, and if the file exists but could not be read; the
+  // old file is then kept.
   bool save() const;
 
 private:
-  // The line of a value, or where in the section it would be added; nothing without the section.
+  // The line of a value, or where in its section it would be added; nothing if there is no such section.
   struct place {
     std::size_t line;
     bool found;
@@ -44,7 +44,7 @@ private:
 
   std::filesystem::path path_;
   std::vector<std::string> lines_;
-  bool hidden_ = false; // there, but not readable: what it holds must not be lost
+  bool hidden_ = false; // exists but is unreadable; its content must not be lost
 };
 
 } // namespace vesk

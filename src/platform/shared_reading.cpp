@@ -9,8 +9,8 @@ namespace vesk {
 
 namespace {
 constexpr std::size_t most_waiting = 64;
-constexpr std::size_t worth_waking = 8; // waking a thread for each piece costs as much as a short piece
-constexpr std::size_t longest_piece = std::size_t{2} << 20; // so that both threads share in a single long array
+constexpr std::size_t worth_waking = 8;                     // waking a thread costs as much as reading a short piece
+constexpr std::size_t longest_piece = std::size_t{2} << 20; // so that a single long array is shared by both threads
 } // namespace
 
 shared_reading::shared_reading(int descriptor, std::string name) : descriptor_(descriptor), name_(std::move(name)) {
@@ -18,7 +18,7 @@ shared_reading::shared_reading(int descriptor, std::string name) : descriptor_(d
   try {
     thread_ = std::jthread([this](const std::stop_token& stopped) { work(stopped); });
   } catch (const std::system_error&) {
-    // no thread to be had
+    // no thread available
   }
 }
 

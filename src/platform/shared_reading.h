@@ -1,9 +1,9 @@
-// Long pieces of a file, read by two threads.
+// Reads long pieces of a file with two threads.
 //
 // Reading a large file into fresh memory keeps one processor busy: the system clears each page, then copies into it. A
-// second thread takes over some of the pieces. The calling thread never waits for it before `finish`; while many pieces
-// are waiting it reads the next one itself, some megabytes ahead of the other thread, since two threads in one large
-// page would both clear it.
+// second thread takes some of the pieces. The calling thread never waits for it before `finish`. While many pieces are
+// waiting, it reads the next one itself, some megabytes ahead of the other thread, since two threads in one large page
+// would both clear it.
 #pragma once
 
 #include <condition_variable>
@@ -19,19 +19,19 @@ namespace vesk {
 
 class shared_reading {
 public:
-  // Of the open file `descriptor`, which stays the caller's. `name` is for messages. Without a second thread the caller
-  // reads everything.
+  // Reads the open file `descriptor`, which the caller keeps. `name` is for messages. If there is no second thread, the
+  // caller reads everything.
   shared_reading(int descriptor, std::string name);
   ~shared_reading() { drop(); }
 
-  // Reads `size` bytes at `offset` into `to`, now or later: `to` must stay until `finish` or `drop`. Throws
+  // Reads `size` bytes at `offset` into `to`, now or later: `to` must be valid until `finish` or `drop`. Throws
   // file_exception.
   void read(void* to, std::size_t size, std::uint64_t offset);
 
   // Returns when all pieces have been read. Throws file_exception for the first failure of the second thread.
   void finish();
 
-  // Forgets the pieces that are waiting, and returns when nothing is being written any more.
+  // Discards waiting pieces, and returns when nothing is being written any more.
   void drop();
 
 private:

@@ -10,7 +10,7 @@ int current_thread_number() {
   return static_cast<int>(syscall(SYS_gettid));
 }
 
-// On Linux a nice value belongs to a thread, and PRIO_PROCESS takes its number.
+// On Linux each thread has its own nice value, and PRIO_PROCESS takes a thread's number.
 bool set_thread_nice(int thread_number, int nice) {
   return setpriority(PRIO_PROCESS, static_cast<id_t>(thread_number), nice) == 0;
 }

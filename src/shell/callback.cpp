@@ -10,7 +10,7 @@ namespace vesk {
 
 namespace {
 
-// Reports the exception that is being handled to the job.
+// Reports the current exception to the job.
 [[gnu::noinline]] void report_failure(const shell_interface& shell) noexcept {
   try {
     const std::string keyword(shell.current_keyword());
@@ -21,10 +21,10 @@ namespace {
     } catch (...) {
       shell.job().fail((shell.is_get ? "GET " : "PUT ") + keyword + " failed with an exception of unknown type");
     }
-  } catch (...) { // not even the memory for the text
+  } catch (...) { // not enough memory even for the text
     try {
       shell.job().fail("A keyword failed.");
-    } catch (...) { // the job has noted its failure; nothing more can be done
+    } catch (...) { // the job has noted its failure; nothing else can be done
     }
   }
 }

@@ -1,4 +1,4 @@
-// What the keyword layer needs from the job that it serves.
+// What the keyword layer needs from its job.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -13,12 +13,12 @@ namespace vesk {
 
 class shell_interface;
 
-// The engine's arrays that DAYS fills. Borrowed: the engine owns them and keeps them until its function returns.
-// Null means not registered. The engine guarantees their sizes; they are not known here.
+// The engine's arrays filled by DAYS. Borrowed: the engine owns them and keeps them until its function returns. Null
+// means not registered. Their sizes are not known here; the engine guarantees them.
 struct registered_arrays {
   float* time_functions = nullptr;      // element ISC - 1
   float* loads = nullptr;               // element segment * number of systems + system number - 1
-  float* boundary_conditions = nullptr; // as loads
+  float* boundary_conditions = nullptr; // as for loads
   float* flows = nullptr;               // element function * 6 + field
   float* exchanges = nullptr;           // element function * 6 + field
   float* print_interval = nullptr;      // one element
@@ -26,30 +26,30 @@ struct registered_arrays {
   friend bool operator==(const registered_arrays&, const registered_arrays&) = default;
 };
 
-// A job, as the keywords see it. All members are called on the thread that calls the callback, one call at a time.
+// A job, as keyword handlers see it. All members are called on the thread that calls the callback, one call at a time.
 class engine_job {
 public:
   virtual ~engine_job() = default;
 
-  // The job's private copy of the data set; the same object while an engine_job_scope of the job lives.
+  // The job's private copy of the data set; always the same object during an engine_job_scope of the job.
   virtual prevesk_dataset_data_type& data_set() = 0;
-  // The keywords of this job. The job owns it.
+  // The job's keyword interface, owned by the job.
   virtual shell_interface& shell() = 0;
   virtual registered_arrays& arrays() = 0;
 
   virtual bool is_import() const = 0; // the import job, code 0
   virtual bool cancel_requested() const = 0;
-  virtual std::int32_t elapsed_seconds() const = 0; // since the job was made
+  virtual std::int32_t elapsed_seconds() const = 0; // since the job was created
 
-  // The file the job is about: the data file, or the one to import, export or load. Setting it notifies the front end.
+  // The job's file: the data file, or the one to import, export or load. Setting it notifies the front end.
   virtual std::string input_file_name() const = 0;
   virtual void set_file_name(std::string_view name) = 0;
 
-  // Lines for the user. They wait until the front end has taken them.
+  // Lines for the user. Each call waits until the front end has accepted the line.
   virtual void add_info_line(std::string_view text, std::int32_t icon) = 0; // icon 0 plain, 1 note, 2 failure
   virtual void clear_info_lines() = 0;
 
-  // Left in a mailbox that the front end empties when it has time.
+  // Stored in a mailbox that the front end empties when it has time.
   virtual void set_progress(std::int32_t percent) = 0;
   virtual void set_simulation_time(double date_time) = 0; // a date-time number
   virtual void mark_grid_changed() = 0;
@@ -66,27 +66,26 @@ public:
   virtual void set_diagnostic_level(std::int32_t level) = 0;
   virtual std::int32_t window_handle() const = 0;
   virtual void set_return_code(std::int32_t code) = 0;
-  virtual void request_read_hyd_file() = 0; // a job is busy by then, so this ends in the front end's busy message
+  virtual void request_read_hyd_file() = 0; // a job is running then, so this ends with the front end's busy message
 
-  // True while the user has logging switched on: the callback traces each call.
+  // True while the user has logging switched on: the callback then traces each call.
   virtual bool logging_enabled() const = 0;
   // Appends one line to the job's log file, if it has one. Never fails.
   virtual void log_line(std::string_view text) = 0;
-  // True when the job has a log file, so that texts for it are needed. Asked when an engine_job_scope begins.
+  // True if the job has a log file, so that texts for it are needed. Read once at the start of an engine_job_scope.
   virtual bool has_log() const = 0;
 
-  // Pauses here while the user has the job stopped or slowed down. The callback passes it at each call.
+  // Pauses here while the user has paused or slowed down the job. Each call of the callback passes it.
   void pass_gate() {
     if (gate_closed().load(std::memory_order_relaxed)) wait_at_gate();
   }
-  const std::atomic<bool>& gate_closed() const { return *gate_; } // the same while an engine_job_scope lives
+  const std::atomic<bool>& gate_closed() const { return *gate_; } // the same during an engine_job_scope
 
-  // Called when something thrown would have left the callback. Notes it: CANCEL answers 1 from then on and the job
-  // counts as failed.
+  // Called when an exception would have left the callback. From then on CANCEL answers 1, and the job counts as failed.
   virtual void fail(std::string_view cause) = 0;
 
 protected:
-  // Names the flag that says whether there is anything to wait for at the gate; open for good without one.
+  // Sets the flag that says whether to wait at the gate; without a flag the gate is always open.
   void watch_gate(const std::atomic<bool>& closed) { gate_ = &closed; }
   virtual void wait_at_gate() {}
 
@@ -95,7 +94,7 @@ private:
   const std::atomic<bool>* gate_ = &always_open_;
 };
 
-// Sets the job that the calling thread, and any thread without a job, serves; for as long as the object lives.
+// While it exists, sets the job for calls from the calling thread and from any thread without a job.
 class engine_job_scope {
 public:
   explicit engine_job_scope(engine_job& job);

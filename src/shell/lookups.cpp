@@ -1,4 +1,4 @@
-// From the engine's counting to positions in the data set. All searches are linear and nothing is remembered: an
+// From the engine's counting to positions in the data set. All searches are linear and nothing is cached, because an
 // import switches items on as it goes.
 #include "shell/shell_interface.h"
 
@@ -8,7 +8,7 @@ namespace vesk {
 
 namespace {
 
-// The log's lines about one search. Nothing is made without a log.
+// The log lines of one search. Does nothing without a log.
 class search_log {
 public:
   search_log(const shell_interface& shell, const char* label, std::int32_t number)
@@ -33,7 +33,7 @@ std::optional<Found> answer(const search_log& log, std::optional<Found> found) {
   return found;
 }
 
-// The position of the item that is number `place`, from 0, among those with the flag set.
+// The position of item number `place`, from 0, among those with the flag set.
 template <class List, class Flag>
 std::optional<std::size_t> nth_with(const List& list, Flag flag, std::int64_t place) {
   for (std::size_t i = 0; i < list.size(); ++i)
@@ -48,7 +48,7 @@ std::optional<std::size_t> with_isc(const List& list, std::int32_t isc) {
   return {};
 }
 
-// The first constant, through all groups, that `wanted` says yes to.
+// The first constant, in all groups, for which `wanted` is true.
 template <class Wanted>
 std::optional<constant_position> find_constant(const prevesk_dataset_data_type& data, Wanted wanted) {
   for (std::size_t g = 0; g < data.constant_groups.size(); ++g) {
@@ -148,8 +148,8 @@ std::optional<std::size_t> shell_interface::get_nth_system(std::int32_t n) const
   return answer(log, position < data_set().systems.size() ? std::optional(position) : std::nullopt);
 }
 
-// The three below have their own log lines; that entry and failure are labelled differently is part of the
-// log's format.
+// The three functions below have their own log lines. The different labels for entry and failure are part of the log
+// format.
 
 std::optional<segment_item_position> shell_interface::get_nth_segment_parameter(std::int32_t segment_index,
                                                                                 std::int32_t param_index) const {

@@ -13,7 +13,7 @@ namespace vesk {
 
 namespace {
 
-// The local date and time to the millisecond, as at the start of a log line.
+// The local date and time to the millisecond, as printed at the start of a log line.
 std::string time_stamp() {
   using namespace std::chrono;
   const auto now = time_point_cast<milliseconds>(system_clock::now());

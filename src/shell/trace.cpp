@@ -11,8 +11,8 @@ namespace vesk {
 
 namespace {
 
-// A buffer that a GET is about to fill may hold anything, so only as much of it is read as any engine provides. Other
-// texts are shown up to the length of the longest path.
+// A buffer that a GET will fill may contain anything, so no more of it is read than the size that every engine
+// provides. Other texts are shown up to the length of the longest path.
 constexpr std::size_t longest_text_before_get = 255;
 constexpr std::size_t longest_text = 4096;
 
@@ -22,7 +22,7 @@ std::string real_text(float value) {
   return text;
 }
 
-// The argument's name, its value now and its type; empty for a type that does not exist.
+// The argument's name, current value and type; empty if the type does not exist.
 std::string variable_text(const variable_description& variable, const void* word, std::size_t longest) {
   std::string line(variable.name);
   line += ": ";
@@ -40,8 +40,8 @@ std::string variable_text(const variable_description& variable, const void* word
   }
 }
 
-// Labels are packed in slots of the given width and need no terminator: no more than the first is shown, and none
-// where the numbers say that there is none, or are such that nothing is read of them.
+// Labels are packed in slots of the given width, without terminator, so at most the first slot is shown, and nothing if
+// the numbers mean that no label is read.
 std::size_t first_label(argument_words words, std::size_t longest) {
   const auto number = [&](std::size_t i) { return words[i] ? *static_cast<const std::int32_t*>(words[i]) : 0; };
   const std::int32_t width = number(1), columns = number(2);

@@ -1,5 +1,5 @@
-// What the tools start from: a new data set, but without the clock's dates and times, so that the same input gives the
-// same output on any day.
+// The initial data set of the tools: a new one, but without the clock's dates and times, so that the same input gives
+// the same output on any day.
 #pragma once
 
 #include "dataset/dataset.h"

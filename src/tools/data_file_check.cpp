@@ -15,7 +15,7 @@ constexpr file_section header{};
 void check_header(const vki_facts& facts, binary_reader& file) {
   if (facts.version < first_with_offset) return;
   file.enter(header);
-  // The field has 32 bits: of an offset beyond 4 GiB it keeps the lower ones.
+  // The field has 32 bits; for an offset beyond 4 GiB it contains the lower ones.
   if (facts.project_files_offset != static_cast<std::uint32_t>(facts.last_section_offset))
     file.fail(4, "the offset of project_files is " + std::to_string(facts.project_files_offset) +
                      ", but the section begins at " + std::to_string(facts.last_section_offset) + ".");

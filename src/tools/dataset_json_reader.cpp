@@ -20,7 +20,7 @@ namespace vesk {
 
 namespace {
 
-// Segment items have no address: each is put together here before it joins its list.
+// Segment items have no address, so each is assembled here before it is added to its list.
 struct data_set_loader : json_loader {
   std::tuple<segment_parameter_data_record_type, segment_system_data_record_type> items;
 };
@@ -51,7 +51,7 @@ void take_integer(json_loader& loader, void* place, json_scalar&& value) {
   loader.fail_unexpected("a whole number", value);
 }
 
-// What JSON has no number for.
+// Doubles that JSON has no number for.
 std::optional<double> special_double(std::string_view text) {
   if (text == "inf") return std::numeric_limits<double>::infinity();
   if (text == "-inf") return -std::numeric_limits<double>::infinity();
@@ -70,19 +70,19 @@ void take_double(json_loader& loader, void* place, json_scalar&& value) {
   if (const auto* d = std::get_if<double>(&value)) {
     number = *d;
   } else if (const auto* i = std::get_if<std::int64_t>(&value)) {
-    number = *i == 0 ? -0.0 : static_cast<double>(*i); // a signed integer of 0 is written "-0"
+    number = *i == 0 ? -0.0 : static_cast<double>(*i); // a signed integer of 0 was "-0"
   } else if (const auto* u = std::get_if<std::uint64_t>(&value)) {
     number = static_cast<double>(*u);
   } else {
     const auto* text = std::get_if<std::string>(&value);
     const auto special = text ? special_double(*text) : std::nullopt;
     if (!special) loader.fail_unexpected("a number", value);
-    // As bits: passing a signalling not-a-number on as a number may change it.
+    // Copies the bits: passing a signalling not-a-number as a number may change it.
     std::memcpy(place, &*special, sizeof number);
   }
 }
 
-// A date or time: the number that the file holds, or an ISO 8601 text.
+// A date or time: the number stored in the file, or an ISO 8601 text.
 template <class Number>
 struct date_form {
   const char* expected;
@@ -218,7 +218,7 @@ public:
   void points_section(int, std::string_view name, stored_series& series) {
     field(name.substr(0, name.find('.')), series);
   }
-  void query_section(int, std::string_view, stored_series&) {} // is read with the points
+  void query_section(int, std::string_view, stored_series&) {} // read together with the points
   void retired_queries(int, std::string_view) {}
   void retired_text(std::string_view) {}
 
@@ -242,7 +242,7 @@ private:
 
 } // namespace
 
-// The two series of the data set's own, each of two sections in the file, are one object here.
+// Here the data set's own two series, each stored in two sections of the file, are one object each.
 template <>
 struct layout<stored_series> {
   static void fields(auto& v, auto& r) {

@@ -16,7 +16,7 @@ namespace {
 // The queries of sections 33 and 34 belong to the series of sections 1 and 2.
 constexpr int sections_to_query = 32;
 
-// The printing visitor of the layout. Piece by piece, so that the size of a data set does not matter.
+// The visitor that prints. It writes piece by piece, so that the size of a data set does not matter.
 class json_printer : public versioned {
 public:
   json_printer(binary_writer& output, std::uint32_t version, int last_section, json_dates dates)
@@ -39,7 +39,7 @@ public:
     if (from(0x00070002) && number + sections_to_query <= last_section_) field("query", series.query);
     close('}');
   }
-  void query_section(int, const char*, const stored_series&) {} // is written with the points
+  void query_section(int, const char*, const stored_series&) {} // written together with the points
   void retired_queries(int, const char*) {}
   void retired_text(const char*) {}
 
@@ -131,7 +131,7 @@ private:
     close(']');
   }
 
-  // Small records without lists in them take one line each.
+  // Small records without lists are printed on one line each.
   void lines(const auto& records) {
     list(records, [this](const auto& r) { this->line(r); });
   }
@@ -174,7 +174,7 @@ private:
     output_.bytes({text.data(), static_cast<std::size_t>(end - text.data())});
   }
 
-  // `text` is valid UTF-8. Control characters are escaped, also those that JSON lets pass: a terminal obeys them.
+  // `text` is valid UTF-8. All control characters are escaped, even those allowed in JSON: a terminal would obey them.
   void quoted(std::string_view text) {
     output_.bytes("\"");
     while (!text.empty()) {
@@ -208,8 +208,8 @@ private:
   int last_section_;
   bool iso_;
   std::size_t depth_ = 0;
-  bool first_ = true;    // nothing yet inside the innermost bracket
-  bool in_line_ = false; // inside a record that takes one line
+  bool first_ = true;    // nothing printed yet inside the innermost bracket
+  bool in_line_ = false; // inside a record printed on one line
 };
 
 } // namespace

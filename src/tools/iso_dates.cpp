@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::int32_t seconds_of_day = 86400;
 
-// The digits at `begin`, all `length` of them; -1 for anything else.
+// The number in the `length` digits at `begin`; -1 if these are not all digits.
 int digits_at(std::string_view text, std::size_t begin, std::size_t length) {
   const std::string_view digits = text.substr(begin, length);
   if (digits.size() != length || digits.find_first_not_of("0123456789") != digits.npos) return -1;

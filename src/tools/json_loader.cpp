@@ -6,7 +6,7 @@
 
 namespace vesk {
 
-// What the parser calls; true means go on.
+// The parser's events; true continues.
 struct json_loader::events {
   json_loader& loader;
 
@@ -16,7 +16,7 @@ struct json_loader::events {
   bool number_unsigned(std::uint64_t value) { return take(value); }
   bool number_float(double value, const std::string&) { return take(value); }
   bool string(std::string& value) { return take(std::move(value)); }
-  bool binary(std::vector<std::uint8_t>&) { return false; } // not in JSON
+  bool binary(std::vector<std::uint8_t>&) { return false; } // does not occur in JSON
   bool start_object(std::size_t) { return loader.open(true), true; }
   bool start_array(std::size_t) { return loader.open(false), true; }
   bool end_object() { return loader.close(), true; }
@@ -25,12 +25,12 @@ struct json_loader::events {
   bool parse_error(std::size_t, const std::string& token, const nlohmann::json::exception& error) {
     if (error.id == number_overflow) loader.refuse_number(token);
     const std::string_view text = error.what();
-    const std::size_t prefix = text.find("] "); // the library's own number of the error
+    const std::size_t prefix = text.find("] "); // the library's error number
     throw json_exception(std::string(text.substr(prefix == text.npos ? 0 : prefix + 2)) + ".");
   }
 
 private:
-  static constexpr int number_overflow = 406; // the library's number of the error
+  static constexpr int number_overflow = 406; // the library's error number
 
   bool take(json_scalar&& value) { return loader.take(std::move(value)), true; }
 };
@@ -90,7 +90,7 @@ void json_loader::note_member(std::size_t index) {
 std::string json_loader::path() const {
   std::string result;
   for (const frame& outer : frames_) {
-    if (outer.count == 0) break; // nothing in it yet
+    if (outer.count == 0) break; // nothing read yet
     if (outer.is_object)
       result += (result.empty() ? "" : ".") + outer.name;
     else

@@ -41,7 +41,7 @@ void complain(const std::string& text) {
   std::fprintf(stderr, "%s\n", printable_text(text).c_str());
 }
 
-// An input's name in messages.
+// The name of an input in messages.
 std::string shown(const std::string& name) {
   return name == standard_stream ? "standard input" : name;
 }
@@ -51,10 +51,10 @@ data_file open_input(const std::string& name) {
 }
 
 std::string read_text(const std::string& name) {
-  // The parser refuses all else, of which there may be no end.
+  // The parser refuses anything else, and such an input may be endless.
   const auto may_be_json = [](std::string_view text) {
     const std::size_t first = text.find_first_not_of(" \t\r\n");
-    return first == text.npos || text[first] == '{' || text[first] == '\xef'; // of a byte order mark
+    return first == text.npos || text[first] == '{' || text[first] == '\xef'; // '\xef' begins a byte order mark
   };
   if (name == standard_stream) return read_to_end(STDIN_FILENO, shown(name), may_be_json);
   return read_to_end(open_for_reading(name).get(), name, may_be_json);

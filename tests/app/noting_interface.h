@@ -25,9 +25,9 @@ public:
   std::optional<std::string> folder; // the answer to the next folder dialogs
   std::string asked_from;            // where the last folder dialog began
   std::vector<std::string> forms;    // captions
-  std::function<void()> in_form;     // what is done in a form
+  std::function<void()> in_form;     // called while a form is shown
   bool form_result = true;
-  bool closes_forms = false; // asks the form before OK, as a window does
+  bool closes_forms = false; // asks the form before OK, like a window
   window_geometry window{100, 10, 20, 800, 600, window_geometry::window_normal};
   std::vector<std::string> steps; // of the window's start
   std::vector<std::string> documents;
@@ -75,7 +75,7 @@ public:
   void add_documentation_item(const std::string& text) override { documents.push_back(text); }
   void set_priority_position(int position) override { priority_position = position; }
 
-  // The boxes since the last call.
+  // The boxes shown since the last call.
   std::vector<std::string> take_boxes() { return std::exchange(boxes, {}); }
 };
 

@@ -1,4 +1,4 @@
-// A small grid in memory for the tests of tables: Date, Time, Value, Name, Kind, On.
+// A small in-memory grid for tests of tables: Date, Time, Value, Name, Kind, On.
 #pragma once
 
 #include "charts/fill_calc_table.h"
@@ -23,7 +23,7 @@ public:
   }
 
   std::vector<std::vector<cell_value>> rows;
-  std::string marked; // rows whose name is this are marked
+  std::string marked; // rows with this name are marked
   int writes = 0;
 
   void add(double day, double second, double value, const std::string& name) {

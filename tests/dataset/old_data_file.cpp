@@ -28,7 +28,7 @@ public:
     if (from(0x00070001)) u8(1);
     return *this;
   }
-  // What most series end with.
+  // The last fields of most series.
   file_bytes& tail(const std::string& name) {
     if (from(0x00070006)) u32(1);
     if (from(0x00070002)) query(name);

@@ -1,4 +1,4 @@
-// The host of the forms in the tests: a data set in memory, a user who answers as preset, and a history of copies.
+// Test double of the forms' host: a data set in memory, preset answers of the user, and a history of copies.
 #pragma once
 
 #include "editors/editor_host.h"
@@ -18,14 +18,14 @@ namespace vesk {
 class editing_host final : public editor_host, public user_questions {
 public:
   prevesk_dataset_data_type data;
-  std::vector<std::string> boxes;      // "title: text", as they were shown
+  std::vector<std::string> boxes;      // "title: text", as shown
   std::vector<std::string> merge_keys; // of all steps
   std::string clipboard;
-  std::optional<std::string> expression; // typed into Fill/Calc; nothing: cancelled
+  std::optional<std::string> expression; // typed into Fill/Calc; none: cancelled
   std::vector<std::shared_ptr<TGraphForm>> graphs;
   std::function<bool(TRegularTimesForm&)> on_regular_times;
   std::function<bool(TSelectSegmentsForm&)> on_select_segments;
-  bool running = false;               // the load of a restart file
+  bool running = false;               // as if a restart file is being loaded
   std::optional<std::string> file;    // chosen in file dialogs
   box_answer answer = box_answer::ok; // to boxes
   form* open = nullptr;               // notified of replacements

@@ -1,4 +1,4 @@
-// An engine whose behaviour is named by the model's library text.
+// An engine whose behaviour is chosen by the model's library text.
 #include "vesk_engine.h"
 
 #include <chrono>
@@ -40,7 +40,7 @@ void grid(const std::vector<std::string>& labels, std::int32_t rows) {
   call("PGRIDINIT", block.data(), &width, &columns, &rows, nullptr);
 }
 
-// Fewer rows and other columns than the grid was set up for.
+// Fewer rows and other columns than announced for the grid.
 void show_short_grid(std::int32_t invert) {
   float values[] = {1, 2, 3, 4, 5, 6};
   std::int32_t columns = 3, rows = 2;
@@ -60,7 +60,7 @@ int deeper(int depth) {
   return depth + deeper(depth + 1) + frame[0];
 }
 
-// Left on purpose after the engine has returned.
+// Intentionally still registered after the engine has returned.
 float grid_values[4] = {1, 2, 3, 4};
 
 const std::map<std::string, void (*)()> behaviours{
@@ -110,7 +110,7 @@ const std::map<std::string, void (*)()> behaviours{
     {"shows a short grid inverted", [] { show_short_grid(1); }},
     {"throws with a grid of its own",
      [] {
-       // On the heap, as any engine has it: gone when the exception has left.
+       // On the heap, as in any engine: destroyed when the exception leaves.
        std::vector<float> values(1 << 16, 1.0F);
        grid({"one", "two"}, 4); // more rows than the array has
        std::int32_t columns = 2, rows = 2, invert = 0;
@@ -134,8 +134,8 @@ const std::map<std::string, void (*)()> behaviours{
      }},
 };
 
-// A job about "code-3.inp" puts 3, one about "renames.vkn" another file name, one about "endless.inp" an end that no
-// calendar has; one about "waits.inp" waits for a cancel.
+// A job with the file "code-3.inp" puts return code 3, one with "renames.vkn" another file name, one with "endless.inp"
+// an end outside the calendar; one with "waits.inp" waits for a cancel.
 void obey_file_name() {
   const std::string file = file_name();
   const auto has = [&file](const char* word) { return file.find(word) != file.npos; };
@@ -154,7 +154,7 @@ void behave(const std::string& name, vesk_data_callback data_callback) {
   if (found != behaviours.end()) found->second();
 }
 
-// Says its name, with the present name of the first segment, if there is one, and gives that its own name.
+// Reports its name, with the current name of the first segment, if there is one, and renames that segment to it.
 void rename_first_segment(const std::string& name, vesk_data_callback data_callback) {
   call = data_callback;
   std::int32_t segment = 1;

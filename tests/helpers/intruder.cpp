@@ -1,5 +1,5 @@
-// Preloaded into a helper program, takes the place of the function with which its library opens the file, as a file
-// that has taken over that library would, and tries what must not succeed. Reports what did, one line each, then "end".
+// Preloaded into a helper program. Replaces the function with which its library opens the file, as if a file had taken
+// over that library, and tries things that must fail. Reports those that succeed, one per line, then "end".
 #include <cerrno>
 #include <csignal>
 #include <cstring>
@@ -36,7 +36,7 @@ std::string path_of_own_file() {
 bool executes() {
   char* const no_words[] = {nullptr};
   execve("/bin/true", no_words, no_words);
-  return false; // the report stops here where it works
+  return false; // if it succeeds, the report ends here
 }
 
 bool sees(const char* folder) {
@@ -70,7 +70,7 @@ void report(int channel) {
   done += "end\n";
   [[maybe_unused]] const ssize_t told = write(channel, done.data(), done.size());
   char byte;
-  while (read(channel, &byte, 1) > 0) { // until the test has looked at this process
+  while (read(channel, &byte, 1) > 0) { // until the test has examined this process
   }
   for (volatile bool for_ever = true; for_ever;) { // as a library in an endless loop
   }

@@ -1,5 +1,5 @@
-// open_table FILE: reads the first table of a source; prints its first field, or why it failed. The tests put helper
-// other programs beside copies of it.
+// open_table FILE: reads the first table of a source; prints its first field, or why that failed. The tests put other
+// helper programs next to copies of it.
 #include "query/sources/open_table_source.h"
 
 #include <cstdio>

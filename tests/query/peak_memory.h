@@ -1,4 +1,4 @@
-// How much memory this process takes at its peak.
+// The peak memory of this process.
 #pragma once
 
 #include <fstream>
@@ -16,7 +16,7 @@ inline constexpr bool memory_is_measurable = true;
 class peak_memory {
 public:
   peak_memory() {
-    std::ofstream("/proc/self/clear_refs") << 5; // the peak begins anew
+    std::ofstream("/proc/self/clear_refs") << 5; // resets the peak
     before_ = now();
   }
   double growth() const { return now() - before_; } // in bytes

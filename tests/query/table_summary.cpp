@@ -37,7 +37,7 @@ struct column {
     ++(value.kind() == value_kind::date_time ? dates : numbers);
   }
 
-  // Texts among values of another kind are counted after them.
+  // Texts among values of another kind are counted at the end.
   std::string line() const {
     const bool stray = texts > 0 && numbers + dates > 0;
     return values_line() + (stray ? ", " + std::to_string(texts) + " texts among them" : "");

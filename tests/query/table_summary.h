@@ -1,4 +1,4 @@
-// A table as a few lines of text, for comparing it with known-good values.
+// A table as a few lines of text, for comparison with expected values.
 #pragma once
 
 #include "query/sources/table_source.h"
@@ -8,17 +8,17 @@
 
 namespace vesk {
 
-// "NULL", a number in its shortest form, a date as 2011-01-31 followed by 13:00:00 when it has a time, a time alone
-// as 13:00:00, a text as it is.
+// "NULL", a number in its shortest form, a date as 2011-01-31, followed by 13:00:00 if it has a time, a time without a
+// date as 13:00:00, a text unchanged.
 std::string shown(const table_value& value);
 
-// The values of the present row, with "; " between them.
+// The values of the current row, separated by "; ".
 std::string shown_row(row_cursor& row, std::size_t fields);
 
-// The whole table: a line of "NAME:type code", "; " between them, then a line for each row.
+// The whole table: a line of "NAME:type code", separated by "; ", then a line for each row.
 std::vector<std::string> print(table_source& source, std::size_t table = 0);
 
-// Its number of rows, its first row, and a line for each field with its type code:
+// The number of rows, the first row, and a line for each field with its type code:
 //
 //     rows 1827
 //     first 2007-10-01; 2.91

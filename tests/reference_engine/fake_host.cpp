@@ -17,7 +17,7 @@ float& real(void* address) {
   return *static_cast<float*>(address);
 }
 
-// Keywords whose value is 1 until it is put.
+// Keywords whose value is 1 unless put.
 const std::set<std::string> ones = {"SCALV", "CONVV", "SCALEQ", "CONVQ",   "SCALER",    "CONVR",
                                     "SCALB", "CONVB", "SCALW",  "CONVW",   "FDISS",     "BQ",
                                     "MAXDT", "IQOPT", "INTYP",  "DENSITY", "SCALEPARAM"};
@@ -126,8 +126,7 @@ std::set<int>* FakeHost::used_by(const std::string& keyword) {
   return found == lists.end() ? nullptr : &(this->*found->second);
 }
 
-// The key under which a value is kept: positions of a GET are turned into ISC numbers; CSV texts are those of the
-// output.
+// The key of a value: positions of a GET are converted to ISC numbers; CSV texts are those of the output.
 std::string FakeHost::key_of(bool get, const std::string& keyword, void* const* arguments, int indices) const {
   const std::set<int>* used = const_cast<FakeHost*>(this)->used_by(keyword);
   const int numbered = keyword == "CONSTPARAM" ? 1 : 0;
@@ -297,8 +296,7 @@ void FakeHost::all_points(const std::string& indices, const std::string& count, 
   }
 }
 
-// As the front end does it: a bracket that was found once is only ever left forwards, so an earlier moment is answered
-// from the wrong points.
+// Like the front end: once found, a bracket only moves forward, so an earlier time is answered from the wrong points.
 float FakeHost::series_value(const std::string& points, const std::string& point, const std::string& indices,
                              double now) {
   const int count = static_cast<int>(number(points + indices));

@@ -1,5 +1,5 @@
 // A front end in memory, for tests of the engine library through its six functions. It knows the keywords' arguments,
-// keeps what is put under keyword and indices, translates positions and ISC numbers, and evaluates series at each DAYS.
+// stores values by keyword and indices, translates positions and ISC numbers, and evaluates series at each DAYS.
 #ifndef TESTS_REFERENCE_ENGINE_FAKE_HOST_H
 #define TESTS_REFERENCE_ENGINE_FAKE_HOST_H
 
@@ -13,26 +13,26 @@
 
 class FakeHost {
 public:
-  FakeHost(); // becomes the one that `callback` serves
+  FakeHost(); // becomes the host used by `callback`
   ~FakeHost();
   static void callback(const char* name, void* a1, void* a2, void* a3, void* a4, void* a5);
 
-  // Puts lines of "KEYWORD indices value", a text in quotes without escapes. Lines "step SERIES indices" and
-  // "unused COUNT field" say what no keyword can.
+  // Puts lines of "KEYWORD indices value"; a text is in quotes, without escapes. Lines "step SERIES indices" and
+  // "unused COUNT field" set things that have no keyword.
   void load(const std::string& script);
   double number(const std::string& key) const; // "VOLUME 3"
   std::string text(const std::string& key) const;
 
   std::vector<std::string> infos, statuses, warnings, failures, wrong_calls;
   int return_code = -1, last_progress = -1, grid_updates = 0, hydro_file_puts = 0;
-  int cancel_at_poll = -1; // answer this CANCEL with 1, and all that follow; -1 never
+  int cancel_at_poll = -1; // answers 1 from this CANCEL on; -1: never
   int cancel_polls = 0;
-  std::vector<float> days;       // of all DAYS
-  std::function<void()> at_days; // called at each
+  std::vector<float> days;       // of every DAYS
+  std::function<void()> at_days; // called at each DAYS
   bool grid_lent = false, bound_found = false;
   std::string grid_labels; // joined with '|'
   int grid_columns = 0, grid_rows = 0;
-  std::vector<float> last_grid; // as the engine left it at the last GRIDUPDATE
+  std::vector<float> last_grid; // as at the last GRIDUPDATE
   std::map<std::string, int> limits;
 
 private:
@@ -57,7 +57,7 @@ private:
   std::set<std::string> steps_, unused_;
   std::set<int> constants_, parameters_, functions_, outputs_, csv_outputs_; // ISC numbers of those in use
   std::map<std::string, float*> arrays_;
-  std::map<std::string, int> cursors_; // of the series: the point ahead; 0 none yet
+  std::map<std::string, int> cursors_; // of the series: the next point; 0: none yet
   const float* grid_ = nullptr;
 };
 

@@ -1,4 +1,4 @@
-// What a hydrodynamic file of the tests holds, and its writer. Start from a good one and change what the test is about.
+// The content of a hydrodynamic test file, and its writer. Start from a valid one and change what the test is about.
 #ifndef TESTS_REFERENCE_ENGINE_HYDRO_CONTENT_H
 #define TESTS_REFERENCE_ENGINE_HYDRO_CONTENT_H
 
@@ -10,8 +10,8 @@
 #include <vector>
 
 struct HydroContent {
-  // Two reaches and a pond. Day 0: 2 m3/s come to the upper one and 1 m3/s goes on, so that it doubles; day 1: 1 m3/s
-  // through both. The pond halves on day 1 with no link to it.
+  // Two reaches and a pond. Day 0: 2 m3/s flow into the upper reach and 1 m3/s out of it, so that it doubles; day 1: 1
+  // m3/s through both. The pond halves on day 1 without a link.
   std::map<std::string, std::vector<double>> values = {
       {"time", {240, 264, 288}},
       {"length", {1000, NC_FILL_DOUBLE, 10}},

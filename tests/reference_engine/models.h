@@ -1,4 +1,4 @@
-// Small models for the tests of the engine's core, and a run of them without a front end.
+// Small models for tests of the engine's core, and runs without a front end.
 #ifndef TESTS_REFERENCE_ENGINE_MODELS_H
 #define TESTS_REFERENCE_ENGINE_MODELS_H
 
@@ -22,7 +22,7 @@ struct Model {
   MassBalance balance;                  // of problem.balance_system, after a run
   std::optional<Balances> all_balances; // after a run
 
-  // Segments of 1 m3 named "s1", "s2", ...; systems at 0 g/m3, wholly dissolved.
+  // Segments of 1 m3 named "s1", "s2", ...; systems at 0 g/m3, completely dissolved.
   explicit Model(std::size_t segments, std::string kinetics = "tracer") : library(std::move(kinetics)) {
     for (std::size_t i = 0; i < segments; ++i) {
       problem.segments.emplace_back();
@@ -53,7 +53,7 @@ struct Model {
     return forcing.boundaries[segment * problem.systems.size() + system];
   }
 
-  // A flow in m3/day with a function of its own.
+  // A flow in m3/day with its own function.
   void flow(int from, int to, double per_day, FlowField field = FlowField::surface_water) {
     problem.flows.push_back({forcing.flows.size(), field, from, to, per_day / seconds_per_day});
     forcing.flows.resize(forcing.flows.size() + fields_per_function, 0.0f);
@@ -65,18 +65,18 @@ struct Model {
     forcing.exchanges.resize(forcing.exchanges.size() + fields_per_function, 0.0f);
     forcing.exchanges[problem.exchanges.back().element] = 1;
   }
-  // Water through all segments, from the outside to the outside.
+  // Flow through all segments, from the outside to the outside.
   void through(double per_day) {
     const auto count = static_cast<int>(problem.segments.size());
     for (int i = 0; i <= count; ++i) flow(i - 1, i == count ? outside : i, per_day);
   }
 
-  // With the forcing as it is.
+  // Uses the current forcing.
   State run(int technique, double days, int steps) {
     return run(technique, {0, days}, steps, [](double) {});
   }
 
-  // With the forcing as it is, by steps that the rules allow.
+  // Uses the current forcing, and steps allowed by the rules.
   State run(int technique, double days, const StepRules& rules) {
     Equations equations(problem, library);
     State state(problem);
@@ -93,7 +93,7 @@ struct Model {
     return state;
   }
 
-  // From event to event, each time in so many steps; fill(day) sets the forcing, which is linear between two events.
+  // From event to event, each in `steps` steps; fill(day) sets the forcing, which is linear between two events.
   template <class Fill>
   State run(int technique, const std::vector<double>& events, int steps, Fill fill) {
     Equations equations(problem, library);

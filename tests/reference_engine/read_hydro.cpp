@@ -1,6 +1,6 @@
-// read_hydro WHAT FILE: reads a hydrodynamic file as the engine does and prints why that failed, one line each time.
-// WHAT is "content"; "rows", which reads two rows behind it; or "wait", which gives up waiting for the content. The
-// tests put helper programs of their own beside copies of it.
+// read_hydro WHAT FILE: reads a hydrodynamic file like the engine and prints why that failed, one line each time. WHAT
+// is "content"; "rows", which also reads two rows; or "wait", which stops waiting for the content. The tests put their
+// own helper programs next to copies of it.
 #include "core/errors.h"
 #include "host/hydro_reader.h"
 

@@ -1,4 +1,4 @@
-// A job over the river that records the calls of its keywords, and calls of the engine written as text.
+// A job on the river that records the calls of its keywords, and calls of the engine written as text.
 #pragma once
 
 #include "river.h"
@@ -21,12 +21,12 @@ public:
   explicit noting_job(bool with_log = true) : with_log_(with_log) { data = river(); }
 
   std::vector<std::string> log;   // without time stamps
-  std::vector<std::string> notes; // what else was done, in order
+  std::vector<std::string> notes; // everything else, in order
   bool traced = false;
   bool cancelled = false;
   std::function<void()> on_message;
 
-  // What has been logged since the last time.
+  // The lines logged since the last call.
   std::vector<std::string> take_log() { return std::exchange(log, {}); }
   std::vector<std::string> take_notes() { return std::exchange(notes, {}); }
 
@@ -84,7 +84,7 @@ private:
 };
 
 // Calls by text: a name, then its arguments. 7 is an integer, 7. or 7.5 a real, 'text' a text in a large buffer, with _
-// for a blank. The answer is the arguments as the call has left them.
+// for a blank. Returns the arguments after the call.
 inline std::string call(const std::string& line) {
   union word {
     std::int32_t integer;
@@ -118,7 +118,7 @@ inline std::string call(const std::string& line) {
   return answer;
 }
 
-// A call and what it answers.
+// A call and its result.
 struct exchange {
   const char* call;
   const char* answer;

@@ -1,4 +1,4 @@
-// A catalogue of two models, and a small river by the first of them.
+// A catalogue of two models, and a small river with the first one.
 #pragma once
 
 #include "dataset/dataset.h"

@@ -10,7 +10,7 @@ namespace vesk {
 
 const std::initializer_list<const char*> behaviours{
     "says run", "returns", "throws", "waits for cancel", "reports", "shows a grid", "throws after a cancel",
-    // appended only: the place in this list is the model's number
+    // append only: the position in this list is the model's number
     "shows a short grid", "shows a short grid inverted", "crashes", "overflows its stack", "aborts", "calls exit",
     "ends its thread", "throws on its own thread"};
 
@@ -25,7 +25,7 @@ unsigned model_of(const std::string& behaviour) {
 
 void write_behaviour_catalogue(const std::filesystem::path& folder) {
   std::ostringstream sql;
-  sql << "PRAGMA synchronous = OFF;"; // nothing is lost with it
+  sql << "PRAGMA synchronous = OFF;"; // nothing here needs to survive a crash
   sql << std::ifstream(CATALOGUE_SCHEMA).rdbuf();
   for (const char* name : behaviours) {
     const unsigned model = model_of(name);

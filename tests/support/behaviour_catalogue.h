@@ -1,4 +1,4 @@
-// A catalogue whose models name what the misbehaving engine shall do: model 1 "says run", and so on.
+// A catalogue whose models name the behaviours of the misbehaving engine: model 1 "says run", and so on.
 #pragma once
 
 #include <filesystem>

@@ -1,4 +1,4 @@
-// deny landlock|flock PROGRAM ARGUMENT...: runs a program for which the kernel has no Landlock, or no flock.
+// deny landlock|flock PROGRAM ARGUMENT...: runs a program as on a kernel without Landlock, or without flock.
 #include <cerrno>
 #include <cstdio>
 #include <cstring>

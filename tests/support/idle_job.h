@@ -1,4 +1,4 @@
-// A job that has a data set and the engine's arrays, and does nothing else. Override what a test checks.
+// A job with a data set and the engine's arrays that does nothing else. Override the functions that a test checks.
 #pragma once
 
 #include "shell/job.h"
@@ -12,7 +12,7 @@ public:
   prevesk_dataset_data_type data;
   registered_arrays registered;
 
-  // Tests that go through the callback give their job its own shell.
+  // Tests that use the callback give their job its own shell.
   shell_interface& shell() override { throw std::logic_error("a job without a shell"); }
   prevesk_dataset_data_type& data_set() override { return data; }
   registered_arrays& arrays() override { return registered; }

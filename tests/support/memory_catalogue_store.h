@@ -1,4 +1,4 @@
-// A catalogue that lives in memory, and one with two small models.
+// A catalogue in memory, and one with two small models.
 #pragma once
 
 #include "dataset/catalogue.h"
@@ -31,8 +31,8 @@ public:
   }
 };
 
-// Model 7 "River" comes first by its Sort_key and has items of every kind, stored out of order; model 3 "Lake" has
-// one parameter and nothing else, not even a segment type.
+// Model 7 "River" comes first by Sort_key and has items of every kind, stored out of order; model 3 "Lake" has only one
+// parameter, not even a segment type.
 inline memory_catalogue_store small_catalogue() {
   memory_catalogue_store store;
   store.tables["models"] = {{"Model_id", "Model_name", "Library", "Sort_key"},

@@ -24,7 +24,7 @@ void append_big_endian(std::string& bytes, std::uint64_t number, std::size_t siz
   while (size-- > 0) bytes += static_cast<char>(number >> (8 * size) & 0xff);
 }
 
-// Bytes that sort as the numbers do.
+// Encoded so that bytes sort like the numbers.
 void append_double(std::string& bytes, double number) {
   constexpr std::uint64_t sign = std::uint64_t{1} << 63;
   const auto raw = std::bit_cast<std::uint64_t>(number);
@@ -69,7 +69,7 @@ paradox_writer::paradox_writer(std::vector<field> fields) : fields_(std::move(fi
 
 void paradox_writer::add(const std::vector<catalogue_value>& row) {
   const std::size_t block = rows_ / per_block_, in_block = rows_ % per_block_;
-  if (in_block == 0) { // a block begins with the number of the next one and of the one before
+  if (in_block == 0) { // a block begins with the numbers of the next and the previous one
     blocks_.resize(block * block_size + block_header);
     put(blocks_, block * block_size + 2, static_cast<std::uint16_t>(block));
     if (block > 0) put(blocks_, (block - 1) * block_size, static_cast<std::uint16_t>(block + 1));
@@ -93,14 +93,14 @@ void paradox_writer::save(const std::filesystem::path& file) const {
   for (const std::size_t at : {0x0a, 0x0c, 0x10}) put(header, at, in_16_bits(blocks)); // used, in the file, the last
   put(header, 0x0e, in_16_bits(blocks > 0));                                           // the first
   put(header, 0x21, in_16_bits(count));
-  put(header, 0x25, std::uint32_t{0xff00ff00}); // the second header has the encryption
+  put(header, 0x25, std::uint32_t{0xff00ff00}); // the encryption is in the second header
   put(header, 0x39, std::uint8_t{12});          // version 7
   put(header, 0x6a, std::uint16_t{1252});
   for (const field& f : fields_) {
     header += static_cast<char>(f.code);
     header += static_cast<char>(size_of(f));
   }
-  header.append(4 + 4 * count, '\0'); // pointers, that are of use only in memory
+  header.append(4 + 4 * count, '\0'); // pointers, which are used only in memory
   std::string name = file.filename().string();
   name.resize(table_name_size);
   header += name;

@@ -1,4 +1,4 @@
-// Makes Paradox tables of version 7 for tests and benchmarks: no index, no memo, text in Windows-1252.
+// Writes Paradox tables of version 7 for tests and benchmarks: no index, no memo, text in Windows-1252.
 #pragma once
 
 #include "dataset/catalogue.h"
@@ -22,8 +22,8 @@ public:
 
   explicit paradox_writer(std::vector<field> fields);
 
-  // A value for each field: texts in UTF-8, timestamps as days since 30 December 1899. Throws std::runtime_error for
-  // a text that does not fit.
+  // A value for each field: texts in UTF-8, timestamps as days since 30 December 1899. Throws std::runtime_error for a
+  // text that is too long.
   void add(const std::vector<catalogue_value>& row);
 
   void save(const std::filesystem::path& file) const;
@@ -32,10 +32,10 @@ private:
   const std::vector<field> fields_;
   std::size_t record_size_ = 0, per_block_ = 0;
   std::uint32_t rows_ = 0;
-  std::string blocks_; // whole ones, but for the last
+  std::string blocks_; // complete ones, except the last
 };
 
-// Writes all that `read_catalogue` asks of a store into the tables of a folder.
+// Writes all tables used by `read_catalogue` to a folder.
 void write_paradox_catalogue(catalogue_store& from, const std::filesystem::path& folder);
 
 } // namespace vesk

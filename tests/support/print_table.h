@@ -1,4 +1,4 @@
-// A table's cells as they are shown, for comparison with literal lines.
+// A table's cells as shown, for comparison with expected lines.
 #pragma once
 
 #include "charts/fill_calc_table.h"

@@ -21,7 +21,7 @@ program_result run_program(const std::string& program, const std::vector<std::st
 
   const pid_t child = fork();
   if (child == 0) {
-    const rlimit no_cores{0, 0}; // of programs that crash on purpose
+    const rlimit no_cores{0, 0}; // for programs that crash intentionally
     setrlimit(RLIMIT_CORE, &no_cores);
     dup2(pipes[0][1], STDOUT_FILENO);
     dup2(pipes[1][1], STDERR_FILENO);

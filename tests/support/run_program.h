@@ -1,4 +1,4 @@
-// Running a program as its user does.
+// Runs a program as a user does.
 #pragma once
 
 #include <string>
@@ -12,10 +12,10 @@ struct program_result {
   std::string err;
 };
 
-// Runs a program to its end. With a signal, that is sent once the program has written something to its standard output.
+// Runs a program to its end. `signal`, if given, is sent once the program has written to its standard output.
 program_result run_program(const std::string& program, const std::vector<std::string>& arguments, int signal = 0);
 
-// A program that goes on while the test does. It is killed with this object.
+// A program that runs alongside the test. It is killed by the destructor.
 class background_program {
 public:
   background_program(const std::string& program, const std::vector<std::string>& arguments);
@@ -24,7 +24,7 @@ public:
   background_program& operator=(const background_program&) = delete;
 
   std::string read_line(); // of its standard output, without the line's end
-  void kill_and_wait();    // by SIGKILL; returns when nobody has its standard output any more
+  void kill_and_wait();    // by SIGKILL; returns when no process has its standard output open
 
 private:
   int process_ = -1, output_ = -1;

@@ -1,4 +1,4 @@
-// A folder that is there for one test.
+// A folder that exists during one test.
 #pragma once
 
 #include <gtest/gtest.h>

@@ -25,7 +25,7 @@ constexpr bool processor_known = true;
 constexpr bool processor_known = false;
 #endif
 
-// Each of the two changes the registers of a process that is stopped at a call: when it enters, when it leaves.
+// Both functions change the registers of a process stopped at a call: at its entry, at its exit.
 bool take_call_away([[maybe_unused]] pid_t process) {
 #if defined(__aarch64__)
   int none = -1;
@@ -80,7 +80,7 @@ public:
       else if (!serve_stop())
         return refuse("changing system calls");
     }
-    // A process that was killed at its stop may refuse to go on before it is gone: it still holds its locks.
+    // A process killed at a stop may refuse to continue before it is gone; until then it holds its locks.
     await_end();
     end_.status = WIFEXITED(status_) ? WEXITSTATUS(status_) : 128 + WTERMSIG(status_);
     return end_;
@@ -126,7 +126,7 @@ private:
   const call_decision& decide_;
   int status_ = 0;
   int calls_ = 0;
-  int error_ = 0; // that the call which is going on ends with
+  int error_ = 0; // the errno of the current call, 0 if unchanged
   traced_end end_;
 };
 

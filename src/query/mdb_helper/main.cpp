@@ -1,5 +1,5 @@
-// vesk-mdb: reads an Access database for its parent process, so that nothing that the database does to the library that
-// knows the format can reach the program itself or another file. See protocol.h.
+// vesk-mdb: reads an Access database for its parent process. If a damaged database takes over the library for this
+// format, it can reach neither the parent program nor another file. See protocol.h.
 
 #include "query/mdb_helper/protocol.h"
 #include "query/sources/table_source.h"
@@ -25,16 +25,16 @@ using vesk::field_type;
 using vesk::mdb::message;
 using vesk::mdb::value;
 
-constexpr std::size_t longest_text = std::size_t{64} << 10; // in bytes; a longer memo is cut
-constexpr int large_number = 0x13;                          // a 64-bit integer, which the library's list lacks
+constexpr std::size_t longest_text = std::size_t{64} << 10; // in bytes; longer memos are truncated
+constexpr int large_number = 0x13;                          // a 64-bit integer, missing in the library's list
 
 // A failure, reported to the parent.
 struct failure {
   std::string sentence;
 };
 
-// Where the parent reads. The library prints complaints about damaged files to standard output, which is therefore
-// turned away from it.
+// The stream read by the parent. The library prints complaints about damaged files to standard output, which is
+// therefore redirected.
 std::FILE* answer = nullptr;
 
 bool open_answer() {
@@ -96,7 +96,7 @@ field_type type_of(const MdbColumn& column) {
   }
 }
 
-// The days of a date as the file has it: before 30 December 1899 the time of day counts on all the same.
+// The days of a stored date: before 30 December 1899 the time of day still counts forward.
 double date_of(double stored) {
   if (stored >= 0) return stored;
   const double day = std::trunc(stored);
@@ -119,8 +119,8 @@ public:
     }
   }
 
-  // Throws when the file no longer holds all that the table's definition names: the library ends a table without a word
-  // at a page that it cannot read.
+  // Throws if the file no longer contains everything in the table's definition: at a page that it cannot read, the
+  // library ends a table silently.
   void write_all() {
     constexpr std::size_t message_size = std::size_t{64} << 10;
     check_pages();
@@ -137,7 +137,7 @@ public:
   }
 
 private:
-  // Each page that the table owns has to lie inside the file.
+  // Each page of the table must be inside the file.
   void check_pages() const {
     const auto page_size = static_cast<unsigned long>(database_->fmt->pg_size);
     const auto pages = static_cast<unsigned long>(file_size() / database_->fmt->pg_size);
@@ -145,7 +145,7 @@ private:
     while (true) {
       const gint32 next = mdb_map_find_next(database_, table_->usage_map, static_cast<unsigned>(table_->map_sz),
                                             static_cast<guint32>(page));
-      if (next <= page) return; // the last one is followed by 0, a map that cannot be read by -1
+      if (next <= page) return; // 0 after the last page, -1 if a map cannot be read
       page = next;
       if (static_cast<unsigned long>(page) >= pages)
         throw failure{"the database is truncated: the table uses the page at byte " +
@@ -154,7 +154,7 @@ private:
     }
   }
 
-  // The definition counts the rows, in some files the deleted ones as well.
+  // The definition counts the rows, in some files including deleted ones.
   void check_count(unsigned long count) const {
     if (count >= table_->num_rows) return;
     unsigned long with_deleted = 0;
@@ -176,7 +176,7 @@ private:
     return *static_cast<const MdbColumn*>(g_ptr_array_index(table_->columns, i));
   }
 
-  // Whether the library makes a text of it; the other types are read as stored in the row.
+  // Whether the library converts it to text; other types are read as stored in the row.
   static bool is_bound(const MdbColumn& c) {
     return c.col_type == MDB_BOOL || c.col_type == MDB_MONEY || c.col_type == MDB_TEXT || c.col_type == MDB_MEMO ||
            c.col_type == MDB_REPID || c.col_type == MDB_NUMERIC;
@@ -189,7 +189,7 @@ private:
   }
   void put_null() { rows_ += static_cast<char>(value::null); }
 
-  // The bytes of a value of fixed size in the present row.
+  // The bytes of a value of fixed size in the current row.
   template <class T>
   bool stored(const MdbColumn& c, T& content) const {
     const auto start = static_cast<std::size_t>(c.cur_value_start), size = static_cast<std::size_t>(c.cur_value_len);
@@ -257,8 +257,8 @@ void send_rows(MdbHandle* database, const char* name) {
   row_writer(database, table.get()).write_all();
 }
 
-// The library converts the texts of Access 97 from the code page that the database names. glibc keeps each conversion
-// in a separate library, which can no longer be loaded once this process is confined.
+// The library converts the texts of Access 97 from the code page given in the database. glibc has each conversion in a
+// separate library, which can no longer be loaded once this process is confined.
 void load_code_pages() {
   for (const char* name :
        {"CP1252",       "WINDOWS-1250", "WINDOWS-1251", "WINDOWS-1252", "WINDOWS-1253", "WINDOWS-1254", "WINDOWS-1255",
@@ -268,10 +268,10 @@ void load_code_pages() {
         "IBM869",       "KOI8-R",       "KOI8-U",       "ISO-8859-1",   "ISO-8859-2",   "ISO-8859-3",   "ISO-8859-4",
         "ISO-8859-5",   "ISO-8859-6",   "ISO-8859-7",   "ISO-8859-8",   "ISO-8859-9",   "ISO-8859-13",  "ISO-8859-15",
         "UTF-7"})
-    static_cast<void>(iconv_open("UTF-8", name)); // stays open, which keeps the conversion loaded
+    static_cast<void>(iconv_open("UTF-8", name)); // stays open to keep the conversion loaded
 }
 
-// Neither memory nor time without end.
+// Limits memory and time.
 void limit_itself() {
   const rlimit none{0, 0}, seconds{600, 600};
   setrlimit(RLIMIT_CORE, &none);

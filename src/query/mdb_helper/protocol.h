@@ -1,11 +1,11 @@
-// What vesk-mdb writes to its standard output: messages of a size in 4 bytes, a kind in 1, and content of that size.
-// Both programs come from one build, so numbers are in the machine's own form. The database is an open descriptor;
-// there is no environment.
+// The messages that vesk-mdb writes to its standard output: a size in 4 bytes, a kind in 1, and content of that size.
+// Both programs come from one build, so numbers are in native form. The database is an open descriptor; the environment
+// is empty.
 //
 //     vesk-mdb tables          `table` for each, then `end`
 //     vesk-mdb rows TABLE      `field` for each, `rows` for some rows at a time, then `end`
 //
-// `failure`, with a sentence, may come in the place of any message and is the last one.
+// `failure`, with a sentence, may be sent instead of any message and is the last one.
 #pragma once
 
 #include <cstddef>

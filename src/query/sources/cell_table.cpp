@@ -15,7 +15,7 @@ namespace vesk {
 std::string_view text_pool::keep(std::string_view text) {
   if (text.empty()) return {};
   char* place = next_;
-  if (text.size() > chunk_size / 8) { // has a chunk alone, so that little of the present one stays unused
+  if (text.size() > chunk_size / 8) { // gets its own chunk, so that little of the current one is wasted
     place = chunks_.emplace_back(std::make_unique_for_overwrite<char[]>(text.size())).get();
   } else {
     if (text.size() > left_) {
@@ -44,7 +44,7 @@ bool cell_table::add_boolean(std::uint32_t row, std::uint32_t column, bool value
   return add(row, column, table_value::of_integer(value));
 }
 
-// Brings the cells into the order of their rows and columns, where the file has another one.
+// Sorts the cells by row and column, if the file has them in another order.
 void cell_table::sort() {
   bool sorted = true;
   for (std::size_t r = 0; sorted && r < rows_.size(); ++r) {
@@ -68,7 +68,7 @@ void cell_table::sort() {
            std::tuple(b.row, columns_of_values_[b.value], b.value);
   });
 
-  // In place, since there may be many cells: each circle of values that take each other's places.
+  // In place, since there may be many cells: rotates each cycle of the permutation.
   for (std::uint32_t begin = 0; begin < places.size(); ++begin) {
     const table_value value = values_[begin];
     const std::uint16_t column = columns_of_values_[begin];
@@ -87,7 +87,7 @@ void cell_table::sort() {
   std::uint32_t kept = 0;
   for (std::size_t i = 0; i < places.size(); ++i) {
     const std::uint32_t row = places[i].row;
-    const bool is_last = i + 1 == places.size() || places[i + 1].row != row; // of several for one cell the last counts
+    const bool is_last = i + 1 == places.size() || places[i + 1].row != row; // of several for one cell, the last counts
     if (!is_last && columns_of_values_[i + 1] == columns_of_values_[i]) continue;
     if (rows_.empty() || rows_.back().row != row) rows_.push_back({row, kept});
     values_[kept] = values_[i];
@@ -149,7 +149,7 @@ void cell_table::become_table(std::vector<table_field> fields, std::uint32_t row
 const table_value* cell_table::find(std::size_t row, std::uint32_t column) const {
   const std::size_t first = rows_[row].first, end = end_of(row);
   if (first == end || columns_of_values_[first] > column) return nullptr;
-  const std::size_t guess = first + (column - columns_of_values_[first]); // right where no cell is empty
+  const std::size_t guess = first + (column - columns_of_values_[first]); // correct if no cell is empty
   if (guess < end && columns_of_values_[guess] == column) return &values_[guess];
   const auto begin = columns_of_values_.begin();
   const auto found =
@@ -158,7 +158,7 @@ const table_value* cell_table::find(std::size_t row, std::uint32_t column) const
   return at < end && *found == column ? &values_[at] : nullptr;
 }
 
-// A value as its column's type has it.
+// A value converted to its column's type.
 table_value cell_table::converted(const table_column& column, const table_value& value, std::string& room) const {
   const bool is_number = value.kind() == value_kind::number || value.kind() == value_kind::integer;
   switch (column.form.type) {
@@ -206,7 +206,7 @@ protected:
 
 private:
   const cell_table& table_;
-  std::size_t next_; // after the present row
+  std::size_t next_; // after the current row
   std::vector<std::string> texts_;
 };
 

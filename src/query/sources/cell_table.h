@@ -12,7 +12,7 @@
 
 namespace vesk {
 
-// Keeps texts at fixed places until it goes.
+// Keeps texts at fixed addresses until it is destroyed.
 class text_pool {
 public:
   std::string_view keep(std::string_view text);
@@ -26,18 +26,18 @@ private:
 
 class cell_table {
 public:
-  // More cells than this are refused; so many take 600 MB.
+  // The largest number of cells accepted; they take 600 MB.
   static constexpr std::size_t most_cells = std::size_t{1} << 25;
   static constexpr std::uint32_t most_columns = 1 << 14;
 
-  // A cell of a sheet; rows and columns count from 0, those from `most_columns` on are left out. Null cells are not
-  // kept. A text must live as long as the table. False when there are too many cells.
+  // A cell of a sheet. Rows and columns count from 0; columns from `most_columns` on are ignored, as are null cells. A
+  // text must outlive the table. False if there are too many cells.
   bool add(std::uint32_t row, std::uint32_t column, const table_value& value);
   bool add_boolean(std::uint32_t row, std::uint32_t column, bool value);
 
-  // Ends the adding. `become_sheet` looks for the header, settles the type of each column and leaves out those without
-  // name and value; `become_table` takes the given fields, one a column, and keeps rows without a value:
-  // `rows` is their number.
+  // Call one of these after the last cell. `become_sheet` finds the header, determines the type of each column and
+  // drops columns without name and values. `become_table` uses the given fields, one per column, and keeps rows without
+  // values: `rows` is their number.
   void become_sheet();
   void become_table(std::vector<table_field> fields, std::uint32_t rows);
 
@@ -47,7 +47,7 @@ public:
 private:
   friend class cell_cursor;
 
-  // The cells of one row from `first` up to the next one's.
+  // The cells of a row are those from `first` to the next row's `first`.
   struct row_start {
     std::uint32_t row;
     std::uint32_t first;
@@ -65,10 +65,10 @@ private:
   std::vector<table_value> values_;
   std::vector<std::uint16_t> columns_of_values_;
   std::vector<row_start> rows_;
-  std::vector<std::uint32_t> booleans_; // how many a column has
+  std::vector<std::uint32_t> booleans_; // number of them in each column
   std::vector<table_column> columns_;
   std::vector<table_field> fields_;
-  std::size_t first_row_ = 0; // of the table, in `rows_`
+  std::size_t first_row_ = 0; // the table's first one, in `rows_`
   bool typed_ = false;
 };
 

@@ -24,7 +24,7 @@ namespace fs = std::filesystem;
 
 using opener = std::unique_ptr<table_source> (*)(const fs::path&);
 
-// A format of several tables.
+// A format that can have several tables.
 struct table_format {
   opener open;
   const char* name;
@@ -36,7 +36,7 @@ constexpr table_format sqlite{open_sqlite, "a SQLite database", ".sqlite"},
     xlsx{open_xlsx, "an Excel workbook", ".xlsx"}, ods{open_ods, "an OpenDocument workbook", ".ods"},
     zipped{nullptr, nullptr, nullptr}; // the parts of the archive decide
 
-// The first bytes of a file identify its format.
+// The first bytes of a file, which identify its format.
 struct signature {
   std::size_t offset;
   std::string_view bytes;
@@ -46,7 +46,7 @@ struct signature {
 struct extension_row {
   std::string_view extension;
   bool several_tables;
-  opener open; // nullptr: the content decides
+  opener open; // nullptr: depends on the content
 };
 
 constexpr std::size_t beginning_size = 64;
@@ -59,7 +59,7 @@ constexpr signature signatures[] = {
     {access_signature_offset, ace_signature, access},
     {0, compound_beginning, xls},
     {0, zip_beginning, zipped},
-    {0, {"\x09\x08", 2}, xls}, // the workbook's stream alone
+    {0, {"\x09\x08", 2}, xls}, // a workbook stream without a compound file
 };
 
 constexpr extension_row extensions[] = {
@@ -78,7 +78,7 @@ const extension_row* row_of(const fs::path& file) {
 std::string beginning(const fs::path& file) {
   std::error_code unknown; // opening reports the cause
   const fs::file_status status = fs::status(file, unknown);
-  if (fs::exists(status) && !fs::is_regular_file(status)) // a pipe would wait for a writer
+  if (fs::exists(status) && !fs::is_regular_file(status)) // opening a pipe would wait for a writer
     throw table_source_exception(file.string(), "", "", "not a regular file.");
   const file_descriptor descriptor = open_for_reading(file);
   std::string bytes(beginning_size, '\0');
@@ -86,7 +86,7 @@ std::string beginning(const fs::path& file) {
   return bytes;
 }
 
-// The name decides where the archive has neither part, so that the one is named that is missing.
+// If the archive has neither part, the name decides, so that the message names the part expected.
 const table_format& format_of_archive(const fs::path& file) {
   const auto bytes = open_bytes(file);
   const zip_archive archive(*bytes);

@@ -8,12 +8,11 @@
 
 namespace vesk {
 
-// The content decides if its first bytes identify it, else the extension does. Throws
-// table_source_exception.
+// The format is identified by the first bytes if possible, otherwise by the extension. Throws table_source_exception.
 std::unique_ptr<table_source> open_table_source(const std::filesystem::path& file);
 
-// True for a file of several tables, which a query names between brackets: .mdb, .xls, .accdb, .xlsx, .ods, .sqlite and
-// a .db that is a SQLite file. False for a file that is one table, and for one that is not there under another name.
+// True for a file of several tables, whose table a query names in brackets: .mdb, .xls, .accdb, .xlsx, .ods, .sqlite,
+// and a .db that is a SQLite file. False for a file that is one table, and for a missing file with another extension.
 bool has_several_tables(const std::filesystem::path& file);
 
 } // namespace vesk

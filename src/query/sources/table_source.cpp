@@ -26,12 +26,12 @@ std::string without_null(std::string text) {
 std::string message(const std::string& file, const std::string& table, const std::string& field,
                     const std::string& cause) {
   std::string text = file;
-  if (!table.empty() && table != file) text += ", table " + table; // a file that is one table is named once
+  if (!table.empty() && table != file) text += ", table " + table; // names a file that is one table only once
   if (!field.empty()) text += ", field " + field;
   return without_null(text + ": " + cause);
 }
 
-// "Sheet1" of "Sheet1$" and of "'Sheet 1$'".
+// "Sheet1" for "Sheet1$", and "Sheet 1" for "'Sheet 1$'".
 std::string_view sheet_name(std::string_view name) {
   if (name.size() >= 2 && name.front() == '\'' && name.back() == '\'') name = name.substr(1, name.size() - 2);
   if (!name.empty() && name.back() == '$') name.remove_suffix(1);

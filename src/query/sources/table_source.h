@@ -1,4 +1,4 @@
-// Files with tables, read by stored queries: one interface over all formats.
+// Files with tables, read by stored queries: one interface for all formats.
 //
 // Nothing is written. A source is used by one thread at a time; its cursors refer to it and must not outlive it.
 #pragma once
@@ -15,13 +15,13 @@
 
 namespace vesk {
 
-// What is wrong, and where: "river.dbf, table flows, field FLOW: record 17 has "1x" where a number should be."
+// The fault and its location: "river.dbf, table flows, field FLOW: record 17 has "1x" where a number should be."
 class table_source_exception : public query_engine_exception {
 public:
   // `table` and `field` may be empty; `cause` ends with a full stop.
   table_source_exception(std::string file, std::string table, std::string field, std::string cause);
 
-  // A whole sentence that names the file itself.
+  // A complete sentence that contains the file name.
   table_source_exception(std::string file, const std::string& sentence)
       : query_engine_exception(sentence), file_(std::move(file)), cause_(sentence) {}
 
@@ -34,7 +34,7 @@ private:
   std::string file_, table_, field_, cause_;
 };
 
-// The type codes of fields, as stored queries know them.
+// The type codes of fields in stored queries.
 enum class field_type : std::uint8_t {
   unknown = 0,
   string = 1,
@@ -56,10 +56,10 @@ enum class field_type : std::uint8_t {
 };
 
 bool is_date_or_time(field_type type);
-bool is_number(field_type type); // a flag counts as one
+bool is_number(field_type type); // flags included
 
 struct table_field {
-  std::string name; // UTF-8, not empty, unlike the other names of the table in any case of letters
+  std::string name; // UTF-8, not empty, unique in the table ignoring case
   field_type type = field_type::unknown;
 
   friend bool operator==(const table_field&, const table_field&) = default;
@@ -78,7 +78,7 @@ public:
     return value;
   }
   static constexpr table_value of_number(double number) { return {value_kind::number, number}; }
-  // Days since 30 December 1899; a time without a date lies below 1.
+  // Days since 30 December 1899; a time without a date is below 1.
   static constexpr table_value of_date_time(double serial) { return {value_kind::date_time, serial}; }
   static constexpr table_value of_text(std::string_view utf8) {
     table_value value;
@@ -109,8 +109,8 @@ private:
 };
 static_assert(sizeof(table_value) == 16);
 
-// A condition that a cursor may use to pass over rows early; those of one cursor are linked by AND. It leaves out only
-// rows that fail: null always does, a value of another kind than the condition's never.
+// A condition that a cursor may use to skip rows early; those of one cursor are combined by AND. Only rows that fail it
+// are skipped: null always fails, a value of another kind than the condition's never does.
 struct row_filter {
   enum class test : std::uint8_t { equal_text, at_least, at_most };
   std::size_t field = 0;
@@ -122,9 +122,9 @@ struct row_filter {
   bool leaves_out(const table_value& value) const;
 };
 
-// Reads the rows of one table, from the first to the last.
+// Reads the rows of a table, from the first to the last.
 //
-// A value is decoded when it is requested, so unused fields cost nothing.
+// A value is decoded only when requested, so unused fields cost nothing.
 class row_cursor {
 public:
   explicit row_cursor(std::vector<row_filter> filters) : filters_(std::move(filters)) {}
@@ -132,7 +132,7 @@ public:
   row_cursor(const row_cursor&) = delete;
   row_cursor& operator=(const row_cursor&) = delete;
 
-  // Goes to the next row that the filters let pass, the first at first; false behind the last. Throws
+  // Moves to the next row that passes the filters, at first to the first one; false after the last. Throws
   // table_source_exception and query_cancelled.
   bool next() {
     while (advance()) {
@@ -143,10 +143,10 @@ public:
     return false;
   }
 
-  // A value of the present row. A text lives until the next call of `next`. Throws table_source_exception.
+  // A value of the current row. A text is valid until the next call of `next`. Throws table_source_exception.
   virtual table_value value(std::size_t field) = 0;
 
-  // The present row's number, from 1; rows that are left out here by the filters count too.
+  // The number of the current row, from 1; rows skipped by the filters are counted too.
   std::uint64_t row_number() const { return rows_; }
 
 protected:
@@ -155,7 +155,7 @@ protected:
 private:
   bool passes() {
     table_value read;
-    const row_filter* last = nullptr; // whose field has been read
+    const row_filter* last = nullptr; // the one whose field was read last
     for (const row_filter& filter : filters_) {
       if (!last || last->field != filter.field) read = value(filter.field);
       if (filter.leaves_out(read)) return false;
@@ -177,24 +177,24 @@ public:
 
   const std::string& file() const { return file_; } // as requested, for messages
 
-  // The names of the tables. A file that is one table has the file's name.
+  // The names of the tables. If the file is a single table, that is the file name.
   const std::vector<std::string>& tables() const { return tables_; }
 
-  // The position of a table: by its name, else by its name in any case of letters, else by the name of a sheet as the
-  // Jet provider gives it, with a dollar sign behind it or between apostrophes. In a file that is one
-  // table every name is that table's. Throws table_source_exception.
+  // The position of a table: by its exact name, then ignoring case, then by a sheet's name in the form of the Jet
+  // provider, with a dollar sign after it or between apostrophes. If the file is a single table, any name finds it.
+  // Throws table_source_exception.
   std::size_t find_table(std::string_view name) const;
 
-  // The fields of a table in their order; there is at least one. Throws table_source_exception.
+  // The fields of a table, at least one, in order. Throws table_source_exception.
   virtual const std::vector<table_field>& fields(std::size_t table) = 0;
 
   // Any number of cursors may be open at once. Throws table_source_exception.
   virtual std::unique_ptr<row_cursor> rows(std::size_t table, std::vector<row_filter> filters = {}) = 0;
 
-  // The other files that it reads, such as one of memos.
+  // Other files that it reads, such as a memo file.
   const std::vector<std::string>& companions() const { return companions_; }
 
-  // Closes the file until it is needed again. Cursors that are open still serve.
+  // Closes the file until it is needed again. Open cursors remain usable.
   virtual void let_go() {}
 
 protected:
@@ -207,8 +207,8 @@ private:
 // Letters A to Z and a to z count as equal.
 bool equal_ignoring_case(std::string_view a, std::string_view b);
 
-// Names for the fields of a table: an empty name becomes "F" and the position, counted from 1; one that stands already
-// gets "_1", "_2" and so on. A null character becomes a blank.
+// Unique names for the fields of a table: an empty name becomes "F" and the position, counted from 1; a duplicate gets
+// "_1", "_2" and so on. A null character becomes a blank.
 std::vector<std::string> distinct_names(std::vector<std::string> names);
 
 } // namespace vesk

@@ -1,5 +1,5 @@
-// The rounding of each operation is part of the result, so nothing here may be fused or reordered; see the project's
-// compiler flags.
+// The rounding of each operation is part of the result, so nothing here may be fused or reordered; see the compiler
+// flags.
 #include "shell/bulk/bulk_kernels.h"
 
 #include <array>
@@ -31,7 +31,7 @@ std::size_t run_portable(const bulk_block* blocks, std::size_t block_count, doub
 
 #if defined(__x86_64__)
 
-// The positions of the set bits of each byte, packed to its front.
+// For each byte, the positions of its set bits, packed to the front.
 constexpr auto set_bits = [] {
   std::array<std::array<std::uint8_t, 8>, 256> table{};
   for (unsigned mask = 0; mask < 256; ++mask)
@@ -71,11 +71,11 @@ __attribute__((target("avx2,popcnt"))) std::size_t run_avx2(const bulk_block* bl
   return count;
 }
 
-// Packing goes by way of a register: a compressed store to memory is slow on some processors.
+// Packs through a register, because a compressed store to memory is slow on some processors.
 __attribute__((target("avx512f,avx512vl,popcnt"))) std::size_t
 run_avx512(const bulk_block* blocks, std::size_t block_count, double t, float* values, std::uint32_t* reached) {
   const __m512d t8 = _mm512_set1_pd(t);
-  constexpr __mmask8 all_eight = 0xff; // g++ 12 warns of the unmasked conversion
+  constexpr __mmask8 all_eight = 0xff; // g++ 12 warns about the unmasked conversion
   const __m256i eight = _mm256_set1_epi32(bulk_block_rows);
   __m256i positions = _mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7);
   std::size_t count = 0;

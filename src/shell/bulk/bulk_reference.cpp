@@ -12,8 +12,8 @@ double interpolate(bool step, double t, double previous_time, double previous_va
   return (next_value - previous_value) * ((t - previous_time) / (next_time - previous_time)) + previous_value;
 }
 
-// Looks for the bracket from the first point on. The cursors are set only when there is one, so a series that lies
-// wholly before `t` is scanned again at each step.
+// Searches for the bracket from the first point on. The cursors are set only if there is one, so a series entirely
+// before `t` is scanned again at each step.
 double scan(const point_list& points, bool step, series_cursors& cursors, double t) {
   double previous_time = 0;
   double previous_value = 0;

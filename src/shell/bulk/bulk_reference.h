@@ -1,7 +1,7 @@
 // The interpolation algorithm in its plain form, on the records and their cursors.
 //
-// It serves a job once its series have been changed on the way, and series that the fast table refuses; and it is what
-// the fast table is held against.
+// It serves a job once its series have been changed during the run, and series that the fast table does not accept.
+// Tests compare the fast table with it.
 #pragma once
 
 #include "dataset/series.h"
@@ -11,13 +11,13 @@
 
 namespace vesk {
 
-// The value of `points` at the date-time number `t`; beyond its ends a series keeps its first and last value, and one
-// without points is 0. `cursors` are the series' own and are moved. Points need not be in order: the first two points
-// that have `t` between them count.
+// The value of `points` at the date-time number `t`. Before and after its points a series has its first and last value;
+// without points it is 0. `cursors` belong to the series and are moved. Points need not be in order: the first two
+// adjacent points with `t` between them are used.
 double evaluate_series(const point_list& points, bool step, series_cursors& cursors, double t);
 
-// Evaluates all series of one stage at `t` into the engine's `array`. Moves the cursors in `data`. `left_out`
-// is called for each series or field that has no element in the array, as by visit_series.
+// Evaluates all series of one stage at `t` into the engine's `array`. Moves the cursors in `data`. `left_out` is called
+// for each series or field without an element in the array, as by visit_series.
 void update_stage(prevesk_dataset_data_type& data, bulk_stage stage, double t, float* array,
                   const std::function<void(const series_ref&)>& left_out);
 

@@ -7,10 +7,10 @@ namespace vesk {
 
 namespace {
 
-// Transport fields in a row of the engine's flow and exchange arrays, whatever the data set has.
+// Transport fields in a row of the engine's flow and exchange arrays, independent of the data set.
 constexpr std::size_t engine_field_count = 6;
 
-// The 0-based segment and the number of the system of a load or a boundary.
+// The 0-based segment and the system number of a load or boundary.
 std::pair<std::int32_t, std::uint32_t> segment_and_system(const prevesk_dataset_data_type& data,
                                                           const series_ref& series) {
   const system_data_type& system = data.systems[series.owner];
@@ -19,7 +19,7 @@ std::pair<std::int32_t, std::uint32_t> segment_and_system(const prevesk_dataset_
   return {segment, system.isc};
 }
 
-// The position in the engine's array of segments by systems.
+// The position in the engine's arrays of segments by systems.
 std::optional<std::size_t> segment_element(const prevesk_dataset_data_type& data, const series_ref& series) {
   const auto [segment, number] = segment_and_system(data, series);
   const auto systems = static_cast<std::int64_t>(data.systems.size());

@@ -1,4 +1,4 @@
-// The series of each stage of an update, in list order, and the element of the engine's array that each one fills.
+// The series of each stage of an update, in list order, and the elements that they fill in the engine's arrays.
 #pragma once
 
 #include "dataset/series.h"
@@ -21,19 +21,20 @@ namespace detail {
 
 series_kind kind_of(bulk_stage stage);
 
-// The element of a series of a used field or of another owner; none when it is outside the model.
+// The element of a series; none if it is outside the model. If the series belongs to a field, the field must be used.
 std::optional<bulk_element> element_of(const prevesk_dataset_data_type& data, const series_ref& series);
 
-// True for a transport field that the model does not use.
+// True if the model does not use the transport field.
 bool is_unused_field(const prevesk_dataset_data_type& data, series_kind kind, std::size_t owner);
 
-// True for a transport field after the engine's last.
+// True if the transport field is beyond the engine's last.
 bool is_field_too_many(series_kind kind, std::size_t owner);
 
 } // namespace detail
 
 // Calls visit(element) for each series of the stage that has an element in the engine's array, and left_out(series) for
-// each that has none; of a field that has none, once, with the field's first series, even if there is no such series.
+// each that has none. For a field beyond the engine's last, left_out is called once with the field's first series, even
+// if the field is empty.
 template <class Visit, class LeftOut>
 void visit_series(const prevesk_dataset_data_type& data, bulk_stage stage, const Visit& visit,
                   const LeftOut& left_out) {
@@ -53,7 +54,7 @@ void visit_series(const prevesk_dataset_data_type& data, bulk_stage stage, const
   }
 }
 
-// The line for the log about what visit_series leaves out.
+// The log line about series left out by visit_series.
 std::string left_out_warning(const prevesk_dataset_data_type& data, const series_ref& left_out);
 
 } // namespace vesk

@@ -11,7 +11,7 @@ namespace vesk {
 
 namespace {
 
-// Everything about a stage that is not its arithmetic.
+// Everything about a stage except its arithmetic.
 struct stage_description {
   float* registered_arrays::*array;
   const char* label; // of its line in the report
@@ -27,10 +27,10 @@ constexpr stage_description stages[bulk_stage_count] = {
 
 } // namespace
 
-// A table for each stage whose array has been registered at some update.
+// A table for each stage whose array was registered at an earlier update.
 class bulk_service::fast_tables {
 public:
-  // True when the tables can serve an update at `t`, which is then noted as the latest.
+  // True if the tables can serve an update at `t`; `t` is then noted as the latest time.
   bool reach(double t) {
     if (!(t >= latest_ && t < bulk_time_limit)) return false;
     latest_ = t;
@@ -45,7 +45,7 @@ public:
     table->update(t, array);
   }
 
-  // Sets the cursors of all series that have been evaluated.
+  // Sets the cursors of all series evaluated so far.
   void write_back(prevesk_dataset_data_type& data) const {
     for (std::size_t s = 0; s < bulk_stage_count; ++s) {
       if (!tables_[s]) continue;

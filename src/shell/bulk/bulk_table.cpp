@@ -15,10 +15,10 @@ namespace {
 constexpr double never = std::numeric_limits<double>::infinity();
 constexpr double hold = -0.0; // as a row's delta: see bulk_block
 
-// Held values need a start before every update, as far away as not to overflow a division by a bracket.
+// Constant values need a `previous` before every update, as far away as possible without overflow in the division.
 constexpr double long_ago = -bulk_time_limit;
 
-// `difference` where `mask` is all ones, `hold` where it is 0; without a branch, since rows of both kinds are mixed.
+// `difference` if `mask` is all ones, `hold` if it is 0; without a branch, since both kinds of rows are mixed.
 double masked(double difference, std::uint64_t mask) {
   constexpr auto hold_bits = std::bit_cast<std::uint64_t>(hold);
   return std::bit_cast<double>(hold_bits ^ ((std::bit_cast<std::uint64_t>(difference) ^ hold_bits) & mask));
@@ -28,7 +28,7 @@ std::int64_t seconds(const moment_type& moment) {
   return std::int64_t{moment.date} * 86400 + moment.time;
 }
 
-// True when the value at any time is the same, to the bit, however it is found.
+// True if every way to compute the value gives the same bits at any time.
 bool is_plain_sailing(const point_list& points) {
   std::int64_t before = std::numeric_limits<std::int64_t>::min();
   bool fine = true;
@@ -53,7 +53,7 @@ void bulk_table::finish() {
   std::iota(order.begin(), order.end(), 0u);
   std::stable_sort(order.begin(), order.end(),
                    [&](std::uint32_t a, std::uint32_t b) { return added_[a].element < added_[b].element; });
-  // Series of one element stay together on one side, so that their order decides.
+  // Series of one element are either all plain or all fast, so that their order decides.
   for (auto first = order.begin(); first != order.end();) {
     const auto last =
         std::find_if(first, order.end(), [&](std::uint32_t i) { return added_[i].element != added_[*first].element; });
@@ -92,21 +92,21 @@ void bulk_table::place(std::uint32_t row, added_series& series) {
 }
 
 void bulk_table::update(double t, float* array) {
-  std::size_t reached = 0; // rows that are still to move on, at the front of reached_
+  std::size_t reached = 0; // rows still to be advanced, at the start of reached_
   for (std::size_t first = 0; first < rows_; first += chunk_rows) {
     const std::size_t rows = std::min(chunk_rows, rows_ - first);
     const std::size_t blocks = (rows + bulk_block_rows - 1) / bulk_block_rows;
     std::uint32_t* const found = &reached_[reached];
     std::size_t count = kernel_(&blocks_[first / bulk_block_rows], blocks, t, values_, found);
     for (std::size_t k = 0; k < count; ++k) found[k] += static_cast<std::uint32_t>(first);
-    if (count > rows / 8) { // cheaper all together, while the chunk is at hand
+    if (count > rows / 8) { // cheaper in one go, while the chunk is in the cache
       advance_rows(found, count, t);
       count = kernel_(&blocks_[first / bulk_block_rows], blocks, t, values_, found);
     }
     reached += count;
     write_out(first, rows, array);
   }
-  // The others lie far apart: collected over all chunks, so that many of their misses are under way at a time.
+  // The remaining rows are far apart. They are collected over all chunks, so that many of their cache misses overlap.
   advance_rows(reached_.data(), reached, t);
   for (std::size_t k = 0; k < reached; ++k) {
     const std::size_t row = reached_[k];

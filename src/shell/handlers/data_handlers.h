@@ -1,4 +1,4 @@
-// Handlers that most keywords are made of: a member of a record at a place, the size of a list there, the points of a
+// The handlers that most keywords use: for a member of a record at a place, the size of a list there, the points of a
 // series there, a count.
 #pragma once
 
@@ -65,7 +65,7 @@ struct at_place<Place, std::index_sequence<I...>> {
     }
   }
 
-  // A point without a date would come before or after all others and distort the series, so it is left unchanged.
+  // A point without a date would be before or after all others and distort the series, so the old point is kept.
   static bool is_a_moment(const shell_interface& shell, float days) {
     if (std::isfinite(days)) return true;
     shell.warn("days are not a number");
@@ -114,8 +114,8 @@ inline constexpr bool marks_use = true;
 template <class Place, auto Member, bool MarksUse = false>
 inline constexpr typed_handler member = handler_of<&detail::at_place<Place>::template member<Member, MarksUse>>;
 
-// The size of a list. A PUT appends new records or erases the last ones. With `marks_use` it switches the record that
-// holds the list on, or off when the list gets empty.
+// The size of a list. A PUT appends new records or erases the last ones. With `marks_use` it also switches the record
+// with the list on, or off if the list becomes empty.
 template <class Place, auto List, bool MarksUse = false>
 inline constexpr typed_handler list_size = handler_of<&detail::at_place<Place>::template size<List, MarksUse>>;
 
@@ -123,11 +123,11 @@ inline constexpr typed_handler list_size = handler_of<&detail::at_place<Place>::
 template <class Place>
 inline constexpr typed_handler point_count = list_size<Place, &stored_series::points>;
 
-// One point of it: its number, its moment in days since the model's start, its value.
+// One of its points: its number, its time in days since the model's start, its value.
 template <class Place, bool MarksUse = false>
 inline constexpr typed_handler point = handler_of<&detail::at_place<Place>::template point<MarksUse>>;
 
-// All its points: an array of days and an array of values, as long as the series.
+// All its points: an array of days and an array of values, each as long as the series.
 template <class Place>
 inline constexpr typed_handler all_points = handler_of<&detail::at_place<Place>::all_points>;
 
@@ -137,7 +137,7 @@ inline constexpr typed_handler count_of = handler_of<&detail::count_all<List>>;
 template <auto List, auto Flag>
 inline constexpr typed_handler count_where = handler_of<&detail::count_flagged<List, Flag>>;
 
-// Notes an array of the engine's for the bulk service. PUT only.
+// Registers an array of the engine with the bulk service. PUT only.
 template <auto Array>
 inline constexpr typed_handler registered = handler_of<&detail::register_array<Array>>;
 

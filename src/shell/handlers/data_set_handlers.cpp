@@ -59,7 +59,7 @@ void number_of_segments(shell_interface& shell, std::int32_t& numseg) {
   if (shell.is_get) {
     numseg = static_cast<std::int32_t>(data.segments.size());
   } else if (const auto count = shell.list_size(numseg, 0)) {
-    data.apply_thread_defaults(); // whichever thread the engine calls from
+    data.apply_thread_defaults(); // on whatever thread the engine calls
     data.resize_segments(*count);
   }
 }
@@ -108,7 +108,7 @@ void seg_param_value(shell_interface& shell, std::int32_t& segment_index, std::i
   segments.edit(at->segment).parameters.set(at->item, record);
 }
 
-// The engine knows bypassed or not; the data set has a third state between.
+// The engine distinguishes only bypassed or not; the data set has a third state in between.
 void global_system_bypass(shell_interface& shell, std::int32_t& system_index, std::int32_t& gsysbypass) {
   if (shell.is_get) {
     if (const auto* system = place::nth_system::find<false>(shell, system_index))
@@ -151,7 +151,7 @@ void project_file(shell_interface& shell, std::int32_t& index, char* filename) {
   if (const auto i = shell.position(index, files.size(), 0)) to_argument(shell, files[*i], filename);
 }
 
-// The data set for another model is made beside the old one, which stays when the catalogue fails.
+// The data set for the new model is made separately; if the catalogue fails the old one is kept.
 void model_type(shell_interface& shell, std::int32_t& model_type) {
   auto& data = shell.data_set();
   if (shell.is_get) return to_argument(shell, data.model_type, model_type);

@@ -6,15 +6,15 @@ namespace vesk::handlers {
 
 namespace {
 
-// A date and a time that the data set holds as two numbers.
+// A date and a time stored in the data set as two numbers.
 struct date_and_time {
   double& date;
   double& time;
 
   moment_type moment() const { return moment_type::from_date_time(date + time); }
 
-  // Where the time rounds up to midnight, or lies outside its day, the engine reads another date than the one that is
-  // stored. Before one of the two is replaced both become what the engine reads.
+  // If the time rounds up to midnight, or is outside its day, the engine reads a date other than the stored one. Before
+  // either number is changed, both are set to what the engine reads.
   void settle() const {
     const moment_type now = moment();
     const double date_read = static_cast<double>(now.date) - date_time_origin;

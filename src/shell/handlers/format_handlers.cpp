@@ -9,7 +9,7 @@ namespace vesk::handlers {
 
 namespace {
 
-// A format that does not suit the values gives an empty text and a warning.
+// If the format does not match the values, the result is an empty text, and a warning is logged.
 void print(const shell_interface& shell, char* output, const char* format, std::initializer_list<format_value> values) {
   const auto text = format_values(format, {values.begin(), values.size()});
   if (!text) shell.warn(std::string("the format \"") + format + "\" does not suit its values");

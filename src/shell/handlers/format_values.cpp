@@ -10,7 +10,7 @@ namespace {
 constexpr std::size_t largest_field = 255;
 constexpr std::string_view digits = "0123456789";
 
-// Takes what is made of `characters` off the front of `text`.
+// Removes the longest prefix of `text` that consists of `characters`, and returns it.
 std::string_view take(std::string_view& text, std::string_view characters) {
   const std::size_t end = std::min(text.find_first_not_of(characters), text.size());
   const std::string_view taken = text.substr(0, end);
@@ -22,7 +22,8 @@ bool fits(std::string_view field) {
   return field.size() <= 3 && (field.empty() || std::stoul(std::string(field)) <= largest_field);
 }
 
-// The conversion at the front of `rest`, after its percent sign, without length modifier; empty when it is none.
+// The conversion at the start of `rest`, after its percent sign, without length modifier; empty if it is not a
+// conversion.
 std::string take_specification(std::string_view& rest) {
   std::string result = "%";
   result += take(rest, "-+ #0").substr(0, 5);
@@ -41,7 +42,7 @@ std::string take_specification(std::string_view& rest) {
   return result;
 }
 
-// Appends `value` by `specification`, which ends in its conversion; false when the two do not suit each other.
+// Appends `value` formatted by `specification`, which ends in its conversion; false if they do not match.
 bool append(std::string& text, const std::string& specification, const format_value& value) {
   const bool integer = std::holds_alternative<std::int32_t>(value);
   if (std::string_view(integer ? "diuxXoc" : "eEfFgGaA").find(specification.back()) == std::string_view::npos)

@@ -9,7 +9,7 @@ namespace vesk::handlers {
 
 namespace {
 
-// The text in a slot of `width` bytes, which need not hold a terminator. Slots of none may be nowhere.
+// The text in a slot of `width` bytes, which need not be terminated. If `width` is 0 the slot is not read.
 std::string label_text(const char* slot, std::size_t width) {
   if (width == 0) return {};
   return {slot, strnlen(slot, width)};

@@ -1,8 +1,8 @@
-// Where keywords find what they read and write.
+// How keywords find the records that they read and write.
 //
-// A place turns a keyword's leading indices into one record of the data set: `find<false>` for reading, which leaves
-// shared memory shared, and `find<true>` for changing. Null: there is no such record, and a line is in the log. A
-// pointer holds until the data set is next copied or changed.
+// A place turns a keyword's leading indices into one record of the data set: `find<false>` for reading, which keeps
+// shared memory shared, and `find<true>` for changing. Null if there is no such record; a line is then in the log. A
+// pointer is valid until the data set is next copied or changed.
 #pragma once
 
 #include "shell/shell_interface.h"
@@ -17,14 +17,14 @@ auto* item(List& list, std::size_t i) {
     return &list[i];
 }
 
-// Item `number` in the engine's counting, which is the keyword's argument number `argument`.
+// Item `number`, as counted by the engine, passed in the keyword's argument number `argument`.
 template <bool Edit, class List>
 auto item_at(const shell_interface& shell, List& list, std::int32_t number, std::size_t argument) {
   const auto i = shell.position(number, list.size(), argument);
   return i ? item<Edit>(list, *i) : nullptr;
 }
 
-// Item that a lookup has answered.
+// The item found by a lookup.
 template <bool Edit, class List>
 auto item_found(List& list, std::optional<std::size_t> i) {
   return i ? item<Edit>(list, *i) : nullptr;
@@ -57,7 +57,7 @@ struct segment {
   }
 };
 
-// By its own number; a wrong one falls on the first system.
+// By its own number; a wrong number gives the first system.
 struct nth_system {
   static constexpr std::size_t indices = 1;
   template <bool Edit>
@@ -79,7 +79,7 @@ struct record_of_system {
 using boundary_of_system = record_of_system<&system_data_type::boundaries>;
 using load_of_system = record_of_system<&system_data_type::loads>;
 
-// Switched-on items by position for a GET, any item by ISC number for a PUT.
+// By position among the items switched on for a GET, by ISC number among all items for a PUT.
 template <auto List, auto ByPosition, auto ByIsc>
 struct catalogue_item {
   static constexpr std::size_t indices = 1;

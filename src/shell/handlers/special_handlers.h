@@ -1,4 +1,4 @@
-// Handlers of keywords that go their own way. Arguments are named as in the table.
+// Handlers for keywords with special behaviour. Arguments are named as in the table.
 #pragma once
 
 #include "shell/shell_interface.h"
@@ -10,7 +10,7 @@ void mass_balance_system(shell_interface& shell, std::int32_t& jmass); // PUT co
 void hydrodynamic_file(shell_interface& shell, char* hydrofile);
 void number_of_constants(shell_interface& shell, std::int32_t& numconst);
 void number_of_segments(shell_interface& shell, std::int32_t& numseg);
-void number_of_exchange_fields(shell_interface& shell, std::int32_t& nrfld); // GET: those that are on
+void number_of_exchange_fields(shell_interface& shell, std::int32_t& nrfld); // GET: those switched on
 void number_of_flow_fields(shell_interface& shell, std::int32_t& nfield);    // GET: all
 void constant_group_description(shell_interface& shell, std::int32_t& constant_index, char* description);
 void num_segment_parameters(shell_interface& shell, std::int32_t& segment_index, std::int32_t& nopam);
@@ -23,7 +23,7 @@ void initial_concentration(shell_interface& shell, std::int32_t& system_index, s
 void fraction_dissolved(shell_interface& shell, std::int32_t& system_index, std::int32_t& segment_index, float& fdiss);
 void find_boundaries(shell_interface& shell);
 void csv_output_file_name(shell_interface& shell, std::int32_t& number,
-                          char* csv_file_name); // GET by place, PUT by ISC
+                          char* csv_file_name); // GET by position, PUT by ISC number
 void project_file(shell_interface& shell, std::int32_t& index, char* filename);
 void model_type(shell_interface& shell, std::int32_t& model_type);
 
@@ -44,7 +44,7 @@ void icon_status_information(shell_interface& shell, std::int32_t& icon_index, c
 void clear_status_information(shell_interface& shell);
 void status_progress(shell_interface& shell, std::int32_t& percent);
 void indicate_status(shell_interface& shell, char* description, std::int32_t& status);
-// More than any window shows; wild numbers would have us read far beyond the engine's labels.
+// More than any window shows; garbage numbers would make us read far beyond the engine's labels.
 inline constexpr std::int32_t most_grid_columns = 100'000, widest_label = 4096;
 void initialize_grid(shell_interface& shell, char* column_labels, std::int32_t& label_string_size,
                      std::int32_t& num_columns, std::int32_t& num_rows);

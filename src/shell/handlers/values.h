@@ -1,11 +1,11 @@
-// How a member of a record becomes an argument and back.
+// Converts between members of records and arguments.
 //
-//   double           REAL: narrowed on the way out, widened on the way in
+// double           REAL: narrowed for a GET, widened for a PUT
 //   bool             INTEGER: 0 or 1; any value but 0 is true
-//   std::uint32_t    INTEGER: as it is
-//   std::int32_t     INTEGER: a segment's position, which the engine counts from index_base
+// std::uint32_t    INTEGER: unchanged
+// std::int32_t     INTEGER: a segment's position, which the engine counts from index_base
 //   texts            STRING: whole, with the terminator. Names have at most 255 bytes by their type. A file name longer
-//                    than engines have room for throws, which fails the job: writing it would overrun their buffer
+//                    than engines have room for throws, so the job fails: it would overrun their buffer
 #pragma once
 
 #include "shell/shell_interface.h"
@@ -16,7 +16,7 @@
 
 namespace vesk {
 
-// Bytes without the terminator, as sdk/vesk_engine.h promises them to engines.
+// Bytes without the terminator, as promised to engines in sdk/vesk_engine.h.
 inline constexpr std::size_t longest_file_name = 4095, longest_name = 255;
 static_assert(short_text::max_size == longest_name);
 
@@ -92,7 +92,7 @@ struct value_of_member<Value Class::*> {
 };
 } // namespace detail
 
-// How the member that `Member` points to travels.
+// How the member that `Member` points to is passed.
 template <auto Member>
 using argument_of = typename detail::argument_of_value<typename detail::value_of_member<decltype(Member)>::type>::type;
 

@@ -7,8 +7,8 @@
 
 namespace vesk {
 
-// Writes the table of a separate shell to `file`. False when the file cannot be opened. Throws file_exception when it
-// cannot be written; an old file is then as it was.
+// Writes the keyword table to `file`. False if the file cannot be opened. Throws file_exception if it cannot be
+// written; an old file is then unchanged.
 bool write_dictionary_file(const std::filesystem::path& file);
 
 } // namespace vesk

@@ -1,8 +1,8 @@
-// Finds a keyword's position by a perfect hash that is worked out when the program starts.
+// Finds a keyword's position with a perfect hash computed at program start.
 //
-// A keyword has at most 16 bytes, so two words hold it, padded with zeros. One multiplication picks the only position
-// that the keyword may have; whoever asks compares the two words with the keyword there. An unknown name is so turned
-// away as fast as a known one is found.
+// A keyword has at most 16 bytes, so it fits in two words, padded with zeros. One multiplication gives the only
+// position that the keyword can have; the caller compares the two words with the keyword at that position. So an
+// unknown name is rejected as fast as a known one is found.
 #pragma once
 
 #include <array>
@@ -19,13 +19,13 @@ struct padded_keyword {
 
   static constexpr std::size_t max_size = 16;
 
-  // What its position is worked out from.
+  // The input of the hash.
   constexpr std::uint64_t folded() const { return low ^ high; }
 
   friend constexpr bool operator==(const padded_keyword&, const padded_keyword&) = default;
 };
 
-// A text longer than 16 bytes gives the empty keyword, which no table holds.
+// A text longer than 16 bytes gives the empty keyword, which is in no table.
 constexpr padded_keyword pad(std::string_view text) {
   padded_keyword result;
   if (text.size() > padded_keyword::max_size) return result;
@@ -39,17 +39,17 @@ constexpr padded_keyword pad(std::string_view text) {
 template <std::size_t Count>
 class keyword_index {
   static_assert(Count < 255);
-  static constexpr int slot_bits = 11; // some hundred tries find a multiplier without collisions for 157 keywords
+  static constexpr int slot_bits = 11; // a few hundred tries find a multiplier without collisions for 157 keywords
 
 public:
-  // `names`: the keywords, all different, none empty; what is found is the position in it.
+  // `names`: the keywords, all different, none empty. Results are positions in it.
   constexpr explicit keyword_index(const std::array<std::string_view, Count>& names) {
     std::uint64_t seed = 0;
     do multiplier_ = scramble(seed += 0x9e3779b97f4a7c15) | 1;
     while (!fill(names));
   }
 
-  // The position where the keyword stands if it stands anywhere.
+  // The position of the keyword if it is in the table at all.
   std::size_t candidate(std::uint64_t folded) const { return positions_[slot(folded)]; }
 
 private:
@@ -63,8 +63,8 @@ private:
     return static_cast<std::size_t>((folded * multiplier_) >> (64 - slot_bits));
   }
 
-  // Gives each keyword its slot; false when two of them want the same one. Free slots lead to the first keyword, which
-  // has a slot of its own, so that none of them can confirm it.
+  // Gives each keyword its slot; false if two need the same one. Free slots lead to the first keyword, which has its
+  // own slot, so a name that hashes to a free slot never matches.
   constexpr bool fill(const std::array<std::string_view, Count>& names) {
     positions_.fill(0);
     std::array<bool, std::size_t{1} << slot_bits> taken{};

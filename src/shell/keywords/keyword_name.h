@@ -1,12 +1,12 @@
-// Reads the keyword out of a call's name.
+// Reads the keyword in the name of a call.
 #pragma once
 
 #include "shell/keywords/keyword_index.h"
 
 namespace vesk {
 
-// The keyword at `text`, which is NUL-terminated; a longer text than any keyword gives the empty keyword. Reads nothing
-// after the terminator. The loops are unrolled because half of a call's time is spent here: it halves that.
+// The keyword at `text`, which is NUL-terminated; a text longer than any keyword gives the empty keyword. Reads nothing
+// after the terminator. The loops are unrolled: a call spent half of its time here, and this halved it.
 inline padded_keyword load_keyword(const char* text) {
   padded_keyword result;
 #pragma GCC unroll 8

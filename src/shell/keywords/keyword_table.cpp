@@ -29,7 +29,7 @@ std::array<keyword_row, keyword_count> all_rows() {
   std::sort(result.begin(), result.end(), [](const auto& a, const auto& b) { return a.keyword < b.keyword; });
   const auto twice = std::adjacent_find(result.begin(), result.end(),
                                         [](const auto& a, const auto& b) { return a.keyword == b.keyword; });
-  // keyword_index would search endlessly.
+  // Otherwise keyword_index would search forever.
   if (twice != result.end()) throw std::logic_error("keyword " + std::string(twice->keyword) + " occurs twice");
   return result;
 }
@@ -42,7 +42,7 @@ std::array<std::string_view, keyword_count> names(const std::array<keyword_row, 
 
 } // namespace
 
-// Put together when the program starts, in 0.1 ms: the rows are constants of other sources.
+// Assembled at program start, in 0.1 ms, from rows that are constants in other sources.
 const std::array<keyword_row, keyword_count> keyword_table = all_rows();
 const keyword_index<keyword_count> keyword_positions{names(keyword_table)};
 

@@ -1,4 +1,4 @@
-// The rows of the keyword table, one source for each subject.
+// The rows of the keyword table, one source per subject.
 #pragma once
 
 #include "shell/keywords/function_description.h"
@@ -19,8 +19,8 @@ extern const keyword_rows<22> rows_fields;
 extern const keyword_rows<29> rows_job;
 extern const keyword_rows<24> rows_outputs;
 
-// For a static_assert after the rows: names of 1 to 16 capital letters, a handler for the arguments that the row names,
-// a warning for the mode that is not served (only IMPORT is silent), a PUT where series may change.
+// For a static_assert after the rows: names of 1 to 16 capital letters, a handler that matches the arguments of the
+// row, a warning for the mode that is not served (only IMPORT is silent), a PUT if series may change.
 constexpr bool well_formed(const keyword_row& row) {
   const std::size_t size = row.keyword.size();
   if (size == 0 || size > padded_keyword::max_size) return false;

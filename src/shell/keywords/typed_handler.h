@@ -1,5 +1,5 @@
-// Makes a keyword's handler out of a C++ function with typed arguments, and keeps the types for checking them against
-// the table.
+// Makes a keyword handler from a C++ function with typed arguments, and keeps the types so that they can be checked
+// against the table.
 #pragma once
 
 #include "shell/keywords/function_description.h"
@@ -11,7 +11,7 @@ namespace vesk {
 
 namespace detail {
 
-// What an argument word becomes: `std::int32_t&`, `float&`, `float*` (an array) or `char*`.
+// The type of an argument word: `std::int32_t&`, `float&`, `float*` (an array) or `char*`.
 template <class Argument>
 Argument argument_cast(void* word) {
   if constexpr (std::is_reference_v<Argument>)

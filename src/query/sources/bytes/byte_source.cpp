@@ -69,7 +69,7 @@ private:
 
 std::string byte_source::text(std::uint64_t offset, std::size_t size) const {
   stop_if_cancelled();
-  check(offset, size); // before memory is taken
+  check(offset, size); // before memory is allocated
   std::string result(size, '\0');
   fetch(offset, result.data(), size);
   return result;
@@ -113,7 +113,7 @@ std::unique_ptr<byte_source> open_beside(const fs::path& table, std::initializer
     if (!found.empty()) break;
   }
   if (found.empty()) return nullptr;
-  // Of names that differ in their case that of the table itself, if there is one.
+  // If several names differ only in case, prefers the one spelt like the table's.
   const auto same_name =
       std::find_if(found.begin(), found.end(), [&](const fs::path& file) { return file.stem() == table.stem(); });
   return open_bytes(same_name != found.end() ? *same_name : *std::min_element(found.begin(), found.end()));
@@ -125,7 +125,7 @@ std::string_view byte_window::at(std::uint64_t offset, std::size_t size) {
   const bool goes_on = offset >= begin_ && offset - begin_ <= filled_;
   const std::size_t skipped = goes_on ? static_cast<std::size_t>(offset - begin_) : 0;
   if (goes_on && size <= filled_ - skipped) return {place_.get() + skipped, size};
-  // The part that is already here moves to the front; the rest is read after it.
+  // The part already in memory moves to the front; the rest is read after it.
   const std::size_t kept = goes_on ? filled_ - skipped : 0;
   const std::size_t wanted = goes_on ? std::max(size, ahead_) : size;
   if (wanted > room_) {
@@ -137,7 +137,7 @@ std::string_view byte_window::at(std::uint64_t offset, std::size_t size) {
     std::memmove(place_.get(), place_.get() + skipped, kept);
   }
   begin_ = offset;
-  filled_ = 0; // should reading fail
+  filled_ = 0; // in case reading throws
   const auto more = static_cast<std::size_t>(std::min<std::uint64_t>(wanted, source_->size() - offset)) - kept;
   source_->read(offset + kept, place_.get() + kept, more);
   filled_ = kept + more;

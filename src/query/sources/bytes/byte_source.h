@@ -1,5 +1,5 @@
-// The bytes that a source reads: of a file, of memory, or of a stream inside a file. They are read where and when they
-// are needed, so that a large file takes no more memory than a small one.
+// The bytes of a file, of memory, or of a stream inside a file. They are read only when needed, so that a large file
+// takes no more memory than a small one.
 #pragma once
 
 #include "query/cancellation.h"
@@ -21,11 +21,11 @@ public:
   byte_source(const byte_source&) = delete;
   byte_source& operator=(const byte_source&) = delete;
 
-  const std::string& name() const { return name_; } // the file's, for messages
-  std::uint64_t size() const { return size_; }      // when it was opened
+  const std::string& name() const { return name_; } // the file name, for messages
+  std::uint64_t size() const { return size_; }      // when opened
 
-  // Reads bytes that are all there. Throws table_source_exception, also for a file that has become shorter meanwhile,
-  // and query_cancelled.
+  // Reads bytes, all of which must exist. Throws table_source_exception, also if the file has become shorter since it
+  // was opened, and query_cancelled.
   void read(std::uint64_t offset, char* to, std::size_t size) const {
     stop_if_cancelled();
     check(offset, size);
@@ -33,20 +33,20 @@ public:
   }
   std::string text(std::uint64_t offset, std::size_t size) const;
 
-  // The same for a memo. Each memo that a query asks for is in memory as a whole, so a longer one is refused.
+  // The same for a memo. Memos are kept in memory as a whole, so longer ones are refused.
   static constexpr std::size_t longest_memo = std::size_t{512} << 10;
   std::string memo(std::uint64_t offset, std::size_t size) const;
   void check_memo(std::size_t size) const; // throws table_source_exception
 
-  // Throws table_source_exception when bytes beyond the end are requested.
+  // Throws table_source_exception if the range goes beyond the end.
   void check(std::uint64_t offset, std::size_t size) const {
     if (offset > size_ || size > size_ - offset) fail_short(offset, size);
   }
 
-  // Where the bytes lie when they are in memory and may be looked at there; nullptr otherwise.
+  // The address of the bytes if they are in memory; otherwise nullptr.
   const char* in_memory() const { return in_memory_; }
 
-  // Closes the file until it is read again.
+  // Closes the file until the next read.
   virtual void let_go() {}
 
 protected:
@@ -65,26 +65,25 @@ private:
 // Throws table_source_exception.
 std::unique_ptr<byte_source> open_bytes(const std::filesystem::path& file);
 
-// Bytes of the caller's, which must outlive the result. `in_pieces`: as a file would be read, through windows.
+// Bytes of the caller, which must outlive the result. `in_pieces`: read through windows, like a file.
 std::unique_ptr<byte_source> bytes_in_memory(std::span<const std::byte> bytes, std::string name,
                                              bool in_pieces = false);
 
-// The file with the name of `table` and the first of these extensions that there is one with, in any case of letters;
-// null when there is none.
+// The file with the name of `table` and the first of these extensions for which a file exists, ignoring case; null if
+// there is none.
 // Throws table_source_exception.
 std::unique_ptr<byte_source> open_beside(const std::filesystem::path& table,
                                          std::initializer_list<const char*> extensions);
 
-// A part of the bytes at a time. What is asked for in order is read ahead by a whole window, a jump reads no more than
-// is asked for.
+// A window on the bytes. Sequential reads fetch a whole window ahead; after a jump only the requested bytes are read.
 class byte_window {
 public:
   static constexpr std::size_t usual_size = std::size_t{64} << 10;
 
-  // `source` must outlive this.
+  // `source` must outlive this object.
   explicit byte_window(const byte_source& source, std::size_t size = usual_size) : source_(&source), ahead_(size) {}
 
-  // Bytes that are all there; they live until the next call. Throws table_source_exception.
+  // The bytes, all of which must exist; valid until the next call. Throws table_source_exception.
   std::string_view at(std::uint64_t offset, std::size_t size);
 
   const byte_source& source() const { return *source_; }

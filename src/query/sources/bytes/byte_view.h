@@ -1,4 +1,4 @@
-// Numbers out of a file's bytes, each read checked against the end.
+// Reads numbers from a file's bytes; each read is checked against the end.
 #pragma once
 
 #include "platform/counted.h"
@@ -15,13 +15,13 @@ namespace vesk {
 class byte_view {
 public:
   byte_view() = default;
-  // `name` is the file's, for messages; it must live as long as the view.
+  // `name` is the file's, for messages; it must outlive the view.
   byte_view(std::span<const std::byte> bytes, const std::string& name) : bytes_(bytes), name_(&name) {}
 
   std::size_t size() const { return bytes_.size(); }
   const char* data() const { return reinterpret_cast<const char*>(bytes_.data()); }
 
-  // The little-endian number at `offset`. Throws table_source_exception when the file ends before.
+  // The little-endian number at `offset`. Throws table_source_exception if the file ends before it.
   template <class T>
   T number(std::size_t offset) const {
     return little_endian<T>(text(offset, sizeof(T)).data());

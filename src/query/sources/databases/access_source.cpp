@@ -53,7 +53,7 @@ private:
   fs::path path_;
 };
 
-// A database consists of whole pages; the library may loop on one that has been cut.
+// A database consists of whole pages; on a truncated one the library may loop forever.
 void access_source::check_size() const {
   std::error_code error;
   const std::uintmax_t size = fs::file_size(path_, error);
@@ -71,7 +71,7 @@ file_descriptor access_source::open_database() const {
   }
 }
 
-// Runs the helper on the open file and hands on its messages.
+// Runs the helper on the open file and processes its messages.
 void access_source::ask(const std::vector<std::string>& arguments, const std::string& table,
                         const receiver& receive) const {
   std::string buffer, failure;
@@ -135,7 +135,7 @@ std::uint32_t access_source::add_rows(std::string_view content, std::size_t fiel
       case mdb::value::number:
       case mdb::value::date_time: {
         const double stored = number(double{});
-        if (!std::isfinite(stored)) fail_answer(tables_[table]); // the helper has nulls in their place
+        if (!std::isfinite(stored)) fail_answer(tables_[table]); // the helper sends nulls instead
         v = kind == mdb::value::number ? table_value::of_number(stored)
                                        : table_value::of_date_time(to_milliseconds(stored));
         break;

@@ -31,11 +31,11 @@ dbf_memo::dbf_memo(const byte_source& bytes, dbf_memo_kind kind) : bytes_(bytes)
 
 std::string dbf_memo::text(std::uint64_t block) const {
   if (block == 0) return {};
-  if (block > bytes_.size()) block = bytes_.size(); // beyond the end in any case, and without overflow
+  if (block > bytes_.size()) block = bytes_.size(); // beyond the end in any case, and avoids overflow
   const std::uint64_t offset = block * block_size_;
   if (kind_ == dbf_memo_kind::foxpro) return bytes_.memo(offset + 8, big_endian(number<std::uint32_t>(offset + 4)));
   if (kind_ == dbf_memo_kind::dbase_4 && number<std::uint32_t>(offset) == 0x0008ffff) {
-    const auto size = number<std::uint32_t>(offset + 4); // its own 8 bytes count too
+    const auto size = number<std::uint32_t>(offset + 4); // includes its own 8 bytes
     return bytes_.memo(offset + 8, size < 8 ? 0 : size - 8);
   }
   std::string content;

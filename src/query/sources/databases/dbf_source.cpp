@@ -22,7 +22,7 @@ namespace fs = std::filesystem;
 constexpr unsigned utf_8 = 65001;
 constexpr std::int32_t julian_origin = 2415019; // the Julian day number of 30 December 1899
 
-// The code page of the language byte in the header; 1252 for none and for those that are not listed.
+// The code page for the language byte in the header; 1252 if it is 0 or not listed.
 unsigned code_page_number(std::uint8_t language) {
   struct row {
     std::uint8_t language;
@@ -43,8 +43,7 @@ unsigned code_page_number(std::uint8_t language) {
   return 1252;
 }
 
-// The code page of a name in a file .cpg, such as "UTF-8", "1252", "ANSI 1252" or "ISO 8859-15"; 0 for one that is not
-// understood.
+// The code page named in a .cpg file, such as "UTF-8", "1252", "ANSI 1252" or "ISO 8859-15"; 0 if unknown.
 unsigned code_page_number(std::string_view name) {
   std::string letters;
   unsigned number = 0;
@@ -66,7 +65,7 @@ unsigned code_page_number(std::string_view name) {
   return number;
 }
 
-// Without a character of UTF-8 that the end of its field has cut.
+// Removes a UTF-8 character that was cut at the end of its field.
 std::string_view without_cut_character(std::string_view text) {
   for (std::size_t back = 1; back <= std::min<std::size_t>(3, text.size()); ++back) {
     const auto byte = static_cast<unsigned char>(text[text.size() - back]);
@@ -88,7 +87,7 @@ std::string_view trimmed(std::string_view text) {
   return text;
 }
 
-// What programs write where a number is missing: "****" for one too long, "nan", "1.#IND" and the like.
+// Texts that programs write for a missing number: "****" for one too long, "nan", "1.#IND" and the like.
 bool means_no_number(std::string_view text) {
   return text.front() == '*' || text == "-" || text == "." || text == "?" || text.find_first_of("nN#") != text.npos;
 }
@@ -99,7 +98,7 @@ struct dbf_field {
   std::size_t offset;    // in the record
   std::size_t size;      // in bytes
   bool foxpro_binary;    // a memo's block is a binary number, not digits
-  // Bits in the null flags of Visual FoxPro, -1 for none: the field is null; the text is shorter than its field.
+  // Bit numbers in the null flags of Visual FoxPro, -1 for none: the field is null; the text is shorter than its field.
   std::int32_t null_bit, length_bit;
 };
 
@@ -193,7 +192,7 @@ void dbf_source::read_fields(const byte_view& header) {
                     .foxpro_binary = false,
                     .null_bit = -1,
                     .length_bit = -1};
-    if (field.code == 'C' && !is_level_7()) { // long texts keep the upper byte of their size as decimals
+    if (field.code == 'C' && !is_level_7()) { // long texts store the upper byte of their size as decimals
       field.size |= static_cast<std::size_t>(field.decimals) << 8;
       field.decimals = 0;
     }
@@ -224,7 +223,7 @@ void dbf_source::add_field(const dbf_field& layout, std::string name) {
     char code;
     std::size_t size;
   };
-  // Level 7 has a double under 'O' and under 'B' the block of a binary memo, which is the double of Visual FoxPro.
+  // Level 7 uses 'O' for a double, and 'B' for the block of a binary memo; in Visual FoxPro 'B' is a double.
   static constexpr fixed_size sizes[] = {{'I', 4}, {'Y', 8}, {'T', 8}, {'@', 8}, {'+', 4}, {'O', 8}, {'D', 8}};
   for (const fixed_size& f : sizes)
     if (layout.code == f.code && layout.size != f.size)
@@ -288,14 +287,14 @@ private:
 
   const dbf_source& source_;
   byte_window window_;
-  std::vector<std::string> texts_; // of the present row, by field, where the file's bytes cannot serve
-  std::uint64_t read_ = 0;         // records that are in the window or were
+  std::vector<std::string> texts_; // of the current row, by field, for values that need conversion
+  std::uint64_t read_ = 0;         // records in the window or before it
   const char* next_ = nullptr;
   const char* end_ = nullptr;
   const char* record_ = nullptr;
 };
 
-// Whole records, as many as the window takes.
+// Reads whole records, as many as fit in the window.
 bool dbf_cursor::read_on() {
   const std::size_t size = source_.record_size_;
   const std::uint64_t count = std::min<std::uint64_t>(source_.record_count_ - read_, byte_window::usual_size / size);
@@ -332,10 +331,10 @@ table_value dbf_cursor::value(std::size_t field) {
     return table_value::of_date_time(
         to_milliseconds(date_time_number(day - double{julian_origin}, little_endian<std::int32_t>(bytes.data() + 4))));
   }
-  case '+': // big-endian with the sign bit turned
+  case '+': // big-endian with the sign bit inverted
     return table_value::of_integer(
         static_cast<std::int32_t>(__builtin_bswap32(little_endian<std::uint32_t>(bytes.data())) ^ 0x80000000U));
-  case 'O': { // big-endian; a positive number has the sign bit set, a negative one all bits turned
+  case 'O': { // big-endian; the sign bit of a positive number is set, all bits of a negative one are inverted
     const std::uint64_t bits = __builtin_bswap64(little_endian<std::uint64_t>(bytes.data()));
     if (bits == 0) return {};
     return table_value::of_number(std::bit_cast<double>(bits >> 63 ? bits & ~(std::uint64_t{1} << 63) : ~bits));

@@ -27,7 +27,8 @@ std::string blob_content(const byte_source& file, const paradox_blob& blob) {
   constexpr std::uint8_t entries = 64;
   if (type != shared_block || entry >= entries)
     throw table_source_exception(file.name(), "", "", "expected a memo at byte " + std::to_string(block) + ".");
-  // An entry has the place and the size of its blob in pieces of 16 bytes, and how many of the last piece are used.
+  // An entry has the position and the size of its blob in units of 16 bytes, and the number of bytes used in the last
+  // one.
   const std::uint8_t piece = byte_at(block + 12 + std::size_t{5} * entry);
   return file.memo(block + std::size_t{16} * piece, blob.size);
 }

@@ -42,7 +42,7 @@ enum class paradox_type : std::uint8_t {
 
 struct type_row {
   paradox_type code;
-  std::uint8_t size; // in the record; 0: given in the header
+  std::uint8_t size; // in the record; 0: stored in the header
   field_type type;
 };
 
@@ -132,7 +132,7 @@ void paradox_source::read_header(const byte_view& bytes) {
   if (encryption != 0) fail("the table is encrypted.");
 
   unsigned page = has_second_header() ? bytes.number<std::uint16_t>(0x6a) : 0;
-  if (page == 0) page = has_second_header() ? 1252 : 437; // of versions before 4
+  if (page == 0) page = has_second_header() ? 1252 : 437; // 437 for versions before 4
   code_page_ = code_page::find(page);
   if (!code_page_) fail("its text is in code page " + std::to_string(page) + ", which this system does not support.");
 }
@@ -140,8 +140,8 @@ void paradox_source::read_header(const byte_view& bytes) {
 void paradox_source::read_fields(const byte_view& bytes) {
   const std::size_t count = bytes.number<std::uint16_t>(0x21);
   if (count == 0 || count > 255) fail("the header claims " + std::to_string(count) + " fields.");
-  // Behind the types: a pointer to the table's name and one to each field's name, the table's name in a place of fixed
-  // size, the names with a zero after each.
+  // After the types: a pointer to the table name and one to each field name, the table name in a space of fixed size,
+  // then the field names, each terminated by a zero.
   const std::size_t table_name_size = version_ >= 12 ? 261 : 79;
   std::size_t name_at = fields_start_ + 2 * count + 4 + 4 * count + table_name_size;
   std::size_t offset = 0;
@@ -194,14 +194,14 @@ private:
 
   const paradox_source& source_;
   byte_window window_;
-  std::vector<std::string> texts_; // of the present row, by field, where the file's bytes cannot serve
+  std::vector<std::string> texts_; // of the current row, by field, for values that need conversion
   std::size_t next_block_, blocks_ = 0, read_ = 0;
   const char* next_ = nullptr;
   const char* end_ = nullptr;
   const char* record_ = nullptr;
 };
 
-// A block begins with the number of the next one, that of the one before, and the offset of its last record.
+// A block begins with the number of the next block, that of the previous one, and the offset of its last record.
 bool paradox_cursor::to_next_block() {
   const std::uint64_t file_size = source_.table_->size();
   const std::uint64_t in_file = (file_size - source_.header_size_ + source_.block_size_ - 1) / source_.block_size_;
@@ -233,7 +233,7 @@ bool paradox_cursor::to_next_block() {
   return true;
 }
 
-// Big-endian, with the sign bit turned so that bytes sort like numbers.
+// Big-endian, with the sign bit inverted so that bytes sort like numbers.
 template <class Unsigned>
 auto integer_of(const char* bytes) {
   Unsigned raw = 0;
@@ -243,7 +243,7 @@ auto integer_of(const char* bytes) {
   return static_cast<std::make_signed_t<Unsigned>>(static_cast<Unsigned>(raw ^ sign));
 }
 
-// The same for doubles: a positive one has its sign bit turned, a negative one all bits.
+// The same for doubles: of a positive one the sign bit is inverted, of a negative one all bits.
 double double_of(const char* bytes) {
   const std::uint64_t raw = __builtin_bswap64(little_endian<std::uint64_t>(bytes));
   constexpr std::uint64_t sign = std::uint64_t{1} << 63;
@@ -254,8 +254,8 @@ bool is_all_zero(std::string_view bytes) {
   return std::all_of(bytes.begin(), bytes.end(), [](char c) { return c == 0; });
 }
 
-// 17 bytes: the sign in the upmost bit and the number of decimals in the lowest six, then 32 digits of four bits, which
-// a negative number has turned. Writers that start from a double leave no digits beyond its precision.
+// 17 bytes: the sign in the highest bit and the number of decimals in the lowest six, then 32 digits of four bits,
+// inverted in a negative number. Writers that convert from a double store no digits beyond its precision.
 table_value bcd_value(std::string_view bytes) {
   constexpr std::size_t digits = 32;
   const auto first = static_cast<std::uint8_t>(bytes[0]);
@@ -316,7 +316,7 @@ table_value paradox_cursor::text(std::size_t field, std::string_view bytes) {
   return table_value::of_text(texts_[field]);
 }
 
-// The beginning of a memo is in the record itself; a longer memo is also in the memo file as a whole.
+// The record itself contains the beginning of a memo; a longer memo is also stored, whole, in the memo file.
 table_value paradox_cursor::memo(std::size_t field, std::string_view bytes) {
   if (bytes.size() < paradox_blob::reference_size) return {};
   const paradox_blob blob = paradox_blob::of(bytes);

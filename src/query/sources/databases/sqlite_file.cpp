@@ -31,10 +31,10 @@ std::uintmax_t size_of(const std::string& file) {
   return missing ? 0 : size;
 }
 
-// How a database is opened that has a write-ahead log. The library makes the log, X-wal, and its index, X-shm, where
-// they are missing, which fails in a folder without write permission and leaves both in any other.
+// Ways to open a database that has a write-ahead log. The library creates a missing log, X-wal, or index, X-shm: this
+// fails in a folder without write permission, and leaves both files behind in any other.
 enum class way {
-  shared,      // with the index that is there: another program may be writing
+  shared,      // with the existing index: another program may be writing
   private_log, // a log without an index, as a crash or a copy leaves it
   file_alone   // no log, or an empty one: the file is the whole database
 };
@@ -83,7 +83,7 @@ std::uint32_t big_endian(const byte_view& header, std::size_t offset) {
   return __builtin_bswap32(header.number<std::uint32_t>(offset));
 }
 
-// The library takes the last page for a whole one and fills what is missing with zeros.
+// The library assumes that the last page is complete and fills the missing part with zeros.
 void check_size(const std::string& file, std::string_view header) {
   const byte_view fields(std::as_bytes(std::span(header)), file);
   std::uintmax_t page_size = __builtin_bswap16(fields.number<std::uint16_t>(16));
@@ -107,15 +107,15 @@ void close_sqlite::operator()(sqlite3* database) const {
 
 sqlite_handle open_sqlite_file(const std::string& file) {
   constexpr int longest_wait = 2000;          // milliseconds
-  constexpr int longest_value = 16 << 20;     // bytes; a view can make values of a gigabyte
-  const std::string header = header_of(file); // the way to open it stays the same while a program writes to it
+  constexpr int longest_value = 16 << 20;     // bytes; a view can compute values of a gigabyte
+  const std::string header = header_of(file); // a program that writes to it does not change how to open it
   sqlite_handle database = open_by(way_to_open(file, header), file);
   sqlite3_busy_timeout(database.get(), longest_wait);
   let_cancel(database.get());
   sqlite3_limit(database.get(), SQLITE_LIMIT_LENGTH, longest_value);
   sqlite3_db_config(database.get(), SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
   sqlite3_db_config(database.get(), SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
-  // KiB: tables are read once, in order. The transaction begins with the first read.
+  // Cache size in KiB; small, since tables are read once, in order. The transaction begins with the first read.
   const char* const begin = "PRAGMA cache_size = -256; BEGIN; SELECT 1 FROM sqlite_schema";
   if (sqlite3_exec(database.get(), begin, nullptr, nullptr, nullptr) != SQLITE_OK) fail(database.get(), file);
   if (size_of(file + "-wal") == 0) check_size(file, header_of(file));

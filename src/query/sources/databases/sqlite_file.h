@@ -1,4 +1,4 @@
-// A SQLite file that is opened to be read and left as it was: nothing is written, not even beside it.
+// Opens a SQLite file for reading without writing anything, not even a file in its folder.
 #pragma once
 
 #include <memory>
@@ -13,9 +13,9 @@ struct close_sqlite {
 };
 using sqlite_handle = std::unique_ptr<sqlite3, close_sqlite>;
 
-// Opens the database and starts a read transaction, which lasts as long as the handle: all statements see the same
-// state of the file. Waits at most 2 seconds for another program's lock. Throws table_source_exception, also for a file
-// that is shorter than its header says.
+// Opens the database and begins a read transaction that lasts as long as the handle: all statements see the same state
+// of the file. Waits at most 2 seconds for another program's lock. Throws table_source_exception, also if the file is
+// shorter than its header states.
 sqlite_handle open_sqlite_file(const std::string& file);
 
 } // namespace vesk

@@ -10,7 +10,7 @@ namespace vesk {
 
 namespace {
 
-// The memory after each file of the system's VFS: its methods, with those of the index replaced.
+// Stored after each file structure of the system's VFS: its methods, with those for the index replaced.
 struct log_index {
   const sqlite3_io_methods* system = nullptr;
   sqlite3_io_methods methods = {};
@@ -50,7 +50,7 @@ int map_region(sqlite3_file* file, int number, int size, int extend, void volati
   return SQLITE_NOMEM;
 }
 
-// There is nobody to lock out.
+// No other program can have it open, so there is nothing to lock.
 int lock_region(sqlite3_file*, int, int, int) {
   return SQLITE_OK;
 }
@@ -79,7 +79,7 @@ int open_file(sqlite3_vfs*, const char* name, sqlite3_file* file, int flags, int
 const char* sqlite_private_log() {
   static constexpr const char* name = "vesk-private-log";
   static sqlite3_vfs vfs = [] {
-    sqlite3_vfs made = *system_vfs(); // its other functions do not look at the VFS that they are called with
+    sqlite3_vfs made = *system_vfs(); // its other functions ignore the VFS argument
     made.szOsFile = static_cast<int>(size_of_file() + sizeof(log_index));
     made.pNext = nullptr;
     made.zName = name;

@@ -23,10 +23,10 @@ std::string_view text_of(sqlite3_stmt* statement, int column) {
               : std::string_view();
 }
 
-// A column as the database has it. Its name need not be UTF-8.
+// A column as stored in the database. Its name may be invalid UTF-8.
 struct stored_column {
   std::string name;
-  bool keeps_texts; // numbers that are put into it become texts
+  bool keeps_texts; // numbers stored in it become texts
 };
 
 using statement_handle = std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt*)>;
@@ -77,11 +77,11 @@ private:
   sqlite_handle database_; // null while the file is closed
   std::map<std::size_t, std::vector<table_field>> fields_;
   std::map<std::size_t, std::vector<stored_column>> columns_; // of the same tables
-  std::vector<std::string> stored_names_;                     // of the tables
+  std::vector<std::string> stored_names_;                     // the tables' names in the database
 };
 
-// The type that a column is declared with: the first row whose word occurs in the declaration. What is not listed is
-// text to us, as it is to SQLite when it calls for no number.
+// The type for a column declaration: the first row whose word occurs in it. Other declarations mean text here; SQLite
+// also treats them as text unless they imply a number.
 field_type declared_type(std::string_view declaration) {
   struct row {
     std::string_view word;
@@ -100,7 +100,7 @@ field_type declared_type(std::string_view declaration) {
   return declaration.empty() ? field_type::unknown : field_type::string;
 }
 
-// Whether the database turns the numbers that are put into such a column into texts.
+// Whether the database converts numbers stored in such a column to texts.
 bool keeps_texts(std::string_view declaration) {
   const auto has = [&](std::string_view word) { return declaration.find(word) != declaration.npos; };
   return !has("INT") && (has("CHAR") || has("CLOB") || has("TEXT"));
@@ -137,7 +137,7 @@ const std::vector<table_field>& sqlite_source::fields(std::size_t table) {
   return fields_[table] = std::move(fields);
 }
 
-// A column that is declared as one of numbers may hold dates, too: so does a copy of one that is declared as a date.
+// A column declared with a number type may contain dates too, as does a copy of a column declared with a date type.
 field_type sqlite_source::sampled_type(const std::string& table, const std::string& column, field_type declared) {
   const auto sample = prepare("SELECT c FROM (SELECT t." + sql_quoted(column) + " AS c FROM " + sql_quoted(table) +
                                   " AS t LIMIT " + std::to_string(rows_sampled) + ") WHERE c IS NOT NULL",
@@ -177,7 +177,7 @@ public:
     const int column = static_cast<int>(field);
     const int stored = sqlite3_column_type(statement_.get(), column);
     if (stored == SQLITE_NULL || stored == SQLITE_BLOB || type == field_type::blob) return {};
-    if (is_date_or_time(type)) { // requested by each condition on it
+    if (is_date_or_time(type)) { // used by each condition on it
       if (dated_row_ != row_number() || dated_column_ != column) dated_ = date(type, stored, column);
       dated_row_ = row_number();
       dated_column_ = column;
@@ -217,43 +217,42 @@ private:
   const std::vector<table_field>& fields_;
   const std::string& table_;
   statement_handle statement_;
-  std::vector<std::string> texts_; // of the present row, by field, where the database's bytes cannot serve
-  // The date that was read last, and where.
+  std::vector<std::string> texts_; // of the current row, by field, for values that need conversion
+  // The date that was read last, and its position.
   table_value dated_;
   std::uint64_t dated_row_ = 0;
   int dated_column_ = 0;
 };
 
-// The day that a date-time number lies in; one far off if it is not a date.
+// The day of a date-time number; a very distant one if the number is not a date.
 std::chrono::year_month_day date_of_serial(double serial) {
   const double day = std::abs(serial) < 1e7 ? std::floor(serial) : -1e7;
   return std::chrono::sys_days(std::chrono::year(1899) / 12 / 30) + std::chrono::days(static_cast<int>(day));
 }
 
-// What the database itself can decide of a filter, so that it need not hand out the other rows: a term that holds for
-// every row that the filter lets pass. Empty when there is none.
+// The part of a filter that the database can evaluate, so that it does not return all rows: a term that is true for
+// every row that passes the filter. Empty if there is none.
 std::string prefilter(const row_filter& filter, const table_field& field, const stored_column& stored) {
   const std::string column = "t." + sql_quoted(stored.name);
   const bool at_least = filter.kind == row_filter::test::at_least;
   if (filter.kind == row_filter::test::equal_text) {
-    // A text that is no UTF-8 in the database is one here.
+    // Text that is not UTF-8 in the database was converted here.
     const bool stands_as_it_is = is_ascii(filter.text) && filter.text.find('\0') == filter.text.npos;
     if (field.type != field_type::string || !stands_as_it_is) return {};
     return (stored.keeps_texts ? column : "CAST(" + column + " AS TEXT)") + " = " + sql_quoted(filter.text, '\'') +
            (filter.ignore_case ? " COLLATE NOCASE" : " COLLATE BINARY");
   }
   if (field.type != field_type::date && field.type != field_type::date_time) return {};
-  // Texts that begin with a year can be compared by their letters: within a century none of a day and later sorts
-  // before that day in two-digit months and days, and none of a year and earlier sorts after the year. What moments
-  // other texts mean, and numbers, which come before all texts, is not decided here. A time of 24:00 is of the next
-  // day.
+  // Texts that begin with a year can be compared as texts: within a century, no text of a day or later sorts before
+  // that day in two-digit months and days, and no text of a year or earlier sorts after the year. Other texts, and
+  // numbers, which sort before all texts, are not filtered here. A time of 24:00 belongs to the next day.
   const auto day = date_of_serial(at_least ? std::ceil(filter.number - 1) : filter.number);
   const int year = static_cast<int>(day.year()) + !at_least;
   if (year < 1100 || year > 9999) return {};
   char bound[16];
   std::snprintf(bound, sizeof bound, "%04d-%02u-%02u", year, static_cast<unsigned>(day.month()) % 100,
                 static_cast<unsigned>(day.day()) % 100);
-  const std::string text = "+" + column + " COLLATE BINARY "; // as it is stored
+  const std::string text = "+" + column + " COLLATE BINARY "; // as stored
   const auto before = [&](int century) { return text + "< '" + std::to_string(century) + "0'"; };
   const auto behind = [&](int century) { return text + ">= '" + std::to_string(century) + ":'"; }; // ':' follows '9'
   const int century = year / 100;
@@ -266,11 +265,11 @@ std::unique_ptr<row_cursor> sqlite_source::rows(std::size_t table, std::vector<r
   const std::vector<table_field>& all = fields(table);
   std::string sql = "SELECT ";
   const std::vector<stored_column>& columns = columns_[table];
-  for (std::size_t i = 0; i < columns.size(); ++i) // a blob is not looked at; it may be large
+  for (std::size_t i = 0; i < columns.size(); ++i) // blobs, which may be large, are not read
     sql += (i ? ", " : "") + (all[i].type == field_type::blob ? "NULL" : "t." + sql_quoted(columns[i].name));
   sql += " FROM " + sql_quoted(stored_names_[table]) + " AS t";
   const char* link = " WHERE ";
-  std::vector<row_filter> left; // those that the database cannot test as a whole
+  std::vector<row_filter> left; // filters that the database cannot evaluate completely
   for (row_filter& filter : filters) {
     const std::string term = prefilter(filter, all[filter.field], columns[filter.field]);
     if (!term.empty()) {

@@ -22,8 +22,8 @@ bool is_code(std::string_view text) {
   return text.size() > 1 && text[0] == '0' && std::all_of(text.begin(), text.end(), is_digit);
 }
 
-// How many bytes a no-break space has at this end of a text: in UTF-8 two, or three for the narrow one, in Windows-1252
-// one. 0 for another character.
+// The size in bytes of a no-break space at this end of a text: two in UTF-8, or three for the narrow one; one in
+// Windows-1252. 0 if there is none.
 std::size_t no_break_space_at_front(std::string_view text) {
   if (text.starts_with("\xc2\xa0")) return 2;
   if (text.starts_with("\xe2\x80\xaf")) return 3;
@@ -32,18 +32,18 @@ std::size_t no_break_space_at_front(std::string_view text) {
 std::size_t no_break_space_at_back(std::string_view text) {
   if (text.ends_with("\xc2\xa0")) return 2;
   if (text.ends_with("\xe2\x80\xaf")) return 3;
-  const bool is_alone = text.size() < 2 || static_cast<unsigned char>(text[text.size() - 2]) < 0x80; // not that of "à"
+  const bool is_alone = text.size() < 2 || static_cast<unsigned char>(text[text.size() - 2]) < 0x80; // not part of "à"
   return text.ends_with('\xa0') && is_alone ? 1 : 0;
 }
 
-// Without the no-break spaces around it, with which programs line up numbers.
+// Removes no-break spaces at both ends, which some programs add to align numbers.
 std::string_view trimmed(std::string_view text) {
   while (const std::size_t size = no_break_space_at_front(text)) text.remove_prefix(size);
   while (const std::size_t size = no_break_space_at_back(text)) text.remove_suffix(size);
   return text;
 }
 
-// Of a text that has not the form of its column.
+// For a text that does not match the form of its column.
 table_value no_value(std::string_view text) {
   return marks_missing(text) ? table_value() : table_value::of_text(text);
 }
@@ -52,7 +52,7 @@ table_value no_value(std::string_view text) {
 
 bool marks_missing(std::string_view text) {
   constexpr std::string_view marks[] = {"na", "n/a", "nan", "null", "none", "-", "--", "---", "*", "?", "."};
-  // Errors of a spreadsheet, such as #DIV/0!, and marks in place of a lost number.
+  // Spreadsheet errors, such as #DIV/0!, and marks for a number that was too wide.
   if (text.front() == '#') return true;
   return text.size() <= 4 && std::any_of(std::begin(marks), std::end(marks),
                                          [&](std::string_view mark) { return equal_ignoring_case(mark, text); });
@@ -87,7 +87,7 @@ void column_votes::add(std::string_view text) {
   if (text.empty()) return;
   const char first = text.front(), last = text.back();
   const bool may_be_value = is_digit(first) || first == '-' || first == '+' || first == '.' || first == ',';
-  // A month that comes first is followed by a year or a time.
+  // A date that begins with a month ends in a year or a time.
   const bool may_be_month = !may_be_value && is_letter(first) && (is_digit(last) || (last | 0x20) == 'm');
   if ((may_be_value && (add_date(text) || add_number(text))) || (may_be_month && add_date(text))) {
     ++votes_;
@@ -99,7 +99,7 @@ void column_votes::add(std::string_view text) {
 
 bool column_votes::add_number(std::string_view text) {
   if (const auto number = read_number(text, false)) {
-    if (text.find(',') != text.npos) { // "1,234" may be both
+    if (text.find(',') != text.npos) { // "1,234" is ambiguous
       ++point_;
       comma_ += read_number(text, true).has_value();
     } else if (text.find_first_of(".eE") == text.npos) {
@@ -123,7 +123,7 @@ bool column_votes::add_date(std::string_view text) {
     with_time_[static_cast<std::size_t>(form)] += date->has_time;
     return true;
   };
-  // The first mark and its place leave one form or two.
+  // The first separator and its position leave one or two possible forms.
   const auto mark = static_cast<std::size_t>(std::find_if_not(text.begin(), text.end(), is_digit) - text.begin());
   if (is_letter(text[0])) return add_form(date_form::month_name);
   if (mark == 0) return false;
@@ -143,7 +143,7 @@ void column_votes::add(const table_value& value) {
   case value_kind::date_time: {
     const bool has_time = value.number() != std::floor(value.number());
     ++votes_;
-    if (has_time && value.number() < 1) { // a time alone
+    if (has_time && value.number() < 1) { // a time without a date
       ++dates_[static_cast<std::size_t>(date_form::time_only)];
     } else {
       ++dates_as_such_;

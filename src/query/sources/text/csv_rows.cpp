@@ -11,7 +11,7 @@ bool csv_rows::next() {
   while (true) {
     const char* const row = next_;
     if (row < end_) next_ = take_row(row);
-    if (next_ == end_ && !text_.is_complete()) { // the row may continue after the present text
+    if (next_ == end_ && !text_.is_complete()) { // the row may continue after the text in memory
       if (static_cast<std::size_t>(end_ - row) > longest_row) {
         note(open_mark_ ? fault_kind::mark_closed_late : fault_kind::long_row, open_mark_ ? open_mark_ : row);
         next_ = end_ = row; // the rest is not read
@@ -30,7 +30,7 @@ bool csv_rows::next() {
   }
 }
 
-// The fields of the row that begins here; returns where the next one does.
+// Reads the fields of the row that begins here; returns the start of the next row.
 const char* csv_rows::take_row(const char* at) {
   const char* const end = end_;
   const char separator = separator_;
@@ -59,7 +59,7 @@ const char* csv_rows::take_row(const char* at) {
   }
 }
 
-// Returns where the field ends: at a separator, a line end or the end of the text.
+// Returns the end of the field: a separator, a line end or the end of the text.
 const char* csv_rows::take_quoted(const char* at) {
   const char* const mark = at++;
   bool doubled = false;
@@ -94,7 +94,7 @@ std::string_view csv_rows::text(std::size_t position, std::string& room) const {
   if (!has_marks) return raw;
   room.clear();
   for (std::size_t i = 0; i < raw.size(); ++i) {
-    if (raw[i] == '"') { // a doubled one gives one, a single one goes
+    if (raw[i] == '"') { // a doubled one becomes one, a single one is dropped
       if (i + 1 == raw.size() || raw[i + 1] != '"') continue;
       ++i;
     }

@@ -1,8 +1,8 @@
-// Text with separated fields, cut into rows and fields.
+// Splits delimited text into rows and fields.
 //
-// A field between quotation marks may hold separators and line ends, and a doubled mark is one; a mark inside an
-// unquoted field is a character like others. Blanks around unquoted fields are left out, and so are empty lines. A line
-// ends at a line feed, a carriage return, or both.
+// A field in quotation marks may contain separators and line ends, and a doubled mark means one; a mark inside an
+// unquoted field is an ordinary character. Blanks around unquoted fields are dropped, as are empty lines. A line ends
+// at a line feed, a carriage return, or both.
 #pragma once
 
 #include "query/sources/text/text_stream.h"
@@ -16,27 +16,27 @@ namespace vesk {
 
 class csv_rows {
 public:
-  static constexpr std::size_t most_fields = 1 << 16; // in one row; what follows is left out
+  static constexpr std::size_t most_fields = 1 << 16; // in one row; further ones are ignored
 
   static constexpr std::size_t longest_row = std::size_t{4} << 20; // in bytes
 
-  // `start`: the place of the stream's beginning in the whole text.
+  // `start`: the offset of the stream in the whole text.
   csv_rows(text_stream text, char separator, std::uint64_t start = 0);
 
-  // Goes to the next row that is not empty; false at the end, and where `fault` reports a row that is too long. Throws
-  // table_source_exception when the text cannot be read.
+  // Moves to the next row that is not empty; false at the end, and if `fault` reports a row that is too long. Throws
+  // table_source_exception if the text cannot be read.
   bool next();
 
-  // Of the present row.
+  // Of the current row.
   std::size_t size() const { return size_; }
   std::uint64_t offset() const { return offset_; }             // of its first byte in the text
-  std::uint64_t end_offset() const { return offset_of(end_); } // of what has been read of the text
+  std::uint64_t end_offset() const { return offset_of(end_); } // of the text read so far
 
-  // A field's text; where its quotation marks must be taken out that is done in `room`.
+  // A field's text. `room` is used if quotation marks have to be removed.
   std::string_view text(std::size_t position, std::string& room) const;
 
-  // What is wrong with the text so far, and where: a quotation mark that is never closed, or not within the longest
-  // row, or the beginning of a longer row.
+  // The fault in the text so far, and its position: a quotation mark that is never closed, or not within the longest
+  // row, or the beginning of a row that is too long.
   enum class fault_kind { none, unclosed_mark, mark_closed_late, long_row };
   fault_kind fault() const { return fault_; }
   std::uint64_t fault_offset() const { return fault_offset_; }
@@ -66,12 +66,12 @@ private:
   text_stream text_;
   const char* next_;
   const char* end_;
-  const char* open_mark_ = nullptr; // of the present row, if what is there of the text does not close it
+  const char* open_mark_ = nullptr; // of the current row, if the text in memory does not close it
   char separator_;
-  std::uint64_t start_; // of what is there of the text
+  std::uint64_t start_; // of the text in memory
   std::uint64_t offset_ = 0, fault_offset_ = 0;
   fault_kind fault_ = fault_kind::none;
-  std::vector<field> fields_; // the first `size_` are those of the present row
+  std::vector<field> fields_; // the first `size_` are those of the current row
   std::size_t size_ = 0;
 };
 

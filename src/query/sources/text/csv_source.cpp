@@ -16,10 +16,10 @@ namespace vesk {
 
 namespace {
 
-constexpr std::size_t sample_size = byte_window::usual_size; // bytes from which the separator and the header are found
+constexpr std::size_t sample_size = byte_window::usual_size; // bytes used to find the separator and the header
 constexpr std::size_t sample_rows = 200;
 
-// How well a separator explains the sample: how many rows have the most frequent number of fields, if that is not 1.
+// How well a separator fits the sample: the number of rows with the most frequent number of fields, if that is not 1.
 std::size_t rows_explained(std::string_view sample, char separator) {
   std::map<std::size_t, std::size_t> rows_by_size;
   csv_rows rows(text_stream(sample), separator);
@@ -69,13 +69,13 @@ private:
   void refuse_fault(const csv_rows& rows) const; // if there is one
 
   const std::unique_ptr<byte_source> bytes_;
-  std::uint64_t start_ = 0; // in the text, after comments; from `find_columns` on of the first row of values
+  std::uint64_t start_ = 0; // in the text, after comments; after `find_columns` of the first row of values
   char separator_ = ',';
   std::vector<table_field> fields_;
   std::vector<column_form> forms_;
 };
 
-// Without the apostrophe that a name has in results, so that no spreadsheet takes it for a formula.
+// Removes the apostrophe that protects a name in results from being treated as a formula by spreadsheets.
 std::string without_apostrophe(std::string name) {
   const bool marked =
       name.size() > 1 && name[0] == '\'' && std::string_view("=+-@\t\r").find(name[1]) != std::string_view::npos;
@@ -86,7 +86,7 @@ bool ends_line(char c) {
   return c == '\n' || c == '\r';
 }
 
-// Passes over comments, as agencies put them above their tables.
+// Skips comments, which agencies put above their tables.
 void csv_source::find_text() {
   text_stream text(*bytes_, 0);
   const char* at = text.begin();
@@ -201,14 +201,14 @@ public:
 protected:
   bool advance() override {
     if (rows_.next()) return true;
-    source_.refuse_fault(rows_); // of a file that has changed
+    source_.refuse_fault(rows_); // if the file has changed
     return false;
   }
 
 private:
   const csv_source& source_;
   csv_rows rows_;
-  std::vector<std::string> texts_; // of the present row, by field, where the file's bytes cannot serve
+  std::vector<std::string> texts_; // of the current row, by field, for values that need conversion
 };
 
 std::unique_ptr<row_cursor> csv_source::rows(std::size_t, std::vector<row_filter> filters) {

@@ -10,14 +10,14 @@
 
 namespace vesk {
 
-// Reads the whole file once to find out how it is written: separator, title lines above the header, and for each
-// column whether it holds texts, numbers (with a decimal point or comma) or dates (and in which order). Texts are UTF-8
-// or Windows-1252, or UTF-16 with a byte-order mark. In a column of numbers or dates other texts stay texts. A
-// row may have 4 MiB. Throws table_source_exception.
+// Reads the whole file once to determine its form: the separator, title lines above the header, and for each column
+// whether it contains texts, numbers (with a decimal point or comma) or dates (and their order). Texts are UTF-8 or
+// Windows-1252, or UTF-16 with a byte order mark. In a column of numbers or dates other texts remain texts. A row may
+// have up to 4 MiB. Throws table_source_exception.
 std::unique_ptr<table_source> open_csv(const std::filesystem::path& file);
 
-// The same with the file's bytes in memory, which stay the caller's; `name` is for messages. `in_pieces`: they are read
-// as those of a file are, through a window.
+// The same with the file's bytes in memory, which the caller keeps; `name` is for messages. `in_pieces`: read through a
+// window, like a file.
 std::unique_ptr<table_source> open_csv(std::span<const std::byte> bytes, std::string name, bool in_pieces = false);
 
 } // namespace vesk

@@ -18,7 +18,7 @@ bool is_letter(char c) {
   return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
 }
 
-// Takes up to `most` digits off the front; -1 when there is none.
+// Takes up to `most` digits off the front; -1 if there are none.
 int take_number(std::string_view& text, std::size_t most) {
   std::size_t digits = 0;
   int number = 0;
@@ -38,7 +38,7 @@ void take_blanks(std::string_view& text) {
   }
 }
 
-// Milliseconds of the day, off the front of `text`; -1 when there is no time.
+// Takes a time off the front of `text`, as milliseconds of the day; -1 if there is none.
 double take_time(std::string_view& text) {
   int hour = take_number(text, 2);
   if (hour < 0 || !take(text, ':')) return -1;
@@ -63,7 +63,7 @@ double take_time(std::string_view& text) {
   return result <= milliseconds_per_day ? result : -1;
 }
 
-// What may follow a time: its time zone.
+// Removes the time zone that may follow a time.
 void take_zone(std::string_view& text) {
   if (take(text, 'Z') || text.size() < 3 || (text[0] != '+' && text[0] != '-')) return;
   std::string_view rest = text.substr(1);
@@ -73,7 +73,7 @@ void take_zone(std::string_view& text) {
   text = rest;
 }
 
-// The year that two or four digits mean; -1 for another number of them.
+// The year for two or four digits; -1 for any other number of digits.
 int full_year(int year, std::size_t digits) {
   if (digits == 2) return year + (year < 50 ? 2000 : 1900);
   return digits == 4 ? year : -1;
@@ -102,14 +102,14 @@ std::optional<three_numbers> take_three(std::string_view& text, bool dots) {
   return n;
 }
 
-// A year of two or four digits, off the front; -1 when there is none.
+// Takes a year of two or four digits off the front; -1 if there is none.
 int take_year(std::string_view& text) {
   const std::size_t before = text.size();
   const int year = take_number(text, 4);
   return full_year(year, before - text.size());
 }
 
-// The number of a month by its name, off the front; 0 when there is none.
+// Takes the name of a month off the front and returns its number; 0 if there is none.
 int take_month(std::string_view& text) {
   static constexpr std::string_view names[] = {"january", "february", "march",     "april",   "may",      "june",
                                                "july",    "august",   "september", "october", "november", "december"};
@@ -171,8 +171,8 @@ std::optional<std::int32_t> serial_day(int year, int month, int day) {
   if (year < 1 || year > 9999 || month < 1 || month > 12 || day < 1 || day > lengths[month - 1]) return std::nullopt;
   const bool leap = year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
   if (month == 2 && day == 29 && !leap) return std::nullopt;
-  // Years from March on, so that the leap day is the last; whole days up to the month by a formula of the Gregorian
-  // calendar: 153 days in any five months from March.
+  // Years begin in March, so that the leap day is the last; the days up to the month follow from a formula of the
+  // Gregorian calendar: any five months from March have 153 days.
   const int from_march = (month + 9) % 12, march_year = month > 2 ? year : year - 1;
   const int days = march_year * 365 + march_year / 4 - march_year / 100 + march_year / 400;
   constexpr int first_to_origin = 693899; // from 1 March of the year 0 to 30 December 1899

@@ -1,4 +1,4 @@
-// Dates and times as numbers, and as people write them.
+// Dates and times, as numbers and as texts.
 #pragma once
 
 #include <cstdint>
@@ -7,8 +7,8 @@
 
 namespace vesk {
 
-// A date-time number out of days since 30 December 1899 and milliseconds of the day. All readers make theirs here or
-// by `to_milliseconds`, so that equal moments are equal numbers.
+// A date-time number from days since 30 December 1899 and milliseconds of the day. All readers use this or
+// `to_milliseconds`, so that equal moments are equal numbers.
 constexpr double date_time_number(double day, double milliseconds) {
   return day + milliseconds / 86400000.0;
 }
@@ -16,24 +16,24 @@ constexpr double date_time_number(double day, double milliseconds) {
 // A date-time number rounded to the millisecond.
 double to_milliseconds(double serial);
 
-// Whether a number is a date-time of the years 1 to 9999. One beyond is none, but perhaps a date written together,
-// 20110131, or one that counts seconds.
+// Whether a number is a date-time in the years 1 to 9999. Numbers beyond are not, but may be a date without separators,
+// 20110131, or a count of seconds.
 constexpr bool is_date_time_number(double serial) {
   constexpr double first_day = -693593, behind_last_day = 2958466;
   return serial >= first_day && serial < behind_last_day;
 }
 
-// The day of a date, counted from 30 December 1899. Nothing when there is no such date in the years 1 to 9999.
+// The day of a date, counted from 30 December 1899. Nothing unless it is a date in the years 1 to 9999.
 std::optional<std::int32_t> serial_day(int year, int month, int day);
 
-// How a date is written. A time may follow all of them, after a blank, a comma and a blank, or a "T":
-// h:mm, h:mm:ss, fractions of a second, AM or PM; "Z" or an offset from UTC after it is passed over.
+// The notation of a date. A time may follow, after a blank, a comma and a blank, or a "T": h:mm, h:mm:ss, fractions of
+// a second, AM or PM; a "Z" or an offset from UTC after it is ignored.
 enum class date_form : std::uint8_t {
   iso,         // 2011-01-31 or 2011/1/31
   month_first, // 1/31/2011 or 1-31-2011
   day_first,   // 31/1/2011 or 31-1-2011
   day_dot,     // 31.1.2011
-  time_only,   // a time alone; its number lies below 1
+  time_only,   // a time without a date; its number is below 1
   month_name   // 31 Jan 2011, 31-JAN-2011, 31/January/2011 or January 31, 2011, in English
 };
 
@@ -42,7 +42,7 @@ struct date_reading {
   bool has_time; // something follows the date
 };
 
-// The whole text as a date of that form. Two-digit years are those from 1950 to 2049.
+// The whole text as a date in that notation. Two-digit years mean 1950 to 2049.
 std::optional<date_reading> read_date(std::string_view text, date_form form);
 
 } // namespace vesk

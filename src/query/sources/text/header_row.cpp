@@ -16,7 +16,7 @@ std::size_t filled(const sample_row& row) {
       std::count_if(row.texts.begin(), row.texts.end(), [](const std::string& text) { return !text.empty(); }));
 }
 
-// How many cells most rows fill. Rows of one cell are titles and notes unless nearly all rows are like that.
+// The number of cells filled in most rows. Rows of one cell are titles and notes, unless almost all rows are like that.
 std::size_t usual_filling(const std::vector<sample_row>& sample) {
   std::map<std::size_t, std::size_t> rows_by_filling;
   for (const sample_row& row : sample) ++rows_by_filling[filled(row)];
@@ -30,14 +30,14 @@ std::size_t usual_filling(const std::vector<sample_row>& sample) {
   return usual;
 }
 
-// A text of digits may be a code in its column, but it is not a unit.
+// A text of digits may be a code in its column, but not a unit.
 bool has_only_texts(const sample_row& row) {
   return row.values == 0 && filled(row) > 0 &&
          std::none_of(row.texts.begin(), row.texts.end(),
                       [](const std::string& text) { return read_number(text, false).has_value(); });
 }
 
-// Whether the columns hold numbers or dates, judged by the rows from `first` on.
+// Whether the columns contain numbers or dates, judging by the rows from `first` on.
 std::vector<bool> columns_of_values(const std::vector<sample_row>& sample, std::size_t first, std::size_t width) {
   std::vector<column_votes> votes(width);
   for (std::size_t i = first; i < sample.size(); ++i)
@@ -47,7 +47,7 @@ std::vector<bool> columns_of_values(const std::vector<sample_row>& sample, std::
   return result;
 }
 
-// How many rows from `first` on are units, formats or a second line of names.
+// The number of rows from `first` on that are units, formats or a second line of names.
 std::size_t rows_below_names(const std::vector<sample_row>& sample, std::size_t first, std::size_t width) {
   constexpr std::size_t most_rows = 3;
   std::size_t end = first;

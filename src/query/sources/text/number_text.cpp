@@ -14,7 +14,7 @@ bool is_digit(char c) {
   return c >= '0' && c <= '9';
 }
 
-// "1,234,567" with or without a sign before it and a fraction after it.
+// "1,234,567", optionally with a sign and a fraction.
 bool has_thousands(std::string_view text) {
   if (!text.empty() && (text[0] == '-' || text[0] == '+')) text.remove_prefix(1);
   text = text.substr(0, text.find('.'));
@@ -33,7 +33,7 @@ std::optional<double> without_commas(std::string_view text) {
   return plain_number({plain.data(), static_cast<std::size_t>(end - plain.begin())});
 }
 
-// A number with a decimal point, perhaps with commas between its thousands.
+// A number with a decimal point, and optionally with commas between thousands.
 std::optional<double> number_with_point(std::string_view text) {
   if (text.find(',') == text.npos) return plain_number(text);
   return has_thousands(text) ? without_commas(text) : std::nullopt;
@@ -42,7 +42,7 @@ std::optional<double> number_with_point(std::string_view text) {
 } // namespace
 
 std::optional<double> plain_number(std::string_view text) {
-  // Up to 15 digits are an exact double, and so is a power of ten up to 22: one division rounds correctly.
+  // Up to 15 digits are exact as a double, and so is a power of ten up to 22: one division rounds correctly.
   constexpr double powers[] = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
   const std::size_t sign = !text.empty() && (text[0] == '-' || text[0] == '+');
   if (text.size() > sign && text.size() - sign <= 15) {
@@ -70,7 +70,7 @@ std::optional<double> plain_number(std::string_view text) {
 
 std::optional<double> read_number(std::string_view text, bool decimal_comma) {
   if (!decimal_comma) return number_with_point(text);
-  std::array<char, 64> turned; // the two marks in each other's place
+  std::array<char, 64> turned; // with the two marks exchanged
   if (text.size() > turned.size()) return std::nullopt;
   std::transform(text.begin(), text.end(), turned.begin(), [](char c) { return c == ',' ? '.' : c == '.' ? ',' : c; });
   const auto number = number_with_point({turned.data(), text.size()});

@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::size_t step = byte_window::usual_size;
 
-// A pair of units is one character, which must not be cut.
+// A pair of units is one character, which must not be split.
 bool is_first_of_pair(const char* unit, bool big_endian) {
   return (static_cast<unsigned char>(unit[big_endian ? 0 : 1]) & 0xfcU) == 0xd8;
 }
@@ -47,7 +47,7 @@ text_stream::text_stream(const byte_source& source, std::uint64_t start) : sourc
 
 void text_stream::read_on(const char* keep) {
   const std::size_t kept = keep ? static_cast<std::size_t>(end_ - keep) : 0;
-  // The more is kept the more is read, so that a long row is not scanned too often.
+  // Reads more if more is kept, so that a long row is not scanned too often.
   const auto left = static_cast<std::size_t>(std::min<std::uint64_t>(std::max(step, kept), source_->size() - next_));
   const std::size_t wanted = kept + (encoding_ == encoding::as_it_stands ? left : 2 * left + 4);
   if (wanted > room_ || !place_) {
@@ -58,12 +58,12 @@ void text_stream::read_on(const char* keep) {
   } else if (kept > 0) {
     std::memmove(place_.get(), keep, kept);
   }
-  begin_ = end_ = place_.get(); // should reading fail
+  begin_ = end_ = place_.get(); // in case reading throws
   end_ = begin_ + kept + fetch(place_.get() + kept, left);
   is_complete_ = next_ >= source_->size();
 }
 
-// Brings the next `size` bytes of the file as text; returns how many bytes they are then.
+// Reads the next `size` bytes of the file as text; returns the size of that text in bytes.
 std::size_t text_stream::fetch(char* to, std::size_t size) {
   if (encoding_ == encoding::as_it_stands) {
     source_->read(next_, to, size);

@@ -1,4 +1,4 @@
-// A text from front to back, a part of it in memory at a time.
+// Reads a text from start to end, with only a part of it in memory.
 #pragma once
 
 #include "query/sources/bytes/byte_source.h"
@@ -12,22 +12,22 @@ namespace vesk {
 
 class text_stream {
 public:
-  // Text that is in memory, whole; it stays the caller's.
+  // A complete text in memory, which the caller keeps.
   explicit text_stream(std::string_view text)
       : begin_(text.data()), end_(text.data() + text.size()), is_complete_(true) {}
 
-  // A file's text after its byte-order mark, from the byte `start` of the text on; `source` must outlive this. UTF-16
-  // becomes UTF-8, where `start` counts bytes of UTF-8; anything else comes unchanged. Throws
+  // The text of a file after its byte order mark, beginning at byte `start` of the text; `source` must outlive this
+  // object. UTF-16 is converted to UTF-8, and `start` then counts bytes of UTF-8; anything else is unchanged. Throws
   // table_source_exception.
   text_stream(const byte_source& source, std::uint64_t start);
 
-  // What is there of the text.
+  // The part of the text in memory.
   const char* begin() const { return begin_; }
   const char* end() const { return end_; }
-  bool is_complete() const { return is_complete_; } // it goes to the end of the whole text
+  bool is_complete() const { return is_complete_; } // it extends to the end of the whole text
 
-  // Drops the text before `keep` and appends more at the end; all positions in the text change. Not for a text
-  // that is complete.
+  // Drops the text before `keep` and appends more at the end; all pointers into the text become invalid. Do not call it
+  // if the text is complete.
   void read_on(const char* keep);
 
 private:

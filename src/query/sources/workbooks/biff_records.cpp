@@ -30,7 +30,7 @@ biff_texts::biff_texts(biff_records& record, std::size_t skipped, bool is_biff8,
   skip(skipped);
 }
 
-// Up to `most` adjacent bytes; nothing only at the end.
+// Up to `most` adjacent bytes; none only at the end.
 std::string_view biff_texts::take(std::size_t most) {
   while (left_.empty()) {
     if (!record_.is_continued() || !record_.next()) {
@@ -74,7 +74,7 @@ std::string biff_texts::text(std::size_t length_bytes) {
   const std::size_t extension = flags & far_eastern ? number(4) : 0;
   static const code_page* const latin_1 = code_page::find(28591);
   static const code_page* const utf_16 = code_page::find(1200);
-  std::string units; // of two bytes; a pair of them that is one character may be split over two records
+  std::string units; // of two bytes; two that form one character may be split between two records
   const auto end_units = [&] {
     result += (utf_16 ? utf_16 : code_page_)->utf8(units);
     units.clear();

@@ -33,16 +33,16 @@ enum biff_id : std::uint16_t {
   biff_bof = 0x0809
 };
 
-// One record after the other. A record that is cut at the end of the stream throws table_source_exception.
+// Reads one record after the other. A record that is cut off by the end of the stream throws table_source_exception.
 class biff_records {
 public:
-  // `stream` must outlive this.
+  // `stream` must outlive this object.
   explicit biff_records(const byte_source& stream, std::uint64_t offset = 0) : window_(stream), next_(offset) {}
 
   // False at the end of the stream.
   bool next();
 
-  // Of the present record; the data live until `next`.
+  // Of the current record; the data are valid until `next`.
   std::uint16_t id() const { return id_; }
   const byte_view& data() const { return data_; }
 
@@ -57,18 +57,18 @@ private:
   byte_view data_;
 };
 
-// Takes texts off a record that may be continued, whose CONTINUE records it goes on to when it needs them. In BIFF8 a
-// text has flags: 1 for two bytes a character, 4 for far-eastern and 8 for rich text, and where it is continued the
-// flags come again. Asking for more than there is gives zeros and empty texts, and `ended` is true from then on.
+// Reads texts from a record and, when necessary, its CONTINUE records. In BIFF8 a text has flags: 1 for two bytes per
+// character, 4 for far-eastern and 8 for rich text; in a CONTINUE record the flags are repeated. Reading beyond the end
+// gives zeros and empty texts, and from then on `ended` is true.
 class biff_texts {
 public:
-  // From the byte `skipped` of the present record on. `record` must outlive this, which moves it.
+  // Starts at byte `skipped` of the current record. `record`, which this moves, must outlive this object.
   biff_texts(biff_records& record, std::size_t skipped, bool is_biff8, const code_page& texts);
 
   std::uint32_t number(std::size_t bytes); // of 1, 2 or 4 bytes
   void skip(std::size_t bytes);
 
-  // The next text, its length first in so many bytes.
+  // The next text; its length comes first, in `length_bytes` bytes.
   std::string text(std::size_t length_bytes);
 
   bool ended() const { return ended_; }
@@ -77,7 +77,7 @@ private:
   std::string_view take(std::size_t most);
 
   biff_records& record_;
-  std::string_view left_; // of the present record
+  std::string_view left_; // of the current record
   bool is_biff8_, ended_ = false;
   const code_page* code_page_;
 };

@@ -12,13 +12,13 @@ namespace {
 
 constexpr std::uint64_t longest_list = std::uint64_t{16} << 20; // of streams or of their small sectors, in bytes
 
-constexpr std::uint32_t largest_sector = 0xfffffffa; // larger numbers are marks: end of a chain, free and so on
+constexpr std::uint32_t largest_sector = 0xfffffffa; // larger numbers are markers: end of a chain, free and so on
 
-// A stream as it lies in the file, in runs of sectors that follow one another.
+// A stream in the file, as runs of consecutive sectors.
 class stream_in_sectors : public byte_source {
 public:
   struct run {
-    std::uint64_t begin; // in the stream; it ends where the next one begins
+    std::uint64_t begin; // in the stream; it ends where the next run begins
     std::uint64_t place; // in the file
   };
 
@@ -45,7 +45,7 @@ private:
   const std::vector<run> runs_;
 };
 
-// A small one, which is kept.
+// A small stream, kept in memory.
 class stream_in_memory : public byte_source {
 public:
   stream_in_memory(const std::string& name, std::string content)
@@ -106,7 +106,7 @@ void compound_file::read_allocation_table(const byte_view& header) {
     if (n > sectors || list.size() < sector_size_) fail("the sector lists of the compound file are damaged.");
     for (std::size_t i = 0; i + 4 <= list.size(); i += 4)
       table_sectors.push_back(little_endian<std::uint32_t>(list.data() + i));
-    more = table_sectors.back(); // the last is the place of the next list
+    more = table_sectors.back(); // the last entry is the position of the next list
     table_sectors.pop_back();
   }
   for (const std::uint32_t table_sector : table_sectors) {
@@ -174,7 +174,7 @@ std::unique_ptr<byte_source> compound_file::content(const entry& e) const {
   return std::make_unique<stream_in_sectors>(bytes_, std::move(runs), size);
 }
 
-// Small streams lie in that of the root, in small sectors.
+// Small streams are stored in the stream of the root, in small sectors.
 std::string compound_file::small_content(const entry& e) const {
   const auto root = std::find_if(entries_.begin(), entries_.end(), [](const entry& other) { return other.is_root; });
   if (root == entries_.end()) fail("the compound file has no root.");

@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::uint32_t most_rows = 1 << 20; // of a sheet
 
-// Days of a duration such as "PT13H05M30.5S". Nothing when it is none, or one of months or years.
+// The days of a duration such as "PT13H05M30.5S". Nothing for other texts, and for durations in months or years.
 std::optional<double> duration(std::string_view text) {
   const bool negative = text.starts_with('-');
   if (negative) text.remove_prefix(1);
@@ -68,7 +68,7 @@ protected:
   void start(std::string_view name, const xml_attributes& attributes) override {
     if (name == "table") {
       if (table_depth_++ == 0) start_sheet(attributes["name"]);
-    } else if (table_depth_ == 1) { // not outside of sheets, and not in a table inside a cell
+    } else if (table_depth_ == 1) { // only in a sheet, not in a table inside a cell
       start_in_sheet(name, attributes);
     }
   }
@@ -190,10 +190,10 @@ private:
   std::uint32_t row_ = 0, column_ = 0, row_repeated_ = 1, cell_repeated_ = 1;
   std::string type_, value_, text_;
   std::vector<cell> row_cells_;
-  std::size_t cells_ = 0; // of all sheets, since all are kept
+  std::size_t cells_ = 0; // of all sheets, since all are kept in memory
 };
 
-// Finds out whether the archive's parts are encrypted.
+// Checks whether parts of the archive are encrypted.
 class manifest_reader : public xml_reader {
 public:
   bool is_encrypted = false;

@@ -1,4 +1,4 @@
-// A workbook: sheets that are read whole when they are first asked for, and kept.
+// A workbook: sheets are read whole when first requested, and kept in memory.
 #pragma once
 
 #include "query/sources/cell_table.h"
@@ -19,13 +19,13 @@ public:
   }
 
 protected:
-  static constexpr std::size_t longest_text = 32767; // of a cell, in characters, as in the programs that write sheets
-  // Bytes. Cells share the shared texts, so few bytes of a file can be read of many of them.
+  static constexpr std::size_t longest_text = 32767; // of a cell, in characters, as in spreadsheet programs
+  // In bytes. Many cells can share a text, so a small file can contain a lot of text.
   static constexpr std::size_t most_shared_texts = std::size_t{256} << 20;
   static constexpr std::size_t most_texts = std::size_t{1} << 30; // of all cells
   static constexpr std::size_t most_sheets = 10'000;
 
-  // These throw table_source_exception for what is too much.
+  // These throw table_source_exception if a limit is exceeded.
   void add_sheet(std::string name);
   void add_shared_text(std::string_view text);
   std::string_view keep(std::string_view text); // of any length
@@ -37,7 +37,7 @@ protected:
     if (text.size() > bytes_of_character * longest_text) check_length(text);
   }
 
-  // Fills `cells` and ends the adding. Throws table_source_exception.
+  // Fills `cells` and completes it. Throws table_source_exception.
   virtual void read_sheet(std::size_t table, cell_table& cells) = 0;
 
   [[noreturn]] void fail(const std::string& table, std::string cause) const {
@@ -71,19 +71,19 @@ private:
   std::vector<std::unique_ptr<cell_table>> sheets_;
 };
 
-// Dates in a workbook: numbers with the format of a date.
+// Dates in a workbook are numbers with a date format.
 struct workbook_dates {
   bool from_1904 = false; // day 0 is 1 January 1904
 
-  // The date-time number of a cell. Days below 60 count on from 31 December 1899, since the 1900 of workbooks has a
-  // leap day; a number below 1 is a time alone.
+  // The date-time number of a cell. Days below 60 count from 31 December 1899, because in workbooks 1900 is a leap
+  // year; a number below 1 is a time without a date.
   double number(double cell) const;
 };
 
-// Whether a number format shows dates or times: letters of one outside of quotes and brackets. `[h]:mm` does too.
+// Whether a number format shows dates or times: it has their letters outside quotes and brackets. `[h]:mm` counts too.
 bool is_date_format(std::string_view format);
 
-// The same for the formats that a workbook knows by number alone.
+// The same for built-in formats, which a workbook gives only by number.
 bool is_date_format(unsigned built_in);
 
 } // namespace vesk

@@ -21,7 +21,7 @@ public:
     if (bytes_->size() >= signature && bytes_->text(0, signature) == compound_beginning) {
       const compound_file compound(*bytes_);
       if (compound.has("EncryptedPackage"))
-        fail("", "the workbook is protected by a password; save a copy without it."); // an .xlsx inside
+        fail("", "the workbook is protected by a password; save a copy without it."); // contains an .xlsx
       inside_ = compound.stream({"Workbook", "Book"});
       if (!inside_) fail("", "the compound file contains no workbook.");
     }
@@ -47,8 +47,8 @@ private:
   bool is_biff8_ = false;
   const code_page* code_page_ = nullptr;
   workbook_dates dates_;
-  std::map<unsigned, bool> formats_; // by number: shows dates
-  std::vector<bool> styles_;         // by number: shows dates
+  std::map<unsigned, bool> formats_; // by number: true for dates
+  std::vector<bool> styles_;         // by number: true for dates
   std::vector<std::size_t> sheet_offsets_;
 
   friend class xls_sheet_reader;
@@ -69,7 +69,7 @@ void xls_source::read_globals() {
   code_page_ = code_page::find(1252);
   if (!code_page_) fail("", "this system does not support its code page.");
 
-  constexpr std::size_t most_styles = 1 << 16; // that cells can name
+  constexpr std::size_t most_styles = 1 << 16; // the most that cells can refer to
   std::vector<std::uint16_t> style_formats;
   while (record.next() && record.id() != biff_eof) {
     const byte_view& data = record.data();
@@ -116,7 +116,7 @@ void xls_source::read_shared_texts(biff_records& record) {
   }
 }
 
-// One sheet's records into cells.
+// Reads the records of a sheet into cells.
 class xls_sheet_reader {
 public:
   xls_sheet_reader(xls_source& source, std::size_t table, cell_table& cells)
@@ -180,7 +180,7 @@ private:
     add(row, column, table_value::of_text(source_.keep_text_of_cell(source_.texts_of(record_, skipped).text(2))));
   }
 
-  // A number in 30 bits: the upper part of a double or an integer, possibly a hundredth.
+  // A number in 30 bits: the upper part of a double, or an integer; either may be divided by 100.
   static double rk(std::uint32_t bits) {
     constexpr std::uint32_t is_hundredth = 1, is_integer = 2;
     const double value = bits & is_integer ? static_cast<std::int32_t>(bits) >> 2
@@ -203,7 +203,7 @@ private:
       if (e.code == code) add(row(), column(), table_value::of_text(e.text));
   }
 
-  // The result: a double, or its last two bytes are FFFF and the first says which kind.
+  // The result is a double, unless its last two bytes are FFFF; then the first one is its kind.
   void formula() {
     const byte_view& data = record_.data();
     formula_has_text_ = false;

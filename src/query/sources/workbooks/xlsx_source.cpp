@@ -13,16 +13,16 @@ namespace vesk {
 
 namespace {
 
-// The parts that are kept as a whole, in bytes: lists of sheets and relations, and the styles.
+// The parts kept in memory as a whole, in bytes: lists of sheets and relations, and the styles.
 constexpr std::size_t longest_list = std::size_t{4} << 20, longest_styles = std::size_t{64} << 20;
 
-// What a part of the archive refers to.
+// A reference from a part of the archive.
 struct relation {
   std::string kind; // the last word of its type: "worksheet"
   std::string part;
 };
 
-// The part that `target` means in the part `from`.
+// The part that `target` refers to, in the part `from`.
 std::string resolved(const std::string& from, std::string_view target) {
   if (target.starts_with('/')) return std::string(target.substr(1));
   std::string folder = from.substr(0, from.rfind('/') + 1); // npos + 1 is 0
@@ -36,7 +36,7 @@ std::string resolved(const std::string& from, std::string_view target) {
 
 class relations_reader : public xml_reader {
 public:
-  // The relations of a part by their ids; of the whole archive for an empty name.
+  // The relations of a part by their ids; those of the whole archive if the name is empty.
   static std::map<std::string, relation, std::less<>> of(const zip_archive& archive, const std::string& part) {
     const std::size_t name = part.rfind('/') + 1;
     const std::string list = part.substr(0, name) + "_rels/" + part.substr(name) + ".rels";
@@ -78,7 +78,7 @@ protected:
 
 class styles_reader : public xml_reader {
 public:
-  std::vector<bool> styles; // by number: shows dates
+  std::vector<bool> styles; // by number: true for dates
 
 protected:
   void start(std::string_view name, const xml_attributes& attributes) override {
@@ -140,7 +140,7 @@ private:
   workbook_dates dates_;
   std::vector<std::string> parts_; // of the tables
   std::string styles_part_, shared_texts_part_;
-  bool has_common_parts_ = false; // styles and shared texts are read
+  bool has_common_parts_ = false; // styles and shared texts have been read
   std::vector<bool> styles_;
 };
 

@@ -1,4 +1,4 @@
-// Workbooks in Office Open XML, .xlsx.
+// Office Open XML workbooks, .xlsx.
 #pragma once
 
 #include "query/sources/table_source.h"
@@ -10,11 +10,11 @@
 
 namespace vesk {
 
-// The tables are the worksheets, hidden ones too. Formulas give the result that was saved with them. Header and types
-// are found as in `cell_table`. Throws table_source_exception.
+// The tables are the worksheets, including hidden ones. Formulas give the result saved with them. Header and types are
+// found as in `cell_table`. Throws table_source_exception.
 std::unique_ptr<table_source> open_xlsx(const std::filesystem::path& file);
 
-// The same with the file's bytes in memory, which stay the caller's; `name` is for messages.
+// The same with the file's bytes in memory, which the caller keeps; `name` is for messages.
 std::unique_ptr<table_source> open_xlsx(std::span<const std::byte> bytes, std::string name);
 
 } // namespace vesk

@@ -19,11 +19,11 @@ std::string_view without_prefix(std::string_view name) {
   return colon == name.npos ? name : name.substr(colon + 1);
 }
 
-// The parser keeps the tag that it reads, those that are open, and each name that it has seen, all of which a file can
-// make large. It gets this much memory, several times what a real workbook needs.
+// The parser stores the current tag, the open tags, and each name that it has seen; a file can make all of these large.
+// This is its memory limit, several times what a real workbook needs.
 constexpr std::size_t most_parser_memory = std::size_t{4} << 20;
 
-// What the present parser of the thread has taken: expat gives its allocators no argument.
+// The memory used by the thread's current parser: expat passes no argument to its allocators.
 thread_local std::size_t parser_memory = 0;
 
 void release_memory(void* memory) {
@@ -65,7 +65,7 @@ std::uint32_t xml_attributes::number(std::string_view name, std::uint32_t otherw
   return error == std::errc() && end == text.data() + text.size() ? result : otherwise;
 }
 
-// What the parser, which is C, calls: nothing may be thrown through it.
+// Called by the parser, which is C: no exception may pass through it.
 struct xml_reader::calls {
   xml_reader& reader;
   XML_Parser parser;

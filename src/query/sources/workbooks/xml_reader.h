@@ -1,4 +1,4 @@
-// An XML part of a zip archive, element by element.
+// Reads an XML part of a zip archive, element by element.
 #pragma once
 
 #include "query/sources/workbooks/zip_archive.h"
@@ -13,24 +13,24 @@ class xml_attributes {
 public:
   explicit xml_attributes(const char** pairs) : pairs_(pairs) {}
 
-  // The value of an attribute, whatever the prefix of its name; empty when there is none.
+  // The value of an attribute, with any prefix; empty if there is none.
   std::string_view operator[](std::string_view name) const;
 
-  // The same for a whole number; `otherwise` when it is none.
+  // The same for a whole number; `otherwise` if it is not one.
   std::uint32_t number(std::string_view name, std::uint32_t otherwise) const;
 
 private:
   const char** pairs_; // name, value, name, value, null
 };
 
-// Derive from it what is to be done at each element. Names come without their prefixes. What a handler throws ends the
-// reading and leaves `read`.
+// Derive from it to handle each element. Names are passed without prefixes. An exception from a handler ends the
+// reading and is passed on by `read`.
 class xml_reader {
 public:
   virtual ~xml_reader() = default;
 
-  // Reads the whole part, which unpacks to `most` bytes at most. Declarations inside it are refused, for they can be
-  // entities, and so are tags that take the parser too much memory. Throws table_source_exception.
+  // Reads the whole part, which may unpack to at most `most` bytes. Declarations inside it are refused, since they can
+  // define entities, as are tags that take the parser too much memory. Throws table_source_exception.
   void read(const zip_archive& archive, const std::string& part, std::size_t most = zip_archive::most_unpacked);
 
 protected:

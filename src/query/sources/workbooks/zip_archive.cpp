@@ -10,14 +10,14 @@
 
 namespace vesk {
 
-// The archive's bytes as the file that minizip asks for.
+// The archive's bytes, as a file for minizip.
 struct zip_archive::reading {
   static constexpr std::size_t window_size = std::size_t{64} << 10;
 
   const byte_source& bytes;
   byte_window window{bytes, window_size};
   std::uint64_t position = 0;
-  std::exception_ptr failure = {}; // nothing may be thrown through minizip
+  std::exception_ptr failure = {}; // no exception may pass through minizip
 
   static reading& of(void* stream) { return *static_cast<reading*>(stream); }
 
@@ -114,7 +114,7 @@ void zip_archive::read(const std::string& part, const std::function<void(std::st
       fail("its parts unpack to more than " + std::to_string(most_unpacked) + " bytes together.");
     take({piece.data(), static_cast<std::size_t>(got)});
   }
-  // The checksum is compared when the part is closed.
+  // The checksum is verified when the part is closed.
   close.archive = nullptr;
   if (unzCloseCurrentFile(archive_) == UNZ_CRCERROR) fail("part " + part + " is damaged: its checksum is wrong.");
 }
