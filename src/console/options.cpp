@@ -82,7 +82,7 @@ constexpr option_row rows[] = {
 [[noreturn]] void unknown_option(const std::string& name) {
   std::vector<std::string_view> known{"-RUN", "-QUIT", "-EXPERT", "-IMPORT"};
   for (const option_row& row : rows) known.emplace_back(row.name);
-  throw usage_error("Unknown option " + name + "; the nearest is " + std::string(nearest_name(name, known)) + ".");
+  throw usage_error("Unknown option " + name + nearest_hint(name, known) + ".");
 }
 
 progress_style parse_progress(const std::string& word) {

@@ -30,4 +30,10 @@ std::string_view nearest_name(std::string_view name, std::span<const std::string
   });
 }
 
+std::string nearest_hint(std::string_view name, std::span<const std::string_view> names) {
+  const std::string_view nearest = nearest_name(name, names);
+  return 2 * edits_between(name, nearest) > name.size() + 1 ? std::string()
+                                                            : "; the nearest is " + std::string(nearest);
+}
+
 } // namespace vesk

@@ -257,8 +257,7 @@ template <class Record>
 slot member_of(json_loader& loader, Record& record, std::string_view name) {
   member_finder finder(name);
   layout<Record>::fields(finder, record);
-  if (!finder.found().kind)
-    loader.fail("unknown member; the nearest is " + std::string(nearest_name(name, finder.names())) + ".");
+  if (!finder.found().kind) loader.fail("unknown member" + nearest_hint(name, finder.names()) + ".");
   loader.note_member(finder.index());
   return finder.found();
 }

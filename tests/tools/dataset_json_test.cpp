@@ -296,6 +296,7 @@ TEST(DatasetJson, WhatIsWrongIsNamedByItsPath) {
       {R"({"segments": [{"volume": "nan:0000000000000001"}]})", "segments[0].volume: expected a number, found a text."},
       {R"({"segments": [{"volum": 1}]})", "segments[0].volum: unknown member; the nearest is volume."},
       {R"({"segmants": []})", "segmants: unknown member; the nearest is segments."},
+      {R"({"wind and weather": []})", "wind and weather: unknown member."},
       {R"({"segments": [{"parameters": [{}, {"valeu": 1}]}]})",
        "segments[0].parameters[1].valeu: unknown member; the nearest is value."},
       {R"({"segments": {}})", "segments: expected an array, found an object."},
