@@ -82,8 +82,12 @@ private:
     RunDescription run{.title = text("Results of ", input_.base.filename().string()),
                        .source = text("Compartment model, kinetics ", library_, ", ", technique_name(input_.technique)),
                        .start = input_.start,
-                       .segments = {}};
-    for (const Segment& segment : input_.problem.segments) run.segments.push_back(segment.name);
+                       .segments = {},
+                       .lengths = {}};
+    for (const Segment& segment : input_.problem.segments) {
+      run.segments.push_back(segment.name);
+      run.lengths.push_back(segment.length);
+    }
     writers_.push_back({make_netcdf_writer(input_.base, run, input_.outputs), &input_.outputs});
     if (!input_.csv_outputs.empty())
       writers_.push_back({make_csv_writer(input_.base, run, input_.csv_outputs), &input_.csv_outputs});

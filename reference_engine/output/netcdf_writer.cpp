@@ -1,9 +1,11 @@
 // NetCDF results following the CF conventions 1.10: dimensions time and segment, one variable per output, segment names
 // as labels (CF section 6.1). The 64-bit offset format appends each print time in one piece and is widely readable.
+// docs/results-format.md describes the file for its readers.
 #include "core/errors.h"
 #include "core/text.h"
 #include "output/output_file.h"
 #include "output/results.h"
+#include "output/utf8.h"
 
 #include <netcdf.h>
 
@@ -11,6 +13,7 @@
 #include <cctype>
 #include <chrono>
 #include <cmath>
+#include <numeric>
 
 namespace reference_engine {
 
@@ -82,37 +85,9 @@ private:
   }
 
   void define(const RunDescription& run, const std::vector<OutputVariable>& variables) {
-    std::size_t longest = 1;
-    for (const std::string& name : run.segments) longest = std::max(longest, name.size());
-    int time_dimension = 0, segment_dimension = 0, letter_dimension = 0, names = 0;
-    check(nc_def_dim(id_, "time", NC_UNLIMITED, &time_dimension));
-    check(nc_def_dim(id_, "segment", run.segments.size(), &segment_dimension));
-    check(nc_def_dim(id_, "name_length", longest, &letter_dimension));
-
-    check(nc_def_var(id_, "time", NC_DOUBLE, 1, &time_dimension, &time_));
-    attribute(time_, "standard_name", "time");
-    attribute(time_, "long_name", "time");
-    attribute(time_, "units", "days since " + run.start.iso(' '));
-    attribute(time_, "calendar", "standard");
-    attribute(time_, "axis", "T");
-    const int label_dimensions[] = {segment_dimension, letter_dimension};
-    check(nc_def_var(id_, "segment_name", NC_CHAR, 2, label_dimensions, &names));
-    attribute(names, "long_name", "name of the segment");
-
-    const int dimensions[] = {time_dimension, segment_dimension};
-    std::vector<std::string> taken = {"time", "segment", "segment_name", "name_length"};
-    for (const OutputVariable& variable : variables) {
-      taken.push_back(variable_name(variable, taken));
-      int id = 0;
-      check(nc_def_var(id_, taken.back().c_str(), NC_FLOAT, 2, dimensions, &id));
-      attribute(id, "long_name", variable.description);
-      attribute(id, "units", variable.units);
-      attribute(id, "coordinates", "segment_name");
-      const float fill = NC_FILL_FLOAT;
-      check(nc_put_att_float(id_, id, "_FillValue", NC_FLOAT, 1, &fill));
-      variables_.push_back(id);
-    }
-
+    define_dimensions(run);
+    define_coordinates(run);
+    define_outputs(variables);
     attribute(NC_GLOBAL, "Conventions", "CF-1.10");
     attribute(NC_GLOBAL, "title", run.title);
     attribute(NC_GLOBAL, "source", run.source);
@@ -122,16 +97,74 @@ private:
     // Reserves room in the header for attributes added at the end, so that no data has to be moved then.
     constexpr std::size_t alignment = 4;
     check(nc__enddef(id_, notes_size, alignment, 0, alignment));
+    write_segments(run);
+  }
+
+  void define_dimensions(const RunDescription& run) {
+    for (const std::string& name : run.segments) longest_name_ = std::max(longest_name_, name.size());
+    check(nc_def_dim(id_, "time", NC_UNLIMITED, &time_dimension_));
+    check(nc_def_dim(id_, "segment", run.segments.size(), &segment_dimension_));
+    check(nc_def_dim(id_, "name_length", longest_name_, &letter_dimension_));
+  }
+
+  void define_coordinates(const RunDescription& run) {
+    check(nc_def_var(id_, "time", NC_DOUBLE, 1, &time_dimension_, &time_));
+    attribute(time_, "standard_name", "time");
+    attribute(time_, "long_name", "time");
+    attribute(time_, "units", "days since " + run.start.iso(' '));
+    attribute(time_, "calendar", "standard");
+    attribute(time_, "axis", "T");
+    check(nc_def_var(id_, "segment", NC_INT, 1, &segment_dimension_, &positions_));
+    attribute(positions_, "long_name", "position of the segment, counted from 0");
+    const int label_dimensions[] = {segment_dimension_, letter_dimension_};
+    check(nc_def_var(id_, "segment_name", NC_CHAR, 2, label_dimensions, &names_));
+    attribute(names_, "long_name", "name of the segment");
+    const bool all_utf8 = std::ranges::all_of(run.segments, is_utf8);
+    attribute(names_, "_Encoding", all_utf8 ? "utf-8" : "windows-1252");
+    check(nc_def_var(id_, "length", NC_DOUBLE, 1, &segment_dimension_, &lengths_));
+    attribute(lengths_, "long_name", "length of the segment");
+    attribute(lengths_, "units", "m");
+    constexpr double fill = NC_FILL_DOUBLE;
+    check(nc_put_att_double(id_, lengths_, "_FillValue", NC_DOUBLE, 1, &fill));
+  }
+
+  void define_outputs(const std::vector<OutputVariable>& variables) {
+    const int dimensions[] = {time_dimension_, segment_dimension_};
+    std::vector<std::string> taken = {"time", "segment", "segment_name", "length", "name_length"};
+    for (const OutputVariable& variable : variables) {
+      taken.push_back(variable_name(variable, taken));
+      int id = 0;
+      check(nc_def_var(id_, taken.back().c_str(), NC_FLOAT, 2, dimensions, &id));
+      attribute(id, "long_name", variable.description.empty() ? variable.name : variable.description);
+      attribute(id, "units", variable.units);
+      attribute(id, "coordinates", "segment_name");
+      attribute(id, "cell_methods", "time: point");
+      constexpr float fill = NC_FILL_FLOAT;
+      check(nc_put_att_float(id_, id, "_FillValue", NC_FLOAT, 1, &fill));
+      variables_.push_back(id);
+    }
+  }
+
+  void write_segments(const RunDescription& run) {
+    std::vector<int> positions(run.segments.size());
+    std::iota(positions.begin(), positions.end(), 0);
+    check(nc_put_var_int(id_, positions_, positions.data()));
+    std::vector<double> lengths = run.lengths;
+    for (double& length : lengths) length = length > 0 ? length : NC_FILL_DOUBLE;
+    check(nc_put_var_double(id_, lengths_, lengths.data()));
     std::string letters;
     for (std::string name : run.segments) {
-      name.resize(longest, '\0');
+      name.resize(longest_name_, '\0');
       letters += name;
     }
-    check(nc_put_var_text(id_, names, letters.data()));
+    check(nc_put_var_text(id_, names_, letters.data()));
   }
 
   OutputFile file_;
-  int id_ = 0, time_ = 0;
+  int id_ = 0;
+  int time_dimension_ = 0, segment_dimension_ = 0, letter_dimension_ = 0;
+  int time_ = 0, positions_ = 0, names_ = 0, lengths_ = 0; // variables
+  std::size_t longest_name_ = 1;
   bool open_ = true;
   std::size_t record_ = 0;
   std::vector<int> variables_;

@@ -24,6 +24,7 @@ struct RunDescription {
   std::string title, source; // free text
   Moment start;
   std::vector<std::string> segments; // names
+  std::vector<double> lengths;       // of the segments, m; 0 or less where it is not known
 };
 
 // Takes one variable after the other at each print time. Nothing appears under the final names before `publish`. All

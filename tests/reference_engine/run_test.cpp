@@ -64,6 +64,47 @@ protected:
   FakeHost host;
 };
 
+// Readers decode the names by what the file says of them.
+TEST_F(RunTest, NamesSayHowTheyAreEncoded) {
+  const std::pair<const char*, const char*> cases[] = {{"M\xc3\xbchle \xe2\x82\xac \xf0\x9f\x8c\x8a", "utf-8"},
+                                                       {"M\xfchle", "windows-1252"},
+                                                       {"cut \xe2\x82", "windows-1252"},
+                                                       {"overlong \xc0\x80", "windows-1252"},
+                                                       {"surrogate \xed\xa0\x80", "windows-1252"},
+                                                       {"beyond \xf4\x90\x80\x80", "windows-1252"}};
+  for (const auto& [name, encoding] : cases) {
+    ASSERT_EQ(after("SEGNAME 2 \"" + std::string(name) + "\""), "");
+    int id = 0, variable = 0;
+    char found[32] = {};
+    ASSERT_EQ(nc_open((folder / "river.nc").c_str(), NC_NOWRITE, &id), NC_NOERR);
+    nc_inq_varid(id, "segment_name", &variable);
+    nc_get_att_text(id, variable, "_Encoding", found);
+    nc_close(id);
+    EXPECT_STREQ(found, encoding) << name;
+  }
+}
+
+// The header that docs/results-format.md shows is the one of these results.
+TEST_F(RunTest, ResultsAreAsTheirDocumentShowsThem) {
+  ASSERT_EQ(after("SEGLENGTH 1 1500"), "");
+  const auto header_of = [&](const std::string& command) {
+    std::FILE* const pipe = popen(command.c_str(), "r");
+    std::string text, line;
+    for (int c = std::fgetc(pipe); c != EOF; c = std::fgetc(pipe)) {
+      line += static_cast<char>(c);
+      if (c != '\n') continue;
+      const bool varies = line.starts_with("\t\t:"); // texts of the one run
+      text += varies ? line.substr(0, line.find(" =")) + "\n" : line;
+      line.clear();
+    }
+    pclose(pipe);
+    return text;
+  };
+  const std::string shown = header_of("sed -n '/^netcdf river {/,/^}/p' " RESULTS_DOCUMENT);
+  EXPECT_THAT(shown, StartsWith("netcdf river {\n"));
+  EXPECT_EQ(shown, header_of("ncdump -h '" + (folder / "river.nc").string() + "'"));
+}
+
 // A front end lets them pass, and the names of segments, which stand in the results, are a shell's commands.
 TEST_F(RunTest, ACsvNameLeadsNowhereElse) {
   std::ofstream(folder / "profile") << "untouched";
