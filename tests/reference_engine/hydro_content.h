@@ -27,11 +27,12 @@ struct HydroContent {
   };
   std::string units = "hours since 2000-01-01 00:00";
   std::string without; // a dimension or variable to leave out
+  int form = NC_NETCDF4;
 
   void write(const std::string& name) const {
     int id = 0, letters = 0, names = 0;
     std::map<std::string, int> dimensions, variables;
-    ASSERT_EQ(nc_create(name.c_str(), NC_CLOBBER | NC_NETCDF4, &id), NC_NOERR);
+    ASSERT_EQ(nc_create(name.c_str(), NC_CLOBBER | form, &id), NC_NOERR);
     for (const auto& [dimension, size] : {std::pair("time", 3u), std::pair("segment", 3u), std::pair("link", 3u)})
       nc_def_dim(id, without == dimension ? "other" : dimension, size, &dimensions[dimension]);
     nc_def_dim(id, "name_length", 6, &letters);

@@ -175,6 +175,18 @@ TEST_F(HydroTest, FilesThatCannotServeAreRefused) {
   EXPECT_EQ(refused({}), "The hydrodynamic file type 1 is unknown; this engine reads type 0.");
 }
 
+// The NetCDF library reads zeros beyond the end: no flow on the last day.
+TEST_F(HydroTest, AFileThatHasLostItsEndIsRefused) {
+  HydroContent classic;
+  classic.form = NC_64BIT_OFFSET;
+  write(classic);
+  const auto size = std::filesystem::file_size(file);
+  std::filesystem::resize_file(file, size - 80);
+  read_hyd_file(&FakeHost::callback);
+  EXPECT_EQ(refusal(),
+            "is cut: it has " + std::to_string(size - 80) + " of at least " + std::to_string(size) + " bytes.");
+}
+
 // HDF5 itself would follow each of these and hand out what it finds, a user's private file for segment names. The other
 // file is a pipe, at which a helper that opens it would wait for ever.
 TEST_F(HydroTest, FilesThatTakeDataFromOtherFilesAreRefused) {

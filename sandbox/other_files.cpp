@@ -1,13 +1,11 @@
-#include "hyd_helper/other_files.h"
-
-#include "hyd_helper/refusal.h"
+#include "sandbox/other_files.h"
 
 #include <hdf5.h>
 
 #include <algorithm>
 #include <string>
 
-namespace reference_engine::hyd {
+namespace sandbox {
 
 namespace {
 
@@ -68,15 +66,15 @@ herr_t look_at(hid_t group, const char* name, const H5L_info_t* link, void* find
 
 } // namespace
 
-void refuse_other_files(const char* name) {
+std::string other_files_in(const char* name) {
   H5Eset_auto2(H5E_DEFAULT, nullptr, nullptr);
-  if (H5Fis_hdf5(name) <= 0) return;
+  if (H5Fis_hdf5(name) <= 0) return {};
   const Handle file(H5Fopen(name, H5F_ACC_RDONLY, H5P_DEFAULT), &H5Fclose);
   Finding finding;
   if (!file.is_open() || H5Lvisit(file.get(), H5_INDEX_NAME, H5_ITER_NATIVE, &look_at, &finding) < 0)
-    refuse("is damaged: the HDF5 library fails on it");
-  if (!finding.cause.empty())
-    refuse("takes data from another file, which is not read: " + finding.cause + "; put all data into the one file");
+    return "is damaged: the HDF5 library fails on it";
+  if (finding.cause.empty()) return {};
+  return "takes data from another file, which is not read: " + finding.cause + "; put all data into the one file";
 }
 
-} // namespace reference_engine::hyd
+} // namespace sandbox
