@@ -1,7 +1,7 @@
 // Reads the standard output of another program while it runs.
 #pragma once
 
-#include "platform/file_io.h"
+#include "platform/child_process.h"
 
 #include <chrono>
 #include <filesystem>
@@ -17,11 +17,8 @@ struct program_end {
   int code = 0; // the exit status, the signal's number, or the system's error number
 };
 
-// The descriptor at which the program finds `file`, below.
-inline constexpr int handed_descriptor = 3;
-
 // Runs a program to its end, without a shell and with an empty environment. Of this process's files it gets only
-// `file`; its standard input and standard error are discarded. `take` is called with each piece of output, and several
+// `file`, as handed_descriptor; its standard input and standard error are discarded. `take` is called with each piece of output, and several
 // times a second with nothing while there is none. If it returns false or throws, or there is no output for
 // `longest_silence`, the program is killed. No process remains.
 program_end read_program(const std::filesystem::path& program, const std::vector<std::string>& arguments,

@@ -2,9 +2,9 @@
 
 #include "dataset/text_encoding.h"
 #include "platform/file_io.h"
+#include "platform/helper_program.h"
 #include "platform/little_endian.h"
 #include "platform/program_output.h"
-#include "platform/program_paths.h"
 #include "query/mdb_helper/protocol.h"
 #include "query/sources/text/date_text.h"
 #include "query/sources/workbooks/sheet_source.h"
@@ -20,12 +20,6 @@ namespace fs = std::filesystem;
 
 constexpr std::chrono::seconds longest_silence{20};
 static_assert(mdb::the_file == handed_descriptor);
-
-fs::path helper_program() {
-  const fs::path beside = program_directory() / "vesk-mdb";
-  std::error_code ignored;
-  return fs::exists(beside, ignored) ? beside : install_prefix() / "lib" / "vesk" / "vesk-mdb";
-}
 
 class access_source : public sheet_source {
 public:
@@ -97,7 +91,7 @@ void access_source::ask(const std::vector<std::string>& arguments, const std::st
     buffer.erase(0, at);
     return true;
   };
-  const fs::path helper = helper_program();
+  const fs::path helper = helper_path("vesk-mdb");
   const program_end end = read_program(helper, arguments, open_database(), longest_silence, take);
   if (!failure.empty()) fail(table, failure);
   if (ended) return;
