@@ -185,7 +185,7 @@ void import_query::find_value(std::size_t condition, const select_term& stored_t
   refuse_value(condition);
 }
 
-query_report import_query::execute(const prevesk_dataset_data_type& data, point_list& points) {
+void import_query::read_rows(const prevesk_dataset_data_type& data, const row_taker& take) {
   validate_source();
   std::vector<select_term> terms;
   statement_use use{.columns = {stored.date_time_field, stored.value_field}, .in_any_order = true};
@@ -197,12 +197,10 @@ query_report import_query::execute(const prevesk_dataset_data_type& data, point_
   }
   const select_statement selection = statement(data, terms);
   std::unique_ptr<result_set> rows = engine.open(*this, selection, use);
-  row_points read(stored.average_duplicates, false);
-  if (!read.take(*rows)) {
+  if (!take(*rows, false)) {
     use.in_any_order = false;
     rows = engine.open(*this, selection, use);
-    read = row_points(stored.average_duplicates, true);
-    read.take(*rows);
+    take(*rows, true);
   }
   for (std::size_t i = 0; i < terms.size(); ++i) {
     if (drill_down || !rows->sought()[i].found)
@@ -214,7 +212,14 @@ query_report import_query::execute(const prevesk_dataset_data_type& data, point_
   if (!engine.is_up_to_date())
     throw query_engine_exception(stored.file_name + ": it changed while it was read. Run the query again.");
   engine.disconnect(*this);
+}
 
+query_report import_query::execute(const prevesk_dataset_data_type& data, point_list& points) {
+  row_points read(stored.average_duplicates, false);
+  read_rows(data, [&](result_set& rows, bool in_order) {
+    if (in_order) read = row_points(stored.average_duplicates, true);
+    return read.take(rows);
+  });
   const query_report report = read.report();
   if (stored.replace_existing) {
     points = std::move(read).points();

@@ -5,6 +5,7 @@
 #include "query/query_engine.h"
 #include "query/row_points.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -58,6 +59,12 @@ public:
   // values of the conditions are looked for on the way, and the lists in `choices` stay as they are. After a failure
   // the points are unchanged. Throws query_exception.
   query_report execute(const prevesk_dataset_data_type& data, point_list& points);
+
+  // Reads the rows that the query selects, as they are now: date and time in the first field, value in the second. They
+  // come in any order; when `take`, shown all of them, answers false, once more in order of time. For values that need
+  // not be numbers. Throws query_exception.
+  using row_taker = std::function<bool(result_set& rows, bool in_order)>;
+  void read_rows(const prevesk_dataset_data_type& data, const row_taker& take);
 
   // Whether the two would do the same.
   friend bool operator==(const import_query& a, const import_query& b);
