@@ -1,5 +1,5 @@
 // Writes the seeds that only the program's own code can make: data files of all versions, their JSON form, exported
-// scripts and hydrodynamic files.
+// scripts, hydrodynamic files and results.
 //
 //   write_seeds FOLDER
 #include "dataset/vki_file.h"
@@ -111,7 +111,9 @@ int main(int count, char** arguments) {
   const fs::path folder = arguments[1];
   write_data_files(folder);
   write_scripts(folder);
-  write_hydro_file(folder / "hyd" / "classic", 0);
-  write_hydro_file(folder / "hyd" / "wide", NC_64BIT_DATA);
-  write_hydro_file(folder / "hyd" / "hdf5", NC_NETCDF4);
+  for (const char* target : {"hyd", "results"}) { // both have volumes over times and segments
+    write_hydro_file(folder / target / "classic", 0);
+    write_hydro_file(folder / target / "wide", NC_64BIT_DATA);
+    write_hydro_file(folder / target / "hdf5", NC_NETCDF4);
+  }
 }

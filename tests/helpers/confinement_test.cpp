@@ -26,7 +26,7 @@ bool kernel_has_landlock() {
   return syscall(SYS_landlock_create_ruleset, nullptr, 0, LANDLOCK_CREATE_RULESET_VERSION) > 0;
 }
 
-// Of vesk-hyd and vesk-mdb, by their paths.
+// Of vesk-hyd, vesk-mdb and vesk-nc, by their paths.
 class Confinement : public testing::TestWithParam<const char*> {
 protected:
   Confinement() {
@@ -123,9 +123,10 @@ TEST_P(Confinement, WithoutItsParentItEndsAtOnce) {
   close(ends[1]);
 }
 
-INSTANTIATE_TEST_SUITE_P(Helpers, Confinement, testing::Values(VESK_HYD_HELPER, VESK_MDB_HELPER),
+INSTANTIATE_TEST_SUITE_P(Helpers, Confinement, testing::Values(VESK_HYD_HELPER, VESK_MDB_HELPER, VESK_NC_HELPER),
                          [](const auto& instance) {
-                           return std::string(instance.param).substr(std::string(instance.param).size() - 3);
+                           const std::string path = instance.param;
+                           return path.substr(path.find_last_of('-') + 1);
                          });
 
 } // namespace
