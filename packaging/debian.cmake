@@ -52,8 +52,8 @@ set(CPACK_DEBIAN_CLI_DESCRIPTION "water-quality models of surface water, without
 ${about}
 .
 This package has the console runner vesk-run, the data file tool vki, the
-bundled engine, the model catalogue, a sample river and the header for
-engines of other authors.")
+results tool vesk-results, the bundled engine, the model catalogue, a sample
+river and the header for engines of other authors.")
 set(CPACK_DEBIAN_CLI_PACKAGE_RECOMMENDS python3)
 set(CPACK_DEBIAN_CLI_PACKAGE_SUGGESTS netcdf-bin)
 set(CPACK_DEBIAN_GUI_PACKAGE_NAME ${gui_package})

@@ -2,7 +2,8 @@
 """Builds the sample data file: the Roanoke River from Roanoke Rapids to near Oak City over one water year.
 
 Reads the measured series in data/ and the tables in river/, and hands the result as JSON to `vki load`. The measured
-series get a stored query, too, and the files that the queries read are put beside the data file.
+series get a stored query, too, and the files that the queries read are put beside the data file, as is the list of
+measured series that the results are compared with.
 """
 import argparse
 import collections
@@ -239,6 +240,28 @@ class Sample:
         }
 
 
+def put_measured_beside(output, water_year):
+    """What the results are compared with: daily means near Oak City, without the spin-up before the water year."""
+    river = network.segments()
+    compared = {
+        "name": "Dissolved oxygen near Oak City",
+        "variable": "DO",
+        "segment": river[network.position(river, network.GAGE_KM)].name,
+        "units": "mg/l",
+        "factor": 1,  # g/m3 by another name
+        "kind": "daily mean",
+        "from": f"{water_year - 1}-10-01",
+        "query": {
+            "file_name": "data/oak_city_daily.csv",
+            "date_time_field": "moment",
+            "value_field": "oxygen_mg_l",
+        },
+    }
+    with open(output.with_suffix(".measured.json"), "w", encoding="utf-8") as file:
+        json.dump({"version": 1, "series": [compared]}, file, indent=2)
+        file.write("\n")
+
+
 def put_tables_beside(output):
     """The queries name their files as seen from the data file's folder."""
     for name in {source.file for source in SOURCES.values()}:
@@ -260,7 +283,9 @@ def main():
     if arguments.json:
         with open(arguments.json, "w", encoding="utf-8") as file:
             file.write(text + "\n")
-    put_tables_beside(pathlib.Path(arguments.output))
+    output = pathlib.Path(arguments.output)
+    put_tables_beside(output)
+    put_measured_beside(output, arguments.water_year)
     loaded = subprocess.run([arguments.vki, "load", "-", arguments.output], input=text.encode(), check=False)
     return loaded.returncode
 

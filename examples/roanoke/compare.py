@@ -1,68 +1,61 @@
 #!/usr/bin/env python3
 """Holds modelled dissolved oxygen against the daily means measured near Oak City, and against three simple guesses.
 
-Prints a table by month and the scores of the whole water year, and writes both to a CSV file.
+Prints a table by month and the scores of the whole water year, and writes both to a CSV file. The scores are those of
+vesk-results.
 """
 import argparse
 import csv
 import datetime
+import json
+import math
+import pathlib
+import subprocess
 import sys
 
-import network
 import physics
 import tables
-from scores import score
 
 MODEL = "model"
 SATURATION = "saturation at the measured temperature"
 SHARE = "the best fixed share of saturation"
-MONTHS = "the mean of each month as measured"
+WHOLE = "all"  # as vesk-results calls it
 
 
-def modelled(file_name):
-    """{date: g/m3} in the segment at the station. Results are printed at noon, in the middle of the measured day."""
-    river = network.segments()
-    column = river[network.position(river, network.GAGE_KM)].name
-    with open(file_name, newline="", encoding="utf-8") as file:
-        rows = csv.DictReader(file)
-        if column not in (rows.fieldnames or ()):
-            sys.exit(f"{file_name}: has no column \"{column}\"; is it a result of this sample?")
-        return {datetime.datetime.fromisoformat(row["time"]).date(): float(row[column]) for row in rows}
-
-
-def whole_water_year(values):
-    """Without the days of the spin-up, which belong to the year before."""
-    first = datetime.date(max(values).year - 1, 10, 1)
-    return {date: value for date, value in values.items() if date >= first}
-
-
-def guesses(observed, temperature):
-    """What one can say without a model. The last two know the year's measurements: they are hard to beat."""
+def guesses(water_year):
+    """What one can say without a model, {name: {date: g/m3}}. The second knows the year's measurements: it is hard to
+    beat. A third one, the measured mean of each month, is a guess of vesk-results."""
+    temperature = tables.daily("data/oak_city_daily.csv", "temperature_degC")
+    measured = tables.daily("data/oak_city_daily.csv", "oxygen_mg_l")
+    first, last = datetime.date(water_year - 1, 10, 1), datetime.date(water_year, 9, 30)
+    observed = {date: value for date, value in measured.items() if first <= date <= last and date in temperature}
     saturation = {date: physics.oxygen_saturation(temperature[date]) for date in observed}
     share = sum(observed[d] * saturation[d] for d in observed) / sum(saturation[d] ** 2 for d in observed)
-    months = {}
-    for date, value in observed.items():
-        months.setdefault(date.month, []).append(value)
-    return {
-        SATURATION: saturation,
-        SHARE: {date: share * value for date, value in saturation.items()},
-        MONTHS: {date: sum(months[date.month]) / len(months[date.month]) for date in observed},
-    }
+    return {SATURATION: saturation, SHARE: {date: share * value for date, value in saturation.items()}}
 
 
-def of_month(values, month):
-    return {date: value for date, value in values.items() if date.strftime("%Y-%m") == month}
+def write_guesses(series, file_name):
+    """A column for each guess, at noon, the middle of the day."""
+    with open(file_name, "w", newline="", encoding="utf-8") as file:
+        writer = csv.writer(file)
+        writer.writerow(["time", *series])
+        for date in series[SATURATION]:
+            writer.writerow([f"{date}T12:00:00", *(values[date] for values in series.values())])
 
 
-def results(observed, estimates):
-    """[(period, estimate, Scores)], months in order of time, then the whole year."""
-    months = sorted({date.strftime("%Y-%m") for date in observed})
-    rows = [
-        (month, name, score(of_month(observed, month), values))
-        for month in months
-        for name, values in estimates.items()
-    ]
-    return rows + [("year", name, score(observed, values)) for name, values in estimates.items()]
+def scores(program, results, estimates):
+    """[(period, estimate, {score: value})], months in order of time, then the whole year."""
+    words = [program, "agreement", results, "--estimates", estimates, "--format", "json"]
+    done = subprocess.run(words, stdout=subprocess.PIPE, check=False)
+    if done.returncode != 0:
+        sys.exit(done.returncode)
+    found = json.loads(done.stdout)["series"][0]["estimates"]
+    by_period = {}
+    for estimate in found:
+        for row in estimate["scores"]:
+            values = {name: math.nan if value is None else value for name, value in row.items()}
+            by_period.setdefault(row["period"], []).append((estimate["name"], values))
+    return [("year" if period == WHOLE else period, name, s) for period, all_of in by_period.items() for name, s in all_of]
 
 
 def print_table(rows):
@@ -71,12 +64,12 @@ def print_table(rows):
     by_name = {(period, name): scores for period, name, scores in rows}
     for period in dict.fromkeys(period for period, _, _ in rows):
         s, simple = by_name[period, MODEL], by_name[period, SATURATION]
-        figures = f"{s.count:4}  {s.observed:8.2f}  {s.estimated:8.2f}  {s.bias:+5.2f}  {s.rmse:5.2f}"
-        print(f"{period:7}  {figures}  {simple.rmse:19.2f}")
+        means = f"{s['mean_measured']:8.2f}  {s['mean_modelled']:8.2f}"
+        print(f"{period:7}  {s['count']:4}  {means}  {s['bias']:+5.2f}  {s['rmse']:5.2f}  {simple['rmse']:19.2f}")
     print(f"\n{'whole year':40}   bias   RMSE      r  efficiency")
     for period, name, s in rows:
         if period == "year":
-            print(f"{name:40}  {s.bias:+5.2f}  {s.rmse:5.2f}  {s.correlation:5.3f}  {s.efficiency:10.3f}")
+            print(f"{name:40}  {s['bias']:+5.2f}  {s['rmse']:5.2f}  {s['r']:5.3f}  {s['nse']:10.3f}")
 
 
 def write_table(rows, file_name):
@@ -84,23 +77,21 @@ def write_table(rows, file_name):
         writer = csv.writer(file)
         writer.writerow(["period", "estimate", "days", "measured", "estimated", "bias", "rmse", "r", "efficiency"])
         for period, name, s in rows:
-            figures = (s.observed, s.estimated, s.bias, s.rmse, s.correlation, s.efficiency)
-            writer.writerow([period, name, s.count, *(f"{figure:.4f}" for figure in figures)])
+            figures = (s[it] for it in ("mean_measured", "mean_modelled", "bias", "rmse", "r", "nse"))
+            writer.writerow([period, name, s["count"], *(f"{figure:.4f}" for figure in figures)])
 
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
-    parser.add_argument("oxygen", help="the run's CSV file of dissolved oxygen")
+    parser.add_argument("program", help="vesk-results")
+    parser.add_argument("results", help="the run's NetCDF file; the measured series are beside it")
     parser.add_argument("table", help="the CSV file to write")
+    parser.add_argument("--water-year", type=int, default=2012)
     arguments = parser.parse_args()
 
-    model = whole_water_year(modelled(arguments.oxygen))
-    temperature = tables.daily("data/oak_city_daily.csv", "temperature_degC")
-    measured = tables.daily("data/oak_city_daily.csv", "oxygen_mg_l")
-    observed = {date: value for date, value in measured.items() if date in model and date in temperature}
-    if not observed:
-        sys.exit(f"{arguments.oxygen}: no day of it has a measurement.")
-    rows = results(observed, {MODEL: model, **guesses(observed, temperature)})
+    estimates = pathlib.Path(arguments.results).with_suffix("").as_posix() + "_guesses.csv"
+    write_guesses(guesses(arguments.water_year), estimates)
+    rows = scores(arguments.program, arguments.results, estimates)
     print_table(rows)
     write_table(rows, arguments.table)
 

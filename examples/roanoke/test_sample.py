@@ -16,7 +16,6 @@ import network
 import physics
 import records
 import tables
-from scores import score
 
 
 class Formulas(unittest.TestCase):
@@ -38,15 +37,6 @@ class Formulas(unittest.TestCase):
         for days, value in ((0, 0.94), (16, 0.94 + 0.03 * 16 / 31), (17, 0.94 + 0.03 * 17 / 31), (31, 0.97)):
             date = datetime.date(2011, 12, 15) + datetime.timedelta(days)
             self.assertAlmostEqual(share(date), value, msg=date)
-
-    def test_scores(self):
-        days = [datetime.date(2012, 1, day) for day in (1, 2, 3, 4)]
-        measured = dict(zip(days, (8.0, 10.0, 12.0)))  # mean 10, squares about it 8
-        s = score(measured, dict(zip(days, (9.0, 10.0, 14.0, 99.0))))  # errors 1, 0, 2
-        self.assertEqual((s.count, s.observed, s.estimated, s.bias), (3, 10, 11, 1))
-        self.assertAlmostEqual(s.rmse, (5 / 3) ** 0.5)
-        self.assertAlmostEqual(s.efficiency, 1 - 5 / 8)
-        self.assertAlmostEqual(s.correlation, 10 / (8 * 14) ** 0.5)
 
 
 class Network(unittest.TestCase):

@@ -18,9 +18,9 @@ struct program_end {
 };
 
 // Runs a program to its end, without a shell and with an empty environment. Of this process's files it gets only
-// `file`, as handed_descriptor; its standard input and standard error are discarded. `take` is called with each piece of output, and several
-// times a second with nothing while there is none. If it returns false or throws, or there is no output for
-// `longest_silence`, the program is killed. No process remains.
+// `file`, as handed_descriptor; its standard input and standard error are discarded. `take` is called with each piece
+// of output, and several times a second with nothing while there is none. If it returns false or throws, or there is no
+// output for `longest_silence`, the program is killed. No process remains.
 program_end read_program(const std::filesystem::path& program, const std::vector<std::string>& arguments,
                          const file_descriptor& file, std::chrono::milliseconds longest_silence,
                          const std::function<bool(std::string_view)>& take);

@@ -139,6 +139,10 @@ std::vector<double> variable::bands_of(std::uint64_t first_time, std::uint64_t t
   std::vector<Number> least(segments_, infinite), greatest(segments_, -infinite);
   std::vector<double> sum(segments_), result(4 * segments_);
   std::vector<std::uint32_t> count(segments_);
+  // Plain pointers: checked indices would keep the loop below from being vectorized.
+  Number *const low = least.data(), *const high = greatest.data();
+  double* const sums = sum.data();
+  std::uint32_t* const counts = count.data();
   for (std::uint64_t done = 0; done < times;) {
     const std::uint64_t now = std::min(times_at_once_, times - done);
     const auto values = read<Number>(first_time + done, now, 0, segments_);
@@ -146,20 +150,20 @@ std::vector<double> variable::bands_of(std::uint64_t first_time, std::uint64_t t
       const Number* const row = values.data() + t * segments_;
       for (std::uint64_t s = 0; s < segments_; ++s) {
         const bool is_there = row[s] == row[s];
-        least[s] = row[s] < least[s] ? row[s] : least[s];
-        greatest[s] = row[s] > greatest[s] ? row[s] : greatest[s];
-        sum[s] += is_there ? double{row[s]} : 0.0;
-        count[s] += is_there;
+        low[s] = row[s] < low[s] ? row[s] : low[s];
+        high[s] = row[s] > high[s] ? row[s] : high[s];
+        sums[s] += is_there ? double{row[s]} : 0.0;
+        counts[s] += is_there;
       }
     }
     done += now;
   }
   for (std::uint64_t s = 0; s < segments_; ++s) {
     const bool some = count[s] > 0;
-    const double low = double{least[s]} * scale_ + offset_, high = double{greatest[s]} * scale_ + offset_;
-    result[s] = some ? std::min(low, high) : nothing; // a negative scale turns them round
+    const double one = double{least[s]} * scale_ + offset_, other = double{greatest[s]} * scale_ + offset_;
+    result[s] = some ? std::min(one, other) : nothing; // a negative scale turns them round
     result[segments_ + s] = some ? sum[s] / count[s] * scale_ + offset_ : nothing;
-    result[2 * segments_ + s] = some ? std::max(low, high) : nothing;
+    result[2 * segments_ + s] = some ? std::max(one, other) : nothing;
     result[3 * segments_ + s] = count[s];
   }
   return result;
