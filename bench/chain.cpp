@@ -101,7 +101,8 @@ void chain::jump(double factor) {
 }
 
 void chain::step(double days) {
-  integrator->limit(*equations, *state, days);
+  constexpr double fraction = 0.9; // of the limit that a step may use
+  integrator->limit(*equations, *state, days, days / fraction);
   integrator->step(*equations, *state, days, *balances);
 }
 

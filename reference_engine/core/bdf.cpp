@@ -161,7 +161,7 @@ private:
 Bdf::Bdf() = default;
 Bdf::~Bdf() = default;
 
-StepLimit Bdf::limit(Equations& equations, const State& state, double days) {
+StepLimit Bdf::limit(Equations& equations, const State& state, double days, double) {
   equations.move_to(state.day + days / 2);
   equations.set_volumes(state.volume);
   constexpr double unlimited = std::numeric_limits<double>::infinity();

@@ -23,7 +23,7 @@ public:
   ~Bdf() override;
 
   // Bound by the water alone: by the first segment that would run dry.
-  StepLimit limit(Equations& equations, const State& state, double days) override;
+  StepLimit limit(Equations& equations, const State& state, double days, double enough) override;
   // Throws RunError too where CVODE finds no solution.
   void step(Equations& equations, State& state, double days, Balances& balances) override;
 

@@ -121,6 +121,17 @@ void Equations::move_to_middle(double begin, double days) {
   for (std::size_t k = 0; k < mean.size(); ++k) inflow_[k] = (mean[k] + 4 * inflow_[k]) / 6;
 }
 
+void Equations::keep(Moment& into) const {
+  into.network = network_.driven();
+  into.classes.resize(classes_.size());
+  for (std::size_t c = 0; c < classes_.size(); ++c) into.classes[c] = classes_[c].loose();
+}
+
+void Equations::exchange(Moment& with) {
+  std::swap(network_.driven(), with.network);
+  for (std::size_t c = 0; c < classes_.size(); ++c) std::swap(classes_[c].loose(), with.classes[c]);
+}
+
 void Equations::set_volumes(const std::vector<double>& volume) {
   const bool functions_changed = std::exchange(functions_changed_, false);
   const bool water_changed = std::exchange(water_changed_, false);
@@ -173,65 +184,105 @@ void Equations::update_settling(const std::vector<double>& volume) {
 }
 
 // What leaves each segment at most, with water or of any system.
-const std::vector<double>& Equations::find_leaving(std::size_t begin, std::size_t end) {
+void Equations::find_leaving(std::size_t begin, std::size_t end) {
+  double* const leaving = &leaving_[begin];
   network_.take_layers(begin, end, layers_);
-  network_.find_water_out(layers_, leaving_);
+  network_.find_water_out(layers_, leaving);
   for (const TransportClass& it : classes_) {
     it.find_coefficients(problem_, network_, layers_, coefficients_);
-    larger_of(end - begin, coefficients_.out.data(), leaving_.data());
+    larger_of(end - begin, coefficients_.out.data(), leaving);
   }
-  return leaving_;
+}
+
+// The fastest losses in each of these segments, 1/day, those that saturate included.
+const double* Equations::find_losses(const State& state, std::size_t begin, std::size_t end) {
+  losses_.assign(block, 0.0);
+  rows_.resize(problem_.systems.size());
+  for (std::size_t s = 0; s < rows_.size(); ++s) rows_[s] = state.of(s).data() + begin;
+  kinetics_->relative_losses(begin, end, rows_.data(), losses_.data());
+  larger_of(end - begin, &kinetics_->decay()[begin], losses_.data());
+  return losses_.data();
+}
+
+Equations::Fastest Equations::find_fastest(const State& state, Losses which) {
+  Fastest fastest;
+  const auto decay = kinetics_->decay();
+  const bool stale = std::exchange(leaving_version_, version_) != version_;
+  leaving_.resize(decay.size());
+  for (std::size_t begin = 0; begin < decay.size(); begin += block) {
+    const std::size_t end = std::min(begin + block, decay.size());
+    if (stale) find_leaving(begin, end);
+    const double *const leaving = &leaving_[begin], *const per_volume = &state.per_volume[begin];
+    const double* const lost = which == Losses::saturating ? find_losses(state, begin, end) : &decay[begin];
+    if (largest_turnover(end - begin, leaving, per_volume, lost) <= fastest.turnover) continue;
+    for (std::size_t k = 0; k < end - begin; ++k)
+      if (const double turnover = leaving[k] * per_volume[k] + lost[k]; turnover > fastest.turnover)
+        fastest = {turnover, begin + k};
+  }
+  return fastest;
 }
 
 void Equations::find_limit(const State& state) {
-  constexpr double unlimited = std::numeric_limits<double>::infinity();
-  limit_ = {unlimited, 0, unlimited, 0};
-  double fastest = 0;
-  const auto decay = kinetics_->decay();
-  for (std::size_t begin = 0; begin < decay.size(); begin += block) {
-    const std::size_t end = std::min(begin + block, decay.size());
-    const std::vector<double>& leaving = find_leaving(begin, end);
-    const double* const per_volume = &state.per_volume[begin];
-    if (largest_turnover(end - begin, leaving.data(), per_volume, &decay[begin]) <= fastest) continue;
-    for (std::size_t k = 0; k < end - begin; ++k) {
-      const double turnover = leaving[k] * per_volume[k] + decay[begin + k];
-      if (turnover <= fastest) continue;
-      fastest = turnover;
-      limit_ = {1 / fastest, begin + k, 1 / fastest, begin + k};
-    }
-  }
-}
-
-// visit(segment, turnover in 1/day), losses that saturate included.
-template <class Visit>
-void Equations::visit_turnover(const State& state, Visit visit) {
-  const auto decay = kinetics_->decay();
-  std::vector<const double*> rows(problem_.systems.size());
-  losses_.assign(block, 0.0);
-  for (std::size_t begin = 0; begin < decay.size(); begin += block) {
-    const std::size_t end = std::min(begin + block, decay.size());
-    const std::vector<double>& leaving = find_leaving(begin, end);
-    for (std::size_t s = 0; s < rows.size(); ++s) rows[s] = state.of(s).data() + begin;
-    kinetics_->relative_losses(begin, end, rows.data(), losses_.data());
-    for (std::size_t k = 0; k < end - begin; ++k)
-      visit(begin + k, leaving[k] * state.per_volume[begin + k] + std::max(losses_[k], decay[begin + k]));
-  }
-}
-
-StepLimit Equations::limit(const State& state) {
-  if (limit_version_ != version_ || limit_volume_version_ != state.volume_version) find_limit(state);
+  const Fastest fastest = find_fastest(state, Losses::decay);
+  limit_ = {1 / fastest.turnover, fastest.segment, 1 / fastest.turnover, fastest.segment};
   limit_version_ = version_;
   limit_volume_version_ = state.volume_version;
+}
+
+StepLimit Equations::limit(const State& state, double enough) {
+  const bool known = limit_version_ == version_ && limit_volume_version_ == state.volume_version;
+  // A line of one step is not worth a bound, which takes two searches.
+  if (searched_.line != forcing_.version()) searched_ = {forcing_.version(), state.day};
+  const bool is_first_step = searched_.day == state.day;
+  if (!known && !is_first_step && enough < std::numeric_limits<double>::infinity() && line_bound_may_serve()) {
+    constexpr double stale = 0.1; // share of a volume
+    if (line_bound_.line != forcing_.version() || line_bound_.emptying * (state.day - line_bound_.day) > stale)
+      find_line_bound(state);
+    if (const StepLimit bound = line_bound(state.day + enough); bound.days >= enough) return bound;
+  }
+  if (!known) find_limit(state);
   if (!kinetics_->saturates()) return limit_;
   StepLimit limit = limit_;
-  double fastest = 0;
-  visit_turnover(state, [&](std::size_t i, double turnover) {
-    if (turnover <= fastest) return;
-    fastest = turnover;
-    limit.saturated_days = 1 / turnover;
-    limit.saturated_segment = i;
-  });
+  const Fastest fastest = find_fastest(state, Losses::saturating);
+  limit.saturated_days = 1 / fastest.turnover;
+  limit.saturated_segment = fastest.segment;
   return limit;
+}
+
+// Where nothing but flows and volumes changes what is lost.
+bool Equations::line_bound_may_serve() const {
+  return !uses_hydraulics_ && !kinetics_->saturates() && !forcing_.time_functions_vary();
+}
+
+// On a line of the forcing each flow is linear in time, and what leaves a segment is a sum of flows where they are
+// above 0: a convex function, which is largest at an end of the line. So is the rate at which a volume falls.
+void Equations::find_line_bound(const State& state) {
+  const double now = forcing_.day();
+  line_bound_ = {.fastest = {}, .emptying = 0, .day = state.day, .line = forcing_.version()};
+  const auto [begin_of_line, end_of_line] = forcing_.ends();
+  for (const double day : {begin_of_line, end_of_line}) {
+    move_to(day);
+    ++version_;
+    const Fastest fastest = find_fastest(state, Losses::decay);
+    if (fastest.turnover > line_bound_.fastest.turnover) line_bound_.fastest = fastest;
+    for (std::size_t begin = 0; begin < state.volume.size(); begin += block) {
+      const std::size_t end = std::min(begin + block, state.volume.size());
+      network_.take_layers(begin, end, layers_);
+      network_.move_water(layers_, water_);
+      for (std::size_t k = 0; !water_.steady && k < end - begin; ++k)
+        line_bound_.emptying = std::max(line_bound_.emptying, -water_.change[k] * state.per_volume[begin + k]);
+    }
+  }
+  move_to(now);
+  set_volumes(state.volume);
+}
+
+// The bound for steps up to that day: no volume is smaller until then than by the fastest fall.
+StepLimit Equations::line_bound(double day) const {
+  constexpr double rounding = 1e-6; // of single precision
+  const double least_volume = 1 - line_bound_.emptying * (day - line_bound_.day) - rounding;
+  const double days = std::max(least_volume, 0.0) / line_bound_.fastest.turnover;
+  return {days, line_bound_.fastest.segment, days, line_bound_.fastest.segment};
 }
 
 void Equations::add_far_gains(const TransportClass& its_class, const double* concentration,
@@ -292,12 +343,19 @@ bool Equations::output(int isc, const State& state, std::span<double> values) {
   case depth_output: std::ranges::transform(hydraulics_.depth(), values.begin(), known); return true;
   case temperature_output: std::ranges::copy(kinetics_->temperature(), values.begin()); return true;
   case residence_output:
-    network_.find_water_out(layers_, leaving_);
-    for (std::size_t i = 0; i < count; ++i) values[i] = state.volume[i] / known(leaving_[i]);
+    network_.find_water_out(layers_, values.data());
+    for (std::size_t i = 0; i < count; ++i) values[i] = state.volume[i] / known(values[i]);
     return true;
-  case step_output:
-    visit_turnover(state, [&](std::size_t i, double turnover) { values[i] = 1 / known(turnover); });
+  case step_output: {
+    find_fastest(state, Losses::saturating); // so that what leaves is of now
+    for (std::size_t begin = 0; begin < count; begin += block) {
+      const std::size_t end = std::min(begin + block, count);
+      const double* const lost = find_losses(state, begin, end);
+      for (std::size_t i = begin; i < end; ++i)
+        values[i] = 1 / known(leaving_[i] * state.per_volume[i] + lost[i - begin]);
+    }
     return true;
+  }
   default: return kinetics_->output(isc, state.concentration, values);
   }
 }

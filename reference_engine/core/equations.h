@@ -15,6 +15,7 @@
 #include "core/transport.h"
 
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <span>
 #include <string_view>
@@ -46,6 +47,14 @@ public:
   void move_to(double day);
   // The same in the middle of a step of so many days, but with sources as they are on average over the step.
   void move_to_middle(double begin, double days);
+  // What follows from the flows and exchanges of one day at once. `keep` copies that of now; `exchange` puts another
+  // one in its place, until the same call brings it back. Neither touches what follows from volumes, or sources.
+  struct Moment {
+    Network::Driven network;
+    std::vector<TransportClass::Loose> classes;
+  };
+  void keep(Moment& into) const;
+  void exchange(Moment& with);
   // Takes the volumes of that day. Throws RunError where a process needs a depth and there is none.
   void set_volumes(const std::vector<double>& volume);
   // Counts the calls that changed a coefficient or a volume.
@@ -53,7 +62,8 @@ public:
 
   // The longest explicit step after which no concentration is below 0 by transport and losses, and no segment is dry:
   // the smallest V / (what leaves + V decay), on that day. Losses that saturate count by themselves.
-  StepLimit limit(const State& state);
+  // enough: days. Instead of a longer limit a shorter one may be given, of this length at least, which takes no search.
+  StepLimit limit(const State& state, double enough = std::numeric_limits<double>::infinity());
   // No volume changes, with the flows of that day.
   bool is_steady();
   // Anything but sources depends on the volumes.
@@ -61,6 +71,9 @@ public:
   // How a class is carried through a stretch of the network.
   void find_coefficients(const TransportClass& its_class, const LayerValues& layers, Coefficients& into) const {
     its_class.find_coefficients(problem_, network_, layers, into);
+  }
+  void find_carried(const TransportClass& its_class, const LayerValues& layers, Coefficients& into) const {
+    its_class.find_carried(problem_, network_, layers, into);
   }
 
   const Problem& problem() const { return problem_; }
@@ -88,10 +101,26 @@ private:
   void take_sources();
   void update_hydraulics(const std::vector<double>& volume);
   void update_settling(const std::vector<double>& volume);
+  // The segment with the fastest turnover: what leaves as a share of the volume, and losses.
+  struct Fastest {
+    double turnover = 0; // 1/day
+    std::size_t segment = 0;
+  };
+  enum class Losses { decay, saturating };
   void find_limit(const State& state);
-  const std::vector<double>& find_leaving(std::size_t begin, std::size_t end);
-  template <class Visit>
-  void visit_turnover(const State& state, Visit visit);
+  Fastest find_fastest(const State& state, Losses losses);
+  void find_leaving(std::size_t begin, std::size_t end);
+  const double* find_losses(const State& state, std::size_t begin, std::size_t end);
+  // What holds at any time of the forcing's line, as seen from one state.
+  struct LineBound {
+    Fastest fastest;
+    double emptying = 0; // largest loss of a volume as a share of it, 1/day
+    double day = 0;      // of that state
+    std::uint64_t line = 0;
+  };
+  bool line_bound_may_serve() const;
+  void find_line_bound(const State& state);
+  StepLimit line_bound(double day) const;
 
   const Problem& problem_;
   std::unique_ptr<Kinetics> kinetics_;
@@ -108,12 +137,20 @@ private:
   ForcingLine forcing_;
   bool uses_hydraulics_;
   bool water_changed_ = true, functions_changed_ = true, hydraulics_fresh_ = false;
-  std::vector<double> volume_;           // that the hydraulics were worked out for
-  LayerValues layers_;                   // the rest is of a block: its links,
-  WaterMoved water_;                     // its water,
-  Coefficients coefficients_;            // a class,
-  std::vector<double> leaving_, losses_; // what leaves, m3/day, and the fastest losses, 1/day
-  StepLimit limit_;                      // without losses that saturate, of this version and these volumes
+  std::vector<double> volume_; // that the hydraulics were worked out for
+  LayerValues layers_;         // the rest is of a block: its links,
+  WaterMoved water_;           // its water,
+  Coefficients coefficients_;  // a class,
+  std::vector<double> losses_; // and the fastest losses, 1/day
+  std::vector<const double*> rows_;
+  std::vector<double> leaving_; // all that leaves each segment, m3/day, of this version
+  std::uint64_t leaving_version_ = 0;
+  LineBound line_bound_;
+  struct {
+    std::uint64_t line = 0;
+    double day = 0;
+  } searched_;      // the latest line on which the limit was asked for, and the first day
+  StepLimit limit_; // without losses that saturate, of this version and these volumes
   bool is_steady_ = false;
   std::uint64_t version_ = 0, limit_version_ = 0, limit_volume_version_ = 0;
   std::uint64_t water_version_ = 1, steady_version_ = 0; // of the flows, and that is_steady_ is of

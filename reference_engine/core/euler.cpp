@@ -14,10 +14,10 @@ constexpr std::size_t block = 512;
 
 } // namespace
 
-StepLimit Euler::limit(Equations& equations, const State& state, double days) {
+StepLimit Euler::limit(Equations& equations, const State& state, double days, double enough) {
   equations.move_to(state.day + days / 2);
   equations.set_volumes(state.volume);
-  return equations.limit(state);
+  return equations.limit(state, enough);
 }
 
 void Euler::step(Equations& equations, State& state, double days, Balances& balances) {
@@ -102,19 +102,24 @@ bool Euler::find_shares(const Equations& equations, const State& state, std::siz
   double* const per_gram = &into.per_gram[at];
   equations.network().take_layers(begin, end, layers_);
   const bool moves = find_new_volumes(equations, state, days_, layers_, new_volume);
-  if (moves) set_inverse(count, new_volume, &into.per_volume[at]);
-  const double* const per_volume = moves ? &into.per_volume[at] : &state.per_volume[begin];
-  set_multiple(count, days_, per_volume, per_gram);
+  if (moves) {
+    set_inverse(count, new_volume, &into.per_volume[at]);
+    set_product(count, 1, &state.volume[begin], &into.per_volume[at], ratio_.data());
+  }
+  set_multiple(count, days_, moves ? &into.per_volume[at] : &state.per_volume[begin], per_gram);
   if (moves)
-    set_product(count, 1, &state.volume[begin], per_volume, ratio_.data());
-  else
-    std::fill_n(ratio_.begin(), count, 1.0);
-  set_multiple(count, days_, ratio_.data(), &into.per_rate[at]);
+    set_multiple(count, days_, ratio_.data(), &into.per_rate[at]);
+  else if (equations.kinetics().reacts())
+    std::fill_n(&into.per_rate[at], count, days_);
   for (std::size_t c = 0; c < into.classes.size(); ++c) {
+    const TransportClass& its_class = equations.classes()[c];
     Shares::OfClass& it = into.classes[c];
-    equations.find_coefficients(equations.classes()[c], layers_, coefficients_);
-    set_shares(count, ratio_.data(), per_gram, coefficients_.out.data(), coefficients_.lower(), coefficients_.upper(),
-               {&it.keep[at], &it.lower[at], &it.upper[at]});
+    equations.find_carried(its_class, layers_, coefficients_);
+    set_kept_shares(count, moves ? ratio_.data() : nullptr, per_gram, coefficients_.up.data(),
+                    coefficients_.down.data(), {&it.keep[at], &it.lower[at], &it.upper[at]});
+    its_class.visit_leaving(equations.network(), begin, end, [&](std::size_t segment, double amount) {
+      it.keep[at + segment - begin] -= per_gram[segment - begin] * amount;
+    });
   }
   return moves;
 }
@@ -161,10 +166,7 @@ bool Euler::advance_class(const Equations& equations, std::size_t its_class, std
 }
 
 double Euler::reacted(std::size_t system, std::size_t begin, std::size_t end, const State& state) const {
-  const double* const rate = rate_rows_[system];
-  double sum = 0;
-  for (std::size_t i = begin; i < end; ++i) sum += state.volume[i] * rate[i - begin];
-  return sum;
+  return sum_of_products(end - begin, &state.volume[begin], rate_rows_[system]);
 }
 
 // Where a concentration has fallen below 0, the reactions of that segment take less, and the rates with them.

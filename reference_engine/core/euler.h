@@ -13,7 +13,7 @@ namespace reference_engine {
 
 class Euler : public Integrator {
 public:
-  StepLimit limit(Equations& equations, const State& state, double days) override;
+  StepLimit limit(Equations& equations, const State& state, double days, double enough) override;
   void step(Equations& equations, State& state, double days, Balances& balances) override;
 
 private:

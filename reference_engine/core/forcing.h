@@ -31,6 +31,7 @@ class TimeFunctions {
 public:
   explicit TimeFunctions(std::span<const double> values) : values_(values) {} // [ISC - 1]; borrowed
   double operator()(int isc) const { return values_[static_cast<std::size_t>(isc - 1)]; }
+  std::span<const double> values() const { return values_; }
 
 private:
   std::span<const double> values_;

@@ -42,6 +42,7 @@ ForcingLine::ForcingLine(UsedElements used)
       boundaries_(std::move(used.boundaries)), time_functions_(first_numbers(used.time_functions)) {}
 
 void ForcingLine::take_first(const Forcing& forcing, double day) {
+  ++version_;
   first_day_ = second_day_ = day;
   straight_ = true;
   fresh_ = true;
@@ -59,6 +60,7 @@ void ForcingLine::take_first(const Forcing& forcing, double day) {
 
 void ForcingLine::take_second(const Forcing& forcing, double day, bool straight) {
   if (!(day > first_day_)) return; // too short an interval for two samples: the first one holds
+  ++version_;
   second_day_ = day;
   straight_ = straight;
   flows_.take_second([&](std::size_t element) { return forcing.flow(element); });

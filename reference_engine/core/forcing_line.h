@@ -8,7 +8,9 @@
 #include "core/forcing.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <span>
+#include <utility>
 #include <vector>
 
 namespace reference_engine {
@@ -77,9 +79,20 @@ public:
   // Works out the values of a day. Returns which differ from those before.
   Changes move_to(double day);
 
+  // Counts the samples: another number is another line.
+  std::uint64_t version() const { return version_; }
+  double day() const { return day_; } // of the values
+  // The days on which the line begins and ends; twice the same for values that do not change.
+  std::pair<double, double> ends() const {
+    const double quarter = (second_day_ - first_day_) / 2; // the samples lie at a quarter and at three quarters
+    return {first_day_ - quarter, second_day_ + quarter};
+  }
+
   bool varies() const;
+  bool water_varies() const { return flows_.varies() || exchanges_.varies(); }
+  bool time_functions_vary() const { return time_functions_.varies(); }
   // Anything but loads and boundary concentrations varies.
-  bool coefficients_vary() const { return flows_.varies() || exchanges_.varies() || time_functions_.varies(); }
+  bool coefficients_vary() const { return water_varies() || time_functions_vary(); }
   // Flows and boundary concentrations both vary, so that what flows in is no longer linear in time.
   bool inflow_is_curved() const { return flows_.varies() && boundaries_.varies(); }
 
@@ -96,6 +109,7 @@ private:
   std::vector<double> volume_change_;
   double first_day_ = 0, second_day_ = 0, day_ = 0;
   bool straight_ = true, fresh_ = true, volume_fresh_ = true;
+  std::uint64_t version_ = 0;
 };
 
 } // namespace reference_engine

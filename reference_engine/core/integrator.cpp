@@ -14,19 +14,23 @@ namespace reference_engine {
 
 bool Integrator::find_new_volumes(const Equations& equations, const State& state, double days,
                                   const LayerValues& layers, double* new_volume) {
-  // A segment that empties is halved over and over by ever shorter steps: what is left of it then is no water body.
-  constexpr double dry_share = 1e-3;
-  const auto [begin, end] = std::pair(layers.begin, layers.end);
   equations.network().move_water(layers, water_);
   if (water_.steady) return false;
-  const auto& segments = equations.problem().segments;
-  for (std::size_t i = begin; i < end; ++i) {
-    const double change = water_.change[i - begin];
-    new_volume[i - begin] = state.volume[i] + days * change;
-    if (change < 0 && !(new_volume[i - begin] > dry_share * segments[i].volume))
+  change_volumes(equations.problem(), state, days, water_, layers.begin, new_volume);
+  return true;
+}
+
+void Integrator::change_volumes(const Problem& problem, const State& state, double days, const WaterMoved& water,
+                                std::size_t begin, double* new_volume) {
+  // A segment that empties is halved over and over by ever shorter steps: what is left of it then is no water body.
+  constexpr double dry_share = 1e-3;
+  const auto& segments = problem.segments;
+  for (std::size_t k = 0; k < water.change.size(); ++k) {
+    const std::size_t i = begin + k;
+    new_volume[k] = state.volume[i] + days * water.change[k];
+    if (water.change[k] < 0 && !(new_volume[k] > dry_share * segments[i].volume))
       throw InputError(text("Segment ", numbered(segments[i], i), " runs dry."));
   }
-  return true;
 }
 
 void Integrator::note_exceedances(const Problem& problem, const State& state) {

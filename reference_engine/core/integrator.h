@@ -5,6 +5,7 @@
 #include "core/equations.h"
 #include "core/state.h"
 
+#include <limits>
 #include <memory>
 #include <set>
 #include <utility>
@@ -20,7 +21,9 @@ public:
   virtual ~Integrator() = default;
 
   // The longest step that the technique can take from the state, with the forcing as a step of so many days meets it.
-  virtual StepLimit limit(Equations& equations, const State& state, double days) = 0;
+  // enough: as for Equations::limit.
+  virtual StepLimit limit(Equations& equations, const State& state, double days,
+                          double enough = std::numeric_limits<double>::infinity()) = 0;
 
   // Moves the state by `days`. Throws InputError when a segment runs dry and RunError when a concentration is not a
   // finite number; the state is then of no more use.
@@ -50,6 +53,9 @@ protected:
   // time, so the change of volume there is its mean. False when none changes: then nothing is written.
   bool find_new_volumes(const Equations& equations, const State& state, double days, const LayerValues& layers,
                         double* new_volume);
+  // The same where the movement of water is known, from segment begin on.
+  static void change_volumes(const Problem& problem, const State& state, double days, const WaterMoved& water,
+                             std::size_t begin, double* new_volume);
   // Between which a system's concentrations must lie.
   struct Limits {
     double least, most;

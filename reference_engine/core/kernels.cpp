@@ -1,5 +1,7 @@
 #include "core/kernels.h"
 
+#include "core/dispatch.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
@@ -85,8 +87,9 @@ template <bool reacts>
   return reacts ? advance_all<true>(count, shares, rows) : advance_all<false>(count, shares, rows);
 }
 
-template <std::size_t rows, std::size_t earlier, bool reacts>
+template <std::size_t rows, bool is_last, bool reacts, bool moves>
 [[gnu::always_inline]] inline bool stage_rows(std::size_t count, const StageShares& given, const StageRow* in) {
+  constexpr double third = 1.0 / 3;
   const StageShares shares = given;
   StageRow row[rows];
   for (std::size_t r = 0; r < rows; ++r) row[r] = in[r];
@@ -94,72 +97,74 @@ template <std::size_t rows, std::size_t earlier, bool reacts>
   std::size_t k = 0;
   for (; k + width <= count; k += width) {
     const Vector out = vector(shares.out + k), lower = vector(shares.lower + k), upper = vector(shares.upper + k);
-    const Vector per_gram = vector(shares.per_gram + k);
 #pragma GCC unroll 4
     for (std::size_t r = 0; r < rows; ++r) {
       const double* const now = row[r].now + k;
-      Vector result = per_gram * (lower * vector(now - 1) - out * vector(now) + upper * vector(now + 1));
-      if constexpr (earlier != 1) result += vector(shares.keep + k) * vector(now);
-      for (std::size_t e = 0; e < earlier; ++e) result += vector(shares.weights[e] + k) * vector(row[r].earlier[e] + k);
-      if constexpr (reacts) result += vector(shares.per_rate + k) * vector(row[r].rate + k);
+      Vector change = lower * vector(now - 1) - out * vector(now) + upper * vector(now + 1);
+      if constexpr (reacts && moves) change += vector(shares.per_rate + k) * vector(row[r].rate + k);
+      if constexpr (reacts && !moves) change += shares.days * vector(row[r].rate + k);
+      Vector base = vector(row[r].earlier[0] + k);
+      if constexpr (moves) base *= vector(shares.ratios[0] + k);
+      if constexpr (is_last) {
+        Vector one = vector(row[r].earlier[1] + k), two = vector(row[r].earlier[2] + k);
+        if constexpr (moves) one *= vector(shares.ratios[1] + k);
+        if constexpr (moves) two *= vector(shares.ratios[2] + k);
+        base = third * ((vector(now) - base) + (one + (two + two)));
+      }
+      const Vector result = base + shares.reach * change;
       *reinterpret_cast<Vector*>(row[r].next + k) = result;
-      if constexpr (earlier > 1) inside &= (result >= 0) & (result <= row[r].most);
+      if constexpr (is_last) inside &= (result >= 0) & (result <= row[r].most);
     }
   }
   bool all_inside = (inside[0] & inside[1] & inside[2] & inside[3]) != 0;
   for (std::size_t r = 0; r < rows; ++r) {
     for (std::size_t i = k; i < count; ++i) {
       const double* const now = row[r].now + i;
-      double result =
-          shares.per_gram[i] * (shares.lower[i] * *(now - 1) - shares.out[i] * *now + shares.upper[i] * *(now + 1));
-      if constexpr (earlier != 1) result += shares.keep[i] * *now;
-      for (std::size_t e = 0; e < earlier; ++e) result += shares.weights[e][i] * row[r].earlier[e][i];
-      if constexpr (reacts) result += shares.per_rate[i] * row[r].rate[i];
+      double change = shares.lower[i] * *(now - 1) - shares.out[i] * *now + shares.upper[i] * *(now + 1);
+      if constexpr (reacts) change += (moves ? shares.per_rate[i] : shares.days) * row[r].rate[i];
+      const auto earlier = [&](std::size_t stage) {
+        return moves ? row[r].earlier[stage][i] * shares.ratios[stage][i] : row[r].earlier[stage][i];
+      };
+      double base = earlier(0);
+      if constexpr (is_last) base = third * ((*now - base) + (earlier(1) + (earlier(2) + earlier(2))));
+      const double result = base + shares.reach * change;
       row[r].next[i] = result;
-      if constexpr (earlier > 1) all_inside = all_inside && result >= 0 && result <= row[r].most;
+      if constexpr (is_last) all_inside = all_inside && result >= 0 && result <= row[r].most;
     }
   }
   return !all_inside;
 }
 
-template <std::size_t earlier, bool reacts>
+template <bool is_last, bool reacts, bool moves>
 [[gnu::always_inline]] inline bool stage_all(std::size_t count, const StageShares& shares,
                                              std::span<const StageRow> rows) {
-  constexpr std::size_t most = earlier > 1 ? 2 : most_rows; // each earlier one takes an address
+  constexpr std::size_t most = is_last ? 2 : most_rows; // each earlier one takes an address
   bool any_outside = false;
   while (!rows.empty()) {
     const std::size_t together = rows.size() == most_rows + 1 ? 2 : std::min(rows.size(), most);
-    const bool outside = together == 3   ? stage_rows<3, earlier, reacts>(count, shares, rows.data())
-                         : together == 2 ? stage_rows<2, earlier, reacts>(count, shares, rows.data())
-                                         : stage_rows<1, earlier, reacts>(count, shares, rows.data());
+    const bool outside = together == 3   ? stage_rows<3, is_last, reacts, moves>(count, shares, rows.data())
+                         : together == 2 ? stage_rows<2, is_last, reacts, moves>(count, shares, rows.data())
+                                         : stage_rows<1, is_last, reacts, moves>(count, shares, rows.data());
     any_outside = any_outside || outside;
     rows = rows.subspan(together);
   }
   return any_outside;
 }
 
-[[gnu::always_inline]] inline bool stage_of_any_kind(std::size_t count, const StageShares& shares,
-                                                     std::span<const StageRow> rows, std::size_t earlier, bool reacts) {
-  if (earlier == 0) return reacts ? stage_all<0, true>(count, shares, rows) : stage_all<0, false>(count, shares, rows);
-  if (earlier == 1) return reacts ? stage_all<1, true>(count, shares, rows) : stage_all<1, false>(count, shares, rows);
-  return reacts ? stage_all<3, true>(count, shares, rows) : stage_all<3, false>(count, shares, rows);
+template <bool is_last>
+[[gnu::always_inline]] inline bool stage_at(std::size_t count, const StageShares& shares,
+                                            std::span<const StageRow> rows, bool reacts, bool moves) {
+  if (reacts && moves) return stage_all<is_last, true, true>(count, shares, rows);
+  if (reacts) return stage_all<is_last, true, false>(count, shares, rows);
+  if (moves) return stage_all<is_last, false, true>(count, shares, rows);
+  return stage_all<is_last, false, false>(count, shares, rows);
 }
 
-// A kernel twice, for any processor and for one with wide vectors, and the one that this processor can run.
-template <auto kernel>
-struct Dispatch;
-template <class Result, class... Argument, Result (*kernel)(Argument...)>
-struct Dispatch<kernel> {
-  static Result portable(Argument... argument) { return kernel(argument...); }
-#ifdef __x86_64__
-  [[gnu::target("avx2")]] static Result wide(Argument... argument) {
-    return kernel(argument...);
-  }
-  static inline Result (*const best)(Argument...) = __builtin_cpu_supports("avx2") > 0 ? wide : portable;
-#else
-  static constexpr Result (*best)(Argument...) = portable;
-#endif
-};
+[[gnu::always_inline]] inline bool any_stage(std::size_t count, const StageShares& shares,
+                                             std::span<const StageRow> rows, bool is_last, bool reacts, bool moves) {
+  return is_last ? stage_at<true>(count, shares, rows, reacts, moves)
+                 : stage_at<false>(count, shares, rows, reacts, moves);
+}
 
 [[gnu::always_inline]] inline void set_multiple_loop(std::size_t count, double factor, const double* __restrict in,
                                                      double* __restrict out) {
@@ -180,16 +185,6 @@ template <bool first>
   into = first ? value : into + value;
 }
 template <bool first>
-[[gnu::always_inline]] inline void net_inflow_of(std::size_t count, const double* __restrict flow,
-                                                 double* __restrict change) {
-  for (std::size_t k = 0; k < count; ++k) put<first>(change[k], flow[k] - flow[k + 1]);
-}
-[[gnu::always_inline]] inline void add_net_inflow_loop(std::size_t count, const double* flow, bool first,
-                                                       double* change) {
-  first ? net_inflow_of<true>(count, flow, change) : net_inflow_of<false>(count, flow, change);
-}
-
-template <bool first>
 [[gnu::always_inline]] inline void outflow_of(std::size_t count, const double* __restrict flow,
                                               double* __restrict out) {
   for (std::size_t k = 0; k < count; ++k) put<first>(out[k], part_above_0(flow[k + 1]) + part_above_0(-flow[k]));
@@ -198,15 +193,25 @@ template <bool first>
   first ? outflow_of<true>(count, flow, out) : outflow_of<false>(count, flow, out);
 }
 
-[[gnu::always_inline]] inline bool drop_rounding_loop(std::size_t count, double* __restrict change,
-                                                      const double* __restrict out) {
-  double left = 0;
+// How many are left is counted in whole numbers: of those the compiler makes one count for each lane.
+template <bool first, bool last>
+[[gnu::always_inline]] inline std::size_t water_of(std::size_t count, const double* __restrict flow,
+                                                   double* __restrict change, double* __restrict out) {
+  std::int64_t moving = 0;
   for (std::size_t k = 0; k < count; ++k) {
-    const double turnover = 2 * out[k] + change[k], size = std::abs(change[k]); // what comes in and what goes out
-    change[k] = size > 1e-12 * turnover ? change[k] : 0;
-    left += std::abs(change[k]);
+    const double net = (first ? 0 : change[k]) + (flow[k] - flow[k + 1]);
+    const double leaves = (first ? 0 : out[k]) + (part_above_0(flow[k + 1]) + part_above_0(-flow[k]));
+    change[k] = last ? without_rounding(net, leaves) : net;
+    if constexpr (!last) out[k] = leaves;
+    if constexpr (last) moving += change[k] != 0 ? 1 : 0;
   }
-  return left == 0;
+  return static_cast<std::size_t>(moving);
+}
+[[gnu::always_inline]] inline std::size_t add_water_loop(std::size_t count, const double* flow, bool first, bool last,
+                                                         double* change, double* out) {
+  if (first)
+    return last ? water_of<true, true>(count, flow, change, out) : water_of<true, false>(count, flow, change, out);
+  return last ? water_of<false, true>(count, flow, change, out) : water_of<false, false>(count, flow, change, out);
 }
 
 // How much of a link's value goes up and down.
@@ -245,6 +250,15 @@ template <class Parts>
     carry<Parts, false>(links, value, shares, up, down);
 }
 
+[[gnu::always_inline]] inline void set_flow_and_exchange_loop(std::size_t links, const double* __restrict flow,
+                                                              const double* __restrict exchange, double* __restrict up,
+                                                              double* __restrict down) {
+  for (std::size_t k = 0; k < links; ++k) {
+    up[k] = FlowParts::up(flow[k]) + exchange[k];
+    down[k] = FlowParts::down(flow[k]) + exchange[k];
+  }
+}
+
 [[gnu::always_inline]] inline void leave_loop(std::size_t count, const double* __restrict up,
                                               const double* __restrict down, double* __restrict out) {
   for (std::size_t k = 0; k < count; ++k) out[k] = up[k + 1] + down[k];
@@ -260,18 +274,29 @@ template <class Parts>
   for (std::size_t k = 0; k < count; ++k) out[k] = 1 / in[k];
 }
 
-[[gnu::always_inline]] inline void set_shares_loop(std::size_t count, const double* __restrict ratio,
-                                                   const double* __restrict per_gram, const double* __restrict out,
-                                                   const double* __restrict lower, const double* __restrict upper,
-                                                   SharesOut into) {
-  double* __restrict const keep = into.keep;
-  double* __restrict const from_lower = into.lower;
-  double* __restrict const from_upper = into.upper;
+template <class Own>
+[[gnu::always_inline]] inline void shares_of(std::size_t count, const double* __restrict per_gram,
+                                             const double* __restrict up, const double* __restrict down, SharesOut into,
+                                             Own own_of) {
+  double* __restrict const own = into.own;
+  double* __restrict const lower = into.lower;
+  double* __restrict const upper = into.upper;
   for (std::size_t k = 0; k < count; ++k) {
-    keep[k] = ratio[k] - per_gram[k] * out[k];
-    from_lower[k] = per_gram[k] * lower[k];
-    from_upper[k] = per_gram[k] * upper[k];
+    own[k] = own_of(k, per_gram[k] * (up[k + 1] + down[k]));
+    lower[k] = per_gram[k] * up[k];
+    upper[k] = per_gram[k] * down[k + 1];
   }
+}
+[[gnu::always_inline]] inline void set_kept_shares_loop(std::size_t count, const double* ratio, const double* per_gram,
+                                                        const double* up, const double* down, SharesOut into) {
+  if (ratio == nullptr)
+    shares_of(count, per_gram, up, down, into, [](std::size_t, double out) { return 1 - out; });
+  else
+    shares_of(count, per_gram, up, down, into, [=](std::size_t k, double out) { return ratio[k] - out; });
+}
+[[gnu::always_inline]] inline void set_left_shares_loop(std::size_t count, const double* per_gram, const double* up,
+                                                        const double* down, SharesOut into) {
+  shares_of(count, per_gram, up, down, into, [](std::size_t, double out) { return out; });
 }
 
 [[gnu::always_inline]] inline void larger_of_loop(std::size_t count, const double* __restrict values,
@@ -280,15 +305,29 @@ template <class Parts>
 }
 
 [[gnu::always_inline]] inline bool all_at_least_0_loop(std::size_t count, const double* __restrict values) {
-  double others = 0; // a sum can be worked out in any order, in lanes, unlike a search
+  std::int64_t others = 0; // whole numbers can be added in any order, in lanes
   for (std::size_t k = 0; k < count; ++k) others += values[k] >= 0 ? 0 : 1;
   return others == 0;
 }
 
 [[gnu::always_inline]] inline bool any_above_loop(std::size_t count, const double* __restrict values, double most) {
-  double excess = 0;
+  std::int64_t excess = 0;
   for (std::size_t k = 0; k < count; ++k) excess += values[k] > most ? 1 : 0;
   return excess > 0;
+}
+
+// Sums side by side: one alone would wait for each addition.
+[[gnu::always_inline]] inline double sum_of_products_loop(std::size_t count, const double* a, const double* b) {
+  Vector sums[2] = {};
+  std::size_t k = 0;
+  for (; k + 2 * width <= count; k += 2 * width) {
+    sums[0] += vector(a + k) * vector(b + k);
+    sums[1] += vector(a + k + width) * vector(b + k + width);
+  }
+  sums[0] += sums[1];
+  double sum = (sums[0][0] + sums[0][1]) + (sums[0][2] + sums[0][3]);
+  for (; k < count; ++k) sum += a[k] * b[k];
+  return sum;
 }
 
 [[gnu::always_inline]] inline double largest_turnover_loop(std::size_t count, const double* __restrict out,
@@ -312,9 +351,9 @@ template <class Parts>
 bool advance(std::size_t count, const AdvanceShares& shares, std::span<AdvanceRow> rows, bool reacts) {
   return Dispatch<&advance_rows_of_any_number>::best(count, shares, rows, reacts);
 }
-bool advance_stage(std::size_t count, const StageShares& shares, std::span<const StageRow> rows, std::size_t earlier,
-                   bool reacts) {
-  return Dispatch<&stage_of_any_kind>::best(count, shares, rows, earlier, reacts);
+bool advance_stage(std::size_t count, const StageShares& shares, std::span<const StageRow> rows, bool is_last,
+                   bool reacts, bool volumes_change) {
+  return Dispatch<&any_stage>::best(count, shares, rows, is_last, reacts, volumes_change);
 }
 void set_multiple(std::size_t count, double factor, const double* in, double* out) {
   Dispatch<&set_multiple_loop>::best(count, factor, in, out);
@@ -322,14 +361,11 @@ void set_multiple(std::size_t count, double factor, const double* in, double* ou
 void add_multiple(std::size_t count, double factor, const double* in, double* out) {
   Dispatch<&add_multiple_loop>::best(count, factor, in, out);
 }
-void add_net_inflow(std::size_t count, const double* flow, bool first, double* change) {
-  Dispatch<&add_net_inflow_loop>::best(count, flow, first, change);
+std::size_t add_water(std::size_t count, const double* flow, bool first, bool last, double* change, double* out) {
+  return Dispatch<&add_water_loop>::best(count, flow, first, last, change, out);
 }
 void add_outflow(std::size_t count, const double* flow, bool first, double* out) {
   Dispatch<&add_outflow_loop>::best(count, flow, first, out);
-}
-bool drop_rounding(std::size_t count, double* change, const double* out) {
-  return Dispatch<&drop_rounding_loop>::best(count, change, out);
 }
 void add_flow(std::size_t links, const double* flow, const double* shares, bool first, double* up, double* down) {
   Dispatch<&add_carried<FlowParts>>::best(links, flow, shares, first, up, down);
@@ -337,6 +373,9 @@ void add_flow(std::size_t links, const double* flow, const double* shares, bool 
 void add_exchange(std::size_t links, const double* exchange, const double* shares, bool first, double* up,
                   double* down) {
   Dispatch<&add_carried<ExchangeParts>>::best(links, exchange, shares, first, up, down);
+}
+void set_flow_and_exchange(std::size_t links, const double* flow, const double* exchange, double* up, double* down) {
+  Dispatch<&set_flow_and_exchange_loop>::best(links, flow, exchange, up, down);
 }
 void leave(std::size_t count, const double* up, const double* down, double* out) {
   Dispatch<&leave_loop>::best(count, up, down, out);
@@ -347,9 +386,12 @@ void set_product(std::size_t count, double factor, const double* a, const double
 void set_inverse(std::size_t count, const double* in, double* out) {
   Dispatch<&set_inverse_loop>::best(count, in, out);
 }
-void set_shares(std::size_t count, const double* ratio, const double* per_gram, const double* out, const double* lower,
-                const double* upper, SharesOut into) {
-  Dispatch<&set_shares_loop>::best(count, ratio, per_gram, out, lower, upper, into);
+void set_kept_shares(std::size_t count, const double* ratio, const double* per_gram, const double* up,
+                     const double* down, SharesOut into) {
+  Dispatch<&set_kept_shares_loop>::best(count, ratio, per_gram, up, down, into);
+}
+void set_left_shares(std::size_t count, const double* per_gram, const double* up, const double* down, SharesOut into) {
+  Dispatch<&set_left_shares_loop>::best(count, per_gram, up, down, into);
 }
 void larger_of(std::size_t count, const double* values, double* largest) {
   Dispatch<&larger_of_loop>::best(count, values, largest);
@@ -359,6 +401,9 @@ bool all_at_least_0(std::size_t count, const double* values) {
 }
 bool any_above(std::size_t count, const double* values, double most) {
   return Dispatch<&any_above_loop>::best(count, values, most);
+}
+double sum_of_products(std::size_t count, const double* a, const double* b) {
+  return Dispatch<&sum_of_products_loop>::best(count, a, b);
 }
 double largest_turnover(std::size_t count, const double* out, const double* per_volume, const double* decay) {
   return Dispatch<&largest_turnover_loop>::best(count, out, per_volume, decay);

@@ -57,6 +57,8 @@ public:
 
   // False: `rates` would be 0 everywhere.
   virtual bool reacts() const = 0;
+  // Whether the reactions of a system may depend on another one.
+  virtual bool couples() const { return true; }
   // Segments begin to end. concentration[s] and rate[s] point to the values of segment `begin`; rate in g/m3/day.
   virtual void rates(std::size_t begin, std::size_t end, const double* const* concentration,
                      double* const* rate) const = 0;

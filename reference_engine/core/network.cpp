@@ -52,8 +52,8 @@ Network::Network(const Problem& problem, bool settles) : problem_(problem) {
   pairs.erase(others, pairs.end());
   make_layers(std::move(pairs));
   place(settles);
-  values_.resize(links_.size());
-  loose_water_.resize(linked_.size());
+  now_.links.resize(links_.size());
+  now_.loose_water.resize(linked_.size());
 }
 
 void Network::check_ends() const {
@@ -140,6 +140,7 @@ void Network::add_layer(Carrier carrier, std::vector<PairEnds> pairs) {
     strand.is_uniform = std::all_of(factors, factors + strand.count, [&](double it) { return it == *factors; });
   }
   layer.turns = std::ranges::any_of(layer.factors, [](double factor) { return factor < 0; });
+  if (moves_water(carrier)) water_layers_.push_back(layers_.size());
   layers_.push_back(std::move(layer));
 }
 
@@ -208,6 +209,20 @@ void Network::place(bool settles) {
     if (far_bottom(i)) settling_terms_[i] = far_term(static_cast<std::size_t>(problem_.segments[i].bottom), i);
 }
 
+std::vector<std::size_t> Network::joined() const {
+  std::vector<std::size_t> joined;
+  for (const Layer& layer : layers_)
+    for (const Strand& strand : layer.strands)
+      for (std::size_t k = 0; k < strand.count; ++k) joined.push_back(strand.first + k);
+  for (std::size_t i = 0; i < problem_.segments.size(); ++i) {
+    const int bottom = problem_.segments[i].bottom, at = static_cast<int>(i);
+    if (bottom == at + 1) joined.push_back(i);
+    if (bottom == at - 1 && bottom != outside) joined.push_back(i - 1);
+  }
+  keep_different(joined);
+  return joined;
+}
+
 std::size_t Network::far_term(std::size_t target, std::size_t source) const {
   const auto before = [](const FarTerm& term, const FarTerm& wanted) {
     return std::tie(term.target, term.source) < std::tie(wanted.target, wanted.source);
@@ -218,9 +233,9 @@ std::size_t Network::far_term(std::size_t target, std::size_t source) const {
 
 void Network::update(std::span<const double> flows, std::span<const double> exchanges,
                      const std::vector<double>& prescribed) {
-  const bool exchanges_changed = !std::ranges::equal(exchanges, exchanges_);
-  flows_.assign(flows.begin(), flows.end());
-  exchanges_.assign(exchanges.begin(), exchanges.end());
+  const bool exchanges_changed = !std::ranges::equal(exchanges, now_.exchanges);
+  now_.flows.assign(flows.begin(), flows.end());
+  now_.exchanges.assign(exchanges.begin(), exchanges.end());
   if (prescribed_ != prescribed) prescribed_ = prescribed;
   for (std::size_t k = 0; k < links_.size(); ++k) {
     const bool mixes = is_exchange(links_[k].carrier);
@@ -229,14 +244,14 @@ void Network::update(std::span<const double> flows, std::span<const double> exch
     for (std::size_t m = member_starts_[k]; m < member_starts_[k + 1]; ++m)
       value += members_[m].factor * driving[members_[m].element];
     if (value < 0 && mixes) refuse_exchange(links_[k].a, links_[k].b);
-    values_[k] = value;
+    now_.links[k] = value;
   }
   if (exchanges_changed) check_exchanges();
   find_loose_water();
 }
 
 void Network::check_exchanges() const {
-  const bool any_below_0 = std::ranges::any_of(exchanges_, [](double value) { return value < 0; });
+  const bool any_below_0 = std::ranges::any_of(now_.exchanges, [](double value) { return value < 0; });
   for (std::size_t layer = 0; layer < layers_.size(); ++layer)
     if (is_exchange(layers_[layer].carrier) && (any_below_0 || layers_[layer].turns)) check_layer(layer);
 }
@@ -270,7 +285,7 @@ void Network::take_layers(std::size_t begin, std::size_t end, LayerValues& into)
 // A layer without a link in a block has none of its strands.
 void Network::layer_values(std::size_t layer, std::size_t begin, std::size_t end, double* values) const {
   const Layer& it = layers_[layer];
-  const std::span<const double> driving = is_exchange(it.carrier) ? exchanges_ : flows_;
+  const std::span<const double> driving = is_exchange(it.carrier) ? now_.exchanges : now_.flows;
   const std::size_t first = begin > 0 ? begin - 1 : 0; // link begin - 1 stands at values[0]
   if (begin == 0) *values++ = 0;
   std::size_t filled = first; // links before it have their values
@@ -296,26 +311,26 @@ void Network::layer_values(std::size_t layer, std::size_t begin, std::size_t end
 
 // Water by the links that are in no layer.
 void Network::find_loose_water() {
-  std::ranges::fill(loose_water_, Water{});
-  water_in_ = water_released_ = 0;
+  std::ranges::fill(now_.loose_water, Water{});
+  now_.water_in = now_.water_released = 0;
   for (std::size_t k = 0; k < links_.size(); ++k) {
     const Link& link = links_[k];
     if (!moves_water(link.carrier)) continue;
-    const bool on_surface = link.carrier == Carrier::surface_flow, from_a = values_[k] >= 0;
-    const double amount = std::abs(values_[k]);
+    const bool on_surface = link.carrier == Carrier::surface_flow, from_a = now_.links[k] >= 0;
+    const double amount = std::abs(now_.links[k]);
     const std::size_t giver = from_a ? link.at_a : link.at_b, taker = from_a ? link.at_b : link.at_a;
     if (giver == nowhere) {
-      water_in_ += amount;
+      now_.water_in += amount;
     } else {
-      loose_water_[giver].change -= amount;
-      loose_water_[giver].out += amount;
-      if (on_surface) loose_water_[giver].surface_out += amount;
+      now_.loose_water[giver].change -= amount;
+      now_.loose_water[giver].out += amount;
+      if (on_surface) now_.loose_water[giver].surface_out += amount;
     }
     if (taker == nowhere) {
-      water_released_ += amount;
+      now_.water_released += amount;
     } else {
-      loose_water_[taker].change += amount;
-      if (on_surface) loose_water_[taker].surface_in += amount;
+      now_.loose_water[taker].change += amount;
+      if (on_surface) now_.loose_water[taker].surface_in += amount;
     }
   }
 }
@@ -325,37 +340,47 @@ template <class Visit>
 void Network::visit_linked(std::size_t begin, std::size_t end, Visit visit) const {
   for (auto k = static_cast<std::size_t>(std::ranges::lower_bound(linked_, begin) - linked_.begin());
        k < linked_.size() && linked_[k] < end; ++k)
-    visit(linked_[k], loose_water_[k]);
+    visit(linked_[k], now_.loose_water[k]);
 }
 
-void Network::find_water_out(const LayerValues& layers, std::vector<double>& out) const {
-  out.resize(layers.end - layers.begin);
-  bool first = true;
-  for (std::size_t layer = 0; layer < layers_.size(); ++layer)
-    if (moves_water(layers_[layer].carrier))
-      add_outflow(out.size(), layers.of[layer].data(), std::exchange(first, false), out.data());
-  if (first) std::ranges::fill(out, 0.0);
+void Network::find_water_out(const LayerValues& layers, double* out) const {
+  const std::size_t count = layers.end - layers.begin;
+  for (const std::size_t layer : water_layers_)
+    add_outflow(count, layers.of[layer].data(), layer == water_layers_.front(), out);
+  if (water_layers_.empty()) std::fill_n(out, count, 0.0);
   visit_linked(layers.begin, layers.end,
                [&](std::size_t segment, const Water& water) { out[segment - layers.begin] += water.out; });
 }
 
+// Links that are in no layer come to few segments, whose balance is then worked out anew.
 void Network::move_water(const LayerValues& layers, WaterMoved& into) const {
   const auto [begin, end] = std::pair(layers.begin, layers.end);
   const std::size_t count = end - begin;
-  find_water_out(layers, into.out);
   into.change.resize(count);
-  bool first = true;
-  for (std::size_t layer = 0; layer < layers_.size(); ++layer)
-    if (moves_water(layers_[layer].carrier))
-      add_net_inflow(count, layers.of[layer].data(), std::exchange(first, false), into.change.data());
-  if (first) std::ranges::fill(into.change, 0.0);
-  visit_linked(begin, end,
-               [&](std::size_t segment, const Water& water) { into.change[segment - begin] += water.change; });
-  if (prescribed_.empty())
-    into.steady = drop_rounding(count, into.change.data(), into.out.data());
-  else
+  if (!prescribed_.empty()) {
     std::copy_n(prescribed_.begin() + static_cast<std::ptrdiff_t>(begin), count, into.change.begin());
-  if (!prescribed_.empty()) into.steady = std::ranges::all_of(into.change, [](double change) { return change == 0; });
+    into.steady = std::ranges::all_of(into.change, [](double change) { return change == 0; });
+    return;
+  }
+  into.out.resize(count);
+  if (water_layers_.empty()) std::ranges::fill(into.change, 0.0);
+  std::size_t moving = 0;
+  for (const std::size_t layer : water_layers_)
+    moving = add_water(count, layers.of[layer].data(), layer == water_layers_.front(), layer == water_layers_.back(),
+                       into.change.data(), into.out.data());
+  visit_linked(begin, end, [&](std::size_t segment, const Water& water) {
+    double& change = into.change[segment - begin];
+    moving -= change != 0 ? 1 : 0;
+    double net = water.change, out = water.out;
+    for (const std::size_t layer : water_layers_) {
+      const double* const flow = &layers.of[layer][segment - begin];
+      net += flow[0] - flow[1];
+      out += std::max(flow[1], 0.0) + std::max(-flow[0], 0.0);
+    }
+    change = without_rounding(net, out);
+    moving += change != 0 ? 1 : 0;
+  });
+  into.steady = moving == 0;
 }
 
 void Network::surface_flow(const LayerValues& layers, std::span<double> flow) const {

@@ -51,10 +51,11 @@ struct FarTerm {
   std::size_t target = 0, source = 0;
 };
 
-// What moves the water of a stretch of segments, m3/day each.
+// What moves the water of a stretch of segments.
 struct WaterMoved {
-  std::vector<double> change, out; // the change of volume, and all that leaves
-  bool steady = true;              // no volume changes
+  std::vector<double> change; // of each volume, m3/day
+  bool steady = true;         // no volume changes
+  std::vector<double> out;    // its room for its own use
 };
 
 // The values of all layers' links at a stretch of segments. Its room serves the next stretch, too.
@@ -65,6 +66,19 @@ struct LayerValues {
 
 class Network {
 public:
+  // What `update` works out. That of another time can be put in its place for a while.
+  struct Water {
+    double change = 0, out = 0, surface_in = 0, surface_out = 0;
+  };
+  struct Driven {
+    std::vector<double> flows, exchanges;    // the elements
+    std::vector<double> links;               // values of those in no layer
+    std::vector<Water> loose_water;          // m3/day by those links, for each of the linked segments
+    double water_in = 0, water_released = 0; // m3/day over the rim
+  };
+  Driven& driven() { return now_; }
+  const Driven& driven() const { return now_; }
+
   // Keeps a reference to the problem. Throws InputError for a pair or bottom that names a segment that is not there.
   // `settles`: make places for what settles to a bottom segment.
   Network(const Problem& problem, bool settles);
@@ -85,20 +99,22 @@ public:
   void take_layers(std::size_t begin, std::size_t end, LayerValues& into) const;
 
   std::span<const Link> links() const { return links_; }
-  std::span<const double> values() const { return values_; }      // m3/day for each of them; a flow counts from a to b
+  std::span<const double> values() const { return now_.links; }   // m3/day for each of them; a flow counts from a to b
   std::span<const std::size_t> linked() const { return linked_; } // segments with such links, ascending
   std::span<const FarTerm> far_terms() const { return far_terms_; } // by target
   std::span<const std::size_t> rim() const { return rim_; }         // segments, ascending
+  // Segments that a layer, or what settles, joins to the one after them, ascending.
+  std::vector<std::size_t> joined() const;
   std::size_t link_count() const { return links_.size() + layer_links_; }
   // The far term for what settles from segment i to its bottom segment; nowhere unless that segment is far.
   std::size_t settling_term(std::size_t i) const { return settling_terms_.empty() ? nowhere : settling_terms_[i]; }
 
   void move_water(const LayerValues& layers, WaterMoved& into) const;
-  void find_water_out(const LayerValues& layers, std::vector<double>& out) const; // all that leaves, m3/day
+  void find_water_out(const LayerValues& layers, double* out) const; // all that leaves each segment, m3/day
   // m3/s, the larger of in and out.
   void surface_flow(const LayerValues& layers, std::span<double> flow) const;
-  double water_in() const { return water_in_; }             // m3/day over the rim, all segments
-  double water_released() const { return water_released_; } // the same, what leaves
+  double water_in() const { return now_.water_in; }             // m3/day over the rim, all segments
+  double water_released() const { return now_.water_released; } // the same, what leaves
 
 private:
   struct Member {
@@ -137,21 +153,17 @@ private:
 
   const Problem& problem_;
   std::vector<std::size_t> flow_elements_, exchange_elements_;
-  std::vector<double> flows_, exchanges_, prescribed_; // as last updated
+  Driven now_;
+  std::vector<double> prescribed_;
   std::vector<Layer> layers_;
+  std::vector<std::size_t> water_layers_; // that move water
   std::size_t layer_links_ = 0;
   std::vector<Link> links_;
   std::vector<Member> members_;            // of all links
   std::vector<std::size_t> member_starts_; // of each link, and the end
-  std::vector<double> values_;
   std::vector<std::size_t> linked_, rim_;
   std::vector<FarTerm> far_terms_;
   std::vector<std::size_t> settling_terms_;
-  struct Water {
-    double change = 0, out = 0, surface_in = 0, surface_out = 0;
-  };
-  std::vector<Water> loose_water_; // m3/day by those links, for each of the linked segments
-  double water_in_ = 0, water_released_ = 0;
 };
 
 } // namespace reference_engine

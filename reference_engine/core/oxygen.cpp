@@ -1,5 +1,6 @@
 #include "core/oxygen.h"
 
+#include "core/dispatch.h"
 #include "core/errors.h"
 #include "core/oxygen_formulas.h"
 #include "core/text.h"
@@ -38,24 +39,33 @@ enum { wind_function = 2, light_function = 3 };
 enum { nitrification, denitrification, oxidation, sediment_demand, reaeration, photosynthesis, reactions };
 enum { first_system_output = 21, last_system_output = 24, saturation_output, deficit_output, reaeration_output };
 
-// Share of its full rate at which a process runs that needs oxygen (Monod). A half-saturation of 0 asks for no oxygen.
-double with_oxygen(double available, double half_saturation) {
-  if (half_saturation <= 0) return 1;
-  const double there = std::max(available, 0.0);
-  return there / (half_saturation + there);
+[[gnu::always_inline]] inline double part_above_0(double value) {
+  return value > 0 ? value : 0;
 }
 
-// The loss of oxygen by a process, as a share of what is there. `full` is what it takes at its full rate; a
-// half-saturation of 0 makes it a loss of order 0.
-double relative_loss(double full, double available, double half_saturation) {
-  return half_saturation > 0 ? full / (half_saturation + available) : 0.0;
-}
+// Share of its full rate at which a process runs that needs oxygen (Monod). A half-saturation of 0 asks for no oxygen:
+// then numerator and denominator are the same, without a branch, which loops over segments could not do in vectors.
+struct Monod {
+  double offset, half_saturation; // of the numerator, and of the denominator
 
-// The same for a process that oxygen hinders; a half-saturation of 0 lets it run only without any.
-double without_oxygen(double available, double half_saturation) {
-  const double there = std::max(available, 0.0);
-  return half_saturation <= 0 ? (there > 0 ? 0.0 : 1.0) : half_saturation / (half_saturation + there);
-}
+  explicit Monod(double half) : offset(half > 0 ? 0 : 1), half_saturation(half > 0 ? half : 1) {}
+  // there: g/m3, 0 or more.
+  [[gnu::always_inline]] double share(double there) const { return (there + offset) / (there + half_saturation); }
+  // What a process takes of the oxygen, as a share of what is there. `full` is what it takes at its full rate; without
+  // a half-saturation it is a loss of order 0.
+  [[gnu::always_inline]] double relative_loss(double full, double there) const {
+    return (1 - offset) * full / (there + half_saturation);
+  }
+};
+
+// The same for a process that oxygen hinders. A half-saturation of 0 lets it run only without any: the smallest number
+// takes its place.
+struct Inhibition {
+  double half_saturation;
+
+  explicit Inhibition(double half) : half_saturation(half > 0 ? half : 1e-300) {}
+  [[gnu::always_inline]] double share(double there) const { return half_saturation / (half_saturation + there); }
+};
 
 } // namespace
 
@@ -119,6 +129,13 @@ Oxygen::Process Oxygen::process(int rate_isc, int theta_isc, int half_saturation
           constant(problem_, model_, half_saturation_isc), std::vector<double>(problem_.segments.size())};
 }
 
+// Not where all reaeration is given and no sediment takes oxygen.
+bool Oxygen::uses_hydraulics() const {
+  for (std::size_t i = 0; i < given_reaeration_.size(); ++i)
+    if (given_demand_[i] > 0 || (problem_.segments[i].type == surface && given_reaeration_[i] <= 0)) return true;
+  return false;
+}
+
 void Oxygen::update(const Hydraulics& hydraulics, const TimeFunctions& time_functions) {
   if (temperature_.update(time_functions)) update_temperature();
   update_surface(hydraulics, has_wind_ ? std::max(time_functions(wind_function), 0.0) : 0.0);
@@ -169,22 +186,54 @@ void Oxygen::update_surface(const Hydraulics& hydraulics, double wind) {
   }
 }
 
-void Oxygen::rates(std::size_t begin, std::size_t end, const double* const* concentration, double* const* rate) const {
-  for (std::size_t i = begin, k = 0; i < end; ++i, ++k) {
-    const double dissolved = concentration[oxygen][k];
-    const double nitrified =
-        nitrification_.now[i] * with_oxygen(dissolved, nitrification_.half_saturation) * concentration[ammonium][k];
-    const double denitrified = denitrification_.now[i] * without_oxygen(dissolved, denitrification_.half_saturation) *
-                               concentration[nitrate][k];
-    const double oxidised =
-        oxidation_.now[i] * with_oxygen(dissolved, oxidation_.half_saturation) * concentration[cbod][k];
-    const double taken_by_sediment = demand_[i] * with_oxygen(dissolved, demand_half_saturation_);
-    rate[ammonium][k] = -nitrified;
-    rate[nitrate][k] = nitrified - denitrified;
-    rate[cbod][k] = -oxidised;
-    rate[oxygen][k] = reaeration_[i] * (saturation_[i] - dissolved) + photosynthesis_[i] - oxidised -
-                      oxygen_per_nitrogen_ * nitrified - taken_by_sediment;
+// Full rates of the processes and the half-saturations of their segments, as the loops below read them.
+struct Oxygen::Row {
+  const double *nitrification, *denitrification, *oxidation, *reaeration, *saturation, *photosynthesis, *demand;
+  Monod nitrifies, oxidises, demands;
+  Inhibition denitrifies;
+  double oxygen_per_nitrogen;
+};
+
+Oxygen::Row Oxygen::row(std::size_t begin) const {
+  return {.nitrification = &nitrification_.now[begin],
+          .denitrification = &denitrification_.now[begin],
+          .oxidation = &oxidation_.now[begin],
+          .reaeration = &reaeration_[begin],
+          .saturation = &saturation_[begin],
+          .photosynthesis = &photosynthesis_[begin],
+          .demand = &demand_[begin],
+          .nitrifies = Monod(nitrification_.half_saturation),
+          .oxidises = Monod(oxidation_.half_saturation),
+          .demands = Monod(demand_half_saturation_),
+          .denitrifies = Inhibition(denitrification_.half_saturation),
+          .oxygen_per_nitrogen = oxygen_per_nitrogen_};
+}
+
+// No array overlaps another, and each value depends on its own segment alone.
+[[gnu::always_inline]] inline void Oxygen::rates_loop(std::size_t count, const Row& given,
+                                                      const double* const* concentration, double* const* rate) {
+  const Row at = given;
+  const double *const nh4 = concentration[ammonium], *const no3 = concentration[nitrate],
+                      *const bod = concentration[cbod], *const dissolved = concentration[oxygen];
+  double *const nh4_rate = rate[ammonium], *const no3_rate = rate[nitrate], *const bod_rate = rate[cbod],
+                *const oxygen_rate = rate[oxygen];
+#pragma GCC ivdep
+  for (std::size_t k = 0; k < count; ++k) {
+    const double there = part_above_0(dissolved[k]);
+    const double nitrified = at.nitrification[k] * at.nitrifies.share(there) * nh4[k];
+    const double denitrified = at.denitrification[k] * at.denitrifies.share(there) * no3[k];
+    const double oxidised = at.oxidation[k] * at.oxidises.share(there) * bod[k];
+    const double taken_by_sediment = at.demand[k] * at.demands.share(there);
+    nh4_rate[k] = -nitrified;
+    no3_rate[k] = nitrified - denitrified;
+    bod_rate[k] = -oxidised;
+    oxygen_rate[k] = at.reaeration[k] * (at.saturation[k] - dissolved[k]) + at.photosynthesis[k] - oxidised -
+                     at.oxygen_per_nitrogen * nitrified - taken_by_sediment;
   }
+}
+
+void Oxygen::rates(std::size_t begin, std::size_t end, const double* const* concentration, double* const* rate) const {
+  Dispatch<&Oxygen::rates_loop>::best(end - begin, row(begin), concentration, rate);
 }
 
 Stoichiometry Oxygen::stoichiometry() const {
@@ -208,29 +257,36 @@ Stoichiometry Oxygen::stoichiometry() const {
 }
 
 void Oxygen::extents(std::size_t segment, const double* concentration, double* extents) const {
-  const double dissolved = concentration[oxygen];
-  extents[nitrification] =
-      nitrification_.now[segment] * with_oxygen(dissolved, nitrification_.half_saturation) * concentration[ammonium];
-  extents[denitrification] = denitrification_.now[segment] *
-                             without_oxygen(dissolved, denitrification_.half_saturation) * concentration[nitrate];
-  extents[oxidation] =
-      oxidation_.now[segment] * with_oxygen(dissolved, oxidation_.half_saturation) * concentration[cbod];
-  extents[sediment_demand] = demand_[segment] * with_oxygen(dissolved, demand_half_saturation_);
-  extents[reaeration] = reaeration_[segment] * (saturation_[segment] - dissolved);
-  extents[photosynthesis] = photosynthesis_[segment];
+  const Row at = row(segment);
+  const double dissolved = concentration[oxygen], there = part_above_0(dissolved);
+  extents[nitrification] = *at.nitrification * at.nitrifies.share(there) * concentration[ammonium];
+  extents[denitrification] = *at.denitrification * at.denitrifies.share(there) * concentration[nitrate];
+  extents[oxidation] = *at.oxidation * at.oxidises.share(there) * concentration[cbod];
+  extents[sediment_demand] = *at.demand * at.demands.share(there);
+  extents[reaeration] = *at.reaeration * (*at.saturation - dissolved);
+  extents[photosynthesis] = *at.photosynthesis;
 }
 
 // Losses other than those of oxygen are of first order.
+[[gnu::always_inline]] inline void Oxygen::losses_loop(std::size_t count, const Row& given,
+                                                       const double* const* concentration, double* losses) {
+  const Row at = given;
+  const double *const nh4 = concentration[ammonium], *const bod = concentration[cbod],
+                      *const dissolved = concentration[oxygen];
+#pragma GCC ivdep
+  for (std::size_t k = 0; k < count; ++k) {
+    const double there = part_above_0(dissolved[k]);
+    const double nitrified = at.nitrification[k] * part_above_0(nh4[k]);
+    const double oxidised = at.oxidation[k] * part_above_0(bod[k]);
+    losses[k] = at.reaeration[k] + at.oxidises.relative_loss(oxidised, there) +
+                at.nitrifies.relative_loss(at.oxygen_per_nitrogen * nitrified, there) +
+                at.demands.relative_loss(at.demand[k], there);
+  }
+}
+
 void Oxygen::relative_losses(std::size_t begin, std::size_t end, const double* const* concentration,
                              double* losses) const {
-  for (std::size_t i = begin, k = 0; i < end; ++i, ++k) {
-    const double dissolved = std::max(concentration[oxygen][k], 0.0);
-    const double nitrified = nitrification_.now[i] * std::max(concentration[ammonium][k], 0.0);
-    const double oxidised = oxidation_.now[i] * std::max(concentration[cbod][k], 0.0);
-    losses[k] = reaeration_[i] + relative_loss(oxidised, dissolved, oxidation_.half_saturation) +
-                relative_loss(oxygen_per_nitrogen_ * nitrified, dissolved, nitrification_.half_saturation) +
-                relative_loss(demand_[i], dissolved, demand_half_saturation_);
-  }
+  Dispatch<&Oxygen::losses_loop>::best(end - begin, row(begin), concentration, losses);
 }
 
 bool Oxygen::settles(std::size_t system) const {

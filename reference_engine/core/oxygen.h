@@ -19,6 +19,7 @@ public:
 
   explicit Oxygen(const Problem& problem);
 
+  bool uses_hydraulics() const override;
   void update(const Hydraulics& hydraulics, const TimeFunctions& time_functions) override;
   bool reacts() const override { return true; }
   void rates(std::size_t begin, std::size_t end, const double* const* concentration,
@@ -43,6 +44,10 @@ private:
     std::vector<double> now; // 1/day
   };
 
+  struct Row;
+  Row row(std::size_t begin) const;
+  static void rates_loop(std::size_t count, const Row& given, const double* const* concentration, double* const* rate);
+  static void losses_loop(std::size_t count, const Row& given, const double* const* concentration, double* losses);
   Process process(int rate_isc, int theta_isc, int half_saturation_isc) const;
   void update_temperature();
   void update_surface(const Hydraulics& hydraulics, double wind);

@@ -1,6 +1,7 @@
 #include "core/runge_kutta.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace reference_engine {
 
@@ -13,17 +14,19 @@ constexpr std::size_t block = 256; // segments of a tile, or of a stretch in a t
 constexpr std::array<double, 4> moments = {0, 0.5, 0.5, 1}, weights = {1.0 / 6, 1.0 / 3, 1.0 / 3, 1.0 / 6};
 // How far a stage's rates carry: to the next stage, or with their weight to the result.
 constexpr std::array<double, 4> reach = {0.5, 0.5, 1, 1.0 / 6};
+// Which of three moments a stage has.
+constexpr std::array<std::size_t, 4> moment_of = {0, 1, 1, 2};
 
 } // namespace
 
-StepLimit RungeKutta::limit(Equations& equations, const State& state, double days) {
+StepLimit RungeKutta::limit(Equations& equations, const State& state, double days, double enough) {
   equations.move_to(state.day + days);
   equations.set_volumes(state.volume);
-  StepLimit limit = equations.limit(state);
+  StepLimit limit = equations.limit(state, enough);
   if (!equations.forcing().coefficients_vary()) return limit;
   equations.move_to(state.day); // last, as the first stage needs it
   equations.set_volumes(state.volume);
-  const StepLimit at_begin = equations.limit(state);
+  const StepLimit at_begin = equations.limit(state, enough);
   if (at_begin.days < limit.days) limit.days = at_begin.days, limit.segment = at_begin.segment;
   if (at_begin.saturated_days < limit.saturated_days)
     limit.saturated_days = at_begin.saturated_days, limit.saturated_segment = at_begin.saturated_segment;
@@ -34,13 +37,14 @@ void RungeKutta::step(Equations& equations, State& state, double days, Balances&
   const Problem& problem = equations.problem();
   equations.move_to(state.day);
   equations.set_volumes(state.volume);
-  const bool in_tiles = equations.network().far_terms().empty() && !equations.forcing().coefficients_vary() &&
-                        (!equations.uses_volumes() || equations.is_steady());
+  flows_vary_ = equations.forcing().water_varies();
+  // In tiles nothing may be worked out anew for all segments within a step.
+  const bool in_tiles = equations.network().far_terms().empty() && !equations.forcing().time_functions_vary() &&
+                        (!equations.uses_volumes() || (!flows_vary_ && equations.is_steady()));
   const std::size_t count = state.volume.size();
   allocate(equations, in_tiles ? std::min(count, block + 2 * stages) + 2 : count + 2);
   const Balances before = balances;
   volumes_change_ = exceeds_ = false;
-  is_steady_ = in_tiles && equations.is_steady();
   const bool stays_above_0 =
       in_tiles ? step_in_tiles(equations, state, days, balances) : step_in_stages(equations, state, days, balances);
   if (!stays_above_0 && !problem.negative_allowed) {
@@ -64,11 +68,13 @@ void RungeKutta::allocate(const Equations& equations, std::size_t stage_size) {
     next_volume_.resize(count);
     for (auto& gain : gain_) gain.assign(systems, std::vector<double>(equations.gaining().size()));
     constexpr std::size_t longest = block + 2 * stages; // stretch
-    stretch_.classes.resize(equations.classes().size());
-    for (auto* values : {&stretch_.per_gram, &stretch_.per_volume}) values->resize(longest);
-    for (Weights& it : weights_)
-      for (auto* values : {&it.keep, &it.per_rate, &it.earlier[0], &it.earlier[1], &it.earlier[2]})
-        values->resize(longest);
+    for (Stretch& it : networks_) it.classes.resize(equations.classes().size());
+    shares_.classes.resize(equations.classes().size());
+    for (Shares::OfClass& it : shares_.classes)
+      for (auto* values : {&it.out, &it.lower, &it.upper}) values->resize(longest);
+    for (auto* values : {&shares_.per_volume, &shares_.per_gram, &shares_.per_rate, &shares_.ratios[0],
+                         &shares_.ratios[1], &shares_.ratios[2]})
+      values->resize(longest);
     rate_.resize(systems * longest);
     now_rows_.resize(systems);
     for (std::size_t s = 0; s < systems; ++s) rate_rows_.push_back(&rate_[s * longest]);
@@ -83,26 +89,53 @@ bool RungeKutta::step_in_tiles(Equations& equations, const State& state, double 
   for (std::size_t k = 0; k < stages; ++k) {
     equations.move_to(state.day + moments[k] * days);
     take_sources(equations, k, days, balances);
+    if (flows_vary_) equations.keep(moments_[moment_of[k]]);
   }
-  if (is_steady_)
-    for (std::size_t k = 0; k < stages; ++k)
-      find_weights(k, days, [](auto& values, double share, std::size_t) { std::ranges::fill(values, share); });
   const std::size_t count = state.volume.size();
   bool stays_above_0 = true;
   for (std::size_t begin = 0; begin < count; begin += block) {
     const std::size_t end = std::min(begin + block, count);
-    const auto below = [&](std::size_t margin) { return begin > margin ? begin - margin : 0; };
-    const auto above = [&](std::size_t margin) { return std::min(end + margin, count); };
-    const Tile tile{.begin = begin, .end = end, .first = below(stages), .last = above(stages)};
-    begin_tile(equations, tile, state);
-    take_coefficients(equations, below(stages - 1), above(stages - 1));
-    for (std::size_t k = 0; k < stages; ++k) {
-      const std::size_t margin = stages - 1 - k;
-      const bool fine =
-          advance_stretch(equations, k, tile, below(margin), above(margin), below(stages - 1), state, days, balances);
-      stays_above_0 = stays_above_0 && fine;
-    }
-    end_tile(tile);
+    const Tile tile{.begin = begin,
+                    .end = end,
+                    .first = begin > stages ? begin - stages : 0,
+                    .last = std::min(end + stages, count)};
+    const bool fine = step_tile(equations, tile, state, days, balances);
+    stays_above_0 = stays_above_0 && fine;
+  }
+  return stays_above_0;
+}
+
+bool RungeKutta::step_tile(Equations& equations, const Tile& tile, const State& state, double days,
+                           Balances& balances) {
+  const auto network_of = [&](std::size_t stage) { return flows_vary_ ? moment_of[stage] : 0; };
+  const auto below = [&](std::size_t margin) { return tile.begin > margin ? tile.begin - margin : 0; };
+  const auto above = [&](std::size_t margin) { return std::min(tile.end + margin, state.volume.size()); };
+  const std::size_t begin = below(stages - 1), end = above(stages - 1);
+  bool moves = false;
+  for (std::size_t m = 0; m < (flows_vary_ ? moments_.size() : 1); ++m) {
+    if (flows_vary_) equations.exchange(moments_[m]);
+    take_network(equations, begin, end, networks_[m]);
+    if (flows_vary_) equations.exchange(moments_[m]);
+    moves = moves || !networks_[m].water.steady;
+  }
+  if (moves) {
+    std::copy_n(&state.volume[tile.first], tile.last - tile.first, volume_[0].begin());
+    for (std::size_t k = 0; k + 1 < stages; ++k)
+      change_volumes(equations.problem(), state, reach[k] * days, networks_[network_of(k)].water, begin,
+                     &volume_[k + 1][begin - tile.first]);
+    keep_new_volumes(tile, state);
+  }
+  fill_first_stage(equations, tile, state);
+  bool stays_above_0 = true;
+  for (std::size_t k = 0; k < stages; ++k) {
+    const std::size_t margin = stages - 1 - k, network = network_of(k);
+    const Part part{k, tile, below(margin), above(margin), moves, days};
+    if (flows_vary_) equations.exchange(moments_[network]);
+    if (k == 0 || moves || network != network_of(k - 1))
+      find_shares(equations, {k, tile, begin, end, moves, days}, networks_[network], state);
+    const bool fine = advance_part(equations, part, state, balances);
+    if (flows_vary_) equations.exchange(moments_[network]);
+    stays_above_0 = stays_above_0 && fine;
   }
   return stays_above_0;
 }
@@ -110,7 +143,9 @@ bool RungeKutta::step_in_tiles(Equations& equations, const State& state, double 
 bool RungeKutta::step_in_stages(Equations& equations, const State& state, double days, Balances& balances) {
   const std::size_t count = state.volume.size();
   const Tile all{.begin = 0, .end = count, .first = 0, .last = count};
-  begin_tile(equations, all, state);
+  fill_first_stage(equations, all, state);
+  for (auto& volume : volume_) volume = state.volume;
+  part_moves_.assign(count / block + 1, false);
   bool stays_above_0 = true;
   for (std::size_t k = 0; k < stages; ++k) {
     equations.move_to(state.day + moments[k] * days);
@@ -121,18 +156,24 @@ bool RungeKutta::step_in_stages(Equations& equations, const State& state, double
         equations.add_far_gains(it, values(k, system) + all.at(0), gain_[k][system]);
     for (std::size_t begin = 0; begin < count; begin += block) {
       const std::size_t end = std::min(begin + block, count);
-      take_coefficients(equations, begin, end);
-      const bool fine = advance_stretch(equations, k, all, begin, end, begin, state, days, balances);
+      Stretch& network = networks_[0];
+      take_network(equations, begin, end, network);
+      if (k + 1 < stages && !network.water.steady) {
+        change_volumes(equations.problem(), state, reach[k] * days, network.water, begin, &volume_[k + 1][begin]);
+        part_moves_[begin / block] = true;
+      }
+      const Part part{k, all, begin, end, part_moves_[begin / block], days};
+      find_shares(equations, part, network, state);
+      const bool fine = advance_part(equations, part, state, balances);
       stays_above_0 = stays_above_0 && fine;
     }
   }
-  end_tile(all);
+  if (std::ranges::find(part_moves_, true) != part_moves_.end()) keep_new_volumes(all, state);
   return stays_above_0;
 }
 
-void RungeKutta::begin_tile(const Equations& equations, const Tile& tile, const State& state) {
-  if (!is_steady_) std::copy_n(&state.volume[tile.first], tile.last - tile.first, volume_[0].begin());
-  if (tile.first > 0 && tile.last < state.volume.size()) return;
+void RungeKutta::fill_first_stage(const Equations& equations, const Tile& tile, const State& state) {
+  if (tile.first > 0 && tile.last < state.volume.size()) return; // see stage_values
   for (const TransportClass& it : equations.classes()) {
     for (const std::size_t system : it.systems()) {
       std::copy_n(&state.of(system)[tile.first], tile.last - tile.first, values(0, system) + 1);
@@ -142,8 +183,8 @@ void RungeKutta::begin_tile(const Equations& equations, const Tile& tile, const 
   }
 }
 
-void RungeKutta::end_tile(const Tile& tile) {
-  if (is_steady_) return;
+void RungeKutta::keep_new_volumes(const Tile& tile, const State& state) {
+  if (!std::exchange(volumes_change_, true)) next_volume_ = state.volume;
   const double* const volume = &volume_[stages - 1][tile.begin - tile.first];
   std::copy_n(volume, tile.end - tile.begin, &next_volume_[tile.begin]);
 }
@@ -158,61 +199,53 @@ void RungeKutta::take_sources(const Equations& equations, std::size_t stage, dou
   balances.water.add(equations.network().water_in(), equations.network().water_released(), weights[stage] * days);
 }
 
-void RungeKutta::take_coefficients(const Equations& equations, std::size_t begin, std::size_t end) {
-  equations.network().take_layers(begin, end, stretch_.layers);
-  for (std::size_t c = 0; c < stretch_.classes.size(); ++c)
-    equations.find_coefficients(equations.classes()[c], stretch_.layers, stretch_.classes[c]);
-}
-
-bool RungeKutta::advance_stretch(Equations& equations, std::size_t stage, const Tile& tile, std::size_t begin,
-                                 std::size_t end, std::size_t origin, const State& state, double days,
-                                 Balances& balances) {
-  const std::size_t count = end - begin, offset = begin - tile.first, systems = rate_rows_.size();
-  if (!is_steady_ && stage + 1 < stages) {
-    double* const next_volume = &volume_[stage + 1][offset];
-    if (begin != stretch_.layers.begin || end != stretch_.layers.end)
-      equations.network().take_layers(begin, end, stretch_.layers);
-    if (find_new_volumes(equations, state, reach[stage] * days, stretch_.layers, next_volume))
-      volumes_change_ = true;
-    else
-      std::copy_n(&state.volume[begin], count, next_volume);
-  }
-  if (!is_steady_) { // the last stage has the volumes of the end
-    double* const per_volume = stretch_.per_volume.data();
-    set_inverse(count, &volume_[std::min(stage + 1, stages - 1)][offset], per_volume);
-    find_weights(stage, days, [&](auto& values, double share, std::size_t of) {
-      set_product(count, share, &volume_[of][offset], per_volume, values.data());
-    });
-  }
-  const double* const per_volume = is_steady_ ? &state.per_volume[begin] : stretch_.per_volume.data();
-  set_multiple(count, reach[stage] * days, per_volume, stretch_.per_gram.data());
-  const bool reacts = equations.kinetics().reacts();
-  for (std::size_t s = 0; reacts && s < systems; ++s) {
-    const bool simulated = equations.problem().systems[s].simulated;
-    now_rows_[s] = simulated ? stage_values(stage, s, tile, state) + tile.at(begin) : &state.of(s)[begin];
-  }
-  if (reacts) equations.kinetics().rates(begin, end, now_rows_.data(), rate_rows_.data());
-  bool below_0 = false;
-  for (std::size_t c = 0; c < stretch_.classes.size(); ++c)
-    below_0 = advance_class(equations, c, stage, tile, begin, end, origin, reacts, state) || below_0;
-  add_to_balances(equations, stage, tile, std::max(begin, tile.begin), std::min(end, tile.end), begin, days, state,
-                  balances);
-  return !below_0;
+void RungeKutta::take_network(const Equations& equations, std::size_t begin, std::size_t end, Stretch& into) {
+  equations.network().take_layers(begin, end, into.layers);
+  equations.network().move_water(into.layers, into.water);
+  for (std::size_t c = 0; c < into.classes.size(); ++c)
+    equations.find_carried(equations.classes()[c], into.layers, into.classes[c]);
 }
 
 // With masses M = V C and the rates F of the stages, the next stage has M0 + reach F, and the result is
-// M0 + (F0 + 2 F1 + 2 F2 + F3) / 6 = (-M0 + M1 + 2 M2 + M3) / 3 + F3 / 6.
-template <class Share>
-void RungeKutta::find_weights(std::size_t stage, double days, Share share) {
-  Weights& it = weights_[stage];
-  share(it.per_rate, reach[stage] * days, stage);
-  if (stage == 0) share(it.keep, 1, 0);
-  if (stage == 1 || stage == 2) share(it.earlier[0], 1, 0);
-  if (stage + 1 < stages) return;
-  share(it.keep, 1.0 / 3, 3);
-  share(it.earlier[0], -1.0 / 3, 0);
-  share(it.earlier[1], 1.0 / 3, 1);
-  share(it.earlier[2], 2.0 / 3, 2);
+// M0 + (F0 + 2 F1 + 2 F2 + F3) / 6 = (-M0 + M1 + 2 M2 + M3) / 3 + F3 / 6. The last stage has the volumes of the end.
+void RungeKutta::find_shares(const Equations& equations, const Part& part, const Stretch& network, const State& state) {
+  const std::size_t count = part.end - part.begin, offset = part.begin - part.tile.first;
+  const bool is_last = part.stage + 1 == stages;
+  const double* per_volume = &state.per_volume[part.begin];
+  if (part.volumes_change) {
+    set_inverse(count, &volume_[is_last ? part.stage : part.stage + 1][offset], shares_.per_volume.data());
+    per_volume = shares_.per_volume.data();
+    for (std::size_t k = 0; k < (is_last ? shares_.ratios.size() : 1); ++k)
+      set_product(count, 1, &volume_[k][offset], per_volume, shares_.ratios[k].data());
+    set_product(count, part.days, &volume_[part.stage][offset], per_volume, shares_.per_rate.data());
+  }
+  set_multiple(count, part.days, per_volume, shares_.per_gram.data());
+  shares_.begin = part.begin;
+  for (std::size_t c = 0; c < shares_.classes.size(); ++c) {
+    Shares::OfClass& it = shares_.classes[c];
+    const Coefficients& its = network.classes[c];
+    set_left_shares(count, shares_.per_gram.data(), its.up.data(), its.down.data(),
+                    {it.out.data(), it.lower.data(), it.upper.data()});
+    equations.classes()[c].visit_leaving(
+        equations.network(), part.begin, part.end, [&](std::size_t segment, double amount) {
+          it.out[segment - part.begin] += shares_.per_gram[segment - part.begin] * amount;
+        });
+  }
+}
+
+bool RungeKutta::advance_part(Equations& equations, const Part& part, const State& state, Balances& balances) {
+  const bool reacts = equations.kinetics().reacts();
+  for (std::size_t s = 0; reacts && s < rate_rows_.size(); ++s) {
+    const bool simulated = equations.problem().systems[s].simulated;
+    now_rows_[s] =
+        simulated ? stage_values(part.stage, s, part.tile, state) + part.tile.at(part.begin) : &state.of(s)[part.begin];
+  }
+  if (reacts) equations.kinetics().rates(part.begin, part.end, now_rows_.data(), rate_rows_.data());
+  bool below_0 = false;
+  for (std::size_t c = 0; c < shares_.classes.size(); ++c)
+    below_0 = advance_class(equations, c, part, state) || below_0;
+  add_to_balances(equations, part, state, balances);
+  return !below_0;
 }
 
 // A tile within the model needs no copy of what it starts from.
@@ -222,11 +255,10 @@ const double* RungeKutta::stage_values(std::size_t stage, std::size_t system, co
   return &stage_[stage][system * stage_size_];
 }
 
-bool RungeKutta::advance_class(const Equations& equations, std::size_t which, std::size_t stage, const Tile& tile,
-                               std::size_t begin, std::size_t end, std::size_t origin, bool reacts,
-                               const State& state) {
+bool RungeKutta::advance_class(const Equations& equations, std::size_t which, const Part& part, const State& state) {
   const TransportClass& its_class = equations.classes()[which];
-  const std::size_t at = tile.at(begin), model_size = next_volume_.size();
+  const std::size_t stage = part.stage, begin = part.begin, end = part.end;
+  const std::size_t at = part.tile.at(begin), model_size = next_volume_.size(), offset = begin - shares_.begin;
   const bool last = stage + 1 == stages;
   const auto next_of = [&](std::size_t system) {
     return last ? &next_[system * model_size + begin] : values(stage + 1, system) + at;
@@ -235,31 +267,29 @@ bool RungeKutta::advance_class(const Equations& equations, std::size_t which, st
   rows_.clear();
   for (const std::size_t system : its_class.systems())
     rows_.push_back(
-        {.now = stage_values(stage, system, tile, state) + at,
-         .earlier = {stage_values(0, system, tile, state) + at, values(1, system) + at, values(2, system) + at},
+        {.now = stage_values(stage, system, part.tile, state) + at,
+         .earlier = {stage_values(0, system, part.tile, state) + at, values(1, system) + at, values(2, system) + at},
          .rate = rate_rows_[system],
          .next = next_of(system),
          .most = limits(problem, system).most});
-  const Coefficients& it = stretch_.classes[which];
-  const Weights& weights = weights_[stage];
-  const StageShares shares{
-      .out = &it.out[begin - origin],
-      .lower = it.lower() + (begin - origin),
-      .upper = it.upper() + (begin - origin),
-      .per_gram = stretch_.per_gram.data(),
-      .keep = weights.keep.data(),
-      .per_rate = weights.per_rate.data(),
-      .weights = {weights.earlier[0].data(), weights.earlier[1].data(), weights.earlier[2].data()}};
-  const std::size_t earlier = last ? 3 : stage > 0 ? 1 : 0;
-  bool beyond = advance_stage(end - begin, shares, rows_, earlier, reacts);
+  const Shares::OfClass& it = shares_.classes[which];
+  const auto from = [offset](const std::vector<double>& values) { return values.data() + offset; };
+  const StageShares shares{.out = from(it.out),
+                           .lower = from(it.lower),
+                           .upper = from(it.upper),
+                           .ratios = {from(shares_.ratios[0]), from(shares_.ratios[1]), from(shares_.ratios[2])},
+                           .per_rate = from(shares_.per_rate),
+                           .days = part.days,
+                           .reach = reach[stage]};
+  bool beyond = advance_stage(end - begin, shares, rows_, last, equations.kinetics().reacts(), part.volumes_change);
   const auto gaining = equations.gaining();
   for (auto k = static_cast<std::size_t>(std::ranges::lower_bound(gaining, begin) - gaining.begin());
        k < gaining.size() && gaining[k] < end; ++k) {
-    for (const StageRow& row : rows_) {
-      const std::size_t system = its_class.systems()[static_cast<std::size_t>(&row - rows_.data())];
-      double& value = row.next[gaining[k] - begin];
-      value += stretch_.per_gram[gaining[k] - begin] * gain_[stage][system][k];
-      beyond = beyond || !(value <= row.most);
+    const double per_gram = reach[stage] * shares_.per_gram[gaining[k] - shares_.begin];
+    for (std::size_t r = 0; r < rows_.size(); ++r) {
+      double& value = rows_[r].next[gaining[k] - begin];
+      value += per_gram * gain_[stage][its_class.systems()[r]][k];
+      beyond = beyond || !(value <= rows_[r].most);
     }
   }
   if (!last || !beyond) return false;
@@ -269,20 +299,18 @@ bool RungeKutta::advance_class(const Equations& equations, std::size_t which, st
   return std::ranges::any_of(rows_, [&](const StageRow& row) { return !all_at_least_0(end - begin, row.next); });
 }
 
-// What segments from to to lost and reacted by this stage, whose rates begin at `begin`.
-void RungeKutta::add_to_balances(const Equations& equations, std::size_t stage, const Tile& tile, std::size_t from,
-                                 std::size_t to, std::size_t begin, double days, const State& state,
-                                 Balances& balances) {
-  const double* const volume = is_steady_ ? &state.volume[tile.first] : volume_[stage].data();
+// What the segments that the tile finishes lost and reacted by this stage.
+void RungeKutta::add_to_balances(const Equations& equations, const Part& part, const State& state, Balances& balances) {
+  const Tile& tile = part.tile;
+  const std::size_t from = std::max(part.begin, tile.begin), to = std::min(part.end, tile.end);
+  const double days = weights[part.stage] * part.days;
+  const double* const volume = part.volumes_change ? &volume_[part.stage][from - tile.first] : &state.volume[from];
   for (const TransportClass& it : equations.classes()) {
     for (const std::size_t system : it.systems()) {
       MassFlux& moved = balances.systems[system].moved;
-      moved.add(equations.losses(it, from, to, stage_values(stage, system, tile, state) + tile.at(from)),
-                weights[stage] * days);
+      moved.add(equations.losses(it, from, to, stage_values(part.stage, system, tile, state) + tile.at(from)), days);
       if (!equations.kinetics().reacts()) continue;
-      double reacted = 0;
-      for (std::size_t i = from; i < to; ++i) reacted += volume[i - tile.first] * rate_rows_[system][i - begin];
-      moved.reacted += weights[stage] * days * reacted;
+      moved.reacted += days * sum_of_products(to - from, volume, rate_rows_[system] + (from - part.begin));
     }
   }
 }

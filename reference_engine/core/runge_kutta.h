@@ -12,15 +12,15 @@ namespace reference_engine {
 
 class RungeKutta : public Euler {
 public:
-  StepLimit limit(Equations& equations, const State& state, double days) override;
+  StepLimit limit(Equations& equations, const State& state, double days, double enough) override;
   void step(Equations& equations, State& state, double days, Balances& balances) override;
 
 private:
   static constexpr std::size_t stages = 4;
 
-  // Segments whose stages are worked out together. While nothing but sources varies, and neighbours are numbered one
-  // after the other, a few hundred are taken through all stages while they are in the cache; each stage needs one
-  // segment more on both sides than the next one. Else all are one tile, and its stages are those of the model.
+  // Segments whose stages are worked out together. Where neighbours are numbered one after the other, a few hundred are
+  // taken through all stages while they are in the cache; each stage needs one segment more on both sides than the next
+  // one. Else all are one tile, and its stages are those of the model.
   struct Tile {
     std::size_t begin = 0, end = 0;  // that it finishes
     std::size_t first = 0, last = 0; // that its arrays hold, with a place more on both sides
@@ -28,53 +28,66 @@ private:
     std::size_t size() const { return last - first + 2; }
     std::size_t at(std::size_t segment) const { return segment - first + 1; }
   };
-  // Of consecutive segments: coefficients by class, and a stage's factors.
+  // The network of consecutive segments at the time of a stage: of a tile three of these, or one.
   struct Stretch {
     LayerValues layers;
-    std::vector<Coefficients> classes;
-    std::vector<double> per_gram, per_volume;
+    WaterMoved water;
+    std::vector<Coefficients> classes; // but for what leaves
   };
-  struct Weights { // of a stage, one for each segment of a stretch; of earlier stages where those count
-    std::vector<double> keep, per_rate;
-    std::array<std::vector<double>, 3> earlier;
+  // What a stage needs of consecutive segments, from `begin` on.
+  struct Shares {
+    struct OfClass {
+      std::vector<double> out, lower, upper;
+    };
+    std::size_t begin = 0;
+    std::vector<OfClass> classes;
+    std::vector<double> per_volume, per_gram, per_rate;
+    std::array<std::vector<double>, 3> ratios; // of volumes, as StageShares has them
+  };
+  // A stage in segments begin to end of a tile.
+  struct Part {
+    std::size_t stage;
+    const Tile& tile;
+    std::size_t begin, end;
+    bool volumes_change; // anywhere in the tile, or up to this stage of the model
+    double days;         // of the step
   };
 
   void allocate(const Equations& equations, std::size_t stage_size);
   // False when a concentration ends below 0.
   bool step_in_tiles(Equations& equations, const State& state, double days, Balances& balances);
   bool step_in_stages(Equations& equations, const State& state, double days, Balances& balances);
-  void begin_tile(const Equations& equations, const Tile& tile, const State& state);
-  void end_tile(const Tile& tile);
+  bool step_tile(Equations& equations, const Tile& tile, const State& state, double days, Balances& balances);
+  void fill_first_stage(const Equations& equations, const Tile& tile, const State& state);
   void take_sources(const Equations& equations, std::size_t stage, double days, Balances& balances);
-  void take_coefficients(const Equations& equations, std::size_t begin, std::size_t end);
-  // Works out a stage in segments begin to end of the tile, by their coefficients, which begin at segment `origin`.
+  static void take_network(const Equations& equations, std::size_t begin, std::size_t end, Stretch& into);
+  void keep_new_volumes(const Tile& tile, const State& state);
+  // Works out the shares of segments begin to end, by the network that begins there.
+  void find_shares(const Equations& equations, const Part& part, const Stretch& network, const State& state);
   // False when a concentration ends below 0.
-  bool advance_stretch(Equations& equations, std::size_t stage, const Tile& tile, std::size_t begin, std::size_t end,
-                       std::size_t origin, const State& state, double days, Balances& balances);
-  // share(k): volume of stage k / volume at the next stage, for all segments of a stretch
-  template <class Share>
-  void find_weights(std::size_t stage, double days, Share share);
+  bool advance_part(Equations& equations, const Part& part, const State& state, Balances& balances);
+  bool advance_class(const Equations& equations, std::size_t which, const Part& part, const State& state);
+  void add_to_balances(const Equations& equations, const Part& part, const State& state, Balances& balances);
   // Where a system's concentrations of a stage stand, of segment tile.first - 1.
   const double* stage_values(std::size_t stage, std::size_t system, const Tile& tile, const State& state) const;
-  bool advance_class(const Equations& equations, std::size_t which, std::size_t stage, const Tile& tile,
-                     std::size_t begin, std::size_t end, std::size_t origin, bool reacts, const State& state);
-  void add_to_balances(const Equations& equations, std::size_t stage, const Tile& tile, std::size_t from,
-                       std::size_t to, std::size_t begin, double days, const State& state, Balances& balances);
   double* values(std::size_t stage, std::size_t system) { return &stage_[stage][system * stage_size_]; }
 
   std::size_t stage_size_ = 0;                                // of one system in a tile's arrays
   std::array<std::vector<double>, stages> stage_;             // concentrations of a tile, [system][segment]
   std::array<std::vector<double>, stages> volume_;            // of a tile; those of the last stage are the new ones
   std::array<std::vector<std::vector<double>>, stages> gain_; // by system, g/day at the equations' gaining segments
-  Stretch stretch_;
-  std::array<Weights, stages> weights_;
+  std::array<Equations::Moment, 3> moments_;                  // the begin, middle and end of a step with changing flows
+  bool flows_vary_ = false;
+  std::array<Stretch, 3> networks_;
+  Shares shares_;
   std::vector<double> rate_;
   std::vector<double*> rate_rows_;
   std::vector<const double*> now_rows_;
   std::vector<StageRow> rows_;
-  std::vector<double> next_, next_volume_;          // at the end of the step, [system][segment] and [segment]
-  bool volumes_change_ = false, is_steady_ = false; // in this step
-  bool exceeds_ = false;                            // a concentration its largest, at the end of this step
+  std::vector<bool> part_moves_;           // by stretch of a step in stages: a volume has changed
+  std::vector<double> next_, next_volume_; // at the end of the step, [system][segment] and [segment]
+  bool volumes_change_ = false;            // in this step
+  bool exceeds_ = false;                   // a concentration its largest, at the end of this step
 };
 
 } // namespace reference_engine

@@ -19,6 +19,7 @@ public:
   bool uses_hydraulics() const override { return false; } // but for what settles
   void update(const Hydraulics& hydraulics, const TimeFunctions& time_functions) override;
   bool reacts() const override { return decay_rate_ > 0; }
+  bool couples() const override { return false; }
   void rates(std::size_t begin, std::size_t end, const double* const* concentration,
              double* const* rate) const override;
   Stoichiometry stoichiometry() const override { return {3, {0, -1, 0}, {false, false, false}}; }

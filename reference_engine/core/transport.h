@@ -6,6 +6,7 @@
 #include "core/network.h"
 #include "core/problem.h"
 
+#include <algorithm>
 #include <array>
 #include <span>
 #include <vector>
@@ -14,17 +15,24 @@ namespace reference_engine {
 
 // The coefficients of a stretch of segments. Room for its own use is kept from stretch to stretch.
 struct Coefficients {
-  std::vector<double> out; // of each segment: all that leaves it, to its neighbours and elsewhere
-
   // For each segment: what comes from the one before it and from the one after it.
   const double* lower() const { return up.data(); }
   const double* upper() const { return down.data() + 1; }
 
   std::vector<double> up, down; // by link, from the one before the first segment on
+  std::vector<double> out;      // of each segment: all that leaves it, to its neighbours and elsewhere
 };
 
 class TransportClass {
 public:
+  // By links that are in no layer, m3/day. Those of another time can be put in their place for a while.
+  struct Loose {
+    std::vector<double> far, rim_in, rim_out;
+    std::vector<double> leaving; // of the network's linked segments
+  };
+  Loose& loose() { return loose_; }
+  const Loose& loose() const { return loose_; }
+
   TransportClass(const Problem& problem, const Network& network, std::size_t system, bool settles);
 
   // Whether the system is carried as this class's systems are, and may join them.
@@ -38,13 +46,25 @@ public:
   // Takes what settles out of each segment, m3/day; only where the class settles.
   void take_settling(const Problem& problem, const Network& network, std::vector<double> settling);
 
-  // Of the network as it is now.
+  // Of the network as it is now. `find_carried` leaves `out` alone.
   void find_coefficients(const Problem& problem, const Network& network, const LayerValues& layers,
                          Coefficients& into) const;
-  double far(std::size_t term) const { return far_[term] + (far_settling_.empty() ? 0 : far_settling_[term]); }
+  void find_carried(const Problem& problem, const Network& network, const LayerValues& layers,
+                    Coefficients& into) const;
+  // visit(segment, m3/day) for what leaves segments begin to end for others than their neighbours.
+  template <class Visit>
+  void visit_leaving(const Network& network, std::size_t begin, std::size_t end, Visit visit) const {
+    const auto linked = network.linked();
+    for (auto k = static_cast<std::size_t>(std::ranges::lower_bound(linked, begin) - linked.begin());
+         k < linked.size() && linked[k] < end; ++k)
+      visit(linked[k], loose_.leaving[k]);
+    for (std::size_t i = begin; !settling_.empty() && i < end; ++i)
+      if (sink_[i] > 0 || network.settling_term(i) != nowhere) visit(i, settling_[i]);
+  }
+  double far(std::size_t term) const { return loose_.far[term] + (far_settling_.empty() ? 0 : far_settling_[term]); }
   // Over the rim, for each of its segments; what comes in is of the boundary concentration.
-  std::span<const double> rim_in() const { return rim_in_; }
-  std::span<const double> rim_out() const { return rim_out_; }
+  std::span<const double> rim_in() const { return loose_.rim_in; }
+  std::span<const double> rim_out() const { return loose_.rim_out; }
   // What settles out of the model from each segment; empty for none.
   std::span<const double> sink() const { return sink_; }
 
@@ -63,9 +83,8 @@ private:
   bool settles_;
   // Of each segment, with one more on both sides; empty where no carrier asks for it.
   std::vector<double> dissolved_, particulate_;
-  std::vector<double> far_, far_settling_, rim_in_, rim_out_;
-  std::vector<double> leaving_; // of the network's linked segments, by such links
-  std::vector<double> settling_, sink_;
+  Loose loose_;
+  std::vector<double> settling_, sink_, far_settling_;
 };
 
 } // namespace reference_engine

@@ -133,7 +133,10 @@ private:
     constexpr double infinite = std::numeric_limits<double>::infinity();
     StepChoice step = choose(input_.rules.automatic ? limit_ : StepLimit{infinite, 0, infinite, 0});
     for (;;) {
-      limit_ = integrator_->limit(equations_, state_, step.days);
+      // A limit that does not shorten the step need not be searched for.
+      const bool is_shortened = step.bound == StepBound::transport || step.bound == StepBound::reactions;
+      const double enough = step.days / (input_.rules.automatic ? input_.rules.fraction : 1) * (1 + 1e-9);
+      limit_ = integrator_->limit(equations_, state_, step.days, is_shortened || input_.debug > 1 ? infinite : enough);
       const StepChoice allowed = choose(limit_);
       if (allowed.days >= step.days * (1 - 1e-9)) return step;
       step = allowed;
