@@ -60,7 +60,7 @@ class Bdf::Solver {
 public:
   Solver(Equations& equations, const State& state)
       : rates_(equations), size_(static_cast<sunindextype>(rates_.size())), context_(make_context()),
-        masses_(made(N_VNew_Serial(size_, context_.get()))), newton_(rates_.size(), rates_.nonzeros(), context_.get()),
+        masses_(made(N_VNew_Serial(size_, context_.get()))), newton_(rates_.shape(), context_.get()),
         memory_(made(CVodeCreate(CV_BDF, context_.get()))) {
     constexpr long most_steps = 20000; // in one step of the run
     use_own_operations(masses_.get());
@@ -80,8 +80,10 @@ public:
   void advance(State& state, double days, std::vector<double>& volume, Balances& balances) {
     double* const masses = N_VGetArrayPointer(masses_.get());
     const std::vector<double> before(masses, masses + size_);
-    rates_.begin(state, days, balances);
+    const bool has_jumped = rates_.begin(state, days, balances);
     began_ = time_;
+    // What CVODE knows of the past would mislead it: it would fail again and again before it begins anew by itself.
+    if (has_jumped) check(CVodeReInit(memory_.get(), time_, masses_.get()), "CVodeReInit");
     const double end = time_ + days;
     check(CVodeSetStopTime(memory_.get(), end), "CVodeSetStopTime"); // what follows has another forcing
     if (const int flag = CVode(memory_.get(), end, masses_.get(), &time_, CV_NORMAL); flag < 0) fail(flag, days);
@@ -107,7 +109,6 @@ private:
 
   [[noreturn]] void fail(int flag, double days) const {
     if (failure_) std::rethrow_exception(failure_);
-    newton_.check_memory();
     if (flag == CV_MEM_FAIL) throw std::bad_alloc();
     char* const name = CVodeGetReturnFlagName(flag);
     const std::string cause = name == nullptr ? text(flag) : std::string(name);
@@ -136,8 +137,8 @@ private:
                            booleantype* is_new, realtype gamma, void* data, N_Vector, N_Vector, N_Vector) {
     auto& self = *static_cast<Solver*>(data);
     return self.guarded([&] {
-      *is_new = self.newton_.assemble(gamma, last_serves != 0, [&](NewtonSolver::Columns& columns) {
-        self.rates_.jacobian(time - self.began_, N_VGetArrayPointer(masses), columns);
+      *is_new = self.newton_.assemble(gamma, last_serves != 0, [&](Jacobian& into) {
+        self.rates_.jacobian(time - self.began_, N_VGetArrayPointer(masses), into);
       });
     });
   }

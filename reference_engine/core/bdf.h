@@ -2,8 +2,8 @@
 // shorter than anything that happens in them.
 //
 // A step is as long as the data set says; CVODE divides it as its error estimate asks (Hindmarsh et al., ACM
-// Transactions on Mathematical Software 31, 2005). The linear systems of its Newton iteration go to KLU, a direct
-// solver for sparse matrices of any structure (Davis and Palamadai Natarajan, same journal, 37, 2010).
+// Transactions on Mathematical Software 31, 2005). The linear systems of its Newton iteration are solved directly, in
+// blocks of one segment each: see newton_solver.h.
 #ifndef REFERENCE_ENGINE_CORE_BDF_H
 #define REFERENCE_ENGINE_CORE_BDF_H
 

@@ -1,5 +1,6 @@
 #include "core/mass_rates.h"
 
+#include "core/kernels.h"
 #include "core/reaction_limit.h"
 
 #include <algorithm>
@@ -12,7 +13,7 @@ namespace reference_engine {
 MassRates::MassRates(Equations& equations)
     : equations_(equations), count_(equations.problem().segments.size()), reacts_(equations.kinetics().reacts()),
       stoichiometry_(equations.kinetics().stoichiometry()), start_volume_(count_), start_change_(count_), bend_(count_),
-      volume_(count_), gain_(equations.gaining().size()) {
+      volume_(count_), per_volume_(count_), gain_(equations.gaining().size()) {
   for (const TransportClass& it : equations.classes()) {
     for (const std::size_t system : it.systems()) {
       simulated_.push_back(system);
@@ -24,24 +25,22 @@ MassRates::MassRates(Equations& equations)
   rate_.assign(concentration_.size(), 0.0);
   shifted_ = concentration_;
   shifted_rate_ = rate_;
-  slope_.assign(reacts_ ? simulated_.size() * simulated_.size() * count_ : 0, 0.0);
   arrivals_.resize(simulated_.size() * gain_.size());
   samples_.resize(3 * arrivals_.size());
+}
 
-  const auto terms = equations.network().far_terms();
-  far_starts_.assign(count_ + 1, 0);
-  for (const FarTerm& term : terms) ++far_starts_[term.source + 1];
-  for (std::size_t i = 0; i < count_; ++i) far_starts_[i + 1] += far_starts_[i];
-  far_terms_.resize(terms.size());
-  std::vector<std::size_t> next = far_starts_;
-  for (std::size_t k = 0; k < terms.size(); ++k) far_terms_[next[terms[k].source]++] = k;
-  const auto rim = equations.network().rim();
-  rim_of_.assign(count_, rim.size());
-  for (std::size_t r = 0; r < rim.size(); ++r) rim_of_[rim[r]] = r;
-
-  for (std::size_t place = 0; place < simulated_.size(); ++place)
-    for (std::size_t i = 0; i < count_; ++i) add_column(place, i, [this](std::size_t, double) { ++nonzeros_; });
-  nonzeros_ += accounts * simulated_.size();
+JacobianShape MassRates::shape() const {
+  const Network& network = equations_.network();
+  JacobianShape shape{.segments = count_,
+                      .class_of = {},
+                      .reacts = reacts_,
+                      .couples = reacts_ && equations_.kinetics().couples(),
+                      .joined = network.joined(),
+                      .far_terms = {network.far_terms().begin(), network.far_terms().end()},
+                      .rim = {network.rim().begin(), network.rim().end()}};
+  for (const TransportClass* const it : class_of_)
+    shape.class_of.push_back(static_cast<std::size_t>(it - equations_.classes().data()));
+  return shape;
 }
 
 void MassRates::find_what_runs_out() {
@@ -63,12 +62,13 @@ void MassRates::start(const State& state, double* unknowns) {
 
 // Flows, loads and boundary concentrations are linear in time, so what comes in is quadratic: three samples tell all of
 // it. Only a flow that turns round within the step makes the parabola an approximation, the same for all accounts.
-void MassRates::begin(const State& state, double days, Balances& balances) {
+bool MassRates::begin(const State& state, double days, Balances& balances) {
   begin_ = state.day;
   days_ = days;
   elapsed_ = 0;
   start_volume_ = state.volume;
   sample_sources(0, 0, balances);
+  const bool jumped = has_jumped();
   const auto find_water = [this] {
     equations_.network().take_layers(0, count_, layers_);
     equations_.network().move_water(layers_, water_);
@@ -85,6 +85,27 @@ void MassRates::begin(const State& state, double days, Balances& balances) {
     arrivals_[k].rate = {first, (4 * middle - 3 * first - last) / days,
                          2 * (first - 2 * middle + last) / (days * days)};
   }
+  const ForcingLine& forcing = equations_.forcing();
+  const auto keep = [](std::span<const double> from, std::vector<double>& to) { to.assign(from.begin(), from.end()); };
+  keep(forcing.flows(), last_[0]);
+  keep(forcing.exchanges(), last_[1]);
+  keep(forcing.time_functions().values(), last_[2]);
+  return jumped;
+}
+
+// Series have single precision, so a line does not end exactly where the next one begins.
+bool MassRates::has_jumped() const {
+  constexpr double rounding = 1e-5;
+  const auto differ = [](double now, double last) {
+    return std::abs(now - last) > rounding * std::max(std::abs(now), std::abs(last));
+  };
+  const ForcingLine& forcing = equations_.forcing();
+  const std::array<std::span<const double>, 3> now = {forcing.flows(), forcing.exchanges(),
+                                                      forcing.time_functions().values()};
+  for (std::size_t kind = 0; kind < now.size(); ++kind)
+    for (std::size_t k = 0; k < last_[kind].size(); ++k)
+      if (differ(now[kind][k], last_[kind][k])) return true;
+  return false;
 }
 
 void MassRates::sample_sources(std::size_t sample, double share_of_step, Balances& balances) {
@@ -125,14 +146,15 @@ void MassRates::take(double elapsed, const double* unknowns) {
   equations_.move_to(begin_ + elapsed);
   for (std::size_t i = 0; i < count_; ++i)
     volume_[i] = start_volume_[i] + elapsed * (start_change_[i] + elapsed * bend_[i]);
+  set_inverse(count_, volume_.data(), per_volume_.data());
   equations_.set_volumes(volume_);
   take_coefficients();
   const auto gaining = equations_.gaining();
   for (std::size_t place = 0; place < simulated_.size(); ++place) {
     double* const values = &concentration_[simulated_[place] * count_];
-    for (std::size_t i = 0; i < count_; ++i) values[i] = unknowns[place * count_ + i] / volume_[i];
+    set_product(count_, 1, unknowns + place * count_, per_volume_.data(), values);
     for (std::size_t k = 0; k < gaining.size(); ++k)
-      values[gaining[k]] += arrivals_[place * gaining.size() + k].until(elapsed) / volume_[gaining[k]];
+      values[gaining[k]] += arrivals_[place * gaining.size() + k].until(elapsed) * per_volume_[gaining[k]];
   }
 }
 
@@ -196,12 +218,10 @@ void MassRates::rates(double elapsed, const double* unknowns, double* rates) {
     add_transport(*class_of_[place], system, change);
     const MassFlux losses = equations_.losses(*class_of_[place], 0, count_, &concentration_[system * count_]);
     rates[account(place, outflow)] = losses.outflow;
-    double total = losses.reacted;
-    for (std::size_t i = 0; reacts_ && i < count_; ++i) {
-      change[i] += volume_[i] * reaction[i];
-      total += volume_[i] * reaction[i];
-    }
-    rates[account(place, reacted)] = total;
+    rates[account(place, reacted)] = losses.reacted;
+    if (!reacts_) continue;
+    rates[account(place, reacted)] += sum_of_products(count_, volume_.data(), reaction);
+    for (std::size_t i = 0; i < count_; ++i) change[i] += volume_[i] * reaction[i];
   }
 }
 
@@ -210,19 +230,19 @@ void MassRates::add_transport(const TransportClass& its_class, std::size_t syste
   const double* const lower = it.lower();
   const double* const upper = it.upper();
   const double* const now = &concentration_[system * count_];
-  for (std::size_t i = 0; i < count_; ++i) {
-    rates[i] = -it.out[i] * now[i];
-    if (i > 0) rates[i] += lower[i] * now[i - 1];
-    if (i + 1 < count_) rates[i] += upper[i] * now[i + 1];
-  }
+  const std::size_t last = count_ - 1;
+  rates[last] = (last > 0 ? lower[last] * now[last - 1] : 0) - it.out[last] * now[last];
+  if (last > 0) rates[0] = upper[0] * now[1] - it.out[0] * now[0];
+  for (std::size_t i = 1; i < last; ++i) rates[i] = lower[i] * now[i - 1] - it.out[i] * now[i] + upper[i] * now[i + 1];
   std::ranges::fill(gain_, 0.0);
   equations_.add_far_gains(its_class, now, gain_);
   for (std::size_t k = 0; k < gain_.size(); ++k) rates[equations_.gaining()[k]] += gain_[k];
 }
 
 // Reactions stay inside a segment, so one shift of a system in all segments tells its column of all segments.
-void MassRates::find_reaction_slopes() {
+void MassRates::find_reaction_slopes(std::vector<double>& slopes) {
   const double relative = std::sqrt(std::numeric_limits<double>::epsilon());
+  slopes.resize(simulated_.size() * simulated_.size() * count_);
   find_reactions(concentration_, rate_);
   shifted_ = concentration_;
   const auto shift = [&](double value) { return relative * std::max(std::abs(value), 1e-3); };
@@ -232,7 +252,7 @@ void MassRates::find_reaction_slopes() {
     find_reactions(shifted_, shifted_rate_);
     for (std::size_t effect = 0; effect < simulated_.size(); ++effect) {
       const std::size_t other = simulated_[effect] * count_;
-      double* const slope = &slope_[(cause * simulated_.size() + effect) * count_];
+      double* const slope = &slopes[(cause * simulated_.size() + effect) * count_];
       for (std::size_t i = 0; i < count_; ++i)
         slope[i] = (shifted_rate_[other + i] - rate_[other + i]) / (shifted_[row + i] - concentration_[row + i]);
     }
@@ -241,56 +261,30 @@ void MassRates::find_reaction_slopes() {
   }
 }
 
-// The column of one system's mass in one segment: always the same rows, whether or not the values are 0.
-template <class Entry>
-void MassRates::add_column(std::size_t place, std::size_t segment, Entry entry) const {
-  const TransportClass& its_class = *class_of_[place];
-  const bool known = !coefficients_.empty(); // else only the rows are asked for
-  const Coefficients none,
-      &its = known ? coefficients_[static_cast<std::size_t>(&its_class - equations_.classes().data())] : none;
-  const auto of = [&](double coefficient) { return coefficient / volume_[segment]; };
-  const std::size_t first = place * count_, systems = simulated_.size();
-  const auto slope = [&](std::size_t effect) {
-    return slope_.empty() ? 0.0 : slope_[(place * systems + effect) * count_ + segment];
-  };
-  entry(first + segment, known ? slope(place) - of(its.out[segment]) : 0);
-  for (std::size_t effect = 0; reacts_ && effect < systems; ++effect)
-    if (effect != place) entry(effect * count_ + segment, slope(effect));
-  if (segment > 0) entry(first + segment - 1, known ? of(its.upper()[segment - 1]) : 0);
-  if (segment + 1 < count_) entry(first + segment + 1, known ? of(its.lower()[segment + 1]) : 0);
-  for (std::size_t k = far_starts_[segment]; k < far_starts_[segment + 1]; ++k)
-    entry(first + equations_.network().far_terms()[far_terms_[k]].target, known ? of(its_class.far(far_terms_[k])) : 0);
-  if (rim_of_[segment] < equations_.network().rim().size())
-    entry(account(place, outflow), known ? of(its_class.rim_out()[rim_of_[segment]]) : 0);
+void MassRates::find_outflow_slopes(const TransportClass& its_class, const Coefficients& its,
+                                    Jacobian::OfClass& into) const {
+  for (auto* const values : {&into.all, &into.to_next, &into.to_previous}) values->resize(count_);
+  set_product(count_, 1, its.out.data(), per_volume_.data(), into.all.data());
+  set_product(count_, 1, its.up.data() + 1, per_volume_.data(), into.to_next.data());
+  set_product(count_, 1, its.down.data(), per_volume_.data(), into.to_previous.data());
+  const auto far_terms = equations_.network().far_terms();
+  into.far.clear();
+  for (std::size_t k = 0; k < far_terms.size(); ++k)
+    into.far.push_back(its_class.far(k) * per_volume_[far_terms[k].source]);
+  const auto rim = equations_.network().rim();
+  into.rim.clear();
+  for (std::size_t r = 0; r < rim.size(); ++r) into.rim.push_back(its_class.rim_out()[r] * per_volume_[rim[r]]);
   const auto sink = its_class.sink();
-  for (std::size_t effect = 0; effect < systems; ++effect) {
-    const bool settles = effect == place && its_class.settles();
-    if (!reacts_ && !settles) continue;
-    const double settled = settles && !sink.empty() ? of(sink[segment]) : 0.0;
-    entry(account(effect, reacted), slope(effect) - settled);
-  }
+  into.sink.resize(sink.size());
+  set_product(sink.size(), 1, sink.data(), per_volume_.data(), into.sink.data());
 }
 
-void MassRates::jacobian(double elapsed, const double* unknowns, Columns& into) {
+void MassRates::jacobian(double elapsed, const double* unknowns, Jacobian& into) {
   take(elapsed, unknowns);
-  if (reacts_) find_reaction_slopes();
-  std::int64_t next = 0;
-  const auto entry = [&](std::size_t row, double value) {
-    into.rows[next] = static_cast<std::int64_t>(row);
-    into.values[next++] = value;
-  };
-  const std::size_t columns = simulated_.size() * count_;
-  for (std::size_t place = 0; place < simulated_.size(); ++place) {
-    for (std::size_t i = 0; i < count_; ++i) {
-      into.starts[place * count_ + i] = next;
-      add_column(place, i, entry);
-    }
-  }
-  for (std::size_t k = columns; k < size(); ++k) { // nothing depends on the accounts
-    into.starts[k] = next;
-    entry(k, 0);
-  }
-  into.starts[size()] = next;
+  if (reacts_) find_reaction_slopes(into.reactions);
+  into.classes.resize(coefficients_.size());
+  for (std::size_t c = 0; c < coefficients_.size(); ++c)
+    find_outflow_slopes(equations_.classes()[c], coefficients_[c], into.classes[c]);
 }
 
 } // namespace reference_engine

@@ -10,7 +10,7 @@
 #define REFERENCE_ENGINE_CORE_MASS_RATES_H
 
 #include "core/equations.h"
-#include "core/newton_solver.h"
+#include "core/jacobian.h"
 #include "core/state.h"
 
 #include <array>
@@ -22,25 +22,24 @@ namespace reference_engine {
 
 class MassRates {
 public:
-  using Columns = NewtonSolver::Columns; // of size() unknowns with nonzeros() values
-
   // Keeps a reference to the equations, and moves them to each day that it is asked for.
   explicit MassRates(Equations& equations);
 
   std::size_t size() const { return simulated_.size() * (count_ + accounts); }
-  std::size_t nonzeros() const { return nonzeros_; } // the same at each call of jacobian
+  JacobianShape shape() const;
 
   // The unknowns of a state from which a solution starts; leaves the accounts alone.
   void start(const State& state, double* unknowns);
   // The step of so many days that begins now, at the state's day. Adds to the balances what comes in over the step.
-  void begin(const State& state, double days, Balances& balances);
+  // True when the coefficients are not those at the end of the step before: a solution then has to start anew.
+  bool begin(const State& state, double days, Balances& balances);
   // At the end of that step: the concentrations, by the state's volumes.
   void finish(const double* unknowns, State& state);
   // Adds what the accounts moved by from `before` to `after`.
   void add_losses(const double* before, const double* after, Balances& balances) const;
 
-  void rates(double elapsed, const double* unknowns, double* rates);    // g/day at `elapsed` days of the step
-  void jacobian(double elapsed, const double* unknowns, Columns& into); // d(rate) / d(unknown)
+  void rates(double elapsed, const double* unknowns, double* rates); // g/day at `elapsed` days of the step
+  void jacobian(double elapsed, const double* unknowns, Jacobian& into);
   // weights[k] = 1 / (relative mass + absolute volume), at about the day that was last asked for; next to nothing
   // for the accounts, which follow the masses.
   void weigh(const double* unknowns, double relative, double absolute, double* weights) const;
@@ -65,33 +64,30 @@ private:
   void take(double elapsed, const double* unknowns);
   void find_reactions(const std::vector<double>& concentration, std::vector<double>& rate) const;
   void fade_reactions(const std::vector<double>& concentration, std::vector<double>& rate) const;
-  void find_reaction_slopes();
+  void find_reaction_slopes(std::vector<double>& slopes);
   void take_coefficients();
   void add_transport(const TransportClass& its_class, std::size_t system, double* rates);
-  template <class Entry>
-  void add_column(std::size_t place, std::size_t segment, Entry entry) const;
+  void find_outflow_slopes(const TransportClass& its_class, const Coefficients& its, Jacobian::OfClass& into) const;
+  bool has_jumped() const;
 
   Equations& equations_;
   std::size_t count_; // segments
   bool reacts_;
   Stoichiometry stoichiometry_;
-  std::vector<std::size_t> runs_out_;               // systems with losses of order 0
-  std::vector<std::size_t> simulated_;              // systems, in order of their places in the vector
-  std::vector<const TransportClass*> class_of_;     // by place
-  std::vector<std::size_t> far_starts_, far_terms_; // far terms by source
-  std::vector<std::size_t> rim_of_;                 // position in the rim of each segment; its size for none
-  std::size_t nonzeros_ = 0;
-  double begin_ = 0, days_ = 0, elapsed_ = 0; // of the step
-  std::vector<Arrival> arrivals_;             // [place][gaining]
-  std::vector<double> samples_;               // [sample][place][gaining], g/day
-  std::vector<Coefficients> coefficients_;    // by class, of all segments
-  std::uint64_t version_ = 0;                 // of the equations, that they are of
+  std::vector<std::size_t> runs_out_;           // systems with losses of order 0
+  std::vector<std::size_t> simulated_;          // systems, in order of their places in the vector
+  std::vector<const TransportClass*> class_of_; // by place
+  std::array<std::vector<double>, 3> last_;     // flows, exchanges and time functions at the end of the step
+  double begin_ = 0, days_ = 0, elapsed_ = 0;   // of the step
+  std::vector<Arrival> arrivals_;               // [place][gaining]
+  std::vector<double> samples_;                 // [sample][place][gaining], g/day
+  std::vector<Coefficients> coefficients_;      // by class, of all segments
+  std::uint64_t version_ = 0;                   // of the equations, that they are of
   LayerValues layers_;
   WaterMoved water_;
   std::vector<double> start_volume_, start_change_, bend_; // volume = start + elapsed (change + elapsed bend)
-  std::vector<double> volume_, concentration_, rate_;
+  std::vector<double> volume_, per_volume_, concentration_, rate_;
   std::vector<double> shifted_, shifted_rate_; // concentrations and reactions beside those
-  std::vector<double> slope_;                  // [place of the cause][place of the effect][segment], 1/day
   std::vector<double> gain_;
 };
 

@@ -1,4 +1,5 @@
 // Transport against solutions that are known.
+#include "core/block_lu.h"
 #include "core/errors.h"
 #include "models.h"
 
@@ -128,7 +129,8 @@ TEST(Transport, TechniquesAgreeOnAnyNumbering) {
 }
 
 // A chain that is longer than what is worked out at once, with loads at the seams. Euler against a plain loop;
-// Runge-Kutta against the same chain with a far exchange of nothing, which it does not divide into tiles.
+// Runge-Kutta, with steady and with changing flows, against the same chain with a far exchange of nothing, which it
+// does not divide into tiles.
 TEST(Transport, LongChainsHaveNoSeams) {
   constexpr std::size_t n = 1100;
   constexpr double flow = 3, mixing = 0.4, days = 0.05;
@@ -157,14 +159,109 @@ TEST(Transport, LongChainsHaveNoSeams) {
   }
 
   model.problem.balance_system = decaying;
-  const State tiled = model.run(runge_kutta, 2, 40);
-  const MassBalance balance = model.balance;
+  const Model in_tiles = model;
   model.exchange(0, static_cast<int>(n) - 1, 0);
-  const State whole = model.run(runge_kutta, 2, 40);
-  for (std::size_t k = 0; k < tiled.concentration.size(); ++k)
-    ASSERT_NEAR(tiled.concentration[k], whole.concentration[k], 1e-12) << k;
-  EXPECT_NEAR(balance.moved.reacted, model.balance.moved.reacted, 1e-10);
-  EXPECT_NEAR(balance.relative_error(), 0, 1e-12);
+  enum Flows { steady, changing, filling, all_kinds };
+  for (int kind = steady; kind < all_kinds; ++kind) {
+    std::vector<State> ends;
+    std::vector<MassBalance> balances;
+    for (Model it : {in_tiles, model}) {
+      ends.push_back(it.run(runge_kutta, {0, 1, 2}, 40, [&](double day) {
+        if (kind == steady) return;
+        for (float& value : it.forcing.flows) value = static_cast<float>(1 + 0.2 * day);
+        it.forcing.exchanges[3 * fields_per_function] = static_cast<float>(2 - day);
+        if (kind == filling) it.forcing.flows[700 * fields_per_function] = static_cast<float>(1 + 0.1 * day);
+      }));
+      balances.push_back(it.balance);
+    }
+    EXPECT_EQ(ends[0].volume != State(model.problem).volume, kind == filling);
+    for (std::size_t i = 0; i < n; ++i) ASSERT_NEAR(ends[0].volume[i], ends[1].volume[i], 1e-13) << kind << ' ' << i;
+    for (std::size_t k = 0; k < ends[0].concentration.size(); ++k)
+      ASSERT_NEAR(ends[0].concentration[k], ends[1].concentration[k], 1e-12) << kind << ' ' << k;
+    EXPECT_NEAR(balances[0].moved.reacted, balances[1].moved.reacted, 1e-10) << kind;
+    EXPECT_NEAR(balances[0].moved.outflow, balances[1].moved.outflow, 1e-10) << kind;
+    EXPECT_NEAR(balances[0].relative_error(), 0, 1e-12) << kind;
+  }
+}
+
+// What serves instead of a search must never be longer than the limit that a search finds, whatever flows and volumes
+// do on the line; and where it is shorter it must still be enough.
+TEST(Transport, LimitWithoutASearchIsSafe) {
+  std::mt19937 random(5);
+  const auto number = [&random](double low, double high) { return std::uniform_real_distribution(low, high)(random); };
+  int spared = 0;
+  for (int round = 0; round < 20; ++round) {
+    Model model(30);
+    for (Segment& segment : model.problem.segments) segment.volume = number(20, 40);
+    for (int i = 0; i < 30; ++i) model.flow(i, i < 29 ? i + 1 : outside, 1);
+    for (int k = 0; k < 8; ++k) model.flow(static_cast<int>(number(0, 30)), static_cast<int>(number(0, 30)), 1);
+    model.flow(outside, 0, 1);
+    model.exchange(3, 4, 1);
+    Equations equations(model.problem, "tracer"), searched(model.problem, "tracer");
+    State state(model.problem);
+    const auto draw = [&](double day, bool is_first) {
+      for (const FlowPair& pair : model.problem.flows)
+        model.forcing.flows[pair.element] = static_cast<float>(number(-1, 1));
+      for (Equations* it : {&equations, &searched})
+        is_first ? it->forcing().take_first(model.forcing, day) : it->forcing().take_second(model.forcing, day);
+    };
+    draw(1, true);
+    draw(3, false);
+    const std::unique_ptr<Integrator> integrator = make_integrator(euler);
+    Balances balances(state);
+    while (state.day < 3.9) {
+      constexpr double days = 0.1;
+      const double enough = number(0.1, 15);
+      const StepLimit exact = integrator->limit(searched, state, days),
+                      limit = integrator->limit(equations, state, days, enough);
+      EXPECT_LE(limit.days, exact.days * (1 + 1e-12));
+      const bool is_spared = limit.days != exact.days;
+      EXPECT_TRUE(!is_spared || limit.days >= enough);
+      spared += is_spared ? 1 : 0;
+      integrator->step(equations, state, days, balances);
+    }
+  }
+  EXPECT_GT(spared, 100);
+}
+
+// Against a matrix that is multiplied out: a river with rings, so that some blocks fill and others do not.
+TEST(BlockLu, SolvesWhatItsBlocksSay) {
+  std::mt19937 random(3);
+  const auto number = [&random](double low, double high) { return std::uniform_real_distribution(low, high)(random); };
+  for (const std::size_t size : {1u, 2u, 3u, 4u, 5u}) {
+    constexpr std::size_t segments = 20;
+    std::vector<BlockLu::Pair> pairs;
+    for (std::size_t i = 0; i + 1 < segments; ++i) pairs.push_back({i + i % 2, i + 1 - i % 2}); // either way round
+    pairs.insert(pairs.end(), {{0, 9}, {19, 2}, {4, 13}, {5, 9}});
+    BlockLu lu(segments, size, pairs);
+    for (int round = 0; round < 2; ++round) { // again with other values
+      const std::size_t n = segments * size;
+      std::vector<double> matrix(n * n), expected(n), right(n, 0.0);
+      lu.clear();
+      for (std::size_t i = 0; i < segments; ++i)
+        for (std::size_t k = 0; k < size; ++k)
+          for (std::size_t c = 0; c < size; ++c) // the largest of a column is not on the diagonal
+            matrix[(i * size + k) * n + i * size + c] = lu.block(i)[k * size + c] =
+                number(-1, 1) + (c == (k + 1) % size ? 9 : 0);
+      for (std::size_t p = 0; p < pairs.size(); ++p)
+        for (std::size_t k = 0; k < size; ++k) {
+          matrix[(pairs[p].a * size + k) * n + pairs[p].b * size + k] = lu.into_a(p, k) = number(-1, 1);
+          matrix[(pairs[p].b * size + k) * n + pairs[p].a * size + k] = lu.into_b(p, k) = number(-1, 1);
+        }
+      for (double& value : expected) value = number(-5, 5);
+      for (std::size_t i = 0; i < segments; ++i)
+        for (std::size_t k = 0; k < size; ++k)
+          for (std::size_t j = 0; j < n; ++j)
+            right[lu.place(i) * size + k] += matrix[(i * size + k) * n + j] * expected[j];
+      ASSERT_TRUE(lu.factorise());
+      lu.solve(right.data());
+      for (std::size_t i = 0; i < segments; ++i)
+        for (std::size_t k = 0; k < size; ++k)
+          EXPECT_NEAR(right[lu.place(i) * size + k], expected[i * size + k], 1e-11) << size;
+    }
+    lu.clear();
+    EXPECT_FALSE(lu.factorise());
+  }
 }
 
 // Two segments that an exchange mixes in a tenth of a second beside a washout in days: explicit steps are bound to the
@@ -184,7 +281,7 @@ TEST(Transport, StiffNetworkIsSolvedInStepsOfTheSlowProcess) {
 }
 
 // As much memory as is left to a process, in steps up to what the run needs, so that each of its larger requests fails
-// once: of the solver's own, of CVODE and of KLU.
+// once: of the solver's own and of CVODE.
 TEST(Transport, ImplicitRunShortOfMemoryEndsInOneSentence) {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
   GTEST_SKIP() << "sanitizers take address space as they like";
