@@ -60,10 +60,11 @@ std::string TFillCalcTable::do_copy(bool with_headers) const {
 
 namespace {
 
-// A value and the position of its cell.
-struct placed_value {
+// A value and the cell that it is for. Numbers and texts apart: a million numbers take a third of the memory.
+template <class Value>
+struct placed {
   std::uint32_t row, column;
-  cell_value value;
+  Value value;
 };
 
 // If a field has both a date and a time: the position of the blank or "T" between them.
@@ -78,11 +79,12 @@ class paste_reader {
 public:
   paste_reader(const grid& content, const pasted_text& lines)
       : content_(content), columns_(content.columns()), lines_(lines) {
-    values.reserve(lines.line_count() * std::min(lines.field_count(0), columns_.size()));
+    numbers.reserve(lines.line_count() * std::min(lines.field_count(0), columns_.size()));
   }
 
-  std::vector<placed_value> values;
-  std::string refusal; // a sentence; empty: everything was read
+  std::vector<placed<double>> numbers;
+  std::vector<placed<std::string>> texts;
+  std::string refusal; // a sentence; empty: all was read
 
   bool read_line(std::size_t line, std::size_t row, std::size_t left) {
     std::size_t column = left;
@@ -106,9 +108,13 @@ public:
 private:
   std::string take(std::string_view field, std::size_t row, std::size_t column) {
     cell_entry entry = read_entry(columns_[column].type, field);
-    if (entry.accepted() && !stays(field, entry.value, row, column))
-      values.push_back({static_cast<std::uint32_t>(row), static_cast<std::uint32_t>(column), std::move(entry.value)});
-    return entry.refusal;
+    if (!entry.accepted() || stays(field, entry.value, row, column)) return std::move(entry.refusal);
+    const auto to_row = static_cast<std::uint32_t>(row), to_column = static_cast<std::uint32_t>(column);
+    if (const double* number = std::get_if<double>(&entry.value))
+      numbers.push_back({to_row, to_column, *number});
+    else if (auto* text = std::get_if<std::string>(&entry.value))
+      texts.push_back({to_row, to_column, std::move(*text)});
+    return {};
   }
   // Whether the field is what the cell contains or shows. The shown text may be rounded, and a stored text may be
   // longer than an entry can be.
@@ -163,7 +169,8 @@ TFillCalcTable::paste_outcome TFillCalcTable::do_paste(std::string_view text) {
     display_rows(false);
     if (OnRowsChanged) OnRowsChanged();
   }
-  for (const placed_value& cell : reader.values) content_->set_value(cell.row, cell.column, cell.value);
+  for (const auto& cell : reader.numbers) content_->set_value(cell.row, cell.column, cell.value);
+  for (const auto& cell : reader.texts) content_->set_value(cell.row, cell.column, cell.value);
   if (view_) view_->rows_changed();
   one.complete();
   return {{}, top, lines.line_count()};
