@@ -157,9 +157,30 @@ cell_entry read_date(std::string_view text) {
   return {static_cast<double>(day), {}};
 }
 
+enum class half_day { none, morning, afternoon };
+
+// Takes "AM" or "PM" off a time, as spreadsheets write it in some countries.
+half_day take_half_day(std::string_view& time) {
+  if (time.size() < 3 || !equal_in_any_case(time.substr(time.size() - 1), "m")) return half_day::none;
+  const std::string_view mark = time.substr(time.size() - 2);
+  const bool morning = equal_in_any_case(mark, "am");
+  if (!morning && !equal_in_any_case(mark, "pm")) return half_day::none;
+  time = trimmed(time.substr(0, time.size() - 2));
+  return morning ? half_day::morning : half_day::afternoon;
+}
+
+// 12:30 AM is half past midnight, 12:30 PM half past noon. -1: there is no such hour.
+int hour_of_day(int hour, half_day half) {
+  if (half == half_day::none) return hour;
+  if (hour < 1 || hour > 12) return -1;
+  return hour % 12 + (half == half_day::afternoon ? 12 : 0);
+}
+
 cell_entry read_time(std::string_view text) {
-  field_reader fields(text);
-  const int hour = fields.number(2);
+  std::string_view clock = text;
+  const half_day half = take_half_day(clock);
+  field_reader fields(clock);
+  const int hour = hour_of_day(fields.number(2), half);
   const int minute = fields.skip(':') ? fields.number(2) : -1;
   const int second = fields.skip(':') ? fields.number(2) : 0;
   if (hour < 0 || minute < 0 || second < 0 || !fields.at_end())

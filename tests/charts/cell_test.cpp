@@ -41,7 +41,10 @@ TEST(Cell, ReadsTimes) {
   EXPECT_EQ(cell_text(time_of_day, 25500.0), "07:05");
   EXPECT_EQ(cell_text(time_of_day, 25501.0), "07:05:01");
   EXPECT_EQ(cell_text(time_of_day, std::nan("")), "00:00");
-  for (const auto* text : {"24:00", "12:60", "12", "12:", "12:00:61", "12:00 pm", "-1:00"})
+  EXPECT_EQ(read(time_of_day, "12:30:15 AM"), "00:30:15"); // as spreadsheets write it in some countries
+  EXPECT_EQ(read(time_of_day, "12:00 pm"), "12:00:00");
+  EXPECT_EQ(read(time_of_day, "6:05PM"), "18:05:00");
+  for (const auto* text : {"24:00", "12:60", "12", "12:", "12:00:61", "-1:00", "13:00 PM", "0:30 AM", "pm", "1:00 m"})
     EXPECT_EQ(read(time_of_day, text).substr(0, 8), "refused:") << text;
 }
 

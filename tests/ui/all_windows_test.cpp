@@ -13,6 +13,7 @@
 #include <QComboBox>
 #include <QImage>
 #include <QLabel>
+#include <QMimeData>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
@@ -373,6 +374,12 @@ TEST(Windows, PasteTakesAllOrSaysInOneSentenceWhyNot) {
         EXPECT_TRUE(press(dialog, "Paste"));
         EXPECT_EQ(points.size(), 2U);
         EXPECT_EQ(points[1], (moment_value_pair_type{{151577, 45000}, 0.5}));
+        auto* offered = new QMimeData; // as spreadsheets offer their cells
+        offered->setHtml("<table><tr><td sdval=\"41183\">10/01/12</td></tr></table>");
+        offered->setText("10/01/12\t06:30:00 PM\t0.25\n10/02/12\t12:00:00 AM\t0.5\n");
+        clipboard->setMimeData(offered);
+        EXPECT_TRUE(press(dialog, "Paste"));
+        EXPECT_EQ(points, (point_list{{{150754, 66600}, 0.25}, {{150755, 0}, 0.5}}));
         clipboard->clear();
         return press(dialog, "Cancel");
       });
