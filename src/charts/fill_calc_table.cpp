@@ -115,6 +115,7 @@ bool TFillCalcTable::enter(std::size_t row, std::size_t column, std::string_view
   if (!is_editable(row, column)) return true;
   if (refused_ && (refused_->row != row || refused_->column != column)) return false;
   const bool was_refused = refused_.has_value();
+  if (!was_refused && !allows_edit()) return false;
   refused_.reset();
   const cell_type& type = content_->columns()[column].type;
   const cell_value present = content_->value(row, column);
@@ -145,7 +146,7 @@ bool TFillCalcTable::enter(std::size_t row, std::size_t column, std::string_view
 }
 
 void TFillCalcTable::click(std::size_t row, std::size_t column) {
-  if (!is_editable(row, column) || refused_) return;
+  if (!is_editable(row, column) || refused_ || !allows_edit()) return;
   if (content_->columns()[column].typed_only) {
     if (OnClick) OnClick(row, column);
     return;
@@ -217,7 +218,7 @@ void TFillCalcTable::delete_all_rows() {
 bool TFillCalcTable::extend_on_down(move_command command) {
   if (command != move_command::down || !content_->has_free_rows() || shown_as_empty_ || refused_) return false;
   const std::size_t rows = content_->row_count();
-  if (rows == 0 || active_row_ + 1 != rows) return false;
+  if (rows == 0 || active_row_ + 1 != rows || !allows_edit()) return false;
   change one(*this, "Append row");
   content_->resize(rows + 1);
   display_rows();

@@ -39,8 +39,10 @@ public:
   // The events of the grid control, for the dialog that owns the table. All may be empty.
   std::function<void(const std::string& label)> OnBeginChange; // an operation with this name begins
   std::function<void(bool completed)> OnEndChange;             // it has ended; false: by an exception
-  std::function<void(std::size_t column)> OnDoneEdit;          // one entry was written; the rows are sorted again
-  std::function<void()> OnRowsChanged;                         // rows were inserted, erased or appended
+  // Before an entry, a click or a row that Down appends; false: something else has to be done first.
+  std::function<bool()> OnAllowEdit;
+  std::function<void(std::size_t column)> OnDoneEdit; // one entry was written; the rows are sorted again
+  std::function<void()> OnRowsChanged;                // rows were inserted, erased or appended
   std::function<void(std::size_t row)> OnEnteringRow;
   std::function<void(std::size_t row, std::size_t column)> OnClick; // a click on a typed_only check box
 
@@ -70,6 +72,7 @@ public:
   std::string entry_text(std::size_t row, std::size_t column) const; // the initial text of an editor
   std::string tool_tip(std::size_t row, std::size_t column) const;
   bool is_editable(std::size_t row, std::size_t column) const;
+  bool allows_edit() const { return !OnAllowEdit || OnAllowEdit(); }
   // Accepts a typed text. False: refused, and kept in `refused` until it is corrected or given up. A text equal to the
   // one shown writes nothing; while the entry of another cell is refused, nothing is accepted.
   bool enter(std::size_t row, std::size_t column, std::string_view text);

@@ -35,6 +35,7 @@ editor_panel& editor::add_panel(std::string table_name, grid& content, unsigned 
     const bool typed = label == "Edit" && panel.series && panel.series->ref();
     host_.begin_step(caption() + ": " + label, typed ? merge_key(class_name(), *panel.series->ref()) : std::string());
   };
+  panel.table.OnAllowEdit = [this] { return nothing_is_refused(); };
   panel.table.OnEndChange = [this, &panel](bool completed) {
     host_.end_step(completed);
     if (panel.series) refresh_series();
@@ -77,6 +78,10 @@ void editor::data_set_replaced() {
 
 bool editor::may_go_on() {
   set_message({});
+  return nothing_is_refused();
+}
+
+bool editor::nothing_is_refused() {
   for (const auto& panel : panels_) {
     if (!panel->table.refused()) continue;
     panel->table.set_active(panel->table.refused()->row, panel->table.refused()->column);

@@ -185,6 +185,7 @@ protected:
 private:
   // Changes the points of the panel's series in one step.
   void edit_points(editor_panel& panel, const std::string& label, const std::function<void(point_list&)>& change);
+  bool nothing_is_refused(); // otherwise leads to it
   void take_step(void (editor_host::*step)());
   void say(const std::string& title, const std::string& sentence);
 

@@ -121,15 +121,19 @@ void grid_view::selectionChanged(const QItemSelection& selected, const QItemSele
   emit selection_moved();
 }
 
-// While an entry is refused no other cell can be edited.
+// While an entry is refused, here or in another grid, no other cell can be edited.
 bool grid_view::edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) {
+  if (trigger == NoEditTriggers || trigger == CurrentChanged) return QTableView::edit(index, trigger, event);
   const auto& refused = table().refused();
-  const bool other =
-      refused && (static_cast<int>(refused->row) != index.row() || static_cast<int>(refused->column) != index.column());
-  if (!other || trigger == NoEditTriggers || trigger == CurrentChanged) return QTableView::edit(index, trigger, event);
+  const bool itself =
+      refused && static_cast<int>(refused->row) == index.row() && static_cast<int>(refused->column) == index.column();
   const bool would_edit = editTriggers() & trigger;
-  if (would_edit) table().set_active(refused->row, refused->column);
-  return false;
+  if (refused && !itself) {
+    if (would_edit) table().set_active(refused->row, refused->column);
+    return false;
+  }
+  if (would_edit && !itself && !table().allows_edit()) return false;
+  return QTableView::edit(index, trigger, event);
 }
 
 void grid_view::closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint) {

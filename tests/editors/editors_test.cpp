@@ -284,6 +284,9 @@ TEST_F(Editors, ARefusedEntryIsNotDroppedByLookingElsewhere) {
   EXPECT_FALSE(detail.enter(0, 2, "1,5"));
   list.set_active(1, 1);
   EXPECT_EQ(list.active_row(), 0U);
+  list.click(0, 1);
+  EXPECT_FALSE(list.enter(0, 2, "Step"));
+  EXPECT_EQ(print(list), "Light|1|Linear\nWind|1|Linear\n");
   EXPECT_EQ(detail.text(0, 2), "1,5");
   detail.give_up_refused();
   list.set_active(1, 1);
