@@ -45,6 +45,10 @@ void TFillCalcTable::display_as_non_empty() {
   shown_as_empty_ = false;
 }
 
+void TFillCalcTable::invalidate_row(std::size_t row) {
+  if (view_ && row < content_->row_count()) view_->cells_changed({row, 0, row, content_->columns().size() - 1});
+}
+
 void TFillCalcTable::rows_changed(bool) {
   if (refused_ && (is_shown_as_empty() || refused_->row >= row_limit())) refused_.reset();
   const std::size_t last_row = std::max<std::size_t>(row_limit(), 1) - 1;

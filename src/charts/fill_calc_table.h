@@ -56,6 +56,7 @@ public:
   void display_rows(bool repaint = true);
   void display_as_empty();
   void display_as_non_empty();
+  void invalidate_row(std::size_t row); // repaints it: what its cells or marks are taken from has changed
   bool is_shown_as_empty() const { return shown_as_empty_; }
   std::size_t row_limit() const { return shown_as_empty_ ? 1 : content_->row_count(); } // rows shown
 

@@ -192,26 +192,23 @@ void editor::GraphButtonClick(editor_panel& panel) {
 
 void editor::keep_these_points(editor_panel& panel) {
   if (!may_go_on() || !panel.series || !panel.series->is_deferred()) return;
-  host_.begin_step(caption() + ": Keep these points", {});
+  panel.table.OnBeginChange("Keep these points");
   edit_series(*host_.data_set(), *panel.series->ref()).query.edit().deferred = false;
-  host_.end_step(true);
+  panel.table.OnEndChange(true);
   set_message("The query is kept, but runs no longer execute it.");
 }
 
 void editor::edit_points(editor_panel& panel, const std::string& label,
                          const std::function<void(point_list&)>& change) {
-  host_.begin_step(caption() + ": " + label, {});
-  point_list& points = edit_series(*host_.data_set(), *panel.series->ref()).points;
+  panel.table.OnBeginChange(label);
   try {
-    change(points);
+    change(edit_series(*host_.data_set(), *panel.series->ref()).points);
   } catch (...) {
-    host_.end_step(false);
+    panel.table.OnEndChange(false);
     throw;
   }
-  host_.end_step(true);
   panel.table.display_rows();
-  refresh_series();
-  refresh_texts();
+  panel.table.OnEndChange(true);
 }
 
 void editor::regular_times_click(editor_panel& panel) {

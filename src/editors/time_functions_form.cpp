@@ -27,10 +27,16 @@ TTimeFunctionsForm::TTimeFunctionsForm(editor_host& host)
   list_.empty_hint = "The model has no time functions.";
   list_.table.OnEnteringRow = [this](std::size_t row) { enter_row(row); };
   list_.table.OnDoneEdit = [this](std::size_t) { show_series(list_.table.active_row()); };
+  detail_.table.OnEndChange = [this, end = detail_.table.OnEndChange](bool completed) {
+    end(completed);
+    list_.table.invalidate_row(list_.table.active_row()); // its mark is about the points
+  };
   detail_.graph_label = [this] { return description(); };
   functions_.mark_of = [this](const function& one, std::size_t column) -> cell_mark {
     if (column != used_column || !one.used || !this->host().data_set()) return {};
-    return {used_series_finding(*this->host().data_set(), one)};
+    std::string finding = used_series_finding(*this->host().data_set(), one);
+    if (finding.empty() && !moments_unique(one.points)) finding = "Two of its points have the same date and time.";
+    return {std::move(finding)};
   };
 }
 

@@ -246,6 +246,10 @@ TEST_F(Editors, TimeFunctionsShowTheSeriesOfTheActiveRow) {
   form.InsertRowButtonClick(*form.panels()[1]);
   EXPECT_FALSE(form.FormCloseQuery(true));
   EXPECT_THAT(host.boxes, ElementsAre("Cannot accept data: Detected duplicate moment in time function for\r\nGale"));
+  list.set_active(0, 0);
+  form.go_to_next_mark(); // leads to what OK refused
+  EXPECT_EQ(list.active_row(), 1U);
+  EXPECT_EQ(list.tool_tip(1, 1), "Two of its points have the same date and time.");
   list.enter(1, 1, "no"); // unused functions are not looked at
   EXPECT_TRUE(form.FormCloseQuery(true));
   host.data.time_functions.clear();
