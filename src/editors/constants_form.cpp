@@ -69,7 +69,7 @@ const shared_list<constant_data_type>* TConstantsForm::constants() const {
 
 void TConstantsForm::FormShow() {
   ConstantGroupComboBox.position = 0;
-  panel().table.set_active(0, 0);
+  panel().table.set_active(0, panel().table.active_column());
   list_form::FormShow();
 }
 

@@ -21,7 +21,7 @@ TOutputControlForm::TOutputControlForm(editor_host& host)
 
 void TOutputControlForm::FormShow() {
   list_form::FormShow();
-  panel().table.set_active(0, 0);
+  panel().table.set_active(0, panel().table.active_column());
 }
 
 } // namespace vesk

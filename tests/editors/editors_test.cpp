@@ -382,6 +382,7 @@ TEST_F(Editors, ConstantsAreShownByGroup) {
   EXPECT_EQ(host.data.constant_groups[1].constants[0].value, 0.1);
   form.FormShow();
   EXPECT_EQ(form.choice()->position, 0U);
+  EXPECT_EQ(table.active_column(), 2U); // stays
   host.data.constant_groups.clear();
   form.data_set_replaced();
   EXPECT_THAT(form.choice()->items, IsEmpty());
