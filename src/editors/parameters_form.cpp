@@ -111,7 +111,7 @@ void TParametersForm::BrowseHydButtonClick() {
   const std::uint64_t generation = host_.generation();
   const auto name =
       host_.questions().ask_file({file_dialog::kind::open, {}, "Hydrodynamic Linkage Files|*.hyd", "hyd"});
-  if (!name) return;
+  if (!name || host_.generation() != generation) return;
   const box_answer answer = host_.questions().message_box(
       "Initialize Segments and Boundaries?",
       "When setting the hydrodynamic linkage file you\r\nhave the option of reading the selected hydrodynamic\r\n"

@@ -27,6 +27,7 @@ public:
   std::function<bool(TSelectSegmentsForm&)> on_select_segments;
   bool running = false;               // as if a restart file is being loaded
   std::optional<std::string> file;    // chosen in file dialogs
+  bool replaced_while_asking = false; // the data set, while a file dialog is open
   box_answer answer = box_answer::ok; // to boxes
   form* open = nullptr;               // notified of replacements
 
@@ -64,7 +65,10 @@ public:
     boxes.push_back(title + ": " + text);
     return answer;
   }
-  std::optional<std::string> ask_file(const file_dialog&) override { return file; }
+  std::optional<std::string> ask_file(const file_dialog&) override {
+    if (replaced_while_asking) ++generation_;
+    return file;
+  }
   std::optional<std::string> ask_folder(const std::string&, const std::string&) override { return std::nullopt; }
   bool show_form(form& shown) override {
     if (auto* times = dynamic_cast<TRegularTimesForm*>(&shown)) return on_regular_times(*times);

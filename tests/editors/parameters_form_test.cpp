@@ -107,6 +107,12 @@ TEST_F(ParametersForm, AsksWhetherToReadTheHydrodynamicFile) {
   form.BrowseHydButtonClick();
   EXPECT_TRUE(form.FormCloseQuery(true));
   EXPECT_TRUE(form.reads_hydrodynamic_file());
+  host.replaced_while_asking = true;
+  host.file = "other.hyd";
+  host.boxes.clear();
+  form.BrowseHydButtonClick();
+  EXPECT_TRUE(host.boxes.empty());
+  EXPECT_EQ(host.data.hydrodynamic_file, "river.hyd");
 }
 
 TEST_F(ParametersForm, ALoadedRestartFileKeepsWhatTheUserHasTouched) {
