@@ -35,4 +35,9 @@ bool entry_field::enter(std::string_view text) {
   return true;
 }
 
+void entry_field::restore() {
+  text_ = value_text_;
+  refusal_.clear();
+}
+
 } // namespace vesk

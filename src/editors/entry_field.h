@@ -23,6 +23,7 @@ public:
   void follow(double value); // load, on behalf of the user: counts as touched
   // Takes what was typed; false: refused, and `refusal` says why. The text of the present value changes nothing.
   bool enter(std::string_view text);
+  void restore(); // the text of the present value in place of a refused one
 
   double value() const { return value_; }
   const std::string& text() const { return text_; }

@@ -2,6 +2,8 @@
 
 #include "ui/texts.h"
 
+#include <QKeyEvent>
+
 namespace vesk {
 
 entry_edit::entry_edit(entry_field& field, QWidget* parent) : QLineEdit(parent), field_(field) {
@@ -32,6 +34,15 @@ bool entry_edit::take() {
     emit entered();
   }
   return accepted;
+}
+
+// Escape first takes back what was typed here; only then does it close the dialog.
+void entry_edit::keyPressEvent(QKeyEvent* event) {
+  const bool edited = text() != shown(field_.text()) || !field_.refusal().empty();
+  if (event->key() != Qt::Key_Escape || !edited) return QLineEdit::keyPressEvent(event);
+  field_.restore();
+  show_field();
+  emit given_up();
 }
 
 } // namespace vesk

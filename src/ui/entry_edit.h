@@ -19,7 +19,11 @@ public:
   bool take();                        // what is typed goes to the form; false: refused
 
 signals:
-  void entered(); // by the user, accepted or not
+  void entered();  // by the user, accepted or not
+  void given_up(); // what was typed
+
+protected:
+  void keyPressEvent(QKeyEvent* event) override;
 
 private:
   entry_field& field_;

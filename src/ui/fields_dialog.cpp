@@ -29,7 +29,8 @@ fields_dialog::fields_dialog(QWidget* parent, form& shown_form, std::string_view
   for (entry_field* field : fields) {
     auto* edit = new entry_edit(*field);
     rows->addRow(shown(field->label) + ":", edit);
-    connect(edit, &entry_edit::entered, this, [this] { show_message(); });
+    for (const auto news : {&entry_edit::entered, &entry_edit::given_up})
+      connect(edit, news, this, [this] { show_message(); });
     entries_.push_back(edit);
   }
   message_label_->setTextFormat(Qt::PlainText);

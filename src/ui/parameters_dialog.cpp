@@ -116,6 +116,7 @@ entry_edit* parameters_dialog::entry(entry_field& field) {
     for (entry_edit* other : entries_) other->show_field();
     enable();
   });
+  connect(edit, &entry_edit::given_up, this, [this] { enable(); });
   return edit;
 }
 
