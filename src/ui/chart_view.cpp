@@ -291,10 +291,18 @@ bool save_values(const TGraphForm& graph, const QString& file_name) {
   return file.write(text) == text.size() && file.commit();
 }
 
+QString ending_of(const QString& file_name) {
+  return QFileInfo(file_name).suffix().toLower();
+}
+
 } // namespace
 
+bool chart_view::can_save_as(const QString& file_name) {
+  return QStringList{"png", "svg", "pdf", "csv"}.contains(ending_of(file_name));
+}
+
 bool chart_view::save(const QString& file_name) {
-  const QString ending = QFileInfo(file_name).suffix().toLower();
+  const QString ending = ending_of(file_name);
   if (!graph_) return false;
   if (ending == "csv") return save_values(*graph_, file_name);
   if (ending == "pdf") return plot_->savePdf(file_name);

@@ -28,6 +28,7 @@ public:
   void mark_point(std::optional<std::size_t> point); // of the first series
 
   // By the ending of the name: png, svg, pdf or csv. False: it could not be written.
+  static bool can_save_as(const QString& file_name);
   bool save(const QString& file_name);
   bool paint_on(QPaintDevice& device, const QRect& target); // false: it takes no picture
 

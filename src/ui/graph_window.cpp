@@ -80,7 +80,8 @@ void graph_window::refresh() {
 // To the default printer; without one as a PDF file.
 void graph_window::print() {
   if (QPrinterInfo::defaultPrinter().isNull()) {
-    const auto name = ask_for_file({file_dialog::kind::save, "Print to a PDF file", "PDF files|*.pdf", "pdf"}, {});
+    const auto name =
+        ask_for_file({file_dialog::kind::save, "Print to a PDF file", "PDF files|*.pdf", "pdf", ".pdf"}, {});
     if (name && !chart_->save(shown(*name)))
       ask_in_box("Error", "Cannot write the chart to " + *name + ".", box_buttons::ok);
     return;
@@ -96,7 +97,10 @@ void graph_window::save() {
   const auto name = ask_for_file({file_dialog::kind::save, "Save the chart",
                                   "PNG pictures|*.png|SVG pictures|*.svg|PDF files|*.pdf|CSV tables|*.csv", "png"},
                                  {});
-  if (name && !chart_->save(shown(*name)))
+  if (!name) return;
+  if (!chart_view::can_save_as(shown(*name)))
+    ask_in_box("Error", "The name " + *name + " must end in .png, .svg, .pdf or .csv.", box_buttons::ok);
+  else if (!chart_->save(shown(*name)))
     ask_in_box("Error", "Cannot write the chart to " + *name + ".", box_buttons::ok);
 }
 

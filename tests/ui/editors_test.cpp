@@ -9,6 +9,7 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QComboBox>
+#include <QDir>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -96,6 +97,20 @@ TEST(Editors, TheOtherWindowsHaveNamesForAllControls) {
                 EXPECT_TRUE(wait_for([&] { return graph->isVisible(); }));
                 expect_accessible(graph);
                 take_picture(graph, "window_GraphForm");
+                std::string refusal;
+                const auto save = [&] {
+                  for (QAction* action : graph->findChildren<QAction*>())
+                    if (action->text() == "Save as...") action->trigger();
+                };
+                with_dialog(save, [&](QWidget* front) {
+                  if (front->objectName() == "file_dialog") {
+                    choose_file(front, QDir::temp().filePath("chart.txt"));
+                    return false;
+                  }
+                  refusal = text_of(front, "qt_msgbox_label").toStdString();
+                  return press(front, "OK");
+                });
+                EXPECT_TRUE(refusal.ends_with("chart.txt must end in .png, .svg, .pdf or .csv.")) << refusal;
                 return press(dialog, "Cancel");
               });
   EXPECT_TRUE(program.window().findChild<QWidget*>("GraphForm")->isVisible()); // it stays
