@@ -41,7 +41,10 @@ grid_view::grid_view(TFillCalcTable& table, const QString& accessible_name, QWid
   horizontalHeader()->setTextElideMode(Qt::ElideRight);
   connect(model_, &grid_model::active_moved, this, [this] { take_active_cell(); });
   connect(model_, &grid_model::columns_replaced, this, [this] { asked_for_.clear(); });
-  connect(model_, &grid_model::modelReset, this, [this] { take_size(); });
+  connect(model_, &grid_model::modelReset, this, [this] {
+    take_size();
+    take_block();
+  });
   connect(verticalScrollBar(), &QScrollBar::valueChanged, this, [this] { widen_to_contents(); });
   take_size();
   take_active_cell();
@@ -97,6 +100,20 @@ void grid_view::take_active_cell() {
   if (currentIndex() == active && selectionModel()->isSelected(active)) return;
   selectionModel()->setCurrentIndex(active, QItemSelectionModel::ClearAndSelect);
   scrollTo(active);
+}
+
+// A reset of the model clears the view's selection, not the table's.
+void grid_view::take_block() {
+  const cell_range block = table().selection();
+  if (!block.contains(table().active_row(), table().active_column()) || model_->columnCount() == 0) return;
+  const auto at = [this](std::size_t row, std::size_t column) {
+    return model_->index(static_cast<int>(row), static_cast<int>(column));
+  };
+  const QScopedValueRollback guard(taking_, true);
+  selectionModel()->setCurrentIndex(at(table().active_row(), table().active_column()), QItemSelectionModel::NoUpdate);
+  selectionModel()->select(QItemSelection(at(block.top, block.left), at(block.bottom, block.right)),
+                           QItemSelectionModel::ClearAndSelect);
+  scrollTo(currentIndex());
 }
 
 void grid_view::currentChanged(const QModelIndex& current, const QModelIndex& previous) {

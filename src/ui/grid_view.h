@@ -41,6 +41,7 @@ protected:
 
 private:
   void take_active_cell(); // from the table
+  void take_block();       // the selected cells, from the table
   void take_size();        // of new rows or columns
   int width_in_sight(int column) const;
   void move_active(int rows, int columns);

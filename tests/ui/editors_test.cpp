@@ -3,6 +3,7 @@
 #include "app/forms.h"
 #include "driver.h"
 #include "ui/chart_view.h"
+#include "ui/entry_edit.h"
 #include "ui/grid_view.h"
 
 #include <QAction>
@@ -196,6 +197,67 @@ TEST(Editors, UndoTakesBackTypingFirstThenSteps) {
                 EXPECT_TRUE(find<QPushButton>(dialog, "RedoButton")->isEnabled());
                 EXPECT_EQ(text_of(dialog, "MessageLabel"), ""); // only a job's end is worth a line
                 return press(dialog, "OK");
+              });
+}
+
+TEST(Editors, TheSelectedBlockOutlivesAResetOfTheRows) {
+  running_program program;
+  program.form().open_file(SAMPLE);
+  with_dialog([&] { program.trigger("TimestepItem"); },
+              [&](QWidget* dialog) {
+                grid_view* grid = grid_of(dialog);
+                const cell_range values{0, 2, 1, 2};
+                grid->table().enter(0, 2, "0.3");
+                grid->selectColumn(2);
+                EXPECT_TRUE(press(dialog, "Undo"));
+                EXPECT_EQ(grid->table().selection(), values);
+                EXPECT_EQ(grid->selectionModel()->selection().indexes().size(), 2);
+                EXPECT_EQ(grid->currentIndex(), grid->model().index(0, 2));
+                EXPECT_TRUE(press(dialog, "Delete")); // there is no such block any more
+                EXPECT_EQ(grid->table().selection().rows(), 1U);
+                return press(dialog, "Cancel");
+              });
+}
+
+TEST(Editors, TheMarkOfAFunctionFollowsItsPoints) {
+  running_program program;
+  program.form().open_file(SAMPLE);
+  program.form().current_data_set->time_functions.edit(0).points.clear();
+  program.form().current_data_set->time_functions.edit(0).query.edit().deferred = false;
+  with_dialog([&] { program.trigger("TimeFunctionsItem"); },
+              [&](QWidget* dialog) {
+                grid_model& list = grid_of(dialog)->model();
+                int repaints = 0;
+                QObject::connect(&list, &grid_model::dataChanged, [&] { ++repaints; });
+                const QModelIndex used = list.index(0, 1);
+                EXPECT_FALSE(used.data(Qt::DecorationRole).isNull());
+                EXPECT_TRUE(press(dialog, "Insert"));
+                EXPECT_TRUE(used.data(Qt::DecorationRole).isNull());
+                EXPECT_GT(repaints, 0);
+                return press(dialog, "Cancel");
+              });
+}
+
+TEST(Editors, EscapeInAFieldFirstGivesTheEntryUp) {
+  running_program program;
+  program.form().open_file(SAMPLE);
+  with_dialog([&] { program.trigger("ParameterizationItem"); },
+              [&](QWidget* dialog) {
+                auto* field = find<entry_edit>(dialog, "StartDateField");
+                auto* skip = find<entry_edit>(dialog, "HydroSkipDateField");
+                const QString before = field->text(), skip_before = skip->text();
+                skip->setText("2012-01-01");
+                skip->take();
+                field->setText("13/45/2012");
+                EXPECT_FALSE(field->take());
+                EXPECT_NE(text_of(dialog, "MessageLabel"), "");
+                QTest::keyClick(field, Qt::Key_Escape);
+                EXPECT_TRUE(dialog->isVisible());
+                EXPECT_EQ(field->text(), before);
+                EXPECT_EQ(text_of(dialog, "MessageLabel"), "");
+                EXPECT_EQ(skip->text(), "01/01/2012"); // moves with another start only
+                QTest::keyClick(field, Qt::Key_Escape);
+                return !dialog->isVisible();
               });
 }
 
