@@ -8,6 +8,7 @@
 #include "ui/grid_view.h"
 #include "ui/texts.h"
 
+#include <QAbstractItemModelTester>
 #include <QApplication>
 #include <QClipboard>
 #include <QComboBox>
@@ -154,6 +155,9 @@ void edit_blocks(QWidget* dialog, grid_view& grid) {
 }
 
 void edit_everything(QWidget* dialog) {
+  using tester = QAbstractItemModelTester;
+  for (grid_view* grid : dialog->findChildren<grid_view*>())
+    new tester(&grid->model(), tester::FailureReportingMode::Fatal, grid); // watches all that follows
   auto* groups = dialog->findChild<QComboBox*>("ConstantGroupComboBox");
   for (int group = 0; group < (groups ? groups->count() : 1); ++group) {
     if (group > 0) QTest::keyClick(groups, Qt::Key_Down);
