@@ -389,6 +389,37 @@ TEST(Windows, PasteTakesAllOrSaysInOneSentenceWhyNot) {
       });
 }
 
+TEST(Windows, AJobMayEndUnderEachOfThem) {
+  running_program program;
+  program.form().open_file(SAMPLE);
+  program.form().current_data_set->give_default_points(); // as the settings dialog does
+  std::string before;
+  const auto end_a_job = [&] {
+    with_dialog(
+        [&] {
+          program.form().start_validity_check();
+          EXPECT_TRUE(wait_for([&] { return !program.form().active_thread; }));
+        },
+        [&](QWidget* box) { return box->windowTitle().startsWith("Validity check") && press(box, "OK"); });
+    if (before.empty()) before = dump(*program.form().current_data_set); // with the limits that the job has found
+  };
+  const auto visit = [&](const char* command) {
+    with_dialog([&] { program.trigger(command); },
+                [&](QWidget* dialog) {
+                  for (grid_view* grid : dialog->findChildren<grid_view*>())
+                    QTest::keyClick(grid, Qt::Key_7); // a cell is open, or the row is blank
+                  end_a_job();
+                  EXPECT_TRUE(dialog->isVisible()) << command;
+                  for (grid_view* grid : dialog->findChildren<grid_view*>()) QTest::keyClick(grid, Qt::Key_Down);
+                  return press_in_peace(dialog, "Cancel");
+                });
+    EXPECT_EQ(difference(before, dump(*program.form().current_data_set)), "") << command;
+  };
+  end_a_job();
+  for (const char* command : editor_commands) visit(command);
+  visit(settings_command);
+}
+
 // A catalogue that goes away, and a job that ends, while a window is open.
 TEST(Windows, OutliveTheCatalogueAndAJob) {
   const temporary_folder folder;
