@@ -60,7 +60,7 @@ std::string TFillCalcTable::do_copy(bool with_headers) const {
 
 namespace {
 
-// A value and the cell that it is for. Numbers and texts apart: a million numbers take a third of the memory.
+// A value and the position of its cell. Numbers and texts apart: a million numbers take a third of the memory.
 template <class Value>
 struct placed {
   std::uint32_t row, column;
@@ -84,7 +84,7 @@ public:
 
   std::vector<placed<double>> numbers;
   std::vector<placed<std::string>> texts;
-  std::string refusal; // a sentence; empty: all was read
+  std::string refusal; // a sentence; empty: everything was read
 
   bool read_line(std::size_t line, std::size_t row, std::size_t left) {
     std::size_t column = left;
