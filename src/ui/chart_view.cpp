@@ -6,6 +6,7 @@
 
 #include <QMouseEvent>
 #include <QSaveFile>
+#include <QShowEvent>
 #include <QSvgGenerator>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -207,6 +208,14 @@ void chart_view::draw() {
     if (plot_->graphCount() > 0) plot_->graph(plot_->graphCount() - 1)->data()->set(mark);
   }
   plot_->replot();
+}
+
+// A dialog that is opened again shows everything.
+void chart_view::showEvent(QShowEvent* event) {
+  QWidget::showEvent(event);
+  if (event->spontaneous() || kind_ == kind::window || !graph_) return;
+  graph_->unzoom_completely();
+  schedule();
 }
 
 bool chart_view::eventFilter(QObject* watched, QEvent* event) {

@@ -39,6 +39,7 @@ signals:
   void bounds_moved();                   // by the mouse
 
 protected:
+  void showEvent(QShowEvent* event) override;
   bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:

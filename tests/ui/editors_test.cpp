@@ -296,6 +296,34 @@ TEST(Editors, AClickInTheChartChoosesTheRowAlsoInUnsortedRows) {
               });
 }
 
+TEST(Editors, TheChartBesideAGridIsNotZoomedWhenTheDialogIsOpenedAgain) {
+  running_program program;
+  program.form().open_file(SAMPLE);
+  QString all, zoomed, reopened;
+  const auto look = [&](const std::function<void(chart_view*)>& work) {
+    with_dialog([&] { program.trigger("TimestepItem"); },
+                [&](QWidget* dialog) {
+                  QTest::qWait(50); // the chart is drawn
+                  work(find<chart_view>(dialog, "TheFillCalcTableChart"));
+                  return press(dialog, "Cancel");
+                });
+  };
+  look([&](chart_view* chart) {
+    all = chart->accessibleDescription();
+    QWidget* plot = chart->findChild<QWidget*>();
+    const QPoint middle = plot->rect().center();
+    QTest::mousePress(plot, Qt::LeftButton, {}, middle);
+    QTest::mouseMove(plot, middle + QPoint(20, 0));
+    QTest::mouseRelease(plot, Qt::LeftButton, {}, middle + QPoint(20, 0));
+    QTest::qWait(50);
+    zoomed = chart->accessibleDescription();
+  });
+  look([&](chart_view* chart) { reopened = chart->accessibleDescription(); });
+  EXPECT_EQ(all.toStdString(), "Time Step: 2 points, 2011 through 2012.");
+  EXPECT_NE(zoomed, all);
+  EXPECT_EQ(reopened, all);
+}
+
 // A job that was started before, or in the dialog, gives its data set back while windows are open.
 TEST(Editors, AJobMayEndUnderThem) {
   running_program program;
