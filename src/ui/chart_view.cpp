@@ -125,6 +125,8 @@ void chart_view::schedule() {
 
 void chart_view::take_series() {
   series_are_old_ = false;
+  // A legend without entries takes nearly all the width from the plot; what was counted then does not hold.
+  if (kind_ == kind::window) ticked_size_ = QSize();
   plot_->clearGraphs();
   if (!graph_) return;
   const double scale = graph_->date_axis() ? seconds_in_a_day : 1;

@@ -61,6 +61,7 @@ bool grid_model::is_refused(const QModelIndex& index) const {
 }
 
 Qt::ItemFlags grid_model::flags(const QModelIndex& index) const {
+  if (!index.isValid()) return Qt::NoItemFlags;
   Qt::ItemFlags flags = Qt::ItemIsEnabled | Qt::ItemIsSelectable;
   if (!table_.is_editable(row_of(index), column_of(index))) return flags;
   return kind_of(index) == cell_kind::check ? flags | Qt::ItemIsUserCheckable : flags | Qt::ItemIsEditable;

@@ -11,6 +11,7 @@
 #include <QClipboard>
 #include <QComboBox>
 #include <QDir>
+#include <QImage>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -53,6 +54,22 @@ void picture_of_each_page(QWidget* window, const QString& name) {
     take_picture(window, QString("%1_%2").arg(name).arg(page + 1));
   }
   if (!pages) take_picture(window, name);
+}
+
+// How many labels there are in the lowest rows of a chart's picture.
+int labels_below(QWidget* chart) {
+  constexpr int label_height = 32, widest_gap_in_a_label = 20;
+  const QImage image = chart->grab().toImage();
+  int labels = 0, last_ink = -widest_gap_in_a_label - 1;
+  for (int x = 0; x < image.width(); ++x) {
+    bool ink = false;
+    for (int y = image.height() - label_height; y < image.height(); ++y)
+      ink = ink || image.pixelColor(x, y).lightness() < 60;
+    if (!ink) continue;
+    if (x - last_ink > widest_gap_in_a_label) ++labels;
+    last_ink = x;
+  }
+  return labels;
 }
 
 TEST(Editors, ShowTheSampleAndChangeNothingByOk) {
@@ -98,6 +115,7 @@ TEST(Editors, TheOtherWindowsHaveNamesForAllControls) {
                 EXPECT_TRUE(wait_for([&] { return graph->isVisible(); }));
                 expect_accessible(graph);
                 take_picture(graph, "window_GraphForm");
+                EXPECT_GE(labels_below(graph->findChild<chart_view*>()), 5);
                 std::string refusal;
                 const auto save = [&] {
                   for (QAction* action : graph->findChildren<QAction*>())
