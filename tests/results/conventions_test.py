@@ -1,5 +1,5 @@
-"""The bundled engine's results by the rules of the CF conventions, with the libraries that people read them with; and
-files that these libraries write, read by vesk-results.
+"""The bundled engine's results by the rules of the CF conventions, with the libraries that people read them with; files
+that these libraries write, read by vesk-results; and its other commands.
 
 The environment variable VESK_BIN names the folder of the programs.
 """
@@ -254,3 +254,62 @@ def test_a_file_of_xarray(tmp_path):
     assert [tuple(row.values()) for row in found] == [
         ("2000-01-01T00:00:00", "1"), ("2000-01-02T00:00:00", "3"), ("2000-01-04T00:00:00", "5"),
     ]
+
+
+# Agreement with measurements.
+
+
+def write_table(folder):
+    (folder / "gauges.csv").write_text(
+        "site,sampled,tracer mg/l\n"
+        "A,2008-02-28 18:00,3\nA,2008-02-29 00:00,<0.5\nA,2008-02-29 06:00,2\nB,2008-02-29 06:00,99\n"
+        "A,2008-03-05 06:00,1\n",
+        encoding="utf-8",
+    )
+    return [
+        "agreement", folder / "river.nc", "--table", folder / "gauges.csv", "--time-field", "sampled", "--value-field",
+        "tracer mg/l", "--where", "site=A", "--variable", "tracer", "--segment", "Mühle, oben", "--name", "upper",
+    ]
+
+
+def test_agreement_with_a_table_is_printed_and_kept(folder):
+    found = json.loads(program(*write_table(folder), "--units", "mg/l", "--factor", "1", "--keep", "--format", "json"))
+    series = found["series"][0]
+    assert {name: series[name] for name in ("measured", "pairs", "below_limit", "without_model")} == {
+        "measured": 4, "pairs": 2, "below_limit": 1, "without_model": 1,
+    }
+    whole = series["estimates"][0]["scores"][-1]
+    error = 2 * numpy.exp(-0.5) - 2  # the other one is 2 less 3
+    assert (whole["period"], whole["count"]) == ("all", 2)
+    assert whole["bias"] == pytest.approx((error - 1) / 2, rel=1e-6)
+    assert whole["rmse"] == pytest.approx(numpy.sqrt((error**2 + 1) / 2), rel=1e-6)
+
+    kept = json.loads((folder / "river.measured.json").read_text(encoding="utf-8"))["series"]
+    assert [it["query"]["file_name"] for it in kept] == ["gauges.csv"]
+    again = rows(program("agreement", folder / "river.nc"))
+    assert [(row["estimate"], row["period"], row["count"]) for row in again] == [
+        ("model", "2008-02", "2"), ("model", "all", "2"),
+        ("the mean of each month as measured", "2008-02", "2"), ("the mean of each month as measured", "all", "2"),
+    ]
+    assert float(again[1]["bias"]) == whole["bias"] and again[3]["r"] == ""
+    (folder / "river.measured.json").unlink()
+
+
+def test_what_cannot_be_compared_or_understood_is_said_in_one_line(folder):
+    table = write_table(folder)
+    for words, status, sentence in (
+        ([*table, "--units", "mg/l"], 1, "upper: measured in \"mg/l\", but tracer is in \"g/m3\"; give the factor"),
+        ([*table, "--from", "2009-01-01"], 1, "upper: has no measured value in the period that is compared."),
+        ([*table, "--kind", "weekly mean"], 2, "option --kind: expected \"point\", \"daily mean\" or \"monthly mean\""),
+        (["agreement", folder / "river.nc"], 1, "river.measured.json: No such file"),
+        (["agreement", folder / "river.nc", "--keep"], 2, "a measured series requires --table."),
+        (["series", folder / "river.nc"], 2, "option --variable is missing."),
+        (["series", folder / "river.nc", "--time", "2008-02-29"], 2, "\"--time\" is not an option of series."),
+        (["profile", folder / "river.nc", "--variable", "tracer", "--time", "2009-01-01"], 1, "covers 2008-02-28T18:00:00"),
+        (["profile", folder / "river.nc", "--variable", "trace", "--time", "2008-02-29"], 1, "the nearest is \"tracer\"."),
+        (["list"], 2, "the file of results is missing."),
+        (["lists", folder / "river.nc"], 2, "unknown command \"lists\"."),
+        ([], 2, "no command given."),
+    ):
+        lines = program(*words, status=status).splitlines()
+        assert len(lines) == 1 and sentence in lines[0], lines
