@@ -258,7 +258,7 @@ bool Equations::line_bound_may_serve() const {
 // above 0: a convex function, which is largest at an end of the line. So is the rate at which a volume falls.
 void Equations::find_line_bound(const State& state) {
   const double now = forcing_.day();
-  line_bound_ = {.fastest = {}, .emptying = 0, .day = state.day, .line = forcing_.version()};
+  line_bound_ = {.fastest = {}, .emptying = 0, .is_steady = true, .day = state.day, .line = forcing_.version()};
   const auto [begin_of_line, end_of_line] = forcing_.ends();
   for (const double day : {begin_of_line, end_of_line}) {
     move_to(day);
@@ -269,6 +269,7 @@ void Equations::find_line_bound(const State& state) {
       const std::size_t end = std::min(begin + block, state.volume.size());
       network_.take_layers(begin, end, layers_);
       network_.move_water(layers_, water_);
+      line_bound_.is_steady = line_bound_.is_steady && water_.steady;
       for (std::size_t k = 0; !water_.steady && k < end - begin; ++k)
         line_bound_.emptying = std::max(line_bound_.emptying, -water_.change[k] * state.per_volume[begin + k]);
     }

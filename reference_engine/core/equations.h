@@ -66,6 +66,8 @@ public:
   StepLimit limit(const State& state, double enough = std::numeric_limits<double>::infinity());
   // No volume changes, with the flows of that day.
   bool is_steady();
+  // No volume changes at any time of the forcing's line. Known only once `limit` has looked at all of the line.
+  bool line_is_steady() const { return line_bound_.line == forcing_.version() && line_bound_.is_steady; }
   // Anything but sources depends on the volumes.
   bool uses_volumes() const { return uses_hydraulics_; }
   // How a class is carried through a stretch of the network.
@@ -115,7 +117,8 @@ private:
   struct LineBound {
     Fastest fastest;
     double emptying = 0; // largest loss of a volume as a share of it, 1/day
-    double day = 0;      // of that state
+    bool is_steady = true;
+    double day = 0; // of that state
     std::uint64_t line = 0;
   };
   bool line_bound_may_serve() const;

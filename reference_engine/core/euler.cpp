@@ -40,9 +40,10 @@ void Euler::step(Equations& equations, State& state, double days, Balances& bala
       if (limits_reactions) std::copy_n(old_rows_[s], end - begin, &old_[s * block]);
     }
     if (reacts) equations.kinetics().rates(begin, end, old_rows_.data(), rate_rows_.data());
+    const double* const per_volume = moves ? &shares.per_volume[at] : &state.per_volume[begin];
     bool beyond = false;
     for (std::size_t c = 0; c < equations.classes().size(); ++c)
-      beyond = advance_class(equations, c, begin, end, reacts, shares, at, state) || beyond;
+      beyond = advance_class(equations, c, begin, end, reacts, shares, at, per_volume, state) || beyond;
     if (beyond && limits_reactions) limit_reactions(equations, begin, end, &shares.per_rate[at], state);
     for (const TransportClass& it : equations.classes())
       for (const std::size_t system : it.systems())
@@ -64,7 +65,7 @@ void Euler::Shares::resize(std::size_t class_count, std::size_t size) {
   classes.resize(class_count);
   for (OfClass& it : classes)
     for (auto* part : {&it.keep, &it.lower, &it.upper}) part->resize(size);
-  for (auto* part : {&new_volume, &per_volume, &per_gram, &per_rate}) part->resize(size);
+  for (auto* part : {&new_volume, &per_volume, &per_rate}) part->resize(size);
 }
 
 void Euler::allocate(const Equations& equations, const State& state) {
@@ -99,26 +100,25 @@ bool Euler::find_shares(const Equations& equations, const State& state, std::siz
                         Shares& into, std::size_t at) {
   const std::size_t count = end - begin;
   double* const new_volume = &into.new_volume[at];
-  double* const per_gram = &into.per_gram[at];
   equations.network().take_layers(begin, end, layers_);
-  const bool moves = find_new_volumes(equations, state, days_, layers_, new_volume);
+  const bool moves = !equations.line_is_steady() && find_new_volumes(equations, state, days_, layers_, new_volume);
   if (moves) {
     set_inverse(count, new_volume, &into.per_volume[at]);
     set_product(count, 1, &state.volume[begin], &into.per_volume[at], ratio_.data());
   }
-  set_multiple(count, days_, moves ? &into.per_volume[at] : &state.per_volume[begin], per_gram);
+  const double* const per_volume = moves ? &into.per_volume[at] : &state.per_volume[begin];
   if (moves)
     set_multiple(count, days_, ratio_.data(), &into.per_rate[at]);
   else if (equations.kinetics().reacts())
-    std::fill_n(&into.per_rate[at], count, days_);
+    set_all(count, days_, &into.per_rate[at]);
   for (std::size_t c = 0; c < into.classes.size(); ++c) {
     const TransportClass& its_class = equations.classes()[c];
     Shares::OfClass& it = into.classes[c];
     equations.find_carried(its_class, layers_, coefficients_);
-    set_kept_shares(count, moves ? ratio_.data() : nullptr, per_gram, coefficients_.up.data(),
+    set_kept_shares(count, days_, moves ? ratio_.data() : nullptr, per_volume, coefficients_.up.data(),
                     coefficients_.down.data(), {&it.keep[at], &it.lower[at], &it.upper[at]});
     its_class.visit_leaving(equations.network(), begin, end, [&](std::size_t segment, double amount) {
-      it.keep[at + segment - begin] -= per_gram[segment - begin] * amount;
+      it.keep[at + segment - begin] -= days_ * per_volume[segment - begin] * amount;
     });
   }
   return moves;
@@ -139,7 +139,7 @@ void Euler::gather(const Equations& equations, const State& state, Balances& bal
 }
 
 bool Euler::advance_class(const Equations& equations, std::size_t its_class, std::size_t begin, std::size_t end,
-                          bool reacts, const Shares& shares, std::size_t at, State& state) {
+                          bool reacts, const Shares& shares, std::size_t at, const double* per_volume, State& state) {
   const Problem& problem = equations.problem();
   const auto systems = equations.classes()[its_class].systems();
   const Shares::OfClass& it = shares.classes[its_class];
@@ -160,7 +160,7 @@ bool Euler::advance_class(const Equations& equations, std::size_t its_class, std
   bool beyond = advance(end - begin, row_shares, rows_, reacts);
   for (std::size_t r = 0; r < systems.size(); ++r) {
     before_[systems[r]] = rows_[r].before;
-    beyond = add_gains(equations, systems[r], begin, end, &shares.per_gram[at], state) || beyond;
+    beyond = add_gains(equations, systems[r], begin, end, per_volume, state) || beyond;
   }
   return beyond;
 }
@@ -198,14 +198,14 @@ void Euler::limit_reactions(const Equations& equations, std::size_t begin, std::
 }
 
 bool Euler::add_gains(const Equations& equations, std::size_t system, std::size_t begin, std::size_t end,
-                      const double* per_gram, State& state) const {
+                      const double* per_volume, State& state) const {
   const Limits limit = limits(equations.problem(), system);
   const auto gaining = equations.gaining();
   const std::span<double> values = state.of(system);
   bool outside_limits = false;
   for (auto at = std::lower_bound(gaining.begin(), gaining.end(), begin); at != gaining.end() && *at < end; ++at) {
     double& value = values[*at];
-    value += per_gram[*at - begin] * gain_[system][static_cast<std::size_t>(at - gaining.begin())];
+    value += days_ * per_volume[*at - begin] * gain_[system][static_cast<std::size_t>(at - gaining.begin())];
     outside_limits = outside_limits || !(value >= limit.least && value <= limit.most);
   }
   return outside_limits;

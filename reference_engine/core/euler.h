@@ -24,7 +24,7 @@ private:
     };
     std::vector<OfClass> classes;
     std::vector<double> new_volume, per_volume; // at the end of the step, and 1 / that
-    std::vector<double> per_gram, per_rate;     // days / new volume; days * volume / new volume
+    std::vector<double> per_rate;               // days * volume / new volume
 
     void resize(std::size_t class_count, std::size_t size);
   };
@@ -37,12 +37,12 @@ private:
                    std::size_t at);
   void gather(const Equations& equations, const State& state, Balances& balances);
   // The rest works on segments begin to end, whose shares stand in `shares` from `at` on.
-  // Moves one class. Whether one of them ends outside its limits.
+  // Moves one class. per_volume: 1 / volume at the end of the step. Whether one of them ends outside its limits.
   bool advance_class(const Equations& equations, std::size_t its_class, std::size_t begin, std::size_t end, bool reacts,
-                     const Shares& shares, std::size_t at, State& state);
+                     const Shares& shares, std::size_t at, const double* per_volume, State& state);
   // Whether one of the gaining segments ends outside the system's limits.
   bool add_gains(const Equations& equations, std::size_t system, std::size_t begin, std::size_t end,
-                 const double* per_gram, State& state) const;
+                 const double* per_volume, State& state) const;
   void limit_reactions(const Equations& equations, std::size_t begin, std::size_t end, const double* per_rate,
                        State& state);
   double reacted(std::size_t system, std::size_t begin, std::size_t end, const State& state) const; // g/day

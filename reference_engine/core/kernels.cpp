@@ -166,6 +166,10 @@ template <bool is_last>
                  : stage_at<false>(count, shares, rows, reacts, moves);
 }
 
+[[gnu::always_inline]] inline void set_all_loop(std::size_t count, double value, double* out) {
+  for (std::size_t k = 0; k < count; ++k) out[k] = value;
+}
+
 [[gnu::always_inline]] inline void set_multiple_loop(std::size_t count, double factor, const double* __restrict in,
                                                      double* __restrict out) {
   for (std::size_t k = 0; k < count; ++k) out[k] = factor * in[k];
@@ -275,28 +279,30 @@ template <class Parts>
 }
 
 template <class Own>
-[[gnu::always_inline]] inline void shares_of(std::size_t count, const double* __restrict per_gram,
+[[gnu::always_inline]] inline void shares_of(std::size_t count, double days, const double* __restrict per_volume,
                                              const double* __restrict up, const double* __restrict down, SharesOut into,
                                              Own own_of) {
   double* __restrict const own = into.own;
   double* __restrict const lower = into.lower;
   double* __restrict const upper = into.upper;
   for (std::size_t k = 0; k < count; ++k) {
-    own[k] = own_of(k, per_gram[k] * (up[k + 1] + down[k]));
-    lower[k] = per_gram[k] * up[k];
-    upper[k] = per_gram[k] * down[k + 1];
+    const double per_gram = days * per_volume[k];
+    own[k] = own_of(k, per_gram * (up[k + 1] + down[k]));
+    lower[k] = per_gram * up[k];
+    upper[k] = per_gram * down[k + 1];
   }
 }
-[[gnu::always_inline]] inline void set_kept_shares_loop(std::size_t count, const double* ratio, const double* per_gram,
-                                                        const double* up, const double* down, SharesOut into) {
+[[gnu::always_inline]] inline void set_kept_shares_loop(std::size_t count, double days, const double* ratio,
+                                                        const double* per_volume, const double* up, const double* down,
+                                                        SharesOut into) {
   if (ratio == nullptr)
-    shares_of(count, per_gram, up, down, into, [](std::size_t, double out) { return 1 - out; });
+    shares_of(count, days, per_volume, up, down, into, [](std::size_t, double out) { return 1 - out; });
   else
-    shares_of(count, per_gram, up, down, into, [=](std::size_t k, double out) { return ratio[k] - out; });
+    shares_of(count, days, per_volume, up, down, into, [=](std::size_t k, double out) { return ratio[k] - out; });
 }
-[[gnu::always_inline]] inline void set_left_shares_loop(std::size_t count, const double* per_gram, const double* up,
-                                                        const double* down, SharesOut into) {
-  shares_of(count, per_gram, up, down, into, [](std::size_t, double out) { return out; });
+[[gnu::always_inline]] inline void set_left_shares_loop(std::size_t count, double days, const double* per_volume,
+                                                        const double* up, const double* down, SharesOut into) {
+  shares_of(count, days, per_volume, up, down, into, [](std::size_t, double out) { return out; });
 }
 
 [[gnu::always_inline]] inline void larger_of_loop(std::size_t count, const double* __restrict values,
@@ -355,6 +361,9 @@ bool advance_stage(std::size_t count, const StageShares& shares, std::span<const
                    bool reacts, bool volumes_change) {
   return Dispatch<&any_stage>::best(count, shares, rows, is_last, reacts, volumes_change);
 }
+void set_all(std::size_t count, double value, double* out) {
+  Dispatch<&set_all_loop>::best(count, value, out);
+}
 void set_multiple(std::size_t count, double factor, const double* in, double* out) {
   Dispatch<&set_multiple_loop>::best(count, factor, in, out);
 }
@@ -386,12 +395,13 @@ void set_product(std::size_t count, double factor, const double* a, const double
 void set_inverse(std::size_t count, const double* in, double* out) {
   Dispatch<&set_inverse_loop>::best(count, in, out);
 }
-void set_kept_shares(std::size_t count, const double* ratio, const double* per_gram, const double* up,
+void set_kept_shares(std::size_t count, double days, const double* ratio, const double* per_volume, const double* up,
                      const double* down, SharesOut into) {
-  Dispatch<&set_kept_shares_loop>::best(count, ratio, per_gram, up, down, into);
+  Dispatch<&set_kept_shares_loop>::best(count, days, ratio, per_volume, up, down, into);
 }
-void set_left_shares(std::size_t count, const double* per_gram, const double* up, const double* down, SharesOut into) {
-  Dispatch<&set_left_shares_loop>::best(count, per_gram, up, down, into);
+void set_left_shares(std::size_t count, double days, const double* per_volume, const double* up, const double* down,
+                     SharesOut into) {
+  Dispatch<&set_left_shares_loop>::best(count, days, per_volume, up, down, into);
 }
 void larger_of(std::size_t count, const double* values, double* largest) {
   Dispatch<&larger_of_loop>::best(count, values, largest);

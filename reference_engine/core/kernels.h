@@ -60,7 +60,8 @@ bool advance_stage(std::size_t count, const StageShares& shares, std::span<const
 
 // Loops over consecutive links and segments. Arrays of one call do not overlap, unless it says so.
 
-// out = factor in, and out += factor in.
+// out = value, out = factor in, and out += factor in.
+void set_all(std::size_t count, double value, double* out);
 void set_multiple(std::size_t count, double factor, const double* in, double* out);
 void add_multiple(std::size_t count, double factor, const double* in, double* out);
 
@@ -89,15 +90,16 @@ void leave(std::size_t count, const double* up, const double* down, double* out)
 void set_product(std::size_t count, double factor, const double* a, const double* b, double* out);
 // out = 1 / in.
 void set_inverse(std::size_t count, const double* in, double* out);
-// Shares of the concentrations on both sides and of the segment's own, by what links carry up and down.
+// Shares of the concentrations on both sides and of the segment's own, by what links carry up and down in some days.
 struct SharesOut {
   double *own, *lower, *upper;
 };
 // own: what stays, the ratio less what leaves. ratio: null for 1 everywhere.
-void set_kept_shares(std::size_t count, const double* ratio, const double* per_gram, const double* up,
+void set_kept_shares(std::size_t count, double days, const double* ratio, const double* per_volume, const double* up,
                      const double* down, SharesOut into);
 // own: what leaves.
-void set_left_shares(std::size_t count, const double* per_gram, const double* up, const double* down, SharesOut into);
+void set_left_shares(std::size_t count, double days, const double* per_volume, const double* up, const double* down,
+                     SharesOut into);
 
 // largest = the larger of both, value by value.
 void larger_of(std::size_t count, const double* values, double* largest);

@@ -300,7 +300,7 @@ void Network::layer_values(std::size_t layer, std::size_t begin, std::size_t end
       if (from > filled) std::fill(values + (filled - first), values + (from - first), 0.0);
       add_multiple(old_end - from, drive, factors, values + (from - first));
       if (strand.is_uniform)
-        std::fill(values + (old_end - first), values + (to - first), drive * *factors);
+        set_all(to - old_end, drive * *factors, values + (old_end - first));
       else
         set_multiple(to - old_end, drive, factors + (old_end - from), values + (old_end - first));
       filled = std::max(filled, to);

@@ -45,6 +45,7 @@ void RungeKutta::step(Equations& equations, State& state, double days, Balances&
   allocate(equations, in_tiles ? std::min(count, block + 2 * stages) + 2 : count + 2);
   const Balances before = balances;
   volumes_change_ = exceeds_ = false;
+  is_steady_ = in_tiles && (flows_vary_ ? equations.line_is_steady() : equations.is_steady());
   const bool stays_above_0 =
       in_tiles ? step_in_tiles(equations, state, days, balances) : step_in_stages(equations, state, days, balances);
   if (!stays_above_0 && !problem.negative_allowed) {
@@ -72,8 +73,8 @@ void RungeKutta::allocate(const Equations& equations, std::size_t stage_size) {
     shares_.classes.resize(equations.classes().size());
     for (Shares::OfClass& it : shares_.classes)
       for (auto* values : {&it.out, &it.lower, &it.upper}) values->resize(longest);
-    for (auto* values : {&shares_.per_volume, &shares_.per_gram, &shares_.per_rate, &shares_.ratios[0],
-                         &shares_.ratios[1], &shares_.ratios[2]})
+    for (auto* values :
+         {&shares_.per_volume, &shares_.per_rate, &shares_.ratios[0], &shares_.ratios[1], &shares_.ratios[2]})
       values->resize(longest);
     rate_.resize(systems * longest);
     now_rows_.resize(systems);
@@ -126,15 +127,18 @@ bool RungeKutta::step_tile(Equations& equations, const Tile& tile, const State& 
     keep_new_volumes(tile, state);
   }
   fill_first_stage(equations, tile, state);
+  const auto linked = equations.network().linked();
+  const auto next_linked = std::ranges::lower_bound(linked, begin);
+  const bool exchanges = flows_vary_ && next_linked != linked.end() && *next_linked < end; // else all is in the layers
   bool stays_above_0 = true;
   for (std::size_t k = 0; k < stages; ++k) {
     const std::size_t margin = stages - 1 - k, network = network_of(k);
     const Part part{k, tile, below(margin), above(margin), moves, days};
-    if (flows_vary_) equations.exchange(moments_[network]);
+    if (exchanges) equations.exchange(moments_[network]);
     if (k == 0 || moves || network != network_of(k - 1))
       find_shares(equations, {k, tile, begin, end, moves, days}, networks_[network], state);
     const bool fine = advance_part(equations, part, state, balances);
-    if (flows_vary_) equations.exchange(moments_[network]);
+    if (exchanges) equations.exchange(moments_[network]);
     stays_above_0 = stays_above_0 && fine;
   }
   return stays_above_0;
@@ -199,9 +203,10 @@ void RungeKutta::take_sources(const Equations& equations, std::size_t stage, dou
   balances.water.add(equations.network().water_in(), equations.network().water_released(), weights[stage] * days);
 }
 
-void RungeKutta::take_network(const Equations& equations, std::size_t begin, std::size_t end, Stretch& into) {
+void RungeKutta::take_network(const Equations& equations, std::size_t begin, std::size_t end, Stretch& into) const {
   equations.network().take_layers(begin, end, into.layers);
-  equations.network().move_water(into.layers, into.water);
+  into.water.steady = true;
+  if (!is_steady_) equations.network().move_water(into.layers, into.water);
   for (std::size_t c = 0; c < into.classes.size(); ++c)
     equations.find_carried(equations.classes()[c], into.layers, into.classes[c]);
 }
@@ -219,16 +224,16 @@ void RungeKutta::find_shares(const Equations& equations, const Part& part, const
       set_product(count, 1, &volume_[k][offset], per_volume, shares_.ratios[k].data());
     set_product(count, part.days, &volume_[part.stage][offset], per_volume, shares_.per_rate.data());
   }
-  set_multiple(count, part.days, per_volume, shares_.per_gram.data());
+  shares_.next_per_volume = per_volume;
   shares_.begin = part.begin;
   for (std::size_t c = 0; c < shares_.classes.size(); ++c) {
     Shares::OfClass& it = shares_.classes[c];
     const Coefficients& its = network.classes[c];
-    set_left_shares(count, shares_.per_gram.data(), its.up.data(), its.down.data(),
+    set_left_shares(count, part.days, per_volume, its.up.data(), its.down.data(),
                     {it.out.data(), it.lower.data(), it.upper.data()});
     equations.classes()[c].visit_leaving(
         equations.network(), part.begin, part.end, [&](std::size_t segment, double amount) {
-          it.out[segment - part.begin] += shares_.per_gram[segment - part.begin] * amount;
+          it.out[segment - part.begin] += part.days * per_volume[segment - part.begin] * amount;
         });
   }
 }
@@ -285,7 +290,7 @@ bool RungeKutta::advance_class(const Equations& equations, std::size_t which, co
   const auto gaining = equations.gaining();
   for (auto k = static_cast<std::size_t>(std::ranges::lower_bound(gaining, begin) - gaining.begin());
        k < gaining.size() && gaining[k] < end; ++k) {
-    const double per_gram = reach[stage] * shares_.per_gram[gaining[k] - shares_.begin];
+    const double per_gram = reach[stage] * part.days * shares_.next_per_volume[gaining[k] - shares_.begin];
     for (std::size_t r = 0; r < rows_.size(); ++r) {
       double& value = rows_[r].next[gaining[k] - begin];
       value += per_gram * gain_[stage][its_class.systems()[r]][k];

@@ -41,7 +41,8 @@ private:
     };
     std::size_t begin = 0;
     std::vector<OfClass> classes;
-    std::vector<double> per_volume, per_gram, per_rate;
+    std::vector<double> per_volume, per_rate;  // where volumes change
+    const double* next_per_volume = nullptr;   // of the next stage, from `begin` on
     std::array<std::vector<double>, 3> ratios; // of volumes, as StageShares has them
   };
   // A stage in segments begin to end of a tile.
@@ -60,7 +61,7 @@ private:
   bool step_tile(Equations& equations, const Tile& tile, const State& state, double days, Balances& balances);
   void fill_first_stage(const Equations& equations, const Tile& tile, const State& state);
   void take_sources(const Equations& equations, std::size_t stage, double days, Balances& balances);
-  static void take_network(const Equations& equations, std::size_t begin, std::size_t end, Stretch& into);
+  void take_network(const Equations& equations, std::size_t begin, std::size_t end, Stretch& into) const;
   void keep_new_volumes(const Tile& tile, const State& state);
   // Works out the shares of segments begin to end, by the network that begins there.
   void find_shares(const Equations& equations, const Part& part, const Stretch& network, const State& state);
@@ -78,6 +79,7 @@ private:
   std::array<std::vector<std::vector<double>>, stages> gain_; // by system, g/day at the equations' gaining segments
   std::array<Equations::Moment, 3> moments_;                  // the begin, middle and end of a step with changing flows
   bool flows_vary_ = false;
+  bool is_steady_ = false; // no volume changes, in tiles
   std::array<Stretch, 3> networks_;
   Shares shares_;
   std::vector<double> rate_;
