@@ -354,7 +354,7 @@ void Network::find_water_out(const LayerValues& layers, double* out) const {
 
 // Links that are in no layer come to few segments, whose balance is then worked out anew.
 void Network::move_water(const LayerValues& layers, WaterMoved& into) const {
-  const auto [begin, end] = std::pair(layers.begin, layers.end);
+  const std::size_t begin = layers.begin, end = layers.end;
   const std::size_t count = end - begin;
   into.change.resize(count);
   if (!prescribed_.empty()) {
@@ -384,7 +384,7 @@ void Network::move_water(const LayerValues& layers, WaterMoved& into) const {
 }
 
 void Network::surface_flow(const LayerValues& layers, std::span<double> flow) const {
-  const auto [begin, end] = std::pair(layers.begin, layers.end);
+  const std::size_t begin = layers.begin, end = layers.end;
   const std::size_t count = end - begin;
   std::vector<double> in(count), out(count);
   for (std::size_t layer = 0; layer < layers_.size(); ++layer) {

@@ -127,7 +127,7 @@ void TransportClass::find_coefficients(const Problem& problem, const Network& ne
 
 void TransportClass::find_carried(const Problem& problem, const Network& network, const LayerValues& layers,
                                   Coefficients& into) const {
-  const auto [begin, end] = std::pair(layers.begin, layers.end);
+  const std::size_t begin = layers.begin, end = layers.end;
   const std::size_t links = end - begin + 1;
   into.up.resize(links);
   into.down.resize(links);
