@@ -6,7 +6,6 @@
 #include "core/network.h"
 
 #include <cstddef>
-#include <utility>
 #include <vector>
 
 namespace reference_engine {
