@@ -1,9 +1,9 @@
 #include "dataset/file_version_text.h"
+#include "dataset/iso_dates.h"
 #include "dataset/text_encoding.h"
 #include "platform/nearest_name.h"
 #include "tools/clockless_data_set.h"
 #include "tools/dataset_json.h"
-#include "tools/iso_dates.h"
 #include "tools/json_loader.h"
 
 #include <bit>

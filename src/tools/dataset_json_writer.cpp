@@ -1,6 +1,6 @@
+#include "dataset/iso_dates.h"
 #include "dataset/text_encoding.h"
 #include "tools/dataset_json.h"
-#include "tools/iso_dates.h"
 
 #include <array>
 #include <bit>

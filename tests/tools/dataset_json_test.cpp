@@ -1,5 +1,5 @@
+#include "dataset/iso_dates.h"
 #include "tools/dataset_json.h"
-#include "tools/iso_dates.h"
 
 #include "old_data_file.h"
 #include "sample_data_set.h"

@@ -1,4 +1,4 @@
-#include "tools/iso_dates.h"
+#include "dataset/iso_dates.h"
 
 #include "dataset/moment.h"
 
