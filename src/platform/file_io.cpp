@@ -35,9 +35,8 @@ int file_descriptor::release() noexcept {
 file_descriptor open_for_reading(const std::filesystem::path& file) {
   file_descriptor result(open(file.c_str(), O_RDONLY | O_CLOEXEC));
   struct stat status {};
-  if (!result.is_open() || fstat(result.get(), &status) != 0)
-    throw file_open_exception(file_failure("open", file.native(), errno));
-  if (S_ISDIR(status.st_mode)) throw file_open_exception(file_failure("open", file.native(), EISDIR));
+  if (!result.is_open() || fstat(result.get(), &status) != 0) throw file_open_exception("open", file.native(), errno);
+  if (S_ISDIR(status.st_mode)) throw file_open_exception("open", file.native(), EISDIR);
   return result;
 }
 
@@ -55,7 +54,7 @@ std::string read_to_end(int file, std::string_view name, const std::function<boo
     if (result.size() - filled < smallest_step) result.resize(result.size() * 2 + smallest_step);
     const ssize_t got = read(file, result.data() + filled, result.size() - filled);
     if (got < 0 && errno == EINTR) continue;
-    if (got < 0) throw file_exception(file_failure("read", name, errno));
+    if (got < 0) throw file_exception("read", name, errno);
     if (got == 0) break;
     filled += static_cast<std::size_t>(got);
     if (goes_on && !goes_on({result.data(), filled})) break;
@@ -70,7 +69,7 @@ std::size_t read_at(int file, std::uint64_t offset, void* first, std::size_t siz
   while (true) {
     const ssize_t got = preadv(file, pieces, 2, static_cast<off_t>(offset));
     if (got >= 0) return static_cast<std::size_t>(got);
-    if (errno != EINTR) throw file_exception(file_failure("read", name, errno));
+    if (errno != EINTR) throw file_exception("read", name, errno);
   }
 }
 
@@ -80,7 +79,7 @@ void write_all(int file, std::string_view first, std::string_view second, std::s
                             {const_cast<char*>(second.data()), second.size()}};
     const ssize_t put = writev(file, pieces, 2);
     if (put < 0 && errno == EINTR) continue;
-    if (put < 0) throw file_exception(file_failure("write", name, errno));
+    if (put < 0) throw file_exception("write", name, errno);
     const std::size_t of_first = std::min(static_cast<std::size_t>(put), first.size());
     first.remove_prefix(of_first);
     second.remove_prefix(static_cast<std::size_t>(put) - of_first);

@@ -11,18 +11,26 @@
 
 namespace vesk {
 
+// "Cannot <action> <file>: <the system's text for `error`>."
+std::string file_failure(std::string_view action, std::string_view file, int error);
+
 // A file cannot be opened, read or written: one sentence with path and cause.
 class file_exception : public std::runtime_error {
-  using std::runtime_error::runtime_error;
+public:
+  explicit file_exception(const std::string& sentence) : std::runtime_error(sentence) {}
+  file_exception(std::string_view action, std::string_view file, int error)
+      : std::runtime_error(file_failure(action, file, error)), error_(error) {}
+
+  int error() const { return error_; } // the system's number; 0 where none is known
+
+private:
+  int error_ = 0;
 };
 
 // The file could not be opened at all; nothing has been read or written.
 class file_open_exception : public file_exception {
   using file_exception::file_exception;
 };
-
-// "Cannot <action> <file>: <the system's text for `error`>."
-std::string file_failure(std::string_view action, std::string_view file, int error);
 
 // "<file>: not enough memory for its contents.", in place of a std::bad_alloc.
 std::string memory_failure(std::string_view file);

@@ -24,12 +24,11 @@ std::filesystem::path end_of_links(std::filesystem::path path) {
   for (int links = 0;; ++links) {
     const auto status = std::filesystem::symlink_status(path, error);
     // A path that cannot be examined may be a link, and a link must not be replaced.
-    if (!std::filesystem::status_known(status))
-      throw file_open_exception(file_failure("write", path.native(), error.value()));
+    if (!std::filesystem::status_known(status)) throw file_open_exception("write", path.native(), error.value());
     if (!std::filesystem::is_symlink(status)) return path;
-    if (links == most_links) throw file_open_exception(file_failure("write", path.native(), ELOOP));
+    if (links == most_links) throw file_open_exception("write", path.native(), ELOOP);
     const std::filesystem::path next = std::filesystem::read_symlink(path, error);
-    if (error) throw file_open_exception(file_failure("write", path.native(), error.value()));
+    if (error) throw file_open_exception("write", path.native(), error.value());
     path = next.is_absolute() ? next : path.parent_path() / next;
   }
 }
@@ -38,7 +37,7 @@ std::optional<struct stat> status_of(const std::filesystem::path& path) {
   struct stat status {};
   if (stat(path.c_str(), &status) == 0) return status;
   if (errno == ENOENT) return std::nullopt;
-  throw file_open_exception(file_failure("write", path.native(), errno));
+  throw file_open_exception("write", path.native(), errno);
 }
 
 // Hidden names: the mark and 16 hexadecimal digits.
@@ -121,13 +120,13 @@ file_descriptor open_unnamed(int folder, unsigned mode) {
 
 safe_file::safe_file(const std::filesystem::path& target) : name_(target.native()) {
   const auto old = status_of(target);
-  if (old && S_ISDIR(old->st_mode)) throw file_open_exception(file_failure("write", name_, EISDIR));
+  if (old && S_ISDIR(old->st_mode)) throw file_open_exception("write", name_, EISDIR);
   if (old && faccessat(AT_FDCWD, target.c_str(), W_OK, AT_EACCESS) != 0)
-    throw file_open_exception(file_failure("write", name_, errno));
+    throw file_open_exception("write", name_, errno);
   if (old && !S_ISREG(old->st_mode)) {
     // By the given name: the target of a link to an open pipe is not a path.
     file_ = file_descriptor(open(target.c_str(), O_WRONLY | O_CLOEXEC));
-    if (!file_.is_open()) throw file_open_exception(file_failure("write", name_, errno));
+    if (!file_.is_open()) throw file_open_exception("write", name_, errno);
     return;
   }
   // If there is an old file, created with the narrowest mode, so that a private file is never readable to others.
@@ -140,7 +139,7 @@ void safe_file::create_beside(const std::filesystem::path& target, unsigned mode
   const std::filesystem::path folder = target.has_parent_path() ? target.parent_path() : ".";
   folder_ = open_folder(folder);
   if (!folder_.is_open() || target_name_.empty())
-    throw file_open_exception(file_failure("write", name_, folder_.is_open() ? EISDIR : errno));
+    throw file_open_exception("write", name_, folder_.is_open() ? EISDIR : errno);
   remove_leftovers(folder_.get(), folder);
   file_ = open_unnamed(folder_.get(), mode);
   if (file_.is_open()) return;
@@ -150,7 +149,7 @@ void safe_file::create_beside(const std::filesystem::path& target, unsigned mode
     errno = EEXIST;
     return false;
   });
-  if (!created) throw file_open_exception(file_failure("write", name_, errno));
+  if (!created) throw file_open_exception("write", name_, errno);
 }
 
 // Calls `create` with new names until one is free; if nothing was created, errno has the cause.
@@ -189,7 +188,7 @@ void safe_file::commit() {
       renameat(folder_.get(), temporary_.c_str(), folder_.get(), target_name_.c_str()) != 0) {
     const int cause = errno;
     remove_temporary();
-    throw file_exception(file_failure("write", name_, cause));
+    throw file_exception("write", name_, cause);
   }
   temporary_.clear();
   fsync(folder_.get()); // else a power cut may bring back the old file, complete, so a failure here is not reported

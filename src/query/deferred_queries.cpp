@@ -46,7 +46,8 @@ void execute_query(prevesk_dataset_data_type& data, const series_ref& ref, const
     target.points = std::move(points);
     if (clear_flag) target.query.edit().deferred = false;
   } catch (const query_exception& error) {
-    throw live_query_exception("Live query for time series \"" + query_label(data, ref) + "\" failed: " + error.what());
+    throw live_query_exception("Live query for time series \"" + query_label(data, ref) + "\" failed: " + error.what(),
+                               error.fault());
   }
 }
 
@@ -55,12 +56,14 @@ void execute_query(prevesk_dataset_data_type& data, const series_ref& ref, const
 // Only series with a query to run are changed: the others, tens of thousands in a large model, go on sharing their
 // points.
 void execute_deferred_queries(prevesk_dataset_data_type& data_set, const query_executor& execute,
-                              query_progress& progress, bool clear_flags) {
+                              query_progress& progress, bool clear_flags,
+                              const std::function<bool(const series_ref&)>& wanted) {
   const auto total = static_cast<double>(count_all_series(data_set));
   double done = 0;
   int last_percent = -1;
   for_each_series(data_set, [&](const series_ref& ref) {
-    if (find_series(data_set, ref)->query->deferred) execute_query(data_set, ref, execute, progress, clear_flags);
+    if (find_series(data_set, ref)->query->deferred && (!wanted || wanted(ref)))
+      execute_query(data_set, ref, execute, progress, clear_flags);
     done += 1.0;
     const auto percent = static_cast<int>(done / total * 100);
     if (std::exchange(last_percent, percent) != percent) progress.percent_done(percent);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "dataset/dataset.h"
+#include "dataset/series.h"
 #include "query/import_query.h"
 #include "query/query_exceptions.h"
 
@@ -11,8 +12,8 @@
 namespace vesk {
 
 // The failure of one deferred query, with the name of its series.
-class live_query_exception : public std::runtime_error {
-  using std::runtime_error::runtime_error;
+class live_query_exception : public query_exception {
+  using query_exception::query_exception;
 };
 
 // Fills `points` from the query's source. Throws query_exception.
@@ -30,8 +31,10 @@ public:
 
 // Executes every deferred query of the data set, in the order print intervals, time steps, time functions, the loads
 // and boundaries of each system, exchange functions, flow functions. With `clear_flags` each query that has run is no
-// longer deferred. Stops at the first failure with live_query_exception; the data set then has what was done so far.
+// longer deferred. With `wanted` only the queries of the series for which it answers true. Stops at the first failure
+// with live_query_exception; the data set then has what was done so far.
 void execute_deferred_queries(prevesk_dataset_data_type& data_set, const query_executor& execute,
-                              query_progress& progress, bool clear_flags);
+                              query_progress& progress, bool clear_flags,
+                              const std::function<bool(const series_ref&)>& wanted = {});
 
 } // namespace vesk

@@ -191,7 +191,8 @@ void query_engine::connect(const import_query& query) {
     std::string cause = error.what();
     const std::string file = resolved(query.stored.file_name).string() + ": ";
     if (cause.starts_with(file)) cause.erase(0, file.size()); // it is named already
-    throw query_engine_exception("Cannot connect to ADO datasource: '" + query.stored.file_name + "': " + cause);
+    throw query_engine_exception("Cannot connect to ADO datasource: '" + query.stored.file_name + "': " + cause,
+                                 error.fault());
   }
 }
 
@@ -219,9 +220,10 @@ std::shared_ptr<table_source> query_engine::source_of(const std::string& file_na
   std::error_code unknown;
   if (!std::filesystem::exists(resolved(file_name), unknown) && !unknown)
     throw query_engine_exception(file_name + ": no such file" +
-                                 (std::filesystem::path(file_name).is_absolute()
-                                      ? "."
-                                      : ", neither in the folder of the data file nor in the current folder."));
+                                     (std::filesystem::path(file_name).is_absolute()
+                                          ? "."
+                                          : ", neither in the folder of the data file nor in the current folder."),
+                                 query_fault::missing);
   std::filesystem::path file = resolved(file_name);
   if (source_ && connection_.front().file == file && is_up_to_date()) return source_;
   source_.reset();

@@ -41,9 +41,9 @@ std::string_view sheet_name(std::string_view name) {
 } // namespace
 
 table_source_exception::table_source_exception(std::string file, std::string table, std::string field,
-                                               std::string cause)
-    : query_engine_exception(message(file, table, field, cause)), file_(std::move(file)), table_(std::move(table)),
-      field_(std::move(field)), cause_(std::move(cause)) {}
+                                               std::string cause, query_fault fault)
+    : query_engine_exception(message(file, table, field, cause), fault), file_(std::move(file)),
+      table_(std::move(table)), field_(std::move(field)), cause_(std::move(cause)) {}
 
 bool is_date_or_time(field_type type) {
   return type == field_type::date || type == field_type::time || type == field_type::date_time;

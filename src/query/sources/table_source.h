@@ -19,7 +19,8 @@ namespace vesk {
 class table_source_exception : public query_engine_exception {
 public:
   // `table` and `field` may be empty; `cause` ends with a full stop.
-  table_source_exception(std::string file, std::string table, std::string field, std::string cause);
+  table_source_exception(std::string file, std::string table, std::string field, std::string cause,
+                         query_fault fault = query_fault::unfit);
 
   // A complete sentence that contains the file name.
   table_source_exception(std::string file, const std::string& sentence)

@@ -65,7 +65,8 @@ std::string cause_of_failure(sqlite3* database) {
 
 [[noreturn]] void fail(sqlite3* database, const std::string& file) {
   stop_if_cancelled();
-  throw table_source_exception(file, "", "", cause_of_failure(database));
+  const bool busy = database && sqlite3_errcode(database) == SQLITE_BUSY;
+  throw table_source_exception(file, "", "", cause_of_failure(database), busy ? query_fault::busy : query_fault::unfit);
 }
 
 sqlite_handle open_by(way how, const std::string& file) {
