@@ -18,6 +18,6 @@ install_packages() {
 }
 
 # What it takes to build and run, and what the tests take besides.
-build_packages=(g++ cmake ninja-build pkg-config libsqlite3-dev sqlite3 libexpat1-dev libminizip-dev mdbtools-dev nlohmann-json3-dev libnetcdf-dev libhdf5-dev libseccomp-dev libsundials-dev libsuitesparse-dev libxerces-c-dev libmuparser-dev libqcustomplot-dev qt6-base-dev qt6-svg-dev)
+build_packages=(g++ cmake ninja-build pkg-config libsqlite3-dev sqlite3 libexpat1-dev nettle-dev libminizip-dev mdbtools-dev nlohmann-json3-dev libnetcdf-dev libhdf5-dev libseccomp-dev libsundials-dev libsuitesparse-dev libxerces-c-dev libmuparser-dev libqcustomplot-dev qt6-base-dev qt6-svg-dev)
 sample_packages=(python3)
-test_packages=(netcdf-bin libgtest-dev libgmock-dev python3 python3-netcdf4 python3-pytest python3-xarray udunits-bin procps xvfb)
+test_packages=(netcdf-bin libgtest-dev libgmock-dev python3 python3-jsonschema python3-netcdf4 python3-pytest python3-xarray udunits-bin procps xvfb)
