@@ -67,6 +67,10 @@ using namespace reference_engine;
 
 extern "C" {
 
+// Not part of the interface: tells Vesk's own programs that the return codes and VESK_RESULTS are those of this engine.
+[[gnu::visibility("default")]] extern const int vesk_bundled_engine;
+const int vesk_bundled_engine = 1;
+
 void execute_model(const char* library, vesk_data_callback data_callback) {
   guarded(data_callback, [&](Host& host) { run_model(host, library == nullptr ? "" : library); });
 }

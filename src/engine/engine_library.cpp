@@ -27,6 +27,7 @@ std::shared_ptr<const engine_library> engine_library::load(const fs::path& file)
   if (!library) throw engine_library_exception("Cannot load engine library " + file.string() + ": " + dlerror() + ".");
   auto result = std::make_shared<engine_library>();
   result->path = file;
+  result->bundled = dlsym(library, "vesk_bundled_engine") != nullptr;
   take(library, "execute_model", result->execute_model, file);
   take(library, "get_maximum_parameters", result->get_maximum_parameters, file);
   take(library, "import_export", result->import_export, file);

@@ -27,6 +27,7 @@ public:
   static std::filesystem::path default_path();
 
   std::filesystem::path path;
+  bool bundled = false; // it says that it is the bundled engine, whose return codes are known
   decltype(&::execute_model) execute_model = nullptr;
   decltype(&::get_maximum_parameters) get_maximum_parameters = nullptr;
   decltype(&::import_export) import_export = nullptr;
