@@ -1,6 +1,7 @@
 // New, Open and Save.
 #include "app/busy_cursor.h"
 #include "app/document_control.h"
+#include "app/failure_kinds.h"
 #include "app/file_names.h"
 #include "dataset/file_version_text.h"
 #include "dataset/vki_file.h"
@@ -87,9 +88,13 @@ void document_control::open_file(const std::string& name) {
   if (extension == ".VKI") {
     as_step("Open " + leaf_of(name), [&] { load(name); });
   } else if (extension == ".VKP") {
-    if (!open_project_file(name)) form_.report_failure("Could not open specified file \"" + name + "\" (.VKP file)");
+    std::error_code ignored;
+    if (!open_project_file(name))
+      form_.report_failure("Could not open specified file \"" + name + "\" (.VKP file)",
+                           std::filesystem::exists(name, ignored) ? failure_kind::data : failure_kind::missing_input);
   } else {
-    form_.report_failure("Could not open specified file type \"" + name + "\" (" + extension + " file)");
+    form_.report_failure("Could not open specified file type \"" + name + "\" (" + extension + " file)",
+                         failure_kind::data);
   }
   ui_.set_subject("");
 }
@@ -103,14 +108,14 @@ document_control::load_result document_control::load(const std::string& name, lo
   reading_losses losses;
   try {
     if (!read_into_new_data_sets(name, kind, losses)) {
-      form_.report_failure("Cannot open file.");
+      form_.report_failure("Cannot open file.", failure_kind::missing_input);
       form_.update_menus();
       return load_result::cannot_open;
     }
   } catch (const file_open_exception&) {
     return load_result::refused;
   } catch (const std::exception& error) {
-    form_.report_failure(error.what()); // a damaged file, or no catalogue to read it with
+    form_.report_failure(error.what(), kind_of_failure(error)); // a damaged file, or no catalogue to read it with
     return load_result::refused;
   }
   if (current_data_set->file_version != prevesk_dataset_data_type::current_file_version())
@@ -210,10 +215,10 @@ bool document_control::save_to_file_name() {
     current_data_set->file_version = prevesk_dataset_data_type::current_file_version(); // as written
     form_.update_caption();
     saved = true;
-  } catch (const file_open_exception&) {
-    form_.report_failure("Cannot open file for writing.");
+  } catch (const file_open_exception& error) {
+    form_.report_failure("Cannot open file for writing.", kind_of_writing_failure(error));
   } catch (const std::exception& error) {
-    form_.report_failure(error.what());
+    form_.report_failure(error.what(), kind_of_writing_failure(error));
   }
   ui_.set_subject("");
   return saved;

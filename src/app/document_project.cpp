@@ -98,7 +98,7 @@ void document_control::ask_and_open_project() {
   }
   const auto name = ui_.ask_file(project_dialog);
   if (!name) return;
-  if (!open_project_file(*name)) form_.report_failure("Could not open specified file.");
+  if (!open_project_file(*name)) form_.report_failure("Could not open specified file.", failure_kind::data);
 }
 
 } // namespace vesk

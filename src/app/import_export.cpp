@@ -24,14 +24,14 @@ void run_control::ask_and_import() {
   if (is_old_style(*name))
     begin_import(*name);
   else
-    form_.report_failure("Cannot import specified file type");
+    form_.report_failure("Cannot import specified file type", failure_kind::data);
 }
 
 void run_control::import_file(const std::string& name) {
   if (upper_extension(name) == ".INP")
     begin_import(name);
   else
-    form_.report_failure("Cannot import specified file type");
+    form_.report_failure("Cannot import specified file type", failure_kind::data);
 }
 
 // The engine is loaded first, so that nothing is replaced without it. Only the launcher notices a running job, after
@@ -43,7 +43,7 @@ void run_control::begin_import(const std::string& name) {
   try {
     documents_.as_step(label, [&] { documents_.begin_document(documents_.file_name, name); });
   } catch (const catalogue_exception& error) {
-    return form_.report_failure(error.what());
+    return form_.report_failure(error.what(), failure_kind::unavailable);
   }
   form_.update_menus();
   const bool was_busy = active_thread != nullptr;
@@ -61,7 +61,7 @@ void run_control::ask_and_export() {
 }
 
 void run_control::export_file(const std::string& name) {
-  if (!is_old_style(name)) return form_.report_failure("Cannot export specified file type");
+  if (!is_old_style(name)) return form_.report_failure("Cannot export specified file type", failure_kind::usage);
   documents_.import_file_name = name;
   launch(job_code::export_file);
   form_.update_caption();

@@ -26,17 +26,21 @@ bool same_input(prevesk_dataset_data_type a, const prevesk_dataset_data_type& b)
 // Afterwards the thread frees itself, even if the end handler fails; the handler may have started another job.
 void run_control::end_job(end_handler end) {
   const model_thread* const ended = active_thread;
-  output_lock_.reset(); // the results of a run are complete
   try {
     note_end_of_job();
+    if (last_job_.code == job_code::run) take_record(recorder_.end(last_job_, library_->bundled));
+    output_lock_.reset(); // a run's results are complete, their record included
     priorities.reset();
     (this->*end)();
   } catch (const std::exception& error) {
-    if (active_thread == ended) active_thread = nullptr;
+    if (active_thread == ended) {
+      active_thread = nullptr;
+      output_lock_.reset();
+    }
     ui_.show_run_controls(false);
     clear_progress();
     form_.update_menus();
-    form_.report_failure(error.what());
+    form_.report_failure(error.what(), failure_kind::software);
   }
 }
 
@@ -74,7 +78,7 @@ void run_control::import_export_end() {
   form_.update_menus();
   const std::string fault =
       imported && !last_job_.cancelled ? documents_.current_data_set->period_fault() : std::string();
-  if (!fault.empty()) form_.report_failure(fault + ".");
+  if (!fault.empty()) form_.report_failure(fault + ".", failure_kind::data);
   if (!run_on_start) return;
   if (last_job_.cancelled || last_job_.failed() || !fault.empty()) // the import is incomplete
     run_on_start = quit_after_run = false;

@@ -1,5 +1,6 @@
 #include "app/main_form.h"
 
+#include "app/failure_kinds.h"
 #include "app/forms.h"
 #include "platform/program_paths.h"
 #include "shell/keywords/dictionary.h"
@@ -109,8 +110,12 @@ void TPreveskMainForm::update_menus() {
   ui_.set_commands(conditions());
 }
 
-void TPreveskMainForm::report_failure(const std::string& text) {
-  ++failures_;
+void TPreveskMainForm::note_failure(const std::string& text, failure_kind kind) {
+  if (failures_++ == 0) first_failure_ = {text, kind};
+}
+
+void TPreveskMainForm::report_failure(const std::string& text, failure_kind kind) {
+  note_failure(text, kind);
   ui_.message_box("Error", text, box_buttons::ok);
 }
 
@@ -120,7 +125,7 @@ void TPreveskMainForm::DictionaryItemClick() {
   try {
     if (write_dictionary_file(*name)) ui_.message_box("Complete", "Dictionary written", box_buttons::ok);
   } catch (const file_exception& error) {
-    report_failure(error.what());
+    report_failure(error.what(), kind_of_writing_failure(error));
   }
 }
 

@@ -37,6 +37,11 @@ struct command_line_requests {
   std::string import_name; // as in the argument
 };
 
+struct reported_failure {
+  std::string text;
+  failure_kind kind = failure_kind::data;
+};
+
 class TPreveskMainForm final : public editor_host, private main_form_services {
 public:
   // The interval of UIUpdateTimer, in milliseconds.
@@ -75,6 +80,11 @@ public:
   std::filesystem::path& engine_path = runs_.engine_path;
   query_executor& execute_query = runs_.execute_query;
   bool& skip_deferred_queries = runs_.skip_deferred_queries;
+  std::filesystem::path& output_folder = runs_.output_folder;
+  run_record& record_head = runs_.record_head;
+  std::optional<prevesk_dataset_data_type>& recorded_data_set = runs_.recorded_data_set;
+  std::function<void(const run_record&)>& note_start_of_run = runs_.note_start_of_run;
+  std::function<void(run_record)>& take_record = runs_.take_record;
   std::unique_ptr<priority_platform>& priorities = runs_.priorities;
   std::string_view& priority_word = runs_.priority_word;
   std::string& program_directory = outside_.program_directory;
@@ -164,6 +174,7 @@ public:
   void NewItemClick() { new_data_set(); }
   void OpenItemClick() { documents_.ask_and_open(); }
   void OpenProjectItemClick() { documents_.ask_and_open_project(); }
+  void take_content(const prevesk_dataset_data_type& content) { documents_.take_content(content); }
   void open_file(const std::string& name) { documents_.open_file(name); }
   bool open_project_file(const std::string& name) { return documents_.open_project_file(name); }
   void SaveItemClick() { save(); }
@@ -175,6 +186,7 @@ public:
   void import_file(const std::string& name) { runs_.import_file(name); }
   void export_file(const std::string& name) { runs_.export_file(name); }
   int failures() const { return failures_; } // reported ones: of files, queries, jobs and the engine library
+  const std::optional<reported_failure>& first_failure() const { return first_failure_; }
   int files_partly_read() const { return documents_.files_partly_read(); }
 
   // Jobs.
@@ -189,12 +201,19 @@ public:
   void start_import_network(const std::string& name) { runs_.launch(job_code::import_network, name); }
   void start_load_restart_file() override { runs_.launch(job_code::load_restart_file); }
   void start_load_restart_file(const std::string& name) { runs_.launch(job_code::load_restart_file, name); }
+  bool execute_deferred_queries_of(prevesk_dataset_data_type& data, std::span<const series_ref> series) {
+    return runs_.execute_deferred_queries_of(data, series);
+  }
+  bool prepare_many_runs() { return runs_.prepare_many_runs(); }
   bool execute_all_deferred_queries() { return runs_.execute_all_deferred_queries(); }
   void ExectutealldeferredqueriesItemClick() { runs_.ask_and_execute_all_deferred_queries(); }
   bool change_priority(int position) { return runs_.change_priority(position); }
   void PriorityTrackBarChange(int position) { runs_.move_priority_track_bar(position); }
   void UpdateTimerTimer() { runs_.show_news(); }
   std::optional<double> ResultsTableGetCellData(int row, int column) const { return runs_.results_cell(row, column); }
+  std::filesystem::path results_base() const { return std::filesystem::path(runs_.results_name()).replace_extension(); }
+  const std::filesystem::path& recorded_base() const { return runs_.recorded_base(); }
+  bool engine_is_bundled() const { return runs_.engine_is_bundled(); }
   const job_outcome& last_job() const { return runs_.last_job(); }
   int return_code() const { return runs_.return_code(); }
   void set_window_handle(std::int32_t handle) { runs_.set_window_handle(handle); }
@@ -228,11 +247,12 @@ private:
   void restore_geometry();
 
   // main_form_services
-  void report_failure(const std::string& text) override;
-  void count_failure() override { ++failures_; }
+  void report_failure(const std::string& text, failure_kind kind) override;
+  void note_failure(const std::string& text, failure_kind kind) override;
 
   std::unique_ptr<program_forms> forms_;
   int failures_ = 0;
+  std::optional<reported_failure> first_failure_;
   bool minimised_by_request_ = false; // from the command line
 };
 

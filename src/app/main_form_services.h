@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/user_interface.h"
+#include "runs/run_status.h"
 
 #include <string>
 
@@ -19,9 +20,9 @@ public:
   // Checks that the catalogue can be opened; if not, asks once for another folder.
   virtual void check_database() = 0;
 
-  // Shows the text in a box "Error" and counts the failure.
-  virtual void report_failure(const std::string& text) = 0;
-  virtual void count_failure() = 0; // of a failure shown in another way
+  // Shows the text in a box "Error" and notes it. `kind`: for programs that read the exit status.
+  virtual void report_failure(const std::string& text, failure_kind kind) = 0;
+  virtual void note_failure(const std::string& text, failure_kind kind) = 0; // that was shown in another way
 };
 
 } // namespace vesk

@@ -1,9 +1,11 @@
 #include "app/run_control.h"
 
+#include "app/failure_kinds.h"
 #include "app/file_names.h"
 #include "app/time_remaining.h"
 #include "app/worker_priority.h"
 #include "platform/file_io.h"
+#include "platform/file_lookup.h"
 #include "query/import_query.h"
 
 #include <algorithm>
@@ -99,6 +101,7 @@ run_control::run_control(user_interface& ui, main_form_services& form, document_
                          point_list& points) {
     return import_query(query, split_file_name(documents_.file_name).folder).execute(data_set, points);
   };
+  take_record = [this](const run_record& record) { write_record_beside_results(record); };
 }
 
 // A run writes its results until the process ends, which also releases the lock.
@@ -139,7 +142,7 @@ bool run_control::load_engine() {
     if (!library_ || library_->path != engine_path) library_ = engine_library::load(engine_path);
     return true;
   } catch (const engine_library_exception& error) {
-    form_.report_failure(error.what());
+    form_.report_failure(error.what(), kind_of_failure(error));
     return false;
   }
 }
@@ -157,7 +160,7 @@ bool run_control::start_job(const prevesk_dataset_data_type& data_set, const lau
     thread->FreeOnTerminate = true;
     active_thread = thread.release();
   } catch (const std::exception& error) {
-    form_.report_failure(error.what());
+    form_.report_failure(error.what(), kind_of_failure(error));
     return false;
   }
   last_job_ = {};
@@ -177,7 +180,7 @@ void run_control::run_or_cancel() {
 bool run_control::start_run() {
   if (!documents_.current_data_set) return false;
   if (const std::string fault = documents_.current_data_set->period_fault(); !fault.empty()) {
-    form_.report_failure(fault + ".");
+    form_.report_failure(fault + ".", failure_kind::data);
     return false;
   }
   prevesk_dataset_data_type copy = *documents_.current_data_set;
@@ -186,7 +189,9 @@ bool run_control::start_run() {
   copy.reset_cursors();
   if (!skip_deferred_queries && !run_queries(copy, false)) return false;
   clear_progress(); // of the queries
-  if (!start_job(copy, launcher_of(job_code::run), documents_.file_name)) return false;
+  note_linked_files(copy);
+  if (!start_job(copy, launcher_of(job_code::run), results_name())) return false;
+  begin_record();
   output_lock_ = std::move(lock);
   ui_.show_run_controls(true);
   ui_.set_priority_position(active_thread->priority_position);
@@ -196,16 +201,61 @@ bool run_control::start_run() {
 }
 
 // Every engine names its results after the data file, so a data set without a file cannot have results.
+std::string run_control::results_name() const {
+  if (output_folder.empty() || documents_.file_name.empty()) return documents_.file_name;
+  return (output_folder / leaf_of(documents_.file_name)).native();
+}
+
 bool run_control::lock_outputs(std::unique_ptr<output_lock>& lock) {
-  if (documents_.file_name.empty()) return true;
+  const std::string name = results_name();
+  if (name.empty()) return true;
   try {
-    lock = std::make_unique<output_lock>(std::filesystem::path(documents_.file_name).replace_extension());
+    lock = std::make_unique<output_lock>(std::filesystem::path(name).replace_extension());
   } catch (const std::exception& error) {
-    form_.report_failure(error.what());
+    form_.report_failure(error.what(), kind_of_failure(error));
     return false;
   }
   if (!lock->warning().empty()) ui_.add_info_line(lock->warning(), icon_note);
   return true;
+}
+
+// An engine looks for them beside the file that it is named.
+void run_control::note_linked_files(prevesk_dataset_data_type& data_set) const {
+  if (output_folder.empty()) return;
+  for (std::string prevesk_dataset_data_type::*const member :
+       {&prevesk_dataset_data_type::hydrodynamic_file, &prevesk_dataset_data_type::nps_file}) {
+    const std::filesystem::path found = find_file(data_set.*member, split_file_name(documents_.file_name).folder);
+    if (!found.empty()) data_set.*member = std::filesystem::absolute(found).native();
+  }
+}
+
+void run_control::begin_record() {
+  const std::string name = results_name();
+  recorder_.begin(record_head,
+                  {.data_set = recorded_data_set ? *recorded_data_set : *documents_.current_data_set,
+                   .data_file = documents_.file_name,
+                   .base = name.empty() ? std::filesystem::path() : std::filesystem::path(name).replace_extension(),
+                   .engine = library_->path,
+                   .queries = std::exchange(executed_, {})});
+  if (note_start_of_run) note_start_of_run(recorder_.record());
+}
+
+bool run_control::prepare_many_runs() {
+  if (!load_engine()) return false;
+  std::vector<std::filesystem::path> files{library_->path, documents_.file_name};
+  for (const recorded_query& query : executed_) files.emplace_back(query.source.file);
+  recorder_.know(files);
+  return true;
+}
+
+// A run that failed and wrote nothing leaves the older results, and so their record.
+void run_control::write_record_beside_results(const run_record& record) {
+  if (recorder_.base().empty() || (record.end.status != 0 && record.outputs.empty())) return;
+  try {
+    write_record(record_file_of(recorder_.base()), to_json(record));
+  } catch (const std::exception& error) {
+    ui_.add_info_line(error.what(), icon_note);
+  }
 }
 
 void run_control::cancel_job() {
@@ -255,6 +305,8 @@ void run_control::show_news() {
 }
 
 void run_control::add_info_line(const std::string& text, int icon) {
+  if (icon == icon_failure && last_job_.engine_failure.empty()) last_job_.engine_failure = text;
+  if (icon == icon_note && last_job_.warnings.size() < job_outcome::most_warnings) last_job_.warnings.push_back(text);
   ui_.add_info_line(text, icon);
   ui_.select_last_info_line();
 }

@@ -6,9 +6,11 @@
 
 #include "app/configuration.h"
 #include "app/document_control.h"
+#include "app/job_outcome.h"
 #include "app/main_form_services.h"
 #include "app/priority_control.h"
 #include "app/results_grid.h"
+#include "app/run_recorder.h"
 #include "engine/job_front_end.h"
 #include "engine/model_thread.h"
 #include "platform/output_lock.h"
@@ -17,23 +19,14 @@
 #include <atomic>
 #include <chrono>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
 namespace vesk {
-
-// How the last job ended.
-struct job_outcome {
-  job_code code = job_code::run;
-  bool cancelled = false; // it was asked to stop
-  bool checked = true;    // of a validity check: it was made, without a finding of severity 2
-  int return_code = 0;    // as set by the engine, else 0
-  std::string failure;    // from an exception in the engine or a keyword; empty: none
-  std::string log_loss;   // why log lines were lost, one sentence; empty: none were
-  bool failed() const { return !failure.empty(); }
-};
 
 // Main thread only, except where a member says otherwise.
 class run_control final : private job_front_end {
@@ -49,6 +42,7 @@ public:
   std::filesystem::path engine_path;             // of the engine library
   query_executor execute_query;                  // executes one stored query
   bool skip_deferred_queries = false;            // run on the stored points
+  std::filesystem::path output_folder;           // of a run's results; empty: the data file's
   std::unique_ptr<priority_platform> priorities; // of the running job
   std::string_view priority_word;                // of the last change of priority
 
@@ -56,8 +50,21 @@ public:
   void run_or_cancel();       // starts a run, or cancels the running job
   void launch(job_code code); // any job but a run, on the file of its row, which may ask the user
   void launch(job_code code, const std::string& name);
-  void cancel_job(); // asks the running job, if any, to stop
+  void cancel_job();                // asks the running job, if any, to stop
+  std::string results_name() const; // what an engine names a run's results after; empty: there are none
+  const std::filesystem::path& recorded_base() const { return recorder_.base(); } // of the last run; empty: none
+  bool engine_is_bundled() const { return library_ && library_->bundled; }        // the one loaded last
   const job_outcome& last_job() const { return last_job_; }
+
+  // The record of a run. A front end fills in what it knows, and may take the place of the two functions.
+  run_record record_head;                                     // copied into each record
+  std::optional<prevesk_dataset_data_type> recorded_data_set; // the record's; null: the open one
+  std::function<void(const run_record&)> note_start_of_run; // the record so far, before the engine works; may be empty
+  std::function<void(run_record)> take_record;              // of a run that has ended; here it is written
+
+  // Loads the engine and hashes what many runs have in common, before processes are forked for them. False: the engine
+  // cannot be loaded, reported.
+  bool prepare_many_runs();
 
   // Import and export. An import begins a new document, then starts its job.
   void ask_and_import();
@@ -69,6 +76,8 @@ public:
   // reported; the data set is then unchanged.
   bool execute_all_deferred_queries();
   void ask_and_execute_all_deferred_queries();
+  // The same for these series of a data set that is not the open one. False: failed, reported.
+  bool execute_deferred_queries_of(prevesk_dataset_data_type& data_set, std::span<const series_ref> series);
 
   bool change_priority(int position); // of the running job, 0 to 6; false: refused
   void move_priority_track_bar(int position);
@@ -92,8 +101,13 @@ private:
 
   bool load_engine(); // false: cannot be loaded, which is reported
   bool start_run();
-  bool lock_outputs(std::unique_ptr<output_lock>& lock); // for a run; false: refused, which is reported
-  bool run_queries(prevesk_dataset_data_type& data_set, bool clear_flags); // false: failed, which is reported
+  bool lock_outputs(std::unique_ptr<output_lock>& lock); // of a run; false: refused, and reported
+  void note_linked_files(prevesk_dataset_data_type& data_set) const;
+  void begin_record();
+  void write_record_beside_results(const run_record& record);
+  // Adds to `executed_`.
+  bool run_queries(prevesk_dataset_data_type& data_set, bool clear_flags,
+                   const std::function<bool(const series_ref&)>& wanted = {}); // false: failed, and reported
   bool start_job(const prevesk_dataset_data_type& data_set, const launcher& row, const std::string& name);
   void resume_other_job();
   void begin_import(const std::string& name);
@@ -142,6 +156,8 @@ private:
   job_outcome last_job_;
   std::chrono::steady_clock::time_point priority_refused_; // last, since the job began
   std::unique_ptr<output_lock> output_lock_;               // of the current run
+  std::vector<recorded_query> executed_;                   // since the last run began
+  run_recorder recorder_;
   results_grid grid_;
   std::atomic<bool> logging_enabled_{false};
   std::atomic<int> diagnostic_level_{0};

@@ -46,10 +46,17 @@ QRect on_a_screen(QRect place) {
   return place;
 }
 
+run_record head_of_records() {
+  std::vector<std::string> arguments;
+  for (const QString& argument : QCoreApplication::arguments()) arguments.push_back(argument.toStdString());
+  return record_of_this_program("vesk", QCoreApplication::applicationVersion().toStdString(), std::move(arguments));
+}
+
 } // namespace
 
 main_window::main_window(const std::filesystem::path& settings_file)
     : form_(std::make_unique<TPreveskMainForm>(*this, settings_file)) {
+  form_->record_head = head_of_records();
   setObjectName("PreveskMainForm");
   setWindowIcon(program_image());
   lay_out();

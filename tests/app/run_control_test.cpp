@@ -47,6 +47,19 @@ protected:
   TPreveskMainForm form{ui, folder.path / "settings.ini"};
 };
 
+TEST_F(RunControl, ARunLeavesItsRecordUnlessItLeftTheOldResults) {
+  make_data("says run");
+  form.RunModelButtonClick();
+  finish();
+  const std::string record = folder.read("river.run.json");
+  EXPECT_NE(record.find("\"class\": \"good\""), record.npos) << record;
+  EXPECT_NE(record.find("\"segments\": ["), record.npos);
+  make_data("throws");
+  form.RunModelButtonClick();
+  finish();
+  EXPECT_EQ(folder.read("river.run.json"), record);
+}
+
 TEST_F(RunControl, ARunWorksOnACopyAndShowsItsControls) {
   make_data("reports");
   const prevesk_dataset_data_type before = *form.current_data_set;
