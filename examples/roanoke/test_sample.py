@@ -2,6 +2,7 @@
 """Tests of the sample river. The whole run is tested where VESK_BIN names the folder of the programs."""
 import csv
 import datetime
+import json
 import os
 import pathlib
 import shutil
@@ -16,6 +17,8 @@ import network
 import physics
 import records
 import tables
+
+SCHEMA = tables.HERE.parents[1] / "docs" / "run-record.schema.json"
 
 
 class Formulas(unittest.TestCase):
@@ -157,6 +160,27 @@ class WholeRun(unittest.TestCase):
             self.assertEqual(one.pop("time"), other.pop("time"))
             for segment, value in one.items():
                 self.assertAlmostEqual(float(value), float(other[segment]), delta=1e-5)  # values travel as single precision
+
+    def test_the_record_is_valid_and_rows_give_what_single_runs_give(self):
+        folder = pathlib.Path(self.folder.name)
+        (folder / "rows.csv").write_text("id,\"constant.{CBOD oxidation rate at 20 DEG C, 1/day}*=\",flow.0.0*=\nlow,0.9,1\nhigh,1.1,1.2\n")
+        rows = ["roanoke.vki", "-RUN", "--set-from", "rows.csv"]
+        self.program(*rows, "--rows", "0-1", "--output-dir", "many")
+        self.program(*rows, "--row", "1", "--output-dir", "one")
+        one, many = (folder / of / "high" / "roanoke_oxygen.csv" for of in ("one", "many"))
+        self.assertEqual(one.read_bytes(), many.read_bytes())
+        self.assertNotEqual(one.read_bytes(), (folder / "roanoke_oxygen.csv").read_bytes())
+        records = [folder / of / "roanoke.run.json" for of in (".", "many/low", "many/high", "one/high")]
+        for record in records:
+            subprocess.run(["/usr/bin/python3", "-m", "jsonschema", "-i", record, SCHEMA], check=True)
+        first, _, high, alone = (json.loads(record.read_text(encoding="utf-8")) for record in records)
+        self.assertEqual({len(first["queries"]), len(high["queries"])}, {8})
+        for part in ("data_set", "values", "queries", "engine", "data_file"):
+            self.assertEqual(high[part], alone[part], part)
+        written = {path.name for path in one.parent.iterdir()} - {"roanoke.run.json", "LOGINFO.TXT"}
+        self.assertEqual({pathlib.Path(it["file"]).name for it in high["outputs"]}, written)
+        changed = [name for name, list_ in first["data_set"]["lists"].items() if list_ != high["data_set"]["lists"][name]]
+        self.assertEqual(changed, ["constant_groups.constants", "flow_fields.functions"])
 
 
 if __name__ == "__main__":

@@ -12,11 +12,13 @@ constexpr int cancelled = 130;
 
 std::atomic<int> signals_seen{0};
 std::atomic<bool> keyboard{false};
+std::atomic<bool> request{false};
 std::atomic<bool> at_once{false};
 static_assert(std::atomic<int>::is_always_lock_free && std::atomic<bool>::is_always_lock_free); // required in a handler
 
 extern "C" void note_signal(int signal) {
   if (signal == SIGINT) keyboard = true;
+  if (signal == SIGTERM) request = true;
   if (signals_seen.fetch_add(1) + 1 >= 3 || at_once) _exit(cancelled);
 }
 
@@ -44,6 +46,10 @@ bool interrupted() {
 
 bool interrupted_by_keyboard() {
   return keyboard;
+}
+
+bool interrupted_by_request() {
+  return request;
 }
 
 ends_at_once::ends_at_once() {

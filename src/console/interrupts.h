@@ -10,6 +10,7 @@ void watch_interrupts();
 // True after a signal.
 bool interrupted();
 bool interrupted_by_keyboard(); // one of the signals was Ctrl+C
+bool interrupted_by_request();  // and one of them was SIGTERM
 
 // While it exists, the first signal ends the process at once, even if it arrived before. For work on the main thread
 // that does not poll and leaves nothing half-written: reading files, executing queries.

@@ -5,6 +5,8 @@
 #include "platform/nearest_name.h"
 
 #include <algorithm>
+#include <charconv>
+#include <cmath>
 #include <filesystem>
 #include <map>
 
@@ -21,7 +23,8 @@ struct option_row {
   const char* help;
   bool console_options::*flag = nullptr;
   std::optional<std::string> console_options::*text = nullptr;
-  bool once = false; // a task: a second one would silently replace the first
+  std::vector<std::string> console_options::*list = nullptr; // may be given several times; any text
+  bool once = false;                                         // a task: a second one would silently replace the first
 };
 
 constexpr option_row rows[] = {
@@ -44,6 +47,48 @@ constexpr option_row rows[] = {
      .help = "load a restart file (.rst)",
      .text = &console_options::load_restart,
      .once = true},
+    {.name = "--set",
+     .argument = "PATH=VALUE",
+     .help = "set a value or series; also PATH*=VALUE, PATH+=VALUE",
+     .list = &console_options::set},
+    {.name = "--beyond-limits",
+     .argument = nullptr,
+     .help = "set values also outside the catalogue's range",
+     .flag = &console_options::beyond_limits},
+    {.name = "--set-from",
+     .argument = "FILE",
+     .help = "set the values of a row of this table (.csv)",
+     .text = &console_options::set_from,
+     .once = true},
+    {.name = "--parameters",
+     .argument = "FILE",
+     .help = "its columns are names of this table of parameters",
+     .text = &console_options::parameters,
+     .once = true},
+    {.name = "--row", .argument = "N", .help = "the row, from 0", .text = &console_options::row, .once = true},
+    {.name = "--rows", .argument = "A-B|-", .help = "run each of these rows; - reads their numbers"},
+    {.name = "--list-paths",
+     .argument = nullptr,
+     .help = "list what --set can set",
+     .flag = &console_options::list_paths},
+    {.name = "--csv", .argument = nullptr, .help = "list it as a table of parameters", .flag = &console_options::csv},
+    {.name = "--output-dir",
+     .argument = "DIR",
+     .help = "write all results of the run and its record to this folder",
+     .text = &console_options::output_dir,
+     .once = true},
+    {.name = "--record",
+     .argument = "FILE",
+     .help = "write the record of the run to this file",
+     .text = &console_options::record,
+     .once = true},
+    {.name = "--time-limit",
+     .argument = "SECONDS",
+     .help = "end the run after this time; with --record or --output-dir"},
+    {.name = "--stop-with-parent",
+     .argument = nullptr,
+     .help = "end when the calling program ends",
+     .flag = &console_options::stop_with_parent},
     {.name = "--check",
      .argument = nullptr,
      .help = "check the data set against the engine's limits",
@@ -96,6 +141,14 @@ progress_style parse_progress(const std::string& word) {
   return found->second;
 }
 
+double parse_seconds(const std::string& word) {
+  double seconds = 0;
+  const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), seconds);
+  if (error != std::errc() || end != word.data() + word.size() || !(seconds > 0) || !std::isfinite(seconds))
+    throw usage_error("Option --time-limit takes a number of seconds above 0, not \"" + word + "\".");
+  return seconds;
+}
+
 class parser {
 public:
   explicit parser(std::span<const std::string> arguments) : arguments_(arguments) {}
@@ -112,10 +165,30 @@ public:
       else
         options_.walk.push_back(argument);
     }
+    check_rules();
     return std::move(options_);
   }
 
 private:
+  // What options need of each other.
+  void check_rules() const {
+    const console_options& o = options_;
+    const auto require = [](bool good, const char* sentence) {
+      if (!good) throw usage_error(sentence);
+    };
+    require(!o.time_limit || o.reports(), "Option --time-limit requires --record or --output-dir.");
+    require(!o.csv || o.list_paths, "Option --csv requires --list-paths.");
+    require(o.set_from.has_value() == (o.row || o.rows),
+            "Option --set-from requires --row or --rows, and they require it.");
+    require(!o.parameters || o.set_from, "Option --parameters requires --set-from.");
+    if (!o.rows) return;
+    require(!o.row, "Options --row and --rows exclude each other.");
+    require(o.run && o.output_dir, "Option --rows requires -RUN and --output-dir.");
+    require(!o.import && !o.import_network && !o.read_hyd && !o.load_restart && !o.check && !o.refresh &&
+                !o.export_name && !o.save && !o.list_paths,
+            "With --rows there can be no other job than a run, and no --save.");
+  }
+
   // Recognised in any letter case, as in the window.
   void window_option(const std::string& argument) {
     const std::string word = upper_case(argument);
@@ -138,10 +211,18 @@ private:
     if (row == std::end(rows)) unknown_option(name);
     if (name == "--progress") {
       options_.progress = parse_progress(argument_of(name, value));
+    } else if (name == "--time-limit") {
+      options_.time_limit_text = argument_of(name, value);
+      options_.time_limit = parse_seconds(options_.time_limit_text);
+    } else if (name == "--rows") {
+      options_.rows = text_of(name, value);
+      if (options_.rows != "-") check_value(name, *options_.rows);
     } else if (name == "--log") {
       options_.log = true;
       options_.log_directory = value;
       if (value) check_value(name, *value);
+    } else if (row->list) {
+      (options_.*(row->list)).push_back(text_of(name, value));
     } else if (row->text) {
       if (row->once && options_.*(row->text)) throw usage_error("Option " + name + " is given more than once.");
       options_.*(row->text) = argument_of(name, value);
@@ -152,9 +233,13 @@ private:
     }
   }
 
-  std::string argument_of(const std::string& name, const std::optional<std::string>& value) {
+  std::string text_of(const std::string& name, const std::optional<std::string>& value) {
     if (!value && at_ + 1 == arguments_.size()) throw usage_error("Option " + name + " requires a value.");
-    const std::string& taken = value ? *value : arguments_[++at_];
+    return value ? *value : arguments_[++at_];
+  }
+
+  std::string argument_of(const std::string& name, const std::optional<std::string>& value) {
+    std::string taken = text_of(name, value);
     check_value(name, taken);
     return taken;
   }
@@ -192,6 +277,13 @@ bool console_options::any_work() const {
   return !walk.empty() || import_network || read_hyd || load_restart || check || export_name || save || refresh;
 }
 
+bool asks_for_report(std::span<const std::string> arguments) {
+  return std::ranges::any_of(arguments, [](const std::string& argument) {
+    const std::string name = argument.substr(0, argument.find('='));
+    return name == "--record" || name == "--output-dir";
+  });
+}
+
 console_options parse_console_options(std::span<const std::string> arguments) {
   return parser(arguments).parse();
 }
@@ -209,8 +301,12 @@ std::string usage_text() {
     left.resize(std::max<std::size_t>(left.size() + 1, 34), ' ');
     text += left + row.help + "\n";
   }
-  text += "\nOrder of the work: files, -IMPORT, network, hydrodynamic file, restart, check, queries, run, export,\n"
-          "save. Exit status: 0 success, 1 failure, 2 wrong usage, 130 cancelled, else the engine's return code.\n";
+  text +=
+      "\nOrder of the work: files, -IMPORT, network, hydrodynamic file, restart, set, check, queries, run, export,\n"
+      "save. Exit status: 0 success, 1 failure, 2 wrong usage, 130 cancelled, else the engine's return code.\n"
+      "With --record or --output-dir: 64 usage, path or row, 65 data refused, 66 input missing, 69 engine or\n"
+      "catalogue missing, 70 crash, 73, 74 cannot write, 75 try again, 124 time limit, 130, 143 cancelled, else the\n"
+      "engine's return code, 1 to 63.\n";
   return text;
 }
 

@@ -1,13 +1,20 @@
 #include "console/session.h"
 
+#include "app/failure_kinds.h"
 #include "app/file_names.h"
 #include "console/interrupts.h"
+#include "console/value_setting.h"
+#include "dataset/text_encoding.h"
 #include "platform/file_io.h"
 #include "platform/side_file.h"
+#include "query/query_log.h"
+#include "runs/value_list.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <filesystem>
+#include <unistd.h>
 #include <utility>
 
 namespace vesk {
@@ -20,20 +27,69 @@ using std::chrono::steady_clock;
 constexpr milliseconds longest_sleep(50); // the longest delay of an interrupt
 constexpr milliseconds last_farewell(2000);
 
+void make_writable_folder(const std::filesystem::path& folder) {
+  std::error_code error;
+  std::filesystem::create_directories(folder, error);
+  if (!error && !std::filesystem::is_directory(folder, error)) error = std::make_error_code(std::errc::not_a_directory);
+  if (error) throw file_open_exception("create folder", folder.native(), error.value());
+  if (access(folder.c_str(), W_OK | X_OK) != 0) throw file_open_exception("write to folder", folder.native(), errno);
+}
+
 } // namespace
 
-session::session(const console_options& options, console_interface& ui)
-    : options_(options), ui_(ui), form_(ui, settings_file::default_path(), configuration::access::read_only) {}
+session::session(const console_options& options, console_interface& ui, run_record head, record_taker take_record)
+    : row_(head.row ? std::optional(static_cast<std::size_t>(*head.row)) : std::nullopt), options_(options), ui_(ui),
+      take_record_(std::move(take_record)), form_(ui, settings_file::default_path(), configuration::access::read_only) {
+  form_.record_head = std::move(head);
+  form_.take_record = [this](run_record record) { ended_run_ = std::move(record); };
+}
 
 int session::run() {
-  set_up();
-  if (!catalogue_is_there()) return exit_failure;
-  step result = open_files();
-  if (result == step::done) result = jobs();
+  step result = step::failed;
+  try {
+    set_up();
+    if (catalogue_is_there()) result = open_files();
+    if (result == step::done) result = jobs();
+  } catch (const std::exception& error) {
+    if (form_.active_thread) throw; // it is at work on what would be taken down
+    result = fail(error.what(), kind_of_failure(error));
+  }
+  return end(result);
+}
+
+int session::end(step result) {
   // A job that has just ended frees itself on its own thread; the process must not exit before that.
   const auto until = steady_clock::now() + last_farewell;
   while (live_thread_count() > 0 && steady_clock::now() < until) wait_and_synchronize(milliseconds(1));
-  return ui_.lost_output() ? static_cast<int>(exit_failure) : status_of(result);
+  const int status = options_.reports()  ? reported_status_of(result)
+                     : ui_.lost_output() ? static_cast<int>(exit_failure)
+                                         : status_of(result);
+  end_record(result, status);
+  return status;
+}
+
+void session::note_failure(const std::string& text, failure_kind kind) {
+  if (!failure_ && form_.failures() == 0) failure_ = {text, kind};
+}
+
+session::step session::fail(const std::string& text, failure_kind kind) {
+  note_failure(text, kind);
+  ui_.say_failure(text);
+  return step::failed;
+}
+
+// Made at once: what cannot be written there is known before anything is done.
+void session::make_output_folder() {
+  const std::filesystem::path folder = *options_.output_dir;
+  try {
+    make_writable_folder(folder);
+  } catch (const file_exception& error) {
+    note_failure(error.what(), kind_of_writing_failure(error));
+    throw;
+  }
+  form_.output_folder = std::filesystem::absolute(folder);
+  set_query_trace_folder(form_.output_folder);
+  if (options_.log && !options_.log_directory) form_.log_file_name = form_.output_folder / "LOG.TXT";
 }
 
 void session::set_up() {
@@ -43,7 +99,11 @@ void session::set_up() {
   form_.set_logging_enabled(options_.log);
   form_.skip_deferred_queries = options_.no_queries;
   if (options_.log_directory) form_.log_file_name = std::filesystem::path(*options_.log_directory) / "LOG.TXT";
+  if (options_.output_dir) make_output_folder();
   if (options_.log) try_log();
+  form_.note_start_of_run = [this](const run_record& record) {
+    if (take_record_) take_record_(record_file(), record, false);
+  };
   form_.execute_query = [plain = form_.execute_query](const import_query_descriptor& query,
                                                       const prevesk_dataset_data_type& data_set, point_list& points) {
     const ends_at_once on_a_signal;
@@ -71,7 +131,7 @@ bool session::catalogue_is_there() {
     form_.catalogue.get();
     return true;
   } catch (const catalogue_exception& error) {
-    ui_.say_failure(error.what());
+    fail(error.what(), failure_kind::unavailable);
     return false;
   }
 }
@@ -84,8 +144,8 @@ session::step session::open_files() {
   }();
   if (form_.failures() > 0) return step::failed;
   if (form_.files_partly_read() > 0 && !options_.yes) {
-    ui_.say_failure("Nothing was done, since a file was opened only in part. Use --yes to continue all the same.");
-    return step::failed;
+    return fail("Nothing was done, since a file was opened only in part. Use --yes to continue all the same.",
+                failure_kind::data);
   }
   if (!requests.import_requested) return step::done;
   return job(requests.import_name, [&] { form_.import_file(requests.import_name); });
@@ -115,9 +175,13 @@ session::step session::jobs() {
     return with_data("load a restart file into", *options_.load_restart,
                      [this] { form_.start_load_restart_file(*options_.load_restart); });
   });
+  next(!options_.set.empty() || options_.set_from, false, [this] { return set_values(); });
+  next(options_.list_paths, false, [this] { return list_paths(); });
   next(options_.check, false, [this] {
     const step came_of_it = with_data("check", form_.file_name, [this] { form_.start_validity_check(); });
-    return came_of_it == step::done && !form_.last_job().checked ? step::failed : came_of_it;
+    if (came_of_it != step::done || form_.last_job().checked) return came_of_it;
+    note_failure("The check found failures.", failure_kind::data);
+    return step::failed;
   });
   next(options_.refresh, false, [this] { return refresh(); });
   next(options_.run, true, [this] { return run_model(); });
@@ -130,7 +194,7 @@ session::step session::jobs() {
 
 bool session::has_data(const char* what) {
   if (form_.current_data_set) return true;
-  ui_.say_failure(std::string("Nothing to ") + what + ": no data file was opened or imported.");
+  fail(std::string("Nothing to ") + what + ": no data file was opened or imported.", failure_kind::usage);
   return false;
 }
 
@@ -166,6 +230,7 @@ session::step session::job(const std::string& subject, const std::function<void(
   }
   if (!form_.last_job().log_loss.empty()) tell_log_loss(form_.last_job().log_loss);
   const step result = outcome_since(failures_before);
+  if (result != step::done && failed_job_.return_code == 0 && !failed_job_.failed()) failed_job_ = form_.last_job();
   ui_.end_progress(result == step::done);
   ui_.set_subject("");
   return result;
@@ -176,6 +241,36 @@ session::step session::outcome_since(int failures_before) const {
   if (form_.last_job().cancelled) return step::cancelled;
   if (form_.last_job().return_code == 0) return step::done;
   return form_.last_job().code == job_code::run ? step::run_failed : step::failed;
+}
+
+session::step session::set_values() {
+  if (!has_data("set a value in")) return step::failed;
+  try {
+    std::vector<value_assignment> assignments;
+    for (const std::string& text : options_.set) assignments.push_back(parse_assignment(*form_.current_data_set, text));
+    if (options_.set_from && !table_) table_ = read_run_table(options_, *form_.current_data_set);
+    if (table_)
+      for (value_assignment& it : table_->assignments(*form_.current_data_set, *row_))
+        assignments.push_back(std::move(it));
+    return vesk::set_values(form_, assignments, options_.beyond_limits, before_queries_ ? &*before_queries_ : nullptr)
+               ? step::done
+               : step::failed;
+  } catch (const std::exception& error) {
+    return fail(error.what(), kind_of_failure(error));
+  }
+}
+
+session::step session::list_paths() {
+  if (!has_data("list")) return step::failed;
+  std::string lines;
+  const auto print = [&](const std::string& line) {
+    constexpr std::size_t piece = 1 << 16;
+    lines += printable_text(std::string_view(line).substr(0, line.size() - 1)) + "\n";
+    if (lines.size() > piece) ui_.write(std::exchange(lines, {}));
+  };
+  (options_.csv ? list_parameters : list_values)(*form_.current_data_set, print);
+  ui_.write(lines);
+  return step::done;
 }
 
 session::step session::refresh() {
@@ -191,14 +286,13 @@ session::step session::refresh() {
 // With a name after --save the user agrees to replace that file. The data set's own file may have changed on disk.
 session::step session::save() {
   if (!has_data("save")) return step::failed;
-  if (!options_.save && split_file_name(form_.file_name).base.empty()) {
-    ui_.say_failure("The data set has no file name; give one with --save.");
-    return step::failed;
-  }
+  if (!options_.save && split_file_name(form_.file_name).base.empty())
+    return fail("The data set has no file name; give one with --save.", failure_kind::usage);
   const int failures_before = form_.failures();
   const bool saved = options_.save ? form_.save_as(*options_.save) : form_.save();
   if (!saved && form_.failures() == failures_before)
-    ui_.say_failure("Not saved. Use --yes to replace the file, or --save FILE to save under another name.");
+    fail("Not saved. Use --yes to replace the file, or --save FILE to save under another name.",
+         failure_kind::cannot_create);
   if (!saved) return step::failed;
   ui_.say("Saved " + form_.file_name + ".");
   return step::done;

@@ -1,0 +1,80 @@
+// Many runs in one call.
+#include "app/failure_kinds.h"
+#include "console/interrupts.h"
+#include "console/session.h"
+#include "console/supervised_run.h"
+#include "console/supervisor.h"
+#include "console/value_setting.h"
+#include "engine/engine_watch.h"
+
+namespace vesk {
+
+run_table read_run_table(const console_options& options, const prevesk_dataset_data_type& data) {
+  std::optional<csv_table> parameters;
+  if (options.parameters) parameters = read_csv_table(*options.parameters);
+  return run_table(read_csv_table(*options.set_from), parameters ? &*parameters : nullptr, data);
+}
+
+// The children find data set, catalogue, points of queries and engine as they are here, and the hashes of the files.
+bool session::prepare_rows() {
+  set_up();
+  if (!catalogue_is_there() || open_files() != step::done || !has_data("run")) return false;
+  table_ = read_run_table(options_, *form_.current_data_set);
+  std::vector<series_ref> set_from_files = table_->series_from_files(*form_.current_data_set);
+  for (const std::string& text : options_.set) {
+    const value_assignment it = parse_assignment(*form_.current_data_set, text);
+    if (it.names_a_file()) set_from_files.push_back(it.ref.row->series(it.ref.at));
+  }
+  before_queries_ = *form_.current_data_set;
+  if (!form_.skip_deferred_queries && !fill_other_series(form_, set_from_files)) return false;
+  return form_.prepare_many_runs();
+}
+
+int session::run_rows(const std::function<std::optional<std::size_t>()>& next_row) {
+  bool ready = false;
+  int first = 0;
+  try {
+    ready = prepare_rows();
+    if (!ready) return end(step::failed);
+    const std::string folder = *options_.output_dir;
+    while (const auto row = next_row()) {
+      options_.output_dir = (std::filesystem::path(folder) / table_->folder(*row)).native();
+      const int status = run_row(*row);
+      if (first == 0) first = status;
+      if (supervision_was_interrupted()) break;
+    }
+    return first;
+  } catch (const std::exception& error) {
+    fail(error.what(), kind_of_failure(error));
+    if (!ready) return end(step::failed);
+    return first != 0 ? first : reported_status_of(step::failed);
+  }
+}
+
+int session::run_row(std::size_t row) {
+  form_.record_head.row = static_cast<std::int64_t>(row);
+  form_.record_head.started = utc_now();
+  row_ = row;
+  return run_supervised(options_, ui_, form_.record_head,
+                        [&](const record_taker& take_record) { return work_on_row(row, take_record); });
+}
+
+// In the child.
+int session::work_on_row(std::size_t row, const record_taker& take_record) {
+  watch_interrupts();
+  report_engine_crashes("vesk-run");
+  take_record_ = take_record;
+  ui_.set_subject("row " + std::to_string(row));
+  step result = step::failed;
+  try {
+    make_output_folder();
+    result = set_values();
+    if (result == step::done) result = run_model();
+  } catch (const std::exception& error) {
+    if (form_.active_thread) throw;
+    result = fail(error.what(), kind_of_failure(error));
+  }
+  return end(result);
+}
+
+} // namespace vesk
