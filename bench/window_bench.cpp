@@ -4,6 +4,7 @@
 #include "long_river.h"
 #include "ratio_table.h"
 #include "ui/program.h"
+#include "window_editors.h"
 #include "window_grids.h"
 
 #include <QApplication>
@@ -119,9 +120,9 @@ void frame(benchmark::State& state) {
   for (auto _ : state) state.SetIterationTime(1.0 / 60);
 }
 
-ratio_row in_frames(const char* work, const char* name, double milliseconds) {
+ratio_row in_frames(const char* work, const char* name, double milliseconds, int iterations = 20) {
   return {work,
-          name + std::string("/iterations:20/manual_time"),
+          name + ("/iterations:" + std::to_string(iterations)) + "/manual_time",
           "frame_of_60_Hz/iterations:1/manual_time",
           ratio_row::at_most,
           milliseconds * 60 / 1000,
@@ -161,6 +162,7 @@ int main(int argc, char** argv) {
   add("frame_of_60_Hz", frame);
   add_grid_benchmarks();
   add_chart_benchmarks();
+  add_editor_benchmarks();
   const std::string end = "/iterations:1/manual_time";
   const int status = run_with_ratios(argc, argv,
                                      {{"from process start to first paint, against an empty window", "start/vesk" + end,
@@ -171,6 +173,11 @@ int main(int argc, char** argv) {
                                       in_frames("scroll it by a page", "grid/scroll", 16),
                                       in_frames("repaint a column of it", "grid/repaint", 16),
                                       in_frames("redraw a chart of 1e6 points", "chart/redraw", 30),
+                                      in_frames("open the segments dialog on 1e6 segments", "segments/open", 250, 5),
+                                      in_frames("insert a segment at the front", "segments/insert", 250, 3),
+                                      in_frames("append one by the Down key", "segments/append", 16),
+                                      in_frames("open the flows dialog on 1e5 functions", "functions/open", 250, 5),
+                                      in_frames("open the drop-down list of 1e5 segments", "list/open", 50),
                                       {"longest stall of the event loop in a run of 1e5 segments, against 50 ms",
                                        "stall/vesk" + end, "stall/limit" + end, ratio_row::at_most, 1, "wall"}});
   std::filesystem::remove(settings());

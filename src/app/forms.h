@@ -3,12 +3,14 @@
 
 #include "editors/constants_form.h"
 #include "editors/edit_project_form.h"
+#include "editors/exchanges_flows_form.h"
 #include "editors/fill_calculate_form.h"
 #include "editors/output_control_form.h"
 #include "editors/parameter_form.h"
 #include "editors/parameters_form.h"
 #include "editors/preferences_form.h"
 #include "editors/print_interval_form.h"
+#include "editors/segment_form.h"
 #include "editors/set_seed_date_form.h"
 #include "editors/system_form.h"
 #include "editors/time_functions_form.h"
@@ -44,11 +46,14 @@ private:
 
 struct program_forms {
   program_forms(editor_host& host, const std::string& edition)
-      : data_set(host), systems(host), parameters(host), constants(host), time_functions(host), print_interval(host),
-        time_step(host), output_control(host), seed_date(host), project(host), preferences(host), about(edition) {}
+      : data_set(host), systems(host), segments(host), exchanges_flows(host), parameters(host), constants(host),
+        time_functions(host), print_interval(host), time_step(host), output_control(host), seed_date(host),
+        project(host), preferences(host), about(edition) {}
 
   TParametersForm data_set;
   TSystemForm systems;
+  TSegmentForm segments;
+  TExchangesFlowsForm exchanges_flows; // its mode is set before it is shown
   TParameterForm parameters;
   TConstantsForm constants;
   TTimeFunctionsForm time_functions;
@@ -56,8 +61,6 @@ struct program_forms {
   TTimeStepForm time_step;
   TOutputControlForm output_control;
   TSetSeedDateForm seed_date; // no command opens it yet
-  unbuilt_form segments{"TSegmentForm", "Segments"};
-  unbuilt_form exchanges{"TExchangesFlowsForm", "Exchanges"}, flows{"TExchangesFlowsForm", "Flows"};
   unbuilt_form loads{"TLoadsForm", "Loads"}, boundaries{"TBoundaryForm", "Boundaries"};
   TEditProjectForm project;
   TPreferenceConfigurationForm preferences;

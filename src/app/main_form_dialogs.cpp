@@ -1,6 +1,7 @@
 // The commands that show a dialog.
 #include "app/forms.h"
 #include "app/main_form.h"
+#include "dataset/boundary_changes.h"
 #include "dataset/same_content.h"
 
 #include <utility>
@@ -44,7 +45,11 @@ void TPreveskMainForm::update_menus_and_caption() {
 }
 
 void TPreveskMainForm::find_boundaries() {
-  if (current_data_set) current_data_set->find_boundaries();
+  if (!current_data_set) return;
+  const prevesk_dataset_data_type before = *current_data_set;
+  current_data_set->find_boundaries();
+  const std::string line = in_words(changes_of_boundaries(before, *current_data_set), *current_data_set);
+  if (!line.empty()) ui_.add_info_line(line, icon_note);
 }
 
 void TPreveskMainForm::give_default_points() {
@@ -74,11 +79,13 @@ void TPreveskMainForm::ConstantsItemClick() {
 }
 
 void TPreveskMainForm::ExchangesItemClick() {
-  edit(forms_->exchanges, &TPreveskMainForm::find_boundaries);
+  forms_->exchanges_flows.exchange_mode = true;
+  edit(forms_->exchanges_flows, &TPreveskMainForm::find_boundaries);
 }
 
 void TPreveskMainForm::FlowsItemClick() {
-  edit(forms_->flows, &TPreveskMainForm::find_boundaries);
+  forms_->exchanges_flows.exchange_mode = false;
+  edit(forms_->exchanges_flows, &TPreveskMainForm::find_boundaries);
 }
 
 void TPreveskMainForm::LoadsItemClick() {

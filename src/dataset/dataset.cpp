@@ -49,15 +49,19 @@ void prevesk_dataset_data_type::apply_thread_defaults() const {
 
 void prevesk_dataset_data_type::resize_segments(std::size_t count) {
   segments.resize(count);
+  reconcile_segments();
+}
+
+void prevesk_dataset_data_type::reconcile_segments(std::size_t first) {
   if (!catalogue()) {
-    for (std::size_t i = 0; i < segments.size(); ++i) {
+    for (std::size_t i = first; i < segments.size(); ++i) {
       if (segments[i].parameters.size() != parameters.size()) segments.edit(i).parameters.resize(parameters.size());
       if (segments[i].systems.size() != systems.size()) segments.edit(i).systems.resize(systems.size());
     }
     return;
   }
-  fill_parameters(parameters.size(), true);
-  fill_systems(systems.size(), true);
+  fill_parameters(parameters.size(), true, first);
+  fill_systems(systems.size(), true, first);
 }
 
 void prevesk_dataset_data_type::ensure_default_points(point_list& points) const {

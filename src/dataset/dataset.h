@@ -96,9 +96,9 @@ public:
   void refresh_from_catalogue(bool merge);
 
   // The individual fills: `count` is the number of records in the new list. `merge` as above. The segments' own lists
-  // are brought to the same length.
-  void fill_parameters(std::size_t count, bool merge);
-  void fill_systems(std::size_t count, bool merge);
+  // are brought to the same length; those before `first_segment` are known to have the length of the present list.
+  void fill_parameters(std::size_t count, bool merge, std::size_t first_segment = 0);
+  void fill_systems(std::size_t count, bool merge, std::size_t first_segment = 0);
   void fill_constant_groups(std::size_t count, bool merge);
   void fill_time_functions(std::size_t count, bool merge);
   void fill_output_controls(std::size_t count, bool merge);
@@ -108,6 +108,9 @@ public:
   // Sets the number of segments to `count`: new ones are appended with lists of the right length, or the last ones
   // removed.
   void resize_segments(std::size_t count);
+
+  // Gives the segments from `first` on lists of the right length; those before are known to have them.
+  void reconcile_segments(std::size_t first = 0);
 
   // Gives an empty series two points of value 0, at the default moment and at the data set's end. Leaves other series
   // alone.

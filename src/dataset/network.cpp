@@ -33,9 +33,9 @@ std::pair<std::int32_t, std::int32_t> ends(const flow_pair_record_type& pair) {
   return {pair.from_segment, pair.to_segment};
 }
 
-// Counts the records with a reference that has the property.
+// Counts the records with a reference that has the property, except bottom references.
 template <class Property>
-segment_references count_references(const prevesk_dataset_data_type& data, const Property& has) {
+segment_references count_but_bottoms(const prevesk_dataset_data_type& data, const Property& has) {
   segment_references counts;
   const auto count_pairs = [&](const auto& fields) {
     for (const auto& field : fields)
@@ -45,8 +45,6 @@ segment_references count_references(const prevesk_dataset_data_type& data, const
   };
   count_pairs(data.exchange_fields);
   count_pairs(data.flow_fields);
-  for (const segment_data_type& segment : data.segments)
-    if (has(segment.bottom_segment)) ++counts.bottoms;
   const auto count_in = [&](const auto& list) {
     return static_cast<std::size_t>(
         std::count_if(list.begin(), list.end(), [&](const auto& record) { return has(record.segment); }));
@@ -56,6 +54,19 @@ segment_references count_references(const prevesk_dataset_data_type& data, const
     counts.boundaries += count_in(system.boundaries);
   }
   return counts;
+}
+
+template <class Property>
+segment_references count_references(const prevesk_dataset_data_type& data, const Property& has) {
+  segment_references counts = count_but_bottoms(data, has);
+  for (const segment_data_type& segment : data.segments)
+    if (has(segment.bottom_segment)) ++counts.bottoms;
+  return counts;
+}
+
+// References to the segments from `first` on and before `end`.
+auto names_between(std::size_t first, std::size_t end) {
+  return [first, end](std::int32_t reference) { return at_or_after(reference, first) && !at_or_after(reference, end); };
 }
 
 // Lets the loops below edit only records that change, so that everything else stays shared with copies of the data set.
@@ -147,8 +158,8 @@ void erase_segments(prevesk_dataset_data_type& data, std::size_t position, std::
   pull_bottom_references(data);
 }
 
-void reconcile_segment_records(prevesk_dataset_data_type& data) {
-  data.resize_segments(data.segments.size());
+void reconcile_segment_records(prevesk_dataset_data_type& data, std::size_t first) {
+  data.reconcile_segments(first);
 }
 
 std::size_t pull_bottom_references(prevesk_dataset_data_type& data) {
@@ -164,6 +175,14 @@ std::size_t pull_bottom_references(prevesk_dataset_data_type& data) {
 
 segment_references references_from(const prevesk_dataset_data_type& data, std::size_t position) {
   return count_references(data, [position](std::int32_t reference) { return at_or_after(reference, position); });
+}
+
+segment_references references_between(const prevesk_dataset_data_type& data, std::size_t first, std::size_t end) {
+  return count_references(data, names_between(first, end));
+}
+
+segment_references references_to_appended(const prevesk_dataset_data_type& data, std::size_t first) {
+  return count_but_bottoms(data, names_between(first, data.segments.size()));
 }
 
 segment_references insert_and_renumber(prevesk_dataset_data_type& data, std::size_t position) {

@@ -31,14 +31,21 @@ void insert_segment(prevesk_dataset_data_type& data, std::size_t position);
 void erase_segments(prevesk_dataset_data_type& data, std::size_t position, std::size_t count);
 
 // Gives every segment one record for each parameter and system of the data set, keeping existing values. Restores the
-// catalogue's descriptions.
-void reconcile_segment_records(prevesk_dataset_data_type& data);
+// catalogue's descriptions. Segments before `first` are known to have their records.
+void reconcile_segment_records(prevesk_dataset_data_type& data, std::size_t first = 0);
 
 // Sets bottom references past the end to the last segment. Returns how many.
 std::size_t pull_bottom_references(prevesk_dataset_data_type& data);
 
 // Counts the records that refer to a segment at or after `position`. A pair counts once.
 segment_references references_from(const prevesk_dataset_data_type& data, std::size_t position);
+
+// The records that name a segment from `first` on and before `end`.
+segment_references references_between(const prevesk_dataset_data_type& data, std::size_t first, std::size_t end);
+
+// The pairs, loads and boundaries that name a segment from `first` on, after the segments there were appended. Bottom
+// references are not counted: they never name a segment that does not exist.
+segment_references references_to_appended(const prevesk_dataset_data_type& data, std::size_t first);
 
 // Like `insert_segment`, but all references still refer to the same segments. Returns how many were changed.
 segment_references insert_and_renumber(prevesk_dataset_data_type& data, std::size_t position);

@@ -90,11 +90,15 @@ bool editor::nothing_is_refused() {
   }
   for (entry_field* field : fields()) {
     if (field->refusal().empty()) continue;
-    set_message(field->label + ": " + field->refusal() + ".");
+    field_entered(*field);
     if (view_) view_->go_to_refused_field(*field);
     return false;
   }
   return true;
+}
+
+void editor::field_entered(const entry_field& field) {
+  set_message(field.refusal().empty() ? std::string() : field.label + ": " + field.refusal() + ".");
 }
 
 void editor::say(const std::string& title, const std::string& sentence) {
@@ -136,6 +140,16 @@ void editor::delete_selected_rows(editor_panel& panel) {
   if (may_go_on()) panel.table.delete_selected_rows();
 }
 
+std::string editor::reason_against(panel_buttons button, const editor_panel& panel) const {
+  constexpr unsigned row_buttons = insert_button | delete_button | delete_all_button;
+  if (panel.buttons & button)
+    return (button & row_buttons) && !panel.table.content().has_free_rows() ? panel.empty_hint : std::string();
+  if (button & row_buttons) return "The rows of this grid are fixed: first go to a grid with rows of its own.";
+  if (button == fill_calc_button) return "This grid has no numbers to fill: first go to another grid.";
+  if (button == graph_button) return "Only a series can be drawn: first go to the grid of times and values.";
+  return "This grid does not have it: first go to another grid.";
+}
+
 void editor::sort_by_date_and_time(editor_panel& panel) {
   if (may_go_on()) panel.table.sort_rows();
 }
@@ -152,6 +166,7 @@ void editor::CopyButtonClick(editor_panel& panel, bool with_headers) {
 
 void editor::PasteButtonClick(editor_panel& panel) {
   if (!may_go_on()) return;
+  // Rows that come or go may have their own message.
   const TFillCalcTable::paste_outcome pasted = panel.table.do_paste(host_.questions().clipboard_text());
   if (!pasted.refusal.empty()) return say("Paste", pasted.refusal);
   std::string came = std::to_string(pasted.rows) + (pasted.rows == 1 ? " row" : " rows");
@@ -160,7 +175,7 @@ void editor::PasteButtonClick(editor_panel& panel) {
     const auto [earliest, latest] = std::minmax_element(first, first + pasted.rows);
     came += ", " + day_text(*earliest) + " to " + day_text(*latest);
   }
-  set_message("Pasted: " + came + ".");
+  set_message("Pasted: " + came + "." + (message_.empty() ? "" : " " + message_));
 }
 
 void editor::FillCalcButtonClick(editor_panel& panel) {

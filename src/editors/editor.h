@@ -59,6 +59,7 @@ struct editor_choice {
 struct editor_command {
   std::string text, name; // with its mnemonic; of the control
   std::function<void()> run;
+  std::string hint = {};
 };
 
 // Panels that share a page.
@@ -128,6 +129,7 @@ public:
   virtual std::vector<editor_command> common_commands() { return {}; }
   // Fields beside the first panel's grid, written back on OK.
   virtual std::vector<entry_field*> fields() { return {}; }
+  void field_entered(const entry_field& field); // by the user, accepted or not
   // The tree in front of the first panel; null without one.
   virtual editor_tree* tree() { return nullptr; }
 
@@ -143,6 +145,9 @@ public:
   void PasteButtonClick(editor_panel& panel);
   void FillCalcButtonClick(editor_panel& panel);
   void GraphButtonClick(editor_panel& panel);
+
+  // Why a button has nothing to do in the panel; empty: it has.
+  std::string reason_against(panel_buttons button, const editor_panel& panel) const;
 
   // Beside the buttons, in the grid's menu.
   void delete_selected_rows(editor_panel& panel);

@@ -130,7 +130,6 @@ TExchangesFlowsForm::TExchangesFlowsForm(editor_host& host)
       pair_panel_(add_panel("PairsFillCalcTable", exchanges_.pairs, row_buttons | block_buttons)),
       series_panel_(add_panel("TimeFunctionFillCalcTable", points_, series_buttons, &points_)) {
   function_panel_.empty_hint = "No functions: choose Insert for the first one.";
-  pair_panel_.empty_hint = "No pairs: choose Insert for the first one.";
   field_panel_.table.OnEnteringRow = [this](std::size_t) { show_functions(); };
   function_panel_.table.OnEnteringRow = [this](std::size_t) { show_details(); };
   function_panel_.table.OnDoneEdit = [this](std::size_t) { show_details(); };
@@ -179,6 +178,10 @@ void TExchangesFlowsForm::show_details() {
     }
   with_grids([this](auto& grids) { pair_panel_.table.show(grids.pairs); });
   series_panel_.table.show(points_);
+  pair_panel_.empty_hint = series ? "No pairs: choose Insert for the first one, or paste rows."
+                                  : "Insert a function first. Its segment pairs come here.";
+  series_panel_.empty_hint = series ? "No points: choose Insert for the first one, or paste rows."
+                                    : "Insert a function first. Its times and values come here.";
   const std::string field = description_of_field(), function = description_of_function();
   pair_panel_.label = series ? with_names("Segment pairs", field, function) : "Segment pairs";
   series_panel_.label = series ? with_names("Time/value pairs", field, function) : "Time/value pairs";

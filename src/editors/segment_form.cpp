@@ -10,6 +10,8 @@ namespace vesk {
 namespace {
 
 constexpr const char* format = "SegmentsBasicNumericField";
+constexpr const char* scale_format = "SegmentsVolumeScaleFactorPictureField";
+constexpr const char* conversion_format = "SegmentsVolumeConversionFactorPictureField";
 enum : std::size_t { type_column = 6 };
 
 record_column<segment_data_type> number(std::string header, double segment_data_type::*field, std::string tip = {}) {
@@ -119,7 +121,11 @@ std::vector<record_column<segment_data_type>> TSegmentForm::columns() {
 }
 
 TSegmentForm::TSegmentForm(editor_host& host)
-    : editor(host), bottoms_(std::make_shared<segment_items>(host, "None", "No Segments")),
+    : editor(host), VolumeScaleFactorField("VolumeScaleFactorField", "Volume Scale Factor",
+                                           number_cell(host.number_format(scale_format))),
+      VolumeConversionFactorField("VolumeConversionFactorField", "Volume Conversion Factor",
+                                  number_cell(host.number_format(conversion_format))),
+      bottoms_(std::make_shared<segment_items>(host, "None", "No Segments")),
       segments_(data_set_grid(host, &prevesk_dataset_data_type::segments, columns())),
       parameters_(host, segment_value_grid::content::parameters, "SegmentsParametersSimpleField"),
       concentrations_(host, segment_value_grid::content::initial_concentrations,
@@ -129,11 +135,7 @@ TSegmentForm::TSegmentForm(editor_host& host)
                        &add_panel("ParametersFillCalcTable", parameters_, block_buttons),
                        &add_panel("InitialConcentrationsFillCalcTable", concentrations_, block_buttons),
                        &add_panel("FractionDissolvedFillCalcTable", fractions_, block_buttons)} {
-  segments_.make_appended = [] { return segment_data_type{}; };
-  segments_.make_inserted = [this] {
-    inserts_in_place_ = true;
-    return segment_data_type{};
-  };
+  segments_.make_inserted = segments_.make_appended = [] { return segment_data_type{}; };
   segments_.mark_of = [this](const segment_data_type& segment, std::size_t column) -> cell_mark {
     if (column != type_column || item_to_type_id.empty() || type_id_to_item.contains(segment.segment_type)) return {};
     return {"The model has no segment type " + std::to_string(segment.segment_type) + "; the first one is shown."};
@@ -154,10 +156,14 @@ std::vector<editor_page> TSegmentForm::pages() const {
 }
 
 std::vector<editor_command> TSegmentForm::common_commands() {
-  return {{"&Insert", "InsertButton", [this] { InsertButtonClick(); }},
-          {"&Delete", "DeleteButton", [this] { DeleteButtonClick(); }},
-          {"Insert and re&number", "InsertAndRenumberButton", [this] { insert_and_renumber_click(); }},
-          {"De&lete and renumber", "DeleteAndRenumberButton", [this] { delete_and_renumber_click(); }}};
+  return {{"&Insert", "InsertButton", [this] { InsertButtonClick(); },
+           "Insert a segment before the active one. Pairs, loads and boundaries keep their segment numbers."},
+          {"&Delete", "DeleteButton", [this] { DeleteButtonClick(); },
+           "Delete the active segment. Pairs, loads and boundaries keep their segment numbers."},
+          {"Insert and re&number", "InsertAndRenumberButton", [this] { insert_and_renumber_click(); },
+           "Insert a segment before the active one. Pairs, loads and boundaries keep their segments."},
+          {"De&lete and renumber", "DeleteAndRenumberButton", [this] { delete_and_renumber_click(); },
+           "Delete the active segment with its pairs, loads and boundaries. The others keep their segments."}};
 }
 
 void TSegmentForm::FormShow() {
@@ -171,6 +177,14 @@ void TSegmentForm::load_factors() {
   VolumeConversionFactorField.load(data ? data->volume_conversion_factor : 1);
 }
 
+// A job has replaced the data set: what the user has entered stays.
+void TSegmentForm::data_set_replaced() {
+  const prevesk_dataset_data_type* data = host().data_set();
+  if (data && !VolumeScaleFactorField.touched()) VolumeScaleFactorField.load(data->volume_scale_factor);
+  if (data && !VolumeConversionFactorField.touched()) VolumeConversionFactorField.load(data->volume_conversion_factor);
+  editor::data_set_replaced();
+}
+
 void TSegmentForm::take_content() {
   prevesk_dataset_data_type* data = host().data_set();
   segments_.take_formats(host());
@@ -180,6 +194,7 @@ void TSegmentForm::take_content() {
     set_message("References past the last segment were pulled to it: " + in_words({.bottoms = pulled}) + ".");
   segment_types_fill();
   segment_count_ = segments_.row_count();
+  records_are_whole_ = false;
   panels_of_pages_[0]->table.show(segments_);
   panels_of_pages_[1]->table.show(parameters_);
   panels_of_pages_[2]->table.show(concentrations_);
@@ -203,16 +218,22 @@ void TSegmentForm::segment_types_fill() {
 
 void TSegmentForm::rows_changed() {
   prevesk_dataset_data_type& data = *host().data_set();
-  const bool grows = data.segments.size() > segment_count_;
-  const std::size_t first = inserts_in_place_ || !grows ? panels_of_pages_[0]->table.active_row() : segment_count_;
-  inserts_in_place_ = false;
-  const segment_references moved = references_from(data, first);
-  reconcile_segment_records(data);
-  pull_bottom_references(data);
+  const segment_references moved = moved_references();
+  reconcile_segment_records(data, records_are_whole_ ? segments_.first_moved : 0);
+  records_are_whole_ = true;
+  if (data.segments.size() < segment_count_) pull_bottom_references(data);
   segment_count_ = data.segments.size();
   segment_grids_refresh();
   if (moved.total() != 0)
     set_message(in_words(moved) + (moved.total() == 1 ? " now names" : " now name") + " another segment.");
+}
+
+segment_references TSegmentForm::moved_references() const {
+  const prevesk_dataset_data_type& data = *host().data_set();
+  const std::size_t count = data.segments.size(), first = segments_.first_moved;
+  if (count == segment_count_) return {};
+  return first == segment_count_ ? references_to_appended(data, first)
+                                 : references_between(data, first, std::max(count, segment_count_));
 }
 
 void TSegmentForm::segment_grids_refresh() {

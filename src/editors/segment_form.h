@@ -4,12 +4,15 @@
 // dialog says how many references name another segment afterwards.
 #pragma once
 
+#include "dataset/network.h"
 #include "editors/editor.h"
 #include "editors/record_grid.h"
 #include "editors/segment_items.h"
 
+#include <algorithm>
 #include <array>
 #include <unordered_map>
+#include <utility>
 
 namespace vesk {
 
@@ -38,6 +41,23 @@ private:
   std::vector<grid_column> columns_;
 };
 
+// The segments themselves. Notes where rows have come or gone.
+class segment_list_grid final : public record_grid<segment_data_type> {
+public:
+  explicit segment_list_grid(record_grid<segment_data_type> content) : record_grid(std::move(content)) {}
+
+  void insert_row(std::size_t row) override { record_grid::insert_row(first_moved = row); }
+  void erase_rows(std::size_t first, std::size_t count) override {
+    record_grid::erase_rows(first_moved = first, count);
+  }
+  void resize(std::size_t count) override {
+    first_moved = std::min(count, row_count());
+    record_grid::resize(count);
+  }
+
+  std::size_t first_moved = 0; // by the last of these; segments before it have kept their numbers
+};
+
 class TSegmentForm final : public editor {
 public:
   explicit TSegmentForm(editor_host& host);
@@ -49,8 +69,7 @@ public:
   std::vector<editor_command> common_commands() override;
   std::vector<entry_field*> fields() override { return {&VolumeScaleFactorField, &VolumeConversionFactorField}; }
 
-  entry_field VolumeScaleFactorField{"VolumeScaleFactorField", "Volume Scale Factor", number_cell("E")};
-  entry_field VolumeConversionFactorField{"VolumeConversionFactorField", "Volume Conversion Factor", number_cell("E")};
+  entry_field VolumeScaleFactorField, VolumeConversionFactorField;
 
   // Of any page: they act on the first page's active row.
   void InsertButtonClick();
@@ -59,6 +78,7 @@ public:
   void delete_and_renumber_click();
 
   void FormShow() override;
+  void data_set_replaced() override;
 
 protected:
   void take_content() override;
@@ -69,16 +89,17 @@ private:
   void segment_types_fill();
   void rows_changed(); // the number of segments; brings the records and the grids into line
   void segment_grids_refresh();
+  segment_references moved_references() const; // by the present change
   void change_network(const std::string& label, const std::function<void(prevesk_dataset_data_type&)>& work);
   void load_factors();
 
   // The combo of types shows positions, the records hold the catalogue's identifiers.
   std::unordered_map<std::uint32_t, std::size_t> type_id_to_item;
   std::vector<std::uint32_t> item_to_type_id;
-  std::size_t segment_count_ = 0; // before the present change
-  bool inserts_in_place_ = false; // the present change, rather than at the end
+  std::size_t segment_count_ = 0;  // before the present change
+  bool records_are_whole_ = false; // each segment has one record for each parameter and system
   std::shared_ptr<segment_items> bottoms_;
-  record_grid<segment_data_type> segments_;
+  segment_list_grid segments_;
   segment_value_grid parameters_, concentrations_, fractions_;
   std::array<editor_panel*, 4> panels_of_pages_;
 };

@@ -1,14 +1,21 @@
 #include "ui/cell_delegate.h"
 
 #include "ui/grid_model.h"
+#include "ui/item_model.h"
+#include "ui/item_picker.h"
+#include "ui/measures.h"
 #include "ui/texts.h"
 
 #include <QApplication>
 #include <QComboBox>
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QListView>
 #include <QPainter>
+#include <QScrollBar>
 #include <QTimer>
+#include <algorithm>
+#include <utility>
 
 namespace vesk {
 
@@ -20,9 +27,28 @@ cell_kind kind_of(const QModelIndex& index) {
   return static_cast<cell_kind>(index.data(grid_model::cell_kind_role).toInt());
 }
 
-const item_list& items_of(const QModelIndex& index) {
+constexpr std::size_t most_items_of_combo = 20; // in a longer list a number has several digits to type
+constexpr int items_to_fit = 200, widest_list = 420;
+
+std::shared_ptr<const item_list> items_of(const QModelIndex& index) {
   const auto* model = static_cast<const grid_model*>(index.model());
-  return *model->table().content().columns()[static_cast<std::size_t>(index.column())].type.items;
+  return model->table().content().columns()[static_cast<std::size_t>(index.column())].type.items;
+}
+
+// The list is as wide as its items, which may be wider than the cell. The toolkit would measure all of them.
+QComboBox* make_combo(QWidget* parent, std::shared_ptr<const item_list> items) {
+  auto* combo = new QComboBox(parent);
+  combo->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+  auto* model = new item_model(std::move(items), combo);
+  combo->setModel(model);
+  auto* list = qobject_cast<QListView*>(combo->view());
+  list->setUniformItemSizes(true);
+  int width = 0;
+  for (int i = 0; i < std::min(model->rowCount(), items_to_fit); ++i)
+    width = std::max(width, combo->fontMetrics().horizontalAdvance(model->index(i).data().toString()));
+  const int margin = list->verticalScrollBar()->sizeHint().width() + scaled(12, *combo);
+  list->setMinimumWidth(std::min(width + margin, scaled(widest_list, *combo)));
+  return combo;
 }
 
 } // namespace
@@ -30,10 +56,10 @@ const item_list& items_of(const QModelIndex& index) {
 QWidget* cell_delegate::createEditor(QWidget* parent, const QStyleOptionViewItem&, const QModelIndex& index) const {
   const QString name = index.model()->headerData(index.column(), Qt::Horizontal).toString().replace('\n', ' ');
   if (kind_of(index) == cell_kind::combo) {
-    auto* combo = new QComboBox(parent);
+    std::shared_ptr<const item_list> items = items_of(index);
+    if (items->size() > most_items_of_combo) return make_picker(parent, name, std::move(items));
+    QComboBox* combo = make_combo(parent, std::move(items));
     combo->setAccessibleName(name);
-    const item_list& items = items_of(index);
-    for (std::size_t i = 0; i < items.size(); ++i) combo->addItem(shown(items.text(i)));
     connect(combo, &QComboBox::activated, this, [this, combo] {
       emit const_cast<cell_delegate*>(this)->commitData(combo);
       emit const_cast<cell_delegate*>(this)->closeEditor(combo);
@@ -48,12 +74,26 @@ QWidget* cell_delegate::createEditor(QWidget* parent, const QStyleOptionViewItem
   return line;
 }
 
+QWidget* cell_delegate::make_picker(QWidget* parent, const QString& name,
+                                    std::shared_ptr<const item_list> items) const {
+  auto* picker = new item_picker(parent, std::move(items));
+  picker->setAccessibleName(name);
+  picker->setFrame(false);
+  connect(picker, &item_picker::chosen, this, [this, picker] {
+    emit const_cast<cell_delegate*>(this)->commitData(picker);
+    emit const_cast<cell_delegate*>(this)->closeEditor(picker);
+  });
+  return picker;
+}
+
 void cell_delegate::setEditorData(QWidget* editor, const QModelIndex& index) const {
   const QString text = index.data(Qt::EditRole).toString();
-  if (auto* combo = qobject_cast<QComboBox*>(editor))
-    combo->setCurrentIndex(combo->findText(text));
-  else if (auto* line = qobject_cast<QLineEdit*>(editor); line->text() != text)
+  if (auto* combo = qobject_cast<QComboBox*>(editor)) {
+    const auto item = items_of(index)->find(stored(text));
+    combo->setCurrentIndex(item ? static_cast<int>(*item) : -1);
+  } else if (auto* line = qobject_cast<QLineEdit*>(editor); line->text() != text) {
     line->setText(text);
+  }
 }
 
 void cell_delegate::setModelData(QWidget* editor, QAbstractItemModel* model, const QModelIndex& index) const {

@@ -1,7 +1,10 @@
 // How cells are painted and edited: check boxes in the middle of their cell, combos, and lines of text.
 #pragma once
 
+#include "charts/item_list.h"
+
 #include <QStyledItemDelegate>
+#include <memory>
 
 namespace vesk {
 
@@ -19,6 +22,7 @@ public:
                    const QModelIndex& index) override;
 
 private:
+  QWidget* make_picker(QWidget* parent, const QString& name, std::shared_ptr<const item_list> items) const;
   bool eventFilter(QObject* editor, QEvent* event) override;
 };
 

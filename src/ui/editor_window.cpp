@@ -1,9 +1,13 @@
 #include "ui/editor_window.h"
 
-#include "ui/chart_view.h"
+#include "ui/editor_buttons.h"
+#include "ui/editor_panel_view.h"
+#include "ui/entry_edit.h"
 #include "ui/grid_view.h"
 #include "ui/guard.h"
 #include "ui/measures.h"
+#include "ui/mnemonics.h"
+#include "ui/plain_label.h"
 #include "ui/texts.h"
 #include "ui/wheel_guard.h"
 
@@ -18,78 +22,42 @@
 #include <QShowEvent>
 #include <QSignalBlocker>
 #include <QSplitter>
+#include <QTabWidget>
 #include <QVBoxLayout>
+#include <algorithm>
+#include <utility>
 
 namespace vesk {
 
 namespace {
 
-// The eight buttons, in the order in which they are shown.
-struct button_row {
-  unsigned button;
-  const char* text;
-  const char* name;
-  const char* hint;
-  void (editor::*command)(editor_panel&);
-};
-
-constexpr button_row buttons[] = {
-    {insert_button, "&Insert", "InsertRowButton", "Insert a row before the active one (Ctrl++)",
-     &editor::InsertRowButtonClick},
-    {delete_button, "&Delete", "DeleteRowButton", "Delete the active row; Ctrl+- deletes all selected rows",
-     &editor::DeleteRowButtonClick},
-    {delete_all_button, "Delete &All", "DeleteAllButton", "Delete all rows", &editor::DeleteAllButtonClick},
-    {paste_button, "&Paste", "PasteButton", "Write the clipboard's cells from the active cell on (Ctrl+V)",
-     &editor::PasteButtonClick},
-    {fill_calc_button, "&Fill/Calc", "FillCalcButton", "Fill the selected cells from an expression",
-     &editor::FillCalcButtonClick},
-    {graph_button, "&Graph", "GraphButton", "Show the series in a window that stays open", &editor::GraphButtonClick},
-};
-
 constexpr int screen_margin = 60; // that a window's first size leaves free
 
-QLabel* plain_label(const char* name) {
-  auto* label = new QLabel;
-  label->setObjectName(name);
-  label->setTextFormat(Qt::PlainText);
-  label->setWordWrap(true);
-  return label;
-}
-
-void show_text(QLabel& label, const std::string& text) {
-  label.setText(shown(text));
-  label.setVisible(!text.empty());
-}
-
-const QColor deferred_ground(0x00, 0xFF, 0xFF);
-
-// Where the row's point is in the chart, which draws points in order of time.
-std::optional<std::size_t> point_of_row(const TGraphForm& graph, std::size_t row) {
-  if (graph.series().empty()) return std::nullopt;
-  const std::vector<std::size_t>& rows = graph.series().front()->rows;
-  if (rows.empty()) return row;
-  const auto found = std::ranges::find(rows, row);
-  return found == rows.end() ? std::nullopt : std::optional(static_cast<std::size_t>(found - rows.begin()));
+QVBoxLayout* column_in(QWidget& widget) {
+  auto* column = new QVBoxLayout(&widget);
+  column->setContentsMargins(0, 0, 0, 0);
+  return column;
 }
 
 } // namespace
 
 editor_window::editor_window(QWidget* parent, editor& shown_editor)
-    : QDialog(parent), form_(shown_editor), panels_(new QSplitter(Qt::Vertical)), message_(plain_label("MessageLabel")),
+    : QDialog(parent), form_(shown_editor), message_(plain_label("MessageLabel")),
       next_mark_(new QAction("Next &marked cell", this)) {
   setObjectName(shown(form_.class_name().substr(1)));
-  setWindowTitle(shown(form_.caption()));
   bind(*next_mark_, Qt::Key_F8, [this] { form_.go_to_next_mark(); });
+  const std::vector<editor_page> pages = form_.pages();
+  make_panels(pages);
   auto* column = new QVBoxLayout(this);
-  if (const editor_choice* choice = form_.choice()) column->addLayout(make_choice(*choice));
-  panels_->setChildrenCollapsible(false);
-  for (const auto& panel : form_.panels()) panels_->addWidget(make_panel(*panel));
-  for (int i = 0; i < panels_->count(); ++i) panels_->setStretchFactor(i, i + 1 == panels_->count() ? 1 : 0);
-  column->addWidget(panels_, 1);
+  column->addWidget(make_content(pages), 1);
+  for (QSplitter* one : splitters_) one->setStretchFactor(one->count() - 1, 1);
+  if (shared_buttons_) column->addWidget(shared_buttons_);
+  if (auto* commands = make_common_row()) column->addLayout(commands);
   // It keeps its line while it is empty: a message must not move the buttons.
   message_->setMinimumHeight(message_->fontMetrics().lineSpacing());
   column->addWidget(message_);
   column->addLayout(make_end_row());
+  give_mnemonics(*this);
   // Enter belongs to the grids.
   for (QPushButton* button : findChildren<QPushButton*>()) button->setAutoDefault(false);
   form_.set_view(this);
@@ -99,7 +67,94 @@ editor_window::~editor_window() {
   form_.set_view(nullptr);
 }
 
-QBoxLayout* editor_window::make_choice(const editor_choice& choice) {
+// Panels and pages.
+
+void editor_window::make_panels(const std::vector<editor_page>& pages) {
+  const auto panels = form_.panels();
+  page_of_panel_.resize(panels.size());
+  for (std::size_t page = 0; page < pages.size(); ++page)
+    std::fill_n(page_of_panel_.begin() + static_cast<std::ptrdiff_t>(pages[page].first), pages[page].count,
+                static_cast<int>(page));
+  if (form_.active_grid())
+    shared_buttons_ = new editor_buttons(form_, [this](editor_panel& panel, const std::function<void()>& command) {
+      run([&] { go_to_panel(panel), command(); });
+    });
+  for (std::size_t i = 0; i < panels.size(); ++i) {
+    const std::string name =
+        pages.empty() ? form_.caption() : pages[static_cast<std::size_t>(page_of_panel_[i])].caption;
+    panels_.push_back(make_panel(*panels[i], shown(name)));
+  }
+}
+
+editor_panel_view* editor_window::make_panel(editor_panel& panel, const QString& name) {
+  editor_buttons* buttons = nullptr;
+  if (!form_.active_grid()) {
+    buttons = new editor_buttons(form_, panel, [this](editor_panel& on, const std::function<void()>& command) {
+      run([&] { go_to_panel(on), command(); });
+    });
+    if (panels_.empty())
+      for (const editor_command& command : form_.extra_commands()) buttons->add_command(command, panel);
+  }
+  auto* view = new editor_panel_view(form_, panel, name, buttons,
+                                     [this](const std::function<void()>& command) { run(command); });
+  view->grid().addAction(next_mark_);
+  connect(view, &editor_panel_view::entered, this,
+          [this, position = panels_.size()] { attempt([=, this] { form_.grid_entered(position); }); });
+  return view;
+}
+
+QWidget* editor_window::make_content(const std::vector<editor_page>& pages) {
+  if (pages.empty()) return make_page({{}, 0, panels_.size()});
+  pages_ = new QTabWidget;
+  pages_->setObjectName("Pages");
+  pages_->setAccessibleName(shown(form_.caption()));
+  for (const editor_page& page : pages) pages_->addTab(make_page(page), without_mnemonics(shown(page.caption)));
+  bind(*new QAction(this), QKeySequence("Ctrl+Tab"), [this] { turn_page(1); });
+  bind(*new QAction(this), QKeySequence("Ctrl+Shift+Tab"), [this] { turn_page(-1); });
+  return pages_;
+}
+
+// One below the other; where they share their buttons two beside each other.
+QWidget* editor_window::make_page(const editor_page& page) {
+  const auto splitter = [this](Qt::Orientation orientation) {
+    auto* made = new QSplitter(orientation);
+    made->setChildrenCollapsible(false);
+    splitters_.push_back(made);
+    return made;
+  };
+  if (page.count == 1) {
+    auto* content = new QWidget;
+    (new QVBoxLayout(content))->addWidget(make_area(page.first));
+    if (!pages_) content->layout()->setContentsMargins(0, 0, 0, 0);
+    return content;
+  }
+  QSplitter* rows = splitter(Qt::Vertical);
+  const std::size_t end = page.first + page.count, in_row = shared_buttons_ ? 2 : 1;
+  for (std::size_t i = page.first; i < end; i += in_row) {
+    QSplitter* row = in_row > 1 ? splitter(Qt::Horizontal) : rows;
+    for (std::size_t j = i; j < std::min(i + in_row, end); ++j) row->addWidget(make_area(j));
+    if (row != rows) rows->addWidget(row);
+  }
+  return rows;
+}
+
+QWidget* editor_window::make_area(std::size_t panel) {
+  QWidget* area = panels_[panel];
+  if (panel != 0) return area;
+  const editor_choice* choice = form_.choice();
+  QWidget* fields = make_fields();
+  if (choice || fields) {
+    auto* whole = new QWidget;
+    QVBoxLayout* column = column_in(*whole);
+    if (choice) column->addWidget(make_choice(*choice));
+    if (fields) column->addWidget(fields);
+    column->addWidget(area, 1);
+    area = whole;
+  }
+  return area;
+}
+
+QWidget* editor_window::make_choice(const editor_choice& choice) {
   choice_ = new QComboBox;
   choice_->setObjectName(shown(choice.name));
   ignore_wheel(*choice_);
@@ -107,128 +162,49 @@ QBoxLayout* editor_window::make_choice(const editor_choice& choice) {
   label->setBuddy(choice_);
   connect(choice_, &QComboBox::activated, this,
           [this](int position) { run([=, this] { form_.ChoiceChange(static_cast<std::size_t>(position)); }); });
-  auto* row = new QHBoxLayout;
+  choice_row_ = new QWidget;
+  auto* row = new QHBoxLayout(choice_row_);
+  row->setContentsMargins(0, 0, 0, 0);
   row->addWidget(label);
   row->addWidget(choice_, 1);
-  return row;
+  return choice_row_;
 }
 
-QWidget* editor_window::make_panel(editor_panel& panel) {
-  widgets_.push_back(std::make_unique<panel_widgets>());
-  panel_widgets& w = *widgets_.back();
-  w.panel = &panel;
-  w.label = plain_label((panel.name == "TFFillCalcTable" ? "TimeFunctionLabel" : panel.name + "Label").c_str());
-  w.grid = new grid_view(panel.table, shown(form_.caption()), this);
-  w.grid->setObjectName(shown(panel.name));
-  w.grid->setMinimumHeight(scaled(100, *this));
-  w.status = plain_label((panel.name + "Status").c_str());
-  w.label->setBuddy(w.grid);
-
+QWidget* editor_window::make_fields() {
+  const std::vector<entry_field*> fields = form_.fields();
+  if (fields.empty()) return nullptr;
   auto* content = new QWidget;
-  auto* column = new QVBoxLayout(content);
-  column->setContentsMargins(0, 0, 0, 0);
-  column->addWidget(w.label);
-  if (panel.series)
-    make_chart(w, *column);
-  else
-    column->addWidget(w.grid, 1);
-  auto* row = new QHBoxLayout;
-  add_buttons(*row, panel, *w.grid);
+  auto* row = new QHBoxLayout(content);
+  row->setContentsMargins(0, 0, 0, 0);
+  for (entry_field* field : fields) {
+    auto* edit = new entry_edit(*field);
+    auto* label = new QLabel(shown(field->label) + ":");
+    label->setBuddy(edit);
+    connect(edit, &entry_edit::entered, this,
+            [this, field] { attempt([this, field] { form_.field_entered(*field); }); });
+    row->addWidget(label);
+    row->addWidget(edit);
+    fields_.push_back(edit);
+  }
   row->addStretch(1);
-  column->addLayout(row);
-  column->addWidget(w.status);
-  if (panel.series) add_deferred_note(w, *column);
-  add_menu(w);
-  connect(w.grid, &grid_view::selection_moved, this, [this, &w] { show_selection(w); });
-  connect(&w.grid->model(), &grid_model::refusal_changed, this,
-          [this, &w] { show_text(*w.status, form_.status(*w.panel)); });
   return content;
 }
 
-// Beside the grid, which keeps its width.
-void editor_window::make_chart(panel_widgets& w, QBoxLayout& column) {
-  w.graph = std::make_unique<TGraphForm>();
-  w.chart = new chart_view(this, chart_view::kind::beside_a_grid);
-  w.chart->setObjectName(shown(w.panel->name + "Chart"));
-  w.beside = new QSplitter(Qt::Horizontal);
-  w.beside->setChildrenCollapsible(false);
-  w.beside->addWidget(w.grid);
-  w.beside->addWidget(w.chart);
-  w.beside->setStretchFactor(0, 0);
-  w.beside->setStretchFactor(1, 1);
-  column.addWidget(w.beside, 1);
-  connect(w.chart, &chart_view::point_clicked, this, [&w](std::size_t point) {
-    w.panel->table.set_active(w.graph->series().front()->row_of(point), w.panel->table.active_column());
-    w.grid->setFocus();
-  });
-  w.chart->show_graph(w.graph.get());
-}
-
-void editor_window::add_deferred_note(panel_widgets& w, QBoxLayout& column) {
-  w.deferred_note = plain_label("DeferredNote");
-  w.keep_points = new QPushButton("&Keep these points");
-  w.keep_points->setObjectName("KeepPointsButton");
-  w.keep_points->setToolTip("Runs use the points as they are here; the query stays, but is no longer run.");
-  connect(w.keep_points, &QPushButton::clicked, this, [this, &w] { run([&] { form_.keep_these_points(*w.panel); }); });
-  auto* line = new QHBoxLayout;
-  line->addWidget(w.deferred_note, 1);
-  line->addWidget(w.keep_points);
-  column.addLayout(line);
-}
-
-void editor_window::add_buttons(QBoxLayout& row, editor_panel& panel, grid_view& grid) {
-  const auto add = [&](const QString& text, const char* name, const char* hint, const std::function<void()>& command) {
-    auto* button = new QPushButton(text);
-    button->setObjectName(name);
-    button->setToolTip(hint);
-    connect(button, &QPushButton::clicked, this, [this, command, &grid] {
-      run(command);
-      grid.setFocus();
+QBoxLayout* editor_window::make_common_row() {
+  const std::vector<editor_command> commands = form_.common_commands();
+  if (commands.empty()) return nullptr;
+  auto* row = new QHBoxLayout;
+  for (const editor_command& command : commands) {
+    auto* button = new QPushButton(shown(command.text));
+    button->setObjectName(shown(command.name));
+    button->setToolTip(tool_tip(shown(command.hint)));
+    connect(button, &QPushButton::clicked, this, [this, work = command.run] {
+      run([&] { go_to_panel(panels_[first_panel_in_sight()]->panel()), work(); });
     });
-    row.addWidget(button);
-    return button;
-  };
-  for (const button_row& one : buttons) {
-    if (!(panel.buttons & one.button)) continue;
-    if (one.button == paste_button)
-      add("&Copy", "CopyButton", "Copy the selected cells (Ctrl+C)", [this, &panel] { form_.CopyButtonClick(panel); });
-    add(one.text, one.name, one.hint, [this, &panel, command = one.command] { (form_.*command)(panel); });
+    row->addWidget(button);
   }
-  if (&panel == form_.panels().front().get())
-    for (const editor_command& command : form_.extra_commands())
-      add(shown(command.text), command.name.c_str(), "", command.run);
-  if (panel.buttons & import_button) {
-    auto* button = add("I&mport", "ImportButton", editor::import_hint.data(), [] {});
-    button->setEnabled(form_.import_is_available());
-  }
-}
-
-void editor_window::add_menu(panel_widgets& w) {
-  editor_panel& panel = *w.panel;
-  const auto add = [&](const char* text, const QKeySequence& keys, const std::function<void()>& command) {
-    auto* action = new QAction(text, w.grid);
-    action->setShortcut(keys);
-    action->setShortcutContext(Qt::WidgetShortcut);
-    connect(action, &QAction::triggered, this, [this, command] { run(command); });
-    w.grid->addAction(action);
-    return action;
-  };
-  add("&Copy", QKeySequence::Copy, [this, &panel] { form_.CopyButtonClick(panel); });
-  add("Copy with &headers", QKeySequence("Ctrl+Shift+C"), [this, &panel] { form_.CopyButtonClick(panel, true); });
-  if (panel.buttons & paste_button)
-    add("&Paste", QKeySequence::Paste, [this, &panel] { form_.PasteButtonClick(panel); });
-  if (panel.buttons & insert_button) {
-    add("&Insert row", QKeySequence("Ctrl++"), [this, &panel] { form_.InsertRowButtonClick(panel); });
-    add("&Delete selected rows", QKeySequence("Ctrl+-"), [this, &panel] { form_.delete_selected_rows(panel); });
-  }
-  if (panel.series) {
-    add("&Sort by date and time", {}, [this, &panel] { form_.sort_by_date_and_time(panel); });
-    add("&Regular times...", {}, [this, &panel] { form_.regular_times_click(panel); });
-    add("I&nterpolate between the selected rows", {}, [this, &panel] { form_.interpolate_between(panel); });
-  }
-  w.back_to_default = add("&Back to the default", {}, [this, &panel] { form_.back_to_default(panel); });
-  w.grid->addAction(next_mark_);
-  w.grid->setContextMenuPolicy(Qt::ActionsContextMenu);
+  row->addStretch(1);
+  return row;
 }
 
 // Not a button box: that makes one of its buttons the default.
@@ -265,6 +241,8 @@ QBoxLayout* editor_window::make_end_row() {
   return row;
 }
 
+// Commands.
+
 void editor_window::bind(QAction& action, QKeySequence keys, const std::function<void()>& command) {
   action.setShortcut(keys);
   connect(&action, &QAction::triggered, this, [this, command] { run(command); });
@@ -273,38 +251,73 @@ void editor_window::bind(QAction& action, QKeySequence keys, const std::function
 
 // What is being typed counts before any command.
 void editor_window::run(const std::function<void()>& command) {
-  for (const auto& one : widgets_) one->grid->commit_open_editor();
+  take_typed();
   attempt(command);
 }
 
-editor_window::panel_widgets& editor_window::widgets_of(const editor_panel& panel) {
-  return **std::ranges::find_if(widgets_, [&](const auto& one) { return one->panel == &panel; });
+void editor_window::take_typed() {
+  for (editor_panel_view* panel : panels_) panel->grid().commit_open_editor();
+  for (entry_edit* edit : fields_) edit->take();
 }
 
+void editor_window::turn_page(int by) {
+  pages_->setCurrentIndex((pages_->currentIndex() + by + pages_->count()) % pages_->count());
+  panels_[first_panel_in_sight()]->grid().setFocus();
+}
+
+std::size_t editor_window::first_panel_in_sight() const {
+  const int page = pages_ ? pages_->currentIndex() : 0;
+  return static_cast<std::size_t>(std::ranges::find(page_of_panel_, page) - page_of_panel_.begin());
+}
+
+void editor_window::go_to_panel(editor_panel& panel) {
+  const auto found = std::ranges::find_if(panels_, [&](editor_panel_view* one) { return &one->panel() == &panel; });
+  if (pages_) pages_->setCurrentIndex(page_of_panel_[static_cast<std::size_t>(found - panels_.begin())]);
+  (*found)->grid().setFocus();
+}
+
+void editor_window::go_to_refused_field(entry_field& field) {
+  if (pages_) pages_->setCurrentIndex(0);
+  for (entry_edit* edit : fields_)
+    if (&edit->field() == &field) edit->setFocus();
+}
+
+// What the form shows.
+
 void editor_window::texts_changed() {
-  if (const editor_choice* choice = form_.choice()) {
-    const QSignalBlocker quiet(choice_);
-    choice_->clear();
-    for (const std::string& item : choice->items) choice_->addItem(shown(item));
-    choice_->setCurrentIndex(choice->items.empty() ? -1 : static_cast<int>(choice->position));
+  setWindowTitle(shown(form_.caption())); // one form may have two modes
+  show_choice();
+  for (entry_edit* edit : fields_)
+    if (!edit->isModified()) edit->show_field();
+  for (editor_panel_view* panel : panels_) panel->texts_changed();
+  if (const auto active = form_.active_grid()) {
+    for (std::size_t i = 0; i < panels_.size(); ++i) panels_[i]->mark_as_active(i == *active);
+    shared_buttons_->show_state();
   }
-  for (const auto& one : widgets_) {
-    show_text(*one->label, one->panel->label);
-    one->grid->setAccessibleName(shown(one->panel->label.empty() ? form_.caption() : one->panel->label));
-    show_text(*one->status, form_.status(*one->panel));
-    if (!one->panel->series) continue;
-    const std::string note = form_.deferred_note(*one->panel);
-    show_text(*one->deferred_note, note);
-    one->keep_points->setVisible(!note.empty());
-    one->grid->model().set_background(note.empty() ? QColor() : deferred_ground);
-  }
+  show_message();
+  show_steps();
+}
+
+void editor_window::show_choice() {
+  const editor_choice* choice = form_.choice();
+  if (!choice) return;
+  const QSignalBlocker quiet(choice_);
+  choice_->clear();
+  for (const std::string& item : choice->items) choice_->addItem(shown(item));
+  choice_->setCurrentIndex(choice->items.empty() ? -1 : static_cast<int>(choice->position));
+  choice_row_->setVisible(choice->is_visible);
+}
+
+void editor_window::show_message() {
   const QString message = shown(form_.message());
   const bool is_new = message_->text() != message;
   message_->setText(message);
-  if (is_new && !message.isEmpty()) {
-    QAccessibleEvent alert(message_, QAccessible::Alert);
-    QAccessible::updateAccessibility(&alert);
-  }
+  if (!is_new || message.isEmpty()) return;
+  QAccessibleEvent alert(message_, QAccessible::Alert);
+  QAccessible::updateAccessibility(&alert);
+}
+
+void editor_window::show_steps() {
   const auto show_step = [](QPushButton& button, const char* what, const char* keys, const std::string& label) {
     button.setEnabled(!label.empty());
     button.setToolTip(label.empty() ? QString("There is nothing to %1").arg(QString(what).toLower())
@@ -314,45 +327,15 @@ void editor_window::texts_changed() {
   show_step(*redo_, "Redo", "Ctrl+Shift+Z", form_.host().redo_label());
 }
 
-// The sums over a whole series are not worked out again for each step of the cursor.
-void editor_window::show_selection(panel_widgets& w) {
-  const cell_range cells = w.panel->table.selection();
-  const bool block = cells.rows() > 1 || cells.columns() > 1;
-  if (block || w.shows_block) show_text(*w.status, form_.status(*w.panel));
-  w.shows_block = block;
-  w.back_to_default->setEnabled(w.panel->table.has_default());
-  if (w.chart && !charts_are_old_)
-    w.chart->mark_point(w.panel->table.is_shown_as_empty() ? std::nullopt
-                                                           : point_of_row(*w.graph, w.panel->table.active_row()));
-}
-
-// Once for all changes of one turn of the event loop: a series may have a million points.
 void editor_window::series_changed() {
-  if (std::exchange(charts_are_old_, true)) return;
-  QMetaObject::invokeMethod(
-      this, [this] { attempt([this] { feed_charts(); }); }, Qt::QueuedConnection);
-}
-
-void editor_window::feed_charts() {
-  charts_are_old_ = false;
-  for (const auto& one : widgets_) {
-    if (!one->chart) continue;
-    const auto ref = one->panel->series->ref();
-    if (one->charted != ref) one->graph->unzoom_completely();
-    one->charted = ref;
-    one->graph->replace_series(form_.graph_data(*one->panel));
-    one->chart->data_changed();
-    show_selection(*one);
-  }
-}
-
-void editor_window::go_to_panel(editor_panel& panel) {
-  widgets_of(panel).grid->setFocus();
+  for (editor_panel_view* panel : panels_) panel->series_changed();
 }
 
 void editor_window::reload() {
   attempt([this] { form_.data_set_replaced(); });
 }
+
+// The window's life.
 
 // All columns and a chart that can be read, as far as the screen has room for them.
 void editor_window::take_first_size() {
@@ -360,9 +343,14 @@ void editor_window::take_first_size() {
   const int margin = scaled(screen_margin, *this);
   resize(sizeHint().boundedTo(screen()->availableGeometry().size() - QSize(margin, margin)));
   // The splitters have been laid out before there was content.
-  for (const auto& one : widgets_)
-    if (one->beside) one->beside->setSizes({one->grid->sizeHint().width(), width()});
-  if (panels_->count() > 1) panels_->setSizes({panels_->widget(0)->sizeHint().height(), height()});
+  for (editor_panel_view* panel : panels_) panel->take_first_size(width());
+  int left = 0; // the same in all rows, and no more than half
+  for (QSplitter* one : splitters_)
+    if (one->orientation() == Qt::Horizontal) left = std::max(left, one->widget(0)->sizeHint().width());
+  left = std::min(left, width() / 2);
+  for (QSplitter* one : splitters_)
+    one->setSizes(one->orientation() == Qt::Horizontal ? QList{left, width()}
+                                                       : QList{one->widget(0)->sizeHint().height(), height()});
 }
 
 void editor_window::showEvent(QShowEvent* event) {
@@ -370,7 +358,8 @@ void editor_window::showEvent(QShowEvent* event) {
   if (event->spontaneous()) return; // it was minimised
   attempt([this] { form_.FormShow(); });
   take_first_size();
-  widgets_.front()->grid->setFocus();
+  if (pages_) pages_->setCurrentIndex(0);
+  panels_[form_.active_grid().value_or(0)]->grid().setFocus();
 }
 
 // There is no default button, but Enter presses the one that has the focus.
@@ -384,8 +373,7 @@ void editor_window::keyPressEvent(QKeyEvent* event) {
 }
 
 void editor_window::done(int result) {
-  if (result == Accepted)
-    for (const auto& one : widgets_) one->grid->commit_open_editor();
+  if (result == Accepted) take_typed();
   bool may_close = true;
   attempt([&] { may_close = form_.FormCloseQuery(result == Accepted); });
   if (may_close) QDialog::done(result);

@@ -1,14 +1,12 @@
-// The window of every editor that consists of panels: grids with their labels, buttons, charts and status lines.
+// The window of every editor that consists of panels: their pages, fields, buttons and messages.
 #pragma once
 
-#include "charts/graph_form.h"
 #include "editors/editor.h"
 
 #include <QDialog>
 #include <QKeySequence>
+#include <cstddef>
 #include <functional>
-#include <memory>
-#include <optional>
 #include <vector>
 
 class QAction;
@@ -17,11 +15,13 @@ class QComboBox;
 class QLabel;
 class QPushButton;
 class QSplitter;
+class QTabWidget;
 
 namespace vesk {
 
-class chart_view;
-class grid_view;
+class editor_buttons;
+class editor_panel_view;
+class entry_edit;
 
 class editor_window final : public QDialog, public editor_view {
 public:
@@ -36,51 +36,47 @@ public:
   void texts_changed() override;
   void series_changed() override;
   void go_to_panel(editor_panel& panel) override;
+  void go_to_refused_field(entry_field& field) override;
 
 protected:
   void showEvent(QShowEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
 
 private:
-  // One panel's widgets.
-  struct panel_widgets {
-    editor_panel* panel;
-    QLabel* label;
-    grid_view* grid;
-    QLabel* status;
-    QAction* back_to_default;
-    bool shows_block = false; // the status is about the selected cells
-    QLabel* deferred_note;    // null for panels without a series, as are the next five
-    QPushButton* keep_points;
-    QSplitter* beside; // grid and chart
-    chart_view* chart;
-    std::unique_ptr<TGraphForm> graph;
-    std::optional<series_ref> charted;
-  };
-
-  QBoxLayout* make_choice(const editor_choice& choice);
-  QWidget* make_panel(editor_panel& panel);
-  void make_chart(panel_widgets& widgets, QBoxLayout& column);
-  void add_deferred_note(panel_widgets& widgets, QBoxLayout& column);
-  void add_buttons(QBoxLayout& row, editor_panel& panel, grid_view& grid);
-  void add_menu(panel_widgets& widgets);
+  void make_panels(const std::vector<editor_page>& pages);
+  editor_panel_view* make_panel(editor_panel& panel, const QString& name);
+  QWidget* make_content(const std::vector<editor_page>& pages);
+  QWidget* make_page(const editor_page& page);
+  QWidget* make_area(std::size_t panel); // with what belongs to it
+  QWidget* make_choice(const editor_choice& choice);
+  QWidget* make_fields();
+  QBoxLayout* make_common_row();
   QBoxLayout* make_end_row();
+
   void bind(QAction& action, QKeySequence keys, const std::function<void()>& command);
   void run(const std::function<void()>& command); // after taking what is being typed
+  void take_typed();
   void take_first_size();
-  void show_selection(panel_widgets& widgets);
-  void feed_charts();
-  panel_widgets& widgets_of(const editor_panel& panel);
+  void turn_page(int by);
+  void show_choice();
+  void show_message();
+  void show_steps(); // of Undo and Redo
+  std::size_t first_panel_in_sight() const;
 
   editor& form_;
+  QWidget* choice_row_ = nullptr;
   QComboBox* choice_ = nullptr;
-  QSplitter* panels_;
-  std::vector<std::unique_ptr<panel_widgets>> widgets_;
+  std::vector<entry_edit*> fields_;
+  QTabWidget* pages_ = nullptr; // null: all panels are on one
+  std::vector<int> page_of_panel_;
+  std::vector<editor_panel_view*> panels_;
+  std::vector<QSplitter*> splitters_; // the first part of each has its own size, the second gets the rest
+  editor_buttons* shared_buttons_ = nullptr;
   QLabel* message_;
   QAction* next_mark_;
   QPushButton* undo_;
   QPushButton* redo_;
-  bool has_size_ = false, charts_are_old_ = false;
+  bool has_size_ = false;
 };
 
 } // namespace vesk

@@ -29,6 +29,7 @@ void entry_edit::set_hint(const QString& hint) {
 bool entry_edit::take() {
   const bool changed = text() != shown(field_.text());
   const bool accepted = field_.enter(stored(text()));
+  setModified(false);
   if (changed) {
     show_field();
     emit entered();

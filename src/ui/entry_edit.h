@@ -14,6 +14,7 @@ class entry_edit final : public QLineEdit {
 public:
   explicit entry_edit(entry_field& field, QWidget* parent = nullptr);
 
+  const entry_field& field() const { return field_; }
   void set_hint(const QString& hint); // shown unless the entry is refused
   void show_field();                  // as the form has it
   bool take();                        // what is typed goes to the form; false: refused

@@ -115,5 +115,34 @@ TEST_F(Dialogs, CancelTakesStepsBackAndUndoBringsThemAgain) {
   EXPECT_EQ(ui.take_boxes(), lines{"Cannot accept data: Each record must be unique"});
 }
 
+// One dialog in two modes. What OK does to the boundaries is told, and belongs to its step.
+TEST_F(Dialogs, ExchangesAndFlowsSearchForBoundariesOnOk) {
+  new_data_set();
+  form.current_data_set->systems.resize(1);
+  form.current_data_set->resize_segments(2);
+  TExchangesFlowsForm& editor = form.forms().exchanges_flows;
+  ui.in_form = [&] {
+    editor.InsertRowButtonClick(*editor.panels()[TExchangesFlowsForm::function_grid]);
+    editor_panel& pairs = *editor.panels()[TExchangesFlowsForm::pair_grid];
+    editor.InsertRowButtonClick(pairs);
+    pairs.table.enter(0, 0, "2");
+  };
+  const auto boundaries = [&] { return form.current_data_set->systems[0].boundaries.size(); };
+  for (const auto open : {&TPreveskMainForm::ExchangesItemClick, &TPreveskMainForm::FlowsItemClick}) {
+    ui.form_result = false;
+    (form.*open)();
+    EXPECT_EQ(boundaries(), 0U);
+    ui.form_result = true;
+    (form.*open)();
+    EXPECT_EQ(boundaries(), 1U);
+    EXPECT_EQ(ui.lines, lines{"1 1 boundary added: segment 2 (Vesk Segment), 1 system"});
+    for (int step = 0; step < 3; ++step) form.undo();
+    EXPECT_EQ(boundaries(), 0U);
+    ui.clear_info_lines();
+  }
+  EXPECT_EQ(ui.forms, (lines{"Exchanges", "Exchanges", "Flows", "Flows"}));
+  EXPECT_TRUE(form.current_data_set->flow_fields[0].functions.empty());
+}
+
 } // namespace
 } // namespace vesk

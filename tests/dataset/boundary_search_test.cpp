@@ -1,4 +1,4 @@
-#include "dataset/dataset.h"
+#include "dataset/boundary_changes.h"
 
 #include <gtest/gtest.h>
 
@@ -69,6 +69,30 @@ TEST(BoundarySearch, OfSeveralNeedlessRecordsOfASegmentTheFirstGoes) {
   EXPECT_EQ(data.systems[0].boundaries[0].points[0].value, 2);
   data.find_boundaries();
   EXPECT_EQ(boundary_segments(data, 0), "");
+}
+
+TEST(BoundarySearch, SaysWhichSegmentsGotOrLostBoundaries) {
+  auto data = network(9, {{1, -1, 0}, {1, 2, -1}});
+  data.segments.edit(4).name = "Halifax";
+  data.systems.edit(0).boundaries = {typed_boundary(4, 1), typed_boundary(0, 2)};
+  data.systems.edit(0).boundaries.edit(0).points.resize(365, {});
+  data.systems.edit(1).boundaries = {typed_boundary(0, 1), typed_boundary(2, 2), typed_boundary(11, 3)};
+  const auto search = [&] {
+    const auto before = data;
+    data.find_boundaries();
+    return in_words(changes_of_boundaries(before, data), data);
+  };
+  EXPECT_EQ(search(), "1 boundary added, 1 removed with its 365 points: segment 5 (Halifax), 1 system");
+  EXPECT_EQ(search(), "");
+  auto& pairs = data.flow_fields.edit(0).functions.edit(0).pairs;
+  pairs = {{1, -1, 0}, {1, 2, -1}, {1, 4, -1}};
+  EXPECT_EQ(search(), "1 boundary added: segment 5 (Halifax), 2 systems");
+  pairs = {{1, -1, 1}, {1, 3, -1}, {1, 4, -1}, {1, 5, -1}, {1, 6, -1}, {1, 7, -1}, {1, 8, -1}};
+  search(); // 0 and 2 have gone, six are new
+  pairs = {};
+  const std::string some = "(Vesk Segment)";
+  EXPECT_EQ(search(), "7 boundaries removed with their 28 points: segments 2 " + some + ", 4 " + some +
+                          ", 5 (Halifax), 6 " + some + ", 7 " + some + " and 2 more, 2 systems");
 }
 
 } // namespace

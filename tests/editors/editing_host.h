@@ -50,6 +50,7 @@ public:
   std::string redo_label() const override { return undone_.empty() ? "" : undone_.back().first; }
   void undo() override { move(steps_, undone_); }
   void redo() override { move(undone_, steps_); }
+  void forget_steps() { steps_.clear(), undone_.clear(); }
   TFillCalculateForm& fill_calculate_form() override { return fill_; }
   bool logging_enabled() const override { return false; }
   void set_logging_enabled(bool) override {}

@@ -117,6 +117,18 @@ TEST_F(Segments, SaysWhatNamesAnotherSegmentAndRenumbers) {
   form.InsertButtonClick();
   EXPECT_EQ(form.message(), "2 pairs now name another segment.");
   host.undo();
+  table.set_active(2, 0);
+  form.DeleteButtonClick(); // the last one
+  EXPECT_EQ(form.message(), "1 pair now names another segment.");
+  EXPECT_TRUE(table.extend_on_down(move_command::down));
+  EXPECT_EQ(verify(host.data), "");
+  EXPECT_EQ(form.message(), "1 pair now names another segment.");
+  host.clipboard = "A\nB\nC\n";
+  table.set_active(0, 0);
+  form.PasteButtonClick(*form.panels()[0]); // as many as there are
+  EXPECT_EQ(form.message(), "Pasted: 3 rows.");
+  for (int step = 0; step < 3; ++step) host.undo();
+  table.set_active(1, 0);
   form.insert_and_renumber_click();
   EXPECT_EQ(form.message(), "Renumbered, so that they name the same segments as before: 2 pairs.");
   EXPECT_EQ(host.data.flow_fields[0].functions[0].pairs[2].to_segment, 3);

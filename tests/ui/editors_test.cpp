@@ -14,6 +14,7 @@
 #include <QImage>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListView>
 #include <QPushButton>
 #include <QTabWidget>
 #include <QTest>
@@ -21,9 +22,10 @@
 namespace vesk {
 namespace {
 
-constexpr const char* editor_commands[] = {"ParameterizationItem", "SystemsItem",          "ParametersItem",
-                                           "ConstantsItem",        "TimeFunctionsItem",    "PrintIntervalItem",
-                                           "TimestepItem",         "OutputcontrolMenuItem"};
+constexpr const char* editor_commands[] = {
+    "ParameterizationItem", "SystemsItem",   "SegmentsItem",      "ExchangesItem",     "FlowsItem",
+    "ParametersItem",       "ConstantsItem", "TimeFunctionsItem", "PrintIntervalItem", "TimestepItem",
+    "OutputcontrolMenuItem"};
 
 QString text_of(QWidget* window, const char* label) {
   return find<QLabel>(window, label)->text();
@@ -45,6 +47,12 @@ void type(grid_view* grid, const QString& text) {
   QLineEdit* line = open_line(grid);
   ASSERT_TRUE(line);
   QTest::keyClicks(line, text.mid(1));
+}
+
+void enter(QWidget* dialog, QWidget* control) {
+  dialog->activateWindow(); // only an active window has shortcuts and a focus
+  EXPECT_TRUE(wait_for([&] { return dialog->isActiveWindow(); }));
+  control->setFocus();
 }
 
 void picture_of_each_page(QWidget* window, const QString& name) {
@@ -146,12 +154,14 @@ TEST(Editors, WithoutContentTheySayWhatIsMissing) {
       {&program.form().forms().parameters, "The model has none of these."},
       {&program.form().forms().output_control, "The model has none of these."},
       {&program.form().forms().time_functions, "The model has no time functions."},
+      {&program.form().forms().segments, "No segments: choose Insert, or paste rows from a spreadsheet."},
       {&program.form().forms().time_step, "No points yet. Insert adds one; Paste adds rows of date, time and value."},
   };
   for (const auto& [one, hint] : hints)
     with_dialog([&, shown = one] { program.window().show_form(*shown); },
-                [&, hint = hint](QWidget* dialog) {
-                  EXPECT_TRUE(text_of(dialog, "TheFillCalcTableStatus").startsWith(hint));
+                [&, hint = hint, edited = one](QWidget* dialog) {
+                  const std::string first = static_cast<editor*>(edited)->panels().front()->name;
+                  EXPECT_TRUE(text_of(dialog, (first + "Status").c_str()).startsWith(hint)) << first;
                   take_picture(dialog, "empty_" + dialog->objectName());
                   for (const char* button : {"Copy", "Delete", "Delete All"}) press(dialog, button);
                   return press(dialog, "Cancel");
@@ -194,9 +204,7 @@ TEST(Editors, UndoTakesBackTypingFirstThenSteps) {
                 grid_view* grid = grid_of(dialog);
                 const auto value = [&] { return grid->model().index(0, 2).data().toString(); };
                 const auto undo = [&](QWidget* control) { QTest::keyClick(control, Qt::Key_Z, Qt::ControlModifier); };
-                dialog->activateWindow(); // only an active window has shortcuts
-                EXPECT_TRUE(wait_for([&] { return dialog->isActiveWindow(); }));
-                grid->setFocus();
+                enter(dialog, grid);
                 grid->table().set_active(0, 2);
                 type(grid, "0.3");
                 QTest::keyClick(open_line(grid), Qt::Key_Return);
@@ -340,6 +348,109 @@ TEST(Editors, TheChartBesideAGridIsNotZoomedWhenTheDialogIsOpenedAgain) {
   EXPECT_EQ(all.toStdString(), "Time Step: 2 points, 2011 through 2012.");
   EXPECT_NE(zoomed, all);
   EXPECT_EQ(reopened, all);
+}
+
+TEST(Editors, PagesShareTheActiveRowAndTheButtonsBelow) {
+  running_program program;
+  program.form().open_file(SAMPLE);
+  const auto segments = static_cast<int>(program.form().current_data_set->segments.size());
+  with_dialog([&] { program.trigger("SegmentsItem"); },
+              [&](QWidget* dialog) {
+                auto* pages = find<QTabWidget>(dialog, "Pages");
+                grid_view* grid = grid_of(dialog, "SegmentFillCalcTable");
+                grid_view* values = grid_of(dialog, "ParametersFillCalcTable");
+                enter(dialog, grid);
+                grid->table().set_active(4, 2);
+                QTest::keyClick(grid, Qt::Key_Tab, Qt::ControlModifier);
+                EXPECT_EQ(pages->currentIndex(), 1);
+                EXPECT_TRUE(values->hasFocus());
+                EXPECT_EQ(values->currentIndex().row(), 4);
+                QTest::keyClick(values, Qt::Key_Down);
+                EXPECT_EQ(grid->currentIndex().row(), 5);
+                EXPECT_TRUE(press(dialog, "Insert"));
+                EXPECT_EQ(values->model().rowCount(), segments + 1);
+                EXPECT_TRUE(text_of(dialog, "MessageLabel").endsWith(" now name another segment."));
+                QTest::keyClick(values, Qt::Key_Tab, Qt::ControlModifier | Qt::ShiftModifier);
+                auto* factor = find<QLineEdit>(dialog, "VolumeScaleFactorField");
+                factor->setFocus();
+                factor->selectAll();
+                QTest::keyClicks(factor, "two");
+                pages->setCurrentIndex(2);
+                EXPECT_TRUE(press(dialog, "OK")); // leads back to the field
+                EXPECT_TRUE(dialog->isVisible());
+                EXPECT_EQ(pages->currentIndex(), 0);
+                EXPECT_TRUE(factor->hasFocus());
+                EXPECT_TRUE(text_of(dialog, "MessageLabel").startsWith("Volume Scale Factor: "));
+                take_picture(dialog, "refused_field");
+                factor->setText("2.5");
+                return press(dialog, "OK");
+              });
+  EXPECT_EQ(program.form().current_data_set->volume_scale_factor, 2.5);
+}
+
+TEST(Editors, OneRowOfButtonsActsOnTheGridThatWasEnteredLast) {
+  running_program program;
+  program.form().open_file(SAMPLE);
+  const auto visit = [&](const char* command, const std::function<void(QWidget*)>& work) {
+    with_dialog([&] { program.trigger(command); },
+                [&](QWidget* dialog) {
+                  work(dialog);
+                  return press(dialog, "Cancel");
+                });
+  };
+  visit("FlowsItem", [&](QWidget* dialog) {
+    EXPECT_EQ(dialog->windowTitle(), "Flows");
+    auto* insert = find<QPushButton>(dialog, "InsertRowButton");
+    const auto is_marked = [&](const char* label) { return find<QLabel>(dialog, label)->font().bold(); };
+    EXPECT_FALSE(insert->isEnabled());
+    EXPECT_TRUE(insert->toolTip().contains("The rows of this grid are fixed"));
+    EXPECT_TRUE(is_marked("FieldFillCalcTableLabel"));
+    grid_view* pairs = grid_of(dialog, "PairsFillCalcTable");
+    enter(dialog, pairs);
+    EXPECT_TRUE(wait_for([&] { return insert->isEnabled(); }));
+    EXPECT_TRUE(is_marked("PairsFillCalcTableLabel") && !is_marked("FieldFillCalcTableLabel"));
+    EXPECT_FALSE(find<QPushButton>(dialog, "GraphButton")->isEnabled());
+    QApplication::clipboard()->setText("Boundary\t1\t1\n1\t2\t0.5\n");
+    pairs->selectAll();
+    EXPECT_TRUE(press(dialog, "Paste"));
+    EXPECT_EQ(program.form().current_data_set->flow_fields[0].functions[0].pairs,
+              (shared_array<flow_pair_record_type>{{1, no_segment, 0}, {0.5, 0, 1}}));
+    grid_of(dialog, "FunctionFillCalcTable")->setFocus();
+    EXPECT_TRUE(press(dialog, "Insert"));
+    EXPECT_TRUE(pairs->table().is_shown_as_empty());
+    EXPECT_FALSE(find<QPushButton>(dialog, "FillCalcButton")->isEnabled());
+  });
+  visit("ExchangesItem", [&](QWidget* dialog) {
+    EXPECT_EQ(dialog->windowTitle(), "Exchanges");
+    EXPECT_EQ(grid_of(dialog, "PairsFillCalcTable")->model().columnCount(), 4);
+    EXPECT_TRUE(find<QLabel>(dialog, "FunctionFillCalcTableLabel")->font().bold()); // as it was left
+    EXPECT_TRUE(find<QPushButton>(dialog, "InsertRowButton")->isEnabled());
+  });
+}
+
+TEST(Editors, ASegmentOfManyIsChosenByItsNumber) {
+  running_program program;
+  program.form().open_file(SAMPLE);
+  program.form().current_data_set->resize_segments(20'000);
+  with_dialog([&] { program.trigger("FlowsItem"); },
+              [&](QWidget* dialog) {
+                grid_view* pairs = grid_of(dialog, "PairsFillCalcTable");
+                enter(dialog, pairs);
+                pairs->table().set_active(0, 1);
+                type(pairs, "15000");
+                QLineEdit* line = open_line(pairs);
+                auto* list = find<QListView>(dialog, "ItemList");
+                EXPECT_EQ(list->currentIndex().row(), 14'999);
+                QTest::keyClick(line, Qt::Key_Down);
+                EXPECT_EQ(line->text(), "15001: Vesk Segment");
+                take_picture(dialog, "many_segments");
+                QTest::mouseClick(list->viewport(), Qt::LeftButton, {},
+                                  list->visualRect(list->currentIndex()).center());
+                const auto& pair = program.form().current_data_set->flow_fields[0].functions[0].pairs[0];
+                EXPECT_TRUE(wait_for([&] { return pair.to_segment == 15'000; }));
+                EXPECT_TRUE(wait_for([&] { return !open_line(pairs) && !dialog->findChild<QListView*>("ItemList"); }));
+                return press(dialog, "Cancel");
+              });
 }
 
 // A job that was started before, or in the dialog, gives its data set back while windows are open.

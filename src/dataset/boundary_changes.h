@@ -1,0 +1,26 @@
+// What a search for boundaries has added and removed, for the line that tells the user.
+#pragma once
+
+#include "dataset/dataset.h"
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace vesk {
+
+// A segment counts once, in however many systems it has got or lost a boundary.
+struct boundary_changes {
+  std::vector<std::size_t> added, removed; // positions of segments, from 0, ascending
+  std::size_t points = 0;                  // that the removed boundaries had, in all systems together
+  std::size_t systems = 0;                 // in which something has changed
+};
+
+// `after` is `before` with its boundaries searched anew.
+boundary_changes changes_of_boundaries(const prevesk_dataset_data_type& before, const prevesk_dataset_data_type& after);
+
+// "2 boundaries added, 1 removed with its 365 points: segment 5 (Halifax), 4 systems". Names the segments that lost
+// boundaries, or else those that got some. Empty: nothing has changed.
+std::string in_words(const boundary_changes& changes, const prevesk_dataset_data_type& data);
+
+} // namespace vesk

@@ -1,0 +1,45 @@
+// The row of an editor's buttons: those of one grid, or one row for all its grids, which acts on the one entered last.
+#pragma once
+
+#include "editors/editor.h"
+
+#include <QWidget>
+#include <functional>
+#include <optional>
+#include <vector>
+
+class QHBoxLayout;
+class QPushButton;
+
+namespace vesk {
+
+class editor_buttons final : public QWidget {
+public:
+  // Executes a command for a panel, after what is being typed was taken and the panel's grid got the focus.
+  using command_runner = std::function<void(editor_panel&, const std::function<void()>&)>;
+
+  editor_buttons(editor& form, editor_panel& panel, command_runner run);
+  editor_buttons(editor& form, command_runner run); // of the active panel
+
+  void add_command(const editor_command& command, editor_panel& panel);
+  void show_state(); // of the active panel, which may be another one or have got or lost its rows
+
+private:
+  struct shown_button {
+    panel_buttons button;
+    const char* hint;
+    QPushButton* control;
+  };
+
+  void add_buttons(unsigned wanted);
+  QPushButton* add(const QString& text, const char* name, const std::function<void()>& work);
+  editor_panel& panel_of(panel_buttons button) const;
+
+  editor& form_;
+  editor_panel* const panel_; // null: the active one
+  command_runner run_;
+  QHBoxLayout* row_;
+  std::vector<shown_button> buttons_;
+};
+
+} // namespace vesk

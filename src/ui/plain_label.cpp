@@ -1,0 +1,22 @@
+#include "ui/plain_label.h"
+
+#include "ui/texts.h"
+
+#include <QLabel>
+
+namespace vesk {
+
+QLabel* plain_label(const std::string& name) {
+  auto* label = new QLabel;
+  label->setObjectName(shown(name));
+  label->setTextFormat(Qt::PlainText);
+  label->setWordWrap(true);
+  return label;
+}
+
+void show_text(QLabel& label, const std::string& text) {
+  label.setText(label.buddy() ? without_mnemonics(shown(text)) : shown(text));
+  label.setVisible(!text.empty());
+}
+
+} // namespace vesk
