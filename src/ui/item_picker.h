@@ -1,5 +1,5 @@
-// The editor of a combo cell that has many items: a line for the number or the name of an item, and a list of all of them
-// that follows it.
+// The editor of a combo cell that has many items: a line for the number or the name of an item, and a list of all of
+// them that follows it.
 #pragma once
 
 #include "charts/item_list.h"
