@@ -20,10 +20,19 @@ using project_component = short_text; // the name of one file of a project
 
 inline constexpr std::int32_t no_segment = -1;
 
-// Points, and the query that can fill them.
+// When a query last filled a series. Never stored; all series compare equal in it.
+struct fill_time {
+  std::int64_t nanoseconds = 0; // since 1970; 0: not since the data file was read
+
+  static fill_time now();
+  friend bool operator==(const fill_time&, const fill_time&) { return true; }
+};
+
+// Points and the query that can fill them.
 struct stored_series {
   point_list points;
-  shared_value<import_query_descriptor> query; // default-constructed if the series was typed in
+  shared_value<import_query_descriptor> query; // as new when the series was typed in
+  fill_time filled;
 
   friend bool operator==(const stored_series&, const stored_series&) = default;
 };

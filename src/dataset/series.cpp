@@ -1,6 +1,7 @@
 #include "dataset/series.h"
 
 #include <algorithm>
+#include <chrono>
 
 namespace vesk {
 
@@ -52,6 +53,11 @@ std::string function_label(const char* kind, const char* field_kind, const Field
 }
 
 } // namespace
+
+fill_time fill_time::now() {
+  const auto since_1970 = std::chrono::system_clock::now().time_since_epoch();
+  return {std::chrono::duration_cast<std::chrono::nanoseconds>(since_1970).count()};
+}
 
 const stored_series* find_series(const prevesk_dataset_data_type& data, const series_ref& ref) {
   if (ref.kind == series_kind::print_intervals) return &data.print_intervals;
