@@ -1,9 +1,13 @@
 #include "editors/editor.h"
 
+#include "charts/csv_text.h"
 #include "charts/graph_form.h"
 #include "dataset/findings.h"
 #include "editors/fill_calculate_form.h"
+#include "editors/name_search.h"
 #include "editors/series_tools.h"
+#include "platform/counted.h"
+#include "platform/safe_file.h"
 
 #include <algorithm>
 
@@ -17,6 +21,14 @@ std::string merge_key(std::string_view class_name, const series_ref& ref) {
   for (const std::size_t part : {static_cast<std::size_t>(ref.kind), ref.owner, ref.index})
     key += " " + std::to_string(part);
   return key;
+}
+
+// The first column of texts.
+std::optional<std::size_t> name_column(const editor_panel& panel) {
+  const auto columns = panel.table.content().columns();
+  for (std::size_t column = 0; column < columns.size(); ++column)
+    if (columns[column].type.kind == cell_kind::text) return column;
+  return std::nullopt;
 }
 
 std::string refusal_of_entry(const editor_panel& panel) {
@@ -46,6 +58,7 @@ editor_panel& editor::add_panel(std::string table_name, grid& content, unsigned 
 
 void editor::FormShow() {
   message_.clear();
+  ages_.forget();
   marked_panel_ = 0;
   for (const auto& panel : panels_) {
     panel->table.give_up_refused();
@@ -70,6 +83,7 @@ bool editor::FormCloseQuery(bool by_ok) {
 
 void editor::data_set_replaced() {
   if (!takes_step_) message_ = "A job has replaced the data set. Undo brings back what was here.";
+  ages_.forget();
   for (const auto& panel : panels_) panel->table.give_up_refused();
   take_content();
   refresh_series();
@@ -169,7 +183,7 @@ void editor::PasteButtonClick(editor_panel& panel) {
   // Rows that come or go may have their own message.
   const TFillCalcTable::paste_outcome pasted = panel.table.do_paste(host_.questions().clipboard_text());
   if (!pasted.refusal.empty()) return say("Paste", pasted.refusal);
-  std::string came = std::to_string(pasted.rows) + (pasted.rows == 1 ? " row" : " rows");
+  std::string came = counted(pasted.rows, "row");
   if (const stored_series* series = panel.series ? panel.series->series() : nullptr) {
     const auto first = series->points.begin() + pasted.first_row;
     const auto [earliest, latest] = std::minmax_element(first, first + pasted.rows);
@@ -246,7 +260,8 @@ void editor::interpolate_between(editor_panel& panel) {
               [&](point_list& points) { vesk::interpolate_between(points, rows.top, rows.bottom); });
 }
 
-// Onwards from the last one; then the other panels from their first cell; at last this one from its first.
+// Onwards from the last one; then the other panels from their first cell; at last this one from its first. Only without
+// a marked cell it is the turn of the tree.
 void editor::go_to_next_mark() {
   if (!may_go_on()) return;
   for (std::size_t i = 0; i <= panels_.size(); ++i) {
@@ -256,7 +271,95 @@ void editor::go_to_next_mark() {
     if (view_) view_->go_to_panel(*panels_[place]);
     return;
   }
+  if (tree() && select_next_node(
+                    [this](const editor_tree::node& at) { return at.item && tree()->item_mark(*at.group, *at.item); }))
+    return;
   set_message("No cell is marked.");
+}
+
+bool editor::has_names() const {
+  return std::ranges::any_of(panels_, [](const auto& panel) { return name_column(*panel).has_value(); });
+}
+
+void editor::find_next(editor_panel* focused, const std::string& wanted) {
+  if (!may_go_on()) return;
+  if (wanted.empty()) return set_message("Type a part of the name that is to be found.");
+  bool found = false;
+  if (tree() && (!focused || !name_column(*focused))) {
+    found = find_in_tree(wanted);
+  } else {
+    const auto named = std::ranges::find_if(panels_, [](const auto& panel) { return name_column(*panel).has_value(); });
+    if (named == panels_.end()) return set_message("There are no names here.");
+    found = find_in_grid(focused && name_column(*focused) ? *focused : **named, focused, wanted);
+  }
+  if (!found) set_message("No name contains \"" + wanted + "\".");
+}
+
+// Onwards from the active row. Pages that share their rows show the row where they are.
+bool editor::find_in_grid(editor_panel& panel, const editor_panel* focused, const std::string& wanted) {
+  TFillCalcTable& table = panel.table;
+  const std::size_t column = *name_column(panel);
+  const auto name = [&](std::size_t row) { return table.text(row, column); };
+  const auto found = find_name(table.content().row_count(), table.active_row() + 1, name, wanted);
+  if (!found) return false;
+  table.set_selection(std::nullopt);
+  table.set_active(*found, &panel == focused ? table.active_column() : column);
+  const bool shares_rows =
+      focused && focused->table.active_row() == *found && focused->table.row_limit() == table.row_limit();
+  if (view_ && !shares_rows) view_->go_to_panel(panel);
+  return true;
+}
+
+bool editor::find_in_tree(const std::string& wanted) {
+  editor_tree& nodes = *tree();
+  return select_next_node([&](const editor_tree::node& at) {
+    const std::string name = at.item ? nodes.item_text(*at.group, *at.item) : nodes.group_text(*at.group);
+    return contains_in_any_case(shown_text(name), wanted);
+  });
+}
+
+// Groups and items in the order in which they are shown, from the selected one on and round.
+bool editor::select_next_node(const std::function<bool(const editor_tree::node&)>& is_wanted) {
+  editor_tree& nodes = *tree();
+  std::vector<std::size_t> begins; // of each group
+  std::size_t count = 0;
+  for (std::size_t group = 0; group < nodes.group_count(); ++group) {
+    begins.push_back(count);
+    count += 1 + nodes.item_count(group);
+  }
+  std::size_t from = 0;
+  if (const auto& now = nodes.selected(); now && now->group && *now->group < begins.size())
+    from = begins[*now->group] + (now->item ? *now->item + 1 : 0) + 1;
+  for (std::size_t i = 0; i < count; ++i) {
+    const std::size_t place = (from + i) % count;
+    const auto group = static_cast<std::size_t>(std::ranges::upper_bound(begins, place) - begins.begin()) - 1;
+    const std::size_t within = place - begins[group];
+    const editor_tree::node at{group, within == 0 ? std::nullopt : std::optional(within - 1)};
+    if (!is_wanted(at)) continue;
+    nodes.select(at);
+    refresh_tree();
+    return true;
+  }
+  return false;
+}
+
+// Files.
+
+void editor::export_csv(editor_panel& panel) {
+  if (!may_go_on()) return;
+  if (panel.table.is_shown_as_empty()) return set_message("There is nothing to export.");
+  const std::uint64_t generation = host_.generation();
+  const auto name = host_.questions().ask_file(
+      {file_dialog::kind::save, "Export as CSV", "CSV tables|*.csv|All files|*.*", "csv", ".csv"});
+  if (!name || host_.generation() != generation) return;
+  try {
+    safe_file file(*name);
+    write_csv(panel.table.content(), [&](std::string_view piece) { write_all(file.descriptor(), piece, {}, *name); });
+    file.commit();
+  } catch (const file_exception& error) {
+    return say("Export", error.what());
+  }
+  set_message("Exported: " + counted(panel.table.content().row_count(), "row") + " to " + *name + ".");
 }
 
 void editor::undo() {
@@ -293,6 +396,15 @@ std::string editor::status(const editor_panel& panel) const {
     if (!finding.empty()) text += (text.empty() ? "" : " ") + finding;
   }
   return text;
+}
+
+std::string editor::source_note(const editor_panel& panel) const {
+  const stored_series* series = panel.series ? panel.series->series() : nullptr;
+  return series ? source_age(*series) : std::string();
+}
+
+std::string editor::source_age(const stored_series& series) const {
+  return ages_.sentence(series, host_.data_set()->origin);
 }
 
 std::string editor::deferred_note(const editor_panel& panel) const {

@@ -11,6 +11,7 @@
 #include "editors/form.h"
 #include "editors/regular_times_form.h"
 #include "editors/series_grid.h"
+#include "editors/source_ages.h"
 
 #include <functional>
 #include <memory>
@@ -79,6 +80,7 @@ public:
     std::string text, name; // with its mnemonic; of the action
     bool enabled;
     std::function<void()> run;
+    std::string key = {}; // that does the same while the tree has the focus: "Del"; empty: none
   };
   virtual ~editor_tree() = default;
 
@@ -88,6 +90,9 @@ public:
   virtual std::string group_text(std::size_t group) const = 0;
   virtual std::size_t item_count(std::size_t group) const = 0;
   virtual std::string item_text(std::size_t group, std::size_t item) const = 0;
+  virtual std::string item_tip(std::size_t, std::size_t) const { return {}; }
+  virtual bool item_mark(std::size_t, std::size_t) const { return false; } // worth a look; the tip says why
+  virtual int image(const node& which) const = 0; // 0 loads, 2 a system, 3 a segment, 4 boundaries
   virtual const std::optional<node>& selected() const = 0;
   virtual void select(std::optional<node> which) = 0;
   virtual std::vector<menu_item> menu(const node& which) = 0; // the popup; may be empty
@@ -156,13 +161,19 @@ public:
   void regular_times_click(editor_panel& panel);
   void interpolate_between(editor_panel& panel); // of the selected rows
   void keep_these_points(editor_panel& panel);   // of a deferred query, which is no longer executed
+  void export_csv(editor_panel& panel);          // all its rows, to a file that the user names
   void go_to_next_mark();
+  // Goes to the next name that contains `wanted`: in the tree, or in the grid that has the focus or else the first one
+  // that has names. `focused` is null when no grid has it.
+  void find_next(editor_panel* focused, const std::string& wanted);
+  bool has_names() const; // somewhere
   void undo();
   void redo();
 
   // Texts.
   std::string status(const editor_panel& panel) const;        // the line under a grid
   std::string deferred_note(const editor_panel& panel) const; // empty unless the series is filled by a query
+  std::string source_note(const editor_panel& panel) const;   // empty unless the query's source is newer
   const std::string& message() const { return message_; }     // about the last command
   bool import_is_available() const { return false; }
   static constexpr std::string_view import_hint = "Import is not available yet.";
@@ -183,7 +194,8 @@ protected:
 
   bool may_go_on(); // no entry is refused; otherwise leads to it
   void set_message(std::string message);
-  void refresh_texts(); // after labels were changed
+  std::string source_age(const stored_series& series) const; // of the data set; see source_ages
+  void refresh_texts();                                      // after labels were changed
   void refresh_series();
   void refresh_tree();
 
@@ -193,11 +205,15 @@ private:
   bool nothing_is_refused(); // otherwise leads to it
   void take_step(void (editor_host::*step)());
   void say(const std::string& title, const std::string& sentence);
+  bool find_in_tree(const std::string& wanted);
+  bool select_next_node(const std::function<bool(const editor_tree::node&)>& is_wanted);
+  bool find_in_grid(editor_panel& panel, const editor_panel* focused, const std::string& wanted);
 
   editor_host& host_;
   std::vector<std::unique_ptr<editor_panel>> panels_;
   editor_view* view_ = nullptr;
   std::string message_;
+  mutable source_ages ages_;     // as of the last time that the window was shown, or a series filled
   std::size_t marked_panel_ = 0; // where F8 was last
   bool takes_step_ = false;      // of Undo or Redo, which also replace the data set
   TRegularTimesForm regular_times_;

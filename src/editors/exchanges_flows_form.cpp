@@ -107,6 +107,9 @@ Grids TExchangesFlowsForm::make_grids(
     this->host().data_set()->ensure_default_points(function.points);
     return function;
   };
+  grids.functions.mark_of = [this](const function_type& function, std::size_t column) -> cell_mark {
+    return {column == 0 && this->host().data_set() ? source_age(function) : std::string()};
+  };
   grids.pairs.make_inserted = grids.pairs.make_appended = [] { return pair_type{}; };
   grids.pairs.mark_of = [this](const pair_type& pair, std::size_t column) -> cell_mark {
     if (column > 1) return {};

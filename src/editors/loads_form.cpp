@@ -26,15 +26,23 @@ TLoadsForm::TLoadsForm(editor_host& host)
     : tree_series_form(host,
                        {"TLoadsForm", "Loads", "LoadsTree", series_kind::load, "LoadsTimeFunctionValueSimpleField",
                         "LoadsSystemNumericField", &system_data_type::scalw, &system_data_type::convw,
-                        "Choose a load in the tree. A system's menu adds and removes loads."}),
+                        "Choose a load in the tree. A system's menu adds and removes loads.",
+                        "No loads: open a system's menu in the tree by the right mouse button, the Menu key or "
+                        "Shift+F10, and choose Add/Remove Loads.",
+                        0}),
       select_segments_(host) {}
 
 std::vector<editor_tree::menu_item> TLoadsForm::menu(const node& which) {
   const prevesk_dataset_data_type* data = host().data_set();
   if (!data || !which.group || *which.group >= data->systems.size()) return {};
   const std::size_t system = *which.group;
-  if (which.item) return {{"&Delete", "DeleteLoadItem", true, [=, this] { delete_load(system, *which.item); }}};
-  return {{"&Add/Remove Loads", "AddRemoveLoadsItem", true, [=, this] { add_remove_loads(system); }},
+  if (which.item) {
+    std::vector<menu_item> items = tree_series_form::menu(which);
+    items.insert(items.begin(),
+                 menu_item{"&Delete", "DeleteLoadItem", true, [=, this] { delete_load(system, *which.item); }, "Del"});
+    return items;
+  }
+  return {{"&Add/Remove Loads", "AddRemoveLoadsItem", true, [=, this] { add_remove_loads(system); }, "Ins"},
           {"Add A&ll Loads", "AddAllLoadsItem", !data->segments.empty(), [=, this] { add_all_loads(system); }},
           {"&Delete All Loads", "DeleteAllLoadsItem", !data->systems[system].loads.empty(),
            [=, this] { delete_all_loads(system); }}};
@@ -92,7 +100,7 @@ void TLoadsForm::delete_all_loads(std::size_t system) {
 }
 
 void TLoadsForm::delete_load(std::size_t system, std::size_t load) {
-  if (!may_go_on()) return;
+  if (!may_go_on() || load >= item_count(system)) return;
   const std::int32_t segment = segment_of({series_kind::load, system, load});
   if (!may_delete(system, segment, sure)) return;
   change_loads(system, "Delete", [segment](shared_list<loads_data_type>& loads) {
@@ -104,8 +112,10 @@ void TLoadsForm::delete_load(std::size_t system, std::size_t load) {
 void TLoadsForm::add_remove_loads(std::size_t system) {
   if (!may_go_on()) return;
   select_segments_.selected_system = system;
-  const std::uint64_t generation = host().generation();
-  if (!host().questions().show_form(select_segments_) || host().generation() != generation) return records_changed();
+  const bool by_ok = host().questions().show_form(select_segments_);
+  // A job that ended meanwhile has also renewed the list.
+  const std::uint64_t generation = select_segments_.shown_generation();
+  if (!by_ok || host().generation() != generation || system >= group_count()) return records_changed();
 
   // All questions come first: the data set may be replaced while one is open, and then nothing is changed.
   const shared_list<loads_data_type> present = host().data_set()->systems[system].loads;

@@ -5,6 +5,7 @@
 #include "editors/form.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -20,14 +21,22 @@ public:
   std::size_t selected_system = 0; // set by the caller before the form is shown
 
   std::size_t segment_count() const;
-  std::string segment_text(std::size_t segment) const; // "5: Halifax"
+  std::string segment_text(std::size_t segment) const; // "5: Halifax"; empty for one that is no longer there
   std::vector<bool> SegmentCheckListBox;               // one for each segment
 
+  std::string message() const; // what OK would do
+
+  // Of the data set that the list is about. While it is the current one, OK can be carried out.
+  std::uint64_t shown_generation() const { return shown_generation_; }
+
   void FormShow() override;
-  void data_set_replaced() override { FormShow(); }
+  void data_set_replaced() override;
 
 private:
   editor_host& host_;
+  std::vector<bool> loaded_; // as the list was when it was shown
+  std::uint64_t shown_generation_ = 0;
+  bool is_replaced_ = false; // by a job, while the form is open
 };
 
 } // namespace vesk

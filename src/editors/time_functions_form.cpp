@@ -6,7 +6,7 @@ namespace vesk {
 
 namespace {
 
-enum : std::size_t { used_column = 1 };
+enum : std::size_t { name_column, used_column };
 
 using function = time_function_data_type;
 
@@ -33,7 +33,9 @@ TTimeFunctionsForm::TTimeFunctionsForm(editor_host& host)
   };
   detail_.graph_label = [this] { return description(); };
   functions_.mark_of = [this](const function& one, std::size_t column) -> cell_mark {
-    if (column != used_column || !one.used || !this->host().data_set()) return {};
+    if (!this->host().data_set()) return {};
+    if (column == name_column) return {source_age(one)};
+    if (column != used_column || !one.used) return {};
     std::string finding = used_series_finding(*this->host().data_set(), one);
     if (finding.empty() && !moments_unique(one.points)) finding = "Two of its points have the same date and time.";
     return {std::move(finding)};

@@ -1,5 +1,7 @@
 #include "editors/tree_series_form.h"
 
+#include "platform/counted.h"
+
 namespace vesk {
 
 namespace {
@@ -20,7 +22,7 @@ tree_series_form::tree_series_form(editor_host& host, const traits& differences)
     : editor(host), traits_(differences), points_(host, std::string(differences.value_format)),
       systems_(data_set_grid(host, &prevesk_dataset_data_type::systems, factor_columns(differences))),
       series_panel_(add_panel("TimeFunctionFillCalcTable", points_, series_buttons, &points_)),
-      system_panel_(add_panel("SystemFillCalcTable", systems_, block_buttons)) {
+      system_panel_(add_panel("SystemFillCalcTable", systems_, block_buttons)), copy_form_(host) {
   series_panel_.graph_label = [this] {
     std::string name = full_name(*points_.ref());
     name.front() = 'S';
@@ -44,15 +46,37 @@ std::string tree_series_form::item_text(std::size_t system, std::size_t item) co
   return segment_name(segment_of({traits_.kind, system, item}));
 }
 
+// Names need not be unique, and may be empty.
+std::string tree_series_form::item_tip(std::size_t system, std::size_t item) const {
+  const std::int32_t segment = segment_of({traits_.kind, system, item});
+  const std::string number = std::to_string(static_cast<std::int64_t>(segment) + 1);
+  if (!is_segment(segment)) return "There is no segment " + number + ".";
+  const std::string age = source_age(*find_series(*host().data_set(), {traits_.kind, system, item}));
+  return "Segment " + number + (age.empty() ? std::string() : "\n" + age);
+}
+
+bool tree_series_form::item_mark(std::size_t system, std::size_t item) const {
+  const series_ref ref{traits_.kind, system, item};
+  return !is_segment(segment_of(ref)) || !source_age(*find_series(*host().data_set(), ref)).empty();
+}
+
+int tree_series_form::image(const node& which) const {
+  constexpr int system_image = 2, record_image = 3;
+  return which.item ? record_image : which.group ? system_image : traits_.root_image;
+}
+
 std::int32_t tree_series_form::segment_of(const series_ref& ref) const {
   const system_data_type& system = host().data_set()->systems[ref.owner];
   return ref.kind == series_kind::load ? system.loads[ref.index].segment : system.boundaries[ref.index].segment;
 }
 
+bool tree_series_form::is_segment(std::int32_t segment) const {
+  return segment >= 0 && static_cast<std::size_t>(segment) < host().data_set()->segments.size();
+}
+
 std::string tree_series_form::segment_name(std::int32_t segment) const {
-  const auto& segments = host().data_set()->segments;
-  const bool inside = segment >= 0 && static_cast<std::size_t>(segment) < segments.size();
-  return inside ? segments[static_cast<std::size_t>(segment)].name.str() : std::string();
+  return is_segment(segment) ? host().data_set()->segments[static_cast<std::size_t>(segment)].name.str()
+                             : std::string();
 }
 
 std::string tree_series_form::full_name(const series_ref& ref) const {
@@ -74,6 +98,18 @@ void tree_series_form::select(std::optional<node> which) {
   series_panel_.table.set_selection(std::nullopt);
   series_panel_.table.set_active(0, series_panel_.table.active_column());
   show_selected();
+}
+
+void tree_series_form::FormShow() {
+  selected_.reset();
+  editor::FormShow();
+}
+
+std::string tree_series_form::hint() const {
+  bool any = false;
+  for (std::size_t system = 0; system < group_count() && !any; ++system) any = item_count(system) > 0;
+  if (group_count() == 0) return "The model has no systems. Data > Data set chooses a model.";
+  return std::string(any ? traits_.empty_hint : traits_.nothing_hint);
 }
 
 void tree_series_form::take_content() {
@@ -98,7 +134,7 @@ void tree_series_form::show_selected() {
   series_panel_.label = ref               ? "Time functions for " + full_name(*ref)
                         : on_record_level ? "Time functions"
                                           : "Time Functions";
-  series_panel_.empty_hint = ref ? std::string() : std::string(traits_.empty_hint);
+  series_panel_.empty_hint = ref ? std::string() : hint();
   InterpolationTypeComboBox.is_visible = ref.has_value();
   if (ref) {
     const std::uint32_t type = interpolation_of(*host().data_set(), *ref);
@@ -107,6 +143,70 @@ void tree_series_form::show_selected() {
   series_panel_.table.show(points_);
   refresh_series();
   refresh_texts();
+}
+
+std::vector<editor_tree::menu_item> tree_series_form::menu(const node& which) {
+  if (!which.item || *which.item >= item_count(*which.group)) return {};
+  const series_ref record{traits_.kind, *which.group, *which.item};
+  return {{"&Copy to...", "CopySeriesItem", true, [=, this] { copy_record(record); }}};
+}
+
+copy_targets tree_series_form::chosen_targets() const {
+  copy_targets targets{{}, {}, copy_form_.with_query};
+  for (std::size_t system = 0; system < copy_form_.SystemCheckListBox.size(); ++system)
+    if (copy_form_.SystemCheckListBox[system]) targets.systems.push_back(system);
+  for (std::size_t row = 0; row < copy_form_.SegmentCheckListBox.size(); ++row)
+    if (copy_form_.SegmentCheckListBox[row]) targets.segments.push_back(copy_form_.offered[row]);
+  return targets;
+}
+
+std::string tree_series_form::copies_in_words(std::size_t added, std::size_t replaced) const {
+  const bool load = traits_.kind == series_kind::load;
+  std::string text;
+  if (replaced > 0)
+    text = counted(replaced, load ? "load" : "boundary", load ? "loads" : "boundaries") +
+           (replaced == 1 ? " gets" : " get") + " new points";
+  if (added > 0)
+    text += (text.empty() ? "" : ", ") + counted(added, "load") + (added == 1 ? " is added" : " are added");
+  return text;
+}
+
+// Boundaries can only be copied to those that there are.
+void tree_series_form::copy_record(const series_ref& source) {
+  if (!may_go_on() || !find_series(*host().data_set(), source)) return;
+  const prevesk_dataset_data_type& data = *host().data_set();
+  std::vector<bool> offers(data.segments.size(), source.kind == series_kind::load);
+  for (const system_data_type& system : data.systems)
+    for (const boundary_data_type& boundary : system.boundaries)
+      if (is_segment(boundary.segment)) offers[static_cast<std::size_t>(boundary.segment)] = true;
+  std::vector<std::size_t> offered;
+  for (std::size_t segment = 0; segment < offers.size(); ++segment)
+    if (offers[segment]) offered.push_back(segment);
+  std::string name = full_name(source);
+  name.front() = 'S';
+  copy_form_.begin(name, source.owner, std::move(offered));
+  copy_form_.outcome = [this, source](const TCopySeriesForm&) {
+    const copy_counts counts = count_copies(*host().data_set(), source, chosen_targets());
+    const std::string words = copies_in_words(counts.added, counts.replaced);
+    return words.empty() ? "Choose the systems and segments that it is copied to." : words + ".";
+  };
+  const std::uint64_t generation = host().generation();
+  if (!host().questions().show_form(copy_form_) || host().generation() != generation) return;
+
+  copy_counts counts;
+  host().begin_step(caption() + ": Copy", {});
+  try {
+    counts = copy_series(*host().data_set(), source, chosen_targets());
+  } catch (...) {
+    host().end_step(false);
+    throw;
+  }
+  const bool any = counts.added + counts.replaced > 0;
+  host().end_step(any);
+  refresh_tree();
+  show_selected();
+  set_message(any ? "Copied: " + copies_in_words(counts.added, counts.replaced) + "."
+                  : "Nothing was copied: no other record was chosen.");
 }
 
 void tree_series_form::ChoiceChange(std::size_t position) {

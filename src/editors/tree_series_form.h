@@ -2,8 +2,10 @@
 // the record that is selected. A second page has two factors of each system.
 #pragma once
 
+#include "editors/copy_series_form.h"
 #include "editors/editor.h"
 #include "editors/record_grid.h"
+#include "editors/series_copies.h"
 
 namespace vesk {
 
@@ -16,7 +18,9 @@ public:
     std::string_view value_format, factor_format;
     double system_data_type::*scale;
     double system_data_type::*conversion;
-    std::string_view empty_hint; // while no record is selected
+    std::string_view empty_hint;   // while no record is selected
+    std::string_view nothing_hint; // while there are no records
+    int root_image;                // see editor_tree
   };
 
   std::string_view class_name() const override { return traits_.class_name; }
@@ -35,9 +39,16 @@ public:
   std::string group_text(std::size_t system) const override;
   std::size_t item_count(std::size_t system) const override;
   std::string item_text(std::size_t system, std::size_t item) const override;
+  std::string item_tip(std::size_t system, std::size_t item) const override;
+  bool item_mark(std::size_t system, std::size_t item) const override;
+  int image(const node& which) const override;
   const std::optional<node>& selected() const override { return selected_; }
   void select(std::optional<node> which) override;
-  std::vector<menu_item> menu(const node&) override { return {}; }
+  std::vector<menu_item> menu(const node& which) override;
+
+  void copy_record(const series_ref& source); // to systems and segments that the user chooses
+
+  void FormShow() override; // with nothing selected
 
   editor_choice InterpolationTypeComboBox{"InterpolationTypeComboBox", "Interpolation", {"Linear", "Step"}, 0, false};
 
@@ -49,11 +60,15 @@ protected:
 
   std::optional<series_ref> selected_record() const;
   std::int32_t segment_of(const series_ref& ref) const; // the record's; `ref` must name one
+  bool is_segment(std::int32_t segment) const;          // of the network
   std::string segment_name(std::int32_t segment) const; // empty outside the network
   void records_changed();                               // the tree's; nothing is selected afterwards
 
 private:
+  copy_targets chosen_targets() const;
+  std::string copies_in_words(std::size_t added, std::size_t replaced) const;
   void show_selected();
+  std::string hint() const;                           // of the empty series
   std::string full_name(const series_ref& ref) const; // "segment 5 (Halifax), Oxygen"
 
   const traits traits_;
@@ -62,6 +77,7 @@ private:
   record_grid<system_data_type> systems_;
   editor_panel& series_panel_;
   editor_panel& system_panel_;
+  TCopySeriesForm copy_form_;
 };
 
 } // namespace vesk

@@ -1,6 +1,7 @@
 // Test double of the forms' host: a data set in memory, preset answers of the user, and a history of copies.
 #pragma once
 
+#include "editors/copy_series_form.h"
 #include "editors/editor_host.h"
 #include "editors/fill_calculate_form.h"
 #include "editors/form.h"
@@ -25,6 +26,8 @@ public:
   std::vector<std::shared_ptr<TGraphForm>> graphs;
   std::function<bool(TRegularTimesForm&)> on_regular_times;
   std::function<bool(TSelectSegmentsForm&)> on_select_segments;
+  std::function<bool(TCopySeriesForm&)> on_copy_series;
+  std::function<void()> on_box;       // once, while a box is open
   bool running = false;               // as if a restart file is being loaded
   std::optional<std::string> file;    // chosen in file dialogs
   bool replaced_while_asking = false; // the data set, while a file dialog is open
@@ -64,6 +67,7 @@ public:
 
   box_answer message_box(const std::string& title, const std::string& text, box_buttons) override {
     boxes.push_back(title + ": " + text);
+    if (on_box) std::exchange(on_box, nullptr)();
     return answer;
   }
   std::optional<std::string> ask_file(const file_dialog&) override {
@@ -77,12 +81,19 @@ public:
       segments->FormShow();
       return on_select_segments(*segments);
     }
+    if (auto* copies = dynamic_cast<TCopySeriesForm*>(&shown)) return on_copy_series(*copies);
     if (expression) fill_.FillCalculateEdit = *expression;
     return expression.has_value();
   }
   void show_graph(std::shared_ptr<TGraphForm> graph, const form&) override { graphs.push_back(std::move(graph)); }
   std::string clipboard_text() override { return clipboard; }
   void set_clipboard_text(const std::string& text) override { clipboard = text; }
+
+  // What the end of a job does after it has put its data set in place.
+  void replace_data_set() {
+    ++generation_;
+    if (open) open->data_set_replaced();
+  }
 
 private:
   using history = std::vector<std::pair<std::string, prevesk_dataset_data_type>>;
@@ -92,8 +103,7 @@ private:
     to.emplace_back(from.back().first, data);
     data = from.back().second;
     from.pop_back();
-    ++generation_;
-    if (open) open->data_set_replaced();
+    replace_data_set();
   }
 
   history steps_, undone_;

@@ -1,10 +1,10 @@
 #include "charts/graph_form.h"
 #include "dataset/network.h"
-#include "editing_host.h"
 #include "editors/boundary_form.h"
 #include "editors/exchanges_flows_form.h"
 #include "editors/loads_form.h"
 #include "editors/segment_form.h"
+#include "network_forms.h"
 #include "print_table.h"
 
 #include <gmock/gmock.h>
@@ -16,38 +16,6 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-
-// Three segments, two parameters, two systems, the model's catalogue, a run of ten days.
-struct NetworkForms : testing::Test {
-  NetworkForms() {
-    model_catalogue catalogue;
-    catalogue_model model{};
-    model.parameters = {{1, 0, 30, 0, "Temperature"}, {2, 0, 0, 0, "Depth"}};
-    model.systems = {{1, "Ammonium"}, {2, "Oxygen"}};
-    model.segment_types = {{7, "Surface"}, {9, "Bed"}};
-    catalogue.models.push_back(model);
-    prevesk_dataset_data_type& data = host.data;
-    data.set_catalogue(std::make_shared<const model_catalogue>(catalogue));
-    data.refresh_from_catalogue(false);
-    data.seed_date = 41183; // 1 October 2012
-    data.end_date = data.seed_date + 10;
-    data.seed_time = data.end_time = 0;
-    data.apply_thread_defaults();
-    data.resize_segments(3);
-    const char* names[] = {"Weldon", "Halifax", "Oak City"};
-    for (std::size_t i = 0; i < 3; ++i) data.segments.edit(i).name = names[i];
-  }
-  ~NetworkForms() override { moment_type::moment_seed_is_set = false; }
-
-  template <class Form>
-  TFillCalcTable& shown(Form& form, std::size_t panel = 0) {
-    host.open = &form;
-    form.FormShow();
-    return form.panels()[panel]->table;
-  }
-
-  editing_host host;
-};
 
 using Segments = NetworkForms;
 using ExchangesFlows = NetworkForms;
@@ -247,8 +215,42 @@ TEST_F(Trees, LoadsAreAddedAndRemovedThroughMenusAndQuestions) {
   EXPECT_EQ(host.data.systems[1].loads[0].segment, 1);
   form.delete_all_loads(1);
   EXPECT_EQ(form.item_count(1), 0U);
+  EXPECT_THAT(form.status(series), HasSubstr("No loads: open a system's menu"));
   host.undo();
   EXPECT_EQ(form.item_count(1), 1U);
+}
+
+// The list that a job has renewed is the one that counts.
+TEST_F(Trees, AJobThatEndsUnderTheSelectionOfSegmentsLosesNothing) {
+  TLoadsForm form(host);
+  shown(form);
+  host.on_select_segments = [&](TSelectSegmentsForm& list) {
+    EXPECT_EQ(list.message(), "0 loads.");
+    list.SegmentCheckListBox[0] = true;
+    EXPECT_EQ(list.message(), "OK adds 1 load.");
+    loads_data_type load;
+    load.segment = 2;
+    host.data.systems.edit(0).loads.push_back(load);
+    host.replace_data_set();
+    list.data_set_replaced();
+    EXPECT_THAT(list.SegmentCheckListBox, ElementsAre(false, false, true));
+    list.SegmentCheckListBox = {false, true, false};
+    EXPECT_EQ(list.message(), "A job has replaced the data set; the list shows its loads. OK adds 1 load and removes 1 "
+                              "load after a question.");
+    return true;
+  };
+  host.answer = box_answer::no;
+  form.add_remove_loads(0);
+  EXPECT_EQ(form.item_count(0), 2U);
+
+  host.on_box = [&] { // while the question is open
+    host.data.systems.edit(0).loads.clear();
+    host.replace_data_set();
+  };
+  host.answer = box_answer::yes;
+  form.delete_load(0, 0);
+  EXPECT_EQ(form.item_count(0), 0U);
+  EXPECT_EQ(form.message(), "A job has replaced the data set. Undo brings back what was here.");
 }
 
 TEST_F(Trees, BoundariesNameTheirSegmentAlsoWhenThereIsNone) {
@@ -259,6 +261,11 @@ TEST_F(Trees, BoundariesNameTheirSegmentAlsoWhenThereIsNone) {
   TBoundaryForm form(host);
   shown(form);
   EXPECT_EQ(form.item_text(0, 0), "");
+  EXPECT_EQ(form.item_tip(0, 0), "There is no segment 9.");
+  EXPECT_TRUE(form.item_mark(0, 0));
+  form.go_to_next_mark();
+  EXPECT_EQ(form.selected(), (editor_tree::node{0, 0}));
+  form.select(std::nullopt);
   form.select(editor_tree::node{0, 0});
   EXPECT_EQ(form.panels()[0]->label, "Time functions for segment 9 (), Ammonium");
   EXPECT_FALSE(form.FormCloseQuery(true));
@@ -271,6 +278,9 @@ TEST_F(Trees, BoundariesNameTheirSegmentAlsoWhenThereIsNone) {
   EXPECT_TRUE(form.panels()[1]->table.enter(0, 1, "3"));
   EXPECT_EQ(host.data.systems[0].scalb, 3);
   EXPECT_EQ(host.data.systems[0].scalw, 1);
+  host.data.systems.edit(0).boundaries.clear();
+  shown(form);
+  EXPECT_EQ(form.status(*form.panels()[0]), "No boundaries: give a pair in Exchanges or Flows a side \"Boundary\".");
 }
 
 } // namespace

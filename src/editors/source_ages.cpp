@@ -1,0 +1,41 @@
+#include "editors/source_ages.h"
+
+#include "platform/file_identity.h"
+#include "platform/file_lookup.h"
+
+namespace vesk {
+
+namespace {
+
+constexpr std::int64_t second = 1'000'000'000; // nanoseconds
+
+// A data file and its tables that are unpacked or copied together differ by this much at most.
+constexpr std::int64_t together = 2 * second;
+
+std::int64_t time_of(const file_identity& identity) {
+  return identity.changed_seconds * second + identity.changed_nanoseconds;
+}
+
+} // namespace
+
+std::optional<std::int64_t> source_ages::written(const std::string& file, const std::filesystem::path& folder) {
+  const auto [place, is_new] = written_.try_emplace(file);
+  if (is_new)
+    if (const auto found = find_file(file, folder); !found.empty())
+      if (const auto identity = identity_of(found)) place->second = time_of(*identity);
+  return place->second;
+}
+
+std::string source_ages::sentence(const stored_series& series, const file_origin& origin) {
+  const std::string& file = series.query->file_name;
+  if (file.empty() || series.query->deferred) return {};
+  std::int64_t filled = series.filled.nanoseconds;
+  if (filled == 0) {
+    if (!origin.is_set()) return {};
+    filled = time_of(origin.identity) + together;
+  }
+  const auto source = written(file, origin.file.parent_path());
+  return source && *source > filled ? file + " has changed since this series was filled from it." : std::string();
+}
+
+} // namespace vesk
