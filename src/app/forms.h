@@ -1,10 +1,12 @@
 // The forms of the program: one object each, for the life of the main form.
 #pragma once
 
+#include "editors/boundary_form.h"
 #include "editors/constants_form.h"
 #include "editors/edit_project_form.h"
 #include "editors/exchanges_flows_form.h"
 #include "editors/fill_calculate_form.h"
+#include "editors/loads_form.h"
 #include "editors/output_control_form.h"
 #include "editors/parameter_form.h"
 #include "editors/parameters_form.h"
@@ -32,23 +34,11 @@ public:
   const std::string edition_name;
 };
 
-// An editor without a window yet: the front end reports this and answers Cancel.
-class unbuilt_form final : public form {
-public:
-  unbuilt_form(std::string_view class_name, std::string_view caption) : class_name_(class_name), caption_(caption) {}
-
-  std::string_view class_name() const override { return class_name_; }
-  std::string caption() const override { return std::string(caption_); }
-
-private:
-  std::string_view class_name_, caption_;
-};
-
 struct program_forms {
   program_forms(editor_host& host, const std::string& edition)
       : data_set(host), systems(host), segments(host), exchanges_flows(host), parameters(host), constants(host),
-        time_functions(host), print_interval(host), time_step(host), output_control(host), seed_date(host),
-        project(host), preferences(host), about(edition) {}
+        time_functions(host), print_interval(host), time_step(host), output_control(host), seed_date(host), loads(host),
+        boundaries(host), project(host), preferences(host), about(edition) {}
 
   TParametersForm data_set;
   TSystemForm systems;
@@ -61,7 +51,8 @@ struct program_forms {
   TTimeStepForm time_step;
   TOutputControlForm output_control;
   TSetSeedDateForm seed_date; // no command opens it yet
-  unbuilt_form loads{"TLoadsForm", "Loads"}, boundaries{"TBoundaryForm", "Boundaries"};
+  TLoadsForm loads;
+  TBoundaryForm boundaries;
   TEditProjectForm project;
   TPreferenceConfigurationForm preferences;
   TAboutBox about;

@@ -120,6 +120,7 @@ void editor_panel_view::add_menu() {
     add_action("I&nterpolate between the selected rows", {}, [this] { form_.interpolate_between(panel_); });
   }
   back_to_default_ = add_action("&Back to the default", {}, [this] { form_.back_to_default(panel_); });
+  add_action("E&xport as CSV...", {}, [this] { form_.export_csv(panel_); });
   grid_->setContextMenuPolicy(Qt::ActionsContextMenu);
 }
 

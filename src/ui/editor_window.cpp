@@ -3,12 +3,14 @@
 #include "ui/editor_buttons.h"
 #include "ui/editor_panel_view.h"
 #include "ui/entry_edit.h"
+#include "ui/find_bar.h"
 #include "ui/grid_view.h"
 #include "ui/guard.h"
 #include "ui/measures.h"
 #include "ui/mnemonics.h"
 #include "ui/plain_label.h"
 #include "ui/texts.h"
+#include "ui/tree_view.h"
 #include "ui/wheel_guard.h"
 
 #include <QAccessible>
@@ -53,6 +55,7 @@ editor_window::editor_window(QWidget* parent, editor& shown_editor)
   for (QSplitter* one : splitters_) one->setStretchFactor(one->count() - 1, 1);
   if (shared_buttons_) column->addWidget(shared_buttons_);
   if (auto* commands = make_common_row()) column->addLayout(commands);
+  make_find_bar(*column);
   // It keeps its line while it is empty: a message must not move the buttons.
   message_->setMinimumHeight(message_->fontMetrics().lineSpacing());
   column->addWidget(message_);
@@ -151,7 +154,30 @@ QWidget* editor_window::make_area(std::size_t panel) {
     column->addWidget(area, 1);
     area = whole;
   }
-  return area;
+  return form_.tree() ? make_tree(area) : area;
+}
+
+QWidget* editor_window::make_tree(QWidget* area) {
+  auto* beside = new QSplitter(Qt::Horizontal);
+  beside->setChildrenCollapsible(false);
+  tree_ = new tree_view(
+      *form_.tree(), [this](const std::function<void()>& command) { run(command); }, this);
+  beside->addWidget(tree_);
+  beside->addWidget(area);
+  beside->setStretchFactor(1, 1);
+  splitters_.push_back(beside);
+  tree_->addAction(next_mark_);
+  connect(tree_, &QAbstractItemView::activated, this, [this] { panels_.front()->grid().setFocus(); });
+  return beside;
+}
+
+void editor_window::make_find_bar(QBoxLayout& column) {
+  if (!form_.tree() && !form_.has_names()) return;
+  auto* bar = new find_bar(
+      form_, [this](const std::function<void()>& command) { run(command); }, [this] { return panel_with_focus(); },
+      *this);
+  for (editor_panel_view* panel : panels_) panel->grid().addAction(bar->action());
+  column.addWidget(bar);
 }
 
 QWidget* editor_window::make_choice(const editor_choice& choice) {
@@ -270,6 +296,12 @@ std::size_t editor_window::first_panel_in_sight() const {
   return static_cast<std::size_t>(std::ranges::find(page_of_panel_, page) - page_of_panel_.begin());
 }
 
+editor_panel* editor_window::panel_with_focus() const {
+  for (editor_panel_view* panel : panels_)
+    if (panel->grid().hasFocus() || panel->grid().isAncestorOf(focusWidget())) return &panel->panel();
+  return nullptr;
+}
+
 void editor_window::go_to_panel(editor_panel& panel) {
   const auto found = std::ranges::find_if(panels_, [&](editor_panel_view* one) { return &one->panel() == &panel; });
   if (pages_) pages_->setCurrentIndex(page_of_panel_[static_cast<std::size_t>(found - panels_.begin())]);
@@ -327,6 +359,10 @@ void editor_window::show_steps() {
   show_step(*redo_, "Redo", "Ctrl+Shift+Z", form_.host().redo_label());
 }
 
+void editor_window::tree_changed() {
+  if (tree_) tree_->tree_changed();
+}
+
 void editor_window::series_changed() {
   for (editor_panel_view* panel : panels_) panel->series_changed();
 }
@@ -356,10 +392,14 @@ void editor_window::take_first_size() {
 void editor_window::showEvent(QShowEvent* event) {
   QDialog::showEvent(event);
   if (event->spontaneous()) return; // it was minimised
+  if (tree_) tree_->begin();
   attempt([this] { form_.FormShow(); });
   take_first_size();
   if (pages_) pages_->setCurrentIndex(0);
-  panels_[form_.active_grid().value_or(0)]->grid().setFocus();
+  if (tree_)
+    tree_->setFocus();
+  else
+    panels_[form_.active_grid().value_or(0)]->grid().setFocus();
 }
 
 // There is no default button, but Enter presses the one that has the focus.

@@ -22,6 +22,8 @@ namespace vesk {
 class editor_buttons;
 class editor_panel_view;
 class entry_edit;
+class find_bar;
+class tree_view;
 
 class editor_window final : public QDialog, public editor_view {
 public:
@@ -37,6 +39,7 @@ public:
   void series_changed() override;
   void go_to_panel(editor_panel& panel) override;
   void go_to_refused_field(entry_field& field) override;
+  void tree_changed() override;
 
 protected:
   void showEvent(QShowEvent* event) override;
@@ -48,6 +51,8 @@ private:
   QWidget* make_content(const std::vector<editor_page>& pages);
   QWidget* make_page(const editor_page& page);
   QWidget* make_area(std::size_t panel); // with what belongs to it
+  QWidget* make_tree(QWidget* area);     // in front of the area
+  void make_find_bar(QBoxLayout& column);
   QWidget* make_choice(const editor_choice& choice);
   QWidget* make_fields();
   QBoxLayout* make_common_row();
@@ -62,6 +67,7 @@ private:
   void show_message();
   void show_steps(); // of Undo and Redo
   std::size_t first_panel_in_sight() const;
+  editor_panel* panel_with_focus() const; // null: no grid has it
 
   editor& form_;
   QWidget* choice_row_ = nullptr;
@@ -72,6 +78,7 @@ private:
   std::vector<editor_panel_view*> panels_;
   std::vector<QSplitter*> splitters_; // the first part of each has its own size, the second gets the rest
   editor_buttons* shared_buttons_ = nullptr;
+  tree_view* tree_ = nullptr; // in front of the first panel; null: none
   QLabel* message_;
   QAction* next_mark_;
   QPushButton* undo_;

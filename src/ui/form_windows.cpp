@@ -1,13 +1,17 @@
 #include "ui/form_windows.h"
 
 #include "app/forms.h"
+#include "editors/copy_series_form.h"
+#include "editors/select_segments_form.h"
 #include "ui/about_box.h"
+#include "ui/copy_series_dialog.h"
 #include "ui/editor_window.h"
 #include "ui/fields_dialog.h"
 #include "ui/fill_calculate_dialog.h"
 #include "ui/graph_window.h"
 #include "ui/parameters_dialog.h"
 #include "ui/preferences_dialog.h"
+#include "ui/select_segments_dialog.h"
 
 namespace vesk {
 
@@ -19,6 +23,14 @@ form_windows::window form_windows::make(form& wanted) {
   if (auto* settings = dynamic_cast<TParametersForm*>(&wanted)) {
     auto* dialog = new parameters_dialog(&parent_, *settings);
     return {dialog, [dialog] { dialog->reload(); }, [dialog] { dialog->enable(); }};
+  }
+  if (auto* segments = dynamic_cast<TSelectSegmentsForm*>(&wanted)) {
+    auto* dialog = new select_segments_dialog(&parent_, *segments);
+    return {dialog, [dialog] { dialog->reload(); }};
+  }
+  if (auto* copies = dynamic_cast<TCopySeriesForm*>(&wanted)) {
+    auto* dialog = new copy_series_dialog(&parent_, *copies);
+    return {dialog, [dialog] { dialog->reload(); }};
   }
   if (auto* expression = dynamic_cast<TFillCalculateForm*>(&wanted))
     return {new fill_calculate_dialog(&parent_, *expression)};

@@ -4,7 +4,9 @@
 #include "ui/guard.h"
 #include "ui/measures.h"
 
+#include <QApplication>
 #include <QComboBox>
+#include <QContextMenuEvent>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QLineEdit>
@@ -173,6 +175,12 @@ void grid_view::commit_open_editor() {
   }
 }
 
+void grid_view::show_menu() {
+  const QPoint place = visualRect(currentIndex()).center();
+  QContextMenuEvent event(QContextMenuEvent::Keyboard, place, viewport()->mapToGlobal(place));
+  QApplication::sendEvent(this, &event);
+}
+
 void grid_view::move_active(int rows, int columns) {
   const QModelIndex now = currentIndex();
   const QModelIndex next = model_->index(std::clamp(now.row() + rows, 0, std::max(model_->rowCount() - 1, 0)),
@@ -203,6 +211,10 @@ void grid_view::keyPressEvent(QKeyEvent* event) {
   case Qt::Key_Enter: return move_active(1, 0);
   case Qt::Key_F6: QTableView::focusNextPrevChild(!(event->modifiers() & Qt::ShiftModifier)); return;
   case Qt::Key_Escape: table().give_up_refused(); return;
+  case Qt::Key_F10: // the toolkit knows the Menu key alone
+    if (event->modifiers() != Qt::ShiftModifier) break;
+    show_menu();
+    return;
   case Qt::Key_Down: {
     bool appended = false;
     commit_open_editor(); // Down also leaves a line that is being typed

@@ -41,6 +41,8 @@ constexpr const char* tool_images[] = {"new",
                                        "havle",
                                        "cancel"};
 
+constexpr const char* tree_images[] = {"loads", "loads", "systems", "segments", "boundaries"};
+
 constexpr const char* info_images[] = {"info_plain", "info_note", "info_failure"};
 
 // Draws a picture at any requested size. "currentColor" in it means the colour of text.
@@ -93,6 +95,10 @@ QIcon tool_image(int index) {
 
 QIcon info_image(int index) {
   return picture(info_images[index >= 0 && index < static_cast<int>(std::size(info_images)) ? index : 0]);
+}
+
+QIcon tree_image(int index) {
+  return picture(tree_images[index]);
 }
 
 QIcon program_image() {

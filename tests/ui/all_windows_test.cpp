@@ -8,6 +8,7 @@
 #include "ui/entry_edit.h"
 #include "ui/grid_view.h"
 #include "ui/texts.h"
+#include "ui/tree_view.h"
 
 #include <QAbstractItemModelTester>
 #include <QApplication>
@@ -30,8 +31,9 @@ namespace {
 
 constexpr const char* settings_command = "ParameterizationItem";
 constexpr const char* editor_commands[] = {
-    "SystemsItem",   "SegmentsItem",      "ExchangesItem",     "FlowsItem",    "ParametersItem",
-    "ConstantsItem", "TimeFunctionsItem", "PrintIntervalItem", "TimestepItem", "OutputcontrolMenuItem"};
+    "SystemsItem",    "SegmentsItem",          "ExchangesItem",     "FlowsItem",
+    "ParametersItem", "ConstantsItem",         "TimeFunctionsItem", "PrintIntervalItem",
+    "TimestepItem",   "OutputcontrolMenuItem", "LoadsItem",         "BoundariesItem"};
 
 std::string dump(const prevesk_dataset_data_type& data) {
   std::string text;
@@ -188,6 +190,11 @@ void edit_blocks(QWidget* dialog, grid_view& grid) {
   }
 }
 
+void select_first_record(QWidget* dialog) {
+  for (tree_view* tree : dialog->findChildren<tree_view*>())
+    tree->setCurrentIndex(static_cast<const tree_model*>(tree->model())->index_of({0, 0}));
+}
+
 void edit_everything(QWidget* dialog) {
   using tester = QAbstractItemModelTester;
   for (grid_view* grid : dialog->findChildren<grid_view*>())
@@ -195,6 +202,7 @@ void edit_everything(QWidget* dialog) {
   auto* groups = dialog->findChild<QComboBox*>("ConstantGroupComboBox");
   for (int group = 0; group < (groups ? groups->count() : 1); ++group) {
     if (group > 0) QTest::keyClick(groups, Qt::Key_Down);
+    select_first_record(dialog);
     for (grid_view* grid : dialog->findChildren<grid_view*>()) {
       enter(dialog, *grid);
       if (grid->table().content().has_free_rows() && grid->table().is_shown_as_empty())

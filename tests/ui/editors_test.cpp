@@ -23,9 +23,9 @@ namespace vesk {
 namespace {
 
 constexpr const char* editor_commands[] = {
-    "ParameterizationItem", "SystemsItem",   "SegmentsItem",      "ExchangesItem",     "FlowsItem",
-    "ParametersItem",       "ConstantsItem", "TimeFunctionsItem", "PrintIntervalItem", "TimestepItem",
-    "OutputcontrolMenuItem"};
+    "ParameterizationItem",  "SystemsItem",   "SegmentsItem",      "ExchangesItem",     "FlowsItem",
+    "ParametersItem",        "ConstantsItem", "TimeFunctionsItem", "PrintIntervalItem", "TimestepItem",
+    "OutputcontrolMenuItem", "LoadsItem",     "BoundariesItem"};
 
 QString text_of(QWidget* window, const char* label) {
   return find<QLabel>(window, label)->text();
