@@ -172,6 +172,7 @@ int main(int argc, char** argv) {
                                       in_frames("open a grid of 1e6 rows x 30, in frames", "grid/open", 50),
                                       in_frames("scroll it by a page", "grid/scroll", 16),
                                       in_frames("repaint a column of it", "grid/repaint", 16),
+                                      in_frames("open a tree of 1e5 loads", "tree/open", 150),
                                       in_frames("redraw a chart of 1e6 points", "chart/redraw", 30),
                                       in_frames("open the segments dialog on 1e6 segments", "segments/open", 250, 5),
                                       in_frames("insert a segment at the front", "segments/insert", 250, 3),

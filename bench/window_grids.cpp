@@ -1,8 +1,11 @@
 #include "window_grids.h"
 
 #include "charts/graph_form.h"
+#include "editing_host.h"
+#include "editors/loads_form.h"
 #include "ui/chart_view.h"
 #include "ui/grid_view.h"
+#include "ui/tree_view.h"
 
 #include <QApplication>
 #include <QScrollBar>
@@ -82,6 +85,35 @@ void repaint_column(benchmark::State& state) {
     });
 }
 
+// Five systems with a load in each of 20,000 segments, all nodes open.
+void open_tree(benchmark::State& state) {
+  constexpr std::size_t segments = 20'000, systems = 5;
+  editing_host host;
+  host.data.resize_segments(segments);
+  for (std::size_t i = 0; i < systems; ++i) {
+    system_data_type system;
+    for (std::size_t segment = 0; segment < segments; ++segment) {
+      loads_data_type load;
+      load.segment = static_cast<std::int32_t>(segment);
+      system.loads.push_back(load);
+    }
+    host.data.systems.push_back(system);
+  }
+  TLoadsForm form(host);
+  for (auto _ : state) {
+    std::unique_ptr<tree_view> tree;
+    time(state, [&] {
+      form.FormShow();
+      tree = std::make_unique<tree_view>(
+          form, [](const std::function<void()>& command) { command(); }, nullptr);
+      tree->tree_changed();
+      tree->resize(width, height);
+      tree->show();
+      tree->viewport()->repaint();
+    });
+  }
+}
+
 void redraw_chart(benchmark::State& state) {
   auto series = std::make_unique<general_graph_data>(static_cast<std::int32_t>(rows));
   for (std::size_t i = 0; i < rows; ++i) {
@@ -112,6 +144,7 @@ void add_grid_benchmarks() {
   add("grid/open", open_grid);
   add("grid/scroll", scroll_grid);
   add("grid/repaint", repaint_column);
+  add("tree/open", open_tree);
 }
 
 void add_chart_benchmarks() {
