@@ -143,7 +143,7 @@ bool editor_panel_view::eventFilter(QObject* watched, QEvent* event) {
 }
 
 void editor_panel_view::take_first_size(int width) {
-  if (beside_) beside_->setSizes({grid_->sizeHint().width(), width});
+  if (beside_) beside_->setSizes({grid_->sizeHint().width(), std::max(width - grid_->sizeHint().width(), 1)});
 }
 
 void editor_panel_view::texts_changed() {

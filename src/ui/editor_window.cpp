@@ -379,7 +379,8 @@ void editor_window::take_first_size() {
   const int margin = scaled(screen_margin, *this);
   resize(sizeHint().boundedTo(screen()->availableGeometry().size() - QSize(margin, margin)));
   // The splitters have been laid out before there was content.
-  for (editor_panel_view* panel : panels_) panel->take_first_size(width());
+  const int for_tree = tree_ ? tree_->sizeHint().width() : 0;
+  for (editor_panel_view* panel : panels_) panel->take_first_size(width() - for_tree);
   int left = 0; // the same in all rows, and no more than half
   for (QSplitter* one : splitters_)
     if (one->orientation() == Qt::Horizontal) left = std::max(left, one->widget(0)->sizeHint().width());

@@ -15,7 +15,7 @@ namespace vesk {
 
 namespace {
 
-constexpr int usual_width = 240, usual_height = 320;
+constexpr int usual_width = 290, usual_height = 320;
 
 } // namespace
 
@@ -82,6 +82,12 @@ void tree_view::currentChanged(const QModelIndex& current, const QModelIndex& pr
   if (taking_ || !current.isValid()) return;
   const QScopedValueRollback guard(selecting_, true);
   run_([&] { tree_.select(model_->node_of(current)); });
+}
+
+// The toolkit then goes to the first node, which is no choice of the user.
+void tree_view::focusInEvent(QFocusEvent* event) {
+  const QScopedValueRollback guard(taking_, true);
+  QTreeView::focusInEvent(event);
 }
 
 // Popups.
