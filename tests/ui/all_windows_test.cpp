@@ -440,7 +440,7 @@ TEST(Windows, AJobMayEndUnderEachOfThem) {
   running_program program;
   program.form().open_file(SAMPLE);
   program.form().current_data_set->give_default_points(); // as the settings dialog does
-  std::string before;
+  std::string before;                                     // the snapshot, which a job's end renews
   const auto end_a_job = [&] {
     with_dialog(
         [&] {
@@ -448,7 +448,7 @@ TEST(Windows, AJobMayEndUnderEachOfThem) {
           EXPECT_TRUE(wait_for([&] { return !program.form().active_thread; }));
         },
         [&](QWidget* box) { return box->windowTitle().startsWith("Validity check") && press(box, "OK"); });
-    if (before.empty()) before = dump(*program.form().current_data_set); // with the limits that the job has found
+    before = dump(*program.form().current_data_set);
   };
   const auto visit = [&](const char* command) {
     with_dialog([&] { program.trigger(command); },
