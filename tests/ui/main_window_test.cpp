@@ -59,9 +59,6 @@ TEST(MainWindow, HasEveryCommandOfTheTablesAndEnablesThemAsTheConditionsSay) {
   take_picture(&window, "nothing_open");
   program.form().open_file(SAMPLE);
   expect_enabled({true, true, true, true});
-  program.trigger("FlowsItem");
-  EXPECT_EQ(info_lines_of(window), QStringList("The window \"Flows\" is not available yet. Change these values as "
-                                               "text with vki dump and vki load."));
   EXPECT_FALSE(program.form().documentation_links.empty());
   EXPECT_EQ(static_cast<std::size_t>(find<QMenu>(&window, "DocumentationItem")->actions().size()),
             program.form().documentation_links.size());
