@@ -170,14 +170,21 @@ void edit_cells(grid_view& grid) {
     }
 }
 
+// Whether an emptied grid takes all that was copied: not a value that is no number, and not the names of its own rows.
+bool can_return(grid_view& view) {
+  const grid& content = view.table().content();
+  return !QApplication::clipboard()->text().contains("NaN") &&
+         std::ranges::none_of(content.columns(), [&](const grid_column& column) {
+           return column.type.kind == cell_kind::combo && column.type.items->size() == content.row_count() + 1;
+         });
+}
+
 void edit_blocks(QWidget* dialog, grid_view& grid) {
   grid_model& model = grid.model();
-  if (grid.table().content().has_free_rows() && !grid.table().is_shown_as_empty()) {
+  grid.selectAll();
+  press_in_peace(dialog, "Copy");
+  if (grid.table().content().has_free_rows() && !grid.table().is_shown_as_empty() && can_return(grid)) {
     const int rows = model.rowCount();
-    grid.selectColumn(model.columnCount() - 1);
-    grid.table().calculate_selection("1"); // a paste takes no value that is not a number
-    grid.selectAll();
-    press_in_peace(dialog, "Copy");
     if (press_in_peace(dialog, "Delete All")) press_in_peace(dialog, "Insert");
     grid.selectAll();
     press_in_peace(dialog, "Paste");
