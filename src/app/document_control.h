@@ -11,6 +11,7 @@
 #include "dataset/dataset.h"
 
 #include <cstdint>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -29,6 +30,7 @@ public:
   std::unique_ptr<prevesk_dataset_data_type> backup_data_set; // the snapshot; null exactly if the other one is
   std::string file_name;                                      // of the data set; empty for a new one
   std::string import_file_name;                               // of the last import or export
+  std::filesystem::path folder() const;                       // of file_name; empty without one
 
   void commit_snapshot();
   void restore_snapshot();

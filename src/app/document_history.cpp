@@ -10,6 +10,12 @@ document document_control::present() const {
   return {*current_data_set, file_name, import_file_name, document_number_};
 }
 
+std::filesystem::path document_control::folder() const {
+  if (file_name.empty()) return {};
+  const std::string named = split_file_name(file_name).folder;
+  return named.empty() ? "." : named;
+}
+
 std::string document_control::name_of_document() const {
   return file_name.empty() ? "the unnamed data set" : leaf_of(file_name);
 }

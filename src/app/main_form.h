@@ -128,6 +128,7 @@ public:
   // editor_host
   prevesk_dataset_data_type* data_set() override { return current_data_set.get(); }
   std::uint64_t generation() const override { return documents_.generation(); }
+  std::filesystem::path data_folder() const override { return documents_.folder(); }
   user_questions& questions() override { return ui_; }
   std::string number_format(std::string_view setting) const override { return settings.number_format(setting); }
   void begin_step(const std::string& label, const std::string& merge_key) override {

@@ -6,7 +6,6 @@
 #include "app/worker_priority.h"
 #include "platform/file_io.h"
 #include "platform/file_lookup.h"
-#include "query/import_query.h"
 
 #include <algorithm>
 #include <ctime>
@@ -97,10 +96,6 @@ std::string run_control::step_label(job_code code, const std::string& name) {
 run_control::run_control(user_interface& ui, main_form_services& form, document_control& documents,
                          const configuration& settings)
     : engine_path(engine_library::default_path()), ui_(ui), form_(form), documents_(documents), settings_(settings) {
-  execute_query = [this](const import_query_descriptor& query, const prevesk_dataset_data_type& data_set,
-                         point_list& points) {
-    return import_query(query, split_file_name(documents_.file_name).folder).execute(data_set, points);
-  };
   take_record = [this](const run_record& record) { write_record_beside_results(record); };
 }
 
@@ -187,7 +182,11 @@ bool run_control::start_run() {
   std::unique_ptr<output_lock> lock; // taken before the queries, which may be slow
   if (!lock_outputs(lock)) return false;
   copy.reset_cursors();
-  if (!skip_deferred_queries && !run_queries(copy, false)) return false;
+  if (!skip_deferred_queries) {
+    auto filled = run_queries(copy, false);
+    if (!filled) return false;
+    copy = std::move(*filled);
+  }
   clear_progress(); // of the queries
   note_linked_files(copy);
   if (!start_job(copy, launcher_of(job_code::run), results_name())) return false;

@@ -40,7 +40,7 @@ public:
   bool run_on_start = false;                     // run at the end of an import; used once
   std::filesystem::path log_file_name;           // the template for the jobs' logs; empty: none
   std::filesystem::path engine_path;             // of the engine library
-  query_executor execute_query;                  // executes one stored query
+  query_executor execute_query;                  // executes one stored query in place of the usual way, if it is set
   bool skip_deferred_queries = false;            // run on the stored points
   std::filesystem::path output_folder;           // of a run's results; empty: the data file's
   std::unique_ptr<priority_platform> priorities; // of the running job
@@ -105,9 +105,11 @@ private:
   void note_linked_files(prevesk_dataset_data_type& data_set) const;
   void begin_record();
   void write_record_beside_results(const run_record& record);
-  // Adds to `executed_`.
-  bool run_queries(prevesk_dataset_data_type& data_set, bool clear_flags,
-                   const std::function<bool(const series_ref&)>& wanted = {}); // false: failed, and reported
+  // Executes the deferred queries, or those that are wanted, on a copy, and adds to `executed_`. Nothing: failed or
+  // cancelled, which is reported.
+  std::optional<prevesk_dataset_data_type> run_queries(const prevesk_dataset_data_type& data_set, bool clear_flags,
+                                                       const std::function<bool(const series_ref&)>& wanted = {});
+  query_executor executor() const;
   bool start_job(const prevesk_dataset_data_type& data_set, const launcher& row, const std::string& name);
   void resume_other_job();
   void begin_import(const std::string& name);

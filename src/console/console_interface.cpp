@@ -1,5 +1,6 @@
 #include "console/console_interface.h"
 
+#include "console/interrupts.h"
 #include "dataset/text_encoding.h"
 #include "platform/file_io.h"
 #include "query/import_query.h"
@@ -79,8 +80,14 @@ box_answer console_interface::message_box(const std::string& title, const std::s
   const bool names_subject = subject_.empty() || line.find(subject_) != std::string::npos;
   say_failure((title == "Error" ? std::string() : title + ": ") + (names_subject ? line : subject_ + ": " + line));
   if (buttons == box_buttons::ok) return box_answer::ok;
-  if (settings_.yes) return box_answer::yes;
+  if (settings_.yes) return buttons == box_buttons::ok_cancel ? box_answer::ok : box_answer::yes;
   return buttons == box_buttons::yes_no ? box_answer::no : box_answer::cancel;
+}
+
+// Queries leave nothing half-written, so a signal need not wait for them.
+bool console_interface::run_long_work(const std::string& what, const std::function<void(work_progress&)>& work) {
+  const ends_at_once on_a_signal;
+  return user_interface::run_long_work(what, work);
 }
 
 void console_interface::add_info_line(const std::string& text, int icon) {

@@ -39,6 +39,7 @@ public:
   bool boxes_stay_in_sight() const override { return true; }
   std::optional<std::string> ask_file(const file_dialog&) override { return {}; }
   std::optional<std::string> ask_folder(const std::string&, const std::string&) override { return {}; }
+  bool run_long_work(const std::string& what, const std::function<void(work_progress&)>& work) override;
   void set_busy(bool) override {}
   bool show_form(form&) override { return false; }
   void set_caption(const std::string&) override {}

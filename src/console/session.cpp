@@ -104,11 +104,6 @@ void session::set_up() {
   form_.note_start_of_run = [this](const run_record& record) {
     if (take_record_) take_record_(record_file(), record, false);
   };
-  form_.execute_query = [plain = form_.execute_query](const import_query_descriptor& query,
-                                                      const prevesk_dataset_data_type& data_set, point_list& points) {
-    const ends_at_once on_a_signal;
-    return plain(query, data_set, points);
-  };
 }
 
 // Jobs never report a log that cannot be written, but here the user has asked for one.

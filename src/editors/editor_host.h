@@ -4,9 +4,12 @@
 #pragma once
 
 #include "dataset/dataset.h"
+#include "editors/long_work.h"
 #include "editors/user_questions.h"
 
 #include <cstdint>
+#include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -23,7 +26,20 @@ public:
   virtual prevesk_dataset_data_type* data_set() = 0;
   virtual std::uint64_t generation() const = 0;
 
+  // Where the data file is; empty for a data set without a file. Stored queries name their files relative to it.
+  virtual std::filesystem::path data_folder() const = 0;
+
   virtual user_questions& questions() = 0;
+
+  // Does long work on a copy of the data set; see the function of this name in long_work.h. Nothing also when the data
+  // set has been replaced meanwhile: the generation has moved then.
+  template <class Work>
+  auto with_progress(const std::string& what, Work work) {
+    const std::uint64_t before = generation();
+    auto result = vesk::with_progress(questions(), what, *data_set(), std::move(work));
+    if (generation() != before) result.reset();
+    return result;
+  }
 
   // The picture that number cells of this kind are shown in; `setting` is its name in the settings.
   virtual std::string number_format(std::string_view setting) const = 0;

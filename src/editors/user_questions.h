@@ -5,6 +5,7 @@
 // replaced the current data set.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -13,8 +14,9 @@ namespace vesk {
 
 class form;
 class TGraphForm;
+class work_progress;
 
-enum class box_buttons { ok, yes_no, yes_no_cancel };
+enum class box_buttons { ok, ok_cancel, yes_no, yes_no_cancel };
 enum class box_answer { ok, yes, no, cancel };
 
 // A question for a file name.
@@ -42,6 +44,11 @@ public:
 
   // Shows a chart without waiting for it, as a child of the owner's window.
   virtual void show_graph(std::shared_ptr<TGraphForm>, const form&) {}
+
+  // Does the work and returns when it has ended: true, or false when the user has cancelled it. It may then still run
+  // in another thread, unseen, so it must own what it uses. `what`: "Reading gauges.csv". Rethrows what the work
+  // throws. See with_progress. Here it is done in the caller's thread.
+  virtual bool run_long_work(const std::string& what, const std::function<void(work_progress&)>& work);
 
   virtual std::string clipboard_text() { return {}; }
   virtual void set_clipboard_text(const std::string&) {}

@@ -6,6 +6,7 @@
 #include "ui/images.h"
 #include "ui/info_list.h"
 #include "ui/measures.h"
+#include "ui/progress_box.h"
 #include "ui/progress_panel.h"
 #include "ui/questions.h"
 #include "ui/results_table.h"
@@ -134,6 +135,10 @@ std::optional<std::string> main_window::ask_file(const file_dialog& dialog) {
 
 std::optional<std::string> main_window::ask_folder(const std::string& title, const std::string& start) {
   return ask_for_folder(title, start);
+}
+
+bool main_window::run_long_work(const std::string& what, const std::function<void(work_progress&)>& work) {
+  return run_behind_box(what, work);
 }
 
 void main_window::set_busy(bool busy) {

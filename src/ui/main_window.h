@@ -36,6 +36,7 @@ public:
   box_answer message_box(const std::string& title, const std::string& text, box_buttons buttons) override;
   std::optional<std::string> ask_file(const file_dialog& dialog) override;
   std::optional<std::string> ask_folder(const std::string& title, const std::string& start) override;
+  bool run_long_work(const std::string& what, const std::function<void(work_progress&)>& work) override;
   void set_busy(bool busy) override;
   bool show_form(vesk::form& shown) override;
   void show_graph(std::shared_ptr<TGraphForm> graph, const vesk::form& owner) override;

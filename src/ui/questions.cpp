@@ -38,14 +38,6 @@ QString suffix_of(const QString& name_filter) {
   return first_pattern.match(name_filter).captured(1);
 }
 
-QWidget* window_in_front() {
-  if (QWidget* modal = QApplication::activeModalWidget()) return modal;
-  if (QWidget* active = QApplication::activeWindow()) return active;
-  for (QWidget* window : QApplication::topLevelWidgets()) // another program's is active
-    if (window->isVisible() && qobject_cast<QMainWindow*>(window)) return window;
-  return nullptr;
-}
-
 // Wide enough for the sentences of a text, within bounds.
 void widen(QMessageBox& box) {
   auto* label = box.findChild<QLabel*>("qt_msgbox_label");
@@ -111,6 +103,14 @@ void arrange(QFileDialog& box) {
 
 } // namespace
 
+QWidget* window_in_front() {
+  if (QWidget* modal = QApplication::activeModalWidget()) return modal;
+  if (QWidget* active = QApplication::activeWindow()) return active;
+  for (QWidget* window : QApplication::topLevelWidgets()) // another program's is active
+    if (window->isVisible() && qobject_cast<QMainWindow*>(window)) return window;
+  return nullptr;
+}
+
 box_answer ask_in_box(const std::string& title, const std::string& text, box_buttons buttons) {
   QMessageBox box(window_in_front());
   box.setObjectName("message_box");
@@ -121,6 +121,7 @@ box_answer ask_in_box(const std::string& title, const std::string& text, box_but
   box.setIcon(icon_of(title, buttons));
   switch (buttons) {
   case box_buttons::ok: box.setStandardButtons(QMessageBox::Ok); break;
+  case box_buttons::ok_cancel: box.setStandardButtons(QMessageBox::Ok | QMessageBox::Cancel); break;
   case box_buttons::yes_no: box.setStandardButtons(QMessageBox::Yes | QMessageBox::No); break;
   case box_buttons::yes_no_cancel:
     box.setStandardButtons(QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);

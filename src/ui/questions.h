@@ -7,7 +7,12 @@
 #include <optional>
 #include <string>
 
+class QWidget;
+
 namespace vesk {
+
+// The window that a question belongs to; null: the program has none in sight.
+QWidget* window_in_front();
 
 // A box over the window in front. Closing it is the cautious answer.
 box_answer ask_in_box(const std::string& title, const std::string& text, box_buttons buttons);

@@ -3,6 +3,7 @@
 
 #include "app/user_interface.h"
 #include "editors/form.h"
+#include "editors/long_work.h"
 
 #include <functional>
 #include <string>
@@ -27,7 +28,9 @@ public:
   std::vector<std::string> forms;    // captions
   std::function<void()> in_form;     // called while a form is shown
   bool form_result = true;
-  bool closes_forms = false; // asks the form before OK, like a window
+  bool closes_forms = false;          // asks the form before OK, as a window does
+  std::function<void()> in_long_work; // what happens during it
+  bool cancels_long_work = false;     // at once
   window_geometry window{100, 10, 20, 800, 600, window_geometry::window_normal};
   std::vector<std::string> steps; // of the window's start
   std::vector<std::string> documents;
@@ -47,6 +50,15 @@ public:
     wanted.FormShow();
     if (in_form) in_form();
     return form_result && (!closes_forms || wanted.FormCloseQuery(true));
+  }
+  bool run_long_work(const std::string& what, const std::function<void(work_progress&)>& work) override {
+    if (in_long_work) in_long_work();
+    if (!cancels_long_work) return user_interface::run_long_work(what, work);
+    struct : unseen_progress {
+      bool is_cancelled() const override { return true; }
+    } cancelled;
+    work(cancelled);
+    return false;
   }
   void set_busy(bool) override {}
   void set_caption(const std::string& text) override { caption = text; }

@@ -239,6 +239,37 @@ TEST_F(RunControl, QueriesOfARunLeaveTheDataSetAndThoseOfTheCommandChangeIt) {
   EXPECT_FALSE(form.current_data_set->time_steps.query->deferred);
 }
 
+TEST_F(RunControl, CancelledQueriesLeaveEverythingAsItWas) {
+  make_data("returns");
+  form.current_data_set->print_intervals.query.edit().deferred = true;
+  form.current_data_set->time_steps.query.edit().deferred = true;
+  int executed = 0;
+  form.execute_query = [&](const import_query_descriptor&, const prevesk_dataset_data_type&, point_list& points) {
+    points.push_back({});
+    if (++executed == 2) stop_if_cancelled();
+    return query_report{.rows = 1, .points = 1};
+  };
+  ui.cancels_long_work = true;
+  EXPECT_FALSE(form.execute_all_deferred_queries());
+  EXPECT_EQ(executed, 2);
+  EXPECT_TRUE(form.current_data_set->print_intervals.points.empty());
+  EXPECT_TRUE(form.current_data_set->print_intervals.query->deferred);
+  executed = 0;
+  form.RunModelButtonClick();
+  EXPECT_EQ(form.active_thread, nullptr);
+  EXPECT_EQ(ui.lines, lines(2, "1 The queries were cancelled. The data set is unchanged."));
+  EXPECT_EQ(ui.shown.end()[-3], "progress 0");
+  EXPECT_EQ(form.failures(), 0);
+  EXPECT_EQ(ui.boxes, lines{});
+
+  ui.cancels_long_work = false;
+  ui.in_long_work = [this] { form.new_data_set(); }; // as a job's end may
+  EXPECT_FALSE(form.execute_all_deferred_queries());
+  EXPECT_TRUE(form.current_data_set->print_intervals.points.empty());
+  EXPECT_EQ(ui.lines.back(), "1 The data set was replaced while its queries were executed. Their results were "
+                             "dropped.");
+}
+
 TEST_F(RunControl, AnEngineThatCannotBeLoadedStartsNothing) {
   make_data("returns");
   form.engine_path = folder.path / "gone.so";

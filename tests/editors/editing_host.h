@@ -29,6 +29,7 @@ public:
   std::function<bool(TCopySeriesForm&)> on_copy_series;
   std::function<void()> on_box;       // once, while a box is open
   bool running = false;               // as if a restart file is being loaded
+  std::filesystem::path folder;       // of the data file
   std::optional<std::string> file;    // chosen in file dialogs
   bool replaced_while_asking = false; // the data set, while a file dialog is open
   box_answer answer = box_answer::ok; // to boxes
@@ -36,6 +37,7 @@ public:
 
   prevesk_dataset_data_type* data_set() override { return &data; }
   std::uint64_t generation() const override { return generation_; }
+  std::filesystem::path data_folder() const override { return folder; }
   user_questions& questions() override { return *this; }
   std::string number_format(std::string_view setting) const override {
     return setting.ends_with("SimpleField") ? "E" : "#######.####";

@@ -4,13 +4,13 @@
 #include "query/sources/open_table_source.h"
 #include "query/sources/workbooks/compound_file.h"
 #include "run_program.h"
+#include "sqlite_file.h"
 #include "temporary_folder.h"
 
 #include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <minizip/zip.h>
-#include <sqlite3.h>
 #include <string_view>
 
 namespace vesk {
@@ -198,17 +198,11 @@ TEST(Cancel, EndsTheReadingOfEveryFormat) {
 // A view that never gives a row, first asked for by the list of fields.
 TEST(Cancel, EndsADatabaseThatNeverAnswers) {
   const temporary_folder folder;
-  sqlite3* database = nullptr;
-  sqlite3_open(folder.file("river.sqlite").c_str(), &database);
-  sqlite3_exec(database,
-               "CREATE VIEW flow AS WITH RECURSIVE c(day) AS (SELECT 1 UNION ALL SELECT day FROM c) "
-               "SELECT day, day AS value FROM c WHERE day > 1",
-               nullptr, nullptr, nullptr);
-  sqlite3_close(database);
+  const std::string file = write_endless_sqlite(folder.file("river.sqlite"));
   int asked = 0;
   const cancellation_scope cancel([&] { return ++asked > 20; });
   import_query query;
-  query.stored.file_name = folder.file("river.sqlite");
+  query.stored.file_name = file;
   query.stored.table_name = "flow";
   query.stored.date_time_field = "day";
   query.stored.value_field = "value";

@@ -2,6 +2,7 @@
 #include "peak_memory.h"
 #include "query/deferred_queries.h"
 #include "query/import_query.h"
+#include "sqlite_file.h"
 #include "temporary_folder.h"
 
 #include <gtest/gtest.h>
@@ -53,10 +54,7 @@ protected:
   QueryFolder() { fs::current_path(folder.path); } // the trace goes to the current folder
   ~QueryFolder() override { fs::current_path(fs::temp_directory_path()); }
 
-  // 0 when it went well.
-  int fill_database(const char* name, const std::string& sql) const {
-    return std::system(("sqlite3 '" + folder.file(name) + "' \"" + sql + "\"").c_str());
-  }
+  void fill_database(const char* name, const std::string& sql) const { write_sqlite(folder.file(name), sql); }
 
   temporary_folder folder;
 };
@@ -198,11 +196,10 @@ TEST_F(ImportQuery, ReportsAWrongValueWithItsField) {
 
 // A value that is not a finite number leaves its row out, and is counted.
 TEST_F(ImportQuery, RowsWithoutAFiniteNumberAreLeftOutAndCounted) {
-  ASSERT_EQ(fill_database("odd.sqlite",
-                          "CREATE TABLE d(t TEXT, v REAL, site TEXT); INSERT INTO d VALUES ('2009-01-01', 'dry', 'a'),"
-                          "('2009-01-02', 9e999, 'a'), ('2009-01-03', 3, 'b'), ('2009-01-04', -9e999, 'b'),"
-                          "('2009-01-05', NULL, 'b'), ('2009-01-06', '6', 'c'), ('2009-01-07', '<0.5', 'c')"),
-            0);
+  fill_database("odd.sqlite",
+                "CREATE TABLE d(t TEXT, v REAL, site TEXT); INSERT INTO d VALUES ('2009-01-01', 'dry', 'a'),"
+                "('2009-01-02', 9e999, 'a'), ('2009-01-03', 3, 'b'), ('2009-01-04', -9e999, 'b'),"
+                "('2009-01-05', NULL, 'b'), ('2009-01-06', '6', 'c'), ('2009-01-07', '<0.5', 'c')");
   import_query_descriptor query = query_on("odd.sqlite", "t", "v");
   query.table_name = "d";
   const double infinite = std::numeric_limits<double>::infinity();
@@ -260,10 +257,9 @@ TEST_F(ImportQuery, DatesAndNumbersInTextsAreRead) {
 
 TEST_F(ImportQuery, OrdersRowsByTextsAsDates) {
   folder.write("days.csv", "x");
-  ASSERT_EQ(fill_database("days.sqlite",
-                          "CREATE TABLE d(t TEXT, v REAL); INSERT INTO d VALUES ('10/1/2009', 1), ('9/1/2009', 2), "
-                          "('2009-11-01 06:00', 3), ('1/1/2008', 4), (NULL, 5)"),
-            0);
+  fill_database("days.sqlite",
+                "CREATE TABLE d(t TEXT, v REAL); INSERT INTO d VALUES ('10/1/2009', 1), ('9/1/2009', 2), "
+                "('2009-11-01 06:00', 3), ('1/1/2008', 4), (NULL, 5)");
   import_query_descriptor query = query_on("days.sqlite", "t", "v");
   query.table_name = "d";
   point_list points;
@@ -314,13 +310,11 @@ TEST_F(ImportQuery, AConditionsValueMayOccurInAnyRow) {
 
 // What a list of values offers selects the rows that have it, in a file where SQLite reads rows and another one tests.
 TEST_F(ImportQuery, EveryOfferedValueSelectsItsRows) {
-  ASSERT_EQ(fill_database("sites.sqlite",
-                          "CREATE TABLE d(t TEXT, site TEXT, depth TEXT, wet BOOLEAN, id INTEGER, v REAL);"
-                          "INSERT INTO d VALUES ('2009-01-01', 'A', '1', -1, 9007199254740993, 1),"
-                          "('2009-01-02', 'B', '2', 0, 9007199254740992, 2), ('2009-01-03', 'A', '1', 1, 5, 3),"
-                          "('2009-01-04', 'B', '1', 1, 5, 4), ('2009-01-05', 'b', '2', 0, 5, 5),"
-                          "('2009-01-06', 'B', '2', 0, 5, 6)"),
-            0);
+  fill_database("sites.sqlite", "CREATE TABLE d(t TEXT, site TEXT, depth TEXT, wet BOOLEAN, id INTEGER, v REAL);"
+                                "INSERT INTO d VALUES ('2009-01-01', 'A', '1', -1, 9007199254740993, 1),"
+                                "('2009-01-02', 'B', '2', 0, 9007199254740992, 2), ('2009-01-03', 'A', '1', 1, 5, 3),"
+                                "('2009-01-04', 'B', '1', 1, 5, 4), ('2009-01-05', 'b', '2', 0, 5, 5),"
+                                "('2009-01-06', 'B', '2', 0, 5, 6)");
   import_query_descriptor query = query_on("sites.sqlite", "t", "v");
   query.table_name = "d";
   const auto values_of = [&](std::vector<query_condition> conditions) {
@@ -376,7 +370,7 @@ TEST_F(ImportQuery, OfferedValuesOfMixedColumnsSelectTheirRows) {
     sql += "INSERT INTO d VALUES(" + std::to_string(i + 1) + "," + numbers[i] + "," + days[i % std::size(days)] + "," +
            times[i % std::size(times)] + "," + flags[i % std::size(flags)] + "," + texts[i % std::size(texts)] + "," +
            (i % 3 == 0 ? "'t'" : numbers[i]) + ");";
-  ASSERT_EQ(fill_database("mixed.sqlite", sql), 0);
+  fill_database("mixed.sqlite", sql);
   import_query_descriptor query = query_on("mixed.sqlite", "id", "id"); // each row at a different date and time
   query.table_name = "d";
   query.restrict_to_run_period = false;
@@ -450,7 +444,7 @@ TEST_F(ImportQuery, KeepsItsRowsInLittleMemory) {
 
 // A file that cannot be read is opened once.
 TEST_F(ImportQuery, ALockedDatabaseIsWaitedForOnce) {
-  ASSERT_EQ(fill_database("locked.sqlite", "CREATE TABLE d(t TEXT, v REAL)"), 0);
+  fill_database("locked.sqlite", "CREATE TABLE d(t TEXT, v REAL)");
   sqlite3* other = nullptr;
   sqlite3_open(folder.file("locked.sqlite").c_str(), &other);
   sqlite3_exec(other, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr);

@@ -1,5 +1,6 @@
 // SQLite databases as sources: types where the database has none.
 #include "query/sources/open_table_source.h"
+#include "sqlite_file.h"
 #include "table_summary.h"
 #include "temporary_folder.h"
 
@@ -19,12 +20,7 @@ using testing::ElementsAre;
 
 // A database under a name that Paradox tables have too.
 std::string database(const temporary_folder& folder, const char* sql) {
-  sqlite3* db = nullptr;
-  const std::string file = folder.file("river.db");
-  sqlite3_open(file.c_str(), &db);
-  EXPECT_EQ(sqlite3_exec(db, sql, nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(db);
-  sqlite3_close(db);
-  return file;
+  return write_sqlite(folder.file("river.db"), sql);
 }
 
 TEST(SqliteSource, SettlesTypesByDeclarationAndContent) {
