@@ -53,13 +53,16 @@ std::size_t import_query::field_position(const std::string& field) const {
   return static_cast<std::size_t>(found - field_names.begin());
 }
 
+// `set_file` leaves the table of a source of several tables alone; a file that is one table is its table.
+void import_query::reopen_source() {
+  set_file(std::string(stored.file_name));
+  if (source_kind == source_several_tables) set_table(std::string(stored.table_name));
+}
+
 void import_query::validate_source() {
   if (stored.file_name.empty()) throw query_validation_exception("File name not set");
-  const std::string table = stored.table_name; // of a source of several tables; the file is it otherwise
-  set_file(std::string(stored.file_name));
-  if (source_kind == source_several_tables) stored.table_name = table;
+  reopen_source();
   if (stored.table_name.empty()) throw query_validation_exception("Table name not set");
-  if (source_kind == source_several_tables) set_table(table);
   if (stored.date_time_field.empty()) throw query_validation_exception("Date/Time field not set");
   field_position(stored.date_time_field);
   if (stored.value_field.empty()) throw query_validation_exception("Value field not set");
@@ -70,14 +73,55 @@ void import_query::validate() {
   validate_source();
   choices.resize(stored.conditions.size());
   for (std::size_t i = 0; i < stored.conditions.size(); ++i) {
-    condition_choice& choice = choices[i];
-    choice.field_index = field_position(stored.conditions[i].field_name);
+    field_position(stored.conditions[i].field_name);
     refresh_values(i);
-    choice.selected_value = -1;
-    const auto found = std::find(choice.values.begin(), choice.values.end(), stored.conditions[i].value_text);
-    if (found == choice.values.end()) refuse_value(i);
-    choice.selected_value = static_cast<std::int32_t>(found - choice.values.begin());
+    if (!has_value(i)) refuse_value(i);
   }
+}
+
+void import_query::read_lists() {
+  if (stored.file_name.empty()) return;
+  reopen_source();
+  for (std::size_t i = 0; i < stored.conditions.size(); ++i) refresh_values(i);
+}
+
+// Conditions and their choices.
+
+void import_query::insert_condition() {
+  choices.resize(stored.conditions.size());
+  choices.emplace_back();
+  stored.conditions.emplace_back();
+  if (!field_names.empty()) stored.conditions.back().field_name = field_names.front();
+}
+
+void import_query::remove_condition(std::size_t condition) {
+  const auto place = static_cast<std::ptrdiff_t>(condition);
+  choices.resize(stored.conditions.size());
+  choices.erase(choices.begin() + place);
+  stored.conditions.erase(stored.conditions.begin() + place);
+}
+
+void import_query::clear_conditions() {
+  stored.conditions.clear();
+  choices.clear();
+}
+
+void import_query::choose_field(std::size_t condition, std::size_t field) {
+  choices.resize(stored.conditions.size());
+  choices[condition] = {.field_index = field};
+  stored.conditions[condition].field_name = field_names[field];
+  stored.conditions[condition].value_text.clear();
+}
+
+void import_query::choose_value(std::size_t condition, std::size_t value) {
+  stored.conditions[condition].value_text = choices[condition].values[value];
+  choices[condition].selected_value = static_cast<std::int32_t>(value);
+}
+
+void import_query::enter_value(std::size_t condition, std::string text) {
+  choices.resize(stored.conditions.size());
+  stored.conditions[condition].value_text = std::move(text);
+  choices[condition].selected_value = -1;
 }
 
 void import_query::refuse_value(std::size_t condition) const {
@@ -122,13 +166,26 @@ select_statement import_query::statement(const prevesk_dataset_data_type& data, 
   return result;
 }
 
-std::string import_query::build_sql(const prevesk_dataset_data_type& data) const {
+std::optional<select_statement> import_query::shown_statement(const prevesk_dataset_data_type& data) const {
   std::vector<select_term> terms;
   for (std::size_t i = 0; i < stored.conditions.size(); ++i) {
     if (!has_value(i)) return {};
     terms.push_back(chosen_term(i));
   }
-  return shown_text(statement(data, std::move(terms)));
+  return statement(data, std::move(terms));
+}
+
+std::string import_query::build_sql(const prevesk_dataset_data_type& data) const {
+  const auto shown = shown_statement(data);
+  return shown ? shown_text(*shown) : std::string();
+}
+
+std::unique_ptr<result_set> import_query::open_rows(const prevesk_dataset_data_type& data, const statement_use& use) {
+  const auto shown = shown_statement(data);
+  if (shown) return engine.open(*this, *shown, use);
+  std::size_t without = 0;
+  while (has_value(without)) ++without;
+  refuse_value(without);
 }
 
 // The values of a condition's field, with drill_down those that the other conditions leave.
@@ -155,19 +212,25 @@ void import_query::trace_refresh(std::size_t condition) const {
 }
 
 void import_query::refresh_values(std::size_t condition) {
-  if (choices.size() < stored.conditions.size()) choices.resize(stored.conditions.size());
-  choices[condition].values.clear();
+  choices.resize(stored.conditions.size());
+  choices[condition] = {};
+  const std::string &field = stored.conditions[condition].field_name, &own = stored.conditions[condition].value_text;
+  const auto position = std::find(field_names.begin(), field_names.end(), field);
+  if (position == field_names.end()) return;
   const auto rows = open_values(condition, values_statement(condition), false);
-  std::vector<std::string>& values = choices[condition].values;
-  constexpr std::size_t most_memory = std::size_t{128} << 20; // of the list, in bytes
+  condition_choice choice;
+  choice.field_index = static_cast<std::size_t>(position - field_names.begin());
+  constexpr std::size_t most_memory = std::size_t{64} << 20; // of the list, in bytes
   for (std::size_t memory = 0; rows->next();) {
     if (!rows->is_comparable(0)) continue;
-    values.push_back(rows->text(0));
-    memory += sizeof(std::string) + values.back().size();
-    if (memory > most_memory)
-      throw query_engine_exception(stored.file_name + ", field " + stored.conditions[condition].field_name +
-                                   ": it has too many different values for a list.");
+    const bool is_listed = choice.value_count++ < most_listed && memory < most_memory;
+    const bool is_own = choice.selected_value < 0 && rows->text(0) == own;
+    if (!is_listed && !is_own) continue;
+    if (is_own) choice.selected_value = static_cast<std::int32_t>(choice.values.size());
+    choice.values.push_back(rows->text(0));
+    memory += sizeof(std::string) + choice.values.back().size();
   }
+  choices[condition] = std::move(choice);
   engine.disconnect(*this);
 }
 

@@ -16,6 +16,10 @@ namespace vesk {
 // and what to look at where it found no rows.
 std::string in_words(const std::string& series, const import_query_descriptor& query, const query_report& report);
 
+// As many items and rows as a dialog lists; how many there are in all is counted.
+inline constexpr std::size_t most_listed = 10'000;
+
+// Can be copied and assigned; a copy opens its source anew.
 class import_query {
 public:
   explicit import_query(import_query_descriptor query = {}, const std::filesystem::path& data_folder = {})
@@ -25,7 +29,10 @@ public:
   struct condition_choice {
     std::size_t field_index = 0;      // of its field in field_names; set by validation
     std::int32_t selected_value = -1; // position of its value in `values`; -1: none
-    std::vector<std::string> values;  // the distinct values of its field
+    // The distinct values of its field, the first `most_listed` of them; behind them the condition's own value where it
+    // is not among these.
+    std::vector<std::string> values;
+    std::uint64_t value_count = 0; // of all distinct values
 
     friend bool operator==(const condition_choice&, const condition_choice&) = default;
   };
@@ -52,8 +59,25 @@ public:
   // The SQL of the query, as it is shown to the user. Empty when a condition has no value. After validation.
   std::string build_sql(const prevesk_dataset_data_type& data) const;
 
-  // Reads the values of a condition's field.
+  // Reads the values of a condition's field and finds its own among them. No field, or one that the table has not: no
+  // values.
   void refresh_values(std::size_t condition);
+
+  // Reads all that a dialog lists: the tables, the fields, and the values of the conditions, as far as the query names
+  // a file and a table. What the query lacks is no error.
+  void read_lists();
+
+  // Conditions, with what belongs to them in `choices`. Nothing is read. A condition without a field or a value is no
+  // error before the query is executed.
+  void insert_condition();                                     // at the end: the first field, AND, "=", no value
+  void remove_condition(std::size_t condition);                //
+  void clear_conditions();                                     //
+  void choose_field(std::size_t condition, std::size_t field); // of field_names; the value is none then
+  void choose_value(std::size_t condition, std::size_t value); // of its `values`
+  void enter_value(std::size_t condition, std::string text);   // refresh_values finds out whether the field has it
+
+  // Opens the statement of `build_sql`. Throws query_validation_exception when a condition has no value.
+  std::unique_ptr<result_set> open_rows(const prevesk_dataset_data_type& data, const statement_use& use = {});
 
   // Fills `points` from the source, as it is now. The table is read once if its rows are about in order of time; the
   // values of the conditions are looked for on the way, and the lists in `choices` stay as they are. After a failure
@@ -70,6 +94,7 @@ public:
   friend bool operator==(const import_query& a, const import_query& b);
 
 private:
+  void reopen_source();                                       // as it is now
   void validate_source();                                     // file, table, and the fields of moments and values
   std::size_t field_position(const std::string& field) const; // throws query_validation_exception
   [[noreturn]] void refuse_value(std::size_t condition) const;
@@ -79,6 +104,7 @@ private:
   select_term term(std::size_t condition, const table_field& field, const std::string& value) const;
   select_term chosen_term(std::size_t condition) const;
   select_statement statement(const prevesk_dataset_data_type& data, std::vector<select_term> terms) const;
+  std::optional<select_statement> shown_statement(const prevesk_dataset_data_type& data) const;
   select_statement values_statement(std::size_t condition) const;
 
   std::unique_ptr<result_set> open_values(std::size_t condition, const select_statement& statement, bool in_any_order);

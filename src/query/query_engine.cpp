@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cmath>
 #include <sqlite3.h>
+#include <utility>
 
 namespace vesk {
 
@@ -57,7 +58,7 @@ result_set::result_set(std::shared_ptr<table_source> source, std::size_t table, 
   else
     for (const std::string& column : use.columns) fields_.push_back(table_.fields[position(column)]);
   try {
-    prepare(sqlite_text(statement, table_name, use.columns, use.in_any_order));
+    prepare(sqlite_text(statement, table_name, use.columns, use.in_any_order, use.most_rows));
   } catch (...) {
     sqlite3_finalize(statement_);
     sqlite3_close(database_);
@@ -182,6 +183,11 @@ std::unique_ptr<result_set> query_engine::open(const import_query& query, const 
 std::vector<table_field> query_engine::fields_of(const import_query& query) {
   const std::shared_ptr<table_source> source = source_of(query);
   return source->fields(source->find_table(query.stored.table_name));
+}
+
+void query_engine::take_connection(query_engine& other) {
+  connection_ = std::exchange(other.connection_, {});
+  source_ = std::exchange(other.source_, nullptr);
 }
 
 void query_engine::connect(const import_query& query) {

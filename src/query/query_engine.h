@@ -1,6 +1,6 @@
 // The way from a stored query to its source: connections, and statements as result sets.
 //
-// A source is a file that is one table (kind 1), or a file of several tables (kind 2). Main thread only.
+// A source is a file that is one table (kind 1), or a file of several tables (kind 2). One thread at a time.
 #pragma once
 
 #include "query/sources/table_source.h"
@@ -25,9 +25,10 @@ enum : std::uint8_t { source_unknown = 0, source_one_table = 1, source_several_t
 
 // How a statement is to be read.
 struct statement_use {
-  std::vector<std::string> columns = {}; // the names of the fields of the rows, none for all
-  bool in_any_order = false;             // the rows need not be put in order
-  std::vector<sought_value> sought = {}; // values that are looked for on the way
+  std::vector<std::string> columns = {};     // the names of the fields of the rows, none for all
+  bool in_any_order = false;                 // the rows need not be put in order
+  std::vector<sought_value> sought = {};     // values that are looked for on the way
+  std::optional<std::size_t> most_rows = {}; // only the first ones
 };
 
 // The rows that a statement gives, one after the other. It holds its source open.
@@ -78,6 +79,15 @@ class query_engine {
 public:
   // `folder`: of the data file, where relative names are looked for first.
   explicit query_engine(std::filesystem::path folder = {}) : folder_(std::move(folder)) {}
+
+  // A copy opens its source anew, since a source belongs to one thread.
+  query_engine(const query_engine& other) : folder_(other.folder_) {}
+  query_engine(query_engine&&) = default;
+  query_engine& operator=(const query_engine& other) { return *this = query_engine(other.folder_); }
+  query_engine& operator=(query_engine&&) = default;
+
+  // Takes over the other one's source, which need not be opened again.
+  void take_connection(query_engine& other);
 
   // Opens a statement on the query's source. Throws query_engine_exception.
   std::unique_ptr<result_set> open(const import_query& query, const select_statement& statement,

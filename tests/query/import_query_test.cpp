@@ -2,6 +2,7 @@
 #include "peak_memory.h"
 #include "query/deferred_queries.h"
 #include "query/import_query.h"
+#include "query/shown_rows.h"
 #include "sqlite_file.h"
 #include "temporary_folder.h"
 
@@ -398,6 +399,69 @@ TEST_F(ImportQuery, OfferedValuesOfMixedColumnsSelectTheirRows) {
   live.stored.conditions = {{"n", 0, 0, "x"}};
   EXPECT_EQ(failure_of(live.stored, folder.path),
             "Query 'New Query' contains query condition on field 'n' which has no selected value");
+}
+
+// A query being put together, as in its dialog.
+TEST_F(ImportQuery, ConditionsAndTheirListsStayTogether) {
+  folder.write("f.csv", "Day,Site,Flow\n2009-01-01,A,1\n2009-01-02,B,2\n2009-01-03,B,3\n");
+  const prevesk_dataset_data_type model = model_of_2009();
+  import_query live({}, folder.path);
+  live.set_file("f.csv");
+  live.stored.restrict_to_run_period = false;
+  live.insert_condition();
+  EXPECT_EQ(live.stored.conditions[0], (query_condition{"Day", 0, 0, ""}));
+  EXPECT_EQ(live.build_sql(model), "");
+  EXPECT_THROW(live.open_rows(model), query_validation_exception);
+  live.choose_field(0, 1);
+  live.refresh_values(0);
+  EXPECT_EQ(live.choices[0].values, (std::vector<std::string>{"A", "B"}));
+  EXPECT_EQ(live.build_sql(model), "");
+  live.choose_value(0, 1);
+  EXPECT_EQ(live.build_sql(model), "SELECT * FROM 'f.csv' WHERE (Site='B')");
+  live.insert_condition();
+  live.enter_value(1, "1/3/2009");
+  live.refresh_values(1);
+  live.drill_down = true;
+  live.refresh_values(1);
+  EXPECT_EQ(live.choices[1].values, (std::vector<std::string>{"1/2/2009", "1/3/2009"}));
+  EXPECT_EQ(live.build_sql(model), "SELECT * FROM 'f.csv' WHERE (Site='B' AND Day='1/3/2009')");
+  const import_query copy = live; // with a source of its own
+  live.remove_condition(0);
+  EXPECT_EQ(live.build_sql(model), "SELECT * FROM 'f.csv' WHERE (Day='1/3/2009')");
+  live = copy;
+  live.stored.conditions[0].field_name = "Gone";
+  live.read_lists();
+  EXPECT_TRUE(live.choices[0].values.empty());
+  EXPECT_EQ(live.choices[1].values.size(), 3U);
+  EXPECT_EQ(live.build_sql(model), "");
+  live.clear_conditions();
+  EXPECT_EQ(live.build_sql(model), "SELECT * FROM 'f.csv'");
+  import_query().read_lists(); // of a query without a file
+}
+
+TEST_F(ImportQuery, ListsShowTheirFirstItemsAndCountTheOthers) {
+  std::string text = "Day,Flow,Note\n";
+  for (int i = 25'000; i > 0; --i)
+    text += std::to_string(i) + "," + std::to_string(i) + ".5," + std::string(1500, 'x') + "\n";
+  folder.write("f.csv", text);
+  import_query_descriptor query = query_on("f.csv", "Day", "Flow");
+  query.restrict_to_run_period = false;
+  query.conditions = {{"Flow", 0, 4, "20000.5"}};
+  import_query live(query, folder.path);
+  live.validate();
+  EXPECT_EQ(live.choices[0].value_count, 25'000U);
+  ASSERT_EQ(live.choices[0].values.size(), most_listed + 1); // and the chosen one
+  EXPECT_EQ(live.choices[0].values[9'999], "10000.5");
+  EXPECT_EQ(live.choices[0].values.back(), "20000.5");
+  EXPECT_EQ(read_shown_rows(live, model_of_2009()).total, 5'001U);
+  live.clear_conditions();
+  const shown_rows shown = read_shown_rows(live, model_of_2009());
+  EXPECT_EQ(shown.fields, (std::vector<std::string>{"Day", "Flow", "Note"}));
+  EXPECT_EQ(shown.total, 25'000U);
+  ASSERT_EQ(shown.row_count(), most_listed);
+  EXPECT_EQ(shown.cells[0], "1");
+  EXPECT_EQ(shown.cells[2], std::string(1000, 'x') + "…");
+  EXPECT_EQ(shown.cells[shown.cells.size() - 2], "10000.5");
 }
 
 // Many rows out of order are put in order elsewhere than few.

@@ -77,14 +77,19 @@ bool row_filter::leaves_out(const table_value& value) const {
 
 std::size_t table_source::find_table(std::string_view name) const {
   if (tables_.size() == 1 && tables_.front() == file_) return 0;
-  for (const std::string_view wanted : {name, sheet_name(name)}) {
-    auto found = std::find(tables_.begin(), tables_.end(), wanted);
-    if (found == tables_.end())
-      found = std::find_if(tables_.begin(), tables_.end(),
-                           [&](const std::string& table) { return equal_ignoring_case(table, wanted); });
-    if (found != tables_.end()) return static_cast<std::size_t>(found - tables_.begin());
-  }
+  if (const auto found = find_table_name(tables_, name)) return *found;
   throw table_source_exception(file_, std::string(name), "", "the file has no such table.");
+}
+
+std::optional<std::size_t> find_table_name(const std::vector<std::string>& tables, std::string_view name) {
+  for (const std::string_view wanted : {name, sheet_name(name)}) {
+    auto found = std::find(tables.begin(), tables.end(), wanted);
+    if (found == tables.end())
+      found = std::find_if(tables.begin(), tables.end(),
+                           [&](const std::string& table) { return equal_ignoring_case(table, wanted); });
+    if (found != tables.end()) return static_cast<std::size_t>(found - tables.begin());
+  }
+  return {};
 }
 
 bool equal_ignoring_case(std::string_view a, std::string_view b) {

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -181,9 +182,8 @@ public:
   // The names of the tables. If the file is a single table, that is the file name.
   const std::vector<std::string>& tables() const { return tables_; }
 
-  // The position of a table: by its exact name, then ignoring case, then by a sheet's name in the form of the Jet
-  // provider, with a dollar sign after it or between apostrophes. If the file is a single table, any name finds it.
-  // Throws table_source_exception.
+  // The position of a table, see find_table_name. In a file that is one table every name is that table's. Throws
+  // table_source_exception.
   std::size_t find_table(std::string_view name) const;
 
   // The fields of a table, at least one, in order. Throws table_source_exception.
@@ -208,8 +208,12 @@ private:
 // Letters A to Z and a to z count as equal.
 bool equal_ignoring_case(std::string_view a, std::string_view b);
 
-// Unique names for the fields of a table: an empty name becomes "F" and the position, counted from 1; a duplicate gets
-// "_1", "_2" and so on. A null character becomes a blank.
+// The position of a table: by its name, else by its name in any case of letters, else by the name of a sheet as the Jet
+// provider gives it, with a dollar sign behind it or between apostrophes. Nothing when there is none.
+std::optional<std::size_t> find_table_name(const std::vector<std::string>& tables, std::string_view name);
+
+// Names for the fields of a table: an empty name becomes "F" and the position, counted from 1; one that stands already
+// gets "_1", "_2" and so on. A null character becomes a blank.
 std::vector<std::string> distinct_names(std::vector<std::string> names);
 
 } // namespace vesk

@@ -180,12 +180,15 @@ std::string shown_text(const select_statement& statement) {
 }
 
 sqlite_statement sqlite_text(const select_statement& statement, std::string_view table,
-                             const std::vector<std::string>& columns, bool in_any_order) {
+                             const std::vector<std::string>& columns, bool in_any_order,
+                             std::optional<std::size_t> most_rows) {
   constexpr std::size_t most_terms = 500; // of a chain of them, so that SQLite's limits hold
   if (statement.terms.size() > most_terms)
     throw query_engine_exception("The query has " + std::to_string(statement.terms.size()) + " conditions; at most " +
                                  std::to_string(most_terms) + " are allowed.");
-  return sqlite_printer(statement).print(table, columns, in_any_order);
+  sqlite_statement printed = sqlite_printer(statement).print(table, columns, in_any_order);
+  if (most_rows) printed.sql += " LIMIT " + std::to_string(*most_rows);
+  return printed;
 }
 
 } // namespace vesk

@@ -58,9 +58,10 @@ struct sqlite_statement {
 };
 
 // What SQLite executes over a table that it knows as `table`. `columns`: the names of the fields that are selected,
-// none for all; `in_any_order`: the rows need not be in order. Throws query_engine_exception for more terms than SQLite
-// takes.
+// none for all; `in_any_order`: the rows need not be in order; `most_rows`: of the first ones, none for all. Throws
+// query_engine_exception for more terms than SQLite takes.
 sqlite_statement sqlite_text(const select_statement& statement, std::string_view table,
-                             const std::vector<std::string>& columns = {}, bool in_any_order = false);
+                             const std::vector<std::string>& columns = {}, bool in_any_order = false,
+                             std::optional<std::size_t> most_rows = {});
 
 } // namespace vesk
