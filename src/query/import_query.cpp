@@ -108,7 +108,8 @@ void import_query::clear_conditions() {
 
 void import_query::choose_field(std::size_t condition, std::size_t field) {
   choices.resize(stored.conditions.size());
-  choices[condition] = {.field_index = field};
+  choices[condition] = {};
+  choices[condition].field_index = field;
   stored.conditions[condition].field_name = field_names[field];
   stored.conditions[condition].value_text.clear();
 }
@@ -213,6 +214,7 @@ void import_query::trace_refresh(std::size_t condition) const {
 
 void import_query::refresh_values(std::size_t condition) {
   choices.resize(stored.conditions.size());
+  const bool was_chosen = has_value(condition);
   choices[condition] = {};
   const std::string &field = stored.conditions[condition].field_name, &own = stored.conditions[condition].value_text;
   const auto position = std::find(field_names.begin(), field_names.end(), field);
@@ -229,6 +231,10 @@ void import_query::refresh_values(std::size_t condition) {
     if (is_own) choice.selected_value = static_cast<std::int32_t>(choice.values.size());
     choice.values.push_back(rows->text(0));
     memory += sizeof(std::string) + choice.values.back().size();
+  }
+  if (choice.selected_value < 0 && drill_down && was_chosen) { // the other conditions leave no row with it
+    choice.selected_value = static_cast<std::int32_t>(choice.values.size());
+    choice.values.push_back(own);
   }
   choices[condition] = std::move(choice);
   engine.disconnect(*this);

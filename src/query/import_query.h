@@ -59,8 +59,8 @@ public:
   // The SQL of the query, as it is shown to the user. Empty when a condition has no value. After validation.
   std::string build_sql(const prevesk_dataset_data_type& data) const;
 
-  // Reads the values of a condition's field and finds its own among them. No field, or one that the table has not: no
-  // values.
+  // Reads the values of a condition's field and finds its own among them; with drill_down a value that was chosen
+  // stays so. No field, or one that the table has not: no values.
   void refresh_values(std::size_t condition);
 
   // Reads all that a dialog lists: the tables, the fields, and the values of the conditions, as far as the query names
