@@ -6,6 +6,7 @@
 #include "editors/edit_project_form.h"
 #include "editors/exchanges_flows_form.h"
 #include "editors/fill_calculate_form.h"
+#include "editors/import_time_series_form.h"
 #include "editors/loads_form.h"
 #include "editors/output_control_form.h"
 #include "editors/parameter_form.h"
@@ -38,7 +39,8 @@ struct program_forms {
   program_forms(editor_host& host, const std::string& edition)
       : data_set(host), systems(host), segments(host), exchanges_flows(host), parameters(host), constants(host),
         time_functions(host), print_interval(host), time_step(host), output_control(host), seed_date(host), loads(host),
-        boundaries(host), project(host), preferences(host), about(edition) {}
+        boundaries(host), project(host), preferences(host), about(edition),
+        import_time_series(host) {}
 
   TParametersForm data_set;
   TSystemForm systems;
@@ -57,6 +59,7 @@ struct program_forms {
   TPreferenceConfigurationForm preferences;
   TAboutBox about;
   TFillCalculateForm fill_calculate;
+  TImportTimeSeriesForm import_time_series;
 };
 
 } // namespace vesk

@@ -140,6 +140,7 @@ public:
   void undo() override { UndoItemClick(); }
   void redo() override { RedoItemClick(); }
   TFillCalculateForm& fill_calculate_form() override;
+  TImportTimeSeriesForm& import_form() override;
   bool restart_file_is_loading() const override {
     return active_thread && active_thread->code() == job_code::load_restart_file;
   }

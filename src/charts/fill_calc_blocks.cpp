@@ -12,8 +12,6 @@ namespace vesk {
 
 namespace {
 
-constexpr double days_to_1970 = 25569; // 1 January 1970 as a date-time number
-
 std::string_view without_blanks(std::string_view text) {
   while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
   while (!text.empty() && text.back() == ' ') text.remove_suffix(1);

@@ -7,6 +7,8 @@
 
 namespace vesk {
 
+inline constexpr double days_to_1970 = 25569; // 1 January 1970 as a date-time number
+
 struct general_graph_data {
   explicit general_graph_data(std::int32_t points)
       : count(points), x(static_cast<std::size_t>(points)), y(static_cast<std::size_t>(points)) {}

@@ -12,7 +12,6 @@ namespace vesk {
 
 namespace {
 
-constexpr double days_to_1970 = 25569; // 1 January 1970 as a date-time number
 constexpr double room_above_and_below = 0.05;
 
 constexpr std::array<const char*, 12> month_names = {"January",   "February", "March",    "April",

@@ -4,6 +4,7 @@
 #include "charts/graph_form.h"
 #include "dataset/findings.h"
 #include "editors/fill_calculate_form.h"
+#include "editors/import_time_series_form.h"
 #include "editors/name_search.h"
 #include "editors/series_tools.h"
 #include "platform/counted.h"
@@ -217,6 +218,18 @@ void editor::GraphButtonClick(editor_panel& panel) {
   auto graph = std::make_shared<TGraphForm>();
   graph->add_series(std::move(data));
   host_.questions().show_graph(std::move(graph), *this);
+}
+
+void editor::ImportButtonClick(editor_panel& panel) {
+  if (!may_go_on() || !panel.series) return;
+  if (!panel.series->series()) return set_message("Choose a series first.");
+  TImportTimeSeriesForm& dialog = host_.import_form();
+  dialog.begin(*panel.series->ref(), caption(), panel.graph_label ? panel.graph_label() : panel.label);
+  const bool by_ok = host_.questions().show_form(dialog);
+  panel.table.display_rows();
+  refresh_series();
+  if (by_ok) set_message(dialog.report());
+  refresh_texts();
 }
 
 void editor::keep_these_points(editor_panel& panel) {

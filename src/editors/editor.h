@@ -150,6 +150,7 @@ public:
   void PasteButtonClick(editor_panel& panel);
   void FillCalcButtonClick(editor_panel& panel);
   void GraphButtonClick(editor_panel& panel);
+  void ImportButtonClick(editor_panel& panel);
 
   // Why a button has nothing to do in the panel; empty: it has.
   std::string reason_against(panel_buttons button, const editor_panel& panel) const;
@@ -175,8 +176,6 @@ public:
   std::string deferred_note(const editor_panel& panel) const; // empty unless the series is filled by a query
   std::string source_note(const editor_panel& panel) const;   // empty unless the query's source is newer
   const std::string& message() const { return message_; }     // about the last command
-  bool import_is_available() const { return false; }
-  static constexpr std::string_view import_hint = "Import is not available yet.";
 
   // The rows of a series for a chart; null when there is nothing to draw.
   std::unique_ptr<general_graph_data> graph_data(const editor_panel& panel) const;

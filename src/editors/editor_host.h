@@ -16,6 +16,7 @@
 namespace vesk {
 
 class TFillCalculateForm;
+class TImportTimeSeriesForm;
 
 class editor_host {
 public:
@@ -55,7 +56,9 @@ public:
   virtual void undo() = 0;
   virtual void redo() = 0;
 
-  virtual TFillCalculateForm& fill_calculate_form() = 0; // one for the whole program
+  // One of each for the whole program.
+  virtual TFillCalculateForm& fill_calculate_form() = 0;
+  virtual TImportTimeSeriesForm& import_form() = 0;
 
   // The two diagnostics switches; an engine may have set any level.
   virtual bool logging_enabled() const = 0;

@@ -58,13 +58,19 @@ QWidget* cell_delegate::createEditor(QWidget* parent, const QStyleOptionViewItem
   if (kind_of(index) == cell_kind::combo) {
     std::shared_ptr<const item_list> items = items_of(index);
     if (items->size() > most_items_of_combo) return make_picker(parent, name, std::move(items));
+    const bool takes_other_texts = items->takes_other_texts();
     QComboBox* combo = make_combo(parent, std::move(items));
     combo->setAccessibleName(name);
     connect(combo, &QComboBox::activated, this, [this, combo] {
       emit const_cast<cell_delegate*>(this)->commitData(combo);
       emit const_cast<cell_delegate*>(this)->closeEditor(combo);
     });
-    QTimer::singleShot(0, combo, &QComboBox::showPopup);
+    if (takes_other_texts) {
+      combo->setEditable(true);
+      combo->setInsertPolicy(QComboBox::NoInsert);
+    } else {
+      QTimer::singleShot(0, combo, &QComboBox::showPopup);
+    }
     return combo;
   }
   auto* line = new QLineEdit(parent);
@@ -90,7 +96,10 @@ void cell_delegate::setEditorData(QWidget* editor, const QModelIndex& index) con
   const QString text = index.data(Qt::EditRole).toString();
   if (auto* combo = qobject_cast<QComboBox*>(editor)) {
     const auto item = items_of(index)->find(stored(text));
-    combo->setCurrentIndex(item ? static_cast<int>(*item) : -1);
+    if (combo->isEditable())
+      combo->setEditText(text);
+    else
+      combo->setCurrentIndex(item ? static_cast<int>(*item) : -1);
   } else if (auto* line = qobject_cast<QLineEdit*>(editor); line->text() != text) {
     line->setText(text);
   }
@@ -98,7 +107,7 @@ void cell_delegate::setEditorData(QWidget* editor, const QModelIndex& index) con
 
 void cell_delegate::setModelData(QWidget* editor, QAbstractItemModel* model, const QModelIndex& index) const {
   if (auto* combo = qobject_cast<QComboBox*>(editor)) {
-    if (combo->currentIndex() >= 0) model->setData(index, combo->currentText(), Qt::EditRole);
+    if (combo->currentIndex() >= 0 || combo->isEditable()) model->setData(index, combo->currentText(), Qt::EditRole);
   } else if (auto* line = qobject_cast<QLineEdit*>(editor)) {
     // Unchanged text is not an entry: it may be longer than what the cell shows.
     if (line->text() != index.data(Qt::EditRole).toString()) model->setData(index, line->text(), Qt::EditRole);

@@ -35,7 +35,8 @@ constexpr button_row button_table[] = {
      [](editor& form, editor_panel& panel) { form.FillCalcButtonClick(panel); }},
     {graph_button, "&Graph", "GraphButton", "Show the series in a window that stays open",
      [](editor& form, editor_panel& panel) { form.GraphButtonClick(panel); }},
-    {import_button, "I&mport", "ImportButton", editor::import_hint.data(), [](editor&, editor_panel&) {}},
+    {import_button, "I&mport", "ImportButton", "Fill the series from a table or database",
+     [](editor& form, editor_panel& panel) { form.ImportButtonClick(panel); }},
 };
 
 } // namespace
@@ -93,7 +94,7 @@ editor_panel& editor_buttons::panel_of(panel_buttons button) const {
 void editor_buttons::show_state() {
   for (const shown_button& one : buttons_) {
     const std::string reason = panel_ ? std::string() : form_.reason_against(one.button, panel_of(one.button));
-    one.control->setEnabled(reason.empty() && (one.button != import_button || form_.import_is_available()));
+    one.control->setEnabled(reason.empty());
     one.control->setToolTip(reason.empty() ? QString(one.hint) : tool_tip(shown(reason)));
   }
 }

@@ -5,6 +5,7 @@
 #include "editors/editor_host.h"
 #include "editors/fill_calculate_form.h"
 #include "editors/form.h"
+#include "editors/import_time_series_form.h"
 #include "editors/regular_times_form.h"
 #include "editors/select_segments_form.h"
 
@@ -27,13 +28,17 @@ public:
   std::function<bool(TRegularTimesForm&)> on_regular_times;
   std::function<bool(TSelectSegmentsForm&)> on_select_segments;
   std::function<bool(TCopySeriesForm&)> on_copy_series;
-  std::function<void()> on_box;       // once, while a box is open
-  bool running = false;               // as if a restart file is being loaded
-  std::filesystem::path folder;       // of the data file
-  std::optional<std::string> file;    // chosen in file dialogs
-  bool replaced_while_asking = false; // the data set, while a file dialog is open
-  box_answer answer = box_answer::ok; // to boxes
-  form* open = nullptr;               // notified of replacements
+  std::function<void()> on_box;                          // once, while a box is open
+  std::function<bool(TImportTimeSeriesForm&)> on_import; // what is done in it; whether it closes by OK
+  bool running = false;                                  // as if a restart file is being loaded
+  std::filesystem::path folder;                          // of the data file
+  std::optional<std::string> file;                       // chosen in file dialogs
+  std::string file_filter;                               // of the last one
+  bool replaced_while_asking = false;                    // the data set, while a file dialog is open
+  box_answer answer = box_answer::ok;                    // to boxes
+  std::function<void()> in_long_work;                    // what happens during it
+  bool cancels_long_work = false;                        // at once
+  form* open = nullptr;                                  // notified of replacements
 
   prevesk_dataset_data_type* data_set() override { return &data; }
   std::uint64_t generation() const override { return generation_; }
@@ -57,6 +62,7 @@ public:
   void redo() override { move(undone_, steps_); }
   void forget_steps() { steps_.clear(), undone_.clear(); }
   TFillCalculateForm& fill_calculate_form() override { return fill_; }
+  TImportTimeSeriesForm& import_form() override { return import_; }
   bool logging_enabled() const override { return false; }
   void set_logging_enabled(bool) override {}
   int diagnostic_level() const override { return 0; }
@@ -72,11 +78,22 @@ public:
     if (on_box) std::exchange(on_box, nullptr)();
     return answer;
   }
-  std::optional<std::string> ask_file(const file_dialog&) override {
+  std::optional<std::string> ask_file(const file_dialog& dialog) override {
     if (replaced_while_asking) ++generation_;
+    file_filter = dialog.filter;
     return file;
   }
   std::optional<std::string> ask_folder(const std::string&, const std::string&) override { return std::nullopt; }
+  bool run_long_work(const std::string& what, const std::function<void(work_progress&)>& work) override {
+    if (in_long_work) in_long_work();
+    return !cancels_long_work && user_questions::run_long_work(what, work);
+  }
+  // A job's end, or the like.
+  void replace_data(const prevesk_dataset_data_type& next) {
+    data = next;
+    ++generation_;
+    if (open) open->data_set_replaced();
+  }
   bool show_form(form& shown) override {
     if (auto* times = dynamic_cast<TRegularTimesForm*>(&shown)) return on_regular_times(*times);
     if (auto* segments = dynamic_cast<TSelectSegmentsForm*>(&shown)) {
@@ -84,6 +101,10 @@ public:
       return on_select_segments(*segments);
     }
     if (auto* copies = dynamic_cast<TCopySeriesForm*>(&shown)) return on_copy_series(*copies);
+    if (auto* import = dynamic_cast<TImportTimeSeriesForm*>(&shown)) {
+      import->FormShow();
+      return on_import(*import);
+    }
     if (expression) fill_.FillCalculateEdit = *expression;
     return expression.has_value();
   }
@@ -111,6 +132,7 @@ private:
   history steps_, undone_;
   std::uint64_t generation_ = 0;
   TFillCalculateForm fill_;
+  TImportTimeSeriesForm import_{*this};
 };
 
 } // namespace vesk

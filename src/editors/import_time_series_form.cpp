@@ -1,0 +1,431 @@
+#include "editors/import_time_series_form.h"
+
+#include "charts/graph_form.h"
+#include "platform/counted.h"
+
+#include <algorithm>
+
+namespace vesk {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* error_title = "Error";
+constexpr const char* import_error_title = "Import error";
+
+const file_dialog source_dialog{
+    file_dialog::kind::open, "Select file",
+    "All recognized types|*.db;*.dbf;*.xls;*.mdb;*.xlsx;*.ods;*.accdb;*.sqlite;*.csv;*.tsv;*.txt|"
+    "DBase Tables (*.dbf)|*.dbf|Excel Spreadsheets (*.xls)|*.xls|Access Databases (*.mdb)|*.mdb|"
+    "Paradox Tables (*.db)|*.db|"
+    "Excel Workbooks (*.xlsx)|*.xlsx|OpenDocument Spreadsheets (*.ods)|*.ods|"
+    "Access 2007 Databases (*.accdb)|*.accdb|SQLite Databases (*.sqlite;*.db)|*.sqlite;*.db|"
+    "Text Tables (*.csv;*.tsv;*.txt)|*.csv;*.tsv;*.txt|All Files (*)|*",
+    ""};
+
+using query = import_query_descriptor;
+
+constexpr import_option option_rows[] = {
+    {"RestrictDateRangeCheckBox", "Restrict query date range to model input date range",
+     &query::restrict_to_run_period},
+    {"AverageDuplicatesCheckBox", "Average duplicate records", &query::average_duplicates},
+    {"ReplaceExistingCheckBox", "Replace existing records", &query::replace_existing},
+    {"DeferImportCheckBox", "Defer import of data until model is run", &query::deferred},
+    {"DrillDownCheckBox", "Drill down", nullptr},
+};
+
+std::optional<std::size_t> position_of(const std::vector<std::string>& names, const std::string& name) {
+  const auto found = std::ranges::find(names, name);
+  return found == names.end() ? std::nullopt : std::optional(static_cast<std::size_t>(found - names.begin()));
+}
+
+// After a change of table: the query's own field where the table has it, else the one of the usual name, else the
+// query's own until the user chooses another.
+void choose_field(const import_query& source, std::string& field, std::string_view usual_name) {
+  if (position_of(source.field_names, field)) return;
+  for (const std::string& name : source.field_names)
+    if (equal_ignoring_case(name, usual_name)) field = name;
+}
+
+void choose_fields(import_query& source) {
+  choose_field(source, source.stored.date_time_field, "DATE_TIME");
+  choose_field(source, source.stored.value_field, "RESULT");
+}
+
+void take_table(import_query& source, const std::string& table) {
+  source.set_table(table);
+  source.clear_conditions();
+  choose_fields(source);
+}
+
+std::unique_ptr<general_graph_data> graph_of(const point_list& points) {
+  auto data = std::make_unique<general_graph_data>(static_cast<std::int32_t>(points.size()));
+  for (std::size_t i = 0; i < points.size(); ++i) {
+    data->x[i] = points[i].days_since(days_to_1970);
+    data->y[i] = points[i].value;
+  }
+  return data;
+}
+
+} // namespace
+
+TImportTimeSeriesForm::TImportTimeSeriesForm(editor_host& host)
+    : conditions_(query_, [this] { return ConditionTable.active_row(); }), host_(host) {
+  conditions_.OnValuesWanted = [this](std::size_t row) {
+    const auto read = [this, row] { refresh_values(row); };
+    later ? later(read) : read();
+  };
+  ConditionTable.OnEndChange = [this](bool) { changed(); };
+  ConditionTable.OnEnteringRow = [this](std::size_t) { changed(); };
+}
+
+std::span<const import_option> TImportTimeSeriesForm::options() {
+  return option_rows;
+}
+
+void TImportTimeSeriesForm::begin(const series_ref& target, std::string editor_caption, std::string series_name) {
+  target_ = target;
+  editor_caption_ = std::move(editor_caption);
+  series_name_ = std::move(series_name);
+  const stored_series* series = find_series(*host_.data_set(), target_);
+  query_ = import_query(series ? *series->query : query(), host_.data_folder());
+  message_.clear();
+  report_.clear();
+  ConditionTable.give_up_refused();
+  clear_results();
+  show_lists();
+}
+
+// Background reads.
+
+template <class Work>
+auto TImportTimeSeriesForm::work_on_query(const char* title, Work work) {
+  using value = std::invoke_result_t<Work&, import_query&, const prevesk_dataset_data_type&>;
+  struct outcome {
+    import_query worked_on;
+    value result;
+  };
+  message_.clear();
+  import_query copy = query_; // with the source: it need not be opened again
+  copy.engine.take_connection(query_.engine);
+  const std::string what = "Reading " + copy.stored.file_name;
+  const std::uint64_t generation = host_.generation();
+  std::optional<value> result;
+  try {
+    auto came = host_.with_progress(what, [copy = std::move(copy), work = std::move(work)](
+                                              prevesk_dataset_data_type& data, work_progress&) mutable {
+      value made = work(copy, data);
+      return outcome{std::move(copy), std::move(made)};
+    });
+    if (came) {
+      query_ = std::move(came->worked_on);
+      result.emplace(std::move(came->result));
+    } else if (host_.generation() == generation) {
+      message_ = "Cancelled. Nothing was changed.";
+    } else {
+      message_ = "The data set was replaced while the table was read. Repeat the command.";
+    }
+  } catch (const std::exception& error) {
+    if (title)
+      host_.questions().message_box(title, error.what(), box_buttons::ok);
+    else
+      message_ = error.what();
+  }
+  show_lists();
+  return result;
+}
+
+// A query that is not complete is no failure here, and a source that cannot be read is reported without a box.
+void TImportTimeSeriesForm::FormShow() {
+  if (query_.stored.file_name.empty()) return say("Select the file that holds the data.");
+  work_on_query(nullptr, [](import_query& source, const prevesk_dataset_data_type&) {
+    source.read_lists();
+    if (source.stored.date_time_field.empty()) choose_field(source, source.stored.date_time_field, "DATE_TIME");
+    if (source.stored.value_field.empty()) choose_field(source, source.stored.value_field, "RESULT");
+    return true;
+  });
+}
+
+bool TImportTimeSeriesForm::open_source(const std::string& file_name) {
+  clear_results();
+  return work_on_query(error_title,
+                       [file_name](import_query& source, const prevesk_dataset_data_type&) {
+                         source.set_file(file_name);
+                         if (source.source_kind == source_several_tables)
+                           take_table(source, source.tables.empty() ? "" : source.tables.front());
+                         source.clear_conditions();
+                         choose_fields(source);
+                         return true;
+                       })
+      .has_value();
+}
+
+void TImportTimeSeriesForm::refresh_values(std::size_t condition) {
+  if (condition >= query_.stored.conditions.size()) return;
+  const std::string typed = query_.stored.conditions[condition].value_text;
+  const auto has_value =
+      work_on_query(error_title, [condition](import_query& source, const prevesk_dataset_data_type&) {
+        source.refresh_values(condition);
+        return source.choices[condition].selected_value >= 0;
+      });
+  if (has_value && !*has_value && !typed.empty())
+    say(query_.stored.conditions[condition].field_name + " has no value \"" + typed + "\" in this table.");
+}
+
+// What is shown.
+
+void TImportTimeSeriesForm::show_lists() {
+  ConditionTable.display_rows();
+  changed();
+}
+
+void TImportTimeSeriesForm::clear_results() {
+  has_results_ = false;
+  results_.show({});
+  ResultsTable.show(results_);
+}
+
+void TImportTimeSeriesForm::changed() const {
+  if (OnChange) OnChange();
+}
+
+void TImportTimeSeriesForm::say(std::string message) {
+  message_ = std::move(message);
+  changed();
+}
+
+std::optional<std::size_t> TImportTimeSeriesForm::table() const {
+  return find_table_name(query_.tables, query_.stored.table_name);
+}
+
+std::optional<std::size_t> TImportTimeSeriesForm::date_time_field() const {
+  return position_of(query_.field_names, query_.stored.date_time_field);
+}
+
+std::optional<std::size_t> TImportTimeSeriesForm::value_field() const {
+  return position_of(query_.field_names, query_.stored.value_field);
+}
+
+bool TImportTimeSeriesForm::is_on(const import_option& option) const {
+  return option.member ? query_.stored.*option.member : query_.drill_down;
+}
+
+std::string TImportTimeSeriesForm::sql() const {
+  try {
+    return query_.stored.table_name.empty() ? std::string() : query_.build_sql(*host_.data_set());
+  } catch (const query_exception& error) { // a number in a condition that has no meaning
+    return error.what();
+  }
+}
+
+std::string TImportTimeSeriesForm::value_note() const {
+  const std::size_t row = ConditionTable.active_row();
+  if (query_.stored.conditions.empty()) return "No conditions: all rows are taken.";
+  if (row >= query_.choices.size() || query_.choices[row].value_count <= most_listed) return {};
+  return query_.stored.conditions[row].field_name + ": the first " + std::to_string(most_listed) + " of " +
+         std::to_string(query_.choices[row].value_count) + " values are listed; others can be typed.";
+}
+
+std::string TImportTimeSeriesForm::results_note() const {
+  if (!has_results_) return "Results: choose Run query to see the rows.";
+  const shown_rows& rows = results_.rows();
+  if (rows.total == 0) return "Results: no rows";
+  if (rows.total <= rows.row_count()) return "Results: " + counted(rows.total, "row");
+  return "Results: the first " + std::to_string(rows.row_count()) + " of " + counted(rows.total, "row");
+}
+
+void TImportTimeSeriesForm::data_set_replaced() {
+  const bool is_there = find_series(*host_.data_set(), target_) != nullptr;
+  say(is_there ? "A job has replaced the data set. Your query is kept."
+               : "A job has replaced the data set, and this series is not in it any more. Only Cancel is possible.");
+}
+
+// Controls.
+
+void TImportTimeSeriesForm::NameEditChange(const std::string& name) {
+  query_.stored.name = name;
+}
+
+// A source in or below the data file's folder moves together with it.
+std::string TImportTimeSeriesForm::name_to_store(const std::string& file) const {
+  const fs::path folder = host_.data_folder();
+  if (folder.empty()) return file;
+  const fs::path relative =
+      fs::absolute(file).lexically_normal().lexically_relative(fs::absolute(folder / "").lexically_normal());
+  return relative.empty() || *relative.begin() == ".." ? file : relative.string();
+}
+
+void TImportTimeSeriesForm::BrowseButtonClick() {
+  const std::uint64_t generation = host_.generation();
+  const auto file = host_.questions().ask_file(source_dialog);
+  if (file && host_.generation() == generation) open_source(name_to_store(*file));
+}
+
+bool TImportTimeSeriesForm::FileNameEditChange(const std::string& name) {
+  return name == query_.stored.file_name || open_source(name);
+}
+
+void TImportTimeSeriesForm::TableListChange(std::size_t position) {
+  if (position >= query_.tables.size() || position == table()) return;
+  clear_results();
+  work_on_query(error_title, [name = query_.tables[position]](import_query& source, const prevesk_dataset_data_type&) {
+    take_table(source, name);
+    return true;
+  });
+}
+
+void TImportTimeSeriesForm::DateTimeFieldChange(std::size_t position) {
+  if (position < query_.field_names.size()) query_.stored.date_time_field = query_.field_names[position];
+  changed();
+}
+
+void TImportTimeSeriesForm::ValueFieldChange(std::size_t position) {
+  if (position < query_.field_names.size()) query_.stored.value_field = query_.field_names[position];
+  changed();
+}
+
+// The lists of all conditions follow the box.
+void TImportTimeSeriesForm::OptionClick(const import_option& option, bool on) {
+  (option.member ? query_.stored.*option.member : query_.drill_down) = on;
+  if (option.member || query_.stored.conditions.empty()) return changed();
+  work_on_query(error_title, [](import_query& source, const prevesk_dataset_data_type&) {
+    for (std::size_t i = 0; i < source.stored.conditions.size(); ++i) source.refresh_values(i);
+    return true;
+  });
+}
+
+void TImportTimeSeriesForm::InsertButtonClick() {
+  ConditionTable.give_up_refused();
+  query_.insert_condition();
+  const std::size_t row = query_.stored.conditions.size() - 1;
+  ConditionTable.display_rows();
+  ConditionTable.set_active(row, condition_grid::field_column);
+  refresh_values(row);
+}
+
+void TImportTimeSeriesForm::DeleteButtonClick() {
+  const std::size_t row = ConditionTable.active_row();
+  if (row >= query_.stored.conditions.size()) return say("There is no condition to delete.");
+  ConditionTable.give_up_refused();
+  query_.remove_condition(row);
+  message_.clear();
+  show_lists();
+}
+
+void TImportTimeSeriesForm::RunQueryButtonClick() {
+  clear_results();
+  auto rows = work_on_query(error_title, [](import_query& source, const prevesk_dataset_data_type& data) {
+    return read_shown_rows(source, data);
+  });
+  if (!rows) return;
+  results_.show(std::move(*rows));
+  has_results_ = true;
+  ResultsTable.show(results_);
+  changed();
+}
+
+void TImportTimeSeriesForm::ResetAllButtonClick() {
+  query fresh;
+  fresh.name = query_.stored.name;
+  query_ = import_query(std::move(fresh), host_.data_folder());
+  message_.clear();
+  ConditionTable.give_up_refused();
+  clear_results();
+  show_lists();
+}
+
+void TImportTimeSeriesForm::GraphButtonClick() {
+  const auto points =
+      work_on_query(import_error_title, [](import_query& source, const prevesk_dataset_data_type& data) {
+        point_list filled;
+        source.execute(data, filled);
+        return filled;
+      });
+  if (!points) return;
+  if (points->empty()) return say("Nothing to draw: the query found no values.");
+  auto data = graph_of(*points);
+  data->label = query_.stored.name;
+  data->steps = interpolation_of(*host_.data_set(), target_) != interpolation_linear;
+  auto graph = std::make_shared<TGraphForm>();
+  graph->add_series(std::move(data));
+  host_.questions().show_graph(std::move(graph), *this);
+}
+
+void TImportTimeSeriesForm::copy_results(bool with_headers) {
+  if (has_results_) host_.questions().set_clipboard_text(ResultsTable.do_copy(with_headers));
+}
+
+// The ways out.
+
+bool TImportTimeSeriesForm::has_target() {
+  if (find_series(*host_.data_set(), target_)) return true;
+  say("The series is not in the data set any more. Only Cancel is possible.");
+  return false;
+}
+
+bool TImportTimeSeriesForm::ImportButtonClick() {
+  if (!has_target()) return false;
+  const std::uint64_t generation = host_.generation();
+  const bool deferred = query_.stored.deferred;
+  const box_answer answer =
+      deferred
+          ? host_.questions().message_box(
+                "Confirm Live Query",
+                "You have selected the \"Import data when model is run\" checkbox.\r\n"
+                "As a result, the data will not be imported now but instead during the model run.\r\n"
+                "Click OK to continue, or click Cancel to change this now",
+                box_buttons::ok_cancel)
+          : host_.questions().message_box("Confirm Immediate Query",
+                                          "You have not selected the \"Import data when model is run\" checkbox.\r\n"
+                                          "As a result, the data will be imported now and not during the model run.\r\n"
+                                          "Click OK to continue, or click Cancel to change this now",
+                                          box_buttons::ok_cancel);
+  if (answer != box_answer::ok || host_.generation() != generation) return false;
+  clear_results();
+  if (deferred) {
+    report_ = "The query is stored. It fills the series before each run.";
+    store("Import", std::nullopt);
+    return true;
+  }
+  struct filled_series {
+    point_list points;
+    query_report report;
+  };
+  auto filled = work_on_query(import_error_title, [points = find_series(*host_.data_set(), target_)->points](
+                                                      import_query& source, const prevesk_dataset_data_type& data) {
+    filled_series made{points, {}};
+    made.report = source.execute(data, made.points);
+    return made;
+  });
+  if (!filled) return false;
+  report_ = in_words("Imported", query_.stored, filled->report) + (filled->report.rows > 0 ? "." : "");
+  store("Import", std::move(filled->points));
+  return true;
+}
+
+bool TImportTimeSeriesForm::FormCloseQuery(bool by_ok) {
+  if (!by_ok) return true;
+  if (ConditionTable.refused() || !has_target()) return false;
+  store("Query", std::nullopt);
+  return true;
+}
+
+// One step of the history. The points are put in order here, so that this belongs to it.
+void TImportTimeSeriesForm::store(const char* label, std::optional<point_list> points) {
+  const stored_series& series = *find_series(*host_.data_set(), target_);
+  query present = *series.query;
+  // Opening a file that is one table names it as the table, too; that alone is no change.
+  if (query_.source_kind == source_one_table && present.file_name == query_.stored.file_name)
+    present.table_name = query_.stored.table_name;
+  const bool is_other_query = present != query_.stored;
+  if (!points) points = series.points;
+  sort_by_moment(*points);
+  if (!is_other_query && *points == series.points) return;
+  host_.begin_step(editor_caption_ + ": " + label, {});
+  edit_series(*host_.data_set(), target_).points = std::move(*points);
+  if (is_other_query) edit_series(*host_.data_set(), target_).query.edit() = query_.stored;
+  host_.end_step(true);
+}
+
+} // namespace vesk

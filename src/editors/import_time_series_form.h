@@ -1,0 +1,110 @@
+// TImportTimeSeriesForm: defines the stored query of a series, and fills the series by it.
+//
+// It works on a copy of the query. Import and OK put that into the data set, in one step of the history; until then,
+// and after any failure, series and query are as they were. Everything that reads a table does so in the background.
+// Main thread only.
+#pragma once
+
+#include "charts/fill_calc_table.h"
+#include "dataset/series.h"
+#include "editors/condition_grid.h"
+#include "editors/editor_host.h"
+#include "editors/form.h"
+#include "editors/shown_rows_grid.h"
+#include "query/import_query.h"
+
+#include <functional>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace vesk {
+
+// A check box of the dialog and the member of the query that it is.
+struct import_option {
+  const char* control;
+  const char* label;
+  bool import_query_descriptor::*member; // null: drill_down, which is not stored
+};
+
+class TImportTimeSeriesForm final : public form {
+private:
+  import_query query_; // the working query
+  condition_grid conditions_;
+  shown_rows_grid results_;
+
+public:
+  explicit TImportTimeSeriesForm(editor_host& host);
+
+  // Before it is shown: the series that it is about, the caption of the editor that shows it, and the series' name.
+  void begin(const series_ref& target, std::string editor_caption, std::string series_name);
+
+  std::string_view class_name() const override { return "TImportTimeSeriesForm"; }
+  std::string caption() const override { return "Import Time Series"; }
+  void FormShow() override;
+  bool FormCloseQuery(bool by_ok) override; // OK stores the query
+  void data_set_replaced() override;
+
+  // What is shown.
+  const import_query_descriptor& stored() const { return query_.stored; }
+  const std::vector<std::string>& tables() const { return query_.tables; } // empty: the file is one table
+  const std::vector<std::string>& field_names() const { return query_.field_names; }
+  // Positions in these lists; nothing where the list lacks what the query names.
+  std::optional<std::size_t> table() const;
+  std::optional<std::size_t> date_time_field() const;
+  std::optional<std::size_t> value_field() const;
+  static std::span<const import_option> options();
+  bool is_on(const import_option& option) const;
+  std::string sql() const;          // empty while a condition has no value
+  std::string value_note() const;   // under the conditions: how much of the active row's list is shown
+  std::string results_note() const; // above the results
+  const std::string& series_name() const { return series_name_; }
+  const std::string& message() const { return message_; } // about the last command
+  const std::string& report() const { return report_; }   // what Import has done, for the editor
+
+  TFillCalcTable ConditionTable{conditions_}, ResultsTable{results_};
+
+  // Set by the window. `OnChange` follows every change of what is shown. `later` runs its argument when the present
+  // event has been dealt with, since a background read must not begin in the middle of an edit; at once without it.
+  std::function<void()> OnChange;
+  std::function<void(std::function<void()>)> later;
+
+  // Controls.
+  void NameEditChange(const std::string& name);
+  void BrowseButtonClick();
+  bool FileNameEditChange(const std::string& name); // false: it cannot be read, and the query is as before
+  void TableListChange(std::size_t position);
+  void DateTimeFieldChange(std::size_t position);
+  void ValueFieldChange(std::size_t position);
+  void OptionClick(const import_option& option, bool on);
+  void InsertButtonClick(); // a condition
+  void DeleteButtonClick(); // the active condition
+  void RunQueryButtonClick();
+  bool ImportButtonClick(); // true: done, and the dialog closes as by OK
+  void GraphButtonClick();
+  void ResetAllButtonClick();
+  void copy_results(bool with_headers); // the selected cells
+
+private:
+  // Does work(query, data) on the working query in the background and takes both the query and the value. Nothing after
+  // a failure, which is shown under `title`, and after Cancel; the working query is then as it was.
+  template <class Work>
+  auto work_on_query(const char* title, Work work);
+  bool open_source(const std::string& file_name);
+  void refresh_values(std::size_t condition);
+  void show_lists(); // the conditions and all else, after a change
+  void clear_results();
+  void changed() const;
+  void say(std::string message);
+  bool has_target(); // otherwise says so
+  std::string name_to_store(const std::string& file) const;
+  void store(const char* label, std::optional<point_list> points);
+
+  editor_host& host_;
+  series_ref target_;
+  std::string editor_caption_, series_name_, message_, report_;
+  bool has_results_ = false;
+};
+
+} // namespace vesk
