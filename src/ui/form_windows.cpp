@@ -9,6 +9,7 @@
 #include "ui/fields_dialog.h"
 #include "ui/fill_calculate_dialog.h"
 #include "ui/graph_window.h"
+#include "ui/import_dialog.h"
 #include "ui/parameters_dialog.h"
 #include "ui/preferences_dialog.h"
 #include "ui/select_segments_dialog.h"
@@ -30,6 +31,10 @@ form_windows::window form_windows::make(form& wanted) {
   }
   if (auto* copies = dynamic_cast<TCopySeriesForm*>(&wanted)) {
     auto* dialog = new copy_series_dialog(&parent_, *copies);
+    return {dialog, [dialog] { dialog->reload(); }};
+  }
+  if (auto* import = dynamic_cast<TImportTimeSeriesForm*>(&wanted)) {
+    auto* dialog = new import_dialog(&parent_, *import);
     return {dialog, [dialog] { dialog->reload(); }};
   }
   if (auto* expression = dynamic_cast<TFillCalculateForm*>(&wanted))

@@ -4,17 +4,25 @@
 #include "dataset/same_content.h"
 #include "dataset/vki_file.h"
 #include "driver.h"
+#include "editors/import_time_series_form.h"
 #include "query/cancellation.h"
 #include "sqlite_file.h"
+#include "typist.h"
 
 #include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
 #include <QLabel>
 #include <QProgressBar>
+#include <QTableView>
+#include <QTest>
 #include <atomic>
 #include <thread>
 
 namespace vesk {
 namespace {
+
+namespace fs = std::filesystem;
 
 // Presses Cancel in the box of long work.
 bool cancel_work(QWidget* box) {
@@ -106,6 +114,99 @@ TEST(LongWork, CancelEndsTheQueriesOfACommandAndOfARun) {
   EXPECT_EQ(program.form().active_thread, nullptr);
   EXPECT_TRUE(same_content(before, *program.form().current_data_set));
   EXPECT_EQ(program.form().failures(), 0);
+}
+
+class ImportSeries : public testing::Test {
+protected:
+  ImportSeries() {
+    fs::copy(SAMPLE, folder.path / "river.vki");
+    for (const char* table : {"roanoke_daily.xlsx", "roanoke_daily.sqlite"})
+      fs::copy(fs::path(TEST_DATA) / "tables" / table, folder.path / table);
+    program.form().open_file(folder.file("river.vki"));
+  }
+
+  TImportTimeSeriesForm& form() { return program.form().import_form(); }
+  const time_function_data_type& light() { return program.form().current_data_set->time_functions[1]; }
+  static double sum_of(const point_list& points) {
+    double sum = 0;
+    for (const auto& point : points) sum += point.value;
+    return sum;
+  }
+
+  temporary_folder folder;
+  running_program program;
+};
+
+// The keyboard alone: a new query on a sheet, with a condition, over all years.
+TEST_F(ImportSeries, FromAWorkbookByKeyboard) {
+  const char* const dialog = "ImportTimeSeriesForm";
+  typist user;
+  user.in("PreveskMainForm").keys("Alt+D").keys("T").in("TimeFunctionsForm").keys("Down").go_to("TFFillCalcTable");
+  user.keys("Alt+M").in(dialog).until([this] { return QApplication::activeModalWidget() != nullptr; });
+  user.keys("Alt+B").in("file_dialog").text(QString::fromStdString(folder.file("roanoke_daily.xlsx"))).keys("Return");
+  user.in(dialog).until([this] { return form().field_names().size() == 7; });
+  user.go_to("DateTimeFieldList").text("SA").until([this] { return form().date_time_field() == 1U; });
+  user.go_to("ValueFieldList").text("DO").until([this] { return form().value_field() == 6U; });
+  user.go_to("RestrictDateRangeCheckBox").keys("Space").keys("Alt+I").go_to("ConditionTable");
+  user.until([this] { return !form().stored().conditions.empty(); });
+  user.keys("F2").text("SITE").keys("Return").until(
+      [this] { return form().stored().conditions[0].field_name == "SITE_NO"; });
+  user.keys("Right", 2).keys("F2").keys("Down").keys("Return");
+  user.until([this] { return form().stored().conditions[0].value_text == "02080500"; });
+  user.keys("F2").keys("Down").keys("Return").until(
+      [this] { return form().sql() == "SELECT * FROM [daily] WHERE (SITE_NO='02081022') ORDER BY SAMPLED"; });
+  user.keys("Alt+Q").until([this] { return form().results_note() == "Results: 1823 rows"; }).picture("import");
+  user.keys("Alt+M").in("message_box").picture("import_question").keys("Return");
+  user.in("TimeFunctionsForm").until([this] { return light().points.size() == 1677; }).picture("imported");
+  user.leave_by("OK").work();
+  ASSERT_EQ(light().points.size(), 1677U);
+  EXPECT_NEAR(sum_of(light().points), 14706, 1);
+  EXPECT_EQ(light().query->file_name, "roanoke_daily.xlsx");
+  EXPECT_EQ(light().query->table_name, "daily");
+}
+
+// The mouse: a series from a database, at the smallest size that the program is made for.
+TEST_F(ImportSeries, FromADatabaseByMouse) {
+  const auto choose = [](QWidget* dialog, const char* list, const char* item) {
+    auto* box = find<QComboBox>(dialog, list);
+    box->setCurrentIndex(box->findText(item));
+    emit box->activated(box->currentIndex());
+    QApplication::processEvents();
+  };
+  int stage = 0;
+  // Called again for the windows that come while one of its buttons is down.
+  const std::function<bool(QWidget*)> answer = [&](QWidget* window) {
+    if (window->objectName() == "file_dialog")
+      return !choose_file(window, QString::fromStdString(folder.file("roanoke_daily.sqlite")));
+    if (window->objectName() == "message_box") return !press(window, "OK");
+    if (stage == 0 && window->objectName() == "TimeFunctionsForm") {
+      stage = 1;
+      auto* functions = find<QTableView>(window, "TheFillCalcTable");
+      functions->setCurrentIndex(functions->model()->index(1, 0));
+      EXPECT_TRUE(press(window, "Import"));
+      EXPECT_EQ(light().points.size(), 1827U);
+      return press(window, "OK");
+    }
+    if (window->objectName() != "ImportTimeSeriesForm") return false;
+    if (stage == 1) {
+      stage = 2;
+      window->resize(700, 500);
+      EXPECT_TRUE(press(window, "Browse..."));
+    } else if (stage == 2 && form().field_names().size() == 7) {
+      stage = 3;
+      expect_accessible(window);
+      EXPECT_LE(window->height(), 500);
+      EXPECT_LE(window->width(), 700);
+      choose(window, "DateTimeFieldList", "SAMPLED");
+      choose(window, "ValueFieldList", "FLOW_CFS");
+      QTest::mouseClick(find<QCheckBox>(window, "RestrictDateRangeCheckBox"), Qt::LeftButton, {}, {8, 8});
+      take_picture(window, "import_small");
+      EXPECT_TRUE(press(window, "Import"));
+    }
+    return false;
+  };
+  with_dialog([&] { program.trigger("TimeFunctionsItem"); }, answer);
+  EXPECT_NEAR(sum_of(light().points), 11'051'140, 1);
 }
 
 } // namespace
