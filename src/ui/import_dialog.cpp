@@ -30,7 +30,8 @@ namespace vesk {
 
 namespace {
 
-constexpr int usual_width = 860, usual_height = 640, screen_margin = 60, least_grid_height = 84, sql_lines = 2;
+constexpr int usual_width = 860, usual_height = 640, screen_margin = 60, least_grid_height = 84, sql_lines = 2,
+              condition_width = 130;
 
 QLabel* plain_label(const char* name) {
   auto* label = new QLabel;
@@ -101,6 +102,7 @@ import_dialog::import_dialog(QWidget* parent, TImportTimeSeriesForm& form)
   halves->setChildrenCollapsible(false);
   halves->addWidget(condition_part());
   halves->addWidget(result_part());
+  halves->setSizes({usual_width / 2, usual_width / 2});
   auto* column = new QVBoxLayout(this);
   column->addWidget(source_rows());
   column->addLayout(option_rows());
@@ -189,6 +191,8 @@ QBoxLayout* import_dialog::option_rows() {
 QWidget* import_dialog::condition_part() {
   conditions_->setObjectName("ConditionTable");
   conditions_->setMinimumHeight(scaled(least_grid_height, *this));
+  for (const auto column : {condition_grid::field_column, condition_grid::value_column}) // an entry does not widen them
+    conditions_->setColumnWidth(static_cast<int>(column), scaled(condition_width, *this));
   auto* part = new QWidget;
   auto* column = new QVBoxLayout(part);
   column->setContentsMargins(0, 0, 0, 0);

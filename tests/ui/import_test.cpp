@@ -151,10 +151,9 @@ TEST_F(ImportSeries, FromAWorkbookByKeyboard) {
   user.until([this] { return !form().stored().conditions.empty(); });
   user.keys("F2").text("SITE").keys("Return").until(
       [this] { return form().stored().conditions[0].field_name == "SITE_NO"; });
-  user.keys("Right", 2).keys("F2").keys("Down").keys("Return");
-  user.until([this] { return form().stored().conditions[0].value_text == "02080500"; });
-  user.keys("F2").keys("Down").keys("Return").until(
-      [this] { return form().sql() == "SELECT * FROM [daily] WHERE (SITE_NO='02081022') ORDER BY SAMPLED"; });
+  user.keys("Right", 2).keys("F2").text("02081022").keys("Return").until([this] {
+    return form().sql() == "SELECT * FROM [daily] WHERE (SITE_NO='02081022') ORDER BY SAMPLED";
+  });
   user.keys("Alt+Q").until([this] { return form().results_note() == "Results: 1823 rows"; }).picture("import");
   user.keys("Alt+M").in("message_box").picture("import_question").keys("Return");
   user.in("TimeFunctionsForm").until([this] { return light().points.size() == 1677; }).picture("imported");
@@ -173,39 +172,32 @@ TEST_F(ImportSeries, FromADatabaseByMouse) {
     emit box->activated(box->currentIndex());
     QApplication::processEvents();
   };
-  int stage = 0;
-  // Called again for the windows that come while one of its buttons is down.
-  const std::function<bool(QWidget*)> answer = [&](QWidget* window) {
-    if (window->objectName() == "file_dialog")
-      return !choose_file(window, QString::fromStdString(folder.file("roanoke_daily.sqlite")));
-    if (window->objectName() == "message_box") return !press(window, "OK");
-    if (stage == 0 && window->objectName() == "TimeFunctionsForm") {
-      stage = 1;
-      auto* functions = find<QTableView>(window, "TheFillCalcTable");
-      functions->setCurrentIndex(functions->model()->index(1, 0));
-      EXPECT_TRUE(press(window, "Import"));
-      EXPECT_EQ(light().points.size(), 1827U);
-      return press(window, "OK");
-    }
+  const auto in_import = [&](QWidget* window) {
     if (window->objectName() != "ImportTimeSeriesForm") return false;
-    if (stage == 1) {
-      stage = 2;
-      window->resize(700, 500);
-      EXPECT_TRUE(press(window, "Browse..."));
-    } else if (stage == 2 && form().field_names().size() == 7) {
-      stage = 3;
-      expect_accessible(window);
-      EXPECT_LE(window->height(), 500);
-      EXPECT_LE(window->width(), 700);
-      choose(window, "DateTimeFieldList", "SAMPLED");
-      choose(window, "ValueFieldList", "FLOW_CFS");
-      QTest::mouseClick(find<QCheckBox>(window, "RestrictDateRangeCheckBox"), Qt::LeftButton, {}, {8, 8});
-      take_picture(window, "import_small");
-      EXPECT_TRUE(press(window, "Import"));
-    }
-    return false;
+    window->resize(700, 500);
+    with_dialog([&] { press(window, "Browse..."); },
+                [&](QWidget* dialog) {
+                  return choose_file(dialog, QString::fromStdString(folder.file("roanoke_daily.sqlite")));
+                });
+    EXPECT_EQ(form().field_names().size(), 7U);
+    expect_accessible(window);
+    choose(window, "DateTimeFieldList", "SAMPLED");
+    choose(window, "ValueFieldList", "FLOW_CFS");
+    QTest::mouseClick(find<QCheckBox>(window, "RestrictDateRangeCheckBox"), Qt::LeftButton, {}, {8, 8});
+    take_picture(window, "import_small");
+    EXPECT_LE(window->height(), 500);
+    EXPECT_LE(window->width(), 700);
+    with_dialog([&] { press(window, "Import"); }, [](QWidget* box) { return press(box, "OK"); });
+    return true;
   };
-  with_dialog([&] { program.trigger("TimeFunctionsItem"); }, answer);
+  with_dialog([&] { program.trigger("TimeFunctionsItem"); },
+              [&](QWidget* dialog) {
+                auto* functions = find<QTableView>(dialog, "TheFillCalcTable");
+                functions->setCurrentIndex(functions->model()->index(1, 0));
+                with_dialog([&] { press(dialog, "Import"); }, in_import);
+                EXPECT_EQ(light().points.size(), 1827U);
+                return press(dialog, "OK");
+              });
   EXPECT_NEAR(sum_of(light().points), 11'051'140, 1);
 }
 
