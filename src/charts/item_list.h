@@ -27,8 +27,8 @@ public:
   // Whether an entry may also be a text that is not among the items; `find` then says what it means.
   virtual bool takes_other_texts() const { return false; }
 
-  // How expressions number the items: by position from 0, unless a list has its own way. `item_of` gives nothing for a
-  // number that is not an item's.
+  // The numbers of the items in expressions: their positions from 0, unless a list overrides this. `item_of` gives
+  // nothing for a number without an item.
   virtual double number_of(std::size_t item) const { return static_cast<double>(item); }
   virtual std::optional<std::size_t> item_of(double number) const;
 };
