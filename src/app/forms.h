@@ -39,8 +39,7 @@ struct program_forms {
   program_forms(editor_host& host, const std::string& edition)
       : data_set(host), systems(host), segments(host), exchanges_flows(host), parameters(host), constants(host),
         time_functions(host), print_interval(host), time_step(host), output_control(host), seed_date(host), loads(host),
-        boundaries(host), project(host), preferences(host), about(edition),
-        import_time_series(host) {}
+        boundaries(host), project(host), preferences(host), about(edition), import_time_series(host) {}
 
   TParametersForm data_set;
   TSystemForm systems;

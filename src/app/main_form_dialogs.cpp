@@ -16,8 +16,9 @@ TImportTimeSeriesForm& TPreveskMainForm::import_form() {
   return forms_->import_time_series;
 }
 
-// A dialog's own steps can be undone in it. After a Cancel they are still there, before the step of the Cancel itself.
-// Work after the dialog, such as finding boundaries, belongs to its last step; a dialog that adds none is one step.
+// A dialog's own steps can be undone in it. After Cancel they remain in the history, before the step of the Cancel
+// itself. Work after the dialog, such as finding boundaries, belongs to its last step; a dialog without own steps is
+// one step.
 void TPreveskMainForm::edit(form& editor, void (TPreveskMainForm::*on_ok)(), void (TPreveskMainForm::*on_close)()) {
   if (!current_data_set) return;
   commit_snapshot();
