@@ -56,7 +56,7 @@ Form form_of(const std::string& file) {
 std::string named_file(Host& host) {
   std::string file = host.string("FILENAME");
   host.stop_if_cancelled(); // a name that is too long has made the job fail
-  if (file.empty()) throw InputError("No file is named.");
+  if (file.empty()) throw InputError("No file name was given.");
   return file;
 }
 

@@ -87,7 +87,7 @@ std::unique_ptr<HydroFile> open_hydro_file(Host& host) {
   if (const int type = host.integer("HYDROTYPE"); type != 0)
     throw InputError(text("The hydrodynamic file type ", type, " is unknown; this engine reads type 0."));
   const std::string name = host.string("HYDROFILE");
-  if (name.empty()) throw InputError("The data set names no hydrodynamic file.");
+  if (name.empty()) throw InputError("The data set does not name a hydrodynamic file.");
   auto file =
       std::make_unique<HydroFile>(find_file(name, host.string("FILENAME")), [&host] { host.stop_if_cancelled(); });
   if (file->segments().size() > Limits::segments || file->links().size() > Limits::functions)

@@ -91,7 +91,7 @@ private:
                             ") is not a finite number. Correct or delete it."));
     }
     if (const auto back = std::ranges::is_sorted_until(points_.days); back != points_.days.end())
-      host_.warning(text("The points of ", name(), " are not in order of time: point ", back - points_.days.begin() + 1,
+      host_.warning(text("The points of ", name(), " are not in time order: point ", back - points_.days.begin() + 1,
                          " (day ", *back,
                          ") is before the one above it. Values between them may be wrong; sort them."));
     days_.add(points_);

@@ -50,7 +50,7 @@ public:
   void go() {
     host_.info(text("Running ", library_, " with ", state_.volume.size(), " segments from ", input_.start.iso(' '),
                     " over ", input_.days, " days by ", technique_name(input_.technique), "."));
-    if (input_.debug > 0) tell_network();
+    if (input_.debug > 0) report_network();
     warn_of_exceedances();
     for (bool prints = true;; prints = event_.prints) {
       const bool at_end = state_.day >= input_.days;
@@ -93,11 +93,11 @@ private:
       writers_.push_back({make_csv_writer(input_.base, run, input_.csv_outputs), &input_.csv_outputs});
   }
 
-  void tell_network() {
+  void report_network() {
     host_.info(text(input_.problem.flows.size(), " flow pairs and ", input_.problem.exchanges.size(),
                     " exchange pairs make ", equations_.network().link_count(), " links; ",
-                    equations_.network().far_terms().size(), " neighbours are not numbered one after the other; ",
-                    equations_.classes().size(), " ways in which systems are carried."));
+                    equations_.network().far_terms().size(), " neighbours are not numbered consecutively; ",
+                    equations_.classes().size(), " groups of systems with equal transport."));
   }
 
   // Takes the forcing up to the next event, from two samples inside the interval. No sample is earlier than the one

@@ -51,7 +51,7 @@ std::string RunReport::water_balance(const WaterBalance& balance, bool linked) c
   const std::string moved = text("Water balance in m3: inflow ", shown(balance.inflow), ", outflow ",
                                  shown(balance.outflow), ", stored ", shown(balance.stored()));
   const double difference = balance.stored() - (balance.inflow - balance.outflow);
-  if (linked) return text(moved, ", of the hydrodynamic file's volumes alone ", shown(difference), ".");
+  if (linked) return text(moved, ", not explained by the flows of the hydrodynamic file ", shown(difference), ".");
   const double size = std::max({balance.at_start, balance.now, balance.inflow, balance.outflow});
   return text(moved, ", relative error ", error(size > 0 ? difference / size : 0), ".");
 }
@@ -78,8 +78,8 @@ std::string RunReport::step_summary() const {
 
 std::string RunReport::limitation(const Integrator::Limited& limited) const {
   return text("In ", limited.steps, " of ", steps_,
-              " steps reactions took less than their rates, for lack of oxygen or of "
-              "another partner; first in segment ",
+              " steps reactions were limited by a lack of oxygen or of another reactant; "
+              "first in segment ",
               numbered(problem_.segments[limited.segment], limited.segment), " on day ", shown(limited.day),
               ". Shorter steps follow such reactions more closely.");
 }

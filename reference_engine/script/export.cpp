@@ -22,7 +22,7 @@ public:
   void write(const Keyword& row) { write_below(row, 0, {}, {}); }
 
   // Call it after all rows.
-  void tell_of_values_that_no_import_takes(const std::string& file) {
+  void warn_of_values_that_cannot_be_imported(const std::string& file) {
     if (not_finite_ > 0)
       host_.warning(text(file, ": ", not_finite_, not_finite_ == 1 ? " value is" : " values are",
                          " not finite, so the file cannot be imported as it is; the first is ", first_not_finite_,
@@ -89,9 +89,9 @@ void export_script(Host& host, const std::string& file, Form form) {
   out.close();
   if (!out) throw WriteError(file, errno);
   target.publish();
-  writer.tell_of_values_that_no_import_takes(file);
-  if (form == input_form) tell_what_is_left_out(host);
-  host.info(text("Wrote ", file, "; stored queries, and values of what is switched off, are no part of such a file."));
+  writer.warn_of_values_that_cannot_be_imported(file);
+  if (form == input_form) report_what_is_left_out(host);
+  host.info(text("Wrote ", file, "; it contains no stored queries, nor values of items that are switched off."));
 }
 
 } // namespace reference_engine

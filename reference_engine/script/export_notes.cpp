@@ -181,7 +181,7 @@ std::vector<std::string> empty_time_functions(Host& host) {
 }
 
 // "what: a, b, c and 12 more."
-void tell(Host& host, const char* what, const std::vector<std::string>& names) {
+void report(Host& host, const char* what, const std::vector<std::string>& names) {
   if (names.empty()) return;
   constexpr std::size_t most = 5;
   std::string line = what;
@@ -192,13 +192,13 @@ void tell(Host& host, const char* what, const std::vector<std::string>& names) {
 
 } // namespace
 
-void tell_what_is_left_out(Host& host) {
+void report_what_is_left_out(Host& host) {
   Probe probe(host);
   probe.ask();
-  tell(host, "Unused fields become used", probe.unused_fields());
-  tell(host, "Step series become linear", probe.step_series());
-  tell(host, "Systems that are constant come back bypassed, as do those that are", systems_not_simulated(host));
-  tell(host, "Time functions in use without points come back unused", empty_time_functions(host));
+  report(host, "Unused fields become used", probe.unused_fields());
+  report(host, "Step series become linear", probe.step_series());
+  report(host, "Systems that are constant come back bypassed, as do those that are", systems_not_simulated(host));
+  report(host, "Time functions in use without points come back unused", empty_time_functions(host));
 }
 
 } // namespace reference_engine

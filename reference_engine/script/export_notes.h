@@ -7,7 +7,7 @@
 namespace reference_engine {
 
 // One info line for each kind of loss.
-void tell_what_is_left_out(Host& host);
+void report_what_is_left_out(Host& host);
 
 } // namespace reference_engine
 

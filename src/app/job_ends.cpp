@@ -166,8 +166,9 @@ void run_control::report_what_was_replaced(const document& before, bool same_doc
                           "). Undo brings it back.",
                       icon_note);
   else if (edited)
-    ui_.add_info_line(job + " has replaced the data set, which was edited meanwhile. Undo brings the edits back.",
-                      icon_note);
+    ui_.add_info_line(
+        job + " has replaced the data set, which had been edited in the meantime. Undo brings the edits back.",
+        icon_note);
   else if (failed && is_import && !replaced_by_import_.empty())
     ui_.add_info_line(job + " failed, and its partial result has replaced " + replaced_by_import_ +
                           ". Undo brings it back.",

@@ -237,8 +237,7 @@ double take_unit(std::string_view& text) {
 cell_entry read_number(const cell_type& type, std::string_view text) {
   const double unit = type.is_duration ? take_unit(text) : 1;
   if (text.size() > longest_number_entry) return refused("a number has at most 32 characters");
-  if (text.find(',') != std::string_view::npos)
-    return refused(quoted(text) + " has a comma; the decimal sign is the point");
+  if (text.find(',') != std::string_view::npos) return refused(quoted(text) + " has a comma; use a decimal point");
   std::string_view digits = text;
   if (digits.size() > 1 && digits.front() == '+' && digits[1] != '-') digits.remove_prefix(1);
   double value = 0;

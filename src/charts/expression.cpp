@@ -69,8 +69,7 @@ expression::expression(std::string_view text) : parser_(std::make_unique<parser>
     parser_->engine.SetExpr(std::string(text));
     int results = 0;
     parser_->engine.Eval(results); // compiles
-    if (results != 1)
-      throw expression_exception("The expression has a comma outside of a function; the decimal sign is the point.");
+    if (results != 1) throw expression_exception("The expression has a comma outside a function; use a decimal point.");
   } catch (const mu::ParserError& error) {
     throw expression_exception(sentence(error, text.size()));
   }

@@ -302,7 +302,7 @@ std::string usage_text() {
     text += left + row.help + "\n";
   }
   text +=
-      "\nOrder of the work: files, -IMPORT, network, hydrodynamic file, restart, set, check, queries, run, export,\n"
+      "\nOrder of tasks: files, -IMPORT, network, hydrodynamic file, restart, set, check, queries, run, export,\n"
       "save. Exit status: 0 success, 1 failure, 2 wrong usage, 130 cancelled, else the engine's return code.\n"
       "With --record or --output-dir: 64 usage, path or row, 65 data refused, 66 input missing, 69 engine or\n"
       "catalogue missing, 70 crash, 73, 74 cannot write, 75 try again, 124 time limit, 130, 143 cancelled, else the\n"

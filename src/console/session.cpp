@@ -109,14 +109,15 @@ void session::set_up() {
 // Jobs never report a log that cannot be written, but here the user has asked for one.
 void session::try_log() {
   if (form_.log_file_name.empty())
-    return tell_log_loss("There is no folder for the log, since the account has no home; --log=DIR names one.");
+    return report_log_loss(
+        "There is no folder for the log: the account has no home directory. Name one with --log=DIR.");
   std::error_code ignored; // the failure to write the file is more specific
   std::filesystem::create_directories(form_.log_file_name.parent_path(), ignored);
   if (const int error = append_to_side_file(form_.log_file_name, ""))
-    tell_log_loss(file_failure("write", form_.log_file_name.native(), error));
+    report_log_loss(file_failure("write", form_.log_file_name.native(), error));
 }
 
-void session::tell_log_loss(const std::string& cause) {
+void session::report_log_loss(const std::string& cause) {
   if (!std::exchange(log_loss_told_, true)) ui_.say_failure(cause + " Continuing without a log.");
 }
 
@@ -139,7 +140,7 @@ session::step session::open_files() {
   }();
   if (form_.failures() > 0) return step::failed;
   if (form_.files_partly_read() > 0 && !options_.yes) {
-    return fail("Nothing was done, since a file was opened only in part. Use --yes to continue all the same.",
+    return fail("Nothing was done, because a file was only partly read. Use --yes to continue anyway.",
                 failure_kind::data);
   }
   if (!requests.import_requested) return step::done;
@@ -223,7 +224,7 @@ session::step session::job(const std::string& subject, const std::function<void(
     ui_.refresh_progress();
     next_tick += milliseconds(TPreveskMainForm::ui_update_interval);
   }
-  if (!form_.last_job().log_loss.empty()) tell_log_loss(form_.last_job().log_loss);
+  if (!form_.last_job().log_loss.empty()) report_log_loss(form_.last_job().log_loss);
   const step result = outcome_since(failures_before);
   if (result != step::done && failed_job_.return_code == 0 && !failed_job_.failed()) failed_job_ = form_.last_job();
   ui_.end_progress(result == step::done);

@@ -41,7 +41,7 @@ private:
   void set_up();
   void make_output_folder();
   void try_log();
-  void tell_log_loss(const std::string& cause); // once
+  void report_log_loss(const std::string& cause); // once
   bool catalogue_is_there();
   step open_files();
   step jobs();

@@ -29,7 +29,7 @@ bool on_terminal = false;
 struct sigaction former_actions[NSIG];
 std::terminate_handler former_terminate = nullptr;
 std::atomic<const engine_at_work*> at_work = nullptr;
-std::atomic<bool> told = false;
+std::atomic<bool> reported = false;
 
 // The main thread never calls an engine, so an engine is not the cause of anything that ends the program there.
 bool on_main_thread() {
@@ -37,18 +37,18 @@ bool on_main_thread() {
 }
 
 // Safe in a signal handler.
-void tell(std::string_view cause) {
+void report(std::string_view cause) {
   const engine_at_work* const engine = at_work.load();
-  if (!engine || on_main_thread() || told.exchange(true)) return;
+  if (!engine || on_main_thread() || reported.exchange(true)) return;
   for (const std::string_view piece : {std::string_view(on_terminal ? "\r\033[K" : ""), // clears a progress bar
                                        std::string_view(engine->line_head()), cause})
-    [[maybe_unused]] const auto nobody_is_left_to_tell = write(STDERR_FILENO, piece.data(), piece.size());
+    [[maybe_unused]] const auto ignored = write(STDERR_FILENO, piece.data(), piece.size());
 }
 
 extern "C" void note_fatal_signal(int number, siginfo_t* information, void*) {
   const int error = errno;
   for (const fatal_signal& known : fatal_signals)
-    if (known.number == number) tell(known.cause);
+    if (known.number == number) report(known.cause);
   sigaction(number, &former_actions[number], nullptr);
   if (information->si_code <= 0) raise(number); // sent by a process; a fault comes again by itself
   errno = error;
@@ -56,7 +56,7 @@ extern "C" void note_fatal_signal(int number, siginfo_t* information, void*) {
 
 extern "C" void note_exit() {
   if (!at_work.load() || on_main_thread()) return;
-  tell(" ended the program by calling exit.\n");
+  report(" ended the program by calling exit.\n");
   _exit(EXIT_FAILURE); // before objects that the main thread still uses are destroyed
 }
 
@@ -65,10 +65,10 @@ extern "C" void note_exit() {
     try {
       if (const auto thrown = std::current_exception()) std::rethrow_exception(thrown);
     } catch (const std::exception& error) {
-      tell(std::string(" ended the program: an uncaught exception on a thread that it started: ") +
-           printable_text(error.what()) + "\n");
+      report(std::string(" ended the program: an uncaught exception on a thread that it started: ") +
+             printable_text(error.what()) + "\n");
     } catch (...) {
-      tell(" ended the program: an uncaught exception on a thread that it started.\n");
+      report(" ended the program: an uncaught exception on a thread that it started.\n");
     }
     std::abort();
   }
@@ -106,7 +106,7 @@ engine_at_work::engine_at_work(const std::filesystem::path& library) {
 }
 
 void engine_at_work::end_without_thread() const {
-  tell(" ended the program by ending its thread.\n");
+  report(" ended the program by ending its thread.\n");
   std::abort();
 }
 

@@ -45,13 +45,13 @@ fs::path folder_in_line(const std::string& line, const std::string& name, const 
 } // namespace
 
 fs::path home_directory() {
-  if (fs::path told = absolute_from("HOME"); !told.empty()) return told;
+  if (fs::path given = absolute_from("HOME"); !given.empty()) return given;
   const passwd* const account = getpwuid(getuid());
   return account && account->pw_dir && *account->pw_dir == '/' ? fs::path(account->pw_dir) : fs::path();
 }
 
 fs::path state_directory() {
-  if (const fs::path told = absolute_from("XDG_STATE_HOME"); !told.empty()) return told / "vesk";
+  if (const fs::path given = absolute_from("XDG_STATE_HOME"); !given.empty()) return given / "vesk";
   const fs::path home = home_directory();
   return home.empty() ? fs::path() : home / ".local/state/vesk";
 }
@@ -61,7 +61,7 @@ fs::path log_directory(const fs::path& program_folder) {
 }
 
 fs::path user_data_directory() {
-  if (fs::path told = absolute_from("XDG_DATA_HOME"); !told.empty()) return told;
+  if (fs::path given = absolute_from("XDG_DATA_HOME"); !given.empty()) return given;
   const fs::path home = home_directory();
   return home.empty() ? fs::path() : home / ".local/share";
 }
@@ -69,8 +69,8 @@ fs::path user_data_directory() {
 fs::path user_documents_directory() {
   const fs::path home = home_directory();
   if (home.empty()) return {};
-  const fs::path told = absolute_from("XDG_CONFIG_HOME");
-  std::ifstream file((told.empty() ? home / ".config" : told) / "user-dirs.dirs");
+  const fs::path given = absolute_from("XDG_CONFIG_HOME");
+  std::ifstream file((given.empty() ? home / ".config" : given) / "user-dirs.dirs");
   for (std::string line; std::getline(file, line);)
     if (fs::path folder = folder_in_line(line, "XDG_DOCUMENTS_DIR", home); !folder.empty()) return folder;
   return home / "Documents";

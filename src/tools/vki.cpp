@@ -35,7 +35,7 @@ constexpr const char* usage =
     "  --dates iso    print dates and times as \"2011-10-01\" and \"06:30:00\" instead of day numbers\n"
     "\n"
     "\"-\" is standard input or output. An existing file is replaced only when the new one is complete.\n"
-    "Exit status: 0 done, 1 a file failed, 2 wrong usage.\n";
+    "Exit status: 0 success, 1 failure, 2 wrong usage.\n";
 
 void complain(const std::string& text) {
   std::fprintf(stderr, "%s\n", printable_text(text).c_str());

@@ -266,8 +266,9 @@ TEST_F(Replacement, AResultThatReplacesTheUsersWorkIsReported) {
   form.start_import_network("a.vkn");
   form.current_data_set->comments = "edited";
   finish();
-  EXPECT_EQ(ui.lines.back(), "1 \"Import network a.vkn\" has replaced the data set, which was edited meanwhile. Undo "
-                             "brings the edits back.");
+  EXPECT_EQ(ui.lines.back(),
+            "1 \"Import network a.vkn\" has replaced the data set, which had been edited in the meantime. "
+            "Undo brings the edits back.");
   EXPECT_TRUE(is_from_its_file());
   form.UndoItemClick();
   EXPECT_EQ(open_now(), "a.vki with edited");

@@ -54,7 +54,7 @@ TEST(Cell, ReadsNumbersInThePicture) {
   EXPECT_EQ(read(number, "10000"), "refused: the number has more than 4 digits before the point");
   EXPECT_EQ(read(number, "-10000"), "refused: the number has more than 4 digits before the point");
   EXPECT_EQ(read(simple, "-1e300"), "-1e+300");
-  EXPECT_EQ(read(simple, "1,5"), "refused: \"1,5\" has a comma; the decimal sign is the point");
+  EXPECT_EQ(read(simple, "1,5"), "refused: \"1,5\" has a comma; use a decimal point");
   EXPECT_EQ(read(simple, "1e400"), "refused: \"1e400\" is too large or too small a number");
   EXPECT_EQ(read(simple, "123456789012345678901234567890123"), "refused: a number has at most 32 characters");
   for (const auto* text : {"", "abc", "inf", "nan", "1x", "0x10", "--1", "+-1", "1 2"})

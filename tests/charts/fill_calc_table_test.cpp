@@ -45,7 +45,7 @@ TEST_F(FillCalcTable, ShowsAndTakesCells) {
 TEST_F(FillCalcTable, KeepsARefusedEntryUntilItIsCorrected) {
   EXPECT_FALSE(table.enter(1, 2, "1,5"));
   EXPECT_EQ(table.text(1, 2), "1,5");
-  EXPECT_EQ(table.tool_tip(1, 2), "Not accepted: \"1,5\" has a comma; the decimal sign is the point.");
+  EXPECT_EQ(table.tool_tip(1, 2), "Not accepted: \"1,5\" has a comma; use a decimal point.");
   EXPECT_FALSE(table.enter(0, 2, "9")); // another cell waits
   table.OnClick = [](std::size_t, std::size_t) { ADD_FAILURE(); };
   table.click(0, 5);
@@ -197,7 +197,7 @@ TEST(Expression, RefusesWhatItCannotCompute) {
   };
   EXPECT_EQ(refusal("x = 5"), "The expression has an \"=\"; write \"==\" to compare.");
   EXPECT_EQ(refusal("x <= 5 ? 1 : 2"), "");
-  EXPECT_EQ(refusal("1,5"), "The expression has a comma outside of a function; the decimal sign is the point.");
+  EXPECT_EQ(refusal("1,5"), "The expression has a comma outside a function; use a decimal point.");
   EXPECT_EQ(refusal("max(x, 1) + y"),
             "The expression has an unknown name \"y\" at character 13; known are x, row, i and n.");
   EXPECT_EQ(refusal(""), "The expression is empty.");

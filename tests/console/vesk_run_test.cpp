@@ -327,7 +327,7 @@ TEST_F(VeskRun, AFileThatIsOnlyPartlyUnderstoodIsNotSavedOver) {
     const program_result refused = run({folder.file(name), "--save", folder.file(name), "--quiet"});
     EXPECT_EQ(refused.status, 1);
     EXPECT_TRUE(refused.err.ends_with(
-        "vesk-run: Nothing was done, since a file was opened only in part. Use --yes to continue all the same.\n"));
+        "vesk-run: Nothing was done, because a file was only partly read. Use --yes to continue anyway.\n"));
     EXPECT_EQ(folder.read(name), before);
     const program_result agreed = run({folder.file(name), "--save", folder.file("out"), "--yes"});
     EXPECT_EQ(agreed.status, 0) << agreed.err;

@@ -33,7 +33,6 @@ public:
   bool running = false;                                  // as if a restart file is being loaded
   std::filesystem::path folder;                          // of the data file
   std::optional<std::string> file;                       // chosen in file dialogs
-  bool replaced_while_asking = false;                    // the data set, while a file dialog is open
   std::string file_filter;                               // of the last one
   bool replaced_while_asking = false;                    // the data set, while a file dialog is open
   box_answer answer = box_answer::ok;                    // to boxes

@@ -96,7 +96,7 @@ TEST_F(Bomb, PartsUnpackToOneGigabyteTogether) {
 // The tag itself, those that are open, and the names that were seen.
 TEST_F(Bomb, TagsTakeLittleMemory) {
   const std::string refusal = "part xl/s.xml is not valid XML: its tags are too long, nested too deeply "
-                              "or of too many names, in line 1.";
+                              "or have too many names, in line 1.";
   EXPECT_EQ(read(workbook({"", "<s a='", packable_text(), "'/>", 3'000})), refusal);
   EXPECT_EQ(read(workbook({"", "", "<a>", "", 300'000})), refusal);
   std::string names;

@@ -255,7 +255,7 @@ TEST_F(RunTest, BadInputIsRefusedInOneSentence) {
   EXPECT_EQ(refused("IQOPT 4", "IQOPT 1"),
             "The kinematic wave network is not part of this engine; choose net flows, gross flows or hydrodynamic "
             "linkage.");
-  EXPECT_EQ(refused("IQOPT 3", "IQOPT 1"), "The data set names no hydrodynamic file.");
+  EXPECT_EQ(refused("IQOPT 3", "IQOPT 1"), "The data set does not name a hydrodynamic file.");
   EXPECT_EQ(refused("LOPT 1", "LOPT 0"), "Non-point-source files are not part of this engine.");
   EXPECT_EQ(refused("BEDOPT 1", "BEDOPT 0"), "Dynamic bed volumes are not part of this engine.");
   EXPECT_EQ(refused("VESKTOVESKLINK 1", "VESKTOVESKLINK 0"),
@@ -417,8 +417,8 @@ TEST_F(RunTest, ReactionsThatRunShortAreReported) {
             "IQOPT 1");
   execute_model("oxygen", &FakeHost::callback);
   EXPECT_THAT(host.failures, IsEmpty());
-  EXPECT_THAT(host.infos, testing::Contains("In 1 of 4 steps reactions took less than their rates, for lack of oxygen "
-                                            "or of another partner; first in segment 1 (well) on day 0. Shorter steps "
+  EXPECT_THAT(host.infos, testing::Contains("In 1 of 4 steps reactions were limited by a lack of oxygen or of another "
+                                            "reactant; first in segment 1 (well) on day 0. Shorter steps "
                                             "follow such reactions more closely."));
   EXPECT_THAT(host.infos, testing::Contains(HasSubstr("reacted -8, stored -8, clipped 0,")));
 }
@@ -504,7 +504,7 @@ TEST_F(RunTest, WhatMakesResultsWrongIsRefusedOrWarnedOf) {
   EXPECT_THAT(host.warnings, IsEmpty());
 
   EXPECT_EQ(after("NBRKQ 1 1 2\nNOQFUNC 1 1 1 5 2\nNOQFUNC 1 1 2 1 3"), "");
-  EXPECT_THAT(host.warnings, ElementsAre("The points of the flow function  (1 of field 1) are not in order of time: "
+  EXPECT_THAT(host.warnings, ElementsAre("The points of the flow function  (1 of field 1) are not in time order: "
                                          "point 2 (day 1) is before the one above it. Values between them may be "
                                          "wrong; sort them."));
   host.warnings.clear();

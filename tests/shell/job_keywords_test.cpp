@@ -60,7 +60,7 @@ TEST_F(JobKeywords, FormatTexts) {
   for (const exchange& e : calls) EXPECT_EQ(call(e.call), e.answer);
   EXPECT_EQ(job.log, std::vector<std::string>());
   EXPECT_EQ(call("GSPRINTFI 'old' '%s' 1"), " %s 1");
-  EXPECT_THAT(job.log, ElementsAre("WARNING: SPRINTFI: the format \"%s\" does not suit its values"));
+  EXPECT_THAT(job.log, ElementsAre("WARNING: SPRINTFI: the format \"%s\" does not match its values"));
 }
 
 TEST(FormatValues, RefuseWhatWouldReadOrWriteElsewhere) {

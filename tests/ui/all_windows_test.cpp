@@ -409,7 +409,7 @@ TEST(Windows, PasteTakesAllOrSaysInOneSentenceWhyNot) {
         clipboard->clear();
         EXPECT_EQ(refusal(), "The clipboard contains no text.");
         clipboard->setText("2012-10-01\t00:00\t0.1\n2012-10-02\t00:00\t0,1\n");
-        EXPECT_EQ(refusal(), "Line 2, column 3: \"0,1\" has a comma; the decimal sign is the point. Nothing "
+        EXPECT_EQ(refusal(), "Line 2, column 3: \"0,1\" has a comma; use a decimal point. Nothing "
                              "was pasted.");
         clipboard->setText("2012-02-30\t00:00\t0.1\n");
         EXPECT_EQ(refusal(), "Line 1, column 1: \"2012-02-30\" is not a day of the calendar. Nothing was pasted.");

@@ -12,7 +12,7 @@ namespace {
 // If the format does not match the values, the result is an empty text, and a warning is logged.
 void print(const shell_interface& shell, char* output, const char* format, std::initializer_list<format_value> values) {
   const auto text = format_values(format, {values.begin(), values.size()});
-  if (!text) shell.warn(std::string("the format \"") + format + "\" does not suit its values");
+  if (!text) shell.warn(std::string("the format \"") + format + "\" does not match its values");
   copy_text(text.value_or(""), output);
 }
 

@@ -237,8 +237,8 @@ std::string prefilter(const row_filter& filter, const table_field& field, const 
   const bool at_least = filter.kind == row_filter::test::at_least;
   if (filter.kind == row_filter::test::equal_text) {
     // Text that is not UTF-8 in the database was converted here.
-    const bool stands_as_it_is = is_ascii(filter.text) && filter.text.find('\0') == filter.text.npos;
-    if (field.type != field_type::string || !stands_as_it_is) return {};
+    const bool is_unchanged = is_ascii(filter.text) && filter.text.find('\0') == filter.text.npos;
+    if (field.type != field_type::string || !is_unchanged) return {};
     return (stored.keeps_texts ? column : "CAST(" + column + " AS TEXT)") + " = " + sql_quoted(filter.text, '\'') +
            (filter.ignore_case ? " COLLATE NOCASE" : " COLLATE BINARY");
   }
@@ -254,11 +254,11 @@ std::string prefilter(const row_filter& filter, const table_field& field, const 
                 static_cast<unsigned>(day.day()) % 100);
   const std::string text = "+" + column + " COLLATE BINARY "; // as stored
   const auto before = [&](int century) { return text + "< '" + std::to_string(century) + "0'"; };
-  const auto behind = [&](int century) { return text + ">= '" + std::to_string(century) + ":'"; }; // ':' follows '9'
+  const auto after = [&](int century) { return text + ">= '" + std::to_string(century) + ":'"; }; // ':' follows '9'
   const int century = year / 100;
-  if (!at_least) return "(" + text + "< '" + std::to_string(year) + "' OR " + behind(century) + ")";
+  if (!at_least) return "(" + text + "< '" + std::to_string(year) + "' OR " + after(century) + ")";
   return "(" + text + ">= '" + bound + "' OR " + before(century) + " AND (" + before(century - 1) + " OR " +
-         behind(century - 1) + "))";
+         after(century - 1) + "))";
 }
 
 std::unique_ptr<row_cursor> sqlite_source::rows(std::size_t table, std::vector<row_filter> filters) {

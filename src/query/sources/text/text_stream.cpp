@@ -25,7 +25,7 @@ text_stream::text_stream(const byte_source& source, std::uint64_t start) : sourc
     next_ = 3;
   else if (mark.starts_with("\xff\xfe") || mark.starts_with("\xfe\xff"))
     encoding_ = mark[0] == '\xff' ? encoding::utf_16_little : encoding::utf_16_big;
-  if (encoding_ == encoding::as_it_stands) {
+  if (encoding_ == encoding::unchanged) {
     next_ += start;
     if (const char* const text = source.in_memory()) {
       begin_ = text + next_;
@@ -49,7 +49,7 @@ void text_stream::read_on(const char* keep) {
   const std::size_t kept = keep ? static_cast<std::size_t>(end_ - keep) : 0;
   // Reads more if more is kept, so that a long row is not scanned too often.
   const auto left = static_cast<std::size_t>(std::min<std::uint64_t>(std::max(step, kept), source_->size() - next_));
-  const std::size_t wanted = kept + (encoding_ == encoding::as_it_stands ? left : 2 * left + 4);
+  const std::size_t wanted = kept + (encoding_ == encoding::unchanged ? left : 2 * left + 4);
   if (wanted > room_ || !place_) {
     room_ = std::max({wanted, std::size_t{1}, keep ? 2 * kept : 0});
     auto larger = std::make_unique_for_overwrite<char[]>(room_);
@@ -65,7 +65,7 @@ void text_stream::read_on(const char* keep) {
 
 // Reads the next `size` bytes of the file as text; returns the size of that text in bytes.
 std::size_t text_stream::fetch(char* to, std::size_t size) {
-  if (encoding_ == encoding::as_it_stands) {
+  if (encoding_ == encoding::unchanged) {
     source_->read(next_, to, size);
     next_ += size;
     return size;

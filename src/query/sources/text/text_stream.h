@@ -31,12 +31,12 @@ public:
   void read_on(const char* keep);
 
 private:
-  enum class encoding { as_it_stands, utf_16_little, utf_16_big };
+  enum class encoding { unchanged, utf_16_little, utf_16_big };
 
   std::size_t fetch(char* to, std::size_t size);
 
   const byte_source* source_ = nullptr;
-  encoding encoding_ = encoding::as_it_stands;
+  encoding encoding_ = encoding::unchanged;
   std::uint64_t next_ = 0; // in the file
   std::unique_ptr<char[]> place_;
   std::size_t room_ = 0;

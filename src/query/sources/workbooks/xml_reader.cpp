@@ -46,7 +46,7 @@ void* take_memory(std::size_t size) {
 constexpr XML_Memory_Handling_Suite limited_memory{take_memory, more_memory, release_memory};
 
 const char* cause_of(XML_Error error) {
-  return error == XML_ERROR_NO_MEMORY ? "its tags are too long, nested too deeply or of too many names"
+  return error == XML_ERROR_NO_MEMORY ? "its tags are too long, nested too deeply or have too many names"
                                       : XML_ErrorString(error);
 }
 
