@@ -273,9 +273,9 @@ TEST_F(Soak, ManyJobsLeaveNoFilesOrThreads) {
 
   std::set<std::string> files;
   for (const auto& entry : fs::directory_iterator(folder.path)) files.insert(entry.path().filename());
-  const std::set<std::string> expected{"linked.nc", "linked.rst", "linked_tracer.csv", "logs",
-                                       "out.inp",   "river.hyd",  "river.inp",         "river.nc",
-                                       "river.rst", "river.vkn",  "river_tracer.csv"};
+  const std::set<std::string> expected{
+      "linked.nc", "linked.rst", "linked.run.json", "linked_tracer.csv", "logs",      "out.inp",         "river.hyd",
+      "river.inp", "river.nc",   "river.rst",       "river.run.json",    "river.vkn", "river_tracer.csv"};
   EXPECT_EQ(files, expected);
 }
 
