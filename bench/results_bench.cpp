@@ -1,6 +1,6 @@
-// Looking at 2 GB of results: 100,000 segments, 1,000 times, 5 variables; and scores of 1,000,000 pairs. Held against
-// the times that a user should wait at most. The file is made first, in a folder of its own beside the program that is
-// removed at the end.
+// Reads 2 GB of results (100,000 segments, 1,000 times, 5 variables) and scores 1,000,000 pairs. Times are compared
+// with the longest that a user should have to wait. The file is written first, to a temporary folder next to the
+// program.
 #include "ratio_table.h"
 #include "results/pairing.h"
 #include "results/results_file.h"

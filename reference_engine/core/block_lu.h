@@ -3,9 +3,8 @@
 //
 // Segments are eliminated in an order that keeps the fill small (approximate minimum degree: Amestoy, Davis and Duff,
 // ACM Transactions on Mathematical Software 30, 2004), worked out once. Along a river nothing fills, so that time and
-// memory are proportional to the number of segments. Pivots are chosen inside a block only. That serves matrices like
-// those of an implicit step, where what leaves a segment stands on the diagonal and outweighs all that its column says
-// otherwise.
+// memory are proportional to the number of segments. Pivots are chosen inside a block only. That suffices for
+// the matrices of implicit steps: the losses of a segment are on the diagonal, and the diagonal dominates its column.
 #ifndef REFERENCE_ENGINE_CORE_BLOCK_LU_H
 #define REFERENCE_ENGINE_CORE_BLOCK_LU_H
 

@@ -61,10 +61,11 @@ Equations::Equations(const Problem& problem, std::unique_ptr<Kinetics> kinetics)
   find_gaining();
 }
 
-// The segments that gain by far terms, over the rim or by loads, and where each of these adds to the list of gains.
+// The segments that gain by far terms, through the boundary or by loads, and where each of these adds to the list of
+// gains.
 void Equations::find_gaining() {
   for (const FarTerm& term : network_.far_terms()) gaining_.push_back(term.target);
-  gaining_.insert(gaining_.end(), network_.rim().begin(), network_.rim().end());
+  gaining_.insert(gaining_.end(), network_.boundary_segments().begin(), network_.boundary_segments().end());
   for (const Load& load : loads_) gaining_.push_back(static_cast<std::size_t>(load.segment));
   std::sort(gaining_.begin(), gaining_.end());
   gaining_.erase(std::unique(gaining_.begin(), gaining_.end()), gaining_.end());
@@ -73,7 +74,7 @@ void Equations::find_gaining() {
     return static_cast<std::size_t>(std::lower_bound(gaining_.begin(), gaining_.end(), segment) - gaining_.begin());
   };
   for (const FarTerm& term : network_.far_terms()) far_gain_.push_back(position(term.target));
-  for (const std::size_t segment : network_.rim()) rim_gain_.push_back(position(segment));
+  for (const std::size_t segment : network_.boundary_segments()) boundary_gain_.push_back(position(segment));
   load_starts_.assign(problem_.systems.size() + 1, 0);
   for (const Load& load : loads_) {
     load_gain_.push_back(position(static_cast<std::size_t>(load.segment)));
@@ -81,7 +82,7 @@ void Equations::find_gaining() {
   }
   for (std::size_t s = 0; s < problem_.systems.size(); ++s) load_starts_[s + 1] += load_starts_[s];
   load_.resize(loads_.size());
-  inflow_.resize(problem_.systems.size() * network_.rim().size());
+  inflow_.resize(problem_.systems.size() * network_.boundary_segments().size());
 }
 
 UsedElements Equations::used_elements() const {
@@ -92,7 +93,7 @@ UsedElements Equations::used_elements() const {
   for (const Load& load : loads_)
     used.loads.push_back(static_cast<std::size_t>(load.segment) * systems + static_cast<std::size_t>(load.system));
   for (std::size_t s = 0; s < systems; ++s)
-    for (const std::size_t segment : network_.rim()) used.boundaries.push_back(segment * systems + s);
+    for (const std::size_t segment : network_.boundary_segments()) used.boundaries.push_back(segment * systems + s);
   if (!problem_.time_functions.empty())
     used.time_functions = static_cast<std::size_t>(*problem_.time_functions.rbegin());
   return used;
@@ -153,12 +154,12 @@ void Equations::update_hydraulics(const std::vector<double>& volume) {
 }
 
 void Equations::take_sources() {
-  const std::size_t rim = network_.rim().size();
+  const std::size_t count = network_.boundary_segments().size();
   for (const TransportClass& it : classes_)
     for (const std::size_t s : it.systems())
-      for (std::size_t r = 0; r < rim; ++r)
-        inflow_[s * rim + r] =
-            it.rim_in()[r] * forcing_.boundaries()[s * rim + r] * problem_.systems[s].boundary_factor;
+      for (std::size_t r = 0; r < count; ++r)
+        inflow_[s * count + r] =
+            it.boundary_in()[r] * forcing_.boundaries()[s * count + r] * problem_.systems[s].boundary_factor;
   for (std::size_t k = 0; k < load_.size(); ++k)
     load_[k] = forcing_.loads()[k] * problem_.systems[static_cast<std::size_t>(loads_[k].system)].load_factor *
                grams_per_kilogram;
@@ -295,10 +296,10 @@ void Equations::add_far_gains(const TransportClass& its_class, const double* con
 
 MassFlux Equations::add_sources(std::size_t system, std::span<double> gains) const {
   MassFlux flux;
-  const std::size_t rim = network_.rim().size();
-  for (std::size_t r = 0; r < rim; ++r) {
-    gains[rim_gain_[r]] += inflow_[system * rim + r];
-    flux.inflow += inflow_[system * rim + r];
+  const std::size_t count = network_.boundary_segments().size();
+  for (std::size_t r = 0; r < count; ++r) {
+    gains[boundary_gain_[r]] += inflow_[system * count + r];
+    flux.inflow += inflow_[system * count + r];
   }
   for (std::size_t k = load_starts_[system]; k < load_starts_[system + 1]; ++k) {
     gains[load_gain_[k]] += load_[k];
@@ -310,10 +311,10 @@ MassFlux Equations::add_sources(std::size_t system, std::span<double> gains) con
 MassFlux Equations::losses(const TransportClass& its_class, std::size_t begin, std::size_t end,
                            const double* concentration) const {
   MassFlux flux;
-  const auto rim = network_.rim();
-  for (auto r = static_cast<std::size_t>(std::ranges::lower_bound(rim, begin) - rim.begin());
-       r < rim.size() && rim[r] < end; ++r)
-    flux.outflow += its_class.rim_out()[r] * concentration[rim[r] - begin];
+  const auto boundary = network_.boundary_segments();
+  for (auto r = static_cast<std::size_t>(std::ranges::lower_bound(boundary, begin) - boundary.begin());
+       r < boundary.size() && boundary[r] < end; ++r)
+    flux.outflow += its_class.boundary_out()[r] * concentration[boundary[r] - begin];
   const auto sink = its_class.sink();
   for (std::size_t i = begin; !sink.empty() && i < end; ++i) flux.reacted -= sink[i] * concentration[i - begin];
   return flux;

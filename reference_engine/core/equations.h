@@ -87,9 +87,9 @@ public:
   // g/day. concentration: the system's, one a segment.
   std::span<const std::size_t> gaining() const { return gaining_; }
   void add_far_gains(const TransportClass& its_class, const double* concentration, std::span<double> gains) const;
-  // What comes over the rim and by loads, which does not depend on the state. Returns the sums.
+  // What comes through the boundary and by loads, which does not depend on the state. Returns the sums.
   MassFlux add_sources(std::size_t system, std::span<double> gains) const;
-  // What leaves segments begin to end over the rim and to the sink; `reacted` holds the sink alone. concentration:
+  // What leaves segments begin to end through the boundary and to the sink; `reacted` has only the sink. concentration:
   // the system's, from segment begin on.
   MassFlux losses(const TransportClass& its_class, std::size_t begin, std::size_t end,
                   const double* concentration) const;
@@ -131,12 +131,12 @@ private:
   Network network_;
   Hydraulics hydraulics_;
   std::vector<TransportClass> classes_;
-  std::vector<std::size_t> gaining_, far_gain_, rim_gain_; // gain positions of far terms and rim segments
-  std::vector<Load> loads_;                                // in order of their systems
-  std::vector<std::size_t> load_gain_;                     // gain position of each
-  std::vector<std::size_t> load_starts_;                   // by system
-  std::vector<double> load_;                               // g/day of each
-  std::vector<double> inflow_;                             // [system][rim], g/day
+  std::vector<std::size_t> gaining_, far_gain_, boundary_gain_; // gain positions of far terms and boundary segments
+  std::vector<Load> loads_;                                     // in order of their systems
+  std::vector<std::size_t> load_gain_;                          // gain position of each
+  std::vector<std::size_t> load_starts_;                        // by system
+  std::vector<double> load_;                                    // g/day of each
+  std::vector<double> inflow_;                                  // [system][boundary segment], g/day
   ForcingLine forcing_;
   bool uses_hydraulics_;
   bool water_changed_ = true, functions_changed_ = true, hydraulics_fresh_ = false;

@@ -22,7 +22,7 @@ bool Integrator::find_new_volumes(const Equations& equations, const State& state
 
 void Integrator::change_volumes(const Problem& problem, const State& state, double days, const WaterMoved& water,
                                 std::size_t begin, double* new_volume) {
-  // A segment that empties is halved over and over by ever shorter steps: what is left of it then is no water body.
+  // An emptying segment would be halved again and again by ever shorter steps. Below this share it counts as dry.
   constexpr double dry_share = 1e-3;
   const auto& segments = problem.segments;
   for (std::size_t k = 0; k < water.change.size(); ++k) {

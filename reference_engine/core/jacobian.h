@@ -17,7 +17,7 @@ struct JacobianShape {
   bool reacts = false, couples = false; // couples: a reaction may depend on several systems
   std::vector<std::size_t> joined;      // segments that exchange something with the one numbered after them
   std::vector<FarTerm> far_terms;
-  std::vector<std::size_t> rim;
+  std::vector<std::size_t> boundary;
 };
 
 struct Jacobian {
@@ -25,7 +25,7 @@ struct Jacobian {
   struct OfClass {
     std::vector<double> all, to_next, to_previous; // by segment
     std::vector<double> far;                       // by far term
-    std::vector<double> rim;                       // by rim segment
+    std::vector<double> boundary;                  // by boundary segment
     std::vector<double> sink;                      // by segment; empty for none
   };
   std::vector<OfClass> classes;

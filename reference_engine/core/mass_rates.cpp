@@ -37,7 +37,7 @@ JacobianShape MassRates::shape() const {
                       .couples = reacts_ && equations_.kinetics().couples(),
                       .joined = network.joined(),
                       .far_terms = {network.far_terms().begin(), network.far_terms().end()},
-                      .rim = {network.rim().begin(), network.rim().end()}};
+                      .boundary = {network.boundary_segments().begin(), network.boundary_segments().end()}};
   for (const TransportClass* const it : class_of_)
     shape.class_of.push_back(static_cast<std::size_t>(it - equations_.classes().data()));
   return shape;
@@ -271,9 +271,10 @@ void MassRates::find_outflow_slopes(const TransportClass& its_class, const Coeff
   into.far.clear();
   for (std::size_t k = 0; k < far_terms.size(); ++k)
     into.far.push_back(its_class.far(k) * per_volume_[far_terms[k].source]);
-  const auto rim = equations_.network().rim();
-  into.rim.clear();
-  for (std::size_t r = 0; r < rim.size(); ++r) into.rim.push_back(its_class.rim_out()[r] * per_volume_[rim[r]]);
+  const auto boundary = equations_.network().boundary_segments();
+  into.boundary.clear();
+  for (std::size_t r = 0; r < boundary.size(); ++r)
+    into.boundary.push_back(its_class.boundary_out()[r] * per_volume_[boundary[r]]);
   const auto sink = its_class.sink();
   into.sink.resize(sink.size());
   set_product(sink.size(), 1, sink.data(), per_volume_.data(), into.sink.data());

@@ -1,11 +1,11 @@
 // The mass balance as an implicit method wants it: one vector of unknowns, its rate of change, and how that rate
 // depends on the unknowns.
 //
-// The vector holds g by [simulated system][segment]: the mass less what has come over the rim and by loads since the
-// first step, which is known beforehand as a polynomial in time. So it arrives in full, and a kink or jump of a series
-// is smoother for the solver by one order. Behind the masses stand the accounts of what each system lost over the rim
-// and by reactions. Since they are solved together with the masses, by the same formula, the balance closes to rounding
-// whatever the tolerance: no multistep method moves a quantity whose rate of change is always 0.
+// The vector holds g by [simulated system][segment]: the mass less what came through the boundary and by loads since
+// the first step, which is known beforehand as a polynomial in time. So it arrives in full, and a kink or jump of a
+// series is smoother for the solver by one order. The masses are followed by accounts of what each system lost through
+// the boundary and by reactions. Since they are solved together with the masses, by the same formula, the balance
+// closes to rounding whatever the tolerance: no multistep method moves a quantity whose rate of change is always 0.
 #ifndef REFERENCE_ENGINE_CORE_MASS_RATES_H
 #define REFERENCE_ENGINE_CORE_MASS_RATES_H
 

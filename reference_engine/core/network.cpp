@@ -144,8 +144,8 @@ void Network::add_layer(Carrier carrier, std::vector<PairEnds> pairs) {
   layers_.push_back(std::move(layer));
 }
 
-// Exchanges between the same two segments are always one link, flows only when they are netted; flows over the rim
-// always count by themselves.
+// Exchanges between the same two segments are always one link, flows only when they are netted; flows through the
+// boundary are always counted separately.
 void Network::make_links(const std::vector<PairEnds>& given) {
   std::vector<PairEnds> pairs = given;
   const auto key = [](const PairEnds& pair) { return std::tuple(pair.a, pair.b, pair.carrier); };
@@ -173,7 +173,7 @@ void Network::place(bool settles) {
   for (const Link& link : links_) {
     linked_.push_back(link.a);
     if (link.b == outside) {
-      rim_.push_back(link.a);
+      boundary_segments_.push_back(link.a);
     } else {
       const auto b = static_cast<std::size_t>(link.b);
       linked_.push_back(b);
@@ -188,7 +188,7 @@ void Network::place(bool settles) {
     far.emplace_back(static_cast<std::size_t>(problem_.segments[i].bottom), i);
   }
   keep_different(linked_);
-  keep_different(rim_);
+  keep_different(boundary_segments_);
   std::ranges::sort(far);
   far.erase(std::unique(far.begin(), far.end()), far.end());
   for (const auto& [target, source] : far) far_terms_.push_back({target, source});
@@ -196,7 +196,7 @@ void Network::place(bool settles) {
   for (Link& link : links_) {
     link.at_a = position(linked_, link.a);
     if (link.b == outside) {
-      link.rim = position(rim_, link.a);
+      link.boundary = position(boundary_segments_, link.a);
     } else {
       const auto b = static_cast<std::size_t>(link.b);
       link.at_b = position(linked_, b);

@@ -2,7 +2,7 @@
 //
 // Most links join a segment to the one that is numbered after it. These form layers, one value for each segment, that a
 // step reads and works out in stretches, in wide vectors; nothing as long as the model is stored for them. The others,
-// far and over the rim, are few, and listed one by one.
+// to far segments and through the boundary, are few and are listed one by one.
 #ifndef REFERENCE_ENGINE_CORE_NETWORK_H
 #define REFERENCE_ENGINE_CORE_NETWORK_H
 
@@ -44,7 +44,7 @@ struct Link {
   Carrier carrier = Carrier::surface_flow;
   std::size_t at_a = 0, at_b = nowhere;           // positions of a and b among the segments with such links
   std::size_t into_a = nowhere, into_b = nowhere; // far terms that lead into a and b
-  std::size_t rim = nowhere;                      // position of a in the rim, for a link over it
+  std::size_t boundary = nowhere;                 // position of a among the boundary segments
 };
 
 struct FarTerm {
@@ -74,7 +74,7 @@ public:
     std::vector<double> flows, exchanges;    // the elements
     std::vector<double> links;               // values of those in no layer
     std::vector<Water> loose_water;          // m3/day by those links, for each of the linked segments
-    double water_in = 0, water_released = 0; // m3/day over the rim
+    double water_in = 0, water_released = 0; // m3/day through the boundary
   };
   Driven& driven() { return now_; }
   const Driven& driven() const { return now_; }
@@ -101,8 +101,8 @@ public:
   std::span<const Link> links() const { return links_; }
   std::span<const double> values() const { return now_.links; }   // m3/day for each of them; a flow counts from a to b
   std::span<const std::size_t> linked() const { return linked_; } // segments with such links, ascending
-  std::span<const FarTerm> far_terms() const { return far_terms_; } // by target
-  std::span<const std::size_t> rim() const { return rim_; }         // segments, ascending
+  std::span<const FarTerm> far_terms() const { return far_terms_; }                     // by target
+  std::span<const std::size_t> boundary_segments() const { return boundary_segments_; } // segments, ascending
   // Segments that a layer, or what settles, joins to the one after them, ascending.
   std::vector<std::size_t> joined() const;
   std::size_t link_count() const { return links_.size() + layer_links_; }
@@ -113,7 +113,7 @@ public:
   void find_water_out(const LayerValues& layers, double* out) const; // all that leaves each segment, m3/day
   // m3/s, the larger of in and out.
   void surface_flow(const LayerValues& layers, std::span<double> flow) const;
-  double water_in() const { return now_.water_in; }             // m3/day over the rim, all segments
+  double water_in() const { return now_.water_in; }             // m3/day through the boundary, all segments
   double water_released() const { return now_.water_released; } // the same, what leaves
 
 private:
@@ -161,7 +161,7 @@ private:
   std::vector<Link> links_;
   std::vector<Member> members_;            // of all links
   std::vector<std::size_t> member_starts_; // of each link, and the end
-  std::vector<std::size_t> linked_, rim_;
+  std::vector<std::size_t> linked_, boundary_segments_;
   std::vector<FarTerm> far_terms_;
   std::vector<std::size_t> settling_terms_;
 };

@@ -138,7 +138,7 @@ void NewtonSolver::add_to_accounts(double* values) const {
     const Jacobian::OfClass& its = jacobian_.classes[shape_.class_of[place]];
     const double* const masses = values + place * count;
     double outflow = 0, reacted = 0;
-    for (std::size_t r = 0; r < shape_.rim.size(); ++r) outflow += its.rim[r] * masses[shape_.rim[r]];
+    for (std::size_t r = 0; r < shape_.boundary.size(); ++r) outflow += its.boundary[r] * masses[shape_.boundary[r]];
     if (!its.sink.empty()) reacted -= sum_of_products(count, its.sink.data(), masses);
     for (std::size_t cause = 0; shape_.reacts && cause < places; ++cause)
       reacted += sum_of_products(count, &jacobian_.reactions[(cause * places + place) * count], values + cause * count);

@@ -1,9 +1,10 @@
 // The linear systems of implicit steps, (I - gamma J) x = b, as CVODE asks for them.
 //
-// The unknowns are masses, [place of the system][segment], and behind them two accounts for each system: what it lost
-// over the rim and by reactions, on which nothing depends. So the masses are solved for alone, in blocks, and the
-// accounts follow. The Jacobian J is worked out anew only when CVODE finds that an old one no longer does. CVODE's own
-// matrices are not used: it would copy them at each factorisation, and in Debian 12 it does so without optimisation.
+// The unknowns are masses, [place of the system][segment], followed by two accounts for each system: what it lost
+// through the boundary and by reactions. Nothing depends on the accounts, so the masses are solved first, in blocks,
+// and the accounts follow. The Jacobian J is computed again only when CVODE finds the old one too inaccurate. CVODE's
+// own matrices are not used: it would copy them at each factorisation, and in Debian 12 it does so without
+// optimisation.
 #ifndef REFERENCE_ENGINE_CORE_NEWTON_SOLVER_H
 #define REFERENCE_ENGINE_CORE_NEWTON_SOLVER_H
 

@@ -52,7 +52,7 @@ struct MassBalance {
 
 // The same for the water of all segments, m3.
 struct WaterBalance {
-  double inflow = 0, outflow = 0; // over the rim, rain and evaporation included
+  double inflow = 0, outflow = 0; // through the boundary, rain and evaporation included
   double at_start = 0, now = 0;
 
   void add(double in, double out, double days) { // m3/day

@@ -20,8 +20,8 @@ TransportClass::TransportClass(const Problem& problem, const Network& network, s
     particulate_[i + 1] = 1 - dissolved_[i + 1];
   }
   loose_.far.resize(network.far_terms().size());
-  loose_.rim_in.resize(network.rim().size());
-  loose_.rim_out.resize(network.rim().size());
+  loose_.boundary_in.resize(network.boundary_segments().size());
+  loose_.boundary_out.resize(network.boundary_segments().size());
   loose_.leaving.resize(network.linked().size());
 }
 
@@ -73,7 +73,8 @@ double TransportClass::share(const Problem& problem, Share share, std::size_t se
 // and Fluid Flow, 1980, section 5.2); an exchange goes both ways. The share that a field carries is the donor's; what
 // comes from the outside is divided as in the segment that takes it.
 void TransportClass::take_links(const Problem& problem, const Network& network) {
-  for (auto* all : {&loose_.far, &loose_.rim_in, &loose_.rim_out, &loose_.leaving}) std::ranges::fill(*all, 0.0);
+  for (auto* all : {&loose_.far, &loose_.boundary_in, &loose_.boundary_out, &loose_.leaving})
+    std::ranges::fill(*all, 0.0);
   const auto links = network.links();
   const auto values = network.values();
   for (std::size_t k = 0; k < links.size(); ++k) {
@@ -85,12 +86,12 @@ void TransportClass::take_links(const Problem& problem, const Network& network) 
     if (both_ways || values[k] > 0) {
       const double carried = values[k] * share(problem, kind, link.a);
       loose_.leaving[link.at_a] += carried;
-      (link.b == outside ? loose_.rim_out[link.rim] : loose_.far[link.into_b]) += carried;
+      (link.b == outside ? loose_.boundary_out[link.boundary] : loose_.far[link.into_b]) += carried;
     }
     if (both_ways || values[k] < 0) {
       const double carried = std::abs(values[k]) * share(problem, kind, b);
       if (link.b != outside) loose_.leaving[link.at_b] += carried;
-      (link.b == outside ? loose_.rim_in[link.rim] : loose_.far[link.into_a]) += carried;
+      (link.b == outside ? loose_.boundary_in[link.boundary] : loose_.far[link.into_a]) += carried;
     }
   }
 }

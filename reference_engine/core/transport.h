@@ -27,7 +27,7 @@ class TransportClass {
 public:
   // By links that are in no layer, m3/day. Those of another time can be put in their place for a while.
   struct Loose {
-    std::vector<double> far, rim_in, rim_out;
+    std::vector<double> far, boundary_in, boundary_out;
     std::vector<double> leaving; // of the network's linked segments
   };
   Loose& loose() { return loose_; }
@@ -62,9 +62,9 @@ public:
       if (sink_[i] > 0 || network.settling_term(i) != nowhere) visit(i, settling_[i]);
   }
   double far(std::size_t term) const { return loose_.far[term] + (far_settling_.empty() ? 0 : far_settling_[term]); }
-  // Over the rim, for each of its segments; what comes in is of the boundary concentration.
-  std::span<const double> rim_in() const { return loose_.rim_in; }
-  std::span<const double> rim_out() const { return loose_.rim_out; }
+  // Through the boundary, for each boundary segment; what flows in has the boundary concentration.
+  std::span<const double> boundary_in() const { return loose_.boundary_in; }
+  std::span<const double> boundary_out() const { return loose_.boundary_out; }
   // What settles out of the model from each segment; empty for none.
   std::span<const double> sink() const { return sink_; }
 

@@ -111,10 +111,10 @@ void read_time_functions(Host& host, PointReader& reader) {
 }
 
 void read_loads_and_boundaries(Host& host, const Problem& problem, PointReader& reader) {
-  std::set<int> rim;
-  const auto note = [&rim](int one, int other) {
-    if (one == outside) rim.insert(other);
-    if (other == outside) rim.insert(one);
+  std::set<int> at_boundary;
+  const auto note = [&at_boundary](int one, int other) {
+    if (one == outside) at_boundary.insert(other);
+    if (other == outside) at_boundary.insert(one);
   };
   for (const FlowPair& pair : problem.flows) note(pair.from, pair.to);
   for (const ExchangePair& pair : problem.exchanges) note(pair.one, pair.two);
@@ -129,7 +129,7 @@ void read_loads_and_boundaries(Host& host, const Problem& problem, PointReader& 
     };
     const std::int32_t boundaries = host.count("NOBC", system), loads = host.count("NOWK", system);
     for (std::int32_t k = 1; k <= boundaries; ++k)
-      if (const int segment = host.integer("IBC", system, k) - 1; rim.contains(segment))
+      if (const int segment = host.integer("IBC", system, k) - 1; at_boundary.contains(segment))
         reader.read_array(
             "NBFP", "ALLBOUNDFUNC", [&] { return "the boundary of " + where(segment); }, system, k);
     for (std::int32_t k = 1; k <= loads; ++k) {

@@ -10,7 +10,7 @@ namespace vesk {
 
 class paradox_catalogue_store : public catalogue_store {
 public:
-  // The tables of a folder and their memo files, .db and .mb in any case of letters, in the order of their names.
+  // The tables of a folder and their memo files, .db and .mb regardless of case, in the order of their names.
   // Throws catalogue_exception when the folder cannot be read.
   static std::vector<std::filesystem::path> files_in(const std::filesystem::path& folder);
 

@@ -67,7 +67,7 @@ public:
   // UTF-8; "Segment 3" for the third one where the file has no names.
   std::string segment_name(std::size_t segment) const;
 
-  // By name, by long name, or by either in any case of letters. Throws results_exception with the nearest name.
+  // By name, by long name, or by either regardless of case. Throws results_exception with the nearest name.
   std::size_t find_variable(std::string_view name) const;
   // By name; a number that is not a name counts segments from 1. Throws results_exception, also where several segments
   // have the name.

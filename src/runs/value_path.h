@@ -2,7 +2,7 @@
 //
 // A path is words and numbers between points. Kinds of items (constants, parameters, systems, time functions) are
 // numbered by their ISC number, boundaries by their segment, all else by position from 0, as `vki dump` prints them. In
-// the place of a number there may be a name in braces, "constant.{CBOD decay}", in any case of letters.
+// the place of a number there may be a name in braces, "constant.{CBOD decay}", regardless of case.
 #pragma once
 
 #include "runs/value_table.h"

@@ -128,7 +128,7 @@ TEST(Forcing, EachTechniqueKeepsItsOrder) {
 }
 
 // Random networks, flows that turn round, loads and boundaries with random points, random kinetics: of each system the
-// balance closes, and what came over the rim and by loads is the integral of the series.
+// balance closes, and what came through the boundary and by loads is the integral of the series.
 TEST(Forcing, BalancesCloseAndSeriesArriveWhateverHappens) {
   std::mt19937 random(11);
   const auto number = [&random](double low, double high) { return std::uniform_real_distribution(low, high)(random); };

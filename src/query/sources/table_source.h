@@ -208,7 +208,7 @@ private:
 // Letters A to Z and a to z count as equal.
 bool equal_ignoring_case(std::string_view a, std::string_view b);
 
-// The position of a table: by its name, else by its name in any case of letters, else by the name of a sheet as the Jet
+// The position of a table: by its name, else by its name regardless of case, else by the name of a sheet as the Jet
 // provider gives it, with a dollar sign behind it or between apostrophes. Nothing when there is none.
 std::optional<std::size_t> find_table_name(const std::vector<std::string>& tables, std::string_view name);
 
