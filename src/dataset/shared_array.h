@@ -5,6 +5,7 @@
 // content is valid only until the next change of the array.
 #pragma once
 
+#include "dataset/sharing_check.h"
 #include "platform/memory_arena.h"
 
 #include <atomic>
@@ -62,6 +63,8 @@ public:
     for (const T& value : values) push_back(value);
   }
   shared_array(const shared_array& other) noexcept : block_(other.block_) {
+    if constexpr (detail::checks_sharing)
+      if (block_) detail::check_copy(block_, holders(), bytes());
     if (block_) block_->users.fetch_add(1, std::memory_order_relaxed);
   }
   shared_array(shared_array&& other) noexcept : block_(std::exchange(other.block_, nullptr)) {}
@@ -74,6 +77,8 @@ public:
     return *this;
   }
   ~shared_array() {
+    if constexpr (detail::checks_sharing)
+      if (block_) detail::check_leave(block_, holders(), bytes());
     if (block_ && block_->users.fetch_sub(1, std::memory_order_acq_rel) == 1)
       detail::free_array_block(block_, sizeof(T));
   }
@@ -173,7 +178,9 @@ private:
   T* elements() noexcept { return static_cast<T*>(block_->elements()); }
   std::size_t room() const noexcept { return block_ ? block_->capacity : 0; }
 
-  bool is_own() const noexcept { return block_->users.load(std::memory_order_acquire) == 1; }
+  std::uint32_t holders() const noexcept { return block_->users.load(std::memory_order_acquire); }
+  bool is_own() const noexcept { return holders() == 1; }
+  detail::byte_span bytes() const noexcept { return std::as_bytes(std::span(data(), size())); }
 
   // Makes the block unshared, with room for at least `capacity` elements.
   void own(std::size_t capacity) {

@@ -4,6 +4,8 @@
 // T{}. Two holders of one object may be in two threads; one holder belongs to one thread at a time.
 #pragma once
 
+#include "dataset/sharing_check.h"
+
 #include <atomic>
 #include <cstdint>
 #include <utility>
@@ -36,7 +38,7 @@ public:
   T& edit() {
     if (!node_)
       node_ = new node(T{});
-    else if (node_->users.load(std::memory_order_acquire) != 1)
+    else if (holders() != 1)
       shared_value(new node(node_->value)).swap(*this);
     return node_->value;
   }
@@ -64,11 +66,17 @@ private:
     return value;
   }
   void retain() noexcept {
-    if (node_) node_->users.fetch_add(1, std::memory_order_relaxed);
+    if (!node_) return;
+    if constexpr (detail::checks_sharing) detail::check_copy(node_, holders(), detail::own_bytes(node_->value));
+    node_->users.fetch_add(1, std::memory_order_relaxed);
   }
   void drop() noexcept {
+    if constexpr (detail::checks_sharing)
+      if (node_) detail::check_leave(node_, holders(), detail::own_bytes(node_->value));
     if (node_ && node_->users.fetch_sub(1, std::memory_order_acq_rel) == 1) delete node_;
   }
+
+  std::uint32_t holders() const noexcept { return node_->users.load(std::memory_order_acquire); }
 
   node* node_ = nullptr;
 };

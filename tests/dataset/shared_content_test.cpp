@@ -151,6 +151,28 @@ TEST(SharedList, AChangeThatFailsLeavesTheListAsItWas) {
   }
 }
 
+TEST(SharedContent, AChangeThroughAReferenceKeptTooLongEndsADebugBuild) {
+  if (!detail::checks_sharing) GTEST_SKIP() << "only debug builds check";
+  shared_array<int> numbers{1, 2, 3};
+  int* kept = numbers.edit_data();
+  EXPECT_DEATH(
+      {
+        const auto copy = numbers;
+        kept[1] = 9;
+      },
+      "reference that was kept too long");
+  shared_list<shared_array<int>, 2> records{{1}, {2}, {3}};
+  EXPECT_DEATH(
+      {
+        shared_array<int>& record = records.edit(2);
+        const auto copy = records;
+        record = {4};
+        auto changed = records;
+        changed.edit(2);
+      },
+      "reference that was kept too long");
+}
+
 TEST(SharedArray, LivesInItsArenaUntilItGrowsOutOfIt) {
   memory_arena* arena = memory_arena::create(100);
   auto small = shared_array<int>::uninitialized(*arena, 3);
