@@ -9,11 +9,13 @@
 #include "host/results_grid.h"
 #include "host/run_input.h"
 #include "host/run_report.h"
+#include "output/chosen_results.h"
 #include "script/restart_file.h"
 
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <cstdlib>
 #include <limits>
 #include <optional>
 #include <utility>
@@ -88,9 +90,17 @@ private:
       run.segments.push_back(segment.name);
       run.lengths.push_back(segment.length);
     }
+    const char* const chosen = std::getenv("VESK_RESULTS"); // README.md, "Files"
+    if (chosen != nullptr && *chosen != '\0') return open_chosen_results(run, chosen);
     writers_.push_back({make_netcdf_writer(input_.base, run, input_.outputs), &input_.outputs});
     if (!input_.csv_outputs.empty())
       writers_.push_back({make_csv_writer(input_.base, run, input_.csv_outputs), &input_.csv_outputs});
+  }
+
+  void open_chosen_results(const RunDescription& run, const char* text) {
+    const ChosenResults chosen = choose_results(text, input_.outputs, run.segments.size());
+    input_.outputs = chosen.variables;
+    writers_.push_back({make_chosen_writer(input_.base, run, chosen), &input_.outputs});
   }
 
   void report_network() {

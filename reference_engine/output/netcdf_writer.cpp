@@ -130,11 +130,11 @@ private:
 
   void define_outputs(const std::vector<OutputVariable>& variables) {
     const int dimensions[] = {time_dimension_, segment_dimension_};
-    std::vector<std::string> taken = {"time", "segment", "segment_name", "length", "name_length"};
-    for (const OutputVariable& variable : variables) {
-      taken.push_back(variable_name(variable, taken));
+    const std::vector<std::string> names = netcdf_names(variables);
+    for (std::size_t k = 0; k < variables.size(); ++k) {
+      const OutputVariable& variable = variables[k];
       int id = 0;
-      check(nc_def_var(id_, taken.back().c_str(), NC_FLOAT, 2, dimensions, &id));
+      check(nc_def_var(id_, names[k].c_str(), NC_FLOAT, 2, dimensions, &id));
       attribute(id, "long_name", variable.description.empty() ? variable.name : variable.description);
       attribute(id, "units", variable.units);
       attribute(id, "coordinates", "segment_name");
@@ -172,6 +172,13 @@ private:
 };
 
 } // namespace
+
+std::vector<std::string> netcdf_names(const std::vector<OutputVariable>& variables) {
+  std::vector<std::string> taken = {"time", "segment", "segment_name", "length", "name_length"};
+  const auto others = static_cast<std::ptrdiff_t>(taken.size());
+  for (const OutputVariable& variable : variables) taken.push_back(variable_name(variable, taken));
+  return {taken.begin() + others, taken.end()};
+}
 
 std::unique_ptr<ResultWriter> make_netcdf_writer(const std::filesystem::path& base, const RunDescription& run,
                                                  const std::vector<OutputVariable>& variables) {

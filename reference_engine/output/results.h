@@ -42,6 +42,9 @@ public:
   static constexpr std::size_t notes_size = std::size_t{1} << 16;
 };
 
+// The variables' names in the NetCDF file, each once.
+std::vector<std::string> netcdf_names(const std::vector<OutputVariable>& variables);
+
 // `base` with ".nc" added.
 std::unique_ptr<ResultWriter> make_netcdf_writer(const std::filesystem::path& base, const RunDescription& run,
                                                  const std::vector<OutputVariable>& variables);

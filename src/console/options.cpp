@@ -77,6 +77,11 @@ constexpr option_row rows[] = {
      .help = "write all results of the run and its record to this folder",
      .text = &console_options::output_dir,
      .once = true},
+    {.name = "--results",
+     .argument = "DO@24,...",
+     .help = "write only these series, to NAME.results.csv",
+     .text = &console_options::results,
+     .once = true},
     {.name = "--record",
      .argument = "FILE",
      .help = "write the record of the run to this file",
@@ -177,6 +182,7 @@ private:
       if (!good) throw usage_error(sentence);
     };
     require(!o.time_limit || o.reports(), "Option --time-limit requires --record or --output-dir.");
+    require(!o.results || o.run, "Option --results requires -RUN.");
     require(!o.csv || o.list_paths, "Option --csv requires --list-paths.");
     require(o.set_from.has_value() == (o.row || o.rows),
             "Option --set-from requires --row or --rows, and they require it.");

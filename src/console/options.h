@@ -37,6 +37,7 @@ struct console_options {
   std::vector<std::string> set; // "PATH=VALUE"
   bool beyond_limits = false;
   std::optional<std::string> output_dir;
+  std::optional<std::string> results; // "DO@24,CBOD@24"
   std::optional<std::string> record;
   std::optional<double> time_limit; // seconds
   std::string time_limit_text;      // as it was given

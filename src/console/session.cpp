@@ -6,13 +6,16 @@
 #include "console/value_setting.h"
 #include "dataset/text_encoding.h"
 #include "platform/file_io.h"
+#include "platform/safe_file.h"
 #include "platform/side_file.h"
 #include "query/query_log.h"
+#include "results/results_file.h"
 #include "runs/value_list.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <cstdlib>
 #include <filesystem>
 #include <unistd.h>
 #include <utility>
@@ -199,9 +202,47 @@ session::step session::with_data(const char* what, const std::string& subject, c
 }
 
 session::step session::run_model() {
-  const step result = with_data("run", form_.file_name, [this] { form_.RunModelButtonClick(); });
+  if (!has_data("run")) return step::failed;
+  try {
+    choose_results();
+  } catch (const value_error& error) {
+    return fail(error.what(), kind_of_failure(error));
+  }
+  const step result = job(form_.file_name, [this] { form_.RunModelButtonClick(); });
   run_return_code_ = form_.last_job().return_code;
-  return result;
+  return result == step::done && !chosen_.empty() ? cut_results() : result;
+}
+
+// The bundled engine learns of them by its environment, while there is one thread.
+void session::choose_results() {
+  if (!options_.results || !chosen_.empty()) return;
+  chosen_ = read_chosen_series(*options_.results, *form_.current_data_set);
+  setenv("VESK_RESULTS", text_of(chosen_).c_str(), 1);
+}
+
+// What another engine has written stays as it is. A file that the run has not written is of an older one.
+session::step session::cut_results() {
+  if (form_.engine_is_bundled()) return step::done;
+  const std::string base = form_.recorded_base().native(), table = base + ".results.csv";
+  std::string text;
+  try {
+    const auto is_results = [&](const recorded_file& it) { return it.file == base + ".nc"; };
+    if (!ended_run_ || std::ranges::none_of(ended_run_->outputs, is_results))
+      throw results_exception("it has not written " + base + ".nc.");
+    text = table_of_series(base + ".nc", chosen_);
+  } catch (const std::exception& error) {
+    return fail(std::string("The series of --results cannot be cut out of the engine's results: ") + error.what(),
+                failure_kind::data);
+  }
+  try {
+    safe_file file(table);
+    write_all(file.descriptor(), text, {}, table);
+    file.commit();
+  } catch (const file_exception& error) {
+    return fail(error.what(), kind_of_writing_failure(error));
+  }
+  ended_run_->outputs.push_back(describe_file(table, false));
+  return step::done;
 }
 
 // Starts a job and serves it until it has ended.

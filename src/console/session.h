@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/main_form.h"
+#include "console/chosen_results.h"
 #include "console/console_interface.h"
 #include "console/options.h"
 #include "runs/run_record.h"
@@ -10,6 +11,7 @@
 #include <cstddef>
 #include <functional>
 #include <optional>
+#include <vector>
 
 namespace vesk {
 
@@ -48,6 +50,8 @@ private:
   step job(const std::string& subject, const std::function<void()>& launch);
   step with_data(const char* what, const std::string& subject, const std::function<void()>& launch);
   step run_model();
+  void choose_results();
+  step cut_results();
   bool has_data(const char* what); // reports if there is none
   step outcome_since(int failures_before) const;
   step set_values();
@@ -72,6 +76,7 @@ private:
   std::optional<reported_failure> failure_; // the first one that the session itself found
   std::optional<run_record> ended_run_;
 
+  std::vector<chosen_series> chosen_; // of --results; empty: all
   std::optional<run_table> table_;
   std::optional<std::size_t> row_;
   std::optional<prevesk_dataset_data_type> before_queries_; // of many rows

@@ -25,6 +25,7 @@ bool session::prepare_rows() {
     const value_assignment it = parse_assignment(*form_.current_data_set, text);
     if (it.names_a_file()) set_from_files.push_back(it.ref.row->series(it.ref.at));
   }
+  choose_results();
   before_queries_ = *form_.current_data_set;
   if (!form_.skip_deferred_queries && !fill_other_series(form_, set_from_files)) return false;
   return form_.prepare_many_runs();

@@ -24,7 +24,8 @@ struct command_name {
 constexpr command_name command_names[] = {{"list", results_command::list},
                                           {"series", results_command::series},
                                           {"profile", results_command::profile},
-                                          {"agreement", results_command::agreement}};
+                                          {"agreement", results_command::agreement},
+                                          {"collect", results_command::collect}};
 
 struct option {
   std::string_view name;
@@ -126,6 +127,7 @@ void check(results_options& options) {
   const auto require = [](bool given, const char* what) {
     if (!given) throw results_usage_error(std::string(what) + " is missing.");
   };
+  if (options.command == results_command::collect) return require(!options.folders.empty(), "a folder of runs");
   require(!options.file.empty(), "the file of results");
   if (options.command == results_command::series || options.command == results_command::profile)
     require(!options.variables.empty(), "option --variable");
@@ -144,6 +146,7 @@ const char* const results_usage =
     "                                     values of all segments at the nearest time\n"
     "       vesk-results agreement FILE [OPTIONS]\n"
     "                                     scores against measured series\n"
+    "       vesk-results collect DIR...    the records of all runs below these folders, a row each\n"
     "       vesk-results --help | --version\n"
     "\n"
     "  --format csv|json   csv unless given\n"
@@ -180,6 +183,10 @@ results_options parse_results_options(const std::vector<std::string>& words) {
   for (std::size_t i = 1; i < words.size(); ++i) {
     const std::string& word = words[i];
     if (!word.starts_with("--")) {
+      if (options.command == results_command::collect) {
+        options.folders.push_back(word);
+        continue;
+      }
       if (!options.file.empty())
         throw results_usage_error("expected one file of results, found \"" + word + "\" as well.");
       options.file = word;

@@ -10,12 +10,13 @@
 
 namespace vesk {
 
-enum class results_command { list, series, profile, agreement };
+enum class results_command { list, series, profile, agreement, collect };
 enum class output_format { csv, json };
 
 struct results_options {
   results_command command = results_command::list;
-  std::string file; // of results
+  std::string file;                 // of results
+  std::vector<std::string> folders; // of collect
   output_format format = output_format::csv;
   std::vector<std::string> variables, segments;
   std::optional<double> time, from, to; // date-time numbers

@@ -40,21 +40,9 @@ std::string as_text(const std::string& field) {
                                                                                                      : "'" + field;
 }
 
-// RFC 4180.
-std::string csv_field(const std::string& text) {
-  const std::string field = as_text(printable_text(text));
-  if (field.find_first_of(",\"\r\n") == field.npos) return field;
-  std::string out = "\"";
-  for (const char c : field) {
-    if (c == '"') out += '"';
-    out += c;
-  }
-  return out + '"';
-}
-
 class csv_rows {
 public:
-  csv_rows& text(const std::string& value) { return add(csv_field(value)); }
+  csv_rows& text(const std::string& value) { return add(table_field(value)); }
   csv_rows& number(double value) { return add(number_text(value)); }
   csv_rows& number(std::size_t value) { return add(std::to_string(value)); }
   void end_row() {
@@ -102,6 +90,17 @@ ordered_json json_of(const std::vector<double>& values) {
 }
 
 } // namespace
+
+std::string table_field(const std::string& text) {
+  const std::string field = as_text(printable_text(text));
+  if (field.find_first_of(",\"\r\n") == field.npos) return field;
+  std::string out = "\"";
+  for (const char c : field) {
+    if (c == '"') out += '"';
+    out += c;
+  }
+  return out + '"';
+}
 
 std::string listing(const results_file& results, output_format format) {
   const auto& times = results.times();

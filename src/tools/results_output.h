@@ -10,6 +10,9 @@
 
 namespace vesk {
 
+// A text as a field of a table: RFC 4180, and an apostrophe before what a spreadsheet would take for a formula.
+std::string table_field(const std::string& text);
+
 std::string listing(const results_file& results, output_format format);
 
 struct chosen_values {

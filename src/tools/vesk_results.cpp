@@ -3,6 +3,7 @@
 #include "platform/file_io.h"
 #include "platform/program_start.h"
 #include "results/comparison.h"
+#include "tools/collected_records.h"
 #include "tools/results_options.h"
 #include "tools/results_output.h"
 
@@ -93,14 +94,24 @@ std::string agreement(const results_file& results, const results_options& option
   return agreement_text(results, comparisons, options.format);
 }
 
-void run(const results_options& options) {
+int collect(const results_options& options) {
+  const collected_records found = collect_records(options.folders);
+  print(found.table);
+  for (const std::string& fault : found.faults) complain(fault);
+  return found.faults.empty() ? success : failed_file;
+}
+
+int run(const results_options& options) {
+  if (options.command == results_command::collect) return collect(options);
   const results_file results(options.file);
   switch (options.command) {
-  case results_command::list: return print(listing(results, options.format));
-  case results_command::series: return print(series(results, options));
-  case results_command::profile: return print(profile(results, options));
-  case results_command::agreement: return print(agreement(results, options));
+  case results_command::list: print(listing(results, options.format)); break;
+  case results_command::series: print(series(results, options)); break;
+  case results_command::profile: print(profile(results, options)); break;
+  case results_command::agreement: print(agreement(results, options)); break;
+  case results_command::collect: break;
   }
+  return success;
 }
 
 } // namespace
@@ -113,8 +124,7 @@ int main(int count, char** arguments) {
     if (!words.empty() && (words[0] == "--help" || words[0] == "-h")) return print(results_usage), success;
     if (!words.empty() && words[0] == "--version") return print("vesk-results " VESK_VERSION "\n"), success;
     options = parse_results_options(words);
-    run(options);
-    return success;
+    return run(options);
   } catch (const results_usage_error& error) {
     complain(std::string("vesk-results: ") + error.what() + " Try vesk-results --help.");
     return wrong_usage;

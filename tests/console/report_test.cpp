@@ -5,10 +5,12 @@
 #include "platform/output_lock.h"
 #include "run_program.h"
 #include "temporary_folder.h"
+#include "written_results.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <cmath>
 #include <csignal>
 #include <optional>
 
@@ -223,6 +225,37 @@ TEST_F(Report, ARowThatCrashesLeavesTheOthers) {
   EXPECT_EQ(result.status, 70);
   for (const char* row : {"0", "1"})
     EXPECT_EQ(record("out/" + std::string(row) + "/river.run.json")["status"], 70) << result.err;
+}
+
+TEST_F(Report, SeriesAreCutOutOfTheResultsOfAnotherEngine) {
+  written_results{.values = {1, 0.1, 3, 4, 5, 6, 7, std::nan(""), 9, 10, 11, 12}}.write(folder.file("other.nc"));
+  const std::string file = make_file("writes results", "a.vki");
+  const auto run_with = [&](const std::string& results) {
+    std::filesystem::remove(folder.path / "out/a.nc");
+    return run({file, "-RUN", "--output-dir", folder.file("out"), "--results", results});
+  };
+  setenv("RESULTS_TO_COPY", folder.file("other.nc").c_str(), 1);
+  EXPECT_EQ(run_with("{do}@1,DO@0").status, 0);
+  EXPECT_EQ(folder.read("out/a.results.csv"), "time,DO@1,DO@0\n2000-01-01T00:00:00,0.10000000149011612,1\n"
+                                              "2000-01-02T00:00:00,6,5\n2000-01-03T00:00:00,10,9\n");
+  EXPECT_EQ(record("out/a.run.json")["outputs"].size(), 2U);
+
+  const std::pair<const char*, const char*> cases[] = {
+      {"DO@2", "Results \"DO@2\": there is no segment 2; the nearest is 1 (Vesk Segment)."},
+      {"DO", "Results \"DO\": expected VARIABLE@SEGMENT, such as DO@24 or {name}@{name}."},
+      {"DO@-1", "Results \"DO@-1\": expected a segment's number, from 0, or its {name} after the @."}};
+  for (const auto& [results, sentence] : cases) {
+    const program_result result = run_with(results);
+    EXPECT_EQ(result.status, 64) << results;
+    EXPECT_EQ(result.err, "vesk-run: " + std::string(sentence) + "\n");
+  }
+  EXPECT_EQ(run_with("DX@0").status, 65);
+  unsetenv("RESULTS_TO_COPY");
+  std::filesystem::copy(folder.path / "other.nc", folder.path / "out/a.nc", // of an older run
+                        std::filesystem::copy_options::overwrite_existing);
+  const program_result stale = run({file, "-RUN", "--output-dir", folder.file("out"), "--results=DO@0"});
+  EXPECT_EQ(stale.status, 65);
+  EXPECT_NE(stale.err.find("it has not written " + folder.file("out/a.nc") + "."), std::string::npos) << stale.err;
 }
 
 TEST_F(Report, ListsWhatCanBeSet) {

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstdint>
 #include <cstdlib>
+#include <filesystem>
 #include <map>
 #include <pthread.h>
 #include <stdexcept>
@@ -99,6 +100,11 @@ const std::map<std::string, void (*)()> behaviours{
        put("PINFO", "shown");
        while (get("GCANCEL") == 0) std::this_thread::sleep_for(std::chrono::milliseconds(1));
        call("PDONE", nullptr, nullptr, nullptr, nullptr, nullptr);
+     }},
+    {"writes results", // a copy of another file
+     [] {
+       if (const char* file = std::getenv("RESULTS_TO_COPY"))
+         std::filesystem::copy_file(file, std::filesystem::path(file_name()).replace_extension(".nc"));
      }},
     {"crashes", [] { *nowhere = 1; }},
     {"overflows its stack", [] { put("PINFO", std::to_string(deeper(1))); }},

@@ -183,6 +183,35 @@ TEST_F(RunTest, WritesItsResultsAndReports) {
   EXPECT_THAT(host.statuses, testing::Contains(StartsWith("Mass balance of system 3 in kg: inflow 0, ")));
 }
 
+// The lower segment holds 2 (1 + t) exp(-t) g/m3; more digits than single precision has.
+TEST_F(RunTest, ChosenSeriesAreOneTable) {
+  const auto run = [&](const char* chosen) {
+    setenv("VESK_RESULTS", chosen, 1);
+    std::string failure = after("FRACMAXTS 0.9");
+    unsetenv("VESK_RESULTS");
+    return failure;
+  };
+  EXPECT_EQ(run("out_11@1,{output variable 1}@0,out_11@0"), "");
+  EXPECT_THAT(files(), ElementsAre("river.results.csv"));
+  const std::string table = content("river.results.csv");
+  EXPECT_THAT(table, StartsWith("time,out_11@1,out_1@0,out_11@0\n2008-02-28T18:00:00,2,86400,2\n2008-02-29T06:00:00,"));
+  double lower = 0;
+  int digits = 0;
+  const std::size_t last = table.rfind('\n', table.size() - 2);
+  ASSERT_EQ(std::sscanf(table.c_str() + last, "\n2008-03-01T18:00:00,%n%lf", &digits, &lower), 1) << table;
+  EXPECT_NEAR(lower, 6 * std::exp(-2.0), 1e-6);
+  EXPECT_NE(lower, static_cast<double>(static_cast<float>(lower)));
+
+  const std::pair<const char*, const char*> cases[] = {
+      {"out_9@0", "Results \"out_9@0\": the model has no output out_9 that is on; there are out_1, out_11."},
+      {"out_1@2", "Results \"out_1@2\": expected a segment from 0 to 1 after the @."},
+      {"out_1", "Results \"out_1\": expected VARIABLE@SEGMENT."}};
+  for (const auto& [chosen, sentence] : cases) {
+    EXPECT_EQ(run(chosen), sentence);
+    EXPECT_EQ(host.return_code, 3);
+  }
+}
+
 TEST_F(RunTest, RestartFileBringsTheStateBack) {
   EXPECT_EQ(after("ICRD 1\nSCALV 2"), "");
   const std::vector<float> end = host.last_grid;
