@@ -72,11 +72,12 @@ std::size_t date_and_time_split(std::string_view field) {
   return has_time ? split : std::string_view::npos;
 }
 
-// Reads pasted lines into cell values. Ends at the first field that a cell refuses.
-class paste_reader {
+// Reads pasted lines into cell values. Ends at the first field that a cell refuses. The grid must not change meanwhile.
+class paste_reader final : public coming_rows {
 public:
-  paste_reader(const grid& content, const pasted_text& lines)
-      : content_(content), columns_(content.columns()), lines_(lines) {
+  // `top`, `left`: the first cell. `rows`: of the grid after the paste.
+  paste_reader(const grid& content, const pasted_text& lines, std::size_t top, std::size_t left, std::size_t rows)
+      : content_(content), columns_(content.columns()), lines_(lines), top_(top), left_(left), rows_(rows) {
     numbers.reserve(lines.line_count() * std::min(lines.field_count(0), columns_.size()));
   }
 
@@ -84,8 +85,22 @@ public:
   std::vector<placed<std::string>> texts;
   std::string refusal; // a sentence; empty: everything was read
 
-  bool read_line(std::size_t line, std::size_t row, std::size_t left) {
-    std::size_t column = left;
+  void read() {
+    for (std::size_t line = 0; line < lines_.line_count(); ++line)
+      if (!read_line(line)) return;
+  }
+
+  std::size_t row_count() const override { return rows_; }
+  std::optional<std::string_view> field(std::size_t row, std::size_t column) const override {
+    if (row < top_ || column < left_ || row - top_ >= lines_.line_count()) return std::nullopt;
+    if (column - left_ >= lines_.field_count(row - top_)) return std::nullopt;
+    return lines_.field(row - top_, column - left_);
+  }
+
+private:
+  bool read_line(std::size_t line) {
+    const std::size_t row = top_ + line;
+    std::size_t column = left_;
     for (std::size_t k = 0; k < lines_.field_count(line); ++k, ++column) {
       const std::string_view field = lines_.field(line, k);
       std::string reason;
@@ -102,8 +117,6 @@ public:
     }
     return true;
   }
-
-private:
   std::string take(std::string_view field, std::size_t row, std::size_t column) {
     cell_entry entry = read_entry(columns_[column].type, field);
     if (!entry.accepted() || stays(field, entry.value, row, column)) return std::move(entry.refusal);
@@ -139,6 +152,19 @@ private:
   const grid& content_;
   std::span<const grid_column> columns_;
   const pasted_text& lines_;
+  std::size_t top_, left_, rows_;
+};
+
+// What the grid expects, for the life of this.
+class expectation {
+public:
+  expectation(grid& content, const coming_rows& rows) : content_(content) { content_.expect(&rows); }
+  ~expectation() { content_.expect(nullptr); }
+  expectation(const expectation&) = delete;
+  expectation& operator=(const expectation&) = delete;
+
+private:
+  grid& content_;
 };
 
 } // namespace
@@ -156,20 +182,22 @@ TFillCalcTable::paste_outcome TFillCalcTable::do_paste(std::string_view text) {
     return paste_outcome::refused("The clipboard has " + plural(lines.line_count(), "line") + ", but only " +
                                   plural(present - top, "row") + (present - top == 1 ? " is" : " are") +
                                   " left from row " + std::to_string(top + 1) + " on.");
-  paste_reader reader(*content_, lines);
-  for (std::size_t line = 0; line < lines.line_count(); ++line)
-    if (!reader.read_line(line, top + line, selection().left)) return paste_outcome::refused(reader.refusal);
+  const std::size_t coming = replaces_all ? needed : std::max(present, needed);
+  paste_reader reader(*content_, lines, top, selection().left, coming);
+  {
+    const expectation coming_rows_are_known(*content_, reader);
+    reader.read();
+  }
+  if (!reader.refusal.empty()) return paste_outcome::refused(reader.refusal);
 
   change one(*this, "Paste");
   refused_.reset();
-  if (content_->has_free_rows()) {
-    content_->resize(replaces_all ? needed : std::max(present, needed));
-    display_rows(false);
-    if (OnRowsChanged) OnRowsChanged();
-  }
+  if (content_->has_free_rows()) content_->resize(coming);
   for (const auto& cell : reader.numbers) content_->set_value(cell.row, cell.column, cell.value);
   for (const auto& cell : reader.texts) content_->set_value(cell.row, cell.column, cell.value);
-  if (view_) view_->rows_changed();
+  display_rows(false);
+  // After the values: only now is it known which old ones are left and point past the end.
+  if (content_->has_free_rows() && OnRowsChanged) OnRowsChanged();
   one.complete();
   return {{}, top, lines.line_count()};
 }

@@ -10,6 +10,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace vesk {
@@ -26,6 +27,18 @@ struct grid_column {
 struct cell_mark {
   std::string text; // one sentence; empty: no mark
   explicit operator bool() const { return !text.empty(); }
+};
+
+// The rows of a grid as they will be after a paste that is being read.
+class coming_rows {
+public:
+  virtual std::size_t row_count() const = 0;
+  // The text pasted into a cell; nothing if the paste leaves the cell alone. Valid while the paste is read. Not for
+  // columns after a date and its time, which may share a field.
+  virtual std::optional<std::string_view> field(std::size_t row, std::size_t column) const = 0;
+
+protected:
+  ~coming_rows() = default;
 };
 
 class grid {
@@ -47,6 +60,10 @@ public:
   virtual void insert_row(std::size_t) {}              // a default row before this one
   virtual void erase_rows(std::size_t, std::size_t) {} // first, count
   virtual void resize(std::size_t) {}                  // appends default rows, or erases the last ones
+
+  // Called before the fields of a paste are read, and with null afterwards. A grid whose cells refer to its own rows
+  // then reads and shows them by the number and names that the rows will have.
+  virtual void expect(const coming_rows*) {}
 
   // Sorts the rows after an edit; returns the new position of `row`.
   virtual std::size_t sort(std::size_t row) { return row; }

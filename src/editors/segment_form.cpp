@@ -135,6 +135,7 @@ TSegmentForm::TSegmentForm(editor_host& host)
                        &add_panel("ParametersFillCalcTable", parameters_, block_buttons),
                        &add_panel("InitialConcentrationsFillCalcTable", concentrations_, block_buttons),
                        &add_panel("FractionDissolvedFillCalcTable", fractions_, block_buttons)} {
+  segments_.bottoms = bottoms_;
   segments_.make_inserted = segments_.make_appended = [] { return segment_data_type{}; };
   segments_.mark_of = [this](const segment_data_type& segment, std::size_t column) -> cell_mark {
     if (column != type_column || item_to_type_id.empty() || type_id_to_item.contains(segment.segment_type)) return {};

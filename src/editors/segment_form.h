@@ -54,8 +54,12 @@ public:
     first_moved = std::min(count, row_count());
     record_grid::resize(count);
   }
+  void expect(const coming_rows* rows) override {
+    if (bottoms) bottoms->expect(rows);
+  }
 
-  std::size_t first_moved = 0; // by the last of these; segments before it have kept their numbers
+  std::shared_ptr<segment_items> bottoms; // the items of the bottom segments, which are these rows
+  std::size_t first_moved = 0;            // by the last of these; segments before it have kept their numbers
 };
 
 class TSegmentForm final : public editor {

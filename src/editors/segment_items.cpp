@@ -7,36 +7,65 @@
 
 namespace vesk {
 
-std::string segment_items::text(std::size_t item) const {
-  if (item >= count()) return count() == 0 ? none_ : last_;
-  return std::to_string(item + 1) + ": " + host_.data_set()->segments[item].name.str();
+namespace {
+
+std::string_view without_blanks(std::string_view text) {
+  while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
+  while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
+  return text;
 }
 
+} // namespace
+
+std::string segment_items::text(std::size_t item) const {
+  if (item >= count()) return count() == 0 ? none_ : last_;
+  return std::to_string(item + 1) + ": " + name(item);
+}
+
+std::string segment_items::name(std::size_t segment) const {
+  if (coming_)
+    if (const auto pasted = coming_->field(segment, 0)) return std::string(*pasted);
+  return segment < present() ? host_.data_set()->segments[segment].name.str() : segment_data_type{}.name.str();
+}
+
+void segment_items::expect(const coming_rows* rows) {
+  coming_ = rows;
+  coming_are_named_ = false;
+  named_ = {};
+  names_.clear();
+}
+
+// A whole item names its segment by the number in front of it. Its name has lost the blanks at its ends if the text was
+// pasted.
 std::optional<std::size_t> segment_items::find(std::string_view text) const {
   const std::size_t n = count();
   std::size_t number = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  const bool is_number = error == std::errc() && end == text.data() + text.size();
-  if (is_number && number <= n) return number == 0 ? n : number - 1;
-  const std::string wanted = upper_case(text);
-  if (wanted == upper_case(last_)) return n;
-  // A whole item names its segment by the number in front of it.
-  if (error == std::errc() && end != text.data() && number >= 1 && number <= n &&
-      wanted == upper_case(this->text(number - 1)))
+  const std::string_view rest(end, static_cast<std::size_t>(text.data() + text.size() - end));
+  const bool has_number = error == std::errc() && end != text.data() && number <= n;
+  if (has_number && rest.empty()) return number == 0 ? n : number - 1;
+  if (has_number && number >= 1 && rest.starts_with(':') &&
+      equal_in_any_case(without_blanks(rest.substr(1)), without_blanks(name(number - 1))))
     return number - 1;
-  const auto found = names().find(wanted);
+  if (equal_in_any_case(text, last_)) return n;
+  const auto found = names().find(upper_case(text));
   return found != names().end() && found->second < n ? std::optional(found->second) : std::nullopt;
 }
 
 const std::unordered_map<std::string, std::size_t>& segment_items::names() const {
-  const auto& segments = host_.data_set()->segments;
-  if (named_.size() == segments.size() && named_.shares_with(segments)) return names_;
+  const std::size_t n = count();
+  const bool are_made =
+      coming_ ? coming_are_named_ : named_.size() == n && named_.shares_with(host_.data_set()->segments);
+  if (are_made) return names_;
   names_.clear();
-  for (std::size_t i = 0; i < segments.size(); ++i) {
-    const auto [place, is_new] = names_.emplace(upper_case(segments[i].name.str()), i);
-    if (!is_new) place->second = segments.size();
+  for (std::size_t i = 0; i < n; ++i) {
+    const auto [place, is_new] = names_.emplace(upper_case(without_blanks(name(i))), i);
+    if (!is_new) place->second = n;
   }
-  named_ = segments;
+  if (coming_)
+    coming_are_named_ = true;
+  else
+    named_ = host_.data_set()->segments;
   return names_;
 }
 

@@ -1,7 +1,7 @@
 // The data set's segments as items of a combo cell: "5: Halifax", and a last item that stands for no segment.
 #pragma once
 
-#include "charts/item_list.h"
+#include "charts/grid.h"
 #include "editors/editor_host.h"
 
 #include <cstdint>
@@ -26,17 +26,25 @@ public:
   double number_of(std::size_t item) const override;
   std::optional<std::size_t> item_of(double number) const override;
 
+  // While a paste into the segments is read, its rows are the items: as many as there will be, with their new names.
+  // The names are in the grid's first column. Null: the data set's segments are again.
+  void expect(const coming_rows* rows);
+
   // References of records as items and back. A reference past the end is an item beyond the last; one below 0 the last.
   double item_of_reference(std::int32_t reference) const;
   std::int32_t reference_of_item(double item) const;
 
 private:
-  std::size_t count() const { return host_.data_set() ? host_.data_set()->segments.size() : 0; }
-  const std::unordered_map<std::string, std::size_t>& names() const; // in lower case; count() where ambiguous
+  std::size_t present() const { return host_.data_set() ? host_.data_set()->segments.size() : 0; }
+  std::size_t count() const { return coming_ ? coming_->row_count() : present(); }
+  std::string name(std::size_t segment) const;
+  const std::unordered_map<std::string, std::size_t>& names() const; // in upper case; count() where ambiguous
 
   editor_host& host_;
   std::string last_, none_;
-  // Of the segments that `named_` holds; valid while the data set shares them.
+  const coming_rows* coming_ = nullptr;
+  // Of the segments that `named_` holds, valid while the data set shares them; or of the coming rows.
+  mutable bool coming_are_named_ = false;
   mutable shared_list<segment_data_type> named_;
   mutable std::unordered_map<std::string, std::size_t> names_;
 };

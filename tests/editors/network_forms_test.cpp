@@ -75,6 +75,46 @@ TEST_F(Segments, CombosShowPositionsAndKeepWhatTheyDoNotKnow) {
   EXPECT_FALSE(table.enter(1, bottom, "halifax"));
 }
 
+// The items of the bottom segments are the rows that the paste itself makes and names.
+TEST_F(Segments, PastedBottomsAreAmongTheRowsThatCome) {
+  host.data.segments.edit(0).bottom_segment = 2;
+  host.data.segments.edit(2).bottom_segment = 0;
+  TSegmentForm form(host);
+  TFillCalcTable& table = shown(form);
+  const auto paste = [&](const std::string& text) {
+    host.clipboard = text;
+    form.PasteButtonClick(*form.panels()[0]);
+    EXPECT_EQ(verify(host.data), "");
+    std::vector<int> bottoms;
+    for (const segment_data_type& segment : host.data.segments) bottoms.push_back(segment.bottom_segment);
+    return bottoms;
+  };
+  const auto select_all = [&] { table.set_selection(cell_range{0, 0, table.row_limit() - 1, 12}); };
+  const auto line = [](const std::string& name, const std::string& bottom) {
+    return name + "\t1\t0\t0\t0\t0\tSurface\t" + bottom + "\n";
+  };
+  select_all();
+  const std::string all = table.do_copy();
+  table.delete_all_rows();
+  EXPECT_THAT(paste(all), ElementsAre(2, -1, 0));
+  EXPECT_EQ(table.do_copy(), "Weldon\n");
+  select_all();
+  EXPECT_EQ(table.do_copy(), all);
+
+  table.set_selection(std::nullopt);
+  table.set_active(2, 0);
+  EXPECT_THAT(paste(line("Oak City", "1: weldon") + line("", "None") + line("Bed", "5: Bed") + line("Mud", "0")),
+              ElementsAre(2, -1, 0, -1, 4, -1));
+  EXPECT_THAT(paste(line("Oak City", "4: ")), ElementsAre(2, -1, 3, -1, 4, -1)); // a segment without a name
+  EXPECT_THAT(paste(line("Oak City", "5: Mud")), ElementsAre(2, -1, 3, -1, 4, -1));
+  EXPECT_THAT(host.boxes.back(), HasSubstr("Line 1, column 8: \"5: Mud\" is not in the list. Nothing was pasted."));
+
+  select_all();
+  EXPECT_EQ(paste(line("Mill", "4") + line("Lock", "0")).size(), 6U); // would name a row that goes
+  EXPECT_THAT(paste(line("Mill", "lock") + line("Lock", "None") + "Bed\n"), ElementsAre(1, -1, 2)); // was 3: pulled
+  EXPECT_EQ(form.message(), "Pasted: 3 rows. 1 bottom reference now names another segment.");
+}
+
 TEST_F(Segments, SaysWhatNamesAnotherSegmentAndRenumbers) {
   flow_function_data_type flow;
   flow.pairs = {{1, no_segment, 0}, {1, 0, 1}, {1, 1, 2}};
