@@ -1,8 +1,8 @@
 #include "ui/editor_buttons.h"
 
 #include "ui/texts.h"
+#include "ui/wrapping_row.h"
 
-#include <QHBoxLayout>
 #include <QPushButton>
 #include <algorithm>
 #include <utility>
@@ -42,17 +42,16 @@ constexpr button_row button_table[] = {
 } // namespace
 
 editor_buttons::editor_buttons(editor& form, editor_panel& panel, command_runner run)
-    : form_(form), panel_(&panel), run_(std::move(run)), row_(new QHBoxLayout(this)) {
+    : form_(form), panel_(&panel), run_(std::move(run)), row_(new wrapping_row(this)) {
   add_buttons(panel.buttons);
 }
 
 editor_buttons::editor_buttons(editor& form, command_runner run)
-    : form_(form), panel_(nullptr), run_(std::move(run)), row_(new QHBoxLayout(this)) {
+    : form_(form), panel_(nullptr), run_(std::move(run)), row_(new wrapping_row(this)) {
   add_buttons(series_buttons);
 }
 
 void editor_buttons::add_buttons(unsigned wanted) {
-  row_->setContentsMargins(0, 0, 0, 0);
   for (const button_row& one : button_table) {
     if (!(wanted & one.button)) continue;
     const QString text = one.button == delete_all_button ? shown(form_.delete_all_text()) : QString(one.text);
@@ -62,7 +61,6 @@ void editor_buttons::add_buttons(unsigned wanted) {
     };
     buttons_.push_back({one.button, one.hint, add(text, one.name, work)});
   }
-  row_->addStretch(1);
   show_state();
 }
 
@@ -70,7 +68,7 @@ QPushButton* editor_buttons::add(const QString& text, const char* name, const st
   auto* button = new QPushButton(text);
   button->setObjectName(name);
   connect(button, &QPushButton::clicked, this, work);
-  row_->insertWidget(static_cast<int>(buttons_.size()), button);
+  row_->addWidget(button);
   return button;
 }
 
@@ -78,7 +76,7 @@ void editor_buttons::add_command(const editor_command& command, editor_panel& pa
   auto* button = new QPushButton(shown(command.text));
   button->setObjectName(shown(command.name));
   connect(button, &QPushButton::clicked, this, [this, &panel, work = command.run] { run_(panel, work); });
-  row_->insertWidget(row_->count() - 1, button);
+  row_->addWidget(button);
 }
 
 // Import fills the series of what is chosen, wherever the cursor is.

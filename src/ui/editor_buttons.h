@@ -8,10 +8,11 @@
 #include <optional>
 #include <vector>
 
-class QHBoxLayout;
 class QPushButton;
 
 namespace vesk {
+
+class wrapping_row;
 
 class editor_buttons final : public QWidget {
 public:
@@ -38,7 +39,7 @@ private:
   editor& form_;
   editor_panel* const panel_; // null: the active one
   command_runner run_;
-  QHBoxLayout* row_;
+  wrapping_row* row_;
   std::vector<shown_button> buttons_;
 };
 

@@ -75,6 +75,7 @@ void editor_panel_view::make_chart(QBoxLayout& column) {
   beside_->addWidget(chart_);
   beside_->setStretchFactor(0, 0);
   beside_->setStretchFactor(1, 1);
+  connect(beside_, &QSplitter::splitterMoved, this, [this] { moved_by_hand_ = true; });
   column.addWidget(beside_, 1);
   connect(chart_, &chart_view::point_clicked, this, [this](std::size_t point) {
     panel_.table.set_active(graph_->series().front()->row_of(point), panel_.table.active_column());
@@ -146,6 +147,14 @@ void editor_panel_view::take_first_size(int width) {
   if (beside_) beside_->setSizes({grid_->sizeHint().width(), std::max(width - grid_->sizeHint().width(), 1)});
 }
 
+// The first series with points, or with marks, needs wider columns than an empty grid.
+void editor_panel_view::make_room_for_grid() {
+  const int wanted = grid_->sizeHint().width();
+  const int rest = beside_->width() - beside_->handleWidth() - wanted;
+  if (moved_by_hand_ || grid_->width() >= wanted || rest < chart_->minimumSizeHint().width()) return;
+  beside_->setSizes({wanted, rest});
+}
+
 void editor_panel_view::texts_changed() {
   show_text(*label_, panel_.label);
   grid_->setAccessibleName(panel_.label.empty() ? name_ : shown(panel_.label));
@@ -183,6 +192,7 @@ void editor_panel_view::feed_chart() {
   charted_ = ref;
   graph_->replace_series(form_.graph_data(panel_));
   chart_->data_changed();
+  make_room_for_grid();
   show_selection();
 }
 

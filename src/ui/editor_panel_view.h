@@ -54,6 +54,7 @@ private:
   QAction* add_action(const char* text, const QKeySequence& keys, const std::function<void()>& command);
   void show_selection();
   void feed_chart();
+  void make_room_for_grid();
 
   editor& form_;
   editor_panel& panel_;
@@ -70,6 +71,7 @@ private:
   QLabel* deferred_note_ = nullptr;
   QPushButton* keep_points_ = nullptr;
   QSplitter* beside_ = nullptr; // grid and chart
+  bool moved_by_hand_ = false;  // the bar between them
   chart_view* chart_ = nullptr;
   std::unique_ptr<TGraphForm> graph_;
   std::optional<series_ref> charted_;

@@ -12,6 +12,7 @@
 #include "ui/texts.h"
 #include "ui/tree_view.h"
 #include "ui/wheel_guard.h"
+#include "ui/wrapping_row.h"
 
 #include <QAccessible>
 #include <QAction>
@@ -54,7 +55,7 @@ editor_window::editor_window(QWidget* parent, editor& shown_editor)
   column->addWidget(make_content(pages), 1);
   for (QSplitter* one : splitters_) one->setStretchFactor(one->count() - 1, 1);
   if (shared_buttons_) column->addWidget(shared_buttons_);
-  if (auto* commands = make_common_row()) column->addLayout(commands);
+  if (QWidget* commands = make_common_row()) column->addWidget(commands);
   make_find_bar(*column);
   // It keeps its line while it is empty: a message must not move the buttons.
   message_->setMinimumHeight(message_->fontMetrics().lineSpacing());
@@ -216,10 +217,11 @@ QWidget* editor_window::make_fields() {
   return content;
 }
 
-QBoxLayout* editor_window::make_common_row() {
+QWidget* editor_window::make_common_row() {
   const std::vector<editor_command> commands = form_.common_commands();
   if (commands.empty()) return nullptr;
-  auto* row = new QHBoxLayout;
+  auto* content = new QWidget;
+  auto* row = new wrapping_row(content);
   for (const editor_command& command : commands) {
     auto* button = new QPushButton(shown(command.text));
     button->setObjectName(shown(command.name));
@@ -229,8 +231,7 @@ QBoxLayout* editor_window::make_common_row() {
     });
     row->addWidget(button);
   }
-  row->addStretch(1);
-  return row;
+  return content;
 }
 
 // Not a button box: that makes one of its buttons the default.

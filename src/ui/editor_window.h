@@ -55,7 +55,7 @@ private:
   void make_find_bar(QBoxLayout& column);
   QWidget* make_choice(const editor_choice& choice);
   QWidget* make_fields();
-  QBoxLayout* make_common_row();
+  QWidget* make_common_row();
   QBoxLayout* make_end_row();
 
   void bind(QAction& action, QKeySequence keys, const std::function<void()>& command);

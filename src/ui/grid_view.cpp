@@ -155,12 +155,17 @@ bool grid_view::edit(const QModelIndex& index, EditTrigger trigger, QEvent* even
   return QTableView::edit(index, trigger, event);
 }
 
+// The delegate posts what Enter asks for. By then a command may have taken the entry and closed its editor.
+void grid_view::commitData(QWidget* editor) {
+  if (!editor->isHidden()) QTableView::commitData(editor);
+}
+
 void grid_view::closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint) {
   if (hint == QAbstractItemDelegate::RevertModelCache) table().give_up_refused();
   const bool next = hint == QAbstractItemDelegate::EditNextItem,
              previous = hint == QAbstractItemDelegate::EditPreviousItem;
   const bool enter = hint == QAbstractItemDelegate::SubmitModelCache;
-  QTableView::closeEditor(editor, next || previous ? QAbstractItemDelegate::NoHint : hint);
+  if (!editor->isHidden()) QTableView::closeEditor(editor, next || previous ? QAbstractItemDelegate::NoHint : hint);
   if (table().refused()) return; // the active cell stays with what is to be corrected
   if (next || previous) move_active(0, next ? 1 : -1);
   if (enter) move_active(1, 0);
@@ -168,7 +173,8 @@ void grid_view::closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint 
 
 void grid_view::commit_open_editor() {
   for (QWidget* editor : findChildren<QWidget*>()) {
-    if (!editor->isVisible() || (!qobject_cast<QLineEdit*>(editor) && !qobject_cast<QComboBox*>(editor))) continue;
+    if (editor->parentWidget() != viewport() || !editor->isVisible()) continue; // a combo box has a line within
+    if (!qobject_cast<QLineEdit*>(editor) && !qobject_cast<QComboBox*>(editor)) continue;
     commitData(editor);
     closeEditor(editor, QAbstractItemDelegate::NoHint);
     return;
