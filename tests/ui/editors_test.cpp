@@ -90,6 +90,9 @@ TEST(Editors, ShowTheSampleAndChangeNothingByOk) {
                 [&](QWidget* dialog) {
                   expect_accessible(dialog);
                   picture_of_each_page(dialog, QString("editor_") + command);
+                  dialog->resize(500, dialog->height());
+                  EXPECT_LE(dialog->width(), 500) << command;
+                  keep_picture(dialog, QString("narrow_") + command);
                   return press(dialog, "OK");
                 });
   EXPECT_EQ(*program.form().current_data_set, before);
