@@ -1,11 +1,12 @@
-# Two Debian packages: vesk-cli, which needs no display, and vesk, the window, which stands on it. `cpack` in the build
-# folder makes them.
-set(packages cli)
+# Three Debian packages: vesk-cli, which needs no display, vesk, the window, and python3-vesk; both need the first.
+# `cpack` in the build folder makes them.
+set(packages cli python)
 if(TARGET vesk)
   list(APPEND packages gui)
 endif()
 set(cli_package vesk-cli)
 set(gui_package vesk)
+set(python_package python3-vesk)
 
 # What only a package has: licence and changelogs in a folder of its own. Left out of `cmake --install`.
 gzipped(changelog ${PROJECT_SOURCE_DIR}/CHANGELOG.md)
@@ -63,5 +64,20 @@ ${about}
 This package has the window in which models are built, run and looked at.")
 set(CPACK_DEBIAN_GUI_PACKAGE_RECOMMENDS "qt6-wayland, xdg-utils")
 set(CPACK_COMPONENT_GUI_DEPENDS cli)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME ${python_package})
+set(CPACK_DEBIAN_PYTHON_DESCRIPTION "water-quality models of surface water, from Python
+${about}
+.
+This package has the Python module vesk, which runs models, many at a time,
+and reads and changes data files and results.")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SHLIBDEPS OFF)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "python3 (>= 3.9)")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_RECOMMENDS "python3-netcdf4, python3-xarray")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS "parallel, python3-distributed, python3-pandas, python3-scipy")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA
+  "${CMAKE_CURRENT_SOURCE_DIR}/debian/python3-vesk/postinst;${CMAKE_CURRENT_SOURCE_DIR}/debian/python3-vesk/prerm")
+set(CPACK_COMPONENT_PYTHON_DEPENDS cli)
 
 include(CPack)

@@ -1,0 +1,34 @@
+"""python3 -m vesk pending MODEL TABLE OUTPUT_DIR [--parameters FILE] [-- OPTIONS]: the numbers of the rows that have still
+to be run, a line each, as `vesk-run --rows -` and GNU parallel read them."""
+
+from __future__ import annotations
+
+import argparse
+import sys
+
+from .cases import rows
+from .record import pending
+
+
+def main() -> int:
+    parser = argparse.ArgumentParser(prog="python3 -m vesk", description="Helps scripts that start many runs.")
+    commands = parser.add_subparsers(required=True, metavar="COMMAND")
+    command = commands.add_parser("pending", help="print the rows that have still to be run, decided by the records")
+    command.add_argument("model", help="the data file (.vki)")
+    command.add_argument("table", help="the table of runs (.csv)")
+    command.add_argument("output_dir", help="the folder of the runs")
+    command.add_argument("--parameters", help="its columns are names of this table of parameters")
+    command.add_argument("options", nargs="*", help="after --: the options of vesk-run that say what is computed")
+    arguments = parser.parse_args()
+    try:
+        cases = rows(arguments.model, arguments.parameters, arguments.table)
+        for case in pending(cases, arguments.output_dir, arguments.options):
+            print(case.row)
+    except (OSError, ValueError) as error:
+        print(f"vesk: {error}", file=sys.stderr)
+        return 1
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,152 @@
+"""The record of a run, NAME.run.json, and whether it is of the same run."""
+
+from __future__ import annotations
+
+import functools
+import hashlib
+import json
+import os
+from pathlib import Path
+from typing import Any, Iterator, Optional, Sequence
+
+from . import html
+from .cases import Case
+from .table import PathLike
+
+# Options that belong to one call and say nothing of what was computed.
+_OF_A_CALL = ("--set", "--set-from", "--parameters", "--row", "--rows", "--output-dir", "--record", "--time-limit", "--progress")
+_FLAGS_OF_A_CALL = ("--quiet", "--stop-with-parent", "--yes")
+
+
+class Record:
+    """What a run's record says; docs/run-record.schema.json describes it. Times are in seconds, memory in bytes."""
+
+    def __init__(self, content: dict[str, Any], file: str = "") -> None:
+        if not isinstance(content, dict) or content.get("format") != "vesk run record":
+            raise ValueError(f"{file}: not the record of a run.")
+        if content.get("version") != 1:
+            raise ValueError(f"{file}: a record of another version than 1, which this package does not read.")
+        self.content = content
+        self.file = file
+
+    @classmethod
+    def read(cls, file: PathLike) -> Record:
+        """Raises OSError, and ValueError for a file that is not such a record."""
+        try:
+            content = json.loads(Path(file).read_text(encoding="utf-8"))
+        except ValueError:
+            raise ValueError(f"{os.fspath(file)}: not the record of a run.") from None
+        return cls(content, os.fspath(file))
+
+    def __getitem__(self, name: str) -> Any:
+        return self.content[name]
+
+    def get(self, name: str, default: Any = None) -> Any:
+        return self.content.get(name, default)
+
+    @property
+    def ok(self) -> bool:
+        """Whether the run ended well, if with warnings."""
+        return self.content["class"] in ("good", "warnings")
+
+    @property
+    def cause(self) -> str:
+        """Why it did not, in one sentence; empty: it did."""
+        cause = self.content["cause"]
+        return str(cause["text"]) if cause else ""
+
+    def output(self, ending: str) -> Optional[Path]:
+        """The file with this ending that the run wrote, such as ".nc"."""
+        return next((Path(it["file"]) for it in self.content["outputs"] if it["file"].endswith(ending)), None)
+
+    def agrees_with(self, case: Case, options: Sequence[str] = ()) -> bool:
+        """Whether the run ended well, and a run of the case with these options would have the same input: data file,
+        values, sources of queries, engine, options; and its outputs are still there."""
+        content = self.content
+        return (
+            self.ok
+            and _is_unchanged(content.get("data_file"), os.path.abspath(case.model))
+            and _is_unchanged(content.get("engine"))
+            and all(_is_unchanged(query["source"]) for query in content["queries"])
+            and all(_size_of(it["file"]) == it["bytes"] for it in content["outputs"])
+            and _options_of(content["arguments"], case.model) == list(options)
+            and len(content["values"]) == len(case.values)
+            and all(_is_same(*pair) for pair in zip(content["values"], case.assignments()))
+        )
+
+    def _repr_html_(self) -> str:
+        names = ("status", "class", "wall_seconds", "processor_seconds", "started", "host")
+        shown = [(name, self.content[name]) for name in names] + [("cause", self.cause)]
+        return html.table(shown, caption=self.file)
+
+
+def _is_same(recorded: dict[str, str], wanted: tuple[str, str, str]) -> bool:
+    path, assignment, value = wanted
+    # A path with names is recorded with numbers; that the data file is the same decides then.
+    same_path = "{" in path or recorded["path"] == path
+    return same_path and (recorded["assignment"], recorded["value"]) == (assignment, value)
+
+
+def _options_of(arguments: Sequence[str], model: str) -> list[str]:
+    kept: list[str] = []
+    rest = iter(arguments[1:])
+    for argument in rest:
+        name = argument.split("=")[0]
+        if name in _OF_A_CALL:
+            if "=" not in argument:
+                next(rest, None)
+        elif argument not in _FLAGS_OF_A_CALL and argument.upper() != "-RUN" and Path(argument).name != Path(model).name:
+            kept.append(argument)
+    return kept
+
+
+def _size_of(file: str) -> int:
+    try:
+        return os.stat(file).st_size
+    except OSError:
+        return -1
+
+
+def _is_unchanged(recorded: Optional[dict[str, Any]], file: Optional[str] = None) -> bool:
+    if recorded is None:
+        return False
+    try:
+        state = os.stat(file or recorded["file"])
+    except OSError:
+        return False
+    return state.st_size == recorded["bytes"] and _sha256(
+        file or recorded["file"], state.st_size, state.st_mtime_ns) == recorded.get("sha256")
+
+
+@functools.lru_cache(maxsize=4096)
+def _sha256(file: str, _size: int, _changed: int) -> str:
+    digest = hashlib.sha256()
+    with open(file, "rb") as opened:
+        for block in iter(lambda: opened.read(1 << 20), b""):
+            digest.update(block)
+    return digest.hexdigest()
+
+
+def record_file(case: Case, output_dir: PathLike) -> Path:
+    """Where the record of a case belongs."""
+    return Path(output_dir) / case.name / (Path(case.model).stem + ".run.json")
+
+
+def find_record(case: Case, output_dir: PathLike, options: Sequence[str] = ()) -> Optional[Record]:
+    """The record of a case, if it agrees with it; a record of another version, or a damaged one, does not."""
+    try:
+        record = Record.read(record_file(case, output_dir))
+        return record if record.agrees_with(case, options) else None
+    except (OSError, ValueError, KeyError, TypeError):
+        return None
+
+
+def pending(cases: Sequence[Case], output_dir: PathLike, options: Sequence[str] = ()) -> list[Case]:
+    """The cases that have still to be run: without a record, failed, or run with another input."""
+    return [case for case in cases if find_record(case, output_dir, options) is None]
+
+
+def records(folder: PathLike) -> Iterator[Record]:
+    """All records in a folder and below. Raises ValueError at one that cannot be read."""
+    for file in sorted(Path(folder).rglob("*.run.json")):
+        yield Record.read(file)
