@@ -38,7 +38,7 @@ protected:
   stored_series& series() { return host.data.print_intervals; }
 
   // Opens the dialog, works in it, and closes it by OK where `work` returns true.
-  void import(std::function<bool(TImportTimeSeriesForm&)> work) {
+  void in_dialog(std::function<bool(TImportTimeSeriesForm&)> work) {
     host.open = &host.import_form();
     host.on_import = std::move(work);
     editor.ImportButtonClick(*editor.panels()[0]);
@@ -70,81 +70,81 @@ const char* const deferred = "Confirm Live Query: You have selected the \"Import
                              "Click OK to continue, or click Cancel to change this now";
 
 TEST_F(Import, FillsASeriesFromANewQueryInOneStep) {
-  import([&](TImportTimeSeriesForm& dialog) {
+  in_dialog([&](TImportTimeSeriesForm& dialog) {
     EXPECT_EQ(dialog.message(), "Select the file that holds the data.");
-  browse(dialog, "gauges.csv");
-  EXPECT_EQ(dialog.stored().file_name, "gauges.csv"); // relative to the data file
-  EXPECT_EQ(dialog.date_time_field(), 0U);
-  EXPECT_EQ(dialog.value_field(), 2U);
-  EXPECT_EQ(dialog.sql(), "SELECT * FROM 'gauges.csv' WHERE (Date_Time>='10/1/2012, 0:00:00' AND "
-                          "Date_Time<='10/11/2012, 0:00:00') ORDER BY Date_Time");
-  host.answer = box_answer::cancel;
-  EXPECT_FALSE(dialog.ImportButtonClick());
+    browse(dialog, "gauges.csv");
+    EXPECT_EQ(dialog.stored().file_name, "gauges.csv"); // relative to the data file
+    EXPECT_EQ(dialog.date_time_field(), 0U);
+    EXPECT_EQ(dialog.value_field(), 2U);
+    EXPECT_EQ(dialog.sql(), "SELECT * FROM 'gauges.csv' WHERE (Date_Time>='10/1/2012, 0:00:00' AND "
+                            "Date_Time<='10/11/2012, 0:00:00') ORDER BY Date_Time");
+    host.answer = box_answer::cancel;
+    EXPECT_FALSE(dialog.ImportButtonClick());
+    EXPECT_EQ(read_back(), "0:7 ");
+    host.answer = box_answer::ok;
+    return dialog.ImportButtonClick();
+  });
+  EXPECT_THAT(host.boxes, ElementsAre(immediate, immediate));
+  EXPECT_EQ(read_back(), "0:5 1:1 2:2 ");
+  EXPECT_EQ(series().query->value_field, "Result");
+  EXPECT_EQ(editor.message(), "Imported: gauges.csv, 3 rows, 3 points.");
+  EXPECT_EQ(editor.panels()[0]->table.row_limit(), 3U);
+  EXPECT_EQ(host.undo_label(), "Print Interval: Import");
+  host.undo();
+  EXPECT_EQ(host.undo_label(), "");
   EXPECT_EQ(read_back(), "0:7 ");
-  host.answer = box_answer::ok;
-  return dialog.ImportButtonClick();
-});
-EXPECT_THAT(host.boxes, ElementsAre(immediate, immediate));
-EXPECT_EQ(read_back(), "0:5 1:1 2:2 ");
-EXPECT_EQ(series().query->value_field, "Result");
-EXPECT_EQ(editor.message(), "Imported: gauges.csv, 3 rows, 3 points.");
-EXPECT_EQ(editor.panels()[0]->table.row_limit(), 3U);
-EXPECT_EQ(host.undo_label(), "Print Interval: Import");
-host.undo();
-EXPECT_EQ(host.undo_label(), "");
-EXPECT_EQ(read_back(), "0:7 ");
-EXPECT_EQ(series().query->file_name, "");
-} // namespace
+  EXPECT_EQ(series().query->file_name, "");
+}
 
 TEST_F(Import, AFailureOrCancelLeavesSeriesAndQuery) {
   const prevesk_dataset_data_type before = host.data;
-  import([&](TImportTimeSeriesForm& dialog) {
+  in_dialog([&](TImportTimeSeriesForm& dialog) {
     EXPECT_FALSE(dialog.ImportButtonClick());
-  dialog.GraphButtonClick();
-  dialog.RunQueryButtonClick();
-  EXPECT_THAT(host.boxes, ElementsAre(immediate, "Import error: File name not set", "Import error: File name not set",
-                                      "Error: Cannot execute query on dataset of unknown type"));
-  browse(dialog, "gauges.csv");
-  std::filesystem::remove(folder.path / "gauges.csv"); // while the dialog is open
-  host.boxes.clear();
-  EXPECT_FALSE(dialog.ImportButtonClick());
-  dialog.RunQueryButtonClick();
-  dialog.InsertButtonClick();
-  browse(dialog, "gauges.csv");
-  EXPECT_FALSE(dialog.FileNameEditChange("none.csv"));
-  const std::string gone =
-      "gauges.csv: no such file, neither in the folder of the data file nor in the current folder.";
-  EXPECT_THAT(host.boxes, ElementsAre(immediate, "Import error: " + gone, "Error: " + gone, "Error: " + gone,
-                                      "Error: " + gone, HasSubstr("none.csv: no such file")));
-  EXPECT_EQ(dialog.stored().file_name, "gauges.csv");
-  EXPECT_EQ(dialog.stored().conditions.size(), 1U);
-  folder.write("gauges.csv", "Date_Time,Result\n2012-10-02,wet\n2012-10-03,dry\n");
-  host.boxes.clear();
-  dialog.ResetAllButtonClick();
-  browse(dialog, "gauges.csv");
-  EXPECT_FALSE(dialog.ImportButtonClick());
-  EXPECT_THAT(host.boxes, ElementsAre(immediate, HasSubstr("expected a number, found \"wet\"")));
-  host.cancels_long_work = true;
-  dialog.TableListChange(0);
-  EXPECT_FALSE(dialog.ImportButtonClick());
-  EXPECT_EQ(dialog.message(), "Cancelled. Nothing was changed.");
-  return false;
-});
-EXPECT_EQ(host.data, before);
-EXPECT_EQ(host.undo_label(), "");
-} // namespace vesk
+    dialog.GraphButtonClick();
+    dialog.RunQueryButtonClick();
+    EXPECT_THAT(host.boxes, ElementsAre(immediate, "Import error: File name not set", "Import error: File name not set",
+                                        "Error: Cannot execute query on dataset of unknown type"));
+    browse(dialog, "gauges.csv");
+    std::filesystem::remove(folder.path / "gauges.csv"); // while the dialog is open
+    host.boxes.clear();
+    EXPECT_FALSE(dialog.ImportButtonClick());
+    dialog.RunQueryButtonClick();
+    dialog.InsertButtonClick();
+    browse(dialog, "gauges.csv");
+    EXPECT_FALSE(dialog.FileNameEditChange("none.csv"));
+    const std::string gone =
+        "gauges.csv: no such file, neither in the folder of the data file nor in the current folder.";
+    EXPECT_THAT(host.boxes, ElementsAre(immediate, "Import error: " + gone, "Error: " + gone, "Error: " + gone,
+                                        "Error: " + gone, HasSubstr("none.csv: no such file")));
+    EXPECT_EQ(dialog.stored().file_name, "gauges.csv");
+    EXPECT_EQ(dialog.stored().conditions.size(), 1U);
+    folder.write("gauges.csv", "Date_Time,Result\n2012-10-02,wet\n2012-10-03,dry\n");
+    host.boxes.clear();
+    dialog.ResetAllButtonClick();
+    browse(dialog, "gauges.csv");
+    EXPECT_FALSE(dialog.ImportButtonClick());
+    EXPECT_THAT(host.boxes, ElementsAre(immediate, HasSubstr("expected a number, found \"wet\"")));
+    host.cancels_long_work = true;
+    dialog.TableListChange(0);
+    EXPECT_FALSE(dialog.ImportButtonClick());
+    EXPECT_EQ(dialog.message(), "Cancelled. Nothing was changed.");
+    return false;
+  });
+  EXPECT_EQ(host.data, before);
+  EXPECT_EQ(host.undo_label(), "");
+}
 
 TEST_F(Import, ADeferredQueryIsStoredAndTheGridShowsIt) {
-  import([&](TImportTimeSeriesForm& dialog) {
+  in_dialog([&](TImportTimeSeriesForm& dialog) {
     browse(dialog, "gauges.csv");
-  for (const import_option& option : TImportTimeSeriesForm::options())
-    if (option.member == &import_query_descriptor::deferred) dialog.OptionClick(option, true);
-  return dialog.ImportButtonClick();
-});
-EXPECT_THAT(host.boxes, ElementsAre(deferred));
-EXPECT_EQ(read_back(), "0:7 ");
-EXPECT_TRUE(series().query->deferred);
-EXPECT_THAT(editor.deferred_note(*editor.panels()[0]), StartsWith("Filled by its query"));
+    for (const import_option& option : TImportTimeSeriesForm::options())
+      if (option.member == &import_query_descriptor::deferred) dialog.OptionClick(option, true);
+    return dialog.ImportButtonClick();
+  });
+  EXPECT_THAT(host.boxes, ElementsAre(deferred));
+  EXPECT_EQ(read_back(), "0:7 ");
+  EXPECT_TRUE(series().query->deferred);
+  EXPECT_THAT(editor.deferred_note(*editor.panels()[0]), StartsWith("Filled by its query"));
 }
 
 TEST_F(Import, OkStoresTheQueryOnlyAndNothingWithoutAChange) {
@@ -155,123 +155,122 @@ TEST_F(Import, OkStoresTheQueryOnlyAndNothingWithoutAChange) {
   old.date_time_field = "Gone";
   series().query.edit() = old;
   const auto before = host.data;
-  import([&](TImportTimeSeriesForm& dialog) {
+  in_dialog([&](TImportTimeSeriesForm& dialog) {
     EXPECT_EQ(dialog.date_time_field(), std::nullopt); // the table lacks it, and the query keeps it
-  EXPECT_EQ(dialog.value_field(), 2U);                 // as if chosen: there was none
-  dialog.ResetAllButtonClick();
-  EXPECT_EQ(dialog.stored(), fresh);
-  return false;
-});
-series().query.edit().value_field = "Site";
-  import([&](TImportTimeSeriesForm& dialog) { return by_ok(dialog);
+    EXPECT_EQ(dialog.value_field(), 2U);               // as if chosen: there was none
+    dialog.ResetAllButtonClick();
+    EXPECT_EQ(dialog.stored(), fresh);
+    return false;
   });
+  series().query.edit().value_field = "Site";
+  in_dialog([&](TImportTimeSeriesForm& dialog) { return by_ok(dialog); });
   EXPECT_EQ(host.undo_label(), "");
   series().points = {point(3, 3), point(1, 1)};
-  import([&](TImportTimeSeriesForm& dialog) {
+  in_dialog([&](TImportTimeSeriesForm& dialog) {
     dialog.DateTimeFieldChange(0);
-  return by_ok(dialog);
+    return by_ok(dialog);
   });
   EXPECT_EQ(read_back(), "1:1 3:3 "); // sorted, as after every OK
   EXPECT_EQ(series().query->date_time_field, "Date_Time");
   EXPECT_EQ(host.undo_label(), "Print Interval: Query");
-  }
+}
 
-  TEST_F(Import, AChangeOfTableKeepsItsOwnFieldsAndErasesTheConditions) {
-    write_sqlite(folder.file("rivers.sqlite"),
-                 "CREATE TABLE a(day TEXT, flow REAL); CREATE TABLE b(day TEXT, result REAL);"
-                 "CREATE TABLE c(depth REAL); INSERT INTO a VALUES ('2012-10-01', 1)");
-  import([&](TImportTimeSeriesForm& dialog) {
+TEST_F(Import, AChangeOfTableKeepsItsOwnFieldsAndErasesTheConditions) {
+  write_sqlite(folder.file("rivers.sqlite"),
+               "CREATE TABLE a(day TEXT, flow REAL); CREATE TABLE b(day TEXT, result REAL);"
+               "CREATE TABLE c(depth REAL); INSERT INTO a VALUES ('2012-10-01', 1)");
+  in_dialog([&](TImportTimeSeriesForm& dialog) {
     browse(dialog, "rivers.sqlite");
-  EXPECT_THAT(dialog.tables(), ElementsAre("a", "b", "c"));
-  EXPECT_EQ(dialog.table(), 0U);
-  EXPECT_EQ(dialog.date_time_field(), std::nullopt);
-  dialog.DateTimeFieldChange(0);
-  dialog.ValueFieldChange(1);
-  dialog.InsertButtonClick();
-  dialog.TableListChange(1);
-  EXPECT_TRUE(dialog.stored().conditions.empty());
-  EXPECT_EQ(dialog.date_time_field(), 0U);
-  EXPECT_EQ(dialog.stored().value_field, "result");
-  dialog.TableListChange(2);
-  EXPECT_EQ(dialog.value_field(), std::nullopt);
-  EXPECT_EQ(dialog.stored().value_field, "result");
-  browse(dialog, "../elsewhere.csv");
-  EXPECT_THAT(host.boxes, ElementsAre(HasSubstr("no such file")));
-  EXPECT_EQ(dialog.table(), 2U);
-  return false;
+    EXPECT_THAT(dialog.tables(), ElementsAre("a", "b", "c"));
+    EXPECT_EQ(dialog.table(), 0U);
+    EXPECT_EQ(dialog.date_time_field(), std::nullopt);
+    dialog.DateTimeFieldChange(0);
+    dialog.ValueFieldChange(1);
+    dialog.InsertButtonClick();
+    dialog.TableListChange(1);
+    EXPECT_TRUE(dialog.stored().conditions.empty());
+    EXPECT_EQ(dialog.date_time_field(), 0U);
+    EXPECT_EQ(dialog.stored().value_field, "result");
+    dialog.TableListChange(2);
+    EXPECT_EQ(dialog.value_field(), std::nullopt);
+    EXPECT_EQ(dialog.stored().value_field, "result");
+    browse(dialog, "../elsewhere.csv");
+    EXPECT_THAT(host.boxes, ElementsAre(HasSubstr("no such file")));
+    EXPECT_EQ(dialog.table(), 2U);
+    return false;
   });
   EXPECT_THAT(host.file_filter,
               StartsWith("All recognized types|*.db;*.dbf;*.xls;*.mdb;*.xlsx;*.ods;*.accdb;*.sqlite;*.csv;*.tsv;*.txt|"
                          "DBase Tables (*.dbf)|*.dbf|Excel Spreadsheets (*.xls)|*.xls|"
                          "Access Databases (*.mdb)|*.mdb|Paradox Tables (*.db)|*.db|"));
-  }
+}
 
-  TEST_F(Import, ConditionsAreEditedInTheirTable) {
-  import([&](TImportTimeSeriesForm& dialog) {
+TEST_F(Import, ConditionsAreEditedInTheirTable) {
+  in_dialog([&](TImportTimeSeriesForm& dialog) {
     browse(dialog, "gauges.csv");
-  TFillCalcTable& table = dialog.ConditionTable;
-  EXPECT_EQ(dialog.value_note(), "No conditions: all rows are taken.");
-  dialog.InsertButtonClick();
-  EXPECT_EQ(table.text(0, 1) + table.text(0, 2) + table.text(0, 3), "Date_Time=");
-  EXPECT_EQ(dialog.sql(), "");
-  EXPECT_FALSE(table.is_editable(0, 0)); // the first row has nothing to be linked to
-  EXPECT_TRUE(table.enter(0, 1, "Site"));
-  EXPECT_FALSE(table.enter(0, 3, "C"));
-  table.give_up_refused();
-  EXPECT_TRUE(table.enter(0, 3, "A"));
-  dialog.InsertButtonClick();
-  EXPECT_EQ(table.active_row(), 1U);
-  EXPECT_TRUE(table.enter(1, 0, "OR") && table.enter(1, 2, ">=") && table.enter(1, 3, "10/3/2012"));
-  EXPECT_THAT(dialog.sql(), HasSubstr("WHERE (Site='A' OR Date_Time>='10/3/2012') AND"));
-  dialog.RunQueryButtonClick();
-  EXPECT_EQ(dialog.results_note(), "Results: 3 rows");
-  EXPECT_EQ(dialog.ResultsTable.text(0, 0) + dialog.ResultsTable.text(0, 1), "10/1/2012A");
-  table.set_active(0, 1);
-  dialog.DeleteButtonClick();
-  EXPECT_EQ(table.text(0, 3), "10/3/2012");
-  dialog.GraphButtonClick();
-  return dialog.ImportButtonClick();
+    TFillCalcTable& table = dialog.ConditionTable;
+    EXPECT_EQ(dialog.value_note(), "No conditions: all rows are taken.");
+    dialog.InsertButtonClick();
+    EXPECT_EQ(table.text(0, 1) + table.text(0, 2) + table.text(0, 3), "Date_Time=");
+    EXPECT_EQ(dialog.sql(), "");
+    EXPECT_FALSE(table.is_editable(0, 0)); // the first row has nothing to be linked to
+    EXPECT_TRUE(table.enter(0, 1, "Site"));
+    EXPECT_FALSE(table.enter(0, 3, "C"));
+    table.give_up_refused();
+    EXPECT_TRUE(table.enter(0, 3, "A"));
+    dialog.InsertButtonClick();
+    EXPECT_EQ(table.active_row(), 1U);
+    EXPECT_TRUE(table.enter(1, 0, "OR") && table.enter(1, 2, ">=") && table.enter(1, 3, "10/3/2012"));
+    EXPECT_THAT(dialog.sql(), HasSubstr("WHERE (Site='A' OR Date_Time>='10/3/2012') AND"));
+    dialog.RunQueryButtonClick();
+    EXPECT_EQ(dialog.results_note(), "Results: 3 rows");
+    EXPECT_EQ(dialog.ResultsTable.text(0, 0) + dialog.ResultsTable.text(0, 1), "10/1/2012A");
+    table.set_active(0, 1);
+    dialog.DeleteButtonClick();
+    EXPECT_EQ(table.text(0, 3), "10/3/2012");
+    dialog.GraphButtonClick();
+    return dialog.ImportButtonClick();
   });
   EXPECT_EQ(host.graphs.size(), 1U);
   EXPECT_EQ(read_back(), "2:2 ");
-  }
+}
 
-  // A value that the list does not show is looked for in the table.
-  TEST_F(Import, ValuesBeyondTheListCanBeTyped) {
-    std::string text = "Day,Flow\n";
-    for (int i = 1; i <= 12'000; ++i) text += std::to_string(i + 41'000) + "," + std::to_string(i) + "\n";
-    folder.write("long.csv", text);
-  import([&](TImportTimeSeriesForm& dialog) {
+// A value that the list does not show is looked for in the table.
+TEST_F(Import, ValuesBeyondTheListCanBeTyped) {
+  std::string text = "Day,Flow\n";
+  for (int i = 1; i <= 12'000; ++i) text += std::to_string(i + 41'000) + "," + std::to_string(i) + "\n";
+  folder.write("long.csv", text);
+  in_dialog([&](TImportTimeSeriesForm& dialog) {
     browse(dialog, "long.csv");
-  dialog.InsertButtonClick();
-  TFillCalcTable& table = dialog.ConditionTable;
-  EXPECT_TRUE(table.enter(0, 1, "Flow"));
-  EXPECT_EQ(dialog.value_note(), "Flow: the first 10000 of 12000 values are listed; others can be typed.");
-  EXPECT_TRUE(table.enter(0, 3, "11500"));
-  EXPECT_THAT(dialog.sql(), HasSubstr("Flow=11500"));
-  EXPECT_TRUE(table.enter(0, 3, "12500"));
-  EXPECT_EQ(dialog.message(), "Flow has no value \"12500\" in this table.");
-  EXPECT_EQ(dialog.sql(), "");
-  dialog.DeleteButtonClick();
-  for (const import_option& option : TImportTimeSeriesForm::options()) dialog.OptionClick(option, false);
-  dialog.RunQueryButtonClick();
-  EXPECT_EQ(dialog.results_note(), "Results: the first 10000 of 12000 rows");
-  return false;
+    dialog.InsertButtonClick();
+    TFillCalcTable& table = dialog.ConditionTable;
+    EXPECT_TRUE(table.enter(0, 1, "Flow"));
+    EXPECT_EQ(dialog.value_note(), "Flow: the first 10000 of 12000 values are listed; others can be typed.");
+    EXPECT_TRUE(table.enter(0, 3, "11500"));
+    EXPECT_THAT(dialog.sql(), HasSubstr("Flow=11500"));
+    EXPECT_TRUE(table.enter(0, 3, "12500"));
+    EXPECT_EQ(dialog.message(), "Flow has no value \"12500\" in this table.");
+    EXPECT_EQ(dialog.sql(), "");
+    dialog.DeleteButtonClick();
+    for (const import_option& option : TImportTimeSeriesForm::options()) dialog.OptionClick(option, false);
+    dialog.RunQueryButtonClick();
+    EXPECT_EQ(dialog.results_note(), "Results: the first 10000 of 12000 rows");
+    return false;
   });
-  }
+}
 
-  TEST_F(Import, AJobThatEndsUnderTheDialogTakesNothingWithIt) {
-    prevesk_dataset_data_type of_job = host.data;
-    of_job.description = "of a job";
-  import([&](TImportTimeSeriesForm& dialog) {
+TEST_F(Import, AJobThatEndsUnderTheDialogTakesNothingWithIt) {
+  prevesk_dataset_data_type of_job = host.data;
+  of_job.description = "of a job";
+  in_dialog([&](TImportTimeSeriesForm& dialog) {
     browse(dialog, "gauges.csv");
-  host.in_long_work = [&] { host.replace_data(of_job); };
-  EXPECT_FALSE(dialog.ImportButtonClick());
-  EXPECT_EQ(dialog.message(), "The data set was replaced while the table was read. Repeat the command.");
-  EXPECT_EQ(read_back(), "0:7 ");
-  host.in_long_work = nullptr;
-  EXPECT_EQ(dialog.stored().file_name, "gauges.csv");
-  return dialog.ImportButtonClick();
+    host.in_long_work = [&] { host.replace_data(of_job); };
+    EXPECT_FALSE(dialog.ImportButtonClick());
+    EXPECT_EQ(dialog.message(), "The data set was replaced while the table was read. Repeat the command.");
+    EXPECT_EQ(read_back(), "0:7 ");
+    host.in_long_work = nullptr;
+    EXPECT_EQ(dialog.stored().file_name, "gauges.csv");
+    return dialog.ImportButtonClick();
   });
   EXPECT_EQ(read_back(), "0:5 1:1 2:2 ");
   EXPECT_EQ(host.data.description, "of a job");
@@ -285,7 +284,7 @@ series().query.edit().value_field = "Site";
   EXPECT_FALSE(dialog.ImportButtonClick());
   EXPECT_FALSE(dialog.FormCloseQuery(true));
   EXPECT_TRUE(dialog.FormCloseQuery(false));
-  }
+}
 
-  } // namespace
-  } // namespace vesk
+} // namespace
+} // namespace vesk
