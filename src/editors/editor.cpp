@@ -3,6 +3,7 @@
 #include "charts/csv_text.h"
 #include "charts/graph_form.h"
 #include "dataset/findings.h"
+#include "dataset/series_identity.h"
 #include "editors/fill_calculate_form.h"
 #include "editors/import_time_series_form.h"
 #include "editors/name_search.h"
@@ -205,9 +206,9 @@ void editor::FillCalcButtonClick(editor_panel& panel) {
 std::unique_ptr<general_graph_data> editor::graph_data(const editor_panel& panel) const {
   auto data = panel.table.generate_moment_value_graph_data(1, 2, 3);
   if (!data) return nullptr;
-  data->label = panel.graph_label ? panel.graph_label() : panel.label;
-  if (panel.series && panel.series->ref() && host_.data_set())
-    data->steps = interpolation_of(*host_.data_set(), *panel.series->ref()) != interpolation_linear;
+  if (!panel.series || !panel.series->series()) return data;
+  data->label = series_name(*host_.data_set(), *panel.series->ref());
+  data->steps = interpolation_of(*host_.data_set(), *panel.series->ref()) != interpolation_linear;
   return data;
 }
 
@@ -224,7 +225,7 @@ void editor::ImportButtonClick(editor_panel& panel) {
   if (!may_go_on() || !panel.series) return;
   if (!panel.series->series()) return set_message("Choose a series first.");
   TImportTimeSeriesForm& dialog = host_.import_form();
-  dialog.begin(*panel.series->ref(), caption(), panel.graph_label ? panel.graph_label() : panel.label);
+  dialog.begin(*panel.series->ref(), caption());
   const bool by_ok = host_.questions().show_form(dialog);
   panel.table.display_rows();
   refresh_series();

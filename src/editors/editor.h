@@ -42,10 +42,9 @@ struct editor_panel {
   const std::string name; // of the grid's control: "TheFillCalcTable"
   TFillCalcTable table;
   const unsigned buttons;
-  series_grid* const series;                // null: not a series
-  std::string label;                        // above the grid
-  std::string empty_hint;                   // shown in place of a status while there are no rows
-  std::function<std::string()> graph_label; // the series' name in a chart
+  series_grid* const series; // null: not a series
+  std::string label;         // above the grid
+  std::string empty_hint;    // shown in place of a status while there are no rows
 };
 
 // A combo box above the first grid, to choose what it shows.

@@ -137,9 +137,6 @@ TExchangesFlowsForm::TExchangesFlowsForm(editor_host& host)
   function_panel_.table.OnEnteringRow = [this](std::size_t) { show_details(); };
   function_panel_.table.OnDoneEdit = [this](std::size_t) { show_details(); };
   function_panel_.table.OnRowsChanged = [this] { show_details(); };
-  series_panel_.graph_label = [this] {
-    return description_of_field() + " Function #" + std::to_string(function_panel_.table.active_row() + 1);
-  };
 }
 
 void TExchangesFlowsForm::grid_entered(std::size_t position) {

@@ -84,12 +84,12 @@ std::span<const import_option> TImportTimeSeriesForm::options() {
   return option_rows;
 }
 
-void TImportTimeSeriesForm::begin(const series_ref& target, std::string editor_caption, std::string series_name) {
+void TImportTimeSeriesForm::begin(const series_ref& target, std::string editor_caption) {
   target_ = target;
+  identity_ = identity_of(*host_.data_set(), target_);
+  series_name_ = vesk::series_name(*host_.data_set(), target_);
   editor_caption_ = std::move(editor_caption);
-  series_name_ = std::move(series_name);
-  const stored_series* series = find_series(*host_.data_set(), target_);
-  query_ = import_query(series ? *series->query : query(), host_.data_folder());
+  query_ = import_query(*find_series(*host_.data_set(), target_)->query, host_.data_folder());
   message_.clear();
   report_.clear();
   ConditionTable.give_up_refused();
@@ -145,6 +145,16 @@ void TImportTimeSeriesForm::FormShow() {
     if (source.stored.value_field.empty()) choose_field(source, source.stored.value_field, "RESULT");
     return true;
   });
+}
+
+// A condition shows what was typed, but has its old value.
+bool TImportTimeSeriesForm::nothing_is_refused() {
+  const auto& refused = ConditionTable.refused();
+  if (!refused) return true;
+  ConditionTable.set_active(refused->row, refused->column);
+  changed();
+  if (OnRefusal) OnRefusal();
+  return false;
 }
 
 bool TImportTimeSeriesForm::open_source(const std::string& file_name) {
@@ -219,6 +229,13 @@ std::string TImportTimeSeriesForm::sql() const {
   }
 }
 
+std::string TImportTimeSeriesForm::message() const {
+  const auto& refused = ConditionTable.refused();
+  if (!refused) return message_;
+  return "Condition " + std::to_string(refused->row + 1) + ": " + refused->reason +
+         ". Correct it, or press Escape for the old value.";
+}
+
 std::string TImportTimeSeriesForm::value_note() const {
   const std::size_t row = ConditionTable.active_row();
   if (query_.stored.conditions.empty()) return "No conditions: all rows are taken.";
@@ -236,9 +253,7 @@ std::string TImportTimeSeriesForm::results_note() const {
 }
 
 void TImportTimeSeriesForm::data_set_replaced() {
-  const bool is_there = find_series(*host_.data_set(), target_) != nullptr;
-  say(is_there ? "A job has replaced the data set. Your query is kept."
-               : "A job has replaced the data set, and this series is not in it any more. Only Cancel is possible.");
+  if (has_target()) say("A job has replaced the data set. Your query is kept.");
 }
 
 // Controls.
@@ -257,17 +272,18 @@ std::string TImportTimeSeriesForm::name_to_store(const std::string& file) const 
 }
 
 void TImportTimeSeriesForm::BrowseButtonClick() {
+  if (!nothing_is_refused()) return;
   const std::uint64_t generation = host_.generation();
   const auto file = host_.questions().ask_file(source_dialog);
   if (file && host_.generation() == generation) open_source(name_to_store(*file));
 }
 
 bool TImportTimeSeriesForm::FileNameEditChange(const std::string& name) {
-  return name == query_.stored.file_name || open_source(name);
+  return name == query_.stored.file_name || (nothing_is_refused() && open_source(name));
 }
 
 void TImportTimeSeriesForm::TableListChange(std::size_t position) {
-  if (position >= query_.tables.size() || position == table()) return;
+  if (position >= query_.tables.size() || position == table() || !nothing_is_refused()) return;
   clear_results();
   work_on_query(error_title, [name = query_.tables[position]](import_query& source, const prevesk_dataset_data_type&) {
     take_table(source, name);
@@ -276,17 +292,20 @@ void TImportTimeSeriesForm::TableListChange(std::size_t position) {
 }
 
 void TImportTimeSeriesForm::DateTimeFieldChange(std::size_t position) {
+  if (!nothing_is_refused()) return;
   if (position < query_.field_names.size()) query_.stored.date_time_field = query_.field_names[position];
   changed();
 }
 
 void TImportTimeSeriesForm::ValueFieldChange(std::size_t position) {
+  if (!nothing_is_refused()) return;
   if (position < query_.field_names.size()) query_.stored.value_field = query_.field_names[position];
   changed();
 }
 
 // The lists of all conditions follow the box.
 void TImportTimeSeriesForm::OptionClick(const import_option& option, bool on) {
+  if (!nothing_is_refused()) return;
   (option.member ? query_.stored.*option.member : query_.drill_down) = on;
   if (option.member || query_.stored.conditions.empty()) return changed();
   work_on_query(error_title, [](import_query& source, const prevesk_dataset_data_type&) {
@@ -296,7 +315,7 @@ void TImportTimeSeriesForm::OptionClick(const import_option& option, bool on) {
 }
 
 void TImportTimeSeriesForm::InsertButtonClick() {
-  ConditionTable.give_up_refused();
+  if (!nothing_is_refused()) return;
   query_.insert_condition();
   const std::size_t row = query_.stored.conditions.size() - 1;
   ConditionTable.display_rows();
@@ -305,15 +324,16 @@ void TImportTimeSeriesForm::InsertButtonClick() {
 }
 
 void TImportTimeSeriesForm::DeleteButtonClick() {
+  if (!nothing_is_refused()) return;
   const std::size_t row = ConditionTable.active_row();
   if (row >= query_.stored.conditions.size()) return say("There is no condition to delete.");
-  ConditionTable.give_up_refused();
   query_.remove_condition(row);
   message_.clear();
   show_lists();
 }
 
 void TImportTimeSeriesForm::RunQueryButtonClick() {
+  if (!nothing_is_refused()) return;
   clear_results();
   auto rows = work_on_query(error_title, [](import_query& source, const prevesk_dataset_data_type& data) {
     return read_shown_rows(source, data);
@@ -326,16 +346,17 @@ void TImportTimeSeriesForm::RunQueryButtonClick() {
 }
 
 void TImportTimeSeriesForm::ResetAllButtonClick() {
+  if (!nothing_is_refused()) return;
   query fresh;
   fresh.name = query_.stored.name;
   query_ = import_query(std::move(fresh), host_.data_folder());
   message_.clear();
-  ConditionTable.give_up_refused();
   clear_results();
   show_lists();
 }
 
 void TImportTimeSeriesForm::GraphButtonClick() {
+  if (!nothing_is_refused()) return;
   const auto points =
       work_on_query(import_error_title, [](import_query& source, const prevesk_dataset_data_type& data) {
         point_list filled;
@@ -353,19 +374,25 @@ void TImportTimeSeriesForm::GraphButtonClick() {
 }
 
 void TImportTimeSeriesForm::copy_results(bool with_headers) {
-  if (has_results_) host_.questions().set_clipboard_text(ResultsTable.do_copy(with_headers));
+  if (nothing_is_refused() && has_results_) host_.questions().set_clipboard_text(ResultsTable.do_copy(with_headers));
 }
 
 // The ways out.
 
+// The data set that a job has put in place may have the series elsewhere, and another one in its place.
 bool TImportTimeSeriesForm::has_target() {
-  if (find_series(*host_.data_set(), target_)) return true;
-  say("The series is not in the data set any more. Only Cancel is possible.");
-  return false;
+  const auto found = find_series(*host_.data_set(), identity_);
+  if (!found) {
+    say("A job has replaced the data set, and this series is not in it any more. Only Cancel is possible.");
+    return false;
+  }
+  target_ = *found;
+  series_name_ = vesk::series_name(*host_.data_set(), target_);
+  return true;
 }
 
 bool TImportTimeSeriesForm::ImportButtonClick() {
-  if (!has_target()) return false;
+  if (!nothing_is_refused() || !has_target()) return false;
   const std::uint64_t generation = host_.generation();
   const bool deferred = query_.stored.deferred;
   const box_answer answer =
@@ -406,7 +433,7 @@ bool TImportTimeSeriesForm::ImportButtonClick() {
 
 bool TImportTimeSeriesForm::FormCloseQuery(bool by_ok) {
   if (!by_ok) return true;
-  if (ConditionTable.refused() || !has_target()) return false;
+  if (!nothing_is_refused() || !has_target()) return false;
   store("Query", std::nullopt);
   return true;
 }

@@ -6,7 +6,7 @@
 #pragma once
 
 #include "charts/fill_calc_table.h"
-#include "dataset/series.h"
+#include "dataset/series_identity.h"
 #include "editors/condition_grid.h"
 #include "editors/editor_host.h"
 #include "editors/form.h"
@@ -37,8 +37,8 @@ private:
 public:
   explicit TImportTimeSeriesForm(editor_host& host);
 
-  // Before it is shown: the series that it is about, the caption of the editor that shows it, and the series' name.
-  void begin(const series_ref& target, std::string editor_caption, std::string series_name);
+  // Before it is shown: the series that it is about, which must exist, and the caption of the editor that shows it.
+  void begin(const series_ref& target, std::string editor_caption);
 
   std::string_view class_name() const override { return "TImportTimeSeriesForm"; }
   std::string caption() const override { return "Import Time Series"; }
@@ -60,15 +60,19 @@ public:
   std::string value_note() const;   // under the conditions: how much of the active row's list is shown
   std::string results_note() const; // above the results
   const std::string& series_name() const { return series_name_; }
-  const std::string& message() const { return message_; } // about the last command
-  const std::string& report() const { return report_; }   // what Import has done, for the editor
+  std::string message() const;                          // about a refused entry, else the last command
+  const std::string& report() const { return report_; } // what Import has done, for the editor
 
   TFillCalcTable ConditionTable{conditions_}, ResultsTable{results_};
 
   // Set by the window. `OnChange` follows every change of what is shown. `later` runs its argument when the present
   // event has been dealt with, since a background read must not begin in the middle of an edit; at once without it.
   std::function<void()> OnChange;
+  std::function<void()> OnRefusal; // gives the focus to the conditions, one of which is to be corrected
   std::function<void(std::function<void()>)> later;
+
+  // As in the editors: while an entry is refused, every command but Cancel only leads back to it.
+  bool nothing_is_refused();
 
   // Controls.
   void NameEditChange(const std::string& name);
@@ -97,12 +101,13 @@ private:
   void clear_results();
   void changed() const;
   void say(std::string message);
-  bool has_target(); // otherwise says so
+  bool has_target(); // looks for it; otherwise says so
   std::string name_to_store(const std::string& file) const;
   void store(const char* label, std::optional<point_list> points);
 
   editor_host& host_;
-  series_ref target_;
+  series_ref target_; // present position of `identity_`
+  series_identity identity_;
   std::string editor_caption_, series_name_, message_, report_;
   bool has_results_ = false;
 };

@@ -7,7 +7,6 @@ series_form::series_form(editor_host& host, std::string_view class_name, std::st
     : editor(host), class_name_(class_name), caption_(caption), ref_(ref), grid_(host, std::move(format)),
       panel_(add_panel("TheFillCalcTable", grid_, series_buttons, &grid_)) {
   grid_.set_series(ref_);
-  panel_.graph_label = [this] { return this->caption(); };
 }
 
 void series_form::take_content() {

@@ -31,7 +31,6 @@ TTimeFunctionsForm::TTimeFunctionsForm(editor_host& host)
     end(completed);
     list_.table.invalidate_row(list_.table.active_row()); // its mark is about the points
   };
-  detail_.graph_label = [this] { return description(); };
   functions_.mark_of = [this](const function& one, std::size_t column) -> cell_mark {
     if (!this->host().data_set()) return {};
     if (column == name_column) return {source_age(one)};

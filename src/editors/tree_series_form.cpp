@@ -1,5 +1,6 @@
 #include "editors/tree_series_form.h"
 
+#include "dataset/series_identity.h"
 #include "platform/counted.h"
 
 namespace vesk {
@@ -22,20 +23,14 @@ tree_series_form::tree_series_form(editor_host& host, const traits& differences)
     : editor(host), traits_(differences), points_(host, std::string(differences.value_format)),
       systems_(data_set_grid(host, &prevesk_dataset_data_type::systems, factor_columns(differences))),
       series_panel_(add_panel("TimeFunctionFillCalcTable", points_, series_buttons, &points_)),
-      system_panel_(add_panel("SystemFillCalcTable", systems_, block_buttons)), copy_form_(host) {
-  series_panel_.graph_label = [this] {
-    std::string name = full_name(*points_.ref());
-    name.front() = 'S';
-    return name;
-  };
-}
+      system_panel_(add_panel("SystemFillCalcTable", systems_, block_buttons)), copy_form_(host) {}
 
 std::size_t tree_series_form::group_count() const {
   return host().data_set() ? host().data_set()->systems.size() : 0;
 }
 
 std::string tree_series_form::group_text(std::size_t system) const {
-  return host().data_set()->systems[system].description.str();
+  return shown_text(host().data_set()->systems[system].description.str());
 }
 
 std::size_t tree_series_form::item_count(std::size_t system) const {
@@ -75,14 +70,14 @@ bool tree_series_form::is_segment(std::int32_t segment) const {
 }
 
 std::string tree_series_form::segment_name(std::int32_t segment) const {
-  return is_segment(segment) ? host().data_set()->segments[static_cast<std::size_t>(segment)].name.str()
+  return is_segment(segment) ? shown_text(host().data_set()->segments[static_cast<std::size_t>(segment)].name.str())
                              : std::string();
 }
 
 std::string tree_series_form::full_name(const series_ref& ref) const {
-  const std::int32_t segment = segment_of(ref);
-  return "segment " + std::to_string(static_cast<std::int64_t>(segment) + 1) + " (" + segment_name(segment) + "), " +
-         group_text(ref.owner);
+  std::string name = series_name(*host().data_set(), ref);
+  name.front() = 's';
+  return name;
 }
 
 std::optional<series_ref> tree_series_form::selected_record() const {
@@ -182,9 +177,7 @@ void tree_series_form::copy_record(const series_ref& source) {
   std::vector<std::size_t> offered;
   for (std::size_t segment = 0; segment < offers.size(); ++segment)
     if (offers[segment]) offered.push_back(segment);
-  std::string name = full_name(source);
-  name.front() = 'S';
-  copy_form_.begin(name, source.owner, std::move(offered));
+  copy_form_.begin(series_name(data, source), source.owner, std::move(offered));
   copy_form_.outcome = [this, source](const TCopySeriesForm&) {
     const copy_counts counts = count_copies(*host().data_set(), source, chosen_targets());
     const std::string words = copies_in_words(counts.added, counts.replaced);

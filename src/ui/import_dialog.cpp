@@ -114,6 +114,7 @@ import_dialog::import_dialog(QWidget* parent, TImportTimeSeriesForm& form)
   for (QPushButton* one : findChildren<QPushButton*>()) one->setAutoDefault(false); // Enter belongs to the grids
   give_mnemonics(*this);
   form_.OnChange = [this] { show_all(); };
+  form_.OnRefusal = [this] { conditions_->setFocus(); };
   form_.later = [this](std::function<void()> work) { run_later(std::move(work)); };
   const int margin = scaled(screen_margin, *this);
   resize(QSize(scaled(usual_width, *this), scaled(usual_height, *this))
@@ -122,6 +123,7 @@ import_dialog::import_dialog(QWidget* parent, TImportTimeSeriesForm& form)
 
 import_dialog::~import_dialog() {
   form_.OnChange = nullptr;
+  form_.OnRefusal = nullptr;
   form_.later = nullptr;
 }
 
@@ -193,6 +195,7 @@ QWidget* import_dialog::condition_part() {
   conditions_->setMinimumHeight(scaled(least_grid_height, *this));
   for (const auto column : {condition_grid::field_column, condition_grid::value_column}) // an entry does not widen them
     conditions_->setColumnWidth(static_cast<int>(column), scaled(condition_width, *this));
+  connect(&conditions_->model(), &grid_model::refusal_changed, this, [this] { show_all(); });
   auto* part = new QWidget;
   auto* column = new QVBoxLayout(part);
   column->setContentsMargins(0, 0, 0, 0);
@@ -287,6 +290,7 @@ void import_dialog::run_later(std::function<void()> work) {
 // what was typed counts once.
 bool import_dialog::take_file_name() {
   if (!FileNameEdit->isModified()) return true;
+  if (!form_.nothing_is_refused()) return false; // what was typed waits
   FileNameEdit->setModified(false);
   bool taken = false;
   attempt([&] { taken = form_.FileNameEditChange(stored(FileNameEdit->text())); });

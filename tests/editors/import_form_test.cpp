@@ -277,13 +277,82 @@ TEST_F(Import, AJobThatEndsUnderTheDialogTakesNothingWithIt) {
 
   host.data.time_functions.resize(1);
   TImportTimeSeriesForm& dialog = host.import_form();
-  dialog.begin({series_kind::time_function, 0, 0}, "Time Functions", "Light");
+  dialog.begin({series_kind::time_function, 0, 0}, "Time Functions");
   host.open = &dialog;
   host.replace_data(of_job); // which has no time function
   EXPECT_THAT(dialog.message(), HasSubstr("Only Cancel is possible."));
   EXPECT_FALSE(dialog.ImportButtonClick());
   EXPECT_FALSE(dialog.FormCloseQuery(true));
   EXPECT_TRUE(dialog.FormCloseQuery(false));
+}
+
+// The points of another series must not be overwritten, whatever has come to this one's position.
+TEST_F(Import, AfterAJobTheSeriesIsFilledWhereverItNowIs) {
+  host.data.flow_fields.resize(1);
+  host.data.flow_fields.edit(0).description = "Surface";
+  const auto functions = [this]() -> auto& {
+    return host.data.flow_fields.edit(0).functions;
+  };
+  functions().resize(3);
+  for (std::size_t i = 0; i < 3; ++i) functions().edit(i).description = std::array{"Inflow", "Inflow", "Outflow"}[i];
+  const prevesk_dataset_data_type before = host.data;
+  TImportTimeSeriesForm& dialog = host.import_form();
+  dialog.begin({series_kind::flow_function, 0, 2}, "Flows");
+  dialog.FormShow();
+  browse(dialog, "gauges.csv");
+  host.open = &dialog;
+  EXPECT_EQ(dialog.series_name(), "Surface Function #3");
+  functions().erase(0, 1);
+  functions().insert(2, {});
+  host.replace_data(prevesk_dataset_data_type(host.data));
+  EXPECT_EQ(dialog.series_name(), "Surface Function #2");
+  EXPECT_TRUE(dialog.ImportButtonClick());
+  EXPECT_EQ(functions()[1].points.size(), 3U);
+  EXPECT_TRUE(functions()[2].points.empty());
+
+  host.replace_data(before);
+  dialog.begin({series_kind::flow_function, 0, 1}, "Flows"); // of two that have the same name
+  functions().erase(0, 1);
+  host.replace_data(prevesk_dataset_data_type(host.data));
+  EXPECT_THAT(dialog.message(), HasSubstr("this series is not in it any more. Only Cancel is possible."));
+  EXPECT_FALSE(dialog.ImportButtonClick() || dialog.FormCloseQuery(true));
+}
+
+// The query would run with the old value while the table shows the new one.
+TEST_F(Import, ARefusedConditionHoldsUpEveryCommandButCancel) {
+  in_dialog([&](TImportTimeSeriesForm& dialog) {
+    browse(dialog, "gauges.csv");
+    TFillCalcTable& table = dialog.ConditionTable;
+    dialog.InsertButtonClick();
+    EXPECT_TRUE(table.enter(0, 1, "Site") && table.enter(0, 3, "A"));
+    dialog.InsertButtonClick();
+    int led_back = 0;
+    dialog.OnRefusal = [&] { ++led_back; };
+    host.boxes.clear();
+    const import_query_descriptor query = dialog.stored();
+    table.set_active(0, 3);
+    EXPECT_FALSE(table.enter(0, 3, "C"));
+    table.set_active(1, 1);
+    EXPECT_THAT(dialog.message(), StartsWith("Condition 1: \"C\" is not in the list"));
+    EXPECT_FALSE(dialog.ImportButtonClick() || dialog.FormCloseQuery(true) || dialog.FileNameEditChange("x.csv"));
+    for (const auto command : {&TImportTimeSeriesForm::InsertButtonClick, &TImportTimeSeriesForm::DeleteButtonClick,
+                               &TImportTimeSeriesForm::RunQueryButtonClick, &TImportTimeSeriesForm::GraphButtonClick,
+                               &TImportTimeSeriesForm::ResetAllButtonClick, &TImportTimeSeriesForm::BrowseButtonClick})
+      (dialog.*command)();
+    dialog.ValueFieldChange(1);
+    dialog.DateTimeFieldChange(1);
+    dialog.OptionClick(TImportTimeSeriesForm::options()[1], false);
+    EXPECT_EQ(led_back, 12);
+    EXPECT_EQ(table.active_row(), 0U);
+    EXPECT_EQ(table.text(0, 3), "C");
+    EXPECT_EQ(dialog.stored(), query);
+    EXPECT_THAT(host.boxes, IsEmpty());
+    EXPECT_TRUE(dialog.FormCloseQuery(false));
+    EXPECT_TRUE(table.enter(0, 3, "B"));
+    dialog.OnRefusal = nullptr;
+    dialog.DeleteButtonClick();
+    return false;
+  });
 }
 
 } // namespace
