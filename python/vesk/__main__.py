@@ -18,11 +18,13 @@ def main() -> int:
     command.add_argument("table", help="the table of runs (.csv)")
     command.add_argument("output_dir", help="the folder of the runs")
     command.add_argument("--parameters", help="its columns are names of this table of parameters")
-    command.add_argument("options", nargs="*", help="after --: the options of vesk-run that say what is computed")
-    arguments = parser.parse_args()
+    command.epilog = "After --: the options of vesk-run that say what is computed, such as --no-queries."
+    words = sys.argv[1:]
+    end = words.index("--") if "--" in words else len(words)
+    arguments, options = parser.parse_args(words[:end]), words[end + 1:]
     try:
         cases = rows(arguments.model, arguments.parameters, arguments.table)
-        for case in pending(cases, arguments.output_dir, arguments.options):
+        for case in pending(cases, arguments.output_dir, options):
             print(case.row)
     except (OSError, ValueError) as error:
         print(f"vesk: {error}", file=sys.stderr)
