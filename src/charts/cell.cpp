@@ -2,6 +2,7 @@
 
 #include "charts/numeric_picture.h"
 #include "dataset/moment.h"
+#include "platform/counted.h"
 #include "platform/letter_case.h"
 
 #include <algorithm>
@@ -200,7 +201,7 @@ int digits_before_point(std::string_view picture) {
 cell_entry fitted_number(const cell_type& type, double value) {
   const int digits = digits_before_point(type.picture);
   if (digits > 0 && !(std::abs(value) < std::pow(10.0, digits)))
-    return refused("the number has more than " + std::to_string(digits) + (digits == 1 ? " digit" : " digits") +
+    return refused("the number has more than " + counted(static_cast<std::uint64_t>(digits), "digit") +
                    " before the point");
   return {value, {}};
 }

@@ -4,6 +4,7 @@
 #include "charts/fill_calc_table.h"
 #include "charts/pasted_text.h"
 #include "dataset/moment.h"
+#include "platform/counted.h"
 
 #include <algorithm>
 #include <limits>
@@ -21,10 +22,6 @@ std::string_view without_blanks(std::string_view text) {
 double number(const cell_value& value) {
   const double* stored = std::get_if<double>(&value);
   return stored ? *stored : 0;
-}
-
-std::string plural(std::size_t count, const char* word) {
-  return std::to_string(count) + " " + word + (count == 1 ? "" : "s");
 }
 
 } // namespace
@@ -179,8 +176,8 @@ TFillCalcTable::paste_outcome TFillCalcTable::do_paste(std::string_view text) {
   const std::size_t top = replaces_all || present == 0 ? 0 : selection().top;
   const std::size_t needed = top + lines.line_count();
   if (needed > present && !content_->has_free_rows())
-    return paste_outcome::refused("The clipboard has " + plural(lines.line_count(), "line") + ", but only " +
-                                  plural(present - top, "row") + (present - top == 1 ? " is" : " are") +
+    return paste_outcome::refused("The clipboard has " + counted(lines.line_count(), "line") + ", but only " +
+                                  counted(present - top, "row") + (present - top == 1 ? " is" : " are") +
                                   " left from row " + std::to_string(top + 1) + " on.");
   const std::size_t coming = replaces_all ? needed : std::max(present, needed);
   paste_reader reader(*content_, lines, top, selection().left, coming);

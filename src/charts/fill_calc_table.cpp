@@ -1,6 +1,7 @@
 #include "charts/fill_calc_table.h"
 
 #include "charts/fill_calc_change.h"
+#include "platform/counted.h"
 
 #include <algorithm>
 
@@ -11,10 +12,6 @@ namespace {
 double number(const cell_value& value) {
   const double* stored = std::get_if<double>(&value);
   return stored ? *stored : 0;
-}
-
-std::string plural(std::size_t count, const char* word) {
-  return std::to_string(count) + " " + word + (count == 1 ? "" : "s");
 }
 
 } // namespace
@@ -201,7 +198,7 @@ void TFillCalcTable::delete_selected_rows() {
   const cell_range block = selection();
   if (!content_->has_free_rows() || block.top >= content_->row_count()) return;
   const std::size_t count = std::min(block.bottom + 1, content_->row_count()) - block.top;
-  change one(*this, "Delete " + plural(count, "row"));
+  change one(*this, "Delete " + counted(count, "row"));
   content_->erase_rows(block.top, count);
   selection_.reset();
   active_row_ = block.top;

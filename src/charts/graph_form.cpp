@@ -1,6 +1,7 @@
 #include "charts/graph_form.h"
 
 #include "dataset/moment.h"
+#include "platform/counted.h"
 
 #include <algorithm>
 #include <array>
@@ -124,7 +125,7 @@ std::string TGraphForm::summary() const {
     points += one->x.size();
     names += (names.empty() ? "" : ", ") + one->label;
   }
-  std::string text = names + ": " + std::to_string(points) + (points == 1 ? " point" : " points");
+  std::string text = names + ": " + counted(points, "point");
   if (date_axis_) text += ", " + date_text();
   return text + ".";
 }

@@ -1,5 +1,7 @@
 #include "editors/select_segments_form.h"
 
+#include "platform/counted.h"
+
 #include <algorithm>
 
 namespace vesk {
@@ -43,7 +45,7 @@ std::string TSelectSegmentsForm::message() const {
     added += SegmentCheckListBox[i] && !loaded_[i];
     removed += loaded_[i] && !SegmentCheckListBox[i];
   }
-  const auto loads = [](std::size_t count) { return std::to_string(count) + (count == 1 ? " load" : " loads"); };
+  const auto loads = [](std::size_t count) { return counted(count, "load"); };
   std::string text = is_replaced_ ? "A job has replaced the data set; the list shows its loads. " : "";
   if (added == 0 && removed == 0)
     return text + loads(static_cast<std::size_t>(std::ranges::count(loaded_, true))) + ".";

@@ -2,6 +2,7 @@
 
 #include "charts/numeric_picture.h"
 #include "dataset/findings.h"
+#include "platform/counted.h"
 
 #include <algorithm>
 #include <array>
@@ -131,22 +132,19 @@ std::string series_grid::summary(std::optional<cell_range> selection) const {
   value_range range;
   const std::size_t first = part ? selection->top : 0, last = part ? selection->bottom : points.size() - 1;
   for (std::size_t row = first; row <= last; ++row) range.add(points[row].value);
-  const auto count = [](std::size_t n, const char* word) {
-    return std::to_string(n) + " " + word + (n == 1 ? "" : "s");
-  };
   if (part) {
-    std::string text = count(selection->rows(), "value") + " selected";
+    std::string text = counted(selection->rows(), "value") + " selected";
     if (range.count > 0) text += ", sum " + short_number(range.sum) + ", mean " + short_number(range.mean());
     return text;
   }
   const auto [earliest, latest] = std::minmax_element(points.begin(), points.end());
-  std::string text = count(points.size(), "point") + ", " + day_text(*earliest) + " to " + day_text(*latest);
+  std::string text = counted(points.size(), "point") + ", " + day_text(*earliest) + " to " + day_text(*latest);
   if (range.count > 0)
     text += ", minimum " + short_number(range.minimum) + ", mean " + short_number(range.mean()) + ", maximum " +
             short_number(range.maximum);
   if (const std::size_t outside = points_outside_run(*host_.data_set(), points); outside > 0)
-    text += "; " + std::to_string(outside) + " of " + count(points.size(), "point") + (outside == 1 ? " is" : " are") +
-            " outside the run";
+    text += "; " + std::to_string(outside) + " of " + counted(points.size(), "point") +
+            (outside == 1 ? " is" : " are") + " outside the run";
   return text;
 }
 
