@@ -10,7 +10,9 @@ import sys
 
 HERE = pathlib.Path(__file__).resolve().parent
 ROOT = HERE.parents[1]
+OUT = pathlib.Path.cwd() / "many_runs"  # where the recipes write
 if (ROOT / "python").is_dir():  # else the package is installed
+    OUT = ROOT / "build" / "many_runs"
     sys.path.insert(0, str(ROOT / "python"))
 if "VESK_BIN" not in os.environ and (ROOT / "build/release/bin/vesk-run").exists():
     os.environ["VESK_BIN"] = str(ROOT / "build/release/bin")

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import csv
 import datetime
 import math
 import os
@@ -51,8 +52,6 @@ def parameters(source: PathLike) -> list[Parameter]:
     """The parameters of a table, as `vesk-run --list-paths --csv` writes it, or all those of a data file (.vki)."""
     if os.fspath(source).endswith(".vki"):
         text = ask("vesk-run", [os.fspath(source), "--list-paths", "--csv"])
-        import csv  # a table on the disk has stricter rules
-
         lines = list(csv.reader(text.splitlines()))
         return [_parameter(os.fspath(source), row) for row in lines[1:]]
     header, rows_ = read_table(source)

@@ -48,6 +48,7 @@ TEST(Options, WrongUsageIsReportedInOneSentence) {
     EXPECT_EQ(error({"--save", folder}),
               std::string("Option --save requires the name of a file, found \"") + folder + "\".");
   EXPECT_EQ(error({"--export", "a.inp", "--export=b.vkn"}), "Option --export is given more than once.");
+  EXPECT_EQ(error({"a.vki", "--results", "DO@1"}), "Option --results requires -RUN.");
   EXPECT_EQ(error({"--yes=no"}), "Option --yes takes no value, found \"no\".");
   EXPECT_EQ(error({"--progress", "fast"}), "Option --progress takes auto, bar, plain or none, not \"fast\".");
 }

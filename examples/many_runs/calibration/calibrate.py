@@ -125,7 +125,7 @@ def real(problems):
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__.split("\n")[0])
-    parser.add_argument("folder", nargs="?", default=sample_river.ROOT / "build/many_runs/calibration", type=pathlib.Path)
+    parser.add_argument("folder", nargs="?", default=sample_river.OUT / "calibration", type=pathlib.Path)
     parser.add_argument("--twin", action="store_true", help="only the twin experiment")
     arguments = parser.parse_args()
     every = {it.name: it for it in vesk.parameters(sample_river.HERE / "parameters.csv")}

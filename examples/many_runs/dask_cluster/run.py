@@ -29,6 +29,6 @@ def main(folder, count):
 
 
 if __name__ == "__main__":  # workers import this file, too
-    FOLDER = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else sample_river.ROOT / "build/many_runs/dask_cluster")
+    FOLDER = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else sample_river.OUT / "dask_cluster")
     FOLDER.mkdir(parents=True, exist_ok=True)
     sys.exit(main(FOLDER.absolute(), int(sys.argv[2]) if len(sys.argv) > 2 else 200))
