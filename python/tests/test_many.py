@@ -168,8 +168,10 @@ def test_the_wheel_works_in_another_folder(river, tmp_path):
     pytest.importorskip("setuptools")
     shutil.copytree(ROOT / "python", tmp_path / "source", ignore=shutil.ignore_patterns("__pycache__", "build", "*.egg-info"))
 
+    plain = {name: value for name, value in os.environ.items() if not name.startswith("PYTHON")}
+
     def call(*words):
-        done = subprocess.run(words, cwd=tmp_path, capture_output=True, text=True, check=False)
+        done = subprocess.run(words, cwd=tmp_path, env=plain, capture_output=True, text=True, check=False)
         assert done.returncode == 0, done.stderr
         return done.stdout
 
@@ -185,3 +187,10 @@ def test_the_wheel_works_in_another_folder(river, tmp_path):
     assert place.startswith(str(tmp_path / "venv")) and result == "382 False"
     assert "py.typed" in call("unzip", "-l", wheel)
     assert json.loads(call("venv/bin/python", "-c", "import vesk, json; print(json.dumps(vesk.__all__))")) == vesk.__all__
+
+
+def test_each_case_has_a_folder(river, tmp_path):
+    cases = vesk.rows(river, TABLE, [[0.1, 1.0], [0.2, 1.0]])
+    with pytest.raises(ValueError, match="^Two cases have the same name"):
+        vesk.run_many(cases + cases[:1], output_dir=tmp_path)
+    assert not list(tmp_path.iterdir())

@@ -1,6 +1,8 @@
 """One run: its values, results and failures; data files; scores."""
+import concurrent.futures
 import csv
 import datetime
+import fcntl
 import json
 import math
 import os
@@ -71,6 +73,24 @@ def test_what_cannot_be_run_is_refused_in_one_sentence(river, tmp_path, monkeypa
     monkeypatch.setenv("VESK_BIN", str(tmp_path))
     with pytest.raises(vesk.ProgramMissing, match="vesk-run is not in .*, the folder that VESK_BIN names"):
         vesk.run(river)
+
+
+def test_locked_results_are_tried_again(river, tmp_path):
+    record = tmp_path / "roanoke.run.json"
+    with open(tmp_path / ".roanoke.run", "w", encoding="utf-8") as lock:
+        fcntl.flock(lock, fcntl.LOCK_EX)
+        with concurrent.futures.ThreadPoolExecutor(1) as other:
+            run = other.submit(vesk.run, river, output_dir=tmp_path, results="DO@25")
+            while not record.exists():  # of the first attempt
+                time.sleep(0.02)
+            assert vesk.Record.read(record)["status"] == 75
+            fcntl.flock(lock, fcntl.LOCK_UN)
+            assert run.result().ok
+    with open(tmp_path / ".roanoke.run", "w", encoding="utf-8") as lock:
+        fcntl.flock(lock, fcntl.LOCK_EX)
+        with pytest.raises(vesk.RunError) as failure:
+            vesk.run(river, output_dir=tmp_path, results="DO@25")
+        assert failure.value.status == 75 and failure.value.record["class"] == "temporary"
 
 
 def test_a_run_ends_with_its_worker(river, tmp_path):

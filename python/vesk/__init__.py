@@ -1,6 +1,6 @@
 """Runs, reads and changes water-quality models of Vesk.
 
-The work is done by the programs vesk-run, vki and vesk-results, each run in a process of its own; this package needs
+The work is done by the programs vesk-run, vki and vesk-results, each in a separate process; this package needs
 nothing but Python for that. Results as arrays need xarray, samples need scipy.
 
     import vesk

@@ -45,7 +45,7 @@ class Runs:
                  resume: bool) -> None:
         names = [case.name for case in cases]
         if len(set(names)) < len(names) or (len(names) > 1 and "" in names):
-            raise ValueError("Each case needs a name of its own, which its folder has.")
+            raise ValueError("Two cases have the same name, or one has none; each writes to the folder of its name.")
         self._ended: list[Run] = []
         self._arrived: queue.SimpleQueue[tuple[Case, Any]] = queue.SimpleQueue()
         self._count = len(cases)

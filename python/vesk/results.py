@@ -25,7 +25,7 @@ class Results:
         opened = xarray.open_dataset(file)
         names = [name.decode("utf-8", "replace") if isinstance(name, bytes) else str(name)
                  for name in opened["segment_name"].values]
-        count = Counter(names)  # those of several segments are told apart as in the engine's tables
+        count = Counter(names)  # a name of several segments gets the number, as in the engine's tables
         labels = [name if count[name] == 1 and name else f"{name} [{at + 1}]" for at, name in enumerate(names)]
         self.dataset: xarray.Dataset = opened.drop_vars("segment_name").assign_coords(
             position=("segment", opened["segment"].values), segment=labels)

@@ -129,7 +129,7 @@ def main():
     parser.add_argument("--twin", action="store_true", help="only the twin experiment")
     arguments = parser.parse_args()
     every = {it.name: it for it in vesk.parameters(sample_river.HERE / "parameters.csv")}
-    table = [every["oxidation"], every["sediment"]]  # nitrification cannot be told from them: README.md
+    table = [every["oxidation"], every["sediment"]]  # nitrification cannot be identified: README.md
     years = [2012] if arguments.twin else [2012, 2015]
     problems = {year: Problem(sample_river.prepare(arguments.folder, year), table, arguments.folder / "runs") for year in years}
     found, wrong = twin(problems[2012])
