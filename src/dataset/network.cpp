@@ -3,6 +3,7 @@
 #include "platform/counted.h"
 
 #include <algorithm>
+#include <limits>
 #include <utility>
 #include <vector>
 
@@ -75,9 +76,12 @@ bool any_of(const List& list, const Property& has) {
   return std::any_of(list.begin(), list.end(), has);
 }
 
-// Adds `by` to every reference at or after `position`.
+// Adds `by` to every reference at or after `position`. The largest number stays: it names no segment, and one more
+// would be below 0.
 void shift_references(prevesk_dataset_data_type& data, std::size_t position, std::int32_t by) {
-  const auto moves = [position](std::int32_t reference) { return at_or_after(reference, position); };
+  const auto moves = [position](std::int32_t reference) {
+    return at_or_after(reference, position) && reference != std::numeric_limits<std::int32_t>::max();
+  };
   const auto shift_pairs = [&](auto& fields) {
     for (std::size_t f = 0; f < fields.size(); ++f)
       for (std::size_t i = 0; i < fields[f].functions.size(); ++i) {
@@ -151,9 +155,9 @@ void insert_segment(prevesk_dataset_data_type& data, std::size_t position) {
   reconcile_segment_records(data);
 }
 
-void erase_segments(prevesk_dataset_data_type& data, std::size_t position, std::size_t count) {
+void erase_segment(prevesk_dataset_data_type& data, std::size_t position) {
   if (position >= data.segments.size()) return;
-  data.segments.erase(position, std::min(count, data.segments.size() - position));
+  data.segments.erase(position);
   reconcile_segment_records(data);
   pull_bottom_references(data);
 }
@@ -198,9 +202,7 @@ segment_references erase_and_renumber(prevesk_dataset_data_type& data, std::size
       count_references(data, [position](std::int32_t reference) { return position_of(reference) == position; });
   remove_references(data, position);
   shift_references(data, position + 1, -1);
-  data.segments.erase(position);
-  reconcile_segment_records(data);
-  pull_bottom_references(data);
+  erase_segment(data, position);
   return removed;
 }
 

@@ -26,9 +26,9 @@ std::string in_words(const segment_references& counts);
 // so those at or after `position` refer to another segment afterwards.
 void insert_segment(prevesk_dataset_data_type& data, std::size_t position);
 
-// Erases `count` segments from `position` on. References keep their numbers, except bottom references past the new end,
-// which are set to the last segment.
-void erase_segments(prevesk_dataset_data_type& data, std::size_t position, std::size_t count);
+// Erases a segment, if there is one at `position`. References keep their numbers, except bottom references past the new
+// end, which are set to the last segment.
+void erase_segment(prevesk_dataset_data_type& data, std::size_t position);
 
 // Gives every segment one record for each parameter and system of the data set, keeping existing values. Restores the
 // catalogue's descriptions. Segments before `first` are known to have their records.

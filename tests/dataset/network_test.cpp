@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <random>
 
 namespace vesk {
@@ -62,14 +63,14 @@ TEST(Network, PlainInsertAndEraseLeaveReferencesWhereTheyPoint) {
   EXPECT_EQ(data.segments[3].parameters[1].value, 12);
   EXPECT_EQ(pairs_by_name(data), "S1>S2 S2>Vesk Segment Vesk Segment>S3 S3>S4 S4>outside S2=S3 load Vesk Segment "
                                  "load S4 boundary S4 S3 over S4");
-  erase_segments(data, 2, 1);
+  erase_segment(data, 2);
   EXPECT_EQ(data, river());
 
-  erase_segments(data, 3, 9);
+  while (data.segments.size() > 3) erase_segment(data, 3);
   EXPECT_EQ(verify(data), "");
   EXPECT_EQ(data.segments[2].bottom_segment, 2); // pulled to the last one
   EXPECT_EQ(data.flow_fields[0].functions[0].pairs[3].to_segment, 4);
-  erase_segments(data, 0, 3);
+  for (int i = 0; i < 4; ++i) erase_segment(data, 0); // once more than there are
   EXPECT_TRUE(data.segments.empty());
   EXPECT_EQ(references_from(data, 0).pairs, 6U);
 }
@@ -88,6 +89,13 @@ TEST(Network, RenumberingKeepsWhatReferencesName) {
   EXPECT_EQ(in_words(erase_and_renumber(data, 1)), "3 pairs");
   EXPECT_EQ(pairs_by_name(data), "S3>S4 load S3 ");
   EXPECT_EQ(verify(data), "");
+}
+
+TEST(Network, TheLargestReferenceDoesNotOverflow) {
+  auto data = river();
+  data.systems.edit(0).loads.edit(0).segment = std::numeric_limits<std::int32_t>::max();
+  insert_and_renumber(data, 0);
+  EXPECT_EQ(data.systems[0].loads[0].segment, std::numeric_limits<std::int32_t>::max());
 }
 
 // Whatever order they come in, every segment has its records, and renumbered references name existing segments.
