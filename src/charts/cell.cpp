@@ -1,6 +1,7 @@
 #include "charts/cell.h"
 
 #include "charts/numeric_picture.h"
+#include "dataset/any_case.h"
 #include "dataset/moment.h"
 #include "platform/counted.h"
 #include "platform/letter_case.h"
@@ -289,7 +290,7 @@ cell_entry read_text(const cell_type& type, std::string_view text) {
 
 std::optional<std::size_t> item_list::find(std::string_view wanted) const {
   for (std::size_t i = 0; i < size(); ++i)
-    if (equal_in_any_case(text(i), wanted)) return i;
+    if (equal_names(text(i), wanted)) return i;
   return std::nullopt;
 }
 

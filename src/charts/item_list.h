@@ -27,6 +27,9 @@ public:
   // Whether an entry may also be a text that is not among the items; `find` then says what it means.
   virtual bool takes_other_texts() const { return false; }
 
+  // Whether `find` also knows the items by shorter texts, such as a number, that a user types instead of choosing.
+  virtual bool has_short_texts() const { return false; }
+
   // The numbers of the items in expressions: their positions from 0, unless a list overrides this. `item_of` gives
   // nothing for a number without an item.
   virtual double number_of(std::size_t item) const { return static_cast<double>(item); }

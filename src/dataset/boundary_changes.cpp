@@ -39,7 +39,7 @@ std::string named(const std::vector<std::size_t>& segments, const prevesk_datase
     text += (i == 0                                       ? ""
              : i + 1 == names && names == segments.size() ? " and "
                                                           : ", ") +
-            std::to_string(segments[i] + 1) + " (" + data.segments[segments[i]].name.str() + ")";
+            std::to_string(segments[i] + 1) + " (" + shown_text(data.segments[segments[i]].name) + ")";
   return names == segments.size() ? text : text + " and " + std::to_string(segments.size() - names) + " more";
 }
 

@@ -48,8 +48,8 @@ std::string segment_label(const char* kind, const system_data_type& system, cons
 
 template <class Field>
 std::string function_label(const char* kind, const char* field_kind, const Field& field, std::size_t index) {
-  return std::string(kind) + " function '" + field.functions[index].description.str() + "' for " + field_kind +
-         " field '" + field.description.str() + "'";
+  return std::string(kind) + " function '" + shown_text(field.functions[index].description) + "' for " + field_kind +
+         " field '" + shown_text(field.description) + "'";
 }
 
 } // namespace

@@ -1,5 +1,7 @@
 #include "dataset/text_encoding.h"
 
+#include "dataset/utf8.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
@@ -39,20 +41,6 @@ char32_t next_character(std::string_view& bytes) {
     return invalid;
   bytes.remove_prefix(length);
   return character;
-}
-
-// `character` must be below U+10000, which covers all of Windows-1252.
-void append_utf8(std::string& text, char32_t character) {
-  if (character < 0x80) {
-    text += static_cast<char>(character);
-  } else if (character < 0x800) {
-    text += static_cast<char>(0xc0 | character >> 6);
-    text += static_cast<char>(0x80 | (character & 0x3f));
-  } else {
-    text += static_cast<char>(0xe0 | character >> 12);
-    text += static_cast<char>(0x80 | (character >> 6 & 0x3f));
-    text += static_cast<char>(0x80 | (character & 0x3f));
-  }
 }
 
 } // namespace

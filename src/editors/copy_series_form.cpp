@@ -13,13 +13,13 @@ void TCopySeriesForm::begin(std::string of_source, std::size_t system, std::vect
 
 std::string TCopySeriesForm::system_text(std::size_t system) const {
   const prevesk_dataset_data_type* data = host_.data_set();
-  return data && system < data->systems.size() ? data->systems[system].description.str() : std::string();
+  return data && system < data->systems.size() ? shown_text(data->systems[system].description) : std::string();
 }
 
 std::string TCopySeriesForm::segment_text(std::size_t row) const {
   const prevesk_dataset_data_type* data = host_.data_set();
   if (!data || offered[row] >= data->segments.size()) return {};
-  return std::to_string(offered[row] + 1) + ": " + data->segments[offered[row]].name.str();
+  return std::to_string(offered[row] + 1) + ": " + shown_text(data->segments[offered[row]].name);
 }
 
 std::string TCopySeriesForm::message() const {

@@ -199,7 +199,9 @@ std::optional<series_ref> TExchangesFlowsForm::active_series() const {
 std::string TExchangesFlowsForm::description_of_field() const {
   const prevesk_dataset_data_type* data = host().data_set();
   const std::size_t row = field_panel_.table.active_row();
-  const auto of = [row](const auto& fields) { return row < fields.size() ? fields[row].description.str() : ""; };
+  const auto of = [row](const auto& fields) {
+    return row < fields.size() ? shown_text(fields[row].description) : std::string();
+  };
   if (!data) return {};
   return exchange_mode ? of(data->exchange_fields) : of(data->flow_fields);
 }
@@ -208,8 +210,8 @@ std::string TExchangesFlowsForm::description_of_function() const {
   const std::optional<series_ref> ref = active_series();
   if (!ref) return {};
   const prevesk_dataset_data_type& data = *host().data_set();
-  return exchange_mode ? data.exchange_fields[ref->owner].functions[ref->index].description.str()
-                       : data.flow_fields[ref->owner].functions[ref->index].description.str();
+  return exchange_mode ? shown_text(data.exchange_fields[ref->owner].functions[ref->index].description)
+                       : shown_text(data.flow_fields[ref->owner].functions[ref->index].description);
 }
 
 std::string TExchangesFlowsForm::find_refusal() {
@@ -219,8 +221,8 @@ std::string TExchangesFlowsForm::find_refusal() {
     for (const auto& field : fields)
       for (const auto& function : field.functions)
         if (!moments_unique(function.points))
-          return "Detected duplicate moment in time function for\r\n" + field.description.str() + " " +
-                 function.description.str();
+          return "Detected duplicate moment in time function for\r\n" + shown_text(field.description) + " " +
+                 shown_text(function.description);
     return {};
   };
   if (exchange_mode) return find_in(data->exchange_fields);

@@ -1,6 +1,7 @@
 #include "editors/segment_items.h"
 
-#include "platform/letter_case.h"
+#include "dataset/any_case.h"
+#include "dataset/text_encoding.h"
 
 #include <charconv>
 #include <cmath>
@@ -25,7 +26,7 @@ std::string segment_items::text(std::size_t item) const {
 std::string segment_items::name(std::size_t segment) const {
   if (coming_)
     if (const auto pasted = coming_->field(segment, 0)) return std::string(*pasted);
-  return segment < present() ? host_.data_set()->segments[segment].name.str() : segment_data_type{}.name.str();
+  return segment < present() ? shown_text(host_.data_set()->segments[segment].name) : segment_data_type{}.name.str();
 }
 
 void segment_items::expect(const coming_rows* rows) {
@@ -45,10 +46,10 @@ std::optional<std::size_t> segment_items::find(std::string_view text) const {
   const bool has_number = error == std::errc() && end != text.data() && number <= n;
   if (has_number && rest.empty()) return number == 0 ? n : number - 1;
   if (has_number && number >= 1 && rest.starts_with(':') &&
-      equal_in_any_case(without_blanks(rest.substr(1)), without_blanks(name(number - 1))))
+      equal_names(without_blanks(rest.substr(1)), without_blanks(name(number - 1))))
     return number - 1;
-  if (equal_in_any_case(text, last_)) return n;
-  const auto found = names().find(upper_case(text));
+  if (equal_names(text, last_)) return n;
+  const auto found = names().find(in_capitals(text));
   return found != names().end() && found->second < n ? std::optional(found->second) : std::nullopt;
 }
 
@@ -59,7 +60,7 @@ const std::unordered_map<std::string, std::size_t>& segment_items::names() const
   if (are_made) return names_;
   names_.clear();
   for (std::size_t i = 0; i < n; ++i) {
-    const auto [place, is_new] = names_.emplace(upper_case(without_blanks(name(i))), i);
+    const auto [place, is_new] = names_.emplace(in_capitals(without_blanks(name(i))), i);
     if (!is_new) place->second = n;
   }
   if (coming_)

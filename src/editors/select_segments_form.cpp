@@ -9,7 +9,7 @@ namespace vesk {
 std::string TSelectSegmentsForm::caption() const {
   const prevesk_dataset_data_type* data = host_.data_set();
   const bool known = data && selected_system < data->systems.size();
-  return "Loads for " + (known ? data->systems[selected_system].description.str() : std::string());
+  return "Loads for " + (known ? shown_text(data->systems[selected_system].description) : std::string());
 }
 
 std::size_t TSelectSegmentsForm::segment_count() const {
@@ -18,7 +18,7 @@ std::size_t TSelectSegmentsForm::segment_count() const {
 
 std::string TSelectSegmentsForm::segment_text(std::size_t segment) const {
   if (segment >= segment_count()) return {};
-  return std::to_string(segment + 1) + ": " + host_.data_set()->segments[segment].name.str();
+  return std::to_string(segment + 1) + ": " + shown_text(host_.data_set()->segments[segment].name);
 }
 
 void TSelectSegmentsForm::FormShow() {

@@ -24,6 +24,7 @@ TTimeFunctionsForm::TTimeFunctionsForm(editor_host& host)
     : editor(host), functions_(data_set_grid(host, &prevesk_dataset_data_type::time_functions, columns())),
       points_(host, "TimeFunctionsBasicSimpleField"), list_(add_panel("TheFillCalcTable", functions_, 0)),
       detail_(add_panel("TFFillCalcTable", points_, series_buttons, &points_)) {
+  detail_.label_name = "TimeFunctionLabel";
   list_.empty_hint = "The model has no time functions.";
   list_.table.OnEnteringRow = [this](std::size_t row) { enter_row(row); };
   list_.table.OnDoneEdit = [this](std::size_t) { show_series(list_.table.active_row()); };
@@ -44,7 +45,7 @@ TTimeFunctionsForm::TTimeFunctionsForm(editor_host& host)
 std::string TTimeFunctionsForm::description() const {
   const prevesk_dataset_data_type* data = host().data_set();
   const std::size_t row = list_.table.active_row();
-  return data && row < data->time_functions.size() ? data->time_functions[row].description.str() : std::string();
+  return data && row < data->time_functions.size() ? shown_text(data->time_functions[row].description) : std::string();
 }
 
 void TTimeFunctionsForm::take_content() {
@@ -87,7 +88,7 @@ std::string TTimeFunctionsForm::find_refusal() {
   if (!data) return {};
   for (const function& one : data->time_functions)
     if (one.used && !moments_unique(one.points))
-      return "Detected duplicate moment in time function for\r\n" + one.description.str();
+      return "Detected duplicate moment in time function for\r\n" + shown_text(one.description);
   return {};
 }
 

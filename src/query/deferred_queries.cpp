@@ -14,9 +14,9 @@ std::string segment_series_name(const prevesk_dataset_data_type& data, const cha
                                 std::int32_t segment) {
   const auto at = static_cast<std::size_t>(segment);
   const bool named = segment >= 0 && at < data.segments.size() && !data.segments[at].name.empty();
-  return std::string(kind) + " of " + system.description.str() + " in segment " +
+  return std::string(kind) + " of " + shown_text(system.description) + " in segment " +
          std::to_string(std::int64_t{segment} + 1) +
-         (named ? " (" + data.segments[at].name.str() + ")" : std::string());
+         (named ? " (" + shown_text(data.segments[at].name) + ")" : std::string());
 }
 
 // What the report of a success calls the series; `query_label`, in the report of a failure, counts segments from 0.

@@ -167,7 +167,7 @@ std::string main_window::clipboard_text() {
 }
 
 void main_window::set_clipboard_text(const std::string& text) {
-  QApplication::clipboard()->setText(QString::fromStdString(text));
+  QApplication::clipboard()->setText(shown(text));
 }
 
 // The window itself.

@@ -1,6 +1,7 @@
 #include "sample_data_set.h"
 #include "temporary_folder.h"
 
+#include "dataset/any_case.h"
 #include "dataset/text_encoding.h"
 #include "dataset/unshared_bytes.h"
 #include "dataset/vki_file.h"
@@ -215,6 +216,13 @@ TEST(TextEncoding, EveryByteOfWindows1252HasACharacterAndComesBack) {
   EXPECT_EQ(windows_1252_from_utf8("\xe4\xb8\xad"), std::nullopt);
   EXPECT_EQ(shown_text("\xc3\xa4"), "\xc3\xa4");
   EXPECT_EQ(shown_text("\xe4"), "\xc3\xa4");
+}
+
+TEST(TextEncoding, NamesAreEqualInAnyCaseOfEveryScript) {
+  EXPECT_EQ(in_capitals("Oak city 7"), "OAK CITY 7");
+  EXPECT_EQ(in_capitals("Мост ñandú straße ὀδυσσεύς 𐐨 橋"), "МОСТ ÑANDÚ STRAßE ὈΔΥΣΣΕΎΣ 𐐀 橋");
+  EXPECT_TRUE(equal_names("M\xfchle", "MÜHLE")); // Windows-1252 and UTF-8
+  EXPECT_FALSE(equal_names("Mühle", "Muhle"));
 }
 
 TEST(TextEncoding, WhatCommandsATerminalIsWrittenOut) {
