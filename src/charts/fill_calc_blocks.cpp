@@ -115,8 +115,11 @@ private:
     return true;
   }
   std::string take(std::string_view field, std::size_t row, std::size_t column) {
-    cell_entry entry = read_entry(columns_[column].type, field);
-    if (!entry.accepted() || stays(field, entry.value, row, column)) return std::move(entry.refusal);
+    const cell_type& type = columns_[column].type;
+    if (type.kind == cell_kind::combo && type.items->size() == 0) return {}; // nothing can be chosen: as if read-only
+    cell_entry entry = read_entry(type, field);
+    if (!entry.accepted()) return shows(field, row, column) ? std::string() : std::move(entry.refusal);
+    if (stays(field, entry.value, row, column)) return {};
     const auto to_row = static_cast<std::uint32_t>(row), to_column = static_cast<std::uint32_t>(column);
     if (const double* number = std::get_if<double>(&entry.value))
       numbers.push_back({to_row, to_column, *number});
@@ -133,6 +136,15 @@ private:
     const cell_type& type = columns_[column].type;
     if (const auto* text = std::get_if<std::string>(&present)) return read_entry(type, *text).value == value;
     return without_blanks(field) == cell_text(type, present);
+  }
+  // A cell may show what it would not accept: "NaN", or the number of a segment that does not exist.
+  bool shows(std::string_view field, std::size_t row, std::size_t column) const {
+    if (row >= content_.row_count()) return false;
+    const cell_type& type = columns_[column].type;
+    const cell_value present = content_.value(row, column);
+    std::string copied;
+    append_clipboard_text(copied, type, present);
+    return without_blanks(field) == copied || without_blanks(field) == cell_text(type, present);
   }
   bool holds_date_and_time(std::string_view field, std::size_t column) const {
     return column + 1 < columns_.size() && columns_[column].type.kind == cell_kind::date &&

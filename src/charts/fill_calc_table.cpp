@@ -112,7 +112,7 @@ bool TFillCalcTable::is_editable(std::size_t row, std::size_t column) const {
          !std::holds_alternative<std::monostate>(content_->value(row, column));
 }
 
-bool TFillCalcTable::enter(std::size_t row, std::size_t column, std::string_view typed) {
+bool TFillCalcTable::enter(std::size_t row, std::size_t column, std::string_view typed, bool chosen) {
   if (!is_editable(row, column)) return true;
   if (refused_ && (refused_->row != row || refused_->column != column)) return false;
   const bool was_refused = refused_.has_value();
@@ -120,8 +120,10 @@ bool TFillCalcTable::enter(std::size_t row, std::size_t column, std::string_view
   refused_.reset();
   const cell_type& type = content_->columns()[column].type;
   const cell_value present = content_->value(row, column);
+  const bool replaces_stand_in =
+      chosen && type.kind == cell_kind::combo && number(present) >= static_cast<double>(type.items->size());
   cell_entry entry;
-  if (typed == cell_text(type, present))
+  if (typed == cell_text(type, present) && !replaces_stand_in)
     entry.value = present;
   else
     entry = read_entry(type, typed);

@@ -75,8 +75,9 @@ public:
   bool is_editable(std::size_t row, std::size_t column) const;
   bool allows_edit() const { return !OnAllowEdit || OnAllowEdit(); }
   // Accepts a typed text. False: refused, and kept in `refused` until it is corrected or given up. A text equal to the
-  // one shown writes nothing; while the entry of another cell is refused, nothing is accepted.
-  bool enter(std::size_t row, std::size_t column, std::string_view text);
+  // one shown writes nothing; while the entry of another cell is refused, nothing is accepted. `chosen`: from the list
+  // of a combo; then the item is also written where it was only shown in place of one that the list lacks.
+  bool enter(std::size_t row, std::size_t column, std::string_view text, bool chosen = false);
   void click(std::size_t row, std::size_t column); // on a check box
 
   struct refused_entry {

@@ -28,6 +28,7 @@ cell_kind kind_of(const QModelIndex& index) {
 }
 
 constexpr std::size_t most_items_of_combo = 20; // in a longer list a number has several digits to type
+constexpr const char* chosen = "chosen";        // a combo's property: the user has chosen an item
 constexpr int items_to_fit = 200, widest_list = 420;
 
 std::shared_ptr<const item_list> items_of(const QModelIndex& index) {
@@ -57,11 +58,13 @@ QWidget* cell_delegate::createEditor(QWidget* parent, const QStyleOptionViewItem
   const QString name = index.model()->headerData(index.column(), Qt::Horizontal).toString().replace('\n', ' ');
   if (kind_of(index) == cell_kind::combo) {
     std::shared_ptr<const item_list> items = items_of(index);
-    if (items->size() > most_items_of_combo) return make_picker(parent, name, std::move(items));
+    if (items->size() > most_items_of_combo || items->has_short_texts())
+      return make_picker(parent, name, std::move(items));
     const bool takes_other_texts = items->takes_other_texts();
     QComboBox* combo = make_combo(parent, std::move(items));
     combo->setAccessibleName(name);
     connect(combo, &QComboBox::activated, this, [this, combo] {
+      combo->setProperty(chosen, true);
       emit const_cast<cell_delegate*>(this)->commitData(combo);
       emit const_cast<cell_delegate*>(this)->closeEditor(combo);
     });
@@ -107,7 +110,8 @@ void cell_delegate::setEditorData(QWidget* editor, const QModelIndex& index) con
 
 void cell_delegate::setModelData(QWidget* editor, QAbstractItemModel* model, const QModelIndex& index) const {
   if (auto* combo = qobject_cast<QComboBox*>(editor)) {
-    if (combo->currentIndex() >= 0 || combo->isEditable()) model->setData(index, combo->currentText(), Qt::EditRole);
+    const int role = combo->property(chosen).toBool() ? int{grid_model::choice_role} : int{Qt::EditRole};
+    if (combo->currentIndex() >= 0 || combo->isEditable()) model->setData(index, combo->currentText(), role);
   } else if (auto* line = qobject_cast<QLineEdit*>(editor)) {
     // Unchanged text is not an entry: it may be longer than what the cell shows.
     if (line->text() != index.data(Qt::EditRole).toString()) model->setData(index, line->text(), Qt::EditRole);

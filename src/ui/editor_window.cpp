@@ -80,8 +80,9 @@ void editor_window::make_panels(const std::vector<editor_page>& pages) {
     std::fill_n(page_of_panel_.begin() + static_cast<std::ptrdiff_t>(pages[page].first), pages[page].count,
                 static_cast<int>(page));
   if (form_.active_grid())
-    shared_buttons_ = new editor_buttons(form_, [this](editor_panel& panel, const std::function<void()>& command) {
-      run([&] { go_to_panel(panel), command(); });
+    // The active grid gets the focus back, also from Import, which fills the series whichever grid is active.
+    shared_buttons_ = new editor_buttons(form_, [this](editor_panel&, const std::function<void()>& command) {
+      run([&] { go_to_panel(*form_.panels()[*form_.active_grid()]), command(); });
     });
   for (std::size_t i = 0; i < panels.size(); ++i) {
     const std::string name =

@@ -118,8 +118,8 @@ bool grid_model::setData(const QModelIndex& index, const QVariant& value, int ro
     if (role == Qt::CheckStateRole) {
       table_.click(row_of(index), column_of(index));
       taken = true;
-    } else if (role == Qt::EditRole) {
-      taken = table_.enter(row_of(index), column_of(index), stored(value.toString()));
+    } else if (role == Qt::EditRole || role == choice_role) {
+      taken = table_.enter(row_of(index), column_of(index), stored(value.toString()), role == choice_role);
     }
   });
   return taken;

@@ -12,7 +12,10 @@ class grid_model final : public QAbstractTableModel, public table_view {
   Q_OBJECT
 
 public:
-  enum : int { cell_kind_role = Qt::UserRole };
+  enum : int {
+    cell_kind_role = Qt::UserRole,
+    choice_role, // of setData: the item's text, chosen from the list
+  };
 
   explicit grid_model(TFillCalcTable& table, QObject* parent);
   ~grid_model() override;

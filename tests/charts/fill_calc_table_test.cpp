@@ -6,6 +6,7 @@
 #include "print_table.h"
 
 #include <gtest/gtest.h>
+#include <limits>
 
 namespace vesk {
 namespace {
@@ -40,6 +41,23 @@ TEST_F(FillCalcTable, ShowsAndTakesCells) {
   EXPECT_TRUE(table.enter(0, 4, "step"));
   EXPECT_EQ(content.rows[0][4], cell_value(1.0));
   EXPECT_EQ(log, "Edit;end;");
+}
+
+// The cell keeps what it shows, also where it would not accept that from anyone else.
+TEST_F(FillCalcTable, TakesBackWhatItShows) {
+  content.rows[1][2] = std::numeric_limits<double>::quiet_NaN();
+  content.column_list[4].type = combo_cell({"Linear", "Step"}, 1);
+  content.rows[1][4] = 7.0; // shown as "Step"
+  table.set_selection(cell_range{1, 0, 1, 4});
+  const std::string row = table.do_copy();
+  EXPECT_EQ(table.do_paste(row).refusal, "");
+  EXPECT_TRUE(table.enter(1, 4, "Step"));
+  EXPECT_EQ(content.writes, 0);
+  table.set_selection(cell_range{2, 0, 2, 4});
+  EXPECT_EQ(table.do_paste(row).refusal,
+            "Line 1, column 3: expected a finite number, found \"NaN\". Nothing was pasted.");
+  EXPECT_TRUE(table.enter(1, 4, "Step", true)); // chosen from the list
+  EXPECT_EQ(content.rows[1][4], cell_value(1.0));
 }
 
 TEST_F(FillCalcTable, KeepsARefusedEntryUntilItIsCorrected) {

@@ -13,24 +13,25 @@ namespace vesk {
 class memory_grid final : public grid {
 public:
   explicit memory_grid(bool free_rows = true) : free_rows_(free_rows) {
-    columns_ = {{"Date", {cell_kind::date}},
-                {"Time", {cell_kind::time}},
-                {"Value", number_cell("####.##")},
-                {"Name", text_cell()},
-                {"Kind", combo_cell({"Linear", "Step"})},
-                {"Balance", check_cell(), true, true},
-                {"Limit", number_cell("E"), false}};
+    column_list = {{"Date", {cell_kind::date}},
+                   {"Time", {cell_kind::time}},
+                   {"Value", number_cell("####.##")},
+                   {"Name", text_cell()},
+                   {"Kind", combo_cell({"Linear", "Step"})},
+                   {"Balance", check_cell(), true, true},
+                   {"Limit", number_cell("E"), false}};
   }
 
   std::vector<std::vector<cell_value>> rows;
   std::string marked; // rows with this name are marked
   int writes = 0;
+  std::vector<grid_column> column_list;
 
   void add(double day, double second, double value, const std::string& name) {
     rows.push_back({day, second, value, name, 0.0, 0.0, 7.0});
   }
 
-  std::span<const grid_column> columns() const override { return columns_; }
+  std::span<const grid_column> columns() const override { return column_list; }
   std::size_t row_count() const override { return rows.size(); }
   cell_value value(std::size_t row, std::size_t column) const override {
     return row < rows.size() ? rows[row][column] : cell_value{};
@@ -59,7 +60,6 @@ private:
   }
 
   bool free_rows_;
-  std::vector<grid_column> columns_;
 };
 
 } // namespace vesk
