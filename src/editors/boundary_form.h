@@ -14,7 +14,8 @@ public:
                                 &system_data_type::scalb, &system_data_type::convb,
                                 "Choose a boundary in the tree. Boundaries come from pairs in Exchanges or Flows that "
                                 "have a side \"Boundary\".",
-                                "No boundaries: give a pair in Exchanges or Flows a side \"Boundary\".", 4}) {}
+                                "No boundaries: give a pair in Exchanges or Flows a side \"Boundary\".", 4,
+                                "TimeFunctionLabel"}) {}
 
   // The one dialog with a small "a" in it.
   std::string_view delete_all_text() const override { return "Delete &all"; }

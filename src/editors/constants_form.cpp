@@ -2,6 +2,7 @@
 
 #include "charts/numeric_picture.h"
 #include "dataset/findings.h"
+#include "editors/catalogue_tip.h"
 
 #include <algorithm>
 
@@ -30,10 +31,6 @@ std::vector<record_column<constant_data_type>> columns() {
   };
 }
 
-std::string exact(double value) {
-  return entry_text(number_cell({}), value);
-}
-
 } // namespace
 
 TConstantsForm::TConstantsForm(editor_host& host)
@@ -51,10 +48,7 @@ TConstantsForm::TConstantsForm(editor_host& host)
   };
   records().tip_of = [](const constant_data_type& constant, std::size_t column) -> std::string {
     if (column != value_column) return {};
-    std::string tip = "default " + exact(constant.default_value);
-    if (constant.minimum < constant.maximum)
-      tip += ", from " + exact(constant.minimum) + " to " + exact(constant.maximum);
-    return tip;
+    return catalogue_tip(constant.default_value, constant.minimum, constant.maximum);
   };
   records().default_of = [](const constant_data_type& constant, std::size_t column) {
     return column == value_column ? std::optional<cell_value>(constant.default_value) : std::nullopt;
@@ -77,7 +71,7 @@ void TConstantsForm::take_content() {
   ConstantGroupComboBox.items.clear();
   if (const prevesk_dataset_data_type* data = host().data_set())
     for (const constant_group_data_type& group : data->constant_groups)
-      ConstantGroupComboBox.items.push_back(group.description.str());
+      ConstantGroupComboBox.items.push_back(shown_text(group.description));
   const std::size_t groups = std::max<std::size_t>(ConstantGroupComboBox.items.size(), 1);
   ConstantGroupComboBox.position = std::min(ConstantGroupComboBox.position, groups - 1);
   list_form::take_content();

@@ -32,14 +32,17 @@ enum panel_buttons : unsigned {
   import_button = 128,
   block_buttons = copy_button | paste_button | fill_calc_button,
   series_buttons = 255,
+  row_keys = 256, // inserting and deleting rows in the grid's menu and by keys, where the buttons are elsewhere
 };
 
 // One grid of an editor with its label, buttons and status line.
 struct editor_panel {
   editor_panel(std::string table_name, grid& content, unsigned shown_buttons, series_grid* shown_series)
-      : name(std::move(table_name)), table(content), buttons(shown_buttons), series(shown_series) {}
+      : name(std::move(table_name)), label_name(name + "Label"), table(content), buttons(shown_buttons),
+        series(shown_series) {}
 
   const std::string name; // of the grid's control: "TheFillCalcTable"
+  std::string label_name; // of the label's control
   TFillCalcTable table;
   const unsigned buttons;
   series_grid* const series; // null: not a series

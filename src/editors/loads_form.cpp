@@ -29,7 +29,7 @@ TLoadsForm::TLoadsForm(editor_host& host)
                         "Choose a load in the tree. A system's menu adds and removes loads.",
                         "No loads: open a system's menu in the tree by the right mouse button, the Menu key or "
                         "Shift+F10, and choose Add/Remove Loads.",
-                        0}),
+                        0, "TimeFunctionsLabel"}),
       select_segments_(host) {}
 
 std::vector<editor_tree::menu_item> TLoadsForm::menu(const node& which) {

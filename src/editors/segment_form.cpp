@@ -2,6 +2,7 @@
 
 #include "dataset/findings.h"
 #include "dataset/network.h"
+#include "editors/catalogue_tip.h"
 
 #include <algorithm>
 
@@ -33,10 +34,10 @@ void segment_value_grid::take_columns() {
   const cell_type type = number_cell(host_.number_format(format_));
   if (shown_ == content::parameters)
     for (const parameter_data_type& parameter : data->parameters)
-      columns_.push_back({.header = parameter.description.str(), .type = type});
+      columns_.push_back({.header = shown_text(parameter.description), .type = type});
   else
     for (const system_data_type& system : data->systems)
-      columns_.push_back({.header = system.description.str(), .type = type});
+      columns_.push_back({.header = shown_text(system.description), .type = type});
 }
 
 std::size_t segment_value_grid::row_count() const {
@@ -66,37 +67,48 @@ void segment_value_grid::set_value(std::size_t row, std::size_t column, const ce
 }
 
 cell_mark segment_value_grid::mark(std::size_t row, std::size_t column) const {
-  const prevesk_dataset_data_type& data = *host_.data_set();
   const cell_value shown = value(row, column);
   const double* number = std::get_if<double>(&shown);
   if (!number) return {};
   if (shown_ == content::fractions_dissolved)
     return {*number >= 0 && *number <= 1 ? "" : "A dissolved fraction must lie between 0 and 1."};
-  if (shown_ == content::initial_concentrations || column >= data.parameters.size()) return {};
-  const parameter_data_type& parameter = data.parameters[column];
-  return parameter.used ? cell_mark{range_finding(*number, parameter.minimum, parameter.maximum)} : cell_mark{};
+  const parameter_data_type* of = parameter(column);
+  return of && of->used ? cell_mark{range_finding(*number, of->minimum, of->maximum)} : cell_mark{};
 }
 
-std::string segment_value_grid::tool_tip(std::size_t row, std::size_t) const {
-  return std::to_string(row + 1) + ": " + host_.data_set()->segments[row].name.str();
+const parameter_data_type* segment_value_grid::parameter(std::size_t column) const {
+  const prevesk_dataset_data_type& data = *host_.data_set();
+  return shown_ == content::parameters && column < data.parameters.size() ? &data.parameters[column] : nullptr;
+}
+
+std::string segment_value_grid::tool_tip(std::size_t row, std::size_t column) const {
+  const std::string name = std::to_string(row + 1) + ": " + shown_text(host_.data_set()->segments[row].name);
+  const parameter_data_type* of = parameter(column);
+  return of ? name + "\n" + catalogue_tip(of->default_value, of->minimum, of->maximum) : name;
+}
+
+std::optional<cell_value> segment_value_grid::default_value(std::size_t, std::size_t column) const {
+  const parameter_data_type* of = parameter(column);
+  return of ? std::optional<cell_value>(of->default_value) : std::nullopt;
 }
 
 // The dialog.
 
 std::vector<record_column<segment_data_type>> TSegmentForm::columns() {
   using segment = segment_data_type;
+  // An unknown type is an item beyond the list, and so differs from the first one, which is shown for it.
   const translated_member<segment> type{[this](const segment& one) {
                                           const auto found = type_id_to_item.find(one.segment_type);
-                                          return found != type_id_to_item.end() ? static_cast<double>(found->second)
-                                                                                : 0.0;
+                                          return static_cast<double>(
+                                              found != type_id_to_item.end() ? found->second : item_to_type_id.size());
                                         },
                                         [this](segment& one, double item) {
                                           if (item < static_cast<double>(item_to_type_id.size()))
                                             one.segment_type = item_to_type_id[static_cast<std::size_t>(item)];
                                         }};
   const translated_member<segment> bottom{
-      [this](const segment& one) { return bottoms_->item_of_reference(one.bottom_segment); },
-      [this](segment& one, double item) { one.bottom_segment = bottoms_->reference_of_item(item); }};
+      [this](const segment& one) { return BottomSegmentComboBoxField->item_of_reference(one.bottom_segment); },
+      [this](segment& one, double item) { one.bottom_segment = BottomSegmentComboBoxField->reference_of_item(item); }};
   return {
       {.header = "Description", .type = text_cell(), .field = &segment::name},
       {.header = "Volume",
@@ -111,7 +123,9 @@ std::vector<record_column<segment_data_type>> TSegmentForm::columns() {
       {.header = "Segment\nType",
        .type = combo_cell({"Surface", "Subsurface", "Surface Benthic", "Subsurface Benthic"}),
        .field = type},
-      {.header = "Bottom\nSegment", .type = {.kind = cell_kind::combo, .items = bottoms_}, .field = bottom},
+      {.header = "Bottom\nSegment",
+       .type = {.kind = cell_kind::combo, .items = BottomSegmentComboBoxField},
+       .field = bottom},
       number("Length", &segment::length, "m"),
       number("Width", &segment::width, "m"),
       number("Minimum\nDepth", &segment::minimum_depth, "m"),
@@ -125,17 +139,17 @@ TSegmentForm::TSegmentForm(editor_host& host)
                                            number_cell(host.number_format(scale_format))),
       VolumeConversionFactorField("VolumeConversionFactorField", "Volume Conversion Factor",
                                   number_cell(host.number_format(conversion_format))),
-      bottoms_(std::make_shared<segment_items>(host, "None", "No Segments")),
+      BottomSegmentComboBoxField(std::make_shared<segment_items>(host, "None", "No Segments")),
       segments_(data_set_grid(host, &prevesk_dataset_data_type::segments, columns())),
       parameters_(host, segment_value_grid::content::parameters, "SegmentsParametersSimpleField"),
       concentrations_(host, segment_value_grid::content::initial_concentrations,
                       "SegmentsInitialConcentrationsNumericField"),
       fractions_(host, segment_value_grid::content::fractions_dissolved, "SegmentsFractionDissolvedNumericField"),
-      panels_of_pages_{&add_panel("SegmentFillCalcTable", segments_, block_buttons),
+      panels_of_pages_{&add_panel("SegmentFillCalcTable", segments_, block_buttons | row_keys),
                        &add_panel("ParametersFillCalcTable", parameters_, block_buttons),
                        &add_panel("InitialConcentrationsFillCalcTable", concentrations_, block_buttons),
                        &add_panel("FractionDissolvedFillCalcTable", fractions_, block_buttons)} {
-  segments_.bottoms = bottoms_;
+  segments_.bottoms = BottomSegmentComboBoxField;
   segments_.make_inserted = segments_.make_appended = [] { return segment_data_type{}; };
   segments_.mark_of = [this](const segment_data_type& segment, std::size_t column) -> cell_mark {
     if (column != type_column || item_to_type_id.empty() || type_id_to_item.contains(segment.segment_type)) return {};
@@ -187,10 +201,9 @@ void TSegmentForm::data_set_replaced() {
 }
 
 void TSegmentForm::take_content() {
-  prevesk_dataset_data_type* data = host().data_set();
   segments_.take_formats(host());
   for (segment_value_grid* page : {&parameters_, &concentrations_, &fractions_}) page->take_columns();
-  const std::size_t pulled = data ? pull_bottom_references(*data) : 0;
+  const std::size_t pulled = bottom_segment_refresh();
   if (pulled != 0)
     set_message("References past the last segment were pulled to it: " + in_words({.bottoms = pulled}) + ".");
   segment_types_fill();
@@ -208,13 +221,17 @@ void TSegmentForm::segment_types_fill() {
   std::vector<std::string> texts;
   const prevesk_dataset_data_type* data = host().data_set();
   const catalogue_model* model = data && data->catalogue() ? data->catalogue()->find_model(data->model_type) : nullptr;
-  if (!model) return; // the grid's own items stay
-  for (const catalogue_segment_type& type : model->segment_types) {
-    type_id_to_item.emplace(type.vesk_segment_type_id, texts.size());
-    item_to_type_id.push_back(type.vesk_segment_type_id);
-    texts.push_back(type.description);
-  }
-  segments_.set_items(type_column, std::make_shared<fixed_items>(std::move(texts)));
+  if (model)
+    for (const catalogue_segment_type& type : model->segment_types) {
+      type_id_to_item.emplace(type.vesk_segment_type_id, texts.size());
+      item_to_type_id.push_back(type.vesk_segment_type_id);
+      texts.push_back(shown_text(type.description));
+    }
+  segments_.set_items(type_column, std::make_shared<fixed_items>(std::move(texts), 0));
+}
+
+std::size_t TSegmentForm::bottom_segment_refresh() {
+  return host().data_set() ? pull_bottom_references(*host().data_set()) : 0;
 }
 
 void TSegmentForm::rows_changed() {
@@ -222,7 +239,7 @@ void TSegmentForm::rows_changed() {
   const segment_references moved = moved_references();
   reconcile_segment_records(data, records_are_whole_ ? segments_.first_moved : 0);
   records_are_whole_ = true;
-  if (data.segments.size() < segment_count_) pull_bottom_references(data);
+  if (data.segments.size() < segment_count_) bottom_segment_refresh();
   segment_count_ = data.segments.size();
   segment_grids_refresh();
   if (moved.total() != 0)
@@ -277,7 +294,7 @@ void TSegmentForm::insert_and_renumber_click() {
 void TSegmentForm::delete_and_renumber_click() {
   const std::size_t row = panels_of_pages_[0]->table.active_row();
   if (!may_go_on() || row >= segments_.row_count()) return;
-  const std::string name = std::to_string(row + 1) + " (" + host().data_set()->segments[row].name.str() + ")";
+  const std::string name = std::to_string(row + 1) + " (" + shown_text(host().data_set()->segments[row].name) + ")";
   segment_references removed;
   change_network("Delete and renumber",
                  [&](prevesk_dataset_data_type& data) { removed = erase_and_renumber(data, row); });

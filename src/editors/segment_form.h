@@ -33,8 +33,10 @@ public:
   void set_value(std::size_t row, std::size_t column, const cell_value& value) override;
   cell_mark mark(std::size_t row, std::size_t column) const override;
   std::string tool_tip(std::size_t row, std::size_t column) const override;
+  std::optional<cell_value> default_value(std::size_t row, std::size_t column) const override;
 
 private:
+  const parameter_data_type* parameter(std::size_t column) const; // null on the pages of systems
   editor_host& host_;
   content shown_;
   const char* format_;
@@ -91,6 +93,8 @@ protected:
 private:
   std::vector<record_column<segment_data_type>> columns();
   void segment_types_fill();
+  // Sets references past the end to the last segment; returns how many. The items always are the present segments.
+  std::size_t bottom_segment_refresh();
   void rows_changed(); // the number of segments; brings the records and the grids into line
   void segment_grids_refresh();
   segment_references moved_references() const; // by the present change
@@ -102,7 +106,7 @@ private:
   std::vector<std::uint32_t> item_to_type_id;
   std::size_t segment_count_ = 0;  // before the present change
   bool records_are_whole_ = false; // each segment has one record for each parameter and system
-  std::shared_ptr<segment_items> bottoms_;
+  std::shared_ptr<segment_items> BottomSegmentComboBoxField;
   segment_list_grid segments_;
   segment_value_grid parameters_, concentrations_, fractions_;
   std::array<editor_panel*, 4> panels_of_pages_;

@@ -23,14 +23,16 @@ tree_series_form::tree_series_form(editor_host& host, const traits& differences)
     : editor(host), traits_(differences), points_(host, std::string(differences.value_format)),
       systems_(data_set_grid(host, &prevesk_dataset_data_type::systems, factor_columns(differences))),
       series_panel_(add_panel("TimeFunctionFillCalcTable", points_, series_buttons, &points_)),
-      system_panel_(add_panel("SystemFillCalcTable", systems_, block_buttons)), copy_form_(host) {}
+      system_panel_(add_panel("SystemFillCalcTable", systems_, block_buttons)), copy_form_(host) {
+  series_panel_.label_name = traits_.label_name;
+}
 
 std::size_t tree_series_form::group_count() const {
   return host().data_set() ? host().data_set()->systems.size() : 0;
 }
 
 std::string tree_series_form::group_text(std::size_t system) const {
-  return shown_text(host().data_set()->systems[system].description.str());
+  return shown_text(host().data_set()->systems[system].description);
 }
 
 std::size_t tree_series_form::item_count(std::size_t system) const {
@@ -70,7 +72,7 @@ bool tree_series_form::is_segment(std::int32_t segment) const {
 }
 
 std::string tree_series_form::segment_name(std::int32_t segment) const {
-  return is_segment(segment) ? shown_text(host().data_set()->segments[static_cast<std::size_t>(segment)].name.str())
+  return is_segment(segment) ? shown_text(host().data_set()->segments[static_cast<std::size_t>(segment)].name)
                              : std::string();
 }
 

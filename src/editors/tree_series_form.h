@@ -21,6 +21,7 @@ public:
     std::string_view empty_hint;   // while no record is selected
     std::string_view nothing_hint; // while there are no records
     int root_image;                // see editor_tree
+    std::string_view label_name;   // of the series
   };
 
   std::string_view class_name() const override { return traits_.class_name; }

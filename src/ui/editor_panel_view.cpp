@@ -40,8 +40,7 @@ std::optional<std::size_t> point_of_row(const TGraphForm& graph, std::size_t row
 
 editor_panel_view::editor_panel_view(editor& form, editor_panel& panel, const QString& name, QWidget* buttons,
                                      command_runner run)
-    : form_(form), panel_(panel), name_(name), run_(std::move(run)),
-      label_(plain_label(panel.name == "TFFillCalcTable" ? "TimeFunctionLabel" : panel.name + "Label")),
+    : form_(form), panel_(panel), name_(name), run_(std::move(run)), label_(plain_label(panel.label_name)),
       grid_(new grid_view(panel.table, name, this)), status_(plain_label(panel.name + "Status")) {
   grid_->setObjectName(shown(panel.name));
   grid_->setMinimumHeight(scaled(least_grid_height, *this));
@@ -111,7 +110,7 @@ void editor_panel_view::add_menu() {
   add_action("Copy with &headers", QKeySequence("Ctrl+Shift+C"), [this] { form_.CopyButtonClick(panel_, true); });
   if (panel_.buttons & paste_button)
     add_action("&Paste", QKeySequence::Paste, [this] { form_.PasteButtonClick(panel_); });
-  if (panel_.buttons & insert_button) {
+  if (panel_.buttons & (insert_button | row_keys)) {
     add_action("&Insert row", QKeySequence("Ctrl++"), [this] { form_.InsertRowButtonClick(panel_); });
     add_action("&Delete selected rows", QKeySequence("Ctrl+-"), [this] { form_.delete_selected_rows(panel_); });
   }

@@ -61,6 +61,8 @@ TEST_F(Segments, CombosShowPositionsAndKeepWhatTheyDoNotKnow) {
   EXPECT_EQ(table.text(0, type), "Surface");
   EXPECT_EQ(table.tool_tip(0, type), "The model has no segment type 55; the first one is shown.");
   EXPECT_EQ(host.data.segments[0].segment_type, 55U);
+  EXPECT_TRUE(table.enter(0, type, "Surface", true)); // chosen from the list
+  EXPECT_EQ(host.data.segments[0].segment_type, 7U);
   EXPECT_TRUE(table.enter(0, type, "bed"));
   EXPECT_EQ(host.data.segments[0].segment_type, 9U);
   EXPECT_EQ(table.text(1, bottom), "None");
@@ -73,6 +75,48 @@ TEST_F(Segments, CombosShowPositionsAndKeepWhatTheyDoNotKnow) {
   }
   EXPECT_TRUE(table.enter(2, 0, "Halifax")); // now two have the name
   EXPECT_FALSE(table.enter(1, bottom, "halifax"));
+  host.data.model_type = 99; // not in the catalogue: it has no types to choose from
+  shown(form);
+  EXPECT_EQ(table.content().columns()[type].type.items->size(), 0U);
+  EXPECT_EQ(table.text(0, type), "");
+  table.set_active(0, type);
+  EXPECT_EQ(table.do_paste("Surface").refusal, "");
+  EXPECT_EQ(host.data.segments[0].segment_type, 9U);
+}
+
+// A name may be Windows-1252, and its letters of any script.
+TEST_F(Segments, NamesOfAllScriptsAreFoundAndShown) {
+  host.data.segments.edit(0).name = "M\xfchle";
+  host.data.segments.edit(1).name = "Мост";
+  host.data.systems.edit(0).description = "Sauerstoff g\xf6l\xf6st";
+  TSegmentForm form(host);
+  TFillCalcTable& table = shown(form);
+  for (const char* entry : {"1: mühle", "MÜHLE", "мост"}) EXPECT_TRUE(table.enter(2, 7, entry)) << entry;
+  EXPECT_EQ(host.data.segments[2].bottom_segment, 1);
+  EXPECT_TRUE(table.enter(1, 7, "mühle"));
+  table.set_active(1, 7);
+  EXPECT_EQ(table.do_copy(), "1: Mühle\n");
+  form.find_next(nullptr, "ÜHL");
+  EXPECT_EQ(table.active_row(), 0U);
+  EXPECT_EQ(form.panels()[2]->table.content().columns()[0].header, "Sauerstoff gölöst");
+  TLoadsForm loads(host);
+  shown(loads);
+  loads.add_all_loads(0);
+  loads.select(editor_tree::node{0, 1});
+  EXPECT_EQ(loads.panels()[0]->label, "Time functions for segment 2 (Мост), Sauerstoff gölöst");
+}
+
+TEST_F(Segments, ParametersGoBackToTheCataloguesDefault) {
+  host.data.parameters.edit(0).default_value = 20;
+  host.data.parameters.edit(0).used = true;
+  TSegmentForm form(host);
+  shown(form);
+  editor_panel& parameters = *form.panels()[1];
+  EXPECT_EQ(parameters.table.tool_tip(0, 0), "1: Weldon\ndefault 20, from 0 to 30");
+  EXPECT_TRUE(parameters.table.enter(0, 0, "31"));
+  form.back_to_default(parameters);
+  EXPECT_EQ(host.data.segments[0].parameters[0].value, 20);
+  EXPECT_FALSE(form.panels()[2]->table.has_default());
 }
 
 // The items of the bottom segments are the rows that the paste itself makes and names.
@@ -190,6 +234,10 @@ TEST_F(ExchangesFlows, FourGridsFollowEachOther) {
   host.data.flow_fields.edit(0).functions.edit(1).pairs.edit(1).to_segment = 3; // one past the end
   EXPECT_EQ(pairs.table.text(1, 1), "4");
   EXPECT_EQ(pairs.table.tool_tip(1, 1), "There is no segment 4.");
+  pairs.table.set_selection(cell_range{0, 0, 1, 2});
+  const std::string copied = pairs.table.do_copy();
+  EXPECT_EQ(pairs.table.do_paste(copied).refusal, "");
+  EXPECT_EQ(pairs.table.do_copy(), copied);
   EXPECT_TRUE(pairs.table.enter(1, 1, "boundary"));
   EXPECT_EQ(host.data.flow_fields[0].functions[1].pairs[1].to_segment, no_segment);
 

@@ -170,20 +170,16 @@ void edit_cells(grid_view& grid) {
     }
 }
 
-// Whether an emptied grid takes all that was copied: not a value that is no number, and not the names of its own rows.
-bool can_return(grid_view& view) {
-  const grid& content = view.table().content();
-  return !QApplication::clipboard()->text().contains("NaN") &&
-         std::ranges::none_of(content.columns(), [&](const grid_column& column) {
-           return column.type.kind == cell_kind::combo && column.type.items->size() == content.row_count() + 1;
-         });
+// Whether an emptied grid takes all that was copied: not a value that is no number.
+bool can_return() {
+  return !QApplication::clipboard()->text().contains("NaN");
 }
 
 void edit_blocks(QWidget* dialog, grid_view& grid) {
   grid_model& model = grid.model();
   grid.selectAll();
   press_in_peace(dialog, "Copy");
-  if (grid.table().content().has_free_rows() && !grid.table().is_shown_as_empty() && can_return(grid)) {
+  if (grid.table().content().has_free_rows() && !grid.table().is_shown_as_empty() && can_return()) {
     const int rows = model.rowCount();
     if (press_in_peace(dialog, "Delete All")) press_in_peace(dialog, "Insert");
     grid.selectAll();

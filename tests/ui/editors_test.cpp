@@ -363,6 +363,10 @@ TEST(Editors, PagesShareTheActiveRowAndTheButtonsBelow) {
                 grid_view* grid = grid_of(dialog, "SegmentFillCalcTable");
                 grid_view* values = grid_of(dialog, "ParametersFillCalcTable");
                 enter(dialog, grid);
+                QTest::keyClick(grid, Qt::Key_Minus, Qt::ControlModifier); // without a button of its own
+                EXPECT_EQ(values->model().rowCount(), segments - 1);
+                EXPECT_TRUE(press(dialog, "Undo"));
+                enter(dialog, grid);
                 grid->table().set_active(4, 2);
                 QTest::keyClick(grid, Qt::Key_Tab, Qt::ControlModifier);
                 EXPECT_EQ(pages->currentIndex(), 1);
@@ -413,6 +417,8 @@ TEST(Editors, OneRowOfButtonsActsOnTheGridThatWasEnteredLast) {
     EXPECT_TRUE(wait_for([&] { return insert->isEnabled(); }));
     EXPECT_TRUE(is_marked("PairsFillCalcTableLabel") && !is_marked("FieldFillCalcTableLabel"));
     EXPECT_FALSE(find<QPushButton>(dialog, "GraphButton")->isEnabled());
+    with_dialog([&] { press(dialog, "Import"); }, [](QWidget* import) { return press(import, "Cancel"); });
+    EXPECT_TRUE(wait_for([&] { return pairs->hasFocus(); }) && is_marked("PairsFillCalcTableLabel"));
     QApplication::clipboard()->setText("Boundary\t1\t1\n1\t2\t0.5\n");
     pairs->selectAll();
     EXPECT_TRUE(press(dialog, "Paste"));
@@ -452,6 +458,24 @@ TEST(Editors, ASegmentOfManyIsChosenByItsNumber) {
                 const auto& pair = program.form().current_data_set->flow_fields[0].functions[0].pairs[0];
                 EXPECT_TRUE(wait_for([&] { return pair.to_segment == 15'000; }));
                 EXPECT_TRUE(wait_for([&] { return !open_line(pairs) && !dialog->findChild<QListView*>("ItemList"); }));
+                return press(dialog, "Cancel");
+              });
+}
+
+TEST(Editors, ASegmentOfFewIsAlsoChosenByItsNumber) {
+  running_program program;
+  program.form().open_file(SAMPLE);
+  program.form().current_data_set->resize_segments(3);
+  with_dialog([&] { program.trigger("FlowsItem"); },
+              [&](QWidget* dialog) {
+                grid_view* pairs = grid_of(dialog, "PairsFillCalcTable");
+                enter(dialog, pairs);
+                pairs->table().set_active(0, 1);
+                type(pairs, "3");
+                EXPECT_EQ(find<QListView>(dialog, "ItemList")->currentIndex().row(), 2);
+                QTest::keyClick(open_line(pairs), Qt::Key_Return);
+                const auto& fields = program.form().current_data_set->flow_fields;
+                EXPECT_TRUE(wait_for([&] { return fields[0].functions[0].pairs[0].to_segment == 2; }));
                 return press(dialog, "Cancel");
               });
 }

@@ -80,8 +80,7 @@ TEST_F(Trees, AreWorkedByKeyboard) {
     EXPECT_FALSE(combo->isVisible());
     key(Qt::Key_Down, {}); // the first load
     EXPECT_TRUE(combo->isVisible());
-    EXPECT_TRUE(
-        find<QLabel>(dialog, "TimeFunctionFillCalcTableLabel")->text().startsWith("Time functions for segment "));
+    EXPECT_TRUE(find<QLabel>(dialog, "TimeFunctionsLabel")->text().startsWith("Time functions for segment "));
     take_picture(dialog, "loads_selected");
     QTest::keyClick(combo, Qt::Key_Down);
     EXPECT_EQ(data().systems[0].loads[0].interpolation_type, interpolation_step);
