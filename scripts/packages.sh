@@ -20,4 +20,4 @@ install_packages() {
 # What it takes to build and run, and what the tests take besides. The Python packages are for tests alone.
 build_packages=(g++ cmake ninja-build pkg-config libsqlite3-dev sqlite3 libexpat1-dev nettle-dev libminizip-dev mdbtools-dev nlohmann-json3-dev libnetcdf-dev libhdf5-dev libseccomp-dev libsundials-dev libsuitesparse-dev libxerces-c-dev libmuparser-dev libqcustomplot-dev qt6-base-dev qt6-svg-dev)
 sample_packages=(python3)
-test_packages=(netcdf-bin libgtest-dev libgmock-dev python3 parallel python3-distributed python3-jsonschema python3-netcdf4 python3-pandas python3-pip python3-pytest python3-scipy python3-setuptools python3-venv python3-wheel python3-xarray udunits-bin unzip procps xvfb)
+test_packages=(graphviz netcdf-bin libgtest-dev libgmock-dev python3 parallel python3-distributed python3-jsonschema python3-netcdf4 python3-pandas python3-pip python3-pytest python3-scipy python3-setuptools python3-venv python3-wheel python3-xarray udunits-bin unzip procps xvfb)
