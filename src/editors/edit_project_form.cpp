@@ -57,7 +57,7 @@ void TEditProjectForm::BrowseButtonClick() {
   if (!name || host().generation() != generation) return;
   host().begin_step(caption() + ": Browse", {});
   names_.set_value(row, 0, *name);
-  host().end_step(true);
+  end_step(true);
   panel_.table.display_rows();
 }
 

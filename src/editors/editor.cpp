@@ -12,6 +12,7 @@
 #include "platform/safe_file.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace vesk {
 
@@ -51,7 +52,7 @@ editor_panel& editor::add_panel(std::string table_name, grid& content, unsigned 
   };
   panel.table.OnAllowEdit = [this] { return nothing_is_refused(); };
   panel.table.OnEndChange = [this, &panel](bool completed) {
-    host_.end_step(completed);
+    end_step(completed);
     if (panel.series) refresh_series();
     refresh_texts();
   };
@@ -81,6 +82,11 @@ bool editor::FormCloseQuery(bool by_ok) {
   }
   host_.questions().message_box(std::string(refusal_title()), refusal, box_buttons::ok);
   return false;
+}
+
+// A step that fails also replaces the data set, by the one before it.
+void editor::end_step(bool completed) {
+  takes_step([&] { host_.end_step(completed); });
 }
 
 void editor::data_set_replaced() {
@@ -292,7 +298,19 @@ void editor::go_to_next_mark() {
 }
 
 bool editor::has_names() const {
-  return std::ranges::any_of(panels_, [](const auto& panel) { return name_column(*panel).has_value(); });
+  return named_panel(nullptr) != nullptr;
+}
+
+// The nearest one up to the focused one, since the grids go from master to detail.
+editor_panel* editor::named_panel(const editor_panel* focused) const {
+  editor_panel* named = nullptr;
+  bool is_past = !focused;
+  for (const auto& panel : panels_) {
+    if (name_column(*panel)) named = panel.get();
+    is_past = is_past || panel.get() == focused;
+    if (named && is_past) break;
+  }
+  return named;
 }
 
 void editor::find_next(editor_panel* focused, const std::string& wanted) {
@@ -302,9 +320,9 @@ void editor::find_next(editor_panel* focused, const std::string& wanted) {
   if (tree() && (!focused || !name_column(*focused))) {
     found = find_in_tree(wanted);
   } else {
-    const auto named = std::ranges::find_if(panels_, [](const auto& panel) { return name_column(*panel).has_value(); });
-    if (named == panels_.end()) return set_message("There are no names here.");
-    found = find_in_grid(focused && name_column(*focused) ? *focused : **named, focused, wanted);
+    editor_panel* named = named_panel(focused);
+    if (!named) return set_message("There are no names here.");
+    found = find_in_grid(*named, focused, wanted);
   }
   if (!found) set_message("No name contains \"" + wanted + "\".");
 }
@@ -377,23 +395,22 @@ void editor::export_csv(editor_panel& panel) {
 }
 
 void editor::undo() {
-  take_step(&editor_host::undo);
+  if (may_go_on()) takes_step([this] { host_.undo(); });
 }
 
 void editor::redo() {
-  take_step(&editor_host::redo);
+  if (may_go_on()) takes_step([this] { host_.redo(); });
 }
 
-void editor::take_step(void (editor_host::*step)()) {
-  if (!may_go_on()) return;
-  takes_step_ = true;
+void editor::takes_step(const std::function<void()>& step) {
+  const bool before = std::exchange(takes_step_, true);
   try {
-    (host_.*step)();
+    step();
   } catch (...) {
-    takes_step_ = false;
+    takes_step_ = before;
     throw;
   }
-  takes_step_ = false;
+  takes_step_ = before;
 }
 
 // Texts.

@@ -166,8 +166,8 @@ public:
   void keep_these_points(editor_panel& panel);   // of a deferred query, which is no longer executed
   void export_csv(editor_panel& panel);          // all its rows, to a file that the user names
   void go_to_next_mark();
-  // Goes to the next name that contains `wanted`: in the tree, or in the grid that has the focus or else the first one
-  // that has names. `focused` is null when no grid has it.
+  // Goes to the next name that contains `wanted`: in the tree, or in the grid that has the focus, or else in the
+  // nearest one before it that has names. `focused` is null when no grid has it.
   void find_next(editor_panel* focused, const std::string& wanted);
   bool has_names() const; // somewhere
   void undo();
@@ -194,6 +194,7 @@ protected:
   virtual void accepted() {} // called after an accepted OK
 
   bool may_go_on(); // no entry is refused; otherwise leads to it
+  void end_step(bool completed);
   void set_message(std::string message);
   std::string source_age(const stored_series& series) const; // of the data set; see source_ages
   void refresh_texts();                                      // after labels were changed
@@ -203,8 +204,9 @@ protected:
 private:
   // Changes the points of the panel's series in one step.
   void edit_points(editor_panel& panel, const std::string& label, const std::function<void(point_list&)>& change);
-  bool nothing_is_refused(); // otherwise leads to it
-  void take_step(void (editor_host::*step)());
+  bool nothing_is_refused();                          // otherwise leads to it
+  void takes_step(const std::function<void()>& step); // which replaces the data set without a job
+  editor_panel* named_panel(const editor_panel* focused) const;
   void say(const std::string& title, const std::string& sentence);
   bool find_in_tree(const std::string& wanted);
   bool select_next_node(const std::function<bool(const editor_tree::node&)>& is_wanted);
@@ -216,7 +218,7 @@ private:
   std::string message_;
   mutable source_ages ages_;     // as of the last time that the window was shown, or a series filled
   std::size_t marked_panel_ = 0; // where F8 was last
-  bool takes_step_ = false;      // of Undo or Redo, which also replace the data set
+  bool takes_step_ = false;      // Undo, Redo or a failure of this editor replaces the data set
   TRegularTimesForm regular_times_;
 };
 

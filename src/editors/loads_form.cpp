@@ -61,10 +61,10 @@ void TLoadsForm::change_loads(std::size_t system, const std::string& label,
   try {
     change(host().data_set()->systems.edit(system).loads);
   } catch (...) {
-    host().end_step(false);
+    end_step(false);
     throw;
   }
-  host().end_step(true);
+  end_step(true);
   records_changed();
 }
 

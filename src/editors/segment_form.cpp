@@ -272,10 +272,10 @@ void TSegmentForm::change_network(const std::string& label,
   try {
     work(*host().data_set());
   } catch (...) {
-    host().end_step(false);
+    end_step(false);
     throw;
   }
-  host().end_step(true);
+  end_step(true);
   segment_count_ = segments_.row_count();
   segment_grids_refresh();
   refresh_texts();

@@ -52,7 +52,7 @@ void TSystemForm::choose_mass_balance_system(std::size_t row) {
   host().begin_step(caption() + ": Mass balance", {});
   for (std::size_t i = 0; i < systems.size(); ++i)
     if (systems[i].jmass != (i == row)) systems.edit(i).jmass = i == row;
-  host().end_step(true);
+  end_step(true);
   panel().table.display_rows();
   refresh_texts();
 }

@@ -1,6 +1,6 @@
 #include "editors/tree_series_form.h"
 
-#include "dataset/series_identity.h"
+#include "dataset/text_encoding.h"
 #include "platform/counted.h"
 
 namespace vesk {
@@ -92,6 +92,8 @@ void tree_series_form::select(std::optional<node> which) {
   if (selected_ == which) return;
   if (!may_go_on()) return refresh_tree(); // which shows the old selection again
   selected_ = std::move(which);
+  const auto record = selected_record();
+  identity_ = record ? std::optional(identity_of(*host().data_set(), *record)) : std::nullopt;
   series_panel_.table.set_selection(std::nullopt);
   series_panel_.table.set_active(0, series_panel_.table.active_column());
   show_selected();
@@ -112,10 +114,17 @@ std::string tree_series_form::hint() const {
 void tree_series_form::take_content() {
   systems_.take_formats(host());
   points_.take_format();
-  if (!selected_record()) selected_.reset();
+  follow_record();
   system_panel_.table.show(systems_);
   refresh_tree();
   show_selected();
+}
+
+// Another record may be at its position, with other points.
+void tree_series_form::follow_record() {
+  const prevesk_dataset_data_type* data = host().data_set();
+  const auto record = data && selected_ && selected_->item && identity_ ? find_series(*data, *identity_) : std::nullopt;
+  selected_ = record ? std::optional(node{record->owner, record->index}) : std::nullopt;
 }
 
 void tree_series_form::records_changed() {
@@ -193,11 +202,11 @@ void tree_series_form::copy_record(const series_ref& source) {
   try {
     counts = copy_series(*host().data_set(), source, chosen_targets());
   } catch (...) {
-    host().end_step(false);
+    end_step(false);
     throw;
   }
   const bool any = counts.added + counts.replaced > 0;
-  host().end_step(any);
+  end_step(any);
   refresh_tree();
   show_selected();
   set_message(any ? "Copied: " + copies_in_words(counts.added, counts.replaced) + "."
@@ -209,7 +218,7 @@ void tree_series_form::ChoiceChange(std::size_t position) {
   if (!ref || !may_go_on() || position == InterpolationTypeComboBox.position) return refresh_texts();
   host().begin_step(caption() + ": Interpolation", {});
   edit_interpolation(*host().data_set(), *ref) = static_cast<std::uint32_t>(position);
-  host().end_step(true);
+  end_step(true);
   show_selected();
 }
 

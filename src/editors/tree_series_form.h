@@ -2,6 +2,7 @@
 // the record that is selected. A second page has two factors of each system.
 #pragma once
 
+#include "dataset/series_identity.h"
 #include "editors/copy_series_form.h"
 #include "editors/editor.h"
 #include "editors/record_grid.h"
@@ -68,12 +69,14 @@ protected:
 private:
   copy_targets chosen_targets() const;
   std::string copies_in_words(std::size_t added, std::size_t replaced) const;
+  void follow_record(); // the selected one, into a data set that has come in place of the last
   void show_selected();
   std::string hint() const;                           // of the empty series
   std::string full_name(const series_ref& ref) const; // "segment 5 (Halifax), Oxygen"
 
   const traits traits_;
   std::optional<node> selected_;
+  std::optional<series_identity> identity_; // of the selected record
   series_grid points_;
   record_grid<system_data_type> systems_;
   editor_panel& series_panel_;

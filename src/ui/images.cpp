@@ -76,6 +76,32 @@ private:
   QByteArray svg_;
 };
 
+// One picture with a smaller one over its lower right corner.
+class marked_picture final : public QIconEngine {
+public:
+  marked_picture(QIcon image, QIcon mark) : image_(std::move(image)), mark_(std::move(mark)) {}
+
+  QIconEngine* clone() const override { return new marked_picture(image_, mark_); }
+
+  void paint(QPainter* painter, const QRect& place, QIcon::Mode mode, QIcon::State state) override {
+    image_.paint(painter, place, Qt::AlignCenter, mode, state);
+    const QSize part = place.size() * 5 / 8;
+    const QPoint corner = place.bottomRight() - QPoint(part.width() - 1, part.height() - 1);
+    mark_.paint(painter, QRect(corner, part), Qt::AlignCenter, mode, state);
+  }
+
+  QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
+    QPixmap pixmap(size);
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    paint(&painter, QRect(QPoint(), size), mode, state);
+    return pixmap;
+  }
+
+private:
+  QIcon image_, mark_;
+};
+
 QByteArray svg_of(const char* name) {
   static const bool taken_in = (take_in_images(), true);
   (void)taken_in;
@@ -99,6 +125,10 @@ QIcon info_image(int index) {
 
 QIcon tree_image(int index) {
   return picture(tree_images[index]);
+}
+
+QIcon with_mark(const QIcon& image, const QIcon& mark) {
+  return QIcon(new marked_picture(image, mark));
 }
 
 QIcon program_image() {

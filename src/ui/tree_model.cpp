@@ -84,7 +84,8 @@ QVariant tree_model::data_of_item(std::size_t group, std::size_t item, int role)
   }
   case Qt::ToolTipRole: return tool_tip(shown(tree_.item_tip(group, item)));
   case Qt::AccessibleDescriptionRole: return shown(tree_.item_tip(group, item));
-  case Qt::DecorationRole: return tree_.item_mark(group, item) ? mark_ : icon({group, item});
+  case Qt::DecorationRole:
+    return tree_.item_mark(group, item) ? with_mark(icon({group, item}), mark_) : icon({group, item});
   default: return {};
   }
 }

@@ -55,6 +55,7 @@ public:
     if (completed) return;
     data = steps_.back().second;
     steps_.pop_back();
+    replace_data_set();
   }
   std::string undo_label() const override { return steps_.empty() ? "" : steps_.back().first; }
   std::string redo_label() const override { return undone_.empty() ? "" : undone_.back().first; }

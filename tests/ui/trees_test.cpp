@@ -129,6 +129,21 @@ TEST_F(Trees, AreWorkedByKeyboard) {
   });
 }
 
+TEST_F(Trees, AMarkLeavesTheRecordItsImage) {
+  program.form().current_data_set->systems.edit(0).loads.edit(0).segment = 30'000;
+  visit("LoadsItem", [&](QWidget* dialog) {
+    auto* tree = find<tree_view>(dialog, "LoadsTree");
+    const auto image = [&](std::size_t item) {
+      const QVariant icon = tree->model()->data(index_of(tree, {0, item}), Qt::DecorationRole);
+      return icon.value<QIcon>().pixmap(32).toImage();
+    };
+    const QImage marked = image(0), plain = image(1);
+    EXPECT_NE(marked, plain);
+    const QRect seen(0, 0, plain.width() / 3, plain.height());
+    EXPECT_EQ(marked.copy(seen), plain.copy(seen));
+  });
+}
+
 TEST_F(Trees, OpenTheirPopupsByTheMouse) {
   visit("BoundariesItem", [&](QWidget* dialog) {
     auto* tree = find<tree_view>(dialog, "BoundaryTree");
