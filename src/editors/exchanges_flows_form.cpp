@@ -1,5 +1,9 @@
 #include "editors/exchanges_flows_form.h"
 
+#include "dataset/text_encoding.h"
+
+#include <algorithm>
+
 namespace vesk {
 
 namespace {
@@ -22,7 +26,7 @@ template <class Function>
 std::vector<record_column<Function>> function_columns() {
   return {
       {.header = "Function", .type = text_cell(), .field = &Function::description},
-      {.header = "Interpolation", .type = combo_cell({"Linear", "Step"}), .field = &Function::interpolation_type},
+      {.header = "Interpolation", .type = combo_cell({"Linear", "Step"}, 1), .field = &Function::interpolation_type},
   };
 }
 
@@ -63,6 +67,19 @@ std::int32_t end_of(const exchange_pair_record_type& pair, std::size_t column) {
 }
 std::int32_t end_of(const flow_pair_record_type& pair, std::size_t column) {
   return column == 0 ? pair.from_segment : pair.to_segment;
+}
+
+// What is suspicious about one end of a pair, in a network of `segments`; empty: nothing.
+std::string finding_of_end(std::int32_t end, std::int32_t other, std::size_t segments) {
+  if (end >= 0 && static_cast<std::size_t>(end) >= segments)
+    return "There is no segment " + std::to_string(std::int64_t{end} + 1) + ".";
+  if (end < no_segment)
+    return "The stored number is " + std::to_string(end) +
+           ", which makes no boundary. Choose a segment here, and then \"Boundary\".";
+  if (end == other)
+    return end == no_segment ? "Both sides are outside the network, so this pair makes no boundary."
+                             : "Both sides are the same segment.";
+  return {};
 }
 
 std::string with_names(const std::string& text, const std::string& field, const std::string& function) {
@@ -112,11 +129,10 @@ Grids TExchangesFlowsForm::make_grids(
   };
   grids.pairs.make_inserted = grids.pairs.make_appended = [] { return pair_type{}; };
   grids.pairs.mark_of = [this](const pair_type& pair, std::size_t column) -> cell_mark {
-    if (column > 1) return {};
-    const std::int32_t segment = end_of(pair, column);
     const prevesk_dataset_data_type* data = this->host().data_set();
-    if (segment < 0 || !data || static_cast<std::size_t>(segment) < data->segments.size()) return {};
-    return {"There is no segment " + std::to_string(static_cast<std::int64_t>(segment) + 1) + "."};
+    return {column > 1 || !data
+                ? std::string()
+                : finding_of_end(end_of(pair, column), end_of(pair, 1 - column), data->segments.size())};
   };
   return grids;
 }
@@ -133,8 +149,8 @@ TExchangesFlowsForm::TExchangesFlowsForm(editor_host& host)
       pair_panel_(add_panel("PairsFillCalcTable", exchanges_.pairs, row_buttons | block_buttons)),
       series_panel_(add_panel("TimeFunctionFillCalcTable", points_, series_buttons, &points_)) {
   function_panel_.empty_hint = "No functions: choose Insert for the first one.";
-  field_panel_.table.OnEnteringRow = [this](std::size_t) { show_functions(); };
-  function_panel_.table.OnEnteringRow = [this](std::size_t) { show_details(); };
+  field_panel_.table.OnEnteringRow = [this](std::size_t) { enter_field(); };
+  function_panel_.table.OnEnteringRow = [this](std::size_t) { enter_function(); };
   function_panel_.table.OnDoneEdit = [this](std::size_t) { show_details(); };
   function_panel_.table.OnRowsChanged = [this] { show_details(); };
 }
@@ -145,6 +161,11 @@ void TExchangesFlowsForm::grid_entered(std::size_t position) {
   refresh_texts();
 }
 
+void TExchangesFlowsForm::FormShow() {
+  shown_field_.reset();
+  editor::FormShow();
+}
+
 void TExchangesFlowsForm::take_content() {
   with_grids([this](auto& grids) {
     grids.fields.take_formats(host());
@@ -153,25 +174,49 @@ void TExchangesFlowsForm::take_content() {
   });
   points_.take_format();
   field_panel_.label = exchange_mode ? "Exchange Fields" : "Flow Fields";
+  pair_panel_.label = exchange_mode ? "Exchange Function Pairs" : "Flow Function Pairs";
+  series_panel_.label = "Time/value pairs";
   show_functions();
 }
 
-void TExchangesFlowsForm::show_functions() {
-  const std::string field = description_of_field();
-  function_panel_.label = field.empty() ? "Functions" : field + " functions";
-  function_panel_.table.give_up_refused();
-  with_grids([this](auto& grids) { function_panel_.table.show(grids.functions); });
-  if (function_panel_.table.active_row() != 0)
-    function_panel_.table.set_active(0, function_panel_.table.active_column()); // which shows the details
-  else
+// Whether a detail has a refused entry, whose place other rows would take; then the master is at `row` again.
+bool TExchangesFlowsForm::stays_at(editor_panel& master, std::size_t row,
+                                   std::initializer_list<editor_panel*> its_details) {
+  if (std::ranges::none_of(its_details, [](const editor_panel* one) { return one->table.refused().has_value(); }))
+    return false;
+  if (master.table.active_row() == row) return true;
+  master.table.set_active(row, master.table.active_column());
+  may_go_on();
+  return true;
+}
+
+void TExchangesFlowsForm::enter_field() {
+  if (!stays_at(field_panel_, shown_field_.value_or(0), {&function_panel_, &pair_panel_, &series_panel_}))
+    show_functions();
+}
+
+void TExchangesFlowsForm::enter_function() {
+  if (!stays_at(function_panel_, points_.ref() ? points_.ref()->index : 0, {&pair_panel_, &series_panel_}))
     show_details();
 }
 
-void TExchangesFlowsForm::show_details() {
+void TExchangesFlowsForm::show_functions() {
+  const std::size_t row = field_panel_.table.active_row();
+  const bool another = shown_field_ != row;
+  shown_field_ = row;
+  function_panel_.label = has_field() ? description_of_field() + " functions" : "Functions";
+  with_grids([this](auto& grids) { function_panel_.table.show(grids.functions); });
+  if (another && function_panel_.table.active_row() != 0)
+    function_panel_.table.set_active(0, function_panel_.table.active_column()); // which shows the details
+  else
+    show_details(another ? details::from_their_first_row : details::as_they_are);
+}
+
+void TExchangesFlowsForm::show_details(details position) {
   const std::optional<series_ref> series = active_series();
-  const bool another = points_.ref() != series;
+  if (points_.ref() != series) position = details::from_their_first_row;
   points_.set_series(series);
-  if (another)
+  if (position == details::from_their_first_row)
     for (editor_panel* detail : {&pair_panel_, &series_panel_}) {
       detail->table.set_selection(std::nullopt);
       detail->table.set_active(0, detail->table.active_column());
@@ -182,9 +227,11 @@ void TExchangesFlowsForm::show_details() {
                                   : "Insert a function first. Its segment pairs come here.";
   series_panel_.empty_hint = series ? "No points: choose Insert for the first one, or paste rows."
                                     : "Insert a function first. Its times and values come here.";
-  const std::string field = description_of_field(), function = description_of_function();
-  pair_panel_.label = series ? with_names("Segment pairs", field, function) : "Segment pairs";
-  series_panel_.label = series ? with_names("Time/value pairs", field, function) : "Time/value pairs";
+  if (has_field()) { // else they keep the captions of the opening
+    const std::string field = description_of_field(), function = description_of_function();
+    pair_panel_.label = series ? with_names("Segment pairs", field, function) : "Segment pairs";
+    series_panel_.label = series ? with_names("Time/value pairs", field, function) : "Time/value pairs";
+  }
   refresh_series();
   refresh_texts();
 }
@@ -194,6 +241,12 @@ std::optional<series_ref> TExchangesFlowsForm::active_series() const {
   const series_ref ref{exchange_mode ? series_kind::exchange_function : series_kind::flow_function,
                        field_panel_.table.active_row(), function_panel_.table.active_row()};
   return data && find_series(*data, ref) ? std::optional(ref) : std::nullopt;
+}
+
+bool TExchangesFlowsForm::has_field() const {
+  const prevesk_dataset_data_type* data = host().data_set();
+  const series_kind kind = exchange_mode ? series_kind::exchange_function : series_kind::flow_function;
+  return data && field_panel_.table.active_row() < owner_count(*data, kind);
 }
 
 std::string TExchangesFlowsForm::description_of_field() const {

@@ -8,6 +8,8 @@
 #include "editors/record_grid.h"
 #include "editors/segment_items.h"
 
+#include <initializer_list>
+
 namespace vesk {
 
 class TExchangesFlowsForm final : public editor {
@@ -22,6 +24,8 @@ public:
   enum : std::size_t { field_grid, function_grid, pair_grid, series_grid_position };
   std::optional<std::size_t> active_grid() const override { return active_grid_; }
   void grid_entered(std::size_t position) override;
+
+  void FormShow() override; // on the first function
 
 protected:
   void take_content() override;
@@ -48,8 +52,13 @@ private:
     return exchange_mode ? visit(exchanges_) : visit(flows_);
   }
 
-  void show_functions();
-  void show_details();
+  void enter_field();
+  void enter_function();
+  void show_functions(); // from the first one, if it is another field
+  enum class details { from_their_first_row, as_they_are };
+  void show_details(details position = details::from_their_first_row); // always so if it is another function
+  bool stays_at(editor_panel& master, std::size_t row, std::initializer_list<editor_panel*> its_details);
+  bool has_field() const;                      // an active one
   std::string description_of_field() const;    // of the active one; empty without one
   std::string description_of_function() const; // of the active one; empty without one
   std::optional<series_ref> active_series() const;
@@ -59,6 +68,7 @@ private:
   flow_grids flows_;
   series_grid points_;
   std::size_t active_grid_ = field_grid;
+  std::optional<std::size_t> shown_field_; // nothing: before the form is shown
   editor_panel& field_panel_;
   editor_panel& function_panel_;
   editor_panel& pair_panel_;

@@ -246,6 +246,80 @@ TEST_F(ExchangesFlows, FourGridsFollowEachOther) {
   EXPECT_TRUE(functions.table.is_shown_as_empty());
 }
 
+// Undo, a job's end and a refused entry leave the user where he is; another opening or field begins anew.
+TEST_F(ExchangesFlows, KeepTheFunctionInView) {
+  auto& fields_of_data = host.data.flow_fields;
+  fields_of_data.edit(0).description = "";
+  fields_of_data.edit(0).functions.resize(3);
+  for (std::size_t i = 0; i < 3; ++i) {
+    flow_function_data_type& function = fields_of_data.edit(0).functions.edit(i);
+    function.description = "Flow " + std::to_string(i);
+    function.interpolation_type = 5;
+    function.pairs = {{1, no_segment, 0}, {1, 0, 1}, {1, 1, 2}};
+  }
+  TExchangesFlowsForm form(host);
+  form.exchange_mode = false;
+  TFillCalcTable& fields = shown(form);
+  editor_panel& function_panel = *form.panels()[1];
+  TFillCalcTable &functions = function_panel.table, &pairs = form.panels()[2]->table;
+  EXPECT_EQ(function_panel.label, " functions");
+  EXPECT_EQ(functions.text(2, 1), "Step");
+  functions.set_active(2, 1);
+  pairs.set_active(1, 2);
+  EXPECT_TRUE(pairs.enter(1, 2, "0.5"));
+  form.undo();
+  EXPECT_EQ(functions.active_row(), 2U);
+  EXPECT_EQ(pairs.active_row(), 1U);
+  host.replace_data(prevesk_dataset_data_type(host.data));
+  EXPECT_EQ(functions.active_row(), 2U);
+  EXPECT_EQ(form.panels()[2]->label, "Segment pairs for , Flow 2");
+
+  EXPECT_FALSE(pairs.enter(1, 2, "1,5"));
+  functions.set_active(0, 1);
+  EXPECT_EQ(functions.active_row(), 2U);
+  fields.set_active(1, 0);
+  EXPECT_EQ(fields.active_row(), 0U);
+  EXPECT_EQ(pairs.text(1, 2), "1,5");
+  pairs.give_up_refused();
+  EXPECT_FALSE(functions.enter(2, 1, "Curved"));
+  fields.set_active(1, 0);
+  EXPECT_EQ(functions.text(2, 1), "Curved");
+  functions.give_up_refused();
+
+  functions.set_active(1, 0);
+  pairs.set_active(2, 0);
+  pairs.set_selection(cell_range{1, 0, 2, 2});
+  form.DeleteRowButtonClick(function_panel); // the next one takes its place
+  EXPECT_EQ(pairs.active_row(), 0U);
+  EXPECT_EQ(pairs.selection(), (cell_range{0, 0, 0, 0}));
+  form.find_next(form.panels()[2].get(), "flow 0");
+  EXPECT_EQ(functions.active_row(), 0U);
+  functions.set_active(1, 0);
+  form.FormShow();
+  EXPECT_EQ(functions.active_row(), 0U);
+
+  form.panels()[2]->table.OnBeginChange("Edit");
+  form.panels()[2]->table.OnEndChange(false); // a failure, no job
+  EXPECT_EQ(form.message(), "");
+  host.data.flow_fields.clear();
+  shown(form);
+  EXPECT_EQ(function_panel.label + ", " + form.panels()[2]->label, "Functions, Flow Function Pairs");
+}
+
+TEST_F(ExchangesFlows, PairsThatMoveNothingAreMarked) {
+  host.data.exchange_fields.edit(0).functions.resize(1);
+  host.data.exchange_fields.edit(0).functions.edit(0).pairs = {
+      {1, 1, 1, 1}, {1, 1, no_segment, no_segment}, {1, 1, -5, 0}, {1, 1, no_segment, 0}};
+  TExchangesFlowsForm form(host);
+  shown(form);
+  const grid& pairs = form.panels()[2]->table.content();
+  EXPECT_EQ(pairs.mark(0, 1).text, "Both sides are the same segment.");
+  EXPECT_EQ(pairs.mark(1, 0).text, "Both sides are outside the network, so this pair makes no boundary.");
+  EXPECT_THAT(pairs.mark(2, 0).text, HasSubstr("The stored number is -5, which makes no boundary."));
+  for (const auto& [row, column] : std::vector<std::pair<std::size_t, std::size_t>>{{0, 2}, {2, 1}, {3, 0}, {3, 1}})
+    EXPECT_EQ(pairs.mark(row, column).text, "") << row << column;
+}
+
 TEST_F(ExchangesFlows, RefusesDuplicatesInTheWordsOfTheMode) {
   for (const bool exchanges : {true, false}) {
     TExchangesFlowsForm form(host);
@@ -339,6 +413,22 @@ TEST_F(Trees, AJobThatEndsUnderTheSelectionOfSegmentsLosesNothing) {
   form.delete_load(0, 0);
   EXPECT_EQ(form.item_count(0), 0U);
   EXPECT_EQ(form.message(), "A job has replaced the data set. Undo brings back what was here.");
+}
+
+// Another load may be at its position.
+TEST_F(Trees, TheSelectedRecordIsFollowedThroughUndoAndJobs) {
+  TLoadsForm form(host);
+  shown(form);
+  form.add_all_loads(0);
+  form.select(editor_tree::node{0, 2});
+  prevesk_dataset_data_type of_job = host.data;
+  of_job.systems.edit(0).loads.erase(0, 1);
+  host.replace_data(of_job);
+  EXPECT_EQ(form.selected(), (editor_tree::node{0, 1}));
+  EXPECT_THAT(form.panels()[0]->label, HasSubstr("segment 3 (Oak City)"));
+  of_job.systems.edit(0).loads.edit(1).segment = 0;
+  host.replace_data(of_job);
+  EXPECT_EQ(form.selected(), std::nullopt);
 }
 
 TEST_F(Trees, BoundariesNameTheirSegmentAlsoWhenThereIsNone) {
