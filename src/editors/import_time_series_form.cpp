@@ -2,6 +2,7 @@
 
 #include "charts/graph_form.h"
 #include "platform/counted.h"
+#include "query/query_log.h"
 
 #include <algorithm>
 
@@ -13,6 +14,7 @@ namespace fs = std::filesystem;
 
 constexpr const char* error_title = "Error";
 constexpr const char* import_error_title = "Import error";
+constexpr const char* no_failure_text = nullptr;
 
 const file_dialog source_dialog{
     file_dialog::kind::open, "Select file",
@@ -32,7 +34,9 @@ constexpr import_option option_rows[] = {
     {"AverageDuplicatesCheckBox", "Average duplicate records", &query::average_duplicates},
     {"ReplaceExistingCheckBox", "Replace existing records", &query::replace_existing},
     {"DeferImportCheckBox", "Defer import of data until model is run", &query::deferred},
-    {"DrillDownCheckBox", "Drill down", nullptr},
+    {"DrillDownCheckBox", "Drill down", nullptr,
+     "The values offered for a condition are those that the other conditions leave, as they are when its row is "
+     "inserted or its field is chosen."},
 };
 
 std::optional<std::size_t> position_of(const std::vector<std::string>& names, const std::string& name) {
@@ -100,7 +104,7 @@ void TImportTimeSeriesForm::begin(const series_ref& target, std::string editor_c
 // Background reads.
 
 template <class Work>
-auto TImportTimeSeriesForm::work_on_query(const char* title, Work work) {
+auto TImportTimeSeriesForm::work_on_query(const char* title, Work work, std::string when_cancelled) {
   using value = std::invoke_result_t<Work&, import_query&, const prevesk_dataset_data_type&>;
   struct outcome {
     import_query worked_on;
@@ -122,24 +126,24 @@ auto TImportTimeSeriesForm::work_on_query(const char* title, Work work) {
       query_ = std::move(came->worked_on);
       result.emplace(std::move(came->result));
     } else if (host_.generation() == generation) {
-      message_ = "Cancelled. Nothing was changed.";
+      message_ = std::move(when_cancelled);
     } else {
       message_ = "The data set was replaced while the table was read. Repeat the command.";
     }
   } catch (const std::exception& error) {
-    if (title)
-      host_.questions().message_box(title, error.what(), box_buttons::ok);
+    if (title == no_failure_text)
+      message_ = "The table could not be read. Run query shows why.";
     else
-      message_ = error.what();
+      host_.questions().message_box(title, error.what(), box_buttons::ok);
   }
   show_lists();
   return result;
 }
 
-// A query that is not complete is no failure here, and a source that cannot be read is reported without a box.
+// A query that is not complete is no failure here. The text of a failure is left to the command that needs the source.
 void TImportTimeSeriesForm::FormShow() {
   if (query_.stored.file_name.empty()) return say("Select the file that holds the data.");
-  work_on_query(nullptr, [](import_query& source, const prevesk_dataset_data_type&) {
+  work_on_query(no_failure_text, [](import_query& source, const prevesk_dataset_data_type&) {
     source.read_lists();
     if (source.stored.date_time_field.empty()) choose_field(source, source.stored.date_time_field, "DATE_TIME");
     if (source.stored.value_field.empty()) choose_field(source, source.stored.value_field, "RESULT");
@@ -174,13 +178,17 @@ bool TImportTimeSeriesForm::open_source(const std::string& file_name) {
 void TImportTimeSeriesForm::refresh_values(std::size_t condition) {
   if (condition >= query_.stored.conditions.size()) return;
   const std::string typed = query_.stored.conditions[condition].value_text;
-  const auto has_value =
-      work_on_query(error_title, [condition](import_query& source, const prevesk_dataset_data_type&) {
+  const std::string field = query_.stored.conditions[condition].field_name;
+  trace_query("TCT_VALUES FOR ROW" + std::to_string(condition + 1) + ", FIELD:" + field +
+              "with that=" + query_.stored.name);
+  const auto has_value = work_on_query(
+      error_title,
+      [condition](import_query& source, const prevesk_dataset_data_type&) {
         source.refresh_values(condition);
         return source.choices[condition].selected_value >= 0;
-      });
-  if (has_value && !*has_value && !typed.empty())
-    say(query_.stored.conditions[condition].field_name + " has no value \"" + typed + "\" in this table.");
+      },
+      "Cancelled. The values of " + field + " were not read.");
+  if (has_value && !*has_value && !typed.empty()) say(field + " has no value \"" + typed + "\" in this table.");
 }
 
 // What is shown.
@@ -223,10 +231,15 @@ bool TImportTimeSeriesForm::is_on(const import_option& option) const {
 
 std::string TImportTimeSeriesForm::sql() const {
   try {
-    return query_.stored.table_name.empty() ? std::string() : query_.build_sql(*host_.data_set());
+    return query_.build_sql(*host_.data_set());
   } catch (const query_exception& error) { // a number in a condition that has no meaning
     return error.what();
   }
+}
+
+std::string TImportTimeSeriesForm::sql_hint() const {
+  const bool is_unread = !query_.stored.file_name.empty() && query_.field_names.empty();
+  return is_unread ? "The table could not be read. Run query shows why." : "Choose a value for each condition.";
 }
 
 std::string TImportTimeSeriesForm::message() const {
@@ -303,15 +316,10 @@ void TImportTimeSeriesForm::ValueFieldChange(std::size_t position) {
   changed();
 }
 
-// The lists of all conditions follow the box.
 void TImportTimeSeriesForm::OptionClick(const import_option& option, bool on) {
   if (!nothing_is_refused()) return;
   (option.member ? query_.stored.*option.member : query_.drill_down) = on;
-  if (option.member || query_.stored.conditions.empty()) return changed();
-  work_on_query(error_title, [](import_query& source, const prevesk_dataset_data_type&) {
-    for (std::size_t i = 0; i < source.stored.conditions.size(); ++i) source.refresh_values(i);
-    return true;
-  });
+  changed();
 }
 
 void TImportTimeSeriesForm::InsertButtonClick() {

@@ -26,6 +26,7 @@ struct import_option {
   const char* control;
   const char* label;
   bool import_query_descriptor::*member; // null: drill_down, which is not stored
+  const char* tip = "";
 };
 
 class TImportTimeSeriesForm final : public form {
@@ -57,6 +58,7 @@ public:
   static std::span<const import_option> options();
   bool is_on(const import_option& option) const;
   std::string sql() const;          // empty while a condition has no value
+  std::string sql_hint() const;     // in its place while it is empty
   std::string value_note() const;   // under the conditions: how much of the active row's list is shown
   std::string results_note() const; // above the results
   const std::string& series_name() const { return series_name_; }
@@ -94,7 +96,7 @@ private:
   // Does work(query, data) on the working query in the background and takes both the query and the value. Nothing after
   // a failure, which is shown under `title`, and after Cancel; the working query is then as it was.
   template <class Work>
-  auto work_on_query(const char* title, Work work);
+  auto work_on_query(const char* title, Work work, std::string when_cancelled = "Cancelled. Nothing was changed.");
   bool open_source(const std::string& file_name);
   void refresh_values(std::size_t condition);
   void show_lists(); // the conditions and all else, after a change

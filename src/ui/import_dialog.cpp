@@ -95,7 +95,6 @@ import_dialog::import_dialog(QWidget* parent, TImportTimeSeriesForm& form)
   SqlMemo->setObjectName("SqlMemo");
   SqlMemo->setReadOnly(true);
   SqlMemo->setTabChangesFocus(true);
-  SqlMemo->setPlaceholderText("Choose a value for each condition.");
   SqlMemo->setFixedHeight(SqlMemo->fontMetrics().lineSpacing() * sql_lines + scaled(12, *this));
   message_->setMinimumHeight(message_->fontMetrics().lineSpacing()); // a message must not move the buttons
   auto* halves = new QSplitter(Qt::Horizontal);
@@ -178,6 +177,7 @@ QBoxLayout* import_dialog::option_rows() {
   for (const import_option& option : TImportTimeSeriesForm::options()) {
     auto* box = new QCheckBox(option.label);
     box->setObjectName(option.control);
+    box->setToolTip(tool_tip(option.tip));
     connect(box, &QCheckBox::clicked, this,
             [this, &option](bool on) { run_later([this, &option, on] { form_.OptionClick(option, on); }); });
     options_.emplace_back(&option, box);
@@ -313,6 +313,7 @@ void import_dialog::show_all() {
   value_note_->setText(shown(form_.value_note()));
   results_note_->setText(shown(form_.results_note()));
   const QString sql = shown(form_.sql());
+  SqlMemo->setPlaceholderText(shown(form_.sql_hint()));
   if (SqlMemo->toPlainText() != sql) SqlMemo->setPlainText(sql);
   const QString message = shown(form_.message());
   const bool is_new = message_->text() != message;

@@ -1,6 +1,7 @@
 // The import of a series, from the table to the points.
 #include "editing_host.h"
 #include "editors/print_interval_form.h"
+#include "query/query_log.h"
 #include "sqlite_file.h"
 #include "temporary_folder.h"
 
@@ -316,6 +317,44 @@ TEST_F(Import, AfterAJobTheSeriesIsFilledWhereverItNowIs) {
   host.replace_data(prevesk_dataset_data_type(host.data));
   EXPECT_THAT(dialog.message(), HasSubstr("this series is not in it any more. Only Cancel is possible."));
   EXPECT_FALSE(dialog.ImportButtonClick() || dialog.FormCloseQuery(true));
+}
+
+// Drill down narrows a list that is read, and reads none. What a cancelled reading leaves changed is not denied.
+TEST_F(Import, ListsAreReadForTheirOwnRowAlone) {
+  set_query_trace_folder(folder.path);
+  in_dialog([&](TImportTimeSeriesForm& dialog) {
+    EXPECT_EQ(dialog.sql(), "SELECT * FROM []");
+    browse(dialog, "gauges.csv");
+    TFillCalcTable& table = dialog.ConditionTable;
+    dialog.InsertButtonClick();
+    EXPECT_TRUE(table.enter(0, 1, "Site") && table.enter(0, 3, "B"));
+    dialog.InsertButtonClick();
+    EXPECT_TRUE(table.enter(1, 1, "Result"));
+    host.in_long_work = [] { ADD_FAILURE() << "a list is read"; };
+    dialog.OptionClick(TImportTimeSeriesForm::options()[4], true);
+    EXPECT_TRUE(table.enter(1, 3, "9")); // read before
+    host.in_long_work = nullptr;
+    EXPECT_TRUE(table.enter(1, 1, "Date_Time") && table.enter(1, 1, "Result"));
+    EXPECT_FALSE(table.enter(1, 3, "9"));
+    table.give_up_refused();
+    host.cancels_long_work = true;
+    EXPECT_TRUE(table.enter(1, 1, "Date_Time"));
+    EXPECT_EQ(dialog.message(), "Cancelled. The values of Date_Time were not read.");
+    host.cancels_long_work = false;
+    return false;
+  });
+  EXPECT_THAT(folder.read("LOGINFO.TXT"), HasSubstr("TCT_VALUES FOR ROW2, FIELD:Resultwith that=New Query\n"));
+  set_query_trace_folder({});
+
+  series().query.edit().file_name = "gone.csv";
+  series().query.edit().conditions.resize(1);
+  host.boxes.clear();
+  in_dialog([&](TImportTimeSeriesForm& dialog) {
+    EXPECT_EQ(dialog.message(), "The table could not be read. Run query shows why.");
+    EXPECT_EQ(dialog.sql() + dialog.sql_hint(), dialog.message());
+    EXPECT_THAT(host.boxes, IsEmpty());
+    return false;
+  });
 }
 
 // The query would run with the old value while the table shows the new one.

@@ -13,6 +13,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
+#include <QLineEdit>
 #include <QProgressBar>
 #include <QTableView>
 #include <QTest>
@@ -162,6 +163,38 @@ TEST_F(ImportSeries, FromAWorkbookByKeyboard) {
   EXPECT_NEAR(sum_of(light().points), 14706, 1);
   EXPECT_EQ(light().query->file_name, "roanoke_daily.xlsx");
   EXPECT_EQ(light().query->table_name, "daily");
+}
+
+// The line below says why, and the focus is where it can be corrected.
+TEST_F(ImportSeries, NeverWithAConditionThatShowsARefusedEntry) {
+  folder.write("gauges.csv", "DATE_TIME,SITE,RESULT\n2012-10-02,A,1\n2012-10-03,A,2\n");
+  const auto in_import = [&](QWidget* window) {
+    if (window->objectName() != "ImportTimeSeriesForm") return false;
+    EXPECT_TRUE(form().FileNameEditChange("gauges.csv"));
+    EXPECT_TRUE(press(window, "Insert"));
+    auto* conditions = find<QTableView>(window, "ConditionTable");
+    EXPECT_TRUE(form().ConditionTable.enter(0, 1, "SITE"));
+    EXPECT_TRUE(wait_for([this] { return form().ConditionTable.enter(0, 3, "A"); })); // once the values are read
+    EXPECT_FALSE(form().ConditionTable.enter(0, 3, "C"));
+    auto* message = find<QLabel>(window, "MessageLabel");
+    EXPECT_TRUE(message->text().startsWith("Condition 1: \"C\" is not in the list.")) << message->text().toStdString();
+    auto* file = find<QLineEdit>(window, "FileNameEdit");
+    file->setText("typed.csv");
+    file->setModified(true);
+    press(window, "Import");
+    EXPECT_TRUE(window->isVisible());
+    EXPECT_EQ(window->focusWidget(), conditions);
+    EXPECT_EQ(file->text(), "typed.csv"); // waits
+    file->setModified(false);
+    return press(window, "Cancel");
+  };
+  const prevesk_dataset_data_type before = *program.form().current_data_set;
+  with_dialog([&] { program.trigger("TimeFunctionsItem"); },
+              [&](QWidget* dialog) {
+                with_dialog([&] { press(dialog, "Import"); }, in_import);
+                return press(dialog, "OK");
+              });
+  EXPECT_TRUE(same_content(before, *program.form().current_data_set));
 }
 
 // The mouse: a series from a database, at the smallest size that the program is made for.
