@@ -40,12 +40,11 @@ void execute_query(prevesk_dataset_data_type& data, const series_ref& ref, const
   const stored_series& series = *find_series(data, ref);
   try {
     point_list points = series.points;
-    const fill_time begin = fill_time::now();
     const query_report report = execute(*series.query, data, points);
     progress.executed(report_name(data, ref), *series.query, report);
     stored_series& target = edit_series(data, ref);
     target.points = std::move(points);
-    target.filled = begin;
+    target.filled = report.as_of;
     if (clear_flag) target.query.edit().deferred = false;
   } catch (const query_exception& error) {
     throw live_query_exception("Live query for time series \"" + query_label(data, ref) + "\" failed: " + error.what(),

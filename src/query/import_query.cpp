@@ -284,12 +284,14 @@ void import_query::read_rows(const prevesk_dataset_data_type& data, const row_ta
 }
 
 query_report import_query::execute(const prevesk_dataset_data_type& data, point_list& points) {
+  const fill_time begin = fill_time::now();
   row_points read(stored.average_duplicates, false);
   read_rows(data, [&](result_set& rows, bool in_order) {
     if (in_order) read = row_points(stored.average_duplicates, true);
     return read.take(rows);
   });
-  const query_report report = read.report();
+  query_report report = read.report();
+  report.as_of.nanoseconds = std::max(begin.nanoseconds, engine.last_written().nanoseconds);
   if (stored.replace_existing) {
     points = std::move(read).points();
   } else {

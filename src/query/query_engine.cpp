@@ -10,6 +10,7 @@
 #include "query/value_text.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <sqlite3.h>
 #include <utility>
@@ -49,6 +50,9 @@ result_set::result_set(std::shared_ptr<table_source> source, std::size_t table, 
   };
   const auto& moment = statement.moment_field;
   if (moment && !is_date_or_time(moment->type)) table_.moment_field = position(moment->name);
+  // The file may have changed since its fields were read; SQLite would name the statement in its complaint.
+  if (moment) position(moment->name);
+  for (const select_term& term : statement.terms) position(term.field.name);
   table_.sought = use.sought;
   for (sought_value& wanted : table_.sought) wanted.position = position(wanted.field);
   if (statement.distinct)
@@ -219,7 +223,10 @@ std::uint8_t query_engine::kind_of(const std::string& file_name) const {
 
 std::filesystem::path query_engine::resolved(const std::string& file_name) const {
   std::filesystem::path found = find_file(file_name, folder_);
-  return found.empty() ? std::filesystem::path(file_name) : found;
+  if (!found.empty()) return found;
+  std::error_code unknown; // a folder or a pipe of this name, which opening reports
+  found = folder_ / file_name;
+  return std::filesystem::exists(found, unknown) ? found : std::filesystem::path(file_name);
 }
 
 std::shared_ptr<table_source> query_engine::source_of(const std::string& file_name) {
@@ -251,6 +258,17 @@ query_engine::file_state query_engine::state_of(std::filesystem::path file) {
   if (missing || size == 0) return {std::move(state.file), {}, 0}; // a log that comes and goes says nothing
   state.size = size;
   return state;
+}
+
+fill_time query_engine::last_written() const {
+  fill_time last;
+  for (const file_state& one : connection_) {
+    if (one.written == std::filesystem::file_time_type()) continue; // a companion that is not there
+    const auto since_1970 = std::chrono::file_clock::to_sys(one.written).time_since_epoch();
+    const std::int64_t written = std::chrono::duration_cast<std::chrono::nanoseconds>(since_1970).count();
+    last.nanoseconds = std::max(last.nanoseconds, written);
+  }
+  return last;
 }
 
 bool query_engine::is_up_to_date() const {

@@ -3,6 +3,7 @@
 // A source is a file that is one table (kind 1), or a file of several tables (kind 2). One thread at a time.
 #pragma once
 
+#include "dataset/records.h"
 #include "query/sources/table_source.h"
 #include "query/sql/select_statement.h"
 #include "query/sql/table_module.h"
@@ -104,6 +105,10 @@ public:
 
   // False when a file has changed since it was opened, so that what was read of it may not belong together.
   bool is_up_to_date() const;
+
+  // When the files of the connection were last written, when it was made. By the clock of the machine that has them,
+  // which may be ahead of this one's.
+  fill_time last_written() const;
 
   std::vector<std::string> list_tables(const import_query& query);
 

@@ -1,7 +1,7 @@
 // The points of a series, made of the rows that a query selects.
 #pragma once
 
-#include "dataset/moment.h"
+#include "dataset/records.h"
 
 #include <cstdint>
 #include <optional>
@@ -17,6 +17,7 @@ struct query_report {
   std::uint64_t without_moment = 0; // of them, left out because they have no date
   std::uint64_t without_value = 0;  // of them, left out because they have no number that is finite
   std::uint64_t points = 0;         // made of the others
+  fill_time as_of = {};             // the points contain every change of the source up to this time
 };
 
 // Most tables are in order of time, so rows become points as they come. A few rows that are not are sorted here; more

@@ -522,6 +522,25 @@ TEST_F(ImportQuery, ALockedDatabaseIsWaitedForOnce) {
   sqlite3_close(other);
 }
 
+// A database without a log, which would also count.
+TEST_F(ImportQuery, ReportsHowNewItsPointsAre) {
+  fill_database("a.sqlite", "CREATE TABLE d(t TEXT, v REAL); INSERT INTO d VALUES ('2009-01-02', 1)");
+  import_query_descriptor query = query_on("a.sqlite", "t", "v");
+  query.table_name = "d";
+  query.restrict_to_run_period = false;
+  const auto as_of = [&] {
+    point_list points;
+    return import_query(query, folder.path).execute(model_of_2009(), points).as_of.nanoseconds;
+  };
+  const std::int64_t before = fill_time::now().nanoseconds, reported = as_of();
+  EXPECT_GE(reported, before);
+  EXPECT_LE(reported, fill_time::now().nanoseconds);
+  const auto ahead = fs::file_time_type::clock::now() + std::chrono::hours(1); // by a server's clock
+  fs::last_write_time(folder.path / "a.sqlite", ahead);
+  EXPECT_GE(as_of(), before + 3'600'000'000'000);
+  EXPECT_LE(as_of(), fill_time::now().nanoseconds + 3'600'000'000'000);
+}
+
 TEST_F(ImportQuery, AChangedMemoFileIsReadAgain) {
   fs::copy_file(tables_folder / "dbase_8b.dbf", folder.path / "m.dbf");
   fs::copy_file(tables_folder / "dbase_8b.dbt", folder.path / "m.dbt");
