@@ -7,6 +7,7 @@
 #include "editors/fill_calculate_form.h"
 #include "editors/import_time_series_form.h"
 #include "editors/name_search.h"
+#include "editors/series_refresh.h"
 #include "editors/series_tools.h"
 #include "platform/counted.h"
 #include "platform/safe_file.h"
@@ -32,6 +33,10 @@ std::optional<std::size_t> name_column(const editor_panel& panel) {
   for (std::size_t column = 0; column < columns.size(); ++column)
     if (columns[column].type.kind == cell_kind::text) return column;
   return std::nullopt;
+}
+
+std::string as_sentence(std::string text) {
+  return text.ends_with('.') ? text : text + ".";
 }
 
 std::string refusal_of_entry(const editor_panel& panel) {
@@ -235,6 +240,8 @@ void editor::ImportButtonClick(editor_panel& panel) {
   const bool by_ok = host_.questions().show_form(dialog);
   panel.table.display_rows();
   refresh_series();
+  ages_.forget();
+  refresh_tree(); // a mark for a newer source goes
   if (by_ok) set_message(dialog.report());
   refresh_texts();
 }
@@ -392,6 +399,41 @@ void editor::export_csv(editor_panel& panel) {
     return say("Export", error.what());
   }
   set_message("Exported: " + counted(panel.table.content().row_count(), "row") + " to " + *name + ".");
+}
+
+bool editor::has_source(const editor_panel& panel) const {
+  const stored_series* series = panel.series ? panel.series->series() : nullptr;
+  return series && !series->query->file_name.empty();
+}
+
+void editor::refresh_from_source(editor_panel& panel) {
+  if (!may_go_on() || !has_source(panel)) return;
+  constexpr const char* label = "Refresh this series";
+  const series_ref ref = *panel.series->ref();
+  const stored_series& series = *panel.series->series();
+  const import_query_descriptor query = *series.query;
+  const std::uint64_t generation = host_.generation();
+  std::optional<filling> filled;
+  try {
+    filled = host_.with_progress(
+        "Reading " + query.file_name,
+        [query, points = series.points, folder = host_.data_folder()](prevesk_dataset_data_type& data, work_progress&) {
+          return refreshed(query, folder, data, points);
+        });
+  } catch (const std::exception& error) {
+    return say(label, as_sentence(error.what()) + " The series is as it was.");
+  }
+  // The data set that has come in its place has its own message.
+  if (host_.generation() != generation) return;
+  if (!filled) return set_message("Cancelled. The series is as it was.");
+  const std::string outcome = as_sentence(in_words("Refreshed", query, filled->report));
+  if (filled->report.points == 0) return say(label, outcome + " The series is as it was.");
+  const bool is_same = filled->points == panel.series->series()->points;
+  if (!is_same) edit_points(panel, label, [&](point_list& points) { points = std::move(filled->points); });
+  edit_series(*host_.data_set(), ref).filled = filled->report.as_of;
+  ages_.forget();
+  refresh_tree(); // which loses the mark
+  set_message(outcome + (is_same ? " The points are the same as before." : ""));
 }
 
 void editor::undo() {

@@ -165,6 +165,7 @@ public:
   void interpolate_between(editor_panel& panel); // of the selected rows
   void keep_these_points(editor_panel& panel);   // of a deferred query, which is no longer executed
   void export_csv(editor_panel& panel);          // all its rows, to a file that the user names
+  void refresh_from_source(editor_panel& panel); // executes the series' stored query, as one step
   void go_to_next_mark();
   // Goes to the next name that contains `wanted`: in the tree, or in the grid that has the focus, or else in the
   // nearest one before it that has names. `focused` is null when no grid has it.
@@ -177,6 +178,7 @@ public:
   std::string status(const editor_panel& panel) const;        // the line under a grid
   std::string deferred_note(const editor_panel& panel) const; // empty unless the series is filled by a query
   std::string source_note(const editor_panel& panel) const;   // empty unless the query's source is newer
+  bool has_source(const editor_panel& panel) const;           // the series has a query to execute
   const std::string& message() const { return message_; }     // about the last command
 
   // The rows of a series for a chart; null when there is nothing to draw.

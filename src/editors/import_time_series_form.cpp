@@ -420,45 +420,43 @@ bool TImportTimeSeriesForm::ImportButtonClick() {
   clear_results();
   if (deferred) {
     report_ = "The query is stored. It fills the series before each run.";
-    store("Import", std::nullopt);
+    store("Import");
     return true;
   }
-  struct filled_series {
-    point_list points;
-    query_report report;
-  };
   auto filled = work_on_query(import_error_title, [points = find_series(*host_.data_set(), target_)->points](
                                                       import_query& source, const prevesk_dataset_data_type& data) {
-    filled_series made{points, {}};
+    filling made{points, {}};
     made.report = source.execute(data, made.points);
     return made;
   });
   if (!filled) return false;
   report_ = in_words("Imported", query_.stored, filled->report) + (filled->report.rows > 0 ? "." : "");
-  store("Import", std::move(filled->points));
+  store("Import", std::move(filled));
   return true;
 }
 
 bool TImportTimeSeriesForm::FormCloseQuery(bool by_ok) {
   if (!by_ok) return true;
   if (!nothing_is_refused() || !has_target()) return false;
-  store("Query", std::nullopt);
+  store("Query");
   return true;
 }
 
 // One step of the history. The points are put in order here, so that this belongs to it.
-void TImportTimeSeriesForm::store(const char* label, std::optional<point_list> points) {
+void TImportTimeSeriesForm::store(const char* label, std::optional<filling> filled) {
   const stored_series& series = *find_series(*host_.data_set(), target_);
   query present = *series.query;
   // Opening a file that is one table names it as the table, too; that alone is no change.
   if (query_.source_kind == source_one_table && present.file_name == query_.stored.file_name)
     present.table_name = query_.stored.table_name;
   const bool is_other_query = present != query_.stored;
-  if (!points) points = series.points;
-  sort_by_moment(*points);
-  if (!is_other_query && *points == series.points) return;
-  host_.begin_step(editor_caption_ + ": " + label, {});
-  edit_series(*host_.data_set(), target_).points = std::move(*points);
+  point_list points = filled ? std::move(filled->points) : series.points;
+  sort_by_moment(points);
+  const bool is_step = is_other_query || points != series.points;
+  if (is_step) host_.begin_step(editor_caption_ + ": " + label, {});
+  if (filled) edit_series(*host_.data_set(), target_).filled = filled->report.as_of;
+  if (!is_step) return;
+  edit_series(*host_.data_set(), target_).points = std::move(points);
   if (is_other_query) edit_series(*host_.data_set(), target_).query.edit() = query_.stored;
   host_.end_step(true);
 }

@@ -10,6 +10,7 @@
 #include "editors/condition_grid.h"
 #include "editors/editor_host.h"
 #include "editors/form.h"
+#include "editors/series_refresh.h"
 #include "editors/shown_rows_grid.h"
 #include "query/import_query.h"
 
@@ -105,7 +106,7 @@ private:
   void say(std::string message);
   bool has_target(); // looks for it; otherwise says so
   std::string name_to_store(const std::string& file) const;
-  void store(const char* label, std::optional<point_list> points);
+  void store(const char* label, std::optional<filling> filled = std::nullopt); // without: the query alone
 
   editor_host& host_;
   series_ref target_; // present position of `identity_`

@@ -55,7 +55,10 @@ editor_panel_view::editor_panel_view(editor& form, editor_panel& panel, const QS
     column->addWidget(grid_, 1);
   if (buttons) column->addWidget(buttons);
   column->addWidget(status_);
-  if (panel.series) add_deferred_note(*column);
+  if (panel.series) {
+    add_deferred_note(*column);
+    add_source_note(*column);
+  }
   add_menu();
   connect(grid_, &grid_view::selection_moved, this, [this] { show_selection(); });
   connect(&grid_->model(), &grid_model::refusal_changed, this, [this] { show_text(*status_, form_.status(panel_)); });
@@ -95,6 +98,19 @@ void editor_panel_view::add_deferred_note(QBoxLayout& column) {
   column.addLayout(line);
 }
 
+void editor_panel_view::add_source_note(QBoxLayout& column) {
+  source_note_ = plain_label("SourceNote");
+  refresh_button_ = new QPushButton("Re&fresh this series");
+  refresh_button_->setObjectName("RefreshSeriesButton");
+  refresh_button_->setToolTip("Executes the series' stored query and replaces its points.");
+  connect(refresh_button_, &QPushButton::clicked, this,
+          [this] { run_([this] { form_.refresh_from_source(panel_); }); });
+  auto* line = new QHBoxLayout;
+  line->addWidget(source_note_, 1);
+  line->addWidget(refresh_button_);
+  column.addLayout(line);
+}
+
 QAction* editor_panel_view::add_action(const char* text, const QKeySequence& keys,
                                        const std::function<void()>& command) {
   auto* action = new QAction(text, grid_);
@@ -118,6 +134,7 @@ void editor_panel_view::add_menu() {
     add_action("&Sort by date and time", {}, [this] { form_.sort_by_date_and_time(panel_); });
     add_action("&Regular times...", {}, [this] { form_.regular_times_click(panel_); });
     add_action("I&nterpolate between the selected rows", {}, [this] { form_.interpolate_between(panel_); });
+    refresh_ = add_action("R&efresh this series", {}, [this] { form_.refresh_from_source(panel_); });
   }
   back_to_default_ = add_action("&Back to the default", {}, [this] { form_.back_to_default(panel_); });
   add_action("E&xport as CSV...", {}, [this] { form_.export_csv(panel_); });
@@ -162,6 +179,10 @@ void editor_panel_view::texts_changed() {
   const std::string note = form_.deferred_note(panel_);
   show_text(*deferred_note_, note);
   keep_points_->setVisible(!note.empty());
+  const std::string newer = form_.source_note(panel_);
+  show_text(*source_note_, newer);
+  refresh_button_->setVisible(!newer.empty());
+  refresh_->setEnabled(form_.has_source(panel_));
   grid_->model().set_background(note.empty() ? QColor() : deferred_ground);
 }
 

@@ -50,6 +50,7 @@ protected:
 private:
   void make_chart(QBoxLayout& column);
   void add_deferred_note(QBoxLayout& column);
+  void add_source_note(QBoxLayout& column);
   void add_menu();
   QAction* add_action(const char* text, const QKeySequence& keys, const std::function<void()>& command);
   void show_selection();
@@ -70,6 +71,9 @@ private:
   // Null for panels without a series.
   QLabel* deferred_note_ = nullptr;
   QPushButton* keep_points_ = nullptr;
+  QLabel* source_note_ = nullptr; // the query's source is newer
+  QPushButton* refresh_button_ = nullptr;
+  QAction* refresh_ = nullptr;
   QSplitter* beside_ = nullptr; // grid and chart
   bool moved_by_hand_ = false;  // the bar between them
   chart_view* chart_ = nullptr;

@@ -22,6 +22,7 @@ public:
   prevesk_dataset_data_type data;
   std::vector<std::string> boxes;      // "title: text", as shown
   std::vector<std::string> merge_keys; // of all steps
+  std::vector<std::string> long_works; // "Reading gauges.csv"
   std::string clipboard;
   std::optional<std::string> expression; // typed into Fill/Calc; none: cancelled
   std::vector<std::shared_ptr<TGraphForm>> graphs;
@@ -38,6 +39,7 @@ public:
   box_answer answer = box_answer::ok;                    // to boxes
   std::function<void()> in_long_work;                    // what happens during it
   bool cancels_long_work = false;                        // at once
+  std::function<void()> in_reading;                      // called often by work that reads a table
   form* open = nullptr;                                  // notified of replacements
 
   prevesk_dataset_data_type* data_set() override { return &data; }
@@ -86,8 +88,18 @@ public:
   }
   std::optional<std::string> ask_folder(const std::string&, const std::string&) override { return std::nullopt; }
   bool run_long_work(const std::string& what, const std::function<void(work_progress&)>& work) override {
+    struct watched_progress : unseen_progress {
+      explicit watched_progress(const editing_host& its_host) : host(its_host) {}
+      bool is_cancelled() const override {
+        if (host.in_reading) host.in_reading();
+        return false;
+      }
+      const editing_host& host;
+    } progress(*this);
+    long_works.push_back(what);
     if (in_long_work) in_long_work();
-    return !cancels_long_work && user_questions::run_long_work(what, work);
+    if (!cancels_long_work) work(progress);
+    return !cancels_long_work;
   }
   // A job's end, or the like.
   void replace_data(const prevesk_dataset_data_type& next) {

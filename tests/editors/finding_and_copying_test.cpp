@@ -13,7 +13,9 @@
 namespace vesk {
 namespace {
 
+using testing::AllOf;
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
 using Finding = NetworkForms;
@@ -177,6 +179,7 @@ struct NewerSource : Sources {
   NewerSource() {
     write_table("1");
     set_time("gauges.csv", 0);
+    host.folder = folder.path;
     host.data.origin.file = folder.path / "river.vki";
     host.data.origin.identity.changed_seconds = ten;
     form.add_all_loads(0);
@@ -197,6 +200,8 @@ struct NewerSource : Sources {
         folder.path / file, std::chrono::file_clock::from_sys(std::chrono::sys_time<std::chrono::nanoseconds>(since)));
   }
   std::string note() { return form.source_note(series); }
+  loads_data_type& stored() { return host.data.systems.edit(0).loads.edit(0); }
+  double value(std::size_t row) { return stored().points[row].value; }
 
   static constexpr std::int64_t ten = 1'700'000'000;
   const temporary_folder folder;
@@ -204,7 +209,7 @@ struct NewerSource : Sources {
   editor_panel& series = *form.panels()[0];
 };
 
-TEST_F(NewerSource, IsNoted) {
+TEST_F(NewerSource, IsNotedUntilTheSeriesIsRefreshed) {
   EXPECT_EQ(note(), "");
   set_time("gauges.csv", 2); // unpacked together with the data file
   shown(form);
@@ -220,8 +225,84 @@ TEST_F(NewerSource, IsNoted) {
   EXPECT_EQ(form.item_tip(0, 0), "Segment 1\n" + note());
   EXPECT_FALSE(form.item_mark(0, 1)); // without a query
 
-  host.data.systems.edit(0).loads.edit(0).query.edit().deferred = true; // is read before each run anyway
+  form.refresh_from_source(series);
+  EXPECT_EQ(form.message(), "Refreshed: gauges.csv, 2 rows, 2 points.");
+  EXPECT_THAT(host.long_works, ElementsAre("Reading gauges.csv"));
+  EXPECT_EQ(host.undo_label(), "Loads: Refresh this series");
+  EXPECT_EQ(value(1), 6);
   EXPECT_EQ(note(), "");
+  EXPECT_FALSE(form.item_mark(0, 0));
+  host.undo();
+  EXPECT_EQ(value(1), 0);
+  EXPECT_NE(note(), "");
+
+  set_time("gauges.csv", 1'000'000'000); // by the clock of a server that is ahead
+  host.redo();
+  EXPECT_NE(note(), "");
+  form.refresh_from_source(series);
+  EXPECT_EQ(form.message(), "Refreshed: gauges.csv, 2 rows, 2 points. The points are the same as before.");
+  EXPECT_EQ(note(), "");
+  host.undo();
+  EXPECT_EQ(value(1), 0); // that was no step
+  EXPECT_NE(note(), "");
+  stored().query.edit().deferred = true; // is read before each run anyway
+  EXPECT_EQ(note(), "");
+}
+
+// It has added its points before, when the series was filled.
+TEST_F(NewerSource, ByAQueryThatAddsPointsReplacesThoseThatItFinds) {
+  stored().query.edit().replace_existing = false;
+  stored().points = {{{150700, 0}, 1}, {{150754, 0}, 2}, {{150800, 0}, 3}};
+  form.refresh_from_source(series);
+  const point_list once{{{150700, 0}, 1}, {{150754, 0}, 5}, {{150755, 0}, 1}, {{150800, 0}, 3}};
+  EXPECT_EQ(stored().points, once);
+  form.refresh_from_source(series);
+  EXPECT_EQ(stored().points, once);
+}
+
+TEST_F(NewerSource, ThatCannotBeReadLeavesTheSeriesAsItWas) {
+  const prevesk_dataset_data_type before = host.data;
+  host.cancels_long_work = true;
+  form.refresh_from_source(series);
+  EXPECT_EQ(form.message(), "Cancelled. The series is as it was.");
+  host.cancels_long_work = false;
+  folder.write("gauges.csv", "time,flow\n");
+  form.refresh_from_source(series);
+  folder.write("gauges.csv", std::string("\0\1\2garbage\n\0", 12));
+  form.refresh_from_source(series);
+  std::filesystem::remove(folder.path / "gauges.csv");
+  form.refresh_from_source(series);
+  shown(form);
+  form.select(editor_tree::node{0, 0});
+  EXPECT_EQ(note(), "");
+  stored().query.edit().value_field.clear();
+  form.refresh_from_source(series);
+  const std::string end = " The series is as it was.";
+  EXPECT_THAT(
+      host.boxes,
+      ElementsAre(
+          "Refresh this series: Refreshed: gauges.csv, no rows found. Check the conditions, and that the table covers "
+          "the time of the run." +
+              end,
+          AllOf(HasSubstr("gauges.csv"), EndsWith("." + end)),
+          "Refresh this series: gauges.csv: no such file, neither in the folder of the data file nor in the current "
+          "folder." +
+              end,
+          AllOf(HasSubstr("gauges.csv: no such file"), EndsWith("." + end))));
+  stored().query.edit().value_field = "flow";
+  EXPECT_EQ(host.data, before);
+  EXPECT_EQ(host.undo_label(), "Loads: Add All Loads");
+
+  write_table("6");
+  host.in_long_work = [&] { host.replace_data(before); }; // a job ends
+  form.refresh_from_source(series);
+  EXPECT_EQ(host.data, before);
+  EXPECT_THAT(form.message(), StartsWith("A job has replaced the data set."));
+  form.select(editor_tree::node{0, 1});
+  EXPECT_FALSE(form.has_source(series));
+  host.boxes.clear();
+  form.refresh_from_source(series); // no query
+  EXPECT_TRUE(host.boxes.empty());
 }
 
 } // namespace

@@ -260,6 +260,40 @@ TEST_F(Import, ValuesBeyondTheListCanBeTyped) {
   });
 }
 
+// Rows may have been looked at long before they are imported.
+TEST_F(Import, TheSeriesIsAsNewAsTheLastReadingOfItsSource) {
+  host.data.origin.file = folder.path / "river.vki";
+  host.data.origin.identity.changed_seconds = 1'700'000'000;
+  fill_time looked_at, read;
+  in_dialog([&](TImportTimeSeriesForm& dialog) {
+    browse(dialog, "gauges.csv");
+    dialog.RunQueryButtonClick();
+    looked_at = fill_time::now();
+    folder.write("gauges.csv", "Date_Time,Result\n2012-10-02,8\n");
+    host.in_reading = [&] {
+      if (read.nanoseconds == 0) read = fill_time::now();
+    };
+    return dialog.ImportButtonClick();
+  });
+  host.in_reading = nullptr;
+  EXPECT_EQ(read_back(), "1:8 ");
+  EXPECT_GT(series().filled.nanoseconds, looked_at.nanoseconds);
+  EXPECT_LE(series().filled.nanoseconds, read.nanoseconds); // what is written from here on may be missing
+  EXPECT_EQ(editor.source_note(*editor.panels()[0]), "");
+  folder.write("gauges.csv", "Date_Time,Result\n2012-10-02,9\n");
+  std::filesystem::last_write_time(folder.path / "gauges.csv",
+                                   std::filesystem::file_time_type::clock::now() + std::chrono::seconds(1));
+  editor.FormShow();
+  EXPECT_EQ(editor.source_note(*editor.panels()[0]), "gauges.csv has changed since this series was filled from it.");
+  host.forget_steps();
+  in_dialog([&](TImportTimeSeriesForm& dialog) {
+    folder.write("gauges.csv", "Date_Time,Result\n2012-10-02,8\n"); // written again, with what it had
+    return dialog.ImportButtonClick();
+  });
+  EXPECT_EQ(host.undo_label(), "");
+  EXPECT_EQ(editor.source_note(*editor.panels()[0]), "");
+}
+
 TEST_F(Import, AJobThatEndsUnderTheDialogTakesNothingWithIt) {
   prevesk_dataset_data_type of_job = host.data;
   of_job.description = "of a job";
