@@ -205,7 +205,8 @@ void TSegmentForm::take_content() {
   for (segment_value_grid* page : {&parameters_, &concentrations_, &fractions_}) page->take_columns();
   const std::size_t pulled = bottom_segment_refresh();
   if (pulled != 0)
-    set_message("References past the last segment were pulled to it: " + in_words({.bottoms = pulled}) + ".");
+    set_message((message().empty() ? "" : message() + " ") +
+                "References past the last segment were pulled to it: " + in_words({.bottoms = pulled}) + ".");
   segment_types_fill();
   segment_count_ = segments_.row_count();
   records_are_whole_ = false;
