@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <pthread.h>
 #include <stdexcept>
@@ -141,7 +142,8 @@ const std::map<std::string, void (*)()> behaviours{
 };
 
 // A job with the file "code-3.inp" puts return code 3, one with "renames.vkn" another file name, one with "endless.inp"
-// an end outside the calendar; one with "waits.inp" waits for a cancel.
+// an end outside the calendar; one with "waits.inp" waits for a cancel, and one with "held.vkn" until that file is
+// removed. One with "one-segment" leaves only that, and one with "fails" throws.
 void obey_file_name() {
   const std::string file = file_name();
   const auto has = [&file](const char* word) { return file.find(word) != file.npos; };
@@ -149,9 +151,13 @@ void obey_file_name() {
   if (has("renames")) put("PFILENAME", "engine.vki");
   float days = 1e20F;
   if (has("endless")) call("PENDJULIAN", &days, nullptr, nullptr, nullptr, nullptr);
-  if (!has("waits")) return;
-  put("PINFO", "waiting");
-  while (get("GCANCEL") == 0) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  const auto wait_while = [](const std::function<bool()>& goes_on) {
+    while (get("GCANCEL") == 0 && goes_on()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  };
+  if (has("waits")) put("PINFO", "waiting"), wait_while([] { return true; });
+  if (has("held")) wait_while([&file] { return std::filesystem::exists(file); });
+  if (has("one-segment")) put("PNUMSEG", 1);
+  if (has("fails")) throw std::runtime_error("no network in the file");
 }
 
 void behave(const std::string& name, vesk_data_callback data_callback) {

@@ -203,52 +203,6 @@ TEST_F(Trees, SegmentsAreFoundAndCheckedInAList) {
   EXPECT_EQ(data().systems[oxygen].loads[2].segment, 2);
 }
 
-// A job ends under the window, under the list and under the question.
-TEST_F(Trees, OutliveAJob) {
-  const auto wait_for_job = [&](const std::function<void()>& goes_on) {
-    if (!program.form().active_thread) goes_on();
-  };
-  int started = 0;
-  visit(
-      "LoadsItem",
-      [&](QWidget* dialog) {
-        auto* tree = find<tree_view>(dialog, "LoadsTree");
-        const auto during_job = [&](int key, const char* window, const std::function<bool(QWidget*)>& answer) {
-          tree->setFocus();
-          const int now = ++started;
-          with_dialog([&] { QTest::keyClick(tree, static_cast<Qt::Key>(key)); },
-                      [&, begun = false](QWidget* front) mutable {
-                        if (!std::exchange(begun, true)) program.form().start_validity_check();
-                        if (front->objectName() == "message_box" && front->windowTitle().startsWith("Validity check"))
-                          press(front, "OK");
-                        bool done = false;
-                        if (front->objectName() == window && !front->windowTitle().startsWith("Validity check"))
-                          wait_for_job([&] { done = answer(front); });
-                        return done && now == started;
-                      });
-          EXPECT_EQ(find<QLabel>(dialog, "MessageLabel")->text(),
-                    "A job has replaced the data set. Undo brings back what was here.");
-        };
-        tree->setCurrentIndex(index_of(tree, {0, 0}));
-        const std::size_t loads = data().systems[0].loads.size();
-        during_job(Qt::Key_Delete, "message_box", [](QWidget* box) { return press(box, "Yes"); });
-        EXPECT_EQ(data().systems[0].loads.size(), loads); // the question was about another data set
-
-        tree->setCurrentIndex(index_of(tree, {oxygen, {}}));
-        during_job(Qt::Key_Insert, "SelectSegmentsForm", [](QWidget* list) {
-          EXPECT_TRUE(find<QLabel>(list, "MessageLabel")->text().startsWith("A job has replaced the data set;"));
-          auto* view = find<QListView>(list, "SegmentCheckListBox");
-          view->setCurrentIndex(view->model()->index(4, 0));
-          QTest::keyClick(view, Qt::Key_Space);
-          return press(list, "OK");
-        });
-        EXPECT_EQ(data().systems[oxygen].loads.size(), 1U); // this list was renewed
-        EXPECT_TRUE(dialog->isVisible());
-      },
-      "Cancel");
-  EXPECT_EQ(data().systems[oxygen].loads.size(), 0U);
-}
-
 TEST_F(Trees, OfAHundredThousandLoadsAreSearched) {
   prevesk_dataset_data_type& large = *program.form().current_data_set;
   constexpr std::size_t segments = 100'000;
