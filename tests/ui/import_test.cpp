@@ -17,13 +17,22 @@
 #include <QProgressBar>
 #include <QTableView>
 #include <QTest>
+#include <QTimer>
 #include <atomic>
+#include <fstream>
+#include <gmock/gmock.h>
+#include <sys/stat.h>
 #include <thread>
 
 namespace vesk {
 namespace {
 
 namespace fs = std::filesystem;
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
 
 // Presses Cancel in the box of long work.
 bool cancel_work(QWidget* box) {
@@ -193,6 +202,102 @@ TEST_F(ImportSeries, NeverWithAConditionThatShowsARefusedEntry) {
               [&](QWidget* dialog) {
                 with_dialog([&] { press(dialog, "Import"); }, in_import);
                 return press(dialog, "OK");
+              });
+  EXPECT_TRUE(same_content(before, *program.form().current_data_set));
+}
+
+// Presses the button, confirms what it asks, and returns what the other boxes say.
+std::vector<std::string> complaints_after(QWidget* dialog, const char* button) {
+  std::vector<std::string> texts;
+  QTimer watch;
+  QObject::connect(&watch, &QTimer::timeout, [&] {
+    QWidget* box = QApplication::activeModalWidget();
+    if (!box || box == dialog || !box->isVisible() || box->objectName() != "message_box") return;
+    if (!box->windowTitle().startsWith("Confirm"))
+      texts.push_back(box->windowTitle().toStdString() + ": " +
+                      find<QLabel>(box, "qt_msgbox_label")->text().toStdString());
+    press(box, "OK");
+  });
+  watch.start(10);
+  EXPECT_TRUE(press(dialog, button)) << button;
+  return texts;
+}
+
+void type_file_name(QWidget* dialog, const std::string& name) {
+  auto* edit = find<QLineEdit>(dialog, "FileNameEdit");
+  edit->setText(QString::fromStdString(name));
+  edit->setModified(true);
+}
+
+// A table that was open in the dialog, and what becomes of it.
+struct spoilt_table {
+  const char* table;
+  std::function<void(const std::string& file)> spoil;
+  const char* complaint; // a part of it
+};
+
+TEST_F(ImportSeries, FromSpoiltTablesIsRefusedInOneSentence) {
+  sqlite3* other = nullptr; // as of another program
+  const auto lock = [&other](const std::string& file) {
+    sqlite3_open(file.c_str(), &other);
+    EXPECT_EQ(sqlite3_exec(other, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr), SQLITE_OK);
+  };
+  const auto cut = [](const std::string& file) { fs::resize_file(file, fs::file_size(file) / 2); };
+  const auto fill_with_garbage = [](const std::string& file) {
+    std::ofstream(file, std::ios::binary) << std::string(5000, '\x81');
+  };
+  const auto remove = [](const std::string& file) { fs::remove(file); };
+  const auto make_a_folder = [](const std::string& file) { fs::remove(file), fs::create_directory(file); };
+  const auto make_a_pipe = [](const std::string& file) {
+    fs::remove(file);
+    EXPECT_EQ(mkfifo(file.c_str(), 0600), 0);
+  };
+  const char* const wrong_content = "its content is not that of a ";
+  const spoilt_table tables[] = {
+      {"roanoke_daily.sqlite", lock, "another program has kept the database locked for more than 2 seconds."},
+      {"roanoke_daily.sqlite", cut, "database disk image is malformed."},
+      {"roanoke_daily.sqlite", fill_with_garbage, wrong_content},
+      {"roanoke_daily.sqlite", remove, "no such file"},
+      {"roanoke_daily.xlsx", cut, "the zip archive is damaged: its list of contents is missing."},
+      {"roanoke_daily.xlsx", fill_with_garbage, wrong_content},
+      {"roanoke_daily.xls", cut, "sector 545 of the compound file is missing."},
+      {"roanoke_daily.ods", cut, "the zip archive is damaged: its list of contents is missing."},
+      {"compIndexTestV1997.mdb", cut, "cannot read the fields: the database is damaged."},
+      {"compIndexTestV1997.mdb", fill_with_garbage, wrong_content},
+      {"roanoke_daily.dbf", cut, "the header claims 3650 records, but the file holds only 1823."},
+      {"roanoke_daily.db", cut, "2006 bytes are missing at byte 110598"},
+      {"roanoke_daily.csv", fill_with_garbage, "SAMPLED"},
+      {"roanoke_daily.csv", make_a_folder, "not a regular file."},
+      {"roanoke_daily.csv", make_a_pipe, "not a regular file."},
+  };
+  const prevesk_dataset_data_type before = *program.form().current_data_set;
+  with_dialog([&] { program.trigger("TimeFunctionsItem"); },
+              [&](QWidget* editor) {
+                for (const auto& [table, spoil, complaint] : tables) {
+                  const std::string file = folder.file(table);
+                  fs::remove(file);
+                  fs::copy(fs::path(TEST_DATA) / "tables" / table, file);
+                  with_dialog([&] { press(editor, "Import"); },
+                              [&](QWidget* dialog) {
+                                if (dialog->objectName() != "ImportTimeSeriesForm") return false;
+                                form().ResetAllButtonClick();
+                                type_file_name(dialog, table);
+                                EXPECT_THAT(complaints_after(dialog, "Delete"),
+                                            IsEmpty()); // which opens the table first
+                                form().DateTimeFieldChange(1);
+                                form().ValueFieldChange(2);
+                                spoil(file);
+                                for (const char* button : {"Run query", "Import"}) {
+                                  EXPECT_THAT(complaints_after(dialog, button),
+                                              ElementsAre(AllOf(HasSubstr(complaint), Not(HasSubstr("SELECT")))))
+                                      << table << ", " << button;
+                                  EXPECT_TRUE(dialog->isVisible());
+                                }
+                                sqlite3_close(std::exchange(other, nullptr));
+                                return press(dialog, "Cancel");
+                              });
+                }
+                return press(editor, "OK");
               });
   EXPECT_TRUE(same_content(before, *program.form().current_data_set));
 }
