@@ -35,6 +35,7 @@ constexpr command_row rows[] = {
     {"FileNewButton", unmanaged, &form::NewItemClick},
     {"OpenItem", unmanaged, &form::OpenItemClick},
     {"FileOpenButton", unmanaged, &form::OpenItemClick},
+    {"OpenResultsItem", unmanaged, &form::OpenResultsItemClick},
     {"SaveItem", has_data, &form::SaveItemClick},
     {"FileSaveButton", has_data, &form::SaveItemClick},
     {"SaveasItem", has_data, &form::SaveasItemClick},
@@ -89,6 +90,7 @@ constexpr command_row rows[] = {
     {"ImportNetworkButton", has_model, &form::ImportNetworkButtonClick},
     {"ImportNetworkItem", has_model},
     {"ValidateInputItem", has_model, &form::ValidateInputItemClick},
+    {"ResultsItem", unmanaged, &form::ResultsItemClick},
 
     // Outside programs.
     {"LoadPostProcessorItem", unmanaged, &form::LoadPostProcessorItemClick},
@@ -112,6 +114,7 @@ constexpr menu_row main_menu_rows[] = {
     {0, "FileItem", "&File"},
     {1, "NewItem", "&New", "Ctrl+N"},
     {1, "OpenItem", "&Open...", "Ctrl+O"},
+    {1, "OpenResultsItem", "Open &results..."},
     {1, "SaveItem", "&Save", "Ctrl+S"},
     {1, "SaveasItem", "Save &as...", "Ctrl+Shift+S"},
     {1, "", "-"},
@@ -149,6 +152,7 @@ constexpr menu_row main_menu_rows[] = {
     {1, "ExecuteModelItem", "&Execute", "F5"},
     {1, "ValidateInputItem", "&Validity check"},
     {1, "ImportNetworkItem", "Import &network..."},
+    {1, "ResultsItem", "&Results...", "Ctrl+R"},
     {0, "PostProcessingItem", "P&ost-processing"},
     {1, "LoadPostProcessorItem", "&Graphical post-processor"},
     {0, "AdministrationItem", "&Administration"},

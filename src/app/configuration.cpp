@@ -99,6 +99,8 @@ configuration::configuration(const std::filesystem::path& file, access granted)
   each_value(*this, [this](std::string_view name, auto& member) { read(name, member); });
   read("UndoMegabytes", UndoMegabytes);
   undo_megabytes_as_read_ = UndoMegabytes;
+  read("ShowResultsAfterRun", ShowResultsAfterRun);
+  show_results_as_read_ = ShowResultsAfterRun;
   read("DatabaseDir", DatabaseDir);
   as_read_ = all_values();
   as_read_.back().second = DatabaseDir; // earlier versions stored the default folder's path
@@ -128,6 +130,10 @@ void configuration::save_all() {
   if (UndoMegabytes != undo_megabytes_as_read_)
     save({{"UndoMegabytes", text_of(UndoMegabytes)}}, {{"UndoMegabytes", text_of(undo_megabytes_as_read_)}});
   undo_megabytes_as_read_ = UndoMegabytes;
+  if (ShowResultsAfterRun != show_results_as_read_)
+    save({{"ShowResultsAfterRun", text_of(ShowResultsAfterRun)}},
+         {{"ShowResultsAfterRun", text_of(show_results_as_read_)}});
+  show_results_as_read_ = ShowResultsAfterRun;
   as_read_ = std::move(now);
 }
 

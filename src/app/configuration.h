@@ -78,6 +78,8 @@ public:
   bool RunTimeGridAlwaysVisible = false;
   int UndoMegabytes = 0; // memory for the steps of Undo; 0: chosen by memory size. Saved only after a change.
 
+  bool ShowResultsAfterRun = true; // saved only after a change
+
   // The entry pictures of the grids' fields: "#" a digit, "E" a position in exponent style.
   std::string EditProjectBasicNumericField = "#######.###";
   std::string BoundarySystemNumericField = "EEEEEEE.EEEEEEE";
@@ -117,6 +119,7 @@ private:
   const access access_;
   values as_read_;
   int undo_megabytes_as_read_ = 0;
+  bool show_results_as_read_ = true;
 };
 
 } // namespace vesk

@@ -28,7 +28,11 @@ void run_control::end_job(end_handler end) {
   const model_thread* const ended = active_thread;
   try {
     note_end_of_job();
-    if (last_job_.code == job_code::run) take_record(recorder_.end(last_job_, library_->bundled));
+    if (last_job_.code == job_code::run) {
+      run_record record = recorder_.end(last_job_, library_->bundled);
+      note_results(record);
+      take_record(std::move(record));
+    }
     output_lock_.reset(); // a run's results are complete, their record included
     priorities.reset();
     (this->*end)();
@@ -61,13 +65,25 @@ void run_control::note_end_of_job() {
   ui_.add_info_line(last_job_.failure, icon_failure);
 }
 
+// Before the record is written: the one of the run before goes with its results.
+void run_control::note_results(const run_record& record) {
+  written_results_.clear();
+  const auto before = std::move(previous_);
+  if (last_job_.cancelled || last_job_.failed() || last_job_.return_code != 0) return;
+  if (before) before->keep();
+  const std::string usual = recorder_.base().native() + ".nc";
+  for (const recorded_file& it : record.outputs)
+    if (it.file.ends_with(".nc") && (written_results_.empty() || it.file == usual)) written_results_ = it.file;
+}
+
 void run_control::run_end() {
   active_thread = nullptr;
   ui_.show_run_controls(false);
   if (!settings_.RunTimeGridAlwaysVisible) ui_.show_results_grid(false);
   clear_progress();
   form_.update_menus();
-  if (std::exchange(quit_after_run, false)) ui_.close_main_window();
+  if (std::exchange(quit_after_run, false)) return ui_.close_main_window();
+  if (!written_results_.empty()) ui_.show_results(written_results_, true);
 }
 
 void run_control::import_export_end() {

@@ -1,6 +1,7 @@
 #include "app/main_form.h"
 
 #include "app/failure_kinds.h"
+#include "app/file_names.h"
 #include "app/forms.h"
 #include "platform/program_paths.h"
 #include "shell/keywords/dictionary.h"
@@ -11,6 +12,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
+const file_dialog results_dialog{file_dialog::kind::open, "Open results",
+                                 "Results (*.nc)|*.nc;*.nc4;*.cdf|All Files (*)|*", "nc"};
 const file_dialog dictionary_dialog{file_dialog::kind::save, "", "Dictionary Text|*.txt", "txt"};
 
 std::string with_separator(const fs::path& folder) {
@@ -117,6 +120,39 @@ void TPreveskMainForm::note_failure(const std::string& text, failure_kind kind) 
 void TPreveskMainForm::report_failure(const std::string& text, failure_kind kind) {
   note_failure(text, kind);
   ui_.message_box("Error", text, box_buttons::ok);
+}
+
+void TPreveskMainForm::open_file(const std::string& name) {
+  const std::string extension = upper_extension(name);
+  const bool is_results = extension == ".NC" || extension == ".NC4" || extension == ".CDF";
+  if (!is_results || !ui_.show_results(name, false)) documents_.open_file(name);
+}
+
+void TPreveskMainForm::OpenResultsItemClick() {
+  if (const auto name = ui_.ask_file(results_dialog)) ui_.show_results(*name, false);
+}
+
+void TPreveskMainForm::ResultsItemClick() {
+  const std::string file = results_base().native() + ".nc";
+  std::error_code missing;
+  ui_.show_results(!file_name.empty() && fs::is_regular_file(file, missing) ? file : std::string(), false);
+}
+
+// Only a file beside the open data file, under its name. Its folder is left out, so that both can move together.
+void TPreveskMainForm::list_related_file(const fs::path& file) {
+  if (!current_data_set || file_name.empty() || active_thread) return;
+  const fs::path data_file = fs::absolute(file_name).lexically_normal();
+  if (data_file.parent_path() != file.parent_path() ||
+      !file.filename().native().starts_with(data_file.stem().native() + "."))
+    return;
+  const std::string name = file.filename().string();
+  for (const project_component& it : current_data_set->project_files)
+    if (it.str() == name) return;
+  begin_step("List " + name, {});
+  current_data_set->project_files.push_back(name);
+  end_step(true);
+  update_menus();
+  add_info_line(name + " is now listed among the project files; save the data set to keep that.", icon_plain);
 }
 
 void TPreveskMainForm::DictionaryItemClick() {

@@ -79,6 +79,7 @@ public:
   std::filesystem::path& log_file_name = runs_.log_file_name;
   std::filesystem::path& engine_path = runs_.engine_path;
   query_executor& execute_query = runs_.execute_query;
+  bool& keep_previous_results = runs_.keep_previous_results;
   bool& skip_deferred_queries = runs_.skip_deferred_queries;
   std::filesystem::path& output_folder = runs_.output_folder;
   run_record& record_head = runs_.record_head;
@@ -177,7 +178,7 @@ public:
   void OpenItemClick() { documents_.ask_and_open(); }
   void OpenProjectItemClick() { documents_.ask_and_open_project(); }
   void take_content(const prevesk_dataset_data_type& content) { documents_.take_content(content); }
-  void open_file(const std::string& name) { documents_.open_file(name); }
+  void open_file(const std::string& name); // a data file, a project, or results
   bool open_project_file(const std::string& name) { return documents_.open_project_file(name); }
   void SaveItemClick() { save(); }
   void SaveasItemClick() { documents_.ask_name_and_save(); }
@@ -190,6 +191,14 @@ public:
   int failures() const { return failures_; } // reported ones: of files, queries, jobs and the engine library
   const std::optional<reported_failure>& first_failure() const { return first_failure_; }
   int files_partly_read() const { return documents_.files_partly_read(); }
+
+  // Results.
+  void OpenResultsItemClick();
+  void ResultsItemClick(); // of the last run of the open data set
+  // Lists a file that belongs to the open data set, such as its measured series, among its related project files.
+  void list_related_file(const std::filesystem::path& file);
+  bool show_results_after_run() const override { return settings.ShowResultsAfterRun; }
+  void set_show_results_after_run(bool wanted) override { settings.ShowResultsAfterRun = wanted; }
 
   // Jobs.
   void RunModelButtonClick() { runs_.run_or_cancel(); }
@@ -213,6 +222,7 @@ public:
   void PriorityTrackBarChange(int position) { runs_.move_priority_track_bar(position); }
   void UpdateTimerTimer() { runs_.show_news(); }
   std::optional<double> ResultsTableGetCellData(int row, int column) const { return runs_.results_cell(row, column); }
+  double simulation_time() const { return runs_.simulation_time(); }
   std::filesystem::path results_base() const { return std::filesystem::path(runs_.results_name()).replace_extension(); }
   const std::filesystem::path& recorded_base() const { return runs_.recorded_base(); }
   bool engine_is_bundled() const { return runs_.engine_is_bundled(); }

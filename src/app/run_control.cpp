@@ -190,6 +190,8 @@ bool run_control::start_run() {
   clear_progress(); // of the queries
   note_linked_files(copy);
   if (!start_job(copy, launcher_of(job_code::run), results_name())) return false;
+  if (const std::string name = results_name(); keep_previous_results && !name.empty())
+    previous_ = std::make_unique<previous_results>(std::filesystem::path(name).replace_extension());
   begin_record();
   output_lock_ = std::move(lock);
   ui_.show_run_controls(true);
@@ -296,6 +298,7 @@ void run_control::show_news() {
     const auto elapsed = static_cast<int>(std::time(nullptr) - active_thread->start_time());
     ui_.set_time_remaining_label(time_remaining_text(elapsed, news.progress_percent));
   }
+  simulation_time_ = news.simulation_time;
   if (news.simulation_time_changed) ui_.set_info_label(news.simulation_time_text);
   if (news.grid_changed) {
     ui_.show_results_grid(true);

@@ -8,6 +8,7 @@
 #include "app/document_control.h"
 #include "app/job_outcome.h"
 #include "app/main_form_services.h"
+#include "app/previous_results.h"
 #include "app/priority_control.h"
 #include "app/results_grid.h"
 #include "app/run_recorder.h"
@@ -42,6 +43,7 @@ public:
   std::filesystem::path engine_path;             // of the engine library
   query_executor execute_query;                  // executes one stored query in place of the usual way, if it is set
   bool skip_deferred_queries = false;            // run on the stored points
+  bool keep_previous_results = false;            // of the run before, as BASE.previous.nc
   std::filesystem::path output_folder;           // of a run's results; empty: the data file's
   std::unique_ptr<priority_platform> priorities; // of the running job
   std::string_view priority_word;                // of the last change of priority
@@ -82,6 +84,7 @@ public:
   bool change_priority(int position); // of the running job, 0 to 6; false: refused
   void move_priority_track_bar(int position);
   void show_news(); // progress and grid updates from the job; called by UIUpdateTimer
+  double simulation_time() const { return simulation_time_; } // of the running job as last shown; 0: not known
   std::optional<double> results_cell(int row, int column) const { return grid_.cell(row, column); }
 
   // Diagnostics. Any thread.
@@ -117,6 +120,7 @@ private:
   using end_handler = void (run_control::*)();
   void end_job(end_handler end);
   void note_end_of_job();
+  void note_results(const run_record& record);
   void run_end();
   void import_export_end();
   void validity_end();
@@ -158,9 +162,12 @@ private:
   job_outcome last_job_;
   std::chrono::steady_clock::time_point priority_refused_; // last, since the job began
   std::unique_ptr<output_lock> output_lock_;               // of the current run
+  std::unique_ptr<previous_results> previous_;             // while a run lasts; null: they are not kept
+  std::string written_results_;                            // of the run that has ended; empty: none, or not a good end
   std::vector<recorded_query> executed_;                   // since the last run began
   run_recorder recorder_;
   results_grid grid_;
+  double simulation_time_ = 0;
   std::atomic<bool> logging_enabled_{false};
   std::atomic<int> diagnostic_level_{0};
   std::atomic<int> return_code_{0};

@@ -63,6 +63,11 @@ public:
   // The current data set was replaced: forms show outdated values, and their positions may be out of range.
   virtual void data_set_replaced() {}
 
+  // Shows results in a window beside the others: opens the file there, or reads it anew. An empty name: the window
+  // alone. `after_run`: it has just been written; a window that the user does not want after a run is not opened for
+  // it, but one that is open follows. False: this front end has no such window.
+  virtual bool show_results(const std::string&, bool /*after_run*/) { return false; }
+
   // Names the file of the following messages, for a front end that shows them without their context; empty: none.
   virtual void set_subject(const std::string&) {}
 

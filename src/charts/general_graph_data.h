@@ -1,13 +1,23 @@
 // A series in the form passed to a chart.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace vesk {
 
 inline constexpr double days_to_1970 = 25569; // 1 January 1970 as a date-time number
+
+// How a series is drawn where the chart does not choose. Both numbers count from 0 and may be any.
+struct line_look {
+  std::size_t colour = 0;
+  std::size_t pattern = 0; // of the line: 0 is drawn through
+  bool dots = false;       // no line
+  bool hidden = false;
+};
 
 struct general_graph_data {
   explicit general_graph_data(std::int32_t points)
@@ -19,8 +29,10 @@ struct general_graph_data {
   std::int32_t not_a_date_axis = 0; // 1 if `x` holds plain numbers
   std::string label;                // in the legend
   bool steps = false;               // each value holds until the next point
+  std::optional<line_look> look;    // empty: by its position in the chart
   std::vector<std::size_t> rows;    // for each point, its row; empty: in the order of the rows
 
+  bool is_hidden() const { return look && look->hidden; }
   std::size_t row_of(std::size_t point) const { return rows.empty() ? point : rows[point]; }
 };
 

@@ -44,13 +44,40 @@ calendar_date date_at(double days) {
 } // namespace
 
 void TGraphForm::add_series(std::unique_ptr<general_graph_data> data) {
-  if (data->not_a_date_axis == 1) date_axis_ = false;
-  if (!std::ranges::is_sorted(data->x)) {
-    was_unsorted_ = true;
-    sort_points(*data);
+  std::vector<std::unique_ptr<general_graph_data>> one;
+  one.push_back(std::move(data));
+  add_series(std::move(one));
+}
+
+void TGraphForm::add_series(std::vector<std::unique_ptr<general_graph_data>> all) {
+  for (auto& data : all) {
+    if (data->not_a_date_axis == 1) date_axis_ = false;
+    if (!std::ranges::is_sorted(data->x)) {
+      was_unsorted_ = true;
+      sort_points(*data);
+    }
+    series_.push_back(std::move(data));
   }
-  series_.push_back(std::move(data));
   find_data_bounds();
+}
+
+void TGraphForm::set_titles(std::string x_title, std::string y_title) {
+  x_title_ = std::move(x_title);
+  y_title_ = std::move(y_title);
+}
+
+void TGraphForm::set_data_range(double begin, double end) {
+  data_begin_ = begin;
+  data_end_ = end;
+  for (double_sextuple* it : {&default_bounds_, &bounds_}) {
+    it->x_minimum = begin == end ? begin - 1 : begin;
+    it->x_maximum = begin == end ? end + 1 : end;
+  }
+}
+
+double TGraphForm::x_at(double pixel) const {
+  const double part = std::clamp((pixel - plot_.left) / (plot_.right - plot_.left), 0.0, 1.0);
+  return value_at(part, bounds_.x_minimum, bounds_.x_maximum);
 }
 
 void TGraphForm::replace_series(std::unique_ptr<general_graph_data> data) {
@@ -77,6 +104,7 @@ void TGraphForm::find_data_bounds() {
     if (one->x.empty()) continue;
     data_begin_ = std::min(data_begin_, one->x.front());
     data_end_ = std::max(data_end_, one->x.back());
+    if (one->is_hidden()) continue;
     for (const double y : one->y) {
       if (!is_drawn(y)) continue;
       low = std::min(low, y);
@@ -267,6 +295,7 @@ std::optional<TGraphForm::point_place> TGraphForm::point_at(double x, double y, 
   double nearest = reach * reach;
   for (std::size_t s = 0; s < series_.size(); ++s) {
     const general_graph_data& one = *series_[s];
+    if (one.is_hidden()) continue;
     const double from = bounds_.x_minimum + (x - reach - plot_.left) / x_scale;
     const double to = bounds_.x_minimum + (x + reach - plot_.left) / x_scale;
     const auto begin = std::ranges::lower_bound(one.x, from) - one.x.begin();

@@ -50,6 +50,7 @@ public:
 
   // Takes ownership of a series. Points are sorted by time if necessary; see `was_unsorted`.
   void add_series(std::unique_ptr<general_graph_data> data);
+  void add_series(std::vector<std::unique_ptr<general_graph_data>> all);
   // For a chart of one series whose points have changed. Zoomed bounds are kept if the series has the same label.
   void replace_series(std::unique_ptr<general_graph_data> data);
 
@@ -57,8 +58,25 @@ public:
   bool was_unsorted() const { return was_unsorted_; } // of any series
   bool date_axis() const { return date_axis_; }
   const double_sextuple& bounds() const { return bounds_; }
-  std::string header() const;  // title and date text
-  std::string summary() const; // a sentence, for users who cannot see the chart
+  std::string header() const;                                 // title and date text
+  std::string summary() const;                                // a sentence, for users who cannot see the chart
+  const std::string& x_title() const { return x_title_; }     // below the axis; may be empty
+  const std::string& value_title() const { return y_title_; } // beside the axis; may be empty
+  void set_titles(std::string x_title, std::string y_title);
+
+  // For charts that share a time axis: all of them have the extent of all data.
+  bool has_points() const { return data_begin_ <= data_end_ && !series_.empty(); }
+  double data_begin() const { return data_begin_; }
+  double data_end() const { return data_end_; }
+  void set_data_range(double begin, double end);                       // and shows all of it
+  void set_bounds(const double_sextuple& bounds) { bounds_ = bounds; } // not a step of the zoom
+  void forget_zooms() { zoom_stack_.clear(); }
+
+  // A line across the chart at this x; nothing: none.
+  std::optional<double> cursor() const { return cursor_; }
+  void set_cursor(std::optional<double> x) { cursor_ = x; }
+  // The x at a pixel, within the bounds.
+  double x_at(double pixel) const;
 
   bool monochrome() const { return monochrome_; }
   void toggle_monochrome() { monochrome_ = !monochrome_; }
@@ -104,7 +122,7 @@ private:
     return minimum + (maximum - minimum) * fraction;
   }
 
-  std::string title_;
+  std::string title_, x_title_, y_title_;
   std::vector<std::unique_ptr<general_graph_data>> series_;
   bool date_axis_ = true;
   bool was_unsorted_ = false;
@@ -114,6 +132,7 @@ private:
   std::deque<double_sextuple> zoom_stack_; // newest last
   plot_rectangle plot_, band_;
   std::optional<mouse_button> zooming_;
+  std::optional<double> cursor_;
 };
 
 } // namespace vesk

@@ -70,6 +70,10 @@ public:
   virtual int undo_megabytes() const = 0;
   virtual void set_undo_megabytes(int megabytes) = 0;
 
+  // Whether the results of a run are shown when it has ended.
+  virtual bool show_results_after_run() const { return false; }
+  virtual void set_show_results_after_run(bool) {}
+
   // Jobs that a form may start. A job that ends replaces the data set, like all else that does.
   virtual void start_load_restart_file() = 0; // asks for the file
   virtual bool restart_file_is_loading() const = 0;

@@ -1,4 +1,4 @@
-// TPreferenceConfigurationForm: the two diagnostics switches, and the memory for Undo.
+// TPreferenceConfigurationForm: the two diagnostics switches, the memory for Undo, and what follows a run.
 #pragma once
 
 #include "editors/editor_host.h"
@@ -20,6 +20,9 @@ public:
                                                 "oldest steps are dropped first; the last one is always kept.";
   static constexpr int most_undo_megabytes = 1'000'000;
 
+  static constexpr std::string_view results_caption = "Results";
+  static constexpr std::string_view results_check_box = "Show results after a run";
+
   explicit TPreferenceConfigurationForm(editor_host& host) : host_(host) {}
 
   std::string_view class_name() const override { return "TPreferenceConfigurationForm"; }
@@ -31,6 +34,7 @@ public:
   bool LoggingEnabledCheckBox = false;
   int DiagnosticLevelComboBox = 0; // position in diagnostic_levels; -1: none of them
   int UndoMegabytesEdit = 0;       // 0: automatic
+  bool ShowResultsCheckBox = true;
 
 private:
   editor_host& host_;

@@ -27,7 +27,7 @@ void winvesk_thread::log_line(std::string_view text) {
 
 winvesk_thread::mailbox winvesk_thread::take_mailbox() {
   const std::lock_guard guard(lock_);
-  mailbox taken{simulation_time_changed_, grid_changed_, progress_changed_, progress_percent_, {}};
+  mailbox taken{simulation_time_changed_, grid_changed_, progress_changed_, progress_percent_, simulation_time_, {}};
   if (simulation_time_changed_)
     taken.simulation_time_text = "Simulation Time: " + date_time_text(moment_type::from_date_time(simulation_time_));
   simulation_time_changed_ = grid_changed_ = progress_changed_ = false;

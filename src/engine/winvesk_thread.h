@@ -24,6 +24,7 @@ public:
     bool grid_changed = false;
     bool progress_changed = false;
     int progress_percent = 0;
+    double simulation_time = 0;       // a date-time number, the last one known
     std::string simulation_time_text; // "Simulation Time: " and the date, when simulation_time_changed
   };
   mailbox take_mailbox();

@@ -5,6 +5,7 @@
 #include "ui/texts.h"
 
 #include <QMouseEvent>
+#include <QPdfWriter>
 #include <QSaveFile>
 #include <QShowEvent>
 #include <QSvgGenerator>
@@ -19,15 +20,26 @@ namespace vesk {
 namespace {
 
 constexpr double seconds_in_a_day = 86400;
-constexpr double click_reach = 8; // pixels around a point
-constexpr int shown_points = 400; // with fewer in sight each is drawn as a dot
+constexpr double click_reach = 8;                    // pixels around a point
+constexpr int shown_points = 400, shown_in_row = 60; // with fewer in sight each is drawn as a dot
 constexpr std::string_view zoom_hint =
     "Drag with the left button to zoom in time, with the right button to zoom in value. "
     "Double-click to see all.";
 constexpr int tick_width = 75, tick_height = 45; // pixels that a label on an axis has for itself
 
 const QColor series_colours[] = {QColor(0x1F, 0x4E, 0x9E), QColor(0xB0, 0x30, 0x20), QColor(0x20, 0x7A, 0x3C),
-                                 QColor(0x7A, 0x30, 0x90), QColor(0x90, 0x60, 0x10)};
+                                 QColor(0x7A, 0x30, 0x90), QColor(0x90, 0x60, 0x10), QColor(0x00, 0x7C, 0x8A),
+                                 QColor(0xC0, 0x40, 0x80), QColor(0x55, 0x55, 0x55), QColor(0xD0, 0x6A, 0x00),
+                                 QColor(0x4A, 0x6A, 0x2A)};
+constexpr Qt::PenStyle line_patterns[] = {Qt::SolidLine, Qt::DashLine, Qt::DotLine, Qt::DashDotLine,
+                                          Qt::DashDotDotLine};
+constexpr int row_margin_left = 72, row_margin_right = 18; // pixels beside the plots of rows
+constexpr int most_in_legend = 12;                         // of a row: more would leave no room for its plot
+
+template <class Value, std::size_t size>
+Value nth(const Value (&values)[size], std::size_t n) {
+  return values[n % size];
+}
 
 double drawn_value(double y) {
   return std::isfinite(y) && std::abs(y) < hole_value ? y : std::numeric_limits<double>::quiet_NaN();
@@ -38,16 +50,16 @@ QString x_text(const TGraphForm& graph, double x, const char* format) {
   return QDateTime::fromMSecsSinceEpoch(std::llround(x * seconds_in_a_day) * 1000, Qt::UTC).toString(format);
 }
 
-QFont font_of(int points) {
+QFont font_of(int points, bool bold = true) {
   QFont font("Arial", points);
-  font.setBold(true);
+  font.setBold(bold);
   return font;
 }
 
 } // namespace
 
 chart_view::chart_view(QWidget* parent, kind shown_as)
-    : QWidget(parent), kind_(shown_as), plot_(new QCustomPlot(this)) {
+    : QWidget(parent), kind_(shown_as), plot_(new QCustomPlot(this)), cursor_(new QCPItemStraightLine(plot_)) {
   setAccessibleName("Chart");
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
@@ -57,16 +69,24 @@ chart_view::chart_view(QWidget* parent, kind shown_as)
   plot_->setNoAntialiasingOnDrag(true);
   plot_->setNotAntialiasedElements(QCP::aeAll);
   plot_->setContextMenuPolicy(Qt::PreventContextMenu);
-  plot_->plotLayout()->insertRow(0);
-  auto* header = new QCPTextElement(plot_, {}, font_of(kind_ == kind::window ? 12 : 10));
-  header->setObjectName("header");
-  plot_->plotLayout()->addElement(0, 0, header);
+  if (kind_ == kind::row) {
+    plot_->axisRect()->setAutoMargins(QCP::msTop | QCP::msBottom);
+    plot_->axisRect()->setMargins({scaled(row_margin_left, *this), 0, scaled(row_margin_right, *this), 0});
+    plot_->xAxis->grid()->setSubGridVisible(false);
+    setFocusPolicy(Qt::StrongFocus);
+  } else {
+    plot_->plotLayout()->insertRow(0);
+    header_ = new QCPTextElement(plot_, {}, font_of(kind_ == kind::window ? 12 : 10));
+    header_->setObjectName("header");
+    plot_->plotLayout()->addElement(0, 0, header_);
+  }
   for (QCPAxis* axis : {plot_->xAxis, plot_->yAxis}) axis->setTickLabelFont(font_of(8));
-  plot_->legend->setFont(font_of(8));
-  if (kind_ == kind::window) { // above the plot, where it covers no point
-    plot_->plotLayout()->insertRow(1);
-    plot_->plotLayout()->addElement(1, 0, plot_->legend);
-    plot_->plotLayout()->setRowStretchFactor(1, 0.001);
+  plot_->legend->setFont(font_of(8, kind_ != kind::row));
+  if (kind_ != kind::beside_a_grid) { // above the plot, where it covers no point
+    const int row = kind_ == kind::window ? 1 : 0;
+    plot_->plotLayout()->insertRow(row);
+    plot_->plotLayout()->addElement(row, 0, plot_->legend);
+    plot_->plotLayout()->setRowStretchFactor(row, 0.001);
     plot_->legend->setFillOrder(QCPLegend::foColumnsFirst);
   }
   band_ = new QCPItemRect(plot_);
@@ -75,6 +95,9 @@ chart_view::chart_view(QWidget* parent, kind shown_as)
   band_->setBrush(QColor(0, 0, 0, 40));
   for (QCPItemPosition* corner : band_->positions()) corner->setType(QCPItemPosition::ptAbsolute);
   band_->setVisible(false);
+  cursor_->setLayer("overlay");
+  cursor_->setPen(QPen(QColor(0x40, 0x40, 0x40), 1, Qt::DashLine));
+  cursor_->setVisible(false);
   plot_->installEventFilter(this);
   connect(plot_, &QCustomPlot::afterLayout, this, [this] {
     const QRect area = plot_->axisRect()->rect();
@@ -86,6 +109,17 @@ chart_view::chart_view(QWidget* parent, kind shown_as)
     take_ticks();
     plot_->replot(QCustomPlot::rpQueuedReplot);
   });
+}
+
+QIcon chart_view::line_icon(const line_look& look) {
+  constexpr int length = 28, height = 14, sharpness = 2;
+  QPixmap picture(QSize(length, height) * sharpness);
+  picture.setDevicePixelRatio(sharpness);
+  picture.fill(Qt::white); // as in the chart, whatever the palette
+  QPainter painter(&picture);
+  painter.setPen(QPen(nth(series_colours, look.colour), 2, nth(line_patterns, look.pattern)));
+  painter.drawLine(2, height / 2, length - 2, height / 2);
+  return picture;
 }
 
 QSize chart_view::sizeHint() const {
@@ -104,6 +138,12 @@ void chart_view::data_changed() {
 
 void chart_view::bounds_changed() {
   schedule();
+}
+
+void chart_view::cursor_changed() {
+  if (scheduled_ || !graph_) return;
+  take_cursor();
+  plot_->layer("overlay")->replot();
 }
 
 void chart_view::mark_point(std::optional<std::size_t> point) {
@@ -126,16 +166,17 @@ void chart_view::schedule() {
 void chart_view::take_series() {
   series_are_old_ = false;
   // A legend without entries takes nearly all the width from the plot; what was counted then does not hold.
-  if (kind_ == kind::window) ticked_size_ = QSize();
+  if (kind_ != kind::beside_a_grid) ticked_size_ = QSize();
   plot_->clearGraphs();
   if (!graph_) return;
   const double scale = graph_->date_axis() ? seconds_in_a_day : 1;
-  int number = 0;
   for (const auto& one : graph_->series()) {
     QCPGraph* graph = plot_->addGraph();
     graph->setName(shown(one->label));
-    graph->setLineStyle(one->steps ? QCPGraph::lsStepLeft : QCPGraph::lsLine);
-    graph->setPen(QPen(series_colours[number++ % std::size(series_colours)], 1));
+    const bool dots = one->look && one->look->dots;
+    graph->setLineStyle(dots ? QCPGraph::lsNone : one->steps ? QCPGraph::lsStepLeft : QCPGraph::lsLine);
+    graph->setVisible(!one->is_hidden());
+    if (one->is_hidden()) graph->removeFromLegend();
     QVector<QCPGraphData> points(static_cast<qsizetype>(one->x.size()));
     for (std::size_t i = 0; i < one->x.size(); ++i)
       points[static_cast<qsizetype>(i)] = {one->x[i] * scale, drawn_value(one->y[i])};
@@ -148,7 +189,10 @@ void chart_view::take_series() {
   } else {
     plot_->xAxis->setTicker(QSharedPointer<QCPAxisTicker>(new QCPAxisTicker));
   }
-  plot_->legend->setVisible(kind_ == kind::window && !graph_->series().empty());
+  const int entries = plot_->legend->itemCount();
+  plot_->legend->setVisible(kind_ != kind::beside_a_grid && entries > 0 &&
+                            (kind_ == kind::window || entries <= most_in_legend));
+  if (kind_ == kind::row) plot_->legend->setWrap(legend_columns());
   QCPGraph* mark = plot_->addGraph();
   mark->removeFromLegend();
   mark->setLineStyle(QCPGraph::lsNone);
@@ -160,10 +204,17 @@ void chart_view::take_look() {
   plot_->setBackground(QColor(look.backgrounds[0]));
   plot_->axisRect()->setBackground(QColor(look.backgrounds[2]));
   plot_->legend->setBrush(QColor(look.backgrounds[1]));
-  const Qt::PenStyle styles[] = {Qt::SolidLine, Qt::DashLine, Qt::DotLine, Qt::DashDotLine, Qt::DashDotDotLine};
+  if (kind_ == kind::row) {
+    plot_->setBackground(Qt::white);
+    plot_->axisRect()->setBackground(Qt::white);
+    plot_->legend->setBrush(Qt::white);
+    plot_->legend->setBorderPen(Qt::NoPen);
+  }
   for (int i = 0; i + 1 < plot_->graphCount(); ++i) {
-    QPen pen(series_colours[static_cast<std::size_t>(i) % std::size(series_colours)], 1);
-    if (graph_->monochrome()) pen = QPen(Qt::black, 1, styles[static_cast<std::size_t>(i) % std::size(styles)]);
+    const auto at = static_cast<std::size_t>(i);
+    const line_look of_series = graph_->series()[at]->look.value_or(line_look{.colour = at});
+    QPen pen(nth(series_colours, of_series.colour), 1, nth(line_patterns, of_series.pattern));
+    if (graph_->monochrome()) pen = QPen(Qt::black, 1, nth(line_patterns, at));
     plot_->graph(i)->setPen(pen);
   }
 }
@@ -182,9 +233,29 @@ void chart_view::take_bounds() {
     const auto& points = *plot_->graph(i)->data();
     const QCPRange x = plot_->xAxis->range();
     const auto in_sight = points.findEnd(x.upper, false) - points.findBegin(x.lower, false);
-    plot_->graph(i)->setScatterStyle(in_sight <= shown_points ? QCPScatterStyle(QCPScatterStyle::ssDisc, 4)
-                                                              : QCPScatterStyle(QCPScatterStyle::ssNone));
+    const bool as_dots = plot_->graph(i)->lineStyle() == QCPGraph::lsNone;
+    const int few = kind_ == kind::row ? shown_in_row : shown_points;
+    const auto shape = in_sight <= few || as_dots ? QCPScatterStyle::ssDisc : QCPScatterStyle::ssNone;
+    plot_->graph(i)->setScatterStyle(QCPScatterStyle(shape, as_dots ? 5 : 4));
   }
+}
+
+// A window is as wide as its texts; a row's legend takes several lines.
+int chart_view::legend_columns() const {
+  int widest = 1;
+  for (const auto& one : graph_->series())
+    if (!one->is_hidden())
+      widest = std::max(widest, QFontMetrics(plot_->legend->font()).horizontalAdvance(shown(one->label)));
+  return std::max(1, (width() - scaled(20, *this)) / (widest + scaled(60, *this)));
+}
+
+void chart_view::take_cursor() {
+  const auto x = graph_->cursor();
+  cursor_->setVisible(x.has_value());
+  if (!x) return;
+  const double at = *x * (graph_->date_axis() ? seconds_in_a_day : 1);
+  cursor_->point1->setCoords(at, 0);
+  cursor_->point2->setCoords(at, 1);
 }
 
 // As many labels as there is room for, so that none lies over another.
@@ -199,8 +270,10 @@ void chart_view::draw() {
   if (graph_) {
     take_look();
     take_bounds();
-    static_cast<QCPTextElement*>(plot_->plotLayout()->element(0, 0))
-        ->setText(graph_->series().empty() ? QString("No points to draw") : shown(graph_->header()));
+    take_cursor();
+    plot_->xAxis->setLabel(shown(graph_->x_title()));
+    plot_->yAxis->setLabel(shown(graph_->value_title()));
+    if (header_) header_->setText(graph_->series().empty() ? QString("No points to draw") : shown(graph_->header()));
     setAccessibleDescription(shown(graph_->summary()));
     QVector<QCPGraphData> mark;
     const auto& series = graph_->series();
@@ -215,7 +288,7 @@ void chart_view::draw() {
 // A dialog that is opened again shows everything.
 void chart_view::showEvent(QShowEvent* event) {
   QWidget::showEvent(event);
-  if (event->spontaneous() || kind_ == kind::window || !graph_) return;
+  if (event->spontaneous() || kind_ != kind::beside_a_grid || !graph_) return;
   graph_->unzoom_completely();
   schedule();
 }
@@ -251,6 +324,7 @@ bool chart_view::mouse(QEvent* event) {
     } else if (was_zooming && mouse->button() == Qt::LeftButton) {
       const auto point = graph_->point_at(at.x(), at.y(), click_reach);
       if (point && point->series == 0) emit point_clicked(point->point);
+      emit x_clicked(graph_->x_at(at.x()));
     }
   } else {
     graph_->move(at.x(), at.y());
@@ -273,32 +347,58 @@ void chart_view::show_value_at(const QPointF& at) {
       tool_tip(shown(series.label) + "\n" + x_text(*graph_, series.x[place->point], "d MMM yyyy hh:mm") + ": " + y));
 }
 
+QSize chart_view::size_of(const std::vector<chart_view*>& rows) {
+  int height = 0;
+  for (const chart_view* row : rows) height += row->plot_->height();
+  return {rows.front()->plot_->width(), height};
+}
+
+void chart_view::paint(const std::vector<chart_view*>& rows, QCPPainter& painter) {
+  for (chart_view* row : rows) {
+    row->plot_->toPainter(&painter, row->plot_->width(), row->plot_->height());
+    painter.translate(0, row->plot_->height());
+  }
+}
+
 // As vectors, in the proportions of the target and with texts of the size they have on the screen.
-bool chart_view::paint_on(QPaintDevice& device, const QRect& target) {
+bool chart_view::paint_on(const std::vector<chart_view*>& rows, QPaintDevice& device, const QRect& target) {
   QCPPainter painter;
   if (!painter.begin(&device)) return false;
   painter.setMode(QCPPainter::pmVectorized);
-  const double scale = static_cast<double>(target.width()) / plot_->width();
+  const double scale = static_cast<double>(target.width()) / rows.front()->plot_->width();
   painter.translate(target.topLeft());
   painter.scale(scale, scale);
-  plot_->toPainter(&painter, plot_->width(), static_cast<int>(target.height() / scale));
+  if (rows.size() == 1) {
+    QCustomPlot& plot = *rows.front()->plot_;
+    plot.toPainter(&painter, plot.width(), static_cast<int>(target.height() / scale));
+  } else {
+    const double too_high = size_of(rows).height() * scale / target.height();
+    if (too_high > 1) painter.scale(1 / too_high, 1 / too_high);
+    paint(rows, painter);
+  }
   return painter.end();
+}
+
+bool chart_view::paint_on(QPaintDevice& device, const QRect& target) {
+  return paint_on({this}, device, target);
 }
 
 namespace {
 
-bool save_values(const TGraphForm& graph, const QString& file_name) {
+bool save_values(const std::vector<const TGraphForm*>& graphs, const QString& file_name) {
   QSaveFile file(file_name);
   if (!file.open(QIODevice::WriteOnly)) return false;
   QByteArray text = "series,x,value\n";
-  for (const auto& one : graph.series()) {
-    QByteArray label = QByteArray::fromStdString(one->label);
-    label = "\"" + label.replace("\"", "\"\"") + "\"";
-    for (std::size_t i = 0; i < one->x.size(); ++i) {
-      text += label + "," + x_text(graph, one->x[i], "yyyy-MM-ddTHH:mm:ss").toUtf8() + "," +
-              QByteArray::number(one->y[i], 'g', QLocale::FloatingPointShortest) + "\n";
+  for (const TGraphForm* graph : graphs)
+    for (const auto& one : graph->series()) {
+      if (one->is_hidden()) continue;
+      QByteArray label = QByteArray::fromStdString(one->label);
+      label = "\"" + label.replace("\"", "\"\"") + "\"";
+      for (std::size_t i = 0; i < one->x.size(); ++i) {
+        text += label + "," + x_text(*graph, one->x[i], "yyyy-MM-ddTHH:mm:ss").toUtf8() + "," +
+                QByteArray::number(one->y[i], 'g', QLocale::FloatingPointShortest) + "\n";
+      }
     }
-  }
   return file.write(text) == text.size() && file.commit();
 }
 
@@ -313,22 +413,45 @@ bool chart_view::can_save_as(const QString& file_name) {
 }
 
 bool chart_view::save(const QString& file_name) {
+  return save({this}, file_name);
+}
+
+bool chart_view::save(const std::vector<chart_view*>& rows, const QString& file_name) {
   const QString ending = ending_of(file_name);
-  if (!graph_) return false;
-  if (ending == "csv") return save_values(*graph_, file_name);
-  if (ending == "pdf") return plot_->savePdf(file_name);
+  std::vector<const TGraphForm*> graphs;
+  for (const chart_view* row : rows) {
+    if (!row->graph_) return false;
+    graphs.push_back(row->graph_);
+  }
+  if (ending == "csv") return save_values(graphs, file_name);
+  const QSize size = size_of(rows);
+  if (ending == "pdf") {
+    QPdfWriter pdf(file_name);
+    constexpr double points_in_a_pixel = 0.75;
+    pdf.setPageSize(QPageSize(QSizeF(size) * points_in_a_pixel, QPageSize::Point));
+    pdf.setPageMargins({});
+    return paint_on(rows, pdf, {0, 0, pdf.width(), pdf.height()});
+  }
+  QCPPainter painter;
   if (ending == "svg") {
     QSvgGenerator svg;
     svg.setFileName(file_name);
-    svg.setSize(plot_->size());
-    svg.setViewBox(plot_->rect());
-    QCPPainter painter;
+    svg.setSize(size);
+    svg.setViewBox(QRect({0, 0}, size));
     if (!painter.begin(&svg)) return false;
     painter.setMode(QCPPainter::pmVectorized);
-    plot_->toPainter(&painter, plot_->width(), plot_->height());
+    paint(rows, painter);
     return painter.end();
   }
-  return plot_->savePng(file_name, 0, 0, 2);
+  constexpr int sharpness = 2;
+  QImage picture(size * sharpness, QImage::Format_RGB32);
+  picture.fill(Qt::white);
+  painter.begin(&picture);
+  painter.setMode(QCPPainter::pmNoCaching);
+  painter.scale(sharpness, sharpness);
+  paint(rows, painter);
+  painter.end();
+  return picture.save(file_name);
 }
 
 } // namespace vesk

@@ -3,10 +3,15 @@
 
 #include "charts/graph_form.h"
 
+#include <QIcon>
 #include <QWidget>
 #include <optional>
+#include <vector>
 
 class QCPItemRect;
+class QCPItemStraightLine;
+class QCPPainter;
+class QCPTextElement;
 class QCustomPlot;
 class QPaintDevice;
 
@@ -16,8 +21,9 @@ class chart_view final : public QWidget {
   Q_OBJECT
 
 public:
-  // Beside a grid it is small and about the one series there: without a legend.
-  enum class kind { window, beside_a_grid };
+  // Beside a grid it is small and about the one series there: without a legend. A row is one of several charts below
+  // each other: its axis lies where those of the others do, and it has no header.
+  enum class kind { window, beside_a_grid, row };
   explicit chart_view(QWidget* parent, kind shown_as = kind::window);
 
   // The chart to draw; borrowed, null: none. `data_changed` rereads its series, `bounds_changed` the visible range;
@@ -25,6 +31,7 @@ public:
   void show_graph(TGraphForm* graph);
   void data_changed();
   void bounds_changed();
+  void cursor_changed();                             // the line alone is drawn anew
   void mark_point(std::optional<std::size_t> point); // of the first series
 
   // By the ending of the name: png, svg, pdf or csv. False: it could not be written.
@@ -32,11 +39,19 @@ public:
   bool save(const QString& file_name);
   bool paint_on(QPaintDevice& device, const QRect& target); // false: it takes no picture
 
+  // The same for charts below each other. `rows` is not empty.
+  static bool save(const std::vector<chart_view*>& rows, const QString& file_name);
+  static bool paint_on(const std::vector<chart_view*>& rows, QPaintDevice& device, const QRect& target);
+
+  // A short piece of the line, for a legend outside of the chart.
+  static QIcon line_icon(const line_look& look);
+
   QSize sizeHint() const override;
 
 signals:
   void point_clicked(std::size_t point); // of the first series
   void bounds_moved();                   // by the mouse
+  void x_clicked(double x);              // anywhere in the plot
 
 protected:
   void showEvent(QShowEvent* event) override;
@@ -47,6 +62,10 @@ private:
   void take_ticks();
   void take_look();
   void take_bounds();
+  void take_cursor();
+  int legend_columns() const;
+  static QSize size_of(const std::vector<chart_view*>& rows);
+  static void paint(const std::vector<chart_view*>& rows, QCPPainter& painter);
   void draw();
   void schedule();
   bool mouse(QEvent* event);
@@ -55,6 +74,8 @@ private:
   const kind kind_;
   QCustomPlot* plot_;
   QCPItemRect* band_;
+  QCPItemStraightLine* cursor_;
+  QCPTextElement* header_ = nullptr; // of a row: none
   TGraphForm* graph_ = nullptr;
   std::optional<std::size_t> marked_;
   QSize ticked_size_; // of the plot when its labels were last counted for a new size

@@ -2,12 +2,8 @@
 
 #include "ui/chart_view.h"
 #include "ui/measures.h"
-#include "ui/questions.h"
-#include "ui/texts.h"
 
 #include <QLabel>
-#include <QPrinter>
-#include <QPrinterInfo>
 #include <QToolBar>
 #include <QToolButton>
 #include <QVBoxLayout>
@@ -44,10 +40,10 @@ graph_window::graph_window(QWidget* owner, std::shared_ptr<TGraphForm> graph)
   add("Monochrome", "Toggles between color and monochrome", Qt::Key_M, &TGraphForm::toggle_monochrome)
       ->setCheckable(true);
   tools->addSeparator();
-  QAction* print_action = tools->addAction("Print", this, [this] { print(); });
+  QAction* print_action = tools->addAction("Print", this, [this] { print_picture(picture()); });
   print_action->setShortcut(QKeySequence::Print);
   print_action->setToolTip("Print Graph (Ctrl+P)");
-  QAction* save_action = tools->addAction("Save as...", this, [this] { save(); });
+  QAction* save_action = tools->addAction("Save as...", this, [this] { save_picture(picture()); });
   save_action->setShortcut(QKeySequence::Save);
 
   save_action->setToolTip("Save as PNG, SVG, PDF or CSV (Ctrl+S)");
@@ -77,31 +73,9 @@ void graph_window::refresh() {
   chart_->bounds_changed();
 }
 
-// To the default printer; without one as a PDF file.
-void graph_window::print() {
-  if (QPrinterInfo::defaultPrinter().isNull()) {
-    const auto name =
-        ask_for_file({file_dialog::kind::save, "Print to a PDF file", "PDF files|*.pdf", "pdf", ".pdf"}, {});
-    if (name && !chart_->save(shown(*name)))
-      ask_in_box("Error", "Cannot write the chart to " + *name + ".", box_buttons::ok);
-    return;
-  }
-  QPrinter printer;
-  printer.setPageOrientation(QPageLayout::Landscape);
-  if (!chart_->paint_on(printer, printer.pageLayout().paintRectPixels(printer.resolution())))
-    ask_in_box("Error", "The default printer \"" + stored(printer.printerName()) + "\" does not take the chart.",
-               box_buttons::ok);
-}
-
-void graph_window::save() {
-  const auto name = ask_for_file({file_dialog::kind::save, "Save the chart",
-                                  "PNG pictures|*.png|SVG pictures|*.svg|PDF files|*.pdf|CSV tables|*.csv", "png"},
-                                 {});
-  if (!name) return;
-  if (!chart_view::can_save_as(shown(*name)))
-    ask_in_box("Error", "The name " + *name + " must end in .png, .svg, .pdf or .csv.", box_buttons::ok);
-  else if (!chart_->save(shown(*name)))
-    ask_in_box("Error", "Cannot write the chart to " + *name + ".", box_buttons::ok);
+picture_output graph_window::picture() const {
+  return {[this](const QString& name) { return chart_->save(name); },
+          [this](QPaintDevice& device, const QRect& target) { return chart_->paint_on(device, target); }};
 }
 
 } // namespace vesk

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "charts/graph_form.h"
+#include "ui/picture_output.h"
 
 #include <QWidget>
 #include <functional>
@@ -19,8 +20,7 @@ public:
 
 private:
   void refresh();
-  void print();
-  void save();
+  picture_output picture() const;
 
   const std::shared_ptr<TGraphForm> graph_;
   chart_view* chart_;

@@ -9,6 +9,7 @@
 #include "ui/progress_box.h"
 #include "ui/progress_panel.h"
 #include "ui/questions.h"
+#include "ui/results/results_window.h"
 #include "ui/results_table.h"
 #include "ui/splash_form.h"
 #include "ui/texts.h"
@@ -58,6 +59,7 @@ run_record head_of_records() {
 main_window::main_window(const std::filesystem::path& settings_file)
     : form_(std::make_unique<TPreveskMainForm>(*this, settings_file)) {
   form_->record_head = head_of_records();
+  form_->keep_previous_results = true;
   setObjectName("PreveskMainForm");
   setWindowIcon(program_image());
   lay_out();
@@ -68,7 +70,12 @@ main_window::main_window(const std::filesystem::path& settings_file)
   form_->set_window_handle(
       static_cast<std::int32_t>(winId())); // after: a window that the system knows is placed otherwise
   UIUpdateTimer.setObjectName("UIUpdateTimer");
-  connect(&UIUpdateTimer, &QTimer::timeout, this, [this] { attempt([this] { form_->UpdateTimerTimer(); }); });
+  connect(&UIUpdateTimer, &QTimer::timeout, this, [this] {
+    attempt([this] {
+      form_->UpdateTimerTimer();
+      sample_results_grid();
+    });
+  });
   UIUpdateTimer.start(TPreveskMainForm::ui_update_interval);
 }
 
@@ -241,6 +248,25 @@ void main_window::hide_splash() {
 
 void main_window::data_set_replaced() {
   forms_->data_set_replaced();
+}
+
+bool main_window::show_results(const std::string& file, bool after_run) {
+  const bool is_open = results_ && results_->isVisible();
+  if (after_run && !is_open && !form_->settings.ShowResultsAfterRun) return true;
+  if (!results_) {
+    results_ = std::make_unique<results_window>(*this);
+    results_->OnNewMeasuredFile = [this](const std::filesystem::path& measured) { form_->list_related_file(measured); };
+  }
+  if (!file.empty()) results_->open(file);
+  if (!is_open) results_->show();
+  if (!after_run) results_->activateWindow();
+  return true;
+}
+
+void main_window::sample_results_grid() {
+  if (!form_->active_thread || !results_ || !results_->isVisible() || form_->simulation_time() == 0) return;
+  results_->sample(form_->simulation_time(), ResultsTable->chosen_cells(),
+                   [this](int row, int cell) { return form_->ResultsTableGetCellData(row, cell); });
 }
 
 // A job's signs.

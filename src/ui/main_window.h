@@ -20,6 +20,7 @@ class form_windows;
 class info_list;
 class progress_panel;
 class results_table;
+class results_window;
 class splash_form;
 
 class main_window final : public QMainWindow, public user_interface {
@@ -52,6 +53,7 @@ public:
   void show_administration_menu(bool visible) override { controls_->show_administration_menu(visible); }
   void add_documentation_item(const std::string& caption) override { controls_->add_document(caption); }
   void data_set_replaced() override;
+  bool show_results(const std::string& file, bool after_run) override;
   void query_executed(const std::string& series, const import_query_descriptor& query,
                       const query_report& report) override;
   void set_priority_position(int position) override;
@@ -76,10 +78,12 @@ private:
   void lay_out();
   void set_results_height(int height);
   void note_normal_place();
+  void sample_results_grid(); // for the results window
 
   std::unique_ptr<TPreveskMainForm> form_;
   std::unique_ptr<form_windows> forms_;
   std::unique_ptr<command_controls> controls_;
+  std::unique_ptr<results_window> results_; // null until it is first wanted
   info_list* InfoListView = nullptr;
   results_table* ResultsTable = nullptr;
   QSplitter* splitter_ = nullptr; // between the two

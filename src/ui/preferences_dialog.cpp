@@ -33,7 +33,8 @@ QGroupBox* group_of(QWidget* content, std::string_view caption, const char* name
 
 preferences_dialog::preferences_dialog(QWidget* parent, TPreferenceConfigurationForm& form)
     : QDialog(parent), form_(form), LoggingEnabledCheckBox(new QCheckBox(shown(form_type::logging_check_box))),
-      DiagnosticLevelComboBox(new QComboBox), UndoMegabytesEdit(new QSpinBox) {
+      DiagnosticLevelComboBox(new QComboBox), UndoMegabytesEdit(new QSpinBox),
+      ShowResultsCheckBox(new QCheckBox(shown(form_type::results_check_box))) {
   setObjectName("PreferenceConfigurationForm");
   setWindowTitle(shown(form.caption()));
   auto* pages = new QTabWidget;
@@ -41,7 +42,8 @@ preferences_dialog::preferences_dialog(QWidget* parent, TPreferenceConfiguration
   pages->setAccessibleName("Pages of the preferences");
   pages->addTab(diagnostics_page(), "&Diagnostics");
   pages->addTab(editing_page(), "Ed&iting");
-  for (int page = 0; page < pages->count(); ++page) give_mnemonics(*pages->widget(page), "di");
+  pages->addTab(running_page(), "&Running");
+  for (int page = 0; page < pages->count(); ++page) give_mnemonics(*pages->widget(page), "dir");
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
   connect(buttons, &QDialogButtonBox::accepted, this, [this] {
     take_over();
@@ -93,11 +95,23 @@ QWidget* preferences_dialog::editing_page() {
   return page;
 }
 
+QWidget* preferences_dialog::running_page() {
+  ShowResultsCheckBox->setObjectName("ShowResultsCheckBox");
+  ShowResultsCheckBox->setToolTip("The results window opens when a run has ended well");
+  ShowResultsCheckBox->setAccessibleDescription(ShowResultsCheckBox->toolTip());
+  auto* page = new QWidget;
+  auto* column = new QVBoxLayout(page);
+  column->addWidget(group_of(ShowResultsCheckBox, form_type::results_caption, "ResultsGroupBox"));
+  column->addStretch(1);
+  return page;
+}
+
 void preferences_dialog::showEvent(QShowEvent* event) {
   form_.FormShow();
   LoggingEnabledCheckBox->setChecked(form_.LoggingEnabledCheckBox);
   DiagnosticLevelComboBox->setCurrentIndex(form_.DiagnosticLevelComboBox);
   UndoMegabytesEdit->setValue(form_.UndoMegabytesEdit);
+  ShowResultsCheckBox->setChecked(form_.ShowResultsCheckBox);
   findChild<QTabWidget*>("PreferencePages")->setCurrentIndex(0);
   LoggingEnabledCheckBox->setFocus();
   QDialog::showEvent(event);
@@ -107,6 +121,7 @@ void preferences_dialog::take_over() {
   form_.LoggingEnabledCheckBox = LoggingEnabledCheckBox->isChecked();
   form_.DiagnosticLevelComboBox = DiagnosticLevelComboBox->currentIndex();
   form_.UndoMegabytesEdit = UndoMegabytesEdit->value();
+  form_.ShowResultsCheckBox = ShowResultsCheckBox->isChecked();
   form_.FormCloseQuery(true);
 }
 

@@ -21,12 +21,14 @@ protected:
 private:
   QWidget* diagnostics_page();
   QWidget* editing_page();
+  QWidget* running_page();
   void take_over();
 
   TPreferenceConfigurationForm& form_;
   QCheckBox* LoggingEnabledCheckBox;
   QComboBox* DiagnosticLevelComboBox;
   QSpinBox* UndoMegabytesEdit;
+  QCheckBox* ShowResultsCheckBox;
 };
 
 } // namespace vesk

@@ -64,4 +64,17 @@ void results_table::repaint_cells() {
   viewport()->update();
 }
 
+std::vector<live_cell> results_table::chosen_cells() {
+  std::vector<live_cell> cells;
+  const cell_range chosen = table().selection();
+  const auto columns = results.columns();
+  for (std::size_t row = chosen.top; row <= chosen.bottom && row < results.row_count(); ++row)
+    for (std::size_t column = chosen.left; column <= chosen.right && column < columns.size(); ++column) {
+      if (cells.size() == live_samples::most_cells) return cells;
+      cells.push_back({static_cast<int>(row), static_cast<int>(column),
+                       columns[column].header + ", row " + std::to_string(row + 1)});
+    }
+  return cells;
+}
+
 } // namespace vesk

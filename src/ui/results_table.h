@@ -3,6 +3,7 @@
 #pragma once
 
 #include "ui/grid_view.h"
+#include "viewer/live_samples.h"
 
 #include <functional>
 #include <optional>
@@ -47,6 +48,7 @@ public:
   void initialize_grid(const std::vector<std::string>& column_labels, int rows);
   void set_picture(const std::string& picture) { results.set_picture(picture); }
   void repaint_cells();
+  std::vector<live_cell> chosen_cells(); // the selected ones, at most live_samples::most_cells
 };
 
 } // namespace vesk

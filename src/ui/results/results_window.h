@@ -1,0 +1,72 @@
+// The window that shows results: any number of files side by side, on pages that share the choice of variables and
+// segments and the cursor in time.
+#pragma once
+
+#include "editors/user_questions.h"
+#include "viewer/live_samples.h"
+#include "viewer/series_store.h"
+
+#include <QWidget>
+#include <filesystem>
+#include <vector>
+
+class QLabel;
+class QPushButton;
+class QTabWidget;
+
+namespace vesk {
+
+class check_list;
+class cursor_bar;
+class results_view;
+class scenario_list;
+
+class results_window final : public QWidget {
+public:
+  explicit results_window(user_questions& questions); // must outlive it
+  ~results_window() override;
+
+  // Opens a file beside those that are open, or reads it anew, in the background. A failure becomes a sentence in the
+  // window.
+  void open(const std::filesystem::path& file);
+  void ask_and_open();
+
+  // Cells of the results grid of a run that goes on, as dots until its file is opened. See live_samples.
+  void sample(double date_time, const std::vector<live_cell>& cells,
+              const std::function<std::optional<double>(int row, int column)>& read);
+
+  // The first measured series was added: the file now exists. May be empty.
+  std::function<void(const std::filesystem::path&)> OnNewMeasuredFile;
+
+  results_session& session() { return session_; }
+  const series_store& series() const { return store_; }
+
+protected:
+  void showEvent(QShowEvent* event) override;
+
+private:
+  void add_views();
+  void add_view(results_view* view, const QString& title);
+  QWidget* choice_part();
+  void show_results();
+  void show_choice();
+  void show_page();
+  void look_at_files();
+  void say(const QString& message);
+
+  user_questions& questions_;
+  results_session session_;
+  series_store store_;
+  live_samples live_;
+  std::vector<results_view*> views_; // in the order of their tabs
+  QTabWidget* pages_;
+  scenario_list* scenarios_ = nullptr;
+  check_list* variables_ = nullptr;
+  check_list* segments_ = nullptr;
+  cursor_bar* cursor_ = nullptr;
+  QLabel* message_;
+  QLabel* age_;
+  QPushButton* reload_;
+};
+
+} // namespace vesk

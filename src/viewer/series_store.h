@@ -1,0 +1,75 @@
+// The values of the chosen series of all scenarios, read in the background and kept while they are chosen.
+#pragma once
+
+#include "viewer/results_session.h"
+
+#include <compare>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace vesk {
+
+// A variable in a segment of one scenario, with its values.
+struct shown_series {
+  std::size_t scenario = 0; // in the session
+  std::string scenario_name = {};
+  std::string variable = {}, segment = {}, units = {};
+  std::shared_ptr<const std::vector<double>> times = {};  // date-time numbers
+  std::shared_ptr<const std::vector<double>> values = {}; // as many; not-a-number where there is none
+  std::size_t colour = 0; // by variable and segment, the same for as long as the window lives
+
+  // "DO, Oak City", with the scenario where there are several.
+  std::string label(bool with_scenario) const;
+};
+
+// As many values are held at most; a longer choice is refused with a sentence.
+inline constexpr std::size_t most_chosen_values = 10'000'000;
+
+// The owner's thread only.
+class series_store {
+public:
+  // The session must outlive it. It listens to the session.
+  explicit series_store(results_session& session);
+  ~series_store() { session_.reader().forget(this); }
+  series_store(const series_store&) = delete;
+  series_store& operator=(const series_store&) = delete;
+
+  // In order of variables, segments and scenarios. Series that are still being read are not among them.
+  const std::vector<shown_series>& series() const { return series_; }
+  bool is_reading() const { return is_reading_; }
+  // Why some of the choice is not shown: one sentence; empty: all is.
+  const std::string& note() const { return note_; }
+
+  void listen(std::function<void()> changed) { listeners_.push_back(std::move(changed)); } // to all of the above
+
+private:
+  struct key {
+    std::uint64_t scenario = 0; // its number
+    std::size_t variable = 0, segment = 0;
+    friend auto operator<=>(const key&, const key&) = default;
+  };
+  using values = std::shared_ptr<const std::vector<double>>;
+  struct wanted_series {
+    key at;
+    std::shared_ptr<const results_file> file;
+    shown_series shown;
+  };
+  void update();
+  std::vector<wanted_series> list_wanted();
+  void read(std::vector<wanted_series> missing);
+  void show();
+  std::size_t colour_of(const std::string& variable, const std::string& segment);
+
+  results_session& session_;
+  std::vector<wanted_series> wanted_;
+  std::map<key, values> read_;
+  std::vector<shown_series> series_;
+  std::map<std::pair<std::string, std::string>, std::size_t> colours_;
+  std::string note_;
+  bool is_reading_ = false;
+  std::vector<std::function<void()>> listeners_;
+};
+
+} // namespace vesk
