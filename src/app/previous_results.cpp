@@ -18,12 +18,10 @@ fs::path with_ending(const fs::path& base, const std::string& ending) {
 
 // The name of an unfinished file: if the program dies, the next run removes it; see platform/output_lock.h.
 std::string unfinished_ending() {
-  char host[256] = {};
-  gethostname(host, sizeof host - 1);
   std::random_device random;
   char number[17];
   std::snprintf(number, sizeof number, "%08x%08x", random(), random());
-  return std::string(".part-") + host + "-" + std::to_string(getpid()) + "-" + number;
+  return ".part-vesk-" + std::to_string(getpid()) + "-" + number;
 }
 
 bool give_second_name(const fs::path& present, const fs::path& second) {

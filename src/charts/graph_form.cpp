@@ -61,6 +61,10 @@ void TGraphForm::add_series(std::vector<std::unique_ptr<general_graph_data>> all
   find_data_bounds();
 }
 
+bool TGraphForm::has_points() const {
+  return std::ranges::any_of(series_, [](const auto& one) { return !one->x.empty(); });
+}
+
 void TGraphForm::set_titles(std::string x_title, std::string y_title) {
   x_title_ = std::move(x_title);
   y_title_ = std::move(y_title);

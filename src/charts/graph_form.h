@@ -65,7 +65,7 @@ public:
   void set_titles(std::string x_title, std::string y_title);
 
   // For charts that share a time axis: all of them have the extent of all data.
-  bool has_points() const { return data_begin_ <= data_end_ && !series_.empty(); }
+  bool has_points() const;
   double data_begin() const { return data_begin_; }
   double data_end() const { return data_end_; }
   void set_data_range(double begin, double end);                       // and shows all of it

@@ -169,6 +169,7 @@ void chart_view::take_series() {
   if (kind_ != kind::beside_a_grid) ticked_size_ = QSize();
   plot_->clearGraphs();
   if (!graph_) return;
+  if (kind_ == kind::row) plot_->legend->setWrap(legend_columns());
   const double scale = graph_->date_axis() ? seconds_in_a_day : 1;
   for (const auto& one : graph_->series()) {
     QCPGraph* graph = plot_->addGraph();
@@ -192,7 +193,6 @@ void chart_view::take_series() {
   const int entries = plot_->legend->itemCount();
   plot_->legend->setVisible(kind_ != kind::beside_a_grid && entries > 0 &&
                             (kind_ == kind::window || entries <= most_in_legend));
-  if (kind_ == kind::row) plot_->legend->setWrap(legend_columns());
   QCPGraph* mark = plot_->addGraph();
   mark->removeFromLegend();
   mark->setLineStyle(QCPGraph::lsNone);

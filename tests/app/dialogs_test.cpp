@@ -31,11 +31,14 @@ TEST_F(Dialogs, PreferencesShowAndSetBothSwitches) {
   EXPECT_EQ(preferences.diagnostic_levels[preferences.DiagnosticLevelComboBox], "Full");
   preferences.LoggingEnabledCheckBox = true;
   preferences.DiagnosticLevelComboBox = 1;
+  EXPECT_TRUE(preferences.ShowResultsCheckBox);
+  preferences.ShowResultsCheckBox = false;
   EXPECT_TRUE(preferences.FormCloseQuery(false));
   EXPECT_EQ(form.diagnostic_level(), 2); // until OK
   EXPECT_TRUE(preferences.FormCloseQuery(true));
   EXPECT_TRUE(form.logging_enabled());
   EXPECT_EQ(form.diagnostic_level(), 1);
+  EXPECT_FALSE(form.settings.ShowResultsAfterRun);
   form.set_diagnostic_level(9); // as an engine may
   preferences.FormShow();
   preferences.FormCloseQuery(true);

@@ -53,6 +53,27 @@ TEST_F(FileCommands, OpenByExtensionInAnyCase) {
   EXPECT_EQ(form.failures(), 2);
 }
 
+TEST_F(FileCommands, ResultsAreShownAndLeaveTheDataSetAlone) {
+  form.open_file(folder.file("RIVER.NC"));
+  form.ResultsItemClick(); // without a data file: the window alone
+  folder.write("river.nc", "");
+  form.file_name = folder.file("river.vki");
+  form.ResultsItemClick();
+  EXPECT_EQ(ui.results, (std::vector<std::string>{folder.file("RIVER.NC"), "", folder.file("river.nc")}));
+  EXPECT_FALSE(form.current_data_set);
+}
+
+TEST_F(FileCommands, TheMeasuredSeriesOfTheDataSetAreListedOnce) {
+  form.new_data_set();
+  form.file_name = folder.file("river.vki");
+  for (const char* name : {"river.measured.json", "river.measured.json", "other.measured.json"})
+    form.list_related_file(folder.path / name);
+  ASSERT_EQ(form.current_data_set->project_files.size(), 1U);
+  EXPECT_EQ(form.current_data_set->project_files[0].str(), "river.measured.json");
+  form.UndoItemClick();
+  EXPECT_EQ(form.current_data_set->project_files.size(), 0U);
+}
+
 TEST_F(FileCommands, AFileThatCannotBeOpenedLeavesAnEmptyDataSetUnderItsName) {
   form.open_file(make_file("a.vki", "upper"));
   const std::string caption = ui.caption;

@@ -14,10 +14,11 @@ namespace vesk {
 
 class noting_interface : public user_interface {
 public:
-  std::vector<std::string> boxes;  // "title: text"
-  std::vector<std::string> lines;  // "icon text"
-  std::vector<std::string> shown;  // progress, labels, run controls, grid
-  std::vector<std::string> series; // whose queries were executed
+  std::vector<std::string> boxes;   // "title: text"
+  std::vector<std::string> lines;   // "icon text"
+  std::vector<std::string> shown;   // progress, labels, run controls, grid
+  std::vector<std::string> series;  // whose queries were executed
+  std::vector<std::string> results; // files shown as results
   std::string caption;
   command_conditions commands;
   bool closed = false;
@@ -44,6 +45,10 @@ public:
   std::optional<std::string> ask_folder(const std::string&, const std::string& start) override {
     asked_from = start;
     return folder;
+  }
+  bool show_results(const std::string& name, bool after_run) override {
+    results.push_back(name + (after_run ? " after a run" : ""));
+    return true;
   }
   bool show_form(form& wanted) override {
     forms.push_back(wanted.caption());

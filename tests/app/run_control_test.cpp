@@ -1,5 +1,6 @@
 #include "app/commands.h"
 #include "app/main_form.h"
+#include "app/previous_results.h"
 #include "app/time_remaining.h"
 #include "behaviour_catalogue.h"
 #include "noting_interface.h"
@@ -58,6 +59,29 @@ TEST_F(RunControl, ARunLeavesItsRecordUnlessItLeftTheOldResults) {
   form.RunModelButtonClick();
   finish();
   EXPECT_EQ(folder.read("river.run.json"), record);
+}
+
+TEST_F(RunControl, TheResultsBeforeARunAreKeptAfterAGoodEndAlone) {
+  const auto base = folder.path / "river";
+  const auto run = [&](const char* results, bool is_good) {
+    previous_results previous(base);
+    if (results) {
+      folder.write("new", results);
+      std::filesystem::rename(folder.path / "new", folder.path / "river.nc");
+    }
+    if (is_good) previous.keep();
+  };
+  folder.write("river.run.json", "first record");
+  run("first", true); // there were none before
+  EXPECT_FALSE(std::filesystem::exists(previous_results::file_of(base)));
+  run("second", true);
+  EXPECT_EQ(folder.read("river.previous.nc"), "first");
+  EXPECT_EQ(folder.read("river.previous.run.json"), "first record");
+  run("third", false);
+  run(nullptr, true); // an engine that wrote nothing
+  EXPECT_EQ(folder.read("river.previous.nc"), "first");
+  for (const auto& entry : std::filesystem::directory_iterator(folder.path))
+    EXPECT_EQ(entry.path().native().find(".part-"), std::string::npos) << entry.path();
 }
 
 TEST_F(RunControl, ARunWorksOnACopyAndShowsItsControls) {

@@ -82,6 +82,11 @@ agreement_page::agreement_page(results_session& session, user_questions& questio
   });
 }
 
+// Before the table that it shows.
+agreement_page::~agreement_page() {
+  delete view_;
+}
+
 void agreement_page::set_results() {
   show_all();
 }
@@ -110,11 +115,11 @@ void agreement_page::show_all() {
   show_scores();
   std::string units;
   bool has_any = false;
-  for (const agreement_outcome& it : list_.outcomes()) has_any = has_any || it.found.has_value();
-  if (const results_file* file = session_.baseline_file(); has_any && file)
-    for (const agreement_outcome& it : list_.outcomes())
-      if (it.found && it.found->variable < file->variables().size())
-        units = file->variables()[it.found->variable].units;
+  for (std::size_t i = 0; i < list_.outcomes().size(); ++i) { // one for each scenario
+    const auto& found = list_.outcomes()[i].found;
+    if (!found || std::exchange(has_any, true)) continue;
+    units = session_.scenarios()[i].file->variables()[found->variable].units;
+  }
   std::vector<std::unique_ptr<TGraphForm>> chart, scatter;
   if (has_any) {
     chart.push_back(agreement_chart(list_.outcomes(), units));

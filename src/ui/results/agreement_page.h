@@ -19,6 +19,7 @@ class grid_view;
 class agreement_page final : public results_view {
 public:
   agreement_page(results_session& session, user_questions& questions);
+  ~agreement_page() override;
 
   void set_results() override;
   void set_cursor() override;

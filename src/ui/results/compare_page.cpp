@@ -60,6 +60,11 @@ QString compare_page::why_empty() const {
   return "Choose a variable and a segment that both have.";
 }
 
+// Before the table that it shows.
+compare_page::~compare_page() {
+  delete view_;
+}
+
 void compare_page::set_results() {
   auto found = differences(store_.series(), session_.baseline());
   summary_.show(found, store_.series(), session_.baseline());

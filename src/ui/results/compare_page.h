@@ -18,6 +18,7 @@ class grid_view;
 class compare_page final : public results_view {
 public:
   compare_page(results_session& session, series_store& store);
+  ~compare_page() override;
 
   void set_results() override;
   void set_cursor() override;

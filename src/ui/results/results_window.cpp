@@ -116,7 +116,10 @@ results_window::results_window(user_questions& questions)
   show_results();
 }
 
-results_window::~results_window() = default;
+// The pages use the session to their end.
+results_window::~results_window() {
+  delete pages_;
+}
 
 void results_window::add_view(results_view* view, const QString& title) {
   views_.push_back(view);

@@ -32,7 +32,7 @@ table_page::table_page(results_session& session, series_store& store)
       view_(new grid_view(table_, "Values of the chosen series", this, grid_view::tab_key::leaves_grid)),
       order_(new QComboBox), note_(plain_label("TableNote")) {
   setObjectName("TablePage");
-  view_->setObjectName("ResultsTable");
+  view_->setObjectName("SeriesTable");
   order_->setObjectName("ColumnOrderBox");
   order_->addItems({"by variable", "by segment"});
   ignore_wheel(*order_);
@@ -57,6 +57,11 @@ table_page::table_page(results_session& session, series_store& store)
     attempt([this] { QApplication::clipboard()->setText(QString::fromStdString(table_.do_copy(true))); });
   });
   connect(save, &QPushButton::clicked, this, [this] { attempt([this] { save_grid(content_); }); });
+}
+
+// Before the table that it shows.
+table_page::~table_page() {
+  delete view_;
 }
 
 void table_page::set_results() {

@@ -18,6 +18,7 @@ void save_grid(const grid& content);
 class table_page final : public results_view {
 public:
   table_page(results_session& session, series_store& store);
+  ~table_page() override;
 
   void set_results() override;
   void set_cursor() override; // the row of that time

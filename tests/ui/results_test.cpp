@@ -1,0 +1,192 @@
+// The results window: a run of the sample, looked at as its user would.
+#include "accessible.h"
+#include "dataset/series.h"
+#include "driver.h"
+#include "run_program.h"
+#include "typist.h"
+#include "ui/grid_view.h"
+#include "ui/results/results_window.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListView>
+#include <QPushButton>
+#include <QSlider>
+#include <QTabWidget>
+#include <QTest>
+#include <QTreeWidget>
+#include <cmath>
+#include <map>
+#include <sstream>
+
+namespace vesk {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* oak_city = "km 112 Big Swash to Oak City";
+enum page { time_series, agreement, table, compare };
+
+results_window* shown_results() {
+  for (QWidget* window : QApplication::topLevelWidgets())
+    if (window->isVisible() && window->objectName() == "ResultsWindow") return static_cast<results_window*>(window);
+  return nullptr;
+}
+
+class ResultsWindow : public testing::Test {
+protected:
+  ResultsWindow() {
+    const fs::path sample(SAMPLE);
+    fs::copy(sample, folder.path / "roanoke.vki");
+    fs::copy(fs::path(sample).replace_extension(".measured.json"), folder.path / "roanoke.measured.json");
+    fs::copy(sample.parent_path() / "data", folder.path / "data");
+    program.form().open_file(folder.file("roanoke.vki"));
+  }
+  // Runs the model and waits until its results are shown.
+  void run() {
+    const std::uint64_t before = results() ? results()->session().scenarios()[0].number : 0;
+    program.trigger("ExecuteModelItem");
+    ASSERT_TRUE(wait_for([this] { return !program.form().active_thread; }, 60'000));
+    EXPECT_EQ(program.form().last_job().failure, "");
+    ASSERT_TRUE(wait_for([&] {
+      results_window* window = results();
+      return window && !window->session().scenarios().empty() && window->session().scenarios()[0].number > before &&
+             is_idle();
+    }));
+  }
+  results_window* results() const { return shown_results(); }
+  bool is_idle() const { return results()->session().reader().is_idle(); }
+  void choose(const char* variable, const char* segment) {
+    results()->session().variables.chosen.assign(results()->session().variables.names.size(), false);
+    results()->session().segments.chosen.assign(results()->session().segments.names.size(), false);
+    ASSERT_TRUE(results()->session().choose(variable, segment));
+    EXPECT_TRUE(wait_for([this] { return is_idle(); }));
+  }
+  void show(page wanted, const char* picture) {
+    find<QTabWidget>(results(), "ResultPages")->setCurrentIndex(wanted);
+    EXPECT_TRUE(wait_for([this] { return is_idle(); }));
+    take_picture(results(), picture);
+  }
+  QString cell(const char* grid, int row, int column) const {
+    return find<grid_view>(results(), grid)->model().index(row, column).data(Qt::EditRole).toString();
+  }
+
+  temporary_folder folder;
+  running_program program;
+};
+
+// The sample's own comparison as (period, estimate) -> its columns.
+std::map<std::string, std::vector<double>> comparison_of_sample(const temporary_folder& folder) {
+  const std::string out = folder.file("compared.csv");
+  const auto done = run_program("/usr/bin/env", {"PYTHONDONTWRITEBYTECODE=1", "python3", COMPARE_SAMPLE, VESK_RESULTS,
+                                                 folder.file("roanoke.nc"), out});
+  EXPECT_EQ(done.status, 0) << done.err;
+  std::map<std::string, std::vector<double>> found;
+  std::istringstream lines(folder.read("compared.csv"));
+  std::string line;
+  std::getline(lines, line);
+  EXPECT_EQ(line, "period,estimate,days,measured,estimated,bias,rmse,r,efficiency\r");
+  while (std::getline(lines, line)) {
+    std::istringstream fields(line);
+    std::string period, estimate, number;
+    std::getline(fields, period, ',');
+    std::getline(fields, estimate, ',');
+    auto& row = found[(period == "year" ? "all" : period) + "," + estimate];
+    while (std::getline(fields, number, ',')) row.push_back(std::stod(number));
+  }
+  return found;
+}
+
+TEST_F(ResultsWindow, ShowsTheRunItsAgreementAndWhatAConstantChanges) {
+  run();
+  EXPECT_FALSE(results()->isActiveWindow()); // the user may be typing
+  choose("DO", oak_city);
+  show(time_series, "results_time_series");
+  EXPECT_EQ(results()->windowTitle(), "Results - roanoke.nc");
+  EXPECT_EQ(find<QTreeWidget>(results(), "Legend")->topLevelItemCount(), 1);
+
+  show(agreement, "results_agreement");
+  auto expected = comparison_of_sample(folder);
+  auto* scores = find<grid_view>(results(), "ScoreTable");
+  constexpr int columns[] = {2, 3, 4, 5, 8, 10, 12}; // count, means, bias, RMSE, r, NSE
+  ASSERT_EQ(scores->model().rowCount(), 26);         // 12 months and the year, of the model and of the monthly means
+  for (int row = 0; row < scores->model().rowCount(); ++row) {
+    const std::string estimate = cell("ScoreTable", row, 1).toStdString();
+    const std::string key =
+        cell("ScoreTable", row, 0).toStdString() + "," + (estimate == "roanoke" ? "model" : estimate);
+    const auto& wanted = expected[key];
+    ASSERT_EQ(wanted.size(), std::size(columns)) << key;
+    for (std::size_t i = 0; i < wanted.size(); ++i) {
+      const QString text = cell("ScoreTable", row, columns[i]);
+      if (text.isEmpty())
+        EXPECT_TRUE(std::isnan(wanted[i])) << key;
+      else
+        EXPECT_NEAR(text.toDouble(), wanted[i], 0.00005) << key << " " << i; // printed with four decimals
+    }
+  }
+
+  program.form().current_data_set->constant_groups.edit(0).constants.edit(0).value *= 2;
+  run();
+  EXPECT_TRUE(fs::exists(folder.path / "roanoke.previous.nc") && fs::exists(folder.path / "roanoke.previous.run.json"));
+  show(compare, "results_compare_alone");
+  find<QPushButton>(results(), "PreviousRunButton")->click();
+  EXPECT_TRUE(wait_for([this] { return results()->session().scenarios().size() == 2 && is_idle(); }));
+  show(compare, "results_compare");
+  ASSERT_EQ(find<grid_view>(results(), "DifferenceTable")->model().rowCount(), 1);
+  EXPECT_NE(cell("DifferenceTable", 0, 4).toDouble(), 0);
+  show(table, "results_table");
+  EXPECT_EQ(find<grid_view>(results(), "SeriesTable")->model().columnCount(), 4);
+  expect_accessible(results());
+}
+
+TEST_F(ResultsWindow, SavesEveryPictureAndSurvivesBadFiles) {
+  run();
+  for (const char* ending : {"png", "svg", "pdf", "csv"}) {
+    const QString file = QString::fromStdString(folder.file("chart.")) + ending;
+    with_dialog(
+        [this] {
+          for (QAction* action : results()->findChildren<QAction*>())
+            if (action->text() == "Save as...") return action->trigger(); // of the first page
+        },
+        [&](QWidget* dialog) { return choose_file(dialog, file); });
+    EXPECT_GT(fs::file_size(folder.path / (std::string("chart.") + ending)), 1000U) << ending;
+  }
+  auto* message = find<QLabel>(results(), "MessageLabel");
+  folder.write("text.nc", "nothing of the kind");
+  program.form().open_file(folder.file("text.nc")); // as on the command line
+  EXPECT_TRUE(wait_for([&] { return message->text().contains("text.nc"); })) << message->text().toStdString();
+  fs::remove(folder.path / "roanoke.nc");
+  auto* age = find<QLabel>(results(), "AgeLabel");
+  EXPECT_TRUE(wait_for([&] { return age->text().endsWith("was deleted; its values can still be shown."); }));
+  choose("NH4", oak_city);
+  EXPECT_EQ(results()->series().series().size(), 1U);
+  take_picture(results(), "results_messages");
+}
+
+// The choice, the cursor and a name without a mouse.
+TEST_F(ResultsWindow, IsWorkedByKeyboard) {
+  run();
+  typist user;
+  user.in("ResultsWindow").go_to("SegmentListFind").text("Oak").keys("Down").keys("Space");
+  user.until([this] { return is_idle() && results()->series().series().size() == 2; });
+  user.go_to("TimeSlider").keys("End").check([this] {
+    EXPECT_EQ(results()->session().cursor(), results()->session().baseline_file()->times().back());
+  });
+  user.go_to("ScenarioList").keys("F2").text("today").keys("Return");
+  user.until([this] { return results()->session().scenarios()[0].name == "today"; });
+  user.keys("Alt+A").check(
+      [this] { EXPECT_EQ(find<QTabWidget>(results(), "ResultPages")->currentIndex(), agreement); });
+  user.go_to("NewMeasuredButton").keys("Space").in("MeasuredDialog").check([] {
+    expect_accessible(QApplication::activeModalWidget());
+  });
+  user.picture("results_measured").leave_by("OK").check([] { // no table yet
+    EXPECT_EQ(find<QLabel>(QApplication::activeModalWidget(), "MeasuredMessage")->text(),
+              "Choose the table that has the measured values.");
+  });
+  user.leave_by("Cancel").in("ResultsWindow").work();
+}
+
+} // namespace
+} // namespace vesk
