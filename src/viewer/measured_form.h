@@ -18,6 +18,7 @@ public:
   // The query of that series.
   import_query_descriptor query() const;
   void set_query(const import_query_descriptor& query);
+  void set_name(const std::string& name) { data_.time_functions.edit(0).description = name; } // as the dialog shows it
   series_ref series() const { return {series_kind::time_function, 0, 0}; }
 
   prevesk_dataset_data_type* data_set() override { return &data_; }

@@ -125,7 +125,8 @@ measured_form measured_dialog::entries() const {
 
 void measured_dialog::choose_table() {
   TImportTimeSeriesForm& import = query_.import_form();
-  import.begin(query_.series(), "Measured series", stored(lines_.front().first->text()));
+  query_.set_name(stored(lines_.front().first->text()));
+  import.begin(query_.series(), "Measured series");
   import_dialog dialog(this, import);
   for (const char* name : unused_controls)
     if (auto* control = dialog.findChild<QWidget*>(name)) control->hide();
