@@ -30,8 +30,9 @@ void guarded(vesk_data_callback callback, Job job) noexcept {
     try {
       job(host);
       host.return_code(ReturnCode::good);
-    } catch (const Cancelled&) {
-      host.info("Cancelled; no file was written.");
+    } catch (const Cancelled& cancelled) {
+      host.info(cancelled.kept.empty() ? "Cancelled; no file was written."
+                                       : "Cancelled; what was computed is in " + cancelled.kept + ".");
       host.return_code(ReturnCode::cancelled);
     } catch (const InputError& error) {
       end(host, ReturnCode::bad_input, error.what());
@@ -70,6 +71,9 @@ extern "C" {
 // Not part of the interface: tells Vesk's own programs that the return codes and VESK_RESULTS are those of this engine.
 [[gnu::visibility("default")]] extern const int vesk_bundled_engine;
 const int vesk_bundled_engine = 1;
+
+[[gnu::visibility("default")]] extern const char* const vesk_engine_version; // shown by the front end
+const char* const vesk_engine_version = REFERENCE_ENGINE_VERSION;
 
 void execute_model(const char* library, vesk_data_callback data_callback) {
   guarded(data_callback, [&](Host& host) { run_model(host, library == nullptr ? "" : library); });

@@ -54,16 +54,11 @@ public:
                     " over ", input_.days, " days by ", technique_name(input_.technique), "."));
     if (input_.debug > 0) report_network();
     warn_of_exceedances();
-    for (bool prints = true;; prints = event_.prints) {
-      const bool at_end = state_.day >= input_.days;
-      if (!at_end) begin_interval();
-      if (prints) print();
-      if (at_end) break;
-      while (state_.day < event_.day) {
-        host_.stop_if_cancelled();
-        advance();
-        show_progress();
-      }
+    try {
+      compute();
+    } catch (Cancelled& cancelled) {
+      cancelled.kept = keep_what_was_computed();
+      throw;
     }
     balances_.close(state_);
     publish();
@@ -80,6 +75,34 @@ public:
   }
 
 private:
+  void compute() {
+    for (bool prints = true;; prints = event_.prints) {
+      const bool at_end = state_.day >= input_.days;
+      if (!at_end) begin_interval();
+      if (prints) print();
+      if (at_end) return;
+      while (state_.day < event_.day) {
+        host_.stop_if_cancelled();
+        advance();
+        show_progress();
+      }
+    }
+  }
+
+  // Of a cancelled run: its NetCDF file, marked. The name of that file; empty if nothing is worth keeping, or it can't
+  // be written.
+  std::string keep_what_was_computed() {
+    if (printed_ < 2) return {}; // the start is known without a run
+    try {
+      ResultWriter& results = *writers_.front().results;
+      results.annotate("cancelled", text("The run was cancelled on day ", state_.day, " of ", input_.days, " (",
+                                         input_.start.after(state_.day).iso(' '), "); the results end before it."));
+      return results.publish_cancelled().filename().string();
+    } catch (const WriteError&) {
+      return {};
+    }
+  }
+
   void open_results() {
     RunDescription run{.title = text("Results of ", input_.base.filename().string()),
                        .source = text("Compartment model, kinetics ", library_, ", ", technique_name(input_.technique)),
@@ -199,6 +222,7 @@ private:
         writer.results->write(k, values_);
       }
     }
+    ++printed_;
     grid_.show(state_);
     shown_at_ = Clock::now();
     if (input_.debug > 1)
@@ -267,7 +291,8 @@ private:
   StepLimit limit_;            // of the latest step
   RunReport report_;
   std::int32_t percent_ = 0;
-  double linked_until_; // days: when the hydrodynamic file's flows change
+  std::size_t printed_ = 0; // times
+  double linked_until_;     // days: when the hydrodynamic file's flows change
   bool temperature_reported_ = false, mismatch_reported_ = false;
   Clock::time_point began_ = Clock::now(), shown_at_ = began_;
 };

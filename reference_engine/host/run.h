@@ -8,7 +8,8 @@
 
 namespace reference_engine {
 
-// Throws InputError, RunError and Cancelled; then no result appears under its final name.
+// Throws InputError, RunError and Cancelled; then no result appears under its final name. What a cancelled run has
+// computed after its start is kept as `base` with ".cancelled.nc".
 void run_model(Host& host, std::string_view library);
 
 } // namespace reference_engine

@@ -37,7 +37,7 @@ class NetCdfWriter : public ResultWriter {
 public:
   NetCdfWriter(const std::filesystem::path& base, const RunDescription& run,
                const std::vector<OutputVariable>& variables)
-      : file_(base, base.string() + ".nc"), values_(run.segments.size()) {
+      : base_(base), file_(base, base.string() + ".nc"), values_(run.segments.size()) {
     check(nc_create(file_.temporary().c_str(), NC_CLOBBER | NC_64BIT_OFFSET, &id_));
     try {
       define(run, variables);
@@ -72,6 +72,12 @@ public:
     open_ = false;
     check(nc_close(id_));
     file_.publish();
+  }
+
+  std::filesystem::path publish_cancelled() override {
+    file_.rename_to(base_.string() + ".cancelled.nc");
+    publish();
+    return file_.final_name();
   }
 
 private:
@@ -160,6 +166,7 @@ private:
     check(nc_put_var_text(id_, names_, letters.data()));
   }
 
+  std::filesystem::path base_;
   OutputFile file_;
   int id_ = 0;
   int time_dimension_ = 0, segment_dimension_ = 0, letter_dimension_ = 0;

@@ -3,6 +3,7 @@
 #define REFERENCE_ENGINE_OUTPUT_OUTPUT_FILE_H
 
 #include <filesystem>
+#include <utility>
 
 namespace reference_engine {
 
@@ -22,7 +23,8 @@ public:
   // For opening and writing, even if the file has been renamed on disk. Do not rename or delete this path.
   std::filesystem::path temporary() const;
   const std::filesystem::path& final_name() const { return final_; }
-  void publish(); // throws WriteError
+  void rename_to(std::filesystem::path final_name) { final_ = std::move(final_name); } // before it is published
+  void publish();                                                                      // throws WriteError
 
 private:
   bool create(const std::filesystem::path& base);

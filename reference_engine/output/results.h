@@ -38,6 +38,9 @@ public:
   // Adds a text about the whole run, if the format supports it. At most `notes_size` bytes in all, names included.
   virtual void annotate(const std::string& /*name*/, const std::string& /*text*/) {}
   virtual void publish() = 0;
+  // In place of `publish`, after a cancel: under a name that replaces no good results. Returns that name; empty if the
+  // format does not support it, and then nothing is kept.
+  virtual std::filesystem::path publish_cancelled() { return {}; }
 
   static constexpr std::size_t notes_size = std::size_t{1} << 16;
 };
@@ -45,7 +48,7 @@ public:
 // The variables' names in the NetCDF file, each once.
 std::vector<std::string> netcdf_names(const std::vector<OutputVariable>& variables);
 
-// `base` with ".nc" added.
+// `base` with ".nc" added; of a cancelled run with ".cancelled.nc".
 std::unique_ptr<ResultWriter> make_netcdf_writer(const std::filesystem::path& base, const RunDescription& run,
                                                  const std::vector<OutputVariable>& variables);
 // For each variable `base`, "_" and the variable's own name.

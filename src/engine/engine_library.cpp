@@ -28,6 +28,8 @@ std::shared_ptr<const engine_library> engine_library::load(const fs::path& file)
   auto result = std::make_shared<engine_library>();
   result->path = file;
   result->bundled = dlsym(library, "vesk_bundled_engine") != nullptr;
+  if (const auto* version = static_cast<const char* const*>(dlsym(library, "vesk_engine_version")); version && *version)
+    result->version = *version;
   take(library, "execute_model", result->execute_model, file);
   take(library, "get_maximum_parameters", result->get_maximum_parameters, file);
   take(library, "import_export", result->import_export, file);

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <memory>
 #include <stdexcept>
+#include <string>
 
 #include "vesk_engine.h"
 
@@ -27,6 +28,7 @@ public:
   static std::filesystem::path default_path();
 
   std::filesystem::path path;
+  std::string version;  // as the engine says, in `vesk_engine_version`; empty: it does not
   bool bundled = false; // it says that it is the bundled engine, whose return codes are known
   decltype(&::execute_model) execute_model = nullptr;
   decltype(&::get_maximum_parameters) get_maximum_parameters = nullptr;

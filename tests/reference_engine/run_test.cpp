@@ -259,9 +259,9 @@ TEST_F(RunTest, RestartFileIsOfTheSameModelAndTime) {
 }
 
 // The engine asks before each of the 200 steps.
-TEST_F(RunTest, CancelEndsWithinOneStepAndLeavesNothing) {
+TEST_F(RunTest, CancelEndsWithinOneStepAndKeepsWhatWasComputedBesideTheResults) {
   EXPECT_EQ(after("JMAS 1"), "");
-  for (const auto& file : files()) std::filesystem::remove(folder / file);
+  std::ofstream(folder / "river.nc") << "good";
   host.cancel_at_poll = host.cancel_polls - 99;
   host.cancel_polls = 0;
   EXPECT_EQ(after(""), "");
@@ -269,7 +269,26 @@ TEST_F(RunTest, CancelEndsWithinOneStepAndLeavesNothing) {
   EXPECT_EQ(host.cancel_polls, host.cancel_at_poll);
   EXPECT_EQ(host.last_progress, 50);
   EXPECT_FALSE(host.grid_lent);
-  EXPECT_THAT(files(), IsEmpty());
+  EXPECT_EQ(host.infos.back(), "Cancelled; what was computed is in river.cancelled.nc.");
+  EXPECT_EQ(content("river.nc"), "good");
+  EXPECT_THAT(files(), ElementsAre("river.cancelled.nc", "river.nc", "river_output_11.csv"));
+  int id = 0, dimension = 0;
+  std::size_t times = 0;
+  char mark[200] = {};
+  ASSERT_EQ(nc_open((folder / "river.cancelled.nc").c_str(), NC_NOWRITE, &id), NC_NOERR);
+  nc_inq_dimid(id, "time", &dimension);
+  nc_inq_dimlen(id, dimension, &times);
+  EXPECT_EQ(nc_get_att_text(id, NC_GLOBAL, "cancelled", mark), NC_NOERR);
+  nc_close(id);
+  EXPECT_EQ(times, 2U);
+  EXPECT_THAT(mark, StartsWith("The run was cancelled on day 0.99 of 2 (2008-02-29 17:45:36); "));
+
+  std::filesystem::remove(folder / "river.cancelled.nc");
+  host.cancel_at_poll = 20; // before the first print time
+  host.cancel_polls = 0;
+  after("");
+  EXPECT_EQ(host.infos.back(), "Cancelled; no file was written.");
+  EXPECT_THAT(files(), ElementsAre("river.nc", "river_output_11.csv"));
 }
 
 TEST_F(RunTest, BadInputIsRefusedInOneSentence) {
