@@ -145,6 +145,20 @@ void open_with_desktop(const std::string& file_or_link, const fs::path& folder) 
   start_program({"xdg-open", file_or_link}, folder);
 }
 
+// A desktop knows its own browser; without one xdg-open takes $BROWSER or a program of a well-known name.
+bool desktop_has_browser() {
+  const auto is_set = [](const char* variable) {
+    const char* const value = std::getenv(variable);
+    return value && *value;
+  };
+  if (find_program("xdg-open", {}).empty()) return false;
+  if (is_set("BROWSER") || is_set("XDG_CURRENT_DESKTOP")) return true;
+  for (const char* name : {"x-www-browser", "firefox", "firefox-esr", "chromium", "chromium-browser", "google-chrome",
+                           "epiphany", "konqueror", "falkon"})
+    if (!find_program(name, {}).empty()) return true;
+  return false;
+}
+
 int process_nice() {
   return getpriority(PRIO_PROCESS, static_cast<id_t>(getpid()));
 }

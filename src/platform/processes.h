@@ -23,6 +23,9 @@ bool start_program(const std::vector<std::string>& arguments, const std::filesys
 // Opens a file or link with the desktop's default program. Success is not reported.
 void open_with_desktop(const std::string& file_or_link, const std::filesystem::path& folder);
 
+// Whether open_with_desktop can show a web page: xdg-open is installed, and a browser that it would find.
+bool desktop_has_browser();
+
 // The nice value of this process, that is, of its first thread.
 int process_nice();
 
