@@ -67,6 +67,24 @@ json hashes_json(const data_set_hashes& hashes) {
   return {{"sha256", hashes.sha256}, {"lists", std::move(lists)}};
 }
 
+data_set_hashes read_hashes(const json& data_set) {
+  data_set_hashes result{.lists = {}, .sha256 = data_set.at("sha256")};
+  for (const auto& [name, list] : data_set.at("lists").items()) {
+    if (list.is_array())
+      result.lists.push_back({name, list.size(), list.get<std::vector<std::string>>()});
+    else
+      result.lists.push_back({name, list.at("records"), {list.at("sha256").get<std::string>()}});
+  }
+  return result;
+}
+
+recorded_file read_file(const json& it) {
+  return {.file = it.at("file"),
+          .bytes = it.value("bytes", std::uint64_t{}),
+          .modified = it.value("modified", std::string()),
+          .sha256 = it.value("sha256", std::string())};
+}
+
 json all(const auto& list, auto convert) {
   json result = json::array();
   for (const auto& it : list) result.push_back(convert(it));
@@ -161,24 +179,30 @@ std::string with_end(std::string_view record, const run_end& end) {
   return printed(result);
 }
 
-data_set_hashes read_data_set_hashes(const fs::path& file) {
+past_run read_run_record(const fs::path& file) {
   const auto refuse = [&](const char* cause) { return value_error(file.native() + ": " + cause); };
   const json record = json::parse(read_to_end(open_for_reading(file).get(), file.native()), nullptr, false);
   if (!record.is_object() || record.value("format", json()) != json(format)) throw refuse("not the record of a run.");
   if (record.value("version", json()) != json(format_version))
     throw refuse("a record of another version than 1, which this program does not read.");
   try {
-    data_set_hashes result{.lists = {}, .sha256 = record.at("data_set").at("sha256")};
-    for (const auto& [name, list] : record.at("data_set").at("lists").items()) {
-      if (list.is_array())
-        result.lists.push_back({name, list.size(), list.get<std::vector<std::string>>()});
-      else
-        result.lists.push_back({name, list.at("records"), {list.at("sha256").get<std::string>()}});
-    }
-    return result;
+    past_run run;
+    run.data_set = read_hashes(record.at("data_set"));
+    run.started = record.value("started", std::string());
+    for (const json& it : record.value("outputs", json::array())) run.outputs.push_back(read_file(it));
+    for (const json& it : record.value("queries", json::array()))
+      run.queries.push_back({.series = it.value("series", std::string()),
+                             .source = read_file(it.at("source")),
+                             .rows = it.value("rows", std::uint64_t{}),
+                             .points = it.value("points", std::uint64_t{})});
+    return run;
   } catch (const nlohmann::json::exception&) {
     throw refuse("the record has no hashes of a data set.");
   }
+}
+
+data_set_hashes read_data_set_hashes(const fs::path& file) {
+  return read_run_record(file).data_set;
 }
 
 // Not through safe_file: a record that a power cut loses is no loss, and its flush would cost each of many runs.

@@ -88,6 +88,17 @@ std::string to_json(const run_record& record);
 // A record's text with another end. `json` is what to_json gave.
 std::string with_end(std::string_view json, const run_end& end);
 
+// What the record file of a run that has ended says of it.
+struct past_run {
+  std::string started = {}; // ISO 8601, UTC
+  data_set_hashes data_set = {};
+  std::vector<recorded_query> queries = {};
+  std::vector<recorded_file> outputs = {};
+};
+
+// Throws value_error: not a record, or of another version; file_exception: it cannot be read. Any thread.
+past_run read_run_record(const std::filesystem::path& record);
+
 // The data set's hashes in a record file. Throws value_error: not a record, or of another version.
 data_set_hashes read_data_set_hashes(const std::filesystem::path& record);
 
