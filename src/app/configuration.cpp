@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <limits>
 #include <type_traits>
+#include <utility>
 
 namespace vesk {
 
@@ -13,6 +14,15 @@ namespace {
 
 std::string default_database() {
   return (catalogue_source::default_directory() / "").string();
+}
+
+std::string recent_file_name(std::size_t number) {
+  return "RecentFile" + std::to_string(number);
+}
+
+void put_in_front(std::vector<std::string>& names, const std::string& name) {
+  std::erase(names, name);
+  names.insert(names.begin(), name);
 }
 
 } // namespace
@@ -30,6 +40,13 @@ void registry_configuration::save(const values& now, const values& as_read) cons
       const auto& [name, text] = now[i];
       if (text != as_read[i].second || !file.get(section_, name)) file.set(section_, name, text);
     }
+  });
+}
+
+void registry_configuration::update(const std::function<void(const value_getter&, const value_setter&)>& change) const {
+  settings_file::update(path_, [&](settings_file& file) {
+    change([&](std::string_view name) { return file.get(section_, name).value_or(std::string()); },
+           [&](std::string_view name, const std::string& text) { file.set(section_, name, text); });
   });
 }
 
@@ -101,6 +118,11 @@ configuration::configuration(const std::filesystem::path& file, access granted)
   undo_megabytes_as_read_ = UndoMegabytes;
   read("ShowResultsAfterRun", ShowResultsAfterRun);
   show_results_as_read_ = ShowResultsAfterRun;
+  for (std::size_t i = 1; i <= most_recent_files; ++i) {
+    std::string name;
+    read(recent_file_name(i), name);
+    if (!name.empty() && std::ranges::count(recent_files_, name) == 0) recent_files_.push_back(name);
+  }
   read("DatabaseDir", DatabaseDir);
   as_read_ = all_values();
   as_read_.back().second = DatabaseDir; // earlier versions stored the default folder's path
@@ -123,8 +145,45 @@ std::string configuration::number_format(std::string_view name) const {
   return format;
 }
 
+// A name that would not be read back is not kept.
+void configuration::add_recent_file(const std::string& name) {
+  constexpr std::size_t longest = 1024; // of a value
+  if (name.size() > longest || name.find_first_of("\r\n") != name.npos) return;
+  std::erase(removed_files_, name);
+  for (std::vector<std::string>* names : {&recent_files_, &added_files_}) {
+    put_in_front(*names, name);
+    names->resize(std::min(names->size(), most_recent_files));
+  }
+}
+
+void configuration::remove_recent_file(const std::string& name) {
+  std::erase(recent_files_, name);
+  std::erase(added_files_, name);
+  removed_files_.push_back(name);
+}
+
+void configuration::clear_recent_files() {
+  for (const std::string& name : std::vector(recent_files_)) remove_recent_file(name);
+}
+
+void configuration::save_recent_files() {
+  if (added_files_.empty() && removed_files_.empty()) return;
+  update([this](const value_getter& get, const value_setter& set) {
+    std::vector<std::string> names = std::exchange(added_files_, {});
+    for (std::size_t i = 1; i <= most_recent_files; ++i)
+      if (const std::string stored = get(recent_file_name(i));
+          !stored.empty() && std::ranges::count(names, stored) + std::ranges::count(removed_files_, stored) == 0)
+        names.push_back(stored);
+    names.resize(most_recent_files);
+    for (std::size_t i = 0; i < most_recent_files; ++i)
+      if (const std::string of = recent_file_name(i + 1); !names[i].empty() || !get(of).empty()) set(of, names[i]);
+  });
+  removed_files_.clear();
+}
+
 void configuration::save_all() {
   if (access_ == access::read_only) return;
+  save_recent_files();
   values now = all_values();
   save(now, as_read_);
   if (UndoMegabytes != undo_megabytes_as_read_)

@@ -5,6 +5,7 @@
 #include "platform/settings_file.h"
 
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -39,6 +40,12 @@ protected:
   // else in the file is kept, including changes saved by other programs in the meantime. Failures are silent.
   using values = std::vector<std::pair<std::string, std::string>>; // names and texts
   void save(const values& now, const values& as_read) const;
+  // Changes values of the section as they are in the file now. `change` gets a function that reads and one that sets
+  // one.
+  using value_getter = std::function<std::string(std::string_view name)>;
+  using value_setter = std::function<void(std::string_view name, const std::string& text)>;
+  void update(const std::function<void(const value_getter&, const value_setter&)>& change) const;
+  const std::filesystem::path& path() const { return path_; }
 
   bool AdministrationMode = false;
 
@@ -106,6 +113,16 @@ public:
   std::string SegmentsVolumeConversionFactorPictureField = "EEEEEEE.EEEEEEE";
   std::string SegmentsVolumeScaleFactorPictureField = "EEEEEEE.EEEEEEE";
 
+  // The files opened or saved last, absolute names, the latest first: RecentFile1 and so on. Saved only after a change,
+  // in front of those that other windows have stored meanwhile.
+  static constexpr std::size_t most_recent_files = 9;
+  const std::vector<std::string>& recent_files() const { return recent_files_; }
+  void add_recent_file(const std::string& name);
+  void remove_recent_file(const std::string& name);
+  void clear_recent_files();
+
+  std::string file() const { return path().string(); } // in which the settings are stored
+
   // Ends in a separator. The default folder is stored as an empty text, so that it is still found if the programs have
   // moved.
   std::string DatabaseDir;
@@ -115,11 +132,14 @@ private:
   template <class Self, class Visit>
   static void each_value(Self& self, Visit visit);
   values all_values();
+  void save_recent_files();
 
   const access access_;
   values as_read_;
   int undo_megabytes_as_read_ = 0;
   bool show_results_as_read_ = true;
+  std::vector<std::string> recent_files_;
+  std::vector<std::string> added_files_, removed_files_; // since they were read or saved
 };
 
 } // namespace vesk

@@ -121,6 +121,7 @@ document_control::load_result document_control::load(const std::string& name, lo
   if (current_data_set->file_version != prevesk_dataset_data_type::current_file_version())
     ui_.message_box("Error", "VKI Version not supported; data could be corrupt.", box_buttons::ok);
   report_losses(name, losses);
+  if (kind == load_kind::data_file) form_.note_used_file(name);
   return load_result::loaded;
 }
 
@@ -180,7 +181,10 @@ bool document_control::save() {
 // The dialog itself asks before replacing an existing file, with the extension already appended.
 bool document_control::ask_name_and_save() {
   const std::uint64_t generation = generation_;
-  const auto name = ui_.ask_file(save_dialog);
+  file_dialog dialog = save_dialog;
+  std::error_code ignored;
+  if (!file_name.empty()) dialog.folder = std::filesystem::absolute(folder(), ignored).native();
+  const auto name = ui_.ask_file(dialog);
   return name && !is_replaced_since(generation, "Nothing was saved.") && save_as(*name);
 }
 
@@ -214,6 +218,7 @@ bool document_control::save_to_file_name() {
     current_data_set->origin = save_data_file(file_name, *current_data_set);
     current_data_set->file_version = prevesk_dataset_data_type::current_file_version(); // as written
     form_.update_caption();
+    form_.note_used_file(file_name);
     saved = true;
   } catch (const file_open_exception& error) {
     form_.report_failure("Cannot open file for writing.", kind_of_writing_failure(error));

@@ -46,6 +46,7 @@ std::string absolute_member(const std::string& member, const std::string& projec
 bool document_control::open_project_file(const std::string& name) {
   bool opened = false;
   as_step("Open " + leaf_of(name), [&] { opened = read_project(name); });
+  if (opened) form_.note_used_file(name);
   return opened;
 }
 

@@ -30,9 +30,10 @@ public:
   explicit TAboutBox(std::string edition) : edition_name(std::move(edition)) {}
 
   std::string_view class_name() const override { return "TAboutBox"; }
-  std::string caption() const override { return "About VESK"; }
+  std::string caption() const override { return "About Vesk"; }
 
   const std::string edition_name;
+  std::string engine; // its file and version
 };
 
 struct program_forms {

@@ -7,8 +7,8 @@ namespace vesk {
 namespace {
 
 const char* const old_style_filter = "Old Style VESK input files (*.inp)|*.inp|VKN files (*.vkn)|*.vkn";
-const file_dialog import_dialog{file_dialog::kind::open, "", old_style_filter, "inp"};
-const file_dialog export_dialog{file_dialog::kind::save, "", old_style_filter, "inp"};
+const file_dialog import_dialog{file_dialog::kind::open, "Import", old_style_filter, "inp"};
+const file_dialog export_dialog{file_dialog::kind::save, "Export", old_style_filter, "inp"};
 
 bool is_old_style(const std::string& name) {
   const std::string extension = upper_extension(name);
@@ -17,9 +17,17 @@ bool is_old_style(const std::string& name) {
 
 } // namespace
 
+// The files of one model mostly lie in one folder.
+file_dialog run_control::in_data_folder(file_dialog dialog) const {
+  std::error_code ignored;
+  if (const std::filesystem::path folder = documents_.folder(); !folder.empty())
+    dialog.folder = std::filesystem::absolute(folder, ignored).native();
+  return dialog;
+}
+
 void run_control::ask_and_import() {
   documents_.commit_snapshot();
-  const auto name = ui_.ask_file(import_dialog);
+  const auto name = ui_.ask_file(in_data_folder(import_dialog));
   if (!name) return;
   if (is_old_style(*name))
     begin_import(*name);
@@ -56,7 +64,7 @@ void run_control::begin_import(const std::string& name) {
 
 void run_control::ask_and_export() {
   const std::uint64_t generation = documents_.generation();
-  const auto name = ui_.ask_file(export_dialog);
+  const auto name = ui_.ask_file(in_data_folder(export_dialog));
   if (name && !documents_.is_replaced_since(generation, "Nothing was exported.")) export_file(*name);
 }
 

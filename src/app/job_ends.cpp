@@ -1,9 +1,13 @@
 // What happens in the main window when a job ends, and which part of its data set is accepted.
 #include "app/file_names.h"
+#include "app/job_heading.h"
 #include "app/run_control.h"
 #include "dataset/same_content.h"
+#include "platform/counted.h"
 #include "platform/file_io.h"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace vesk {
@@ -21,6 +25,43 @@ bool same_input(prevesk_dataset_data_type a, const prevesk_dataset_data_type& b)
   return same_content(std::move(a), b);
 }
 
+std::string size_in_words(std::uint64_t bytes) {
+  constexpr std::uint64_t thousand = 1000;
+  const char* const units[] = {"bytes", "kB", "MB", "GB", "TB"};
+  std::size_t unit = 0;
+  std::uint64_t tenths = bytes * 10;
+  for (; tenths >= thousand * 10 && unit + 1 < std::size(units); ++unit) tenths /= thousand;
+  const bool whole = unit == 0 || tenths >= 100;
+  return std::to_string(tenths / 10) + (whole ? "" : "." + std::to_string(tenths % 10)) + " " + units[unit];
+}
+
+// "Results written: river.nc (12 MB), 24 CSV files and river.rst, in /rivers." The folder of the data file is not
+// spelled out where the line would not fit into a window. Empty: nothing was written.
+std::string written_in_words(const std::vector<recorded_file>& files, const std::filesystem::path& data_folder) {
+  constexpr std::size_t fits = 100; // characters
+  std::vector<std::string> parts;
+  std::uint64_t tables = 0;
+  std::string table;
+  for (const recorded_file& it : files) {
+    const std::string name = leaf_of(it.file);
+    if (upper_extension(name) != ".CSV")
+      parts.push_back(name + " (" + size_in_words(it.bytes) + ")");
+    else if (table = name; ++tables == 1)
+      parts.emplace_back();
+  }
+  if (parts.empty()) return {};
+  if (tables > 0) *std::ranges::find(parts, std::string()) = tables == 1 ? table : counted(tables, "CSV file");
+  std::string text = "Results written: ";
+  for (std::size_t i = 0; i < parts.size(); ++i)
+    text += (i == 0 ? "" : i + 1 == parts.size() ? " and " : ", ") + parts[i];
+  const std::filesystem::path folder = std::filesystem::path(files.front().file).parent_path();
+  std::error_code ignored;
+  const bool is_data_folder = folder == std::filesystem::absolute(data_folder, ignored).lexically_normal() ||
+                              std::filesystem::equivalent(folder, data_folder, ignored);
+  const bool spelled_out = !is_data_folder || text.size() + folder.native().size() <= fits;
+  return text + (spelled_out ? ", in " + folder.native() : ", in the folder of the data file") + ".";
+}
+
 } // namespace
 
 // Afterwards the thread frees itself, even if the end handler fails; the handler may have started another job.
@@ -28,13 +69,11 @@ void run_control::end_job(end_handler end) {
   const model_thread* const ended = active_thread;
   try {
     note_end_of_job();
-    if (last_job_.code == job_code::run) {
-      run_record record = recorder_.end(last_job_, library_->bundled);
-      note_results(record);
-      take_record(std::move(record));
-    }
+    if (last_job_.code == job_code::run) note_results();
     output_lock_.reset(); // a run's results are complete, their record included
     priorities.reset();
+    const std::chrono::duration<double> took = std::chrono::steady_clock::now() - job_began_;
+    ui_.end_job_messages(outcome_in_words(last_job_, took.count())); // before the end starts another job
     (this->*end)();
   } catch (const std::exception& error) {
     if (active_thread == ended) {
@@ -65,15 +104,13 @@ void run_control::note_end_of_job() {
   ui_.add_info_line(last_job_.failure, icon_failure);
 }
 
-// Before the record is written: the one of the run before goes with its results.
-void run_control::note_results(const run_record& record) {
-  written_results_.clear();
-  const auto before = std::move(previous_);
-  if (last_job_.cancelled || last_job_.failed() || last_job_.return_code != 0) return;
-  if (before) before->keep();
-  const std::string usual = recorder_.base().native() + ".nc";
-  for (const recorded_file& it : record.outputs)
-    if (it.file.ends_with(".nc") && (written_results_.empty() || it.file == usual)) written_results_ = it.file;
+void run_control::note_results() {
+  run_record record = recorder_.end(last_job_, library_->bundled);
+  written_ = record.outputs;
+  take_record(std::move(record));
+  if (!last_job_.is_good()) return previous_.drop();
+  previous_.keep();
+  remove_cancelled_results(recorder_.base());
 }
 
 void run_control::run_end() {
@@ -82,8 +119,15 @@ void run_control::run_end() {
   if (!settings_.RunTimeGridAlwaysVisible) ui_.show_results_grid(false);
   clear_progress();
   form_.update_menus();
+  const std::vector<recorded_file> written = last_job_.is_good() ? written_ : std::vector<recorded_file>();
+  if (const std::string line = written_in_words(written, documents_.folder()); !line.empty())
+    add_info_line(line, icon_plain);
   if (std::exchange(quit_after_run, false)) return ui_.close_main_window();
-  if (!written_results_.empty()) ui_.show_results(written_results_, true);
+  const std::string usual = recorder_.base().native() + ".nc";
+  std::string results; // another engine may name its file otherwise
+  for (const recorded_file& one : written)
+    if (one.file.ends_with(".nc") && (results.empty() || one.file == usual)) results = one.file;
+  if (!results.empty()) ui_.show_results(results, true);
 }
 
 void run_control::import_export_end() {

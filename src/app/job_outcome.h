@@ -20,6 +20,7 @@ struct job_outcome {
   static constexpr std::size_t most_warnings = 100;
 
   bool failed() const { return !failure.empty(); }
+  bool is_good() const { return !cancelled && !failed() && return_code == 0; }
 };
 
 } // namespace vesk

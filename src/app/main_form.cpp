@@ -90,7 +90,31 @@ void TPreveskMainForm::Setdatabasefolder1Click() {
   check_database();
 }
 
+void TPreveskMainForm::serve_a_window() {
+  keeps_previous_results = true;
+  if (const fs::path state = state_directory(); !state.empty()) marks_folder_ = state / "open";
+}
+
+// Follows the name of the open file, however it came to be: Open, Save as, Undo, an engine.
+void TPreveskMainForm::mark_open_file() {
+  if (marks_folder_.empty() || file_name == marked_file_) return;
+  marked_file_ = file_name;
+  mark_ = file_name.empty() ? open_mark() : open_mark(file_name, marks_folder_);
+  if (!mark_.was_alone())
+    ui_.add_info_line(leaf_of(file_name) +
+                          " is open in another window, too. Whoever saves last replaces what the other has saved.",
+                      icon_note);
+}
+
+void TPreveskMainForm::note_used_file(const std::string& name) {
+  std::error_code ignored;
+  const fs::path whole = fs::absolute(name, ignored).lexically_normal();
+  settings.add_recent_file(whole.native());
+  ui_.recent_files_changed();
+}
+
 void TPreveskMainForm::update_caption() {
+  mark_open_file();
   std::string caption = base_caption;
   if (current_data_set)
     caption += ": " + file_name + " (" + current_data_set->description + ", " + current_data_set->model_name + ")";

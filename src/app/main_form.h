@@ -13,6 +13,7 @@
 #include "app/run_control.h"
 #include "app/user_interface.h"
 #include "editors/editor_host.h"
+#include "platform/open_mark.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -79,9 +80,9 @@ public:
   std::filesystem::path& log_file_name = runs_.log_file_name;
   std::filesystem::path& engine_path = runs_.engine_path;
   query_executor& execute_query = runs_.execute_query;
-  bool& keep_previous_results = runs_.keep_previous_results;
   bool& skip_deferred_queries = runs_.skip_deferred_queries;
   std::filesystem::path& output_folder = runs_.output_folder;
+  bool& keeps_previous_results = runs_.keeps_previous_results;
   run_record& record_head = runs_.record_head;
   std::optional<prevesk_dataset_data_type>& recorded_data_set = runs_.recorded_data_set;
   std::function<void(const run_record&)>& note_start_of_run = runs_.note_start_of_run;
@@ -93,6 +94,7 @@ public:
   std::map<std::string, std::string>& documentation_links = outside_.documentation_links;
   decltype(outside_programs::start_outside_program)& start_outside_program = outside_.start_outside_program;
   decltype(outside_programs::open_outside)& open_outside = outside_.open_outside;
+  decltype(outside_programs::has_browser)& has_browser = outside_.has_browser;
 
   // The form's own state.
   std::string base_caption; // the title without the data set
@@ -105,6 +107,10 @@ public:
   void FormShow(std::span<const std::string> arguments);
   void FormClose();
   void save_settings() { settings.save_all(); }
+
+  // For a front end with a window; call it before the window is shown. Runs then keep the results of the run before,
+  // and a file that is open in another window is reported.
+  void serve_a_window();
 
   // Start.
   // Processes the arguments in order: opens files at once, notes options. Options are recognised in any letter case.
@@ -191,6 +197,12 @@ public:
   int failures() const { return failures_; } // reported ones: of files, queries, jobs and the engine library
   const std::optional<reported_failure>& first_failure() const { return first_failure_; }
   int files_partly_read() const { return documents_.files_partly_read(); }
+  // For a file that is dropped on the window: a text is imported, any other file opened.
+  void open_dropped(const std::string& name);
+  // One of the settings' recent files. If it is gone, an info line says so, and the list loses it.
+  void open_recent(const std::string& name);
+  void recent_files_changed() { ui_.recent_files_changed(); }
+  void open_sample(); // a copy of the sample river, in the user's documents
 
   // Results.
   void OpenResultsItemClick();
@@ -245,8 +257,8 @@ public:
   void populate_documentation_menu() { outside_.populate_documentation_menu(); }
   void DocumentationItemClick(const std::string& caption) { outside_.open_document(caption); }
   void ContentsItemClick() { outside_.open_user_guide(); }
-  void LoadPostProcessorItemClick() { outside_.start_post_processor(settings.PostProcessor, file_name); }
-  void HAVLEPostProcessorToolButtonClick() { outside_.start_post_processor(settings.HavlePostProcessor, file_name); }
+  void LoadPostProcessorItemClick() { start_post_processor(settings.PostProcessor, "PostProcessor"); }
+  void HAVLEPostProcessorToolButtonClick() { start_post_processor(settings.HavlePostProcessor, "HavlePostProcessor"); }
   bool launch_process(const std::vector<std::string>& arguments) { return outside_.launch_process(arguments); }
   void Checkforupdates1Click() { outside_.check_for_updates(); }
   void Setdatabasefolder1Click();
@@ -256,16 +268,24 @@ private:
   void give_default_points();
   void update_menus_and_caption();
   void find_boundaries();
+  void mark_open_file();
+  void start_post_processor(const std::string& command_line, const char* setting) {
+    outside_.start_post_processor(command_line, file_name, std::string(setting) + " in " + settings.file());
+  }
   void restore_geometry();
 
   // main_form_services
+  void note_used_file(const std::string& name) override;
   void report_failure(const std::string& text, failure_kind kind) override;
   void note_failure(const std::string& text, failure_kind kind) override;
 
   std::unique_ptr<program_forms> forms_;
   int failures_ = 0;
   std::optional<reported_failure> first_failure_;
-  bool minimised_by_request_ = false; // from the command line
+  bool minimised_by_request_ = false;  // from the command line
+  std::filesystem::path marks_folder_; // empty: files are not marked as open
+  std::string marked_file_;
+  open_mark mark_;
 };
 
 } // namespace vesk

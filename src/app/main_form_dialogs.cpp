@@ -134,6 +134,7 @@ void TPreveskMainForm::PreferencesItemClick() {
 }
 
 void TPreveskMainForm::AboutItemClick() {
+  forms_->about.engine = runs_.engine_in_words();
   ui_.show_form(forms_->about);
 }
 

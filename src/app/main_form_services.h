@@ -17,6 +17,9 @@ public:
   virtual void update_menus() = 0;
   virtual void update_caption() = 0;
 
+  // A file that the user named was opened or saved; a project, not its members.
+  virtual void note_used_file(const std::string& name) = 0;
+
   // Checks that the catalogue can be opened; if not, asks once for another folder.
   virtual void check_database() = 0;
 

@@ -79,17 +79,25 @@ void outside_programs::open_document(const std::string& caption) {
 }
 
 void outside_programs::open_user_guide() {
-  open_outside(documentation_directory + "user-guide.html", documentation_directory);
+  const std::string guide = documentation_directory + "user-guide.html";
+  if (!has_browser() && ui_.show_page(guide)) return;
+  open_outside(guide, documentation_directory);
 }
 
 bool outside_programs::launch_process(const std::vector<std::string>& arguments) {
   return start_outside_program(arguments, {});
 }
 
-void outside_programs::start_post_processor(const std::string& command_line, const std::string& file_name) {
+void outside_programs::start_post_processor(const std::string& command_line, const std::string& file_name,
+                                            const std::string& setting) {
   std::vector<std::string> arguments = split_command_line(command_line);
+  const std::string program = arguments.empty() ? "" : arguments.front();
   if (!file_name.empty()) arguments.push_back(file_name); // one argument, including blanks and quotes
-  if (!launch_process(arguments)) ui_.message_box("Error", "Could not create post-processor process.", box_buttons::ok);
+  if (launch_process(arguments)) return;
+  ui_.add_info_line((program.empty() ? "No post-processor is named." : "Cannot start \"" + program + "\".") +
+                        " Name the post-processor in the setting " + setting + ".",
+                    icon_failure);
+  ui_.message_box("Error", "Could not create post-processor process.", box_buttons::ok);
 }
 
 void outside_programs::check_for_updates() {

@@ -28,12 +28,14 @@ public:
   std::function<bool(const std::vector<std::string>&, const std::filesystem::path&)> start_outside_program =
       start_program;
   std::function<void(const std::string&, const std::filesystem::path&)> open_outside = open_with_desktop;
+  std::function<bool()> has_browser = desktop_has_browser;
 
   void populate_documentation_menu(); // an unusable index only gives an info line
   void open_document(const std::string& caption);
-  void open_user_guide();
+  void open_user_guide(); // in the browser; where there is none, in a window of this program
   // `command_line`: split at blanks outside quotes. `file_name`, unless empty, is passed as one more argument.
-  void start_post_processor(const std::string& command_line, const std::string& file_name);
+  // If it cannot be started, an info line names it and where to change it: "PostProcessor in FILE".
+  void start_post_processor(const std::string& command_line, const std::string& file_name, const std::string& setting);
   bool launch_process(const std::vector<std::string>& arguments); // the program first
   void check_for_updates();                                       // closes the main window if the updater has started
 

@@ -2,8 +2,10 @@
 
 #include "app/failure_kinds.h"
 #include "app/file_names.h"
+#include "app/job_heading.h"
 #include "app/time_remaining.h"
 #include "app/worker_priority.h"
+#include "editors/long_work.h"
 #include "platform/file_io.h"
 #include "platform/file_lookup.h"
 
@@ -107,7 +109,7 @@ run_control::~run_control() {
 void run_control::launch(job_code code) {
   const launcher& row = launcher_of(code);
   if (row.file == job_file::asked) {
-    if (const auto name = ui_.ask_file(*row.dialog)) launch(code, *name);
+    if (const auto name = ui_.ask_file(in_data_folder(*row.dialog))) launch(code, *name);
   } else {
     launch(code, row.file == job_file::data_file ? documents_.file_name : documents_.import_file_name);
   }
@@ -142,6 +144,16 @@ bool run_control::load_engine() {
   }
 }
 
+std::string run_control::engine_in_words() {
+  const std::string file = std::filesystem::absolute(engine_path).lexically_normal().native();
+  try {
+    const auto library = library_ && library_->path == engine_path ? library_ : engine_library::load(engine_path);
+    return file + ", " + (library->version.empty() ? "version not stated" : "version " + library->version);
+  } catch (const engine_library_exception&) {
+    return file + ", which cannot be loaded";
+  }
+}
+
 bool run_control::start_job(const prevesk_dataset_data_type& data_set, const launcher& row, const std::string& name) {
   if (!load_engine()) return false;
   try {
@@ -162,6 +174,8 @@ bool run_control::start_job(const prevesk_dataset_data_type& data_set, const lau
   last_job_.code = row.code;
   job_return_code_ = 0;
   priority_refused_ = {};
+  job_began_ = std::chrono::steady_clock::now();
+  ui_.begin_job_messages(heading_of_job(row.code, name));
   note_start_of_job(row.code, name);
   return true;
 }
@@ -189,9 +203,11 @@ bool run_control::start_run() {
   }
   clear_progress(); // of the queries
   note_linked_files(copy);
-  if (!start_job(copy, launcher_of(job_code::run), results_name())) return false;
-  if (const std::string name = results_name(); keep_previous_results && !name.empty())
-    previous_ = std::make_unique<previous_results>(std::filesystem::path(name).replace_extension());
+  hold_previous_results();
+  if (!start_job(copy, launcher_of(job_code::run), results_name())) {
+    previous_.drop();
+    return false;
+  }
   begin_record();
   output_lock_ = std::move(lock);
   ui_.show_run_controls(true);
@@ -241,6 +257,25 @@ void run_control::begin_record() {
   if (note_start_of_run) note_start_of_run(recorder_.record());
 }
 
+// The copy is made behind a box, since results can be large.
+void run_control::hold_previous_results() {
+  const std::string name = results_name();
+  if (!keeps_previous_results || name.empty()) return;
+  const auto copy = [this](const std::filesystem::path& from, const std::filesystem::path& to) {
+    return ui_.run_long_work("Keeping the results of the run before", [from, to](work_progress& progress) {
+      copy_file_in_pieces(from, to, [&progress](int percent) {
+        progress.percent_done(percent);
+        return !progress.is_cancelled();
+      });
+    });
+  };
+  try {
+    previous_.hold(std::filesystem::absolute(name).replace_extension(), copy);
+  } catch (const std::exception& error) {
+    ui_.add_info_line(std::string("The results of the run before will not be kept. ") + error.what(), icon_note);
+  }
+}
+
 bool run_control::prepare_many_runs() {
   if (!load_engine()) return false;
   std::vector<std::filesystem::path> files{library_->path, documents_.file_name};
@@ -253,7 +288,7 @@ bool run_control::prepare_many_runs() {
 void run_control::write_record_beside_results(const run_record& record) {
   if (recorder_.base().empty() || (record.end.status != 0 && record.outputs.empty())) return;
   try {
-    write_record(record_file_of(recorder_.base()), to_json(record));
+    write_record(record_file_of(base_of_record(recorder_.base(), record)), to_json(record));
   } catch (const std::exception& error) {
     ui_.add_info_line(error.what(), icon_note);
   }

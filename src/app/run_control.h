@@ -7,8 +7,8 @@
 #include "app/configuration.h"
 #include "app/document_control.h"
 #include "app/job_outcome.h"
+#include "app/kept_results.h"
 #include "app/main_form_services.h"
-#include "app/previous_results.h"
 #include "app/priority_control.h"
 #include "app/results_grid.h"
 #include "app/run_recorder.h"
@@ -43,8 +43,8 @@ public:
   std::filesystem::path engine_path;             // of the engine library
   query_executor execute_query;                  // executes one stored query in place of the usual way, if it is set
   bool skip_deferred_queries = false;            // run on the stored points
-  bool keep_previous_results = false;            // of the run before, as BASE.previous.nc
   std::filesystem::path output_folder;           // of a run's results; empty: the data file's
+  bool keeps_previous_results = false;           // of the run before, at a good end of a run
   std::unique_ptr<priority_platform> priorities; // of the running job
   std::string_view priority_word;                // of the last change of priority
 
@@ -55,6 +55,7 @@ public:
   void cancel_job();                // asks the running job, if any, to stop
   std::string results_name() const; // what an engine names a run's results after; empty: there are none
   const std::filesystem::path& recorded_base() const { return recorder_.base(); } // of the last run; empty: none
+  std::string engine_in_words();                                                  // its file and version
   bool engine_is_bundled() const { return library_ && library_->bundled; }        // the one loaded last
   const job_outcome& last_job() const { return last_job_; }
 
@@ -107,6 +108,8 @@ private:
   bool lock_outputs(std::unique_ptr<output_lock>& lock); // of a run; false: refused, and reported
   void note_linked_files(prevesk_dataset_data_type& data_set) const;
   void begin_record();
+  void hold_previous_results();
+  void note_results(); // of the run that has ended
   void write_record_beside_results(const run_record& record);
   // Executes the deferred queries, or those that are wanted, on a copy, and adds to `executed_`. Nothing: failed or
   // cancelled, which is reported.
@@ -116,11 +119,11 @@ private:
   bool start_job(const prevesk_dataset_data_type& data_set, const launcher& row, const std::string& name);
   void resume_other_job();
   void begin_import(const std::string& name);
+  file_dialog in_data_folder(file_dialog dialog) const; // begins in the folder of the open file
 
   using end_handler = void (run_control::*)();
   void end_job(end_handler end);
   void note_end_of_job();
-  void note_results(const run_record& record);
   void run_end();
   void import_export_end();
   void validity_end();
@@ -160,12 +163,13 @@ private:
   std::optional<job_start> job_start_;
   std::string replaced_by_import_; // what the last import replaced at its start; empty: nothing
   job_outcome last_job_;
+  std::chrono::steady_clock::time_point job_began_;
   std::chrono::steady_clock::time_point priority_refused_; // last, since the job began
   std::unique_ptr<output_lock> output_lock_;               // of the current run
-  std::unique_ptr<previous_results> previous_;             // while a run lasts; null: they are not kept
-  std::string written_results_;                            // of the run that has ended; empty: none, or not a good end
   std::vector<recorded_query> executed_;                   // since the last run began
   run_recorder recorder_;
+  previous_results previous_;
+  std::vector<recorded_file> written_; // by the last run
   results_grid grid_;
   double simulation_time_ = 0;
   std::atomic<bool> logging_enabled_{false};

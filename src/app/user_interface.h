@@ -67,14 +67,21 @@ public:
   // alone. `after_run`: it has just been written; a window that the user does not want after a run is not opened for
   // it, but one that is open follows. False: this front end has no such window.
   virtual bool show_results(const std::string&, bool /*after_run*/) { return false; }
+  virtual void recent_files_changed() {} // those of the settings
 
   // Names the file of the following messages, for a front end that shows them without their context; empty: none.
   virtual void set_subject(const std::string&) {}
+
+  // Shows an HTML file of the program in a window. False: this front end has none.
+  virtual bool show_page(const std::string&) { return false; }
 
   // The info list.
   virtual void add_info_line(const std::string& text, int icon) = 0;
   virtual void select_last_info_line() {}
   virtual void clear_info_lines() = 0;
+  // The messages that follow are those of a job. Its heading gets the outcome at its end.
+  virtual void begin_job_messages(const std::string& /*heading*/) {}
+  virtual void end_job_messages(const std::string& /*outcome*/) {}
 
   // The progress panel.
   virtual void set_progress(int percent) = 0; // 0 to 100

@@ -1,4 +1,5 @@
 // How a call of vesk-run ended, for the programs that called it.
+#include "app/kept_results.h"
 #include "console/interrupts.h"
 #include "console/session.h"
 #include "platform/file_io.h"
@@ -47,7 +48,9 @@ void session::end_record(step result, int status) {
   end.status = status;
   end.outcome = class_of(options_.reports() ? status : reported_status_of(result), !record.warnings.empty());
   if (end.cause_by.empty() && status != 0) note_cause(end);
-  const fs::path file = record_file();
+  const fs::path& base = form_.recorded_base();
+  const fs::path file =
+      options_.reports() || base.empty() ? record_file() : record_file_of(base_of_record(base, record));
   if (take_record_) return take_record_(file, record, true);
   try {
     vesk::write_record(file, to_json(record));

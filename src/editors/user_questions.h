@@ -28,6 +28,7 @@ struct file_dialog {
   // Of a name to save under, as ".vki": appended to a name without it, whatever dots that has, before the user is asked
   // about replacing an existing file. Empty: nothing is appended but the default extension.
   std::string ending = {};
+  std::string folder = {}; // where it begins; empty: where the last one ended
 };
 
 class user_questions {

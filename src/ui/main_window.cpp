@@ -59,7 +59,6 @@ run_record head_of_records() {
 main_window::main_window(const std::filesystem::path& settings_file)
     : form_(std::make_unique<TPreveskMainForm>(*this, settings_file)) {
   form_->record_head = head_of_records();
-  form_->keep_previous_results = true;
   setObjectName("PreveskMainForm");
   setWindowIcon(program_image());
   lay_out();

@@ -188,7 +188,7 @@ TEST_F(CommandHandlers, OtherDialogs) {
   press("AboutItem");
   press("FennPreveskItem");
   form.PreProcessorToolButtonClick();
-  EXPECT_EQ(ui.forms, (std::vector<std::string>{"Related project files", "About VESK"}));
+  EXPECT_EQ(ui.forms, (std::vector<std::string>{"Related project files", "About Vesk"}));
   ui.shown.clear();
   press("PreferencesItem");
   form.settings.RunTimeGridAlwaysVisible = true;

@@ -95,6 +95,29 @@ TEST_F(Configuration, TwoProgramsAtOnceEachSaveWhatTheyChanged) {
   EXPECT_EQ(stored.PostProcessor, "by hand");
 }
 
+TEST_F(Configuration, RecentFilesOfTwoWindowsAreMerged) {
+  folder.write("a.ini",
+               "[SOFTWARE\\TALMO\\VESK\\7.0]\nRecentFile1=/old.vki\nRecentFile2=/gone.vki\nRecentFile4=/old.vki\n");
+  configuration one(folder.path / "a.ini"), two(folder.path / "a.ini");
+  EXPECT_EQ(one.recent_files(), (std::vector<std::string>{"/old.vki", "/gone.vki"}));
+  one.add_recent_file("/b.vki");
+  one.add_recent_file("/a.vki");
+  one.add_recent_file("/b.vki");
+  one.remove_recent_file("/gone.vki");
+  EXPECT_EQ(one.recent_files(), (std::vector<std::string>{"/b.vki", "/a.vki", "/old.vki"}));
+  two.add_recent_file("/c.vki");
+  two.add_recent_file("/with a line\nfeed.vki");
+  two.save_all();
+  one.save_all();
+  EXPECT_EQ(configuration(folder.path / "a.ini").recent_files(),
+            (std::vector<std::string>{"/b.vki", "/a.vki", "/c.vki", "/old.vki"}));
+  for (int i = 0; i < 20; ++i) one.add_recent_file("/" + std::to_string(i));
+  EXPECT_EQ(one.recent_files().size(), 9U);
+  one.clear_recent_files();
+  one.save_all();
+  EXPECT_TRUE(configuration(folder.path / "a.ini").recent_files().empty());
+}
+
 TEST_F(Configuration, TextsAreConverted) {
   const configuration read_in = read("ExpertStyle=abc\nRunTimeGridAlwaysVisible=-2x\nMainFormLeft=12.7\n"
                                      "MainFormTop=-4\nMainFormWidth=99999999999999\nMainFormHeight=\nEditionName=\n"

@@ -14,17 +14,19 @@ namespace vesk {
 
 class noting_interface : public user_interface {
 public:
-  std::vector<std::string> boxes;   // "title: text"
-  std::vector<std::string> lines;   // "icon text"
-  std::vector<std::string> shown;   // progress, labels, run controls, grid
-  std::vector<std::string> series;  // whose queries were executed
-  std::vector<std::string> results; // files shown as results
+  std::vector<std::string> boxes;    // "title: text"
+  std::vector<std::string> lines;    // "icon text"
+  std::vector<std::string> headings; // of jobs
+  std::vector<std::string> shown;    // progress, labels, run controls, grid
+  std::vector<std::string> series;   // whose queries were executed
+  std::vector<std::string> results;  // files shown as results
   std::string caption;
   command_conditions commands;
   bool closed = false;
   box_answer answer = box_answer::ok;
   std::optional<std::string> file;   // the answer to the next file dialogs
   std::optional<std::string> folder; // the answer to the next folder dialogs
+  std::string asked_file;            // title and folder of the last file dialog
   std::string asked_from;            // where the last folder dialog began
   std::vector<std::string> forms;    // captions
   std::function<void()> in_form;     // called while a form is shown
@@ -41,7 +43,10 @@ public:
     boxes.push_back(title + ": " + text);
     return answer;
   }
-  std::optional<std::string> ask_file(const file_dialog&) override { return file; }
+  std::optional<std::string> ask_file(const file_dialog& dialog) override {
+    asked_file = dialog.title + " in " + dialog.folder;
+    return file;
+  }
   std::optional<std::string> ask_folder(const std::string&, const std::string& start) override {
     asked_from = start;
     return folder;
@@ -71,6 +76,8 @@ public:
   void close_main_window() override { closed = true; }
   void add_info_line(const std::string& text, int icon) override { lines.push_back(std::to_string(icon) + " " + text); }
   void clear_info_lines() override { lines.clear(); }
+  void begin_job_messages(const std::string& heading) override { headings.push_back(heading); }
+  void end_job_messages(const std::string& outcome) override { headings.back() += ": " + outcome; }
   void set_progress(int percent) override { shown.push_back("progress " + std::to_string(percent)); }
   void set_info_label(const std::string& text) override { shown.push_back("info " + text); }
   void set_time_remaining_label(const std::string& text) override { shown.push_back("time" + text); }

@@ -112,6 +112,10 @@ TEST_F(Outside, ADocumentOpensFromItsFolderAndALinkUnchanged) {
       {"file", "sub/a.html"}, {"link", "https://y?a=http://b"}, {"big", "HTTP://y"}, {"mixed", "Http://y"}};
   for (const char* caption : {"file", "link", "big", "mixed", "unknown"}) form.DocumentationItemClick(caption);
   form.ContentsItemClick();
+  form.has_browser = [] { return false; };
+  form.ContentsItemClick(); // this front end has no window for it either
+  EXPECT_EQ(opened.back(), folder.file("user-guide.html") + in);
+  opened.pop_back();
   EXPECT_EQ(opened, (lines{folder.file("sub/a.html") + in, "https://y?a=http://b" + in, "HTTP://y" + in,
                            folder.path.string() + "/Http://y" + in, folder.file("user-guide.html") + in}));
 }
@@ -140,6 +144,11 @@ TEST_F(Outside, PostProcessorsGetTheDataFileAsOneArgument) {
   form.LoadPostProcessorItemClick();
   form.HAVLEPostProcessorToolButtonClick();
   EXPECT_EQ(ui.boxes, lines(2, "Error: Could not create post-processor process."));
+  const std::string settings = " in " + folder.file("settings.ini") + ".";
+  EXPECT_EQ(ui.lines,
+            (lines{"2 Cannot start \"jovik.exe\". Name the post-processor in the setting PostProcessor" + settings,
+                   "2 Cannot start \"/opt/my havle\". Name the post-processor in the setting HavlePostProcessor" +
+                       settings}));
 }
 
 // A folder that others may write to can have a link under the name of the file that the updater's check creates.

@@ -1,6 +1,6 @@
 #include "app/commands.h"
+#include "app/data_set_summary.h"
 #include "app/main_form.h"
-#include "app/previous_results.h"
 #include "app/time_remaining.h"
 #include "behaviour_catalogue.h"
 #include "noting_interface.h"
@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <set>
 #include <sys/resource.h>
 
 namespace vesk {
@@ -61,27 +62,126 @@ TEST_F(RunControl, ARunLeavesItsRecordUnlessItLeftTheOldResults) {
   EXPECT_EQ(folder.read("river.run.json"), record);
 }
 
-TEST_F(RunControl, TheResultsBeforeARunAreKeptAfterAGoodEndAlone) {
-  const auto base = folder.path / "river";
-  const auto run = [&](const char* results, bool is_good) {
-    previous_results previous(base);
-    if (results) {
-      folder.write("new", results);
-      std::filesystem::rename(folder.path / "new", folder.path / "river.nc");
-    }
-    if (is_good) previous.keep();
+// Good results are never lost to a cancelled, failed or careless run.
+TEST_F(RunControl, TheResultsOfTheRunBeforeAreKeptAndCancelledOnesReplaceNone) {
+  const auto run = [&](const char* behaviour, const char* name) {
+    make_data(behaviour);
+    form.current_data_set->segments.edit(0).name = name;
+    form.RunModelButtonClick();
+    while (std::string(behaviour) == "writes cancelled results" && form.active_thread &&
+           !form.active_thread->Terminated())
+      if (wait_and_synchronize(std::chrono::milliseconds(1)); !ui.lines.empty()) form.cancel_job();
+    finish();
   };
-  folder.write("river.run.json", "first record");
-  run("first", true); // there were none before
-  EXPECT_FALSE(std::filesystem::exists(previous_results::file_of(base)));
-  run("second", true);
-  EXPECT_EQ(folder.read("river.previous.nc"), "first");
-  EXPECT_EQ(folder.read("river.previous.run.json"), "first record");
-  run("third", false);
-  run(nullptr, true); // an engine that wrote nothing
-  EXPECT_EQ(folder.read("river.previous.nc"), "first");
-  for (const auto& entry : std::filesystem::directory_iterator(folder.path))
-    EXPECT_EQ(entry.path().native().find(".part-"), std::string::npos) << entry.path();
+  const auto class_in = [&](const char* record) {
+    const std::string text = folder.read(record);
+    const std::size_t at = text.find("\"class\": \"");
+    return at == text.npos ? "" : text.substr(at + 10, text.find('"', at + 10) - at - 10);
+  };
+  const auto files = [&] {
+    std::set<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder.path))
+      if (const std::string name = entry.path().filename(); name.find("river") != name.npos) names.insert(name);
+    return names;
+  };
+  run("publishes results", "not kept");
+  run("publishes results", "one");
+  EXPECT_EQ(files(), (std::set<std::string>{"river.nc", "river.run.json"})); // only in a window
+  form.keeps_previous_results = true;
+  const std::string record = folder.read("river.run.json");
+  run("publishes results", "two");
+  EXPECT_EQ(folder.read("river.nc") + folder.read("river.previous.nc"), "twoone");
+  EXPECT_EQ(folder.read("river.previous.run.json"), record);
+  EXPECT_EQ(ui.lines.back(), "0 Results written: river.nc (3 bytes), in " + folder.path.native() + ".");
+  ui.lines.clear();
+
+  run("writes cancelled results", "part");
+  EXPECT_EQ(folder.read("river.cancelled.nc"), "part");
+  EXPECT_EQ(class_in("river.cancelled.run.json"), "cancelled");
+  EXPECT_EQ(class_in("river.run.json"), "good");
+  run("throws", "");
+  const std::set<std::string> all{"river.nc",           "river.run.json",
+                                  "river.previous.nc",  "river.previous.run.json",
+                                  "river.cancelled.nc", "river.cancelled.run.json"};
+  EXPECT_EQ(files(), all);
+  EXPECT_EQ(folder.read("river.nc") + folder.read("river.previous.nc"), "twoone");
+
+  // Results without a record do not get the older one.
+  std::filesystem::remove(folder.path / "river.run.json");
+  run("publishes results", "three");
+  EXPECT_EQ(folder.read("river.nc") + folder.read("river.previous.nc"), "threetwo");
+  EXPECT_EQ(files(), (std::set<std::string>{"river.nc", "river.run.json", "river.previous.nc"}));
+  run("writes into its results", "");
+  EXPECT_EQ(folder.read("river.nc") + folder.read("river.previous.nc"), "written overtwo");
+}
+
+TEST_F(RunControl, ResultsSayWhatHasChangedSinceTheirRun) {
+  make_data("publishes results");
+  prevesk_dataset_data_type& data = *form.current_data_set;
+  const auto words = [&] { return origin_in_words(state_of_results(data, folder.path / "river")); };
+  const auto rows = [&] {
+    const results_state state = state_of_results(data, folder.path / "river");
+    std::string text;
+    for (const summary_row& row : summary_of_runs(data, &state)) text += row.caption + ": " + row.text + "\n";
+    return text;
+  };
+  EXPECT_EQ(rows(), "Queries: none\nResults: none yet; Model > Execute runs the model\n");
+  import_query_descriptor& query = data.print_intervals.query.edit();
+  query.file_name = "gauges.csv";
+  query.deferred = true;
+  folder.write("gauges.csv", "1");
+  form.execute_query = [](const auto&, const auto&, point_list&) { return query_report{.rows = 1, .points = 1}; };
+  form.RunModelButtonClick();
+  finish();
+  EXPECT_EQ(words(), "from this data set");
+  EXPECT_NE(rows().find("Queries: 1 series filled before each run, last "), std::string::npos) << rows();
+  EXPECT_NE(rows().find("\nResults: river.nc of "), std::string::npos) << rows();
+  data.segments.edit(0).volume = 7;
+  data.description = "another";
+  EXPECT_EQ(words(), "changed since: 1 segment and description");
+  folder.write("gauges.csv", "22");
+  EXPECT_EQ(words(), "changed since: 1 segment and description; the table gauges.csv");
+  folder.write("river.nc", "by another program");
+  EXPECT_EQ(words(), "from which data set is not recorded");
+  folder.write("river.run.json", "{");
+  EXPECT_EQ(words(), "from which data set is not recorded");
+}
+
+TEST_F(RunControl, TheSummaryDescribesTheOpenDataSet) {
+  make_data("returns");
+  prevesk_dataset_data_type& data = *form.current_data_set;
+  data.seed_date = 40909; // 1 January 2012
+  data.end_date = 40940;
+  data.seed_time = data.end_time = 0.25;
+  data.segments.resize(3);
+  data.systems.edit(0).loads.resize(2);
+  const auto rows = [&] {
+    std::string text;
+    for (const summary_row& row : summary_of(data)) text += row.caption + ": " + row.text + "\n";
+    return text;
+  };
+  EXPECT_EQ(rows(), "Model: Model\nPeriod: 1 Jan 2012 06:00 to 1 Feb 2012 06:00, 31 days\n"
+                    "Network: 3 segments, 0 flow pairs, 0 exchange pairs\nSystems: 1 system, 2 loads, 0 boundaries\n"
+                    "Solution: technique 0, net flows\n");
+  data.end_date = 40909;
+  data.model_type = 0;
+  EXPECT_NE(rows().find("Model: none yet; Data > Data set chooses one\nPeriod: 1 Jan 2012 06:00 to 1 Jan 2012 06:00; "
+                        "the end is not after the start\n"),
+            std::string::npos)
+      << rows();
+  data.end_date = 1e9;
+  EXPECT_NE(rows().find("\nPeriod: The end of the simulation, "), std::string::npos) << rows();
+}
+
+TEST_F(RunControl, ALargeFileIsCopiedWholeOrNotAtAll) {
+  const std::string content(9'000'000, 'x');
+  folder.write("a", content);
+  EXPECT_FALSE(copy_file_in_pieces(folder.path / "a", folder.path / "b", [](int percent) { return percent < 40; }));
+  EXPECT_FALSE(std::filesystem::exists(folder.path / "b"));
+  EXPECT_TRUE(copy_file_in_pieces(folder.path / "a", folder.path / "b", [](int) { return true; }));
+  EXPECT_EQ(folder.read("b"), content);
+  EXPECT_EQ(std::filesystem::last_write_time(folder.path / "b"), std::filesystem::last_write_time(folder.path / "a"));
+  EXPECT_THROW(copy_file_in_pieces(folder.path / "a", folder.path / "b", [](int) { return true; }), file_exception);
 }
 
 TEST_F(RunControl, ARunWorksOnACopyAndShowsItsControls) {
@@ -93,6 +193,9 @@ TEST_F(RunControl, ARunWorksOnACopyAndShowsItsControls) {
   EXPECT_EQ(*form.current_data_set, before);
   EXPECT_EQ(ui.lines, (lines{"0 a line", "2 a failure"}));
   EXPECT_EQ(form.return_code(), 4);
+  ASSERT_EQ(ui.headings.size(), 1U);
+  EXPECT_TRUE(ui.headings[0].starts_with("Run of river.vki, ")) << ui.headings[0];
+  EXPECT_NE(ui.headings[0].find(": failed with return code 4, 0."), std::string::npos) << ui.headings[0];
   EXPECT_EQ(form.file_name, "other.vki"); // named by the engine
   EXPECT_TRUE(ui.commands.idle);
   EXPECT_FALSE(ui.closed);
@@ -412,7 +515,9 @@ TEST_F(RunControl, ACancelledCheckGivesNoVerdict) {
 TEST_F(RunControl, TheFileMenusJobsAskForAName) {
   make_data("returns");
   form.ImportItemClick(); // the dialog is cancelled
+  EXPECT_EQ(ui.asked_file, "Import in " + folder.path.native() + "/");
   form.ExportItemClick();
+  EXPECT_EQ(ui.asked_file, "Export in " + folder.path.native() + "/");
   ui.file = folder.file("a.doc");
   form.ImportItemClick();
   form.ExportItemClick();

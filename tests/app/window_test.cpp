@@ -1,5 +1,6 @@
 // The main window's start and end.
 #include "app/main_form.h"
+#include "app/sample_river.h"
 #include "behaviour_catalogue.h"
 #include "noting_interface.h"
 #include "temporary_folder.h"
@@ -51,6 +52,72 @@ TEST_F(Window, IsMadeWithWhatWasStored) {
     EXPECT_TRUE(directory.starts_with('/') && directory.ends_with('/') && !directory.ends_with("//")) << directory;
   store("ApplicationName=\n");
   EXPECT_EQ(make()->base_caption, "");
+}
+
+// Two windows of one user, also under different names of the file.
+TEST_F(Window, ASecondOneOnTheSameFileSaysSo) {
+  setenv("XDG_STATE_HOME", folder.path.c_str(), 1);
+  const std::string file = folder.file("river.vki"), line = "1 river.vki is open in another window, too. Whoever saves "
+                                                            "last replaces what the other has saved.";
+  auto first = make(), second = make();
+  for (const auto& form : {first.get(), second.get()}) form->serve_a_window();
+  first->new_data_set();
+  first->save_as(file);
+  first->open_file(file);
+  EXPECT_EQ(ui.lines, lines{});
+  std::filesystem::create_directory_symlink(folder.path, folder.path / "link");
+  second->open_file(folder.file("link/river.vki"));
+  EXPECT_EQ(ui.lines, lines{line});
+  second->new_data_set();
+  second->open_file(file); // from another file back to it
+  EXPECT_EQ(ui.lines, (lines{line, line}));
+  first.reset();
+  second->new_data_set();
+  second->open_file(file);
+  EXPECT_EQ(ui.lines.size(), 2U);
+  second.reset();
+  EXPECT_TRUE(std::filesystem::is_empty(folder.path / "vesk/open"));
+}
+
+TEST_F(Window, FilesAreOpenedWithoutTheMenu) {
+  auto form = make();
+  const auto file = folder.file("river.vki");
+  form->new_data_set();
+  form->save_as(file);
+  form->new_data_set();
+  EXPECT_EQ(form->settings.recent_files(), lines{file});
+  form->open_recent(file);
+  EXPECT_EQ(form->file_name, file);
+  form->new_data_set();
+  form->open_dropped(file);
+  EXPECT_EQ(form->file_name, file);
+  form->open_dropped(folder.file("waits.INP"));
+  form->open_dropped(folder.file("second.inp"));
+  EXPECT_EQ(ui.lines.back(), "1 second.inp was not imported: wait for the end of the running job, or cancel it.");
+  form->cancel_job();
+  finish(*form);
+  EXPECT_EQ(form->import_file_name, folder.file("waits.INP"));
+  std::filesystem::remove(file);
+  form->file_name = "kept";
+  form->open_recent(file);
+  EXPECT_EQ(ui.lines.back(), "1 " + file + " does not exist any more. It was removed from the recent files.");
+  EXPECT_EQ(form->file_name, "kept");
+  EXPECT_TRUE(form->settings.recent_files().empty());
+  EXPECT_EQ(ui.boxes, lines{});
+}
+
+TEST_F(Window, TheSampleIsCopiedOnceToWhereItCanBeRun) {
+  const temporary_folder sample;
+  std::filesystem::create_directory(sample.path / "data");
+  sample.write("data/a.csv", "1");
+  sample.write("roanoke.vki", "first");
+  const auto copy = copy_sample(sample.path, folder.path);
+  EXPECT_EQ(copy, folder.path / "Vesk sample river/roanoke.vki");
+  EXPECT_EQ(folder.read("Vesk sample river/data/a.csv"), "1");
+  sample.write("roanoke.vki", "second");
+  copy_sample(sample.path, folder.path);
+  EXPECT_EQ(folder.read("Vesk sample river/roanoke.vki"), "first"); // the user may have changed it
+  EXPECT_THROW(copy_sample(sample.path, folder.path / "settings.ini"), file_exception);
 }
 
 TEST_F(Window, IsShownWithMenuFormatsAndCatalogueLookedAt) {

@@ -3,8 +3,10 @@
 
 #include <chrono>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <map>
 #include <pthread.h>
@@ -60,6 +62,21 @@ int deeper(int depth) {
   frame[0] = static_cast<char>(depth);
   if (!nowhere) return 0; // never
   return depth + deeper(depth + 1) + frame[0];
+}
+
+std::string base() {
+  const std::string name = file_name();
+  return name.substr(0, name.rfind('.'));
+}
+
+// A file whose content is the name of the first segment, complete before it has its name.
+void publish(const char* ending) {
+  std::int32_t segment = 1;
+  char content[256] = "";
+  call("GSEGNAME", &segment, content, nullptr, nullptr, nullptr);
+  const std::string part = base() + ".part";
+  std::ofstream(part) << content;
+  std::rename(part.c_str(), (base() + ending).c_str());
 }
 
 // Intentionally still registered after the engine has returned.
@@ -133,6 +150,14 @@ const std::map<std::string, void (*)()> behaviours{
      }},
     {"calls from its own thread", [] { std::thread([] { put("PINFO", "from another thread"); }).join(); }},
     {"says run", [] { put("PINFO", "run"); }},
+    {"publishes results", [] { publish(".nc"); }},
+    {"writes into its results", [] { std::ofstream(base() + ".nc") << "written over"; }},
+    {"writes cancelled results",
+     [] {
+       put("PINFO", "waiting");
+       while (get("GCANCEL") == 0) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+       publish(".cancelled.nc");
+     }},
     {"throws after a cancel",
      [] {
        put("PINFO", "waiting");

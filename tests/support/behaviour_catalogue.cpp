@@ -12,7 +12,8 @@ const std::initializer_list<const char*> behaviours{
     "says run", "returns", "throws", "waits for cancel", "reports", "shows a grid", "throws after a cancel",
     // append only: the position in this list is the model's number
     "shows a short grid", "shows a short grid inverted", "crashes", "overflows its stack", "aborts", "calls exit",
-    "ends its thread", "throws on its own thread", "writes results"};
+    "ends its thread", "throws on its own thread", "writes results", "publishes results", "writes into its results",
+    "writes cancelled results"};
 
 unsigned model_of(const std::string& behaviour) {
   unsigned model = 1;
