@@ -1,6 +1,6 @@
 #include "ui/about_box.h"
 
-#include "app/main_form.h"
+#include "platform/program_paths.h"
 #include "ui/images.h"
 #include "ui/measures.h"
 #include "ui/texts.h"
@@ -13,9 +13,9 @@
 
 namespace vesk {
 
-about_box::about_box(QWidget* parent, const std::string& edition) : QDialog(parent) {
+about_box::about_box(QWidget* parent, const std::string& edition, const std::string& engine) : QDialog(parent) {
   setObjectName("AboutBox");
-  const QString title = shown(TPreveskMainForm::application_title);
+  const QString title = "Vesk";
   setWindowTitle("About " + title);
 
   auto* picture = new QLabel;
@@ -24,12 +24,15 @@ about_box::about_box(QWidget* parent, const std::string& edition) : QDialog(pare
   picture->setAlignment(Qt::AlignTop);
 
   const QString edition_line = edition.empty() ? QString() : "<p>Edition: " + shown(edition).toHtmlEscaped() + "</p>";
-  auto* text =
-      new QLabel("<h2>" + title + "</h2><p>Version " + QCoreApplication::applicationVersion() + "</p>" + edition_line +
-                 "<p>A dynamic compartment model of surface-water quality: the input of a model, its runs "
-                 "and its results.</p>"
-                 "<p>Made with Qt " +
-                 QString(qVersion()) + ", SQLite, Xerces-C, SUNDIALS, SuiteSparse and NetCDF.</p>");
+  auto* text = new QLabel(
+      "<h2>" + title + "</h2><p>Version " + QCoreApplication::applicationVersion() + "</p>" + edition_line +
+      "<p>A dynamic compartment model of surface-water quality: the input of a model, its runs "
+      "and its results.</p>"
+      "<p>Copyright Vesk developers. Free software under the GNU General Public License, version 3 or "
+      "later; it comes without any warranty.</p>"
+      "<p>Program folder: " +
+      shown(program_directory().native()).toHtmlEscaped() + "<br>Engine: " + shown(engine).toHtmlEscaped() +
+      "</p><p>Made with Qt " + QString(qVersion()) + ", SQLite, Xerces-C, SUNDIALS, SuiteSparse and NetCDF.</p>");
   text->setObjectName("AboutText");
   text->setWordWrap(true);
   text->setMinimumWidth(scaled(340, *this));

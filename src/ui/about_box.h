@@ -1,4 +1,4 @@
-// TAboutBox: the product, its version and its edition.
+// TAboutBox: the product, its version, edition, licence, folder and engine.
 #pragma once
 
 #include <QDialog>
@@ -8,7 +8,7 @@ namespace vesk {
 
 class about_box final : public QDialog {
 public:
-  about_box(QWidget* parent, const std::string& edition);
+  about_box(QWidget* parent, const std::string& edition, const std::string& engine);
 };
 
 } // namespace vesk

@@ -1,5 +1,7 @@
 #include "ui/appearance.h"
 
+#include "ui/images.h"
+
 #include <QApplication>
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -75,6 +77,12 @@ public slots:
 class plain_fusion final : public QProxyStyle {
 public:
   plain_fusion() : QProxyStyle(QStyleFactory::create("Fusion")) {}
+
+  // The toolkit's own picture is black on any background.
+  QIcon standardIcon(StandardPixmap which, const QStyleOption* option, const QWidget* widget) const override {
+    if (which == SP_ToolBarHorizontalExtensionButton) return more_image();
+    return QProxyStyle::standardIcon(which, option, widget);
+  }
 
   int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
                 QStyleHintReturn* result) const override {

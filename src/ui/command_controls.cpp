@@ -43,16 +43,18 @@ QMenuBar* command_controls::make_menu(std::span<const menu_row> rows) {
   for (std::size_t i = 0; i < rows.size(); ++i) {
     const menu_row& row = rows[i];
     QMenu* const parent = row.depth > 0 ? open.at(static_cast<std::size_t>(row.depth) - 1) : nullptr;
+    const bool is_filled_later = row.name == "DocumentationItem" || row.name == "RecentFilesItem";
     const bool has_items = i + 1 < rows.size() && rows[i + 1].depth > row.depth;
     if (row.caption == "-") {
       parent->addSeparator();
-    } else if (has_items || row.name == "DocumentationItem") {
+    } else if (has_items || is_filled_later) {
       QMenu* menu = parent ? parent->addMenu(shown(row.caption)) : bar->addMenu(shown(row.caption));
       menu->setObjectName(key(row.name));
       menu->setToolTipsVisible(row.name == "EditItem"); // those of the other menus would repeat their captions
       actions_.insert(key(row.name), menu->menuAction());
       open.at(static_cast<std::size_t>(row.depth)) = menu;
       if (row.name == "DocumentationItem") documentation_ = menu;
+      if (row.name == "RecentFilesItem") recent_ = menu;
     } else {
       QAction* action = make_action(row.name, shown(row.caption));
       if (!row.shortcut.empty()) action->setShortcut(QKeySequence(key(row.shortcut)));
@@ -117,6 +119,24 @@ void command_controls::show_run_face(bool running) {
 
 void command_controls::show_administration_menu(bool visible) {
   action_of("AdministrationItem")->setVisible(visible);
+}
+
+void command_controls::show_recent_files(const std::vector<std::string>& names) {
+  recent_->clear();
+  recent_->setEnabled(!names.empty());
+  const auto add = [this](const QString& text, const std::function<void()>& work) {
+    QObject::connect(
+        recent_->addAction(text), &QAction::triggered, &window_, [work] { attempt(work); },
+        Qt::QueuedConnection); // opening a file fills this menu anew
+  };
+  int number = 0;
+  for (const std::string& name : names)
+    add(QString("&%1  ").arg(++number) + without_mnemonics(shown(name)), [this, name] { form_.open_recent(name); });
+  recent_->addSeparator();
+  add("&Clear the list", [this] {
+    form_.settings.clear_recent_files();
+    form_.recent_files_changed();
+  });
 }
 
 void command_controls::add_document(const std::string& caption) {

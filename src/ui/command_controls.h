@@ -28,6 +28,7 @@ public:
   void show_run_face(bool running);
   void show_administration_menu(bool visible);
   void add_document(const std::string& caption);
+  void show_recent_files(const std::vector<std::string>& names);
 
 private:
   QAction* action_of(std::string_view name) const { return actions_.value(key(name)); }
@@ -42,6 +43,7 @@ private:
   const std::function<void(const std::string&)> open_document_;
   QHash<QString, QPointer<QAction>> actions_; // by the control's name; a menu's is the one that opens it
   QMenu* documentation_ = nullptr;
+  QMenu* recent_ = nullptr;
   QMenuBar* PreveskMainMenu = nullptr;
   bool carries_main_menu_ = false;
   bool shows_running_face_ = false;

@@ -49,7 +49,8 @@ form_windows::window form_windows::make(form& wanted) {
   }
   if (auto* preferences = dynamic_cast<TPreferenceConfigurationForm*>(&wanted))
     return {new preferences_dialog(&parent_, *preferences)};
-  if (const auto* about = dynamic_cast<TAboutBox*>(&wanted)) return {new about_box(&parent_, about->edition_name)};
+  if (const auto* about = dynamic_cast<TAboutBox*>(&wanted))
+    return {new about_box(&parent_, about->edition_name, about->engine)};
   return {};
 }
 

@@ -131,6 +131,10 @@ QIcon with_mark(const QIcon& image, const QIcon& mark) {
   return QIcon(new marked_picture(image, mark));
 }
 
+QIcon more_image() {
+  return picture("chevrons");
+}
+
 QIcon program_image() {
   return picture("vesk");
 }

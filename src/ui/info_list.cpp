@@ -10,7 +10,7 @@
 #include <QHeaderView>
 #include <QScrollBar>
 #include <QStringList>
-#include <QTimer>
+#include <QStyledItemDelegate>
 #include <algorithm>
 
 namespace vesk {
@@ -19,22 +19,74 @@ namespace {
 
 constexpr int column_width = 600; // at least
 constexpr int picture_width = 40; // with the space around it
+constexpr int catch_up_milliseconds = 10;
+
+// The pictures' meaning in words: a picture is never the only sign. Neither is the colour.
+constexpr const char* words[] = {"", "Note: ", "Failure: "};
+
+// Shows the word for the picture, and headings in bold.
+class line_delegate final : public QStyledItemDelegate {
+public:
+  using QStyledItemDelegate::QStyledItemDelegate;
+
+protected:
+  void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {
+    QStyledItemDelegate::initStyleOption(option, index);
+    option->text = index.data(info_lines::whole_text).toString();
+    if (!index.data(info_lines::is_heading).toBool()) return;
+    option->font.setBold(true);
+    option->backgroundBrush = option->palette.alternateBase();
+  }
+};
 
 } // namespace
 
 info_lines::info_lines() : icons_{info_image(0), info_image(1), info_image(2)} {}
 
-void info_lines::append(const std::string& text, int icon) {
+void info_lines::push(line added) {
   const int row = rowCount();
   beginInsertRows({}, row, row);
-  lines_.push_back({shown(text), icon});
+  lines_.push_back(std::move(added));
   endInsertRows();
+}
+
+void info_lines::append(const std::string& text, int icon) {
+  push({shown(text), std::max(icon, 0)}); // an engine may send any number
+}
+
+void info_lines::begin_section(const std::string& heading) {
+  heading_text_ = shown(heading);
+  heading_ = rowCount();
+  push({heading_text_, heading_icon});
+}
+
+void info_lines::end_section(const std::string& outcome) {
+  const QString text = heading_text_ + ": " + shown(outcome);
+  if (heading_ < 0) return push({text, heading_icon});
+  lines_[static_cast<std::size_t>(heading_)].text = text;
+  emit dataChanged(index(heading_), index(heading_));
+  heading_ = -1;
 }
 
 void info_lines::clear() {
   beginResetModel();
   lines_.clear();
+  heading_ = -1;
   endResetModel();
+}
+
+QString info_lines::whole(const line& of) const {
+  const auto icon = static_cast<std::size_t>(std::max(of.icon, 0));
+  return (icon < std::size(words) ? words[icon] : "") + of.text;
+}
+
+QString info_lines::all_text() const {
+  QString text;
+  for (const line& it : lines_) {
+    if (it.icon == heading_icon && !text.isEmpty()) text += '\n'; // sections apart
+    text += whole(it) + '\n';
+  }
+  return text;
 }
 
 int info_lines::rowCount(const QModelIndex& parent) const {
@@ -45,9 +97,12 @@ QVariant info_lines::data(const QModelIndex& index, int role) const {
   const line& at = lines_[static_cast<std::size_t>(index.row())];
   switch (role) {
   case Qt::DisplayRole: return at.text;
+  case whole_text:
+  case Qt::AccessibleTextRole: return whole(at);
+  case is_heading: return at.icon == heading_icon;
   case Qt::ToolTipRole: return tool_tip(at.text);
   case Qt::DecorationRole:
-    if (at.icon < 0 || at.icon >= static_cast<int>(icons_.size())) return {}; // an engine may send any number
+    if (at.icon < 0 || at.icon >= static_cast<int>(icons_.size())) return {};
     return icons_[static_cast<std::size_t>(at.icon)];
   case Qt::AccessibleDescriptionRole: return at.icon == 2 ? QString("failure") : QString();
   default: return {};
@@ -58,6 +113,7 @@ info_list::info_list(QWidget* parent) : QTreeView(parent) {
   setObjectName("InfoListView");
   setAccessibleName("Messages");
   setModel(&lines_);
+  setItemDelegate(new line_delegate(this));
   setHeaderHidden(true);
   setRootIsDecorated(false);
   setUniformRowHeights(true);
@@ -67,6 +123,9 @@ info_list::info_list(QWidget* parent) : QTreeView(parent) {
   header()->setStretchLastSection(false);
   connect(verticalScrollBar(), &QScrollBar::actionTriggered, this,
           [this] { QTimer::singleShot(0, this, [this] { note_scrolling(); }); }); // once it has scrolled
+  catch_up_soon_.setSingleShot(true);
+  catch_up_soon_.setInterval(catch_up_milliseconds);
+  connect(&catch_up_soon_, &QTimer::timeout, this, [this] { catch_up(); });
   auto* copy = new QAction("&Copy", this);
   copy->setShortcut(QKeySequence::Copy);
   copy->setShortcutContext(Qt::WidgetShortcut);
@@ -77,11 +136,39 @@ info_list::info_list(QWidget* parent) : QTreeView(parent) {
 
 void info_list::append(const std::string& text, int icon) {
   lines_.append(text, icon);
+  note_width_of_newest();
+}
+
+void info_list::begin_section(const std::string& heading) {
+  lines_.begin_section(heading);
+  note_width_of_newest();
+}
+
+void info_list::end_section(const std::string& outcome) {
+  lines_.end_section(outcome);
+  note_width_of_newest();
+}
+
+void info_list::note_width_of_newest() {
   const QModelIndex newest = lines_.index(lines_.rowCount() - 1);
-  const int width = fontMetrics().horizontalAdvance(newest.data().toString()) + scaled(picture_width, *this);
+  const int width =
+      fontMetrics().horizontalAdvance(newest.data(info_lines::whole_text).toString()) + scaled(picture_width, *this);
   if (width > longest_) {
     longest_ = width;
-    fit_column();
+    is_wider_ = true;
+  }
+  if (!catch_up_soon_.isActive()) catch_up_soon_.start();
+}
+
+// Laying out the lines takes as long as there are lines: once for each of 8,000 lines that an engine sends would take
+// minutes.
+void info_list::catch_up() {
+  if (std::exchange(is_wider_, false)) fit_column();
+  if (std::exchange(selects_last_, false) && !is_empty()) {
+    const bool scrolls = hasAutoScroll();
+    setAutoScroll(false); // the user may be reading elsewhere
+    setCurrentIndex(lines_.index(lines_.rowCount() - 1));
+    setAutoScroll(scrolls);
   }
   if (follows_) show_newest();
 }
@@ -93,10 +180,8 @@ void info_list::show_newest() {
 }
 
 void info_list::select_last() {
-  const bool scrolls = hasAutoScroll();
-  setAutoScroll(false); // where the user reads is his own matter
-  setCurrentIndex(lines_.index(lines_.rowCount() - 1));
-  setAutoScroll(scrolls);
+  selects_last_ = true;
+  if (!catch_up_soon_.isActive()) catch_up_soon_.start();
 }
 
 void info_list::clear() {
@@ -106,9 +191,19 @@ void info_list::clear() {
   fit_column();
 }
 
+void info_list::wrap_lines(bool wanted) {
+  setWordWrap(wanted);
+  setTextElideMode(wanted ? Qt::ElideNone : Qt::ElideRight);
+  setUniformRowHeights(!wanted);
+  fit_column();
+  if (follows_) show_newest();
+}
+
 // A long line is read by scrolling, not cut.
 void info_list::fit_column() {
-  setColumnWidth(0, std::max({scaled(column_width, *this), longest_, viewport()->width()}));
+  const int wide = std::max({scaled(column_width, *this), longest_, viewport()->width()});
+  setColumnWidth(0, wordWrap() ? viewport()->width() : wide);
+  if (wordWrap()) scheduleDelayedItemsLayout(); // the lines have other heights
 }
 
 void info_list::resizeEvent(QResizeEvent* event) {
@@ -136,7 +231,7 @@ void info_list::copy_selected() const {
   QModelIndexList rows = selectionModel()->selectedRows();
   std::sort(rows.begin(), rows.end());
   QStringList texts;
-  for (const QModelIndex& row : rows) texts << row.data().toString();
+  for (const QModelIndex& row : rows) texts << row.data(info_lines::whole_text).toString();
   if (!texts.isEmpty()) QApplication::clipboard()->setText(texts.join('\n'));
 }
 

@@ -3,6 +3,7 @@
 
 #include <QAbstractListModel>
 #include <QIcon>
+#include <QTimer>
 #include <QTreeView>
 #include <array>
 #include <string>
@@ -10,36 +11,53 @@
 
 namespace vesk {
 
-// The lines as they came, with the number of their picture.
+// The lines as they came, with the number of their picture. Headings of jobs lie between them.
 class info_lines final : public QAbstractListModel {
 public:
+  enum line_role : int { whole_text = Qt::UserRole, is_heading }; // `whole_text`: with the word for the picture
+
   info_lines();
 
   void append(const std::string& text, int icon);
+  void begin_section(const std::string& heading);
+  void end_section(const std::string& outcome); // into the heading; a line of its own if that was cleared away
   void clear();
+  QString all_text() const; // one line each, with line ends
 
   int rowCount(const QModelIndex& parent = {}) const override;
   QVariant data(const QModelIndex& index, int role) const override;
 
 private:
+  static constexpr int heading_icon = -1;
   struct line {
     QString text;
     int icon;
   };
+  QString whole(const line& of) const;
+  void push(line added);
+
   std::vector<line> lines_;
+  int heading_ = -1;     // row of the running job's; -1: none
+  QString heading_text_; // without an outcome
   const std::array<QIcon, 3> icons_;
 };
 
 // Read-only; lines can be selected and copied. The newest line is in sight unless the user has scrolled away from the
-// end.
+// end. What the view has to do for a new line is done once for all lines that come within a few milliseconds.
 class info_list final : public QTreeView {
 public:
   explicit info_list(QWidget* parent);
 
   void append(const std::string& text, int icon);
+  void begin_section(const std::string& heading);
+  void end_section(const std::string& outcome);
   void select_last();
   void clear();
   void copy_selected() const;
+  QString all_text() const { return lines_.all_text(); }
+  bool is_empty() const { return lines_.rowCount() == 0; }
+
+  void wrap_lines(bool wanted); // otherwise long lines are read by scrolling
 
 protected:
   void resizeEvent(QResizeEvent* event) override;
@@ -47,13 +65,17 @@ protected:
   void keyPressEvent(QKeyEvent* event) override;
 
 private:
+  void note_width_of_newest();
   void fit_column();
   void note_scrolling();
   void show_newest();
+  void catch_up();
 
   info_lines lines_;
-  int longest_ = 0;     // width of the longest line
-  bool follows_ = true; // the user has not scrolled away from the end
+  QTimer catch_up_soon_;
+  int longest_ = 0;                              // width of the longest line
+  bool follows_ = true;                          // the user has not scrolled away from the end
+  bool selects_last_ = false, is_wider_ = false; // what is still to do
 };
 
 } // namespace vesk

@@ -18,7 +18,33 @@ static bool has_display(int argc, char** argv) {
   return false;
 }
 
+static constexpr const char* help = R"(Usage: vesk [FILE ...] [-RUN] [-QUIT] [-IMPORT NAME]
+
+Builds and runs compartment models of surface-water quality, and shows their results.
+
+  FILE          a data file (.vki) or a project (.vkp); of several the last stays open
+  -RUN          minimise the window and run the model
+  -QUIT         close the window when the run has ended
+  -IMPORT NAME  import a text input file (.inp); a run begins after it
+  --help        print this text and exit
+  --version     print the version and exit
+
+Without a display, vesk-run does the same work. The user guide opens with F1.
+)";
+
+// Before anything else, since neither needs a display. Returns whether the option was there.
+static bool answer_at_once(int argc, char** argv) {
+  for (int i = 1; i < argc; ++i) {
+    const bool is_help = std::strcmp(argv[i], "--help") == 0 || std::strcmp(argv[i], "-h") == 0;
+    if (!is_help && std::strcmp(argv[i], "--version") != 0) continue;
+    std::fputs(is_help ? help : "vesk " VESK_VERSION "\n", stdout);
+    return true;
+  }
+  return false;
+}
+
 int main(int argc, char** argv) {
+  if (answer_at_once(argc, argv)) return std::fflush(stdout) == 0 ? 0 : 1;
   vesk::prepare_process();
   vesk::report_engine_crashes("vesk");
   if (!has_display(argc, argv)) {

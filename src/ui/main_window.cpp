@@ -1,11 +1,16 @@
 #include "ui/main_window.h"
 
+#include "platform/file_io.h"
+#include "platform/safe_file.h"
 #include "query/import_query.h"
 #include "ui/form_windows.h"
+#include "ui/front_page.h"
 #include "ui/guard.h"
+#include "ui/guide_window.h"
 #include "ui/images.h"
 #include "ui/info_list.h"
 #include "ui/measures.h"
+#include "ui/message_panel.h"
 #include "ui/progress_box.h"
 #include "ui/progress_panel.h"
 #include "ui/questions.h"
@@ -17,8 +22,12 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QCloseEvent>
+#include <QDragEnterEvent>
+#include <QFileInfo>
+#include <QMimeData>
 #include <QScreen>
 #include <QSplitter>
+#include <QUrl>
 #include <QVBoxLayout>
 
 namespace vesk {
@@ -28,23 +37,29 @@ namespace {
 // The design size of a window that has never been placed.
 constexpr int design_width = 980, design_height = 640, design_results_height = 260;
 
-constexpr int least_in_sight = 100, frame = 32; // of a window's width; above its content
+constexpr int least_height_of_messages = 120;
 
-// Moved and shrunk so that all of it fits on a screen of today, if it would otherwise be larger than that or have its
-// title bar out of reach.
+constexpr int frame = 32; // above a window's content
+
+// Moved and shrunk so that all of it is on the screen that shows most of it: the scale or the screens may have changed
+// since the place was stored.
 QRect on_a_screen(QRect place) {
-  const QRect bar(place.x(), place.y() - 1, place.width(), 1);
   const QScreen* best = QGuiApplication::primaryScreen();
-  bool reachable = false;
+  int most = 0;
   for (const QScreen* screen : QGuiApplication::screens()) {
-    const QRect common = screen->availableGeometry().adjusted(0, -1, 0, 0).intersected(bar);
-    if (common.isEmpty() || common.width() < std::min(least_in_sight, place.width())) continue;
-    best = screen;
-    reachable = true;
+    const QRect common = screen->availableGeometry().intersected(place);
+    if (const int area = common.width() * common.height(); !common.isEmpty() && area > most) {
+      best = screen;
+      most = area;
+    }
   }
-  const QRect room = best->availableGeometry();
-  place.setSize(place.size().boundedTo(room.size() - QSize(0, frame)));
-  if (!reachable) place.moveTopLeft(room.topLeft() + QPoint(0, frame));
+  const QRect all = best->availableGeometry(), room = all.adjusted(0, std::min(frame, all.height() / 2), 0, 0);
+  place.setSize(place.size().boundedTo(room.size()));
+  const bool is_inside = all.contains(place);
+  if (most == 0) return {room.topLeft(), place.size()};
+  if (is_inside) return place;
+  place.moveLeft(std::clamp(place.left(), room.left(), room.left() + room.width() - place.width()));
+  place.moveTop(std::clamp(place.top(), room.top(), room.top() + room.height() - place.height()));
   return place;
 }
 
@@ -59,15 +74,20 @@ run_record head_of_records() {
 main_window::main_window(const std::filesystem::path& settings_file)
     : form_(std::make_unique<TPreveskMainForm>(*this, settings_file)) {
   form_->record_head = head_of_records();
+  form_->serve_a_window();
   setObjectName("PreveskMainForm");
   setWindowIcon(program_image());
   lay_out();
   forms_ = std::make_unique<form_windows>(*this);
   controls_ = std::make_unique<command_controls>(
       *this, *form_, [this](const std::string& caption) { form_->DocumentationItemClick(caption); });
+  controls_->show_recent_files(form_->settings.recent_files());
   form_->FormCreate();
   form_->set_window_handle(
       static_cast<std::int32_t>(winId())); // after: a window that the system knows is placed otherwise
+  for (const QScreen* each : QGuiApplication::screens())
+    connect(
+        each, &QScreen::availableGeometryChanged, this, [this] { keep_on_screen(); }, Qt::QueuedConnection);
   UIUpdateTimer.setObjectName("UIUpdateTimer");
   connect(&UIUpdateTimer, &QTimer::timeout, this, [this] {
     attempt([this] {
@@ -87,12 +107,17 @@ void main_window::lay_out() {
   column->setSpacing(0);
   splitter_ = new QSplitter(Qt::Vertical, content);
   splitter_->setChildrenCollapsible(false);
-  InfoListView = new info_list(splitter_);
+  front_page_ = new front_page(splitter_, *form_);
+  auto* messages = new message_panel(splitter_, [this](const std::string& text) { save_messages(text); });
+  InfoListView = messages->list();
   ResultsTable =
       new results_table(splitter_, [this](int row, int cell) { return form_->ResultsTableGetCellData(row, cell); });
   ResultsTable->hide();
-  splitter_->setStretchFactor(0, 1);
-  splitter_->setStretchFactor(1, 0);
+  splitter_->setStretchFactor(1, 1);
+  connect(splitter_, &QSplitter::splitterMoved, this, [this] {
+    if (front_page_->isVisible()) page_height_ = front_page_->height();
+    if (ResultsTable->isVisible()) results_height_ = ResultsTable->height();
+  });
   InfoPanel = new progress_panel(
       content, [this](int position) { attempt([=, this] { form_->PriorityTrackBarChange(position); }); },
       [this] { attempt([this] { form_->cancel_job(); }); });
@@ -100,6 +125,10 @@ void main_window::lay_out() {
   column->addWidget(InfoPanel);
   setCentralWidget(content);
   results_height_ = scaled(design_results_height, *this);
+  setAcceptDrops(true);
+  refresh_soon_.setSingleShot(true);
+  connect(&refresh_soon_, &QTimer::timeout, this, [this] { attempt([this] { refresh_front_page(); }); });
+  refresh_front_page();
   const QSize room = screen()->availableGeometry().size() - QSize(0, frame);
   resize(QSize(scaled(design_width, *this), scaled(design_height, *this)).boundedTo(room));
 }
@@ -182,10 +211,12 @@ void main_window::set_commands(const command_conditions& conditions) {
   controls_->set_commands(conditions);
   InfoPanel->show_cancel(conditions.running);
   forms_->job_changed();
+  refresh_soon_.start(0);
 }
 
 void main_window::set_caption(const std::string& caption) {
   setWindowTitle(shown(caption));
+  refresh_soon_.start(0);
 }
 
 window_geometry main_window::geometry() {
@@ -227,6 +258,13 @@ void main_window::note_normal_place() {
     normal_place_ = QMainWindow::geometry();
 }
 
+// The scale or the size of the screen has changed while the program runs.
+void main_window::keep_on_screen() {
+  if (!isVisible() || windowState() != Qt::WindowNoState) return;
+  const QRect fitting = on_a_screen(QMainWindow::geometry());
+  if (fitting != QMainWindow::geometry()) QMainWindow::setGeometry(fitting);
+}
+
 void main_window::moveEvent(QMoveEvent* event) {
   QMainWindow::moveEvent(event);
   note_normal_place();
@@ -235,6 +273,7 @@ void main_window::moveEvent(QMoveEvent* event) {
 void main_window::resizeEvent(QResizeEvent* event) {
   QMainWindow::resizeEvent(event);
   note_normal_place();
+  QTimer::singleShot(0, this, [this] { share_the_height(); }); // once the layout has followed
 }
 
 void main_window::minimise_main_window() {
@@ -247,6 +286,66 @@ void main_window::hide_splash() {
 
 void main_window::data_set_replaced() {
   forms_->data_set_replaced();
+  refresh_soon_.start(0);
+}
+
+void main_window::recent_files_changed() {
+  controls_->show_recent_files(form_->settings.recent_files());
+  refresh_soon_.start(0);
+}
+
+void main_window::refresh_front_page() {
+  front_page_->refresh();
+  share_the_height();
+}
+
+// Messages and grid come first: the page is hidden where they would have too little room.
+void main_window::share_the_height() {
+  const int all = splitter_->height() - 2 * splitter_->handleWidth();
+  const int grid = ResultsTable->isHidden() ? 0 : results_height_;
+  const int least_messages = scaled(least_height_of_messages, *this);
+  const int page = page_height_ > 0 ? page_height_ : front_page_->wanted_height();
+  const int room = all - grid - least_messages;
+  front_page_->setVisible(grid == 0 || room >= page);
+  const int shown_page = front_page_->isHidden() ? 0 : std::clamp(page, 0, std::max(room, all / 2));
+  splitter_->setSizes({shown_page, std::max(all - shown_page - grid, 0), grid});
+}
+
+// Files.
+
+void main_window::save_messages(const std::string& text) {
+  static const file_dialog dialog{file_dialog::kind::save, "Save messages", "Text files (*.txt)|*.txt", "txt", ".txt"};
+  const auto name = ask_file(dialog);
+  if (!name) return;
+  try {
+    safe_file file(*name);
+    write_all(file.descriptor(), text, {}, *name);
+    file.commit();
+  } catch (const file_exception& error) {
+    message_box("Error", error.what(), box_buttons::ok);
+  }
+}
+
+// Only files that can be opened; links to other machines are none.
+static QStringList files_in(const QMimeData& data) {
+  static const QStringList endings{"vki", "vkp", "inp", "nc"};
+  QStringList files;
+  for (const QUrl& url : data.urls())
+    if (url.isLocalFile() && endings.contains(QFileInfo(url.toLocalFile()).suffix().toLower()))
+      files << url.toLocalFile();
+  return files;
+}
+
+void main_window::dragEnterEvent(QDragEnterEvent* event) {
+  if (!files_in(*event->mimeData()).isEmpty()) event->acceptProposedAction();
+}
+
+// After the drop has ended: opening may ask, and the program that the file comes from waits for the end.
+void main_window::dropEvent(QDropEvent* event) {
+  for (const QString& file : files_in(*event->mimeData()))
+    QMetaObject::invokeMethod(
+        this, [this, file] { attempt([&] { form_->open_dropped(stored(file)); }); }, Qt::QueuedConnection);
+  event->acceptProposedAction();
 }
 
 bool main_window::show_results(const std::string& file, bool after_run) {
@@ -293,6 +392,19 @@ void main_window::clear_info_lines() {
   InfoListView->clear();
 }
 
+void main_window::begin_job_messages(const std::string& heading) {
+  InfoListView->begin_section(heading);
+}
+
+void main_window::end_job_messages(const std::string& outcome) {
+  InfoListView->end_section(outcome);
+}
+
+bool main_window::show_page(const std::string& file) {
+  show_guide(*this, shown(file));
+  return true;
+}
+
 void main_window::set_progress(int percent) {
   InfoPanel->set_progress(percent);
 }
@@ -317,16 +429,14 @@ void main_window::initialize_grid(const std::vector<std::string>& column_labels,
 
 void main_window::set_results_height(int height) {
   results_height_ = height;
-  if (!ResultsTable->isVisible()) return;
-  const int all = splitter_->height() - splitter_->handleWidth();
-  splitter_->setSizes({std::max(all - height, 0), height});
+  if (ResultsTable->isVisible()) share_the_height();
 }
 
 void main_window::show_results_grid(bool visible) {
   if (visible == !ResultsTable->isHidden()) return;
   if (!visible && ResultsTable->isVisible()) results_height_ = ResultsTable->height();
   ResultsTable->setVisible(visible);
-  if (visible) set_results_height(results_height_);
+  share_the_height();
 }
 
 void main_window::repaint_results_grid() {

@@ -17,6 +17,7 @@ class QSplitter;
 namespace vesk {
 
 class form_windows;
+class front_page;
 class info_list;
 class progress_panel;
 class results_table;
@@ -54,12 +55,16 @@ public:
   void add_documentation_item(const std::string& caption) override { controls_->add_document(caption); }
   void data_set_replaced() override;
   bool show_results(const std::string& file, bool after_run) override;
+  void recent_files_changed() override;
   void query_executed(const std::string& series, const import_query_descriptor& query,
                       const query_report& report) override;
   void set_priority_position(int position) override;
   void add_info_line(const std::string& text, int icon) override;
   void select_last_info_line() override;
   void clear_info_lines() override;
+  void begin_job_messages(const std::string& heading) override;
+  void end_job_messages(const std::string& outcome) override;
+  bool show_page(const std::string& file) override;
   void set_progress(int percent) override;
   void set_info_label(const std::string& text) override;
   void set_time_remaining_label(const std::string& text) override;
@@ -73,9 +78,15 @@ protected:
   void closeEvent(QCloseEvent* event) override;
   void moveEvent(QMoveEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
+  void dragEnterEvent(QDragEnterEvent* event) override;
+  void dropEvent(QDropEvent* event) override;
 
 private:
   void lay_out();
+  void refresh_front_page();
+  void keep_on_screen();
+  void share_the_height(); // among page, messages and grid
+  void save_messages(const std::string& text);
   void set_results_height(int height);
   void note_normal_place();
   void sample_results_grid(); // for the results window
@@ -84,9 +95,11 @@ private:
   std::unique_ptr<form_windows> forms_;
   std::unique_ptr<command_controls> controls_;
   std::unique_ptr<results_window> results_; // null until it is first wanted
+  front_page* front_page_ = nullptr;
   info_list* InfoListView = nullptr;
   results_table* ResultsTable = nullptr;
-  QSplitter* splitter_ = nullptr; // between the two
+  QSplitter* splitter_ = nullptr; // between the three
+  QTimer refresh_soon_;           // of the page
   progress_panel* InfoPanel = nullptr;
   QTimer UIUpdateTimer;
   std::vector<std::string> arguments_;
@@ -94,6 +107,7 @@ private:
   bool has_been_shown_ = false;
   bool has_closed_ = false;
   int results_height_ = 0; // as last seen or set
+  int page_height_ = 0;    // as the user has set it; 0: not
   QRect normal_place_;     // of the content, as last seen neither minimised nor maximised
 };
 

@@ -1,5 +1,6 @@
 #include "ui/progress_panel.h"
 
+#include "ui/elided_text.h"
 #include "ui/measures.h"
 #include "ui/texts.h"
 
@@ -21,8 +22,8 @@ constexpr auto paint_interval = std::chrono::milliseconds(30);
 } // namespace
 
 progress_panel::progress_panel(QWidget* parent, std::function<void(int)> priority_moved, std::function<void()> cancel)
-    : QWidget(parent), StatusProgressBar(new QProgressBar(this)), InfoLabel(new QLabel(this)),
-      TimeRemainingLabel(new QLabel(this)), CancelButton(new QPushButton("Cancel", this)),
+    : QWidget(parent), StatusProgressBar(new QProgressBar(this)), InfoLabel(new elided_label(this)),
+      TimeRemainingLabel(new elided_label(this)), CancelButton(new QPushButton("Cancel", this)),
       MinPriorityLabel(new QLabel("Stop", this)), PriorityTrackBar(new QSlider(Qt::Horizontal, this)),
       MaxPriorityLabel(new QLabel("Turbo", this)) {
   setObjectName("InfoPanel");
@@ -33,7 +34,6 @@ progress_panel::progress_panel(QWidget* parent, std::function<void(int)> priorit
   StatusProgressBar->setTextVisible(false);
   InfoLabel->setObjectName("InfoLabel");
   TimeRemainingLabel->setObjectName("TimeRemainingLabel");
-  for (QLabel* label : {InfoLabel, TimeRemainingLabel}) label->setTextFormat(Qt::PlainText);
   CancelButton->setObjectName("CancelButton");
   CancelButton->setToolTip("Cancel the running job");
   CancelButton->setAutoDefault(false);

@@ -166,7 +166,10 @@ std::optional<std::string> ask_for_file(const file_dialog& dialog, const QString
     QObject::connect(&box, &QFileDialog::filterSelected, &box,
                      [&box](const QString& filter) { box.setDefaultSuffix(suffix_of(filter)); });
   arrange(box);
-  box.setDirectory(last_folder.isEmpty() ? first_folder : last_folder);
+  const QString wanted = shown(dialog.folder);
+  box.setDirectory(!wanted.isEmpty() && QFileInfo(wanted).isDir() ? wanted
+                   : last_folder.isEmpty()                        ? first_folder
+                                                                  : last_folder);
   while (box.exec() == QDialog::Accepted && !box.selectedFiles().isEmpty()) {
     const QString name = box.selectedFiles().first();
     const QString folder = QFileInfo(name).absolutePath();

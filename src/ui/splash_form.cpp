@@ -21,6 +21,7 @@ constexpr int picture_width = 720, picture_height = 540;
 splash_form::splash_form(int milliseconds, std::function<void()> show_main_window)
     : QWidget(nullptr, Qt::SplashScreen | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint) {
   setObjectName("SplashForm");
+  setFocusPolicy(Qt::StrongFocus);
   setWindowTitle(shown(TPreveskMainForm::application_title));
   const QSize room = QGuiApplication::primaryScreen()->availableGeometry().size();
   setFixedSize(QSize(picture_width, picture_height)
@@ -35,6 +36,21 @@ splash_form::splash_form(int milliseconds, std::function<void()> show_main_windo
     close();
   });
   HideTimer.start(milliseconds);
+}
+
+// Keys come only to a window that is active.
+void splash_form::showEvent(QShowEvent* event) {
+  QWidget::showEvent(event);
+  activateWindow();
+  setFocus();
+}
+
+void splash_form::mousePressEvent(QMouseEvent*) {
+  if (HideTimer.isActive()) HideTimer.start(0);
+}
+
+void splash_form::keyPressEvent(QKeyEvent*) {
+  if (HideTimer.isActive()) HideTimer.start(0);
 }
 
 void splash_form::paintEvent(QPaintEvent*) {

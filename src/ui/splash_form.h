@@ -9,11 +9,15 @@ namespace vesk {
 
 class splash_form final : public QWidget {
 public:
-  // `show_main_window` is called once, `milliseconds` after the form was created; then the splash closes.
+  // `show_main_window` is called once, `milliseconds` after the form was created or at a click or key before; then the
+  // splash closes.
   splash_form(int milliseconds, std::function<void()> show_main_window);
 
 protected:
   void paintEvent(QPaintEvent* event) override;
+  void showEvent(QShowEvent* event) override;
+  void mousePressEvent(QMouseEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
 
 private:
   QTimer HideTimer;

@@ -81,8 +81,11 @@ TEST(Dialogs, AboutTellsProductVersionAndEdition) {
   with_dialog([&] { program.trigger("AboutItem"); },
               [&](QWidget* dialog) {
                 const QString text = find<QLabel>(dialog, "AboutText")->text();
-                EXPECT_TRUE(text.contains("ORL VESK") && text.contains(QCoreApplication::applicationVersion()));
+                EXPECT_TRUE(text.contains("<h2>Vesk</h2>") && text.contains(QCoreApplication::applicationVersion()));
                 EXPECT_TRUE(text.contains("Student &lt;2&gt;"));
+                EXPECT_TRUE(text.contains("General Public License"));
+                const QString engine = QString(ENGINE) + ", version " + QCoreApplication::applicationVersion();
+                EXPECT_TRUE(text.contains("Engine: " + engine)) << text.toStdString();
                 take_picture(dialog, "about");
                 return press(dialog, "OK");
               });

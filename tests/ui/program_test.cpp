@@ -35,6 +35,20 @@ TEST_F(Program, ShowsItsSplashRunsTheFileAndEndsByItself) {
   EXPECT_TRUE(fs::exists(folder.path / "river_oxygen.csv"));
 }
 
+TEST_F(Program, AnswersHelpAndVersionAtOnceWithoutADisplay) {
+  const std::string display = getenv("DISPLAY");
+  unsetenv("DISPLAY");
+  for (const char* option : {"--help", "--version"}) {
+    const auto start = steady_clock::now();
+    const program_result result = run_program(VESK, {"river.vki", option});
+    EXPECT_LT(steady_clock::now() - start, std::chrono::seconds(2));
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.err, "");
+    EXPECT_THAT(result.out, testing::StartsWith(std::string(option) == "--help" ? "Usage: vesk " : "vesk 0."));
+  }
+  setenv("DISPLAY", display.c_str(), 1);
+}
+
 TEST_F(Program, ImportsThenRunsThenQuits) {
   fs::copy(SAMPLE, folder.path / "river.vki");
   ASSERT_EQ(run_program(VESK_RUN, {folder.file("river.vki"), "--export", folder.file("old.inp")}).status, 0);
