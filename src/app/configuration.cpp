@@ -163,22 +163,26 @@ void configuration::remove_recent_file(const std::string& name) {
 }
 
 void configuration::clear_recent_files() {
-  for (const std::string& name : std::vector(recent_files_)) remove_recent_file(name);
+  recent_files_.clear();
+  added_files_.clear();
+  forgets_stored_files_ = true; // those of other windows as well
 }
 
 void configuration::save_recent_files() {
-  if (added_files_.empty() && removed_files_.empty()) return;
+  if (added_files_.empty() && removed_files_.empty() && !forgets_stored_files_) return;
   update([this](const value_getter& get, const value_setter& set) {
     std::vector<std::string> names = std::exchange(added_files_, {});
     for (std::size_t i = 1; i <= most_recent_files; ++i)
       if (const std::string stored = get(recent_file_name(i));
-          !stored.empty() && std::ranges::count(names, stored) + std::ranges::count(removed_files_, stored) == 0)
+          !forgets_stored_files_ && !stored.empty() &&
+          std::ranges::count(names, stored) + std::ranges::count(removed_files_, stored) == 0)
         names.push_back(stored);
     names.resize(most_recent_files);
     for (std::size_t i = 0; i < most_recent_files; ++i)
       if (const std::string of = recent_file_name(i + 1); !names[i].empty() || !get(of).empty()) set(of, names[i]);
   });
   removed_files_.clear();
+  forgets_stored_files_ = false;
 }
 
 void configuration::save_all() {

@@ -140,6 +140,7 @@ private:
   bool show_results_as_read_ = true;
   std::vector<std::string> recent_files_;
   std::vector<std::string> added_files_, removed_files_; // since they were read or saved
+  bool forgets_stored_files_ = false;
 };
 
 } // namespace vesk

@@ -8,8 +8,11 @@
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QDBusVariant>
+#include <QPainter>
 #include <QProxyStyle>
+#include <QSlider>
 #include <QStyleFactory>
+#include <QStyleOption>
 
 namespace vesk {
 
@@ -82,6 +85,28 @@ public:
   QIcon standardIcon(StandardPixmap which, const QStyleOption* option, const QWidget* widget) const override {
     if (which == SP_ToolBarHorizontalExtensionButton) return more_image();
     return QProxyStyle::standardIcon(which, option, widget);
+  }
+
+  // The style draws the ticks of a slider darker than the window, which shows nothing in the dark.
+  void drawComplexControl(ComplexControl control, const QStyleOptionComplex* option, QPainter* painter,
+                          const QWidget* widget) const override {
+    QProxyStyle::drawComplexControl(control, option, painter, widget);
+    const auto* slider = qstyleoption_cast<const QStyleOptionSlider*>(option);
+    if (control != CC_Slider || !slider || slider->tickPosition != QSlider::TicksBelow || slider->tickInterval <= 0)
+      return;
+    const int room = pixelMetric(PM_SliderSpaceAvailable, option, widget);
+    const int half = pixelMetric(PM_SliderLength, option, widget) / 2;
+    const int top = subControlRect(CC_Slider, option, SC_SliderHandle, widget).bottom() + 2;
+    constexpr int tick_height = 3, opacity = 160;
+    QColor ink = option->palette.color(QPalette::WindowText);
+    ink.setAlpha(opacity);
+    painter->save();
+    painter->setPen(ink);
+    for (int value = slider->minimum; value <= slider->maximum; value += slider->tickInterval) {
+      const int x = half + sliderPositionFromValue(slider->minimum, slider->maximum, value, room, slider->upsideDown);
+      painter->drawLine(x, top, x, top + tick_height);
+    }
+    painter->restore();
   }
 
   int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,

@@ -123,7 +123,7 @@ void command_controls::show_administration_menu(bool visible) {
 
 void command_controls::show_recent_files(const std::vector<std::string>& names) {
   recent_->clear();
-  recent_->setEnabled(!names.empty());
+  if (names.empty()) return recent_->addAction("No files yet")->setEnabled(false);
   const auto add = [this](const QString& text, const std::function<void()>& work) {
     QObject::connect(
         recent_->addAction(text), &QAction::triggered, &window_, [work] { attempt(work); },

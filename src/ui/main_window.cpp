@@ -301,13 +301,15 @@ void main_window::refresh_front_page() {
 
 // Messages and grid come first: the page is hidden where they would have too little room.
 void main_window::share_the_height() {
-  const int all = splitter_->height() - 2 * splitter_->handleWidth();
-  const int grid = ResultsTable->isHidden() ? 0 : results_height_;
-  const int least_messages = scaled(least_height_of_messages, *this);
+  const bool with_grid = !ResultsTable->isHidden();
+  const int handle = splitter_->handleWidth(), grid = with_grid ? results_height_ : 0;
   const int page = page_height_ > 0 ? page_height_ : front_page_->wanted_height();
-  const int room = all - grid - least_messages;
-  front_page_->setVisible(grid == 0 || room >= page);
-  const int shown_page = front_page_->isHidden() ? 0 : std::clamp(page, 0, std::max(room, all / 2));
+  int all = splitter_->height() - (with_grid ? handle : 0);
+  const int room = all - handle - grid - scaled(least_height_of_messages, *this);
+  const bool with_page = !with_grid || room >= page;
+  front_page_->setVisible(with_page);
+  if (with_page) all -= handle;
+  const int shown_page = with_page ? std::clamp(page, 0, std::max({room, all / 2, 0})) : 0;
   splitter_->setSizes({shown_page, std::max(all - shown_page - grid, 0), grid});
 }
 

@@ -65,12 +65,12 @@ void summary_page::refresh() {
 }
 
 void summary_page::show_rows() {
-  const prevesk_dataset_data_type& data = *form_.current_data_set;
-  const QString description = shown(data.description).simplified();
+  const prevesk_dataset_data_type& open = *form_.current_data_set;
+  const QString description = shown(open.description).simplified();
   title_->setText(description.isEmpty() ? "No description" : description);
   file_->setText(form_.file_name.empty() ? "Not saved yet" : shown(form_.file_name));
-  std::vector<summary_row> rows = summary_of(data);
-  std::ranges::move(summary_of_runs(data, state_ ? &*state_ : nullptr), std::back_inserter(rows));
+  std::vector<summary_row> rows = summary_of(open);
+  std::ranges::move(summary_of_runs(open, state_ ? &*state_ : nullptr), std::back_inserter(rows));
   for (std::size_t i = 0; i < rows.size(); ++i) {
     if (static_cast<int>(i) == rows_->rowCount()) {
       QLabel* text = plain_label("Summary" + rows[i].caption);
@@ -89,8 +89,8 @@ void summary_page::compare() {
   std::error_code ignored;
   const std::filesystem::path base =
       form_.file_name.empty() ? std::filesystem::path() : std::filesystem::absolute(form_.results_base(), ignored);
-  QThreadPool::globalInstance()->start([place, base, data = *form_.current_data_set] {
-    const results_state state = state_of_results(data, base);
+  QThreadPool::globalInstance()->start([place, base, copy = *form_.current_data_set] {
+    const results_state state = state_of_results(copy, base);
     QMetaObject::invokeMethod(
         QCoreApplication::instance(),
         [place, state] {
