@@ -100,7 +100,10 @@ void start_page::show_recent_files(const std::vector<std::string>& names) {
         Qt::QueuedConnection);
     files_->addWidget(button);
   }
-  if (names.empty()) files_->addWidget(new QLabel("Files that you open or save are listed here."));
+  if (!names.empty()) return;
+  auto* hint = new QLabel("Files that you open or save are listed here.");
+  hint->setWordWrap(true);
+  files_->addWidget(hint);
 }
 
 void start_page::resizeEvent(QResizeEvent* event) {
