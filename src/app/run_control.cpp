@@ -174,8 +174,10 @@ bool run_control::start_job(const prevesk_dataset_data_type& data_set, const lau
   last_job_.code = row.code;
   job_return_code_ = 0;
   priority_refused_ = {};
-  job_began_ = std::chrono::steady_clock::now();
-  ui_.begin_job_messages(heading_of_job(row.code, name));
+  if (row.code != job_code::run) { // a run's messages began with its queries
+    job_began_ = std::chrono::steady_clock::now();
+    ui_.begin_job_messages(heading_of_job(row.code, name));
+  }
   note_start_of_job(row.code, name);
   return true;
 }
@@ -196,9 +198,14 @@ bool run_control::start_run() {
   std::unique_ptr<output_lock> lock; // taken before the queries, which may be slow
   if (!lock_outputs(lock)) return false;
   copy.reset_cursors();
+  job_began_ = std::chrono::steady_clock::now();
+  ui_.begin_job_messages(heading_of_job(job_code::run, documents_.file_name));
   if (!skip_deferred_queries) {
     auto filled = run_queries(copy, false);
-    if (!filled) return false;
+    if (!filled) {
+      ui_.end_job_messages("not started");
+      return false;
+    }
     copy = std::move(*filled);
   }
   clear_progress(); // of the queries
@@ -206,6 +213,7 @@ bool run_control::start_run() {
   hold_previous_results();
   if (!start_job(copy, launcher_of(job_code::run), results_name())) {
     previous_.drop();
+    ui_.end_job_messages("not started");
     return false;
   }
   begin_record();
