@@ -12,6 +12,7 @@
 #include <QStringList>
 #include <QStyledItemDelegate>
 #include <algorithm>
+#include <chrono>
 
 namespace vesk {
 
@@ -28,6 +29,14 @@ constexpr const char* words[] = {"", "Note: ", "Failure: "};
 class line_delegate final : public QStyledItemDelegate {
 public:
   using QStyledItemDelegate::QStyledItemDelegate;
+
+  // A tree asks for the height of a line without saying how wide it is.
+  QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override {
+    QStyleOptionViewItem known = option;
+    const auto* view = qobject_cast<const QTreeView*>(parent());
+    if (view && view->wordWrap()) known.rect.setWidth(view->columnWidth(0));
+    return QStyledItemDelegate::sizeHint(known, index);
+  }
 
 protected:
   void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {
@@ -163,6 +172,7 @@ void info_list::note_width_of_newest() {
 // Laying out the lines takes as long as there are lines: once for each of 8,000 lines that an engine sends would take
 // minutes.
 void info_list::catch_up() {
+  const auto begin = std::chrono::steady_clock::now();
   if (std::exchange(is_wider_, false)) fit_column();
   if (std::exchange(selects_last_, false) && !is_empty()) {
     const bool scrolls = hasAutoScroll();
@@ -171,6 +181,9 @@ void info_list::catch_up() {
     setAutoScroll(scrolls);
   }
   if (follows_) show_newest();
+  constexpr int share = 9; // at most a tenth of the time is spent here
+  const auto took = std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - begin);
+  catch_up_soon_.setInterval(std::max(catch_up_milliseconds, share * static_cast<int>(took.count())));
 }
 
 // From its first character on, also after a longer line was read to its end.
