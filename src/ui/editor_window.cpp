@@ -35,6 +35,7 @@ namespace vesk {
 namespace {
 
 constexpr int screen_margin = 60; // that a window's first size leaves free
+constexpr int series_width = 560;
 
 QVBoxLayout* column_in(QWidget& widget) {
   auto* column = new QVBoxLayout(&widget);
@@ -383,10 +384,10 @@ void editor_window::take_first_size() {
   // The splitters have been laid out before there was content.
   const int for_tree = tree_ ? tree_->sizeHint().width() : 0;
   for (editor_panel_view* panel : panels_) panel->take_first_size(width() - for_tree);
-  int left = 0; // the same in all rows, and no more than half
+  int left = 0; // the same in all rows, and no more than half or what leaves room for a series with its chart
   for (QSplitter* one : splitters_)
     if (one->orientation() == Qt::Horizontal) left = std::max(left, one->widget(0)->sizeHint().width());
-  left = std::min(left, width() / 2);
+  left = std::min(left, std::max(width() / 2, width() - scaled(series_width, *this)));
   for (QSplitter* one : splitters_)
     one->setSizes(one->orientation() == Qt::Horizontal ? QList{left, width()}
                                                        : QList{one->widget(0)->sizeHint().height(), height()});

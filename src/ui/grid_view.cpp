@@ -12,6 +12,7 @@
 #include <QLineEdit>
 #include <QScopedValueRollback>
 #include <QScrollBar>
+#include <QStyle>
 #include <algorithm>
 
 namespace vesk {
@@ -22,6 +23,18 @@ constexpr int row_height = 22, column_width = 70, widest_column = 420;
 constexpr int least_digits = 2, least_digits_of_series = 4; // of row numbers: the header keeps its width as rows come
 constexpr int fewest_rows = 6, most_rows = 22;              // that the size hint makes room for
 constexpr int columns_to_fit = 200; // the others keep the usual width until they are moved by hand
+
+// What a column of free rows has room for from the beginning, so that it keeps its width when rows come.
+const char* usual_text(const cell_type& type) {
+  switch (type.kind) {
+  case cell_kind::date: return "88/88/8888";
+  case cell_kind::time: return "88:88:88";
+  case cell_kind::number: return "8888.8888";
+  case cell_kind::text:
+  case cell_kind::combo: return "88: Segment";
+  default: return "";
+  }
+}
 
 } // namespace
 
@@ -59,10 +72,23 @@ int grid_view::width_in_sight(int column) const {
   const int first = std::max(rowAt(0), 0);
   const int in_sight = viewport()->height() / verticalHeader()->defaultSectionSize() + 2;
   const int end = std::min(first + std::max(in_sight, most_rows), model_->rowCount());
-  int width = horizontalHeader()->sectionSizeHint(column);
+  int width = std::max(horizontalHeader()->sectionSizeHint(column), usual_width(column));
   for (int row = first; row < end; ++row)
     width = std::max(width, itemDelegate()->sizeHint(option, model_->index(row, column)).width());
   return width + scaled(6, *this);
+}
+
+// With room for a mark, but for the time, which has none.
+int grid_view::usual_width(int column) const {
+  const grid& content = model_->table().content();
+  if (!content.has_free_rows()) return 0;
+  const auto columns = content.columns();
+  const cell_type& type = columns[static_cast<std::size_t>(column)].type;
+  const bool is_series = columns[0].type.kind == cell_kind::date;
+  if (type.kind == cell_kind::number && !is_series) return 0; // the others have many
+  const int margins = 2 * (style()->pixelMetric(QStyle::PM_FocusFrameHMargin) + 1);
+  const int mark = type.kind == cell_kind::time ? 0 : style()->pixelMetric(QStyle::PM_SmallIconSize) + margins;
+  return fontMetrics().horizontalAdvance(usual_text(type)) + margins + mark;
 }
 
 void grid_view::widen_to_contents() {

@@ -45,6 +45,7 @@ private:
   void take_block();       // the selected cells, from the table
   void take_size();        // of new rows or columns
   int width_in_sight(int column) const;
+  int usual_width(int column) const;
   void move_active(int rows, int columns);
   void show_menu(); // at the active cell
 

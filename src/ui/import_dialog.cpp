@@ -31,7 +31,7 @@ namespace vesk {
 namespace {
 
 constexpr int usual_width = 860, usual_height = 640, screen_margin = 60, least_grid_height = 84, sql_lines = 2,
-              condition_width = 130;
+              condition_width = 126, conjunction_width = 56;
 
 QLabel* plain_label(const char* name) {
   auto* label = new QLabel;
@@ -196,6 +196,8 @@ QWidget* import_dialog::condition_part() {
   for (const auto column : {condition_grid::field_column, condition_grid::value_column}) // an entry does not widen them
     conditions_->setColumnWidth(static_cast<int>(column), scaled(condition_width, *this));
   connect(&conditions_->model(), &grid_model::refusal_changed, this, [this] { show_all(); });
+  for (const auto column : {condition_grid::conjunction_column, condition_grid::comparison_column})
+    conditions_->setColumnWidth(static_cast<int>(column), scaled(conjunction_width, *this));
   auto* part = new QWidget;
   auto* column = new QVBoxLayout(part);
   column->setContentsMargins(0, 0, 0, 0);
