@@ -239,6 +239,7 @@ int press_while_enabled(QWidget* dialog, const char* name) {
 class AllWindows : public testing::TestWithParam<bool> { // whether the file is odd
 protected:
   AllWindows() {
+    std::filesystem::copy(std::filesystem::path(SAMPLE).parent_path() / "data", folder.path / "data");
     program.form().open_file(SAMPLE);
     if (GetParam()) make_odd(*program.form().current_data_set);
     const std::string file = folder.file("данные.vki");
@@ -246,6 +247,10 @@ protected:
     program.form().open_file(file);
   }
   std::string now() { return dump(*program.form().current_data_set); }
+  std::string saved(const prevesk_dataset_data_type& data) {
+    save_data_file(folder.file("saved.vki"), data);
+    return folder.read("saved.vki");
+  }
 
   // Opens the window, does something in it, and closes it with a button.
   void visit(const char* command, const std::function<void(QWidget*)>& work, const char* button) {
@@ -270,9 +275,27 @@ TEST_P(AllWindows, OkWithoutAChangeKeepsEveryByte) {
     EXPECT_EQ(difference(before, now()), "") << command;
   }
   for (const char* command : editor_commands) {
-    before = dump(as_accepted(command, *program.form().current_data_set));
+    const prevesk_dataset_data_type expected = as_accepted(command, *program.form().current_data_set);
     visit(command, {}, "OK");
-    EXPECT_EQ(difference(before, now()), "") << command;
+    EXPECT_EQ(difference(dump(expected), now()), "") << command;
+    EXPECT_TRUE(saved(expected) == saved(*program.form().current_data_set)) << command;
+  }
+}
+
+TEST_P(AllWindows, OkInTheImportDialogKeepsEveryByte) {
+  for (const char* command : {"FlowsItem", "TimeFunctionsItem", "LoadsItem", "BoundariesItem"}) {
+    const std::string before = saved(as_accepted(command, *program.form().current_data_set));
+    const auto import = [](QWidget* window) {
+      return window->objectName() == "ImportTimeSeriesForm" && press_in_peace(window, "OK");
+    };
+    visit(
+        command,
+        [&](QWidget* dialog) {
+          select_first_record(dialog);
+          with_dialog([&] { press(dialog, "Import"); }, import);
+        },
+        "OK");
+    EXPECT_TRUE(before == saved(*program.form().current_data_set)) << command;
   }
 }
 
