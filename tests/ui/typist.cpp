@@ -1,6 +1,7 @@
 #include "typist.h"
 
 #include "driver.h"
+#include "ui/tree_view.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -87,6 +88,64 @@ typist& typist::leave_by(const char* button) {
     return found && found->text().remove('&') == text;
   });
   return keys("Space");
+}
+
+namespace {
+
+QWidget* control_in(const QWidget* target, const char* name) {
+  auto* control = target->window()->findChild<QWidget*>(name);
+  return control && control->isVisible() && control->isEnabled() ? control : nullptr;
+}
+
+QAbstractButton* button_in(const QWidget* target, const QString& text) {
+  for (auto* button : target->window()->findChildren<QAbstractButton*>())
+    if (button->text().remove('&') == text && button->isVisible() && button->isEnabled()) return button;
+  return nullptr;
+}
+
+} // namespace
+
+typist& typist::click(const char* control) {
+  return add(
+      std::string("click on ") + control, [control](QWidget* target) { return control_in(target, control); },
+      [control](QWidget* target) {
+        QWidget* clicked = control_in(target, control);
+        const bool is_box = qobject_cast<QAbstractButton*>(clicked); // a check box takes clicks on its text only
+        QTest::mouseClick(clicked, Qt::LeftButton, {}, is_box ? QPoint(8, clicked->height() / 2) : QPoint());
+      });
+}
+
+typist& typist::click_cell(const char* grid, int row, int column) {
+  const auto find = [grid](QWidget* target) { return qobject_cast<QTableView*>(control_in(target, grid)); };
+  return add(
+      std::string("click in ") + grid,
+      [=](QWidget* target) { return find(target) && find(target)->model()->rowCount() > row; },
+      [=](QWidget* target) {
+        QTableView* view = find(target);
+        const QModelIndex index = view->model()->index(row, column);
+        view->scrollTo(index);
+        QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, view->visualRect(index).center());
+      });
+}
+
+typist& typist::click_node(const char* tree, std::size_t group, std::optional<std::size_t> item) {
+  const auto find = [tree](QWidget* target) { return qobject_cast<tree_view*>(control_in(target, tree)); };
+  const auto index = [=](QWidget* target) {
+    return static_cast<const tree_model*>(find(target)->model())->index_of({group, item});
+  };
+  return add(
+      std::string("click in ") + tree, [=](QWidget* target) { return find(target) && index(target).isValid(); },
+      [=](QWidget* target) {
+        find(target)->scrollTo(index(target));
+        QTest::mouseClick(find(target)->viewport(), Qt::LeftButton, {},
+                          find(target)->visualRect(index(target)).center());
+      });
+}
+
+typist& typist::press(const char* button) {
+  return add(
+      std::string("press ") + button, [button](QWidget* target) { return button_in(target, button); },
+      [button](QWidget* target) { QTest::mouseClick(button_in(target, button), Qt::LeftButton); });
 }
 
 typist& typist::until(const std::function<bool()>& done) {

@@ -1,9 +1,11 @@
-// A user without a mouse: notes what to press, and then presses it, key by key, on whatever has the focus.
+// A user: notes what to press, and then presses it, key by key, on whatever has the focus; with the mouse where asked
+// to.
 #pragma once
 
 #include <QString>
 #include <deque>
 #include <functional>
+#include <optional>
 
 class QWidget;
 
@@ -15,10 +17,14 @@ public:
   // windows that are both open is the desktop's business, so this does it.
   typist& in(const char* window);
 
-  typist& keys(const char* sequence, int times = 1); // as in "Alt+F" or "Ctrl+Home"
-  typist& text(const QString& typed);                // letter by letter
-  typist& go_to(const char* control);                // by Tab, or F6 in a grid: the control of this object name
-  typist& leave_by(const char* button);              // the same to the button with this text; then Space
+  typist& keys(const char* sequence, int times = 1);         // as in "Alt+F" or "Ctrl+Home"
+  typist& text(const QString& typed);                        // letter by letter
+  typist& go_to(const char* control);                        // by Tab, or F6 in a grid: the control of this object name
+  typist& leave_by(const char* button);                      // the same to the button with this text; then Space
+  typist& click(const char* control);                        // with the mouse, as all below
+  typist& click_cell(const char* grid, int row, int column); // positions from 0
+  typist& click_node(const char* tree, std::size_t group, std::optional<std::size_t> item = {});
+  typist& press(const char* button); // the button with this text; waits until it is enabled
   typist& until(const std::function<bool()>& done);
   typist& check(const std::function<void()>& look); // without a key
   typist& picture(const char* name);
