@@ -21,7 +21,7 @@ def query(name, source):
     return {
         "name": name,
         "file_name": source.file,
-        "table_name": source.table,
+        "table_name": source.table or source.file,  # a file that is one table has its own name, as in the window
         "date_time_field": source.moment,
         "value_field": source.value,
         "conditions": [{"field_name": field, "value_text": text} for field, text in source.rows.items()],
