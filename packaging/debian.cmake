@@ -62,7 +62,7 @@ set(CPACK_DEBIAN_GUI_DESCRIPTION "water-quality models of surface water, desktop
 ${about}
 .
 This package has the window in which models are built, run and looked at.")
-set(CPACK_DEBIAN_GUI_PACKAGE_RECOMMENDS "qt6-wayland, xdg-utils")
+set(CPACK_DEBIAN_GUI_PACKAGE_RECOMMENDS "graphviz, qt6-wayland, xdg-utils")
 set(CPACK_COMPONENT_GUI_DEPENDS cli)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME ${python_package})
 set(CPACK_DEBIAN_PYTHON_DESCRIPTION "water-quality models of surface water, from Python

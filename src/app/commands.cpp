@@ -90,6 +90,7 @@ constexpr command_row rows[] = {
     {"FennRunModelItem", ready_or_running, &form::RunModelButtonClick},
     {"ImportNetworkButton", has_model, &form::ImportNetworkButtonClick},
     {"ImportNetworkItem", has_model},
+    {"NetworkItem", has_data, &form::NetworkItemClick},
     {"ValidateInputItem", has_model, &form::ValidateInputItemClick},
     {"ResultsItem", unmanaged, &form::ResultsItemClick},
 
@@ -154,6 +155,7 @@ constexpr menu_row main_menu_rows[] = {
     {1, "ExecuteModelItem", "&Execute", "F5"},
     {1, "ValidateInputItem", "&Validity check"},
     {1, "ImportNetworkItem", "Import &network..."},
+    {1, "NetworkItem", "Net&work", "F7"},
     {1, "ResultsItem", "&Results...", "Ctrl+R"},
     {0, "PostProcessingItem", "P&ost-processing"},
     {1, "LoadPostProcessorItem", "&Graphical post-processor"},

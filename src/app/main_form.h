@@ -170,6 +170,7 @@ public:
   void OutputcontrolItemClick();
 
   // Other dialogs.
+  void NetworkItemClick();
   void EditProjectItemClick();
   void PreferencesItemClick();
   void AboutItemClick();

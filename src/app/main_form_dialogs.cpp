@@ -116,6 +116,10 @@ void TPreveskMainForm::OutputcontrolItemClick() {
   edit(forms_->output_control);
 }
 
+void TPreveskMainForm::NetworkItemClick() {
+  if (current_data_set) ui_.show_network();
+}
+
 void TPreveskMainForm::EditProjectItemClick() {
   if (!current_data_set) return;
   documents_.steps().begin_editing();

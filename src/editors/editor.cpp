@@ -382,6 +382,26 @@ bool editor::select_next_node(const std::function<bool(const editor_tree::node&)
   return false;
 }
 
+// The window of the network.
+
+void editor::NetworkButtonClick() {
+  host_.questions().show_network();
+}
+
+void editor::go_to_segment(std::size_t segment) {
+  const prevesk_dataset_data_type* data = host_.data_set();
+  if (!data || segment >= data->segments.size() || !may_go_on()) return;
+  if (!select_segment(segment))
+    set_message("Nothing here names segment " + std::to_string(segment + 1) + " (" +
+                data->segments[segment].name.str() + ").");
+}
+
+void editor::go_to_row(editor_panel& panel, std::size_t row) {
+  panel.table.set_selection(std::nullopt);
+  panel.table.set_active(row, panel.table.active_column());
+  if (view_) view_->go_to_panel(panel);
+}
+
 // Files.
 
 void editor::export_csv(editor_panel& panel) {

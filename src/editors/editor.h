@@ -140,6 +140,14 @@ public:
   // The tree in front of the first panel; null without one.
   virtual editor_tree* tree() { return nullptr; }
 
+  // The editors of segments and of what refers to them: whether the window of the network works with this one, and the
+  // segment that the active row is about.
+  virtual bool is_about_segments() const { return false; }
+  virtual std::optional<std::size_t> segment_in_focus() const { return std::nullopt; }
+  // Goes to the next row that names the segment, from the active one on and round, or says that there is none.
+  void go_to_segment(std::size_t segment);
+  void NetworkButtonClick();
+
   // Where all panels share one row of buttons: the panel that it acts on, and the grid that has got the focus.
   virtual std::optional<std::size_t> active_grid() const { return std::nullopt; }
   virtual void grid_entered(std::size_t /*panel*/) {}
@@ -195,6 +203,10 @@ protected:
   virtual std::string_view refusal_title() const { return "Cannot accept data"; }
   virtual void accepted() {} // called after an accepted OK
 
+  virtual bool select_segment(std::size_t /*segment*/) { return false; } // false: no row names it
+  void go_to_row(editor_panel& panel, std::size_t row);
+  // Selects the next node of the tree, from the selected one on and round. False: there is none.
+  bool select_next_node(const std::function<bool(const editor_tree::node&)>& is_wanted);
   bool may_go_on(); // no entry is refused; otherwise leads to it
   void end_step(bool completed);
   void set_message(std::string message);
@@ -211,7 +223,6 @@ private:
   editor_panel* named_panel(const editor_panel* focused) const;
   void say(const std::string& title, const std::string& sentence);
   bool find_in_tree(const std::string& wanted);
-  bool select_next_node(const std::function<bool(const editor_tree::node&)>& is_wanted);
   bool find_in_grid(editor_panel& panel, const editor_panel* focused, const std::string& wanted);
 
   editor_host& host_;

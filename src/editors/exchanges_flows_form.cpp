@@ -267,6 +267,63 @@ std::string TExchangesFlowsForm::description_of_function() const {
                        : shown_text(data.flow_fields[ref->owner].functions[ref->index].description);
 }
 
+std::optional<std::size_t> TExchangesFlowsForm::segment_in_focus() const {
+  const prevesk_dataset_data_type* data = host().data_set();
+  const std::optional<series_ref> ref = active_series();
+  if (!ref) return std::nullopt;
+  const std::size_t row = pair_panel_.table.active_row();
+  const auto of = [&](const auto& fields) -> std::optional<std::size_t> {
+    const auto& pairs = fields[ref->owner].functions[ref->index].pairs;
+    if (row >= pairs.size()) return std::nullopt;
+    for (const std::size_t column : {0U, 1U})
+      if (const std::int32_t end = end_of(pairs[row], column);
+          end >= 0 && static_cast<std::size_t>(end) < data->segments.size())
+        return static_cast<std::size_t>(end);
+    return std::nullopt;
+  };
+  return exchange_mode ? of(data->exchange_fields) : of(data->flow_fields);
+}
+
+namespace {
+
+// Where a pair is.
+struct pair_place {
+  std::size_t field = 0, function = 0, pair = 0;
+  friend auto operator<=>(const pair_place&, const pair_place&) = default;
+};
+
+// The first pair after `now` that names the segment; after the last pair the first of all.
+template <class Fields>
+std::optional<pair_place> next_pair(const Fields& fields, const pair_place& now, std::int32_t segment) {
+  std::optional<pair_place> first;
+  for (pair_place at; at.field < fields.size(); ++at.field)
+    for (at.function = 0; at.function < fields[at.field].functions.size(); ++at.function) {
+      const auto& pairs = fields[at.field].functions[at.function].pairs;
+      for (at.pair = 0; at.pair < pairs.size(); ++at.pair) {
+        if (end_of(pairs[at.pair], 0) != segment && end_of(pairs[at.pair], 1) != segment) continue;
+        if (at > now) return at;
+        if (!first) first = at;
+      }
+    }
+  return first;
+}
+
+} // namespace
+
+bool TExchangesFlowsForm::select_segment(std::size_t segment) {
+  const pair_place now{field_panel_.table.active_row(), function_panel_.table.active_row(),
+                       pair_panel_.table.active_row()};
+  const auto number = static_cast<std::int32_t>(segment);
+  const prevesk_dataset_data_type& data = *host().data_set();
+  const auto found =
+      exchange_mode ? next_pair(data.exchange_fields, now, number) : next_pair(data.flow_fields, now, number);
+  if (!found) return false;
+  go_to_row(field_panel_, found->field);
+  go_to_row(function_panel_, found->function);
+  go_to_row(pair_panel_, found->pair);
+  return true;
+}
+
 std::string TExchangesFlowsForm::find_refusal() {
   const prevesk_dataset_data_type* data = host().data_set();
   if (!data) return {};

@@ -25,10 +25,13 @@ public:
   std::optional<std::size_t> active_grid() const override { return active_grid_; }
   void grid_entered(std::size_t position) override;
 
-  void FormShow() override; // on the first function
+  void FormShow() override;                            // on the first function
+  bool is_about_segments() const override { return true; }
+  std::optional<std::size_t> segment_in_focus() const override; // the first one of the active pair
 
 protected:
   void take_content() override;
+  bool select_segment(std::size_t segment) override;
   std::string find_refusal() override;
 
 private:

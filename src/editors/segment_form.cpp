@@ -310,4 +310,16 @@ void TSegmentForm::accepted() {
   data->volume_conversion_factor = VolumeConversionFactorField.value();
 }
 
+std::optional<std::size_t> TSegmentForm::segment_in_focus() const {
+  const std::size_t row = panels_of_pages_[0]->table.active_row();
+  return host().data_set() && row < host().data_set()->segments.size() ? std::optional(row) : std::nullopt;
+}
+
+// On the page that is shown: they share the active row.
+bool TSegmentForm::select_segment(std::size_t segment) {
+  for (editor_panel* panel : panels_of_pages_) panel->table.set_selection(std::nullopt);
+  panels_of_pages_[0]->table.set_active(segment, panels_of_pages_[0]->table.active_column());
+  return true;
+}
+
 } // namespace vesk

@@ -77,6 +77,9 @@ public:
 
   entry_field VolumeScaleFactorField, VolumeConversionFactorField;
 
+  bool is_about_segments() const override { return true; }
+  std::optional<std::size_t> segment_in_focus() const override;
+
   // Of any page: they act on the first page's active row.
   void InsertButtonClick();
   void DeleteButtonClick();
@@ -89,6 +92,7 @@ public:
 protected:
   void take_content() override;
   void accepted() override;
+  bool select_segment(std::size_t segment) override;
 
 private:
   std::vector<record_column<segment_data_type>> columns();

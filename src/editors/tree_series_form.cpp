@@ -104,6 +104,18 @@ void tree_series_form::FormShow() {
   editor::FormShow();
 }
 
+std::optional<std::size_t> tree_series_form::segment_in_focus() const {
+  const std::optional<series_ref> ref = selected_record();
+  if (!ref || !is_segment(segment_of(*ref))) return std::nullopt;
+  return static_cast<std::size_t>(segment_of(*ref));
+}
+
+bool tree_series_form::select_segment(std::size_t segment) {
+  return select_next_node([&](const node& at) {
+    return at.item && segment_of({traits_.kind, *at.group, *at.item}) == static_cast<std::int32_t>(segment);
+  });
+}
+
 std::string tree_series_form::hint() const {
   bool any = false;
   for (std::size_t system = 0; system < group_count() && !any; ++system) any = item_count(system) > 0;

@@ -52,12 +52,16 @@ public:
 
   void FormShow() override; // with nothing selected
 
+  bool is_about_segments() const override { return true; }
+  std::optional<std::size_t> segment_in_focus() const override;
+
   editor_choice InterpolationTypeComboBox{"InterpolationTypeComboBox", "Interpolation", {"Linear", "Step"}, 0, false};
 
 protected:
   tree_series_form(editor_host& host, const traits& differences);
 
   void take_content() override;
+  bool select_segment(std::size_t segment) override;
   std::string find_refusal() override;
 
   std::optional<series_ref> selected_record() const;

@@ -46,6 +46,9 @@ public:
   // Shows a chart without waiting for it, as a child of the owner's window.
   virtual void show_graph(std::shared_ptr<TGraphForm>, const form&) {}
 
+  // Shows the network of the data set without waiting for it. What is chosen there goes to the editor that is open.
+  virtual void show_network() {}
+
   // Does the work and returns when it has ended: true, or false when the user has cancelled it. It may then still run
   // in another thread, unseen, so it must own what it uses. `what`: "Reading gauges.csv". Rethrows what the work
   // throws. See with_progress. Here it is done in the caller's thread.

@@ -264,6 +264,13 @@ QBoxLayout* editor_window::make_end_row() {
   auto* row = new QHBoxLayout;
   row->addWidget(undo_);
   row->addWidget(redo_);
+  if (form_.is_about_segments()) {
+    auto* network = button("Network", "NetworkButton");
+    network->setToolTip("Show the segments and what connects them. A click there selects the segment's row here. (F7)");
+    connect(network, &QPushButton::clicked, this, [this] { run([this] { form_.NetworkButtonClick(); }); });
+    bind(*new QAction(this), Qt::Key_F7, [this] { form_.NetworkButtonClick(); });
+    row->addWidget(network);
+  }
   row->addStretch(1);
   row->addWidget(ok);
   row->addWidget(cancel);

@@ -10,6 +10,7 @@
 #include "ui/fill_calculate_dialog.h"
 #include "ui/graph_window.h"
 #include "ui/import_dialog.h"
+#include "ui/network_window.h"
 #include "ui/parameters_dialog.h"
 #include "ui/preferences_dialog.h"
 #include "ui/select_segments_dialog.h"
@@ -61,7 +62,30 @@ form_windows::window& form_windows::window_of(form& wanted) {
 
 bool form_windows::show(form& shown) {
   QDialog* dialog = window_of(shown).dialog;
-  return dialog && dialog->exec() == QDialog::Accepted;
+  if (!dialog) return false;
+  open_.push_back(&shown);
+  if (network_ && open_editor() == &shown) network_->follow(dialog);
+  const int result = dialog->exec();
+  open_.pop_back();
+  if (network_) network_->follow(open_editor() ? window_of(*open_editor()).dialog : nullptr);
+  return result == QDialog::Accepted;
+}
+
+editor* form_windows::open_editor() const {
+  return open_.empty() ? nullptr : dynamic_cast<editor*>(open_.back());
+}
+
+void form_windows::show_network(editor_host& host) {
+  if (!network_)
+    network_ = new network_window(&parent_, host, [this](std::size_t segment) {
+      if (editor* front = open_editor(); front && front->is_about_segments()) front->go_to_segment(segment);
+    });
+  editor* front = open_editor();
+  network_->follow(front ? window_of(*front).dialog : nullptr);
+  network_->show();
+  network_->raise();
+  network_->activateWindow();
+  if (front && front->segment_in_focus()) network_->select(front->segment_in_focus());
 }
 
 void form_windows::show_graph(std::shared_ptr<TGraphForm> graph, const form& owner) {

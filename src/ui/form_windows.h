@@ -6,11 +6,16 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <vector>
 
 class QDialog;
 class QWidget;
 
 namespace vesk {
+
+class editor;
+class editor_host;
+class network_window;
 
 class TGraphForm;
 
@@ -26,6 +31,9 @@ public:
   // Beside the owner's window, without waiting. It stays open after that has closed.
   void show_graph(std::shared_ptr<TGraphForm> graph, const form& owner);
 
+  // The window of the network. A segment chosen in it is looked for in the editor that is open.
+  void show_network(editor_host& host);
+
   // For the forms that are shown.
   void data_set_replaced();
   void job_changed(); // one has begun or ended
@@ -39,8 +47,11 @@ private:
   window& window_of(form& wanted);
   window make(form& wanted);
   void tell(std::function<void()> window::*news);
+  editor* open_editor() const; // the one in front; null: none
 
   QWidget& parent_;
+  std::vector<form*> open_;           // from the back to the front
+  network_window* network_ = nullptr; // until it is first wanted
   std::map<const form*, window> windows_;
 };
 

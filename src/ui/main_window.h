@@ -42,6 +42,7 @@ public:
   void set_busy(bool busy) override;
   bool show_form(vesk::form& shown) override;
   void show_graph(std::shared_ptr<TGraphForm> graph, const vesk::form& owner) override;
+  void show_network() override;
   std::string clipboard_text() override;
   void set_clipboard_text(const std::string& text) override;
   void set_caption(const std::string& caption) override;

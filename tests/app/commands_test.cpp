@@ -31,7 +31,7 @@ TEST(Commands, FollowTheirConditions) {
       {"ExportItem", "0010110"},
       {"ParameterizationItem ModelItem ParameterizationButton DataSetItem ExectutealldeferredqueriesItem "
        "FileSaveButton "
-       "SaveItem SaveasItem EditProjectItem",
+       "SaveItem SaveasItem EditProjectItem NetworkItem",
        "0011111"},
       {"OpenProjectItem", "1111111"},
       {"ImportNetworkButton ImportNetworkItem ValidateInputItem", "0000111"},

@@ -461,5 +461,65 @@ TEST_F(Trees, BoundariesNameTheirSegmentAlsoWhenThereIsNone) {
   EXPECT_EQ(form.status(*form.panels()[0]), "No boundaries: give a pair in Exchanges or Flows a side \"Boundary\".");
 }
 
+// What the window of the network asks of the editor that is open.
+TEST_F(ExchangesFlows, GoToTheRowsOfASegmentOneAfterTheOther) {
+  flow_function_data_type main, side;
+  main.pairs = {{1, no_segment, 0}, {1, 0, 1}, {1, 1, no_segment}};
+  side.pairs = {{1, 2, 1}};
+  host.data.flow_fields.edit(0).functions = {main};
+  host.data.flow_fields.edit(3).functions = {main, side};
+  TExchangesFlowsForm form(host);
+  form.exchange_mode = false;
+  shown(form);
+  const auto place = [&] {
+    std::string rows;
+    for (const auto& panel : form.panels().first(3)) rows += std::to_string(panel->table.active_row()) + " ";
+    return rows;
+  };
+  EXPECT_EQ(form.segment_in_focus(), 0U);
+  std::string walked;
+  for (int i = 0; i < 6; ++i) {
+    form.go_to_segment(1);
+    walked += place() + "/ ";
+  }
+  EXPECT_EQ(walked, "0 0 1 / 0 0 2 / 3 0 1 / 3 0 2 / 3 1 0 / 0 0 1 / ");
+  form.go_to_segment(2);
+  EXPECT_EQ(place(), "3 1 0 ");
+  EXPECT_EQ(form.segment_in_focus(), 2U);
+  form.go_to_segment(99);
+  EXPECT_EQ(place(), "3 1 0 ");
+  host.data.flow_fields.edit(3).functions.clear();
+  host.replace_data_set();
+  form.go_to_segment(2);
+  EXPECT_EQ(form.message(), "Nothing here names segment 3 (Oak City).");
+}
+
+TEST_F(Trees, AndSegmentsGoToTheRowOfASegment) {
+  loads_data_type load;
+  load.segment = 1;
+  host.data.systems.edit(0).loads = {load};
+  host.data.systems.edit(1).loads = {loads_data_type{}, load};
+  TLoadsForm loads(host);
+  shown(loads);
+  EXPECT_EQ(loads.segment_in_focus(), std::nullopt);
+  using node = editor_tree::node;
+  for (const node& expected : {node{0, 0}, node{1, 1}, node{0, 0}}) {
+    loads.go_to_segment(1);
+    EXPECT_EQ(loads.selected(), expected);
+  }
+  EXPECT_EQ(loads.segment_in_focus(), 1U);
+  loads.go_to_segment(2);
+  EXPECT_EQ(loads.message(), "Nothing here names segment 3 (Oak City).");
+
+  TSegmentForm segments(host);
+  shown(segments);
+  segments.go_to_segment(2);
+  for (const auto& panel : segments.panels()) EXPECT_EQ(panel->table.active_row(), 2U);
+  EXPECT_EQ(segments.segment_in_focus(), 2U);
+  EXPECT_FALSE(segments.panels()[0]->table.enter(2, 1, "much")); // a refused entry keeps the row
+  segments.go_to_segment(0);
+  EXPECT_EQ(segments.segment_in_focus(), 2U);
+}
+
 } // namespace
 } // namespace vesk

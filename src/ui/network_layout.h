@@ -1,0 +1,43 @@
+// Lays networks out in the background.
+#pragma once
+
+#include "dataset/dataset.h"
+#include "ui/schematic_view.h"
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <thread>
+
+namespace vesk {
+
+// Main thread only.
+class network_layout final : public QObject {
+public:
+  using receiver = std::function<void(std::shared_ptr<const drawn_network>)>;
+  explicit network_layout(receiver ready) : ready_(std::move(ready)) {}
+  ~network_layout() override; // cancels, and waits for the end of that: at most a moment
+
+  // Lays out the data set's network; the receiver gets it later, unless another is asked for before. Of a large network
+  // the neighbourhood of `centre`. `known`: may be null; its picture is kept if the shape is the same.
+  void ask(prevesk_dataset_data_type data, std::optional<segment_number> centre,
+           std::shared_ptr<const drawn_network> known);
+  bool is_busy() const { return worker_.joinable(); }
+
+private:
+  struct question {
+    prevesk_dataset_data_type data;
+    std::optional<segment_number> centre;
+    std::shared_ptr<const drawn_network> known;
+  };
+  void start(question next);
+  void finish(std::shared_ptr<const drawn_network> made);
+
+  const receiver ready_;
+  std::shared_ptr<std::atomic<bool>> is_cancelled_; // of the work under way
+  std::optional<question> next_;
+  std::thread worker_;
+};
+
+} // namespace vesk
