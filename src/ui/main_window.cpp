@@ -197,6 +197,10 @@ void main_window::show_graph(std::shared_ptr<TGraphForm> graph, const vesk::form
   forms_->show_graph(std::move(graph), owner);
 }
 
+void main_window::show_network() {
+  forms_->show_network(*form_);
+}
+
 std::string main_window::clipboard_text() {
   return stored(QApplication::clipboard()->text());
 }
@@ -354,7 +358,7 @@ bool main_window::show_results(const std::string& file, bool after_run) {
   const bool is_open = results_ && results_->isVisible();
   if (after_run && !is_open && !form_->settings.ShowResultsAfterRun) return true;
   if (!results_) {
-    results_ = std::make_unique<results_window>(*this);
+    results_ = std::make_unique<results_window>(*this, [this] { return form_->data_set(); });
     results_->OnNewMeasuredFile = [this](const std::filesystem::path& measured) { form_->list_related_file(measured); };
   }
   if (!file.empty()) results_->open(file);

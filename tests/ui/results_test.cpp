@@ -4,16 +4,20 @@
 #include "driver.h"
 #include "run_program.h"
 #include "typist.h"
+#include "ui/chart_view.h"
 #include "ui/grid_view.h"
 #include "ui/results/results_window.h"
+#include "ui/schematic_view.h"
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
 #include <QPushButton>
 #include <QSlider>
+#include <QSpinBox>
 #include <QTabWidget>
 #include <QTest>
 #include <QTreeWidget>
@@ -27,7 +31,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* oak_city = "km 112 Big Swash to Oak City";
-enum page { time_series, agreement, table, compare };
+enum page { time_series, agreement, table, compare, along_the_river, map_of_network };
 
 results_window* shown_results() {
   for (QWidget* window : QApplication::topLevelWidgets())
@@ -186,6 +190,60 @@ TEST_F(ResultsWindow, IsWorkedByKeyboard) {
               "Choose the table that has the measured values.");
   });
   user.leave_by("Cancel").in("ResultsWindow").work();
+}
+
+TEST_F(ResultsWindow, ShowsTheRiverFromOneEndToTheOtherAndItsMap) {
+  run();
+  choose("DO", oak_city);
+  show(along_the_river, "results_river");
+  expect_accessible(results());
+  auto* page = find<QWidget>(results(), "RiverPage");
+  auto* ways = find<QTreeWidget>(page, "WayList");
+  ASSERT_TRUE(wait_for([&] { return ways->topLevelItemCount() == 1; }, 20'000));
+  EXPECT_EQ(ways->topLevelItem(0)->text(1), "104"); // km, of the sample's reaches
+  EXPECT_EQ(ways->topLevelItem(0)->text(3), "1-26");
+  auto* network = find<schematic_view>(page, "RiverSchematic");
+  const auto click = [&](std::size_t segment, Qt::KeyboardModifiers keys = {}) {
+    QTest::mouseClick(network, Qt::LeftButton, keys, network->place_of(segment)->toPoint());
+  };
+  click(4);
+  EXPECT_EQ(find<QLabel>(page, "RiverNote")->text(), "Click the segment where the way ends.");
+  click(9);
+  EXPECT_EQ(ways->topLevelItem(0)->text(3), "5-10");
+  EXPECT_TRUE(find<QSpinBox>(page, "FromSegment")->text().startsWith("5: km "));
+  click(20, Qt::ControlModifier);
+  EXPECT_EQ(ways->topLevelItemCount(), 0);
+  EXPECT_EQ(find<QLabel>(page, "RiverNote")->text(),
+            "No way leads from segment 5 to segment 10 through 1 waypoint in this order.");
+  find<QSpinBox>(page, "FromSegment")->setValue(26);
+  EXPECT_EQ(ways->topLevelItem(0)->text(3), "26, 25, 24, 23, 22, 21, 20, 19 and 9 more");
+  EXPECT_EQ(find<QLabel>(page, "RiverNote")->text(), "The way goes against the flow.");
+  find<QSpinBox>(page, "FromSegment")->setValue(1);
+  find<QSpinBox>(page, "ToSegment")->setValue(26);
+  find<QCheckBox>(page, "RangeBox")->setChecked(true);
+  show(along_the_river, "results_river_range");
+  const auto has_range = [&] {
+    return std::ranges::any_of(page->findChildren<chart_view*>(), [](const chart_view* chart) {
+      return chart->isVisible() && chart->accessibleDescription().contains(", least, mean, greatest: 104 points");
+    });
+  };
+  EXPECT_TRUE(wait_for(has_range));
+
+  show(map_of_network, "results_map");
+  expect_accessible(results());
+  auto* map = find<schematic_view>(find<QWidget>(results(), "MapPage"), "Schematic");
+  ASSERT_TRUE(wait_for([&] { return map->network() != nullptr; }, 20'000));
+  map->select(25);
+  EXPECT_TRUE(wait_for([&] { return map->accessibleDescription().contains("DO, "); }));
+  const QString before = map->accessibleDescription();
+  find<QSlider>(results(), "TimeSlider")->setValue(100);
+  EXPECT_TRUE(wait_for([&] { return map->accessibleDescription() != before; }));
+  take_picture(results(), "results_map_later");
+
+  program.form().new_data_set(); // of which these are not the results
+  EXPECT_TRUE(wait_for([&] {
+    return find<QLabel>(results(), "MapNote")->text().startsWith("The open data set has another network: 0 segments");
+  }));
 }
 
 } // namespace

@@ -10,6 +10,8 @@
 #include "ui/results/agreement_page.h"
 #include "ui/results/compare_page.h"
 #include "ui/results/cursor_bar.h"
+#include "ui/results/map_page.h"
+#include "ui/results/river_page.h"
 #include "ui/results/scenario_list.h"
 #include "ui/results/table_page.h"
 #include "ui/results/time_series_view.h"
@@ -48,10 +50,12 @@ void results_window::add_views() {
   add_view(agreement, "&Agreement");
   add_view(new table_page(session_, store_), "Ta&ble");
   add_view(new compare_page(session_, store_), "&Compare");
+  add_view(new river_page(session_, data_set_), "Alon&g the river");
+  add_view(new map_page(session_, data_set_), "&Map");
 }
 
-results_window::results_window(user_questions& questions)
-    : questions_(questions), session_([this](std::function<void()> call) {
+results_window::results_window(user_questions& questions, std::function<const prevesk_dataset_data_type*()> data_set)
+    : questions_(questions), data_set_(std::move(data_set)), session_([this](std::function<void()> call) {
         QMetaObject::invokeMethod(
             this, [call = std::move(call)] { attempt(call); }, Qt::QueuedConnection);
       }),

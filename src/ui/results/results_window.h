@@ -2,12 +2,14 @@
 // segments and the cursor in time.
 #pragma once
 
+#include "dataset/dataset.h"
 #include "editors/user_questions.h"
 #include "viewer/live_samples.h"
 #include "viewer/series_store.h"
 
 #include <QWidget>
 #include <filesystem>
+#include <functional>
 #include <vector>
 
 class QLabel;
@@ -23,7 +25,8 @@ class scenario_list;
 
 class results_window final : public QWidget {
 public:
-  explicit results_window(user_questions& questions); // must outlive it
+  // `questions` must outlive it. `data_set`: the open one, whose network the results are shown on; null: none.
+  results_window(user_questions& questions, std::function<const prevesk_dataset_data_type*()> data_set);
   ~results_window() override;
 
   // Opens a file beside those that are open, or reads it anew, in the background. A failure becomes a sentence in the
@@ -55,6 +58,7 @@ private:
   void say(const QString& message);
 
   user_questions& questions_;
+  const std::function<const prevesk_dataset_data_type*()> data_set_;
   results_session session_;
   series_store store_;
   live_samples live_;
