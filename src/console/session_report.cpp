@@ -79,10 +79,10 @@ void session::note_cause(run_end& end) const {
 
 // The output folder holds the record as well, whatever its name.
 fs::path record_file_of(const console_options& options, const fs::path& base) {
-  const fs::path file =
+  fs::path file =
       options.record ? fs::path(*options.record) : record_file_of(base.empty() ? first_name(options) : base);
-  if (!options.output_dir) return file;
-  return fs::path(*options.output_dir) / (options.record ? file : file.filename());
+  if (options.output_dir) file = fs::path(*options.output_dir) / (options.record ? file : file.filename());
+  return file;
 }
 
 } // namespace vesk
