@@ -82,7 +82,7 @@ public:
     const std::vector<double> before(masses, masses + size_);
     const bool has_jumped = rates_.begin(state, days, balances);
     began_ = time_;
-    // What CVODE knows of the past would mislead it: it would fail again and again before it begins anew by itself.
+    // What CVODE knows of the past would mislead it: it would fail repeatedly before it restarts by itself.
     if (has_jumped) check(CVodeReInit(memory_.get(), time_, masses_.get()), "CVodeReInit");
     const double end = time_ + days;
     check(CVodeSetStopTime(memory_.get(), end), "CVodeSetStopTime"); // what follows has another forcing
@@ -178,7 +178,7 @@ StepLimit Bdf::limit(Equations& equations, const State& state, double days, doub
 
 void Bdf::step(Equations& equations, State& state, double days, Balances& balances) {
   // Below 0 by more than a few tolerances is the problem's doing, a demand that takes what is not there; the method
-  // then starts anew from 0. Less is its own error: it is not shown, but solved on, or the method would never get
+  // then restarts from 0. Less is its own error: it is not shown, but solved on, or the method would never get
   // going.
   constexpr double own_error = 100 * absolute_tolerance;
   const Problem& problem = equations.problem();

@@ -15,8 +15,8 @@ namespace reference_engine {
 
 class Bdf : public Integrator {
 public:
-  // What a local error may be: this share of the concentration, and this many g/m3. Over a run some hundred of them add
-  // up, and a run that is continued from a restart file must still be the same to 1e-6.
+  // Tolerances of the local error: a share of the concentration, and g/m3. Some hundred of these errors add up over a
+  // run, and a run that is continued from a restart file must still agree to 1e-6.
   static constexpr double relative_tolerance = 1e-8, absolute_tolerance = 1e-10;
 
   Bdf();
@@ -34,7 +34,7 @@ private:
   std::vector<double> new_volume_;
   LayerValues layers_; // of all segments
   WaterMoved water_;
-  std::vector<double> raised_; // by system, g by which the state stands above the solver's masses
+  std::vector<double> raised_; // by system, g by which the state exceeds the solver's masses
 };
 
 } // namespace reference_engine

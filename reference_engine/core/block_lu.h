@@ -25,7 +25,7 @@ public:
   // later.
   BlockLu(std::size_t segments, std::size_t size, std::span<const Pair> pairs);
 
-  // The matrix. It is to be filled anew before each factorisation, after clear().
+  // The matrix. Call clear() and fill it again before each factorisation.
   void clear();
   double* block(std::size_t segment) { return &diagonal_[place_[segment] * size_ * size_]; } // [row][column]
   // The coefficient of unknown k of segment b, or a, in the equation of the other one's.

@@ -36,7 +36,7 @@ void Euler::step(Equations& equations, State& state, double days, Balances& bala
     const bool moves = !serves && find_shares(equations, state, begin, end, shares, at);
     for (std::size_t s = 0; reacts && s < old_rows_.size(); ++s) {
       old_rows_[s] = state.of(s).data() + begin;
-      // What limited reactions are worked out anew from.
+      // What limited reactions are computed from.
       if (limits_reactions) std::copy_n(old_rows_[s], end - begin, &old_[s * block]);
     }
     if (reacts) equations.kinetics().rates(begin, end, old_rows_.data(), rate_rows_.data());

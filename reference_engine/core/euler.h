@@ -1,5 +1,5 @@
 // Explicit Euler: first order, one pass over memory for all systems. Of the forcing it takes the mean over the step, so
-// that all arrives that a series says.
+// that a load series arrives in full.
 #ifndef REFERENCE_ENGINE_CORE_EULER_H
 #define REFERENCE_ENGINE_CORE_EULER_H
 
@@ -32,11 +32,11 @@ private:
   void allocate(const Equations& equations, const State& state);
   // Whether the shares of the whole model, kept from the last step, serve this one.
   bool choose_shares(const Equations& equations, const State& state, double days);
-  // Works out the shares of segments begin to end, which stand in `into` from `at` on. True when a volume changes.
+  // Computes the shares of segments begin to end into `into`, from `at` on. True when a volume changes.
   bool find_shares(const Equations& equations, const State& state, std::size_t begin, std::size_t end, Shares& into,
                    std::size_t at);
   void gather(const Equations& equations, const State& state, Balances& balances);
-  // The rest works on segments begin to end, whose shares stand in `shares` from `at` on.
+  // The functions below work on segments begin to end, whose shares are in `shares` from `at` on.
   // Moves one class. per_volume: 1 / volume at the end of the step. Whether one of them ends outside its limits.
   bool advance_class(const Equations& equations, std::size_t its_class, std::size_t begin, std::size_t end, bool reacts,
                      const Shares& shares, std::size_t at, const double* per_volume, State& state);

@@ -15,7 +15,7 @@ std::vector<std::size_t> first_numbers(std::size_t count) {
   return numbers;
 }
 
-// The value of a line through a and b; 0 where it lies on the other side of 0 than both, by the slack at most.
+// The value of a line through a and b; 0 where it is on the other side of 0 from both, within the slack.
 double on_line(double a, double b, double share, double slack) {
   const double value = a + (b - a) * share;
   if (a >= 0 && b >= 0) return value < 0 && -value <= slack * std::max(a, b) ? 0 : value;

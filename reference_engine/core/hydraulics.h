@@ -19,8 +19,8 @@ public:
   // Counts the updates.
   std::uint64_t version() const { return version_; }
 
-  std::span<const double> depth() const { return depth_; }       // m; 0 where nothing tells it
-  std::span<const double> velocity() const { return velocity_; } // m/s; 0 where nothing tells it
+  std::span<const double> depth() const { return depth_; }       // m; 0 where unknown
+  std::span<const double> velocity() const { return velocity_; } // m/s; 0 where unknown
 
 private:
   std::vector<double> depth_, velocity_;

@@ -26,7 +26,7 @@ public:
                           double enough = std::numeric_limits<double>::infinity()) = 0;
 
   // Moves the state by `days`. Throws InputError when a segment runs dry and RunError when a concentration is not a
-  // finite number; the state is then of no more use.
+  // finite number; the state must then not be used again.
   virtual void step(Equations& equations, State& state, double days, Balances& balances) = 0;
 
   // A concentration above its system's largest.
@@ -49,7 +49,7 @@ public:
 
 protected:
   void note_limited(std::size_t segment, double day);
-  // The volumes of a stretch after a step of so many days, from equations that stand in its middle: flows are linear in
+  // The volumes of a stretch after a step of so many days, from the equations at its middle: flows are linear in
   // time, so the change of volume there is its mean. False when none changes: then nothing is written.
   bool find_new_volumes(const Equations& equations, const State& state, double days, const LayerValues& layers,
                         double* new_volume);

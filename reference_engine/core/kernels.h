@@ -13,7 +13,7 @@ namespace reference_engine {
 struct AdvanceShares {
   const double* keep;     // share of the segment's own old concentration that stays
   const double* lower;    // share taken of the segment before
-  const double* upper;    // share taken of the segment behind
+  const double* upper;    // share taken of the segment after
   const double* per_rate; // days times old volume / new volume
   double least;           // limit of the results
 };
@@ -27,8 +27,8 @@ struct AdvanceRow {
 };
 
 // For each row: new = keep old + lower old[-1] + upper old[+1], and where systems react + per_rate rate. `before`
-// becomes the old concentration of the last segment, as the next call on the segments behind needs it. True when a
-// result lies outside its limits or is not a number. Every processor gives the same digits, whatever rows go together.
+// becomes the old concentration of the last segment, as the call for the next segments needs it. True when a
+// result is outside its limits or is not a number. Every processor gives the same digits, however rows are grouped.
 bool advance(std::size_t count, const AdvanceShares& shares, std::span<AdvanceRow> rows, bool reacts);
 
 // A stage of the classic Runge-Kutta method: what all systems of a class share, one value a segment. Ratios and
@@ -41,7 +41,7 @@ struct StageShares {
   double reach;                        // the share of it that the stage's rates carry
 };
 
-// One system. `now` has a value before its first and one behind its last segment.
+// One system. `now` has a value before its first and one after its last segment.
 struct StageRow {
   const double* now;
   std::array<const double*, 3> earlier; // of the stages before the last one
@@ -54,7 +54,7 @@ struct StageRow {
 //     next = earlier[0] + reach change, and after the last stage
 //     next = (now - earlier[0] + earlier[1] + 2 earlier[2]) / 3 + reach change
 // After the last stage true when a result is below 0, above its limit or not a number. Every processor gives the same
-// digits, whatever rows go together.
+// digits, however rows are grouped.
 bool advance_stage(std::size_t count, const StageShares& shares, std::span<const StageRow> rows, bool is_last,
                    bool reacts, bool volumes_change);
 

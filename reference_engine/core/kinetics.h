@@ -52,7 +52,7 @@ public:
 
   // Whether anything depends on depth or velocity. They are worked out for an update only if so.
   virtual bool uses_hydraulics() const { return true; }
-  // Works out everything that does not depend on concentrations. Throws RunError where a depth is needed and missing.
+  // Computes everything that does not depend on concentrations. Throws RunError where a depth is needed and missing.
   virtual void update(const Hydraulics& hydraulics, const TimeFunctions& time_functions) = 0;
 
   // False: `rates` would be 0 everywhere.
@@ -67,7 +67,7 @@ public:
   virtual Stoichiometry stoichiometry() const { return {}; }
   virtual void extents(std::size_t /*segment*/, const double* /*concentration*/, double* /*extents*/) const {}
 
-  // The fastest first-order loss in each segment, 1/day, whatever the concentrations.
+  // The fastest first-order loss in each segment, 1/day, at any concentrations.
   virtual std::span<const double> decay() const = 0;
   // Whether a system has losses that are not of first order, but of an order between 0 and 1, as a demand of oxygen
   // has: the less there is, the faster it is gone. `relative_losses` then writes the largest loss of any system as a

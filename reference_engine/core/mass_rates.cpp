@@ -239,7 +239,7 @@ void MassRates::add_transport(const TransportClass& its_class, std::size_t syste
   for (std::size_t k = 0; k < gain_.size(); ++k) rates[equations_.gaining()[k]] += gain_[k];
 }
 
-// Reactions stay inside a segment, so one shift of a system in all segments tells its column of all segments.
+// Reactions stay inside a segment, so shifting one system in all segments gives its column in all segments.
 void MassRates::find_reaction_slopes(std::vector<double>& slopes) {
   const double relative = std::sqrt(std::numeric_limits<double>::epsilon());
   slopes.resize(simulated_.size() * simulated_.size() * count_);

@@ -2,10 +2,10 @@
 // depends on the unknowns.
 //
 // The vector holds g by [simulated system][segment]: the mass less what came through the boundary and by loads since
-// the first step, which is known beforehand as a polynomial in time. So it arrives in full, and a kink or jump of a
-// series is smoother for the solver by one order. The masses are followed by accounts of what each system lost through
-// the boundary and by reactions. Since they are solved together with the masses, by the same formula, the balance
-// closes to rounding whatever the tolerance: no multistep method moves a quantity whose rate of change is always 0.
+// the first step, which is a known polynomial in time. It therefore arrives in full, and the solver sees a kink or jump
+// of a series one order smoother. The masses are followed by accounts of what each system lost through the boundary and
+// by reactions. Since they are solved together with the masses, by the same formula, the balance closes to rounding at
+// any tolerance: no multistep method moves a quantity whose rate of change is always 0.
 #ifndef REFERENCE_ENGINE_CORE_MASS_RATES_H
 #define REFERENCE_ENGINE_CORE_MASS_RATES_H
 
@@ -31,7 +31,7 @@ public:
   // The unknowns of a state from which a solution starts; leaves the accounts alone.
   void start(const State& state, double* unknowns);
   // The step of so many days that begins now, at the state's day. Adds to the balances what comes in over the step.
-  // True when the coefficients are not those at the end of the step before: a solution then has to start anew.
+  // True when the coefficients are not those at the end of the step before: the solution then has to restart.
   bool begin(const State& state, double days, Balances& balances);
   // At the end of that step: the concentrations, by the state's volumes.
   void finish(const double* unknowns, State& state);

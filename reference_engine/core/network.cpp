@@ -12,7 +12,7 @@
 
 namespace reference_engine {
 
-// A pair with its ends in order: `a` lies in the model, and a flow from b to a has a factor with its sign turned.
+// A pair with its ends in order: `a` is in the model; a flow from b to a has a factor of the opposite sign.
 struct Network::PairEnds {
   std::size_t a;
   int b;
@@ -93,7 +93,7 @@ std::vector<Network::PairEnds> Network::gather() const {
 }
 
 // Values of one layer are summed before their sign decides which segment gives. So exchanges, and flows that are
-// netted, share a layer; of gross flows between the same two segments each has one of its own.
+// netted, share a layer; gross flows between the same two segments have a layer each.
 void Network::make_layers(std::vector<PairEnds> neighbours) {
   const auto key = [](const PairEnds& pair) { return std::pair(pair.carrier, pair.a); };
   std::ranges::stable_sort(neighbours, {}, key);
@@ -286,7 +286,7 @@ void Network::take_layers(std::size_t begin, std::size_t end, LayerValues& into)
 void Network::layer_values(std::size_t layer, std::size_t begin, std::size_t end, double* values) const {
   const Layer& it = layers_[layer];
   const std::span<const double> driving = is_exchange(it.carrier) ? now_.exchanges : now_.flows;
-  const std::size_t first = begin > 0 ? begin - 1 : 0; // link begin - 1 stands at values[0]
+  const std::size_t first = begin > 0 ? begin - 1 : 0; // values[0] is link begin - 1
   if (begin == 0) *values++ = 0;
   std::size_t filled = first; // links before it have their values
   for (std::size_t b = first / block; b <= (end - 1) / block; ++b) {
@@ -352,7 +352,7 @@ void Network::find_water_out(const LayerValues& layers, double* out) const {
                [&](std::size_t segment, const Water& water) { out[segment - layers.begin] += water.out; });
 }
 
-// Links that are in no layer come to few segments, whose balance is then worked out anew.
+// Links that are in no layer come to few segments, whose balance is then computed again.
 void Network::move_water(const LayerValues& layers, WaterMoved& into) const {
   const std::size_t begin = layers.begin, end = layers.end;
   const std::size_t count = end - begin;

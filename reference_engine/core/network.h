@@ -1,8 +1,8 @@
 // The segments' connections: pairs gathered into links, and the place of each link in the balance of its segments.
 //
-// Most links join a segment to the one that is numbered after it. These form layers, one value for each segment, that a
-// step reads and works out in stretches, in wide vectors; nothing as long as the model is stored for them. The others,
-// to far segments and through the boundary, are few and are listed one by one.
+// Most links join a segment to the one that is numbered after it. These form layers, one value for each segment, which
+// a step reads and computes in stretches, in wide vectors; no array of the model's length is stored for them. The
+// others, to far segments and through the boundary, are few and are listed one by one.
 #ifndef REFERENCE_ENGINE_CORE_NETWORK_H
 #define REFERENCE_ENGINE_CORE_NETWORK_H
 

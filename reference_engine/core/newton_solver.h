@@ -31,7 +31,7 @@ public:
   SUNLinearSolver handle() const { return handle_; }
   SUNMatrix matrix() const { return matrix_; }
 
-  // Takes gamma and the Jacobian, that of last time where it serves. Returns whether it was worked out anew.
+  // Takes gamma and the Jacobian, the last one where it is accurate enough. Returns whether it was computed again.
   bool assemble(double gamma, bool last_serves, const std::function<void(Jacobian&)>& jacobian);
 
 private:

@@ -1,4 +1,4 @@
-// Formulas of the oxygen balance that stand by themselves.
+// Formulas of the oxygen balance that need no model.
 #ifndef REFERENCE_ENGINE_CORE_OXYGEN_FORMULAS_H
 #define REFERENCE_ENGINE_CORE_OXYGEN_FORMULAS_H
 

@@ -1,5 +1,5 @@
 // What a run solves, as plain numbers. Positions count from 0. Lengths in m, volumes in m3, concentrations in g/m3.
-// Values over time are not here: they stand in a Forcing, and pairs name the element of it that drives them.
+// Values over time are in a Forcing instead; each pair names the element that drives it.
 #ifndef REFERENCE_ENGINE_CORE_PROBLEM_H
 #define REFERENCE_ENGINE_CORE_PROBLEM_H
 

@@ -1,5 +1,5 @@
-// Holds reactions to what is there. A reaction that runs short of one partner takes less of all: so no mass comes from
-// nothing, and what is oxidised and the oxygen that it takes keep their proportion.
+// Limits reactions to the mass that is available. A reaction that runs short of one reactant takes less of all of them,
+// so that no mass is created and the oxygen consumed stays in proportion to what is oxidised.
 #ifndef REFERENCE_ENGINE_CORE_REACTION_LIMIT_H
 #define REFERENCE_ENGINE_CORE_REACTION_LIMIT_H
 
@@ -10,7 +10,7 @@
 namespace reference_engine {
 
 // Reduces extents until no system ends below 0: amounts[s] + sum of gains times extents >= 0, up to rounding. Extents
-// are amounts here, g/m3 over a step. An amount below 0 cannot be mended; it is left to be taken no further.
+// are amounts here, g/m3 over a step. An amount already below 0 is not corrected, but nothing more is taken from it.
 void limit_extents(const Stoichiometry& stoichiometry, std::span<const double> amounts, std::span<double> extents);
 
 // For methods that solve for the end of a step: lets losses of order 0 fade where the system is nearly gone, in

@@ -38,7 +38,7 @@ void RungeKutta::step(Equations& equations, State& state, double days, Balances&
   equations.move_to(state.day);
   equations.set_volumes(state.volume);
   flows_vary_ = equations.forcing().water_varies();
-  // In tiles nothing may be worked out anew for all segments within a step.
+  // Tiles work only where nothing has to be computed again for all segments within a step.
   const bool in_tiles = equations.network().far_terms().empty() && !equations.forcing().time_functions_vary() &&
                         (!equations.uses_volumes() || (!flows_vary_ && equations.is_steady()));
   const std::size_t count = state.volume.size();

@@ -18,7 +18,7 @@ public:
 private:
   static constexpr std::size_t stages = 4;
 
-  // Segments whose stages are worked out together. Where neighbours are numbered one after the other, a few hundred are
+  // Segments whose stages are computed together. Where neighbours are numbered one after the other, a few hundred are
   // taken through all stages while they are in the cache; each stage needs one segment more on both sides than the next
   // one. Else all are one tile, and its stages are those of the model.
   struct Tile {
@@ -63,13 +63,13 @@ private:
   void take_sources(const Equations& equations, std::size_t stage, double days, Balances& balances);
   void take_network(const Equations& equations, std::size_t begin, std::size_t end, Stretch& into) const;
   void keep_new_volumes(const Tile& tile, const State& state);
-  // Works out the shares of segments begin to end, by the network that begins there.
+  // Computes the shares of segments begin to end, by the network that begins there.
   void find_shares(const Equations& equations, const Part& part, const Stretch& network, const State& state);
   // False when a concentration ends below 0.
   bool advance_part(Equations& equations, const Part& part, const State& state, Balances& balances);
   bool advance_class(const Equations& equations, std::size_t which, const Part& part, const State& state);
   void add_to_balances(const Equations& equations, const Part& part, const State& state, Balances& balances);
-  // Where a system's concentrations of a stage stand, of segment tile.first - 1.
+  // A system's concentrations in a stage, from segment tile.first - 1 on.
   const double* stage_values(std::size_t stage, std::size_t system, const Tile& tile, const State& state) const;
   double* values(std::size_t stage, std::size_t system) { return &stage_[stage][system * stage_size_]; }
 

@@ -9,7 +9,7 @@
 
 namespace reference_engine {
 
-// Days that lie no farther apart are one, a tenth of a millisecond; there is no shorter step.
+// A tenth of a millisecond. Days no farther apart count as one, and no step is shorter.
 constexpr double same_moment = 1e-9;
 
 // The front end keeps dates and times to the second: a day as it was before single precision rounded it.
@@ -33,8 +33,8 @@ private:
 
 class Timeline {
 public:
-  // points: days of the points of all series in use, ascending. apart: a point that lies less far from another event
-  // counts with it; so does one that lies closer than single precision can tell.
+  // points: days of the points of all series in use, ascending. apart: a point closer than this to another event
+  // counts with it; so does one closer than single precision can resolve.
   Timeline(double end, PrintTimes prints, std::vector<double> points, double apart);
 
   struct Event {

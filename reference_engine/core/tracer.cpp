@@ -44,7 +44,7 @@ void Tracer::extents(std::size_t segment, const double* concentration, double* e
   *extents = decay_[segment] * concentration[decaying];
 }
 
-// Solids are particles, whatever the share that the data set calls dissolved: all of them settle.
+// Solids are particles: all of them settle, even where the data set gives a dissolved share.
 bool Tracer::settles(std::size_t system) const {
   return system == solids && std::any_of(settling_.begin(), settling_.end(), [](double v) { return v > 0; });
 }

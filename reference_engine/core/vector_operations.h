@@ -7,7 +7,7 @@
 
 namespace reference_engine {
 
-// Lets a serial vector, and whatever is cloned from it, use the engine's operations.
+// Makes a serial vector, and all clones of it, use the engine's operations.
 void use_own_operations(N_Vector vector);
 
 } // namespace reference_engine

@@ -224,7 +224,7 @@ void TGraphForm::zoom_value(double x) {
 
 namespace {
 
-// False if the bounds are too close to be told apart.
+// False if the bounds are too close to be distinguished.
 bool take_middle_half(double& minimum, double& maximum) {
   const double low = minimum + (maximum - minimum) / 4, high = maximum - (maximum - minimum) / 4;
   if (!(minimum < low && low < high && high < maximum)) return false;

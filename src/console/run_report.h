@@ -1,4 +1,4 @@
-// What a run in a child process tells its parent, so that a crash leaves a record as well.
+// What a run in a child process reports to its parent, so that a crash leaves a record as well.
 #pragma once
 
 #include "platform/file_io.h"

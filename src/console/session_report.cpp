@@ -77,7 +77,7 @@ void session::note_cause(run_end& end) const {
   }
 }
 
-// The output folder holds the record as well, whatever its name.
+// The output folder holds the record as well, under any name.
 fs::path record_file_of(const console_options& options, const fs::path& base) {
   fs::path file =
       options.record ? fs::path(*options.record) : record_file_of(base.empty() ? first_name(options) : base);

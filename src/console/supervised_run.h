@@ -1,4 +1,4 @@
-// A call of vesk-run whose end other programs read: the work is done in a child process, and whatever becomes of it
+// A call of vesk-run whose end other programs read: the work is done in a child process, and however it ends
 // there is a record and an exit status that says it.
 #pragma once
 

@@ -1,4 +1,4 @@
-// Work in a child process: signals are passed on, a time limit is kept, and whatever becomes of it is known afterwards.
+// Work in a child process: signals are passed on, a time limit is kept, and its end is always known.
 #pragma once
 
 #include "runs/run_record.h"

@@ -1,4 +1,4 @@
-// What a search for boundaries has added and removed, for the line that tells the user.
+// What a search for boundaries has added and removed, for the line that the user sees.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -16,7 +16,7 @@ struct boundary_changes {
   std::size_t systems = 0;                 // in which something has changed
 };
 
-// `after` is `before` with its boundaries searched anew.
+// `after` is `before` after a new search for its boundaries.
 boundary_changes changes_of_boundaries(const prevesk_dataset_data_type& before, const prevesk_dataset_data_type& after);
 
 // "2 boundaries added, 1 removed with its 365 points: segment 5 (Halifax), 4 systems". Names the segments that lost

@@ -86,13 +86,13 @@ public:
   // partly filled.
   reading_losses read(binary_reader& file);
 
-  // Writes the current layout with the current version, whatever `file_version` is.
+  // Writes the current layout with the current version and not with `file_version`.
   void write(binary_writer& file) const;
 
   // Takes the model's lists from the catalogue, sets the seed of new moments to the data set's start, and the default
   // segment type to the model's first. With `merge` the user's values are carried over to items with the same ISC
-  // number; without it the lists, and everything that depends on them, start anew. Throws catalogue_exception without a
-  // catalogue.
+  // number; without it the lists, and everything that depends on them, get their defaults. Throws catalogue_exception
+  // without a catalogue.
   void refresh_from_catalogue(bool merge);
 
   // The individual fills: `count` is the number of records in the new list. `merge` as above. The segments' own lists

@@ -1,6 +1,6 @@
 // Contiguous bulk content (points, pairs, values) shared by copies until one of them is changed.
 //
-// A copy costs one counter, whatever the size. The first change after a copy costs one memcpy of the array. Counts are
+// A copy of any size costs one counter. The first change after a copy costs one memcpy of the array. Counts are
 // atomic: two copies may be in two threads; one object belongs to one thread at a time. A pointer or reference into the
 // content is valid only until the next change of the array.
 #pragma once

@@ -3,7 +3,7 @@
 //
 // The results of a run share one path prefix, their base: /data/river for /data/river.nc and /data/river_oxygen.csv.
 // The lock is on the hidden file /data/.river.run, which names its holder: flock, or an open file description lock if
-// flock is refused. The system releases it when the process dies, for whatever reason, so a leftover file locks
+// flock is refused. The system releases it when the process ends in any way, so a leftover file locks
 // nothing. Programs started by the holder do not inherit the lock; a forked child does, so take it after a fork.
 #pragma once
 

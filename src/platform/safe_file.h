@@ -2,7 +2,7 @@
 //
 // The new content is written to a separate file in the target's folder and replaces the target only when all of it is
 // on disk. On any failure before that the old file remains unchanged and the new one is removed. Until it is complete
-// the new file has no name, so a program that is killed leaves nothing behind, except between naming and renaming. On
+// the new file has no name, so a program that is killed leaves no file, except between naming and renaming. On
 // file systems without unnamed files it is a hidden file from the start, `.vesk-` and a number. The next save into the
 // same folder removes hidden files whose writers are gone; a lock (flock) tells them apart.
 //

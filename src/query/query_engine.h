@@ -81,7 +81,7 @@ public:
   // `folder`: of the data file, where relative names are looked for first.
   explicit query_engine(std::filesystem::path folder = {}) : folder_(std::move(folder)) {}
 
-  // A copy opens its source anew, since a source belongs to one thread.
+  // A copy opens its source again, since a source belongs to one thread.
   query_engine(const query_engine& other) : folder_(other.folder_) {}
   query_engine(query_engine&&) = default;
   query_engine& operator=(const query_engine& other) { return *this = query_engine(other.folder_); }

@@ -20,7 +20,7 @@ catalogue_value value_of(sqlite3_stmt* statement, int column) {
   case SQLITE_INTEGER: return static_cast<std::int64_t>(sqlite3_column_int64(statement, column));
   case SQLITE_FLOAT: return sqlite3_column_double(statement, column);
   case SQLITE_BLOB: return bytes_of(sqlite3_column_blob(statement, column), statement, column);
-  // A text in UTF-8, whatever the database's own encoding.
+  // A text in UTF-8; SQLite converts from the database's encoding.
   default: return bytes_of(sqlite3_column_text(statement, column), statement, column);
   }
 }

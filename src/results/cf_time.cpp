@@ -183,7 +183,7 @@ double reference_day(const date& on, calendar_kind calendar) {
 bool exists(const date& on, calendar_kind calendar) {
   using namespace std::chrono;
   if (calendar == calendar_kind::no_leap && on.month == 2 && on.day == 29) return false;
-  if (calendar == calendar_kind::mixed && on.year < 1583) return true; // leap days of its own
+  if (calendar == calendar_kind::mixed && on.year < 1583) return true; // other leap days
   return year_month_day(year(on.year), month(static_cast<unsigned>(on.month)), day(static_cast<unsigned>(on.day))).ok();
 }
 

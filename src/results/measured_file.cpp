@@ -236,7 +236,7 @@ std::optional<double> moment_of_text(std::string_view text) {
   constexpr std::size_t between = 10; // "2011-10-01T"
   if (literal.size() > between && literal[between] == 'T') literal[between] = ' ';
   const auto moment = moment_literal(literal);
-  const bool has_date = moment && std::floor(*moment) != 0; // a time alone lies on day 0
+  const bool has_date = moment && std::floor(*moment) != 0; // a time without a date is on day 0
   return has_date && in_calendar(*moment) ? moment : std::nullopt;
 }
 

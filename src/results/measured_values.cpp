@@ -56,7 +56,7 @@ measured_values read_measured_values(const measured_series& series, const std::f
   query.read_rows(prevesk_dataset_data_type(), [&](result_set& rows, bool) {
     while (rows.next()) {
       const double time = rows.is_missing(moment_column) ? 0 : rows.date_and_time(moment_column);
-      const bool has_date = std::floor(time) != 0; // a time alone lies on day 0
+      const bool has_date = std::floor(time) != 0; // a time without a date is on day 0
       const auto read = has_date && !rows.is_missing(value_column) ? measurement_of(time, rows) : std::nullopt;
       if (read)
         result.values.push_back(*read);

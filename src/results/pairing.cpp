@@ -53,7 +53,7 @@ struct period {
   double begin, end;
 };
 
-// The day or month that a time lies in.
+// The day or month of a time.
 period period_of(double time, measured_kind kind) {
   const calendar_date date = date_at(time);
   const auto month = static_cast<int>(date.month), day = static_cast<int>(date.day);

@@ -17,7 +17,7 @@ struct measurement {
   bool below_limit = false; // "<0.02": then the value is the detection limit, and takes no part in scores
 };
 
-// What a measured value says: the value at its time, or the mean of the day or the month that its time lies in.
+// What a measured value says: the value at its time, or the mean of its day or month.
 enum class measured_kind { point, daily_mean, monthly_mean };
 
 // The modelled value at a time between two others: on the line between them, or the one that is nearer in time.

@@ -104,7 +104,7 @@ std::string words_for(const std::string& name, std::size_t count, bool all) {
   return plain;
 }
 
-// Records that are in one list only, whatever their order: a record that was inserted does not count for all after it.
+// Records that are in one list only, in any order: a record that was inserted does not count for all after it.
 std::size_t differences(const list_hashes& a, const list_hashes& b) {
   std::map<std::string_view, long> surplus;
   for (const std::string& hash : a.hashes) ++surplus[hash];

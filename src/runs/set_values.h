@@ -44,7 +44,7 @@ struct assignment_rules {
 };
 
 // Sets the value; a series that is set is no longer filled by its query. Throws value_error and leaves the data set as
-// it was when the result is not finite, lies outside the catalogue's range, or would have no effect on a run.
+// it was when the result is not finite, is outside the catalogue's range, or would have no effect on a run.
 void apply(prevesk_dataset_data_type& data, const value_assignment& assignment, const assignment_rules& rules);
 
 } // namespace vesk

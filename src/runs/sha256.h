@@ -23,7 +23,7 @@ public:
   void number(T value) {
     bytes({reinterpret_cast<const char*>(&value), sizeof value});
   }
-  digest_bytes digest(); // and begins anew
+  digest_bytes digest(); // and starts again
 
 private:
   sha256_ctx state_;

@@ -58,7 +58,7 @@ public:
   // True if exactly `keyword` is in the table; `position` is then its position in `functions`.
   bool find_function(std::string_view keyword, std::size_t& position) const;
 
-  // Performs one call of the engine: `name` is mode letter and keyword. Throws whatever a handler throws.
+  // Performs one call of the engine: `name` is mode letter and keyword. Throws what a handler throws.
   void call(const char* name, argument_words words);
 
   // Logs the time spent in the job's keywords and in the stages of `DAYS`. Call it at the end of the job.

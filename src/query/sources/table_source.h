@@ -209,7 +209,7 @@ private:
 bool equal_ignoring_case(std::string_view a, std::string_view b);
 
 // The position of a table: by its name, else by its name regardless of case, else by the name of a sheet as the Jet
-// provider gives it, with a dollar sign behind it or between apostrophes. Nothing when there is none.
+// provider gives it, with a dollar sign after it or between apostrophes. Nothing when there is none.
 std::optional<std::size_t> find_table_name(const std::vector<std::string>& tables, std::string_view name);
 
 // Names for the fields of a table: an empty name becomes "F" and the position, counted from 1; one that stands already

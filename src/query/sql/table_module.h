@@ -26,7 +26,7 @@ struct module_table {
   std::size_t table;
   std::vector<table_field> fields;
   bool ignore_case; // whether texts compare without regard to the case of ASCII letters
-  // Whose values are moments, whatever its type: texts the moments that they mean.
+  // The field whose values are moments, of any type; texts are the moments that they spell.
   std::optional<std::size_t> moment_field = {};
   std::vector<sought_value> sought = {}; // each is looked for until it is found
   std::exception_ptr failure = {};       // what the source has thrown, when a statement has failed by it

@@ -1,4 +1,4 @@
-// One variable over time and segments: how it lies in the file, and its values as numbers.
+// One variable over time and segments: how it is stored in the file, and its values as numbers.
 #pragma once
 
 #include <cstdint>

@@ -59,7 +59,7 @@ void number_of_segments(shell_interface& shell, std::int32_t& numseg) {
   if (shell.is_get) {
     numseg = static_cast<std::int32_t>(data.segments.size());
   } else if (const auto count = shell.list_size(numseg, 0)) {
-    data.apply_thread_defaults(); // on whatever thread the engine calls
+    data.apply_thread_defaults(); // on the thread from which the engine calls
     data.resize_segments(*count);
   }
 }

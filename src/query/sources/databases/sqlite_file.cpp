@@ -32,7 +32,7 @@ std::uintmax_t size_of(const std::string& file) {
 }
 
 // Ways to open a database that has a write-ahead log. The library creates a missing log, X-wal, or index, X-shm: this
-// fails in a folder without write permission, and leaves both files behind in any other.
+// fails in a folder without write permission, and leaves both files there in any other.
 enum class way {
   shared,      // with the existing index: another program may be writing
   private_log, // a log without an index, as a crash or a copy leaves it
