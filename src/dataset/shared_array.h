@@ -64,7 +64,7 @@ public:
   }
   shared_array(const shared_array& other) noexcept : block_(other.block_) {
     if constexpr (detail::checks_sharing)
-      if (block_) detail::check_copy(block_, holders(), bytes());
+      if (block_) detail::check_copy(block_, holders(), content());
     if (block_) block_->users.fetch_add(1, std::memory_order_relaxed);
   }
   shared_array(shared_array&& other) noexcept : block_(std::exchange(other.block_, nullptr)) {}
@@ -78,7 +78,7 @@ public:
   }
   ~shared_array() {
     if constexpr (detail::checks_sharing)
-      if (block_) detail::check_leave(block_, holders(), bytes());
+      if (block_) detail::check_leave(block_, holders(), content());
     if (block_ && block_->users.fetch_sub(1, std::memory_order_acq_rel) == 1)
       detail::free_array_block(block_, sizeof(T));
   }
@@ -180,7 +180,7 @@ private:
 
   std::uint32_t holders() const noexcept { return block_->users.load(std::memory_order_acquire); }
   bool is_own() const noexcept { return holders() == 1; }
-  detail::byte_span bytes() const noexcept { return std::as_bytes(std::span(data(), size())); }
+  std::span<const T> content() const noexcept { return {data(), size()}; }
 
   // Makes the block unshared, with room for at least `capacity` elements.
   void own(std::size_t capacity) {

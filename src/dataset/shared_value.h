@@ -67,12 +67,12 @@ private:
   }
   void retain() noexcept {
     if (!node_) return;
-    if constexpr (detail::checks_sharing) detail::check_copy(node_, holders(), detail::own_bytes(node_->value));
+    if constexpr (detail::checks_sharing) detail::check_copy(node_, holders(), node_->value);
     node_->users.fetch_add(1, std::memory_order_relaxed);
   }
   void drop() noexcept {
     if constexpr (detail::checks_sharing)
-      if (node_) detail::check_leave(node_, holders(), detail::own_bytes(node_->value));
+      if (node_) detail::check_leave(node_, holders(), node_->value);
     if (node_ && node_->users.fetch_sub(1, std::memory_order_acq_rel) == 1) delete node_;
   }
 

@@ -24,9 +24,11 @@ slot& slot_of(const void* memory) {
   return known[reinterpret_cast<std::uintptr_t>(memory) / alignof(std::max_align_t) % slots];
 }
 
-std::uint64_t sum_of(byte_span content) {
+} // namespace
+
+std::uint64_t sum_of_bytes(byte_span content, std::uint64_t before) {
   constexpr std::uint64_t odd = 0x9E3779B97F4A7C15;
-  std::uint64_t sum = content.size(), word = 0;
+  std::uint64_t sum = before ^ content.size(), word = 0;
   while (content.size() >= sizeof word) {
     std::memcpy(&word, content.data(), sizeof word);
     sum = (sum ^ word) * odd;
@@ -36,8 +38,12 @@ std::uint64_t sum_of(byte_span content) {
   return sum;
 }
 
-void compare(const void* memory, byte_span content) {
-  const std::uint64_t sum = sum_of(content);
+void note_sum(const void* memory, std::uint64_t sum) {
+  const std::lock_guard lock(mutex);
+  slot_of(memory) = {memory, sum};
+}
+
+void compare_sum(const void* memory, std::uint64_t sum) {
   {
     const std::lock_guard lock(mutex);
     const slot& noted = slot_of(memory);
@@ -45,19 +51,6 @@ void compare(const void* memory, byte_span content) {
   }
   std::fputs("vesk: shared data was changed through a reference that was kept too long.\n", stderr);
   std::abort();
-}
-
-} // namespace
-
-void check_copy(const void* memory, std::uint32_t holders, byte_span content) {
-  if (holders > 1) return compare(memory, content);
-  const std::uint64_t sum = sum_of(content);
-  const std::lock_guard lock(mutex);
-  slot_of(memory) = {memory, sum};
-}
-
-void check_leave(const void* memory, std::uint32_t holders, byte_span content) {
-  if (holders > 1) compare(memory, content);
 }
 
 } // namespace vesk::detail
