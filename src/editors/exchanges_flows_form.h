@@ -25,7 +25,7 @@ public:
   std::optional<std::size_t> active_grid() const override { return active_grid_; }
   void grid_entered(std::size_t position) override;
 
-  void FormShow() override;                            // on the first function
+  void FormShow() override; // on the first function
   bool is_about_segments() const override { return true; }
   std::optional<std::size_t> segment_in_focus() const override; // the first one of the active pair
 

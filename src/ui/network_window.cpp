@@ -74,7 +74,7 @@ void network_window::follow(QWidget* dialog) {
   followed_ = dialog;
   QWidget* above = dialog ? dialog : parentWidget();
   if (!isVisible() || !above) return; // it is done when it is shown
-  above->winId(); // it has a handle from here on
+  above->winId();                     // it has a handle from here on
   windowHandle()->setTransientParent(above->windowHandle());
 }
 
