@@ -99,7 +99,7 @@ TEST(MeasuredForm, ChecksItsEntries) {
   EXPECT_EQ(form.message(), "");
   const measured_form again = measured_form::of(form.series());
   EXPECT_EQ(again.factor, "1.5");
-  EXPECT_EQ(again.to, "2012-10-03");
+  EXPECT_EQ(again.to, "2012-10-03T00:00:00");
   EXPECT_EQ(again.kind, 1U);
   EXPECT_EQ(again.table_text(), "gauge.csv, field oxygen");
 }

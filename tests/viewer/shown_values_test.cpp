@@ -80,7 +80,7 @@ TEST_F(ShownValues, DifferFromTheBaseline) {
   EXPECT_EQ(std::get<std::string>(summary.value(0, 0)), "changed");
   EXPECT_EQ(std::get<double>(summary.value(0, 3)), 10); // of the baseline at all its times
   EXPECT_EQ(std::get<double>(summary.value(0, 6)), 6);
-  EXPECT_EQ(std::get<std::string>(summary.value(0, 7)), "2000-01-02");
+  EXPECT_EQ(std::get<std::string>(summary.value(0, 7)), "2000-01-02T00:00:00");
 }
 
 TEST_F(ShownValues, HaveAChartForEachUnitThatZoomTogether) {
