@@ -271,7 +271,7 @@ TEST_F(RunTest, CancelEndsWithinOneStepAndKeepsWhatWasComputedBesideTheResults) 
   EXPECT_FALSE(host.grid_lent);
   EXPECT_EQ(host.infos.back(), "Cancelled; what was computed is in river.cancelled.nc.");
   EXPECT_EQ(content("river.nc"), "good");
-  EXPECT_THAT(files(), ElementsAre("river.cancelled.nc", "river.nc", "river_output_11.csv"));
+  EXPECT_THAT(files(), ElementsAre("river.cancelled.nc", "river.nc", "river_out11.csv"));
   int id = 0, dimension = 0;
   std::size_t times = 0;
   char mark[200] = {};
@@ -288,7 +288,7 @@ TEST_F(RunTest, CancelEndsWithinOneStepAndKeepsWhatWasComputedBesideTheResults) 
   host.cancel_polls = 0;
   after("");
   EXPECT_EQ(host.infos.back(), "Cancelled; no file was written.");
-  EXPECT_THAT(files(), ElementsAre("river.nc", "river_output_11.csv"));
+  EXPECT_THAT(files(), ElementsAre("river.nc", "river_out11.csv"));
 }
 
 TEST_F(RunTest, BadInputIsRefusedInOneSentence) {
