@@ -30,14 +30,6 @@ class line_delegate final : public QStyledItemDelegate {
 public:
   using QStyledItemDelegate::QStyledItemDelegate;
 
-  // A tree asks for the height of a line without saying how wide it is.
-  QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override {
-    QStyleOptionViewItem known = option;
-    const auto* view = qobject_cast<const QTreeView*>(parent());
-    if (view && view->wordWrap()) known.rect.setWidth(view->columnWidth(0));
-    return QStyledItemDelegate::sizeHint(known, index);
-  }
-
 protected:
   void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {
     QStyledItemDelegate::initStyleOption(option, index);
@@ -204,19 +196,10 @@ void info_list::clear() {
   fit_column();
 }
 
-void info_list::wrap_lines(bool wanted) {
-  setWordWrap(wanted);
-  setTextElideMode(wanted ? Qt::ElideNone : Qt::ElideRight);
-  setUniformRowHeights(!wanted);
-  fit_column();
-  if (follows_) show_newest();
-}
-
 // A long line is read by scrolling, not cut.
 void info_list::fit_column() {
   const int wide = std::max({scaled(column_width, *this), longest_, viewport()->width()});
-  setColumnWidth(0, wordWrap() ? viewport()->width() : wide);
-  if (wordWrap()) scheduleDelayedItemsLayout(); // the lines have other heights
+  setColumnWidth(0, wide);
 }
 
 void info_list::resizeEvent(QResizeEvent* event) {

@@ -57,8 +57,6 @@ public:
   QString all_text() const { return lines_.all_text(); }
   bool is_empty() const { return lines_.rowCount() == 0; }
 
-  void wrap_lines(bool wanted); // otherwise long lines are read by scrolling
-
 protected:
   void resizeEvent(QResizeEvent* event) override;
   void wheelEvent(QWheelEvent* event) override;

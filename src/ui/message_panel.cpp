@@ -33,9 +33,6 @@ message_panel::message_panel(QWidget* parent, std::function<void(const std::stri
     row->addWidget(button);
     return button;
   };
-  QToolButton* wrap = add("WrapMessagesButton", "Wrap", "Break long lines to the width of the window");
-  wrap->setCheckable(true);
-  connect(wrap, &QToolButton::toggled, this, [this](bool on) { list_->wrap_lines(on); });
   connect(add("CopyMessagesButton", "Copy", "Copy all messages as text"), &QToolButton::clicked, this,
           [this] { QApplication::clipboard()->setText(list_->all_text()); });
   connect(add("SaveMessagesButton", "Save...", "Save all messages as a text file"), &QToolButton::clicked, this,

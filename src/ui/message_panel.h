@@ -1,4 +1,4 @@
-// The messages with their commands: wrap, copy, save, clear.
+// The messages with their commands: copy, save, clear.
 #pragma once
 
 #include <QWidget>
