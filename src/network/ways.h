@@ -29,7 +29,7 @@ struct found_ways {
 };
 
 // The ways through the given segments in their order, at least one, at most `most` of them, which is at least 1. Empty
-// if there is none. In a network with many loops the search ends early, after about 0.1 s; `are_all` is then false.
+// if there is none. In a network with many loops the search ends after a fixed amount of work; `are_all` is then false.
 // Shortest is by metres if all segments of the network have a length, otherwise by the number of segments.
 found_ways find_ways(const network_graph& network, std::span<const segment_number> through, std::size_t most = 20);
 
