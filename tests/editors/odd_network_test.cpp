@@ -67,9 +67,7 @@ TEST_F(OddNetwork, PairsOutsideItAreShownMarkedAndKept) {
                                 ? "2147483648|1: Weldon|1.0000|1.0000\n1: Weldon|1: Weldon|1.0000|1.0000\n"
                                 : "Boundary|Boundary|0.5000\n2: Halifax|2: Halifax|1.0000\n"
                                   "Boundary|Boundary|1.0000\n4|2147483648|1.0000\n1: Weldon|3: Oak City|1.0000\n");
-    form.go_to_next_mark();
-    EXPECT_EQ(pairs.active_row(), exchanges ? 0U : 3U);
-    EXPECT_EQ(pairs.tool_tip(pairs.active_row(), exchanges ? 0 : 1), "There is no segment 2147483648.");
+    EXPECT_EQ(pairs.tool_tip(exchanges ? 0 : 3, exchanges ? 0 : 1), "There is no segment 2147483648.");
     pairs.set_selection(cell_range{0, 0, pairs.row_limit() - 1, pairs.content().columns().size() - 1});
     form.CopyButtonClick(*form.panels()[2]); // pasted back, it changes nothing
     EXPECT_TRUE(form.FormCloseQuery(true));

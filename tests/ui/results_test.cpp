@@ -151,8 +151,9 @@ TEST_F(ResultsWindow, SavesEveryPictureAndSurvivesBadFiles) {
     const QString file = QString::fromStdString(folder.file("chart.")) + ending;
     with_dialog(
         [this] {
-          for (QAction* action : results()->findChildren<QAction*>())
-            if (action->text() == "Save as...") return action->trigger(); // of the first page
+          QWidget* first = find<QTabWidget>(results(), "ResultPages")->widget(0);
+          for (QAction* action : first->findChildren<QAction*>())
+            if (action->text() == "Save as...") return action->trigger();
         },
         [&](QWidget* dialog) { return choose_file(dialog, file); });
     EXPECT_GT(fs::file_size(folder.path / (std::string("chart.") + ending)), 1000U) << ending;

@@ -38,6 +38,7 @@ chart_stack::chart_stack(QWidget* parent)
   column->setContentsMargins(0, 0, 0, 0);
   column->addWidget(tools_);
   column->addWidget(area_, 1);
+  refresh();
 }
 
 QAction* chart_stack::add_command(const char* text, const char* tip, const QKeySequence& keys,
