@@ -12,7 +12,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* score_picture = "EEEEEEE.EEEEEEE";
+constexpr const char* score_picture = "#######.####";
 constexpr std::size_t measured_colour = 7; // grey: the scenarios have the others
 
 // As people write them in tables, in the order of score_columns.

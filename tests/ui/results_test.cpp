@@ -196,8 +196,8 @@ TEST_F(ResultsWindow, IsWorkedByKeyboard) {
 TEST_F(ResultsWindow, ShowsTheRiverFromOneEndToTheOtherAndItsMap) {
   run();
   choose("DO", oak_city);
+  expect_accessible(results()); // all pages, and ends on the first
   show(along_the_river, "results_river");
-  expect_accessible(results());
   auto* page = find<QWidget>(results(), "RiverPage");
   auto* ways = find<QTreeWidget>(page, "WayList");
   ASSERT_TRUE(wait_for([&] { return ways->topLevelItemCount() == 1; }, 20'000));
@@ -231,7 +231,6 @@ TEST_F(ResultsWindow, ShowsTheRiverFromOneEndToTheOtherAndItsMap) {
   EXPECT_TRUE(wait_for(has_range));
 
   show(map_of_network, "results_map");
-  expect_accessible(results());
   auto* map = find<schematic_view>(find<QWidget>(results(), "MapPage"), "Schematic");
   ASSERT_TRUE(wait_for([&] { return map->network() != nullptr; }, 20'000));
   map->select(25);
