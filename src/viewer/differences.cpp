@@ -10,7 +10,7 @@ namespace vesk {
 
 namespace {
 
-constexpr const char* value_picture = "EEEEEEE.EEEEEEE";
+constexpr const char* value_picture = "##########.#####";
 
 const shown_series* same_in(const std::vector<shown_series>& series, std::size_t scenario, const shown_series& wanted) {
   const auto found = std::ranges::find_if(series, [&](const shown_series& it) {

@@ -8,7 +8,7 @@ namespace vesk {
 namespace {
 
 constexpr double half_a_second = 0.5 / 86400;
-constexpr const char* value_picture = "EEEEEEE.EEEEEEE";
+constexpr const char* value_picture = "##########.#####";
 
 grid_column column_of(std::string header, cell_type type) {
   return {.header = std::move(header), .type = std::move(type), .editable = false};
