@@ -2,6 +2,7 @@
 
 #include "ui/editor_buttons.h"
 #include "ui/editor_panel_view.h"
+#include "ui/enter_key.h"
 #include "ui/entry_edit.h"
 #include "ui/find_bar.h"
 #include "ui/grid_view.h"
@@ -14,11 +15,9 @@
 #include "ui/wheel_guard.h"
 #include "ui/wrapping_row.h"
 
-#include <QAccessible>
 #include <QAction>
 #include <QComboBox>
 #include <QHBoxLayout>
-#include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
 #include <QScreen>
@@ -255,12 +254,7 @@ QBoxLayout* editor_window::make_end_row() {
   connect(redo_, &QPushButton::clicked, this, [this] { run([this] { form_.redo(); }); });
   bind(*new QAction(this), QKeySequence::Undo, [this] { form_.undo(); });
   bind(*new QAction(this), QKeySequence::Redo, [this] { form_.redo(); });
-  for (const Qt::Key enter : {Qt::Key_Return, Qt::Key_Enter}) {
-    auto* action = new QAction(this);
-    action->setShortcut(Qt::CTRL | enter);
-    connect(action, &QAction::triggered, this, &QDialog::accept);
-    addAction(action);
-  }
+  accept_by_ctrl_enter(*this);
   auto* row = new QHBoxLayout;
   row->addWidget(undo_);
   row->addWidget(redo_);
@@ -336,7 +330,7 @@ void editor_window::texts_changed() {
     for (std::size_t i = 0; i < panels_.size(); ++i) panels_[i]->mark_as_active(i == *active);
     shared_buttons_->show_state();
   }
-  show_message();
+  announce(*message_, form_.message());
   show_steps();
 }
 
@@ -348,15 +342,6 @@ void editor_window::show_choice() {
   for (const std::string& item : choice->items) choice_->addItem(shown(item));
   choice_->setCurrentIndex(choice->items.empty() ? -1 : static_cast<int>(choice->position));
   choice_row_->setVisible(choice->is_visible);
-}
-
-void editor_window::show_message() {
-  const QString message = shown(form_.message());
-  const bool is_new = message_->text() != message;
-  message_->setText(message);
-  if (!is_new || message.isEmpty()) return;
-  QAccessibleEvent alert(message_, QAccessible::Alert);
-  QAccessible::updateAccessibility(&alert);
 }
 
 void editor_window::show_steps() {
@@ -413,14 +398,8 @@ void editor_window::showEvent(QShowEvent* event) {
     panels_[form_.active_grid().value_or(0)]->grid().setFocus();
 }
 
-// There is no default button, but Enter presses the one that has the focus.
 void editor_window::keyPressEvent(QKeyEvent* event) {
-  const bool enter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
-  auto* button = qobject_cast<QPushButton*>(focusWidget());
-  if (enter && button)
-    button->click();
-  else
-    QDialog::keyPressEvent(event);
+  if (!press_focused_button(*this, *event)) QDialog::keyPressEvent(event);
 }
 
 void editor_window::done(int result) {

@@ -64,7 +64,6 @@ private:
   void take_first_size();
   void turn_page(int by);
   void show_choice();
-  void show_message();
   void show_steps(); // of Undo and Redo
   std::size_t first_panel_in_sight() const;
   editor_panel* panel_with_focus() const; // null: no grid has it

@@ -1,19 +1,19 @@
 #include "ui/import_dialog.h"
 
+#include "ui/enter_key.h"
 #include "ui/grid_view.h"
 #include "ui/guard.h"
 #include "ui/measures.h"
 #include "ui/mnemonics.h"
+#include "ui/plain_label.h"
 #include "ui/texts.h"
 #include "ui/wheel_guard.h"
 
-#include <QAccessible>
 #include <QAction>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QGridLayout>
 #include <QHBoxLayout>
-#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
@@ -32,14 +32,6 @@ namespace {
 
 constexpr int usual_width = 860, usual_height = 640, screen_margin = 60, least_grid_height = 84, sql_lines = 2,
               condition_width = 126, conjunction_width = 56;
-
-QLabel* plain_label(const char* name) {
-  auto* label = new QLabel;
-  label->setObjectName(name);
-  label->setTextFormat(Qt::PlainText);
-  label->setWordWrap(true);
-  return label;
-}
 
 QLineEdit* line(const char* name) {
   auto* edit = new QLineEdit;
@@ -249,12 +241,7 @@ QBoxLayout* import_dialog::end_row() {
   });
   connect(ok, &QPushButton::clicked, this, &QDialog::accept);
   connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
-  for (const Qt::Key enter : {Qt::Key_Return, Qt::Key_Enter}) {
-    auto* action = new QAction(this);
-    action->setShortcut(Qt::CTRL | enter);
-    connect(action, &QAction::triggered, this, &QDialog::accept);
-    addAction(action);
-  }
+  accept_by_ctrl_enter(*this);
   auto* row = new QHBoxLayout;
   row->addWidget(button("&Reset all", "ResetAllButton", "Begin a new query; the name is kept",
                         &TImportTimeSeriesForm::ResetAllButtonClick));
@@ -317,13 +304,7 @@ void import_dialog::show_all() {
   const QString sql = shown(form_.sql());
   SqlMemo->setPlaceholderText(shown(form_.sql_hint()));
   if (SqlMemo->toPlainText() != sql) SqlMemo->setPlainText(sql);
-  const QString message = shown(form_.message());
-  const bool is_new = message_->text() != message;
-  message_->setText(message);
-  if (is_new && !message.isEmpty()) {
-    QAccessibleEvent alert(message_, QAccessible::Alert);
-    QAccessible::updateAccessibility(&alert);
-  }
+  announce(*message_, form_.message());
 }
 
 void import_dialog::reload() {
@@ -341,14 +322,8 @@ void import_dialog::showEvent(QShowEvent* event) {
   run_later([this] { form_.FormShow(); });
 }
 
-// There is no default button, but Enter presses the one that has the focus.
 void import_dialog::keyPressEvent(QKeyEvent* event) {
-  const bool enter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
-  auto* focused = qobject_cast<QPushButton*>(focusWidget());
-  if (enter && focused)
-    focused->click();
-  else
-    QDialog::keyPressEvent(event);
+  if (!press_focused_button(*this, *event)) QDialog::keyPressEvent(event);
 }
 
 void import_dialog::done(int result) {

@@ -2,6 +2,7 @@
 
 #include "ui/texts.h"
 
+#include <QAccessible>
 #include <QLabel>
 
 namespace vesk {
@@ -17,6 +18,15 @@ QLabel* plain_label(const std::string& name) {
 void show_text(QLabel& label, const std::string& text) {
   label.setText(label.buddy() ? without_mnemonics(shown(text)) : shown(text));
   label.setVisible(!text.empty());
+}
+
+void announce(QLabel& label, const std::string& text) {
+  const QString message = shown(text);
+  const bool is_new = label.text() != message;
+  label.setText(message);
+  if (!is_new || message.isEmpty()) return;
+  QAccessibleEvent alert(&label, QAccessible::Alert);
+  QAccessible::updateAccessibility(&alert);
 }
 
 } // namespace vesk

@@ -13,4 +13,7 @@ QLabel* plain_label(const std::string& name);
 // An empty text takes no room.
 void show_text(QLabel& label, const std::string& text);
 
+// Keeps its room, and a screen reader says a new text.
+void announce(QLabel& label, const std::string& text);
+
 } // namespace vesk
