@@ -12,6 +12,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QElapsedTimer>
 #include <QLabel>
 #include <QLineEdit>
 #include <QProgressBar>
@@ -300,6 +301,44 @@ TEST_F(ImportSeries, FromSpoiltTablesIsRefusedInOneSentence) {
                 return press(editor, "OK");
               });
   EXPECT_TRUE(same_content(before, *program.form().current_data_set));
+}
+
+// The longest time in which no event was served is noted with the test's result.
+TEST_F(ImportSeries, FromAMillionRows) {
+  {
+    std::ofstream table(folder.file("million.csv"));
+    table << "DATE_TIME,RESULT\n";
+    for (int i = 0; i < 1'000'000; ++i)
+      table << 40000 + i / 1440 << '.' << 100000 + i % 1440 * 600 << ',' << i % 97 << '\n';
+  }
+  with_dialog(
+      [&] { program.trigger("PrintIntervalItem"); },
+      [&](QWidget* editor) {
+        qint64 longest = 0;
+        QElapsedTimer since;
+        QTimer pulse;
+        QObject::connect(&pulse, &QTimer::timeout, [&] { longest = std::max(longest, since.restart()); });
+        since.start();
+        pulse.start(10);
+        with_dialog(
+            [&] { press(editor, "Import"); },
+            [&](QWidget* dialog) {
+              if (dialog->objectName() != "ImportTimeSeriesForm") return false;
+              form().ResetAllButtonClick();
+              type_file_name(dialog, "million.csv");
+              EXPECT_THAT(complaints_after(dialog, "Delete"), IsEmpty());
+              QTest::mouseClick(find<QCheckBox>(dialog, "RestrictDateRangeCheckBox"), Qt::LeftButton, {}, {8, 8});
+              EXPECT_THAT(complaints_after(dialog, "Run query"), IsEmpty());
+              EXPECT_EQ(form().results_note(), "Results: the first 10000 of 1000000 rows");
+              EXPECT_THAT(complaints_after(dialog, "Import"), IsEmpty());
+              return true;
+            });
+        QTest::qWait(100); // the chart is drawn
+        pulse.stop();
+        RecordProperty("longest_pause_ms", static_cast<int>(longest));
+        EXPECT_EQ(program.form().current_data_set->print_intervals.points.size(), 1'000'000U);
+        return press(editor, "Cancel");
+      });
 }
 
 // The mouse: a series from a database, at the smallest size that the program is made for.
