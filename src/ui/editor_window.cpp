@@ -53,7 +53,6 @@ editor_window::editor_window(QWidget* parent, editor& shown_editor)
   make_panels(pages);
   auto* column = new QVBoxLayout(this);
   column->addWidget(make_content(pages), 1);
-  for (QSplitter* one : splitters_) one->setStretchFactor(one->count() - 1, 1);
   if (shared_buttons_) column->addWidget(shared_buttons_);
   if (QWidget* commands = make_common_row()) column->addWidget(commands);
   make_find_bar(*column);
@@ -138,8 +137,12 @@ QWidget* editor_window::make_page(const editor_page& page) {
   for (std::size_t i = page.first; i < end; i += in_row) {
     QSplitter* row = in_row > 1 ? splitter(Qt::Horizontal) : rows;
     for (std::size_t j = i; j < std::min(i + in_row, end); ++j) row->addWidget(make_area(j));
-    if (row != rows) rows->addWidget(row);
+    if (row == rows) continue;
+    row->setStretchFactor(0, 2); // the left one has no chart
+    row->setStretchFactor(1, 3);
+    rows->addWidget(row);
   }
+  rows->setStretchFactor(rows->count() - 1, 1);
   return rows;
 }
 

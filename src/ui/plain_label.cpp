@@ -7,8 +7,26 @@
 
 namespace vesk {
 
+namespace {
+
+// Splitters and scroll areas do not ask for the height of broken lines.
+class broken_lines final : public QLabel {
+public:
+  void take_height() {
+    if (!text().isEmpty()) setMinimumHeight(heightForWidth(width())); // without a text it may keep room for one
+  }
+
+protected:
+  void resizeEvent(QResizeEvent* event) override {
+    QLabel::resizeEvent(event);
+    take_height();
+  }
+};
+
+} // namespace
+
 QLabel* plain_label(const std::string& name) {
-  auto* label = new QLabel;
+  auto* label = new broken_lines;
   label->setObjectName(shown(name));
   label->setTextFormat(Qt::PlainText);
   label->setWordWrap(true);
@@ -17,6 +35,7 @@ QLabel* plain_label(const std::string& name) {
 
 void show_text(QLabel& label, const std::string& text) {
   label.setText(label.buddy() ? without_mnemonics(shown(text)) : shown(text));
+  if (auto* broken = dynamic_cast<broken_lines*>(&label)) broken->take_height();
   label.setVisible(!text.empty());
 }
 

@@ -69,8 +69,7 @@ protected:
     auto* pages = window->findChild<QTabWidget*>();
     for (int page = 0; page < (pages ? pages->count() : 1); ++page) {
       if (pages) pages->setCurrentIndex(page);
-      take_picture(
-          window, QString("size_%1_%2_%3").arg(GetParam()).arg(window->windowTitle().section(' ', 0, 0)).arg(page + 1));
+      take_picture(window, QString("size_%1_%2_%3").arg(GetParam()).arg(window->objectName()).arg(page + 1));
       expect_in_reach_as_shown(window);
     }
   }
