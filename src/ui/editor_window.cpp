@@ -138,7 +138,8 @@ QWidget* editor_window::make_page(const editor_page& page) {
     QSplitter* row = in_row > 1 ? splitter(Qt::Horizontal) : rows;
     for (std::size_t j = i; j < std::min(i + in_row, end); ++j) row->addWidget(make_area(j));
     if (row == rows) continue;
-    for (int half = 0; half < row->count(); ++half) row->setStretchFactor(half, 1);
+    row->setStretchFactor(0, 4);
+    row->setStretchFactor(1, 5); // where the chart is
     rows->addWidget(row);
   }
   rows->setStretchFactor(rows->count() - 1, 1);
