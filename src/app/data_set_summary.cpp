@@ -27,7 +27,7 @@ std::string model_row(const prevesk_dataset_data_type& data) {
 }
 
 std::string period_row(const prevesk_dataset_data_type& data) {
-  if (const std::string fault = data.period_fault(); !fault.empty()) return fault;
+  if (std::string fault = data.period_fault(); !fault.empty()) return fault;
   const double start = data.start_date_time(), end = data.end_date_time();
   const std::string both = moment_text(start) + " to " + moment_text(end);
   if (!(end > start)) return both + "; the end is not after the start";

@@ -27,7 +27,8 @@ fs::path sample_folder() {
 
 // The data file comes last: where it is, the copy is whole.
 fs::path copy_sample(const fs::path& from, const fs::path& documents) {
-  const fs::path folder = documents / "Vesk sample river", copy = folder / data_file;
+  const fs::path folder = documents / "Vesk sample river";
+  fs::path copy = folder / data_file;
   std::error_code error;
   if (fs::exists(copy, error)) return copy;
   const auto check = [&](const fs::path& what) {
