@@ -45,8 +45,20 @@ constexpr const char* tree_images[] = {"loads", "loads", "systems", "segments", 
 
 constexpr const char* info_images[] = {"info_plain", "info_note", "info_failure"};
 
+// Pictures that are painted at any size.
+class painted_picture : public QIconEngine {
+public:
+  QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
+    QPixmap pixmap(size);
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    paint(&painter, QRect(QPoint(), size), mode, state);
+    return pixmap;
+  }
+};
+
 // Draws a picture at any requested size. "currentColor" in it means the colour of text.
-class themed_picture final : public QIconEngine {
+class themed_picture final : public painted_picture {
 public:
   explicit themed_picture(QByteArray svg) : svg_(std::move(svg)) {}
 
@@ -64,20 +76,12 @@ public:
     painter->restore();
   }
 
-  QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
-    QPixmap pixmap(size);
-    pixmap.fill(Qt::transparent);
-    QPainter painter(&pixmap);
-    paint(&painter, QRect(QPoint(), size), mode, state);
-    return pixmap;
-  }
-
 private:
   QByteArray svg_;
 };
 
 // One picture with a smaller one over its lower right corner.
-class marked_picture final : public QIconEngine {
+class marked_picture final : public painted_picture {
 public:
   marked_picture(QIcon image, QIcon mark) : image_(std::move(image)), mark_(std::move(mark)) {}
 
@@ -88,14 +92,6 @@ public:
     const QSize part = place.size() * 5 / 8;
     const QPoint corner = place.bottomRight() - QPoint(part.width() - 1, part.height() - 1);
     mark_.paint(painter, QRect(corner, part), Qt::AlignCenter, mode, state);
-  }
-
-  QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
-    QPixmap pixmap(size);
-    pixmap.fill(Qt::transparent);
-    QPainter painter(&pixmap);
-    paint(&painter, QRect(QPoint(), size), mode, state);
-    return pixmap;
   }
 
 private:
