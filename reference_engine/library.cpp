@@ -32,7 +32,7 @@ void guarded(vesk_data_callback callback, Job job) noexcept {
       host.return_code(ReturnCode::good);
     } catch (const Cancelled& cancelled) {
       host.info(cancelled.kept.empty() ? "Cancelled; no file was written."
-                                       : "Cancelled; what was computed is in " + cancelled.kept + ".");
+                                       : "Cancelled. The results up to then are in " + cancelled.kept + ".");
       host.return_code(ReturnCode::cancelled);
     } catch (const InputError& error) {
       end(host, ReturnCode::bad_input, error.what());

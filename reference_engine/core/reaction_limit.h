@@ -1,5 +1,5 @@
 // Limits reactions to the mass that is available. A reaction that runs short of one reactant takes less of all of them,
-// so that no mass is created and the oxygen consumed stays in proportion to what is oxidised.
+// which conserves mass and keeps the oxygen consumed in proportion to the amount oxidised.
 #ifndef REFERENCE_ENGINE_CORE_REACTION_LIMIT_H
 #define REFERENCE_ENGINE_CORE_REACTION_LIMIT_H
 

@@ -49,7 +49,7 @@ StepChoice choose_step(const StepRules& rules, const StepLimit& limit, const Pro
     shorten(std::max({rules.fraction * limit.saturated_days, rules.smallest, second}), StepBound::reactions,
             limit.saturated_segment);
   }
-  constexpr double rounding = 1e-6; // given steps have single precision: a remainder that small is no separate step
+  constexpr double rounding = 1e-6; // steps are given in single precision; a smaller remainder is rounding
   const double parts = std::max(1.0, std::ceil(remaining / choice.days * (1 - rounding)));
   if (parts <= 1 && remaining < choice.days * (1 - rounding)) choice.bound = StepBound::event;
   choice.days = remaining / parts;

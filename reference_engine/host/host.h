@@ -17,7 +17,7 @@ namespace reference_engine {
 
 // Thrown when CANCEL answers anything but 0.
 struct Cancelled {
-  std::string kept = {}; // the file with what was computed until then; empty: none
+  std::string kept = {}; // the file with the results up to then; empty: none
 };
 
 // Read by scripts: never change. A run's code becomes the exit status of vesk-run, which itself uses 1 and 2.

@@ -70,7 +70,7 @@ void remove_cancelled_results(const fs::path& base) {
   for (const fs::path& file : {results_file_of(cancelled), record_file_of(cancelled)}) delete_file(file);
 }
 
-// False: there is no such file, or the copy was cancelled.
+// False if the file does not exist or the copy was cancelled.
 bool previous_results::take(const fs::path& file, const fs::path& hidden, const copy_function& copy) {
   delete_file(hidden);
   if (!identity_of(file)) return false;

@@ -10,8 +10,8 @@ namespace vesk {
 
 struct results_state {
   enum class origin {
-    none,          // there are no results
-    unknown,       // there is no record of them, or it is of other results
+    none,          // no results yet
+    unknown,       // without a record, or with that of other results
     this_data_set, // nothing has changed since
     changed,
   };

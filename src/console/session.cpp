@@ -113,7 +113,7 @@ void session::set_up() {
 void session::try_log() {
   if (form_.log_file_name.empty())
     return report_log_loss(
-        "There is no folder for the log: the account has no home directory. Name one with --log=DIR.");
+        "The log cannot be written: the account has no home directory. Name a folder with --log=DIR.");
   std::error_code ignored; // the failure to write the file is more specific
   std::filesystem::create_directories(form_.log_file_name.parent_path(), ignored);
   if (const int error = append_to_side_file(form_.log_file_name, ""))

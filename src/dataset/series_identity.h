@@ -23,7 +23,7 @@ struct series_identity {
 // `ref` must exist.
 series_identity identity_of(const prevesk_dataset_data_type& data, const series_ref& ref);
 
-// Nothing if the data set lacks the series, or has another number of those that it cannot be told from.
+// Empty if the data set lacks the series, or if the number of series with the same identity has changed.
 std::optional<series_ref> find_series(const prevesk_dataset_data_type& data, const series_identity& identity);
 
 // The name of the series in charts and dialogs, with numbers from 1: "Segment 5 (Halifax), Oxygen", "Dispersion

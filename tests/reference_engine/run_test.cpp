@@ -269,7 +269,7 @@ TEST_F(RunTest, CancelEndsWithinOneStepAndKeepsWhatWasComputedBesideTheResults) 
   EXPECT_EQ(host.cancel_polls, host.cancel_at_poll);
   EXPECT_EQ(host.last_progress, 50);
   EXPECT_FALSE(host.grid_lent);
-  EXPECT_EQ(host.infos.back(), "Cancelled; what was computed is in river.cancelled.nc.");
+  EXPECT_EQ(host.infos.back(), "Cancelled. The results up to then are in river.cancelled.nc.");
   EXPECT_EQ(content("river.nc"), "good");
   EXPECT_THAT(files(), ElementsAre("river.cancelled.nc", "river.nc", "river_out11.csv"));
   int id = 0, dimension = 0;
