@@ -35,7 +35,7 @@ std::optional<std::size_t> name_column(const editor_panel& panel) {
   return std::nullopt;
 }
 
-std::string as_sentence(std::string text) {
+std::string as_sentence(const std::string& text) {
   return text.ends_with('.') ? text : text + ".";
 }
 

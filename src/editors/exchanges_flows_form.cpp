@@ -31,9 +31,9 @@ std::vector<record_column<Function>> function_columns() {
 }
 
 template <class Pair>
-record_column<Pair> segment_column(std::string header, const std::shared_ptr<segment_items>& items,
+record_column<Pair> segment_column(const std::string& header, const std::shared_ptr<segment_items>& items,
                                    std::int32_t Pair::*reference) {
-  return {.header = std::move(header),
+  return {.header = header,
           .type = {.kind = cell_kind::combo, .items = items},
           .field = translated_member<Pair>{
               [items, reference](const Pair& pair) { return items->item_of_reference(pair.*reference); },
@@ -41,12 +41,8 @@ record_column<Pair> segment_column(std::string header, const std::shared_ptr<seg
 }
 
 template <class Pair>
-record_column<Pair> number_column(std::string header, double Pair::*member, std::string tip) {
-  return {.header = std::move(header),
-          .type = number_cell({}),
-          .field = member,
-          .format = pair_format,
-          .tool_tip = std::move(tip)};
+record_column<Pair> number_column(const std::string& header, double Pair::*member, const std::string& tip) {
+  return {.header = header, .type = number_cell({}), .field = member, .format = pair_format, .tool_tip = tip};
 }
 
 std::vector<record_column<exchange_pair_record_type>> exchange_columns(const std::shared_ptr<segment_items>& items) {

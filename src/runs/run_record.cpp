@@ -207,7 +207,7 @@ data_set_hashes read_data_set_hashes(const fs::path& file) {
 
 // Not through safe_file: a record that a power cut loses is no loss, and its flush would cost each of many runs.
 void write_record(const fs::path& file, std::string_view json) {
-  const std::string name = file.native();
+  const std::string& name = file.native();
   const std::string part =
       (file.parent_path() / ("." + file.filename().native() + "-" + std::to_string(getpid()))).native();
   unlink(part.c_str());

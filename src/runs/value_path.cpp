@@ -183,7 +183,7 @@ value_ref find_value(const data_set& data, std::string_view path) {
 
 namespace {
 
-void visit_from(const data_set& data, value_ref ref, std::size_t depth,
+void visit_from(const data_set& data, const value_ref& ref, std::size_t depth,
                 const std::function<void(const value_ref&)>& visit) {
   const std::size_t hash = ref.path.find('#');
   if (hash == ref.path.npos) return visit(ref);
@@ -194,7 +194,7 @@ void visit_from(const data_set& data, value_ref ref, std::size_t depth,
     value_ref next = ref;
     next.path.replace(hash, 1, std::to_string(items.number(i)));
     next.at[depth] = i;
-    visit_from(data, std::move(next), depth + 1, visit);
+    visit_from(data, next, depth + 1, visit);
   }
 }
 

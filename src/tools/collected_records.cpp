@@ -51,7 +51,7 @@ run_row row_of(const std::string& file, const json& record) {
   run_row result{.file = file, .common = {}, .values = {}};
   const auto of = [&record](const char* name) { return plain(record.value(name, json())); };
   if (record.contains("row")) result.row = record.at("row");
-  const json cause = record.at("cause");
+  const json& cause = record.at("cause");
   std::uint64_t bytes = 0;
   for (const json& output : record.at("outputs")) bytes += output.at("bytes").get<std::uint64_t>();
   result.common = {file,

@@ -92,7 +92,7 @@ ordered_json json_of(const std::vector<double>& values) {
 } // namespace
 
 std::string table_field(const std::string& text) {
-  const std::string field = as_text(printable_text(text));
+  std::string field = as_text(printable_text(text));
   if (field.find_first_of(",\"\r\n") == field.npos) return field;
   std::string out = "\"";
   for (const char c : field) {
@@ -161,7 +161,7 @@ std::string series_text(const results_file& results, const chosen_values& chosen
   rows.text("time");
   for (const column& it : columns) {
     const std::string segment = results.segment_name(it.segment), variable = results.variables()[it.variable].name;
-    rows.text(chosen.variables.size() == 1 ? segment : variable + ": " + segment);
+    rows.text(chosen.variables.size() == 1 ? segment : (variable + ": ").append(segment));
   }
   rows.end_row();
   for (std::size_t i = 0; i < chosen.times.count; ++i) {

@@ -276,7 +276,7 @@ QBoxLayout* editor_window::make_end_row() {
 
 // Commands.
 
-void editor_window::bind(QAction& action, QKeySequence keys, const std::function<void()>& command) {
+void editor_window::bind(QAction& action, const QKeySequence& keys, const std::function<void()>& command) {
   action.setShortcut(keys);
   connect(&action, &QAction::triggered, this, [this, command] { run(command); });
   addAction(&action);

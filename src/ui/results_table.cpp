@@ -1,6 +1,7 @@
 #include "ui/results_table.h"
 
 #include "ui/measures.h"
+#include "ui/texts.h"
 
 #include <QAction>
 #include <QApplication>
@@ -32,8 +33,7 @@ cell_value result_cells::value(std::size_t row, std::size_t column) const {
 }
 
 results_table::results_table(QWidget* parent, result_cells::reader read)
-    : result_content{result_cells(std::move(read)), TFillCalcTable(results)},
-      grid_view(result_table, "Results", parent, tab_key::leaves_grid) {
+    : result_content(std::move(read)), grid_view(result_table, "Results", parent, tab_key::leaves_grid) {
   setObjectName("ResultsTable");
   verticalHeader()->setDefaultSectionSize(scaled(row_height, *this));
   horizontalHeader()->setDefaultSectionSize(scaled(column_width, *this));
@@ -43,7 +43,7 @@ results_table::results_table(QWidget* parent, result_cells::reader read)
     copy->setShortcutContext(Qt::WidgetShortcut);
     connect(copy, &QAction::triggered, this, [this, with_headers] {
       const std::string cells = table().do_copy(with_headers);
-      if (!cells.empty()) QApplication::clipboard()->setText(QString::fromStdString(cells));
+      if (!cells.empty()) QApplication::clipboard()->setText(shown(cells));
     });
     addAction(copy);
   };

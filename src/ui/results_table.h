@@ -8,6 +8,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace vesk {
@@ -37,6 +38,8 @@ private:
 
 // What the view below needs before its base is made.
 struct result_content {
+  explicit result_content(result_cells::reader read) : results(std::move(read)), result_table(results) {}
+
   result_cells results;
   TFillCalcTable result_table;
 };

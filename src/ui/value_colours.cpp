@@ -1,6 +1,7 @@
 #include "ui/value_colours.h"
 
 #include <algorithm>
+#include <cmath>
 #include <iterator>
 
 namespace vesk {
@@ -11,7 +12,7 @@ namespace {
 constexpr QRgb stops[] = {0xFF2A1A5E, 0xFF30418C, 0xFF2B6A96, 0xFF278F8D, 0xFF46B275, 0xFF97CF50, 0xFFF6E640};
 
 int between(int one, int two, double share) {
-  return static_cast<int>(one + (two - one) * share + 0.5);
+  return static_cast<int>(std::lround(one + (two - one) * share));
 }
 
 } // namespace

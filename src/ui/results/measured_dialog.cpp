@@ -38,8 +38,8 @@ QStringList names_of(const results_session::choices& choices) {
 
 measured_dialog::measured_dialog(QWidget* parent, measured_form& form, results_session& session,
                                  user_questions& questions, std::filesystem::path folder)
-    : QDialog(parent), form_(form), questions_(questions), query_(questions, std::move(folder)),
-      table_(plain_label("MeasuredTable")), message_(plain_label("MeasuredMessage")) {
+    : QDialog(parent), form_(form), query_(questions, std::move(folder)), table_(plain_label("MeasuredTable")),
+      message_(plain_label("MeasuredMessage")) {
   setObjectName("MeasuredDialog");
   setWindowTitle("Measured series");
   import_query_descriptor query = form.query;

@@ -32,7 +32,6 @@ private:
   measured_form entries() const;
 
   measured_form& form_;
-  user_questions& questions_;
   query_host query_;
   std::vector<std::pair<QLineEdit*, std::string measured_form::*>> lines_;
   QComboBox* variable_ = nullptr;
