@@ -59,13 +59,13 @@ void apply(appearance look) {
   QApplication::setPalette(palette_of(look));
 }
 
-// The desktop's own value: 1 asks for a dark look. The call may wrap it more than once.
+// The desktop's setting: 1 requests a dark look. The reply may be wrapped in several variants.
 void apply_scheme(QVariant value) {
   while (value.canConvert<QDBusVariant>()) value = value.value<QDBusVariant>().variant();
   if (value.canConvert<uint>()) apply(value.toUInt() == 1 ? appearance::dark : appearance::light);
 }
 
-// Takes the desktop's signals that a setting has changed.
+// Receives the desktop's signals that a setting has changed.
 class scheme_listener final : public QObject {
   Q_OBJECT
 public:
@@ -76,18 +76,18 @@ public slots:
   }
 };
 
-// Fusion without pictures on the buttons of dialogs.
+// Fusion without icons on dialog buttons.
 class plain_fusion final : public QProxyStyle {
 public:
   plain_fusion() : QProxyStyle(QStyleFactory::create("Fusion")) {}
 
-  // The toolkit's own picture is black on any background.
+  // Qt's own icon is black on any background.
   QIcon standardIcon(StandardPixmap which, const QStyleOption* option, const QWidget* widget) const override {
     if (which == SP_ToolBarHorizontalExtensionButton) return more_image();
     return QProxyStyle::standardIcon(which, option, widget);
   }
 
-  // The style draws the ticks of a slider darker than the window, which shows nothing in the dark.
+  // Fusion draws slider ticks darker than the window, which makes them invisible in dark mode.
   void drawComplexControl(ComplexControl control, const QStyleOptionComplex* option, QPainter* painter,
                           const QWidget* widget) const override {
     QProxyStyle::drawComplexControl(control, option, painter, widget);
@@ -115,9 +115,9 @@ public:
   }
 };
 
-// Asks without waiting: a desktop without the service must not hold up the start.
+// Asynchronous: a desktop without the service must not delay the start.
 void ask_the_desktop(QApplication& application) {
-  if (!qEnvironmentVariableIsSet("DBUS_SESSION_BUS_ADDRESS")) return; // looking for one would start one
+  if (!qEnvironmentVariableIsSet("DBUS_SESSION_BUS_ADDRESS")) return; // connecting would start a bus
   QDBusConnection bus = QDBusConnection::sessionBus();
   if (!bus.isConnected()) return;
   QDBusMessage question = QDBusMessage::createMethodCall(portal_service, portal_path, portal_settings, "Read");

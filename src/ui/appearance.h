@@ -11,11 +11,11 @@ enum class appearance { light, dark };
 
 QPalette palette_of(appearance look);
 
-// Whether colours for a dark ground are wanted; from the palette in use.
+// Whether the palette in use is dark.
 bool is_dark(const QPalette& palette);
 
-// Sets style and palette: as the environment variable VESK_APPEARANCE says ("light" or "dark"), else as the desktop
-// does, now and whenever it changes.
+// Sets style and palette: from the environment variable VESK_APPEARANCE ("light" or "dark") if set, else from the
+// desktop, now and whenever its setting changes.
 void follow_the_desktop(QApplication& application);
 
 } // namespace vesk

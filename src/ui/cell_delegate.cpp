@@ -21,14 +21,15 @@ namespace vesk {
 
 namespace {
 
-constexpr int longest_entry = 5000; // the form refuses a text that is too long for the cell, with a reason
+constexpr int longest_entry = 5000; // beyond the limit of any cell, so that the form refuses a long text with a reason
 
 cell_kind kind_of(const QModelIndex& index) {
   return static_cast<cell_kind>(index.data(grid_model::cell_kind_role).toInt());
 }
 
-constexpr std::size_t most_items_of_combo = 20; // in a longer list a number has several digits to type
-constexpr const char* chosen = "chosen";        // a combo's property: the user has chosen an item
+constexpr std::size_t most_items_of_combo =
+    20; // items of longer lists have numbers of several digits, which need a line to type in
+constexpr const char* chosen = "chosen"; // property of a combo: the user has chosen an item
 constexpr int items_to_fit = 200, widest_list = 420;
 
 std::shared_ptr<const item_list> items_of(const QModelIndex& index) {
@@ -36,7 +37,7 @@ std::shared_ptr<const item_list> items_of(const QModelIndex& index) {
   return model->table().content().columns()[static_cast<std::size_t>(index.column())].type.items;
 }
 
-// The list is as wide as its items, which may be wider than the cell. The toolkit would measure all of them.
+// The list is as wide as its items, which may be wider than the cell. Qt would measure all of them.
 QComboBox* make_combo(QWidget* parent, std::shared_ptr<const item_list> items) {
   auto* combo = new QComboBox(parent);
   combo->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
@@ -113,7 +114,7 @@ void cell_delegate::setModelData(QWidget* editor, QAbstractItemModel* model, con
     const int role = combo->property(chosen).toBool() ? int{grid_model::choice_role} : int{Qt::EditRole};
     if (combo->currentIndex() >= 0 || combo->isEditable()) model->setData(index, combo->currentText(), role);
   } else if (auto* line = qobject_cast<QLineEdit*>(editor)) {
-    // Unchanged text is not an entry: it may be longer than what the cell shows.
+    // Unchanged text is not an entry: the cell may show it truncated.
     if (line->text() != index.data(Qt::EditRole).toString()) model->setData(index, line->text(), Qt::EditRole);
   }
 }
@@ -136,7 +137,7 @@ void cell_delegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
   style->drawPrimitive(QStyle::PE_IndicatorCheckBox, &box, painter, cell.widget);
 }
 
-// A click anywhere in the cell, or Space, is a click on its check box.
+// A click anywhere in the cell, or Space, toggles its check box.
 bool cell_delegate::editorEvent(QEvent* event, QAbstractItemModel* model, const QStyleOptionViewItem& option,
                                 const QModelIndex& index) {
   if (kind_of(index) != cell_kind::check) return QStyledItemDelegate::editorEvent(event, model, option, index);
@@ -150,7 +151,7 @@ bool cell_delegate::editorEvent(QEvent* event, QAbstractItemModel* model, const 
 
 namespace {
 
-// Undo and Redo belong to what is typed as long as there is some of it, then to the dialog.
+// Undo and Redo apply to the text being typed, if any, then to the dialog.
 bool is_for_the_dialog(const QLineEdit& line, QKeyEvent& keys) {
   return (keys.matches(QKeySequence::Undo) && !line.isUndoAvailable()) ||
          (keys.matches(QKeySequence::Redo) && !line.isRedoAvailable());
@@ -158,7 +159,7 @@ bool is_for_the_dialog(const QLineEdit& line, QKeyEvent& keys) {
 
 } // namespace
 
-// The wheel belongs to the grid unless the combo's list is open.
+// The wheel scrolls the grid unless the combo's list is open.
 bool cell_delegate::eventFilter(QObject* editor, QEvent* event) {
   if (const auto* line = qobject_cast<QLineEdit*>(editor); line && event->type() == QEvent::ShortcutOverride)
     if (is_for_the_dialog(*line, *static_cast<QKeyEvent*>(event))) {

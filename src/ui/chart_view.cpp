@@ -21,11 +21,11 @@ namespace {
 
 constexpr double seconds_in_a_day = 86400;
 constexpr double click_reach = 8;                    // pixels around a point
-constexpr int shown_points = 400, shown_in_row = 60; // with fewer in sight each is drawn as a dot
+constexpr int shown_points = 400, shown_in_row = 60; // with fewer visible, each is drawn as a dot
 constexpr std::string_view zoom_hint =
     "Drag with the left button to zoom in time, with the right button to zoom in value. "
     "Double-click to see all.";
-constexpr int tick_width = 75, tick_height = 45; // pixels that a label on an axis has for itself
+constexpr int tick_width = 75, tick_height = 45; // pixels reserved for each axis label
 
 const QColor series_colours[] = {QColor(0x1F, 0x4E, 0x9E), QColor(0xB0, 0x30, 0x20), QColor(0x20, 0x7A, 0x3C),
                                  QColor(0x7A, 0x30, 0x90), QColor(0x90, 0x60, 0x10), QColor(0x00, 0x7C, 0x8A),
@@ -34,7 +34,7 @@ const QColor series_colours[] = {QColor(0x1F, 0x4E, 0x9E), QColor(0xB0, 0x30, 0x
 constexpr Qt::PenStyle line_patterns[] = {Qt::SolidLine, Qt::DashLine, Qt::DotLine, Qt::DashDotLine,
                                           Qt::DashDotDotLine};
 constexpr int row_margin_left = 72, row_margin_right = 18; // pixels beside the plots of rows
-constexpr int most_in_legend = 12;                         // of a row: more would leave no room for its plot
+constexpr int most_in_legend = 12;                         // of a row: more would leave too little room for its plot
 
 template <class Value, std::size_t size>
 Value nth(const Value (&values)[size], std::size_t n) {
@@ -82,7 +82,7 @@ chart_view::chart_view(QWidget* parent, kind shown_as)
   }
   for (QCPAxis* axis : {plot_->xAxis, plot_->yAxis}) axis->setTickLabelFont(font_of(8));
   plot_->legend->setFont(font_of(8, kind_ != kind::row));
-  if (kind_ != kind::beside_a_grid) { // above the plot, where it covers no point
+  if (kind_ != kind::beside_a_grid) { // above the plot, where it covers no points
     const int row = kind_ == kind::window ? 1 : 0;
     plot_->plotLayout()->insertRow(row);
     plot_->plotLayout()->addElement(row, 0, plot_->legend);
@@ -105,7 +105,7 @@ chart_view::chart_view(QWidget* parent, kind shown_as)
       graph_->set_plot_rectangle(
           {double(area.left()), double(area.top()), double(area.right()), double(area.bottom())});
     if (!graph_ || ticked_size_ == plot_->size()) return;
-    ticked_size_ = plot_->size(); // the room for labels is known only now
+    ticked_size_ = plot_->size(); // the room for labels is only known now
     take_ticks();
     plot_->replot(QCustomPlot::rpQueuedReplot);
   });
@@ -115,7 +115,7 @@ QIcon chart_view::line_icon(const line_look& look) {
   constexpr int length = 28, height = 14, sharpness = 2;
   QPixmap picture(QSize(length, height) * sharpness);
   picture.setDevicePixelRatio(sharpness);
-  picture.fill(Qt::white); // as in the chart, whatever the palette
+  picture.fill(Qt::white); // as in the chart, regardless of the palette
   QPainter painter(&picture);
   painter.setPen(QPen(nth(series_colours, look.colour), 2, nth(line_patterns, look.pattern)));
   painter.drawLine(2, height / 2, length - 2, height / 2);
@@ -165,7 +165,7 @@ void chart_view::schedule() {
 
 void chart_view::take_series() {
   series_are_old_ = false;
-  // A legend without entries takes nearly all the width from the plot; what was counted then does not hold.
+  // An empty legend takes most of the plot's width, so the label count from before no longer holds.
   if (kind_ != kind::beside_a_grid) ticked_size_ = QSize();
   plot_->clearGraphs();
   if (!graph_) return;
@@ -240,7 +240,7 @@ void chart_view::take_bounds() {
   }
 }
 
-// A window is as wide as its texts; a row's legend takes several lines.
+// Columns of a row's legend, which wraps to the row's width.
 int chart_view::legend_columns() const {
   int widest = 1;
   for (const auto& one : graph_->series())
@@ -258,7 +258,7 @@ void chart_view::take_cursor() {
   cursor_->point2->setCoords(at, 1);
 }
 
-// As many labels as there is room for, so that none lies over another.
+// As many labels as fit without overlap.
 void chart_view::take_ticks() {
   const QRect area = plot_->axisRect()->rect();
   plot_->xAxis->ticker()->setTickCount(std::clamp(area.width() / scaled(tick_width, *this), 2, 10));
@@ -285,7 +285,7 @@ void chart_view::draw() {
   plot_->replot();
 }
 
-// A dialog that is opened again shows everything.
+// A reopened dialog shows the whole range.
 void chart_view::showEvent(QShowEvent* event) {
   QWidget::showEvent(event);
   if (event->spontaneous() || kind_ != kind::beside_a_grid || !graph_) return;
@@ -297,7 +297,7 @@ bool chart_view::eventFilter(QObject* watched, QEvent* event) {
   return (watched == plot_ && graph_ && mouse(event)) || QWidget::eventFilter(watched, event);
 }
 
-// The mouse zooms: left over time, right over values. A click without a drag chooses a point.
+// Dragging zooms: left button over time, right over values. A click without a drag selects a point.
 bool chart_view::mouse(QEvent* event) {
   const bool press = event->type() == QEvent::MouseButtonPress, release = event->type() == QEvent::MouseButtonRelease;
   if (event->type() == QEvent::MouseButtonDblClick) {
@@ -360,7 +360,7 @@ void chart_view::paint(const std::vector<chart_view*>& rows, QCPPainter& painter
   }
 }
 
-// As vectors, in the proportions of the target and with texts of the size they have on the screen.
+// As vectors, in the proportions of the target, with text sized as on the screen.
 bool chart_view::paint_on(const std::vector<chart_view*>& rows, QPaintDevice& device, const QRect& target) {
   QCPPainter painter;
   if (!painter.begin(&device)) return false;

@@ -21,8 +21,8 @@ class chart_view final : public QWidget {
   Q_OBJECT
 
 public:
-  // Beside a grid it is small and about the one series there: without a legend. A row is one of several charts below
-  // each other: its axis lies where those of the others do, and it has no header.
+  // `beside_a_grid`: small, shows a single series, no legend. `row`: one of several stacked charts with aligned axes,
+  // no header.
   enum class kind { window, beside_a_grid, row };
   explicit chart_view(QWidget* parent, kind shown_as = kind::window);
 
@@ -31,19 +31,19 @@ public:
   void show_graph(TGraphForm* graph);
   void data_changed();
   void bounds_changed();
-  void cursor_changed();                             // the line alone is drawn anew
+  void cursor_changed();                             // redraws only the line
   void mark_point(std::optional<std::size_t> point); // of the first series
 
-  // By the ending of the name: png, svg, pdf or csv. False: it could not be written.
+  // The extension selects the format: png, svg, pdf or csv. False: the file could not be written.
   static bool can_save_as(const QString& file_name);
   bool save(const QString& file_name);
-  bool paint_on(QPaintDevice& device, const QRect& target); // false: it takes no picture
+  bool paint_on(QPaintDevice& device, const QRect& target); // false: cannot paint on it
 
-  // The same for charts below each other. `rows` is not empty.
+  // The same for stacked charts. `rows` is not empty.
   static bool save(const std::vector<chart_view*>& rows, const QString& file_name);
   static bool paint_on(const std::vector<chart_view*>& rows, QPaintDevice& device, const QRect& target);
 
-  // A short piece of the line, for a legend outside of the chart.
+  // A short sample of the line, for a legend outside the chart.
   static QIcon line_icon(const line_look& look);
 
   QSize sizeHint() const override;
@@ -75,10 +75,10 @@ private:
   QCustomPlot* plot_;
   QCPItemRect* band_;
   QCPItemStraightLine* cursor_;
-  QCPTextElement* header_ = nullptr; // of a row: none
+  QCPTextElement* header_ = nullptr; // null in a row
   TGraphForm* graph_ = nullptr;
   std::optional<std::size_t> marked_;
-  QSize ticked_size_; // of the plot when its labels were last counted for a new size
+  QSize ticked_size_; // of the plot when its labels were last counted
   bool series_are_old_ = true, scheduled_ = false;
 };
 

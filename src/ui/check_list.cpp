@@ -62,17 +62,17 @@ void check_list_model::check(const QModelIndexList& rows, bool on) {
 
 check_list_view::check_list_view(check_list_model& model) : model_(model) {
   setModel(&model);
-  setUniformItemSizes(true); // else each of 1e5 names is measured
+  setUniformItemSizes(true); // otherwise Qt measures each of 1e5 names
   setSelectionMode(ExtendedSelection);
   setTextElideMode(Qt::ElideRight);
-  setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff); // the width is that of the first name
+  setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff); // the first name sets the width
 }
 
 QSize check_list_view::sizeHint() const {
   return {scaled(usual_width, *this), scaled(usual_height, *this)};
 }
 
-// Space switches all selected names to the one state that the active one has not.
+// Space toggles the active name and gives all selected names its new state.
 void check_list_view::keyPressEvent(QKeyEvent* event) {
   const bool space = event->key() == Qt::Key_Space && event->modifiers() == Qt::NoModifier;
   if (!space || !currentIndex().isValid()) return QListView::keyPressEvent(event);

@@ -1,6 +1,6 @@
-// A list of names with check boxes, and a line above it that finds one of them.
+// A list of names with check boxes, and a search line above it.
 //
-// The texts are made when they are drawn, and the boxes are the form's own flags: 1e5 names open at once.
+// The texts are made when they are drawn, and the boxes are the form's own flags, so that 1e5 names open at once.
 #pragma once
 
 #include <QAbstractListModel>
@@ -24,7 +24,7 @@ public:
   // `checked` must outlive the model; its size is the number of names.
   check_list_model(text_of text, std::vector<bool>& checked, QObject* parent);
 
-  void reload(); // `checked` and the names are other ones
+  void reload(); // `checked` and the names have been replaced
   void check(const QModelIndexList& rows, bool on);
   std::string text(int row) const { return text_(static_cast<std::size_t>(row)); }
 
@@ -54,15 +54,15 @@ private:
   check_list_model& model_;
 };
 
-// The list with its caption and the line that finds.
+// The list with its caption and search line.
 class check_list final : public QWidget {
 public:
   // `name`: the object name of the list's view. The caption has its mnemonic.
   check_list(const QString& name, const QString& caption, check_list_model::text_of text, std::vector<bool>& checked,
              std::function<void()> changed);
 
-  void reload(); // and goes to the top
-  void start();  // gives the line the focus
+  void reload(); // and scrolls to the top
+  void start();  // focuses the search line
 
 private:
   void find(bool next);

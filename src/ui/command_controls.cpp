@@ -50,7 +50,7 @@ QMenuBar* command_controls::make_menu(std::span<const menu_row> rows) {
     } else if (has_items || is_filled_later) {
       QMenu* menu = parent ? parent->addMenu(shown(row.caption)) : bar->addMenu(shown(row.caption));
       menu->setObjectName(key(row.name));
-      menu->setToolTipsVisible(row.name == "EditItem"); // those of the other menus would repeat their captions
+      menu->setToolTipsVisible(row.name == "EditItem"); // in the other menus they would repeat the captions
       actions_.insert(key(row.name), menu->menuAction());
       open.at(static_cast<std::size_t>(row.depth)) = menu;
       if (row.name == "DocumentationItem") documentation_ = menu;
@@ -79,7 +79,7 @@ void command_controls::make_tool_bar() {
     bar->addAction(action);
     QWidget* button = bar->widgetForAction(action);
     button->setObjectName(key(row.name));
-    button->setFocusPolicy(Qt::TabFocus); // some commands have no other place
+    button->setFocusPolicy(Qt::TabFocus); // some commands can be reached nowhere else
     button->setAccessibleName(action->text());
   }
 }
@@ -95,7 +95,7 @@ void command_controls::set_commands(const command_conditions& now) {
       if (QAction* action = action_of(row.name)) action->setEnabled(is_enabled(row.condition, now));
   show_step("UndoItem", undo_words(now));
   show_step("RedoItem", redo_words(now));
-  // The other jobs have no separate face; empty means the button's text.
+  // Only a model run changes the button's icon. An empty tip makes Qt use the button's text.
   const bool other_job = now.running && !shows_running_face_;
   action_of("RunModelButton")->setToolTip(other_job ? "Cancel the running job" : QString());
 }
@@ -127,7 +127,7 @@ void command_controls::show_recent_files(const std::vector<std::string>& names) 
   const auto add = [this](const QString& text, const std::function<void()>& work) {
     QObject::connect(
         recent_->addAction(text), &QAction::triggered, &window_, [work] { attempt(work); },
-        Qt::QueuedConnection); // opening a file fills this menu anew
+        Qt::QueuedConnection); // opening a file refills this menu
   };
   int number = 0;
   for (const std::string& name : names)

@@ -29,7 +29,7 @@ constexpr button_row button_table[] = {
      [](editor& form, editor_panel& panel) { form.DeleteAllButtonClick(panel); }},
     {copy_button, "&Copy", "CopyButton", "Copy the selected cells (Ctrl+C)",
      [](editor& form, editor_panel& panel) { form.CopyButtonClick(panel); }},
-    {paste_button, "&Paste", "PasteButton", "Write the clipboard's cells from the active cell on (Ctrl+V)",
+    {paste_button, "&Paste", "PasteButton", "Paste the clipboard's cells, starting at the active cell (Ctrl+V)",
      [](editor& form, editor_panel& panel) { form.PasteButtonClick(panel); }},
     {fill_calc_button, "&Fill/Calc", "FillCalcButton", "Fill the selected cells from an expression",
      [](editor& form, editor_panel& panel) { form.FillCalcButtonClick(panel); }},
@@ -79,7 +79,7 @@ void editor_buttons::add_command(const editor_command& command, editor_panel& pa
   row_->addWidget(button);
 }
 
-// Import fills the series of what is chosen, wherever the cursor is.
+// Import fills the series of the current choice, wherever the cursor is.
 editor_panel& editor_buttons::panel_of(panel_buttons button) const {
   if (panel_) return *panel_;
   const auto panels = form_.panels();

@@ -1,4 +1,4 @@
-// The row of an editor's buttons: those of one grid, or one row for all its grids, which acts on the one entered last.
+// The row of an editor's buttons: those of one grid, or one row shared by all its grids, which acts on the active one.
 #pragma once
 
 #include "editors/editor.h"
@@ -16,14 +16,14 @@ class wrapping_row;
 
 class editor_buttons final : public QWidget {
 public:
-  // Executes a command for a panel, after what is being typed was taken and the panel's grid got the focus.
+  // Executes a command for a panel, after committing the open entry and focusing the panel's grid.
   using command_runner = std::function<void(editor_panel&, const std::function<void()>&)>;
 
   editor_buttons(editor& form, editor_panel& panel, command_runner run);
-  editor_buttons(editor& form, command_runner run); // of the active panel
+  editor_buttons(editor& form, command_runner run); // for the active panel
 
   void add_command(const editor_command& command, editor_panel& panel);
-  void show_state(); // of the active panel, which may be another one or have got or lost its rows
+  void show_state(); // of the active panel, which may have changed or gained or lost rows
 
 private:
   struct shown_button {

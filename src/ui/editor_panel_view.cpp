@@ -27,7 +27,7 @@ constexpr int mark_width = 4, mark_gap = 4; // of the bar beside the active grid
 
 const QColor deferred_ground(0x00, 0xFF, 0xFF);
 
-// Where the row's point is in the chart, which draws points in order of time.
+// Index in the chart of the row's point: the chart sorts points by time.
 std::optional<std::size_t> point_of_row(const TGraphForm& graph, std::size_t row) {
   if (graph.series().empty()) return std::nullopt;
   const std::vector<std::size_t>& rows = graph.series().front()->rows;
@@ -163,7 +163,7 @@ void editor_panel_view::take_first_size(int width) {
   if (beside_) beside_->setSizes({grid_->sizeHint().width(), std::max(width - grid_->sizeHint().width(), 1)});
 }
 
-// The first series with points, or with marks, needs wider columns than an empty grid.
+// The first points or marks need wider columns than an empty grid.
 void editor_panel_view::make_room_for_grid() {
   const int wanted = grid_->sizeHint().width();
   const int rest = beside_->width() - beside_->handleWidth() - wanted;
@@ -186,7 +186,7 @@ void editor_panel_view::texts_changed() {
   grid_->model().set_background(note.empty() ? QColor() : deferred_ground);
 }
 
-// The sums over a whole series are not worked out again for each step of the cursor.
+// The sums over a whole series are not recomputed at each cursor step.
 void editor_panel_view::show_selection() {
   const cell_range cells = panel_.table.selection();
   const bool block = cells.rows() > 1 || cells.columns() > 1;
@@ -198,7 +198,7 @@ void editor_panel_view::show_selection() {
                                                         : point_of_row(*graph_, panel_.table.active_row()));
 }
 
-// Once for all changes of one turn of the event loop: a series may have a million points.
+// Once per turn of the event loop: a series may have a million points.
 void editor_panel_view::series_changed() {
   if (!chart_ || std::exchange(chart_is_old_, true)) return;
   QMetaObject::invokeMethod(

@@ -25,23 +25,23 @@ class editor_panel_view final : public QWidget {
   Q_OBJECT
 
 public:
-  // Executes a command after what is being typed was taken.
+  // Executes a command after committing the open entry.
   using command_runner = std::function<void(const std::function<void()>&)>;
 
-  // `name` is what a grid without a label is called. `buttons` come below the grid; null: they are elsewhere.
+  // `name`: accessible name of a grid without a label. `buttons` go below the grid; null: they are elsewhere.
   editor_panel_view(editor& form, editor_panel& panel, const QString& name, QWidget* buttons, command_runner run);
   ~editor_panel_view() override;
 
   editor_panel& panel() { return panel_; }
   grid_view& grid() { return *grid_; }
   void mark_as_active(bool active); // the grid that the buttons act on
-  void take_first_size(int width);  // the grid has room for its columns, the chart gets the rest
+  void take_first_size(int width);  // the grid gets the width of its columns, the chart the rest
 
   void texts_changed();
   void series_changed();
 
 signals:
-  void entered(); // the grid has got the focus
+  void entered(); // the grid has received the focus
 
 protected:
   void paintEvent(QPaintEvent* event) override;
@@ -75,7 +75,7 @@ private:
   QPushButton* refresh_button_ = nullptr;
   QAction* refresh_ = nullptr;
   QSplitter* beside_ = nullptr; // grid and chart
-  bool moved_by_hand_ = false;  // the bar between them
+  bool moved_by_hand_ = false;  // the bar between them was dragged
   chart_view* chart_ = nullptr;
   std::unique_ptr<TGraphForm> graph_;
   std::optional<series_ref> charted_;

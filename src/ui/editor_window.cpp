@@ -33,7 +33,7 @@ namespace vesk {
 
 namespace {
 
-constexpr int screen_margin = 60; // that a window's first size leaves free
+constexpr int screen_margin = 60; // that a window's initial size leaves free
 constexpr int series_width = 560;
 
 QVBoxLayout* column_in(QWidget& widget) {
@@ -79,7 +79,7 @@ void editor_window::make_panels(const std::vector<editor_page>& pages) {
     std::fill_n(page_of_panel_.begin() + static_cast<std::ptrdiff_t>(pages[page].first), pages[page].count,
                 static_cast<int>(page));
   if (form_.active_grid())
-    // The active grid gets the focus back, also from Import, which fills the series whichever grid is active.
+    // The active grid gets the focus back, also after Import, which fills the series whichever grid is active.
     shared_buttons_ = new editor_buttons(form_, [this](editor_panel&, const std::function<void()>& command) {
       run([&] { go_to_panel(*form_.panels()[*form_.active_grid()]), command(); });
     });
@@ -118,7 +118,7 @@ QWidget* editor_window::make_content(const std::vector<editor_page>& pages) {
   return pages_;
 }
 
-// One below the other; where they share their buttons two beside each other.
+// Stacked; with shared buttons, two per row.
 QWidget* editor_window::make_page(const editor_page& page) {
   const auto splitter = [this](Qt::Orientation orientation) {
     auto* made = new QSplitter(orientation);
@@ -250,7 +250,7 @@ QBoxLayout* editor_window::make_end_row() {
   auto* ok = button("OK", "OkButton");
   auto* cancel = button("Cancel", "CancelButton");
   ok->setToolTip("Keep the changes and close (Ctrl+Enter)");
-  cancel->setToolTip("Take all changes back and close");
+  cancel->setToolTip("Undo all changes and close");
   connect(ok, &QPushButton::clicked, this, &QDialog::accept);
   connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
   connect(undo_, &QPushButton::clicked, this, [this] { run([this] { form_.undo(); }); });
@@ -263,7 +263,7 @@ QBoxLayout* editor_window::make_end_row() {
   row->addWidget(redo_);
   if (form_.is_about_segments()) {
     auto* network = button("Network", "NetworkButton");
-    network->setToolTip("Show the segments and what connects them. A click there selects the segment's row here. (F7)");
+    network->setToolTip("Show the network. Click a segment there to select its row here. (F7)");
     connect(network, &QPushButton::clicked, this, [this] { run([this] { form_.NetworkButtonClick(); }); });
     bind(*new QAction(this), Qt::Key_F7, [this] { form_.NetworkButtonClick(); });
     row->addWidget(network);
@@ -282,7 +282,7 @@ void editor_window::bind(QAction& action, const QKeySequence& keys, const std::f
   addAction(&action);
 }
 
-// What is being typed counts before any command.
+// The open entry is committed before any command.
 void editor_window::run(const std::function<void()>& command) {
   take_typed();
   attempt(command);
@@ -350,7 +350,7 @@ void editor_window::show_choice() {
 void editor_window::show_steps() {
   const auto show_step = [](QPushButton& button, const char* what, const char* keys, const std::string& label) {
     button.setEnabled(!label.empty());
-    button.setToolTip(label.empty() ? QString("There is nothing to %1").arg(QString(what).toLower())
+    button.setToolTip(label.empty() ? QString("Nothing to %1").arg(QString(what).toLower())
                                     : tool_tip(QString("%1: %2 (%3)").arg(what, shown(label), keys)));
   };
   show_step(*undo_, "Undo", "Ctrl+Z", form_.host().undo_label());
@@ -369,17 +369,17 @@ void editor_window::reload() {
   attempt([this] { form_.data_set_replaced(); });
 }
 
-// The window's life.
+// Opening and closing.
 
-// All columns and a chart that can be read, as far as the screen has room for them.
+// Wide enough for all columns and a readable chart, within the screen.
 void editor_window::take_first_size() {
   if (std::exchange(has_size_, true)) return;
   const int margin = scaled(screen_margin, *this);
   resize(sizeHint().boundedTo(screen()->availableGeometry().size() - QSize(margin, margin)));
-  // The splitters have been laid out before there was content.
+  // The splitters were laid out before they had content.
   const int for_tree = tree_ ? tree_->sizeHint().width() : 0;
   for (editor_panel_view* panel : panels_) panel->take_first_size(width() - for_tree);
-  int left = 0; // the same in all rows, and no more than half or what leaves room for a series with its chart
+  int left = 0; // the same in all rows; at most half, or what leaves room for a series with its chart
   for (QSplitter* one : splitters_)
     if (one->orientation() == Qt::Horizontal) left = std::max(left, one->widget(0)->sizeHint().width());
   left = std::min(left, std::max(width() / 2, width() - scaled(series_width, *this)));

@@ -32,7 +32,7 @@ public:
 
   void reload(); // the data set was replaced
 
-  void done(int result) override; // unless the form refuses
+  void done(int result) override; // the form can refuse
 
   // editor_view
   void texts_changed() override;
@@ -50,7 +50,7 @@ private:
   editor_panel_view* make_panel(editor_panel& panel, const QString& name);
   QWidget* make_content(const std::vector<editor_page>& pages);
   QWidget* make_page(const editor_page& page);
-  QWidget* make_area(std::size_t panel); // with what belongs to it
+  QWidget* make_area(std::size_t panel); // with its label, buttons and status
   QWidget* make_tree(QWidget* area);     // in front of the area
   void make_find_bar(QBoxLayout& column);
   QWidget* make_choice(const editor_choice& choice);
@@ -58,24 +58,24 @@ private:
   QWidget* make_common_row();
   QBoxLayout* make_end_row();
 
-  void bind(QAction& action, const QKeySequence& keys, const std::function<void()>& command);
-  void run(const std::function<void()>& command); // after taking what is being typed
+  void bind(QAction& action, QKeySequence keys, const std::function<void()>& command);
+  void run(const std::function<void()>& command); // after committing the open entry
   void take_typed();
   void take_first_size();
   void turn_page(int by);
   void show_choice();
   void show_steps(); // of Undo and Redo
   std::size_t first_panel_in_sight() const;
-  editor_panel* panel_with_focus() const; // null: no grid has it
+  editor_panel* panel_with_focus() const; // null: no grid has the focus
 
   editor& form_;
   QWidget* choice_row_ = nullptr;
   QComboBox* choice_ = nullptr;
   std::vector<entry_edit*> fields_;
-  QTabWidget* pages_ = nullptr; // null: all panels are on one
+  QTabWidget* pages_ = nullptr; // null: a single page
   std::vector<int> page_of_panel_;
   std::vector<editor_panel_view*> panels_;
-  std::vector<QSplitter*> splitters_; // the first part of each has its own size, the second gets the rest
+  std::vector<QSplitter*> splitters_; // the first part of each has a fixed size, the second gets the rest
   editor_buttons* shared_buttons_ = nullptr;
   tree_view* tree_ = nullptr; // in front of the first panel; null: none
   QLabel* message_;

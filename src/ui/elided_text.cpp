@@ -14,7 +14,7 @@ namespace vesk {
 
 namespace {
 
-constexpr int fewest_letters = 6; // of a text that is cut
+constexpr int fewest_letters = 6; // kept of a truncated text
 constexpr int gap = 6;            // between picture and text, and at both ends
 
 } // namespace
@@ -41,7 +41,7 @@ void elided_button::paintEvent(QPaintEvent*) {
   QStylePainter painter(this);
   QStyleOptionButton option;
   initStyleOption(&option);
-  if (underMouse() || isDown()) { // a flat button is drawn only then
+  if (underMouse() || isDown()) { // only then does the style draw a flat button
     option.features &= ~QStyleOptionButton::Flat;
     painter.drawControl(QStyle::CE_PushButtonBevel, option);
   }

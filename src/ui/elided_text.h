@@ -1,4 +1,4 @@
-// Buttons and labels whose text ends in an ellipsis where there is no room for all of it.
+// Buttons and labels that end their text in an ellipsis where it does not fit.
 #pragma once
 
 #include <QLabel>
@@ -20,7 +20,7 @@ private:
   const QString whole_;
 };
 
-// One line. `Qt::ElideMiddle` suits paths. The whole text is the tool tip while it is cut.
+// One line. `Qt::ElideMiddle` suits paths. The tool tip shows the whole text while it is truncated.
 class elided_label final : public QLabel {
 public:
   explicit elided_label(QWidget* parent = nullptr, Qt::TextElideMode mode = Qt::ElideRight);

@@ -13,7 +13,7 @@ namespace {
 
 constexpr int watched[] = {SIGTERM, SIGHUP, SIGINT};
 
-// A handler may do next to nothing, so it writes a byte that wakes the event loop.
+// A signal handler may do almost nothing, so it writes a byte that wakes the event loop.
 int ends[2] = {-1, -1};
 struct sigaction before[std::size(watched)];
 
@@ -25,7 +25,7 @@ extern "C" void note_end_signal(int) {
 
 void watch(std::size_t i) {
   sigaction(watched[i], nullptr, &before[i]);
-  if (before[i].sa_handler == SIG_IGN) return; // as nohup sets it
+  if (before[i].sa_handler == SIG_IGN) return; // nohup does this
   struct sigaction action = {};
   action.sa_handler = note_end_signal;
   action.sa_flags = SA_RESTART | static_cast<int>(SA_RESETHAND);

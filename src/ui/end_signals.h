@@ -10,15 +10,15 @@ namespace vesk {
 // At most one at a time. Main thread.
 class end_signals final {
 public:
-  // Calls `end` from the event loop once one of the signals has come. A signal that was ignored at the program's start
-  // stays ignored. The same signal again ends the process at once, for a main thread that is busy for long.
+  // Calls `end` from the event loop after one of the signals. A signal that was ignored at program start stays ignored.
+  // The same signal again ends the process at once, in case the main thread is busy for long.
   explicit end_signals(std::function<void()> end);
-  ~end_signals(); // the signals do what they did before
+  ~end_signals(); // restores the previous handlers
   end_signals(const end_signals&) = delete;
   end_signals& operator=(const end_signals&) = delete;
 
 private:
-  std::unique_ptr<QSocketNotifier> notifier_; // null where the system has no pipe left
+  std::unique_ptr<QSocketNotifier> notifier_; // null if the system could not create a pipe
 };
 
 } // namespace vesk

@@ -1,4 +1,4 @@
-// Enter in windows without a default button, where it belongs to the grids.
+// Enter in windows without a default button, because their grids need the key.
 #pragma once
 
 #include <QDialog>

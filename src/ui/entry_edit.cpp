@@ -37,7 +37,7 @@ bool entry_edit::take() {
   return accepted;
 }
 
-// Escape first takes back what was typed here; only then does it close the dialog.
+// Escape first restores the text; only then does it close the dialog.
 void entry_edit::keyPressEvent(QKeyEvent* event) {
   const bool edited = text() != shown(field_.text()) || !field_.refusal().empty();
   if (event->key() != Qt::Key_Escape || !edited) return QLineEdit::keyPressEvent(event);

@@ -1,4 +1,4 @@
-// The control of an entry_field: a line that shows what is wrong with it.
+// The control of an entry_field: a line that shows why its entry was refused.
 #pragma once
 
 #include "editors/entry_field.h"
@@ -17,11 +17,11 @@ public:
   const entry_field& field() const { return field_; }
   void set_hint(const QString& hint); // shown unless the entry is refused
   void show_field();                  // as the form has it
-  bool take();                        // what is typed goes to the form; false: refused
+  bool take();                        // passes the text to the form; false: refused
 
 signals:
   void entered();  // by the user, accepted or not
-  void given_up(); // what was typed
+  void given_up(); // the text was restored
 
 protected:
   void keyPressEvent(QKeyEvent* event) override;

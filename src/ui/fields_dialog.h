@@ -18,7 +18,7 @@ class entry_edit;
 
 class fields_dialog final : public QDialog {
 public:
-  // `group` is the caption of a box around the fields; empty: none. `message` says what is wrong with the entries.
+  // `group`: the caption of a box around the fields; empty: none. `message`: shows why entries are refused.
   fields_dialog(QWidget* parent, form& shown_form, std::string_view group, std::span<entry_field* const> fields,
                 std::string_view explanation, std::function<std::string()> message);
 

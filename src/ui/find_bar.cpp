@@ -53,7 +53,7 @@ void find_bar::open() {
   wanted_->selectAll();
 }
 
-// The focus stays in the line, so that Enter goes on to the next name.
+// The line keeps the focus, so that Enter finds the next name.
 void find_bar::find() {
   QWidget* before = window()->focusWidget();
   const bool is_typing = isAncestorOf(before);

@@ -1,4 +1,4 @@
-// The line at the foot of an editor's window that finds names: Ctrl+F shows it, F3 goes to the next one.
+// The search line at the bottom of an editor's window: Ctrl+F shows it, F3 finds the next name.
 #pragma once
 
 #include "editors/editor.h"
@@ -15,7 +15,7 @@ class find_bar final : public QWidget {
 public:
   using runner = std::function<void(const std::function<void()>&)>; // runs a command of the window
 
-  // `panel_with_focus`: the panel whose grid has the focus, or null. The shortcuts are those of `window`.
+  // `panel_with_focus`: the panel whose grid has the focus, or null. The shortcuts are added to `window`.
   find_bar(editor& form, runner run, std::function<editor_panel*()> panel_with_focus, QWidget& window);
 
   QAction* action() { return open_; } // shows the line; for menus

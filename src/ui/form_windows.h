@@ -24,34 +24,34 @@ public:
   // `parent` owns the windows and must outlive this.
   explicit form_windows(QWidget& parent) : parent_(parent) {}
 
-  // Shows the form's window and returns when it has been closed: true by OK, false also for a form that has none.
+  // Shows the form's window and returns after it closes: true on OK; false also for a form without a window.
   bool show(form& shown);
   bool has_window_for(form& wanted) { return window_of(wanted).dialog != nullptr; }
 
-  // Beside the owner's window, without waiting. It stays open after that has closed.
+  // Beside the owner's window, without blocking. It stays open after the owner closes.
   void show_graph(std::shared_ptr<TGraphForm> graph, const form& owner);
 
-  // The window of the network. A segment chosen in it is looked for in the editor that is open.
+  // The network window. Choosing a segment in it selects that segment in the open editor.
   void show_network(editor_host& host);
 
-  // For the forms that are shown.
+  // These reach the forms that are open.
   void data_set_replaced();
-  void job_changed(); // one has begun or ended
+  void job_changed(); // a job has started or ended
 
 private:
   struct window {
     QDialog* dialog = nullptr;
     std::function<void()> reload = {};      // empty: shows nothing of the data set
-    std::function<void()> job_changed = {}; // empty: jobs do not matter to it
+    std::function<void()> job_changed = {}; // empty: does not depend on jobs
   };
   window& window_of(form& wanted);
   window make(form& wanted);
   void tell(std::function<void()> window::*news);
-  editor* open_editor() const; // the one in front; null: none
+  editor* open_editor() const; // the frontmost; null: none
 
   QWidget& parent_;
   std::vector<form*> open_;           // from the back to the front
-  network_window* network_ = nullptr; // until it is first wanted
+  network_window* network_ = nullptr; // null until first used
   std::map<const form*, window> windows_;
 };
 

@@ -28,7 +28,7 @@ void front_page::refresh() {
   summary_->refresh();
   QWidget* const front = form_.current_data_set ? static_cast<QWidget*>(summary_) : start_;
   for (QWidget* page : {static_cast<QWidget*>(start_), static_cast<QWidget*>(summary_)}) {
-    const auto policy = page == front ? QSizePolicy::Preferred : QSizePolicy::Ignored; // takes no room behind the other
+    const auto policy = page == front ? QSizePolicy::Preferred : QSizePolicy::Ignored; // the hidden page takes no room
     page->setSizePolicy(policy, policy);
   }
   pages_->setCurrentWidget(front);

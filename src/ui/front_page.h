@@ -1,4 +1,4 @@
-// The upper part of the main window: the start page without a data set, its summary with one. It scrolls where there is
+// The upper part of the main window: the start page without a data set, the summary with one. Scrolls if it has too
 // little room.
 #pragma once
 
@@ -17,7 +17,7 @@ public:
   front_page(QWidget* parent, TPreveskMainForm& form); // the form must outlive it
 
   void refresh();            // after any change of the data set, its file, its results or the recent files
-  int wanted_height() const; // of the page in front
+  int wanted_height() const; // of the visible page
 
 private:
   TPreveskMainForm& form_;

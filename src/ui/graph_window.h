@@ -1,4 +1,4 @@
-// The window of a TGraphForm. It stays open beside the dialog that made it and is freed when it is closed.
+// The window of a TGraphForm. It stays open beside the dialog that opened it and is freed when it closes.
 #pragma once
 
 #include "charts/graph_form.h"

@@ -67,13 +67,13 @@ Qt::ItemFlags grid_model::flags(const QModelIndex& index) const {
   return kind_of(index) == cell_kind::check ? flags | Qt::ItemIsUserCheckable : flags | Qt::ItemIsEditable;
 }
 
-// Cells that only show something among others that are filled.
+// Display-only cells among editable ones.
 bool grid_model::is_for_reading(const QModelIndex& index) const {
   const auto columns = table_.content().columns();
   return !columns[column_of(index)].editable && std::ranges::any_of(columns, &grid_column::editable);
 }
 
-// Every background comes with its text colour: the palette's own may be light.
+// Every background has its own text colour, since the palette's may be light.
 grid_model::colours grid_model::colours_of(const QModelIndex& index) const {
   if (is_refused(index)) return {QBrush(refused_ground), QBrush(Qt::black)};
   if (!table_.is_shown_as_empty() && table_.content().mark(row_of(index), column_of(index)))
@@ -131,7 +131,7 @@ QVariant grid_model::headerData(int section, Qt::Orientation orientation, int ro
     return table_.is_shown_as_empty() ? QVariant(QString()) : QVariant(section + 1);
   }
   const QString header = shown(table_.content().columns()[static_cast<std::size_t>(section)].header);
-  if (role == Qt::ToolTipRole) return tool_tip(header); // a narrow column cuts it
+  if (role == Qt::ToolTipRole) return tool_tip(header); // in case a narrow column cuts it
   return role == Qt::DisplayRole ? QVariant(header) : QVariant();
 }
 
@@ -148,7 +148,7 @@ void grid_model::rows_changed() {
 
 void grid_model::cells_changed(const cell_range& cells) {
   if (table_.is_shown_as_empty()) return;
-  // A mark looks at the neighbours above and below as well.
+  // The neighbours above and below can also change their marks.
   const int top = std::max(static_cast<int>(cells.top) - 1, 0);
   const int bottom = std::min(static_cast<int>(cells.bottom) + 1, rowCount() - 1);
   emit dataChanged(index(top, static_cast<int>(cells.left)), index(bottom, static_cast<int>(cells.right)));

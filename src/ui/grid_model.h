@@ -1,4 +1,4 @@
-// A table's rows and columns as the toolkit wants them.
+// Adapts a table's rows and columns to Qt.
 #pragma once
 
 #include "charts/fill_calc_table.h"
@@ -22,7 +22,7 @@ public:
 
   TFillCalcTable& table() { return table_; }
   const TFillCalcTable& table() const { return table_; }
-  // Of all cells that are neither refused nor marked; invalid: the palette's own.
+  // Of cells neither refused nor marked; invalid: the palette's own.
   void set_background(const QColor& background);
 
   int rowCount(const QModelIndex& parent = {}) const override;
@@ -41,7 +41,7 @@ public:
 signals:
   void columns_replaced();
   void refusal_changed(); // an entry was refused, corrected or given up
-  void active_moved();    // the table's active cell is another one, or the model was reset
+  void active_moved();    // the table has another active cell, or the model was reset
 
 private:
   cell_kind kind_of(const QModelIndex& index) const;

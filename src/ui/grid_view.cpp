@@ -20,11 +20,12 @@ namespace vesk {
 namespace {
 
 constexpr int row_height = 22, column_width = 70, widest_column = 420;
-constexpr int least_digits = 2, least_digits_of_series = 4; // of row numbers: the header keeps its width as rows come
-constexpr int fewest_rows = 6, most_rows = 22;              // that the size hint makes room for
-constexpr int columns_to_fit = 200; // the others keep the usual width until they are moved by hand
+constexpr int least_digits = 2,
+              least_digits_of_series = 4;      // of row numbers: the header keeps its width as rows are added
+constexpr int fewest_rows = 6, most_rows = 22; // that the size hint allows for
+constexpr int columns_to_fit = 200;            // the others keep the usual width until the user resizes them
 
-// What a column of free rows has room for from the beginning, so that it keeps its width when rows come.
+// A free row's column starts with room for this text, so that it keeps its width as rows are added.
 const char* usual_text(const cell_type& type) {
   switch (type.kind) {
   case cell_kind::date: return "88/88/8888";
@@ -51,7 +52,7 @@ grid_view::grid_view(TFillCalcTable& table, const QString& accessible_name, QWid
   verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
   verticalHeader()->setDefaultSectionSize(scaled(row_height, *this));
   horizontalHeader()->setDefaultSectionSize(scaled(column_width, *this));
-  horizontalHeader()->setResizeContentsPrecision(0); // rows in sight
+  horizontalHeader()->setResizeContentsPrecision(0); // only visible rows
   horizontalHeader()->setHighlightSections(false);
   horizontalHeader()->setTextElideMode(Qt::ElideRight);
   connect(model_, &grid_model::active_moved, this, [this] { take_active_cell(); });
@@ -65,7 +66,7 @@ grid_view::grid_view(TFillCalcTable& table, const QString& accessible_name, QWid
   take_active_cell();
 }
 
-// The toolkit's own size hint of a column goes through all the rows of a table that is hidden.
+// While the table is hidden, Qt's own size hint of a column visits all its rows.
 int grid_view::width_in_sight(int column) const {
   QStyleOptionViewItem option;
   initViewItemOption(&option);
@@ -78,14 +79,14 @@ int grid_view::width_in_sight(int column) const {
   return width + scaled(6, *this);
 }
 
-// With room for a mark, but for the time, which has none.
+// With room for a mark, except in the time column, which never has one.
 int grid_view::usual_width(int column) const {
   const grid& content = model_->table().content();
   if (!content.has_free_rows()) return 0;
   const auto columns = content.columns();
   const cell_type& type = columns[static_cast<std::size_t>(column)].type;
   const bool is_series = columns[0].type.kind == cell_kind::date;
-  if (type.kind == cell_kind::number && !is_series) return 0; // the others have many
+  if (type.kind == cell_kind::number && !is_series) return 0; // tables that are not series can have many number columns
   const int margins = 2 * (style()->pixelMetric(QStyle::PM_FocusFrameHMargin) + 1);
   const int mark = type.kind == cell_kind::time ? 0 : style()->pixelMetric(QStyle::PM_SmallIconSize) + margins;
   return fontMetrics().horizontalAdvance(usual_text(type)) + margins + mark;
@@ -158,7 +159,7 @@ void grid_view::selectionChanged(const QItemSelection& selected, const QItemSele
   if (now.isEmpty()) {
     table().set_selection(std::nullopt);
   } else {
-    const QItemSelectionRange& range = now.first(); // contiguous: there is one
+    const QItemSelectionRange& range = now.first(); // contiguous, so there is one
     table().set_selection(cell_range{static_cast<std::size_t>(range.top()), static_cast<std::size_t>(range.left()),
                                      static_cast<std::size_t>(range.bottom()),
                                      static_cast<std::size_t>(range.right())});
@@ -181,7 +182,7 @@ bool grid_view::edit(const QModelIndex& index, EditTrigger trigger, QEvent* even
   return QTableView::edit(index, trigger, event);
 }
 
-// The delegate posts what Enter asks for. By then a command may have taken the entry and closed its editor.
+// The delegate queues the commit on Enter. A command may have committed the entry and closed its editor by then.
 void grid_view::commitData(QWidget* editor) {
   if (!editor->isHidden()) QTableView::commitData(editor);
 }
@@ -192,14 +193,14 @@ void grid_view::closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint 
              previous = hint == QAbstractItemDelegate::EditPreviousItem;
   const bool enter = hint == QAbstractItemDelegate::SubmitModelCache;
   if (!editor->isHidden()) QTableView::closeEditor(editor, next || previous ? QAbstractItemDelegate::NoHint : hint);
-  if (table().refused()) return; // the active cell stays with what is to be corrected
+  if (table().refused()) return; // the active cell stays on the refused entry
   if (next || previous) move_active(0, next ? 1 : -1);
   if (enter) move_active(1, 0);
 }
 
 void grid_view::commit_open_editor() {
   for (QWidget* editor : findChildren<QWidget*>()) {
-    if (editor->parentWidget() != viewport() || !editor->isVisible()) continue; // a combo box has a line within
+    if (editor->parentWidget() != viewport() || !editor->isVisible()) continue; // a combo box contains a line edit
     if (!qobject_cast<QLineEdit*>(editor) && !qobject_cast<QComboBox*>(editor)) continue;
     commitData(editor);
     closeEditor(editor, QAbstractItemDelegate::NoHint);
@@ -220,7 +221,7 @@ void grid_view::move_active(int rows, int columns) {
   setCurrentIndex(next);
 }
 
-// Ctrl+Shift+End and the like extend the selection, as in a spreadsheet; the toolkit would only move the active cell.
+// Ctrl+Shift+End and the like extend the selection, as in a spreadsheet; Qt would only move the active cell.
 QItemSelectionModel::SelectionFlags grid_view::selectionCommand(const QModelIndex& index, const QEvent* event) const {
   constexpr auto both = Qt::ControlModifier | Qt::ShiftModifier;
   if (event && event->type() == QEvent::KeyPress && (static_cast<const QKeyEvent*>(event)->modifiers() & both) == both)
@@ -235,7 +236,7 @@ bool grid_view::focusNextPrevChild(bool next) {
   return true;
 }
 
-// Enter moves down like the arrow; only Down out of the last row appends one. Escape gives up a refused entry and never
+// Enter moves down like the arrow; only Down on the last row appends one. Escape gives up a refused entry and never
 // closes the dialog.
 void grid_view::keyPressEvent(QKeyEvent* event) {
   switch (event->key()) {
@@ -243,13 +244,13 @@ void grid_view::keyPressEvent(QKeyEvent* event) {
   case Qt::Key_Enter: return move_active(1, 0);
   case Qt::Key_F6: QTableView::focusNextPrevChild(!(event->modifiers() & Qt::ShiftModifier)); return;
   case Qt::Key_Escape: table().give_up_refused(); return;
-  case Qt::Key_F10: // the toolkit knows the Menu key alone
+  case Qt::Key_F10: // Qt only knows the Menu key
     if (event->modifiers() != Qt::ShiftModifier) break;
     show_menu();
     return;
   case Qt::Key_Down: {
     bool appended = false;
-    commit_open_editor(); // Down also leaves a line that is being typed
+    commit_open_editor(); // Down also commits the open entry
     if (event->modifiers() == Qt::NoModifier) attempt([&] { appended = table().extend_on_down(move_command::down); });
     if (appended) return;
     break;

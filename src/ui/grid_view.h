@@ -12,7 +12,7 @@ class grid_view : public QTableView {
   Q_OBJECT
 
 public:
-  // What Tab does: it moves through the cells that a user fills, and leaves a grid that only shows.
+  // Tab moves through editable cells, and leaves a read-only grid.
   enum class tab_key { moves_in_grid, leaves_grid };
 
   grid_view(TFillCalcTable& table, const QString& accessible_name, QWidget* parent,
@@ -20,16 +20,16 @@ public:
 
   grid_model& model() { return *model_; }
   TFillCalcTable& table() { return model_->table(); }
-  void commit_open_editor();                      // takes what is being typed
-  void keyboardSearch(const QString&) override {} // would read through all the rows
+  void commit_open_editor();                      // commits the open entry
+  void keyboardSearch(const QString&) override {} // Qt's would read all rows
   QSize sizeHint() const override;                // all columns, and as many rows as fit on any screen
 
 signals:
   void selection_moved();
 
 protected:
-  // No cell in sight and no label is cut. What has been made narrower by hand stays so until a cell needs more than any
-  // before.
+  // Widens columns until no visible cell or label is cut. A column that the user has narrowed stays so until a cell
+  // needs more width than any before.
   void widen_to_contents();
   void keyPressEvent(QKeyEvent* event) override;
   QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex& index, const QEvent* event) const override;
@@ -51,8 +51,8 @@ private:
 
   grid_model* model_;
   const tab_key tab_;
-  std::vector<int> asked_for_; // the widest that each column's content has been since the columns changed
-  bool taking_ = false;        // from the table; nothing goes back to it meanwhile
+  std::vector<int> asked_for_; // widest content of each column since the columns changed
+  bool taking_ = false;        // from the table; changes are not sent back meanwhile
 };
 
 } // namespace vesk

@@ -10,12 +10,12 @@ namespace vesk {
 namespace {
 
 void tell(const char* what) noexcept {
-  static bool telling = false; // a repeated failure, such as that of a timer, is shown once
+  static bool telling = false; // a repeated failure, for example in a timer, is shown once
   if (telling) return;
   telling = true;
   try {
     ask_in_box("Error", what, box_buttons::ok);
-  } catch (...) { // not even memory for a box
+  } catch (...) { // no memory even for a box
     std::fputs("vesk: A command failed: out of memory.\n", stderr);
   }
   telling = false;

@@ -1,11 +1,11 @@
-// The boundary between the toolkit's events and the program's code: no exception passes it.
+// The boundary between Qt's events and our code: exceptions do not cross it.
 #pragma once
 
 #include <functional>
 
 namespace vesk {
 
-// Runs `work`; an exception from it is shown in a box "Error". Main thread.
+// Runs `work`; shows an exception from it in a box "Error". Main thread.
 void attempt(const std::function<void()>& work) noexcept;
 
 } // namespace vesk

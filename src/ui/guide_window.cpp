@@ -17,7 +17,7 @@ namespace vesk {
 
 namespace {
 
-// What the toolkit's reader would show as text or in a wrong place.
+// HTML that Qt's reader would show as text or misplace.
 QString readable(QString page) {
   for (const char* part : {"<svg[\\s\\S]*?</svg>", "<style[\\s\\S]*?</style>", "<script[\\s\\S]*?</script>"})
     page.remove(QRegularExpression(part));
@@ -60,7 +60,7 @@ public:
   }
 
 private:
-  // From the top again after the last place.
+  // Wraps around to the top.
   void find_next() {
     if (page_->find(find_->text())) return;
     page_->moveCursor(QTextCursor::Start);

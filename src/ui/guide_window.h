@@ -1,4 +1,4 @@
-// A plain reader for the user guide, where there is no browser.
+// A simple viewer for the user guide, for systems without a browser.
 #pragma once
 
 class QString;
@@ -6,7 +6,7 @@ class QWidget;
 
 namespace vesk {
 
-// Shows an HTML file in a window beside `parent`, which owns it. A window that is open comes to the front.
+// Shows an HTML file in a window beside `parent`, which owns it. A window that is already open comes to the front.
 void show_guide(QWidget& parent, const QString& file);
 
 } // namespace vesk

@@ -10,7 +10,7 @@
 #include <QPixmap>
 #include <QSvgRenderer>
 
-// The pictures are in a static library: without this call the linker leaves them out.
+// The images are in a static library: without this call the linker drops them.
 static void take_in_images() {
   Q_INIT_RESOURCE(images);
 }
@@ -45,7 +45,7 @@ constexpr const char* tree_images[] = {"loads", "loads", "systems", "segments", 
 
 constexpr const char* info_images[] = {"info_plain", "info_note", "info_failure"};
 
-// Pictures that are painted at any size.
+// Images painted at any size.
 class painted_picture : public QIconEngine {
 public:
   QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
@@ -57,7 +57,7 @@ public:
   }
 };
 
-// Draws a picture at any requested size. "currentColor" in it means the colour of text.
+// "currentColor" in the image means the text colour.
 class themed_picture final : public painted_picture {
 public:
   explicit themed_picture(QByteArray svg) : svg_(std::move(svg)) {}
@@ -80,7 +80,7 @@ private:
   QByteArray svg_;
 };
 
-// One picture with a smaller one over its lower right corner.
+// An image with a smaller one over its lower right corner.
 class marked_picture final : public painted_picture {
 public:
   marked_picture(QIcon image, QIcon mark) : image_(std::move(image)), mark_(std::move(mark)) {}

@@ -36,7 +36,7 @@ constexpr int usual_width = 860, usual_height = 640, screen_margin = 60, least_g
 QLineEdit* line(const char* name) {
   auto* edit = new QLineEdit;
   edit->setObjectName(name);
-  edit->setMaxLength(std::numeric_limits<int>::max()); // the toolkit's own limit would cut a text that is only shown
+  edit->setMaxLength(std::numeric_limits<int>::max()); // Qt's default limit would truncate a longer text
   return edit;
 }
 
@@ -50,7 +50,7 @@ void show_text(QLineEdit& edit, const std::string& text) {
   if (edit.text() != shown(text)) edit.setText(shown(text));
 }
 
-// What the list lacks is shown without being an item.
+// Shows values that are not items of the list.
 void fill(QComboBox& box, const std::vector<std::string>& items, std::optional<std::size_t> chosen,
           const std::string& otherwise) {
   const QSignalBlocker quiet(box);
@@ -102,7 +102,7 @@ import_dialog::import_dialog(QWidget* parent, TImportTimeSeriesForm& form)
   column->addWidget(SqlMemo);
   column->addWidget(message_);
   column->addLayout(end_row());
-  for (QPushButton* one : findChildren<QPushButton*>()) one->setAutoDefault(false); // Enter belongs to the grids
+  for (QPushButton* one : findChildren<QPushButton*>()) one->setAutoDefault(false); // the grids need Enter
   give_mnemonics(*this);
   form_.OnChange = [this] { show_all(); };
   form_.OnRefusal = [this] { conditions_->setFocus(); };
@@ -147,7 +147,7 @@ QWidget* import_dialog::source_rows() {
   rows->addWidget(NameEdit, 1, 1);
   rows->addWidget(caption("Select file", FileNameEdit), 2, 0);
   rows->addWidget(FileNameEdit, 2, 1, 1, 3);
-  rows->addWidget(button("&Browse...", "BrowseButton", "Choose the file that holds the data",
+  rows->addWidget(button("&Browse...", "BrowseButton", "Choose the file that contains the data",
                          &TImportTimeSeriesForm::BrowseButtonClick),
                   2, 4);
   rows->addWidget(caption("Select table", TableList), 1, 2);
@@ -243,7 +243,7 @@ QBoxLayout* import_dialog::end_row() {
   connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
   accept_by_ctrl_enter(*this);
   auto* row = new QHBoxLayout;
-  row->addWidget(button("&Reset all", "ResetAllButton", "Begin a new query; the name is kept",
+  row->addWidget(button("&Reset all", "ResetAllButton", "Start a new query; the name is kept",
                         &TImportTimeSeriesForm::ResetAllButtonClick));
   row->addStretch(1);
   row->addWidget(import);
@@ -256,9 +256,9 @@ void import_dialog::run(const std::function<void()>& work) {
   if (take_what_is_typed()) attempt(work);
 }
 
-// A cell may need its values before the command that follows.
+// The following command may need the cell's value.
 bool import_dialog::take_what_is_typed() {
-  if (is_taking_) return false; // while it waits for a table, behind a box
+  if (is_taking_) return false; // already waiting for a table, with a box open
   const QScopedValueRollback guard(is_taking_, true);
   conditions_->commit_open_editor();
   while (!pending_.empty()) {
@@ -275,11 +275,11 @@ void import_dialog::run_later(std::function<void()> work) {
       this, [this] { take_what_is_typed(); }, Qt::QueuedConnection);
 }
 
-// False: the file cannot be read, and the old name is shown again. The line loses the focus to the box about that, so
-// what was typed counts once.
+// False: the file cannot be read, and the old name is shown again. The error box takes the focus from the line, which
+// must not commit the name a second time.
 bool import_dialog::take_file_name() {
   if (!FileNameEdit->isModified()) return true;
-  if (!form_.nothing_is_refused()) return false; // what was typed waits
+  if (!form_.nothing_is_refused()) return false; // the typed name waits
   FileNameEdit->setModified(false);
   bool taken = false;
   attempt([&] { taken = form_.FileNameEditChange(stored(FileNameEdit->text())); });
@@ -311,7 +311,7 @@ void import_dialog::reload() {
   attempt([this] { form_.data_set_replaced(); });
 }
 
-// The source is opened once the window is on the screen, since this may take long.
+// The source is opened after the window is shown, since this may take long.
 void import_dialog::showEvent(QShowEvent* event) {
   QDialog::showEvent(event);
   if (event->spontaneous()) return; // it was minimised

@@ -43,8 +43,8 @@ private:
   QWidget* condition_part();
   QWidget* result_part();
   QBoxLayout* end_row();
-  void run(const std::function<void()>& work); // after taking what is being typed, unless that fails
-  void run_later(std::function<void()> work);  // when the present event has been dealt with, or before the next command
+  void run(const std::function<void()>& work); // after committing open entries, unless that fails
+  void run_later(std::function<void()> work);  // after the current event, or before the next command
   bool take_what_is_typed();
   bool take_file_name();
   void show_all(); // as the form has it
@@ -56,7 +56,7 @@ private:
   std::vector<std::pair<const import_option*, QCheckBox*>> options_;
   grid_view *conditions_, *results_;
   QPlainTextEdit* SqlMemo;
-  std::deque<std::function<void()>> pending_; // of run_later
+  std::deque<std::function<void()>> pending_; // queued by run_later
   bool is_taking_ = false;
 };
 

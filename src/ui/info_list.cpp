@@ -19,13 +19,13 @@ namespace vesk {
 namespace {
 
 constexpr int column_width = 600; // at least
-constexpr int picture_width = 40; // with the space around it
+constexpr int picture_width = 40; // including the space around it
 constexpr int catch_up_milliseconds = 10;
 
-// The pictures' meaning in words: a picture is never the only sign. Neither is the colour.
+// The icons' meaning in words: neither icon nor colour is ever the only sign.
 constexpr const char* words[] = {"", "Note: ", "Failure: "};
 
-// Shows the word for the picture, and headings in bold.
+// Shows the icon's word, and headings in bold.
 class line_delegate final : public QStyledItemDelegate {
 public:
   using QStyledItemDelegate::QStyledItemDelegate;
@@ -84,7 +84,7 @@ QString info_lines::whole(const line& of) const {
 QString info_lines::all_text() const {
   QString text;
   for (const line& it : lines_) {
-    if (it.icon == heading_icon && !text.isEmpty()) text += '\n'; // sections apart
+    if (it.icon == heading_icon && !text.isEmpty()) text += '\n'; // a blank line between sections
     text += whole(it) + '\n';
   }
   return text;
@@ -123,7 +123,7 @@ info_list::info_list(QWidget* parent) : QTreeView(parent) {
   setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
   header()->setStretchLastSection(false);
   connect(verticalScrollBar(), &QScrollBar::actionTriggered, this,
-          [this] { QTimer::singleShot(0, this, [this] { note_scrolling(); }); }); // once it has scrolled
+          [this] { QTimer::singleShot(0, this, [this] { note_scrolling(); }); }); // after the list has scrolled
   catch_up_soon_.setSingleShot(true);
   catch_up_soon_.setInterval(catch_up_milliseconds);
   connect(&catch_up_soon_, &QTimer::timeout, this, [this] { catch_up(); });
@@ -161,8 +161,7 @@ void info_list::note_width_of_newest() {
   if (!catch_up_soon_.isActive()) catch_up_soon_.start();
 }
 
-// Laying out the lines takes as long as there are lines: once for each of 8,000 lines that an engine sends would take
-// minutes.
+// Layout time grows with the number of lines: doing it for each of 8,000 lines from an engine would take minutes.
 void info_list::catch_up() {
   const auto begin = std::chrono::steady_clock::now();
   if (std::exchange(is_wider_, false)) fit_column();
@@ -173,12 +172,12 @@ void info_list::catch_up() {
     setAutoScroll(scrolls);
   }
   if (follows_) show_newest();
-  constexpr int share = 9; // at most a tenth of the time is spent here
+  constexpr int share = 9; // spends at most a tenth of the time on layout
   const auto took = std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - begin);
   catch_up_soon_.setInterval(std::max(catch_up_milliseconds, share * static_cast<int>(took.count())));
 }
 
-// From its first character on, also after a longer line was read to its end.
+// From its first character, even after a longer line was scrolled to its end.
 void info_list::show_newest() {
   scrollToBottom();
   horizontalScrollBar()->setValue(0);
@@ -196,7 +195,7 @@ void info_list::clear() {
   fit_column();
 }
 
-// A long line is read by scrolling, not cut.
+// A long line is scrolled, not cut.
 void info_list::fit_column() {
   const int wide = std::max({scaled(column_width, *this), longest_, viewport()->width()});
   setColumnWidth(0, wide);
@@ -208,7 +207,7 @@ void info_list::resizeEvent(QResizeEvent* event) {
   if (follows_) scrollToBottom();
 }
 
-// Only the user's own scrolling counts; the end moves by itself when lines come or the list gets smaller.
+// Only scrolling by the user counts; the end also moves when lines arrive or the list shrinks.
 void info_list::note_scrolling() {
   follows_ = verticalScrollBar()->value() == verticalScrollBar()->maximum();
 }

@@ -11,16 +11,17 @@
 
 namespace vesk {
 
-// The lines as they came, with the number of their picture. Headings of jobs lie between them.
+// The lines in order of arrival, with icon numbers. Headings separate the jobs.
 class info_lines final : public QAbstractListModel {
 public:
-  enum line_role : int { whole_text = Qt::UserRole, is_heading }; // `whole_text`: with the word for the picture
+  enum line_role : int { whole_text = Qt::UserRole, is_heading }; // `whole_text`: with the icon's word
 
   info_lines();
 
   void append(const std::string& text, int icon);
   void begin_section(const std::string& heading);
-  void end_section(const std::string& outcome); // into the heading; a line of its own if that was cleared away
+  void
+  end_section(const std::string& outcome); // appended to the heading, or as a separate line if the heading was cleared
   void clear();
   QString all_text() const; // one line each, with line ends
 
@@ -42,8 +43,8 @@ private:
   const std::array<QIcon, 3> icons_;
 };
 
-// Read-only; lines can be selected and copied. The newest line is in sight unless the user has scrolled away from the
-// end. What the view has to do for a new line is done once for all lines that come within a few milliseconds.
+// Read-only; lines can be selected and copied. Keeps the newest line visible unless the user has scrolled away from the
+// end. Lines that arrive within a few milliseconds of each other are laid out together.
 class info_list final : public QTreeView {
 public:
   explicit info_list(QWidget* parent);
@@ -73,7 +74,7 @@ private:
   QTimer catch_up_soon_;
   int longest_ = 0;                              // width of the longest line
   bool follows_ = true;                          // the user has not scrolled away from the end
-  bool selects_last_ = false, is_wider_ = false; // what is still to do
+  bool selects_last_ = false, is_wider_ = false; // pending work
 };
 
 } // namespace vesk

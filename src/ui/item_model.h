@@ -1,4 +1,4 @@
-// The items of a combo cell as the toolkit wants them. Texts are made when they are shown.
+// Adapts the items of a combo cell to Qt. Texts are made when they are shown.
 #pragma once
 
 #include "charts/item_list.h"

@@ -37,7 +37,7 @@ void item_picker::showEvent(QShowEvent* event) {
     list_ = new QListView(window());
     list_->setObjectName("ItemList");
     list_->setAccessibleName(accessibleName());
-    list_->setFocusPolicy(Qt::NoFocus); // the line keeps the keys
+    list_->setFocusPolicy(Qt::NoFocus); // the line keeps the keyboard
     list_->setUniformItemSizes(true);
     list_->setEditTriggers(QAbstractItemView::NoEditTriggers);
     list_->setModel(model_);

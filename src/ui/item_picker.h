@@ -1,5 +1,4 @@
-// The editor of a combo cell that has many items: a line for the number or the name of an item, and a list of all of
-// them that follows it.
+// The editor of a combo cell with many items: a line for the number or name of an item, and a list that follows it.
 #pragma once
 
 #include "charts/item_list.h"
@@ -37,7 +36,7 @@ private:
   void take(const QModelIndex& index);
 
   item_model* model_;
-  QPointer<QListView> list_; // a child of the window, beside the grid: it reaches beyond the cell
+  QPointer<QListView> list_; // a child of the window beside the grid, so that it can extend beyond the cell
 };
 
 } // namespace vesk

@@ -9,7 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 
-// Without a display the toolkit ends the process with words that help nobody.
+// Without a display Qt ends the process with a message that does not help.
 static bool has_display(int argc, char** argv) {
   for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
     if (const char* value = std::getenv(name); value && *value) return true;
@@ -32,7 +32,7 @@ Builds and runs compartment models of surface-water quality, and shows their res
 Without a display, vesk-run does the same work. The user guide opens with F1.
 )";
 
-// Before anything else, since neither needs a display. Returns whether the option was there.
+// Handled first: neither option needs a display. Returns whether one was given.
 static bool answer_at_once(int argc, char** argv) {
   for (int i = 1; i < argc; ++i) {
     const bool is_help = std::strcmp(argv[i], "--help") == 0 || std::strcmp(argv[i], "-h") == 0;
@@ -55,7 +55,7 @@ int main(int argc, char** argv) {
   vesk::prepare_application(application);
   try {
     vesk::program::options options;
-    options.arguments.assign(argv + 1, argv + argc); // what the toolkit has taken for itself is gone from it
+    options.arguments.assign(argv + 1, argv + argc); // Qt has removed its own options
     options.settings_file = vesk::settings_file::default_path();
     vesk::program(application, options).run();
   } catch (const std::exception& error) {

@@ -34,15 +34,15 @@ namespace vesk {
 
 namespace {
 
-// The design size of a window that has never been placed.
+// The design size of a window without a stored position.
 constexpr int design_width = 980, design_height = 640, design_results_height = 260;
 
 constexpr int least_height_of_messages = 120;
 
 constexpr int frame = 32; // above a window's content
 
-// Moved and shrunk so that all of it is on the screen that shows most of it: the scale or the screens may have changed
-// since the place was stored.
+// Moves and shrinks the window onto the screen that shows most of it: scale or screens may have changed since the
+// position was stored.
 QRect on_a_screen(QRect place) {
   const QScreen* best = QGuiApplication::primaryScreen();
   int most = 0;
@@ -84,7 +84,7 @@ main_window::main_window(const std::filesystem::path& settings_file)
   controls_->show_recent_files(form_->settings.recent_files());
   form_->FormCreate();
   form_->set_window_handle(
-      static_cast<std::int32_t>(winId())); // after: a window that the system knows is placed otherwise
+      static_cast<std::int32_t>(winId())); // last: creating the window handle earlier would affect its position
   for (const QScreen* each : QGuiApplication::screens())
     connect(
         each, &QScreen::availableGeometryChanged, this, [this] { keep_on_screen(); }, Qt::QueuedConnection);
@@ -138,7 +138,7 @@ void main_window::set_start(std::vector<std::string> arguments, splash_form* spl
   splash_ = splash;
 }
 
-// The first showing continues once the window is on the screen, so that its questions appear above the window.
+// The first showing continues once the window is visible, so that its questions appear above it.
 void main_window::showEvent(QShowEvent* event) {
   QMainWindow::showEvent(event);
   if (has_been_shown_) return;
@@ -158,7 +158,7 @@ void main_window::close_main_window() {
   close();
 }
 
-// Windows in front.
+// Dialogs.
 
 box_answer main_window::message_box(const std::string& title, const std::string& text, box_buttons buttons) {
   return ask_in_box(title, text, buttons);
@@ -228,7 +228,7 @@ window_geometry main_window::geometry() {
   window_geometry now;
   now.results_table_height = results_height_;
   note_normal_place();
-  // Of the content, not of the frame around it: what a window manager adds is not known before it is shown.
+  // Size of the content without the frame, which is unknown before the window is shown.
   const QRect inner = normal_place_.isValid() ? normal_place_ : QMainWindow::geometry();
   now.left = inner.x();
   now.top = inner.y();
@@ -245,7 +245,7 @@ void main_window::set_geometry(const window_geometry& wanted) {
   const QRect place(wanted.left, wanted.top, wanted.width, wanted.height);
   const QRect fitting = on_a_screen(place);
   if (place.topLeft() == QMainWindow::geometry().topLeft())
-    resize(fitting.size()); // where, is the window manager's choice
+    resize(fitting.size()); // the window manager chooses the position
   else
     QMainWindow::setGeometry(fitting);
   normal_place_ = QMainWindow::geometry();
@@ -256,13 +256,13 @@ void main_window::set_geometry(const window_geometry& wanted) {
   }
 }
 
-// A minimised or maximised window no longer knows its earlier position.
+// A minimised or maximised window no longer knows its normal position.
 void main_window::note_normal_place() {
   if (isVisible() && !(windowState() & (Qt::WindowMinimized | Qt::WindowMaximized | Qt::WindowFullScreen)))
     normal_place_ = QMainWindow::geometry();
 }
 
-// The scale or the size of the screen has changed while the program runs.
+// The scale or size of the screen has changed at run time.
 void main_window::keep_on_screen() {
   if (!isVisible() || windowState() != Qt::WindowNoState) return;
   const QRect fitting = on_a_screen(QMainWindow::geometry());
@@ -277,7 +277,7 @@ void main_window::moveEvent(QMoveEvent* event) {
 void main_window::resizeEvent(QResizeEvent* event) {
   QMainWindow::resizeEvent(event);
   note_normal_place();
-  QTimer::singleShot(0, this, [this] { share_the_height(); }); // once the layout has followed
+  QTimer::singleShot(0, this, [this] { share_the_height(); }); // after the layout
 }
 
 void main_window::minimise_main_window() {
@@ -303,7 +303,7 @@ void main_window::refresh_front_page() {
   share_the_height();
 }
 
-// Messages and grid come first: the page is hidden where they would have too little room.
+// Messages and grid have priority: the page is hidden if it would leave them too little room.
 void main_window::share_the_height() {
   const bool with_grid = !ResultsTable->isHidden();
   const int handle = splitter_->handleWidth(), grid = with_grid ? results_height_ : 0;
@@ -332,7 +332,7 @@ void main_window::save_messages(const std::string& text) {
   }
 }
 
-// Only files that can be opened; links to other machines are none.
+// Only local files that can be opened, no remote links.
 static QStringList files_in(const QMimeData& data) {
   static const QStringList endings{"vki", "vkp", "inp", "nc"};
   QStringList files;
@@ -346,7 +346,7 @@ void main_window::dragEnterEvent(QDragEnterEvent* event) {
   if (!files_in(*event->mimeData()).isEmpty()) event->acceptProposedAction();
 }
 
-// After the drop has ended: opening may ask, and the program that the file comes from waits for the end.
+// Queued: opening may ask a question, and the program the file comes from waits until the drop ends.
 void main_window::dropEvent(QDropEvent* event) {
   for (const QString& file : files_in(*event->mimeData()))
     QMetaObject::invokeMethod(
@@ -373,9 +373,9 @@ void main_window::sample_results_grid() {
                    [this](int row, int cell) { return form_->ResultsTableGetCellData(row, cell); });
 }
 
-// A job's signs.
+// Job events.
 
-// A series without points lets the model run on zeros; rows that were left out may be slips of the pen.
+// A series without points makes the model run on zeros; rows that were left out may be typing errors.
 void main_window::query_executed(const std::string& series, const import_query_descriptor& query,
                                  const query_report& report) {
   const bool left_out = report.without_moment + report.without_value > 0;

@@ -31,7 +31,7 @@ public:
 
   TPreveskMainForm& form() { return *form_; }
 
-  // The arguments that the first showing works on; `splash` is hidden then. Call it before.
+  // The arguments for the first showing, which hides `splash`. Call it before.
   void set_start(std::vector<std::string> arguments, splash_form* splash);
 
   // user_interface
@@ -86,7 +86,7 @@ private:
   void lay_out();
   void refresh_front_page();
   void keep_on_screen();
-  void share_the_height(); // among page, messages and grid
+  void share_the_height(); // between page, messages and grid
   void save_messages(const std::string& text);
   void set_results_height(int height);
   void note_normal_place();
@@ -95,12 +95,12 @@ private:
   std::unique_ptr<TPreveskMainForm> form_;
   std::unique_ptr<form_windows> forms_;
   std::unique_ptr<command_controls> controls_;
-  std::unique_ptr<results_window> results_; // null until it is first wanted
+  std::unique_ptr<results_window> results_; // null until first used
   front_page* front_page_ = nullptr;
   info_list* InfoListView = nullptr;
   results_table* ResultsTable = nullptr;
-  QSplitter* splitter_ = nullptr; // between the three
-  QTimer refresh_soon_;           // of the page
+  QSplitter* splitter_ = nullptr; // between page, messages and grid
+  QTimer refresh_soon_;           // for the page
   progress_panel* InfoPanel = nullptr;
   QTimer UIUpdateTimer;
   std::vector<std::string> arguments_;
@@ -108,8 +108,8 @@ private:
   bool has_been_shown_ = false;
   bool has_closed_ = false;
   int results_height_ = 0; // as last seen or set
-  int page_height_ = 0;    // as the user has set it; 0: not
-  QRect normal_place_;     // of the content, as last seen neither minimised nor maximised
+  int page_height_ = 0;    // set by the user; 0: automatic
+  QRect normal_place_;     // of the content, when last neither minimised nor maximised
 };
 
 } // namespace vesk

@@ -1,5 +1,5 @@
-// Lengths on the screen. They are stated for the usual font at 96 dots per inch and grow with the font, so that texts
-// have room at any size. The toolkit handles high-density screens.
+// Lengths on the screen, given for the usual font at 96 dots per inch. They grow with the font, so that texts fit at
+// any size. Qt handles high-density screens.
 #pragma once
 
 #include <QFontMetrics>

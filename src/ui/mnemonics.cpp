@@ -18,7 +18,7 @@ bool has_own_keys(const QString& text) {
   return text.isEmpty() || text == "OK" || text == "Cancel";
 }
 
-// Where the letter is put; -1: all letters are taken.
+// Position of the letter; -1: all letters are taken.
 qsizetype free_letter(const QString& text, const QString& taken) {
   const auto is_free = [&](qsizetype i) { return text[i].isLetter() && !taken.contains(text[i].toLower()); };
   for (qsizetype i = 0; i < text.size(); ++i)

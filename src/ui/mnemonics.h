@@ -1,4 +1,4 @@
-// Letters that choose a control together with Alt.
+// Letters that select a control together with Alt.
 #pragma once
 
 #include <QString>
@@ -7,8 +7,8 @@ class QWidget;
 
 namespace vesk {
 
-// Gives each button and each label of a control within `page` that has no letter yet one of its own, the first of a
-// word where that is free. `taken`: letters that are used around the page. "OK" and "Cancel" have their keys.
+// Gives each button and control label within `page` that has no letter yet a unique one, the first of a word if
+// possible. `taken`: letters used around the page. "OK" and "Cancel" have their own keys.
 void give_mnemonics(QWidget& page, QString taken = {});
 
 } // namespace vesk

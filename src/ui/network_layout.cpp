@@ -8,7 +8,7 @@ namespace vesk {
 
 namespace {
 
-// The work's thread. Null: cancelled.
+// Runs on the worker thread. Null: cancelled.
 std::shared_ptr<const drawn_network> draw(const prevesk_dataset_data_type& data, std::optional<segment_number> centre,
                                           const drawn_network* known, const std::atomic<bool>& is_cancelled) {
   drawn_network made;
@@ -45,7 +45,7 @@ void network_layout::start(question next) {
     std::shared_ptr<const drawn_network> made;
     try {
       made = draw(asked.data, asked.centre, asked.known.get(), *is_cancelled);
-    } catch (const std::exception&) { // not enough memory: the view stays as it is
+    } catch (const std::exception&) { // out of memory: the view stays as it is
     }
     QMetaObject::invokeMethod(
         this, [this, made] { attempt([&] { finish(made); }); }, Qt::QueuedConnection);

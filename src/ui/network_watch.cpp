@@ -4,7 +4,7 @@ namespace vesk {
 
 namespace {
 
-// Records are copied before a change while another list shares them, so equal memory is an unchanged list.
+// A shared list is copied before a change, so the same memory means an unchanged list.
 template <class List>
 bool is_unchanged(const List& then, const List& now) {
   return then.size() == now.size() && (then.empty() || then.shares_with(now));

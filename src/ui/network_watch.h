@@ -1,4 +1,4 @@
-// The drawn network of the data set that is open, kept in line with it in the background.
+// The drawn network of the open data set, kept up to date in the background.
 #pragma once
 
 #include "ui/network_layout.h"
@@ -12,22 +12,23 @@ namespace vesk {
 // Main thread only.
 class network_watch {
 public:
-  using data_source = std::function<const prevesk_dataset_data_type*()>; // null: none is open
+  using data_source = std::function<const prevesk_dataset_data_type*()>; // null: no open data set
   // `changed` is called after each change of network().
   network_watch(data_source data, std::function<void()> changed);
 
-  // Null until the first layout is there, and without a data set.
+  // Null until the first layout is ready, and without a data set.
   const std::shared_ptr<const drawn_network>& network() const { return network_; }
   bool is_drawing() const { return layout_.is_busy(); }
 
-  // Compares with the data set and draws it anew if it has changed. Cheap; called by a timer while the picture is seen.
+  // Compares with the data set and starts a new layout if it has changed. Cheap; called by a timer while the network is
+  // shown.
   void look();
 
   // The segment whose neighbourhood is drawn if the network is large.
   void set_centre(std::optional<std::size_t> segment);
 
 private:
-  // The lists of the data set that the picture shows.
+  // The lists of the data set that the drawing depends on.
   struct shown_lists {
     shared_list<segment_data_type> segments;
     shared_list<flow_field_data_type> flow_fields;
@@ -45,7 +46,7 @@ private:
   std::shared_ptr<const drawn_network> network_;
   std::optional<shown_lists> lists_;
   std::optional<segment_number> centre_;
-  network_layout layout_; // the last member: its work ends before the others
+  network_layout layout_; // last member: its work ends before the others are destroyed
 };
 
 } // namespace vesk

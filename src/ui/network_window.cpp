@@ -69,12 +69,12 @@ void network_window::showEvent(QShowEvent* event) {
   attempt([this] { look(); });
 }
 
-// A window that belongs to the modal one is not blocked by it.
+// A window owned by the modal one is not blocked by it.
 void network_window::follow(QWidget* dialog) {
   followed_ = dialog;
   QWidget* above = dialog ? dialog : parentWidget();
-  if (!isVisible() || !above) return; // it is done when it is shown
-  above->winId();                     // it has a handle from here on
+  if (!isVisible() || !above) return; // if hidden, this is done when it is shown
+  above->winId();                     // creates its handle
   windowHandle()->setTransientParent(above->windowHandle());
 }
 

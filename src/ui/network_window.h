@@ -1,4 +1,4 @@
-// The window "Network": the schematic of the data set's network, beside the other windows.
+// The window "Network": a schematic of the data set's network, open beside other windows.
 #pragma once
 
 #include "editors/editor_host.h"
@@ -14,10 +14,10 @@ namespace vesk {
 
 class network_window final : public QWidget {
 public:
-  // `go_to`: called with the segment that the user chooses.
+  // `go_to`: called with the segment the user selects.
   network_window(QWidget* owner, editor_host& host, std::function<void(std::size_t)> go_to);
 
-  // The modal window that it works with, so that it can be used while that is open; null: none.
+  // The modal window during which this one stays usable; null: none.
   void follow(QWidget* dialog);
   void select(std::optional<std::size_t> segment);
 
@@ -25,8 +25,8 @@ protected:
   void showEvent(QShowEvent* event) override;
 
 private:
-  void look(); // whether the data set has changed
-  void take(); // what was drawn
+  void look(); // checks whether the data set has changed
+  void take(); // takes the new layout
   void chosen(std::size_t segment);
   void show_texts();
 
@@ -36,8 +36,8 @@ private:
   QLabel* details_;
   QLabel* remark_;
   QWidget* followed_ = nullptr;
-  std::optional<std::size_t> wanted_; // to be selected once it is drawn
-  network_watch watch_;               // the last member: its work ends before the others
+  std::optional<std::size_t> wanted_; // selected when it has been drawn
+  network_watch watch_;               // last member: its work ends before the others are destroyed
 };
 
 } // namespace vesk

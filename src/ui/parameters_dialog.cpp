@@ -31,7 +31,7 @@ namespace {
 
 QLineEdit* line(const char* name) {
   auto* edit = new QLineEdit;
-  edit->setMaxLength(std::numeric_limits<int>::max()); // the toolkit's own limit would cut a text that is only shown
+  edit->setMaxLength(std::numeric_limits<int>::max()); // Qt's default limit would truncate a longer text
   edit->setObjectName(name);
   return edit;
 }
@@ -56,7 +56,7 @@ QCheckBox* check(const char* text, const char* name) {
   return box;
 }
 
-// Exclusive buttons can't all be unchecked while they are exclusive.
+// Qt keeps one button of an exclusive group checked.
 void choose(QButtonGroup& group, int id) {
   group.setExclusive(false);
   for (QAbstractButton* button : group.buttons()) button->setChecked(group.id(button) == id);
@@ -94,7 +94,7 @@ parameters_dialog::parameters_dialog(QWidget* parent, TParametersForm& form)
   pages_->addTab(general_page(), "&General");
   pages_->addTab(steps_page(), "&Time steps");
   pages_->addTab(flows_page(), "&Flows and restart");
-  for (int page = 0; page < pages_->count(); ++page) give_mnemonics(*pages_->widget(page), "gtf"); // those of the tabs
+  for (int page = 0; page < pages_->count(); ++page) give_mnemonics(*pages_->widget(page), "gtf"); // used by the tabs
   auto* box = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
   ok_ = box->button(QDialogButtonBox::Ok);
   connect(box, &QDialogButtonBox::accepted, this, &QDialog::accept);
@@ -273,7 +273,7 @@ void parameters_dialog::show_all() {
 }
 
 void parameters_dialog::take_all() {
-  // Texts that nobody typed over stay as they are in the form: the screen may not show all of their bytes.
+  // Only edited texts are taken: the screen may not show all bytes of the others.
   const auto take = [](const QLineEdit& edit, std::string& text) {
     if (edit.text() != shown(text)) text = stored(edit.text());
   };

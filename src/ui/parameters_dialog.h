@@ -26,7 +26,7 @@ public:
   parameters_dialog(QWidget* parent, TParametersForm& form);
 
   void reload(); // a job has replaced the data set
-  void enable(); // which controls can be used now, and the message
+  void enable(); // which controls are enabled, and the message
   void done(int result) override;
 
 protected:
@@ -41,8 +41,8 @@ private:
   QWidget* file_row(QLineEdit* edit, QPushButton* browse, void (TParametersForm::*command)());
   QGroupBox* choice(const char* caption, QButtonGroup* group,
                     std::initializer_list<std::pair<const char*, const char*>> buttons);
-  void show_all();              // as the form has it
-  void take_all();              // as the controls have it, but for the entry fields
+  void show_all();              // from the form to the controls
+  void take_all();              // from the controls to the form, except the entry fields
   void go_to(entry_edit& edit); // on its page
 
   TParametersForm& form_;

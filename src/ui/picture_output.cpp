@@ -31,7 +31,7 @@ void print_picture(const picture_output& picture) {
   QPrinter printer;
   printer.setPageOrientation(QPageLayout::Landscape);
   if (!picture.paint(printer, printer.pageLayout().paintRectPixels(printer.resolution())))
-    ask_in_box("Error", "The default printer \"" + stored(printer.printerName()) + "\" does not take the chart.",
+    ask_in_box("Error", "The default printer \"" + stored(printer.printerName()) + "\" cannot print the chart.",
                box_buttons::ok);
 }
 

@@ -1,4 +1,4 @@
-// Pictures that go to a file or to a printer.
+// Saves and prints pictures.
 #pragma once
 
 #include <QString>
@@ -10,12 +10,13 @@ class QRect;
 namespace vesk {
 
 struct picture_output {
-  std::function<bool(const QString& file_name)> save;     // by the ending: png, svg, pdf or csv; false: not written
-  std::function<bool(QPaintDevice&, const QRect&)> paint; // false: the device takes no picture
+  std::function<bool(const QString& file_name)>
+      save; // the extension selects the format: png, svg, pdf or csv; false: not written
+  std::function<bool(QPaintDevice&, const QRect&)> paint; // false: cannot paint on the device
 };
 
-// Ask for a name, and say in a box what failed.
+// Ask for a name, and report failures in a box.
 void save_picture(const picture_output& picture);
-void print_picture(const picture_output& picture); // to the default printer; without one as a PDF file
+void print_picture(const picture_output& picture); // to the default printer; to a PDF file if there is none
 
 } // namespace vesk

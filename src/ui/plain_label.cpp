@@ -9,11 +9,11 @@ namespace vesk {
 
 namespace {
 
-// Splitters and scroll areas do not ask for the height of broken lines.
+// Splitters and scroll areas ignore the height of wrapped text.
 class broken_lines final : public QLabel {
 public:
   void take_height() {
-    if (!text().isEmpty()) setMinimumHeight(heightForWidth(width())); // without a text it may keep room for one
+    if (!text().isEmpty()) setMinimumHeight(heightForWidth(width())); // an empty label may keep one line
   }
 
 protected:

@@ -1,4 +1,4 @@
-// Labels for texts that may hold anything, such as names of segments.
+// Labels for arbitrary texts, such as names of segments.
 #pragma once
 
 #include <string>
@@ -7,13 +7,13 @@ class QLabel;
 
 namespace vesk {
 
-// Shows each letter as it is and breaks long lines. The caller's layout owns it.
+// Shows the text literally and wraps long lines. The caller's layout owns the label.
 QLabel* plain_label(const std::string& name);
 
 // An empty text takes no room.
 void show_text(QLabel& label, const std::string& text);
 
-// Keeps its room, and a screen reader says a new text.
+// Reserves its line; screen readers announce a new text.
 void announce(QLabel& label, const std::string& text);
 
 } // namespace vesk

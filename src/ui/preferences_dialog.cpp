@@ -62,7 +62,7 @@ QWidget* preferences_dialog::diagnostics_page() {
   LoggingEnabledCheckBox->setAccessibleDescription(LoggingEnabledCheckBox->toolTip());
   DiagnosticLevelComboBox->setObjectName("DiagnosticLevelComboBox");
   DiagnosticLevelComboBox->setAccessibleName("Diagnostic level");
-  DiagnosticLevelComboBox->setToolTip("How much the logs say");
+  DiagnosticLevelComboBox->setToolTip("Amount of detail in the logs");
   ignore_wheel(*DiagnosticLevelComboBox);
   for (const std::string_view level : form_type::diagnostic_levels) DiagnosticLevelComboBox->addItem(shown(level));
   auto* page = new QWidget;
@@ -97,7 +97,7 @@ QWidget* preferences_dialog::editing_page() {
 
 QWidget* preferences_dialog::running_page() {
   ShowResultsCheckBox->setObjectName("ShowResultsCheckBox");
-  ShowResultsCheckBox->setToolTip("The results window opens when a run has ended well");
+  ShowResultsCheckBox->setToolTip("Open the results window after each successful run");
   ShowResultsCheckBox->setAccessibleDescription(ShowResultsCheckBox->toolTip());
   auto* page = new QWidget;
   auto* column = new QVBoxLayout(page);

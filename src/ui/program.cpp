@@ -15,7 +15,7 @@ namespace vesk {
 
 namespace {
 
-// Turns the workers' calls into an event, so that the event loop serves them.
+// Posts an event, so that the event loop serves the workers' calls.
 class synchronize_bell final : public QObject {
 public:
   synchronize_bell() {
@@ -33,14 +33,14 @@ public:
 } // namespace
 
 void prepare_application(QApplication& application) {
-  // The toolkit takes the user's locale; numbers in files and those of engines are written with a point.
+  // Qt uses the user's locale; numbers in files and from engines have a decimal point.
   std::setlocale(LC_NUMERIC, "C");
   QLocale::setDefault(QLocale::c());
   QApplication::setApplicationName("vesk");
   QApplication::setApplicationDisplayName(QString());
   QApplication::setApplicationVersion(VESK_VERSION);
   QGuiApplication::setDesktopFileName("vesk");
-  QApplication::setQuitOnLastWindowClosed(false); // a dialog that closes while the main window is minimised
+  QApplication::setQuitOnLastWindowClosed(false); // a dialog may close while the main window is minimised
   QApplication::setWindowIcon(program_image());
   follow_the_desktop(application);
 }
@@ -60,8 +60,8 @@ void program::run() {
   application_.exec();
   window_->form().save_settings();
   std::fflush(stdout);
-  std::fflush(stderr); // and no other stream: a worker may be held up in one
-  // Nothing is taken down: a worker may still be at work on it.
+  std::fflush(stderr); // no other stream: a worker may hold its lock
+  // Nothing is destroyed: a worker may still be using it.
   std::_Exit(window_->form().return_code());
 }
 

@@ -1,4 +1,4 @@
-// The desktop program from its first window to its last.
+// The desktop program, from its first window to its last.
 #pragma once
 
 #include "ui/end_signals.h"
@@ -20,27 +20,27 @@ void prepare_application(QApplication& application);
 class program {
 public:
   struct options {
-    std::vector<std::string> arguments; // of the command line, without the program's name
+    std::vector<std::string> arguments; // of the command line, without the program name
     std::filesystem::path settings_file;
     int splash_time = TPreveskMainForm::splash_time; // milliseconds
   };
 
-  // Creates the windows. The splash is shown from here on; the main window follows once the event loop runs.
+  // Creates the windows and shows the splash screen; the main window follows when the event loop runs.
   program(QApplication& application, const options& wanted);
   ~program();
 
   main_window& window() { return *window_; }
 
-  // Runs until the main window has closed. Does not return: the process ends with the engine's return code. A job that
-  // still runs ends with it.
+  // Runs until the main window has closed. Does not return: the process ends with the engine's return code, and a
+  // running job ends with it.
   [[noreturn]] void run();
 
 private:
   QApplication& application_;
-  std::unique_ptr<QObject> bell_; // wakes the main thread up for the workers
+  std::unique_ptr<QObject> bell_; // wakes the main thread for the workers
   std::unique_ptr<main_window> window_;
   std::unique_ptr<splash_form> splash_;
-  std::unique_ptr<end_signals> signals_; // close the main window, so that the settings are saved
+  std::unique_ptr<end_signals> signals_; // closes the main window, so that the settings are saved
 };
 
 } // namespace vesk

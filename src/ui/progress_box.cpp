@@ -27,15 +27,15 @@ namespace {
 
 using std::chrono::milliseconds;
 
-constexpr milliseconds before_the_box(150);                 // a box that comes and goes at once is a flicker
+constexpr milliseconds before_the_box(150);                 // a box that appears and disappears at once would flicker
 constexpr int tick_time = 30, patience_after_cancel = 2000; // milliseconds
 
-// What the two threads share. It lives as long as the longer of them.
+// Shared by both threads; freed by the last one to end.
 class background_work final : public work_progress {
 public:
   explicit background_work(std::function<void(work_progress&)> work) : work_(std::move(work)) {}
 
-  void run() noexcept { // the work's thread
+  void run() noexcept { // on the worker thread
     std::exception_ptr failure;
     try {
       work_(*this);
@@ -55,8 +55,8 @@ public:
     calls_.push_back(std::move(call));
   }
 
-  // The main thread's side.
-  int percent() const { return percent_; } // -1: not known
+  // Main thread.
+  int percent() const { return percent_; } // -1: unknown
   void cancel() { is_cancelled_ = true; }
   bool has_ended() const {
     const std::lock_guard lock(mutex_);
@@ -113,7 +113,7 @@ public:
     timer_.start(tick_time);
   }
 
-  // Escape, Cancel and the close box. The box stays until the work has noticed.
+  // Escape, Cancel and the close button. The box stays open until the work has ended.
   void reject() override {
     if (work_.is_cancelled()) return;
     work_.cancel();
@@ -141,7 +141,7 @@ private:
   QElapsedTimer since_cancel_; // valid once Cancel was pressed
 };
 
-// A thread that may outlive the function that has started it.
+// A thread that may outlive the function that started it.
 struct work_thread {
   std::thread thread;
   ~work_thread() {
@@ -167,7 +167,7 @@ bool run_behind_box(const std::string& what, const std::function<void(work_progr
     shared->wait(before_the_box);
   }
   if (!shared->has_ended()) progress_box(window_in_front(), what, *shared).exec();
-  if (!shared->has_ended()) { // it did not notice Cancel, or the program is being closed
+  if (!shared->has_ended()) { // it ignored Cancel, or the program is closing
     shared->cancel();
     return false;
   }

@@ -1,4 +1,4 @@
-// Long work in a thread, behind a modal box with a bar and Cancel.
+// Runs long work in a thread, behind a modal box with a progress bar and Cancel.
 #pragma once
 
 #include "editors/long_work.h"
@@ -8,9 +8,9 @@
 
 namespace vesk {
 
-// As user_questions::run_long_work. The box appears only when the work takes longer than a moment; the main thread then
-// serves events. Work that does not end within two seconds after Cancel is given up: a file on a server that does not
-// answer can hold up its reader for ever. Main thread.
+// As user_questions::run_long_work. The box appears only if the work takes noticeably long; the main thread then serves
+// events. Work that does not end within two seconds of Cancel is abandoned: reading from a file server that does not
+// respond can block forever. Main thread.
 bool run_behind_box(const std::string& what, const std::function<void(work_progress&)>& work);
 
 } // namespace vesk

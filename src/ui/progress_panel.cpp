@@ -38,14 +38,14 @@ progress_panel::progress_panel(QWidget* parent, std::function<void(int)> priorit
   CancelButton->setToolTip("Cancel the running job");
   CancelButton->setAutoDefault(false);
   connect(CancelButton, &QPushButton::clicked, this, [this, cancel = std::move(cancel)] {
-    CancelButton->setEnabled(false); // it has been asked to end
+    CancelButton->setEnabled(false); // cancel has been requested
     cancel();
   });
   MinPriorityLabel->setObjectName("MinPriorityLabel");
   MaxPriorityLabel->setObjectName("MaxPriorityLabel");
   PriorityTrackBar->setObjectName("PriorityTrackBar");
   PriorityTrackBar->setAccessibleName("Priority of the model");
-  PriorityTrackBar->setToolTip("Priority of the model, from stopped to the whole machine");
+  PriorityTrackBar->setToolTip("Priority of the model, from stopped to highest");
   PriorityTrackBar->setRange(0, highest_position);
   PriorityTrackBar->setValue(normal_position);
   PriorityTrackBar->setPageStep(1);
@@ -65,7 +65,8 @@ progress_panel::progress_panel(QWidget* parent, std::function<void(int)> priorit
   row->addWidget(MinPriorityLabel);
   row->addWidget(PriorityTrackBar, 1);
   row->addWidget(MaxPriorityLabel);
-  for (QLabel* label : {InfoLabel, TimeRemainingLabel}) // nothing moves when texts and the track bar come and go
+  for (QLabel* label :
+       {InfoLabel, TimeRemainingLabel}) // nothing moves when texts and the track bar appear or disappear
     label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
   for (QWidget* part : {static_cast<QWidget*>(CancelButton), static_cast<QWidget*>(MinPriorityLabel),
                         static_cast<QWidget*>(PriorityTrackBar), static_cast<QWidget*>(MaxPriorityLabel)}) {
@@ -81,14 +82,14 @@ progress_panel::progress_panel(QWidget* parent, std::function<void(int)> priorit
 void progress_panel::set_progress(int percent) {
   const int position = std::clamp(percent, 0, 100);
   if (position == StatusProgressBar->value()) return;
-  StatusProgressBar->setUpdatesEnabled(false); // it would paint itself each time
+  StatusProgressBar->setUpdatesEnabled(false); // it would repaint at each change
   StatusProgressBar->setValue(position);
   StatusProgressBar->setTextVisible(position > 0);
   StatusProgressBar->setUpdatesEnabled(true);
   const auto now = std::chrono::steady_clock::now();
-  if (now - painted_ < paint_interval) return; // the event loop does it
+  if (now - painted_ < paint_interval) return; // the event loop repaints
   painted_ = now;
-  StatusProgressBar->repaint(); // the event loop may wait for the work that is shown
+  StatusProgressBar->repaint(); // the event loop may be waiting for this work
 }
 
 void progress_panel::set_info(const std::string& text) {

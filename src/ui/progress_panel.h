@@ -15,15 +15,15 @@ namespace vesk {
 
 class progress_panel final : public QWidget {
 public:
-  // `priority_moved` is called with the position, 0 to 6, when the user moves the track bar, and only then.
-  // `cancel` when the user cancels the job.
+  // `priority_moved` is called with the position, 0 to 6, only when the user moves the track bar; `cancel` when the
+  // user cancels the job.
   progress_panel(QWidget* parent, std::function<void(int)> priority_moved, std::function<void()> cancel);
 
-  // Drawn at once, since the main thread may be busy with the work that it shows; in quick succession only some are.
+  // Drawn at once, since the main thread may be busy with the work; calls in quick succession are not all drawn.
   void set_progress(int percent);
   void set_info(const std::string& text);
   void set_time_remaining(const std::string& text);
-  void show_cancel(bool visible); // can be pressed once each time it is shown
+  void show_cancel(bool visible); // each showing allows one press
   void show_priority(bool visible);
   void set_priority_position(int position);
 

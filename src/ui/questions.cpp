@@ -32,13 +32,13 @@ QMessageBox::Icon icon_of(const std::string& title, box_buttons buttons) {
   return good ? QMessageBox::Information : QMessageBox::Warning;
 }
 
-// The first pattern of a filter as the toolkit has it, such as "vki" of "Files (*.vki *.vkp)".
+// The first pattern of a Qt filter, such as "vki" of "Files (*.vki *.vkp)".
 QString suffix_of(const QString& name_filter) {
   static const QRegularExpression first_pattern("\\(\\*\\.([^ )*]+)");
   return first_pattern.match(name_filter).captured(1);
 }
 
-// Wide enough for the sentences of a text, within bounds.
+// Wide enough for the sentences of a text, within limits.
 void widen(QMessageBox& box) {
   auto* label = box.findChild<QLabel*>("qt_msgbox_label");
   if (!label) return;
@@ -48,7 +48,7 @@ void widen(QMessageBox& box) {
   label->setMinimumWidth(std::min(width + scaled(8, box), scaled(560, box)));
 }
 
-// Recognises files by their names. The toolkit's default reads each file, which can take long, or never end.
+// Identifies files by name. Qt's default reads each file, which can take long or never end.
 class name_icon_provider final : public QFileIconProvider {
 public:
   QIcon icon(const QFileInfo& file) const override { return QFileIconProvider::icon(file.isDir() ? Folder : File); }
@@ -59,8 +59,8 @@ public:
   using QFileIconProvider::icon;
 };
 
-// Puts the ending after the name that was chosen, before the toolkit looks whether there is such a file. The toolkit's
-// default suffix does not do that: it leaves a name alone that has a dot anywhere, such as "river v1.3".
+// Appends the extension to the chosen name before Qt checks whether the file exists. Qt's default suffix skips names
+// with a dot anywhere, such as "river v1.3".
 class file_box final : public QFileDialog {
 public:
   file_box(QWidget* parent, QString ending) : QFileDialog(parent), ending_(std::move(ending)) {}
@@ -78,7 +78,7 @@ private:
   const QString ending_;
 };
 
-// An arrow in place of the hourglass while the user is asked.
+// Shows an arrow instead of the hourglass during a question.
 class arrow_cursor {
 public:
   arrow_cursor() { QApplication::setOverrideCursor(Qt::ArrowCursor); }
@@ -106,7 +106,7 @@ void arrange(QFileDialog& box) {
 QWidget* window_in_front() {
   if (QWidget* modal = QApplication::activeModalWidget()) return modal;
   if (QWidget* active = QApplication::activeWindow()) return active;
-  for (QWidget* window : QApplication::topLevelWidgets()) // another program's is active
+  for (QWidget* window : QApplication::topLevelWidgets()) // the active window belongs to another program
     if (window->isVisible() && qobject_cast<QMainWindow*>(window)) return window;
   return nullptr;
 }
@@ -147,7 +147,7 @@ QStringList name_filters(const std::string& filter) {
   QStringList filters;
   for (qsizetype i = 0; i + 1 < parts.size(); i += 2) {
     QString description = parts[i], patterns = parts[i + 1];
-    description.remove(pattern_at_end); // the toolkit takes the patterns from there
+    description.remove(pattern_at_end); // Qt takes the patterns from there
     filters << description + " (" + patterns.replace(';', ' ') + ")";
   }
   return filters;
@@ -185,7 +185,7 @@ std::optional<std::string> ask_for_file(const file_dialog& dialog, const QString
 std::optional<std::string> ask_for_folder(const std::string& title, const std::string& start) {
   QFileDialog box(window_in_front(), shown(title), shown(start));
   box.setObjectName("folder_dialog");
-  box.setFileMode(QFileDialog::Directory); // with the files in sight, so that the user sees what he chooses
+  box.setFileMode(QFileDialog::Directory); // lists files too, so that the user can recognise the folder
   arrange(box);
   const auto arrow = QApplication::overrideCursor() ? std::make_optional<arrow_cursor>() : std::nullopt;
   if (box.exec() != QDialog::Accepted || box.selectedFiles().isEmpty()) return {};

@@ -11,19 +11,19 @@ class QWidget;
 
 namespace vesk {
 
-// The window that a question belongs to; null: the program has none in sight.
+// The parent window for a question; null: no window is visible.
 QWidget* window_in_front();
 
-// A box over the window in front. Closing it is the cautious answer.
+// A box over the frontmost window. Closing it gives the cautious answer.
 box_answer ask_in_box(const std::string& title, const std::string& text, box_buttons buttons);
 
-// Begins in the folder of the last file that was chosen, at first in `first_folder`. Nothing when cancelled.
+// Starts in the folder of the last chosen file, initially in `first_folder`. Empty if cancelled.
 std::optional<std::string> ask_for_file(const file_dialog& dialog, const QString& first_folder);
 
-// Begins at `start`. Nothing when cancelled.
+// Starts in `start`. Empty if cancelled.
 std::optional<std::string> ask_for_folder(const std::string& title, const std::string& start);
 
-// The toolkit's list of filters from pairs of a description and a pattern, all separated by "|".
+// Qt's list of filters from pairs of description and pattern, all separated by "|".
 QStringList name_filters(const std::string& filter);
 
 } // namespace vesk

@@ -1,4 +1,4 @@
-// The results grid: a view on the engine's array while a job runs. Nothing is copied; visible cells are read when they
+// The results grid: a view of the engine's array while a job runs. Nothing is copied; visible cells are read when they
 // are painted.
 #pragma once
 
@@ -13,10 +13,10 @@
 
 namespace vesk {
 
-// The array's elements as a grid that only shows them.
+// The array's elements as a read-only grid.
 class result_cells final : public grid {
 public:
-  // The element at a row and column, both from 0; nothing leaves the cell empty.
+  // The element at a row and column, both from 0; nothing: an empty cell.
   using reader = std::function<std::optional<double>(int row, int column)>;
 
   explicit result_cells(reader read) : read_(std::move(read)) {}
@@ -36,7 +36,7 @@ private:
   std::string picture_;
 };
 
-// What the view below needs before its base is made.
+// A base class, so that it exists before the view below is made.
 struct result_content {
   explicit result_content(result_cells::reader read) : results(std::move(read)), result_table(results) {}
 

@@ -25,11 +25,11 @@ namespace vesk {
 namespace {
 
 constexpr double smallest_scale = 0.02, greatest_scale = 8;
-constexpr double scale_for_text = 0.5, scale_for_marks = 0.2; // below these they would be dots
+constexpr double scale_for_text = 0.5, scale_for_marks = 0.2; // below these scales they would be dots
 constexpr double arrow_length = 9, arrow_width = 4;
-constexpr int click_reach = 3; // pixels that a click may move
+constexpr int click_reach = 3; // greatest movement, in pixels, that still counts as a click
 
-// Told apart by dashes as well as by colour.
+// Distinguished by dashes as well as by colour.
 struct line_style {
   QColor light, dark;
   Qt::PenStyle style;
@@ -149,7 +149,7 @@ void schematic_view::set_way(std::vector<segment_number> segments) {
   update();
 }
 
-// The part in sight.
+// The visible part.
 
 QRectF schematic_view::picture_area() const {
   return QRectF(rect()).adjusted(0, 0, 0, -legend_height());
@@ -212,7 +212,7 @@ std::optional<double> schematic_view::value_of(std::size_t segment) const {
   return colouring_->values[segment];
 }
 
-// What a screen reader says.
+// For screen readers.
 void schematic_view::describe() {
   QString text = note_;
   if (shown_) {
@@ -231,7 +231,7 @@ void schematic_view::describe() {
   QAccessible::updateAccessibility(&changed);
 }
 
-// The user's hands.
+// Mouse and keyboard.
 
 void schematic_view::resizeEvent(QResizeEvent* event) {
   QWidget::resizeEvent(event);
@@ -356,7 +356,7 @@ void schematic_view::paint_all(QPainter& painter) {
 void schematic_view::paint_picture(QPainter& painter) {
   const QRectF area = picture_area();
   const QRectF in_sight = QRectF((area.topLeft() - corner_) / scale_, area.size() / scale_).adjusted(-40, -40, 40, 40);
-  const auto follows = [this](const schematic_line& line) { // one after the other on the way
+  const auto follows = [this](const schematic_line& line) { // whether the lines are consecutive on the way
     for (std::size_t i = 0; i + 1 < way_.size(); ++i)
       if ((way_[i] == line.from && way_[i + 1] == line.to) || (way_[i] == line.to && way_[i + 1] == line.from))
         return true;
@@ -423,7 +423,7 @@ void schematic_view::paint_box(QPainter& painter, const schematic_box& box, bool
                    QFontMetricsF(font).elidedText(name, Qt::ElideRight, text.width()));
 }
 
-// Boundaries: an arrow in on the left, out on the right, both ways between. Loads: a triangle.
+// Boundaries: an arrow in on the left, out on the right, in both directions between. Loads: a triangle.
 void schematic_view::paint_marks(QPainter& painter, const schematic_box& box) {
   const network_segment& it = shown_->network.segments[box.segment];
   const QRectF place = rectangle_of(box);
@@ -485,7 +485,7 @@ void schematic_view::paint_legend(QPainter& painter, const QRectF& strip) {
   painter.restore();
 }
 
-// From the right: the greatest value, the colours, the least value, the title.
+// From the right: maximum, colours, minimum, title.
 void schematic_view::paint_scale(QPainter& painter, const QRectF& place) {
   const double gap = scaled(6, *this), bar = scaled(150, *this);
   const QString least = number_text(colouring_->least), greatest = number_text(colouring_->greatest);
@@ -513,7 +513,7 @@ void schematic_view::paint_scale(QPainter& painter, const QRectF& place) {
   text(colouring_->title);
 }
 
-// Files and printers.
+// Saving and printing.
 
 bool schematic_view::paint_on(QPaintDevice& device, const QRect& target) {
   QPainter painter;

@@ -1,5 +1,5 @@
-// The picture of a network: boxes and arrows that can be zoomed, moved and chosen from, by mouse and keyboard. With
-// values the boxes are coloured by a scale.
+// The picture of a network: boxes and arrows that can be zoomed, panned and selected by mouse and keyboard. With
+// values, a scale colours the boxes.
 #pragma once
 
 #include "network/schematic.h"
@@ -25,12 +25,12 @@ class schematic_view final : public QWidget {
 public:
   explicit schematic_view(QWidget* parent = nullptr);
 
-  // Null: nothing yet. Another picture of the same shape keeps the part that is in sight.
+  // Null: nothing yet. A new picture of the same shape keeps the visible part.
   void show_network(std::shared_ptr<const drawn_network> shown);
   const std::shared_ptr<const drawn_network>& network() const { return shown_; }
   void set_note(const QString& note); // in the middle of the empty view: "Laying out 5000 segments..."
 
-  // What colours the boxes. Values by segment, not-a-number for none; the scale goes from least to greatest.
+  // Values that colour the boxes, by segment; not-a-number for none. The scale runs from minimum to maximum.
   struct colouring {
     std::vector<double> values;
     double least = 0, greatest = 1;
@@ -38,24 +38,25 @@ public:
   };
   void set_colouring(std::optional<colouring> wanted);
 
-  void select(std::optional<std::size_t> segment); // and brings it into sight
+  void select(std::optional<std::size_t> segment); // and scrolls to it
   std::optional<std::size_t> selected() const { return selected_; }
-  void set_way(std::vector<segment_number> segments); // which stand out, with the lines between them; empty: none
+  void set_way(std::vector<segment_number> segments); // highlighted, with the lines between them; empty: none
 
-  std::optional<QPointF> place_of(std::size_t segment) const; // the middle of its box, in the widget; nothing: no box
+  std::optional<QPointF>
+  place_of(std::size_t segment) const; // centre of its box, in widget coordinates; nothing: no box
 
   void zoom_in() { zoom(1.25, rect().center()); }
   void zoom_out() { zoom(0.8, rect().center()); }
   void fit();
 
-  // As the view shows it: png, svg, pdf, or csv with the segments and their values.
+  // The visible part: png, svg, pdf, or csv with the segments and their values.
   bool save(const QString& file_name);
   bool paint_on(QPaintDevice& device, const QRect& target);
 
   QSize sizeHint() const override;
 
 signals:
-  // By a click, Return or Space; with Ctrl held down or not.
+  // By a click, Return or Space, with or without Ctrl.
   void segment_chosen(std::size_t segment, bool with_control);
 
 protected:
@@ -78,7 +79,7 @@ private:
   std::optional<std::size_t> segment_at(QPointF place) const;
   std::optional<double> value_of(std::size_t segment) const;
   void describe();
-  QRectF picture_area() const; // without the strip of the legend
+  QRectF picture_area() const; // without the legend strip
   int legend_height() const;
 
   void paint_all(QPainter& painter);
@@ -95,9 +96,9 @@ private:
   std::vector<bool> is_on_way_; // by segment
   std::optional<std::size_t> selected_;
   QString note_;
-  double scale_ = 1;      // pixels by points of the picture
-  QPointF corner_;        // of the picture, in the widget
-  bool is_fitted_ = true; // and follows the widget's size
+  double scale_ = 1;      // pixels per point of the picture
+  QPointF corner_;        // of the picture, in widget coordinates
+  bool is_fitted_ = true; // follows the widget's size
   QPointF pressed_at_, corner_then_;
   bool is_dragging_ = false, is_pressed_ = false;
 };

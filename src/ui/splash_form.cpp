@@ -38,7 +38,7 @@ splash_form::splash_form(int milliseconds, std::function<void()> show_main_windo
   HideTimer.start(milliseconds);
 }
 
-// Keys come only to a window that is active.
+// Only an active window receives keys.
 void splash_form::showEvent(QShowEvent* event) {
   QWidget::showEvent(event);
   activateWindow();
@@ -58,7 +58,7 @@ void splash_form::paintEvent(QPaintEvent*) {
   painter.scale(width() / double(picture_width), height() / double(picture_height));
   draw_splash(painter, QRect(0, 0, picture_width, picture_height));
   QFont font = painter.font();
-  font.setPixelSize(18); // of the picture, not of the desktop
+  font.setPixelSize(18); // to match the picture, not the desktop
   painter.setFont(font);
   painter.setPen(Qt::white);
   painter.drawText(QRect(48, 470, 624, 40), Qt::AlignLeft | Qt::AlignVCenter,

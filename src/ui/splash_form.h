@@ -1,4 +1,4 @@
-// TSplashForm: the picture that is shown while the program starts.
+// TSplashForm: the splash screen.
 #pragma once
 
 #include <QTimer>
@@ -9,8 +9,8 @@ namespace vesk {
 
 class splash_form final : public QWidget {
 public:
-  // `show_main_window` is called once, `milliseconds` after the form was created or at a click or key before; then the
-  // splash closes.
+  // `show_main_window` is called once, `milliseconds` after construction or at an earlier click or key; then the splash
+  // closes.
   splash_form(int milliseconds, std::function<void()> show_main_window);
 
 protected:

@@ -21,7 +21,7 @@ constexpr int width_of_two_columns = 620;
 
 struct first_step {
   const char *name, *text, *hint;
-  int image; // of the tool bar
+  int image; // index of the tool bar image
   void (TPreveskMainForm::*handler)();
 };
 
@@ -87,7 +87,7 @@ void start_page::show_recent_files(const std::vector<std::string>& names) {
   if (names == shown_ && files_->count() > 0) return;
   shown_ = names;
   while (QLayoutItem* item = files_->takeAt(0)) {
-    if (item->widget()) item->widget()->deleteLater(); // it may be the one that was pressed
+    if (item->widget()) item->widget()->deleteLater(); // it may be the button being pressed
     delete item;
   }
   for (const std::string& name : names) {

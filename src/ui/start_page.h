@@ -1,4 +1,4 @@
-// What the main window shows without a data set: how to begin, and the files used last.
+// The main window without a data set: how to start, and recent files.
 #pragma once
 
 #include <QWidget>

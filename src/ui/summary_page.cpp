@@ -22,7 +22,7 @@ constexpr auto after_the_last_change = std::chrono::milliseconds(150);
 } // namespace
 
 struct summary_page::answer_place {
-  summary_page* page; // null once it is gone or the answer is no longer wanted
+  summary_page* page; // null when it is gone or no longer wants the answer
 };
 
 summary_page::summary_page(QWidget* parent, TPreveskMainForm& form)
@@ -82,7 +82,7 @@ void summary_page::show_rows() {
   }
 }
 
-// On a copy, in another thread. An answer that comes after the next change is dropped.
+// On a copy, in another thread. An answer that is out of date is dropped.
 void summary_page::compare() {
   if (!form_.current_data_set) return;
   const auto place = running_ = std::make_shared<answer_place>(answer_place{this});

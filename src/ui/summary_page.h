@@ -1,4 +1,4 @@
-// What the main window shows of the open data set: model, period, counts, solution, queries, and whether the last
+// Summary of the open data set in the main window: model, period, counts, solution, queries, and whether the last
 // results belong to it.
 #pragma once
 
@@ -21,12 +21,12 @@ public:
   summary_page(QWidget* parent, TPreveskMainForm& form); // the form must outlive it
   ~summary_page() override;
 
-  // The data set, its file or its results may have changed. Counts are shown at once; the comparison with the record of
-  // the last run, which takes time on a large data set, is made in another thread.
+  // Call after any change of the data set, its file or its results. Counts are shown at once; the comparison with the
+  // record of the last run, slow for a large data set, runs in another thread.
   void refresh();
 
 private:
-  struct answer_place; // of a comparison; main thread
+  struct answer_place; // receives the result of a comparison; main thread
 
   void show_rows();
   void compare();
@@ -36,7 +36,7 @@ private:
   elided_label* file_;
   QFormLayout* rows_;
   QTimer compare_soon_;
-  std::shared_ptr<answer_place> running_; // the comparison that is being made; null: none
+  std::shared_ptr<answer_place> running_; // the current comparison; null: none
   std::optional<results_state> state_;    // of the latest comparison
 };
 

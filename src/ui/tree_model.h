@@ -1,7 +1,7 @@
-// An editor's tree as the toolkit wants it.
+// Adapts an editor's tree to Qt.
 //
-// An index has its node in it: `internalId` is 0 for the root, 1 for a group, and 2 more than the group for an item. So
-// nothing is kept for each item, and a tree of 1e5 opens at once.
+// An index contains its node: `internalId` is 0 for the root, 1 for a group, and 2 plus the group for an item. Nothing
+// is stored per item, so a tree of 1e5 opens at once.
 #pragma once
 
 #include "editors/editor.h"
@@ -21,10 +21,10 @@ public:
 
   tree_model(editor_tree& tree, QObject* parent);
 
-  void reload(); // the tree's nodes are other ones
+  void reload(); // the tree's nodes have been replaced
   int group_count() const { return static_cast<int>(counts_.size()); }
 
-  QModelIndex index_of(const node& which) const; // not valid: there is no such node
+  QModelIndex index_of(const node& which) const; // invalid: no such node
   node node_of(const QModelIndex& index) const;  // of a valid one
 
   QModelIndex index(int row, int column, const QModelIndex& parent = {}) const override;
@@ -35,7 +35,7 @@ public:
   QVariant data(const QModelIndex& index, int role) const override;
 
 private:
-  bool is_there(const node& which) const; // still: the data set may have changed since `reload`
+  bool is_there(const node& which) const; // the data set may have changed since `reload`
   const QIcon& icon(const node& which) const;
   QVariant data_of_item(std::size_t group, std::size_t item, int role) const;
 

@@ -25,7 +25,7 @@ tree_view::tree_view(editor_tree& tree, runner run, QWidget* parent)
   setAccessibleName(shown(tree.root()));
   setModel(model_);
   setHeaderHidden(true);
-  setUniformRowHeights(true); // else each of 1e5 rows is measured
+  setUniformRowHeights(true); // otherwise Qt measures each of 1e5 rows
   setEditTriggers(NoEditTriggers);
   setSelectionMode(SingleSelection);
   setExpandsOnDoubleClick(true);
@@ -40,7 +40,7 @@ void tree_view::begin() {
   is_new_ = true;
 }
 
-// Not in the middle of a click, whose index would be of the old nodes.
+// Queued: during a click its index would refer to the old nodes.
 void tree_view::tree_changed() {
   if (!selecting_) return take_tree();
   QMetaObject::invokeMethod(
@@ -48,7 +48,7 @@ void tree_view::tree_changed() {
 }
 
 void tree_view::take_tree() {
-  if (menu_) menu_->close(); // its commands are about nodes that may be gone
+  if (menu_) menu_->close(); // its commands may refer to removed nodes
   const QScopedValueRollback guard(taking_, true);
   const bool all = std::exchange(is_new_, false);
   const bool root_is_open = all || isExpanded(model_->index_of({}));
@@ -58,7 +58,7 @@ void tree_view::take_tree() {
   const int scrolled = all ? 0 : verticalScrollBar()->value();
 
   model_->reload();
-  // Before the rows are laid out this only notes what is open.
+  // Until executeDelayedItemsLayout this only records which nodes are open.
   closed.resize(static_cast<std::size_t>(model_->group_count()));
   for (std::size_t group = 0; group < closed.size(); ++group)
     if (!closed[group]) setExpanded(model_->index_of({group, std::nullopt}), true);
@@ -84,7 +84,7 @@ void tree_view::currentChanged(const QModelIndex& current, const QModelIndex& pr
   run_([&] { tree_.select(model_->node_of(current)); });
 }
 
-// The toolkit then goes to the first node, which is no choice of the user.
+// Qt then selects the first node, which the user did not choose.
 void tree_view::focusInEvent(QFocusEvent* event) {
   const QScopedValueRollback guard(taking_, true);
   QTreeView::focusInEvent(event);
@@ -111,7 +111,8 @@ void tree_view::show_menu(const QModelIndex& at, const QPoint& place) {
       QAction* action = menu_->addAction(shown(item.text));
       action->setObjectName(shown(item.name));
       action->setEnabled(item.enabled);
-      if (!item.key.empty()) action->setShortcut(QKeySequence(shown(item.key))); // shown; the key comes to the tree
+      if (!item.key.empty())
+        action->setShortcut(QKeySequence(shown(item.key))); // display only; the tree handles the key
       connect(action, &QAction::triggered, this, [this, command = item.run] { run_(command); });
     }
     menu_->popup(place);

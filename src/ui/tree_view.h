@@ -19,8 +19,8 @@ public:
 
   tree_view(editor_tree& tree, runner run, QWidget* parent);
 
-  void begin();        // before the window is shown: the next tree has all its nodes open
-  void tree_changed(); // its nodes, or which is selected
+  void begin();        // before the window is shown: opens all nodes of the next tree
+  void tree_changed(); // its nodes or the selection
   QSize sizeHint() const override;
 
 protected:
@@ -33,14 +33,14 @@ private:
   void take_tree();
   void take_selection();
   void show_menu(const QModelIndex& at, const QPoint& place);
-  bool run_by_key(const QKeyEvent& event); // a command of the popup that has a key
+  bool run_by_key(const QKeyEvent& event); // a command of the popup with a shortcut
 
   editor_tree& tree_;
   tree_model* model_;
   const runner run_;
   QPointer<QMenu> menu_; // while it is open
-  bool is_new_ = true;   // nothing is kept of what was open
-  bool taking_ = false;  // from the tree; nothing goes back to it meanwhile
+  bool is_new_ = true;   // no open nodes to restore
+  bool taking_ = false;  // from the tree; changes are not sent back meanwhile
   bool selecting_ = false;
 };
 

@@ -8,7 +8,7 @@ namespace vesk {
 
 namespace {
 
-// Equal steps look equally large: the lightness rises evenly.
+// Lightness rises evenly, so that equal steps look equally large.
 constexpr QRgb stops[] = {0xFF2A1A5E, 0xFF30418C, 0xFF2B6A96, 0xFF278F8D, 0xFF46B275, 0xFF97CF50, 0xFFF6E640};
 
 int between(int one, int two, double share) {

@@ -21,7 +21,7 @@ public:
 } // namespace
 
 void ignore_wheel(QWidget& control) {
-  control.setFocusPolicy(Qt::StrongFocus); // else the wheel would give it the focus
+  control.setFocusPolicy(Qt::StrongFocus); // otherwise the wheel would focus it
   control.installEventFilter(new wheel_guard(&control));
 }
 

@@ -1,11 +1,11 @@
-// Keeps the mouse wheel from changing what only lies under it on the way.
+// Keeps the mouse wheel from changing controls that it only scrolls past.
 #pragma once
 
 class QWidget;
 
 namespace vesk {
 
-// A closed list or a number field passes the wheel on to what scrolls around it.
+// A closed list or a number field passes wheel events on to the scroll area around it.
 void ignore_wheel(QWidget& control);
 
 } // namespace vesk

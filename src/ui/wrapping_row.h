@@ -1,4 +1,4 @@
-// A row of controls that goes on in a second line where the window is too narrow for one.
+// A row of controls that wraps in a narrow window.
 #pragma once
 
 #include <QLayout>
@@ -6,8 +6,8 @@
 
 namespace vesk {
 
-// Takes its items from left to right at their preferred sizes, with the style's usual distance between buttons. Owns
-// the items, as every layout of the toolkit does.
+// Places its items from left to right at their preferred sizes, with the style's usual button spacing. Owns the items,
+// as every Qt layout does.
 class wrapping_row final : public QLayout {
 public:
   explicit wrapping_row(QWidget* parent);
@@ -26,7 +26,7 @@ public:
   void setGeometry(const QRect& area) override;
 
 private:
-  int lay_out(const QRect& area, bool move) const; // the height that it takes
+  int lay_out(const QRect& area, bool move) const; // returns the height it takes
 
   QList<QLayoutItem*> items_;
 };

@@ -82,7 +82,7 @@ agreement_page::agreement_page(results_session& session, user_questions& questio
   });
 }
 
-// Before the table that it shows.
+// Must precede the table that it shows.
 agreement_page::~agreement_page() {
   delete view_;
 }
@@ -115,7 +115,7 @@ void agreement_page::show_all() {
   show_scores();
   std::string units;
   bool has_any = false;
-  for (std::size_t i = 0; i < list_.outcomes().size(); ++i) { // one for each scenario
+  for (std::size_t i = 0; i < list_.outcomes().size(); ++i) { // one per scenario
     const auto& found = list_.outcomes()[i].found;
     if (!found || std::exchange(has_any, true)) continue;
     units = session_.scenarios()[i].file->variables()[found->variable].units;

@@ -48,7 +48,7 @@ QAction* chart_stack::add_command(const char* text, const char* tip, const QKeyS
   action->setToolTip(QString("%1 (%2)").arg(tip, keys.toString()));
   action->setShortcut(keys);
   action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
-  area_->addAction(action); // the keys are those of the charts
+  area_->addAction(action); // the shortcuts work while the charts have the focus
   connect(action, &QAction::triggered, this, [this, command] {
     (rows_.*command)();
     refresh();
@@ -86,7 +86,7 @@ void chart_stack::make_tools() {
 }
 
 void chart_stack::show_charts(std::vector<std::unique_ptr<TGraphForm>> charts, const QString& without) {
-  for (chart_view* chart : charts_) chart->show_graph(nullptr); // they borrow what is dropped now
+  for (chart_view* chart : charts_) chart->show_graph(nullptr); // they borrow the graphs that are about to be freed
   rows_.show(std::move(charts));
   while (charts_.size() < rows_.size()) {
     const std::size_t row = charts_.size();

@@ -1,4 +1,4 @@
-// Charts below each other over one time axis, with the commands for all of them.
+// Stacked charts over one time axis, with the commands for all of them.
 #pragma once
 
 #include "viewer/chart_rows.h"
@@ -23,7 +23,7 @@ class chart_stack final : public QWidget {
 public:
   explicit chart_stack(QWidget* parent);
 
-  // `without`: the sentence shown where there are no charts.
+  // `without`: the sentence shown if there are no charts.
   void show_charts(std::vector<std::unique_ptr<TGraphForm>> charts, const QString& without);
   void set_cursor(std::optional<double> x);
   chart_rows& rows() { return rows_; }
@@ -42,7 +42,7 @@ private:
   QScrollArea* area_;
   QVBoxLayout* column_;
   QLabel* without_;
-  std::vector<chart_view*> charts_; // as many as there have ever been at once; those in use first
+  std::vector<chart_view*> charts_; // the greatest number ever shown at once; those in use first
   QAction* unzoom_ = nullptr;
   QAction* unzoom_all_ = nullptr;
   QAction* save_ = nullptr;

@@ -25,7 +25,7 @@ compare_page::compare_page(results_session& session, series_store& store)
   setObjectName("ComparePage");
   view_->setObjectName("DifferenceTable");
   previous_->setObjectName("PreviousRunButton");
-  previous_->setToolTip("The results before the last run, which are kept beside its results");
+  previous_->setToolTip("Results of the run before the last one, kept beside the last results");
   for (QPushButton* it : {previous_, save_}) it->setAutoDefault(false);
   connect(previous_, &QPushButton::clicked, this, [this] { attempt([this] { session_.open(previous_run()); }); });
   connect(save_, &QPushButton::clicked, this, [this] { attempt([this] { save_grid(summary_); }); });
@@ -60,7 +60,7 @@ QString compare_page::why_empty() const {
   return "Choose a variable and a segment that both have.";
 }
 
-// Before the table that it shows.
+// Must precede the table that it shows.
 compare_page::~compare_page() {
   delete view_;
 }

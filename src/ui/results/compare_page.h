@@ -1,4 +1,4 @@
-// The page "Compare": how the other scenarios differ from the baseline.
+// The page "Compare": differences of the other scenarios from the baseline.
 #pragma once
 
 #include "charts/fill_calc_table.h"

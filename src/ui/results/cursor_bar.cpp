@@ -17,7 +17,7 @@ namespace vesk {
 namespace {
 
 constexpr int step_milliseconds = 50;
-constexpr std::size_t most_steps = 400; // of one showing of the whole period, 20 s
+constexpr std::size_t most_steps = 400; // to play the whole period, 20 s
 
 QString time_text(double date_time) {
   return QString::fromStdString(text_of_moment(date_time)).replace('T', ' ');

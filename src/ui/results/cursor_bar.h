@@ -1,4 +1,4 @@
-// The cursor in time of the results window: a slider over the times of the baseline, steps, and play.
+// The time cursor of the results window: a slider over the times of the baseline, step buttons, and play.
 #pragma once
 
 #include "viewer/results_session.h"

@@ -23,7 +23,7 @@ namespace {
 
 constexpr int look_milliseconds = 500;
 
-// Of all finite values; false: there is none.
+// Of all finite values; false: none are finite.
 bool find_range(const std::vector<double>& least, const std::vector<double>& greatest,
                 schematic_view::colouring& scale) {
   double low = std::numeric_limits<double>::infinity(), high = -low;
@@ -92,7 +92,7 @@ void map_page::set_results() {
 
 void map_page::set_cursor() {
   store_.read(variable_->variable());
-  // One scale for the whole period, so that colours mean the same while the time moves.
+  // One scale for the whole period, so that colours mean the same at all times.
   const results_file* file = session_.baseline_file();
   store_.read_bands(file ? std::optional(position_range{0, file->times().size()}) : std::nullopt);
   show_all();

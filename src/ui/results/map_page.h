@@ -1,4 +1,4 @@
-// The page "Map": the schematic of the network, coloured by a variable at the cursor's time.
+// The page "Map": the schematic of the network, coloured by a variable at the cursor time.
 #pragma once
 
 #include "ui/network_watch.h"

@@ -24,7 +24,7 @@ namespace vesk {
 namespace {
 
 constexpr int usual_width = 520;
-// Of the import dialog: what fills a series of a data set, which there is none of here.
+// Controls of the import dialog that only apply to the series of a data set.
 constexpr const char* unused_controls[] = {"RestrictDateRangeCheckBox", "ReplaceExistingCheckBox",
                                            "DeferImportCheckBox", "ImportButton"};
 

@@ -17,7 +17,7 @@ namespace vesk {
 
 class measured_dialog final : public QDialog {
 public:
-  // `form` gets the entries on OK. `folder`: that of the measured file; tables below it are named relative to it.
+  // On OK `form` gets the entries. `folder`: that of the measured file; tables below it are named relative to it.
   measured_dialog(QWidget* parent, measured_form& form, results_session& session, user_questions& questions,
                   std::filesystem::path folder);
 

@@ -5,12 +5,12 @@
 
 namespace vesk {
 
-// Both are called only while the page is in sight, and when it comes into sight. A page keeps the session that it got
-// when it was made; see viewer/results_session.h.
+// Both are called only while the page is visible, and when it becomes visible. A page keeps the session it was created
+// with; see viewer/results_session.h.
 class results_view : public QWidget {
 public:
-  virtual void set_results() = 0; // scenarios, their names, the baseline, the choice, or values that have been read
-  virtual void set_cursor() = 0;  // to the session's
+  virtual void set_results() = 0; // scenarios, their names, the baseline, the choice or loaded values have changed
+  virtual void set_cursor() = 0;  // the session's cursor has moved
 };
 
 } // namespace vesk

@@ -34,7 +34,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr int usual_width = 1040, usual_height = 700, choice_width = 260, screen_margin = 60;
-constexpr int look_milliseconds = 2000; // at the files, whether they are still the same
+constexpr int look_milliseconds = 2000; // between checks for changed files
 
 const file_dialog results_dialog{file_dialog::kind::open, "Open results", "Results (*.nc)|*.nc;*.nc4;*.cdf|All files|*",
                                  "nc"};
@@ -64,12 +64,12 @@ results_window::results_window(user_questions& questions, std::function<const pr
   setObjectName("ResultsWindow");
   setWindowTitle("Results");
   setWindowIcon(program_image());
-  setAttribute(Qt::WA_ShowWithoutActivating); // it comes after a run, while the user may be typing elsewhere
+  setAttribute(Qt::WA_ShowWithoutActivating); // it opens after a run, while the user may be typing elsewhere
   pages_->setObjectName("ResultPages");
   pages_->setAccessibleName("Pages of the results");
   cursor_ = new cursor_bar(session_, this);
   reload_->setObjectName("ReloadButton");
-  reload_->setToolTip("Read the files again that have changed (F5)");
+  reload_->setToolTip("Reload the files that have changed (F5)");
   reload_->setAutoDefault(false);
   auto* right = new QWidget;
   auto* column = new QVBoxLayout(right);
@@ -120,7 +120,7 @@ results_window::results_window(user_questions& questions, std::function<const pr
   show_results();
 }
 
-// The pages use the session to their end.
+// The pages use the session until they are destroyed.
 results_window::~results_window() {
   delete pages_;
 }
@@ -191,7 +191,7 @@ void results_window::show_page() {
   if (view && isVisible()) view->set_results();
 }
 
-// A file that was replaced stays readable, so the user chooses when to go to the new one.
+// A replaced file stays readable, so the user chooses when to reload.
 void results_window::look_at_files() {
   QString changed;
   bool can_reload = false;

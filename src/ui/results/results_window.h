@@ -1,5 +1,5 @@
-// The window that shows results: any number of files side by side, on pages that share the choice of variables and
-// segments and the cursor in time.
+// The results window: any number of files side by side, on pages that share the choice of variables and segments and
+// the time cursor.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -25,20 +25,20 @@ class scenario_list;
 
 class results_window final : public QWidget {
 public:
-  // `questions` must outlive it. `data_set`: the open one, whose network the results are shown on; null: none.
+  // `questions` must outlive this. `data_set`: the open one, whose network shows the results; null: none.
   results_window(user_questions& questions, std::function<const prevesk_dataset_data_type*()> data_set);
   ~results_window() override;
 
-  // Opens a file beside those that are open, or reads it anew, in the background. A failure becomes a sentence in the
+  // Opens a file beside those that are open, or reloads it, in the background. A failure is shown as a sentence in the
   // window.
   void open(const std::filesystem::path& file);
   void ask_and_open();
 
-  // Cells of the results grid of a run that goes on, as dots until its file is opened. See live_samples.
+  // Cells of the results grid during a run, shown as dots until its file is opened. See live_samples.
   void sample(double date_time, const std::vector<live_cell>& cells,
               const std::function<std::optional<double>(int row, int column)>& read);
 
-  // The first measured series was added: the file now exists. May be empty.
+  // The first measured series was added, which created the file. May be empty.
   std::function<void(const std::filesystem::path&)> OnNewMeasuredFile;
 
   results_session& session() { return session_; }
@@ -62,7 +62,7 @@ private:
   results_session session_;
   series_store store_;
   live_samples live_;
-  std::vector<results_view*> views_; // in the order of their tabs
+  std::vector<results_view*> views_; // in tab order
   QTabWidget* pages_;
   scenario_list* scenarios_ = nullptr;
   check_list* variables_ = nullptr;

@@ -56,7 +56,7 @@ QDateTimeEdit* make_moment(const char* name, const char* object_name) {
 river_page::river_page(results_session& session, network_watch::data_source data_set)
     : session_(session), variable_(new variable_box("RiverVariable")),
       from_(new segment_box("From segment", "FromSegment")), to_(new segment_box("To segment", "ToSegment")),
-      band_(new QCheckBox("Ra&nge from")), begin_(make_moment("Begin of the range", "RangeBegin")),
+      band_(new QCheckBox("Ra&nge from")), begin_(make_moment("Start of the range", "RangeBegin")),
       end_(make_moment("End of the range", "RangeEnd")), charts_(new chart_stack(this)), legend_(new QHBoxLayout),
       ways_(new QTreeWidget), view_(new schematic_view), note_(plain_label("RiverNote")), store_(session),
       watch_(std::move(data_set), [this] { attempt([this] { take_network(); }); }) {
@@ -104,7 +104,7 @@ QWidget* river_page::make_choices() {
   line({label("&From", from_), from_, label("to", to_), to_});
   line({label("Sho&w", variable_), variable_, band_, begin_, label("to", end_), end_});
   band_->setObjectName("RangeBox");
-  band_->setToolTip("Also show the least, mean and greatest value of each segment over this period");
+  band_->setToolTip("Also show the minimum, mean and maximum of each segment over this period");
   connect(variable_, &QComboBox::currentIndexChanged, this, [this] { attempt([this] { set_cursor(); }); });
   for (segment_box* box : {from_, to_})
     connect(box, &QSpinBox::valueChanged, this, [this] {
@@ -179,7 +179,7 @@ void river_page::take_period() {
   end_->setDateTime(last);
 }
 
-// The times within the two fields; at least the one nearest to the first.
+// The times between the two fields; at least the one nearest to the first.
 std::optional<position_range> river_page::period() const {
   const results_file* file = session_.baseline_file();
   if (!file) return std::nullopt;
@@ -253,7 +253,7 @@ void river_page::show_chart() {
   }
   show_legend(charts.empty() ? nullptr : charts.front().get());
   charts_->show_charts(std::move(charts),
-                       file ? "There is no way to show." : "Open a file of results, such as river.nc.");
+                       file ? "Nothing to show along this way." : "Open a file of results, such as river.nc.");
 }
 
 void river_page::show_legend(const TGraphForm* chart) {
@@ -274,7 +274,7 @@ void river_page::show_legend(const TGraphForm* chart) {
   legend_->addStretch(1);
 }
 
-// The segment of the way that is nearest to this x.
+// The segment of the way nearest to this x.
 void river_page::go_to(double x) {
   if (!course_.way() || charts_->rows().size() == 0) return;
   const auto& at = charts_->rows()[0].series().front()->x;

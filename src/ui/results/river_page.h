@@ -30,7 +30,7 @@ private:
   QWidget* make_choices();
   QWidget* make_network_part();
   void take_network();
-  void take_period(); // of the results, if those were others
+  void take_period(); // of the results, if these have changed
   std::optional<position_range> period() const;
   void course_changed();
   void show_ways();
@@ -51,7 +51,7 @@ private:
   QTreeWidget* ways_;
   schematic_view* view_;
   QLabel* note_;
-  std::uint64_t period_of_ = 0; // the scenario whose times the two fields have; 0: none
+  std::uint64_t period_of_ = 0; // the scenario whose times fill the two fields; 0: none
   profile_store store_;
   network_watch watch_;
 };

@@ -38,8 +38,8 @@ QPushButton* button(const char* text, const char* name, const char* tip) {
 
 scenario_list::scenario_list(results_session& session, std::function<void()> open, QWidget* parent)
     : QWidget(parent), session_(session), list_(new QTreeWidget),
-      close_(button("Clos&e", "CloseButton", "Close the selected results; the file stays")),
-      rename_(button("&Rename", "RenameButton", "Give the selected results another name (F2)")),
+      close_(button("Clos&e", "CloseButton", "Close the selected results; the file is kept")),
+      rename_(button("&Rename", "RenameButton", "Rename the selected results (F2)")),
       baseline_(button("Base&line", "BaselineButton", "Compare the others with the selected results")) {
   list_->setObjectName("ScenarioList");
   list_->setAccessibleName("Scenarios");
@@ -70,7 +70,7 @@ scenario_list::scenario_list(results_session& session, std::function<void()> ope
     if (QTreeWidgetItem* item = list_->currentItem()) list_->editItem(item);
   });
   connect(list_, &QTreeWidget::itemChanged, this, [this](QTreeWidgetItem* item) {
-    // After the editor has closed: the lines are made anew.
+    // Queued until the editor has closed, since this recreates the lines.
     QMetaObject::invokeMethod(
         this, [this, item] { attempt([&] { rename(item); }); }, Qt::QueuedConnection);
   });

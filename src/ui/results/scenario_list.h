@@ -1,4 +1,4 @@
-// The results that are open, one line each, and the commands on them.
+// The open results, one line each, and the commands on them.
 #pragma once
 
 #include "viewer/results_session.h"

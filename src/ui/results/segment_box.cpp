@@ -12,7 +12,7 @@ namespace vesk {
 
 namespace {
 
-// The number that a text begins with; 0 without one.
+// The number at the start of a text; 0 without one.
 int leading_number(const QString& text) {
   qsizetype digits = 0;
   while (digits < text.size() && text[digits].isDigit()) ++digits;
@@ -24,7 +24,7 @@ int leading_number(const QString& text) {
 segment_box::segment_box(const QString& name, const QString& object_name) {
   setObjectName(object_name);
   setAccessibleName(name);
-  setKeyboardTracking(false); // not at each digit
+  setKeyboardTracking(false); // not after each digit
   setRange(1, 1);
   setMinimumWidth(scaled(170, *this));
   ignore_wheel(*this);

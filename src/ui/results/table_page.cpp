@@ -59,7 +59,7 @@ table_page::table_page(results_session& session, series_store& store)
   connect(save, &QPushButton::clicked, this, [this] { attempt([this] { save_grid(content_); }); });
 }
 
-// Before the table that it shows.
+// Must precede the table that it shows.
 table_page::~table_page() {
   delete view_;
 }

@@ -12,7 +12,7 @@ namespace vesk {
 
 class grid_view;
 
-// Saves a grid as CSV under a name that the user gives; failures are shown in a box.
+// Saves a grid as CSV under a name chosen by the user; reports failures in a box.
 void save_grid(const grid& content);
 
 class table_page final : public results_view {
@@ -21,7 +21,7 @@ public:
   ~table_page() override;
 
   void set_results() override;
-  void set_cursor() override; // the row of that time
+  void set_cursor() override; // selects the row of that time
 
 private:
   results_session& session_;

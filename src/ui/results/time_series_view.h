@@ -1,4 +1,4 @@
-// The page "Time series": the chosen series as charts, one for each unit, and a legend with their values at the cursor.
+// The page "Time series": the chosen series as charts, one per unit, and a legend with their values at the cursor.
 #pragma once
 
 #include "ui/results/results_view.h"
@@ -17,7 +17,7 @@ class chart_stack;
 
 class time_series_view final : public results_view {
 public:
-  // All must outlive it.
+  // The arguments must outlive it.
   time_series_view(results_session& session, series_store& store, const live_samples& live);
 
   void set_results() override;

@@ -12,9 +12,9 @@ class variable_box final : public QComboBox {
 public:
   explicit variable_box(const QString& object_name);
 
-  // Takes the session's list; keeps the choice by its name, at first the first one that is chosen on the left.
+  // Takes the session's list. Keeps the selection by name; initially the first variable chosen on the left.
   void show_variables(const results_session& session);
-  std::optional<std::size_t> variable() const;             // in the session's list
+  std::optional<std::size_t> variable() const;             // index in the session's list
   std::string title(const results_session& session) const; // "Oxygen, mg/L"
 };
 
