@@ -1,5 +1,4 @@
-// TBoundaryForm: the concentrations at the network's edges. Which boundaries there are is decided by the pairs of
-// exchanges and flows.
+// TBoundaryForm: the concentrations at the network's edges. The pairs of exchanges and flows determine the boundaries.
 #pragma once
 
 #include "editors/tree_series_form.h"

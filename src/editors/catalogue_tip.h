@@ -1,4 +1,4 @@
-// What the catalogue says of a value, for tool tips.
+// Tool tips with a value's default and range from the catalogue.
 #pragma once
 
 #include "charts/cell.h"

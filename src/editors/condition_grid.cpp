@@ -6,7 +6,7 @@ namespace vesk {
 
 namespace {
 
-constexpr std::size_t first_beyond = 1 << 30; // and the row: shows the row's own text, whatever the list has
+constexpr std::size_t first_beyond = 1 << 30; // plus the row: shows the row's own text, which the list may lack
 
 std::string_view without_blanks(std::string_view text) {
   const auto first = text.find_first_not_of(' ');
@@ -15,8 +15,8 @@ std::string_view without_blanks(std::string_view text) {
 
 } // namespace
 
-// A cell's type belongs to its column, but each row has other values to choose from. So the list is that of the active
-// row, the only one that can be open, and every cell shows its row's text as one beyond the list.
+// A cell's type belongs to its column, but each row has its own choices. The column's list is therefore that of the
+// active row, the only one that can be open, and every cell shows its text as an item beyond the list.
 class condition_grid::row_items final : public item_list {
 public:
   using list_reader = std::function<const std::vector<std::string>&()>;
@@ -49,8 +49,8 @@ public:
 private:
   list_reader list_;
   text_reader text_of_;
-  std::function<bool()> is_a_part_; // the source has values that are not in the list
-  mutable std::string typed_;       // the last text that was found to be another one
+  std::function<bool()> is_a_part_; // the list is incomplete: the source has more values
+  mutable std::string typed_;       // the last typed text that was not in the list
 };
 
 condition_grid::condition_grid(import_query& query, std::function<std::size_t()> active_row)
@@ -81,7 +81,7 @@ const std::vector<std::string>& condition_grid::values_of_active_row() const {
   return row < query_.choices.size() ? query_.choices[row].values : none;
 }
 
-// The first row has no row before it that a conjunction could link it to.
+// The first row has no preceding row to be linked to.
 cell_value condition_grid::value(std::size_t row, std::size_t column) const {
   if (row >= row_count() || (row == 0 && column == conjunction_column)) return {};
   const query_condition& condition = query_.stored.conditions[row];
@@ -111,7 +111,7 @@ std::string condition_grid::tool_tip(std::size_t, std::size_t column) const {
   case conjunction_column: return "How this condition is linked to the one above. AND binds more tightly than OR.";
   case field_column: return "The field that is compared";
   case comparison_column: return "How the field is compared with the value";
-  default: return "One of the values that the field has in the table";
+  default: return "A value that the field has in the table";
   }
 }
 

@@ -16,7 +16,7 @@ public:
   // `query` must outlive the grid. `active_row`: the row whose fields and values the lists show.
   condition_grid(import_query& query, std::function<std::size_t()> active_row);
 
-  // The values of the row have to be read: its field is another one, or its value was typed.
+  // The row's values must be read: its field has changed, or its value was typed.
   std::function<void(std::size_t row)> OnValuesWanted;
 
   std::span<const grid_column> columns() const override { return columns_; }

@@ -9,7 +9,7 @@ class TConstantsForm final : public list_form<constant_data_type> {
 public:
   explicit TConstantsForm(editor_host& host);
 
-  void FormShow() override; // goes back to the first group
+  void FormShow() override; // returns to the first group
   editor_choice* choice() override { return &ConstantGroupComboBox; }
   void ChoiceChange(std::size_t position) override;
 

@@ -23,15 +23,15 @@ public:
   std::vector<std::size_t> offered;                           // positions of the segments in the list
   std::function<std::string(const TCopySeriesForm&)> outcome; // what OK would do
 
-  std::vector<bool> SystemCheckListBox;  // one for each system
-  std::vector<bool> SegmentCheckListBox; // one for each of `offered`
+  std::vector<bool> SystemCheckListBox;  // one per system
+  std::vector<bool> SegmentCheckListBox; // one per item of `offered`
   bool with_query = true;                // also the interpolation and the stored query
 
   std::string system_text(std::size_t system) const;
   std::string segment_text(std::size_t row) const; // "5: Halifax"
   std::string message() const;
 
-  // Nothing is chosen but the system of the source.
+  // Selects only the system of the source.
   void begin(std::string of_source, std::size_t system, std::vector<std::size_t> segments);
 
   void data_set_replaced() override { is_replaced_ = true; }

@@ -1,6 +1,6 @@
 // TEditProjectForm: the files that belong to a data file.
 //
-// It edits the data set's list in place and without a snapshot: changes stay after Cancel.
+// It edits the data set's list in place without a snapshot, so changes survive Cancel.
 #pragma once
 
 #include "editors/editor.h"

@@ -19,7 +19,7 @@ namespace vesk {
 
 namespace {
 
-// Cells that are typed into one series one after the other are one step.
+// Consecutive cells typed into one series are one step.
 std::string merge_key(std::string_view class_name, const series_ref& ref) {
   std::string key(class_name);
   for (const std::size_t part : {static_cast<std::size_t>(ref.kind), ref.owner, ref.index})
@@ -89,13 +89,13 @@ bool editor::FormCloseQuery(bool by_ok) {
   return false;
 }
 
-// A step that fails also replaces the data set, by the one before it.
+// A failed step also replaces the data set, with the state before the step.
 void editor::end_step(bool completed) {
   takes_step([&] { host_.end_step(completed); });
 }
 
 void editor::data_set_replaced() {
-  if (!takes_step_) message_ = "A job has replaced the data set. Undo brings back what was here.";
+  if (!takes_step_) message_ = "A job has replaced the data set. Undo restores the previous one.";
   ages_.forget();
   for (const auto& panel : panels_) panel->table.give_up_refused();
   take_content();
@@ -171,10 +171,10 @@ std::string editor::reason_against(panel_buttons button, const editor_panel& pan
   constexpr unsigned row_buttons = insert_button | delete_button | delete_all_button;
   if (panel.buttons & button)
     return (button & row_buttons) && !panel.table.content().has_free_rows() ? panel.empty_hint : std::string();
-  if (button & row_buttons) return "The rows of this grid are fixed: first go to a grid with rows of its own.";
-  if (button == fill_calc_button) return "This grid has no numbers to fill: first go to another grid.";
-  if (button == graph_button) return "Only a series can be drawn: first go to the grid of times and values.";
-  return "This grid does not have it: first go to another grid.";
+  if (button & row_buttons) return "The rows of this grid are fixed: first select a grid whose rows can be changed.";
+  if (button == fill_calc_button) return "This grid has no numbers to fill: first select another grid.";
+  if (button == graph_button) return "Only a series can be drawn: first select the grid of times and values.";
+  return "This grid does not support this command: first select another grid.";
 }
 
 void editor::sort_by_date_and_time(editor_panel& panel) {
@@ -193,7 +193,7 @@ void editor::CopyButtonClick(editor_panel& panel, bool with_headers) {
 
 void editor::PasteButtonClick(editor_panel& panel) {
   if (!may_go_on()) return;
-  // Rows that come or go may have their own message.
+  // Inserting or erasing rows may set a message first.
   const TFillCalcTable::paste_outcome pasted = panel.table.do_paste(host_.questions().clipboard_text());
   if (!pasted.refusal.empty()) return say("Paste", pasted.refusal);
   std::string came = counted(pasted.rows, "row");
@@ -241,7 +241,7 @@ void editor::ImportButtonClick(editor_panel& panel) {
   panel.table.display_rows();
   refresh_series();
   ages_.forget();
-  refresh_tree(); // a mark for a newer source goes
+  refresh_tree(); // a mark for a newer source disappears
   if (by_ok) set_message(dialog.report());
   refresh_texts();
 }
@@ -287,8 +287,8 @@ void editor::interpolate_between(editor_panel& panel) {
               [&](point_list& points) { vesk::interpolate_between(points, rows.top, rows.bottom); });
 }
 
-// Onwards from the last one; then the other panels from their first cell; at last this one from its first. Only without
-// a marked cell it is the turn of the tree.
+// Searches from the last mark to the end of its panel, then the other panels from the top, then this panel from the
+// top. The tree comes last, if no cell is marked.
 void editor::go_to_next_mark() {
   if (!may_go_on()) return;
   for (std::size_t i = 0; i <= panels_.size(); ++i) {
@@ -308,7 +308,7 @@ bool editor::has_names() const {
   return named_panel(nullptr) != nullptr;
 }
 
-// The nearest one up to the focused one, since the grids go from master to detail.
+// The nearest one at or before the focused one, since the grids go from master to detail.
 editor_panel* editor::named_panel(const editor_panel* focused) const {
   editor_panel* named = nullptr;
   bool is_past = !focused;
@@ -322,7 +322,7 @@ editor_panel* editor::named_panel(const editor_panel* focused) const {
 
 void editor::find_next(editor_panel* focused, const std::string& wanted) {
   if (!may_go_on()) return;
-  if (wanted.empty()) return set_message("Type a part of the name that is to be found.");
+  if (wanted.empty()) return set_message("Type part of the name to find.");
   bool found = false;
   if (tree() && (!focused || !name_column(*focused))) {
     found = find_in_tree(wanted);
@@ -334,7 +334,7 @@ void editor::find_next(editor_panel* focused, const std::string& wanted) {
   if (!found) set_message("No name contains \"" + wanted + "\".");
 }
 
-// Onwards from the active row. Pages that share their rows show the row where they are.
+// Searches from the active row. Pages with shared rows show the row on the current page.
 bool editor::find_in_grid(editor_panel& panel, const editor_panel* focused, const std::string& wanted) {
   TFillCalcTable& table = panel.table;
   const std::size_t column = *name_column(panel);
@@ -357,10 +357,10 @@ bool editor::find_in_tree(const std::string& wanted) {
   });
 }
 
-// Groups and items in the order in which they are shown, from the selected one on and round.
+// Visits groups and items in display order, starting after the selected one and wrapping around.
 bool editor::select_next_node(const std::function<bool(const editor_tree::node&)>& is_wanted) {
   editor_tree& nodes = *tree();
-  std::vector<std::size_t> begins; // of each group
+  std::vector<std::size_t> begins; // first position of each group
   std::size_t count = 0;
   for (std::size_t group = 0; group < nodes.group_count(); ++group) {
     begins.push_back(count);
@@ -382,7 +382,7 @@ bool editor::select_next_node(const std::function<bool(const editor_tree::node&)
   return false;
 }
 
-// The window of the network.
+// The network window.
 
 void editor::NetworkButtonClick() {
   host_.questions().show_network();
@@ -392,7 +392,7 @@ void editor::go_to_segment(std::size_t segment) {
   const prevesk_dataset_data_type* data = host_.data_set();
   if (!data || segment >= data->segments.size() || !may_go_on()) return;
   if (!select_segment(segment))
-    set_message("Nothing here names segment " + std::to_string(segment + 1) + " (" +
+    set_message("No row here refers to segment " + std::to_string(segment + 1) + " (" +
                 data->segments[segment].name.str() + ").");
 }
 
@@ -441,18 +441,18 @@ void editor::refresh_from_source(editor_panel& panel) {
           return refreshed(query, folder, data, points);
         });
   } catch (const std::exception& error) {
-    return say(label, as_sentence(error.what()) + " The series is as it was.");
+    return say(label, as_sentence(error.what()) + " The series is unchanged.");
   }
-  // The data set that has come in its place has its own message.
+  // data_set_replaced has already set its message.
   if (host_.generation() != generation) return;
-  if (!filled) return set_message("Cancelled. The series is as it was.");
+  if (!filled) return set_message("Cancelled. The series is unchanged.");
   const std::string outcome = as_sentence(in_words("Refreshed", query, filled->report));
-  if (filled->report.points == 0) return say(label, outcome + " The series is as it was.");
+  if (filled->report.points == 0) return say(label, outcome + " The series is unchanged.");
   const bool is_same = filled->points == panel.series->series()->points;
   if (!is_same) edit_points(panel, label, [&](point_list& points) { points = std::move(filled->points); });
   edit_series(*host_.data_set(), ref).filled = filled->report.as_of;
   ages_.forget();
-  refresh_tree(); // which loses the mark
+  refresh_tree(); // the mark disappears
   set_message(outcome + (is_same ? " The points are the same as before." : ""));
 }
 

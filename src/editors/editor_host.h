@@ -1,4 +1,4 @@
-// What a form needs from the program. The main form is the only host; tests have their own.
+// Services that forms need from the program. The main form is the only host; tests have their own.
 //
 // Main thread only.
 #pragma once
@@ -27,13 +27,13 @@ public:
   virtual prevesk_dataset_data_type* data_set() = 0;
   virtual std::uint64_t generation() const = 0;
 
-  // Where the data file is; empty for a data set without a file. Stored queries name their files relative to it.
+  // The data file's folder; empty for a data set without a file. Stored queries name their files relative to it.
   virtual std::filesystem::path data_folder() const = 0;
 
   virtual user_questions& questions() = 0;
 
-  // Does long work on a copy of the data set; see the function of this name in long_work.h. Nothing also when the data
-  // set has been replaced meanwhile: the generation has moved then.
+  // Does long work on a copy of the data set; see the function of this name in long_work.h. Also returns nothing if the
+  // data set has been replaced meanwhile: the generation has then changed.
   template <class Work>
   auto with_progress(const std::string& what, Work work) {
     const std::uint64_t before = generation();
@@ -42,15 +42,15 @@ public:
     return result;
   }
 
-  // The picture that number cells of this kind are shown in; `setting` is its name in the settings.
+  // The picture for number cells of this kind; `setting` is its name in the settings.
   virtual std::string number_format(std::string_view setting) const = 0;
 
-  // One user operation: a step of the history, under this label. Not completed: the data set is restored to its state
-  // at the begin. Steps do not nest; typed cells under the same key merge when they follow soon.
+  // One user operation: a step of the history with this label. If it is not completed, the data set is restored to its
+  // state at the start. Steps do not nest; typed cells with the same key merge if they follow each other closely.
   virtual void begin_step(const std::string& label, const std::string& merge_key) = 0;
   virtual void end_step(bool completed) = 0;
 
-  // Undo and Redo go back to the opening of the editor at most. The label is of the step; empty: nothing to undo.
+  // Undo and Redo reach back to the opening of the editor at most. The label is the step's; empty: nothing to undo.
   virtual std::string undo_label() const = 0;
   virtual std::string redo_label() const = 0;
   virtual void undo() = 0;
@@ -66,15 +66,15 @@ public:
   virtual int diagnostic_level() const = 0;
   virtual void set_diagnostic_level(int level) = 0;
 
-  // Memory for the steps of Undo, in millions of bytes; 0: as much as suits the machine.
+  // Memory for Undo steps, in millions of bytes; 0: automatic, depending on the machine.
   virtual int undo_megabytes() const = 0;
   virtual void set_undo_megabytes(int megabytes) = 0;
 
-  // Whether the results of a run are shown when it has ended.
+  // Whether to show the results after a run.
   virtual bool show_results_after_run() const { return false; }
   virtual void set_show_results_after_run(bool) {}
 
-  // Jobs that a form may start. A job that ends replaces the data set, like all else that does.
+  // Jobs that a form may start. The end of a job replaces the data set.
   virtual void start_load_restart_file() = 0; // asks for the file
   virtual bool restart_file_is_loading() const = 0;
   virtual void cancel_job() = 0;

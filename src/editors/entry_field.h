@@ -1,6 +1,6 @@
 // One field of a dialog that takes a date, a time or a number: the typed text and its value.
 //
-// A value that was not edited is returned bit for bit, however its field rounds it.
+// A value that was not edited is returned bit for bit, even if its field shows it rounded.
 #pragma once
 
 #include "charts/cell.h"
@@ -20,20 +20,20 @@ public:
   const std::string label; // beside it
 
   void load(double value);
-  void follow(double value); // load, on behalf of the user: counts as touched
-  // Takes what was typed; false: refused, and `refusal` says why. The text of the present value changes nothing.
+  void follow(double value); // like load, but counts as touched: set on behalf of the user
+  // Accepts typed text; false: refused, and `refusal` says why. The text of the current value changes nothing.
   bool enter(std::string_view text);
-  void restore(); // the text of the present value in place of a refused one
+  void restore(); // replaces a refused text with that of the current value
 
   double value() const { return value_; }
   const std::string& text() const { return text_; }
   const std::string& refusal() const { return refusal_; } // empty: accepted
-  bool touched() const { return touched_; }               // by the user, since it was loaded
+  bool touched() const { return touched_; }               // by the user, since the last load
 
 private:
   cell_type type_;
   double value_ = 0;
-  std::string value_text_, text_, refusal_; // of the value; as typed, where that was refused
+  std::string value_text_, text_, refusal_; // text of the value; text as typed, if refused
   bool touched_ = false;
 };
 

@@ -65,7 +65,7 @@ std::int32_t end_of(const flow_pair_record_type& pair, std::size_t column) {
   return column == 0 ? pair.from_segment : pair.to_segment;
 }
 
-// What is suspicious about one end of a pair, in a network of `segments`; empty: nothing.
+// A warning about one end of a pair, in a network of `segments`; empty: none.
 std::string finding_of_end(std::int32_t end, std::int32_t other, std::size_t segments) {
   if (end >= 0 && static_cast<std::size_t>(end) >= segments)
     return "There is no segment " + std::to_string(std::int64_t{end} + 1) + ".";
@@ -114,7 +114,7 @@ Grids TExchangesFlowsForm::make_grids(
     function.description = new_function;
     return function;
   };
-  // By the button a function comes with the two points of a run; by Down or a paste it comes without.
+  // The button adds a function with the two points of a run; Down or a paste adds one without points.
   grids.functions.make_inserted = [this, make = grids.functions.make_appended] {
     function_type function = make();
     this->host().data_set()->ensure_default_points(function.points);
@@ -175,7 +175,7 @@ void TExchangesFlowsForm::take_content() {
   show_functions();
 }
 
-// Whether a detail has a refused entry, whose place other rows would take; then the master is at `row` again.
+// Whether a detail has a refused entry, which must not be replaced by other rows; then returns the master to `row`.
 bool TExchangesFlowsForm::stays_at(editor_panel& master, std::size_t row,
                                    std::initializer_list<editor_panel*> its_details) {
   if (std::ranges::none_of(its_details, [](const editor_panel* one) { return one->table.refused().has_value(); }))
@@ -203,7 +203,7 @@ void TExchangesFlowsForm::show_functions() {
   function_panel_.label = has_field() ? description_of_field() + " functions" : "Functions";
   with_grids([this](auto& grids) { function_panel_.table.show(grids.functions); });
   if (another && function_panel_.table.active_row() != 0)
-    function_panel_.table.set_active(0, function_panel_.table.active_column()); // which shows the details
+    function_panel_.table.set_active(0, function_panel_.table.active_column()); // this shows the details
   else
     show_details(another ? details::from_their_first_row : details::as_they_are);
 }
@@ -220,10 +220,10 @@ void TExchangesFlowsForm::show_details(details position) {
   with_grids([this](auto& grids) { pair_panel_.table.show(grids.pairs); });
   series_panel_.table.show(points_);
   pair_panel_.empty_hint = series ? "No pairs: choose Insert for the first one, or paste rows."
-                                  : "Insert a function first. Its segment pairs come here.";
+                                  : "Insert a function first. Its segment pairs are edited here.";
   series_panel_.empty_hint = series ? "No points: choose Insert for the first one, or paste rows."
-                                    : "Insert a function first. Its times and values come here.";
-  if (has_field()) { // else they keep the captions of the opening
+                                    : "Insert a function first. Its times and values are edited here.";
+  if (has_field()) { // otherwise the captions stay as at opening
     const std::string field = description_of_field(), function = description_of_function();
     pair_panel_.label = series ? with_names("Segment pairs", field, function) : "Segment pairs";
     series_panel_.label = series ? with_names("Time/value pairs", field, function) : "Time/value pairs";
@@ -282,13 +282,13 @@ std::optional<std::size_t> TExchangesFlowsForm::segment_in_focus() const {
 
 namespace {
 
-// Where a pair is.
+// Position of a pair.
 struct pair_place {
   std::size_t field = 0, function = 0, pair = 0;
   friend auto operator<=>(const pair_place&, const pair_place&) = default;
 };
 
-// The first pair after `now` that names the segment; after the last pair the first of all.
+// The first pair after `now` that refers to the segment, wrapping around.
 template <class Fields>
 std::optional<pair_place> next_pair(const Fields& fields, const pair_place& now, std::int32_t segment) {
   std::optional<pair_place> first;

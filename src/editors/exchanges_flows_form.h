@@ -1,7 +1,6 @@
-// TExchangesFlowsForm: the exchange fields or the flow fields, their functions, and of each its pairs and its series.
+// TExchangesFlowsForm: the exchange or flow fields, their functions, and the pairs and series of each function.
 //
-// One dialog with two modes; four grids from master to detail, and one row of buttons that acts on the grid entered
-// last.
+// One dialog with two modes; four grids from master to detail, and one row of buttons that acts on the active grid.
 #pragma once
 
 #include "editors/editor.h"
@@ -25,9 +24,9 @@ public:
   std::optional<std::size_t> active_grid() const override { return active_grid_; }
   void grid_entered(std::size_t position) override;
 
-  void FormShow() override; // on the first function
+  void FormShow() override; // selects the first function
   bool is_about_segments() const override { return true; }
-  std::optional<std::size_t> segment_in_focus() const override; // the first one of the active pair
+  std::optional<std::size_t> segment_in_focus() const override; // the first of the active pair
 
 protected:
   void take_content() override;
@@ -35,7 +34,7 @@ protected:
   std::string find_refusal() override;
 
 private:
-  // The grids over one of the two trees of records, which have the same shape.
+  // The grids over one of the two record trees, which have the same shape.
   template <class Field, class Function, class Pair>
   struct tree_grids {
     shared_list<Field> prevesk_dataset_data_type::*fields_of;
@@ -49,7 +48,7 @@ private:
   template <class Grids>
   Grids make_grids(decltype(Grids::fields_of) fields_of, const char* new_function,
                    std::vector<record_column<typename decltype(Grids::pairs)::record_type>> pair_columns);
-  // Calls `visit` with the grids of the present mode.
+  // Calls `visit` with the grids of the current mode.
   template <class Visit>
   auto with_grids(const Visit& visit) {
     return exchange_mode ? visit(exchanges_) : visit(flows_);
@@ -57,11 +56,12 @@ private:
 
   void enter_field();
   void enter_function();
-  void show_functions(); // from the first one, if it is another field
+  void show_functions(); // from the first one after a change of field
   enum class details { from_their_first_row, as_they_are };
-  void show_details(details position = details::from_their_first_row); // always so if it is another function
+  void show_details(
+      details position = details::from_their_first_row); // always from the first row after a change of function
   bool stays_at(editor_panel& master, std::size_t row, std::initializer_list<editor_panel*> its_details);
-  bool has_field() const;                      // an active one
+  bool has_field() const;                      // whether a field is active
   std::string description_of_field() const;    // of the active one; empty without one
   std::string description_of_function() const; // of the active one; empty without one
   std::optional<series_ref> active_series() const;

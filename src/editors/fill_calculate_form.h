@@ -14,7 +14,7 @@ public:
   std::string_view class_name() const override { return "TFillCalculateForm"; }
   std::string caption() const override { return "Fill/Calculate"; }
 
-  std::string FillCalculateEdit; // kept from one use to the next
+  std::string FillCalculateEdit; // kept between uses
 };
 
 } // namespace vesk

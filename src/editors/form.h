@@ -1,6 +1,6 @@
 // The base of all forms: a dialog's state, texts and decisions, without its window.
 //
-// A form is one object for the life of the program. Its window is created when it is first shown, and kept.
+// Each form exists once, for the life of the program. Its window is created when it is first shown, and kept.
 #pragma once
 
 #include <string>
@@ -20,10 +20,10 @@ public:
 
   virtual void FormShow() {} // before the window is shown; fills in its content
 
-  // Asked before the window closes, by OK or in any other way; false: it stays open.
+  // Called before the window closes, by OK or otherwise; false: it stays open.
   virtual bool FormCloseQuery(bool /*by_ok*/) { return true; }
 
-  // The current data set is another object, or has other content. Called only while the form is shown.
+  // The current data set has been replaced or changed. Called only while the form is shown.
   virtual void data_set_replaced() {}
 };
 

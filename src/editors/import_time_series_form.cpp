@@ -35,7 +35,7 @@ constexpr import_option option_rows[] = {
     {"ReplaceExistingCheckBox", "Replace existing records", &query::replace_existing},
     {"DeferImportCheckBox", "Defer import of data until model is run", &query::deferred},
     {"DrillDownCheckBox", "Drill down", nullptr,
-     "The values offered for a condition are those that the other conditions leave, as they are when its row is "
+     "The values offered for a condition are those that match the other conditions, as of when its row is "
      "inserted or its field is chosen."},
 };
 
@@ -44,8 +44,8 @@ std::optional<std::size_t> position_of(const std::vector<std::string>& names, co
   return found == names.end() ? std::nullopt : std::optional(static_cast<std::size_t>(found - names.begin()));
 }
 
-// After a change of table: the query's own field where the table has it, else the one of the usual name, else the
-// query's own until the user chooses another.
+// After a change of table, chooses the query's own field if the table has it, else the one with the usual name, else
+// keeps the query's own.
 void choose_field(const import_query& source, std::string& field, std::string_view usual_name) {
   if (position_of(source.field_names, field)) return;
   for (const std::string& name : source.field_names)
@@ -111,7 +111,7 @@ auto TImportTimeSeriesForm::work_on_query(const char* title, Work work, std::str
     value result;
   };
   message_.clear();
-  import_query copy = query_; // with the source: it need not be opened again
+  import_query copy = query_; // includes the source, which need not be reopened
   copy.engine.take_connection(query_.engine);
   const std::string what = "Reading " + copy.stored.file_name;
   const std::uint64_t generation = host_.generation();
@@ -140,7 +140,7 @@ auto TImportTimeSeriesForm::work_on_query(const char* title, Work work, std::str
   return result;
 }
 
-// A query that is not complete is no failure here. The text of a failure is left to the command that needs the source.
+// An incomplete query is not an error here. The command that needs the source reports failures.
 void TImportTimeSeriesForm::FormShow() {
   if (query_.stored.file_name.empty()) return say("Select the file that holds the data.");
   work_on_query(no_failure_text, [](import_query& source, const prevesk_dataset_data_type&) {
@@ -151,7 +151,7 @@ void TImportTimeSeriesForm::FormShow() {
   });
 }
 
-// A condition shows what was typed, but has its old value.
+// While refused, a condition shows the typed text but keeps its old value.
 bool TImportTimeSeriesForm::nothing_is_refused() {
   const auto& refused = ConditionTable.refused();
   if (!refused) return true;
@@ -232,7 +232,7 @@ bool TImportTimeSeriesForm::is_on(const import_option& option) const {
 std::string TImportTimeSeriesForm::sql() const {
   try {
     return query_.build_sql(*host_.data_set());
-  } catch (const query_exception& error) { // a number in a condition that has no meaning
+  } catch (const query_exception& error) { // a number in a condition that cannot be parsed
     return error.what();
   }
 }
@@ -251,7 +251,7 @@ std::string TImportTimeSeriesForm::message() const {
 
 std::string TImportTimeSeriesForm::value_note() const {
   const std::size_t row = ConditionTable.active_row();
-  if (query_.stored.conditions.empty()) return "No conditions: all rows are taken.";
+  if (query_.stored.conditions.empty()) return "No conditions: all rows are used.";
   if (row >= query_.choices.size() || query_.choices[row].value_count <= most_listed) return {};
   return query_.stored.conditions[row].field_name + ": the first " + std::to_string(most_listed) + " of " +
          std::to_string(query_.choices[row].value_count) + " values are listed; others can be typed.";
@@ -275,7 +275,7 @@ void TImportTimeSeriesForm::NameEditChange(const std::string& name) {
   query_.stored.name = name;
 }
 
-// A source in or below the data file's folder moves together with it.
+// A source in or below the data file's folder can move together with it.
 std::string TImportTimeSeriesForm::name_to_store(const std::string& file) const {
   const fs::path folder = host_.data_folder();
   if (folder.empty()) return file;
@@ -385,13 +385,13 @@ void TImportTimeSeriesForm::copy_results(bool with_headers) {
   if (nothing_is_refused() && has_results_) host_.questions().set_clipboard_text(ResultsTable.do_copy(with_headers));
 }
 
-// The ways out.
+// Closing.
 
-// The data set that a job has put in place may have the series elsewhere, and another one in its place.
+// A job's data set may have the series elsewhere, with another one in its position.
 bool TImportTimeSeriesForm::has_target() {
   const auto found = find_series(*host_.data_set(), identity_);
   if (!found) {
-    say("A job has replaced the data set, and this series is not in it any more. Only Cancel is possible.");
+    say("A job has replaced the data set, and this series is no longer in it. Only Cancel is possible.");
     return false;
   }
   target_ = *found;
@@ -442,11 +442,11 @@ bool TImportTimeSeriesForm::FormCloseQuery(bool by_ok) {
   return true;
 }
 
-// One step of the history. The points are put in order here, so that this belongs to it.
+// One step of the history, including the sorting of the points.
 void TImportTimeSeriesForm::store(const char* label, std::optional<filling> filled) {
   const stored_series& series = *find_series(*host_.data_set(), target_);
   query present = *series.query;
-  // Opening a file that is one table names it as the table, too; that alone is no change.
+  // Opening a file that is one table also stores the file's name as the table; that alone is not a change.
   if (query_.source_kind == source_one_table && present.file_name == query_.stored.file_name)
     present.table_name = query_.stored.table_name;
   const bool is_other_query = present != query_.stored;

@@ -1,8 +1,7 @@
-// TImportTimeSeriesForm: defines the stored query of a series, and fills the series by it.
+// TImportTimeSeriesForm: defines the stored query of a series, and fills the series from it.
 //
-// It works on a copy of the query. Import and OK put that into the data set, in one step of the history; until then,
-// and after any failure, series and query are as they were. Everything that reads a table does so in the background.
-// Main thread only.
+// It works on a copy of the query. Import and OK store it in the data set as one step of the history; until then, and
+// after any failure, series and query are unchanged. All reading of tables runs in the background. Main thread only.
 #pragma once
 
 #include "charts/fill_calc_table.h"
@@ -22,7 +21,7 @@
 
 namespace vesk {
 
-// A check box of the dialog and the member of the query that it is.
+// A check box of the dialog and its member of the query.
 struct import_option {
   const char* control;
   const char* label;
@@ -39,7 +38,7 @@ private:
 public:
   explicit TImportTimeSeriesForm(editor_host& host);
 
-  // Before it is shown: the series that it is about, which must exist, and the caption of the editor that shows it.
+  // Call before showing the form: the series, which must exist, and the caption of its editor.
   void begin(const series_ref& target, std::string editor_caption);
 
   std::string_view class_name() const override { return "TImportTimeSeriesForm"; }
@@ -48,39 +47,39 @@ public:
   bool FormCloseQuery(bool by_ok) override; // OK stores the query
   void data_set_replaced() override;
 
-  // What is shown.
+  // Content.
   const import_query_descriptor& stored() const { return query_.stored; }
   const std::vector<std::string>& tables() const { return query_.tables; } // empty: the file is one table
   const std::vector<std::string>& field_names() const { return query_.field_names; }
-  // Positions in these lists; nothing where the list lacks what the query names.
+  // Positions in these lists; nothing if the list lacks the query's name.
   std::optional<std::size_t> table() const;
   std::optional<std::size_t> date_time_field() const;
   std::optional<std::size_t> value_field() const;
   static std::span<const import_option> options();
   bool is_on(const import_option& option) const;
   std::string sql() const;          // empty while a condition has no value
-  std::string sql_hint() const;     // in its place while it is empty
+  std::string sql_hint() const;     // shown instead while it is empty
   std::string value_note() const;   // under the conditions: how much of the active row's list is shown
   std::string results_note() const; // above the results
   const std::string& series_name() const { return series_name_; }
   std::string message() const;                          // about a refused entry, else the last command
-  const std::string& report() const { return report_; } // what Import has done, for the editor
+  const std::string& report() const { return report_; } // outcome of Import, for the editor
 
   TFillCalcTable ConditionTable{conditions_}, ResultsTable{results_};
 
-  // Set by the window. `OnChange` follows every change of what is shown. `later` runs its argument when the present
-  // event has been dealt with, since a background read must not begin in the middle of an edit; at once without it.
+  // Set by the window. `OnChange` follows every change of the content. `later` runs its argument after the current
+  // event, since a background read must not start in the middle of an edit; if unset, the argument runs at once.
   std::function<void()> OnChange;
-  std::function<void()> OnRefusal; // gives the focus to the conditions, one of which is to be corrected
+  std::function<void()> OnRefusal; // focuses the conditions, one of which must be corrected
   std::function<void(std::function<void()>)> later;
 
-  // As in the editors: while an entry is refused, every command but Cancel only leads back to it.
+  // As in the editors: while an entry is refused, every command except Cancel only returns to it.
   bool nothing_is_refused();
 
   // Controls.
   void NameEditChange(const std::string& name);
   void BrowseButtonClick();
-  bool FileNameEditChange(const std::string& name); // false: it cannot be read, and the query is as before
+  bool FileNameEditChange(const std::string& name); // false: it cannot be read, and the query is unchanged
   void TableListChange(std::size_t position);
   void DateTimeFieldChange(std::size_t position);
   void ValueFieldChange(std::size_t position);
@@ -94,19 +93,19 @@ public:
   void copy_results(bool with_headers); // the selected cells
 
 private:
-  // Does work(query, data) on the working query in the background and takes both the query and the value. Nothing after
-  // a failure, which is shown under `title`, and after Cancel; the working query is then as it was.
+  // Runs work(query, data) on a copy of the working query in the background, then keeps the query and returns the
+  // value. Returns nothing after Cancel and after a failure, shown under `title`; the working query is then unchanged.
   template <class Work>
   auto work_on_query(const char* title, Work work, std::string when_cancelled = "Cancelled. Nothing was changed.");
   bool open_source(const std::string& file_name);
   void refresh_values(std::size_t condition);
-  void show_lists(); // the conditions and all else, after a change
+  void show_lists(); // the conditions and everything else, after a change
   void clear_results();
   void changed() const;
   void say(std::string message);
-  bool has_target(); // looks for it; otherwise says so
+  bool has_target(); // finds the series; otherwise reports that it is gone
   std::string name_to_store(const std::string& file) const;
-  void store(const char* label, std::optional<filling> filled = std::nullopt); // without: the query alone
+  void store(const char* label, std::optional<filling> filled = std::nullopt); // without points: stores only the query
 
   editor_host& host_;
   series_ref target_; // present position of `identity_`

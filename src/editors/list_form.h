@@ -1,4 +1,4 @@
-// The editors of the lists that the model's catalogue fixes: one grid, a column table, no rows to add or remove.
+// The editors of lists defined by the model's catalogue: one grid, a column table, no rows to add or remove.
 #pragma once
 
 #include "editors/editor.h"

@@ -7,7 +7,7 @@ namespace vesk {
 
 namespace {
 
-// One of the two questions has "dso", and is required to.
+// One of the two required texts is spelled "dso".
 constexpr const char* sure = "Are you sure you want to do this?";
 constexpr const char* sure_of_list = "Are you sure you want to dso this?";
 
@@ -105,7 +105,7 @@ void TLoadsForm::delete_load(std::size_t system, std::size_t load) {
   if (!may_delete(system, segment, sure)) return;
   change_loads(system, "Delete", [segment](shared_list<loads_data_type>& loads) {
     for (std::size_t i = 0; i < loads.size(); ++i)
-      if (loads[i].segment == segment) return loads.erase(i); // the first of the segment
+      if (loads[i].segment == segment) return loads.erase(i); // the first one of the segment
   });
 }
 
@@ -113,11 +113,11 @@ void TLoadsForm::add_remove_loads(std::size_t system) {
   if (!may_go_on()) return;
   select_segments_.selected_system = system;
   const bool by_ok = host().questions().show_form(select_segments_);
-  // A job that ended meanwhile has also renewed the list.
+  // The data set's replacement by a job has also refreshed the list.
   const std::uint64_t generation = select_segments_.shown_generation();
   if (!by_ok || host().generation() != generation || system >= group_count()) return records_changed();
 
-  // All questions come first: the data set may be replaced while one is open, and then nothing is changed.
+  // All questions come first: the data set may be replaced during one, and then nothing is changed.
   const shared_list<loads_data_type> present = host().data_set()->systems[system].loads;
   const std::vector<bool> wanted = select_segments_.SegmentCheckListBox;
   const std::vector<bool> loaded = loaded_segments(present, wanted.size());

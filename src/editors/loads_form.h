@@ -14,12 +14,12 @@ public:
 
   // The popups' commands.
   void add_all_loads(std::size_t system);
-  void delete_all_loads(std::size_t system); // after a question, as the next one
+  void delete_all_loads(std::size_t system); // asks first, as does delete_load
   void delete_load(std::size_t system, std::size_t load);
   void add_remove_loads(std::size_t system); // through TSelectSegmentsForm
 
 private:
-  // Changes the system's loads in one step, and shows the tree anew.
+  // Changes the system's loads in one step, and refreshes the tree.
   void change_loads(std::size_t system, const std::string& label,
                     const std::function<void(shared_list<loads_data_type>&)>& change);
   loads_data_type new_load(std::size_t segment) const;

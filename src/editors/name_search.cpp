@@ -11,7 +11,7 @@ bool contains_in_any_case(std::string_view name, std::string_view wanted) {
 std::optional<std::size_t> find_name(std::size_t count, std::size_t from,
                                      const std::function<std::string(std::size_t)>& name, std::string_view wanted) {
   if (wanted.empty()) return std::nullopt;
-  const std::string capitals = in_capitals(wanted); // once, for a million names
+  const std::string capitals = in_capitals(wanted); // converted once, for a million names
   for (std::size_t i = 0; i < count; ++i) {
     const std::size_t at = (from + i) % count;
     if (in_capitals(name(at)).find(capitals) != std::string::npos) return at;

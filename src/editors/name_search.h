@@ -9,11 +9,11 @@
 
 namespace vesk {
 
-// Whether `name` contains `wanted`, whatever the case of its letters from A to Z.
+// Whether `name` contains `wanted`, ignoring the case of A to Z.
 bool contains_in_any_case(std::string_view name, std::string_view wanted);
 
-// The first of `count` names from position `from` on, and then round from 0, that contains `wanted`. Nothing: none
-// does, or `wanted` is empty.
+// The first of `count` names that contains `wanted`, starting at position `from` and wrapping around. Nothing if none
+// does or `wanted` is empty.
 std::optional<std::size_t> find_name(std::size_t count, std::size_t from,
                                      const std::function<std::string(std::size_t)>& name, std::string_view wanted);
 

@@ -8,7 +8,7 @@ namespace vesk {
 class TOutputControlForm final : public list_form<output_control_type> {
 public:
   explicit TOutputControlForm(editor_host& host);
-  void FormShow() override; // begins at the first row
+  void FormShow() override; // starts at the first row
 };
 
 } // namespace vesk

@@ -7,7 +7,7 @@ namespace vesk {
 
 namespace {
 
-// The fields that hold a number, a date or a time, and their members, in the order of writing back.
+// The fields for numbers, dates and times, and their members, in the order of writing back.
 struct field_row {
   entry_field TParametersForm::*field;
   double prevesk_dataset_data_type::*member;
@@ -98,7 +98,7 @@ TParametersForm::enabled_controls TParametersForm::enabled() const {
           .ok = !host_.restart_file_is_loading()};
 }
 
-// The value, not what its field shows of it.
+// Uses the value, not the rounded text of its field.
 void TParametersForm::StartDateFieldChange() {
   if (StartDateField.refusal().empty()) HydroSkipDateField.follow(StartDateField.value());
 }
@@ -134,7 +134,7 @@ void TParametersForm::LoadRestartFileButtonClick() {
   host_.start_load_restart_file();
 }
 
-// Controls that the user has changed keep their entries, all others show the new data set.
+// Controls that the user has changed keep their entries; all others show the new data set.
 void TParametersForm::data_set_replaced() {
   if (!host_.data_set()) return;
   using controls = parameters_controls;
@@ -145,7 +145,7 @@ void TParametersForm::data_set_replaced() {
       &controls::flow_option, &controls::restart_option, &controls::vesk_to_vesk_linkage);
   const controls fresh = controls_of(*host_.data_set());
   controls next = fresh;
-  if (!comments_edited_) CommentsMemo = shown_.CommentsMemo; // an edit box may give it back with other blanks
+  if (!comments_edited_) CommentsMemo = shown_.CommentsMemo; // an edit box may change white space
   const auto keep = [&](auto member) {
     if (this->*member != shown_.*member) next.*member = this->*member;
   };
@@ -159,7 +159,7 @@ void TParametersForm::data_set_replaced() {
   show_numbers(false);
 }
 
-// By name: of two models with one name the first is taken.
+// By name: if two models share a name, the first is used.
 std::uint32_t TParametersForm::chosen_model_type(const data_type& data) const {
   if (!data.catalogue() || ModelTypeComboBox < 0) return data.model_type;
   const auto& models = data.catalogue()->models;
@@ -235,7 +235,7 @@ void TParametersForm::write_back(data_type& data) const {
     data.refresh_from_catalogue(false);
   else
     data.apply_seed();
-  const auto technique = static_cast<std::size_t>(SolutionTypeComboBox); // beyond all where it is -1
+  const auto technique = static_cast<std::size_t>(SolutionTypeComboBox); // -1 becomes a position beyond all items
   if (technique < data.solution_techniques.size())
     data.solution_type = static_cast<std::uint32_t>(data.solution_techniques[technique].id);
 }

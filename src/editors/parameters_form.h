@@ -1,8 +1,8 @@
 // TParametersForm, the "Data set" dialog: model, period, steps, flows, files and restart of the data set.
 //
-// Unlike the editors it holds what its controls show and writes all of it back on OK, in the order in which later
-// members depend on earlier ones. The main form takes the snapshot before it, adds default points after it has closed,
-// and then reads the hydrodynamic file if the user agreed to it.
+// Unlike the editors it stores the state of its controls and writes everything back on OK, in an order that respects
+// dependencies between members. The main form takes the snapshot before it opens, adds default points after it has
+// closed, and then reads the hydrodynamic file if the user agreed.
 #pragma once
 
 #include "editors/editor_host.h"
@@ -16,19 +16,18 @@
 
 namespace vesk {
 
-// What the controls hold, but for the entry fields; the window writes what the user enters. Positions in lists: -1 is
-// none.
+// The state of the controls except the entry fields, written by the window. Positions in lists: -1 is none.
 struct parameters_controls {
   std::string DatasetNameEdit, CommentsMemo, HydrodynamicLinkageFileEdit, NpsFileNameEdit;
   std::vector<std::string> model_names, solution_names;
   int ModelTypeComboBox = -1, SolutionTypeComboBox = -1;
-  bool dynamic_bed_volume = false; // DynamicBedVolumeRadioButton, else StaticBedVolumeRadioButton
+  bool dynamic_bed_volume = false; // DynamicBedVolumeRadioButton, otherwise StaticBedVolumeRadioButton
   bool NegativeSolutionAllowedCheckBox = false, UseNpsFileCheckBox = false;
   enum : std::uint32_t { net_flows = 1, gross_flows = 2, hydrodynamic_linkage = 3, kinematic_wave = 4 };
-  std::uint32_t flow_option = net_flows; // the radio button that is checked; the linkage where none is
+  std::uint32_t flow_option = net_flows; // the checked radio button; the linkage if none is
   enum : std::uint32_t { no_restart_file = 0, create_restart_file = 1, neither_restart_button = 2 };
   std::uint32_t restart_option = no_restart_file;
-  bool vesk_to_vesk_linkage = false; // EnableVeskToVeskLinkageRadioButton, else the other
+  bool vesk_to_vesk_linkage = false; // EnableVeskToVeskLinkageRadioButton, otherwise the other one
 };
 
 class TParametersForm final : public form, public parameters_controls {
@@ -54,18 +53,18 @@ public:
 
   std::vector<entry_field*> entry_fields(); // all of them
 
-  // Which controls can be used; see the members of the same name. OK and "Load restart file now" wait for the end of a
-  // restart file that is being loaded, but for no other job.
+  // Which controls are enabled; see the members of the same name. OK and "Load restart file now" are disabled while a
+  // restart file is being loaded, but not during other jobs.
   struct enabled_controls {
     bool nps_file, bed_compaction_time_step, hydrodynamic_file, ok;
   };
   enabled_controls enabled() const;
 
   void FormShow() override;
-  bool FormCloseQuery(bool by_ok) override; // Cancel first cancels a restart file that is being loaded
-  void data_set_replaced() override;        // by a job: what the user has not touched is shown anew
+  bool FormCloseQuery(bool by_ok) override; // while a restart file is being loaded, Cancel cancels that first
+  void data_set_replaced() override;        // by a job: refreshes the controls that the user has not touched
 
-  void StartDateFieldChange(); // the skip date follows the start date, which the user has edited
+  void StartDateFieldChange(); // the skip date follows the user's new start date
   void StartTimeFieldChange();
   void BrowseHydButtonClick();
   void BrowseNpsButtonClick();
@@ -86,7 +85,7 @@ private:
   std::string stored_comments(const prevesk_dataset_data_type& data) const;
 
   editor_host& host_;
-  parameters_controls shown_; // as they were filled last; what differs was entered by the user
+  parameters_controls shown_; // as last filled; differences are the user's entries
   std::uint32_t saved_model_type_ = 0;
   bool reinitialize_from_hyd_file_ = false, reads_hydrodynamic_file_ = false, comments_edited_ = false;
   bool was_replaced_ = false;

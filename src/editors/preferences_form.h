@@ -28,11 +28,11 @@ public:
   std::string_view class_name() const override { return "TPreferenceConfigurationForm"; }
   std::string caption() const override { return "Preferences"; }
   void FormShow() override;
-  bool FormCloseQuery(bool by_ok) override; // OK gives all of them back
+  bool FormCloseQuery(bool by_ok) override; // OK applies all of them
 
-  // What the controls show; the window keeps them up to date.
+  // State of the controls; the window keeps it up to date.
   bool LoggingEnabledCheckBox = false;
-  int DiagnosticLevelComboBox = 0; // position in diagnostic_levels; -1: none of them
+  int DiagnosticLevelComboBox = 0; // position in diagnostic_levels; -1: not in the list
   int UndoMegabytesEdit = 0;       // 0: automatic
   bool ShowResultsCheckBox = true;
 

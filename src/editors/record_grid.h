@@ -1,4 +1,4 @@
-// A list of records and a table of columns make a grid.
+// A grid made of a list of records and a table of columns.
 #pragma once
 
 #include "charts/grid.h"
@@ -17,17 +17,17 @@
 
 namespace vesk {
 
-// Tool tip of descriptions, which belong to the catalogue.
+// Tool tip of descriptions, which come from the catalogue.
 inline constexpr const char* description_tip = "Not kept: the catalogue's text returns when the file is opened again.";
 
-// A cell whose record holds something else than the cell does, such as a reference instead of a combo's position.
+// Converts between a record's value and a cell's, such as a reference and a combo's position.
 template <class Record>
 struct translated_member {
   std::function<double(const Record&)> read;
   std::function<void(Record&, double)> write;
 };
 
-// One column of a dialog's table: its header, its kind of cell, and the member of the record that it shows.
+// One column of a dialog's table: its header, its kind of cell, and the record member it shows.
 template <class Record>
 struct record_column {
   using member = std::variant<short_text Record::*, double Record::*, bool Record::*, std::uint32_t Record::*,
@@ -36,7 +36,7 @@ struct record_column {
   std::string header; // lines separated by '\n'
   cell_type type;
   member field;
-  std::string format = {}; // of a number: the setting that holds its picture; empty: `type` has it
+  std::string format = {}; // of a number: the setting with its picture; empty: in `type`
   bool editable = true;
   bool typed_only = false;
   std::string tool_tip = {}; // the same for all rows
@@ -55,18 +55,18 @@ public:
     for (const column& row : rows_) columns_.push_back({row.header, row.type, row.editable, row.typed_only});
   }
 
-  // Takes the pictures from the settings.
+  // Sets the pictures from the settings.
   void take_formats(const editor_host& host) {
     for (std::size_t i = 0; i < rows_.size(); ++i)
       if (!rows_[i].format.empty()) columns_[i].type.picture = host.number_format(rows_[i].format);
   }
 
-  // Remarks on a record's cells; may be empty.
+  // Optional remarks on a record's cells.
   std::function<cell_mark(const Record&, std::size_t column)> mark_of;
   std::function<std::string(const Record&, std::size_t column)> tip_of;
   std::function<std::optional<cell_value>(const Record&, std::size_t column)> default_of;
 
-  // With these the grid has free rows: the record that Insert puts in, and the one that Down and a paste append.
+  // These make rows free: the records added by Insert, and by Down and paste.
   std::function<Record()> make_inserted, make_appended;
 
   std::span<const grid_column> columns() const override { return columns_; }

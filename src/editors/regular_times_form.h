@@ -17,7 +17,7 @@ public:
   static constexpr std::string_view explanation =
       "Adds a point at each of these times that has none yet. Its value is interpolated between its neighbours.";
 
-  // Begins with the run's period and steps of a day.
+  // Starts with the run's period and steps of a day.
   void begin(const prevesk_dataset_data_type& data);
   bool FormCloseQuery(bool by_ok) override;
 

@@ -96,7 +96,7 @@ std::optional<cell_value> segment_value_grid::default_value(std::size_t, std::si
 
 std::vector<record_column<segment_data_type>> TSegmentForm::columns() {
   using segment = segment_data_type;
-  // An unknown type is an item beyond the list, and so differs from the first one, which is shown for it.
+  // An unknown type maps to an item beyond the list, distinct from the first one, which is shown instead.
   const translated_member<segment> type{[this](const segment& one) {
                                           const auto found = type_id_to_item.find(one.segment_type);
                                           return static_cast<double>(
@@ -192,7 +192,7 @@ void TSegmentForm::load_factors() {
   VolumeConversionFactorField.load(data ? data->volume_conversion_factor : 1);
 }
 
-// A job has replaced the data set: what the user has entered stays.
+// A job has replaced the data set: the user's entries are kept.
 void TSegmentForm::data_set_replaced() {
   const prevesk_dataset_data_type* data = host().data_set();
   if (data && !VolumeScaleFactorField.touched()) VolumeScaleFactorField.load(data->volume_scale_factor);
@@ -206,7 +206,7 @@ void TSegmentForm::take_content() {
   const std::size_t pulled = bottom_segment_refresh();
   if (pulled != 0)
     set_message((message().empty() ? "" : message() + " ") +
-                "References past the last segment were pulled to it: " + in_words({.bottoms = pulled}) + ".");
+                "References past the last segment now refer to it: " + in_words({.bottoms = pulled}) + ".");
   segment_types_fill();
   segment_count_ = segments_.row_count();
   records_are_whole_ = false;
@@ -300,7 +300,7 @@ void TSegmentForm::delete_and_renumber_click() {
   change_network("Delete and renumber",
                  [&](prevesk_dataset_data_type& data) { removed = erase_and_renumber(data, row); });
   set_message("Segment " + name + " was deleted" +
-              (removed.total() != 0 ? ", with what named it: " + in_words(removed) : std::string()) + ".");
+              (removed.total() != 0 ? ", with all that referred to it: " + in_words(removed) : std::string()) + ".");
 }
 
 void TSegmentForm::accepted() {
@@ -315,7 +315,7 @@ std::optional<std::size_t> TSegmentForm::segment_in_focus() const {
   return host().data_set() && row < host().data_set()->segments.size() ? std::optional(row) : std::nullopt;
 }
 
-// On the page that is shown: they share the active row.
+// On the current page: the pages share the active row.
 bool TSegmentForm::select_segment(std::size_t segment) {
   for (editor_panel* panel : panels_of_pages_) panel->table.set_selection(std::nullopt);
   panels_of_pages_[0]->table.set_active(segment, panels_of_pages_[0]->table.active_column());

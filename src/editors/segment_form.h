@@ -1,7 +1,7 @@
-// TSegmentForm: the segments of the network, and in each of them the values of the parameters and systems.
+// TSegmentForm: the segments of the network, with their values of parameters and systems.
 //
-// The one dialog that changes the number of segments. What refers to a segment by its number keeps that number; the
-// dialog says how many references name another segment afterwards.
+// The only dialog that changes the number of segments. References to segments are by number and keep that number; the
+// dialog reports how many then refer to another segment.
 #pragma once
 
 #include "dataset/network.h"
@@ -16,8 +16,7 @@
 
 namespace vesk {
 
-// One value of each segment for each of the data set's parameters or systems: a row for a segment, and its columns in
-// the order of the data set's list.
+// One value per segment and parameter or system: a row for each segment, columns in the order of the data set's list.
 class segment_value_grid final : public grid {
 public:
   enum class content { parameters, initial_concentrations, fractions_dissolved };
@@ -43,7 +42,7 @@ private:
   std::vector<grid_column> columns_;
 };
 
-// The segments themselves. Notes where rows have come or gone.
+// The segments themselves. Records where rows were inserted or erased.
 class segment_list_grid final : public record_grid<segment_data_type> {
 public:
   explicit segment_list_grid(record_grid<segment_data_type> content) : record_grid(std::move(content)) {}
@@ -60,8 +59,8 @@ public:
     if (bottoms) bottoms->expect(rows);
   }
 
-  std::shared_ptr<segment_items> bottoms; // the items of the bottom segments, which are these rows
-  std::size_t first_moved = 0;            // by the last of these; segments before it have kept their numbers
+  std::shared_ptr<segment_items> bottoms; // items of the bottom segments: the rows of this grid
+  std::size_t first_moved = 0;            // row of the last of these changes; earlier segments have kept their numbers
 };
 
 class TSegmentForm final : public editor {
@@ -80,7 +79,7 @@ public:
   bool is_about_segments() const override { return true; }
   std::optional<std::size_t> segment_in_focus() const override;
 
-  // Of any page: they act on the first page's active row.
+  // For any page: they act on the first page's active row.
   void InsertButtonClick();
   void DeleteButtonClick();
   void insert_and_renumber_click();
@@ -97,18 +96,18 @@ protected:
 private:
   std::vector<record_column<segment_data_type>> columns();
   void segment_types_fill();
-  // Sets references past the end to the last segment; returns how many. The items always are the present segments.
+  // Sets references past the end to the last segment; returns how many.
   std::size_t bottom_segment_refresh();
-  void rows_changed(); // the number of segments; brings the records and the grids into line
+  void rows_changed(); // call when the number of segments has changed; updates records and grids
   void segment_grids_refresh();
-  segment_references moved_references() const; // by the present change
+  segment_references moved_references() const; // by the current change
   void change_network(const std::string& label, const std::function<void(prevesk_dataset_data_type&)>& work);
   void load_factors();
 
-  // The combo of types shows positions, the records hold the catalogue's identifiers.
+  // The combo of types shows positions, the records store the catalogue's identifiers.
   std::unordered_map<std::uint32_t, std::size_t> type_id_to_item;
   std::vector<std::uint32_t> item_to_type_id;
-  std::size_t segment_count_ = 0;  // before the present change
+  std::size_t segment_count_ = 0;  // before the current change
   bool records_are_whole_ = false; // each segment has one record for each parameter and system
   std::shared_ptr<segment_items> BottomSegmentComboBoxField;
   segment_list_grid segments_;

@@ -36,8 +36,8 @@ void segment_items::expect(const coming_rows* rows) {
   names_.clear();
 }
 
-// A whole item names its segment by the number in front of it. Its name has lost the blanks at its ends if the text was
-// pasted.
+// A whole item identifies its segment by the leading number. In a pasted item, the name has lost leading and trailing
+// blanks.
 std::optional<std::size_t> segment_items::find(std::string_view text) const {
   const std::size_t n = count();
   std::size_t number = 0;

@@ -1,4 +1,4 @@
-// The data set's segments as items of a combo cell: "5: Halifax", and a last item that stands for no segment.
+// The data set's segments as items of a combo cell: "5: Halifax", and a last item for no segment.
 #pragma once
 
 #include "charts/grid.h"
@@ -10,11 +10,11 @@
 
 namespace vesk {
 
-// An entry may also be the segment's number from 1, 0 for the last item, or a bare name that only one segment has.
-// Texts are made when they are asked for, and the index of names when the first bare name comes.
+// An entry may also be the segment's number from 1, 0 for the last item, or the bare name if it is unique. Texts are
+// made on demand; the index of names on the first bare name.
 class segment_items final : public item_list {
 public:
-  // `last` is the item behind the segments: "Boundary", "None". `none` is the only item while there are no segments;
+  // `last`: the item after the segments, "Boundary" or "None". `none`: the only item while there are no segments;
   // empty: `last`.
   segment_items(editor_host& host, std::string last, std::string none = {})
       : host_(host), last_(std::move(last)), none_(none.empty() ? last_ : std::move(none)) {}
@@ -27,11 +27,12 @@ public:
   double number_of(std::size_t item) const override;
   std::optional<std::size_t> item_of(double number) const override;
 
-  // While a paste into the segments is read, its rows are the items: as many as there will be, with their new names.
-  // The names are in the grid's first column. Null: the data set's segments are again.
+  // During a paste into the segments the items are the future rows, with their new names, which are in the grid's first
+  // column. Null: back to the data set's segments.
   void expect(const coming_rows* rows);
 
-  // References of records as items and back. A reference past the end is an item beyond the last; one below 0 the last.
+  // Converts between references of records and items. A reference past the end is an item beyond the last; a negative
+  // one is the last item.
   double item_of_reference(std::int32_t reference) const;
   std::int32_t reference_of_item(double item) const;
 
@@ -39,12 +40,12 @@ private:
   std::size_t present() const { return host_.data_set() ? host_.data_set()->segments.size() : 0; }
   std::size_t count() const { return coming_ ? coming_->row_count() : present(); }
   std::string name(std::size_t segment) const;
-  const std::unordered_map<std::string, std::size_t>& names() const; // in upper case; count() where ambiguous
+  const std::unordered_map<std::string, std::size_t>& names() const; // in upper case; count() for duplicates
 
   editor_host& host_;
   std::string last_, none_;
   const coming_rows* coming_ = nullptr;
-  // Of the segments that `named_` holds, valid while the data set shares them; or of the coming rows.
+  // Index of the segments in `named_`, valid while the data set shares them; or of the future rows.
   mutable bool coming_are_named_ = false;
   mutable shared_list<segment_data_type> named_;
   mutable std::unordered_map<std::string, std::size_t> names_;

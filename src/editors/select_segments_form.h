@@ -1,4 +1,4 @@
-// TSelectSegmentsForm: which segments have a load of one system.
+// TSelectSegmentsForm: selects the segments with a load of one system.
 #pragma once
 
 #include "editors/editor_host.h"
@@ -21,12 +21,12 @@ public:
   std::size_t selected_system = 0; // set by the caller before the form is shown
 
   std::size_t segment_count() const;
-  std::string segment_text(std::size_t segment) const; // "5: Halifax"; empty for one that is no longer there
-  std::vector<bool> SegmentCheckListBox;               // one for each segment
+  std::string segment_text(std::size_t segment) const; // "5: Halifax"; empty if it no longer exists
+  std::vector<bool> SegmentCheckListBox;               // one per segment
 
   std::string message() const; // what OK would do
 
-  // Of the data set that the list is about. While it is the current one, OK can be carried out.
+  // Of the data set in the list. While it is the current one, OK can be carried out.
   std::uint64_t shown_generation() const { return shown_generation_; }
 
   void FormShow() override;
@@ -34,7 +34,7 @@ public:
 
 private:
   editor_host& host_;
-  std::vector<bool> loaded_; // as the list was when it was shown
+  std::vector<bool> loaded_; // the list's initial state
   std::uint64_t shown_generation_ = 0;
   bool is_replaced_ = false; // by a job, while the form is open
 };

@@ -4,7 +4,7 @@ namespace vesk {
 
 namespace {
 
-// What is to be done in one system.
+// The changes in one system.
 struct copy_plan {
   std::vector<std::size_t> replaced; // positions of records
   std::vector<std::size_t> missing;  // positions of segments
@@ -12,7 +12,7 @@ struct copy_plan {
 
 template <class Record>
 copy_plan plan_of(const shared_list<Record>& records, const std::vector<std::size_t>& segments, std::size_t network,
-                  std::size_t source) { // of a record that takes no part; the number of records: none
+                  std::size_t source) { // position of a record to skip; the number of records: none
   std::vector<std::size_t> first_of(network, records.size());
   for (std::size_t i = records.size(); i-- > 0;)
     if (const auto segment = static_cast<std::size_t>(records[i].segment); records[i].segment >= 0 && segment < network)

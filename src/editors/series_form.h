@@ -11,7 +11,7 @@ public:
   std::string caption() const override { return std::string(caption_); }
 
 protected:
-  // `format`: the setting with the picture of the values. The chart of the series has the caption as its label.
+  // `format`: the setting with the picture of the values. The chart labels the series with the caption.
   series_form(editor_host& host, std::string_view class_name, std::string_view caption, series_ref ref,
               std::string format);
 

@@ -101,7 +101,7 @@ cell_mark series_grid::mark(std::size_t row, std::size_t column) const {
 
 std::string series_grid::tool_tip(std::size_t, std::size_t column) const {
   if (column != value_column || !holds_intervals(ref_)) return {};
-  return "In days. \"30 s\", \"5 min\", \"6 h\" and \"1 d\" are taken as well.";
+  return "In days. \"30 s\", \"5 min\", \"6 h\" and \"1 d\" are accepted as well.";
 }
 
 void series_grid::insert_row(std::size_t row) {

@@ -12,17 +12,17 @@ namespace vesk {
 
 class series_grid final : public grid {
 public:
-  // `format`: the setting that holds the picture of the values.
+  // `format`: the setting with the picture of the values.
   series_grid(editor_host& host, std::string format);
 
-  // Which series is shown; nothing: none. A reference to a series that is not there shows nothing as well.
+  // The series to show; nothing: none. A reference to a missing series also shows nothing.
   void set_series(std::optional<series_ref> ref) { ref_ = ref; }
   const std::optional<series_ref>& ref() const { return ref_; }
   const stored_series* series() const;
   void take_format();
 
   bool is_deferred() const;
-  // The status line under the grid: number of points, period, minimum, mean, maximum, points outside the run; of a
+  // The status line under the grid: number of points, period, minimum, mean, maximum, points outside the run; for a
   // block of values their number, sum and mean.
   std::string summary(std::optional<cell_range> selection) const;
 

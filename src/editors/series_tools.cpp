@@ -38,7 +38,7 @@ void add_regular_times(point_list& points, const regular_times& times) {
   const std::int64_t last = seconds_of(times.end);
   point_list result;
   result.reserve(points.size() + static_cast<std::size_t>((last - seconds_of(times.start)) / times.step + 1));
-  std::size_t next = 0; // of the points there are
+  std::size_t next = 0; // index of the next existing point
   for (std::int64_t at = seconds_of(times.start); at <= last; at += times.step) {
     while (next < points.size() && seconds_of(points[next]) < at) result.push_back(points[next++]);
     if (next < points.size() && seconds_of(points[next]) == at) continue;

@@ -21,7 +21,7 @@ public:
   std::string caption() const override { return "Set Seed Date"; }
   void FormShow() override;
   bool FormCloseQuery(bool by_ok) override;
-  std::string message() const; // why OK is refused; empty: it is not
+  std::string message() const; // why OK is refused; empty: accepted
 
   entry_field StartDateField{"StartDateField", "Start Date", {cell_kind::date}};
   entry_field StartTimeField{"StartTimeField", "Start Time", {cell_kind::time}};

@@ -1,4 +1,4 @@
-// The rows that a query gives, for reading.
+// The rows found by a query, read-only.
 #pragma once
 
 #include "charts/grid.h"
@@ -13,7 +13,7 @@ class shown_rows_grid final : public grid {
 public:
   shown_rows_grid() { show({}); }
 
-  // Rows without fields: an empty grid.
+  // Rows without fields make an empty grid.
   void show(shown_rows rows) {
     rows_ = std::move(rows);
     columns_.clear();

@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::int64_t second = 1'000'000'000; // nanoseconds
 
-// A data file and its tables that are unpacked or copied together differ by this much at most.
+// Greatest difference between a data file and its tables when unpacked or copied together.
 constexpr std::int64_t together = 2 * second;
 
 std::int64_t time_of(const file_identity& identity) {

@@ -44,7 +44,7 @@ TSystemForm::TSystemForm(editor_host& host)
   panel().table.OnClick = [this](std::size_t row, std::size_t) { choose_mass_balance_system(row); };
 }
 
-// The column behaves like radio buttons: a click on the chosen system leaves it chosen.
+// The column behaves like radio buttons: clicking the selected system leaves it selected.
 void TSystemForm::choose_mass_balance_system(std::size_t row) {
   shared_list<system_data_type>& systems = host().data_set()->systems;
   const auto has_it = [](const system_data_type& system) { return system.jmass; };

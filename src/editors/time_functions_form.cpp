@@ -30,7 +30,7 @@ TTimeFunctionsForm::TTimeFunctionsForm(editor_host& host)
   list_.table.OnDoneEdit = [this](std::size_t) { show_series(list_.table.active_row()); };
   detail_.table.OnEndChange = [this, end = detail_.table.OnEndChange](bool completed) {
     end(completed);
-    list_.table.invalidate_row(list_.table.active_row()); // its mark is about the points
+    list_.table.invalidate_row(list_.table.active_row()); // its mark depends on the points
   };
   functions_.mark_of = [this](const function& one, std::size_t column) -> cell_mark {
     if (!this->host().data_set()) return {};
@@ -58,7 +58,7 @@ void TTimeFunctionsForm::FormShow() {
   editor::FormShow();
 }
 
-// Another series would take the refused entry's place.
+// Another series would replace the refused entry.
 void TTimeFunctionsForm::enter_row(std::size_t row) {
   if (!detail_.table.refused()) return show_series(row);
   if (points_.ref()->index == row) return;

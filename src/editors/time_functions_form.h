@@ -1,4 +1,4 @@
-// TTimeFunctionsForm: the model's environmental functions, and the series of the one that is active.
+// TTimeFunctionsForm: the model's environmental functions, and the series of the active one.
 #pragma once
 
 #include "editors/editor.h"
@@ -12,7 +12,7 @@ public:
 
   std::string_view class_name() const override { return "TTimeFunctionsForm"; }
   std::string caption() const override { return "Time Functions"; }
-  void FormShow() override; // the series begins at its first row
+  void FormShow() override; // the series starts at its first row
 
 protected:
   void take_content() override;

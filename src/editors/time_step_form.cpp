@@ -7,7 +7,7 @@ void TTimeStepForm::FormShow() {
   series_form::FormShow();
 }
 
-// The first time steps of a data set give it its first series.
+// The first time steps of a data set give its empty series their default points.
 void TTimeStepForm::accepted() {
   prevesk_dataset_data_type* data = host().data_set();
   if (data && was_empty_ && data->time_steps.points.size() >= 2) data->give_default_points();

@@ -1,4 +1,4 @@
-// TTimeStepForm: the steps that a run takes, in days.
+// TTimeStepForm: the time steps of a run, in days.
 #pragma once
 
 #include "editors/series_form.h"

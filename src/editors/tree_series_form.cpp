@@ -43,7 +43,7 @@ std::string tree_series_form::item_text(std::size_t system, std::size_t item) co
   return segment_name(segment_of({traits_.kind, system, item}));
 }
 
-// Names need not be unique, and may be empty.
+// The tip identifies the segment, since names may be empty or duplicated.
 std::string tree_series_form::item_tip(std::size_t system, std::size_t item) const {
   const std::int32_t segment = segment_of({traits_.kind, system, item});
   const std::string number = std::to_string(static_cast<std::int64_t>(segment) + 1);
@@ -90,8 +90,8 @@ std::optional<series_ref> tree_series_form::selected_record() const {
 
 void tree_series_form::select(std::optional<node> which) {
   if (selected_ == which) return;
-  if (!may_go_on()) return refresh_tree(); // which shows the old selection again
-  selected_ = which;
+  if (!may_go_on()) return refresh_tree(); // restores the old selection
+  selected_ = std::move(which);
   const auto record = selected_record();
   identity_ = record ? std::optional(identity_of(*host().data_set(), *record)) : std::nullopt;
   series_panel_.table.set_selection(std::nullopt);
@@ -132,7 +132,7 @@ void tree_series_form::take_content() {
   show_selected();
 }
 
-// Another record may be at its position, with other points.
+// Another record, with other points, may be at its position.
 void tree_series_form::follow_record() {
   const prevesk_dataset_data_type* data = host().data_set();
   const auto record = data && selected_ && selected_->item && identity_ ? find_series(*data, *identity_) : std::nullopt;
@@ -189,7 +189,7 @@ std::string tree_series_form::copies_in_words(std::size_t added, std::size_t rep
   return text;
 }
 
-// Boundaries can only be copied to those that there are.
+// A boundary can only be copied to existing ones.
 void tree_series_form::copy_record(const series_ref& source) {
   if (!may_go_on() || !find_series(*host().data_set(), source)) return;
   const prevesk_dataset_data_type& data = *host().data_set();
@@ -204,7 +204,7 @@ void tree_series_form::copy_record(const series_ref& source) {
   copy_form_.outcome = [this, source](const TCopySeriesForm&) {
     const copy_counts counts = count_copies(*host().data_set(), source, chosen_targets());
     const std::string words = copies_in_words(counts.added, counts.replaced);
-    return words.empty() ? "Choose the systems and segments that it is copied to." : words + ".";
+    return words.empty() ? "Choose the systems and segments to copy to." : words + ".";
   };
   const std::uint64_t generation = host().generation();
   if (!host().questions().show_form(copy_form_) || host().generation() != generation) return;

@@ -1,5 +1,5 @@
-// The editors of the series that hang on systems and segments: a tree of systems and their records, and the series of
-// the record that is selected. A second page has two factors of each system.
+// The editors of series that belong to systems and segments: a tree of systems and their records, and the series of the
+// selected record. A second page has two factors per system.
 #pragma once
 
 #include "dataset/series_identity.h"
@@ -12,15 +12,15 @@ namespace vesk {
 
 class tree_series_form : public editor, public editor_tree {
 public:
-  // What differs between loads and boundaries.
+  // The differences between loads and boundaries.
   struct traits {
     std::string_view class_name, caption, tree_name;
     series_kind kind;
     std::string_view value_format, factor_format;
     double system_data_type::*scale;
     double system_data_type::*conversion;
-    std::string_view empty_hint;   // while no record is selected
-    std::string_view nothing_hint; // while there are no records
+    std::string_view empty_hint;   // shown while no record is selected
+    std::string_view nothing_hint; // shown while there are no records
     int root_image;                // see editor_tree
     std::string_view label_name;   // of the series
   };
@@ -48,7 +48,7 @@ public:
   void select(std::optional<node> which) override;
   std::vector<menu_item> menu(const node& which) override;
 
-  void copy_record(const series_ref& source); // to systems and segments that the user chooses
+  void copy_record(const series_ref& source); // to systems and segments chosen by the user
 
   void FormShow() override; // with nothing selected
 
@@ -65,17 +65,17 @@ protected:
   std::string find_refusal() override;
 
   std::optional<series_ref> selected_record() const;
-  std::int32_t segment_of(const series_ref& ref) const; // the record's; `ref` must name one
-  bool is_segment(std::int32_t segment) const;          // of the network
+  std::int32_t segment_of(const series_ref& ref) const; // of the record; `ref` must name one
+  bool is_segment(std::int32_t segment) const;          // whether it is in the network
   std::string segment_name(std::int32_t segment) const; // empty outside the network
-  void records_changed();                               // the tree's; nothing is selected afterwards
+  void records_changed();                               // of the tree; clears the selection
 
 private:
   copy_targets chosen_targets() const;
   std::string copies_in_words(std::size_t added, std::size_t replaced) const;
-  void follow_record(); // the selected one, into a data set that has come in place of the last
+  void follow_record(); // finds the selected one in the new data set
   void show_selected();
-  std::string hint() const;                           // of the empty series
+  std::string hint() const;                           // for the empty series
   std::string full_name(const series_ref& ref) const; // "segment 5 (Halifax), Oxygen"
 
   const traits traits_;

@@ -85,7 +85,7 @@ TEST_F(Editors, ASeriesIsTypedSortedAndChecked) {
   editor_panel& panel = *form.panels()[0];
   EXPECT_EQ(print(table), "10/01/2012|00:00|1.0000\n10/06/2012|00:00|0.2500\n");
   EXPECT_EQ(form.status(panel), "2 points, 1 Oct 2012 to 6 Oct 2012, minimum 0.25, mean 0.625, maximum 1");
-  EXPECT_EQ(table.tool_tip(0, 2), "In days. \"30 s\", \"5 min\", \"6 h\" and \"1 d\" are taken as well.");
+  EXPECT_EQ(table.tool_tip(0, 2), "In days. \"30 s\", \"5 min\", \"6 h\" and \"1 d\" are accepted as well.");
 
   table.set_active(1, 0);
   EXPECT_TRUE(table.extend_on_down(move_command::down)); // at the seed, so first after its edit
@@ -255,7 +255,7 @@ TEST_F(Editors, TimeFunctionsShowTheSeriesOfTheActiveRow) {
   host.data.time_functions.clear();
   form.data_set_replaced();
   EXPECT_EQ(detail.label, "Time/value pairs");
-  EXPECT_EQ(form.message(), "A job has replaced the data set. Undo brings back what was here.");
+  EXPECT_EQ(form.message(), "A job has replaced the data set. Undo restores the previous one.");
   form.InsertRowButtonClick(*form.panels()[1]); // nothing to insert into
 }
 

@@ -82,7 +82,7 @@ TEST_F(Copying, GivesALoadToSystemsAndSegments) {
     EXPECT_EQ(dialog.source, "Segment 2 (Halifax), Ammonium");
     EXPECT_EQ(dialog.segment_text(2), "3: Oak City");
     EXPECT_THAT(dialog.SystemCheckListBox, ElementsAre(true, false));
-    EXPECT_EQ(dialog.message(), "Choose the systems and segments that it is copied to.");
+    EXPECT_EQ(dialog.message(), "Choose the systems and segments to copy to.");
     dialog.SystemCheckListBox = {true, true};
     dialog.SegmentCheckListBox = {false, true, true};
     EXPECT_EQ(dialog.message(), "1 load gets new points, 2 loads are added.");
@@ -264,7 +264,7 @@ TEST_F(NewerSource, ThatCannotBeReadLeavesTheSeriesAsItWas) {
   const prevesk_dataset_data_type before = host.data;
   host.cancels_long_work = true;
   form.refresh_from_source(series);
-  EXPECT_EQ(form.message(), "Cancelled. The series is as it was.");
+  EXPECT_EQ(form.message(), "Cancelled. The series is unchanged.");
   host.cancels_long_work = false;
   folder.write("gauges.csv", "time,flow\n");
   form.refresh_from_source(series);
@@ -277,7 +277,7 @@ TEST_F(NewerSource, ThatCannotBeReadLeavesTheSeriesAsItWas) {
   EXPECT_EQ(note(), "");
   stored().query.edit().value_field.clear();
   form.refresh_from_source(series);
-  const std::string end = " The series is as it was.";
+  const std::string end = " The series is unchanged.";
   EXPECT_THAT(
       host.boxes,
       ElementsAre(

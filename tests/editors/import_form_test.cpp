@@ -210,7 +210,7 @@ TEST_F(Import, ConditionsAreEditedInTheirTable) {
   in_dialog([&](TImportTimeSeriesForm& dialog) {
     browse(dialog, "gauges.csv");
     TFillCalcTable& table = dialog.ConditionTable;
-    EXPECT_EQ(dialog.value_note(), "No conditions: all rows are taken.");
+    EXPECT_EQ(dialog.value_note(), "No conditions: all rows are used.");
     dialog.InsertButtonClick();
     EXPECT_EQ(table.text(0, 1) + table.text(0, 2) + table.text(0, 3), "Date_Time=");
     EXPECT_EQ(dialog.sql(), "");
@@ -349,7 +349,7 @@ TEST_F(Import, AfterAJobTheSeriesIsFilledWhereverItNowIs) {
   dialog.begin({series_kind::flow_function, 0, 1}, "Flows"); // of two that have the same name
   functions().erase(0, 1);
   host.replace_data(prevesk_dataset_data_type(host.data));
-  EXPECT_THAT(dialog.message(), HasSubstr("this series is not in it any more. Only Cancel is possible."));
+  EXPECT_THAT(dialog.message(), HasSubstr("this series is no longer in it. Only Cancel is possible."));
   EXPECT_FALSE(dialog.ImportButtonClick() || dialog.FormCloseQuery(true));
 }
 

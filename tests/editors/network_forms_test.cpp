@@ -67,7 +67,7 @@ TEST_F(Segments, CombosShowPositionsAndKeepWhatTheyDoNotKnow) {
   EXPECT_EQ(host.data.segments[0].segment_type, 9U);
   EXPECT_EQ(table.text(1, bottom), "None");
   EXPECT_EQ(table.text(2, bottom), "3: Oak City"); // pulled
-  EXPECT_EQ(form.message(), "References past the last segment were pulled to it: 1 bottom reference.");
+  EXPECT_EQ(form.message(), "References past the last segment now refer to it: 1 bottom reference.");
   for (const auto& [entry, reference] : std::vector<std::pair<const char*, int>>{
            {"3: oak city", 2}, {"halifax", 1}, {"1", 0}, {"0", -1}, {"2: Halifax", 1}, {"none", -1}}) {
     EXPECT_TRUE(table.enter(1, bottom, entry)) << entry;
@@ -186,7 +186,7 @@ TEST_F(Segments, SaysWhatNamesAnotherSegmentAndRenumbers) {
   EXPECT_EQ(host.data.flow_fields[0].functions[0].pairs[2].to_segment, 3);
   table.set_active(0, 0);
   form.delete_and_renumber_click();
-  EXPECT_EQ(form.message(), "Segment 1 (Weldon) was deleted, with what named it: 2 pairs.");
+  EXPECT_EQ(form.message(), "Segment 1 (Weldon) was deleted, with all that referred to it: 2 pairs.");
   EXPECT_EQ(host.data.flow_fields[0].functions[0].pairs.size(), 1U);
 }
 
@@ -412,7 +412,7 @@ TEST_F(Trees, AJobThatEndsUnderTheSelectionOfSegmentsLosesNothing) {
   host.answer = box_answer::yes;
   form.delete_load(0, 0);
   EXPECT_EQ(form.item_count(0), 0U);
-  EXPECT_EQ(form.message(), "A job has replaced the data set. Undo brings back what was here.");
+  EXPECT_EQ(form.message(), "A job has replaced the data set. Undo restores the previous one.");
 }
 
 // Another load may be at its position.
@@ -491,7 +491,7 @@ TEST_F(ExchangesFlows, GoToTheRowsOfASegmentOneAfterTheOther) {
   host.data.flow_fields.edit(3).functions.clear();
   host.replace_data_set();
   form.go_to_segment(2);
-  EXPECT_EQ(form.message(), "Nothing here names segment 3 (Oak City).");
+  EXPECT_EQ(form.message(), "No row here refers to segment 3 (Oak City).");
 }
 
 TEST_F(Trees, AndSegmentsGoToTheRowOfASegment) {
@@ -509,7 +509,7 @@ TEST_F(Trees, AndSegmentsGoToTheRowOfASegment) {
   }
   EXPECT_EQ(loads.segment_in_focus(), 1U);
   loads.go_to_segment(2);
-  EXPECT_EQ(loads.message(), "Nothing here names segment 3 (Oak City).");
+  EXPECT_EQ(loads.message(), "No row here refers to segment 3 (Oak City).");
 
   TSegmentForm segments(host);
   shown(segments);

@@ -103,7 +103,7 @@ TEST(NetworkWindow, SelectsRowsInTheEditorThatIsOpen) {
   });
   visit("LoadsItem", [&](QWidget* dialog, schematic_view* view) {
     click(view, 25);
-    EXPECT_TRUE(find<QLabel>(dialog, "MessageLabel")->text().startsWith("Nothing here names segment 26 "));
+    EXPECT_TRUE(find<QLabel>(dialog, "MessageLabel")->text().startsWith("No row here refers to segment 26 "));
   });
   window_of_the_network()->close();
 }
