@@ -58,8 +58,8 @@ private:
   void enter_function();
   void show_functions(); // from the first one after a change of field
   enum class details { from_their_first_row, as_they_are };
-  void show_details(
-      details position = details::from_their_first_row); // always from the first row after a change of function
+  // A change of function always shows them from the first row.
+  void show_details(details position = details::from_their_first_row);
   bool stays_at(editor_panel& master, std::size_t row, std::initializer_list<editor_panel*> its_details);
   bool has_field() const;                      // whether a field is active
   std::string description_of_field() const;    // of the active one; empty without one

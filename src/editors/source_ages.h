@@ -26,8 +26,8 @@ public:
 private:
   std::optional<std::int64_t> written(const std::string& file, const std::filesystem::path& folder);
 
-  std::unordered_map<std::string, std::optional<std::int64_t>>
-      written_; // nanoseconds since 1970; nothing: the file does not exist
+  // Nanoseconds since 1970; nothing: the file does not exist.
+  std::unordered_map<std::string, std::optional<std::int64_t>> written_;
 };
 
 } // namespace vesk

@@ -27,9 +27,8 @@ cell_kind kind_of(const QModelIndex& index) {
   return static_cast<cell_kind>(index.data(grid_model::cell_kind_role).toInt());
 }
 
-constexpr std::size_t most_items_of_combo =
-    20; // items of longer lists have numbers of several digits, which need a line to type in
-constexpr const char* chosen = "chosen"; // property of a combo: the user has chosen an item
+constexpr std::size_t most_items_of_combo = 20; // numbers of longer lists need a line to type in
+constexpr const char* chosen = "chosen";        // property of a combo: the user has chosen an item
 constexpr int items_to_fit = 200, widest_list = 420;
 
 std::shared_ptr<const item_list> items_of(const QModelIndex& index) {

@@ -20,10 +20,9 @@ namespace vesk {
 namespace {
 
 constexpr int row_height = 22, column_width = 70, widest_column = 420;
-constexpr int least_digits = 2,
-              least_digits_of_series = 4;      // of row numbers: the header keeps its width as rows are added
-constexpr int fewest_rows = 6, most_rows = 22; // that the size hint allows for
-constexpr int columns_to_fit = 200;            // the others keep the usual width until the user resizes them
+constexpr int least_digits = 2, least_digits_of_series = 4; // of row numbers: keeps the header width as rows are added
+constexpr int fewest_rows = 6, most_rows = 22;              // that the size hint allows for
+constexpr int columns_to_fit = 200; // the others keep the usual width until the user resizes them
 
 // A free row's column starts with room for this text, so that it keeps its width as rows are added.
 const char* usual_text(const cell_type& type) {

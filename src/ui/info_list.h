@@ -20,8 +20,8 @@ public:
 
   void append(const std::string& text, int icon);
   void begin_section(const std::string& heading);
-  void
-  end_section(const std::string& outcome); // appended to the heading, or as a separate line if the heading was cleared
+  // Appends the outcome to the heading, or as a separate line if the heading was cleared.
+  void end_section(const std::string& outcome);
   void clear();
   QString all_text() const; // one line each, with line ends
 

@@ -10,8 +10,8 @@ class QRect;
 namespace vesk {
 
 struct picture_output {
-  std::function<bool(const QString& file_name)>
-      save; // the extension selects the format: png, svg, pdf or csv; false: not written
+  // The extension selects the format: png, svg, pdf or csv. False: not written.
+  std::function<bool(const QString& file_name)> save;
   std::function<bool(QPaintDevice&, const QRect&)> paint; // false: cannot paint on the device
 };
 

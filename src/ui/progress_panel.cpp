@@ -65,8 +65,8 @@ progress_panel::progress_panel(QWidget* parent, std::function<void(int)> priorit
   row->addWidget(MinPriorityLabel);
   row->addWidget(PriorityTrackBar, 1);
   row->addWidget(MaxPriorityLabel);
-  for (QLabel* label :
-       {InfoLabel, TimeRemainingLabel}) // nothing moves when texts and the track bar appear or disappear
+  // Nothing moves when texts and the track bar appear or disappear.
+  for (QLabel* label : {InfoLabel, TimeRemainingLabel})
     label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
   for (QWidget* part : {static_cast<QWidget*>(CancelButton), static_cast<QWidget*>(MinPriorityLabel),
                         static_cast<QWidget*>(PriorityTrackBar), static_cast<QWidget*>(MaxPriorityLabel)}) {

@@ -42,8 +42,8 @@ public:
   std::optional<std::size_t> selected() const { return selected_; }
   void set_way(std::vector<segment_number> segments); // highlighted, with the lines between them; empty: none
 
-  std::optional<QPointF>
-  place_of(std::size_t segment) const; // centre of its box, in widget coordinates; nothing: no box
+  // Centre of its box, in widget coordinates; nothing: no box.
+  std::optional<QPointF> place_of(std::size_t segment) const;
 
   void zoom_in() { zoom(1.25, rect().center()); }
   void zoom_out() { zoom(0.8, rect().center()); }

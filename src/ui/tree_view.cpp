@@ -111,8 +111,8 @@ void tree_view::show_menu(const QModelIndex& at, const QPoint& place) {
       QAction* action = menu_->addAction(shown(item.text));
       action->setObjectName(shown(item.name));
       action->setEnabled(item.enabled);
-      if (!item.key.empty())
-        action->setShortcut(QKeySequence(shown(item.key))); // display only; the tree handles the key
+      // Display only; the tree handles the key.
+      if (!item.key.empty()) action->setShortcut(QKeySequence(shown(item.key)));
       connect(action, &QAction::triggered, this, [this, command = item.run] { run_(command); });
     }
     menu_->popup(place);
