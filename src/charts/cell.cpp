@@ -77,7 +77,7 @@ void append_date(std::string& text, const cell_value& value, bool iso) {
 void append_time(std::string& text, const cell_value& value, bool always_seconds) {
   const double second = number_of(value);
   const auto seconds =
-      second >= 0 ? static_cast<std::uint32_t>(std::min(second, first_second_of_next_day - 1.0)) : 0; // 0 for NaN, too
+      second >= 0 ? static_cast<std::uint32_t>(std::min(second, first_second_of_next_day - 1.0)) : 0; // also 0 for NaN
   std::array<char, 8> digits;
   char* to = put_padded(digits.data(), seconds / 3600, 2);
   *to++ = ':';
@@ -171,7 +171,7 @@ half_day take_half_day(std::string_view& time) {
   return morning ? half_day::morning : half_day::afternoon;
 }
 
-// 12:30 AM is half past midnight, 12:30 PM half past noon. -1: there is no such hour.
+// 12:30 AM is half past midnight, 12:30 PM half past noon. -1: not a valid hour.
 int hour_of_day(int hour, half_day half) {
   if (half == half_day::none) return hour;
   if (hour < 1 || hour > 12) return -1;

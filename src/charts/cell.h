@@ -43,7 +43,7 @@ inline cell_type check_cell() {
 inline cell_type number_cell(std::string picture) {
   return {.kind = cell_kind::number, .picture = std::move(picture)};
 }
-// `stand_in`: the item shown for a stored position that has no item.
+// `stand_in`: the item shown for a stored position without an item.
 inline cell_type combo_cell(std::vector<std::string> items, std::optional<std::size_t> stand_in = std::nullopt) {
   return {.kind = cell_kind::combo, .items = std::make_shared<fixed_items>(std::move(items), stand_in)};
 }

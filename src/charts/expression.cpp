@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::size_t longest_expression = 5000; // the parser's own limit
 
-// Position in the text, from 1; the end of the text if the parser gives none.
+// Position in the text, from 1; the end of the text if the parser reports none.
 std::string place(const mu::ParserError& error, std::size_t length) {
   const auto position = static_cast<std::size_t>(std::max<long>(static_cast<long>(error.GetPos()), 0));
   return "character " + std::to_string(std::min(position + 1, length));

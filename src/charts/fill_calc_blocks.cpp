@@ -55,7 +55,8 @@ std::string TFillCalcTable::do_copy(bool with_headers) const {
 
 namespace {
 
-// A value and the position of its cell. Numbers and texts apart: a million numbers take a third of the memory.
+// A value and the position of its cell. Numbers and texts are stored separately: a million numbers then take a third of
+// the memory.
 template <class Value>
 struct placed {
   std::uint32_t row, column;
@@ -69,7 +70,8 @@ std::size_t date_and_time_split(std::string_view field) {
   return has_time ? split : std::string_view::npos;
 }
 
-// Reads pasted lines into cell values. Ends at the first field that a cell refuses. The grid must not change meanwhile.
+// Reads pasted lines into cell values. Stops at the first field that a cell refuses. The grid must not change
+// meanwhile.
 class paste_reader final : public coming_rows {
 public:
   // `top`, `left`: the first cell. `rows`: of the grid after the paste.
@@ -116,7 +118,8 @@ private:
   }
   std::string take(std::string_view field, std::size_t row, std::size_t column) {
     const cell_type& type = columns_[column].type;
-    if (type.kind == cell_kind::combo && type.items->size() == 0) return {}; // nothing can be chosen: as if read-only
+    // There is nothing to choose from: as if read-only.
+    if (type.kind == cell_kind::combo && type.items->size() == 0) return {};
     cell_entry entry = read_entry(type, field);
     if (!entry.accepted()) return shows(field, row, column) ? std::string() : std::move(entry.refusal);
     if (stays(field, entry.value, row, column)) return {};
@@ -137,7 +140,7 @@ private:
     if (const auto* text = std::get_if<std::string>(&present)) return read_entry(type, *text).value == value;
     return without_blanks(field) == cell_text(type, present);
   }
-  // A cell may show what it would not accept: "NaN", or the number of a segment that does not exist.
+  // A cell may show a text that it would not accept: "NaN", or the number of a segment that does not exist.
   bool shows(std::string_view field, std::size_t row, std::size_t column) const {
     if (row >= content_.row_count()) return false;
     const cell_type& type = columns_[column].type;
@@ -164,7 +167,7 @@ private:
   std::size_t top_, left_, rows_;
 };
 
-// What the grid expects, for the life of this.
+// Announces the future rows to the grid, for the life of this object.
 class expectation {
 public:
   expectation(grid& content, const coming_rows& rows) : content_(content) { content_.expect(&rows); }
@@ -205,7 +208,7 @@ TFillCalcTable::paste_outcome TFillCalcTable::do_paste(std::string_view text) {
   for (const auto& cell : reader.numbers) content_->set_value(cell.row, cell.column, cell.value);
   for (const auto& cell : reader.texts) content_->set_value(cell.row, cell.column, cell.value);
   display_rows(false);
-  // After the values: only now is it known which old ones are left and point past the end.
+  // After the values, since only now is it known which old references remain and point past the end.
   if (content_->has_free_rows() && OnRowsChanged) OnRowsChanged();
   one.complete();
   return {{}, top, lines.line_count()};
@@ -213,7 +216,7 @@ TFillCalcTable::paste_outcome TFillCalcTable::do_paste(std::string_view text) {
 
 namespace {
 
-// Evaluates the formula for the cells of one column. Ends with a sentence at the first result that its cell refuses.
+// Evaluates the formula for the cells of one column. Stops with a sentence at the first result that its cell refuses.
 std::string compute_column(const grid& content, std::size_t column, const cell_range& block, expression& formula,
                            std::vector<double>& results) {
   const cell_type& type = content.columns()[column].type;

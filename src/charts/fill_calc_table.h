@@ -1,8 +1,8 @@
 // TFillCalcTable: a grid whose selected block can be copied, pasted over, filled from an expression and charted.
 //
-// The table's logic without a widget. A view shows `content()` and forwards the user's actions; the table carries them
-// out. Main thread only. Every operation that changes cells runs between OnBeginChange and OnEndChange; if it throws in
-// between, the owner can undo everything that it has changed.
+// The table's logic without a widget. A view shows `content()` and forwards the user's actions to the table. Main
+// thread only. Every operation that changes cells runs between OnBeginChange and OnEndChange; if it throws in between,
+// the owner can undo all its changes.
 #pragma once
 
 #include "charts/general_graph_data.h"
@@ -21,7 +21,7 @@ namespace vesk {
 class table_view {
 public:
   virtual ~table_view() = default;
-  virtual void columns_changed() {}                // and everything else with them
+  virtual void columns_changed() {}                // and everything else
   virtual void rows_changed() {}                   // count, order or all values
   virtual void cells_changed(const cell_range&) {} // values
   virtual void active_cell_changed() {}
@@ -37,16 +37,17 @@ public:
   TFillCalcTable& operator=(const TFillCalcTable&) = delete;
 
   // The events of the grid control, for the dialog that owns the table. All may be empty.
-  std::function<void(const std::string& label)> OnBeginChange; // an operation with this name begins
+  std::function<void(const std::string& label)> OnBeginChange; // an operation with this name starts
   std::function<void(bool completed)> OnEndChange;             // it has ended; false: by an exception
-  // Before an entry, a click or a row that Down appends; false: something else has to be done first.
+  // Before an entry, a click or a row that Down appends; false: not allowed now.
   std::function<bool()> OnAllowEdit;
   std::function<void(std::size_t column)> OnDoneEdit; // one entry was written; the rows are sorted again
   std::function<void()> OnRowsChanged;                // rows were inserted, erased or appended
   std::function<void(std::size_t row)> OnEnteringRow;
   std::function<void(std::size_t row, std::size_t column)> OnClick; // a click on a typed_only check box
 
-  // The content. Call `show` also when the columns or the grid's records have changed. Position and selection are
+  // The content. Call `show` also after a change of the columns or of the grid's records. Position and selection are
+  // clamped.
   // clamped.
   const grid& content() const { return *content_; }
   void show(grid& content);
@@ -56,7 +57,7 @@ public:
   void display_rows(bool repaint = true);
   void display_as_empty();
   void display_as_non_empty();
-  void invalidate_row(std::size_t row); // repaints it: what its cells or marks are taken from has changed
+  void invalidate_row(std::size_t row); // repaints it after a change of the data behind its cells or marks
   bool is_shown_as_empty() const { return shown_as_empty_; }
   std::size_t row_limit() const { return shown_as_empty_ ? 1 : content_->row_count(); } // rows shown
 
@@ -75,8 +76,8 @@ public:
   bool is_editable(std::size_t row, std::size_t column) const;
   bool allows_edit() const { return !OnAllowEdit || OnAllowEdit(); }
   // Accepts a typed text. False: refused, and kept in `refused` until it is corrected or given up. A text equal to the
-  // one shown writes nothing; while the entry of another cell is refused, nothing is accepted. `chosen`: from the list
-  // of a combo; then the item is also written where it was only shown in place of one that the list lacks.
+  // one shown writes nothing; while the entry of another cell is refused, nothing is accepted. `chosen`: selected from
+  // a combo's list; the item is then written even if it was only shown in place of a missing one.
   bool enter(std::size_t row, std::size_t column, std::string_view text, bool chosen = false);
   void click(std::size_t row, std::size_t column); // on a check box
 
@@ -100,8 +101,8 @@ public:
   // Blocks. `do_copy` gives exact values, separated by tabs, with a line end after each row.
   std::string do_copy(bool with_headers = false) const;
 
-  // Writes the clipboard's text from the first cell of the selection on, completely or not at all. If rows are free the
-  // grid gets as many as are needed; if all rows are selected the pasted lines replace them.
+  // Pastes the clipboard's text, starting at the first cell of the selection, completely or not at all. If rows are
+  // free the grid gets as many as are needed; if all rows are selected the pasted lines replace them.
   struct paste_outcome {
     std::string refusal; // a sentence; empty: pasted
     std::size_t first_row = 0, rows = 0;
@@ -119,7 +120,7 @@ public:
   std::unique_ptr<general_graph_data> generate_moment_value_graph_data(int date_column, int time_column,
                                                                        int value_column) const;
 
-  // Moves to the next marked cell after the active one, or to the first of all, row by row. False if there is none.
+  // Moves to the next marked cell after the active one, or to the first of all, row by row. False: no cell is marked.
   bool go_to_next_mark(bool from_start = false);
 
 private:

@@ -98,7 +98,8 @@ void TGraphForm::replace_series(std::unique_ptr<general_graph_data> data) {
   bounds_ = seen;
 }
 
-// From the first to the last date and time, and from the smallest to the largest value with some margin. A single
+// From the first to the last date and time, and from the smallest to the largest value with a margin. A single point,
+// or equal values, get one day or one unit around them.
 // point, or equal values, get one day or one unit around them.
 void TGraphForm::find_data_bounds() {
   double low = std::numeric_limits<double>::infinity(), high = -low;
@@ -173,7 +174,7 @@ void TGraphForm::press(mouse_button button, double x, double y) {
     band_ = {plot_.left, y, plot_.right, y};
 }
 
-// The edge that the pointer has passed moves along with it.
+// The edge that the pointer has passed moves with it.
 void TGraphForm::move(double x, double y) {
   if (!zooming_ || !plot_.contains(x, y)) return;
   if (*zooming_ == mouse_button::left)
@@ -259,7 +260,7 @@ void TGraphForm::unzoom_completely() {
   bounds_ = default_bounds_;
 }
 
-// Paging: always by one whole width, never beyond the data.
+// Paging moves by one whole width, never beyond the data.
 
 void TGraphForm::page_to(double x_minimum, double x_maximum) {
   bounds_.x_minimum = x_minimum;

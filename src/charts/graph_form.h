@@ -69,7 +69,7 @@ public:
   double data_begin() const { return data_begin_; }
   double data_end() const { return data_end_; }
   void set_data_range(double begin, double end);                       // and shows all of it
-  void set_bounds(const double_sextuple& bounds) { bounds_ = bounds; } // not a step of the zoom
+  void set_bounds(const double_sextuple& bounds) { bounds_ = bounds; } // not a zoom step
   void forget_zooms() { zoom_stack_.clear(); }
 
   // A line across the chart at this x; nothing: none.
@@ -93,7 +93,7 @@ public:
   const plot_rectangle& band() const { return band_; }
   std::size_t zoom_levels() const { return zoom_stack_.size(); }
 
-  // By keyboard: zooms to the middle half of the view.
+  // Keyboard zoom: to the middle half of the view.
   void zoom_in_time();
   void zoom_in_value();
 

@@ -1,7 +1,7 @@
-// What a grid shows and changes, by row and column. No widget, and no knowledge of the underlying records.
+// What a grid shows and changes, by row and column. Independent of widgets and of the underlying records.
 //
-// Rows and columns count from 0; the row header with the row's number is not a column. A grid accesses its records anew
-// in each call and keeps no pointer to them.
+// Rows and columns count from 0; the row header with the row's number is not a column. A grid looks up its records in
+// each call and keeps no pointer to them.
 #pragma once
 
 #include "charts/cell.h"
@@ -23,13 +23,13 @@ struct grid_column {
   bool typed_only = false;
 };
 
-// A cell worth checking. Never a reason to refuse its value.
+// A warning about a cell. Never a reason to refuse its value.
 struct cell_mark {
   std::string text; // one sentence; empty: no mark
   explicit operator bool() const { return !text.empty(); }
 };
 
-// The rows of a grid as they will be after a paste that is being read.
+// The rows of a grid as they will be after the paste being read.
 class coming_rows {
 public:
   virtual std::size_t row_count() const = 0;

@@ -21,13 +21,13 @@ public:
   // The text shown for a stored position without an item.
   virtual std::string text_beyond(std::size_t) const { return {}; }
 
-  // The item meant by a typed or pasted text; nothing if there is none, or more than one.
+  // The item meant by a typed or pasted text; nothing if none or several match.
   virtual std::optional<std::size_t> find(std::string_view text) const;
 
-  // Whether an entry may also be a text that is not among the items; `find` then says what it means.
+  // Whether an entry may also be a text that is not among the items; `find` then interprets it.
   virtual bool takes_other_texts() const { return false; }
 
-  // Whether `find` also knows the items by shorter texts, such as a number, that a user types instead of choosing.
+  // Whether `find` also accepts shorter texts, such as numbers, that a user types instead of choosing.
   virtual bool has_short_texts() const { return false; }
 
   // The numbers of the items in expressions: their positions from 0, unless a list overrides this. `item_of` gives

@@ -13,7 +13,7 @@ bool ends_field(std::string_view text, std::size_t i) {
 }
 
 // Reads a quoted field at `i` and moves `i` past it. Nothing, with `i` unchanged, if the quotes do not enclose a whole
-// field; they are then part of a plain one.
+// field; they are then part of an unquoted one.
 std::optional<std::string> quoted_field(std::string_view text, std::size_t& i) {
   if (i == text.size() || text[i] != '"') return std::nullopt;
   std::string field;

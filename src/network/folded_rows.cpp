@@ -1,4 +1,4 @@
-// Folding: a river is a line, and a line of hundred boxes is too small to read in any window.
+// Folding: a river is a line, and a line of a hundred boxes is too small to read in any window.
 #include "network/layout_steps.h"
 
 #include <algorithm>
@@ -41,14 +41,14 @@ private:
     columns_.erase(std::ranges::unique(columns_, same).begin(), columns_.end());
   }
 
-  // As many as bring the picture next to a window's shape.
+  // The number that brings the picture closest to a window's shape.
   std::size_t wanted_rows() const {
     const double width = columns_.back() - columns_.front() + box_width;
     const double rows = std::sqrt(width / (good_shape * (height_ + row_gap)));
     return std::min(static_cast<std::size_t>(std::max(1.0, std::round(rows))), columns_.size() / 2);
   }
 
-  // Near an even share, where the fewest lines pass.
+  // Near an even split, at the cut crossed by the fewest lines.
   void choose_cuts(std::size_t rows) {
     std::vector<std::size_t> passing(columns_.size() + 1, 0); // lines between column i - 1 and i
     for (const schematic_line& line : picture_.lines) {
@@ -90,7 +90,7 @@ private:
       return schematic_point{row % 2 == 0 ? along : widest - along,
                              point.y - top_ + static_cast<double>(row) * (height_ + row_gap)};
     };
-    // Lines within a row keep their curves; the others turn around the row's end.
+    // Lines within a row keep their curves; the others wrap around the row's end.
     std::vector<std::size_t> rows; // of each line's ends
     for (const schematic_line& line : picture_.lines) {
       rows.push_back(row_of(column_of(line.from)));
@@ -121,7 +121,7 @@ private:
   }
 
   schematic& picture_;
-  std::vector<double> columns_;            // middles, before the move
+  std::vector<double> columns_;            // centres, before the move
   std::vector<std::size_t> first_columns_; // of the rows after the first
   double top_ = 0, height_ = 0;
 };

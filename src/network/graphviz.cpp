@@ -1,5 +1,5 @@
-// The layout by dot or sfdp. They get positions for names and no texts, so nothing in a data set can be mistaken for
-// their language. Their output is checked as if it came from a stranger.
+// Layout with dot or sfdp. They get positions instead of names and no texts, so nothing in a data set can be mistaken
+// for Graphviz syntax. Their output is treated as untrusted.
 #include "network/layout_steps.h"
 #include "platform/program_output.h"
 
@@ -27,8 +27,8 @@ std::string number(double value) {
 
 using line_ends = std::pair<segment_number, segment_number>;
 
-// The lines as the program gets them. Within a rank dot draws segments in the order in which a line names them, so
-// those between a segment and the one beneath name the upper one first, whichever way they go.
+// The lines as written for Graphviz. Within a rank dot orders segments by the order in which a line names them, so a
+// line between a segment and the one beneath it names the upper one first, whatever its direction.
 class written_lines {
 public:
   explicit written_lines(const std::vector<schematic_line>& lines) {
@@ -38,7 +38,7 @@ public:
     for (const schematic_line& line : lines) {
       const bool goes_down = bottoms.contains({line.from, line.to}), goes_up = bottoms.contains({line.to, line.from});
       is_vertical_.push_back(goes_down || goes_up);
-      // dot gives up the order of a whole rank for one ring in it.
+      // A single ring makes dot ignore the order of the whole rank.
       is_left_out_.push_back(line.what == schematic_line::kind::bottom && !goes_down);
       is_turned_.push_back(goes_up);
       ends_.push_back(goes_up ? line_ends(line.to, line.from) : line_ends(line.from, line.to));
@@ -51,7 +51,7 @@ public:
   bool is_left_out(std::size_t line) const { return is_left_out_[line]; }
 
 private:
-  // Whether the two were not in one column before; if they were, the line closes a ring of bottoms.
+  // False if both are already in one column: the line would close a ring of bottoms.
   bool joins(segment_number one, segment_number two) {
     const segment_number a = column_of(one), b = column_of(two);
     column_[a] = b;
@@ -69,7 +69,7 @@ private:
 
   std::vector<line_ends> ends_;
   std::vector<bool> is_turned_, is_vertical_, is_left_out_;
-  std::map<segment_number, segment_number> column_; // of segments above each other; the name of a column is a member
+  std::map<segment_number, segment_number> column_; // segments stacked on each other; a member identifies the column
 };
 
 std::string graph_text(schematic::method method, std::span<const segment_number> members,
@@ -86,7 +86,7 @@ std::string graph_text(schematic::method method, std::span<const segment_number>
     if (by_dot && written.is_vertical(i))
       text += "{rank=same " + ends + "}\n";
     else if (by_dot && lines[i].what != schematic_line::kind::flow)
-      text += ends + " [weight=0]\n"; // an exchange does not say where downstream is
+      text += ends + " [weight=0]\n"; // an exchange does not indicate which way is downstream
     else
       text += ends + "\n";
   }
@@ -99,7 +99,7 @@ file_descriptor in_memory(std::string_view text) {
   return file;
 }
 
-// Words of one line.
+// Reads the words of one line.
 class word_reader {
 public:
   explicit word_reader(std::string_view line) : rest_(line) {}
@@ -119,7 +119,7 @@ public:
   bool read(schematic_point& point) {
     if (!read(point.x) || !read(point.y) || !std::isfinite(point.x) || !std::isfinite(point.y)) return false;
     point.x *= points_per_inch;
-    point.y *= -points_per_inch; // theirs go up
+    point.y *= -points_per_inch; // Graphviz's y axis points up
     return true;
   }
 
@@ -166,7 +166,7 @@ private:
     return true;
   }
 
-  // Several lines may connect the same two.
+  // Several lines may connect the same two segments.
   bool take_edge(word_reader& words) {
     line_ends ends;
     std::size_t count = 0;
@@ -179,7 +179,7 @@ private:
     for (std::size_t i = 0; i < count; ++i)
       if (!words.read(curve.emplace_back())) return false;
     if (written_.is_turned(*found)) std::ranges::reverse(curve);
-    if (count % 3 != 1 || count < 4) curve.clear(); // a straight line will do
+    if (count % 3 != 1 || count < 4) curve.clear(); // fall back to a straight line
     return true;
   }
 
@@ -187,7 +187,7 @@ private:
   const std::vector<schematic_line>& lines_;
   const written_lines& written_;
   std::vector<bool> has_box_, used_;
-  std::vector<std::size_t> order_; // of the lines, by their ends
+  std::vector<std::size_t> order_; // lines sorted by their ends
   schematic picture_;
 };
 
@@ -210,7 +210,7 @@ std::optional<schematic> lay_out_by_graphviz(const std::filesystem::path& progra
     output += piece;
     return !is_cancelled() && output.size() < longest_output && clock::now() < end_of_patience;
   });
-  // Some warnings are an exit status of 1; the picture is complete or refused below.
+  // Graphviz exits with status 1 for some warnings; incomplete pictures are refused below.
   if (end.how != program_end::way::exited || is_cancelled()) return std::nullopt;
   auto picture = plain_reader(members, lines, written).read(output);
   if (picture) picture->laid_out_by = method;

@@ -1,5 +1,5 @@
-// Puts the boxes of a layout by forces into the cells of a grid, so that none lies over another. Graphviz can do this
-// itself, but needs 13 s for 10,000 boxes where this takes some milliseconds.
+// Moves the boxes of a force-directed layout into grid cells, so that none overlap. Graphviz can do this itself, but
+// needs 13 s for 10,000 boxes where this takes a few milliseconds.
 #include "network/layout_steps.h"
 
 #include <algorithm>
@@ -11,14 +11,14 @@ namespace vesk {
 namespace {
 
 constexpr double cell_width = box_width + 26, cell_height = box_height + 24;
-constexpr double usual_link = 1.7; // cells between connected boxes, in the middle of all
+constexpr double usual_link = 1.7; // average distance between connected boxes, in cells
 
 struct cell {
   long column = 0, row = 0;
   friend auto operator<=>(const cell&, const cell&) = default;
 };
 
-// The distance of the cells from the place, in cells.
+// Distance from a cell to a point, in cells.
 double distance(const cell& one, schematic_point place) {
   return std::hypot(static_cast<double>(one.column) - place.x, static_cast<double>(one.row) - place.y);
 }
@@ -29,7 +29,7 @@ public:
     const cell middle{std::lround(place.x), std::lround(place.y)};
     for (long reach = 0;; ++reach) {
       std::optional<cell> best;
-      for (long i = -reach; i <= reach; ++i) // the square at this distance
+      for (long i = -reach; i <= reach; ++i) // the ring of cells at this distance
         for (const cell& one :
              {cell{middle.column + i, middle.row - reach}, cell{middle.column + i, middle.row + reach},
               cell{middle.column - reach, middle.row + i}, cell{middle.column + reach, middle.row + i}})
@@ -63,7 +63,7 @@ double middle_link(const schematic& picture) {
 void put_into_cells(schematic& picture) {
   double scale = middle_link(picture);
   scale = scale > 0 ? usual_link / scale : 1;
-  // All within a square of some ten times the room that they need, whatever the program says.
+  // Clamps all boxes to a square about ten times as wide as needed, in case the program's output is extreme.
   double farthest = 0;
   for (const schematic_box& box : picture.boxes)
     farthest = std::max({farthest, std::abs(box.middle.x), std::abs(box.middle.y)});

@@ -8,10 +8,10 @@
 
 namespace vesk {
 
-// The connections between two of the members, as lines without a curve; `members` ascend.
+// The connections between members, as lines without curves; `members` in ascending order.
 std::vector<schematic_line> lines_between(const network_graph& network, std::span<const segment_number> members);
 
-// Gives boxes and curves by a program of Graphviz. Nothing when it fails, takes longer, or is cancelled.
+// Computes boxes and curves with a Graphviz program. Nothing if it fails, exceeds `longest`, or is cancelled.
 std::optional<schematic> lay_out_by_graphviz(const std::filesystem::path& program, schematic::method method,
                                              std::span<const segment_number> members,
                                              const std::vector<schematic_line>& lines,
@@ -22,13 +22,14 @@ std::optional<schematic> lay_out_by_graphviz(const std::filesystem::path& progra
 schematic lay_out_plainly(const network_graph& network, std::span<const segment_number> members,
                           const std::vector<schematic_line>& lines);
 
-// Cuts a picture that is much wider than high into rows, which run to the right and to the left in turn.
+// Cuts a picture that is much wider than high into rows, which run right and left in turn.
 void fold(schematic& picture);
 
-// Moves the boxes into the cells of a grid, near to where they are, and takes the curves away.
+// Moves the boxes into nearby cells of a grid, and removes the curves.
 void put_into_cells(schematic& picture);
 
-// Straight lines from box to box for those without a curve, and the picture's size, with all of it in sight.
+// Adds straight lines between boxes where curves are missing, and computes the picture's size, which includes
+// everything.
 void finish(schematic& picture);
 
 } // namespace vesk

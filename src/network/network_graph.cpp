@@ -9,13 +9,13 @@ namespace vesk {
 
 namespace {
 
-constexpr std::size_t water_fields = 2; // the surface water's and the pore water's; the others carry solids or are air
+constexpr std::size_t water_fields = 2; // surface water and pore water; the others carry solids or are air
 
 double finite_or_zero(double value) {
   return std::isfinite(value) ? value : 0;
 }
 
-// Collects pairs between two segments; those of the same two become one.
+// Collects the pairs between segments; those between the same two are merged.
 class flow_collector {
 public:
   void add(segment_number from, segment_number to, bool is_water, double mean) {
@@ -154,7 +154,7 @@ double mean_over(const point_list& points, bool steps, double start, double end)
     return value(0);
   }
   double sum = 0;
-  // The part of the piece [from, to] within the period, with values that change evenly from one to the other.
+  // Integrates the part of the piece [from, to] within the period; values change linearly over the piece.
   const auto add = [&](double from, double to, double first, double last) {
     const double a = std::max(from, start), b = std::min(to, end);
     if (!(b > a)) return;

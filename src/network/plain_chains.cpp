@@ -1,4 +1,4 @@
-// The layout without Graphviz: from each spring down along the greatest flow, row by row; bottom segments beneath.
+// The layout without Graphviz: from each source down the greatest flow, row by row; bottom segments beneath.
 #include "network/layout_steps.h"
 
 #include <algorithm>
@@ -32,7 +32,7 @@ public:
   std::vector<schematic_box> make() {
     for (const segment_number one : members_)
       if (!is_entered_[one] && !is_beneath_[one]) place_chain(one);
-    for (const segment_number one : members_) // in rings
+    for (const segment_number one : members_) // rings have no segment without an inflow
       if (!is_beneath_[one]) place_chain(one);
     for (const segment_number one : members_) place_chain(one);
     std::ranges::sort(boxes_, {}, &schematic_box::segment);
@@ -73,7 +73,7 @@ private:
 
   const network_graph& network_;
   std::span<const segment_number> members_;
-  std::vector<std::int32_t> next_; // by segment: where most of its water goes
+  std::vector<std::int32_t> next_; // by segment: destination of its greatest flow
   std::vector<double> greatest_;
   std::vector<bool> is_open_, is_entered_, is_beneath_; // by segment; open: a member without a box
   std::size_t columns_ = 8, column_ = 0, row_ = 0, deepest_ = 0;

@@ -15,11 +15,11 @@ namespace {
 
 using std::chrono::milliseconds;
 
-constexpr std::size_t most_for_dot = 1'000; // it takes minutes for more
+constexpr std::size_t most_for_dot = 1'000; // more would take it minutes
 constexpr milliseconds longest_by_dot(6'000), longest_by_sfdp(60'000);
 constexpr double margin = 30; // around the boxes, for marks
 
-// The nearest segments, counted in connections of any kind.
+// The nearest segments, by number of connections of any kind.
 std::vector<segment_number> neighbourhood(const network_graph& network, segment_number centre) {
   std::vector<std::vector<segment_number>> beside(network.segments.size());
   const auto connect = [&](segment_number one, segment_number two) {
@@ -41,7 +41,7 @@ std::vector<segment_number> neighbourhood(const network_graph& network, segment_
   return {found.begin(), found.end()};
 }
 
-// Draws what is connected by Graphviz. dot puts all other segments above each other, so they come below, in rows.
+// Lays out connected segments with Graphviz. dot would stack all other segments, so they go below, in rows.
 class layout {
 public:
   layout(const network_graph& network, std::vector<segment_number> members, const graphviz_programs& programs,
@@ -63,7 +63,7 @@ public:
   }
 
 private:
-  // Those between segments that something else connects.
+  // Drops lines to bottom segments that another connection joins anyway.
   static void drop_needless_bottoms(schematic& picture) {
     std::set<std::pair<segment_number, segment_number>> connected;
     for (const schematic_line& line : picture.lines)
@@ -112,7 +112,7 @@ private:
   std::vector<segment_number> connected_, alone_;
 };
 
-// Where the straight line from the box's middle towards `to` leaves it.
+// Where the straight line from the box's centre towards `to` leaves the box.
 schematic_point edge_of_box(schematic_point middle, schematic_point to) {
   const double dx = to.x - middle.x, dy = to.y - middle.y;
   if (dx == 0 && dy == 0) return middle;
@@ -223,7 +223,7 @@ std::optional<std::size_t> next_box(const schematic& picture, std::size_t from, 
   for (std::size_t i = 0; i < picture.boxes.size(); ++i) {
     const double x = picture.boxes[i].middle.x - start.x, y = picture.boxes[i].middle.y - start.y;
     const double along = x * dx + y * dy, aside = std::abs(x * dy) + std::abs(y * dx);
-    if (along <= 1 || aside > 2 * along) continue; // not within a wide wedge
+    if (along <= 1 || aside > 2 * along) continue; // outside a wide wedge
     if (const double distance = along + 2 * aside; distance < least) least = distance, best = i;
   }
   return best;

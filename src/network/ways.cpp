@@ -12,7 +12,7 @@ namespace vesk {
 namespace {
 
 constexpr double unreachable = std::numeric_limits<double>::infinity();
-constexpr std::size_t longest_search = 4'000'000; // connections that are looked at, for all legs of one question
+constexpr std::size_t longest_search = 4'000'000; // connections visited, for all legs of one search
 
 struct connection {
   segment_number to;
@@ -65,8 +65,8 @@ adjacency turned(std::size_t segments, std::vector<adjacency::edge> edges) {
 }
 
 // Ways from one segment to another by increasing length: Yen's algorithm, with Lawler's rule that a way is only varied
-// from where it left its parent on. What is still to go at the least is known from a search back from the end, so each
-// search goes straight on.
+// after the point where it leaves its parent. A backward search from the end gives the remaining length, which keeps
+// each search (A*) on course.
 class leg_search {
 public:
   leg_search(const adjacency& ahead, const adjacency& back, const std::vector<double>& costs, std::size_t& work_left)
@@ -88,11 +88,11 @@ public:
     return work_left_ > 0;
   }
 
-  // The way whose least flow is greatest; empty if the search was given up.
+  // The way with the greatest least flow; empty if the search was given up.
   std::vector<segment_number> widest(segment_number from, segment_number to) {
     std::vector<double> best(ahead_.size(), -1);
     std::vector<segment_number> before(ahead_.size());
-    std::priority_queue<std::pair<double, segment_number>> open; // the greatest flow first
+    std::priority_queue<std::pair<double, segment_number>> open; // greatest flow first
     best[from] = unreachable;
     open.emplace(unreachable, from);
     while (!open.empty()) {
@@ -116,7 +116,7 @@ private:
   struct candidate {
     double cost;
     std::vector<segment_number> way;
-    std::size_t leaves_at; // the position at which it leaves its parent
+    std::size_t leaves_at; // position at which it leaves its parent
 
     friend bool operator<(const candidate& a, const candidate& b) {
       return a.cost != b.cost ? a.cost < b.cost : a.way < b.way;
@@ -161,7 +161,7 @@ private:
     }
   }
 
-  // From `from` on, without segments that are blocked, and not first to one of `barred`.
+  // From `from` on, avoiding blocked segments and, as the first step, those in `barred`.
   std::optional<std::vector<segment_number>> shortest(segment_number from, segment_number to,
                                                       const std::vector<segment_number>& root,
                                                       const std::vector<segment_number>& barred) {
@@ -196,13 +196,13 @@ private:
     return found ? std::optional(way) : std::nullopt;
   }
 
-  // Puts the ways that differ from `parent` after each of its segments among the candidates. False: given up.
+  // Adds the ways that leave `parent` after each of its segments to the candidates. False: given up.
   bool vary(const candidate& parent, segment_number to, const std::vector<std::vector<segment_number>>& ways,
             std::set<candidate>& candidates) {
     const auto& way = parent.way;
     for (std::size_t i = 0; i < parent.leaves_at; ++i) blocked_[way[i]] = true;
     std::vector<segment_number> root(way.begin(), way.begin() + static_cast<std::ptrdiff_t>(parent.leaves_at));
-    std::vector<const std::vector<segment_number>*> same_root; // the ways that begin as this one does
+    std::vector<const std::vector<segment_number>*> same_root; // the ways that start with the same segments
     for (const auto& one : ways)
       if (std::ranges::equal(root, std::span(one).first(std::min(root.size(), one.size())))) same_root.push_back(&one);
     for (std::size_t i = parent.leaves_at; i + 1 < way.size() && work_left_ > 0; ++i) {
@@ -211,7 +211,7 @@ private:
       for (const auto* one : same_root)
         if (i + 1 < one->size()) barred.push_back((*one)[i + 1]);
       blocked_[way[i]] = true;
-      // Most segments of a river have one way out.
+      // Most segments of a river have only one way out.
       const auto out = ahead_.of(way[i]);
       const bool has_other = std::ranges::any_of(out, [&](const connection& next) {
         return !blocked_[next.to] && still_[next.to] != unreachable &&
@@ -230,9 +230,9 @@ private:
   const adjacency& back_;
   const std::vector<double>& costs_; // of entering a segment
   std::size_t& work_left_;
-  std::vector<double> still_; // from the segment to the end, at the least
+  std::vector<double> still_; // shortest distance from the segment to the end
   std::vector<bool> blocked_;
-  std::vector<double> cost_; // of the present search
+  std::vector<double> cost_; // of the current search
   std::vector<segment_number> before_;
 };
 
@@ -295,7 +295,7 @@ private:
   bool find_leg(segment_number from, segment_number to, std::vector<std::vector<segment_number>>& ways) {
     leg_search search(ahead_, back_, costs_, work_left_);
     if (search.find(from, to, most_, ways)) return true;
-    work_left_ = std::max(work_left_, longest_search / 10); // the main way is worth a look in any case
+    work_left_ = std::max(work_left_, longest_search / 10); // the main way is always searched for
     auto main = search.widest(from, to);
     if (!main.empty() && std::ranges::find(ways, main) == ways.end()) {
       if (ways.size() == most_) ways.pop_back();
