@@ -119,7 +119,7 @@ def test_an_executor_that_dies_leaves_a_value_for_each_case(river, tmp_path):
 @pytest.mark.parametrize("text, cause", [
     ("", "is empty; expected a line with the names of columns."),
     ("constant.21\n1,2\n", "line 2: expected 1 fields, found 2."),
-    ("constant.21,constant.21\n1,2\n", "the column constant.21 is there more than once."),
+    ("constant.21,constant.21\n1,2\n", "the column constant.21 occurs more than once."),
     ("constant.21,constant.21*=\n1,2\n", "Row 0: constant.21 is set twice."),
     ('constant.21\n"1\n', "line 2: unexpected end of data."),
     ("id,constant.21\na,1\na,2\n", "Two rows have the name a."),

@@ -61,7 +61,7 @@ def parameters(source: PathLike) -> list[Parameter]:
     names = [it.name for it in result]
     for name in names:
         if names.count(name) > 1:
-            raise ValueError(f"{os.fspath(source)}: the name {name} is there more than once.")
+            raise ValueError(f"{os.fspath(source)}: the name {name} occurs more than once.")
     return result
 
 

@@ -25,7 +25,7 @@ class Record:
         if not isinstance(content, dict) or content.get("format") != "vesk run record":
             raise ValueError(f"{file}: not the record of a run.")
         if content.get("version") != 1:
-            raise ValueError(f"{file}: a record of another version than 1, which this package does not read.")
+            raise ValueError(f"{file}: unsupported record version; this package reads version 1.")
         self.content = content
         self.file = file
 

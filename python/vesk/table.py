@@ -31,5 +31,5 @@ def read_table(file: PathLike) -> tuple[list[str], list[list[str]]]:
     header = lines[0]
     for at, column in enumerate(header):
         if column in header[:at]:
-            raise ValueError(f"{name}: the column {column} is there more than once.")
+            raise ValueError(f"{name}: the column {column} occurs more than once.")
     return header, lines[1:]

@@ -39,7 +39,7 @@ void TSelectSegmentsForm::data_set_replaced() {
 }
 
 std::string TSelectSegmentsForm::message() const {
-  if (SegmentCheckListBox.empty()) return "The network has no segments yet. Segments are added in Data > Segments.";
+  if (SegmentCheckListBox.empty()) return "The network has no segments yet. Add them in Data > Segments.";
   std::size_t added = 0, removed = 0;
   for (std::size_t i = 0; i < SegmentCheckListBox.size() && i < loaded_.size(); ++i) {
     added += SegmentCheckListBox[i] && !loaded_[i];

@@ -191,13 +191,13 @@ std::optional<schematic> make_schematic(const network_graph& network, std::optio
 
 std::string remark_on(const schematic& picture, const network_graph& network) {
   std::vector<std::string> remarks;
-  if (network.segments.empty()) return "No segments: Data > Segments adds them.";
+  if (network.segments.empty()) return "No segments. Add them in Data > Segments.";
   if (picture.centre)
     remarks.push_back("Of " + std::to_string(network.segments.size()) + " segments, the " +
                       std::to_string(picture.boxes.size()) + " nearest to segment " +
                       std::to_string(*picture.centre + 1) + " are shown.");
   if (network.flows.empty() && network.exchanges.empty())
-    remarks.push_back("Nothing connects the segments: Data > Flows and Data > Exchanges have the pairs.");
+    remarks.push_back("The segments are not connected. Add pairs in Data > Flows or Data > Exchanges.");
   else if (picture.laid_out_by == schematic::method::plain_chains)
     remarks.push_back("Plain rows: the package graphviz, which finds a better layout, is missing or did not finish.");
   if (network.bad_pairs > 0)

@@ -97,7 +97,7 @@ csv_table read_csv_table(const std::filesystem::path& file) {
   if (!lines.next(table.header))
     throw value_error(table.file + " is empty; expected a line with the names of columns.");
   for (std::size_t i = 0; i < table.header.size(); ++i)
-    if (table.column(table.header[i]) < i) lines.fail("the column " + table.header[i] + " is there more than once.");
+    if (table.column(table.header[i]) < i) lines.fail("the column " + table.header[i] + " occurs more than once.");
   for (std::vector<std::string> fields; lines.next(fields); table.rows.push_back(fields))
     if (fields.size() != table.header.size())
       lines.fail("expected " + std::to_string(table.header.size()) + " fields, found " + std::to_string(fields.size()) +

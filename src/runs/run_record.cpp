@@ -182,9 +182,9 @@ std::string with_end(std::string_view record, const run_end& end) {
 past_run read_run_record(const fs::path& file) {
   const auto refuse = [&](const char* cause) { return value_error(file.native() + ": " + cause); };
   const json record = json::parse(read_to_end(open_for_reading(file).get(), file.native()), nullptr, false);
-  if (!record.is_object() || record.value("format", json()) != json(format)) throw refuse("not the record of a run.");
+  if (!record.is_object() || record.value("format", json()) != json(format)) throw refuse("not a run record.");
   if (record.value("version", json()) != json(format_version))
-    throw refuse("a record of another version than 1, which this program does not read.");
+    throw refuse("unsupported record version; this program reads version 1.");
   try {
     past_run run;
     run.data_set = read_hashes(record.at("data_set"));
@@ -197,7 +197,7 @@ past_run read_run_record(const fs::path& file) {
                              .points = it.value("points", std::uint64_t{})});
     return run;
   } catch (const nlohmann::json::exception&) {
-    throw refuse("the record has no hashes of a data set.");
+    throw refuse("the record contains no hashes of a data set.");
   }
 }
 

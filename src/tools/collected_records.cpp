@@ -87,7 +87,7 @@ void read(const std::string& file, std::vector<run_row>& rows, std::vector<std::
     if (!record.is_object() || record.value("format", json()) != json("vesk run record"))
       faults.push_back(file + ": not the record of a run.");
     else if (record.value("version", json()) != json(1))
-      faults.push_back(file + ": a record of another version than 1, which this program does not read.");
+      faults.push_back(file + ": unsupported record version; this program reads version 1.");
     else
       rows.push_back(row_of(file, record));
   } catch (const json::exception&) {

@@ -46,7 +46,7 @@ std::unique_ptr<TGraphForm> live_samples::chart() const {
     all.push_back(std::move(data));
   }
   auto chart = std::make_unique<TGraphForm>();
-  chart->set_titles({}, "the run that goes on");
+  chart->set_titles({}, "current run");
   chart->add_series(std::move(all));
   return chart;
 }

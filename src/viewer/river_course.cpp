@@ -83,7 +83,7 @@ void river_course::search() {
 }
 
 std::string river_course::note() const {
-  if (!network_) return "Open the data set of these results: it has the network.";
+  if (!network_) return "Open the data set of these results to see its network.";
   if (network_->segments.empty()) return "The open data set has no segments.";
   const auto number = [](segment_number one) { return std::to_string(std::size_t{one} + 1); };
   if (waits_for_end_) return "Click the segment where the way ends.";
@@ -134,7 +134,7 @@ std::pair<segment_number, segment_number> ends_of_main_course(const network_grap
 network_match match_network(const network_graph& network, const results_file& results) {
   const std::size_t count = network.segments.size();
   if (results.segments() != count)
-    return {false, "The open data set has another network: " + counted(count, "segment") + ", the results " +
+    return {false, "The open data set has another network: " + counted(count, "segment") + ", the results have " +
                        std::to_string(results.segments()) + ". Open the data set of these results."};
   std::size_t renamed = 0;
   for (std::size_t i = 0; i < count; ++i)

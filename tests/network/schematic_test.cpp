@@ -56,7 +56,7 @@ TEST_P(Layouts, ShowEverySegmentOfAnyNetwork) {
     expect_sound(picture, network.segments.size());
     return picture;
   };
-  EXPECT_EQ(remark_on(sound({}), {}), "No segments: Data > Segments adds them.");
+  EXPECT_EQ(remark_on(sound({}), {}), "No segments. Add them in Data > Segments.");
   sound(drawn_network(1, {}));
   sound(drawn_network(1, {{0, 1, 1}, {1, 1, 1}, {1, 9, 1}}));
   sound(drawn_network(30, {}));

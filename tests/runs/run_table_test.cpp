@@ -59,7 +59,7 @@ TEST_F(RunTable, WhatIsWrongIsNamed) {
   EXPECT_EQ(failure("max_dt,min_dt\n1\n"), ", line 2: expected 2 fields, found 1.");
   EXPECT_EQ(failure("max_dt\n\"1\n"), ", line 2: a quotation mark is not closed.");
   EXPECT_EQ(failure("max_dt\n1\"\n"), ", line 2: a quotation mark inside a field that is not quoted.");
-  EXPECT_EQ(failure("max_dt,max_dt\n1,1\n"), ", line 1: the column max_dt is there more than once.");
+  EXPECT_EQ(failure("max_dt,max_dt\n1,1\n"), ", line 1: the column max_dt occurs more than once.");
   EXPECT_EQ(failure("max_dt,max_dt*=\n1,1\n"), ", column max_dt*=: max_dt is set by more than one column.");
   EXPECT_EQ(failure("maxdt\n1\n"), ", column maxdt: Unknown path maxdt; the nearest is max_dt.");
   EXPECT_EQ(failure("max_dt\ninf\n"), ", row 0: max_dt: expected a finite number, found \"=inf\".");

@@ -58,7 +58,7 @@ TEST(NetworkWindow, ShowsTheDataSetAndFollowsItsChanges) {
   EXPECT_TRUE(wait_for([&] { return view->network()->network.flows.empty(); }, 20000));
   program.form().current_data_set->segments.clear();
   EXPECT_TRUE(wait_for([&] { return view->network()->network.segments.empty(); }, 20000));
-  EXPECT_EQ(find<QLabel>(window_of_the_network(), "RemarkLabel")->text(), "No segments: Data > Segments adds them.");
+  EXPECT_EQ(find<QLabel>(window_of_the_network(), "RemarkLabel")->text(), "No segments. Add them in Data > Segments.");
   for (const Qt::Key key : {Qt::Key_Right, Qt::Key_Return, Qt::Key_Plus, Qt::Key_Home}) QTest::keyClick(view, key);
   EXPECT_FALSE(view->selected());
   window_of_the_network()->close();

@@ -23,7 +23,7 @@ std::shared_ptr<const network_graph> island() {
 
 TEST(RiverCourse, IsChosenByClicks) {
   river_course course;
-  EXPECT_EQ(course.note(), "Open the data set of these results: it has the network.");
+  EXPECT_EQ(course.note(), "Open the data set of these results to see its network.");
   course.click(0, false);
   EXPECT_FALSE(course.way());
   course.set_network(island());
@@ -151,7 +151,7 @@ TEST_F(Profiles, OfAnotherNetworkAreNotShownOnThisOne) {
   EXPECT_FALSE(match_network(network, file).fits);
   network.segments.pop_back();
   EXPECT_EQ(match_network(network, file).remark,
-            "The open data set has another network: 3 segments, the results 4. Open the data set of these results.");
+            "The open data set has another network: 3 segments, the results have 4. Open the data set of these results.");
 }
 
 } // namespace

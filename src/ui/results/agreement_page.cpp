@@ -96,7 +96,7 @@ void agreement_page::set_cursor() {
 }
 
 QString agreement_page::why_empty() const {
-  if (session_.scenarios().empty()) return "Open a file of results, such as river.nc.";
+  if (session_.scenarios().empty()) return "Open a results file, such as river.nc.";
   if (list_.is_reading()) return "Reading...";
   if (list_.series().empty()) return "No measured series yet. Choose New to compare with a table of measured values.";
   return "Nothing to draw.";
@@ -141,7 +141,7 @@ void agreement_page::show_scores() {
 
 void agreement_page::edit(bool is_new) {
   const results_file* file = session_.baseline_file();
-  if (!file) return questions_.message_box("Measured series", "Open a file of results first.", box_buttons::ok), void();
+  if (!file) return questions_.message_box("Measured series", "Open a results file first.", box_buttons::ok), void();
   const std::size_t position = list_.position();
   measured_form form = is_new ? measured_form() : measured_form::of(list_.series().at(position));
   if (is_new) {

@@ -101,11 +101,11 @@ void map_page::set_cursor() {
 void map_page::show_all() {
   const results_file* file = session_.baseline_file();
   const auto& drawn = watch_.network();
-  QString note = file ? shown(store_.note()) : "Open a file of results, such as river.nc.";
+  QString note = file ? shown(store_.note()) : "Open a results file, such as river.nc.";
   const network_match match = drawn && file ? match_network(drawn->network, *file) : network_match{};
   if (!drawn)
     note =
-        watch_.is_drawing() ? "Laying out the network..." : "Open the data set of these results: it has the network.";
+        watch_.is_drawing() ? "Laying out the network..." : "Open the data set of these results to see its network.";
   else if (file && !match.remark.empty())
     note = shown(match.remark);
   if (view_->network() != drawn) view_->show_network(drawn);

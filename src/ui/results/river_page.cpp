@@ -253,7 +253,7 @@ void river_page::show_chart() {
   }
   show_legend(charts.empty() ? nullptr : charts.front().get());
   charts_->show_charts(std::move(charts),
-                       file ? "Nothing to show along this way." : "Open a file of results, such as river.nc.");
+                       file ? "Nothing to show along this way." : "Open a results file, such as river.nc.");
 }
 
 void river_page::show_legend(const TGraphForm* chart) {

@@ -68,7 +68,7 @@ void time_series_view::set_results() {
 }
 
 QString time_series_view::why_empty() const {
-  if (session_.scenarios().empty()) return "Open a file of results, such as river.nc.";
+  if (session_.scenarios().empty()) return "Open a results file, such as river.nc.";
   if (store_.is_reading()) return "Reading...";
   return "Choose at least one variable and one segment on the left.";
 }
