@@ -13,9 +13,9 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* score_picture = "#######.####";
-constexpr std::size_t measured_colour = 7; // grey: the scenarios have the others
+constexpr std::size_t measured_colour = 7; // grey: the scenarios use the other colours
 
-// As people write them in tables, in the order of score_columns.
+// As usually written in tables, in the order of score_columns.
 constexpr const char* score_headers[] = {
     "Mean\nmeasured", "Mean\nmodelled", "Bias", "Bias (%)", "MAE", "RMSE", "RSR", "r", "r2", "NSE", "KGE",
     "KGE\nalpha",     "KGE\nbeta"};
@@ -57,7 +57,7 @@ agreement_list::agreement_list(results_session& session) : session_(session) {
                    {}});
 }
 
-// Small, so it is read here and now.
+// Read synchronously, since it is small.
 void agreement_list::read_file() {
   const fs::path wanted =
       session_.scenarios().empty() ? fs::path() : measured_file_beside(session_.scenarios()[session_.baseline()].path);
@@ -107,7 +107,7 @@ void agreement_list::compare_all() {
 
 void agreement_list::write(std::vector<measured_series> series) {
   std::error_code missing;
-  if (!note_.empty()) throw measured_file_exception(note_); // a file that cannot be read is not replaced
+  if (!note_.empty()) throw measured_file_exception(note_); // never overwrites a file that cannot be read
   const bool is_new = !fs::exists(file_, missing);
   write_measured_file(file_, series);
   series_ = std::move(series);
@@ -144,7 +144,7 @@ score_table::score_table() {
 
 void score_table::show(const std::vector<agreement_outcome>& outcomes, bool whole_only) {
   rows_.clear();
-  bool has_measured_means = false; // they are the same for all scenarios with the same pairs
+  bool has_measured_means = false; // the same for all scenarios with the same pairs
   for (const agreement_outcome& outcome : outcomes) {
     if (!outcome.found) continue;
     for (const estimate_scores& estimate : outcome.found->estimates) {
@@ -211,7 +211,7 @@ std::unique_ptr<TGraphForm> agreement_chart(const std::vector<agreement_outcome>
       add(*line, it.model.times[k] - days_to_1970, it.model.values[k]);
     all.push_back(std::move(line));
   }
-  for (const agreement_outcome& it : outcomes) { // in front of the lines
+  for (const agreement_outcome& it : outcomes) { // drawn over the lines
     if (!it.found) continue;
     auto dots = dots_of("measured", measured_colour);
     for (const pair_at& pair : it.found->paired.pairs) add(*dots, pair.time - days_to_1970, pair.measured);

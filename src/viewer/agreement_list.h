@@ -1,4 +1,4 @@
-// Measured series and how well the open results agree with them.
+// Measured series, and how well the open results agree with them.
 #pragma once
 
 #include "charts/graph_form.h"
@@ -14,21 +14,21 @@
 
 namespace vesk {
 
-// NAME.measured.json for NAME.nc, and for the NAME.previous.nc and NAME.cancelled.nc beside it.
+// NAME.measured.json for NAME.nc, and for NAME.previous.nc and NAME.cancelled.nc beside it.
 std::filesystem::path measured_file_beside(const std::filesystem::path& results);
 
-// One measured series held against one scenario.
+// The comparison of one measured series with one scenario.
 struct agreement_outcome {
   std::string scenario_name = {};
-  std::string failure = {};             // one sentence; empty: compared
-  std::optional<comparison> found = {}; // without a failure
+  std::string failure = {};             // one sentence; empty: success
+  std::optional<comparison> found = {}; // set unless it failed
   modelled_series model = {};
 };
 
-// The owner's thread only. The measured series are those of the baseline's file.
+// Owner's thread only. The measured series are those of the baseline's file.
 class agreement_list {
 public:
-  // The session must outlive it. It listens to the session; nothing is read before `look`.
+  // The session must outlive this. Listens to the session; reads nothing before `look`.
   explicit agreement_list(results_session& session);
   ~agreement_list() { session_.reader().forget(this); }
   agreement_list(const agreement_list&) = delete;
@@ -44,11 +44,9 @@ public:
   void look(std::size_t position);
   std::size_t position() const { return position_; }
   bool is_reading() const { return is_reading_; }
-  const std::vector<agreement_outcome>& outcomes() const {
-    return outcomes_;
-  } // one a scenario, as far as they are known
+  const std::vector<agreement_outcome>& outcomes() const { return outcomes_; } // one per scenario, as far as known
 
-  // Changes the file, then this list. Throw measured_file_exception and file_exception; nothing is changed then.
+  // Change the file, then this list. Throw measured_file_exception and file_exception; nothing is changed then.
   void add(const measured_series& series);
   void replace(std::size_t position, const measured_series& series);
   void remove(std::size_t position);
@@ -69,12 +67,12 @@ private:
   std::function<void()> changed_;
 };
 
-// The scores as a table: a row for each period of each estimate of each scenario.
+// The scores as a table: a row per scenario, estimate and period.
 class score_table final : public grid {
 public:
   score_table();
 
-  // `whole_only`: without the months.
+  // `whole_only`: omits the months.
   void show(const std::vector<agreement_outcome>& outcomes, bool whole_only);
 
   std::span<const grid_column> columns() const override { return columns_; }
@@ -96,7 +94,7 @@ std::string in_words(const agreement_outcome& outcome);
 
 // The measured values as dots and each scenario as a line.
 std::unique_ptr<TGraphForm> agreement_chart(const std::vector<agreement_outcome>& outcomes, const std::string& units);
-// Modelled over measured values, and the line on which both are equal.
+// Modelled against measured values, with the line of equality.
 std::unique_ptr<TGraphForm> agreement_scatter(const std::vector<agreement_outcome>& outcomes, const std::string& units);
 
 } // namespace vesk

@@ -1,4 +1,4 @@
-// Charts one below the other over one time axis: zoom and paging move all of them.
+// Stacked charts over one time axis, with common zoom and paging.
 #pragma once
 
 #include "charts/graph_form.h"
@@ -12,14 +12,14 @@ namespace vesk {
 // Main thread only.
 class chart_rows {
 public:
-  // Other charts. What is zoomed into stays so where there are as many rows as before and their times still overlap.
+  // Replaces the charts. The zoom is kept if the number of rows is unchanged and their times still overlap.
   void show(std::vector<std::unique_ptr<TGraphForm>> rows);
 
   std::size_t size() const { return rows_.size(); }
   TGraphForm& operator[](std::size_t row) { return *rows_[row]; }
   const TGraphForm& operator[](std::size_t row) const { return *rows_[row]; }
 
-  // A row's own bounds were moved by the mouse; the others follow it in time.
+  // The mouse has changed a row's bounds; the others follow in time.
   void row_moved(std::size_t row);
   void zoom_in_time();
   void zoom_in_value();
@@ -31,12 +31,12 @@ public:
   void go_to_end_of_data();
   bool is_zoomed() const { return !zooms_.empty(); }
 
-  void set_cursor(std::optional<double> x); // as the charts' own
+  void set_cursor(std::optional<double> x); // sets the cursor of all charts
   bool monochrome() const { return monochrome_; }
   void toggle_monochrome();
 
 private:
-  using state = std::vector<double_sextuple>; // the bounds of each row
+  using state = std::vector<double_sextuple>; // bounds of each row
   state bounds() const;
   void restore(const state& before);
   void zoom(void (TGraphForm::*way)());
@@ -44,7 +44,7 @@ private:
 
   std::vector<std::unique_ptr<TGraphForm>> rows_;
   std::vector<state> zooms_; // before each zoom, newest last
-  state now_;                // as last seen
+  state now_;                // at the last change
   bool monochrome_ = false;
   std::optional<double> cursor_;
 };

@@ -19,7 +19,7 @@ const shown_series* same_in(const std::vector<shown_series>& series, std::size_t
   return found == series.end() ? nullptr : &*found;
 }
 
-// Means of what is finite, and the value furthest from 0 with its time.
+// Mean of the finite values, and the value furthest from 0 with its time.
 struct summary {
   std::size_t count = 0;
   double sum = 0, greatest = 0, time = 0;

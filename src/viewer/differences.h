@@ -1,4 +1,4 @@
-// The chosen series of the other scenarios less those of the baseline.
+// The chosen series of the other scenarios minus those of the baseline.
 #pragma once
 
 #include "charts/grid.h"
@@ -8,11 +8,11 @@
 
 namespace vesk {
 
-// One for each series that both scenarios have, at the times of the baseline; between times of the other scenario on
-// the line. Its variable, segment, units and colour are the series', its scenario is the other one.
+// One for each series that both scenarios have, at the times of the baseline; the other scenario's values are
+// interpolated linearly. Variable, segment, units and colour are those of the series, the scenario is the other one.
 std::vector<shown_series> differences(const std::vector<shown_series>& series, std::size_t baseline);
 
-// What each difference comes to over all times.
+// A summary of each difference over all times.
 class difference_summary final : public grid {
 public:
   difference_summary();

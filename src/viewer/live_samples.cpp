@@ -12,7 +12,7 @@ void live_samples::clear() {
 bool live_samples::sample(double date_time, const std::vector<live_cell>& cells,
                           const std::function<std::optional<double>(int row, int column)>& read) {
   if (date_time == last_) return false;
-  if (date_time < last_) clear(); // another run
+  if (date_time < last_) clear(); // a new run
   last_ = date_time;
   bool is_new = false;
   for (const live_cell& cell : cells) {

@@ -1,4 +1,4 @@
-// Cells of the results grid over the simulation time of a run that still goes on.
+// Values of results-grid cells over the simulation time of the current run.
 #pragma once
 
 #include "charts/graph_form.h"
@@ -19,17 +19,17 @@ struct live_cell {
 // Main thread only.
 class live_samples {
 public:
-  static constexpr std::size_t most_cells = 50, most_samples = 100'000; // of one cell
+  static constexpr std::size_t most_cells = 50, most_samples = 100'000; // cells; samples per cell
 
   void clear();
 
   // Reads these cells at the last simulation time, a date-time number; further calls at the same time add nothing.
-  // Cells that are no longer chosen keep the values they have. True: there is something new to draw.
+  // Cells that are no longer chosen keep their values. True: there is something new to draw.
   bool sample(double date_time, const std::vector<live_cell>& cells,
               const std::function<std::optional<double>(int row, int column)>& read);
 
   bool empty() const { return series_.empty(); }
-  std::unique_ptr<TGraphForm> chart() const; // dots; null without any
+  std::unique_ptr<TGraphForm> chart() const; // dots; null without samples
 
 private:
   struct cell_series {

@@ -17,7 +17,7 @@ std::string text_of(const std::optional<double>& value) {
   return {digits, end.ptr};
 }
 
-// Finite; nothing for any other text.
+// A finite number; nothing for any other text.
 std::optional<double> number_in(const std::string& text) {
   double value = 0;
   const auto read = std::from_chars(text.data(), text.data() + text.size(), value);

@@ -1,4 +1,4 @@
-// The entries that describe a measured series, and the dialog of stored queries that chooses its table.
+// The entries that describe a measured series, and the host of the query dialog that selects its table.
 #pragma once
 
 #include "editors/editor_host.h"
@@ -10,7 +10,7 @@
 
 namespace vesk {
 
-// The host of an import dialog for a query that belongs to no data set: it has a data set with one series.
+// The host of an import dialog for a query outside any data set: owns a data set with one series.
 class query_host final : public editor_host {
 public:
   query_host(user_questions& questions, std::filesystem::path folder);
@@ -18,7 +18,7 @@ public:
   // The query of that series.
   import_query_descriptor query() const;
   void set_query(const import_query_descriptor& query);
-  void set_name(const std::string& name) { data_.time_functions.edit(0).description = name; } // as the dialog shows it
+  void set_name(const std::string& name) { data_.time_functions.edit(0).description = name; } // shown in the dialog
   series_ref series() const { return {series_kind::time_function, 0, 0}; }
 
   prevesk_dataset_data_type* data_set() override { return &data_; }
@@ -51,18 +51,18 @@ private:
   TImportTimeSeriesForm import_{*this};
 };
 
-// The entries as texts, as the user types them.
+// The entries as typed.
 struct measured_form {
   std::string name, variable, segment, units, factor, gap, from, to;
-  std::size_t kind = 0; // of measured_kind
-  std::size_t way = 0;  // of pairing_way
+  std::size_t kind = 0; // position in measured_kind
+  std::size_t way = 0;  // position in pairing_way
   import_query_descriptor query = {};
 
   static measured_form of(const measured_series& series);
 
   // What is wrong with the entries: one sentence; empty: nothing.
   std::string message() const;
-  measured_series series() const; // without a message
+  measured_series series() const; // call only if message() is empty
 
   // "data/oak_city.csv, field oxygen"; "no table yet".
   std::string table_text() const;

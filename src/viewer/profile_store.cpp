@@ -62,7 +62,7 @@ void profile_store::read(std::optional<std::size_t> variable) {
 
 void profile_store::take(std::vector<scenario_profile> profiles) {
   reads_ = false;
-  // Positions may be others by now; what they belong to is read again.
+  // Drops profiles of scenarios that have been closed. Others may have moved; they are read again.
   std::erase_if(profiles, [&](const auto& one) { return one.scenario >= session_.scenarios().size(); });
   profiles_ = std::move(profiles);
   change();

@@ -13,34 +13,35 @@
 namespace vesk {
 
 struct scenario_profile {
-  std::size_t scenario = 0; // in the session
+  std::size_t scenario = 0; // position in the session
   std::string scenario_name = {};
   double time = 0;                 // a date-time number: the one nearest to the cursor
-  std::vector<double> values = {}; // by segment; not-a-number where there is none
+  std::vector<double> values = {}; // by segment; not-a-number if there is none
 };
 
-// The owner's thread only.
+// Owner's thread only.
 class profile_store {
 public:
-  explicit profile_store(results_session& session) : session_(session) {} // which must outlive it
+  explicit profile_store(results_session& session) : session_(session) {} // must outlive this
   ~profile_store();
   profile_store(const profile_store&) = delete;
   profile_store& operator=(const profile_store&) = delete;
 
-  std::function<void()> OnChange; // of what follows
+  std::function<void()> OnChange; // the values below have changed
 
-  // Reads the variable at the cursor, in all scenarios that have it; `variable`: in the session's list. Call it again
-  // when the results, or the cursor, have changed. Requests that come faster than the disk are skipped.
+  // Reads the variable at the cursor, in all scenarios that have it; `variable`: position in the session's list. Call
+  // it again when the results or the cursor have changed. Requests that arrive faster than the disk can serve are
+  // skipped.
   void read(std::optional<std::size_t> variable);
-  // Reads the range over these times of the baseline; nothing: none is wanted. Costs nothing if it is known.
+  // Reads the range over these times of the baseline; nothing: no range. Free if it is already known.
   void read_bands(std::optional<position_range> times);
 
   const std::vector<scenario_profile>& profiles() const { return profiles_; }
   const scenario_profile* baseline_profile() const; // null while there is none
-  // The values of one of them; the one before, while a new one is read.
+  // The range of one variable; the previous one while a new one is being read.
   const results_bands* bands() const { return bands_ ? &*bands_ : nullptr; }
   bool is_reading_bands() const { return reads_bands_; }
-  const std::string& note() const { return note_; } // one sentence; empty: all was read
+  const std::string& note() const { return note_; } // one sentence; empty: everything was read
 
 private:
   struct band_key {

@@ -55,7 +55,7 @@ void reading_thread::serve() {
   }
 }
 
-// Runs on the thread. Also work that was given up is reported as finished, so that the count is right.
+// Runs on the reading thread. Abandoned work is reported as finished too, so that the count is right.
 void reading_thread::do_job(const job& next) {
   std::function<void()> then;
   if (!*next.given_up) {

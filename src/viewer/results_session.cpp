@@ -18,7 +18,7 @@ name_positions positions_of_names(const results_file& file) {
   return found;
 }
 
-// Results of runs are mostly looked at for their concentrations.
+// Users mostly look at concentrations.
 bool is_concentration(const results_variable& it) {
   return it.units.find("/m3") != it.units.npos || it.units.find("/l") != it.units.npos ||
          it.units.find("/L") != it.units.npos || it.units.find("m-3") != it.units.npos;
@@ -30,7 +30,7 @@ std::optional<std::size_t> find_variable(const results_file& file, const std::st
   return static_cast<std::size_t>(found - file.variables().begin());
 }
 
-// The same choice among other names.
+// Restores the same choice in a new list of names.
 void take_over(results_session::choices& now, const results_session::choices& before) {
   now.chosen.assign(now.names.size(), false);
   std::unordered_map<std::string, bool> chosen;
@@ -93,7 +93,7 @@ void results_session::take(const fs::path& path, std::shared_ptr<const results_f
   tell(&listener::results_changed);
 }
 
-// The file's stem; with its folder where another scenario has that name.
+// The file's stem; with its folder if another scenario has that name.
 std::string results_session::usual_name(const fs::path& path) const {
   const std::string stem = path.stem().string();
   const bool is_taken =
@@ -153,7 +153,7 @@ void results_session::make_choices() {
   segments = std::move(all_segments);
 }
 
-// So that the first look shows a curve.
+// So that a curve is shown from the start.
 void results_session::choose_something() {
   const auto& all = scenarios_[baseline_].file->variables();
   const auto found = std::ranges::find_if(all, is_concentration);
@@ -180,7 +180,7 @@ std::optional<std::size_t> results_session::variable_in(const scenario& within, 
   return find_variable(*within.file, variables.names[variable].name);
 }
 
-// By position where that has the name, so that names that occur twice lead to their own segment.
+// By position if the name there matches, so that duplicate names each find their own segment.
 std::optional<std::size_t> results_session::segment_in(const scenario& within, std::size_t segment) const {
   const named_choice& wanted = segments.names[segment];
   if (wanted.position && *wanted.position < within.file->segments() &&

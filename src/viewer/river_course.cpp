@@ -115,7 +115,7 @@ std::pair<segment_number, segment_number> ends_of_main_course(const network_grap
     next[flow.from] = static_cast<std::int32_t>(flow.to);
   }
   std::size_t from = 0;
-  const auto rank = [&](std::size_t segment) { // of a spring
+  const auto rank = [&](std::size_t segment) { // rank as the start of the main course
     return std::tuple(network.segments[segment].flows_in && !is_entered[segment] && next[segment] >= 0,
                       network.segments[segment].inflow, !is_entered[segment] && next[segment] >= 0);
   };

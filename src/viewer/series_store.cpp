@@ -9,7 +9,7 @@ namespace vesk {
 
 namespace {
 
-// What has come is shown that often while a long choice is read.
+// How often new values are shown while a long choice is being read.
 constexpr std::chrono::milliseconds batch_time{300};
 
 } // namespace
@@ -65,7 +65,7 @@ std::vector<series_store::wanted_series> series_store::list_wanted() {
   return wanted;
 }
 
-// Series that have been read stay; only what is new costs time.
+// Keeps series that have been read, so that only new ones cost time.
 void series_store::update() {
   wanted_ = list_wanted();
   std::map<key, values> kept;

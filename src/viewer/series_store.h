@@ -13,36 +13,37 @@ namespace vesk {
 
 // A variable in a segment of one scenario, with its values.
 struct shown_series {
-  std::size_t scenario = 0; // in the session
+  std::size_t scenario = 0; // position in the session
   std::string scenario_name = {};
   std::string variable = {}, segment = {}, units = {};
   std::shared_ptr<const std::vector<double>> times = {};  // date-time numbers
-  std::shared_ptr<const std::vector<double>> values = {}; // as many; not-a-number where there is none
-  std::size_t colour = 0; // by variable and segment, the same for as long as the window lives
+  std::shared_ptr<const std::vector<double>> values = {}; // same length; not-a-number if there is none
+  std::size_t colour = 0; // by variable and segment, the same for the life of the window
 
-  // "DO, Oak City", with the scenario where there are several.
+  // "DO, Oak City", with the scenario if there are several.
   std::string label(bool with_scenario) const;
 };
 
-// As many values are held at most; a longer choice is refused with a sentence.
+// Most values held at once; a longer choice is refused with a sentence.
 inline constexpr std::size_t most_chosen_values = 10'000'000;
 
-// The owner's thread only.
+// Owner's thread only.
 class series_store {
 public:
-  // The session must outlive it. It listens to the session.
+  // The session must outlive this. Listens to the session.
   explicit series_store(results_session& session);
   ~series_store() { session_.reader().forget(this); }
   series_store(const series_store&) = delete;
   series_store& operator=(const series_store&) = delete;
 
-  // In order of variables, segments and scenarios. Series that are still being read are not among them.
+  // Sorted by variable, segment and scenario. Without series that are still being read.
   const std::vector<shown_series>& series() const { return series_; }
   bool is_reading() const { return is_reading_; }
-  // Why some of the choice is not shown: one sentence; empty: all is.
+  // Why part of the choice is not shown: one sentence; empty: all is shown.
   const std::string& note() const { return note_; }
 
-  void listen(std::function<void()> changed) { listeners_.push_back(std::move(changed)); } // to all of the above
+  // Any of the above has changed.
+  void listen(std::function<void()> changed) { listeners_.push_back(std::move(changed)); }
 
 private:
   struct key {

@@ -47,7 +47,7 @@ cell_value series_table::value(std::size_t row, std::size_t column) const {
   if (column == 0) return static_cast<double>(moment.date);
   if (column == 1) return static_cast<double>(moment.time);
   const shown_series& it = series_[column - first_value_column];
-  std::size_t at = row; // most often the times are those of the rows
+  std::size_t at = row; // usually the times are those of the rows
   if (it.times.get() != times_.get()) at = nearest_time(*it.times, time);
   if (at >= it.values->size() || std::abs((*it.times)[at] - time) > half_a_second) return {};
   const double found = (*it.values)[at];
