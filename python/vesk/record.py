@@ -23,7 +23,7 @@ class Record:
 
     def __init__(self, content: dict[str, Any], file: str = "") -> None:
         if not isinstance(content, dict) or content.get("format") != "vesk run record":
-            raise ValueError(f"{file}: not the record of a run.")
+            raise ValueError(f"{file}: not a run record.")
         if content.get("version") != 1:
             raise ValueError(f"{file}: unsupported record version; this package reads version 1.")
         self.content = content
@@ -35,7 +35,7 @@ class Record:
         try:
             content = json.loads(Path(file).read_text(encoding="utf-8"))
         except ValueError:
-            raise ValueError(f"{os.fspath(file)}: not the record of a run.") from None
+            raise ValueError(f"{os.fspath(file)}: not a run record.") from None
         return cls(content, os.fspath(file))
 
     def __getitem__(self, name: str) -> Any:

@@ -7,8 +7,8 @@ namespace vesk {
 
 namespace {
 
-// The two means, and the sums about them. A second pass, since sums of squares less squares of sums lose all digits
-// where values vary little about a large mean.
+// The two means, and the sums of deviations from them. Computed in a second pass: subtracting sums of squares loses all
+// digits if values vary little around a large mean.
 struct sums {
   double measured = 0, modelled = 0;                         // of the values
   double measured_spread = 0, modelled_spread = 0, both = 0; // of products about the means
@@ -19,7 +19,7 @@ struct value_range {
   double least = 0, greatest = 0;
   explicit value_range(double first) : least(first), greatest(first) {}
   void add(double value) { least = std::min(least, value), greatest = std::max(greatest, value); }
-  bool varies() const { return least < greatest; } // unlike the sum about a mean, which is rounded, exact
+  bool varies() const { return least < greatest; } // exact, unlike the sum of deviations, which is rounded
 };
 
 std::optional<double> ratio(double dividend, double divisor) {
@@ -60,7 +60,7 @@ agreement_scores score(std::span<const measured_and_modelled> pairs) {
   result.root_mean_square_error = std::sqrt(sum.square_error / n);
   result.rsr = ratio(std::sqrt(sum.square_error), std::sqrt(sum.measured_spread));
   if (const auto r = ratio(sum.both, std::sqrt(sum.measured_spread) * std::sqrt(sum.modelled_spread))) {
-    result.r = std::clamp(*r, -1.0, 1.0); // beyond by rounding
+    result.r = std::clamp(*r, -1.0, 1.0); // rounding may exceed the range
     result.r_squared = *result.r * *result.r;
   }
   if (const auto share = ratio(sum.square_error, sum.measured_spread)) result.nash_sutcliffe = 1 - *share;

@@ -13,8 +13,8 @@
 //   KGE              1 - sqrt((r - 1)^2 + (alpha - 1)^2 + (beta - 1)^2) with alpha = s(M) / s(O) and beta = mean(M) /
 //                    mean(O). Gupta, Kling, Yilmaz, Martinez (2009), J. Hydrol. 377, 80-91, equations 9 and 10
 //
-// A score that its formula leaves undefined has no value: r where one of the two does not vary, RSR, NSE and alpha
-// where the measured values do not, percent bias and beta where the measured values sum to 0, all without a pair.
+// A score with an undefined formula has no value: r if one of the two series is constant; RSR, NSE and alpha if the
+// measured values are; percent bias and beta if the measured values sum to 0; all without pairs.
 #pragma once
 
 #include <cstddef>
@@ -34,12 +34,12 @@ struct agreement_scores {
   score mean_measured, mean_modelled;
   score bias, percent_bias, mean_absolute_error, root_mean_square_error, rsr;
   score r, r_squared, nash_sutcliffe;
-  score kling_gupta, alpha, beta; // the third part of the last is r
+  score kling_gupta, alpha, beta; // the third component of KGE is r
 };
 
 agreement_scores score(std::span<const measured_and_modelled> pairs);
 
-// One row a score, for tables and files: its name there, and where it is.
+// One row per score, for tables and files: its name and member.
 struct score_column {
   const char* name;
   agreement_scores::score agreement_scores::*value;

@@ -16,7 +16,7 @@ namespace {
 
 struct unit {
   double days;
-  std::string_view names; // in capital letters, a blank around each
+  std::string_view names; // in capital letters, with a blank before and after each
 };
 constexpr unit units_of_time[] = {{7, " WEEK WEEKS "},
                                   {1, " DAY DAYS D "},
@@ -41,7 +41,7 @@ calendar_kind calendar_named(const std::string& name) {
                           "\", whose dates are not those of everyday life; convert them to the calendar \"standard\"");
 }
 
-// Reads a text from its front.
+// Reads a text from the start.
 class text_reader {
 public:
   explicit text_reader(std::string_view text) : left_(text) {}
@@ -78,9 +78,9 @@ private:
 struct date {
   int year = 0, month = 0, day = 0;
 };
-struct reference { // the moment that times are counted from
+struct reference { // the date and time that times are counted from
   date on;
-  double day_part = 0; // 0 to 1, less the offset from UTC
+  double day_part = 0; // fraction of a day, minus the offset from UTC
 };
 
 std::optional<double> time_of_day(text_reader& text) {
@@ -163,8 +163,8 @@ double from_no_leap_day(double number) {
   return day_number(static_cast<int>(year), month, day) - date_time_origin + (number - whole);
 }
 
-// A date of the Julian calendar, by which a mixed one counts before 15 October 1582. From the number of its days since
-// 1 March of the year 0, as in Meeus, Astronomical Algorithms, chapter 7.
+// A date of the Julian calendar, which applies before 15 October 1582 in a mixed one. Computed from the number of days
+// since 1 March of the year 0, as in Meeus, Astronomical Algorithms, chapter 7.
 double julian_calendar_day(const date& on) {
   const int year = on.month > 2 ? on.year : on.year - 1, month = on.month > 2 ? on.month : on.month + 12;
   constexpr double julian_day_of_origin = 2415018.5; // of 30 December 1899
@@ -175,7 +175,7 @@ double julian_calendar_day(const date& on) {
 double reference_day(const date& on, calendar_kind calendar) {
   const bool is_julian = on.year * 10000 + on.month * 100 + on.day < 15821015;
   if (calendar == calendar_kind::mixed && is_julian) return julian_calendar_day(on);
-  const auto day = std::chrono::sys_days(std::chrono::year(on.year) / on.month / on.day); // any year
+  const auto day = std::chrono::sys_days(std::chrono::year(on.year) / on.month / on.day); // accepts any year
   const auto origin = std::chrono::sys_days(std::chrono::year(1899) / 12 / 30);
   return static_cast<double>((day - origin).count());
 }
@@ -183,7 +183,7 @@ double reference_day(const date& on, calendar_kind calendar) {
 bool exists(const date& on, calendar_kind calendar) {
   using namespace std::chrono;
   if (calendar == calendar_kind::no_leap && on.month == 2 && on.day == 29) return false;
-  if (calendar == calendar_kind::mixed && on.year < 1583) return true; // other leap days
+  if (calendar == calendar_kind::mixed && on.year < 1583) return true; // the leap days differ
   return year_month_day(year(on.year), month(static_cast<unsigned>(on.month)), day(static_cast<unsigned>(on.day))).ok();
 }
 

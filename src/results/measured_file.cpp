@@ -34,7 +34,7 @@ std::optional<Enumeration> named(const char* const (&names)[size], std::string_v
   return {};
 }
 
-// Members of an object of the file, each taken once; what is left is not known.
+// Reads the members of a JSON object, each once; those left over are unknown.
 class members {
 public:
   members(const json& object, std::string path) : object_(object), path_(std::move(path)) {
@@ -175,7 +175,7 @@ std::vector<measured_series> read_file(const json& content) {
   return result;
 }
 
-// Bytes that are not UTF-8 would end the program; a text from a table may have them.
+// Bytes that are not UTF-8 would make the library throw; a text from a table may contain them.
 std::string text(const std::string& bytes) {
   return shown_text(bytes);
 }
@@ -211,7 +211,7 @@ ordered_json json_of(const measured_series& series) {
   return object;
 }
 
-// The library's own number of the error is left out.
+// Omits the library's error number.
 std::string sentence_of(const json::exception& error) {
   const std::string_view what = error.what();
   const std::size_t prefix = what.find("] ");
@@ -236,7 +236,7 @@ std::optional<double> moment_of_text(std::string_view text) {
   constexpr std::size_t between = 10; // "2011-10-01T"
   if (literal.size() > between && literal[between] == 'T') literal[between] = ' ';
   const auto moment = moment_literal(literal);
-  const bool has_date = moment && std::floor(*moment) != 0; // a time without a date is on day 0
+  const bool has_date = moment && std::floor(*moment) != 0; // day 0: a time without a date
   return has_date && in_calendar(*moment) ? moment : std::nullopt;
 }
 

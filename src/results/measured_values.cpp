@@ -1,4 +1,4 @@
-// Measured values from their table.
+// Reads measured values from their table.
 #include "dataset/dataset.h"
 #include "query/import_query.h"
 #include "query/sources/text/number_text.h"
@@ -32,7 +32,7 @@ std::optional<measurement> measurement_of(double time, const result_set& rows) {
   return measurement{time, *number, is_below};
 }
 
-// One for each moment: the mean, or below a limit where one of its values is.
+// Merges values at the same time: their mean, or below a limit if one of them is.
 std::vector<measurement> averaged(const std::vector<measurement>& values) {
   std::vector<measurement> result;
   for (std::size_t begin = 0, end = 0; begin < values.size(); begin = end) {
@@ -56,7 +56,7 @@ measured_values read_measured_values(const measured_series& series, const std::f
   query.read_rows(prevesk_dataset_data_type(), [&](result_set& rows, bool) {
     while (rows.next()) {
       const double time = rows.is_missing(moment_column) ? 0 : rows.date_and_time(moment_column);
-      const bool has_date = std::floor(time) != 0; // a time without a date is on day 0
+      const bool has_date = std::floor(time) != 0; // day 0: a time without a date
       const auto read = has_date && !rows.is_missing(value_column) ? measurement_of(time, rows) : std::nullopt;
       if (read)
         result.values.push_back(*read);

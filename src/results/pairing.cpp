@@ -14,7 +14,7 @@ namespace {
 
 constexpr double half_a_second = 0.5 / seconds_per_day;
 
-// The values that are there, in order of time.
+// The finite values, in order of time.
 struct finite_series {
   std::vector<double> times, values;
 };
@@ -61,10 +61,11 @@ period period_of(double time, measured_kind kind) {
     const double begin = date_time_of(date.year, month, day);
     return {begin, begin + 1};
   }
-  return {date_time_of(date.year, month, 1), date_time_of(date.year, month + 1, 1)}; // a month 13 counts on
+  // Month 13 is January of the next year.
+  return {date_time_of(date.year, month, 1), date_time_of(date.year, month + 1, 1)};
 }
 
-// Answers for times that never go back, so that all of them take one walk over the model.
+// Answers queries in ascending order of time in a single pass over the model.
 class model_walk {
 public:
   model_walk(const finite_series& model, double gap, pairing_way way)
@@ -101,7 +102,7 @@ private:
   const finite_series& model_;
   double gap_;
   pairing_way way_;
-  std::size_t at_ = 0; // the first time that is not before what was asked for last
+  std::size_t at_ = 0; // the first time not before the last query
 };
 
 // "2011-10".
@@ -119,7 +120,8 @@ agreement_scores scores_of(std::span<const pair_at> pairs) {
 } // namespace
 
 pairing pair_up(std::vector<measurement> measured, const modelled_series& model, const pairing_rules& rules) {
-  if (!std::ranges::is_sorted(measured, {}, &measurement::time)) // most are, and sorting takes three times as long
+  // Usually sorted already, and sorting takes three times as long.
+  if (!std::ranges::is_sorted(measured, {}, &measurement::time))
     std::ranges::stable_sort(measured, {}, &measurement::time);
   const finite_series finite = finite_part(model);
   const double gap = rules.gap.value_or(two_print_intervals(model));

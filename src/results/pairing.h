@@ -1,4 +1,4 @@
-// The modelled value that belongs to each measured one.
+// Finds the modelled value for each measured one.
 #pragma once
 
 #include "results/agreement.h"
@@ -14,27 +14,26 @@ namespace vesk {
 struct measurement {
   double time;              // a date-time number
   double value;             // finite
-  bool below_limit = false; // "<0.02": then the value is the detection limit, and takes no part in scores
+  bool below_limit = false; // "<0.02": the value is then the detection limit, and excluded from scores
 };
 
-// What a measured value says: the value at its time, or the mean of its day or month.
+// The meaning of a measured value: the value at its time, or the mean of its day or month.
 enum class measured_kind { point, daily_mean, monthly_mean };
 
-// The modelled value at a time between two others: on the line between them, or the one that is nearer in time.
+// The modelled value between two times: interpolated linearly, or the nearer one.
 enum class pairing_way { interpolate, nearest };
 
 struct pairing_rules {
   measured_kind kind = measured_kind::point;
   pairing_way way = pairing_way::interpolate;
-  // Modelled values further apart than this many days say nothing of the time between them. Nothing: two print
-  // intervals, of which the median counts.
+  // The longest gap in days between modelled values that is still bridged. Nothing: twice the median print interval.
   std::optional<double> gap = {};
 };
 
 // Modelled values over time.
 struct modelled_series {
   std::vector<double> times;  // date-time numbers, ascending
-  std::vector<double> values; // as many; not-a-number where there is none
+  std::vector<double> values; // same length; not-a-number if there is none
 };
 
 struct pair_at : measured_and_modelled {
@@ -44,24 +43,24 @@ struct pair_at : measured_and_modelled {
 struct pairing {
   std::vector<pair_at> pairs; // in order of time
   std::size_t below_limit = 0;
-  std::size_t without_model = 0; // before, after or in a gap of the model
+  std::size_t without_model = 0; // the model has no value there: before, after or in a gap
 };
 
-// `measured` in any order. A daily or monthly mean is held against the mean of the modelled values from the first
-// moment of its day or month to the last, if no stretch of it without a modelled value is longer than the gap.
+// `measured` in any order. A daily or monthly mean is compared with the mean of the modelled values over its day or
+// month, provided no stretch without a modelled value is longer than the gap.
 pairing pair_up(std::vector<measurement> measured, const modelled_series& model, const pairing_rules& rules);
 
-// The mean of the measured values of the same month of the calendar, for each pair: what one knows of a year without a
-// model. Hard to beat, since it has seen the measurements.
+// For each pair, the mean of the measured values of that calendar month: a forecast that needs no model. Hard to beat,
+// since it has seen the measurements.
 std::vector<pair_at> with_monthly_means(std::span<const pair_at> pairs);
 
-// Scores of pairs of one month, "2011-10", or of all of them, "all".
+// Scores of the pairs of one month, "2011-10", or of all, "all".
 struct period_scores {
   std::string period;
   agreement_scores scores;
 };
 
-// In order of time, the whole at last. `pairs` in order of time.
+// In order of time, then the whole period. `pairs` in order of time.
 std::vector<period_scores> scores_by_month(std::span<const pair_at> pairs);
 
 inline constexpr const char* whole_period = "all";

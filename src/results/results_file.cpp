@@ -18,10 +18,10 @@ namespace {
 
 static_assert(nc::the_file == handed_descriptor);
 
-constexpr std::chrono::minutes longest_silence{10}; // a band of a large file on a slow disk
+constexpr std::chrono::minutes longest_silence{10}; // a band of a large file on a slow disk can take minutes
 constexpr const char* damaged = "is damaged: the NetCDF library fails on it";
 
-// Takes numbers and texts off the front of an answer; false where there are none left.
+// Reads numbers and texts from the front of an answer; false if none are left.
 class unpacker {
 public:
   explicit unpacker(std::string_view bytes) : left_(bytes) {}
@@ -40,7 +40,7 @@ public:
     left_.remove_prefix(size);
     return true;
   }
-  // How many elements follow, each of at least this many bytes.
+  // The number of elements that follow, each of at least this many bytes.
   bool take_count(std::size_t& count, std::size_t least_size) {
     std::uint64_t size = 0;
     if (!take(size) || left_.size() / least_size < size) return false;
@@ -110,7 +110,7 @@ std::string results_file::receive(std::uint64_t expected) const {
     fail(failure.how == helper_program::failure::way::silent ? "cannot be read: there was no answer in 10 minutes"
                                                              : damaged);
   } catch (const query_cancelled&) {
-    helper_.reset(); // its answer would be taken for that of the next question
+    helper_.reset(); // otherwise its answer would be taken for that of the next question
     throw;
   }
 }
@@ -125,7 +125,7 @@ std::string results_file::ask(const request& asked) const {
     fail(damaged);
   }
   std::string bytes = receive(static_cast<std::uint64_t>(asked.wanted));
-  // Written to in place, by another run for instance: old and new values would be mixed.
+  // The file was modified in place, for example by another run: old and new values would be mixed.
   if (identity_of(file_.get()) != identity_) fail("has changed since it was opened; open it again");
   return bytes;
 }

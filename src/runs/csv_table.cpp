@@ -19,7 +19,7 @@ class csv_reader {
 public:
   csv_reader(std::string_view text, const std::string& file) : text_(text), file_(file) {}
 
-  // The next line that is not empty; false at the end.
+  // Reads the next non-empty line; false at the end.
   bool next(std::vector<std::string>& fields) {
     do {
       if (text_.empty()) return false;
@@ -36,7 +36,7 @@ public:
   }
 
 private:
-  // True when another field of the line follows.
+  // True if another field follows on the line.
   bool take_field(std::vector<std::string>& fields) {
     const std::size_t begin = std::min(text_.find_first_not_of(" \t"), text_.size());
     if (begin < text_.size() && text_[begin] == '"') {
@@ -77,7 +77,7 @@ private:
     return field;
   }
 
-  std::string_view text_; // what is left
+  std::string_view text_; // not yet read
   const std::string& file_;
   std::size_t line_ = 0, next_line_ = 1;
 };

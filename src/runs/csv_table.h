@@ -1,5 +1,5 @@
-// Comma-separated tables of this program's own: strict, small, wholly in memory. Measured data have another reader,
-// which takes what it finds.
+// Comma-separated tables with a header, parsed strictly and held in memory. Measured data have a separate, lenient
+// reader.
 #pragma once
 
 #include <cstddef>
@@ -15,14 +15,14 @@ struct csv_table {
   std::vector<std::string> header;            // no two are equal
   std::vector<std::vector<std::string>> rows; // each as long as the header
 
-  std::size_t column(std::string_view name) const; // header.size() when there is none
+  std::size_t column(std::string_view name) const; // header.size() if there is none
 };
 
 // UTF-8 with or without a byte order mark; fields may be quoted (RFC 4180); blanks around unquoted fields and empty
-// lines are left out. Throws value_error, which names the line, and file_exception.
+// lines are ignored. Throws value_error, which names the line, and file_exception.
 csv_table read_csv_table(const std::filesystem::path& file);
 
-// The field with quotation marks around it where it needs them.
+// The field, quoted if necessary.
 std::string csv_field(const std::string& text);
 
 } // namespace vesk

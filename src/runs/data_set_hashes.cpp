@@ -16,7 +16,8 @@ struct collected_list {
   std::vector<sha256::digest_bytes> records;
 };
 
-// Visits a data set in file order. The fields of a record go into one hash; a list in it becomes a list beside.
+// Visits a data set in file order. The fields of a record go into one hash; lists within records are collected
+// separately.
 class hashing_visitor : public vki_writer<sha256> {
 public:
   hashing_visitor(sha256& hash, std::vector<collected_list>& lists, std::string owner = {})
@@ -32,7 +33,7 @@ public:
   void field(const char* name, const shared_list<Record>& list) {
     const std::string full_name = owner_.empty() ? name : owner_ + "." + name;
     if (find(full_name) == lists_.size()) lists_.push_back({full_name, {}});
-    const std::size_t at = find(full_name); // a position: lists in the records add lists
+    const std::size_t at = find(full_name); // an index: lists within the records may grow `lists_`
     for (const Record& record : list) {
       sha256 hash;
       hashing_visitor visitor(hash, lists_, full_name);
@@ -72,7 +73,7 @@ list_hashes in_text(const collected_list& list) {
   return result;
 }
 
-// What people call the records of a list.
+// The names of records in messages.
 struct list_words {
   std::string_view name, one, many;
 };
@@ -104,7 +105,7 @@ std::string words_for(const std::string& name, std::size_t count, bool all) {
   return plain;
 }
 
-// Records that are in one list only, in any order: a record that was inserted does not count for all after it.
+// Counts records that are in one list only, regardless of order: an inserted record does not count those after it.
 std::size_t differences(const list_hashes& a, const list_hashes& b) {
   std::map<std::string_view, long> surplus;
   for (const std::string& hash : a.hashes) ++surplus[hash];

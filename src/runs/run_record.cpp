@@ -24,7 +24,7 @@ using json = nlohmann::ordered_json;
 constexpr const char* format = "vesk run record";
 constexpr int format_version = 1;
 
-// JSON is UTF-8; names of files and arguments may be any bytes.
+// JSON is UTF-8, but file names and arguments may contain any bytes.
 std::string text(std::string_view bytes) {
   return shown_text(bytes);
 }
@@ -101,7 +101,7 @@ void put_end(json& record, const run_end& end) {
   record["cause"] = end.cause_by.empty() ? json() : json{{"by", end.cause_by}, {"text", text(end.cause)}};
 }
 
-// One record a line is enough for people; lists of hashes would else take a line each.
+// One line per record keeps lists of hashes short.
 std::string printed(const json& record) {
   return record.dump(1) + "\n";
 }
@@ -123,7 +123,7 @@ run_record record_of_this_program(std::string program, std::string version, std:
 }
 
 recorded_file describe_file(const fs::path& file, bool hashed) {
-  std::error_code ignored; // of an empty name
+  std::error_code ignored; // an empty name gives an error
   recorded_file result{.file = fs::absolute(file, ignored).native()};
   if (const auto identity = identity_of(file)) {
     result.bytes = identity->size;
@@ -205,7 +205,7 @@ data_set_hashes read_data_set_hashes(const fs::path& file) {
   return read_run_record(file).data_set;
 }
 
-// Not through safe_file: a record that a power cut loses is no loss, and its flush would cost each of many runs.
+// Not through safe_file: losing a record in a power cut is harmless, and flushing would slow down each of many runs.
 void write_record(const fs::path& file, std::string_view json) {
   const std::string& name = file.native();
   const std::string part =

@@ -5,11 +5,11 @@
 
 namespace vesk {
 
-// Why the program itself could not do its work.
+// Reasons for a failure of the program itself.
 enum class failure_kind {
   usage,         // a wrong option, path or row
-  data,          // a file, data set or query is refused
-  missing_input, // a file to read is not there or may not be read
+  data,          // a file, data set or query was refused
+  missing_input, // an input file does not exist or may not be read
   unavailable,   // engine or catalogue
   software,      // an exception, or an engine that ended the process
   cannot_create, // a file or folder to write to
@@ -19,11 +19,11 @@ enum class failure_kind {
 
 enum : int { status_timed_out = 124, status_interrupted = 130, status_terminated = 143 };
 
-// The status by sysexits.h, 64 to 75.
+// The status as in sysexits.h, 64 to 75.
 int status_of(failure_kind kind);
 
-// The status for an engine's return code: 1 to 63 are kept, others are 63. `bundled`: the bundled engine, whose 6 (a
-// file cannot be written) and 7 (the disk is full) are those of the program.
+// The status for an engine's return code: 1 to 63 are kept, others become 63. `bundled`: the bundled engine, whose 6 (a
+// file cannot be written) and 7 (the disk is full) map to the program's own.
 int status_of_return_code(int code, bool bundled);
 
 enum class run_class { good, warnings, permanent, temporary, cancelled };

@@ -9,7 +9,7 @@ namespace vesk {
 
 namespace {
 
-// The path that a column's name means: that of the parameter of this name, or the name itself.
+// The path for a column's name: that of the parameter with this name, or the name itself.
 std::string path_of(const std::string& column, const csv_table* parameters) {
   if (!parameters) return column;
   const std::size_t names = parameters->column("name"), paths = parameters->column("path");

@@ -1,7 +1,7 @@
-// A table of runs: a row for each, a column for each value that it sets.
+// A table of runs: one row per run, one column per value it sets.
 //
-// The header has paths, an operator at the end where it is not "=", or names of a table of parameters. A column "row"
-// or "id" names the run's folder; without it the row's number does. Rows count from 0.
+// The header contains paths, followed by an operator unless it is "=", or names from a table of parameters. A column
+// "row" or "id" names the run's folder; otherwise the row's number does. Rows count from 0.
 #pragma once
 
 #include "runs/csv_table.h"
@@ -17,38 +17,38 @@ namespace vesk {
 
 class run_table {
 public:
-  // `parameters`: name and path of each; null: none. Throws value_error: a column that no value has, a path twice, or
-  // two rows with one folder.
+  // `parameters`: name and path of each; null: none. Throws value_error: an unknown column, a repeated path, or two
+  // rows with the same folder.
   run_table(csv_table table, const csv_table* parameters, const prevesk_dataset_data_type& data);
 
-  // A table of which only size and folders are wanted.
+  // For reading the size and folders only.
   explicit run_table(csv_table table);
 
   std::size_t size() const { return table_.rows.size(); }
 
-  // The name of the row's folder: letters, digits, points, hyphens and underscores. Of a row that is not there its
-  // number. Throws value_error.
+  // The name of the row's folder: letters, digits, points, hyphens and underscores. For a missing row, its number.
+  // Throws value_error.
   std::string folder(std::size_t row) const;
 
-  // What the row sets in `data`. Throws value_error, which names row and column.
+  // The values that the row sets in `data`. Throws value_error, which names row and column.
   std::vector<value_assignment> assignments(const prevesk_dataset_data_type& data, std::size_t row) const;
 
   // The series that columns set from files.
   std::vector<series_ref> series_from_files(const prevesk_dataset_data_type& data) const;
 
-  // Throws value_error: there is no such row.
+  // Throws value_error if the row does not exist.
   void require(std::size_t row) const;
 
 private:
   csv_table table_;
-  std::size_t folder_column_;      // its size: none
-  std::vector<std::string> paths_; // of the columns, with their operators; empty for the folder's
+  std::size_t folder_column_;      // table_.header.size(): none
+  std::vector<std::string> paths_; // of the columns, with their operators; empty for the folder column
 };
 
 // Row numbers: "3", "5-9", "0,4,7-9". Throws value_error.
 std::vector<std::size_t> parse_row_numbers(const std::string& text);
 
-// The next number of a stream, in which white space separates them; nothing at its end. Throws value_error.
+// The next number of a white-space separated stream; nothing at its end. Throws value_error.
 std::optional<std::size_t> read_row_number(std::istream& numbers);
 
 } // namespace vesk

@@ -21,7 +21,7 @@ std::string hexadecimal(const sha256::digest_bytes& digest, std::size_t digits) 
 
 std::string sha256_of_file(const std::filesystem::path& file) {
   std::error_code ignored;
-  if (!std::filesystem::is_regular_file(file, ignored)) return {}; // a pipe would wait for a writer
+  if (!std::filesystem::is_regular_file(file, ignored)) return {}; // opening a pipe would block
   try {
     const file_descriptor opened = open_for_reading(file);
     std::vector<char> piece(std::size_t{256} << 10);

@@ -1,4 +1,4 @@
-// SHA-256, for telling whether an input is still what it was.
+// SHA-256, to detect changes of inputs.
 #pragma once
 
 #include <array>
@@ -10,7 +10,7 @@
 
 namespace vesk {
 
-// Also a sink of the data file's layout.
+// Can also be written to as a data file.
 class sha256 {
 public:
   using digest_bytes = std::array<std::uint8_t, SHA256_DIGEST_SIZE>;
@@ -23,16 +23,16 @@ public:
   void number(T value) {
     bytes({reinterpret_cast<const char*>(&value), sizeof value});
   }
-  digest_bytes digest(); // and starts again
+  digest_bytes digest(); // also resets the state
 
 private:
   sha256_ctx state_;
 };
 
-// In lower case; `digits` of them, 64 for all.
+// In lower case; the first `digits` of them, 64 for all.
 std::string hexadecimal(const sha256::digest_bytes& digest, std::size_t digits = 2 * SHA256_DIGEST_SIZE);
 
-// Of a file's content, in 64 hexadecimal digits; empty when it cannot be read or is not a regular file.
+// Of a file's content, 64 hexadecimal digits; empty if it cannot be read or is not a regular file.
 std::string sha256_of_file(const std::filesystem::path& file);
 
 } // namespace vesk

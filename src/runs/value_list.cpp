@@ -36,7 +36,7 @@ void list_parameters(const prevesk_dataset_data_type& data, const std::function<
   for_each_value(data, [&](const value_ref& ref) {
     if (!in_use(data, ref) || ref.row->kind == path_kind::date) return;
     std::string name = name_of_value(data, ref);
-    if (!names.insert(name).second) names.insert(name = ref.path); // names tell rows apart
+    if (!names.insert(name).second) names.insert(name = ref.path); // duplicate names fall back to the path
     const bool is_series = ref.row->kind == path_kind::series;
     std::string range = ",";
     if (ref.row->range) {

@@ -25,7 +25,7 @@ bool numbers_an_item(std::string_view token) {
   return is_number(token) || is_name(token);
 }
 
-// At points outside braces.
+// Splits at points outside braces.
 std::vector<std::string_view> split(std::string_view path) {
   std::vector<std::string_view> tokens;
   std::size_t begin = 0;
@@ -53,7 +53,7 @@ bool matches(const value_row& row, const std::vector<std::string_view>& tokens) 
   });
 }
 
-// The row's pattern with the numbers and names of a path, 0 where it has too few.
+// The row's pattern filled with the numbers and names of a path, 0 where the path is too short.
 std::string filled_pattern(const value_row& row, const std::vector<std::string_view>& tokens) {
   std::vector<std::string> filled;
   std::size_t at = 0;
@@ -135,7 +135,7 @@ private:
   std::size_t size_;
 };
 
-// The pattern up to and with its "#" number `count`, counted from 0.
+// The pattern up to and including its "#" number `count`, counted from 0.
 std::string_view pattern_up_to(std::string_view pattern, std::size_t count) {
   std::size_t end = 0;
   for (std::size_t i = 0; i <= count; ++i) end = pattern.find('#', end) + 1;

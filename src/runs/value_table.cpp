@@ -16,7 +16,7 @@ std::size_t constant_count(const data_set& data) {
   return count;
 }
 
-// Group and position in it of constant number `i` of all groups.
+// Group and index within it of constant number `i` of all groups.
 std::pair<std::size_t, std::size_t> place_of_constant(const data_set& data, std::size_t i) {
   std::size_t group = 0;
   while (i >= data.constant_groups[group].constants.size()) i -= data.constant_groups[group++].constants.size();
@@ -43,7 +43,7 @@ constexpr numbered_list by_isc(std::string_view pattern, std::string_view noun) 
           .number = [](const data_set& d, const positions&, std::size_t i) { return std::int64_t{(d.*List)[i].isc}; }};
 }
 
-// The same for the records that a segment has of them, in the same order.
+// The same for a segment's records for that list, in the same order.
 template <auto List, auto Records>
 constexpr numbered_list of_each_segment(std::string_view pattern, std::string_view noun) {
   numbered_list list = by_isc<List>(pattern, noun);

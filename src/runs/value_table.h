@@ -1,4 +1,4 @@
-// Which values and series of a data set have a path, as tables. Shared by the lookup, the list and the setting of
+// Tables of the values and series of a data set that have a path. Shared by lookup, listing and setting.
 // values.
 #pragma once
 
@@ -16,10 +16,10 @@ namespace vesk {
 
 enum class path_kind { number, date, series };
 
-// Positions in the lists on the way to a value, outermost first.
+// Positions in the lists along the path, outermost first.
 using value_positions = std::array<std::size_t, 3>;
 
-// One list that a path numbers. `pattern` is the path up to and with the number, which is written "#".
+// One list that a path numbers. `pattern`: the path up to and including the number, written as "#".
 struct numbered_list {
   std::string_view pattern;
   std::string_view noun; // "constant"
@@ -38,13 +38,13 @@ struct value_row {
   series_ref (*series)(const value_positions&) = nullptr;
   // Whether a run uses the value; null: always.
   bool (*in_use)(const prevesk_dataset_data_type&, const value_positions&) = nullptr;
-  // The catalogue's range, which counts only where the first number is below the second one; null: none.
+  // The catalogue's range, valid only if the first number is below the second; null: none.
   std::array<double, 2> (*range)(const prevesk_dataset_data_type&, const value_positions&) = nullptr;
 };
 
 std::span<const value_row> value_rows();
 
-// The list with this pattern, of which there is one for each "#" of each row.
+// The list with this pattern. There is one for each "#" of each row.
 const numbered_list& list_of(std::string_view pattern);
 
 } // namespace vesk

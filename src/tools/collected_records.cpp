@@ -85,7 +85,7 @@ void read(const std::string& file, std::vector<run_row>& rows, std::vector<std::
   try {
     const json record = json::parse(read_to_end(open_for_reading(file).get(), file), nullptr, false);
     if (!record.is_object() || record.value("format", json()) != json("vesk run record"))
-      faults.push_back(file + ": not the record of a run.");
+      faults.push_back(file + ": not a run record.");
     else if (record.value("version", json()) != json(1))
       faults.push_back(file + ": unsupported record version; this program reads version 1.");
     else

@@ -50,7 +50,7 @@ void query_host::set_query(const import_query_descriptor& query) {
 }
 
 TFillCalculateForm& query_host::fill_calculate_form() {
-  throw std::logic_error("The import dialog does not calculate.");
+  throw std::logic_error("The import dialog has no Fill/Calc.");
 }
 
 measured_form measured_form::of(const measured_series& series) {

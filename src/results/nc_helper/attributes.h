@@ -1,4 +1,4 @@
-// Attributes of a NetCDF file, of variables and of itself.
+// Attributes of a NetCDF file and of its variables.
 #pragma once
 
 #include <string>
@@ -6,10 +6,10 @@
 
 namespace vesk::nc {
 
-// Empty where there is none or it is not a text.
+// Empty if it is missing or not a text.
 std::string text_attribute(int file, int variable, const char* name);
 
-// The first ones, at most 16. Empty where there is none or it is not of numbers.
+// At most the first 16 numbers. Empty if it is missing or not numeric.
 std::vector<double> number_attribute(int file, int variable, const char* name);
 
 } // namespace vesk::nc

@@ -78,7 +78,7 @@ bool content::counts_time(const description& it) const {
          text(it.id, "standard_name") == "time" || it.name == "time";
 }
 
-// The coordinate variable of a dimension before others, and one called time before all.
+// Prefers a variable called time, then a coordinate variable.
 void content::find_time() {
   int best = 0;
   for (const description& it : variables_) {
@@ -97,7 +97,7 @@ void content::find_time() {
   if (times_ > most_positions) refuse(counted_times(times_, "times"));
 }
 
-// The dimension called segment; otherwise the one that most variables have beside time.
+// The dimension called segment; otherwise the one that most variables share with time.
 void content::find_segments() {
   std::map<int, int> uses;
   const std::string bounds = text(time_, "bounds"), climatology = text(time_, "climatology");
@@ -136,7 +136,7 @@ std::vector<double> content::numbers(int id, std::uint64_t size) const {
   return values;
 }
 
-// In m; not-a-number where there is none, empty where there is none at all.
+// In m; not-a-number if unknown; empty if the file has none.
 std::vector<double> content::lengths() const {
   for (const description& it : variables_) {
     if (!it.is_number || it.name != "length" || it.shape != std::vector<int>{segment_dimension_}) continue;
@@ -157,7 +157,7 @@ std::vector<double> content::lengths() const {
   return {};
 }
 
-// How likely a variable has the segments' names; 0 where it cannot.
+// Likelihood that a variable holds the segments' names; 0 if it cannot.
 int content::rank_as_names(const description& it) const {
   if (!it.is_text || it.shape.empty() || it.shape.size() > 2 || it.shape[0] != segment_dimension_) return 0;
   int rank = 1;

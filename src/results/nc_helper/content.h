@@ -1,4 +1,4 @@
-// What a file has over time and segments, as the NetCDF library reads it.
+// The contents of a file over time and segments, read with the NetCDF library.
 #pragma once
 
 #include "results/nc_helper/protocol.h"
@@ -15,7 +15,7 @@ public:
   // All functions throw refusal.
   explicit content(const char* name);
 
-  // As the protocol has it.
+  // In the protocol's format.
   std::string packed() const;
 
   std::vector<double> answer_to(const question& asked) const;
@@ -24,8 +24,8 @@ private:
   struct description { // of a variable of the file
     int id = 0;
     std::string name;
-    bool is_number = false, is_text = false; // neither: a type of the file's own
-    std::vector<int> shape;                  // dimensions
+    bool is_number = false, is_text = false; // neither: a user-defined type
+    std::vector<int> shape;                  // dimension ids
   };
 
   std::vector<description> all_variables() const;

@@ -1,5 +1,5 @@
-// vesk-nc: reads a NetCDF file of results for the programs that show them, so that nothing that the file does to the
-// libraries that know its format, which trust what they read, can reach those programs or another file. See protocol.h.
+// vesk-nc: reads NetCDF results for the programs that show them. The format libraries trust their input, so they run
+// confined in this process: a malicious file cannot affect the programs or other files. See protocol.h.
 #include "results/nc_helper/content.h"
 #include "results/nc_helper/protocol.h"
 #include "results/nc_helper/refusal.h"
@@ -20,7 +20,7 @@ namespace {
 
 using namespace vesk::nc;
 
-constexpr std::uint64_t most_memory = std::uint64_t{1} << 30;        // bytes, beside what the program itself takes
+constexpr std::uint64_t most_memory = std::uint64_t{1} << 30;        // bytes, in addition to the program itself
 constexpr unsigned seconds_to_open = 20, seconds_for_an_answer = 60; // of processor time; 1e9 values take 10
 
 bool send(kind what, std::string_view bytes) {
@@ -66,5 +66,5 @@ int main() {
   } catch (const std::bad_alloc&) {
     send(kind::refusal, "takes more than 1 GB of memory to read");
   }
-  _exit(0); // the libraries need not take down what they have built
+  _exit(0); // skips the libraries' cleanup
 }

@@ -1,4 +1,4 @@
-// A file that cannot serve.
+// The reason why a file is unusable.
 #pragma once
 
 #include <string>
@@ -6,14 +6,14 @@
 namespace vesk::nc {
 
 struct refusal {
-  std::string cause; // continues a sentence that begins with the file's name; without a full stop
+  std::string cause; // continues a sentence that starts with the file's name; no full stop
 };
 
 [[noreturn]] inline void refuse(std::string cause) {
   throw refusal{std::move(cause)};
 }
 
-// Throws refusal unless `status`, of the NetCDF library, is success.
+// Throws refusal unless `status`, from the NetCDF library, is success.
 void check(int status);
 
 } // namespace vesk::nc

@@ -34,7 +34,7 @@ void check(int status) {
 
 variable::variable(int file, int id, bool segments_first, std::uint64_t times, std::uint64_t segments)
     : file_(file), id_(id), segments_first_(segments_first), times_(times), segments_(segments) {
-  constexpr std::uint64_t values_at_once = 1 << 18; // about what the processor's caches hold
+  constexpr std::uint64_t values_at_once = 1 << 18; // about the size of a processor cache
   times_at_once_ = std::clamp<std::uint64_t>(values_at_once / segments, 1, times);
   check(nc_inq_vartype(file, id, &type_));
   read_meaning();
@@ -55,7 +55,7 @@ void variable::read_meaning() {
     least_ = range[0], greatest_ = range[1];
 }
 
-// Bytes may take all their values, so nothing is left for a fill value.
+// Bytes may use all their values, so they have no default fill value.
 double variable::default_fill() const {
   switch (type_) {
   case NC_SHORT: return NC_FILL_SHORT;
@@ -70,8 +70,8 @@ double variable::default_fill() const {
   }
 }
 
-// The library unpacks whole chunks. Its cache has to hold all chunks of one time or of one segment, whichever are more,
-// or each of them is unpacked again for the next time or segment.
+// The library decompresses whole chunks. Its cache must hold all chunks of one time or of one segment, whichever are
+// more; otherwise each is decompressed again for the next time or segment.
 void variable::use_chunks() {
   int storage = NC_CONTIGUOUS;
   std::size_t sizes[2] = {0, 0}, size_of_type = 0;
@@ -112,7 +112,7 @@ std::vector<Number> variable::read(std::uint64_t first_time, std::uint64_t times
 template <class Number>
 void variable::mask(std::span<Number> values) const {
   constexpr Number none = std::numeric_limits<Number>::quiet_NaN();
-  for (const double fill : fills_) // in the variable's type, as it is stored
+  for (const double fill : fills_) // in the stored type
     for (Number& value : values) value = value == static_cast<Number>(fill) ? none : value;
   if (std::isfinite(least_) || std::isfinite(greatest_))
     for (Number& value : values) value = value < least_ || value > greatest_ ? none : value;
@@ -161,7 +161,7 @@ std::vector<double> variable::bands_of(std::uint64_t first_time, std::uint64_t t
   for (std::uint64_t s = 0; s < segments_; ++s) {
     const bool some = count[s] > 0;
     const double one = double{least[s]} * scale_ + offset_, other = double{greatest[s]} * scale_ + offset_;
-    result[s] = some ? std::min(one, other) : nothing; // a negative scale turns them round
+    result[s] = some ? std::min(one, other) : nothing; // a negative scale swaps them
     result[segments_ + s] = some ? sum[s] / count[s] * scale_ + offset_ : nothing;
     result[2 * segments_ + s] = some ? std::max(one, other) : nothing;
     result[3 * segments_ + s] = count[s];

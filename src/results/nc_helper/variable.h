@@ -1,4 +1,4 @@
-// One variable over time and segments: how it is stored in the file, and its values as numbers.
+// One variable over time and segments: its storage, and its values as numbers.
 #pragma once
 
 #include <cstdint>
@@ -11,17 +11,17 @@ namespace vesk::nc {
 
 class variable {
 public:
-  // The variable `id`, which has two dimensions and numbers, in the order (time, segment) or the other one. All
-  // functions throw refusal.
+  // The variable `id`, numeric and with two dimensions: (time, segment) or (segment, time). All functions throw
+  // refusal.
   variable(int file, int id, bool segments_first, std::uint64_t times, std::uint64_t segments);
 
   int id() const { return id_; }
 
-  // Row after row of times; not-a-number where there is no value.
+  // Time by time; not-a-number where there is no value.
   std::vector<double> values(std::uint64_t first_time, std::uint64_t times, std::uint64_t first_segment,
                              std::uint64_t segments) const;
 
-  // For each segment over these times: the least, then the mean, the greatest, and the number of values.
+  // For each segment over these times: minimum, then mean, maximum, and the number of values.
   std::vector<double> bands(std::uint64_t first_time, std::uint64_t times) const;
 
 private:
@@ -39,8 +39,8 @@ private:
   int file_, id_, type_ = 0;
   bool segments_first_;
   std::uint64_t times_, segments_;
-  std::uint64_t times_at_once_; // that are read together when all segments are
-  std::vector<double> fills_;   // stored values that say that there is none
+  std::uint64_t times_at_once_; // read together for all segments
+  std::vector<double> fills_;   // stored values that mean "no value"
   double least_ = -std::numeric_limits<double>::infinity(), greatest_ = std::numeric_limits<double>::infinity();
   double scale_ = 1, offset_ = 0;
 };
