@@ -1,11 +1,11 @@
 """Runs, reads and changes water-quality models of Vesk.
 
-The work is done by the programs vesk-run, vki and vesk-results, each in a separate process; this package needs
-nothing but Python for that. Results as arrays need xarray, samples need scipy.
+The programs vesk-run, vki and vesk-results do the work, each in a separate process, so this package needs only Python.
+Results as arrays require xarray, samples require scipy.
 
     import vesk
 
-    run = vesk.run("river.vki", {"constant.21": 0.2})      # raises vesk.RunError with the engine's words
+    run = vesk.run("river.vki", {"constant.21": 0.2})      # raises vesk.RunError with the engine's message
     run.results.by_name("Dissolved oxygen").sel(segment="km 60 Oak City")
 
     table = vesk.parameters("parameters.csv")

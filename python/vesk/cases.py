@@ -1,4 +1,4 @@
-"""What to run: parameters, and cases made of tables of their values."""
+"""Parameters, and cases made from tables of their values."""
 
 from __future__ import annotations
 
@@ -21,14 +21,14 @@ COLUMNS = ["name", "path", "minimum", "maximum", "start", "transform", "step"]
 
 @dataclass(frozen=True)
 class Parameter:
-    """A value of a model that may vary. Numbers are in the unit that the model has them in.
+    """A value of a model that may vary. Numbers are in the model's units.
 
-    name: for people and for the columns of tables.
-    path: as of `vesk-run --set`, such as "constant.21"; with an operator at the end if it is not "=".
+    name: for display and for the columns of tables.
+    path: as in `vesk-run --set`, such as "constant.21"; followed by an operator unless it is "=".
     minimum, maximum: None: no limit.
-    start: the value to begin with.
-    transform: "none" or "log"; a logarithm is sampled and estimated evenly.
-    step: of finite differences, relative to the value.
+    start: the initial value.
+    transform: "none" or "log"; with "log", the logarithm is sampled and estimated.
+    step: for finite differences, relative to the value.
     """
 
     name: str
@@ -49,7 +49,7 @@ class Parameter:
 
 
 def parameters(source: PathLike) -> list[Parameter]:
-    """The parameters of a table, as `vesk-run --list-paths --csv` writes it, or all those of a data file (.vki)."""
+    """The parameters of a table, as written by `vesk-run --list-paths --csv`, or all those of a data file (.vki)."""
     if os.fspath(source).endswith(".vki"):
         text = ask("vesk-run", [os.fspath(source), "--list-paths", "--csv"])
         lines = list(csv.reader(text.splitlines()))
@@ -75,7 +75,7 @@ def _parameter(source: str, row: Sequence[str]) -> Parameter:
 
 
 def assignment(key: str) -> tuple[str, str]:
-    """A column's or a dictionary's key as path and operator."""
+    """Splits the name of a column or a dictionary key into path and operator."""
     for operator in OPERATORS:
         if key.endswith(operator):
             return key[: -len(operator)], operator
@@ -83,7 +83,7 @@ def assignment(key: str) -> tuple[str, str]:
 
 
 def value_text(key: str, value: Any) -> str:
-    """A value as vesk-run reads it. Raises ValueError unless it is a finite number, a date or a text."""
+    """A value in the form for vesk-run. Raises ValueError unless it is a finite number, a date or a text."""
     if isinstance(value, (datetime.date, datetime.datetime)):
         return value.isoformat()
     if isinstance(value, (str, os.PathLike)):
@@ -99,11 +99,11 @@ def value_text(key: str, value: Any) -> str:
 
 @dataclass(frozen=True)
 class Case:
-    """One run to do: a data file and values set for it.
+    """One run: a data file and the values to set.
 
-    values: by path, with an operator at the end of the path if it is not "=".
+    values: by path, followed by an operator unless it is "=".
     name: of the folder for its results; letters, digits, points, hyphens and underscores.
-    row: position in the table that it comes from, from 0.
+    row: position in its table, from 0.
     """
 
     model: str
@@ -123,12 +123,12 @@ class Case:
                              "underscores.")
 
     def assignments(self) -> list[tuple[str, str, str]]:
-        """Path, operator and value of each."""
+        """Path, operator and value of each assignment."""
         return [(*assignment(key), value) for key, value in self.values.items()]
 
 
 def case(model: PathLike, values: Mapping[str, Any], name: str = "", row: Optional[int] = None) -> Case:
-    """A case, its values as texts."""
+    """Makes a case; converts its values to texts."""
     return Case(os.fspath(Path(model).absolute()), {key: value_text(key, v) for key, v in values.items()}, name, row)
 
 
@@ -139,7 +139,7 @@ def rows(model: PathLike, table: Table, sample: Any) -> list[Case]:
     """A case for each row of a sample.
 
     model: the data file.
-    table: parameters or the file of their table, for columns that are names of parameters; None: columns are paths.
+    table: parameters or their file, if the columns are names of parameters; None: the columns are paths.
     sample: the result of `vesk.sample`, a CSV file, a pandas data frame, a sequence of mappings, or an array with a
         row for each case and a column for each parameter. A column "row" or "id" names the case's folder; without it
         the position, from 0, does.

@@ -1,4 +1,4 @@
-"""What can go wrong besides a wrong argument, which is a ValueError."""
+"""Exceptions. Wrong arguments raise ValueError."""
 
 from __future__ import annotations
 
@@ -13,10 +13,10 @@ class ProgramMissing(RuntimeError):
 
 
 class RunError(RuntimeError):
-    """A run that failed. Its text is the cause in the words of who found it, such as the engine.
+    """A run that failed. Its text is the cause as reported, for example by the engine.
 
     status: the exit status of vesk-run (64 to 75: see its man page; 1 to 63: the engine's return code); negative: the
-        signal that ended it. None: nothing was started, since the executor failed.
+        signal that ended it. None: the executor failed, so nothing was started.
     record: the record of the run, if it left one.
     """
 
@@ -26,4 +26,4 @@ class RunError(RuntimeError):
         self.record = record
 
     def __reduce__(self) -> tuple[type[RunError], tuple[str, Optional[int], Optional[Record]]]:
-        return RunError, (str(self), self.status, self.record)  # errors travel between processes
+        return RunError, (str(self), self.status, self.record)  # so that it can be pickled between processes

@@ -7,7 +7,7 @@ from typing import Iterable, Sequence
 
 
 def table(rows: Iterable[Sequence[object]], header: Sequence[str] = (), caption: str = "") -> str:
-    """An HTML table of texts; the first cell of each row is a heading where there is no header."""
+    """An HTML table of texts; without a header, the first cell of each row is a heading."""
     lines = [f"<caption>{escape(caption)}</caption>"] if caption else []
     if header:
         lines.append("<tr>" + "".join(f"<th>{escape(name)}</th>" for name in header) + "</tr>")

@@ -15,31 +15,31 @@ from .record import find_record
 from .running import Run, Series, options_of, work
 from .table import PathLike
 
-IN_FLIGHT = 1000  # cases given to an executor at a time; those of others may be far away
+IN_FLIGHT = 1000  # cases passed to an external executor at a time; many, since its workers may be remote
 
 
 def run_many(cases: Iterable[Case], executor: Any = None, *, output_dir: PathLike = "runs", results: Series = None,
              queries: bool = True, beyond_limits: bool = False, time_limit: Optional[float] = None,
              engine: Optional[PathLike] = None, catalogue: Optional[PathLike] = None, resume: bool = False) -> Runs:
-    """Starts the first cases and returns at once. Iterating over the result starts the others, and gives each Run as it
-    ends.
+    """Starts the first cases and returns at once. Iterating over the result starts the others, and yields each Run when
+    it ends.
 
-    cases: as `vesk.rows` makes them.
-    executor: where they run: None: as many at a time as there are processors; a Dask client; or any object with
-        `submit`, such as those of concurrent.futures or mpi4py. Its workers need this package and the programs, and see
-        the same folders.
-    output_dir: each case writes to the folder in it that the case's name gives.
-    resume: cases whose record there agrees with what would be run are not run again.
+    cases: for example from `vesk.rows`.
+    executor: None: runs as many at a time as there are processors; or a Dask client; or any object with `submit`, such
+        as those of concurrent.futures or mpi4py. Its workers need this package, the programs and access to the same
+        folders.
+    output_dir: each case writes to the subfolder with the case's name.
+    resume: skips cases whose record in that folder matches what would be run.
 
-    The other arguments are those of `vesk.run`. A case that fails is a Run with `error` set; the others go on. A run
-    ends with the worker that does it. Raises ValueError if two cases would write to one folder.
+    The other arguments are those of `vesk.run`. A case that fails yields a Run with `error` set; the others continue.
+    When a worker ends, its run ends. Raises ValueError if two cases would write to the same folder.
     """
     options = options_of(results, queries, beyond_limits, engine, catalogue)
     return Runs(list(cases), executor, Path(output_dir).absolute(), options, time_limit, resume)
 
 
 class Runs:
-    """Runs in the order in which they end. It may be iterated over again, also after an interruption."""
+    """Runs in the order in which they end. Can be iterated repeatedly, also after an interruption."""
 
     def __init__(self, cases: list[Case], executor: Any, folder: Path, options: list[str], time_limit: Optional[float],
                  resume: bool) -> None:
@@ -78,7 +78,7 @@ class Runs:
             return
         try:
             future = self._executor.submit(work, case, self._folder / case.name, self._options, self._time_limit)
-        except Exception as error:  # a pool whose workers died refuses more
+        except Exception as error:  # a pool whose workers have died refuses cases
             self._arrived.put((case, error))
             return
         future.add_done_callback(lambda done: self._arrived.put((case, done)))
@@ -114,20 +114,20 @@ class Runs:
 
     @property
     def ended(self) -> list[Run]:
-        """Those that were taken so far."""
+        """The runs yielded so far."""
         return list(self._ended)
 
     @property
     def failed(self) -> list[Run]:
-        """Those that failed, when all have ended."""
+        """Waits for all runs; returns those that failed."""
         return [run for run in self if not run.ok]
 
     def in_order(self) -> list[Run]:
-        """All runs in the order of the rows, when all have ended."""
+        """Waits for all runs; returns them in the order of the rows."""
         return sorted(self, key=lambda run: -1 if run.row is None else run.row)
 
     def close(self) -> None:
-        """Starts no more; waits for those that run. Not needed after all were taken."""
+        """Starts no more runs and waits for the running ones. Not needed after a complete iteration."""
         self._waiting = iter(())
         if self._own:
             self._own.shutdown(wait=True, cancel_futures=True)

@@ -12,8 +12,8 @@ from .table import PathLike
 
 
 class Model(dict):  # type: ignore[type-arg]
-    """The content of a data file: model["segments"][3]["volume"]. Members have the names of `vki dump`; dates are ISO
-    texts, volumes m3, lengths m; numbers that are not finite are the texts "nan", "inf" and "-inf"."""
+    """The content of a data file: model["segments"][3]["volume"]. Members are named as in `vki dump`; dates are ISO
+    texts, volumes in m3, lengths in m; numbers that are not finite are the texts "nan", "inf" and "-inf"."""
 
     def _repr_html_(self) -> str:
         shown = [(name, f"{len(value)}" if isinstance(value, list) else value)
@@ -27,6 +27,6 @@ def read(file: PathLike) -> Model:
 
 
 def write(model: dict[str, Any], file: PathLike) -> None:
-    """Writes a data file; an existing one is replaced only when the new one is complete. Raises ValueError that names
-    the member that is wrong."""
+    """Writes a data file; an existing one is replaced only when the new one is complete. Raises ValueError, which names
+    the member in error."""
     ask("vki", ["load", "-", os.fspath(file)], json.dumps(model))

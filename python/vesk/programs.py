@@ -1,4 +1,4 @@
-"""The programs of Vesk: where they are, and one call of them."""
+"""Finds and calls the programs of Vesk."""
 
 from __future__ import annotations
 
@@ -12,7 +12,7 @@ from .errors import ProgramMissing
 
 
 def program(name: str) -> str:
-    """The path of a program: in the folder that VESK_BIN names, else on the search path."""
+    """The path of a program: in the folder VESK_BIN if set, else on the search path."""
     folder = os.environ.get("VESK_BIN")
     found = shutil.which(name, path=folder) if folder else shutil.which(name)
     if found is None:
@@ -22,7 +22,7 @@ def program(name: str) -> str:
 
 
 def ask(name: str, arguments: Sequence[str], text: str | None = None) -> str:
-    """What the program prints. Raises ValueError with the program's words if it fails."""
+    """Returns the program's output. Raises ValueError with its message if it fails."""
     done = subprocess.run([program(name), *arguments], input=text, capture_output=True, encoding="utf-8", check=False)
     if done.returncode != 0:
         raise ValueError(done.stderr.strip() or f"{name} ended with status {done.returncode}.")

@@ -1,4 +1,4 @@
-"""The record of a run, NAME.run.json, and whether it is of the same run."""
+"""Records of runs, NAME.run.json, and whether they match a case."""
 
 from __future__ import annotations
 
@@ -13,13 +13,13 @@ from . import html
 from .cases import Case
 from .table import PathLike
 
-# Options that belong to one call and say nothing of what was computed.
+# Options of a call that do not affect the results.
 _OF_A_CALL = ("--set", "--set-from", "--parameters", "--row", "--rows", "--output-dir", "--record", "--time-limit", "--progress")
 _FLAGS_OF_A_CALL = ("--quiet", "--stop-with-parent", "--yes")
 
 
 class Record:
-    """What a run's record says; docs/run-record.schema.json describes it. Times are in seconds, memory in bytes."""
+    """The record of a run, as described in docs/run-record.schema.json. Times are in seconds, memory in bytes."""
 
     def __init__(self, content: dict[str, Any], file: str = "") -> None:
         if not isinstance(content, dict) or content.get("format") != "vesk run record":
@@ -31,7 +31,7 @@ class Record:
 
     @classmethod
     def read(cls, file: PathLike) -> Record:
-        """Raises OSError, and ValueError for a file that is not such a record."""
+        """Raises OSError, and ValueError for a file that is not a run record."""
         try:
             content = json.loads(Path(file).read_text(encoding="utf-8"))
         except ValueError:
@@ -46,22 +46,22 @@ class Record:
 
     @property
     def ok(self) -> bool:
-        """Whether the run ended well, if with warnings."""
+        """Whether the run succeeded, possibly with warnings."""
         return self.content["class"] in ("good", "warnings")
 
     @property
     def cause(self) -> str:
-        """Why it did not, in one sentence; empty: it did."""
+        """Why it failed, in one sentence; empty: it did not."""
         cause = self.content["cause"]
         return str(cause["text"]) if cause else ""
 
     def output(self, ending: str) -> Optional[Path]:
-        """The file with this ending that the run wrote, such as ".nc"."""
+        """The output file with this ending, such as ".nc"; None: the run wrote none."""
         return next((Path(it["file"]) for it in self.content["outputs"] if it["file"].endswith(ending)), None)
 
     def agrees_with(self, case: Case, options: Sequence[str] = ()) -> bool:
-        """Whether the run ended well, and a run of the case with these options would have the same input: data file,
-        values, sources of queries, engine, options; and its outputs are still there."""
+        """Whether the run succeeded, its outputs still exist, and a run of the case with these options would have the
+        same input: data file, values, sources of queries, engine, options."""
         content = self.content
         return (
             self.ok
@@ -82,7 +82,7 @@ class Record:
 
 def _is_same(recorded: dict[str, str], wanted: tuple[str, str, str]) -> bool:
     path, assignment, value = wanted
-    # A path with names is recorded with numbers; that the data file is the same decides then.
+    # A path with names is recorded with numbers; the check of the data file then suffices.
     same_path = "{" in path or recorded["path"] == path
     return same_path and (recorded["assignment"], recorded["value"]) == (assignment, value)
 
@@ -128,12 +128,12 @@ def _sha256(file: str, _size: int, _changed: int) -> str:
 
 
 def record_file(case: Case, output_dir: PathLike) -> Path:
-    """Where the record of a case belongs."""
+    """The path of a case's record."""
     return Path(output_dir) / case.name / (Path(case.model).stem + ".run.json")
 
 
 def find_record(case: Case, output_dir: PathLike, options: Sequence[str] = ()) -> Optional[Record]:
-    """The record of a case, if it agrees with it; a record of another version, or a damaged one, does not."""
+    """The record of a case, if it matches; a damaged record or one of another version does not."""
     try:
         record = Record.read(record_file(case, output_dir))
         return record if record.agrees_with(case, options) else None
@@ -142,11 +142,11 @@ def find_record(case: Case, output_dir: PathLike, options: Sequence[str] = ()) -
 
 
 def pending(cases: Sequence[Case], output_dir: PathLike, options: Sequence[str] = ()) -> list[Case]:
-    """The cases that have still to be run: without a record, failed, or run with another input."""
+    """The cases that still have to be run: no record, failed, or run with different input."""
     return [case for case in cases if find_record(case, output_dir, options) is None]
 
 
 def records(folder: PathLike) -> Iterator[Record]:
-    """All records in a folder and below. Raises ValueError at one that cannot be read."""
+    """All records in a folder and its subfolders. Raises ValueError if one cannot be read."""
     for file in sorted(Path(folder).rglob("*.run.json")):
         yield Record.read(file)

@@ -14,7 +14,7 @@ if TYPE_CHECKING:
 
 
 class Results:
-    """A NetCDF file of results. Values are read when they are looked at, unless `load` is set."""
+    """A NetCDF results file. Values are read on demand, unless `load` is set."""
 
     def __init__(self, file: PathLike, load: bool = False) -> None:
         try:
@@ -25,7 +25,7 @@ class Results:
         opened = xarray.open_dataset(file)
         names = [name.decode("utf-8", "replace") if isinstance(name, bytes) else str(name)
                  for name in opened["segment_name"].values]
-        count = Counter(names)  # a name of several segments gets the number, as in the engine's tables
+        count = Counter(names)  # duplicate names get the segment's number, as in the engine's tables
         labels = [name if count[name] == 1 and name else f"{name} [{at + 1}]" for at, name in enumerate(names)]
         self.dataset: xarray.Dataset = opened.drop_vars("segment_name").assign_coords(
             position=("segment", opened["segment"].values), segment=labels)
@@ -35,13 +35,13 @@ class Results:
 
     @property
     def variables(self) -> dict[str, str]:
-        """The names in the file, and what they are, with units."""
+        """The names in the file, with description and units."""
         return {str(name): f"{it.attrs.get('long_name', name)}, {it.attrs.get('units', '1')}"
                 for name, it in self.dataset.data_vars.items() if it.dims == ("time", "segment")}
 
     def by_name(self, variable: str) -> xarray.DataArray:
-        """A variable, by its name in the file or by its long name, over `time` and `segment`; its units are in
-        `attrs`. Segments go by name: `.sel(segment="km 60 Oak City")`."""
+        """A variable over `time` and `segment`, found by its name in the file or its long name; its units are in
+        `attrs`. Segments are selected by name: `.sel(segment="km 60 Oak City")`."""
         long_names = {str(self.dataset[name].attrs.get("long_name", name)): name for name in self.variables}
         name = variable if variable in self.variables else long_names.get(variable)
         if name is None:

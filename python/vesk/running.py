@@ -25,16 +25,16 @@ if TYPE_CHECKING:
     import pandas
 
 TRY_AGAIN = 75  # the status for locked results, a full disk, a locked table
-ATTEMPTS, WAIT = 3, 1.0  # then; seconds
+ATTEMPTS, WAIT = 3, 1.0  # for that status; seconds
 
 
 @dataclass
 class Run:
     """A run that has ended.
 
-    case: what was run. record: what its record says; None: it left none. folder: of its results.
-    error: why it failed; None: it did not.
-    resumed: whether it was not run now, since the record of an earlier run agrees.
+    case: what was run. record: its record; None: it left none. folder: of its results.
+    error: why it failed; None: it succeeded.
+    resumed: True if it was skipped, because the record of an earlier run matches.
     """
 
     case: Case
@@ -42,7 +42,7 @@ class Run:
     record: Optional[Record] = None
     error: Optional[RunError] = None
     resumed: bool = False
-    _keeps: Any = field(default=None, repr=False)  # a temporary folder
+    _keeps: Any = field(default=None, repr=False)  # keeps a temporary folder alive
 
     @property
     def ok(self) -> bool:
@@ -71,7 +71,7 @@ class Run:
 
     @property
     def times(self) -> list[datetime.datetime]:
-        """The times of `series`, without a time zone, as those of the data set."""
+        """The times of `series`, without a time zone, as in the data set."""
         return [datetime.datetime.fromisoformat(line[0]) for line in self._lines()[1:]]
 
     def frame(self) -> pandas.DataFrame:
@@ -89,8 +89,8 @@ class Run:
             raise self.error
         found = self.record and self.record.output(ending)
         if not found:
-            raise ValueError(f"The run has not written a file {Path(self.case.model).stem}{ending}; with results= there "
-                             "is a table of series, without it a NetCDF file.")
+            raise ValueError(f"The run has not written a file {Path(self.case.model).stem}{ending}; with results= it "
+                             "writes a table of series, without it a NetCDF file.")
         return found
 
     def _repr_html_(self) -> str:
@@ -106,7 +106,7 @@ Series = Union[str, Sequence[str], None]
 
 def options_of(results: Series = None, queries: bool = True, beyond_limits: bool = False, engine: Optional[PathLike] = None,
                catalogue: Optional[PathLike] = None) -> list[str]:
-    """The options of vesk-run that say what is computed and written."""
+    """The options of vesk-run that affect the results."""
     options: list[str] = []
     if results:
         options += ["--results", results if isinstance(results, str) else ",".join(results)]
@@ -127,16 +127,16 @@ def run(model: PathLike, values: Optional[Mapping[str, Any]] = None, *, output_d
     """Runs a model and waits for its end.
 
     model: the data file (.vki).
-    values: by path, as of `vesk-run --set`: {"constant.21": 0.2, "flow.0.0*=": 1.1}. Numbers, dates, or for a series
-        the file of its points.
-    output_dir: where everything that the run writes goes; None: to a temporary folder that lasts as long as the Run.
+    values: by path, as in `vesk-run --set`: {"constant.21": 0.2, "flow.0.0*=": 1.1}. Numbers, dates, or for a series
+        the file with its points.
+    output_dir: folder for all output of the run; None: a temporary folder that lasts as long as the Run.
     results: only these series, such as "DO@24,CBOD@24" or a list of them; see `Run.series`.
-    queries: whether stored queries read their sources; else the stored points are used.
+    queries: whether stored queries read their sources; otherwise the stored points are used.
     beyond_limits: whether values may be outside the catalogue's ranges.
-    time_limit: seconds after which the run is ended.
+    time_limit: in seconds; the run is then ended.
 
-    Raises RunError, with the engine's words if it is the engine's failure, and ValueError for values that are not
-    finite numbers.
+    Raises RunError, with the engine's message if the engine failed, and ValueError for values that are not finite
+    numbers.
     """
     temporary = None if output_dir is not None else tempfile.TemporaryDirectory(prefix="vesk-")
     folder = Path(output_dir if output_dir is not None else temporary.name).absolute()  # type: ignore[union-attr]
@@ -148,8 +148,7 @@ def run(model: PathLike, values: Optional[Mapping[str, Any]] = None, *, output_d
 
 
 def work(case: Case, folder: Path, options: Sequence[str], time_limit: Optional[float] = None) -> Run:
-    """Runs a case in this process's care: vesk-run ends when the calling thread does. A temporary failure is tried
-    again."""
+    """Runs a case. vesk-run ends when the calling thread does. Retries after a temporary failure."""
     words = [program("vesk-run"), case.model, "-RUN", "--quiet", "--progress=none", "--stop-with-parent",
              "--output-dir", str(folder), *options]
     if time_limit is not None:
@@ -159,7 +158,7 @@ def work(case: Case, folder: Path, options: Sequence[str], time_limit: Optional[
     record = record_file(Case(case.model), folder)
     for attempt in range(ATTEMPTS):
         with contextlib.suppress(OSError):
-            record.unlink()  # of an earlier run
+            record.unlink()  # left by an earlier run
         is_old = record.exists()
         done = subprocess.run(words, stdin=subprocess.DEVNULL, capture_output=True, check=False)
         if done.returncode != TRY_AGAIN or attempt + 1 == ATTEMPTS:

@@ -1,4 +1,4 @@
-"""Samples of parameters, by scipy.stats.qmc."""
+"""Samples of parameters, drawn with scipy.stats.qmc."""
 
 from __future__ import annotations
 
@@ -20,7 +20,7 @@ METHODS = ("LatinHypercube", "Sobol", "Halton")
 
 @dataclass(frozen=True)
 class Sample:
-    """A row for each case, a column for each parameter, in the parameters' units."""
+    """One row per case, one column per parameter, in the parameters' units."""
 
     names: list[str]
     values: list[list[float]]
@@ -30,7 +30,7 @@ class Sample:
         object.__setattr__(self, "sha256", hashlib.sha256(self.text().encode()).hexdigest())
 
     def text(self) -> str:
-        """The CSV table, with all digits; `sha256` is that of its UTF-8 bytes."""
+        """The CSV table, with all digits; `sha256` is the hash of its UTF-8 bytes."""
         out = io.StringIO()
         writer = csv.writer(out, lineterminator="\n")
         writer.writerow(["row", *self.names])
@@ -38,7 +38,7 @@ class Sample:
         return out.getvalue()
 
     def save(self, file: PathLike) -> None:
-        """Writes the table. Raises ValueError if the file holds another one: results may belong to it."""
+        """Writes the table. Raises ValueError if the file contains a different one, since results may depend on it."""
         path = Path(file)
         if path.exists():
             if path.read_text(encoding="utf-8") != self.text():
@@ -50,7 +50,7 @@ class Sample:
 
     @classmethod
     def read(cls, file: PathLike) -> Sample:
-        """Reads what `save` wrote."""
+        """Reads a table written by `save`."""
         header, lines = read_table(file)
         if header[:1] != ["row"]:
             raise ValueError(f"{os.fspath(file)}: expected the column row first, found {header[0]}.")
@@ -68,12 +68,12 @@ class Sample:
 
 
 def sample(table: Table, count: int, *, seed: int, method: str = "LatinHypercube", file: Optional[PathLike] = None) -> Sample:
-    """A sample that fills the ranges of the parameters evenly, or evenly in their logarithms.
+    """Draws a sample that fills the ranges of the parameters, or of their logarithms, evenly.
 
-    table: parameters, or the file of their table; each needs a minimum and a maximum.
-    count: of rows; a power of 2 for Sobol.
-    seed: the same one gives the same sample, with the same version of scipy. So keep it:
-    file: where it is saved; a file with another sample is not replaced.
+    table: parameters or their file; each parameter needs a minimum and a maximum.
+    count: number of rows; a power of 2 for Sobol.
+    seed: gives the same sample again, but only with the same version of scipy; to keep the sample, set `file`.
+    file: where to save the sample; a file with a different one is not replaced.
     """
     known: Sequence[Parameter]
     known = parameters(table) if isinstance(table, (str, os.PathLike)) else list(table or [])
@@ -83,7 +83,7 @@ def sample(table: Table, count: int, *, seed: int, method: str = "LatinHypercube
         raise ValueError(f"The method is one of {', '.join(METHODS)}, not \"{method}\".")
     for it in known:
         if it.minimum is None or it.maximum is None:
-            raise ValueError(f"{it.name} has no range; give it a minimum and a maximum.")
+            raise ValueError(f"{it.name} has no range; set its minimum and maximum.")
     try:
         from scipy.stats import qmc
     except ImportError:

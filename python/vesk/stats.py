@@ -20,7 +20,7 @@ ORDER = ("count", "mean_measured", "mean_modelled", "bias", "percent_bias", "mae
 
 @dataclass(frozen=True)
 class Agreement:
-    """Of one measured series. Means, bias, mae and rmse are in `units`; bias is model less measured.
+    """Scores of one measured series. Means, bias, mae and rmse are in `units`; bias is modelled minus measured.
 
     scores: by period ("2011-10", or "all"), then by name; None: not defined.
     """
@@ -42,9 +42,9 @@ def _shown(value: Optional[float]) -> str:
 
 
 def agreement(results: Run | PathLike, *, measured: Optional[PathLike] = None) -> list[Agreement]:
-    """How well results agree with each series of a measured file, by month and in all, computed by vesk-results.
+    """Agreement of results with each series of a measured file, by month and overall, computed by vesk-results.
 
-    results: a run, or a NetCDF file. measured: NAME.measured.json; None: that of the run's data file, or the one beside
+    results: a run, or a NetCDF file. measured: NAME.measured.json; None: the one beside the run's data file or beside
     the results.
     """
     if isinstance(results, Run):
@@ -63,8 +63,8 @@ def agreement(results: Run | PathLike, *, measured: Optional[PathLike] = None) -
 
 
 def scores(measured: Sequence[float], modelled: Sequence[float]) -> Scores:
-    """The same scores for pairs in memory; pairs without a value (nan) are left out. Raises ValueError for sequences of
-    different length."""
+    """The same scores for pairs in memory; skips pairs with a missing value (nan). Raises ValueError for sequences of
+    different lengths."""
     if len(measured) != len(modelled):
         raise ValueError(f"There are {len(measured)} measured and {len(modelled)} modelled values.")
     pairs = [(float(o), float(m)) for o, m in zip(measured, modelled) if not (math.isnan(o) or math.isnan(m))]
@@ -96,7 +96,7 @@ def scores(measured: Sequence[float], modelled: Sequence[float]) -> Scores:
 
 
 def _spread(values: Sequence[float], mean: float) -> float:
-    return sum((v - mean) ** 2 for v in values) if min(values) < max(values) else 0.0  # else rounding would be left
+    return sum((v - mean) ** 2 for v in values) if min(values) < max(values) else 0.0  # exactly 0 for equal values
 
 
 def _ratio(dividend: float, divisor: float) -> Optional[float]:

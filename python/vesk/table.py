@@ -10,7 +10,8 @@ PathLike = Union[str, "os.PathLike[str]"]
 
 
 def read_table(file: PathLike) -> tuple[list[str], list[list[str]]]:
-    """Header and rows: fields without the blanks around them, no empty lines. Raises ValueError that names the line."""
+    """Reads header and rows; strips blanks around fields and skips empty lines. Raises ValueError, which names the
+    line."""
     name = os.fspath(file)
     with open(file, newline="", encoding="utf-8-sig") as opened:
         reader = csv.reader(opened, strict=True, skipinitialspace=True)
