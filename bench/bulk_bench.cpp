@@ -1,5 +1,5 @@
 // One update (a PUT of DAYS) against GSL's linear interpolation with its accelerator, and against the plain algorithm.
-// Before anything is timed, updates of both kinds are compared float by float.
+// Both kinds of updates are compared float by float before the timing.
 #include "bulk_series_data.h"
 #include "core/forcing_line.h"
 #include "gsl_series.h"
@@ -26,13 +26,13 @@ constexpr double one_hour = 1.0 / 24;
 const std::vector<series_plan> plans = {
     {"mixed_5min/1e3", 1'000, 366, 8784, five_minutes, 20'000},
     {"mixed_5min/1e4", 10'000, 366, 8784, five_minutes, 2'000},
-    {"mixed_5min/1e5", 100'000, 366, 8784, five_minutes, 200}, // 8 GB: only when asked for by name
+    {"mixed_5min/1e5", 100'000, 366, 8784, five_minutes, 200}, // 8 GB: only on request
     {"daily_5min/1e5", 100'000, 366, 366, five_minutes, 300},
     {"hourly_1h/1e3", 1'000, 8784, 8784, one_hour, 5'000},
     {"hourly_1h/1e4", 10'000, 8784, 8784, one_hour, 600},
 };
 
-// The series of a plan, made when first asked for and kept.
+// The series of a plan, created on first use and kept.
 struct workload {
   explicit workload(const series_plan& plan) : data(make_series(plan)), elements(plan.count / 2) {}
   const prevesk_dataset_data_type data;
@@ -94,8 +94,8 @@ void run_plain(benchmark::State& state, const series_plan& plan) {
   run(state, plan, [&](float days) { update_plainly(job, days); });
 }
 
-// What the bundled engine does from one hourly event to the next: two updates, never at an end of the hour, and from
-// them the values in its middle.
+// What the bundled engine does between two hourly events: two updates, never at an end of the hour, from which it
+// computes the values in the middle of the hour.
 void run_forcing(benchmark::State& state, const series_plan& plan) {
   const workload& work = workload_of(plan);
   engine_side job(work);
@@ -133,7 +133,7 @@ void run_gsl(benchmark::State& state, const series_plan& plan) {
   });
 }
 
-// The limit: reading as many bytes as an update touches, which are a row of 32 bytes and its place, and writing the
+// The lower bound: reading as many bytes as an update touches (a row of 32 bytes and its position) and writing the
 // float.
 void run_stream(benchmark::State& state, const series_plan& plan) {
   const std::size_t rows = plan.count;
@@ -153,7 +153,7 @@ void run_stream(benchmark::State& state, const series_plan& plan) {
   });
 }
 
-// Besides the series.
+// In addition to the series.
 void run_fixed_cost(benchmark::State& state) {
   idle_job job;
   float one = 0;

@@ -42,7 +42,7 @@ prevesk_dataset_data_type make_series(const series_plan& plan) {
   const std::size_t segments = plan.count / (2 * system_count);
   data.resize_segments(segments);
 
-  // All points in one arena, as the reader of data files leaves them.
+  // All points in one arena, as the data file reader stores them.
   memory_arena* arena = memory_arena::create(plan.count * (plan.longest + 1) * sizeof(moment_value_pair_type));
   std::mt19937_64 random(20240229);
   for (std::size_t s = 0; s < system_count; ++s) {

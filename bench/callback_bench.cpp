@@ -1,6 +1,7 @@
-// One call of the engine against an ordered set of records with a steady-clock read on each side of the handler.
+// One engine call against an ordered set of records that reads a steady clock before and after the handler.
 //
-// Both sides call the same handlers for the same job, so what differs is finding the keyword and taking the time.
+// Both sides call the same handlers for the same job, so they differ only in finding the keyword and measuring the
+// time.
 #include "noting_job.h"
 #include "ratio_table.h"
 #include "shell/keywords/keyword_table.h"
@@ -16,7 +17,7 @@
 namespace vesk::bench {
 namespace {
 
-// The peer: a record for each keyword in a std::set, found with a record made for the purpose.
+// The peer: a record per keyword in a std::set, looked up with a temporary record.
 class ordered_set_shell {
 public:
   explicit ordered_set_shell(shell_interface& shell) : shell_(shell) {
@@ -46,7 +47,7 @@ private:
   shell_interface& shell_;
 };
 
-// A GET of one keyword with arguments of its own, all numbers 1 at first.
+// A GET of one keyword with its own arguments, initially all 1.
 struct prepared_call {
   std::string name;
   keyword_handler handler = nullptr;
@@ -57,7 +58,7 @@ struct prepared_call {
   } words[max_variables];
 };
 
-// `scalars`: those alone whose handlers do little more than hand over one number.
+// `scalars`: only those whose handlers just return one number.
 std::vector<prepared_call> all_gets(bool scalars) {
   std::vector<prepared_call> calls;
   for (const keyword_row& row : keyword_table) {
@@ -72,14 +73,14 @@ std::vector<prepared_call> all_gets(bool scalars) {
   return calls;
 }
 
-// What is called, and in which order.
+// The calls and their order.
 struct scenario {
   const char* name;
   bool scalars;
   std::vector<prepared_call*> (*order)(std::vector<prepared_call>& calls);
 };
 
-// The order of an engine that reads its input: one keyword for many items, then the next.
+// The order of an engine reading its input: one keyword for many items, then the next.
 std::vector<prepared_call*> engine_order(std::vector<prepared_call>& calls) {
   std::vector<prepared_call*> order;
   for (prepared_call& call : calls) order.insert(order.end(), 64, &call);
@@ -94,7 +95,7 @@ std::vector<prepared_call*> random_order(std::vector<prepared_call>& calls) {
 
 constexpr const char* seconds_a_call = "seconds a call";
 
-// Makes each call of `what` once in an iteration: call(prepared, words...).
+// Makes each call of `what` once per iteration: call(prepared, words...).
 template <class Call>
 void make_calls(benchmark::State& state, const scenario& what, Call call) {
   std::vector<prepared_call> calls = all_gets(what.scalars);
@@ -130,7 +131,7 @@ void run_handlers(benchmark::State& state, const scenario& what) {
   make_calls(state, what, [&](prepared_call& call, auto... words) { call.handler(job.shell(), {words...}); });
 }
 
-// Both sides must leave the same answers.
+// Both sides must give the same answers.
 bool answers_agree() {
   noting_job job(false);
   const engine_job_scope serving(job);

@@ -8,7 +8,7 @@ using namespace reference_engine;
 
 namespace {
 
-// Systems that are only carried.
+// Systems that are only transported.
 class no_kinetics final : public Kinetics {
 public:
   explicit no_kinetics(std::size_t segments) : zeros_(segments) {}
@@ -49,7 +49,7 @@ chain::chain(std::size_t segments, std::size_t systems, Technique technique)
 chain::chain(std::size_t segments, const char* library, Technique technique)
     : integrator(make_integrator(static_cast<int>(technique))) {
   connect(segments, model_info(library).systems.size());
-  problem.constants = {{31, 1.0}}; // reaeration, 1/day, which would otherwise follow from velocity and depth
+  problem.constants = {{31, 1.0}}; // reaeration, 1/day; otherwise computed from velocity and depth
   for (Segment& segment : problem.segments) segment.minimum_depth = 1;
   equations = std::make_unique<Equations>(problem, library);
   drive(chain_forcing::steady, 1);
@@ -62,7 +62,7 @@ void chain::connect(std::size_t segments, std::size_t systems) {
     problem.segments.back().volume = chain_volume(i);
   }
   problem.systems.resize(systems);
-  for (int i = 0; i <= last + 1; ++i) { // what leaves the last segment has a function to itself
+  for (int i = 0; i <= last + 1; ++i) { // the outflow of the last segment has a separate function
     const std::size_t element = i > last ? fields_per_function : 0;
     problem.flows.push_back({element, FlowField::surface_water, i == 0 ? outside : i - 1, i > last ? outside : i, 1});
   }
@@ -101,7 +101,7 @@ void chain::jump(double factor) {
 }
 
 void chain::step(double days) {
-  constexpr double fraction = 0.9; // of the limit that a step may use
+  constexpr double fraction = 0.9; // of the largest stable step
   integrator->limit(*equations, *state, days, days / fraction);
   integrator->step(*equations, *state, days, *balances);
 }

@@ -1,4 +1,4 @@
-// A chain of segments with flow and dispersion, through which the bundled engine carries systems, for benchmarks of its
+// A chain of segments with flow and dispersion, in which the bundled engine transports systems, for benchmarks of its
 // core alone.
 #pragma once
 
@@ -16,14 +16,14 @@ double chain_volume(std::size_t segment); // m3
 double chain_start(std::size_t system, std::size_t segment);
 double chain_boundary(std::size_t system);
 
-// What a flow or exchange does over the days of a line of forcing.
+// How a flow or exchange changes over the days of a line of forcing.
 enum class chain_forcing {
   steady,
-  balanced, // all flows and exchanges change, water in as out
-  filling   // flow into the chain and out of it differ, so that volumes change too
+  balanced, // all flows and exchanges change; inflow equals outflow
+  filling   // inflow and outflow of the chain differ, so that volumes change too
 };
 
-// Ready for steps.
+// Ready for the first step.
 struct chain {
   reference_engine::Problem problem;
   reference_engine::Forcing forcing;
@@ -32,15 +32,15 @@ struct chain {
   std::unique_ptr<reference_engine::Balances> balances;
   std::unique_ptr<reference_engine::Integrator> integrator;
 
-  // So many systems that are only carried; or those of the model `library`.
+  // This number of systems that are only transported; or those of the model `library`.
   chain(std::size_t segments, std::size_t systems, reference_engine::Technique technique);
   chain(std::size_t segments, const char* library, reference_engine::Technique technique);
 
-  // Puts the forcing on a line of so many days from the state's day on.
+  // Sets the forcing to a line over this number of days from the state's day on.
   void drive(chain_forcing kind, double days);
-  // The next interval of a series of jumps.
+  // The next interval of a series of steps.
   void jump(double flow);
-  // As a run of the engine does it: the limit first.
+  // As in a run of the engine: computes the limit first.
   void step(double days);
 
 private:

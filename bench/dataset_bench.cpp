@@ -1,4 +1,4 @@
-// Copies of a data set against deep copies of the same points, and the memory of segments against their bare numbers.
+// Copies of a data set against deep copies of the same points, and memory per segment against the bare numbers.
 #include "bulk_series_data.h"
 #include "dataset/vki_file.h"
 #include "ratio_table.h"
@@ -14,13 +14,13 @@
 namespace vesk::bench {
 namespace {
 
-// 1000 series of an hourly year: 8.8e6 points.
+// 1000 hourly series over a year: 8.8e6 points.
 const prevesk_dataset_data_type& points_data() {
   static const prevesk_dataset_data_type data = make_series({"", 1'000, 8784, 8784, 0, 0});
   return data;
 }
 
-// A point as an object of its own, in a deque: what a copy of every record means.
+// A point as a separate object, in a deque: the cost of copying every record.
 struct plain_point {
   explicit plain_point(const moment_value_pair_type& p) : date(p.date), time(p.time), value(p.value) {}
   plain_point(const plain_point&) = default;
@@ -74,7 +74,7 @@ void edit_first(benchmark::State& state) {
   for (auto _ : state) {
     const std::size_t system = next / data.systems[0].loads.size() % data.systems.size();
     const std::size_t load = next++ % data.systems[0].loads.size();
-    if (system == 0 && load == 0) { // all have been changed
+    if (system == 0 && load == 0) { // all series have been changed
       state.PauseTiming();
       copy = data;
       state.ResumeTiming();
@@ -83,7 +83,7 @@ void edit_first(benchmark::State& state) {
   }
 }
 
-// A memcpy of each of the same series, into memory that has been used before.
+// A memcpy of each of the same series, into memory used before.
 void copy_one_series(benchmark::State& state) {
   const prevesk_dataset_data_type& data = points_data();
   std::vector<std::vector<moment_value_pair_type>> copies;
@@ -111,7 +111,7 @@ constexpr std::size_t parameter_count = 30;
 constexpr std::size_t item_system_count = 20;
 constexpr std::size_t segment_count = 1'000'000;
 
-// Memory that `make` takes for what it returns, in bytes for each segment.
+// Memory of the result of `make`, in bytes per segment.
 template <class Make>
 void measure_memory(benchmark::State& state, Make make) {
   for (auto _ : state) {
@@ -133,7 +133,7 @@ std::shared_ptr<const model_catalogue> catalogue() {
   return result;
 }
 
-// Every value of every segment set to one of its own.
+// Sets every value of every segment to a different number.
 prevesk_dataset_data_type make_segments() {
   prevesk_dataset_data_type data(catalogue());
   data.resize_segments(segment_count);
@@ -162,7 +162,7 @@ void read_segments(benchmark::State& state) {
   std::filesystem::remove(file);
 }
 
-// The numbers and the name of each segment in one array each.
+// The numbers and the name of each segment, in one array each.
 void bare_memory(benchmark::State& state) {
   measure_memory(state, [] {
     struct fields {

@@ -1,5 +1,5 @@
-// Blocks of cells, long series and large networks in the editors' grids, against a frame of a 60 Hz screen: what a user
-// waits for.
+// Blocks of cells, long series and large networks in the editors' grids, against a frame of a 60 Hz screen: the user's
+// waiting times.
 #include "charts/graph_form.h"
 #include "dataset/series.h"
 #include "editing_host.h"
@@ -18,7 +18,7 @@ namespace {
 
 constexpr std::size_t rows = 1'000'000;
 
-// The editor of a series of a million hourly points, for all benchmarks.
+// The editor of a series of a million hourly points, shared by all benchmarks.
 struct long_series {
   long_series() {
     moment_type::set_seed(150000, 0);
@@ -52,7 +52,7 @@ void copy_rows(benchmark::State& state) {
   for (auto _ : state) benchmark::DoNotOptimize(table.do_copy());
 }
 
-// A million cells: a third as many rows of date, time and value.
+// A million cells: a third of a million rows of date, time and value.
 void paste_cells(benchmark::State& state) {
   TFillCalcTable& table = editor_of_a_million().table();
   table.set_selection(cell_range{0, 0, rows / 3, 2});
@@ -72,7 +72,7 @@ void fill_values(benchmark::State& state) {
   }
 }
 
-// One date of the first day is moved to the end, and back, with the sort that follows.
+// Moves one date of the first day to the end, and back, with the sort that follows.
 void edit_point(benchmark::State& state) {
   TFillCalcTable& table = editor_of_a_million().table();
   bool there = true;
@@ -92,7 +92,7 @@ void chart_series(benchmark::State& state) {
   }
 }
 
-// The editor of a million segments, for all benchmarks.
+// The editor of a million segments, shared by all benchmarks.
 struct large_network {
   large_network() {
     host.data = make_large_network(rows);
@@ -109,7 +109,7 @@ large_network& network_of_a_million() {
   return editor;
 }
 
-// Each iteration begins with a snapshot, as each step in the dialog does. What it has kept is dropped outside the time.
+// Each iteration starts with a snapshot, as each step in the dialog does. Freeing it is not timed.
 void time_on_network(benchmark::State& state, const std::function<std::string()>& work) {
   for (auto _ : state) {
     const auto start = std::chrono::steady_clock::now();
@@ -139,7 +139,7 @@ void compute_parameter(benchmark::State& state, bool after_snapshot) {
   table.OnBeginChange = begin;
 }
 
-// What Cancel does: the snapshot comes back, and the changed segments are dropped.
+// The work of Cancel: restores the snapshot and drops the changed segments.
 void cancel_parameter(benchmark::State& state) {
   large_network& editor = network_of_a_million();
   editor.table(1).set_selection(cell_range{0, 0, rows - 1, 0});

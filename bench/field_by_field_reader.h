@@ -1,5 +1,5 @@
-// The peer of the data file's reader: every field read by itself from a std::ifstream, lists as deques, points as
-// objects of their own.
+// The peer of the data file reader: reads each field separately from a std::ifstream, with lists as deques and points
+// as separate objects.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -17,8 +17,8 @@ struct object_point {
 };
 
 struct deques_of_file {
-  prevesk_dataset_data_type rest;              // all records, without what is below
-  std::deque<std::deque<object_point>> series; // of each record that has points, in file order
+  prevesk_dataset_data_type rest;                                        // all records, without those below
+  std::deque<std::deque<object_point>> series;                           // of each record with points, in file order
   std::deque<std::deque<segment_parameter_data_record_type>> parameters; // of each segment
   std::deque<std::deque<segment_system_data_record_type>> systems;       // of each segment
 };

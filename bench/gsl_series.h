@@ -11,10 +11,10 @@ namespace vesk::bench {
 
 class gsl_series {
 public:
-  // Loads and boundary conditions of `data`, in the order in which an update works them off.
+  // Loads and boundary conditions of `data`, in the order in which an update processes them.
   explicit gsl_series(const prevesk_dataset_data_type& data);
 
-  // As if no value had been asked for.
+  // Resets the accelerators.
   void reset();
 
   // Fills the two arrays at the date-time number `t`. A series keeps its first and last value beyond its ends.

@@ -8,8 +8,8 @@
 
 namespace vesk::bench {
 
-// `segments` one behind another, through which a constant flow carries the systems of the catalogue's first model, by
-// explicit steps of `step_days` over `days`.
+// `segments` in a row, through which a constant flow carries the systems of the catalogue's first model, with explicit
+// steps of `step_days` over `days`.
 prevesk_dataset_data_type make_long_river(std::shared_ptr<const model_catalogue> catalogue, std::size_t segments,
                                           double step_days, double days);
 

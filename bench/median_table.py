@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Reads the rows of several whole runs and prints, for each kind of work, the row of the run with the median ratio.
 
-A row of one run stays together, so that its two times fit its ratio. The last column has the lowest and the highest
+Rows are never mixed between runs, so that both times match the ratio. The last column has the lowest and the highest
 ratio of all runs.
 """
 import re

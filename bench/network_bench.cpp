@@ -1,5 +1,5 @@
-// Draws networks: a river of 26 segments and a braided one of 10,000. Times are compared with the longest that a user
-// should have to wait.
+// Lays out networks: a river of 26 segments and a braided one of 10,000. Times are compared with the longest acceptable
+// waiting times.
 #include "network/schematic.h"
 #include "network/ways.h"
 #include "ratio_table.h"
@@ -11,7 +11,7 @@
 namespace vesk::bench {
 namespace {
 
-// A river in which each tenth segment has an arm beside it.
+// A river with an arm beside each tenth segment.
 network_graph river(std::size_t segments) {
   prevesk_dataset_data_type data;
   data.resize_segments(segments);

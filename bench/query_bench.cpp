@@ -1,5 +1,5 @@
-// A stored query over 1,000,000 rows, one station in one year averaged to a point a moment, against other programs and
-// libraries that answer the same from the same file.
+// A stored query over 1,000,000 rows, one station in one year with values at the same time averaged, against other
+// programs and libraries that compute the same from the same file.
 #include "query/import_query.h"
 #include "query_peers.h"
 #include "query_tables.h"
@@ -65,7 +65,7 @@ import_query_descriptor query_on(const format& source, prevesk_dataset_data_type
   return query;
 }
 
-// Opens the file, holds the query against it, and reads the points of a station's year: all of it at each call.
+// Opens the file, checks the query against it, and reads the points of a station's year, all of it in each call.
 query_report execute(const format& source, point_list& points) {
   prevesk_dataset_data_type model;
   import_query_descriptor query = query_on(source, model, first_day, last_day);
@@ -83,13 +83,13 @@ void check(const format& source) {
     for (std::size_t i = 0; same && i < means.size(); ++i)
       same = moment_type::from_date_time(means[i].moment) == moment_type(points[i]) &&
              std::abs(means[i].value - points[i].value) <= 1e-12 * std::abs(points[i].value);
-    if (!same) throw std::runtime_error(std::string(source.file) + ": " + other.name + " gives other points");
+    if (!same) throw std::runtime_error(std::string(source.file) + ": " + other.name + " gives the wrong points");
   }
 }
 
 constexpr const char* processor_time = "seconds of processor";
 
-// Of this process and of the children that it has waited for.
+// Of this process and its waited-for children.
 double processor_seconds() {
   double sum = 0;
   for (const int who : {RUSAGE_SELF, RUSAGE_CHILDREN}) {
@@ -116,16 +116,16 @@ void measure(benchmark::State& state, const std::function<void()>& work) {
       benchmark::Counter(static_cast<double>(row_count) * iterations, benchmark::Counter::kIsRate);
 }
 
-// A figure of this process in bytes, by its name in the system's status file.
+// A figure of this process in bytes, by its name in /proc/self/status.
 double memory(const std::string& figure) {
   std::ifstream status("/proc/self/status");
   for (std::string line; std::getline(status, line);)
     if (line.starts_with(figure + ":")) return 1024 * std::stod(line.substr(figure.size() + 1));
-  throw std::runtime_error("the system does not tell " + figure);
+  throw std::runtime_error("/proc/self/status lacks " + figure);
 }
 
-// What a query that keeps all rows of so many days takes at its peak beyond what this process, which has done nothing
-// else yet, had before. Pages of the program and its libraries that are first used count, too.
+// The peak memory of a query that keeps all rows of this number of days, beyond what this otherwise idle process used
+// before. Includes pages of the program and its libraries that are used for the first time.
 double peak_growth(const format& source, int first, int days) {
   prevesk_dataset_data_type model;
   import_query_descriptor query = query_on(source, model, first, first + days - 1);
@@ -134,11 +134,11 @@ double peak_growth(const format& source, int first, int days) {
   const double before = memory("VmRSS");
   import_query(query, folder).execute(model, points);
   if (points.size() != std::min<std::size_t>(row_count, static_cast<std::size_t>(days) * rows_per_day))
-    throw std::runtime_error(std::string(source.file) + ": the query keeps other rows");
+    throw std::runtime_error(std::string(source.file) + ": the query keeps the wrong rows");
   return memory("VmHWM") - before;
 }
 
-// The same in a process of its own, in megabytes.
+// The same in a separate process, in megabytes.
 double peak_growth_elsewhere(const std::string& program, const format& source, int first, int days) {
   const std::string command =
       "'" + program + "' '--peak=" + source.name + "' " + std::to_string(first) + " " + std::to_string(days);
@@ -148,12 +148,12 @@ double peak_growth_elsewhere(const std::string& program, const format& source, i
   return bytes / 1e6;
 }
 
-// The file's size must not be seen in it, and the rows that are kept less than twice.
+// The file's size must not affect it, and rows that are kept may cost less than twice their size.
 void print_memory(const std::string& program, const format& source) {
   for (const table_part part : {tenth_of_table, whole_table}) {
     source.write(folder / source.file, part);
     const double fixed = peak_growth_elsewhere(program, source, part.first_day - 1, 0);
-    std::printf("%s, a file of %.1f MB: the peak memory grows by %.2f MB where no row is kept", source.name,
+    std::printf("%s, a file of %.1f MB: the peak memory grows by %.2f MB if no row is kept", source.name,
                 static_cast<double>(fs::file_size(folder / source.file)) / 1e6, fixed);
     for (const int days : {91, 520, 5209})
       if (const auto kept = static_cast<std::size_t>(days) * rows_per_day; kept < part.rows + rows_per_day)
@@ -172,7 +172,7 @@ int main(int argc, char** argv) {
   using namespace vesk::bench;
   folder = fs::absolute(argv[0]).parent_path() / "query_bench_tables";
   fs::create_directories(folder);
-  fs::current_path(folder); // where the trace of the queries goes
+  fs::current_path(folder); // the trace of the queries is written here
   for (const format& source : formats)
     if (argc == 4 && std::string("--peak=") + source.name == argv[1]) {
       std::printf("%.0f\n", peak_growth(source, std::atoi(argv[2]), std::atoi(argv[3])));

@@ -24,7 +24,7 @@ namespace {
   throw std::runtime_error("a peer failed: " + what);
 }
 
-// `value`: how the SQL names the number. Dates are texts that sort as they should.
+// `value`: the SQL name of the number. Dates are texts that sort chronologically.
 std::string select_from(const std::string& table, const std::string& value, bool with_time) {
   const std::string year = std::to_string(asked_year);
   const std::string from = year + "-01-01" + (with_time ? " 00:00:00" : "");
@@ -39,7 +39,7 @@ mean_value mean_of(std::string_view moment, double value) {
   return {date->serial, value};
 }
 
-// The lines "date,number" that a command prints.
+// The lines "date,number" printed by a command.
 mean_values lines_of(const std::string& command) {
   const std::unique_ptr<FILE, int (*)(FILE*)> out(popen(command.c_str(), "r"), pclose);
   if (!out) fail(command);

@@ -17,7 +17,7 @@ namespace {
 
 struct measurement {
   const char* station;
-  int day; // since 30 December 1899
+  int day; // days since 30 December 1899
   int hour;
   double value;
   char moment[24], digits[16]; // as texts

@@ -1,4 +1,4 @@
-// The table of the query benchmark in four formats, and what is asked of it.
+// The table of the query benchmark in four formats, and the benchmark's question.
 #pragma once
 
 #include <cstddef>
@@ -6,11 +6,12 @@
 
 namespace vesk::bench {
 
-// Four stations, every hour from 1 January 1998 on, at two depths: station, sampled, value. Values have two decimals.
-// The rows are in order of their time. In the dBASE table, which knows no time of day, `sampled` is the date alone.
+// Four stations, hourly from 1 January 1998, at two depths: station, sampled, value. Values have two decimals. The rows
+// are in order of time. In the dBASE table, which has no time of day, `sampled` is the date alone.
 constexpr std::size_t row_count = 1'000'000, rows_per_day = 4 * 24 * 2;
 
-// How much of it: so many rows from a day on, counted from 30 December 1899. The tenth has the year asked for, too.
+// A part of the table: this number of rows, starting on a day counted from 30 December 1899. The tenth part includes
+// the year in question.
 struct table_part {
   std::size_t rows;
   int first_day;
@@ -21,10 +22,10 @@ constexpr const char* stations[] = {"BARRETT", "HALIFAX", "OAKCITY", "WELDON"};
 
 constexpr const char* asked_station = "OAKCITY";
 constexpr int asked_year = 2005;
-constexpr int first_day = 38353, last_day = 38717; // of that year, counted from 30 December 1899
-constexpr std::size_t asked_rows = 365 * 24 * 2;   // of that station and year
+constexpr int first_day = 38353, last_day = 38717; // of the year in question, counted from 30 December 1899
+constexpr std::size_t asked_rows = 365 * 24 * 2;   // of the station and year in question
 
-// Each is made anew.
+// Replaces an existing file.
 void write_csv(const std::filesystem::path& file, table_part part = whole_table);
 void write_sqlite(const std::filesystem::path& file, table_part part = whole_table); // table "measured", no index
 void write_sqlite_by_station(const std::filesystem::path& file, table_part part = whole_table); // in that order

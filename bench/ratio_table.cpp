@@ -10,7 +10,7 @@ namespace vesk::bench {
 
 namespace {
 
-// Prints medians and keeps the figures of each single repetition.
+// Prints medians and keeps the figures of each repetition.
 class keeping_reporter : public benchmark::ConsoleReporter {
 public:
   keeping_reporter() : ConsoleReporter(OO_Tabular) {}
@@ -42,7 +42,7 @@ public:
   }
 
 private:
-  std::map<std::string, std::map<std::string, std::vector<double>>> figures_; // seconds; counters as they are
+  std::map<std::string, std::map<std::string, std::vector<double>>> figures_; // seconds; counters unchanged
 };
 
 std::string in_words(double value, const std::string& metric) {

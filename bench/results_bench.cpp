@@ -1,6 +1,5 @@
 // Reads 2 GB of results (100,000 segments, 1,000 times, 5 variables) and scores 1,000,000 pairs. Times are compared
-// with the longest that a user should have to wait. The file is written first, to a temporary folder next to the
-// program.
+// with the longest acceptable waiting times. The file is written first, to a temporary folder next to the program.
 #include "ratio_table.h"
 #include "results/pairing.h"
 #include "results/results_file.h"
@@ -33,7 +32,7 @@ float value_of(std::size_t time, std::size_t segment, std::size_t variable) {
   return static_cast<float>(time % 100) + static_cast<float>(segment) * 1e-5F + static_cast<float>(variable);
 }
 
-// As the engine writes it.
+// The format that the engine writes.
 void write_results() {
   int id = 0, time = 0, data[variables], shape[2];
   check(nc_create(file.c_str(), NC_CLOBBER | NC_64BIT_OFFSET, &id));
@@ -59,7 +58,7 @@ void write_results() {
   check(nc_close(id));
 }
 
-// Takes the file out of the system's memory, as far as the system does that.
+// Drops the file from the system's cache, as far as the system allows.
 void drop_from_memory() {
   const int opened = open(file.c_str(), O_RDONLY | O_CLOEXEC);
   fdatasync(opened);
@@ -105,7 +104,7 @@ void profile(benchmark::State& state) {
   std::size_t time = 0;
   for (auto _ : state) benchmark::DoNotOptimize(results().profile(1, time = (time + 371) % times).back());
 }
-void player_step(benchmark::State& state) { // one variable of all segments, time after time
+void player_step(benchmark::State& state) { // one variable in all segments, time by time
   std::size_t time = 0;
   for (auto _ : state) benchmark::DoNotOptimize(results().profile(1, time = (time + 1) % times).back());
 }
@@ -113,7 +112,7 @@ void band(benchmark::State& state) {
   for (auto _ : state) benchmark::DoNotOptimize(results().bands(3, {0, times}).mean.back());
 }
 
-// The largest memory of this process and of a helper that has answered each kind of question, in megabytes.
+// The peak memory of this process and of a helper that has answered each kind of question, in megabytes.
 double memory_to_look_at(const fs::path& name) {
   {
     const results_file looked_at(name);

@@ -26,7 +26,7 @@ static_assert(reaches * reach_length == segments_of_basin);
 enum : std::size_t { ammonium, nitrate, cbod, oxygen, systems };
 enum : std::uint32_t { demand_isc = 2, settling_isc = 4, temperature_isc = 1 };
 
-double noise(std::size_t a, std::size_t b) { // 0 to 1, the same at each call
+double noise(std::size_t a, std::size_t b) { // 0 to 1, the same in each call
   std::uint64_t x = a * 0x9e3779b97f4a7c15u + b * 0xc2b2ae3d27d4eb4fu + 1;
   x ^= x >> 31;
   x *= 0xbf58476d1ce4e5b9u;
@@ -67,7 +67,7 @@ public:
       make_loads(basin);
       make_boundaries(basin);
     }
-    data_.find_boundaries(); // those that are left: headwaters and sea of each system
+    data_.find_boundaries(); // the remaining ones: headwaters and sea of each system
     for (std::size_t system = 0; system < systems; ++system)
       for (std::size_t i = 0; i < data_.systems[system].boundaries.size(); ++i)
         if (data_.systems[system].boundaries[i].points.size() == 2)
@@ -90,7 +90,7 @@ private:
     data_.description = "River basins";
   }
 
-  // A point for each hour, around `middle` and never below 0.
+  // A point per hour, around `middle` and never below 0.
   point_list hourly(double middle, double spread, std::size_t number) {
     point_list points = point_list::uninitialized(*arena_, hours_of_year);
     moment_value_pair_type* point = points.edit_data();
@@ -128,7 +128,7 @@ private:
     }
   }
 
-  // Each headwater's water takes the whole way to the sea.
+  // Each headwater's water flows all the way to the sea.
   void make_flows(std::size_t basin) {
     auto& functions = data_.flow_fields.edit(0).functions;
     for (std::size_t headwater = 0; headwater < headwaters; ++headwater) {
@@ -170,7 +170,7 @@ private:
     functions.push_back(std::move(mixing));
   }
 
-  // Three towns with hourly loads, and a small constant one at each headwater.
+  // Three towns with hourly loads, and a small constant load at each headwater.
   void make_loads(std::size_t basin) {
     const auto add = [&](std::size_t system, std::size_t r, std::size_t at, point_list points) {
       loads_data_type load;
@@ -195,9 +195,9 @@ private:
 
   prevesk_dataset_data_type data_;
   const std::size_t basins_;
-  memory_arena* arena_; // of the hourly series, as the reader of data files leaves them
+  memory_arena* arena_; // of the hourly series, as in the data file reader
   const moment_type first_moment_ = moment_type::from_date_time(first_day);
-  std::vector<double> wave_; // of a year and its days
+  std::vector<double> wave_; // over the year and over each day
   std::size_t next_series_ = 1;
 };
 

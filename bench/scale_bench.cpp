@@ -1,11 +1,10 @@
-// How time and memory of the whole program grow with the model: river basins of 1e3, 1e4, 1e5 and 1e6 segments, with a
-// hundredth as many series of hourly values for a year, are written, opened, copied, checked, saved and run for a day.
+// How time and memory of the whole program grow with the model: river basins of 1e3, 1e4, 1e5 and 1e6 segments, with
+// one hourly series over a year per hundred segments, are written, opened, copied, checked, saved and run for a day.
 //
 // Each size has two processes, one that writes the file and one that works on it as the programs do, through the
 // application object; `vesk-run` then runs it once more from the command line. The peak of a stage is the most memory
-// that the process has held from the stage's begin to its end, all that was there before included. Each size is
-// measured three times, of which the fastest counts, and the highest peak. The figures stay in scale.csv, for
-// scale_plot.py.
+// held by the process from the stage's start to its end, including everything allocated before. Each size is measured
+// three times; the fastest time and the highest peak count. The figures are kept in scale.csv, for scale_plot.py.
 #include "app/main_form.h"
 #include "dataset/vki_file.h"
 #include "engine/stack_thread.h"
@@ -32,7 +31,7 @@ namespace {
 using std::chrono::steady_clock;
 namespace fs = std::filesystem;
 
-constexpr double days = 1; // that are simulated
+constexpr double days = 1; // of simulation
 
 fs::path folder;
 fs::path figures() {
@@ -62,7 +61,7 @@ double processor_seconds() {
   return processor_seconds(used);
 }
 
-// Of this process, in MB: "VmHWM" is its peak, "VmRSS" what it holds now.
+// Of this process, in MB: "VmHWM" is its peak, "VmRSS" its current memory.
 double memory(const std::string& what) {
   std::ifstream status("/proc/self/status");
   for (std::string line; std::getline(status, line);)
@@ -70,7 +69,7 @@ double memory(const std::string& what) {
   throw std::runtime_error("no " + what + " in /proc/self/status");
 }
 
-// Appends a line to the figures: seconds on the wall and of the processor, MB.
+// Appends a line to the figures: wall and processor seconds, MB.
 void note(std::size_t segments, const std::string& stage, double wall, double processor, double peak) {
   std::FILE* file = std::fopen(figures().c_str(), "a");
   if (!file) throw std::runtime_error(figures().string() + ": cannot be written");
@@ -80,7 +79,7 @@ void note(std::size_t segments, const std::string& stage, double wall, double pr
   std::fflush(stdout);
 }
 
-// One stage: its begin sets the peak of the memory back.
+// One stage: resets the memory peak at its start.
 class stage {
 public:
   explicit stage(std::size_t segments) : segments_(segments) { begin(); }
@@ -102,7 +101,7 @@ private:
   double processor_ = 0;
 };
 
-// A user who tells when the engine begins and ends its steps.
+// A user who records when the engine's steps start and end.
 class scale_interface final : public noting_interface {
 public:
   stage* now = nullptr;
@@ -136,7 +135,7 @@ void write(std::size_t segments) {
   now.end("write");
 }
 
-// Serves the job that goes until it has ended, as the programs do.
+// Serves the running job until it has ended, as the programs do.
 void serve(TPreveskMainForm& form) {
   constexpr auto tick = std::chrono::milliseconds(TPreveskMainForm::ui_update_interval);
   check(form.active_thread != nullptr, "no job was started");
@@ -166,7 +165,7 @@ void work(std::size_t segments) {
   now.end("copy: snapshot", copies);
   for (int i = 0; i < copies; ++i) {
     const prevesk_dataset_data_type copy = *form.current_data_set;
-    check(copy.segments.shares_with(form.current_data_set->segments), "a copy takes memory of its own");
+    check(copy.segments.shares_with(form.current_data_set->segments), "a copy does not share memory");
   }
   now.end("copy: for a run", copies);
   form.current_data_set->segments.edit(segments / 2).volume *= 2;
@@ -196,14 +195,15 @@ void work(std::size_t segments) {
   ui.now = nullptr;
   std::printf("          %s\n", ui.finished.c_str());
 
-  while (live_thread_count() > 0) wait_and_synchronize(std::chrono::milliseconds(1)); // the run's copy has gone, too
+  // The run's copy has been freed, too.
+  while (live_thread_count() > 0) wait_and_synchronize(std::chrono::milliseconds(1));
   now = stage(segments);
   form.backup_data_set.reset();
   form.current_data_set.reset();
   now.end("close");
 }
 
-// Runs a program to its end. Returns its seconds on the wall; `used` is what the system says of it.
+// Runs a program to its end. Returns its wall time in seconds; `used` gets the system's figures.
 double run(const std::vector<std::string>& arguments, rusage& used) {
   std::vector<char*> words;
   for (const std::string& argument : arguments) words.push_back(const_cast<char*>(argument.c_str()));
@@ -270,7 +270,7 @@ std::string memory_text(double megabytes) {
   return with_unit(megabytes, "MB");
 }
 
-// The figures as two Markdown tables: time on the wall, and peaks of memory.
+// The figures as two Markdown tables: wall time, and peaks of memory.
 void print_tables() {
   struct measured {
     double wall = std::numeric_limits<double>::infinity(), peak = 0;
@@ -345,6 +345,6 @@ int main(int argc, char** argv) {
   } catch (const std::exception& error) {
     std::fprintf(stderr, "scale_bench: %s\n", error.what());
     std::fflush(nullptr);
-    std::_Exit(1); // a job may still be at work
+    std::_Exit(1); // a job may still be running
   }
 }

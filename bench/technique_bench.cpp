@@ -1,5 +1,5 @@
-// Beside the best case, which is an explicit Euler step with steady flows: what a step costs with flows that change in
-// each step, by the other techniques, and with oxygen kinetics.
+// Compared with the best case, an explicit Euler step with steady flows: the cost of a step with flows that change in
+// each step, with the other techniques, and with oxygen kinetics.
 #include "chain.h"
 #include "ratio_table.h"
 
@@ -15,7 +15,8 @@ namespace {
 using namespace reference_engine;
 
 constexpr std::size_t segments = 100'000, carried = 5;
-constexpr double step_days = 0.001, line_days = 1e4; // steps are so short that a benchmark never reaches the line's end
+// Steps so short that a benchmark never reaches the end of the line.
+constexpr double step_days = 0.001, line_days = 1e4;
 
 void steps(benchmark::State& state, Technique technique, chain_forcing forcing) {
   chain it(segments, carried, technique);
@@ -24,7 +25,7 @@ void steps(benchmark::State& state, Technique technique, chain_forcing forcing) 
   for (auto _ : state) it.step(step_days);
 }
 
-// 20 steps of a tenth of a day: from a state that is far from what the kinetics tend to.
+// 20 steps of a tenth of a day, from a state far from the equilibrium of the kinetics.
 enum class bdf_flow { steady, linear, jumping };
 void bdf_run(benchmark::State& state, bdf_flow flow) {
   constexpr int count = 20;
@@ -50,12 +51,12 @@ void oxygen_steps(benchmark::State& state) {
   for (auto _ : state) it.step(step_days);
 }
 
-// The same arithmetic as one would write it down: transport and oxygen kinetics of a segment at a time, from one array
-// into another, coefficients worked out before.
+// A straightforward implementation: transport and oxygen kinetics one segment at a time, from one array into another,
+// with coefficients computed beforehand.
 struct plain_oxygen {
   enum { ammonium, nitrate, cbod, oxygen, systems };
   std::vector<double> now, next;          // [segment][system]
-  std::vector<double> keep, lower, upper; // of this step
+  std::vector<double> keep, lower, upper; // for the current step
   double saturation;
 
   explicit plain_oxygen(double saturated) : next(segments * systems), saturation(saturated) {

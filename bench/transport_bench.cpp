@@ -1,6 +1,6 @@
 // One explicit step of transport along a chain of segments with dispersion, for five systems: the bundled engine's
-// Euler step against Boost.odeint's on the same right-hand side, which is written as one would write it for odeint: a
-// pass over the segments, all systems of a segment together, coefficients worked out before.
+// Euler step against Boost.odeint's on the same right-hand side, written in the usual way for odeint: a pass over the
+// segments, all systems of a segment together, coefficients computed beforehand.
 #include "chain.h"
 #include "ratio_table.h"
 
@@ -20,7 +20,7 @@ constexpr std::size_t systems = 5;
 constexpr double step_days = 0.001;
 constexpr double flow = chain_flow, dispersion = chain_dispersion;
 
-// The engine's side, ready for steps.
+// The engine's side, ready for the first step.
 struct engine_side : chain {
   explicit engine_side(std::size_t segments) : chain(segments, systems, Technique::explicit_euler) {}
   void step() { chain::step(step_days); }

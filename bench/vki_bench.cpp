@@ -1,5 +1,5 @@
-// Reading a data file against `cat` of it and against reading its fields one by one; writing it against `cp` and
-// `sync`. The file is made first, beside the program: 300 MB, or as --megabytes=N says.
+// Reading a data file against `cat` and against reading it field by field; writing it against `cp` and `sync`. The file
+// is created first, next to the program: 300 MB, or --megabytes=N.
 #include "bulk_series_data.h"
 #include "dataset/vki_file.h"
 #include "field_by_field_reader.h"
@@ -37,7 +37,7 @@ double processor_seconds(int who) {
 
 constexpr const char* processor_time = "seconds of processor";
 
-// Times `work`, wall and processor, the latter of this process or of the children that it has waited for.
+// Times `work`, wall and processor, the latter of this process or of its waited-for children.
 template <class Work>
 void measure(benchmark::State& state, int who, Work work) {
   double processor = 0;
@@ -84,7 +84,7 @@ void write_project(benchmark::State& state) {
   measure(state, RUSAGE_SELF, [&] { save_data_file(output(), data); });
 }
 
-// Nine parts of ten are hourly series, the rest segments with 30 parameters and 20 systems.
+// Nine tenths are hourly series, the rest segments with 30 parameters and 20 systems.
 void make_input(std::size_t megabytes) {
   const std::size_t series = std::max<std::size_t>(20, megabytes * 1'000'000 * 9 / 10 / (8784 * 16) / 20 * 20);
   prevesk_dataset_data_type data = make_series({"", series, 8784, 8784, 0, 0});

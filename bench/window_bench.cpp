@@ -1,6 +1,6 @@
-// The window: from the start of the process to the first paint of its content, against an empty window of the toolkit;
-// the longest time that its event loop does not answer while 100,000 segments are run, against 50 ms; and a large grid
-// and chart on the screen, against a frame of 60 Hz. It needs a display.
+// The window: from the start of the process to the first paint of its content, against an empty Qt window; the longest
+// time without response of the event loop during a run of 100,000 segments, against 50 ms; and a large grid and chart
+// on the screen, against a frame of 60 Hz. Requires a display.
 #include "long_river.h"
 #include "ratio_table.h"
 #include "ui/program.h"
@@ -31,7 +31,7 @@ double seconds(steady_clock::duration time) {
   return std::chrono::duration<double>(time).count();
 }
 
-// Ends the process at the first paint of a widget, and tells the moment.
+// Ends the process at the first paint of a widget, and reports the time.
 class first_paint final : public QObject {
 public:
   bool eventFilter(QObject*, QEvent* event) override {
@@ -49,10 +49,10 @@ std::filesystem::path settings() {
   return folder / "window_bench.ini";
 }
 
-// The two children: what is measured is the same up to what they show.
+// The two child processes, which differ only in their windows.
 [[noreturn]] void show_program(QApplication& application) {
   prepare_application(application);
-  program whole(application, {{}, settings(), 0}); // the splash has its five seconds, which are not counted
+  program whole(application, {{}, settings(), 0}); // the splash's five seconds are not counted
   first_paint watch;
   whole.window().findChild<QWidget*>("InfoPanel")->installEventFilter(&watch);
   whole.run();
@@ -183,5 +183,5 @@ int main(int argc, char** argv) {
                                        "stall/vesk" + end, "stall/limit" + end, ratio_row::at_most, 1, "wall"}});
   std::filesystem::remove(settings());
   std::fflush(nullptr);
-  std::_Exit(status); // threads may still be at their end
+  std::_Exit(status); // threads may still be ending
 }

@@ -25,7 +25,7 @@ void time(benchmark::State& state, const std::function<void()>& work) {
   state.SetIterationTime(std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
 }
 
-// An editor with its window, which has been painted.
+// An editor and its window, painted.
 template <class Form>
 struct shown_editor {
   explicit shown_editor(editing_host& host) : form(host) {

@@ -3,7 +3,7 @@
 
 namespace vesk::bench {
 
-// Registers the benchmarks. They need the one QApplication.
+// Registers the benchmarks. They use the one QApplication.
 void add_editor_benchmarks();
 
 } // namespace vesk::bench

@@ -130,7 +130,7 @@ void redraw_chart(benchmark::State& state) {
   for (auto _ : state)
     time(state, [&] {
       view.bounds_changed();
-      QApplication::processEvents(); // where it is drawn
+      QApplication::processEvents(); // paints here
     });
 }
 

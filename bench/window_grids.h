@@ -5,7 +5,7 @@
 
 namespace vesk::bench {
 
-// Each registers its benchmarks. They need the one QApplication.
+// Each registers its benchmarks. They use the one QApplication.
 void add_grid_benchmarks();  // a million rows of 30 columns
 void add_chart_benchmarks(); // a series of a million points
 
