@@ -1,6 +1,6 @@
-# Sourced by the recipes that are shell scripts. Sets here (this folder), bin (of the programs), python, and makes the
-# Python package known. The programs are in VESK_BIN, else in build/release/bin, else on the search path. Sets out, where
-# the recipes write: build/many_runs; installed, many_runs in the current folder.
+# Sourced by the shell recipes. Sets here (this folder), python, and out, the output folder: build/many_runs; if
+# installed, many_runs in the current folder. Adds the Python package and the programs to the search paths; the programs
+# are in VESK_BIN, else in build/release/bin, else already on the PATH.
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 root=$(cd "$here/../.." && pwd)
 [ ! -d "$root/python" ] || export PYTHONPATH=$root/python${PYTHONPATH:+:$PYTHONPATH}

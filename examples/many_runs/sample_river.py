@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""The sample river for these recipes: its data file in a folder, with the points of its series in it.
+"""Makes the sample river's data file for these recipes, including the points of its series.
 
     sample_river.py FOLDER [WATER YEAR]      prints the name of the data file
 """
@@ -19,7 +19,7 @@ if "VESK_BIN" not in os.environ and (ROOT / "build/release/bin/vesk-run").exists
 
 
 def prepare(folder, water_year=2012):
-    """The data file, made where it is missing; the tables that its queries read come to lie beside it."""
+    """Returns the data file; makes it if it is missing, with the tables for its queries beside it."""
     from vesk.programs import program
 
     file = pathlib.Path(folder).absolute() / ("roanoke.vki" if water_year == 2012 else f"roanoke_{water_year}.vki")

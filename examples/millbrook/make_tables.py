@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 """Makes the tables of the user guide's tutorial "A river from nothing": millbrook.xlsx and millbrook.sqlite.
 
-    examples/millbrook/make_tables.py [FOLDER]      this folder unless told otherwise
+    examples/millbrook/make_tables.py [FOLDER]      default: this folder
 
-The river is invented. The same input gives the same bytes, so that the files can be compared.
+The river is invented. The same input gives the same bytes, so that files can be compared.
 """
 import datetime
 import pathlib
@@ -34,7 +34,7 @@ SAMPLES = [  # site, substance, {day: g/m3}
     ("mill bridge", "ammonium", {0: 0.1, 3: 0.15, 6: 0.2, 10: 0.1}),
 ]
 
-DATE_STYLE = 1  # of a cell; 0 is the plain one
+DATE_STYLE = 1  # style index of date cells; 0 is the default style
 CONTENT_TYPES = (
     '<Types xmlns="http://schemas.openxmlformats.org/package/2006/content-types">'
     '<Default Extension="rels" ContentType="application/vnd.openxmlformats-package.relationships+xml"/>'

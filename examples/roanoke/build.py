@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 """Builds the sample data file: the Roanoke River from Roanoke Rapids to near Oak City over one water year.
 
-Reads the measured series in data/ and the tables in river/, and hands the result as JSON to `vki load`. The measured
-series get a stored query, too, and the files that the queries read are put beside the data file, as is the list of
-measured series that the results are compared with.
+Reads the measured series in data/ and the tables in river/, and passes the result as JSON to `vki load`. The measured
+series also get stored queries; the files they read, and the list of measured series to compare the results with, are
+copied next to the data file.
 """
 import argparse
 import collections
@@ -28,12 +28,12 @@ OXYGEN_MODEL = 1
 EXPLICIT_EULER = 1
 IN_CSV_FILES = (21, 22, 23, 24, 25, 2, 5)  # output variables: the systems, saturation, flow, temperature
 IN_NETCDF_ALONE = (26, 27, 1, 3, 4, 6)  # deficit, reaeration, volume, velocity, depth, residence time
-LARGEST_STEP = 0.1  # days; the engine shortens it to what is stable
+LARGEST_STEP = 0.1  # days; the engine shortens it to a stable step
 DISPERSION = 20.0  # m2/s, see README.md
 SPIN_UP = datetime.timedelta(days=16)
 
-# Where a run reads the series anew: a file beside the data file, its table where it has several, the fields of a
-# point's moment and value, and what stands in other fields of the rows that are meant.
+# Sources of the series that each run reads: the file, relative to the data file; the table, if the file has several;
+# the fields with time and value; and conditions on other fields.
 Source = collections.namedtuple("Source", "file table moment value rows")
 SOURCES = {
     "release": Source("data/release.dbf", "", "MOMENT", "FLOW_M3_S", {}),
@@ -48,7 +48,7 @@ SOURCES = {
 
 
 class Sample:
-    """The parts of the data set for one water year; each method makes one of them."""
+    """The data set for one water year; each method makes one part of it."""
 
     def __init__(self, water_year):
         self.water_year = water_year
@@ -66,7 +66,7 @@ class Sample:
         self.kinetics = tables.numbers("river/kinetics.csv")
 
     def cut(self, values):
-        """A daily series cut to the run and a day on each side."""
+        """A daily series, cut to the run plus a day on each side."""
         day = datetime.timedelta(days=1)
         return {date: value for date, value in values.items() if self.start - day <= date <= self.end + day}
 
@@ -92,7 +92,7 @@ class Sample:
         return {**function, "query": self.query("release")}
 
     def tributary_flow(self):
-        """Runoff of the whole area; each segment passes on the shares that have joined so far."""
+        """Runoff of the whole area; each segment passes on the shares of all upstream tributaries."""
         areas = {i: sum(row["area_km2"] for row in rows) for i, rows in self.tributaries.items()}
         total = sum(areas.values())
         runoff = tables.monthly("runoff")
@@ -170,7 +170,8 @@ class Sample:
     # Systems.
 
     def boundary(self, system, segment):
-        """Tributaries where they join, the release at the top; the last segment lets go only, its values do nothing."""
+        """Tributaries where they join, the release at the top; the last segment only has outflow, so its values do not
+        matter."""
         joins = segment in self.tributaries
         if segment == self.last:
             return {"points": self.constant(0.0), "segment": segment}
@@ -187,7 +188,7 @@ class Sample:
         return records.series({self.start: value, self.end: value})
 
     def loads(self, system):
-        """Plants that discharge into one segment make one load: a segment has no more than one in each system."""
+        """Plants that discharge into the same segment share a load: a segment has at most one per system."""
         if system == OXYGEN:
             return []
         found = []
@@ -214,7 +215,7 @@ class Sample:
         start, end = ((date - records.DATE_ZERO).days for date in (self.start, self.end))
         return {
             "print_intervals": {"points": [records.point(self.start, 1.0)]},
-            "time_steps": {"points": self.constant(LARGEST_STEP)},  # the last one ends the period of the queries
+            "time_steps": {"points": self.constant(LARGEST_STEP)},  # the last point ends the period of the queries
             "segments": [self.segment(segment) for segment in self.segments],
             "time_functions": self.time_functions(),
             "constant_groups": [self.constant_group()],
@@ -241,14 +242,14 @@ class Sample:
 
 
 def put_measured_beside(output, water_year):
-    """What the results are compared with: daily means near Oak City, without the spin-up before the water year."""
+    """The series to compare the results with: daily means near Oak City, without the spin-up before the water year."""
     river = network.segments()
     compared = {
         "name": "Dissolved oxygen near Oak City",
         "variable": "DO",
         "segment": river[network.position(river, network.GAGE_KM)].name,
         "units": "mg/l",
-        "factor": 1,  # g/m3 by another name
+        "factor": 1,  # mg/l equals g/m3
         "kind": "daily mean",
         "from": f"{water_year - 1}-10-01",
         "query": {
@@ -263,7 +264,7 @@ def put_measured_beside(output, water_year):
 
 
 def put_tables_beside(output):
-    """The queries name their files as seen from the data file's folder."""
+    """Copies the tables: the queries name them relative to the data file's folder."""
     for name in {source.file for source in SOURCES.values()}:
         table, copy = tables.HERE / name, output.resolve().parent / name
         if copy != table:
@@ -276,7 +277,7 @@ def main():
     parser.add_argument("vki", help="the data file tool")
     parser.add_argument("output", help="the data file to write")
     parser.add_argument("--water-year", type=int, default=2012, choices=range(2012, 2016), metavar="2012..2015")
-    parser.add_argument("--json", help="keep the JSON here, too")
+    parser.add_argument("--json", help="also write the JSON to this file")
     arguments = parser.parse_args()
 
     text = json.dumps(Sample(arguments.water_year).data(), indent=1)

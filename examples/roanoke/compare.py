@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""Holds modelled dissolved oxygen against the daily means measured near Oak City, and against three simple guesses.
+"""Compares modelled dissolved oxygen, and three simple guesses, with the daily means measured near Oak City.
 
-Prints a table by month and the scores of the whole water year, and writes both to a CSV file. The scores are those of
-vesk-results.
+Prints a table by month and the scores of the whole water year, and writes both to a CSV file. vesk-results computes the
+scores.
 """
 import argparse
 import csv
@@ -19,12 +19,12 @@ import tables
 MODEL = "model"
 SATURATION = "saturation at the measured temperature"
 SHARE = "the best fixed share of saturation"
-WHOLE = "all"  # as vesk-results calls it
+WHOLE = "all"  # the name in vesk-results
 
 
 def guesses(water_year):
-    """What one can say without a model, {name: {date: g/m3}}. The second knows the year's measurements: it is hard to
-    beat. A third one, the measured mean of each month, is a guess of vesk-results."""
+    """Estimates without a model, {name: {date: g/m3}}. The second is fitted to the year's measurements and so hard to
+    beat. vesk-results adds a third, the measured mean of each month."""
     temperature = tables.daily("data/oak_city_daily.csv", "temperature_degC")
     measured = tables.daily("data/oak_city_daily.csv", "oxygen_mg_l")
     first, last = datetime.date(water_year - 1, 10, 1), datetime.date(water_year, 9, 30)
@@ -35,7 +35,7 @@ def guesses(water_year):
 
 
 def write_guesses(series, file_name):
-    """A column for each guess, at noon, the middle of the day."""
+    """Writes a column for each guess, with times at noon, the middle of the day."""
     with open(file_name, "w", newline="", encoding="utf-8") as file:
         writer = csv.writer(file)
         writer.writerow(["time", *series])
@@ -84,7 +84,7 @@ def write_table(rows, file_name):
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("program", help="vesk-results")
-    parser.add_argument("results", help="the run's NetCDF file; the measured series are beside it")
+    parser.add_argument("results", help="the run's NetCDF file, with the list of measured series beside it")
     parser.add_argument("table", help="the CSV file to write")
     parser.add_argument("--water-year", type=int, default=2012)
     arguments = parser.parse_args()

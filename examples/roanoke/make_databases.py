@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Makes the tables of data/ that are no text, out of those that are: series in the units of the model, at noon.
+"""Makes the database files in data/ from the text tables: series in the units of the model, at noon.
 
-    examples/roanoke/make_databases.py [FOLDER]      data/ unless told otherwise
+    examples/roanoke/make_databases.py [FOLDER]      default: data/
 """
 import datetime
 import pathlib
@@ -18,9 +18,9 @@ NOON = 12 * 3600 * 1000  # ms
 
 
 def write_dbf(path, rows):
-    """A table of moments and doubles as Visual FoxPro keeps it; rows: [(date, m3/s)]."""
+    """Writes a Visual FoxPro table of date-times and doubles; rows: [(date, m3/s)]."""
     fields = ((b"MOMENT", b"T", 8), (b"FLOW_M3_S", b"B", 8))
-    header_size = 32 + 32 * len(fields) + 1 + 263  # and the place for the name of a database
+    header_size = 32 + 32 * len(fields) + 1 + 263  # 263: room for the name of a database
     record_size = 1 + sum(size for _, _, size in fields)
     newest = max(date for date, _ in rows)
     table = struct.pack("<4BIHH20x", VISUAL_FOXPRO, newest.year % 100, newest.month, newest.day, len(rows), header_size,

@@ -15,7 +15,7 @@ class Segment:
     width: float  # m
     slope: float
     roughness: float  # Manning's n
-    sediment_demand: float  # share of the constant in river/constants.csv
+    sediment_demand: float  # factor on the parameter in river/kinetics.csv
 
     @property
     def length(self):  # m
@@ -53,5 +53,5 @@ def segments():
 
 
 def position(river, km):
-    """Zero-based position of the segment that a river kilometre lies in; a border belongs to the segment above it."""
+    """Zero-based position of the segment that contains a river kilometre; a boundary belongs to the upstream segment."""
     return next(i for i, segment in enumerate(river) if segment.from_km > km >= segment.to_km)

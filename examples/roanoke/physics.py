@@ -1,4 +1,4 @@
-"""The few formulas that turn measured and assumed values into model input."""
+"""Formulas that convert measured and assumed values to model input."""
 import math
 
 CUBIC_FOOT = 0.3048**3  # m3

@@ -1,4 +1,4 @@
-"""Records of a data file in the JSON that `vki load` reads; members left out take their defaults."""
+"""Records of a data file as JSON for `vki load`; omitted members take their defaults."""
 import datetime
 
 DAY_ZERO = datetime.date(1600, 1, 1)  # of the dates in series
@@ -7,7 +7,7 @@ OUTSIDE = -1
 
 
 def point(date, value, seconds=43200):
-    """One point of a series; without a time it lies at noon, the middle of the day that a daily mean stands for."""
+    """One point of a series; the default time is noon, the middle of the day of a daily mean."""
     return [(date - DAY_ZERO).days, seconds, value]
 
 
@@ -17,11 +17,11 @@ def series(values):
 
 
 def query(name, source):
-    """A stored query that is executed at each run; source: a Source of build.py."""
+    """A stored query that is executed before each run; source: a Source of build.py."""
     return {
         "name": name,
         "file_name": source.file,
-        "table_name": source.table or source.file,  # a file that is one table has its own name, as in the window
+        "table_name": source.table or source.file,  # as in the dialog, the table of a single-table file has the file's name
         "date_time_field": source.moment,
         "value_field": source.value,
         "conditions": [{"field_name": field, "value_text": text} for field, text in source.rows.items()],
@@ -64,7 +64,7 @@ def exchange_fields(functions):
 
 
 def outside_contacts(data):
-    """Segments that a pair joins to the outside: each needs a boundary in every system, and no other segment may
+    """Segments that a pair connects to the outside: each needs a boundary in every system, and no other segment may
     have one."""
     ends = [
         (pair[one], pair[other])

@@ -1,4 +1,4 @@
-"""The daily series that enter the model, over all days that were measured: {date: value}."""
+"""The daily input series of the model, for all measured days: {date: value}."""
 import physics
 import tables
 
@@ -14,7 +14,7 @@ def release():
 
 
 def oxygen(water):
-    """g/m3 of a water that is saturated to a monthly share, at the measured temperature; "release" or "swamp"."""
+    """Oxygen in g/m3 as a monthly share of the saturation at the measured temperature; water: "release" or "swamp"."""
     share_at = tables.monthly(f"{water}_share")
     return {
         date: round(share_at(date) * physics.oxygen_saturation(celsius), 3)

@@ -1,4 +1,4 @@
-"""Reads the sample's tables: comma-separated text with a header line, `#` starts a line of comment."""
+"""Reads the sample's tables: comma-separated text with a header line; lines starting with `#` are comments."""
 import csv
 import datetime
 import pathlib
@@ -13,7 +13,7 @@ def rows(name):
 
 
 def numbers(name):
-    """All rows of a table with every field that is a number turned into one."""
+    """All rows of a table, with numeric fields converted to numbers."""
     return [{key: _number(value) for key, value in row.items()} for row in rows(name)]
 
 
@@ -27,7 +27,7 @@ def daily(name, column):
 
 
 def monthly(column):
-    """A column of river/inflows.csv as a function of the date: mid-month values joined by straight lines."""
+    """A column of river/inflows.csv as a function of the date: linear interpolation of mid-month values."""
     values = {int(row["month"]): float(row[column]) for row in rows("river/inflows.csv")}
 
     def at(date):

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Tests of the sample river. The whole run is tested where VESK_BIN names the folder of the programs."""
+"""Tests of the sample river. The complete run is only tested if VESK_BIN is set to the folder of the programs."""
 import csv
 import datetime
 import json
@@ -141,7 +141,7 @@ class WholeRun(unittest.TestCase):
     def test_queries_give_what_the_points_hold(self):
         read = [line for line in self.outcome.stdout.splitlines() if line.endswith(", 382 rows, 382 points")]
         self.assertEqual(len(read), 8, self.outcome.stdout)
-        with tempfile.TemporaryDirectory() as elsewhere:  # where there are no tables to be read
+        with tempfile.TemporaryDirectory() as elsewhere:  # without the tables
             shutil.copy(pathlib.Path(self.folder.name) / "roanoke.vki", elsewhere)
             self.program("roanoke.vki", "-RUN", "--no-queries", folder=elsewhere)
             results = sorted(pathlib.Path(elsewhere).glob("*.csv"))

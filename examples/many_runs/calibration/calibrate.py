@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""Calibrates two constants of the sample river by scipy.optimize.least_squares.
+"""Calibrates two constants of the sample river with scipy.optimize.least_squares.
 
-    calibrate.py [FOLDER] [--twin]      build/many_runs/calibration unless given; --twin: only what needs no measurements
+    calibrate.py [FOLDER] [--twin]      default: build/many_runs/calibration; --twin: only the twin experiment
 
-First with made-up measurements, whose answer is known; then with those near Oak City, and for a year that was not used.
+First with synthetic measurements, where the answer is known; then with those near Oak City, checked in a year not used.
 """
 import argparse
 import csv
@@ -26,7 +26,7 @@ STEP = 1e-2  # of finite differences, relative
 
 @dataclasses.dataclass
 class Problem:
-    """Residuals of a year, modelled less measured, g/m3; runs are counted."""
+    """Residuals of a year, modelled minus measured, g/m3. Counts the runs."""
 
     river: pathlib.Path
     table: list
@@ -36,7 +36,7 @@ class Problem:
     last: tuple = None  # values, modelled
 
     def modelled(self, *points):
-        """A series for each point, the runs side by side."""
+        """A series for each point, from parallel runs."""
         self.runs += len(points)
         cases = vesk.rows(self.river, self.table, points)
         runs = vesk.run_many(cases, output_dir=self.folder, results=OXYGEN, queries=False).in_order()
@@ -65,10 +65,10 @@ class Problem:
 
 
 def measured_at(river, times):
-    """Daily means near Oak City on the days of the times, from the first of October on; nan: none."""
+    """Daily means near Oak City on the days of `times`, from the first of October on; nan: none."""
     with open(river.parent / "data/oak_city_daily.csv", newline="", encoding="utf-8") as file:
         by_day = {row["moment"][:10]: row["oxygen_mg_l"] for row in csv.DictReader(file)}
-    first = f"{times[0].year}-10-01"  # two weeks of spin-up before
+    first = f"{times[0].year}-10-01"  # the run starts with 16 days of spin-up
     days = [f"{time:%Y-%m-%d}" for time in times]
     return numpy.array([float(by_day.get(day) or "nan") if day >= first else numpy.nan for day in days])
 
@@ -84,7 +84,7 @@ def report(result, start, problem, runs_before):
 
 
 def twin(problem):
-    """Measurements made by the model itself: the answer is known."""
+    """Measurements computed by the model itself, so the answer is known."""
     print(f"Twin experiment, truth ({shown(TRUTH)})")
     problem.measured, = problem.modelled(TRUTH)
     found = []
@@ -107,7 +107,7 @@ def scores(problem, values):
 
 
 def real(problems):
-    """Calibrates the first year, and shows what that does to the second."""
+    """Calibrates for the first year, and shows the effect on the second."""
     names = [it.name for it in problems[2012].table]
     start = numpy.array([it.start for it in problems[2012].table])
     for year, problem in problems.items():

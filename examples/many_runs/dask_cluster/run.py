@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""Samples of three constants of the sample river by Dask, on a cluster of two workers on this machine.
+"""Samples of three constants of the sample river, run with Dask on a cluster of two workers on this machine.
 
-    dask_cluster/run.py [FOLDER] [ROWS]      build/many_runs/dask_cluster and 200 unless given
+    dask_cluster/run.py [FOLDER] [ROWS]      default: build/many_runs/dask_cluster and 200
 
-On a real cluster replace LocalCluster by its own, such as dask_jobqueue.SLURMCluster; nothing else changes.
+On a real cluster replace LocalCluster with its class, such as dask_jobqueue.SLURMCluster; nothing else changes.
 """
 import pathlib
 import sys

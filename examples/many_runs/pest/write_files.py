@@ -24,7 +24,7 @@ WIDTH = 23  # of a number in the template: all digits of double precision
 
 
 class Observation:
-    """A measured value, and where the model's is: in the row `line` and the column of the series."""
+    """A measured value, and the row (`line`) and series of the modelled one."""
 
     def __init__(self, name, value, series, line):
         self.name, self.value, self.series, self.line = name, value, series, line
@@ -35,7 +35,7 @@ def moment(text):
 
 
 def observations(model, times):
-    """Measured values at the model's times, of every series of the measured file."""
+    """The measured values at the model's times, for every series of the measured file."""
     line_of = {time: number for number, time in enumerate(times)}
     found = []
     measured = json.loads(model.with_suffix(".measured.json").read_text(encoding="utf-8"))["series"]
@@ -55,13 +55,13 @@ def observations(model, times):
 
 
 def template(table):
-    """runs.csv with a place for each value. Blanks around numbers do not matter to vesk-run."""
+    """runs.csv with a placeholder for each value. vesk-run ignores blanks around numbers."""
     places = ",".join(MARK + it.name.ljust(WIDTH - 2) + MARK for it in table)
     return f"ptf {MARK}\nid," + ",".join(it.name for it in table) + f"\nrun,{places}\n"
 
 
 def instructions(found):
-    """How the values are read from the table of series: lines down, then past as many commas as the series' number."""
+    """Instructions for reading the table of series: move down lines, then past one comma per column."""
     lines, at = [f"pif {MARK}"], -2  # two lines down, past the header, is row 0
     for number in sorted({it.line for it in found}):
         words = [f"l{number - at}"]
@@ -76,7 +76,7 @@ def instructions(found):
 
 
 def control(table, found, command, output):
-    """A control file for parameter estimation. Limits are those of the table; see the manual of PEST for the rest."""
+    """A control file for parameter estimation, with the table's limits; for the rest see the PEST manual."""
     def number(value, other):
         return f"{other if value is None else value:.10g}"
 
