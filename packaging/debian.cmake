@@ -8,7 +8,7 @@ set(cli_package vesk-cli)
 set(gui_package vesk)
 set(python_package python3-vesk)
 
-# What only a package has: licence and changelogs in a folder of its own. Left out of `cmake --install`.
+# Licence and changelogs, in a separate folder per package. Left out of `cmake --install`.
 gzipped(changelog ${PROJECT_SOURCE_DIR}/CHANGELOG.md)
 foreach(component IN LISTS packages)
   set(VESK_PACKAGE ${${component}_package})
@@ -43,16 +43,16 @@ set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # else it becomes the first line of both descriptions
-set(about "Vesk models what happens to the water of a river, lake or estuary over
-time. The water body is cut into segments; flows, exchanges, loads,
-boundaries, constants and time functions say what goes on in them, and an
-engine, a shared library of its own, computes the concentrations.")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # otherwise it becomes the first line of both descriptions
+set(about "Vesk models the water quality of a river, lake or estuary over time.
+The water body is divided into segments; flows, exchanges, loads,
+boundaries, constants and time functions describe what happens in them, and
+an engine, a separate shared library, computes the concentrations.")
 set(CPACK_DEBIAN_CLI_PACKAGE_NAME ${cli_package})
 set(CPACK_DEBIAN_CLI_DESCRIPTION "water-quality models of surface water, without a display
 ${about}
 .
-This package has the console runner vesk-run, the data file tool vki, the
+This package contains the console runner vesk-run, the data file tool vki, the
 results tool vesk-results, the bundled engine, the model catalogue, a sample
 river and the header for engines of other authors.")
 set(CPACK_DEBIAN_CLI_PACKAGE_RECOMMENDS python3)
@@ -61,7 +61,8 @@ set(CPACK_DEBIAN_GUI_PACKAGE_NAME ${gui_package})
 set(CPACK_DEBIAN_GUI_DESCRIPTION "water-quality models of surface water, desktop program
 ${about}
 .
-This package has the window in which models are built, run and looked at.")
+This package contains the desktop program for building and running models
+and viewing their results.")
 set(CPACK_DEBIAN_GUI_PACKAGE_RECOMMENDS "graphviz, qt6-wayland, xdg-utils")
 set(CPACK_COMPONENT_GUI_DEPENDS cli)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME ${python_package})
