@@ -29,15 +29,15 @@ public:
   std::function<bool(TRegularTimesForm&)> on_regular_times;
   std::function<bool(TSelectSegmentsForm&)> on_select_segments;
   std::function<bool(TCopySeriesForm&)> on_copy_series;
-  std::function<void()> on_box;                          // once, while a box is open
-  std::function<bool(TImportTimeSeriesForm&)> on_import; // what is done in it; whether it closes by OK
+  std::function<void()> on_box;                          // called once, while a box is open
+  std::function<bool(TImportTimeSeriesForm&)> on_import; // works in it; returns whether it closes with OK
   bool running = false;                                  // as if a restart file is being loaded
   std::filesystem::path folder;                          // of the data file
-  std::optional<std::string> file;                       // chosen in file dialogs
-  std::string file_filter;                               // of the last one
+  std::optional<std::string> file;                       // answer to file dialogs
+  std::string file_filter;                               // of the last file dialog
   bool replaced_while_asking = false;                    // the data set, while a file dialog is open
   box_answer answer = box_answer::ok;                    // to boxes
-  std::function<void()> in_long_work;                    // what happens during it
+  std::function<void()> in_long_work;                    // called during it
   bool cancels_long_work = false;                        // at once
   std::function<void()> in_reading;                      // called often by work that reads a table
   form* open = nullptr;                                  // notified of replacements
@@ -101,7 +101,7 @@ public:
     if (!cancels_long_work) work(progress);
     return !cancels_long_work;
   }
-  // A job's end, or the like.
+  // For example at the end of a job.
   void replace_data(const prevesk_dataset_data_type& next) {
     data = next;
     ++generation_;
@@ -125,7 +125,7 @@ public:
   std::string clipboard_text() override { return clipboard; }
   void set_clipboard_text(const std::string& text) override { clipboard = text; }
 
-  // What the end of a job does after it has put its data set in place.
+  // What a job's end does after replacing the data set.
   void replace_data_set() {
     ++generation_;
     if (open) open->data_set_replaced();

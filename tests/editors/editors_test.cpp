@@ -88,7 +88,7 @@ TEST_F(Editors, ASeriesIsTypedSortedAndChecked) {
   EXPECT_EQ(table.tool_tip(0, 2), "In days. \"30 s\", \"5 min\", \"6 h\" and \"1 d\" are accepted as well.");
 
   table.set_active(1, 0);
-  EXPECT_TRUE(table.extend_on_down(move_command::down)); // at the seed, so first after its edit
+  EXPECT_TRUE(table.extend_on_down(move_command::down)); // at the seed, so it sorts first after the edit
   EXPECT_TRUE(table.enter(2, 2, "6 h"));
   EXPECT_EQ(print(table), "10/01/2012|00:00|1.0000\n10/01/2012|00:00|0.2500\n10/06/2012|00:00|0.2500\n");
   EXPECT_EQ(table.tool_tip(1, 0), "Another row has the same date and time.");
@@ -217,7 +217,7 @@ TEST_F(Editors, TheFirstTimeStepsFillEmptySeries) {
   table.extend_on_down(move_command::down);
   table.enter(1, 0, "10/11/2012");
   EXPECT_TRUE(form.FormCloseQuery(true));
-  EXPECT_TRUE(host.data.print_intervals.points.empty()); // there were rows at the opening
+  EXPECT_TRUE(host.data.print_intervals.points.empty()); // there were rows on opening
   host.data.time_steps.points.clear();
   form.FormShow();
   host.clipboard = "2012-10-01\t0:00\t1\n2012-10-11\t0:00\t1\n";
@@ -247,10 +247,10 @@ TEST_F(Editors, TimeFunctionsShowTheSeriesOfTheActiveRow) {
   EXPECT_FALSE(form.FormCloseQuery(true));
   EXPECT_THAT(host.boxes, ElementsAre("Cannot accept data: Detected duplicate moment in time function for\r\nGale"));
   list.set_active(0, 0);
-  form.go_to_next_mark(); // leads to what OK refused
+  form.go_to_next_mark(); // goes to the entry that OK refused
   EXPECT_EQ(list.active_row(), 1U);
   EXPECT_EQ(list.tool_tip(1, 1), "Two of its points have the same date and time.");
-  list.enter(1, 1, "no"); // unused functions are not looked at
+  list.enter(1, 1, "no"); // unused functions are not checked
   EXPECT_TRUE(form.FormCloseQuery(true));
   host.data.time_functions.clear();
   form.data_set_replaced();
@@ -259,7 +259,7 @@ TEST_F(Editors, TimeFunctionsShowTheSeriesOfTheActiveRow) {
   form.InsertRowButtonClick(*form.panels()[1]); // nothing to insert into
 }
 
-// Only cells typed into one series become one step.
+// Only consecutive cells typed into the same series become one step.
 TEST_F(Editors, StepsThatMayMerge) {
   const auto key = [this] { return host.merge_keys.empty() ? "" : host.merge_keys.back(); };
   const time_function_data_type light = host.data.time_functions[0];
@@ -319,15 +319,15 @@ TEST_F(Editors, TheNextMarkIsLookedForInAllGrids) {
   list.click(1, 1); // no longer used
   form.go_to_next_mark();
   EXPECT_EQ(detail.active_row(), 1U);
-  form.FormShow(); // the series begins at its first row
+  form.FormShow(); // the series starts at its first row
   EXPECT_EQ(detail.active_row(), 0U);
   form.go_to_next_mark();
-  form.go_to_next_mark(); // round and back
+  form.go_to_next_mark(); // wraps around
   EXPECT_EQ(detail.active_row(), 1U);
   EXPECT_EQ(form.message(), "");
 }
 
-// Texts and positions that a file may hold although nobody can type them.
+// Texts and positions that a file may contain although nobody can type them.
 TEST_F(Editors, StoredValuesSurviveCopyAndPaste) {
   host.data.time_functions.edit(1).description = "W\xF6rth \"north\""; // Windows-1252
   host.data.time_functions.edit(1).interpolation_type = 2;
@@ -389,7 +389,7 @@ TEST_F(Editors, ConstantsAreShownByGroup) {
   EXPECT_EQ(form.status(*form.panels()[0]), "The model has none of these.");
 }
 
-// Every cell of every editor is read, changed and put back by undo; nothing else moves.
+// Reads and changes every cell of every editor, then undoes the change; nothing else changes.
 TEST_F(Editors, EveryCellTakesAnEntryAndGivesItBack) {
   TPrintIntervalForm print_interval(host);
   TTimeStepForm time_step(host);

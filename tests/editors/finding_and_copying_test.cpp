@@ -1,4 +1,4 @@
-// What helps to get through large lists of series: finding names, copying, exporting, and noticing newer sources.
+// Tools for large lists of series: finding names, copying, exporting, and detecting newer sources.
 #include "charts/csv_text.h"
 #include "editors/boundary_form.h"
 #include "editors/loads_form.h"
@@ -63,7 +63,7 @@ TEST_F(Finding, GoesToTheRowOfAGridWhereverTheFocusIs) {
   EXPECT_EQ(form.panels()[1]->table.active_row(), 1U);
   EXPECT_EQ(view.went_to, nullptr); // the page of the parameters shows that row, too
   EXPECT_FALSE(table.enter(1, 1, "no number"));
-  form.find_next(nullptr, "weldon"); // first the entry
+  form.find_next(nullptr, "weldon"); // the refused entry comes first
   EXPECT_EQ(table.active_row(), 1U);
   EXPECT_EQ(view.went_to, form.panels()[0].get());
   form.set_view(nullptr);
@@ -111,7 +111,7 @@ TEST_F(Copying, GivesALoadToSystemsAndSegments) {
   EXPECT_EQ(host.data.systems[0].loads[0].points, points);
   EXPECT_EQ(host.data.systems[0].loads[0].interpolation_type, interpolation_linear);
   const prevesk_dataset_data_type before = host.data;
-  host.on_copy_series = [&](TCopySeriesForm& dialog) { // a job ends under it
+  host.on_copy_series = [&](TCopySeriesForm& dialog) { // a job ends meanwhile
     dialog.SegmentCheckListBox.assign(3, true);
     host.replace_data_set();
     dialog.data_set_replaced();
@@ -174,7 +174,7 @@ TEST_F(Exporting, WritesExactValuesAndNoFormulas) {
   EXPECT_THAT(host.boxes.back(), StartsWith("Export: Cannot "));
 }
 
-// A data file of ten o'clock, its table, and a load that the table fills.
+// A data file written at ten o'clock, its table, and a load filled from the table.
 struct NewerSource : Sources {
   NewerSource() {
     write_table("1");
@@ -216,14 +216,14 @@ TEST_F(NewerSource, IsNotedUntilTheSeriesIsRefreshed) {
   form.select(editor_tree::node{0, 0});
   EXPECT_EQ(note(), "");
   EXPECT_FALSE(form.item_mark(0, 0));
-  write_table("6");      // now
-  EXPECT_EQ(note(), ""); // looked up once for each showing
+  write_table("6");      // at the current time
+  EXPECT_EQ(note(), ""); // looked up once per showing
   shown(form);
   form.select(editor_tree::node{0, 0});
   EXPECT_EQ(note(), "gauges.csv has changed since this series was filled from it.");
   EXPECT_TRUE(form.item_mark(0, 0));
   EXPECT_EQ(form.item_tip(0, 0), "Segment 1\n" + note());
-  EXPECT_FALSE(form.item_mark(0, 1)); // without a query
+  EXPECT_FALSE(form.item_mark(0, 1)); // has no query
 
   form.refresh_from_source(series);
   EXPECT_EQ(form.message(), "Refreshed: gauges.csv, 2 rows, 2 points.");
@@ -243,13 +243,13 @@ TEST_F(NewerSource, IsNotedUntilTheSeriesIsRefreshed) {
   EXPECT_EQ(form.message(), "Refreshed: gauges.csv, 2 rows, 2 points. The points are the same as before.");
   EXPECT_EQ(note(), "");
   host.undo();
-  EXPECT_EQ(value(1), 0); // that was no step
+  EXPECT_EQ(value(1), 0); // this was not a step
   EXPECT_NE(note(), "");
   stored().query.edit().deferred = true; // is read before each run anyway
   EXPECT_EQ(note(), "");
 }
 
-// It has added its points before, when the series was filled.
+// The query has added its points before, when the series was filled.
 TEST_F(NewerSource, ByAQueryThatAddsPointsReplacesThoseThatItFinds) {
   stored().query.edit().replace_existing = false;
   stored().points = {{{150700, 0}, 1}, {{150754, 0}, 2}, {{150800, 0}, 3}};

@@ -38,7 +38,7 @@ protected:
 
   stored_series& series() { return host.data.print_intervals; }
 
-  // Opens the dialog, works in it, and closes it by OK where `work` returns true.
+  // Opens the dialog, works in it, and closes it with OK if `work` returns true.
   void in_dialog(std::function<bool(TImportTimeSeriesForm&)> work) {
     host.open = &host.import_form();
     host.on_import = std::move(work);
@@ -158,7 +158,7 @@ TEST_F(Import, OkStoresTheQueryOnlyAndNothingWithoutAChange) {
   const auto before = host.data;
   in_dialog([&](TImportTimeSeriesForm& dialog) {
     EXPECT_EQ(dialog.date_time_field(), std::nullopt); // the table lacks it, and the query keeps it
-    EXPECT_EQ(dialog.value_field(), 2U);               // as if chosen: there was none
+    EXPECT_EQ(dialog.value_field(), 2U);               // preselected, since the query had none
     dialog.ResetAllButtonClick();
     EXPECT_EQ(dialog.stored(), fresh);
     return false;
@@ -214,7 +214,7 @@ TEST_F(Import, ConditionsAreEditedInTheirTable) {
     dialog.InsertButtonClick();
     EXPECT_EQ(table.text(0, 1) + table.text(0, 2) + table.text(0, 3), "Date_Time=");
     EXPECT_EQ(dialog.sql(), "");
-    EXPECT_FALSE(table.is_editable(0, 0)); // the first row has nothing to be linked to
+    EXPECT_FALSE(table.is_editable(0, 0)); // the first row cannot be linked to a previous one
     EXPECT_TRUE(table.enter(0, 1, "Site"));
     EXPECT_FALSE(table.enter(0, 3, "C"));
     table.give_up_refused();
@@ -236,7 +236,7 @@ TEST_F(Import, ConditionsAreEditedInTheirTable) {
   EXPECT_EQ(read_back(), "2:2 ");
 }
 
-// A value that the list does not show is looked for in the table.
+// A value outside the list is looked up in the table.
 TEST_F(Import, ValuesBeyondTheListCanBeTyped) {
   std::string text = "Day,Flow\n";
   for (int i = 1; i <= 12'000; ++i) text += std::to_string(i + 41'000) + "," + std::to_string(i) + "\n";
@@ -260,7 +260,7 @@ TEST_F(Import, ValuesBeyondTheListCanBeTyped) {
   });
 }
 
-// Rows may have been looked at long before they are imported.
+// The rows may have been viewed long before they are imported.
 TEST_F(Import, TheSeriesIsAsNewAsTheLastReadingOfItsSource) {
   host.data.origin.file = folder.path / "river.vki";
   host.data.origin.identity.changed_seconds = 1'700'000'000;
@@ -278,7 +278,7 @@ TEST_F(Import, TheSeriesIsAsNewAsTheLastReadingOfItsSource) {
   host.in_reading = nullptr;
   EXPECT_EQ(read_back(), "1:8 ");
   EXPECT_GT(series().filled.nanoseconds, looked_at.nanoseconds);
-  EXPECT_LE(series().filled.nanoseconds, read.nanoseconds); // what is written from here on may be missing
+  EXPECT_LE(series().filled.nanoseconds, read.nanoseconds); // anything written later may be missing
   EXPECT_EQ(editor.source_note(*editor.panels()[0]), "");
   folder.write("gauges.csv", "Date_Time,Result\n2012-10-02,9\n");
   std::filesystem::last_write_time(folder.path / "gauges.csv",
@@ -287,7 +287,7 @@ TEST_F(Import, TheSeriesIsAsNewAsTheLastReadingOfItsSource) {
   EXPECT_EQ(editor.source_note(*editor.panels()[0]), "gauges.csv has changed since this series was filled from it.");
   host.forget_steps();
   in_dialog([&](TImportTimeSeriesForm& dialog) {
-    folder.write("gauges.csv", "Date_Time,Result\n2012-10-02,8\n"); // written again, with what it had
+    folder.write("gauges.csv", "Date_Time,Result\n2012-10-02,8\n"); // rewritten with the same content
     return dialog.ImportButtonClick();
   });
   EXPECT_EQ(host.undo_label(), "");
@@ -314,14 +314,14 @@ TEST_F(Import, AJobThatEndsUnderTheDialogTakesNothingWithIt) {
   TImportTimeSeriesForm& dialog = host.import_form();
   dialog.begin({series_kind::time_function, 0, 0}, "Time Functions");
   host.open = &dialog;
-  host.replace_data(of_job); // which has no time function
+  host.replace_data(of_job); // it has no time function
   EXPECT_THAT(dialog.message(), HasSubstr("Only Cancel is possible."));
   EXPECT_FALSE(dialog.ImportButtonClick());
   EXPECT_FALSE(dialog.FormCloseQuery(true));
   EXPECT_TRUE(dialog.FormCloseQuery(false));
 }
 
-// The points of another series must not be overwritten, whatever has come to this one's position.
+// The points of another series at the same position must not be overwritten.
 TEST_F(Import, AfterAJobTheSeriesIsFilledWhereverItNowIs) {
   host.data.flow_fields.resize(1);
   host.data.flow_fields.edit(0).description = "Surface";
@@ -346,14 +346,15 @@ TEST_F(Import, AfterAJobTheSeriesIsFilledWhereverItNowIs) {
   EXPECT_TRUE(functions()[2].points.empty());
 
   host.replace_data(before);
-  dialog.begin({series_kind::flow_function, 0, 1}, "Flows"); // of two that have the same name
+  dialog.begin({series_kind::flow_function, 0, 1}, "Flows"); // two have the same name
   functions().erase(0, 1);
   host.replace_data(prevesk_dataset_data_type(host.data));
   EXPECT_THAT(dialog.message(), HasSubstr("this series is no longer in it. Only Cancel is possible."));
   EXPECT_FALSE(dialog.ImportButtonClick() || dialog.FormCloseQuery(true));
 }
 
-// Drill down narrows a list that is read, and reads none. What a cancelled reading leaves changed is not denied.
+// Drill down narrows a list that is read, but does not read one. After a cancelled read the message does not claim that
+// nothing was changed.
 TEST_F(Import, ListsAreReadForTheirOwnRowAlone) {
   set_query_trace_folder(folder.path);
   in_dialog([&](TImportTimeSeriesForm& dialog) {
@@ -391,7 +392,7 @@ TEST_F(Import, ListsAreReadForTheirOwnRowAlone) {
   });
 }
 
-// The query would run with the old value while the table shows the new one.
+// Otherwise the query would run with the old value while the table shows the new one.
 TEST_F(Import, ARefusedConditionHoldsUpEveryCommandButCancel) {
   in_dialog([&](TImportTimeSeriesForm& dialog) {
     browse(dialog, "gauges.csv");

@@ -8,7 +8,7 @@
 
 namespace vesk {
 
-// Three segments, two parameters, two systems, the model's catalogue, a run of ten days.
+// Three segments, two parameters, two systems, the model's catalogue, a ten-day run.
 struct NetworkForms : testing::Test {
   NetworkForms() {
     model_catalogue catalogue;

@@ -66,16 +66,16 @@ TEST_F(Segments, CombosShowPositionsAndKeepWhatTheyDoNotKnow) {
   EXPECT_TRUE(table.enter(0, type, "bed"));
   EXPECT_EQ(host.data.segments[0].segment_type, 9U);
   EXPECT_EQ(table.text(1, bottom), "None");
-  EXPECT_EQ(table.text(2, bottom), "3: Oak City"); // pulled
+  EXPECT_EQ(table.text(2, bottom), "3: Oak City"); // set to the last segment
   EXPECT_EQ(form.message(), "References past the last segment now refer to it: 1 bottom reference.");
   for (const auto& [entry, reference] : std::vector<std::pair<const char*, int>>{
            {"3: oak city", 2}, {"halifax", 1}, {"1", 0}, {"0", -1}, {"2: Halifax", 1}, {"none", -1}}) {
     EXPECT_TRUE(table.enter(1, bottom, entry)) << entry;
     EXPECT_EQ(host.data.segments[1].bottom_segment, reference) << entry;
   }
-  EXPECT_TRUE(table.enter(2, 0, "Halifax")); // now two have the name
+  EXPECT_TRUE(table.enter(2, 0, "Halifax")); // now two have this name
   EXPECT_FALSE(table.enter(1, bottom, "halifax"));
-  host.data.model_type = 99; // not in the catalogue: it has no types to choose from
+  host.data.model_type = 99; // not in the catalogue: no types to choose from
   shown(form);
   EXPECT_EQ(table.content().columns()[type].type.items->size(), 0U);
   EXPECT_EQ(table.text(0, type), "");
@@ -84,7 +84,7 @@ TEST_F(Segments, CombosShowPositionsAndKeepWhatTheyDoNotKnow) {
   EXPECT_EQ(host.data.segments[0].segment_type, 9U);
 }
 
-// A name may be Windows-1252, and its letters of any script.
+// A name may be in Windows-1252, and contain any script.
 TEST_F(Segments, NamesOfAllScriptsAreFoundAndShown) {
   host.data.segments.edit(0).name = "M\xfchle";
   host.data.segments.edit(1).name = "Мост";
@@ -119,7 +119,7 @@ TEST_F(Segments, ParametersGoBackToTheCataloguesDefault) {
   EXPECT_FALSE(form.panels()[2]->table.has_default());
 }
 
-// The items of the bottom segments are the rows that the paste itself makes and names.
+// The paste itself creates and names the items of the bottom segments.
 TEST_F(Segments, PastedBottomsAreAmongTheRowsThatCome) {
   host.data.segments.edit(0).bottom_segment = 2;
   host.data.segments.edit(2).bottom_segment = 0;
@@ -154,8 +154,9 @@ TEST_F(Segments, PastedBottomsAreAmongTheRowsThatCome) {
   EXPECT_THAT(host.boxes.back(), HasSubstr("Line 1, column 8: \"5: Mud\" is not in the list. Nothing was pasted."));
 
   select_all();
-  EXPECT_EQ(paste(line("Mill", "4") + line("Lock", "0")).size(), 6U); // would name a row that goes
-  EXPECT_THAT(paste(line("Mill", "lock") + line("Lock", "None") + "Bed\n"), ElementsAre(1, -1, 2)); // was 3: pulled
+  EXPECT_EQ(paste(line("Mill", "4") + line("Lock", "0")).size(), 6U); // would refer to a deleted row
+  // Was 3: set to the last segment.
+  EXPECT_THAT(paste(line("Mill", "lock") + line("Lock", "None") + "Bed\n"), ElementsAre(1, -1, 2));
   EXPECT_EQ(form.message(), "Pasted: 3 rows. 1 bottom reference now names another segment.");
 }
 
@@ -177,7 +178,7 @@ TEST_F(Segments, SaysWhatNamesAnotherSegmentAndRenumbers) {
   EXPECT_EQ(form.message(), "1 pair now names another segment.");
   host.clipboard = "A\nB\nC\n";
   table.set_active(0, 0);
-  form.PasteButtonClick(*form.panels()[0]); // as many as there are
+  form.PasteButtonClick(*form.panels()[0]); // the same number of rows
   EXPECT_EQ(form.message(), "Pasted: 3 rows.");
   for (int step = 0; step < 3; ++step) host.undo();
   table.set_active(1, 0);
@@ -218,7 +219,7 @@ TEST_F(ExchangesFlows, FourGridsFollowEachOther) {
   form.InsertRowButtonClick(functions);
   EXPECT_EQ(print(functions.table), "Flow Function|Linear\n");
   EXPECT_EQ(print(series.table), "10/01/2012|00:00|0\n10/11/2012|00:00|0\n");
-  EXPECT_TRUE(functions.table.extend_on_down(move_command::down)); // comes without points
+  EXPECT_TRUE(functions.table.extend_on_down(move_command::down)); // added without points
   EXPECT_TRUE(series.table.is_shown_as_empty());
   EXPECT_TRUE(functions.table.enter(1, 0, "Bypass"));
   const std::string field = host.data.flow_fields[0].description.str();
@@ -246,7 +247,7 @@ TEST_F(ExchangesFlows, FourGridsFollowEachOther) {
   EXPECT_TRUE(functions.table.is_shown_as_empty());
 }
 
-// Undo, a job's end and a refused entry leave the user where he is; another opening or field begins anew.
+// Undo, a job's end and a refused entry keep the user's position; another opening or field resets it.
 TEST_F(ExchangesFlows, KeepTheFunctionInView) {
   auto& fields_of_data = host.data.flow_fields;
   fields_of_data.edit(0).description = "";
@@ -289,7 +290,7 @@ TEST_F(ExchangesFlows, KeepTheFunctionInView) {
   functions.set_active(1, 0);
   pairs.set_active(2, 0);
   pairs.set_selection(cell_range{1, 0, 2, 2});
-  form.DeleteRowButtonClick(function_panel); // the next one takes its place
+  form.DeleteRowButtonClick(function_panel); // the next one moves up
   EXPECT_EQ(pairs.active_row(), 0U);
   EXPECT_EQ(pairs.selection(), (cell_range{0, 0, 0, 0}));
   form.find_next(form.panels()[2].get(), "flow 0");
@@ -299,7 +300,7 @@ TEST_F(ExchangesFlows, KeepTheFunctionInView) {
   EXPECT_EQ(functions.active_row(), 0U);
 
   form.panels()[2]->table.OnBeginChange("Edit");
-  form.panels()[2]->table.OnEndChange(false); // a failure, no job
+  form.panels()[2]->table.OnEndChange(false); // a failure, not a job
   EXPECT_EQ(form.message(), "");
   host.data.flow_fields.clear();
   shown(form);
@@ -382,7 +383,7 @@ TEST_F(Trees, LoadsAreAddedAndRemovedThroughMenusAndQuestions) {
   EXPECT_EQ(form.item_count(1), 1U);
 }
 
-// The list that a job has renewed is the one that counts.
+// The list refreshed by a job applies.
 TEST_F(Trees, AJobThatEndsUnderTheSelectionOfSegmentsLosesNothing) {
   TLoadsForm form(host);
   shown(form);
@@ -461,7 +462,7 @@ TEST_F(Trees, BoundariesNameTheirSegmentAlsoWhenThereIsNone) {
   EXPECT_EQ(form.status(*form.panels()[0]), "No boundaries: give a pair in Exchanges or Flows a side \"Boundary\".");
 }
 
-// What the window of the network asks of the editor that is open.
+// Requests from the network window to the open editor.
 TEST_F(ExchangesFlows, GoToTheRowsOfASegmentOneAfterTheOther) {
   flow_function_data_type main, side;
   main.pairs = {{1, no_segment, 0}, {1, 0, 1}, {1, 1, no_segment}};

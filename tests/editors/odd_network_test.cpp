@@ -1,4 +1,4 @@
-// The editors of the network on data that no editor would have made, or that a user makes by mistake.
+// The network editors on data that no editor creates, or that users create by mistake.
 #include "dataset/network.h"
 #include "editors/boundary_form.h"
 #include "editors/exchanges_flows_form.h"
@@ -44,7 +44,7 @@ struct OddNetwork : NetworkForms {
     for (const loads_data_type& load : host.data.systems[system].loads) segments.push_back(load.segment);
     return segments;
   }
-  // What the pasting of pairs says, or the pairs as they are then.
+  // The message of pasting pairs, or else the resulting pairs.
   std::string pasted(TExchangesFlowsForm& form, const std::string& text) {
     host.boxes.clear();
     host.clipboard = text;
@@ -69,15 +69,15 @@ TEST_F(OddNetwork, PairsOutsideItAreShownMarkedAndKept) {
                                   "Boundary|Boundary|1.0000\n4|2147483648|1.0000\n1: Weldon|3: Oak City|1.0000\n");
     EXPECT_EQ(pairs.tool_tip(exchanges ? 0 : 3, exchanges ? 0 : 1), "There is no segment 2147483648.");
     pairs.set_selection(cell_range{0, 0, pairs.row_limit() - 1, pairs.content().columns().size() - 1});
-    form.CopyButtonClick(*form.panels()[2]); // pasted back, it changes nothing
+    form.CopyButtonClick(*form.panels()[2]); // pasting it back changes nothing
     EXPECT_TRUE(form.FormCloseQuery(true));
     EXPECT_EQ(host.data, before);
     EXPECT_EQ(pasted(form, host.clipboard), print(pairs));
-    EXPECT_THAT(pasted(form, "4\n4\n4\n4\n4\n"), HasSubstr("\"4\" is not in the list")); // an entry it is not
+    EXPECT_THAT(pasted(form, "4\n4\n4\n4\n4\n"), HasSubstr("\"4\" is not in the list")); // it is not a valid entry
     EXPECT_EQ(host.data, before);
     host.data = before;
   }
-  host.data.find_boundaries(); // of segments only: the pair of two outer ends has none
+  host.data.find_boundaries(); // of segments only: a pair with both ends outside has none
   for (const system_data_type& system : host.data.systems) EXPECT_TRUE(system.boundaries.empty());
 }
 
@@ -109,7 +109,7 @@ TEST_F(OddNetwork, PairsArePastedInAnySpellingOrNotAtAll) {
     EXPECT_EQ(print(form.panels()[2]->table), as_it_was) << text;
   }
   host.data.segments.edit(2).name = "halifax";
-  EXPECT_THAT(pasted(form, "Halifax\t1\t1\n"), HasSubstr("Line 1, column 1: ")); // which one?
+  EXPECT_THAT(pasted(form, "Halifax\t1\t1\n"), HasSubstr("Line 1, column 1: ")); // ambiguous
   EXPECT_THAT(pasted(form, "3: HALIFAX\t1\t1\n"), HasSubstr("3: halifax|1: Weldon|1.0000\n"));
 }
 
@@ -176,7 +176,7 @@ TEST_F(OddNetwork, LoadsOutsideItAreNamedByNumberAndCanBeDeleted) {
   form.copy_record({series_kind::load, 0, 1});
   EXPECT_THAT(loaded(1), ElementsAre(0));
 
-  TSegmentForm segments(host); // which now gives the load of number 3 its segment
+  TSegmentForm segments(host); // the load with number 3 now gets a segment
   TFillCalcTable& table = shown(segments);
   table.set_active(2, 0);
   segments.insert_and_renumber_click();
@@ -187,7 +187,7 @@ TEST_F(OddNetwork, LoadsOutsideItAreNamedByNumberAndCanBeDeleted) {
   EXPECT_EQ(verify(host.data), "");
 }
 
-// No segments, one, and none of a model without systems: every command either works or says why it cannot.
+// No segments, one, and a model without systems: every command either works or gives the reason why not.
 TEST_F(OddNetwork, WithoutSegmentsOrSystemsEveryCommandIsHarmless) {
   for (const bool with_systems : {true, false})
     for (const std::size_t count : {0U, 1U}) {

@@ -19,7 +19,7 @@ struct ParametersForm : testing::Test {
     memory_catalogue_store store = small_catalogue();
     host.data = prevesk_dataset_data_type(read_catalogue(store));
     host.data.seed_date = start;
-    host.data.seed_time = 0.12345678; // more than the field shows
+    host.data.seed_time = 0.12345678; // more digits than the field shows
     host.data.end_date = end;
     host.data.end_time = 0;
     host.data.comments = "first\r\nsecond";
@@ -57,7 +57,7 @@ TEST_F(ParametersForm, WritesBackWhatWasEntered) {
   form.StartDateFieldChange();
   EXPECT_EQ(form.HydroSkipDateField.value(), start + 1);
   form.StartTimeFieldChange();
-  EXPECT_EQ(form.HydroSkipTimeField.value(), 0.12345678); // the value, not what is shown
+  EXPECT_EQ(form.HydroSkipTimeField.value(), 0.12345678); // the value, not the text
   form.flow_option = TParametersForm::kinematic_wave;
   form.SolutionTypeComboBox = 1;
   EXPECT_FALSE(form.MaxTimeStepField.enter("10.5"));
@@ -65,7 +65,7 @@ TEST_F(ParametersForm, WritesBackWhatWasEntered) {
   EXPECT_EQ(form.message(), "Largest time step (days): the number has more than 1 digit before the point.");
   EXPECT_TRUE(form.MaxTimeStepField.enter("0.25"));
   EXPECT_FALSE(form.StartTimeField.enter("noon"));
-  EXPECT_TRUE(form.StartTimeField.enter("02:57:47")); // as it was shown
+  EXPECT_TRUE(form.StartTimeField.enter("02:57:47")); // the text shown
   EXPECT_EQ(form.StartTimeField.value(), 0.12345678);
   EXPECT_TRUE(form.FormCloseQuery(true));
   EXPECT_EQ(host.data.description, "Oak City");
@@ -126,7 +126,7 @@ TEST_F(ParametersForm, ALoadedRestartFileKeepsWhatTheUserHasTouched) {
   host.running = false;
   host.data.seed_date = host.data.skip_date = start + 30;
   host.data.skip_time = 0.5;
-  host.data.model_type = 3; // and with it all that belongs to a model
+  host.data.model_type = 3; // changes everything that belongs to a model
   host.data.refresh_from_catalogue(false);
   host.data.flow_option = 4;
   host.data.comments = "from the restart file";
@@ -134,7 +134,7 @@ TEST_F(ParametersForm, ALoadedRestartFileKeepsWhatTheUserHasTouched) {
   form.data_set_replaced();
   EXPECT_EQ(form.StartDateField.text(), "10/31/2012");
   EXPECT_EQ(form.EndDateField.text(), "01/01/2013");
-  EXPECT_EQ(form.HydroSkipTimeField.text(), "06:00"); // follows the start that the user has entered
+  EXPECT_EQ(form.HydroSkipTimeField.text(), "06:00"); // follows the start entered by the user
   EXPECT_EQ(form.message(), "A job has replaced the data set. Your entries were kept.");
   EXPECT_TRUE(form.FormCloseQuery(true));
   EXPECT_EQ(host.data.model_name, model);

@@ -8,7 +8,7 @@
 namespace vesk {
 namespace {
 
-// The sample with names that tell its items apart.
+// The sample with unique item names.
 prevesk_dataset_data_type river() {
   prevesk_dataset_data_type data = sample_data_set();
   data.parameters.edit(1).description = "Reaeration rate";
@@ -48,7 +48,7 @@ TEST(SetValues, ReachNumbersOfEveryKindOfRecord) {
     double result;
   } cases[] = {
       {"constant.31=2", "constant.31", 2},
-      {"constant.{cbod DECAY, 20.5 c}*=2", "constant.32", 2 * 1.024}, // unused: from the default, and then in use
+      {"constant.{cbod DECAY, 20.5 c}*=2", "constant.32", 2 * 1.024}, // unused: from the default, and then used
       {"parameter.11.scale+=0.5", "parameter.11.scale", 1.25},
       {"segment.{reach 2}.volume*=0.5", "segment.1.volume", 1000.5},
       {"segment.1.parameter.{Reaeration rate}=3", "segment.1.parameter.11", 3},
@@ -80,7 +80,7 @@ TEST(SetValues, SeriesAreScaledMovedOrReadFromAFile) {
   prevesk_dataset_data_type data = river();
   set(data, "time_function.1*=10");
   EXPECT_EQ(data.time_functions[0].points[1].value, -10);
-  EXPECT_FALSE(data.time_functions[0].query->deferred); // else the next run would undo it
+  EXPECT_FALSE(data.time_functions[0].query->deferred); // otherwise the next run would undo it
   set(data, "system.21.boundary.0+=1");
   EXPECT_EQ(data.systems[1].boundaries[1].points[0].value, 9);
   EXPECT_EQ(data.systems[1].boundaries[0].points[0].value, 8);

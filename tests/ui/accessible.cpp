@@ -14,7 +14,7 @@ namespace vesk {
 
 namespace {
 
-// The line inside a list or number field speaks with the field's name.
+// The line inside a list or number field is announced by the field's name.
 bool is_part_of_another(const QWidget* control) {
   return qobject_cast<const QLineEdit*>(control) && (qobject_cast<QComboBox*>(control->parentWidget()) ||
                                                      qobject_cast<QAbstractSpinBox*>(control->parentWidget()));

@@ -1,5 +1,5 @@
-// What holds for every window that edits a data set: OK without a change and Cancel after many leave it as it was, and
-// Undo and Redo walk through all of it. Data sets are compared as `vki dump` prints them.
+// For every window that edits a data set: OK without a change, and Cancel after many, leave the data set unchanged;
+// Undo and Redo step through all changes. Data sets are compared by `vki dump`.
 #include "dataset/network.h"
 #include "dataset/series.h"
 #include "dataset/vki_file.h"
@@ -42,8 +42,8 @@ std::string dump(const prevesk_dataset_data_type& data) {
   return text;
 }
 
-// The list of what the settings dialog may change: points of empty series, by OK and Cancel, and four options that it
-// has no controls for, by OK.
+// The changes that the settings dialog may make: points of empty series, by OK and Cancel, and four options that it has
+// no controls for, by OK.
 prevesk_dataset_data_type with_default_points(prevesk_dataset_data_type data) {
   data.give_default_points();
   return data;
@@ -61,7 +61,7 @@ prevesk_dataset_data_type with_mapped_options(prevesk_dataset_data_type data) {
   return data;
 }
 
-// The list of what the others may change: bottom references past the end when the segments are shown, and boundaries by
+// The changes that the others may make: bottom references past the end when the segments are shown, and boundaries by
 // OK of exchanges and flows.
 prevesk_dataset_data_type as_shown(std::string_view command, prevesk_dataset_data_type data) {
   if (command == "SegmentsItem") pull_bottom_references(data);
@@ -74,7 +74,7 @@ prevesk_dataset_data_type as_accepted(std::string_view command, const prevesk_da
   return data;
 }
 
-// Seconds in the times, many digits, names in other scripts, numbers that are none, and options without a control.
+// Seconds in the times, many digits, names in other scripts, NaN, and options without a control.
 void make_odd(prevesk_dataset_data_type& data) {
   data.description = "Рона – ローヌ川 \"x\"\t&<b>";
   data.comments = "first\r\nсмешанные\nends ";
@@ -116,7 +116,7 @@ void make_odd(prevesk_dataset_data_type& data) {
   data.parameters.edit(0).scale = 5e-324;
 }
 
-// A text that the cell takes and that is not the one it has.
+// A text that the cell accepts, different from its current one.
 QString another_entry(const QModelIndex& index) {
   const QString now = index.data(Qt::EditRole).toString();
   const auto kind = static_cast<cell_kind>(index.data(grid_model::cell_kind_role).toInt());
@@ -131,7 +131,7 @@ QString another_entry(const QModelIndex& index) {
   }
 }
 
-// Presses a button, and fails on whatever box that brings up.
+// Presses a button, and fails if a box appears.
 bool press_in_peace(QWidget* dialog, const char* button) {
   QTimer watch;
   QObject::connect(&watch, &QTimer::timeout, [dialog, button] {
@@ -145,7 +145,7 @@ bool press_in_peace(QWidget* dialog, const char* button) {
   return press(dialog, button);
 }
 
-// As by a click: the buttons may act on the grid that has the focus.
+// As by a click: the buttons may act on the focused grid.
 void enter(QWidget* dialog, grid_view& grid) {
   auto* pages = dialog->findChild<QTabWidget*>();
   for (int page = 0; pages && page < pages->count(); ++page)
@@ -155,7 +155,7 @@ void enter(QWidget* dialog, grid_view& grid) {
   grid.setFocus();
 }
 
-constexpr int edited_rows = 3; // of each grid, cell by cell; blocks take them all
+constexpr int edited_rows = 3; // per grid, cell by cell; block operations cover all rows
 
 void edit_cells(grid_view& grid) {
   grid_model& model = grid.model();
@@ -170,7 +170,7 @@ void edit_cells(grid_view& grid) {
     }
 }
 
-// Whether an emptied grid takes all that was copied: not a value that is no number.
+// Whether an emptied grid accepts everything that was copied: NaN is refused.
 bool can_return() {
   return !QApplication::clipboard()->text().contains("NaN");
 }
@@ -189,7 +189,7 @@ void edit_blocks(QWidget* dialog, grid_view& grid) {
   }
   for (int column = 0; column < model.columnCount(); ++column) {
     grid.selectColumn(column);
-    grid.table().calculate_selection("0"); // what takes no such number refuses it
+    grid.table().calculate_selection("0"); // cells that do not accept this number refuse it
   }
 }
 
@@ -201,7 +201,7 @@ void select_first_record(QWidget* dialog) {
 void edit_everything(QWidget* dialog) {
   using tester = QAbstractItemModelTester;
   for (grid_view* grid : dialog->findChildren<grid_view*>())
-    new tester(&grid->model(), tester::FailureReportingMode::Fatal, grid); // watches all that follows
+    new tester(&grid->model(), tester::FailureReportingMode::Fatal, grid); // checks all further changes
   auto* groups = dialog->findChild<QComboBox*>("ConstantGroupComboBox");
   for (int group = 0; group < (groups ? groups->count() : 1); ++group) {
     if (group > 0) QTest::keyClick(groups, Qt::Key_Down);
@@ -236,7 +236,7 @@ int press_while_enabled(QWidget* dialog, const char* name) {
   return times;
 }
 
-class AllWindows : public testing::TestWithParam<bool> { // whether the file is odd
+class AllWindows : public testing::TestWithParam<bool> { // whether the file has unusual content
 protected:
   AllWindows() {
     std::filesystem::copy(std::filesystem::path(SAMPLE).parent_path() / "data", folder.path / "data");
@@ -252,7 +252,7 @@ protected:
     return folder.read("saved.vki");
   }
 
-  // Opens the window, does something in it, and closes it with a button.
+  // Opens the window, does the work in it, and closes it with a button.
   void visit(const char* command, const std::function<void(QWidget*)>& work, const char* button) {
     with_dialog([&] { program.trigger(command); },
                 [&](QWidget* dialog) {
@@ -339,8 +339,8 @@ TEST_P(AllWindows, CancelTakesEverythingBackAndUndoAndRedoWalkThroughAll) {
 INSTANTIATE_TEST_SUITE_P(Files, AllWindows, testing::Bool(),
                          [](const auto& file) { return file.param ? "Odd" : "Sample"; });
 
-// Lists without records, no points, one, equal moments, no numbers, a million points: every window opens, shows what it
-// has, and OK either closes it or says in one sentence why not.
+// Lists without records, no points, one, equal times, no numbers, a million points: every window opens and shows its
+// content, and OK either closes it or gives one sentence why not.
 TEST(Windows, OpenOnDataSetsThatHaveNothing) {
   running_program program;
   program.form().open_file(SAMPLE);
@@ -379,7 +379,7 @@ TEST(Windows, ShowSeriesOfAnySize) {
                 [&](QWidget* dialog) {
                   EXPECT_TRUE(find<QLabel>(dialog, "TheFillCalcTableStatus")->text().startsWith(status))
                       << find<QLabel>(dialog, "TheFillCalcTableStatus")->text().toStdString();
-                  QTest::qWait(50); // the chart is drawn
+                  QTest::qWait(50); // paint the chart
                   if (refusal) {
                     with_dialog([&] { press(dialog, "OK"); },
                                 [&](QWidget* box) {
@@ -403,7 +403,7 @@ TEST(Windows, ShowSeriesOfAnySize) {
   show(million, "1000000 points, ", nullptr);
 }
 
-// What the clipboard may hold. Nothing is written unless all of it can be.
+// Possible clipboard contents. Nothing is written unless everything can be.
 TEST(Windows, PasteTakesAllOrSaysInOneSentenceWhyNot) {
   running_program program;
   program.form().open_file(SAMPLE);
@@ -451,7 +451,7 @@ TEST(Windows, PasteTakesAllOrSaysInOneSentenceWhyNot) {
         EXPECT_TRUE(press(dialog, "Paste"));
         EXPECT_EQ(points.size(), 2U);
         EXPECT_EQ(points[1], (moment_value_pair_type{{151577, 45000}, 0.5}));
-        auto* offered = new QMimeData; // as spreadsheets offer their cells
+        auto* offered = new QMimeData; // the formats that spreadsheets offer
         offered->setHtml("<table><tr><td sdval=\"41183\">10/01/12</td></tr></table>");
         offered->setText("10/01/12\t06:30:00 PM\t0.25\n10/02/12\t12:00:00 AM\t0.5\n");
         clipboard->setMimeData(offered);
@@ -466,7 +466,7 @@ TEST(Windows, AJobMayEndUnderEachOfThem) {
   running_program program;
   program.form().open_file(SAMPLE);
   program.form().current_data_set->give_default_points(); // as the settings dialog does
-  std::string before;                                     // the snapshot, which a job's end renews
+  std::string before;                                     // the snapshot, which a job's end replaces
   const auto end_a_job = [&] {
     with_dialog(
         [&] {
@@ -480,7 +480,7 @@ TEST(Windows, AJobMayEndUnderEachOfThem) {
     with_dialog([&] { program.trigger(command); },
                 [&](QWidget* dialog) {
                   for (grid_view* grid : dialog->findChildren<grid_view*>())
-                    QTest::keyClick(grid, Qt::Key_7); // a cell is open, or the row is blank
+                    QTest::keyClick(grid, Qt::Key_7); // starts editing a cell, unless the row is blank
                   end_a_job();
                   EXPECT_TRUE(dialog->isVisible()) << command;
                   for (grid_view* grid : dialog->findChildren<grid_view*>()) QTest::keyClick(grid, Qt::Key_Down);
@@ -493,7 +493,7 @@ TEST(Windows, AJobMayEndUnderEachOfThem) {
   visit(settings_command);
 }
 
-// A catalogue that goes away, and a job that ends, while a window is open.
+// A catalogue disappears, and a job ends, while a window is open.
 TEST(Windows, OutliveTheCatalogueAndAJob) {
   const temporary_folder folder;
   const std::filesystem::path database = folder.path / "database";
@@ -518,7 +518,7 @@ TEST(Windows, OutliveTheCatalogueAndAJob) {
                 with_dialog([&] { press(dialog, "Fill/Calc"); },
                             [&](QWidget* front) {
                               if (!std::exchange(started, true)) program.form().start_validity_check();
-                              if (front->objectName() == "message_box") press(front, "OK"); // of the job's end
+                              if (front->objectName() == "message_box") press(front, "OK"); // from the job's end
                               if (program.form().active_thread || front->objectName() != "FillCalculateForm")
                                 return false;
                               find<QLineEdit>(front, "FillCalculateEdit")->setText("0.7");
@@ -528,7 +528,7 @@ TEST(Windows, OutliveTheCatalogueAndAJob) {
                 return press(dialog, "OK");
               });
   EXPECT_TRUE(filled);
-  EXPECT_EQ(program.form().current_data_set->time_steps.points[0].value, 0.1); // the cells were another data set's
+  EXPECT_EQ(program.form().current_data_set->time_steps.points[0].value, 0.1); // the cells belonged to another data set
 }
 
 } // namespace

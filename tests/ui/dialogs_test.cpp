@@ -52,13 +52,13 @@ TEST(Dialogs, TheProjectListIsEditedInPlaceAndRefusesBlanks) {
                 EXPECT_EQ(dialog->windowTitle(), "Related project files");
                 auto* table = find<QTableView>(dialog, "ProjectTable");
                 EXPECT_TRUE(press(dialog, "Insert"));
-                QTest::keyClick(table, Qt::Key_G); // begins to edit
+                QTest::keyClick(table, Qt::Key_G); // starts editing
                 auto* editor = table->findChild<QLineEdit*>();
                 EXPECT_TRUE(editor);
                 if (!editor) return true;
                 EXPECT_EQ(editor->text(), "g");
                 QTest::keyClicks(editor, "auges.shp");
-                QTest::keyClick(table, Qt::Key_Down); // out of the last row, in the middle of typing
+                QTest::keyClick(table, Qt::Key_Down); // on the last row, while editing
                 EXPECT_EQ(files.size(), 2U);
                 EXPECT_EQ(files[0].str(), "gauges.shp");
                 expect_accessible(dialog);

@@ -59,7 +59,7 @@ bool press(QWidget* window, const QString& text) {
 }
 
 void take_picture(QWidget* window, const QString& name) {
-  QTest::qWait(50); // what has been asked to be painted is
+  QTest::qWait(50); // paint pending updates
   keep_picture(window, name);
 }
 

@@ -35,7 +35,7 @@ grid_view* grid_of(QWidget* window, const char* name = "TheFillCalcTable") {
   return find<grid_view>(window, name);
 }
 
-// The line that is being typed into; null: none.
+// The line being edited; null: none.
 QLineEdit* open_line(grid_view* grid) {
   for (auto* line : grid->findChildren<QLineEdit*>())
     if (line->isVisible()) return line;
@@ -43,7 +43,7 @@ QLineEdit* open_line(grid_view* grid) {
 }
 
 void type(grid_view* grid, const QString& text) {
-  QTest::keyClick(grid, text[0].toLatin1()); // opens the line
+  QTest::keyClick(grid, text[0].toLatin1()); // starts editing
   QLineEdit* line = open_line(grid);
   ASSERT_TRUE(line);
   QTest::keyClicks(line, text.mid(1));
@@ -64,7 +64,7 @@ void picture_of_each_page(QWidget* window, const QString& name) {
   if (!pages) take_picture(window, name);
 }
 
-// How many labels there are in the lowest rows of a chart's picture.
+// Number of labels in the lowest rows of a chart's image.
 int labels_below(QWidget* chart) {
   constexpr int label_height = 32, widest_gap_in_a_label = 20;
   const QImage image = chart->grab().toImage();
@@ -98,7 +98,7 @@ TEST(Editors, ShowTheSampleAndChangeNothingByOk) {
   EXPECT_EQ(*program.form().current_data_set, before);
 }
 
-// The windows that no command of the menus opens, or that stand over another one.
+// Windows that open only from other windows.
 TEST(Editors, TheOtherWindowsHaveNamesForAllControls) {
   running_program program;
   program.form().open_file(SAMPLE);
@@ -143,7 +143,7 @@ TEST(Editors, TheOtherWindowsHaveNamesForAllControls) {
                 EXPECT_TRUE(refusal.ends_with("chart.txt must end in .png, .svg, .pdf or .csv.")) << refusal;
                 return press(dialog, "Cancel");
               });
-  EXPECT_TRUE(program.window().findChild<QWidget*>("GraphForm")->isVisible()); // it stays
+  EXPECT_TRUE(program.window().findChild<QWidget*>("GraphForm")->isVisible()); // it stays open
 }
 
 TEST(Editors, WithoutContentTheySayWhatIsMissing) {
@@ -189,7 +189,7 @@ TEST(Editors, ARefusedEntryStaysInItsCellWithTheReason) {
                 EXPECT_TRUE(cell.data(Qt::AccessibleDescriptionRole).toString().startsWith("Not accepted: "));
                 grid->table().set_active(3, 0);
                 take_picture(dialog, "refused_entry");
-                EXPECT_TRUE(press(dialog, "OK")); // leads back, without a box
+                EXPECT_TRUE(press(dialog, "OK")); // returns to the entry, without a box
                 EXPECT_TRUE(dialog->isVisible());
                 EXPECT_EQ(grid->currentIndex(), cell);
                 QTest::keyClick(grid, Qt::Key_Escape);
@@ -221,10 +221,10 @@ TEST(Editors, UndoTakesBackTypingFirstThenSteps) {
                 undo(line);
                 EXPECT_EQ(line->text(), "0.3");
                 EXPECT_EQ(value(), "0.3");
-                undo(line); // nothing is typed any more
+                undo(line); // nothing typed is left
                 EXPECT_EQ(value(), "0.15");
                 EXPECT_TRUE(find<QPushButton>(dialog, "RedoButton")->isEnabled());
-                EXPECT_EQ(text_of(dialog, "MessageLabel"), ""); // only a job's end is worth a line
+                EXPECT_EQ(text_of(dialog, "MessageLabel"), ""); // only a job's end sets a message
                 return press(dialog, "OK");
               });
 }
@@ -242,7 +242,7 @@ TEST(Editors, TheSelectedBlockOutlivesAResetOfTheRows) {
                 EXPECT_EQ(grid->table().selection(), values);
                 EXPECT_EQ(grid->selectionModel()->selection().indexes().size(), 2);
                 EXPECT_EQ(grid->currentIndex(), grid->model().index(0, 2));
-                EXPECT_TRUE(press(dialog, "Delete")); // there is no such block any more
+                EXPECT_TRUE(press(dialog, "Delete")); // the block no longer exists
                 EXPECT_EQ(grid->table().selection().rows(), 1U);
                 return press(dialog, "Cancel");
               });
@@ -284,7 +284,7 @@ TEST(Editors, EscapeInAFieldFirstGivesTheEntryUp) {
                 EXPECT_TRUE(dialog->isVisible());
                 EXPECT_EQ(field->text(), before);
                 EXPECT_EQ(text_of(dialog, "MessageLabel"), "");
-                EXPECT_EQ(skip->text(), "01/01/2012"); // moves with another start only
+                EXPECT_EQ(skip->text(), "01/01/2012"); // changes only with the start
                 QTest::keyClick(field, Qt::Key_Escape);
                 return !dialog->isVisible();
               });
@@ -303,7 +303,7 @@ TEST(Editors, AClickInTheChartChoosesTheRowAlsoInUnsortedRows) {
                 grid_view* grid = grid_of(dialog);
                 auto* chart = find<chart_view>(dialog, "TheFillCalcTableChart");
                 QWidget* plot = chart->findChild<QWidget*>();
-                QTest::qWait(50); // the chart is drawn
+                QTest::qWait(50); // paint the chart
                 take_picture(dialog, "unsorted_rows");
                 const auto click_near = [&](int from_x, int to_x, std::size_t row) {
                   for (int x = from_x; x < to_x; x += 6)
@@ -315,7 +315,7 @@ TEST(Editors, AClickInTheChartChoosesTheRowAlsoInUnsortedRows) {
                 };
                 EXPECT_TRUE(click_near(10, 70, 1));
                 EXPECT_TRUE(click_near(plot->width() - 40, plot->width() - 5, 0));
-                QTest::keyClick(grid, Qt::Key_F8); // to the row that is out of order
+                QTest::keyClick(grid, Qt::Key_F8); // to the row with the unsorted date
                 EXPECT_TRUE(grid->model()
                                 .index(static_cast<int>(grid->table().active_row()), 0)
                                 .data(Qt::ToolTipRole)
@@ -332,7 +332,7 @@ TEST(Editors, TheChartBesideAGridIsNotZoomedWhenTheDialogIsOpenedAgain) {
   const auto look = [&](const std::function<void(chart_view*)>& work) {
     with_dialog([&] { program.trigger("TimestepItem"); },
                 [&](QWidget* dialog) {
-                  QTest::qWait(50); // the chart is drawn
+                  QTest::qWait(50); // paint the chart
                   work(find<chart_view>(dialog, "TheFillCalcTableChart"));
                   return press(dialog, "Cancel");
                 });
@@ -363,7 +363,7 @@ TEST(Editors, PagesShareTheActiveRowAndTheButtonsBelow) {
                 grid_view* grid = grid_of(dialog, "SegmentFillCalcTable");
                 grid_view* values = grid_of(dialog, "ParametersFillCalcTable");
                 enter(dialog, grid);
-                QTest::keyClick(grid, Qt::Key_Minus, Qt::ControlModifier); // without a button of its own
+                QTest::keyClick(grid, Qt::Key_Minus, Qt::ControlModifier); // has no button
                 EXPECT_EQ(values->model().rowCount(), segments - 1);
                 EXPECT_TRUE(press(dialog, "Undo"));
                 enter(dialog, grid);
@@ -383,7 +383,7 @@ TEST(Editors, PagesShareTheActiveRowAndTheButtonsBelow) {
                 factor->selectAll();
                 QTest::keyClicks(factor, "two");
                 pages->setCurrentIndex(2);
-                EXPECT_TRUE(press(dialog, "OK")); // leads back to the field
+                EXPECT_TRUE(press(dialog, "OK")); // returns to the field
                 EXPECT_TRUE(dialog->isVisible());
                 EXPECT_EQ(pages->currentIndex(), 0);
                 EXPECT_TRUE(factor->hasFocus());
@@ -432,7 +432,7 @@ TEST(Editors, OneRowOfButtonsActsOnTheGridThatWasEnteredLast) {
   visit("ExchangesItem", [&](QWidget* dialog) {
     EXPECT_EQ(dialog->windowTitle(), "Exchanges");
     EXPECT_EQ(grid_of(dialog, "PairsFillCalcTable")->model().columnCount(), 4);
-    EXPECT_TRUE(find<QLabel>(dialog, "FunctionFillCalcTableLabel")->font().bold()); // as it was left
+    EXPECT_TRUE(find<QLabel>(dialog, "FunctionFillCalcTableLabel")->font().bold()); // as before closing
     EXPECT_TRUE(find<QPushButton>(dialog, "InsertRowButton")->isEnabled());
   });
 }
@@ -480,7 +480,7 @@ TEST(Editors, ASegmentOfFewIsAlsoChosenByItsNumber) {
               });
 }
 
-// A job that was started before, or in the dialog, gives its data set back while windows are open.
+// A job started before, or from the dialog, replaces the data set while windows are open.
 TEST(Editors, AJobMayEndUnderThem) {
   running_program program;
   program.form().open_file(SAMPLE);

@@ -1,4 +1,4 @@
-// What a new user sees: start page, summary, messages of jobs, and the window at any size.
+// The first impressions of a new user: start page, summary, messages of jobs, and windows at any size.
 #include "accessible.h"
 #include "driver.h"
 #include "ui/appearance.h"
@@ -26,7 +26,7 @@ namespace vesk {
 namespace {
 
 QString text_of(QWidget* window, const char* label) {
-  const auto* found = window->findChild<QLabel*>(label); // the rows come with the first data set
+  const auto* found = window->findChild<QLabel*>(label); // the rows are created with the first data set
   return found ? found->text() : QString();
 }
 
@@ -142,7 +142,7 @@ TEST(FirstSight, MessagesAreSavedCopiedAndCleared) {
 TEST(FirstSight, EightThousandLinesOfAnEngineDoNotStopTheWindow) {
   running_program program;
   main_window& window = program.window();
-  const std::clock_t begin = std::clock(); // of the processor: other programs may be at work
+  const std::clock_t begin = std::clock(); // processor time: other programs may be running
   for (int i = 0; i < 8000; ++i) {
     window.add_info_line("Line " + std::to_string(i) + " of an engine that reports every step of its work", icon_plain);
     window.select_last_info_line();
@@ -151,7 +151,7 @@ TEST(FirstSight, EightThousandLinesOfAnEngineDoNotStopTheWindow) {
   QTest::qWait(20);
   const double took = static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC;
   std::printf("8000 lines: %.2f s\n", took);
-  EXPECT_LT(took, 6); // a layout for each line would take minutes
+  EXPECT_LT(took, 6); // a layout per line would take minutes
 }
 
 TEST(FirstSight, DroppedFilesAreOpened) {
@@ -203,7 +203,7 @@ TEST(FirstSight, AStoredPlaceThatTheScreenNoLongerHasIsBroughtBack) {
   }
 }
 
-// In a window of 500 pixels, and in the dark.
+// In a window 500 pixels wide, and in the dark.
 TEST(FirstSight, NothingIsCutWithoutAnEllipsis) {
   running_program program({},
                           "RecentFile1=/a/rather/long/folder/of/somebody/who/likes/long/names/of/folders/river.vki\n");

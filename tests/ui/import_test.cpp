@@ -76,7 +76,7 @@ TEST(LongWork, RunsInAThreadBehindABoxWithCancel) {
   EXPECT_FALSE(done);
 }
 
-// A read from a server that is gone may never return.
+// A read from an unreachable server may never return.
 TEST(LongWork, IsGivenUpWhenItDoesNotNoticeCancel) {
   running_program program;
   user_questions& user = program.window();
@@ -148,7 +148,7 @@ protected:
   running_program program;
 };
 
-// The keyboard alone: a new query on a sheet, with a condition, over all years.
+// With the keyboard alone: a new query on a sheet, with a condition, over all years.
 TEST_F(ImportSeries, FromAWorkbookByKeyboard) {
   const char* const dialog = "ImportTimeSeriesForm";
   typist user;
@@ -175,7 +175,7 @@ TEST_F(ImportSeries, FromAWorkbookByKeyboard) {
   EXPECT_EQ(light().query->table_name, "daily");
 }
 
-// The line below says why, and the focus is where it can be corrected.
+// The line below shows why, and the focus is on the entry to correct.
 TEST_F(ImportSeries, NeverWithAConditionThatShowsARefusedEntry) {
   folder.write("gauges.csv", "DATE_TIME,SITE,RESULT\n2012-10-02,A,1\n2012-10-03,A,2\n");
   const auto in_import = [&](QWidget* window) {
@@ -184,7 +184,7 @@ TEST_F(ImportSeries, NeverWithAConditionThatShowsARefusedEntry) {
     EXPECT_TRUE(press(window, "Insert"));
     auto* conditions = find<QTableView>(window, "ConditionTable");
     EXPECT_TRUE(form().ConditionTable.enter(0, 1, "SITE"));
-    EXPECT_TRUE(wait_for([this] { return form().ConditionTable.enter(0, 3, "A"); })); // once the values are read
+    EXPECT_TRUE(wait_for([this] { return form().ConditionTable.enter(0, 3, "A"); })); // after the values have been read
     EXPECT_FALSE(form().ConditionTable.enter(0, 3, "C"));
     auto* message = find<QLabel>(window, "MessageLabel");
     EXPECT_TRUE(message->text().startsWith("Condition 1: \"C\" is not in the list.")) << message->text().toStdString();
@@ -194,7 +194,7 @@ TEST_F(ImportSeries, NeverWithAConditionThatShowsARefusedEntry) {
     press(window, "Import");
     EXPECT_TRUE(window->isVisible());
     EXPECT_EQ(window->focusWidget(), conditions);
-    EXPECT_EQ(file->text(), "typed.csv"); // waits
+    EXPECT_EQ(file->text(), "typed.csv"); // not applied yet
     file->setModified(false);
     return press(window, "Cancel");
   };
@@ -207,7 +207,7 @@ TEST_F(ImportSeries, NeverWithAConditionThatShowsARefusedEntry) {
   EXPECT_TRUE(same_content(before, *program.form().current_data_set));
 }
 
-// Presses the button, confirms what it asks, and returns what the other boxes say.
+// Presses the button, confirms its question, and returns the texts of the other boxes.
 std::vector<std::string> complaints_after(QWidget* dialog, const char* button) {
   std::vector<std::string> texts;
   QTimer watch;
@@ -230,15 +230,15 @@ void type_file_name(QWidget* dialog, const std::string& name) {
   edit->setModified(true);
 }
 
-// A table that was open in the dialog, and what becomes of it.
+// Changes to a table that is open in the dialog.
 struct spoilt_table {
   const char* table;
   std::function<void(const std::string& file)> spoil;
-  const char* complaint; // a part of it
+  const char* complaint; // part of the message
 };
 
 TEST_F(ImportSeries, FromSpoiltTablesIsRefusedInOneSentence) {
-  sqlite3* other = nullptr; // as of another program
+  sqlite3* other = nullptr; // another program's connection
   const auto lock = [&other](const std::string& file) {
     sqlite3_open(file.c_str(), &other);
     EXPECT_EQ(sqlite3_exec(other, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr), SQLITE_OK);
@@ -284,7 +284,7 @@ TEST_F(ImportSeries, FromSpoiltTablesIsRefusedInOneSentence) {
                                 form().ResetAllButtonClick();
                                 type_file_name(dialog, table);
                                 EXPECT_THAT(complaints_after(dialog, "Delete"),
-                                            IsEmpty()); // which opens the table first
+                                            IsEmpty()); // this opens the table first
                                 form().DateTimeFieldChange(1);
                                 form().ValueFieldChange(2);
                                 spoil(file);
@@ -303,7 +303,7 @@ TEST_F(ImportSeries, FromSpoiltTablesIsRefusedInOneSentence) {
   EXPECT_TRUE(same_content(before, *program.form().current_data_set));
 }
 
-// The longest time in which no event was served is noted with the test's result.
+// The longest time without served events is recorded with the test's result.
 TEST_F(ImportSeries, FromAMillionRows) {
   {
     std::ofstream table(folder.file("million.csv"));
@@ -333,7 +333,7 @@ TEST_F(ImportSeries, FromAMillionRows) {
               EXPECT_THAT(complaints_after(dialog, "Import"), IsEmpty());
               return true;
             });
-        QTest::qWait(100); // the chart is drawn
+        QTest::qWait(100); // paint the chart
         pulse.stop();
         RecordProperty("longest_pause_ms", static_cast<int>(longest));
         EXPECT_EQ(program.form().current_data_set->print_intervals.points.size(), 1'000'000U);
@@ -341,7 +341,7 @@ TEST_F(ImportSeries, FromAMillionRows) {
       });
 }
 
-// The mouse: a series from a database, at the smallest size that the program is made for.
+// With the mouse: a series from a database, at the smallest supported size.
 TEST_F(ImportSeries, FromADatabaseByMouse) {
   const auto choose = [](QWidget* dialog, const char* list, const char* item) {
     auto* box = find<QComboBox>(dialog, list);

@@ -1,4 +1,4 @@
-// A job that ends, in whatever way, while a dialog of the network is open, or a window that it has opened.
+// A job ends, in every possible way, while a dialog of the network, or a window opened from it, is open.
 #include "app/forms.h"
 #include "dataset/network.h"
 #include "dataset/same_content.h"
@@ -25,15 +25,15 @@ namespace {
 
 using work_in = std::function<void(QWidget*)>;
 
-// One of the windows that are open above each other, the editor's first.
+// One of a stack of open windows, starting with the editor.
 struct open_window {
-  const char* name;     // of the object; empty: a question of the toolkit's file dialog
-  work_in work;         // opens the next one, or prepares the last one; may be empty
-  const char* leave;    // a button: the one that goes on if there is one
-  bool is_over = false; // it has closed when the next one comes
+  const char* name;     // object name; empty: a question of Qt's file dialog
+  work_in work;         // opens the next window, or prepares the last one; may be empty
+  const char* leave;    // the button to press: the one that continues, if there is one
+  bool is_over = false; // it has closed before the next one opens
 };
 
-// The job ends under the last window.
+// The job ends while the last window is open.
 struct place {
   const char* name;
   const char* command;
@@ -99,14 +99,14 @@ work_in read_table(const std::string& file, const char* pressed, bool deferred =
   };
 }
 
-// Two points at one date and time.
+// Enters two points with the same date and time.
 void accept_duplicates(QWidget* dialog) {
   TFillCalcTable& table = find<grid_view>(dialog, "TimeFunctionFillCalcTable")->table();
   EXPECT_TRUE(table.enter(1, 0, table.text(0, 0)) && table.enter(1, 1, table.text(0, 1)));
   press(dialog, "OK");
 }
 
-// A number that the sample does not have, wherever the window takes one.
+// Enters a number that the sample does not contain in the first possible cell.
 void edit_a_value(QWidget* dialog) {
   for (grid_view* grid : dialog->findChildren<grid_view*>()) {
     const auto columns = grid->table().content().columns();
@@ -119,7 +119,7 @@ void edit_a_value(QWidget* dialog) {
   ADD_FAILURE() << "nothing to edit";
 }
 
-// What comes of the job, and the file name that makes the engine do so.
+// The outcome of the job, and the file name that makes the engine produce it.
 struct job_end {
   const char* name;
   const char* file;
@@ -230,7 +230,7 @@ void JobEnds::end_job() {
   if (GetParam().cancelled)
     program.form().cancel_job();
   else
-    std::filesystem::remove(job_file); // the engine waits for that
+    std::filesystem::remove(job_file); // the engine waits for its removal
   EXPECT_TRUE(wait_for([this] { return !program.form().active_thread; }));
   QTest::qWait(5);
   result = data();
@@ -277,7 +277,7 @@ void JobEnds::visit(const place& where) {
   EXPECT_FALSE(same_content(before, before_end));
   EXPECT_TRUE(same_content(data(), GetParam().cancelled ? before : result));
   EXPECT_EQ(verify(data()), "");
-  int steps = 0; // Undo brings back what the job has replaced
+  int steps = 0; // Undo restores the data set replaced by the job
   while (!same_content(data(), before_end) && ++steps < 8) program.form().UndoItemClick();
   EXPECT_LT(steps, 8);
 }

@@ -1,4 +1,4 @@
-// Whole pieces of work, done with the keyboard alone.
+// Complete tasks, with the keyboard alone.
 #include "dataset/findings.h"
 #include "dataset/series.h"
 #include "dataset/vki_file.h"
@@ -30,7 +30,7 @@ protected:
     user.in(main_window_name).until([this, file] { return program.form().file_name == file; });
   }
 
-  // Runs the model and keeps what it has written of oxygen.
+  // Runs the model and keeps its oxygen output.
   void run_model() {
     user.in(main_window_name).keys("F5").until([this] { return !program.form().active_thread; }).check([this] {
       EXPECT_EQ(program.form().last_job().failure, "");
@@ -39,7 +39,7 @@ protected:
     });
   }
 
-  // The values of the water temperature by 5 % higher. In front are the time functions, with the first one active.
+  // Raises the water temperature by 5 %. The time functions are open, with the first one active.
   void scale_temperature() {
     user.go_to("TFFillCalcTable").keys("Ctrl+Home").keys("Right", 2).keys("Ctrl+Shift+End").keys("Alt+F");
     user.in("FillCalculateForm").text("x * 1.05").picture("journey_expression").keys("Return");
@@ -101,7 +101,7 @@ TEST_F(Journey, TheWarmerWaterAloneChangesTheResults) {
   EXPECT_FALSE(results[0] == results[1] || results[1] == results[2]);
 }
 
-// A model without segments: the check names its boundaries and nothing else.
+// A model without segments: the check reports its boundaries and nothing else.
 TEST_F(Journey, ANewDataSetIsWhatTheSameValuesAsTextAre) {
   const std::string typed = folder.file("typed.vki"), loaded = folder.file("loaded.vki");
   user.in(main_window_name).keys("Ctrl+N").until([this] { return program.form().current_data_set != nullptr; });
@@ -144,7 +144,7 @@ TEST_F(Journey, ANewDataSetIsWhatTheSameValuesAsTextAre) {
       {"isc": 3, "points": [[150754, 23415, 0], [150764, 23415, 0]]}],
     "constant_groups": [{"constants": [{"isc": 11, "used": true, "value": 0.12345678901234}]}]})");
   EXPECT_EQ(run_program(VKI, {"load", folder.file("same.json"), loaded}).err, "");
-  program.form().open_file(loaded); // takes the model's lists, as the new data set has
+  program.form().open_file(loaded); // adopts the model's lists, as the new data set has
   EXPECT_TRUE(program.form().save());
   EXPECT_EQ(difference(run_program(VKI, {"dump", loaded}).out, run_program(VKI, {"dump", typed}).out), "");
 }

@@ -5,8 +5,8 @@
 #include <csignal>
 #include <cstdlib>
 
-// With arguments DATA FILE and SETTINGS after "--close-in-the-middle" this is the program itself, whose window is
-// closed once a job is under way.
+// With the arguments "--close-in-the-middle" DATA FILE SETTINGS this is the program itself, whose window is closed
+// during a job.
 static void close_in_the_middle(QApplication& application, const std::string& data_file, const std::string& settings) {
   using namespace vesk;
   program whole(application, {{data_file, "-RUN"}, settings, 0});
@@ -19,8 +19,7 @@ static void close_in_the_middle(QApplication& application, const std::string& da
   whole.run();
 }
 
-// With a signal's number and SETTINGS after "--end-by-signal" it is the program, which gets the signal while a box is
-// up.
+// With "--end-by-signal" NUMBER SETTINGS it is the program, which receives the signal while a box is open.
 static void end_by_signal(QApplication& application, int signal, const std::string& settings) {
   using namespace vesk;
   program whole(application, {{}, settings, 0});

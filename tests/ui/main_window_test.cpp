@@ -42,12 +42,12 @@ QStringList info_lines_of(main_window& window) {
 }
 
 TEST(MainWindow, HasEveryCommandOfTheTablesAndEnablesThemAsTheConditionsSay) {
-  running_program program({}, "AdministrationMode=1\n"); // what is hidden is disabled, too
+  running_program program({}, "AdministrationMode=1\n"); // hidden items are disabled, too
   main_window& window = program.window();
   EXPECT_EQ(window.menuBar()->objectName(), "PreveskMainMenu");
   const auto expect_enabled = [&](const command_conditions& now) {
     for (const command_row& row : command_table()) {
-      if (row.name.starts_with("Fenn") || row.name == "PreferencesItem") continue; // went with the short menu
+      if (row.name.starts_with("Fenn") || row.name == "PreferencesItem") continue; // not in the short menu
       const QString name = QString::fromStdString(std::string(row.name));
       if (auto* menu = window.findChild<QMenu*>(name))
         EXPECT_EQ(menu->menuAction()->isEnabled(), is_enabled(row.condition, now)) << row.name;
@@ -89,7 +89,7 @@ TEST(MainWindow, ToolImagesDifferAndSuitBothAppearances) {
   QApplication::setPalette(light);
 }
 
-// The whole way of a run, as a user goes it.
+// A complete run, as a user would do it.
 TEST(MainWindow, OpensRunsSlowsStopsResumesAndCancels) {
   const temporary_folder folder;
   const std::string file = folder.file("long.vki");
@@ -134,7 +134,7 @@ TEST(MainWindow, OpensRunsSlowsStopsResumesAndCancels) {
   take_picture(&window, "slow");
   QTest::keyClick(priority, Qt::Key_Home);
   EXPECT_EQ(program.form().active_thread->priority_position, 0);
-  QTest::qWait(1200); // the worker has come to its gate, and the timer has shown its last word
+  QTest::qWait(1200); // the worker has reached its gate, and the timer has shown its last message
   EXPECT_FALSE(moves(1500));
   take_picture(&window, "stopped");
   QTest::keyClick(priority, Qt::Key_PageUp);
@@ -142,7 +142,7 @@ TEST(MainWindow, OpensRunsSlowsStopsResumesAndCancels) {
   EXPECT_EQ(program.form().active_thread->priority_position, 3);
   EXPECT_TRUE(moves(3000));
 
-  program.trigger("NewItem"); // a data set that cannot be run; the job goes on and can be cancelled
+  program.trigger("NewItem"); // a data set that cannot be run; the job continues and can be cancelled
   EXPECT_TRUE(run_button->isEnabled());
   auto* cancel = find<QPushButton>(&window, "CancelButton");
   EXPECT_TRUE(cancel->isVisible() && cancel->isEnabled());
@@ -214,7 +214,7 @@ TEST(MainWindow, MessagesStayInSightUnlessTheUserLooksAtOlderOnes) {
   };
   add(200);
   EXPECT_TRUE(at_end());
-  window.show_results_grid(true); // takes half of the list's place
+  window.show_results_grid(true); // takes half of the list's space
   add(1);
   EXPECT_TRUE(at_end());
   window.add_info_line(std::string(1000, 'w'), icon_plain);
@@ -223,7 +223,7 @@ TEST(MainWindow, MessagesStayInSightUnlessTheUserLooksAtOlderOnes) {
   EXPECT_GT(list->horizontalScrollBar()->value(), 0);
   add(1);
   EXPECT_TRUE(at_end());
-  EXPECT_EQ(list->horizontalScrollBar()->value(), 0); // short lines are to the left
+  EXPECT_EQ(list->horizontalScrollBar()->value(), 0); // short lines start at the left
   QTest::keyClick(list, Qt::Key_Home);
   add(1);
   EXPECT_FALSE(at_end());
@@ -293,7 +293,8 @@ TEST(MainWindow, SaveAsCutsNothingOffANameAndAsksAboutTheFileThatItWillWrite) {
                   if (typed) return question(dialog);
                   find<QLineEdit>(dialog, "fileNameEdit")->setText(QString::fromStdString(folder.file(name)));
                   typed =
-                      QMetaObject::invokeMethod(dialog, "accept", Qt::QueuedConnection); // the question comes inside
+                      // The question is asked from within.
+                      QMetaObject::invokeMethod(dialog, "accept", Qt::QueuedConnection);
                   return typed && !question;
                 });
   };

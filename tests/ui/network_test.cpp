@@ -1,4 +1,4 @@
-// The window of the network, and the picture in it.
+// The network window, and the picture in it.
 #include "accessible.h"
 #include "driver.h"
 #include "ui/grid_view.h"
@@ -22,7 +22,7 @@ network_window* window_of_the_network() {
   return nullptr;
 }
 
-// Once it has laid the network out.
+// After the layout has finished.
 schematic_view* shown_schematic() {
   EXPECT_TRUE(wait_for([] { return window_of_the_network() != nullptr; }));
   auto* view = find<schematic_view>(window_of_the_network(), "Schematic");
@@ -79,14 +79,14 @@ TEST(NetworkWindow, SelectsRowsInTheEditorThatIsOpen) {
     EXPECT_EQ(view->selected(), 0U); // the editor's row
     click(view, 7);
     EXPECT_EQ(active_row(dialog, "SegmentFillCalcTable"), 7U);
-    QTest::keyClick(view, Qt::Key_Right); // only looks
+    QTest::keyClick(view, Qt::Key_Right); // moves without choosing
     const auto beside = view->selected();
-    EXPECT_TRUE(beside == 6U || beside == 8U); // a row of the picture may run to the left
+    EXPECT_TRUE(beside == 6U || beside == 8U); // a row of the picture may run right to left
     EXPECT_EQ(active_row(dialog, "SegmentFillCalcTable"), 7U);
     QTest::keyClick(view, Qt::Key_Return);
     EXPECT_EQ(active_row(dialog, "SegmentFillCalcTable"), beside);
   });
-  EXPECT_TRUE(window_of_the_network()); // stays when the editor has closed
+  EXPECT_TRUE(window_of_the_network()); // stays open after the editor has closed
   visit("FlowsItem", [&](QWidget* dialog, schematic_view* view) {
     const auto pair_names = [&](std::int32_t segment) {
       const auto& pairs =
@@ -108,7 +108,7 @@ TEST(NetworkWindow, SelectsRowsInTheEditorThatIsOpen) {
   window_of_the_network()->close();
 }
 
-// Two chains that meet, with values, without a program.
+// Two chains that join, with values, without Graphviz.
 struct Schematic : testing::Test {
   Schematic() {
     prevesk_dataset_data_type data;
@@ -169,7 +169,7 @@ TEST_F(Schematic, IsWorkedByMouseAndKeys) {
   QTest::mouseMove(&view, free + QPoint(30, 20));
   QTest::mouseRelease(&view, Qt::LeftButton, {}, free + QPoint(30, 20));
   EXPECT_EQ(*view.place_of(2), before + QPointF(30, 20));
-  EXPECT_EQ(chosen.size(), 1); // a drag chooses nothing
+  EXPECT_EQ(chosen.size(), 1); // a drag selects nothing
   view.resize(400, 300);
   QTest::mouseDClick(&view, Qt::LeftButton, {}, {3, 3});
   for (std::size_t i = 0; i < 5; ++i) EXPECT_TRUE(view.rect().contains(view.place_of(i)->toPoint())) << i;

@@ -1,4 +1,4 @@
-// The program from its start to its end, as a separate process.
+// The program from start to end, as a separate process.
 #include "driver.h"
 #include "run_program.h"
 

@@ -1,5 +1,5 @@
-// The sample river, built anew in the windows by what a user has: blocks of cells that are copied and pasted, boxes
-// that are checked, and queries that are defined in the import dialog.
+// The sample river, rebuilt through the windows with a user's means: copying and pasting blocks of cells, ticking
+// boxes, and defining queries in the import dialog.
 #include "dataset/vki_file.h"
 #include "driver.h"
 #include "editors/import_time_series_form.h"
@@ -73,7 +73,7 @@ protected:
     return grid;
   }
 
-  // All cells of a grid: kept from the sample, then put into the new river in their place.
+  // All cells of a grid: copied from the sample, then pasted into the new river.
   void exchange(const char* name, const std::string& key = {}) {
     grid_view* grid = enter(name);
     QString& kept = blocks[dialog->windowTitle().toStdString() + name + key];
@@ -90,7 +90,7 @@ protected:
     }
   }
 
-  // The stored query of the series in view.
+  // The stored query of the current series.
   void define(const import_query_descriptor& wanted) {
     if (copies || wanted.file_name.empty()) return;
     const auto in_import = [&](QWidget* window) {
@@ -261,13 +261,13 @@ protected:
   temporary_folder folder;
   running_program program;
   prevesk_dataset_data_type sample;
-  QWidget* dialog = nullptr; // the one that is open
+  QWidget* dialog = nullptr; // the open one
   std::map<std::string, QString> blocks;
-  bool copies = true; // from the sample; else into the new river
+  bool copies = true; // from the sample; otherwise pastes into the new river
 };
 
-// What a file holds as text. The one thing that no window can make equal is left out: the records of a new segment have
-// no ISC numbers, since their position counts.
+// A file's content as text, except for one thing that no window can make equal: the records of a new segment have no
+// ISC numbers, since they are identified by position.
 std::string dump_of(const std::string& file) {
   static const std::regex record(R"re(\{"isc": \d+, ("value"|"initial_concentration"))re");
   return std::regex_replace(run_program(VKI, {"dump", file}).out, record, "{$1");

@@ -1,4 +1,4 @@
-// The results window: a run of the sample, looked at as its user would.
+// The results window: a run of the sample, viewed as a user would.
 #include "accessible.h"
 #include "dataset/series.h"
 #include "driver.h"
@@ -81,7 +81,7 @@ protected:
   running_program program;
 };
 
-// The sample's own comparison as (period, estimate) -> its columns.
+// The sample's own comparison, as (period, estimate) -> columns.
 std::map<std::string, std::vector<double>> comparison_of_sample(const temporary_folder& folder) {
   const std::string out = folder.file("compared.csv");
   const auto done = run_program("/usr/bin/env", {"PYTHONDONTWRITEBYTECODE=1", "python3", COMPARE_SAMPLE, VESK_RESULTS,
@@ -170,7 +170,7 @@ TEST_F(ResultsWindow, SavesEveryPictureAndSurvivesBadFiles) {
   take_picture(results(), "results_messages");
 }
 
-// The choice, the cursor and a name without a mouse.
+// Selection, cursor and names without a mouse.
 TEST_F(ResultsWindow, IsWorkedByKeyboard) {
   run();
   typist user;
@@ -196,12 +196,12 @@ TEST_F(ResultsWindow, IsWorkedByKeyboard) {
 TEST_F(ResultsWindow, ShowsTheRiverFromOneEndToTheOtherAndItsMap) {
   run();
   choose("DO", oak_city);
-  expect_accessible(results()); // all pages, and ends on the first
+  expect_accessible(results()); // visits all pages, and ends on the first
   show(along_the_river, "results_river");
   auto* page = find<QWidget>(results(), "RiverPage");
   auto* ways = find<QTreeWidget>(page, "WayList");
   ASSERT_TRUE(wait_for([&] { return ways->topLevelItemCount() == 1; }, 20'000));
-  EXPECT_EQ(ways->topLevelItem(0)->text(1), "104"); // km, of the sample's reaches
+  EXPECT_EQ(ways->topLevelItem(0)->text(1), "104"); // km, the length of the sample's reaches
   EXPECT_EQ(ways->topLevelItem(0)->text(3), "1-26");
   auto* network = find<schematic_view>(page, "RiverSchematic");
   const auto click = [&](std::size_t segment, Qt::KeyboardModifiers keys = {}) {
@@ -240,7 +240,7 @@ TEST_F(ResultsWindow, ShowsTheRiverFromOneEndToTheOtherAndItsMap) {
   EXPECT_TRUE(wait_for([&] { return map->accessibleDescription() != before; }));
   take_picture(results(), "results_map_later");
 
-  program.form().new_data_set(); // of which these are not the results
+  program.form().new_data_set(); // the results do not belong to this one
   EXPECT_TRUE(wait_for([&] {
     return find<QLabel>(results(), "MapNote")->text().startsWith("The open data set has another network: 0 segments");
   }));

@@ -1,4 +1,4 @@
-// The windows of the network's editors in little room: at 700 by 500 pixels, and with letters of twice the size.
+// The network's editors in little space: at 700 by 500 pixels, and with text at twice the size.
 #include "app/forms.h"
 #include "driver.h"
 #include "ui/grid_view.h"
@@ -47,11 +47,11 @@ void expect_in_reach_as_shown(QWidget* window) {
 
 struct small_window {
   const char* command;
-  const char* inner = nullptr; // the window that is meant, in place of the editor
+  const char* inner = nullptr; // the window to test, instead of the editor
   std::function<void(QWidget*)> open = {};
 };
 
-class Sizes : public testing::TestWithParam<int> { // the letters' size, in per cent
+class Sizes : public testing::TestWithParam<int> { // text size in per cent
 protected:
   Sizes() : usual(QApplication::font()) {
     QFont font = usual;

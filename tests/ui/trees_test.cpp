@@ -1,4 +1,4 @@
-// The windows with a tree: loads and boundaries, and the lists that they open.
+// The windows with a tree: loads and boundaries, and the lists they open.
 #include "accessible.h"
 #include "app/forms.h"
 #include "driver.h"
@@ -104,13 +104,13 @@ TEST_F(Trees, AreWorkedByKeyboard) {
     grid->setFocus();
     QTest::keyClick(grid, Qt::Key_Z, Qt::ControlModifier);
     EXPECT_EQ(data().systems[oxygen].loads[2].points[0].value, 0);
-    EXPECT_EQ(tree->currentIndex(), index_of(tree, {oxygen, 2})); // kept, as what is closed
+    EXPECT_EQ(tree->currentIndex(), index_of(tree, {oxygen, 2})); // kept, like the closed nodes
     EXPECT_FALSE(tree->isExpanded(index_of(tree, {0, {}})));
     EXPECT_TRUE(tree->isExpanded(index_of(tree, {oxygen, {}})));
 
     grid->table().enter(0, 2, "no number");
     tree->setFocus();
-    key(Qt::Key_Up); // leads back to the entry
+    key(Qt::Key_Up); // returns to the entry
     EXPECT_TRUE(grid->hasFocus());
     EXPECT_TRUE(wait_for([&] { return tree->currentIndex() == index_of(tree, {oxygen, 2}); }));
     QTest::keyClick(grid, Qt::Key_Escape);
@@ -123,7 +123,7 @@ TEST_F(Trees, AreWorkedByKeyboard) {
     EXPECT_FALSE(tree->currentIndex().isValid());
   });
   EXPECT_EQ(data().systems[oxygen].loads.size(), segments - 1);
-  visit("LoadsItem", [&](QWidget* dialog) { // again with all its nodes open
+  visit("LoadsItem", [&](QWidget* dialog) { // all nodes are open again
     auto* tree = find<tree_view>(dialog, "LoadsTree");
     EXPECT_TRUE(tree->isExpanded(index_of(tree, {0, {}})));
   });
@@ -181,7 +181,7 @@ TEST_F(Trees, SegmentsAreFoundAndCheckedInAList) {
                   if (list->objectName() != "SelectSegmentsForm" || !list->isActiveWindow()) return false;
                   EXPECT_EQ(list->windowTitle(), "Loads for " + tree->currentIndex().data().toString());
                   auto* view = find<QListView>(list, "SegmentCheckListBox");
-                  QTest::keyClicks(list->focusWidget(), "swash"); // the line that finds
+                  QTest::keyClicks(list->focusWidget(), "swash"); // the search line
                   const QModelIndex first = view->currentIndex();
                   EXPECT_TRUE(first.data().toString().contains("swash", Qt::CaseInsensitive));
                   QTest::keyClick(list->focusWidget(), Qt::Key_Return);
@@ -225,7 +225,7 @@ TEST_F(Trees, OfAHundredThousandLoadsAreSearched) {
     QTest::keyClick(line, Qt::Key_Escape);
     EXPECT_TRUE(tree->hasFocus());
     EXPECT_FALSE(line->isVisible());
-    QTest::keyClick(tree, Qt::Key_F3); // round, and to itself
+    QTest::keyClick(tree, Qt::Key_F3); // wraps around to the same name
     EXPECT_EQ(tree->currentIndex(), index_of(tree, {oxygen, 99'998}));
   });
 }

@@ -1,4 +1,4 @@
-// The tutorial "A river from nothing" of the user guide, followed step by step by keyboard and mouse.
+// Follows the tutorial "A river from nothing" of the user guide step by step, with keyboard and mouse.
 #include "dataset/vki_file.h"
 #include "driver.h"
 #include "query/sources/open_table_source.h"
@@ -19,7 +19,7 @@ namespace fs = std::filesystem;
 
 using text_pair = std::pair<const char*, const char*>;
 
-// The text of the tutorial, and how far it has been followed.
+// The text of the tutorial, and the position reached in it.
 class tutorial_text {
 public:
   tutorial_text() {
@@ -31,7 +31,7 @@ public:
     text_ = page.mid(begin, page.indexOf("<h3 ", begin + 1) - begin);
   }
 
-  // Something to type, to choose or to press: the next place that names it. The test fails if none follows.
+  // The next mention of a text to type, choose or press. The test fails if there is none.
   QString next(const QString& what) {
     qsizetype found = -1;
     for (const auto& [before, after] :
@@ -47,14 +47,14 @@ public:
     return what;
   }
 
-  // Whether everything that the tutorial tells to type has been typed.
+  // Checks that everything the tutorial asks to type has been typed.
   void expect_complete() const {
     QString prose = text_;
     prose.remove(QRegularExpression("<pre.*?</pre>", QRegularExpression::DotMatchesEverythingOption));
     EXPECT_EQ(prose.count("<code>"), typed_ + 1) << "the first one shows how they are set";
   }
 
-  // A block that is copied as it is.
+  // A block that is copied unchanged.
   QString block(const QString& name) const {
     const QString begin = "<pre id=\"" + name + "\"><code>";
     const qsizetype at = text_.indexOf(begin) + begin.size();
@@ -67,7 +67,7 @@ private:
   qsizetype typed_ = 0;
 };
 
-// The rows of a sheet as a spreadsheet copies them.
+// The rows of a sheet, in the form in which spreadsheets copy them.
 std::string sheet_as_text(const std::string& workbook, const char* sheet) {
   const auto source = open_table_source(workbook);
   const std::size_t table = source->find_table(sheet), fields = source->fields(table).size();
@@ -85,7 +85,7 @@ std::string sheet_as_text(const std::string& workbook, const char* sheet) {
   return text;
 }
 
-// A results file without the time at which it was written.
+// A results file without its time of writing.
 std::string results_of(const std::string& file) {
   std::ostringstream content;
   content << std::ifstream(file, std::ios::binary).rdbuf();
@@ -228,7 +228,7 @@ TEST_F(Tutorial, ARiverFromNothingRunsTheSameInTheWindowAndTheConsole) {
   EXPECT_TRUE(folder.read("millbrook_oxygen.csv").ends_with("\n" + guide.block("millbrook-end").toStdString()))
       << folder.read("millbrook_oxygen.csv");
 
-  // The saved file has all of it, the tables by their names alone.
+  // The saved file contains everything, with tables named relative to it.
   prevesk_dataset_data_type saved;
   read_data_file(folder.file("millbrook.vki"), saved);
   EXPECT_EQ(saved.systems[2].boundaries[0].query->file_name, "millbrook.sqlite");

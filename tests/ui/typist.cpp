@@ -16,7 +16,7 @@ namespace {
 
 constexpr int tick_time = 8;       // milliseconds
 constexpr int patience = 1500;     // ticks for one step
-constexpr int painting_ticks = 20; // until a window is as it will be
+constexpr int painting_ticks = 20; // until a window has its final appearance
 
 QWidget* find_window(const std::string& name) {
   for (QWidget* window : QApplication::topLevelWidgets())
@@ -24,7 +24,7 @@ QWidget* find_window(const std::string& name) {
   return nullptr;
 }
 
-// Where a key goes now; null until the window can take one.
+// Where a key goes now; null until the window accepts keys.
 QWidget* target_in(const std::string& name) {
   QWidget* window = find_window(name);
   if (!window) return nullptr;
@@ -110,7 +110,7 @@ typist& typist::click(const char* control) {
       std::string("click on ") + control, [control](QWidget* target) { return control_in(target, control); },
       [control](QWidget* target) {
         QWidget* clicked = control_in(target, control);
-        const bool is_box = qobject_cast<QAbstractButton*>(clicked); // a check box takes clicks on its text only
+        const bool is_box = qobject_cast<QAbstractButton*>(clicked); // a check box only accepts clicks on its text
         QTest::mouseClick(clicked, Qt::LeftButton, {}, is_box ? QPoint(8, clicked->height() / 2) : QPoint());
       });
 }
@@ -156,14 +156,14 @@ typist& typist::check(const std::function<void()>& look) {
   return add("a look", {}, [look](QWidget*) { look(); });
 }
 
-// What has been asked to be painted is, some ticks later.
+// Waits some ticks for pending painting.
 typist& typist::picture(const char* name) {
   return add(
       std::string("picture ") + name, [ticks = 0](QWidget*) mutable { return ++ticks > painting_ticks; },
       [name = QString(name)](QWidget* target) { keep_picture(target->window(), name); });
 }
 
-// The next tick is on its way before a key is pressed: a key may open a dialog, which keeps it until that is closed.
+// Schedules the next tick before pressing a key: a key may open a dialog, which blocks until it is closed.
 void typist::tick() {
   if (over_) return;
   if (steps_.empty()) {
@@ -190,7 +190,7 @@ void typist::give_up(const std::string& why) {
   if (front) keep_picture(QApplication::activeWindow(), "given_up");
   steps_.clear();
   while (QWidget* modal = QApplication::activeModalWidget()) {
-    modal->hide(); // ends its loop, whatever it would say against being closed
+    modal->hide(); // ends its loop, even if it would refuse to close
     if (modal == QApplication::activeModalWidget()) break;
   }
 }

@@ -1,5 +1,5 @@
-// A user: notes what to press, and then presses it, key by key, on whatever has the focus; with the mouse where asked
-// to.
+// A simulated user: queues keys and clicks, then sends them one by one to whatever has the focus; uses the mouse where
+// asked.
 #pragma once
 
 #include <QString>
@@ -13,15 +13,15 @@ namespace vesk {
 
 class typist {
 public:
-  // The keys that follow are for the window of this object name; they wait until it can take them. Switching between
-  // windows that are both open is the desktop's business, so this does it.
+  // Directs the following keys to the window with this object name; they wait until it accepts them. Also switches
+  // between open windows, which is otherwise up to the desktop.
   typist& in(const char* window);
 
-  typist& keys(const char* sequence, int times = 1);         // as in "Alt+F" or "Ctrl+Home"
-  typist& text(const QString& typed);                        // letter by letter
-  typist& go_to(const char* control);                        // by Tab, or F6 in a grid: the control of this object name
-  typist& leave_by(const char* button);                      // the same to the button with this text; then Space
-  typist& click(const char* control);                        // with the mouse, as all below
+  typist& keys(const char* sequence, int times = 1); // as in "Alt+F" or "Ctrl+Home"
+  typist& text(const QString& typed);                // letter by letter
+  typist& go_to(const char* control);                // by Tab, or F6 in a grid, to the control with this object name
+  typist& leave_by(const char* button);              // the same to the button with this text; then Space
+  typist& click(const char* control);                // with the mouse, like those below
   typist& click_cell(const char* grid, int row, int column); // positions from 0
   typist& click_node(const char* tree, std::size_t group, std::optional<std::size_t> item = {});
   typist& press(const char* button); // the button with this text; waits until it is enabled
@@ -29,14 +29,14 @@ public:
   typist& check(const std::function<void()>& look); // without a key
   typist& picture(const char* name);
 
-  // Presses all that has been noted. Fails the test and closes what is open when a step takes too long.
+  // Carries out everything queued. Fails the test and closes the open windows if a step takes too long.
   void work();
 
 private:
   struct step {
     std::string name, window;
-    std::function<bool(QWidget*)> ready; // asked again until it is; may be empty
-    std::function<void(QWidget*)> act;   // once; what it opens may go on in there
+    std::function<bool(QWidget*)> ready; // repeated until true; may be empty
+    std::function<void(QWidget*)> act;   // called once; may open a dialog in which the steps continue
   };
 
   typist& tab_to(std::string name, std::function<bool(const QWidget*)> is_it);
@@ -46,7 +46,7 @@ private:
 
   std::deque<step> steps_;
   std::string window_;
-  int waited_ = 0; // ticks, for the step in front
+  int waited_ = 0; // ticks, for the first step
   bool over_ = true;
 };
 

@@ -69,7 +69,7 @@ TEST_F(AgreementList, SaysWhatCannotBeCompared) {
   other.query.file_name = "gone.csv";
   EXPECT_THAT(failure(other), testing::HasSubstr("gone.csv"));
   folder.write("river.measured.json", "{");
-  session.rename(0, "x"); // all is read anew
+  session.rename(0, "x"); // everything is read again
   EXPECT_THAT(list.note(), testing::HasSubstr("river.measured.json"));
   EXPECT_THROW(list.add(series), measured_file_exception);
   EXPECT_EQ(folder.read("river.measured.json"), "{");

@@ -1,4 +1,4 @@
-// A session without a window: what the reading thread posts is done while the test waits.
+// A session without a window: the test serves the calls from the reading thread while it waits.
 #pragma once
 
 #include "temporary_folder.h"
@@ -22,7 +22,7 @@ public:
     calls_.push_back(std::move(call));
     came_.notify_one();
   }
-  // Does one call; false: none came within five seconds.
+  // Runs one call; false: none arrived within five seconds.
   bool serve() {
     std::function<void()> next;
     {
@@ -46,7 +46,7 @@ protected:
   OpenSession() {
     session.OnMessage = [this](const std::string& text) { messages.push_back(text); };
   }
-  // Until the reading thread has nothing left to do.
+  // Until the reading thread is idle.
   void settle() {
     while (!session.reader().is_idle()) ASSERT_TRUE(calls.serve());
   }

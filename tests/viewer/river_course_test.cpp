@@ -27,7 +27,7 @@ TEST(RiverCourse, IsChosenByClicks) {
   course.click(0, false);
   EXPECT_FALSE(course.way());
   course.set_network(island());
-  ASSERT_TRUE(course.way()); // of the most water
+  ASSERT_TRUE(course.way()); // the one with the most water
   EXPECT_THAT(course.way()->segments, ElementsAre(0, 1, 2, 4, 5));
   EXPECT_EQ(course.ways().ways.size(), 2U);
   EXPECT_EQ(course.note(), "");
@@ -44,7 +44,7 @@ TEST(RiverCourse, IsChosenByClicks) {
   EXPECT_THAT(course.way()->segments, ElementsAre(0, 1, 3, 4, 5));
   course.choose(7);
   EXPECT_EQ(course.chosen(), 1U);
-  course.set_network(island()); // amounts may have changed; what is chosen stays
+  course.set_network(island()); // amounts may have changed; the selection stays
   EXPECT_EQ(course.chosen(), 1U);
 
   course.click(5, false);
@@ -115,7 +115,7 @@ TEST_F(Profiles, FollowTheCursorInAllScenarios) {
   session.set_cursor_position(2);
   store.read(0);
   session.set_cursor_position(1);
-  store.read(0); // while the first is read
+  store.read(0); // while the first is being read
   store.read(0);
   settle();
   ASSERT_EQ(store.profiles().size(), 2U);
@@ -150,8 +150,9 @@ TEST_F(Profiles, OfAnotherNetworkAreNotShownOnThisOne) {
   for (auto& segment : network.segments) segment.name = "other";
   EXPECT_FALSE(match_network(network, file).fits);
   network.segments.pop_back();
-  EXPECT_EQ(match_network(network, file).remark,
-            "The open data set has another network: 3 segments, the results have 4. Open the data set of these results.");
+  EXPECT_EQ(
+      match_network(network, file).remark,
+      "The open data set has another network: 3 segments, the results have 4. Open the data set of these results.");
 }
 
 } // namespace

@@ -89,7 +89,7 @@ TEST_F(OpenSession, MovesTheCursorToTheNearestTime) {
   EXPECT_EQ(session.cursor(), start + 2);
 }
 
-// The thread must not hold the window's end up, and nothing may come after it.
+// The thread must not delay closing the window, and nothing may arrive afterwards.
 TEST(ReadingThread, GivesUpWorkThatNobodyWaitsFor) {
   posted_calls calls;
   int done = 0;
@@ -99,7 +99,7 @@ TEST(ReadingThread, GivesUpWorkThatNobodyWaitsFor) {
     reading_thread reader(post);
     int one = 0, other = 0;
     reader.ask(&one, count, {});
-    reader.ask(&one, count, {}); // in place of the first
+    reader.ask(&one, count, {}); // replaces the first
     reader.add(&other, count, {});
     while (!reader.is_idle()) ASSERT_TRUE(calls.serve());
     EXPECT_EQ(done, 2);

@@ -72,13 +72,13 @@ TEST_F(ShownValues, DifferFromTheBaseline) {
        {.times = 2, .segments = 4, .units = "days since 2000-01-01 12:00", .values = {1, 1, 1, 1, 31, 1, 1, 1}});
   const auto found = differences(store.series(), 0);
   ASSERT_EQ(found.size(), 1U);
-  const auto& values = *found[0].values; // 2000-01-02 lies between the times of the other one
+  const auto& values = *found[0].values; // 2000-01-02 lies between times of the other one
   EXPECT_TRUE(std::isnan(values[0]) && std::isnan(values[2]));
   EXPECT_EQ(values[1], 16 - 10);
   difference_summary summary;
   summary.show(found, store.series(), 0);
   EXPECT_EQ(std::get<std::string>(summary.value(0, 0)), "changed");
-  EXPECT_EQ(std::get<double>(summary.value(0, 3)), 10); // of the baseline at all its times
+  EXPECT_EQ(std::get<double>(summary.value(0, 3)), 10); // of the baseline over all its times
   EXPECT_EQ(std::get<double>(summary.value(0, 6)), 6);
   EXPECT_EQ(std::get<std::string>(summary.value(0, 7)), "2000-01-02T00:00:00");
 }
@@ -103,7 +103,7 @@ TEST_F(ShownValues, HaveAChartForEachUnitThatZoomTogether) {
   EXPECT_EQ(rows[1].bounds().x_maximum, middle);
   rows.scroll_forward();
   EXPECT_EQ(rows[1].bounds().x_minimum, middle);
-  rows.show(charts_by_unit(series, false, {})); // another look at the same time
+  rows.show(charts_by_unit(series, false, {})); // the same charts again
   EXPECT_EQ(rows[0].bounds().x_minimum, middle);
   rows.unzoom_by_one_level();
   EXPECT_FALSE(rows.is_zoomed());
@@ -123,7 +123,7 @@ TEST(LiveSamples, AreTakenOncePerTimeAndEndWithTheRun) {
   ASSERT_EQ(chart->series().size(), 1U);
   EXPECT_THAT(chart->series()[0]->x, ElementsAre(10, 11));
   EXPECT_THAT(chart->series()[0]->y, ElementsAre(1, 2));
-  EXPECT_TRUE(live.sample(days_to_1970 + 10, cells, read)); // back in time: another run
+  EXPECT_TRUE(live.sample(days_to_1970 + 10, cells, read)); // an earlier time: a new run
   EXPECT_THAT(live.chart()->series()[0]->y, ElementsAre(2));
 }
 
