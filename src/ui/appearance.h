@@ -1,4 +1,4 @@
-// The look of all windows: the toolkit's Fusion style with a light and a dark palette.
+// The look of all windows: Qt's Fusion style with a light and a dark palette.
 #pragma once
 
 #include <QPalette>

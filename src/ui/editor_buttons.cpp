@@ -33,7 +33,7 @@ constexpr button_row button_table[] = {
      [](editor& form, editor_panel& panel) { form.PasteButtonClick(panel); }},
     {fill_calc_button, "&Fill/Calc", "FillCalcButton", "Fill the selected cells from an expression",
      [](editor& form, editor_panel& panel) { form.FillCalcButtonClick(panel); }},
-    {graph_button, "&Graph", "GraphButton", "Show the series in a window that stays open",
+    {graph_button, "&Graph", "GraphButton", "Graph the series in a separate window",
      [](editor& form, editor_panel& panel) { form.GraphButtonClick(panel); }},
     {import_button, "I&mport", "ImportButton", "Fill the series from a table or database",
      [](editor& form, editor_panel& panel) { form.ImportButtonClick(panel); }},

@@ -90,7 +90,7 @@ void editor_panel_view::add_deferred_note(QBoxLayout& column) {
   deferred_note_ = plain_label("DeferredNote");
   keep_points_ = new QPushButton("&Keep these points");
   keep_points_->setObjectName("KeepPointsButton");
-  keep_points_->setToolTip("Runs use the points as they are here; the query stays, but is no longer run.");
+  keep_points_->setToolTip("Runs use the points shown here; the query is kept, but no longer executed.");
   connect(keep_points_, &QPushButton::clicked, this, [this] { run_([this] { form_.keep_these_points(panel_); }); });
   auto* line = new QHBoxLayout;
   line->addWidget(deferred_note_, 1);

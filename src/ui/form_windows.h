@@ -31,7 +31,7 @@ public:
   // Beside the owner's window, without blocking. It stays open after the owner closes.
   void show_graph(std::shared_ptr<TGraphForm> graph, const form& owner);
 
-  // The network window. Choosing a segment in it selects that segment in the open editor.
+  // The network window. Choosing a segment in it goes to that segment in the open editor.
   void show_network(editor_host& host);
 
   // These reach the forms that are open.

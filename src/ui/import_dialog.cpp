@@ -221,9 +221,9 @@ QWidget* import_dialog::result_part() {
   column->addWidget(results_note_);
   column->addWidget(results_, 1);
   auto* row = new QHBoxLayout;
-  row->addWidget(button("Run &query", "RunQueryButton", "Show the rows that the query finds",
+  row->addWidget(button("Run &query", "RunQueryButton", "Show the rows found by the query",
                         &TImportTimeSeriesForm::RunQueryButtonClick));
-  row->addWidget(button("&Graph", "GraphButton", "Show the values that the query finds in a window that stays open",
+  row->addWidget(button("&Graph", "GraphButton", "Graph the values found by the query in a separate window",
                         &TImportTimeSeriesForm::GraphButtonClick));
   row->addStretch(1);
   column->addLayout(row);

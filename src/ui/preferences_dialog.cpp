@@ -58,7 +58,7 @@ preferences_dialog::preferences_dialog(QWidget* parent, TPreferenceConfiguration
 
 QWidget* preferences_dialog::diagnostics_page() {
   LoggingEnabledCheckBox->setObjectName("LoggingEnabledCheckBox");
-  LoggingEnabledCheckBox->setToolTip("Each job writes a log file");
+  LoggingEnabledCheckBox->setToolTip("Write a log file for each job");
   LoggingEnabledCheckBox->setAccessibleDescription(LoggingEnabledCheckBox->toolTip());
   DiagnosticLevelComboBox->setObjectName("DiagnosticLevelComboBox");
   DiagnosticLevelComboBox->setAccessibleName("Diagnostic level");

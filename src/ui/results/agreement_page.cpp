@@ -160,7 +160,7 @@ void agreement_page::edit(bool is_new) {
 void agreement_page::remove() {
   const std::size_t position = list_.position();
   const std::string name = stored(series_->currentText());
-  const std::string question = "Remove the measured series \"" + name + "\"? Its table stays.";
+  const std::string question = "Remove the measured series \"" + name + "\"? Its table is kept.";
   if (questions_.message_box("Measured series", question, box_buttons::yes_no) == box_answer::yes)
     list_.remove(position);
 }

@@ -55,9 +55,9 @@ fs::path compare_page::previous_run() const {
 }
 
 QString compare_page::why_empty() const {
-  if (session_.scenarios().size() < 2) return "Open a second file of results to compare it with the baseline.";
+  if (session_.scenarios().size() < 2) return "Open a second results file to compare it with the baseline.";
   if (store_.is_reading()) return "Reading...";
-  return "Choose a variable and a segment that both have.";
+  return "Choose a variable and a segment that both files have.";
 }
 
 // Must precede the table that it shows.

@@ -33,7 +33,7 @@ cursor_bar::cursor_bar(results_session& session, QWidget* parent)
   play_->setFocusPolicy(Qt::StrongFocus);
   slider_->setObjectName("TimeSlider");
   slider_->setAccessibleName("Time");
-  slider_->setToolTip("The time that all pages show. A click in a chart moves it, too.");
+  slider_->setToolTip("The time shown on all pages. A click in a chart also moves it.");
   time_->setObjectName("TimeLabel");
   time_->setTextFormat(Qt::PlainText);
   time_->setMinimumWidth(time_->fontMetrics().horizontalAdvance("0000-00-00 00:00:00") + scaled(8, *this));

@@ -47,7 +47,7 @@ measured_dialog::measured_dialog(QWidget* parent, measured_form& form, results_s
   query_.set_query(query);
   auto* rows = new QFormLayout;
   rows->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
-  add_line(*rows, "Name", "NameEdit", "as it is shown, such as Oxygen near Oak City", &measured_form::name);
+  add_line(*rows, "Name", "NameEdit", "for display, such as Oxygen near Oak City", &measured_form::name);
   auto* choose = new QPushButton("Choose table...");
   choose->setObjectName("ChooseTableButton");
   choose->setAutoDefault(false);
@@ -67,15 +67,15 @@ measured_dialog::measured_dialog(QWidget* parent, measured_form& form, results_s
   segment_->setCurrentText(shown(form.segment));
   kind_ = add_list(*rows, "Measured values are", "KindBox",
                    {measured_kind_texts[0], measured_kind_texts[1], measured_kind_texts[2]});
-  way_ = add_list(*rows, "Modelled value taken", "WayBox", {pairing_way_texts[0], pairing_way_texts[1]});
+  way_ = add_list(*rows, "Modelled value", "WayBox", {pairing_way_texts[0], pairing_way_texts[1]});
   kind_->setCurrentIndex(static_cast<int>(form.kind));
   way_->setCurrentIndex(static_cast<int>(form.way));
   add_line(*rows, "Longest gap (days)", "GapEdit", "two print intervals", &measured_form::gap);
-  add_line(*rows, "Unit measured in", "UnitsEdit", "that of the results", &measured_form::units);
+  add_line(*rows, "Measured unit", "UnitsEdit", "same as the results", &measured_form::units);
   add_line(*rows, "Factor to the results' unit", "FactorEdit", "required where the units differ",
            &measured_form::factor);
-  add_line(*rows, "From", "FromEdit", "the first of all, such as 2011-10-01", &measured_form::from);
-  add_line(*rows, "To", "ToEdit", "the last of all", &measured_form::to);
+  add_line(*rows, "From", "FromEdit", "first measured value, such as 2011-10-01", &measured_form::from);
+  add_line(*rows, "To", "ToEdit", "last measured value", &measured_form::to);
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
   connect(buttons, &QDialogButtonBox::accepted, this, [this] { attempt([this] { accept(); }); });
   connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);

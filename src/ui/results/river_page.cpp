@@ -124,7 +124,7 @@ QWidget* river_page::make_network_part() {
   ways_->setAccessibleName("Ways from the first segment to the last");
   ways_->setColumnCount(columns);
   ways_->setHeaderLabels({"Way", "Length, km", "Flow, m3/s", "Segments"});
-  ways_->headerItem()->setToolTip(flow_column, "The least mean flow between two segments of the way");
+  ways_->headerItem()->setToolTip(flow_column, "The smallest mean flow between neighbouring segments of the way");
   ways_->setRootIsDecorated(false);
   ways_->setUniformRowHeights(true);
   for (int i = 0; i < segments_column; ++i) ways_->header()->setSectionResizeMode(i, QHeaderView::ResizeToContents);
@@ -137,8 +137,8 @@ QWidget* river_page::make_network_part() {
     });
   });
   view_->setObjectName("RiverSchematic");
-  view_->setAccessibleName("Network, to choose the way from");
-  view_->setToolTip("Click where the way begins, then where it ends. Ctrl+click adds or removes a waypoint.");
+  view_->setAccessibleName("Network, for choosing the way");
+  view_->setToolTip("Click the start of the way, then its end. Ctrl+click adds or removes a waypoint.");
   connect(view_, &schematic_view::segment_chosen, this, [this](std::size_t segment, bool with_control) {
     attempt([&] {
       course_.click(static_cast<segment_number>(segment), with_control);

@@ -54,7 +54,7 @@ scenario_list::scenario_list(results_session& session, std::function<void()> ope
   list_->setMinimumHeight(lines_in_sight * (list_->fontMetrics().height() + scaled(4, *this)) + scaled(6, *this));
   auto* label = new QLabel("Scenar&ios");
   label->setBuddy(list_);
-  auto* opener = button("&Open...", "OpenButton", "Show one more file of results (Ctrl+O)");
+  auto* opener = button("&Open...", "OpenButton", "Open another results file (Ctrl+O)");
   auto* grid = new QGridLayout(this);
   grid->setContentsMargins(0, 0, 0, 0);
   grid->addWidget(label, 0, 0, 1, 2);
