@@ -48,7 +48,6 @@ public:
 
   // The content. Call `show` also after a change of the columns or of the grid's records. Position and selection are
   // clamped.
-  // clamped.
   const grid& content() const { return *content_; }
   void show(grid& content);
   void set_view(table_view* view) { view_ = view; }

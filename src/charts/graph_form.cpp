@@ -100,7 +100,6 @@ void TGraphForm::replace_series(std::unique_ptr<general_graph_data> data) {
 
 // From the first to the last date and time, and from the smallest to the largest value with a margin. A single point,
 // or equal values, get one day or one unit around them.
-// point, or equal values, get one day or one unit around them.
 void TGraphForm::find_data_bounds() {
   double low = std::numeric_limits<double>::infinity(), high = -low;
   data_begin_ = low;

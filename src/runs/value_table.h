@@ -1,5 +1,4 @@
 // Tables of the values and series of a data set that have a path. Shared by lookup, listing and setting.
-// values.
 #pragma once
 
 #include "dataset/dataset.h"

@@ -19,7 +19,7 @@ namespace vesk {
 namespace {
 
 constexpr int column_width = 600; // at least
-constexpr int picture_width = 40; // including the space around it
+constexpr int picture_width = 40; // with the space around it
 constexpr int catch_up_milliseconds = 10;
 
 // The icons' meaning in words: neither icon nor colour is ever the only sign.
@@ -161,7 +161,8 @@ void info_list::note_width_of_newest() {
   if (!catch_up_soon_.isActive()) catch_up_soon_.start();
 }
 
-// Layout time grows with the number of lines: doing it for each of 8,000 lines from an engine would take minutes.
+// Laying out the lines takes as long as there are lines: once for each of 8,000 lines that an engine sends would take
+// minutes.
 void info_list::catch_up() {
   const auto begin = std::chrono::steady_clock::now();
   if (std::exchange(is_wider_, false)) fit_column();
@@ -172,7 +173,7 @@ void info_list::catch_up() {
     setAutoScroll(scrolls);
   }
   if (follows_) show_newest();
-  constexpr int share = 9; // spends at most a tenth of the time on layout
+  constexpr int share = 9; // at most a tenth of the time is spent here
   const auto took = std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - begin);
   catch_up_soon_.setInterval(std::max(catch_up_milliseconds, share * static_cast<int>(took.count())));
 }
@@ -195,7 +196,7 @@ void info_list::clear() {
   fit_column();
 }
 
-// A long line is scrolled, not cut.
+// A long line is read by scrolling, not cut.
 void info_list::fit_column() {
   const int wide = std::max({scaled(column_width, *this), longest_, viewport()->width()});
   setColumnWidth(0, wide);

@@ -16,7 +16,6 @@ std::string axis_title(const std::vector<shown_series>& series, const std::strin
 
 // In the order in which the units first occur. Scenarios after the first have different line patterns. Series with
 // `hidden` labels are in the chart but not drawn.
-// Labels of `hidden` are in the chart, but not drawn.
 std::vector<std::unique_ptr<TGraphForm>> charts_by_unit(const std::vector<shown_series>& series, bool with_scenarios,
                                                         const std::set<std::string>& hidden);
 

@@ -292,9 +292,8 @@ TEST(MainWindow, SaveAsCutsNothingOffANameAndAsksAboutTheFileThatItWillWrite) {
                 [&](QWidget* dialog) {
                   if (typed) return question(dialog);
                   find<QLineEdit>(dialog, "fileNameEdit")->setText(QString::fromStdString(folder.file(name)));
-                  typed =
-                      // The question is asked from within.
-                      QMetaObject::invokeMethod(dialog, "accept", Qt::QueuedConnection);
+                  // The question is asked from within.
+                  typed = QMetaObject::invokeMethod(dialog, "accept", Qt::QueuedConnection);
                   return typed && !question;
                 });
   };
