@@ -70,8 +70,7 @@ std::size_t date_and_time_split(std::string_view field) {
   return has_time ? split : std::string_view::npos;
 }
 
-// Reads pasted lines into cell values. Stops at the first field that a cell refuses. The grid must not change
-// meanwhile.
+// Reads pasted lines into cell values. Ends at the first field that a cell refuses. The grid must not change meanwhile.
 class paste_reader final : public coming_rows {
 public:
   // `top`, `left`: the first cell. `rows`: of the grid after the paste.
@@ -216,7 +215,7 @@ TFillCalcTable::paste_outcome TFillCalcTable::do_paste(std::string_view text) {
 
 namespace {
 
-// Evaluates the formula for the cells of one column. Stops with a sentence at the first result that its cell refuses.
+// Evaluates the formula for the cells of one column. Ends with a sentence at the first result that its cell refuses.
 std::string compute_column(const grid& content, std::size_t column, const cell_range& block, expression& formula,
                            std::vector<double>& results) {
   const cell_type& type = content.columns()[column].type;

@@ -59,8 +59,8 @@ public:
     if (bottoms) bottoms->expect(rows);
   }
 
-  std::shared_ptr<segment_items> bottoms; // items of the bottom segments: the rows of this grid
-  std::size_t first_moved = 0;            // row of the last of these changes; earlier segments have kept their numbers
+  std::shared_ptr<segment_items> bottoms; // the items of the bottom segments, which are these rows
+  std::size_t first_moved = 0;            // by the last of these; segments before it have kept their numbers
 };
 
 class TSegmentForm final : public editor {
@@ -98,9 +98,9 @@ private:
   void segment_types_fill();
   // Sets references past the end to the last segment; returns how many.
   std::size_t bottom_segment_refresh();
-  void rows_changed(); // call when the number of segments has changed; updates records and grids
+  void rows_changed(); // the number of segments; brings the records and the grids into line
   void segment_grids_refresh();
-  segment_references moved_references() const; // by the current change
+  segment_references moved_references() const; // by the present change
   void change_network(const std::string& label, const std::function<void(prevesk_dataset_data_type&)>& work);
   void load_factors();
 

@@ -91,7 +91,7 @@ std::optional<series_ref> tree_series_form::selected_record() const {
 void tree_series_form::select(std::optional<node> which) {
   if (selected_ == which) return;
   if (!may_go_on()) return refresh_tree(); // restores the old selection
-  selected_ = std::move(which);
+  selected_ = which;
   const auto record = selected_record();
   identity_ = record ? std::optional(identity_of(*host().data_set(), *record)) : std::nullopt;
   series_panel_.table.set_selection(std::nullopt);

@@ -58,7 +58,7 @@ private:
   QWidget* make_common_row();
   QBoxLayout* make_end_row();
 
-  void bind(QAction& action, QKeySequence keys, const std::function<void()>& command);
+  void bind(QAction& action, const QKeySequence& keys, const std::function<void()>& command);
   void run(const std::function<void()>& command); // after committing the open entry
   void take_typed();
   void take_first_size();

@@ -28,8 +28,8 @@ signals:
   void selection_moved();
 
 protected:
-  // Widens columns until no visible cell or label is cut. A column that the user has narrowed stays so until a cell
-  // needs more width than any before.
+  // No cell in sight and no label is cut. What has been made narrower by hand stays so until a cell needs more than any
+  // before.
   void widen_to_contents();
   void keyPressEvent(QKeyEvent* event) override;
   QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex& index, const QEvent* event) const override;

@@ -43,8 +43,8 @@ private:
   const std::array<QIcon, 3> icons_;
 };
 
-// Read-only; lines can be selected and copied. Keeps the newest line visible unless the user has scrolled away from the
-// end. Lines that arrive within a few milliseconds of each other are laid out together.
+// Read-only; lines can be selected and copied. The newest line is in sight unless the user has scrolled away from the
+// end. What the view has to do for a new line is done once for all lines that come within a few milliseconds.
 class info_list final : public QTreeView {
 public:
   explicit info_list(QWidget* parent);

@@ -142,7 +142,7 @@ TEST(FirstSight, MessagesAreSavedCopiedAndCleared) {
 TEST(FirstSight, EightThousandLinesOfAnEngineDoNotStopTheWindow) {
   running_program program;
   main_window& window = program.window();
-  const std::clock_t begin = std::clock(); // processor time: other programs may be running
+  const std::clock_t begin = std::clock(); // of the processor: other programs may be at work
   for (int i = 0; i < 8000; ++i) {
     window.add_info_line("Line " + std::to_string(i) + " of an engine that reports every step of its work", icon_plain);
     window.select_last_info_line();
@@ -151,7 +151,7 @@ TEST(FirstSight, EightThousandLinesOfAnEngineDoNotStopTheWindow) {
   QTest::qWait(20);
   const double took = static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC;
   std::printf("8000 lines: %.2f s\n", took);
-  EXPECT_LT(took, 6); // a layout per line would take minutes
+  EXPECT_LT(took, 6); // a layout for each line would take minutes
 }
 
 TEST(FirstSight, DroppedFilesAreOpened) {

@@ -223,7 +223,7 @@ TEST(MainWindow, MessagesStayInSightUnlessTheUserLooksAtOlderOnes) {
   EXPECT_GT(list->horizontalScrollBar()->value(), 0);
   add(1);
   EXPECT_TRUE(at_end());
-  EXPECT_EQ(list->horizontalScrollBar()->value(), 0); // short lines start at the left
+  EXPECT_EQ(list->horizontalScrollBar()->value(), 0); // short lines are to the left
   QTest::keyClick(list, Qt::Key_Home);
   add(1);
   EXPECT_FALSE(at_end());
