@@ -104,8 +104,7 @@ void map_page::show_all() {
   QString note = file ? shown(store_.note()) : "Open a results file, such as river.nc.";
   const network_match match = drawn && file ? match_network(drawn->network, *file) : network_match{};
   if (!drawn)
-    note =
-        watch_.is_drawing() ? "Laying out the network..." : "Open the data set of these results to see its network.";
+    note = watch_.is_drawing() ? "Laying out the network..." : "Open the data set of these results to see its network.";
   else if (file && !match.remark.empty())
     note = shown(match.remark);
   if (view_->network() != drawn) view_->show_network(drawn);
