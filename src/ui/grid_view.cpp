@@ -240,7 +240,9 @@ bool grid_view::focusNextPrevChild(bool next) {
 void grid_view::keyPressEvent(QKeyEvent* event) {
   switch (event->key()) {
   case Qt::Key_Return:
-  case Qt::Key_Enter: return move_active(1, 0);
+  case Qt::Key_Enter: // an open editor passes the key on; closeEditor moves then
+    if (state() != EditingState) move_active(1, 0);
+    return;
   case Qt::Key_F6: QTableView::focusNextPrevChild(!(event->modifiers() & Qt::ShiftModifier)); return;
   case Qt::Key_Escape: table().give_up_refused(); return;
   case Qt::Key_F10: // Qt only knows the Menu key

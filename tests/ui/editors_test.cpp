@@ -212,8 +212,8 @@ TEST(Editors, UndoTakesBackTypingFirstThenSteps) {
                 type(grid, "0.3");
                 QTest::keyClick(open_line(grid), Qt::Key_Return);
                 EXPECT_TRUE(wait_for([&] { return value() == "0.3"; }));
-                EXPECT_EQ(grid->table().active_row(), 1U); // Enter goes down
                 EXPECT_TRUE(wait_for([&] { return !open_line(grid); }));
+                EXPECT_EQ(grid->table().active_row(), 1U); // Enter goes down by one row
                 grid->table().set_active(0, 2);
                 type(grid, "7");
                 QLineEdit* line = open_line(grid);
