@@ -217,6 +217,7 @@ bool document_control::save_to_file_name() {
     const busy_cursor busy(ui_);
     current_data_set->origin = save_data_file(file_name, *current_data_set);
     current_data_set->file_version = prevesk_dataset_data_type::current_file_version(); // as written
+    steps_.set_file(document_number_, file_name, current_data_set->origin);
     form_.update_caption();
     form_.note_used_file(file_name);
     saved = true;

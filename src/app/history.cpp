@@ -36,6 +36,16 @@ void history::add(document before, std::string label, const prevesk_dataset_data
   drop_beyond_limit();
 }
 
+void history::set_file(std::uint64_t document_number, const std::string& file_name, const file_origin& origin) {
+  for (std::deque<step>* steps : {&undo_, &redo_}) {
+    for (step& each : *steps) {
+      if (each.content.number != document_number) continue;
+      each.content.file_name = file_name;
+      each.content.data_set.origin = origin;
+    }
+  }
+}
+
 void history::begin_editing() {
   undo_floor_ = undo_.size();
   redo_floor_ = redo_.size();

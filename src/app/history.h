@@ -42,6 +42,10 @@ public:
   void add(document before, std::string label, const prevesk_dataset_data_type& now, const std::string& merge_key = {},
            clock::time_point when = clock::now());
 
+  // The document was saved: its steps take the name and origin of the file, so that a Save after Undo does not write to
+  // the file that it had before a Save as.
+  void set_file(std::uint64_t document_number, const std::string& file_name, const file_origin& origin);
+
   // Between these two calls, Undo and Redo stop at the state of the first. Not nestable.
   void begin_editing();
   void end_editing();

@@ -201,6 +201,23 @@ TEST_F(FileCommands, SaveAsksBeforeItReplacesAFileThatTheDataSetDidNotComeFrom) 
   EXPECT_EQ(ui.boxes.size(), 1U);
 }
 
+TEST_F(FileCommands, AfterSaveAsUndoKeepsTheNewName) {
+  const std::string name = make_file("a.vki", "upper");
+  form.open_file(name);
+  const std::string bytes = folder.read("a.vki");
+  form.begin_step("Edit", {});
+  form.current_data_set->comments = "edited";
+  form.end_step(true);
+  EXPECT_TRUE(form.save_as(folder.file("b.vki")));
+  form.UndoItemClick();
+  EXPECT_EQ(form.current_data_set->comments, "");
+  EXPECT_EQ(form.file_name, folder.file("b.vki"));
+  form.SaveItemClick();
+  EXPECT_EQ(ui.boxes, lines{});
+  EXPECT_EQ(folder.read("a.vki"), bytes);
+  EXPECT_EQ(folder.read("b.vki"), bytes);
+}
+
 TEST_F(FileCommands, AProjectOpensItsDataFileAndKeepsTheOtherMembers) {
   make_file("a.vki", "upper");
   folder.write("river.vkp", "\xef\xbb\xbf"
