@@ -36,9 +36,25 @@ std::shared_ptr<const item_list> items_of(const QModelIndex& index) {
   return model->table().content().columns()[static_cast<std::size_t>(index.column())].type.items;
 }
 
+// Letters go to the open list, which finds the item that starts with all of them. The closed box would take the first
+// letter for itself.
+class item_combo final : public QComboBox {
+public:
+  using QComboBox::QComboBox;
+
+protected:
+  void keyPressEvent(QKeyEvent* event) override {
+    const QString text = event->text();
+    if (isEditable() || text.isEmpty() || !text.front().isPrint() || text == " ")
+      return QComboBox::keyPressEvent(event);
+    showPopup();
+    QCoreApplication::sendEvent(view(), event);
+  }
+};
+
 // The list is as wide as its items, which may be wider than the cell. Qt would measure all of them.
 QComboBox* make_combo(QWidget* parent, std::shared_ptr<const item_list> items) {
-  auto* combo = new QComboBox(parent);
+  auto* combo = new item_combo(parent);
   combo->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
   auto* model = new item_model(std::move(items), combo);
   combo->setModel(model);
@@ -72,7 +88,9 @@ QWidget* cell_delegate::createEditor(QWidget* parent, const QStyleOptionViewItem
       combo->setEditable(true);
       combo->setInsertPolicy(QComboBox::NoInsert);
     } else {
-      QTimer::singleShot(0, combo, &QComboBox::showPopup);
+      QTimer::singleShot(0, combo, [combo] {
+        if (!combo->view()->isVisible()) combo->showPopup();
+      });
     }
     return combo;
   }

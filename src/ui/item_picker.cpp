@@ -75,8 +75,8 @@ void item_picker::place_list() {
 
 void item_picker::follow_text() {
   if (!list_) return;
-  if (const auto item = model_->items().find(stored(text())))
-    list_->setCurrentIndex(model_->index(static_cast<int>(*item)));
+  const auto item = model_->items().find(stored(text()));
+  list_->setCurrentIndex(item ? model_->index(static_cast<int>(*item)) : QModelIndex()); // none: Enter takes none
 }
 
 void item_picker::take(const QModelIndex& index) {
