@@ -109,6 +109,21 @@ public:
     painter->restore();
   }
 
+  // Fusion draws the frame of an empty box darker than the window, too.
+  void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
+                     const QWidget* widget) const override {
+    QProxyStyle::drawPrimitive(element, option, painter, widget);
+    const bool is_box = element == PE_IndicatorCheckBox || element == PE_IndicatorItemViewItemCheck;
+    constexpr int opacity = 160, half = 128;
+    QColor ink = option->palette.color(QPalette::WindowText);
+    if (!is_box || ink.lightness() < half) return; // a light window shows the frame
+    ink.setAlpha(opacity);
+    painter->save();
+    painter->setPen(ink);
+    painter->drawRect(option->rect.adjusted(0, 0, -1, -1));
+    painter->restore();
+  }
+
   int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
                 QStyleHintReturn* result) const override {
     return hint == SH_DialogButtonBox_ButtonsHaveIcons ? 0 : QProxyStyle::styleHint(hint, option, widget, result);

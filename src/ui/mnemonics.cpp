@@ -31,6 +31,8 @@ qsizetype free_letter(const QString& text, const QString& taken) {
 } // namespace
 
 void give_mnemonics(QWidget& page, QString taken) {
+  for (auto* label : page.findChildren<QLabel*>()) // a letter does not reach a field through the box around it
+    if (const QWidget* field = label->buddy(); field && field->focusProxy()) label->setBuddy(field->focusProxy());
   QVector<QWidget*> without;
   for (QWidget* control : page.findChildren<QWidget*>()) {
     const QString text = text_of(control);
