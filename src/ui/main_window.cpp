@@ -22,6 +22,7 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QCloseEvent>
+#include <QDialog>
 #include <QDragEnterEvent>
 #include <QFileInfo>
 #include <QMimeData>
@@ -362,9 +363,18 @@ bool main_window::show_results(const std::string& file, bool after_run) {
     results_->OnNewMeasuredFile = [this](const std::filesystem::path& measured) { form_->list_related_file(measured); };
   }
   if (!file.empty()) results_->open(file);
-  if (!is_open) results_->show();
+  if (!is_open) show_results_window();
   if (!after_run) results_->activateWindow();
   return true;
+}
+
+// A dialog would be covered by the window, and keep it from being used.
+void main_window::show_results_window() {
+  if (auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget()))
+    connect(dialog, &QDialog::finished, this, &main_window::show_results_window,
+            Qt::ConnectionType(Qt::QueuedConnection | Qt::SingleShotConnection));
+  else
+    results_->show();
 }
 
 void main_window::sample_results_grid() {

@@ -91,6 +91,7 @@ private:
   void set_results_height(int height);
   void note_normal_place();
   void sample_results_grid(); // for the results window
+  void show_results_window(); // once no dialog is open
 
   std::unique_ptr<TPreveskMainForm> form_;
   std::unique_ptr<form_windows> forms_;
