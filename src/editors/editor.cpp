@@ -486,7 +486,7 @@ std::string editor::status(const editor_panel& panel) const {
   std::string text = panel.series->summary(block ? std::optional(panel.table.selection()) : std::nullopt);
   if (panel.series->series() && host_.data_set()) {
     const std::string finding = series_finding(*host_.data_set(), *panel.series->ref());
-    if (!finding.empty()) text += (text.empty() ? "" : " ") + finding;
+    if (!finding.empty()) text += (text.empty() ? "" : text.ends_with('.') ? " " : ". ") + finding;
   }
   return text;
 }

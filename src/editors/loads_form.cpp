@@ -27,7 +27,7 @@ TLoadsForm::TLoadsForm(editor_host& host)
                        {"TLoadsForm", "Loads", "LoadsTree", series_kind::load, "LoadsTimeFunctionValueSimpleField",
                         "LoadsSystemNumericField", &system_data_type::scalw, &system_data_type::convw,
                         "Choose a load in the tree. A system's menu adds and removes loads.",
-                        "No loads: open a system's menu in the tree by the right mouse button, the Menu key or "
+                        "No loads: open a system's menu in the tree with the right mouse button, the Menu key or "
                         "Shift+F10, and choose Add/Remove Loads.",
                         0, "TimeFunctionsLabel"}),
       select_segments_(host) {}

@@ -48,7 +48,7 @@ TEST_F(Finding, GoesRoundTheNamesOfATree) {
   EXPECT_EQ(next("atlantis"), (node{1, 0}));
   EXPECT_EQ(form.message(), "No name contains \"atlantis\".");
   EXPECT_EQ(next(""), (node{1, 0}));
-  EXPECT_THAT(form.message(), StartsWith("Type a part of the name"));
+  EXPECT_THAT(form.message(), StartsWith("Type part of the name"));
 }
 
 TEST_F(Finding, GoesToTheRowOfAGridWhereverTheFocusIs) {
