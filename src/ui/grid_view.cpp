@@ -41,7 +41,6 @@ const char* usual_text(const cell_type& type) {
 grid_view::grid_view(TFillCalcTable& table, const QString& accessible_name, QWidget* parent, tab_key tab)
     : QTableView(parent), model_(new grid_model(table, this)), tab_(tab) {
   setAccessibleName(accessible_name);
-  setModel(model_);
   setItemDelegate(new cell_delegate(this));
   setSelectionMode(QAbstractItemView::ContiguousSelection);
   setEditTriggers(QAbstractItemView::AnyKeyPressed | QAbstractItemView::DoubleClicked |
@@ -54,6 +53,7 @@ grid_view::grid_view(TFillCalcTable& table, const QString& accessible_name, QWid
   horizontalHeader()->setResizeContentsPrecision(0); // only visible rows
   horizontalHeader()->setHighlightSections(false);
   horizontalHeader()->setTextElideMode(Qt::ElideRight);
+  setModel(model_); // after the sizes: a header with rows signals each row that changes its size
   connect(model_, &grid_model::active_moved, this, [this] { take_active_cell(); });
   connect(model_, &grid_model::columns_replaced, this, [this] { asked_for_.clear(); });
   connect(model_, &grid_model::modelReset, this, [this] {
