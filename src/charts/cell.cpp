@@ -12,6 +12,7 @@
 #include <chrono>
 #include <cmath>
 #include <cstdint>
+#include <limits>
 
 namespace vesk {
 
@@ -20,9 +21,10 @@ namespace {
 constexpr double first_second_of_next_day = 86400;
 
 std::string_view trimmed(std::string_view text) {
-  const auto first = text.find_first_not_of(" \t\r\n");
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
+  const auto is_blank = [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; };
+  while (!text.empty() && is_blank(text.front())) text.remove_prefix(1);
+  while (!text.empty() && is_blank(text.back())) text.remove_suffix(1);
+  return text;
 }
 
 std::string quoted(std::string_view text) {
@@ -193,17 +195,29 @@ cell_entry read_time(std::string_view text) {
 
 // Numbers.
 
-// The number of digits allowed before the point by the picture; 0 means any number.
-int digits_before_point(std::string_view picture) {
-  if (picture.size() <= 1 || picture.find_first_not_of("#.") != std::string_view::npos) return 0;
-  return static_cast<int>(std::min(picture.find('.'), picture.size()));
+// The power of ten that numbers must stay below to fit in the picture; infinity if all fit. Its digits are counted by
+// hand, since a pasted or computed column has millions of numbers.
+double limit_of(std::string_view picture) {
+  constexpr double none = std::numeric_limits<double>::infinity();
+  if (picture.size() <= 1) return none;
+  double limit = 1;
+  bool is_before_point = true;
+  for (const char c : picture) {
+    if (c == '.')
+      is_before_point = false;
+    else if (c != '#')
+      return none;
+    else if (is_before_point)
+      limit *= 10;
+  }
+  return limit > 1 ? limit : none;
 }
 
 cell_entry fitted_number(const cell_type& type, double value) {
-  const int digits = digits_before_point(type.picture);
-  if (digits > 0 && !(std::abs(value) < std::pow(10.0, digits)))
-    return refused("the number has more than " + counted(static_cast<std::uint64_t>(digits), "digit") +
-                   " before the point");
+  if (const double limit = limit_of(type.picture); !(std::abs(value) < limit)) {
+    const std::size_t digits = std::min(type.picture.find('.'), type.picture.size());
+    return refused("the number has more than " + counted(digits, "digit") + " before the point");
+  }
   return {value, {}};
 }
 

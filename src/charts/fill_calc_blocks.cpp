@@ -65,9 +65,9 @@ struct placed {
 
 // If a field has both a date and a time: the position of the blank or "T" between them.
 std::size_t date_and_time_split(std::string_view field) {
-  const std::size_t split = field.find_first_of(" T");
-  const bool has_time = split != std::string_view::npos && field.find(':', split) != std::string_view::npos;
-  return has_time ? split : std::string_view::npos;
+  const auto split = static_cast<std::size_t>(std::ranges::find_if(field, [](char c) { return c == ' ' || c == 'T'; }) -
+                                              field.begin());
+  return field.find(':', split) != std::string_view::npos ? split : std::string_view::npos;
 }
 
 // Reads pasted lines into cell values. Ends at the first field that a cell refuses. The grid must not change meanwhile.
@@ -215,18 +215,22 @@ TFillCalcTable::paste_outcome TFillCalcTable::do_paste(std::string_view text) {
 
 namespace {
 
-// Evaluates the formula for the cells of one column. Ends with a sentence at the first result that its cell refuses.
+// Evaluates the formula for the cells of one column, and keeps the results that differ from the present value. Ends
+// with a sentence at the first result that its cell refuses.
 std::string compute_column(const grid& content, std::size_t column, const cell_range& block, expression& formula,
-                           std::vector<double>& results) {
+                           std::vector<placed<double>>& changes) {
   const cell_type& type = content.columns()[column].type;
   for (std::size_t row = block.top; row <= block.bottom; ++row) {
-    const double result = formula.evaluate({.x = expression_number(type, content.value(row, column)),
+    const cell_value present = content.value(row, column);
+    const double result = formula.evaluate({.x = expression_number(type, present),
                                             .row = static_cast<double>(row + 1),
                                             .i = static_cast<double>(row - block.top + 1),
                                             .n = static_cast<double>(block.rows())});
     const cell_entry entry = computed_entry(type, result);
     if (!entry.accepted()) return "Row " + std::to_string(row + 1) + ": " + entry.refusal + ". Nothing was filled.";
-    results.push_back(std::get<double>(entry.value));
+    if (entry.value == present) continue;
+    changes.push_back(
+        {static_cast<std::uint32_t>(row), static_cast<std::uint32_t>(column), std::get<double>(entry.value)});
   }
   return {};
 }
@@ -242,13 +246,13 @@ std::string TFillCalcTable::calculate_selection(std::string_view text) {
     if (takes_blocks(c)) (content_->columns()[c].type.kind == cell_kind::text ? texts : numbers).push_back(c);
   if (numbers.empty() && texts.empty()) return "The selected cells cannot be changed.";
 
-  std::vector<double> results;
+  std::vector<placed<double>> changes;
   if (!numbers.empty()) {
     try {
       expression formula(text);
-      results.reserve(numbers.size() * block.rows());
+      changes.reserve(numbers.size() * block.rows());
       for (const std::size_t c : numbers)
-        if (std::string refusal = compute_column(*content_, c, block, formula, results); !refusal.empty())
+        if (std::string refusal = compute_column(*content_, c, block, formula, changes); !refusal.empty())
           return refusal;
     } catch (const expression_exception& error) {
       return error.what();
@@ -257,16 +261,13 @@ std::string TFillCalcTable::calculate_selection(std::string_view text) {
 
   change one(*this, "Fill/Calc");
   refused_.reset();
-  const auto write = [this](std::size_t row, std::size_t column, const cell_value& value) {
-    if (content_->value(row, column) != value) content_->set_value(row, column, value);
-  };
-  std::size_t next = 0;
-  for (const std::size_t c : numbers)
-    for (std::size_t row = block.top; row <= block.bottom; ++row) write(row, c, results[next++]);
+  for (const auto& cell : changes) content_->set_value(cell.row, cell.column, cell.value);
   if (numbers.empty())
-    for (const std::size_t c : texts)
+    for (const std::size_t c : texts) {
+      const cell_value value = read_entry(content_->columns()[c].type, text).value;
       for (std::size_t row = block.top; row <= block.bottom; ++row)
-        write(row, c, read_entry(content_->columns()[c].type, text).value);
+        if (content_->value(row, c) != value) content_->set_value(row, c, value);
+    }
   if (view_) view_->cells_changed({block.top, 0, block.bottom, content_->columns().size() - 1}); // including marks
   one.complete();
   return {};
