@@ -64,6 +64,8 @@ public:
     if (isc_[i] != record.isc) isc_.set(i, record.isc); // keeps numbers shared with other segments unchanged
     values_.set(i, record.values());
   }
+  // Of record i, which keeps its number.
+  void set_values(std::size_t i, const payload& values) { values_.set(i, values); }
   void push_back(const Record& record) {
     isc_.push_back(record.isc);
     values_.push_back(record.values());

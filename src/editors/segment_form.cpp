@@ -45,25 +45,29 @@ std::size_t segment_value_grid::row_count() const {
 }
 
 cell_value segment_value_grid::value(std::size_t row, std::size_t column) const {
+  // Of a million segments the values alone: their numbers are other memory.
   const segment_data_type& segment = host_.data_set()->segments[row];
-  if (shown_ == content::parameters)
-    return column < segment.parameters.size() ? cell_value(segment.parameters[column].value) : cell_value();
-  if (column >= segment.systems.size()) return {};
-  const segment_system_data_record_type system = segment.systems[column];
-  return shown_ == content::initial_concentrations ? system.initial_concentration : system.fraction_dissolved;
+  if (shown_ == content::parameters) {
+    const auto& parameters = segment.parameters.values();
+    return column < parameters.size() ? cell_value(parameters[column]) : cell_value();
+  }
+  const auto& systems = segment.systems.values();
+  if (column >= systems.size()) return {};
+  return shown_ == content::initial_concentrations ? systems[column].initial_concentration
+                                                   : systems[column].fraction_dissolved;
 }
 
 void segment_value_grid::set_value(std::size_t row, std::size_t column, const cell_value& value) {
   segment_data_type& segment = host_.data_set()->segments.edit(row);
   const double number = std::get<double>(value);
   if (shown_ == content::parameters) {
-    if (column < segment.parameters.size()) segment.parameters.set(column, {segment.parameters[column].isc, number});
+    if (column < segment.parameters.values().size()) segment.parameters.set_values(column, number);
     return;
   }
-  if (column >= segment.systems.size()) return;
-  segment_system_data_record_type system = segment.systems[column];
+  if (column >= segment.systems.values().size()) return;
+  auto system = segment.systems.values()[column];
   (shown_ == content::initial_concentrations ? system.initial_concentration : system.fraction_dissolved) = number;
-  segment.systems.set(column, system);
+  segment.systems.set_values(column, system);
 }
 
 cell_mark segment_value_grid::mark(std::size_t row, std::size_t column) const {
