@@ -3,6 +3,8 @@
 #include "platform/file_identity.h"
 #include "platform/file_lookup.h"
 
+#include <algorithm>
+
 namespace vesk {
 
 namespace {
@@ -16,13 +18,20 @@ std::int64_t time_of(const file_identity& identity) {
   return identity.changed_seconds * second + identity.changed_nanoseconds;
 }
 
+// SQLite may write changes to a log, NAME-wal, and to the database only much later. An empty log comes with reading.
+std::optional<std::int64_t> last_written(std::filesystem::path file) {
+  const auto database = identity_of(file);
+  if (!database) return std::nullopt;
+  const auto log = identity_of(file += "-wal");
+  return log && log->size > 0 ? std::max(time_of(*database), time_of(*log)) : time_of(*database);
+}
+
 } // namespace
 
 std::optional<std::int64_t> source_ages::written(const std::string& file, const std::filesystem::path& folder) {
   const auto [place, is_new] = written_.try_emplace(file);
   if (is_new)
-    if (const auto found = find_file(file, folder); !found.empty())
-      if (const auto identity = identity_of(found)) place->second = time_of(*identity);
+    if (const auto found = find_file(file, folder); !found.empty()) place->second = last_written(found);
   return place->second;
 }
 

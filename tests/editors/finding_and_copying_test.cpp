@@ -249,6 +249,20 @@ TEST_F(NewerSource, IsNotedUntilTheSeriesIsRefreshed) {
   EXPECT_EQ(note(), "");
 }
 
+TEST_F(NewerSource, IsNotedByTheLogOfADatabase) {
+  const auto note_with_log = [&](const char* log) {
+    folder.write("gauges.sqlite-wal", log);
+    shown(form);
+    form.select(editor_tree::node{0, 0});
+    return note();
+  };
+  stored().query.edit().file_name = "gauges.sqlite";
+  folder.write("gauges.sqlite", "unchanged");
+  set_time("gauges.sqlite", 0);
+  EXPECT_EQ(note_with_log(""), ""); // a reader may leave an empty one
+  EXPECT_EQ(note_with_log("a change"), "gauges.sqlite has changed since this series was filled from it.");
+}
+
 // The query has added its points before, when the series was filled.
 TEST_F(NewerSource, ByAQueryThatAddsPointsReplacesThoseThatItFinds) {
   stored().query.edit().replace_existing = false;
