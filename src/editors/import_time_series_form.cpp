@@ -75,7 +75,7 @@ std::unique_ptr<general_graph_data> graph_of(const point_list& points) {
 } // namespace
 
 TImportTimeSeriesForm::TImportTimeSeriesForm(editor_host& host)
-    : conditions_(query_, [this] { return ConditionTable.active_row(); }), host_(host) {
+    : conditions_(working_query, [this] { return ConditionTable.active_row(); }), host_(host) {
   conditions_.OnValuesWanted = [this](std::size_t row) {
     const auto read = [this, row] { refresh_values(row); };
     later ? later(read) : read();
@@ -93,7 +93,7 @@ void TImportTimeSeriesForm::begin(const series_ref& target, std::string editor_c
   identity_ = identity_of(*host_.data_set(), target_);
   series_name_ = vesk::series_name(*host_.data_set(), target_);
   editor_caption_ = std::move(editor_caption);
-  query_ = import_query(*find_series(*host_.data_set(), target_)->query, host_.data_folder());
+  working_query = import_query(stored_query(), host_.data_folder());
   message_.clear();
   report_.clear();
   ConditionTable.give_up_refused();
@@ -111,8 +111,8 @@ auto TImportTimeSeriesForm::work_on_query(const char* title, Work work, std::str
     value result;
   };
   message_.clear();
-  import_query copy = query_; // includes the source, which need not be reopened
-  copy.engine.take_connection(query_.engine);
+  import_query copy = working_query; // includes the source, which need not be reopened
+  copy.engine.take_connection(working_query.engine);
   const std::string what = "Reading " + copy.stored.file_name;
   const std::uint64_t generation = host_.generation();
   std::optional<value> result;
@@ -123,7 +123,7 @@ auto TImportTimeSeriesForm::work_on_query(const char* title, Work work, std::str
       return outcome{std::move(copy), std::move(made)};
     });
     if (came) {
-      query_ = std::move(came->worked_on);
+      working_query = std::move(came->worked_on);
       result.emplace(std::move(came->result));
     } else if (host_.generation() == generation) {
       message_ = std::move(when_cancelled);
@@ -142,7 +142,7 @@ auto TImportTimeSeriesForm::work_on_query(const char* title, Work work, std::str
 
 // An incomplete query is not an error here. The command that needs the source reports failures.
 void TImportTimeSeriesForm::FormShow() {
-  if (query_.stored.file_name.empty()) return say("Select the file that holds the data.");
+  if (working_query.stored.file_name.empty()) return say("Select the file that holds the data.");
   work_on_query(no_failure_text, [](import_query& source, const prevesk_dataset_data_type&) {
     source.read_lists();
     if (source.stored.date_time_field.empty()) choose_field(source, source.stored.date_time_field, "DATE_TIME");
@@ -176,11 +176,11 @@ bool TImportTimeSeriesForm::open_source(const std::string& file_name) {
 }
 
 void TImportTimeSeriesForm::refresh_values(std::size_t condition) {
-  if (condition >= query_.stored.conditions.size()) return;
-  const std::string typed = query_.stored.conditions[condition].value_text;
-  const std::string field = query_.stored.conditions[condition].field_name;
+  if (condition >= working_query.stored.conditions.size()) return;
+  const std::string typed = working_query.stored.conditions[condition].value_text;
+  const std::string field = working_query.stored.conditions[condition].field_name;
   trace_query("TCT_VALUES FOR ROW" + std::to_string(condition + 1) + ", FIELD:" + field +
-              "with that=" + query_.stored.name);
+              "with that=" + working_query.stored.name);
   const auto has_value = work_on_query(
       error_title,
       [condition](import_query& source, const prevesk_dataset_data_type&) {
@@ -214,31 +214,31 @@ void TImportTimeSeriesForm::say(std::string message) {
 }
 
 std::optional<std::size_t> TImportTimeSeriesForm::table() const {
-  return find_table_name(query_.tables, query_.stored.table_name);
+  return find_table_name(working_query.tables, working_query.stored.table_name);
 }
 
 std::optional<std::size_t> TImportTimeSeriesForm::date_time_field() const {
-  return position_of(query_.field_names, query_.stored.date_time_field);
+  return position_of(working_query.field_names, working_query.stored.date_time_field);
 }
 
 std::optional<std::size_t> TImportTimeSeriesForm::value_field() const {
-  return position_of(query_.field_names, query_.stored.value_field);
+  return position_of(working_query.field_names, working_query.stored.value_field);
 }
 
 bool TImportTimeSeriesForm::is_on(const import_option& option) const {
-  return option.member ? query_.stored.*option.member : query_.drill_down;
+  return option.member ? working_query.stored.*option.member : working_query.drill_down;
 }
 
 std::string TImportTimeSeriesForm::sql() const {
   try {
-    return query_.build_sql(*host_.data_set());
+    return working_query.build_sql(*host_.data_set());
   } catch (const query_exception& error) { // a number in a condition that cannot be parsed
     return error.what();
   }
 }
 
 std::string TImportTimeSeriesForm::sql_hint() const {
-  const bool is_unread = !query_.stored.file_name.empty() && query_.field_names.empty();
+  const bool is_unread = !working_query.stored.file_name.empty() && working_query.field_names.empty();
   return is_unread ? "The table could not be read. Run query shows why." : "Choose a value for each condition.";
 }
 
@@ -251,10 +251,10 @@ std::string TImportTimeSeriesForm::message() const {
 
 std::string TImportTimeSeriesForm::value_note() const {
   const std::size_t row = ConditionTable.active_row();
-  if (query_.stored.conditions.empty()) return "No conditions: all rows are used.";
-  if (row >= query_.choices.size() || query_.choices[row].value_count <= most_listed) return {};
-  return query_.stored.conditions[row].field_name + ": the first " + std::to_string(most_listed) + " of " +
-         std::to_string(query_.choices[row].value_count) + " values are listed; others can be typed.";
+  if (working_query.stored.conditions.empty()) return "No conditions: all rows are used.";
+  if (row >= working_query.choices.size() || working_query.choices[row].value_count <= most_listed) return {};
+  return working_query.stored.conditions[row].field_name + ": the first " + std::to_string(most_listed) + " of " +
+         std::to_string(working_query.choices[row].value_count) + " values are listed; others can be typed.";
 }
 
 std::string TImportTimeSeriesForm::results_note() const {
@@ -272,7 +272,7 @@ void TImportTimeSeriesForm::data_set_replaced() {
 // Controls.
 
 void TImportTimeSeriesForm::NameEditChange(const std::string& name) {
-  query_.stored.name = name;
+  working_query.stored.name = name;
 }
 
 // A source in or below the data file's folder can move together with it.
@@ -292,40 +292,43 @@ void TImportTimeSeriesForm::BrowseButtonClick() {
 }
 
 bool TImportTimeSeriesForm::FileNameEditChange(const std::string& name) {
-  return name == query_.stored.file_name || (nothing_is_refused() && open_source(name));
+  return name == working_query.stored.file_name || (nothing_is_refused() && open_source(name));
 }
 
 void TImportTimeSeriesForm::TableListChange(std::size_t position) {
-  if (position >= query_.tables.size() || position == table() || !nothing_is_refused()) return;
+  if (position >= working_query.tables.size() || position == table() || !nothing_is_refused()) return;
   clear_results();
-  work_on_query(error_title, [name = query_.tables[position]](import_query& source, const prevesk_dataset_data_type&) {
-    take_table(source, name);
-    return true;
-  });
+  work_on_query(error_title,
+                [name = working_query.tables[position]](import_query& source, const prevesk_dataset_data_type&) {
+                  take_table(source, name);
+                  return true;
+                });
 }
 
 void TImportTimeSeriesForm::DateTimeFieldChange(std::size_t position) {
   if (!nothing_is_refused()) return;
-  if (position < query_.field_names.size()) query_.stored.date_time_field = query_.field_names[position];
+  if (position < working_query.field_names.size())
+    working_query.stored.date_time_field = working_query.field_names[position];
   changed();
 }
 
 void TImportTimeSeriesForm::ValueFieldChange(std::size_t position) {
   if (!nothing_is_refused()) return;
-  if (position < query_.field_names.size()) query_.stored.value_field = query_.field_names[position];
+  if (position < working_query.field_names.size())
+    working_query.stored.value_field = working_query.field_names[position];
   changed();
 }
 
 void TImportTimeSeriesForm::OptionClick(const import_option& option, bool on) {
   if (!nothing_is_refused()) return;
-  (option.member ? query_.stored.*option.member : query_.drill_down) = on;
+  (option.member ? working_query.stored.*option.member : working_query.drill_down) = on;
   changed();
 }
 
 void TImportTimeSeriesForm::InsertButtonClick() {
   if (!nothing_is_refused()) return;
-  query_.insert_condition();
-  const std::size_t row = query_.stored.conditions.size() - 1;
+  working_query.insert_condition();
+  const std::size_t row = working_query.stored.conditions.size() - 1;
   ConditionTable.display_rows();
   ConditionTable.set_active(row, condition_grid::field_column);
   refresh_values(row);
@@ -334,8 +337,8 @@ void TImportTimeSeriesForm::InsertButtonClick() {
 void TImportTimeSeriesForm::DeleteButtonClick() {
   if (!nothing_is_refused()) return;
   const std::size_t row = ConditionTable.active_row();
-  if (row >= query_.stored.conditions.size()) return say("There is no condition to delete.");
-  query_.remove_condition(row);
+  if (row >= working_query.stored.conditions.size()) return say("There is no condition to delete.");
+  working_query.remove_condition(row);
   message_.clear();
   show_lists();
 }
@@ -356,8 +359,8 @@ void TImportTimeSeriesForm::RunQueryButtonClick() {
 void TImportTimeSeriesForm::ResetAllButtonClick() {
   if (!nothing_is_refused()) return;
   query fresh;
-  fresh.name = query_.stored.name;
-  query_ = import_query(std::move(fresh), host_.data_folder());
+  fresh.name = working_query.stored.name;
+  working_query = import_query(std::move(fresh), host_.data_folder());
   message_.clear();
   clear_results();
   show_lists();
@@ -374,7 +377,7 @@ void TImportTimeSeriesForm::GraphButtonClick() {
   if (!points) return;
   if (points->empty()) return say("Nothing to draw: the query found no values.");
   auto data = graph_of(*points);
-  data->label = query_.stored.name;
+  data->label = working_query.stored.name;
   data->steps = interpolation_of(*host_.data_set(), target_) != interpolation_linear;
   auto graph = std::make_shared<TGraphForm>();
   graph->add_series(std::move(data));
@@ -402,7 +405,7 @@ bool TImportTimeSeriesForm::has_target() {
 bool TImportTimeSeriesForm::ImportButtonClick() {
   if (!nothing_is_refused() || !has_target()) return false;
   const std::uint64_t generation = host_.generation();
-  const bool deferred = query_.stored.deferred;
+  const bool deferred = working_query.stored.deferred;
   const box_answer answer =
       deferred
           ? host_.questions().message_box(
@@ -423,14 +426,14 @@ bool TImportTimeSeriesForm::ImportButtonClick() {
     store("Import");
     return true;
   }
-  auto filled = work_on_query(import_error_title, [points = find_series(*host_.data_set(), target_)->points](
-                                                      import_query& source, const prevesk_dataset_data_type& data) {
-    filling made{points, {}};
-    made.report = source.execute(data, made.points);
-    return made;
-  });
+  auto filled = work_on_query(import_error_title,
+                              [points = target_points()](import_query& source, const prevesk_dataset_data_type& data) {
+                                filling made{points, {}};
+                                made.report = source.execute(data, made.points);
+                                return made;
+                              });
   if (!filled) return false;
-  report_ = in_words("Imported", query_.stored, filled->report) + (filled->report.rows > 0 ? "." : "");
+  report_ = in_words("Imported", working_query.stored, filled->report) + (filled->report.rows > 0 ? "." : "");
   store("Import", std::move(filled));
   return true;
 }
@@ -442,22 +445,29 @@ bool TImportTimeSeriesForm::FormCloseQuery(bool by_ok) {
   return true;
 }
 
+const import_query_descriptor& TImportTimeSeriesForm::stored_query() const {
+  return *find_series(*host_.data_set(), target_)->query;
+}
+
+const point_list& TImportTimeSeriesForm::target_points() const {
+  return find_series(*host_.data_set(), target_)->points;
+}
+
 // One step of the history, including the sorting of the points.
 void TImportTimeSeriesForm::store(const char* label, std::optional<filling> filled) {
-  const stored_series& series = *find_series(*host_.data_set(), target_);
-  query present = *series.query;
+  query present = stored_query();
   // Opening a file that is one table also stores the file's name as the table; that alone is not a change.
-  if (query_.source_kind == source_one_table && present.file_name == query_.stored.file_name)
-    present.table_name = query_.stored.table_name;
-  const bool is_other_query = present != query_.stored;
-  point_list points = filled ? std::move(filled->points) : series.points;
+  if (working_query.source_kind == source_one_table && present.file_name == working_query.stored.file_name)
+    present.table_name = working_query.stored.table_name;
+  const bool is_other_query = present != working_query.stored;
+  point_list points = filled ? std::move(filled->points) : target_points();
   sort_by_moment(points);
-  const bool is_step = is_other_query || points != series.points;
+  const bool is_step = is_other_query || points != target_points();
   if (is_step) host_.begin_step(editor_caption_ + ": " + label, {});
   if (filled) edit_series(*host_.data_set(), target_).filled = filled->report.as_of;
   if (!is_step) return;
   edit_series(*host_.data_set(), target_).points = std::move(points);
-  if (is_other_query) edit_series(*host_.data_set(), target_).query.edit() = query_.stored;
+  if (is_other_query) edit_series(*host_.data_set(), target_).query.edit() = working_query.stored;
   host_.end_step(true);
 }
 

@@ -31,7 +31,7 @@ struct import_option {
 
 class TImportTimeSeriesForm final : public form {
 private:
-  import_query query_; // the working query
+  import_query working_query; // a copy of the stored one until OK
   condition_grid conditions_;
   shown_rows_grid results_;
 
@@ -48,9 +48,9 @@ public:
   void data_set_replaced() override;
 
   // Content.
-  const import_query_descriptor& stored() const { return query_.stored; }
-  const std::vector<std::string>& tables() const { return query_.tables; } // empty: the file is one table
-  const std::vector<std::string>& field_names() const { return query_.field_names; }
+  const import_query_descriptor& stored() const { return working_query.stored; }
+  const std::vector<std::string>& tables() const { return working_query.tables; } // empty: the file is one table
+  const std::vector<std::string>& field_names() const { return working_query.field_names; }
   // Positions in these lists; nothing if the list lacks the query's name.
   std::optional<std::size_t> table() const;
   std::optional<std::size_t> date_time_field() const;
@@ -104,6 +104,9 @@ private:
   void changed() const;
   void say(std::string message);
   bool has_target(); // finds the series; otherwise reports that it is gone
+  // Of the series that the dialog is about; valid until the data set is next changed.
+  const import_query_descriptor& stored_query() const;
+  const point_list& target_points() const;
   std::string name_to_store(const std::string& file) const;
   void store(const char* label, std::optional<filling> filled = std::nullopt); // without points: stores only the query
 
