@@ -275,7 +275,8 @@ cell_entry read_check(std::string_view text) {
 
 cell_entry read_item(const cell_type& type, std::string_view text) {
   if (const auto item = type.items->find(text)) return {static_cast<double>(*item), {}};
-  return refused(quoted(text) + " is not in the list");
+  const std::string ambiguity = type.items->ambiguity(text);
+  return refused(quoted(text) + (ambiguity.empty() ? " is not in the list" : ambiguity));
 }
 
 // Limited to the cell's number of characters and to 255 bytes, cut at a whole character. Tabs, line ends and control

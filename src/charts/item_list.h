@@ -24,6 +24,10 @@ public:
   // The item meant by a typed or pasted text; nothing if none or several match.
   virtual std::optional<std::size_t> find(std::string_view text) const;
 
+  // For a text that means more than one item: which ones, and how to write them, as the end of a sentence that begins
+  // with the text. Empty for all others.
+  virtual std::string ambiguity(std::string_view) const { return {}; }
+
   // Whether an entry may also be a text that is not among the items; `find` then interprets it.
   virtual bool takes_other_texts() const { return false; }
 

@@ -3,8 +3,10 @@
 #include "dataset/any_case.h"
 #include "dataset/text_encoding.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <vector>
 
 namespace vesk {
 
@@ -51,6 +53,21 @@ std::optional<std::size_t> segment_items::find(std::string_view text) const {
   if (equal_names(text, last_)) return n;
   const auto found = names().find(in_capitals(text));
   return found != names().end() && found->second < n ? std::optional(found->second) : std::nullopt;
+}
+
+std::string segment_items::ambiguity(std::string_view text) const {
+  constexpr std::size_t most = 3; // that are listed
+  const std::string wanted = in_capitals(text);
+  const auto found = names().find(wanted);
+  if (found == names().end() || found->second < count()) return {};
+  std::vector<std::size_t> numbers;
+  for (std::size_t i = 0; i < count(); ++i)
+    if (in_capitals(without_blanks(name(i))) == wanted) numbers.push_back(i + 1);
+  std::string list;
+  for (std::size_t i = 0; i < std::min(numbers.size(), most); ++i)
+    list += (i == 0 ? "" : i + 1 == numbers.size() ? " and " : ", ") + std::to_string(numbers[i]);
+  if (numbers.size() > most) list += " and " + std::to_string(numbers.size() - most) + " more";
+  return " is the name of segments " + list + "; write the number, or \"" + this->text(numbers[0] - 1) + "\"";
 }
 
 const std::unordered_map<std::string, std::size_t>& segment_items::names() const {

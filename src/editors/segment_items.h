@@ -23,6 +23,7 @@ public:
   std::string text(std::size_t item) const override;
   std::string text_beyond(std::size_t item) const override { return std::to_string(item); }
   std::optional<std::size_t> find(std::string_view text) const override;
+  std::string ambiguity(std::string_view name) const override;
   bool has_short_texts() const override { return true; }
   double number_of(std::size_t item) const override;
   std::optional<std::size_t> item_of(double number) const override;

@@ -152,6 +152,11 @@ TEST_F(Segments, PastedBottomsAreAmongTheRowsThatCome) {
   EXPECT_THAT(paste(line("Oak City", "4: ")), ElementsAre(2, -1, 3, -1, 4, -1)); // a segment without a name
   EXPECT_THAT(paste(line("Oak City", "5: Mud")), ElementsAre(2, -1, 3, -1, 4, -1));
   EXPECT_THAT(host.boxes.back(), HasSubstr("Line 1, column 8: \"5: Mud\" is not in the list. Nothing was pasted."));
+  std::string muddy = line("Mud", "mud");
+  for (int i = 0; i < 4; ++i) muddy += line("Mud", "0");
+  paste(muddy);
+  EXPECT_THAT(host.boxes.back(), HasSubstr("\"mud\" is the name of segments 3, 4, 5 and 2 more; write the number, or "
+                                           "\"3: Mud\". Nothing was pasted."));
 
   select_all();
   EXPECT_EQ(paste(line("Mill", "4") + line("Lock", "0")).size(), 6U); // would refer to a deleted row

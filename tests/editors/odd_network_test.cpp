@@ -109,7 +109,9 @@ TEST_F(OddNetwork, PairsArePastedInAnySpellingOrNotAtAll) {
     EXPECT_EQ(print(form.panels()[2]->table), as_it_was) << text;
   }
   host.data.segments.edit(2).name = "halifax";
-  EXPECT_THAT(pasted(form, "Halifax\t1\t1\n"), HasSubstr("Line 1, column 1: ")); // ambiguous
+  EXPECT_THAT(pasted(form, "Halifax\t1\t1\n"),
+              HasSubstr("Line 1, column 1: \"Halifax\" is the name of segments 2 and 3; write the number, or "
+                        "\"2: Halifax\". Nothing was pasted."));
   EXPECT_THAT(pasted(form, "3: HALIFAX\t1\t1\n"), HasSubstr("3: halifax|1: Weldon|1.0000\n"));
 }
 
