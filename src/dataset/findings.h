@@ -3,6 +3,7 @@
 
 #include "dataset/series.h"
 
+#include <algorithm>
 #include <string>
 
 namespace vesk {
@@ -22,6 +23,14 @@ std::string range_finding(double value, double minimum, double maximum);
 // A series without points, or without points in the run, although the run uses it. Empty if neither.
 std::string series_finding(const prevesk_dataset_data_type& data, const series_ref& ref);
 std::string used_series_finding(const prevesk_dataset_data_type& data, const stored_series& series); // of one in use
+
+// An exchange or flow field with pairs that is not used. Empty for all others.
+template <class Field>
+std::string field_finding(const Field& field) {
+  const auto has_pairs = [](const auto& function) { return !function.pairs.empty(); };
+  if (field.used || std::none_of(field.functions.begin(), field.functions.end(), has_pairs)) return {};
+  return "This field is not used: its functions and pairs have no effect on a run.";
+}
 
 // Number of points before the start or after the end of the run.
 std::size_t points_outside_run(const prevesk_dataset_data_type& data, const point_list& points);

@@ -1,5 +1,6 @@
 #include "editors/exchanges_flows_form.h"
 
+#include "dataset/findings.h"
 #include "dataset/text_encoding.h"
 
 #include <algorithm>
@@ -10,6 +11,7 @@ namespace {
 
 constexpr const char* factor_format = "ExchangeFlowFieldNumericField";
 constexpr const char* pair_format = "ExchangeFlowPairNumericField";
+enum : std::size_t { used_column = 1 }; // of a field
 constexpr unsigned row_buttons = insert_button | delete_button | delete_all_button;
 
 template <class Field>
@@ -109,6 +111,9 @@ Grids TExchangesFlowsForm::make_grids(
               {function_columns<function_type>(), functions, edit_functions},
               {std::move(pair_columns), pairs,
                [this, edit_functions] { return &edit_functions()->edit(function_panel_.table.active_row()).pairs; }}};
+  grids.fields.mark_of = [](const field_type& field, std::size_t column) -> cell_mark {
+    return {column == used_column ? field_finding(field) : std::string()};
+  };
   grids.functions.make_appended = [new_function] {
     function_type function;
     function.description = new_function;
@@ -148,7 +153,11 @@ TExchangesFlowsForm::TExchangesFlowsForm(editor_host& host)
   field_panel_.table.OnEnteringRow = [this](std::size_t) { enter_field(); };
   function_panel_.table.OnEnteringRow = [this](std::size_t) { enter_function(); };
   function_panel_.table.OnDoneEdit = [this](std::size_t) { show_details(); };
-  function_panel_.table.OnRowsChanged = [this] { show_details(); };
+  function_panel_.table.OnRowsChanged = [this] {
+    show_details();
+    field_panel_.table.invalidate_row(field_panel_.table.active_row()); // its mark
+  };
+  pair_panel_.table.OnRowsChanged = [this] { field_panel_.table.invalidate_row(field_panel_.table.active_row()); };
 }
 
 void TExchangesFlowsForm::grid_entered(std::size_t position) {

@@ -326,6 +326,21 @@ TEST_F(ExchangesFlows, PairsThatMoveNothingAreMarked) {
     EXPECT_EQ(pairs.mark(row, column).text, "") << row << column;
 }
 
+TEST_F(ExchangesFlows, FieldsWithPairsThatAreNotUsedAreMarked) {
+  TExchangesFlowsForm form(host);
+  form.exchange_mode = false;
+  TFillCalcTable& fields = shown(form);
+  form.InsertRowButtonClick(*form.panels()[1]);
+  EXPECT_FALSE(fields.content().mark(0, 1)); // a function without pairs moves nothing anyway
+  form.InsertRowButtonClick(*form.panels()[2]);
+  EXPECT_EQ(fields.content().mark(0, 1).text,
+            "This field is not used: its functions and pairs have no effect on a run.");
+  EXPECT_FALSE(fields.content().mark(0, 0));
+  EXPECT_FALSE(fields.content().mark(1, 1));
+  fields.click(0, 1);
+  EXPECT_FALSE(fields.content().mark(0, 1));
+}
+
 TEST_F(ExchangesFlows, RefusesDuplicatesInTheWordsOfTheMode) {
   for (const bool exchanges : {true, false}) {
     TExchangesFlowsForm form(host);
