@@ -50,18 +50,18 @@ Items carried_over(const Items& old, const Items& defaults, const partner_list& 
 }
 
 // Rebuilds one of the two lists of every segment after the model's list `old` has become `fresh`. Partners are sought
-// up to the length of the segment's own list. Segments that do not change keep sharing their memory. Those before
-// `first` have lists like `old`.
+// up to the length of the segment's own list. Segments that do not change keep sharing their memory. All but
+// those of `which` have lists like `old`.
 template <class Items, class List>
 void rebuild_segment_lists(shared_list<segment_data_type>& segments, Items segment_data_type::*list, const List& fresh,
-                           const List& old, std::size_t first) {
+                           const List& old, segment_range which) {
   Items defaults;
   defaults.resize(fresh.size());
-  if (old.size() != fresh.size() || !is_identity(find_partners(fresh, old))) first = 0;
+  if (old.size() != fresh.size() || !is_identity(find_partners(fresh, old))) which = {};
   std::optional<std::size_t> reach; // of `partners`; almost always the same for all segments
   partner_list partners;
   bool same = false, nothing_kept = false;
-  for (std::size_t i = first; i < segments.size(); ++i) {
+  for (std::size_t i = which.first; i < std::min(which.end, segments.size()); ++i) {
     const Items& items = segments[i].*list;
     if (reach != items.size()) {
       reach = items.size();
@@ -113,7 +113,7 @@ void prevesk_dataset_data_type::refresh_from_catalogue(bool merge) {
   fill_output_controls(rows.outputs.size(), merge);
 }
 
-void prevesk_dataset_data_type::fill_parameters(std::size_t count, bool merge, std::size_t first_segment) {
+void prevesk_dataset_data_type::fill_parameters(std::size_t count, bool merge, segment_range which) {
   const auto old = merge ? parameters : shared_list<parameter_data_type>();
   rebuild(parameters, count, model().parameters, [](parameter_data_type& parameter, const catalogue_parameter& row) {
     parameter.isc = row.isc;
@@ -128,10 +128,10 @@ void prevesk_dataset_data_type::fill_parameters(std::size_t count, bool merge, s
     parameters.edit(i).used = old[*partners[i]].used;
     parameters.edit(i).scale = old[*partners[i]].scale;
   }
-  rebuild_segment_lists(segments, &segment_data_type::parameters, parameters, old, first_segment);
+  rebuild_segment_lists(segments, &segment_data_type::parameters, parameters, old, which);
 }
 
-void prevesk_dataset_data_type::fill_systems(std::size_t count, bool merge, std::size_t first_segment) {
+void prevesk_dataset_data_type::fill_systems(std::size_t count, bool merge, segment_range which) {
   const auto old = merge ? systems : shared_list<system_data_type>();
   rebuild(systems, count, model().systems, [](system_data_type& system, const catalogue_system& row) {
     system.isc = row.model_system_id;
@@ -145,7 +145,7 @@ void prevesk_dataset_data_type::fill_systems(std::size_t count, bool merge, std:
     system = old[*partners[i]]; // everything but the name is the user's
     system.description = catalogue_name;
   }
-  rebuild_segment_lists(segments, &segment_data_type::systems, systems, old, first_segment);
+  rebuild_segment_lists(segments, &segment_data_type::systems, systems, old, which);
 }
 
 void prevesk_dataset_data_type::fill_constant_groups(std::size_t count, bool merge) {

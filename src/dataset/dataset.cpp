@@ -1,5 +1,6 @@
 #include "dataset/dataset.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace vesk {
@@ -52,16 +53,16 @@ void prevesk_dataset_data_type::resize_segments(std::size_t count) {
   reconcile_segments();
 }
 
-void prevesk_dataset_data_type::reconcile_segments(std::size_t first) {
+void prevesk_dataset_data_type::reconcile_segments(segment_range which) {
   if (!catalogue()) {
-    for (std::size_t i = first; i < segments.size(); ++i) {
+    for (std::size_t i = which.first; i < std::min(which.end, segments.size()); ++i) {
       if (segments[i].parameters.size() != parameters.size()) segments.edit(i).parameters.resize(parameters.size());
       if (segments[i].systems.size() != systems.size()) segments.edit(i).systems.resize(systems.size());
     }
     return;
   }
-  fill_parameters(parameters.size(), true, first);
-  fill_systems(systems.size(), true, first);
+  fill_parameters(parameters.size(), true, which);
+  fill_systems(systems.size(), true, which);
 }
 
 void prevesk_dataset_data_type::ensure_default_points(point_list& points) const {

@@ -6,8 +6,10 @@
 #include "dataset/reading_losses.h"
 #include "dataset/records.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <limits>
 #include <memory>
 #include <string>
 
@@ -15,6 +17,11 @@ namespace vesk {
 
 class binary_reader;
 class binary_writer;
+
+// Positions of segments, from `first` to before `end`; no end means all the others.
+struct segment_range {
+  std::size_t first = 0, end = std::numeric_limits<std::size_t>::max();
+};
 
 // A complete model input.
 //
@@ -97,8 +104,8 @@ public:
 
   // The individual fills: `count` is the number of records in the new list. `merge` as above. The segments' own lists
   // are brought to the same length; those before `first_segment` are known to have the length of the present list.
-  void fill_parameters(std::size_t count, bool merge, std::size_t first_segment = 0);
-  void fill_systems(std::size_t count, bool merge, std::size_t first_segment = 0);
+  void fill_parameters(std::size_t count, bool merge, segment_range which = {});
+  void fill_systems(std::size_t count, bool merge, segment_range which = {});
   void fill_constant_groups(std::size_t count, bool merge);
   void fill_time_functions(std::size_t count, bool merge);
   void fill_output_controls(std::size_t count, bool merge);
@@ -109,8 +116,8 @@ public:
   // removed.
   void resize_segments(std::size_t count);
 
-  // Gives the segments from `first` on lists of the right length; those before are known to have them.
-  void reconcile_segments(std::size_t first = 0);
+  // Gives these segments lists of the right length; the others are known to have them.
+  void reconcile_segments(segment_range which = {});
 
   // Gives an empty series two points of value 0, at the default moment and at the data set's end. Leaves other series
   // alone.

@@ -162,8 +162,8 @@ void erase_segment(prevesk_dataset_data_type& data, std::size_t position) {
   pull_bottom_references(data);
 }
 
-void reconcile_segment_records(prevesk_dataset_data_type& data, std::size_t first) {
-  data.reconcile_segments(first);
+void reconcile_segment_records(prevesk_dataset_data_type& data, segment_range which) {
+  data.reconcile_segments(which);
 }
 
 std::size_t pull_bottom_references(prevesk_dataset_data_type& data) {

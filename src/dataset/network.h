@@ -31,8 +31,8 @@ void insert_segment(prevesk_dataset_data_type& data, std::size_t position);
 void erase_segment(prevesk_dataset_data_type& data, std::size_t position);
 
 // Gives every segment one record for each parameter and system of the data set, keeping existing values. Restores the
-// catalogue's descriptions. Segments before `first` are known to have their records.
-void reconcile_segment_records(prevesk_dataset_data_type& data, std::size_t first = 0);
+// catalogue's descriptions. The segments that are not in `which` are known to have their records.
+void reconcile_segment_records(prevesk_dataset_data_type& data, segment_range which = {});
 
 // Sets bottom references past the end to the last segment. Returns how many.
 std::size_t pull_bottom_references(prevesk_dataset_data_type& data);

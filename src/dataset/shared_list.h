@@ -81,7 +81,9 @@ public:
     assert(position <= size_);
     own(position, size_);
     push_back(std::move(value));
-    for (std::size_t i = size_ - 1; i > position; --i) std::swap(edit(i), edit(i - 1));
+    T inserted = std::move(edit_back());
+    for (std::size_t i = size_ - 1; i > position; --i) edit(i) = std::move(edit(i - 1));
+    edit(position) = std::move(inserted);
   }
   void erase(std::size_t position, std::size_t count = 1) {
     assert(position + count <= size_);

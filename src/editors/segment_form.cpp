@@ -242,7 +242,7 @@ std::size_t TSegmentForm::bottom_segment_refresh() {
 void TSegmentForm::rows_changed() {
   prevesk_dataset_data_type& data = *host().data_set();
   const segment_references moved = moved_references();
-  reconcile_segment_records(data, records_are_whole_ ? segments_.first_moved : 0);
+  reconcile_segment_records(data, records_are_whole_ ? segments_.come : segment_range{});
   records_are_whole_ = true;
   if (data.segments.size() < segment_count_) bottom_segment_refresh();
   segment_count_ = data.segments.size();
@@ -253,7 +253,7 @@ void TSegmentForm::rows_changed() {
 
 segment_references TSegmentForm::moved_references() const {
   const prevesk_dataset_data_type& data = *host().data_set();
-  const std::size_t count = data.segments.size(), first = segments_.first_moved;
+  const std::size_t count = data.segments.size(), first = segments_.come.first;
   if (count == segment_count_) return {};
   return first == segment_count_ ? references_to_appended(data, first)
                                  : references_between(data, first, std::max(count, segment_count_));

@@ -47,12 +47,16 @@ class segment_list_grid final : public record_grid<segment_data_type> {
 public:
   explicit segment_list_grid(record_grid<segment_data_type> content) : record_grid(std::move(content)) {}
 
-  void insert_row(std::size_t row) override { record_grid::insert_row(first_moved = row); }
+  void insert_row(std::size_t row) override {
+    come = {row, row + 1};
+    record_grid::insert_row(row);
+  }
   void erase_rows(std::size_t first, std::size_t count) override {
-    record_grid::erase_rows(first_moved = first, count);
+    come = {first, first};
+    record_grid::erase_rows(first, count);
   }
   void resize(std::size_t count) override {
-    first_moved = std::min(count, row_count());
+    come = {std::min(count, row_count()), count};
     record_grid::resize(count);
   }
   void expect(const coming_rows* rows) override {
@@ -60,7 +64,7 @@ public:
   }
 
   std::shared_ptr<segment_items> bottoms; // the items of the bottom segments, which are these rows
-  std::size_t first_moved = 0;            // by the last of these; segments before it have kept their numbers
+  segment_range come;                     // what the last of these brought; segments before it have kept their numbers
 };
 
 class TSegmentForm final : public editor {
