@@ -108,16 +108,21 @@ void configuration::each_value(Self& self, Visit visit) {
   VESK_SETTING(TimeFunctionsBasicSimpleField);
   VESK_SETTING(SegmentsVolumeConversionFactorPictureField);
   VESK_SETTING(SegmentsVolumeScaleFactorPictureField);
+}
+
+template <class Self, class Visit>
+void configuration::each_optional_value(Self& self, Visit visit) {
+  VESK_SETTING(UndoMegabytes);
+  VESK_SETTING(ShowResultsAfterRun);
+  VESK_SETTING(WrapMessages);
 #undef VESK_SETTING
 }
 
 configuration::configuration(const std::filesystem::path& file, access granted)
     : registry_configuration("TALMO", "VESK", "7.0", file), access_(granted) {
   each_value(*this, [this](std::string_view name, auto& member) { read(name, member); });
-  read("UndoMegabytes", UndoMegabytes);
-  undo_megabytes_as_read_ = UndoMegabytes;
-  read("ShowResultsAfterRun", ShowResultsAfterRun);
-  show_results_as_read_ = ShowResultsAfterRun;
+  each_optional_value(*this, [this](std::string_view name, auto& member) { read(name, member); });
+  optional_as_read_ = optional_values();
   for (std::size_t i = 1; i <= most_recent_files; ++i) {
     std::string name;
     read(recent_file_name(i), name);
@@ -133,6 +138,13 @@ configuration::values configuration::all_values() {
   values all;
   each_value(*this, [&all](std::string_view name, const auto& member) { all.emplace_back(name, text_of(member)); });
   all.emplace_back("DatabaseDir", DatabaseDir == default_database() ? std::string() : DatabaseDir);
+  return all;
+}
+
+configuration::values configuration::optional_values() const {
+  values all;
+  each_optional_value(*this,
+                      [&all](std::string_view name, const auto& member) { all.emplace_back(name, text_of(member)); });
   return all;
 }
 
@@ -185,18 +197,21 @@ void configuration::save_recent_files() {
   forgets_stored_files_ = false;
 }
 
+void configuration::save_optional_values() {
+  const values now = optional_values();
+  values changed, before;
+  for (std::size_t i = 0; i < now.size(); ++i)
+    if (now[i] != optional_as_read_[i]) changed.push_back(now[i]), before.push_back(optional_as_read_[i]);
+  if (!changed.empty()) save(changed, before);
+  optional_as_read_ = now;
+}
+
 void configuration::save_all() {
   if (access_ == access::read_only) return;
   save_recent_files();
   values now = all_values();
   save(now, as_read_);
-  if (UndoMegabytes != undo_megabytes_as_read_)
-    save({{"UndoMegabytes", text_of(UndoMegabytes)}}, {{"UndoMegabytes", text_of(undo_megabytes_as_read_)}});
-  undo_megabytes_as_read_ = UndoMegabytes;
-  if (ShowResultsAfterRun != show_results_as_read_)
-    save({{"ShowResultsAfterRun", text_of(ShowResultsAfterRun)}},
-         {{"ShowResultsAfterRun", text_of(show_results_as_read_)}});
-  show_results_as_read_ = ShowResultsAfterRun;
+  save_optional_values();
   as_read_ = std::move(now);
 }
 

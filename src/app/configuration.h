@@ -83,9 +83,11 @@ public:
   int MainFormHeight = 0;
   int MainFormWindowState = 0; // 0 normal, 1 minimised, 2 maximised
   bool RunTimeGridAlwaysVisible = false;
-  int UndoMegabytes = 0; // memory for the steps of Undo; 0: chosen by memory size. Saved only after a change.
 
-  bool ShowResultsAfterRun = true; // saved only after a change
+  // Saved only after a change.
+  int UndoMegabytes = 0; // memory for the steps of Undo; 0: chosen by memory size
+  bool ShowResultsAfterRun = true;
+  bool WrapMessages = false;
 
   // The entry pictures of the grids' fields: "#" a digit, "E" a position in exponent style.
   std::string EditProjectBasicNumericField = "#######.###";
@@ -128,16 +130,20 @@ public:
   std::string DatabaseDir;
 
 private:
-  // Calls `visit(name, member)` for every stored value except DatabaseDir, in the order of reading and writing.
+  // Calls `visit(name, member)` for every value that is always stored, except DatabaseDir, in the order of reading and
+  // writing.
   template <class Self, class Visit>
   static void each_value(Self& self, Visit visit);
+  // The same for those that are saved only after a change.
+  template <class Self, class Visit>
+  static void each_optional_value(Self& self, Visit visit);
   values all_values();
+  values optional_values() const;
+  void save_optional_values();
   void save_recent_files();
 
   const access access_;
-  values as_read_;
-  int undo_megabytes_as_read_ = 0;
-  bool show_results_as_read_ = true;
+  values as_read_, optional_as_read_;
   std::vector<std::string> recent_files_;
   std::vector<std::string> added_files_, removed_files_; // since they were read or saved
   bool forgets_stored_files_ = false;

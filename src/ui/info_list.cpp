@@ -18,9 +18,9 @@ namespace vesk {
 
 namespace {
 
-constexpr int column_width = 600; // at least
-constexpr int picture_width = 40; // with the space around it
-constexpr int catch_up_milliseconds = 10;
+constexpr int column_width = 600;         // at least
+constexpr int picture_width = 40;         // with the space around it
+constexpr int catch_up_milliseconds = 30; // painting the list takes up to 5
 
 // The icons' meaning in words: neither icon nor colour is ever the only sign.
 constexpr const char* words[] = {"", "Note: ", "Failure: "};
@@ -29,6 +29,14 @@ constexpr const char* words[] = {"", "Note: ", "Failure: "};
 class line_delegate final : public QStyledItemDelegate {
 public:
   using QStyledItemDelegate::QStyledItemDelegate;
+
+  // A tree asks for the height of a line without saying how wide it is.
+  QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override {
+    QStyleOptionViewItem known = option;
+    const auto* view = qobject_cast<const QTreeView*>(parent());
+    if (view && view->wordWrap()) known.rect = QRect(0, 0, view->columnWidth(0), 1);
+    return QStyledItemDelegate::sizeHint(known, index);
+  }
 
 protected:
   void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {
@@ -137,20 +145,21 @@ info_list::info_list(QWidget* parent) : QTreeView(parent) {
 
 void info_list::append(const std::string& text, int icon) {
   lines_.append(text, icon);
-  note_width_of_newest();
+  note_newest();
 }
 
 void info_list::begin_section(const std::string& heading) {
   lines_.begin_section(heading);
-  note_width_of_newest();
+  note_newest();
 }
 
 void info_list::end_section(const std::string& outcome) {
   lines_.end_section(outcome);
-  note_width_of_newest();
+  note_newest();
 }
 
-void info_list::note_width_of_newest() {
+// Painting the list for each of 8,000 lines that an engine sends would take longer than a short run.
+void info_list::note_newest() {
   const QModelIndex newest = lines_.index(lines_.rowCount() - 1);
   const int width =
       fontMetrics().horizontalAdvance(newest.data(info_lines::whole_text).toString()) + scaled(picture_width, *this);
@@ -158,11 +167,16 @@ void info_list::note_width_of_newest() {
     longest_ = width;
     is_wider_ = true;
   }
-  if (!catch_up_soon_.isActive()) catch_up_soon_.start();
+  catch_up_later();
 }
 
-// Laying out the lines takes as long as there are lines: once for each of 8,000 lines that an engine sends would take
-// minutes.
+void info_list::catch_up_later() {
+  if (catch_up_soon_.isActive()) return;
+  catch_up_soon_.start();
+  setUpdatesEnabled(false); // until then
+}
+
+// Laying out the lines takes as long as there are lines: once for each of 8,000 would take minutes.
 void info_list::catch_up() {
   const auto begin = std::chrono::steady_clock::now();
   if (std::exchange(is_wider_, false)) fit_column();
@@ -173,6 +187,7 @@ void info_list::catch_up() {
     setAutoScroll(scrolls);
   }
   if (follows_) show_newest();
+  setUpdatesEnabled(true);
   constexpr int share = 9; // at most a tenth of the time is spent here
   const auto took = std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - begin);
   catch_up_soon_.setInterval(std::max(catch_up_milliseconds, share * static_cast<int>(took.count())));
@@ -186,7 +201,7 @@ void info_list::show_newest() {
 
 void info_list::select_last() {
   selects_last_ = true;
-  if (!catch_up_soon_.isActive()) catch_up_soon_.start();
+  catch_up_later();
 }
 
 void info_list::clear() {
@@ -196,16 +211,24 @@ void info_list::clear() {
   fit_column();
 }
 
-// A long line is read by scrolling, not cut.
+void info_list::wrap_lines(bool wanted) {
+  setWordWrap(wanted);
+  setUniformRowHeights(!wanted);
+  fit_column();
+  if (follows_) show_newest();
+}
+
+// A long line is read by scrolling or wrapped, not cut.
 void info_list::fit_column() {
   const int wide = std::max({scaled(column_width, *this), longest_, viewport()->width()});
-  setColumnWidth(0, wide);
+  setColumnWidth(0, wordWrap() ? viewport()->width() : wide);
+  if (wordWrap()) scheduleDelayedItemsLayout(); // the lines have other heights
 }
 
 void info_list::resizeEvent(QResizeEvent* event) {
   QTreeView::resizeEvent(event);
   fit_column();
-  if (follows_) scrollToBottom();
+  if (follows_) show_newest();
 }
 
 // Only scrolling by the user counts; the end also moves when lines arrive or the list shrinks.

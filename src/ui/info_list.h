@@ -43,8 +43,8 @@ private:
   const std::array<QIcon, 3> icons_;
 };
 
-// Read-only; lines can be selected and copied. The newest line is in sight unless the user has scrolled away from the
-// end. What the view has to do for a new line is done once for all lines that come within a few milliseconds.
+// Read-only; lines can be selected and copied. The newest line is in sight, from its first character on, unless the
+// user has scrolled away from the end. Lines that come within a few milliseconds are painted together.
 class info_list final : public QTreeView {
 public:
   explicit info_list(QWidget* parent);
@@ -58,13 +58,16 @@ public:
   QString all_text() const { return lines_.all_text(); }
   bool is_empty() const { return lines_.rowCount() == 0; }
 
+  void wrap_lines(bool wanted); // otherwise long lines are read by scrolling sideways
+
 protected:
   void resizeEvent(QResizeEvent* event) override;
   void wheelEvent(QWheelEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
 
 private:
-  void note_width_of_newest();
+  void note_newest();
+  void catch_up_later();
   void fit_column();
   void note_scrolling();
   void show_newest();

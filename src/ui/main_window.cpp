@@ -109,7 +109,8 @@ void main_window::lay_out() {
   splitter_ = new QSplitter(Qt::Vertical, content);
   splitter_->setChildrenCollapsible(false);
   front_page_ = new front_page(splitter_, *form_);
-  auto* messages = new message_panel(splitter_, [this](const std::string& text) { save_messages(text); });
+  auto* messages = new message_panel(
+      splitter_, [this](const std::string& text) { save_messages(text); }, form_->settings.WrapMessages);
   InfoListView = messages->list();
   ResultsTable =
       new results_table(splitter_, [this](int row, int cell) { return form_->ResultsTableGetCellData(row, cell); });

@@ -14,7 +14,7 @@
 
 namespace vesk {
 
-message_panel::message_panel(QWidget* parent, std::function<void(const std::string&)> save)
+message_panel::message_panel(QWidget* parent, std::function<void(const std::string&)> save, bool& wraps_lines)
     : QWidget(parent), list_(new info_list(this)) {
   setObjectName("MessagePanel");
   auto* row = new QHBoxLayout;
@@ -33,6 +33,13 @@ message_panel::message_panel(QWidget* parent, std::function<void(const std::stri
     row->addWidget(button);
     return button;
   };
+  QToolButton* wrap = add("WrapMessagesButton", "Wrap", "Break long messages to the width of the window");
+  wrap->setCheckable(true);
+  connect(wrap, &QToolButton::toggled, this, [this, &wraps_lines](bool wanted) {
+    wraps_lines = wanted;
+    list_->wrap_lines(wanted);
+  });
+  wrap->setChecked(wraps_lines);
   connect(add("CopyMessagesButton", "Copy", "Copy all messages as text"), &QToolButton::clicked, this,
           [this] { QApplication::clipboard()->setText(list_->all_text()); });
   connect(add("SaveMessagesButton", "Save...", "Save all messages as a text file"), &QToolButton::clicked, this,

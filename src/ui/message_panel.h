@@ -1,4 +1,4 @@
-// The messages with their commands: copy, save, clear.
+// The messages with their commands: wrap, copy, save, clear.
 #pragma once
 
 #include <QWidget>
@@ -11,8 +11,8 @@ class info_list;
 
 class message_panel final : public QWidget {
 public:
-  // `save` is called with the text of all messages.
-  message_panel(QWidget* parent, std::function<void(const std::string& text)> save);
+  // `save` is called with the text of all messages. `wraps_lines`, which must outlive the panel, is the user's choice.
+  message_panel(QWidget* parent, std::function<void(const std::string& text)> save, bool& wraps_lines);
 
   info_list* list() { return list_; }
 

@@ -95,6 +95,21 @@ TEST_F(Configuration, TwoProgramsAtOnceEachSaveWhatTheyChanged) {
   EXPECT_EQ(stored.PostProcessor, "by hand");
 }
 
+TEST_F(Configuration, SomeValuesAreStoredOnlyAfterAChange) {
+  configuration settings = read("UndoMegabytes=7\n"), other = settings;
+  settings.WrapMessages = true;
+  settings.ShowResultsAfterRun = false;
+  settings.save_all();
+  settings.ShowResultsAfterRun = true;
+  settings.save_all();
+  other.UndoMegabytes = 8;
+  other.save_all();
+  const configuration stored(folder.path / "a.ini");
+  EXPECT_TRUE(stored.WrapMessages);
+  EXPECT_TRUE(stored.ShowResultsAfterRun);
+  EXPECT_EQ(stored.UndoMegabytes, 8);
+}
+
 TEST_F(Configuration, RecentFilesOfTwoWindowsAreMerged) {
   folder.write("a.ini",
                "[SOFTWARE\\TALMO\\VESK\\7.0]\nRecentFile1=/old.vki\nRecentFile2=/gone.vki\nRecentFile4=/old.vki\n");

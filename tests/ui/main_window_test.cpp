@@ -206,7 +206,7 @@ TEST(MainWindow, MessagesStayInSightUnlessTheUserLooksAtOlderOnes) {
   auto* list = find<QTreeView>(&window, "InfoListView");
   const auto add = [&](int count) {
     for (int i = 0; i < count; ++i) window.add_info_line("line", icon_plain);
-    QTest::qWait(20);
+    QTest::qWait(50);
   };
   const auto at_end = [&] {
     return list->visualRect(list->model()->index(list->model()->rowCount() - 1, 0))
@@ -218,12 +218,18 @@ TEST(MainWindow, MessagesStayInSightUnlessTheUserLooksAtOlderOnes) {
   add(1);
   EXPECT_TRUE(at_end());
   window.add_info_line(std::string(1000, 'w'), icon_plain);
-  QTest::qWait(20);
+  QTest::qWait(50);
   list->horizontalScrollBar()->setValue(list->horizontalScrollBar()->maximum()); // to read the end of a long line
   EXPECT_GT(list->horizontalScrollBar()->value(), 0);
   add(1);
   EXPECT_TRUE(at_end());
   EXPECT_EQ(list->horizontalScrollBar()->value(), 0); // short lines are to the left
+  list->horizontalScrollBar()->setValue(list->horizontalScrollBar()->maximum());
+  window.show_results_grid(false);
+  window.resize(window.size() - QSize(100, 0));
+  QTest::qWait(50);
+  EXPECT_TRUE(at_end());
+  EXPECT_EQ(list->horizontalScrollBar()->value(), 0);
   QTest::keyClick(list, Qt::Key_Home);
   add(1);
   EXPECT_FALSE(at_end());
