@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 #include <hdf5.h>
 
+#include <algorithm>
 #include <cmath>
 #include <fcntl.h>
 #include <fstream>
@@ -66,6 +67,26 @@ TEST_F(ResultsFile, SeriesProfilesSlicesAndBandsAreRead) {
   EXPECT_THAT(bands.mean, ElementsAre(15, 16, 17, 18));
   EXPECT_THAT(bands.greatest, ElementsAre(20, 21, 22, 23));
   EXPECT_THAT(bands.counts, ElementsAre(2, 2, 2, 2));
+}
+
+TEST_F(ResultsFile, BandsAreThoseOfTheSeries) {
+  for (const nc_type type : {NC_FLOAT, NC_DOUBLE}) {
+    written_results content{.times = 700, .segments = 2500, .type = type}; // more than is read at once
+    for (std::size_t i = 0; i < content.times * content.segments; ++i)
+      content.values.push_back(i % 11 == 0 ? NC_FILL_FLOAT : static_cast<double>(i * 37 % 1009));
+    const results_file results = open(content);
+    const results_bands bands = results.bands(0, {1, 698});
+    for (const std::size_t segment : {0, 1023, 1024, 2047, 2048, 2499}) {
+      double least = INFINITY, greatest = -INFINITY, sum = 0;
+      std::uint64_t count = 0;
+      for (const double value : results.slice(0, {1, 698}, {segment, 1}))
+        if (value == value) least = std::min(least, value), greatest = std::max(greatest, value), sum += value, ++count;
+      EXPECT_EQ(bands.counts[segment], count);
+      EXPECT_EQ(bands.least[segment], least);
+      EXPECT_EQ(bands.greatest[segment], greatest);
+      EXPECT_DOUBLE_EQ(bands.mean[segment], sum / static_cast<double>(count));
+    }
+  }
 }
 
 TEST_F(ResultsFile, NamesLeadToVariablesAndSegments) {

@@ -26,6 +26,9 @@ public:
 
 private:
   template <class Number>
+  void read_stored(std::uint64_t first_time, std::uint64_t times, std::uint64_t first_segment, std::uint64_t segments,
+                   std::vector<Number>& values) const;
+  template <class Number>
   std::vector<Number> read(std::uint64_t first_time, std::uint64_t times, std::uint64_t first_segment,
                            std::uint64_t segments) const;
   template <class Number>
