@@ -214,8 +214,8 @@ std::vector<double> date_times(std::vector<double> values, const std::string& un
   constexpr std::string_view between = " since ";
   const std::size_t at = units.find(between);
   if (at == units.npos)
-    throw cf_time_exception("has times in \"" + units +
-                            "\" instead of, for instance, \"days since 2000-01-01 00:00:00\"");
+    throw cf_time_exception((units.empty() ? "has times without a unit" : "has times in \"" + units + '"') +
+                            " instead of, for instance, \"days since 2000-01-01 00:00:00\"");
   const double unit_days = unit_named(units.substr(0, at));
   const calendar_kind kind = calendar_named(calendar);
   const auto from = read_reference(std::string_view(units).substr(at + between.size()));

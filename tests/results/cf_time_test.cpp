@@ -49,6 +49,7 @@ TEST(CfTime, WhatCannotBeShownIsSaidInOneSentence) {
             "counts its times in months, which differ in length; convert them to days, hours or seconds");
   EXPECT_EQ(shown({0}, "fortnights since 2000-01-01"),
             "counts its times in \"fortnights\", which is not a unit of time");
+  EXPECT_EQ(shown({0}, ""), "has times without a unit instead of, for instance, \"days since 2000-01-01 00:00:00\"");
   EXPECT_EQ(shown({0}, "m"), "has times in \"m\" instead of, for instance, \"days since 2000-01-01 00:00:00\"");
   EXPECT_EQ(shown({0}, "days since 2000-01-01", "360_day"),
             "has times of the calendar \"360_day\", whose dates are not those of everyday life; convert them to the "
