@@ -3,6 +3,7 @@
 
 #include "ui/measures.h"
 #include "ui/texts.h"
+#include "viewer/kept_colours.h"
 
 #include <QMouseEvent>
 #include <QPdfWriter>
@@ -31,6 +32,7 @@ const QColor series_colours[] = {QColor(0x1F, 0x4E, 0x9E), QColor(0xB0, 0x30, 0x
                                  QColor(0x7A, 0x30, 0x90), QColor(0x90, 0x60, 0x10), QColor(0x00, 0x7C, 0x8A),
                                  QColor(0xC0, 0x40, 0x80), QColor(0x55, 0x55, 0x55), QColor(0xD0, 0x6A, 0x00),
                                  QColor(0x4A, 0x6A, 0x2A)};
+static_assert(std::size(series_colours) == kept_colours::palette);
 constexpr Qt::PenStyle line_patterns[] = {Qt::SolidLine, Qt::DashLine, Qt::DotLine, Qt::DashDotLine,
                                           Qt::DashDotDotLine};
 constexpr int row_margin_left = 72, row_margin_right = 18; // pixels beside the plots of rows

@@ -360,7 +360,8 @@ bool main_window::show_results(const std::string& file, bool after_run) {
   const bool is_open = results_ && results_->isVisible();
   if (after_run && !is_open && !form_->settings.ShowResultsAfterRun) return true;
   if (!results_) {
-    results_ = std::make_unique<results_window>(*this, [this] { return form_->data_set(); });
+    results_ = std::make_unique<results_window>(
+        *this, [this] { return form_->data_set(); }, form_->settings.file());
     results_->OnNewMeasuredFile = [this](const std::filesystem::path& measured) { form_->list_related_file(measured); };
   }
   if (!file.empty()) results_->open(file);

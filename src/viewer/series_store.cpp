@@ -18,12 +18,23 @@ std::string shown_series::label(bool with_scenario) const {
   return variable + ", " + segment + (with_scenario ? ", " + scenario_name : std::string());
 }
 
-series_store::series_store(results_session& session) : session_(session) {
+series_store::series_store(results_session& session, std::filesystem::path settings)
+    : session_(session), colours_(std::move(settings)) {
   session_.listen({[this] { update(); }, [this] { update(); }, {}});
 }
 
-std::size_t series_store::colour_of(const std::string& variable, const std::string& segment) {
-  return colours_.try_emplace({variable, segment}, colours_.size()).first->second;
+// The scenarios of one variable and segment follow each other and share their colour.
+void series_store::give_colours(std::vector<wanted_series>& wanted) {
+  const auto name_of = [](const wanted_series& it) { return kept_colours::names(it.shown.variable, it.shown.segment); };
+  std::vector<kept_colours::names> names;
+  for (const wanted_series& it : wanted)
+    if (names.empty() || names.back() != name_of(it)) names.push_back(name_of(it));
+  const auto colours = colours_.colours_of(names);
+  std::size_t at = 0;
+  for (wanted_series& it : wanted) {
+    if (names[at] != name_of(it)) ++at;
+    it.shown.colour = colours[at];
+  }
 }
 
 std::vector<series_store::wanted_series> series_store::list_wanted() {
@@ -56,8 +67,7 @@ std::vector<series_store::wanted_series> series_store::list_wanted() {
                            .variable = name,
                            .segment = place,
                            .units = from.file->variables()[*variable].units,
-                           .times = {from.file, &from.file->times()},
-                           .colour = colour_of(name, place)}});
+                           .times = {from.file, &from.file->times()}}});
       }
   if (missing > 0)
     note_ = counted(missing, "series", "series") + (missing == 1 ? " is" : " are") +
@@ -68,6 +78,7 @@ std::vector<series_store::wanted_series> series_store::list_wanted() {
 // Keeps series that have been read, so that only new ones cost time.
 void series_store::update() {
   wanted_ = list_wanted();
+  give_colours(wanted_);
   std::map<key, values> kept;
   std::vector<wanted_series> missing;
   for (const wanted_series& it : wanted_) {

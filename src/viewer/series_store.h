@@ -1,6 +1,7 @@
 // The values of the chosen series of all scenarios, read in the background and kept while they are chosen.
 #pragma once
 
+#include "viewer/kept_colours.h"
 #include "viewer/results_session.h"
 
 #include <compare>
@@ -18,7 +19,7 @@ struct shown_series {
   std::string variable = {}, segment = {}, units = {};
   std::shared_ptr<const std::vector<double>> times = {};  // date-time numbers
   std::shared_ptr<const std::vector<double>> values = {}; // same length; not-a-number if there is none
-  std::size_t colour = 0; // by variable and segment, the same for the life of the window
+  std::size_t colour = 0;                                 // by variable and segment, see kept_colours
 
   // "DO, Oak City", with the scenario if there are several.
   std::string label(bool with_scenario) const;
@@ -30,8 +31,8 @@ inline constexpr std::size_t most_chosen_values = 10'000'000;
 // Owner's thread only.
 class series_store {
 public:
-  // The session must outlive this. Listens to the session.
-  explicit series_store(results_session& session);
+  // The session must outlive this. Listens to the session. `settings`: the file that keeps the colours; empty: none.
+  explicit series_store(results_session& session, std::filesystem::path settings = {});
   ~series_store() { session_.reader().forget(this); }
   series_store(const series_store&) = delete;
   series_store& operator=(const series_store&) = delete;
@@ -61,13 +62,13 @@ private:
   std::vector<wanted_series> list_wanted();
   void read(std::vector<wanted_series> missing);
   void show();
-  std::size_t colour_of(const std::string& variable, const std::string& segment);
+  void give_colours(std::vector<wanted_series>& wanted);
 
   results_session& session_;
   std::vector<wanted_series> wanted_;
   std::map<key, values> read_;
   std::vector<shown_series> series_;
-  std::map<std::pair<std::string, std::string>, std::size_t> colours_;
+  kept_colours colours_;
   std::string note_;
   bool is_reading_ = false;
   std::vector<std::function<void()>> listeners_;

@@ -41,6 +41,31 @@ TEST_F(ShownValues, FollowTheChoice) {
   EXPECT_EQ(store.series()[0].colour, colour);
 }
 
+TEST_F(ShownValues, KeepTheirColoursFromStartToStart) {
+  using testing::Each;
+  using testing::Lt;
+  const std::string settings = folder.file("settings.ini");
+  folder.write("settings.ini", "[SOFTWARE\\TALMO\\VESK\\7.0]\nPostProcessor=mine\n");
+  {
+    kept_colours first(settings);
+    EXPECT_THAT(first.colours_of({{"DO", "s1"}, {"DO", "s=2"}}), ElementsAre(0, 1));
+    EXPECT_THAT(first.colours_of({{"BOD", "s1"}, {"DO", "s=2"}}), ElementsAre(0, 1)); // the first one shown is free
+  }
+  kept_colours second(settings);
+  EXPECT_THAT(second.colours_of({{"NH4", "s1"}, {"DO", "s=2"}, {"BOD", "s1"}}), ElementsAre(2, 1, 0));
+  EXPECT_THAT(second.colours_of({{"DO", "s1"}, {"BOD", "s1"}}), ElementsAre(0, 1)); // two of one colour
+  EXPECT_THAT(second.colours_of({{"BOD", "s1"}}), ElementsAre(1));                  // for good
+  std::vector<kept_colours::names> many;
+  for (int i = 0; i < 300; ++i) many.emplace_back("DO", std::to_string(i));
+  EXPECT_THAT(second.colours_of(many), Each(Lt(kept_colours::palette)));
+  second.save();
+  EXPECT_NE(folder.read("settings.ini").find("PostProcessor=mine"), std::string::npos);
+  EXPECT_THAT(kept_colours(settings).colours_of({{"DO", "105"}, {"DO", "115"}}), ElementsAre(5, 0));
+  folder.write("settings.ini",
+               "[SOFTWARE\\TALMO\\VESK\\7.0\\SeriesColours]\nSeries1=x\nSeries2=77\tDO\ts1\nSeries3=2\n");
+  EXPECT_THAT(kept_colours(settings).colours_of({{"DO", "s1"}}), ElementsAre(0));
+}
+
 TEST_F(ShownValues, AreLimited) {
   open("river.nc", {.times = 300'000, .segments = 40, .is_filled = false});
   EXPECT_TRUE(session.scenarios().empty());                       // times without values are refused

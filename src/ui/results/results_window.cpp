@@ -54,13 +54,14 @@ void results_window::add_views() {
   add_view(new map_page(session_, data_set_), "&Map");
 }
 
-results_window::results_window(user_questions& questions, std::function<const prevesk_dataset_data_type*()> data_set)
+results_window::results_window(user_questions& questions, std::function<const prevesk_dataset_data_type*()> data_set,
+                               fs::path settings)
     : questions_(questions), data_set_(std::move(data_set)), session_([this](std::function<void()> call) {
         QMetaObject::invokeMethod(
             this, [call = std::move(call)] { attempt(call); }, Qt::QueuedConnection);
       }),
-      store_(session_), pages_(new QTabWidget), message_(plain_label("MessageLabel")), age_(plain_label("AgeLabel")),
-      reload_(new QPushButton("Reloa&d")) {
+      store_(session_, std::move(settings)), pages_(new QTabWidget), message_(plain_label("MessageLabel")),
+      age_(plain_label("AgeLabel")), reload_(new QPushButton("Reloa&d")) {
   setObjectName("ResultsWindow");
   setWindowTitle("Results");
   setWindowIcon(program_image());

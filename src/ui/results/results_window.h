@@ -26,7 +26,9 @@ class scenario_list;
 class results_window final : public QWidget {
 public:
   // `questions` must outlive this. `data_set`: the open one, whose network shows the results; null: none.
-  results_window(user_questions& questions, std::function<const prevesk_dataset_data_type*()> data_set);
+  // `settings`: the file that keeps the colours of series.
+  results_window(user_questions& questions, std::function<const prevesk_dataset_data_type*()> data_set,
+                 std::filesystem::path settings);
   ~results_window() override;
 
   // Opens a file beside those that are open, or reloads it, in the background. A failure is shown as a sentence in the
