@@ -152,11 +152,7 @@ void schematic_view::set_way(std::vector<segment_number> segments) {
 // The visible part.
 
 QRectF schematic_view::picture_area() const {
-  return QRectF(rect()).adjusted(0, 0, 0, -legend_height());
-}
-
-int schematic_view::legend_height() const {
-  return fontMetrics().height() + scaled(10, *this);
+  return QRectF(rect()).adjusted(0, 0, 0, -lay_out_legend().height);
 }
 
 void schematic_view::fit() {
@@ -350,7 +346,7 @@ void schematic_view::paint_all(QPainter& painter) {
   painter.scale(scale_, scale_);
   paint_picture(painter);
   painter.restore();
-  paint_legend(painter, QRectF(0, area.bottom(), width(), legend_height()));
+  paint_legend(painter, lay_out_legend(), area.bottomLeft());
 }
 
 void schematic_view::paint_picture(QPainter& painter) {
@@ -437,21 +433,10 @@ void schematic_view::paint_marks(QPainter& painter, const schematic_box& box) {
   if (it.loads > 0) draw_load(painter, {place.left() + 34, place.top() + 1}, colour_of(load_look, palette()));
 }
 
-void schematic_view::paint_legend(QPainter& painter, const QRectF& strip) {
-  painter.save();
-  painter.setFont(font());
-  painter.setPen(palette().mid().color());
-  painter.drawLine(strip.topLeft(), strip.topRight());
-  const double gap = scaled(8, *this), sample = scaled(34, *this);
-  const double middle = strip.center().y();
-  double x = strip.left() + gap;
-  const auto text = [&](const QString& what) {
-    painter.setPen(palette().text().color());
-    const double width = painter.fontMetrics().horizontalAdvance(what);
-    painter.drawText(QRectF(x, strip.top(), width + 1, strip.height()), Qt::AlignVCenter | Qt::AlignLeft, what);
-    x += width + 2 * gap;
-  };
-  const auto& network = shown_->network;
+std::vector<schematic_view::legend_entry> schematic_view::legend_entries() const {
+  std::vector<legend_entry> entries;
+  if (!shown_) return entries;
+  const double line_width = scaled(34, *this);
   const auto has_line = [&](schematic_line::kind what) {
     return std::ranges::find(shown_->picture.lines, what, &schematic_line::what) != shown_->picture.lines.end();
   };
@@ -459,30 +444,75 @@ void schematic_view::paint_legend(QPainter& painter, const QRectF& strip) {
   for (int kind = 0; kind < 4; ++kind) {
     const auto what = static_cast<schematic_line::kind>(kind);
     if (!has_line(what)) continue;
-    const QColor colour = colour_of(look_of(what), palette());
-    const QPointF from(x, middle), to(x + sample, middle);
-    painter.setPen(QPen(colour, look_of(what).width, look_of(what).style));
-    painter.drawLine(from, to);
-    if (what != schematic_line::kind::bottom) draw_arrow_head(painter, to, from, colour);
-    if (what == schematic_line::kind::exchange) draw_arrow_head(painter, from, to, colour);
-    x += sample + gap / 2;
-    text(names[kind]);
+    entries.push_back({names[kind], line_width, [this, what, line_width](QPainter& painter, QPointF from) {
+                         const QColor colour = colour_of(look_of(what), palette());
+                         const QPointF to = from + QPointF(line_width, 0);
+                         painter.setPen(QPen(colour, look_of(what).width, look_of(what).style));
+                         painter.drawLine(from, to);
+                         if (what != schematic_line::kind::bottom) draw_arrow_head(painter, to, from, colour);
+                         if (what == schematic_line::kind::exchange) draw_arrow_head(painter, from, to, colour);
+                       }});
   }
-  const auto any = [&](auto property) { return std::ranges::any_of(network.segments, property); };
-  if (any([](const auto& one) { return one.flows_in || one.flows_out || one.exchanges_outside; })) {
-    const double half = strip.height() / 2 - 4;
-    draw_short_arrow(painter, {x + 4, middle - half}, {x + 4, middle + half},
-                     colour_of(look_of(schematic_line::kind::flow), palette()));
-    x += 8 + gap;
-    text("boundary");
+  const auto any = [&](auto property) { return std::ranges::any_of(shown_->network.segments, property); };
+  if (any([](const auto& one) { return one.flows_in || one.flows_out || one.exchanges_outside; }))
+    entries.push_back({"boundary", 8, [this](QPainter& painter, QPointF left) {
+                         const QPointF middle = left + QPointF(4, 0), half(0, fontMetrics().height() * 0.5);
+                         draw_short_arrow(painter, middle - half, middle + half,
+                                          colour_of(look_of(schematic_line::kind::flow), palette()));
+                       }});
+  if (any([](const auto& one) { return one.loads > 0; }))
+    entries.push_back({"load", 10, [this](QPainter& painter, QPointF left) {
+                         draw_load(painter, left + QPointF(5, 5), colour_of(load_look, palette()));
+                       }});
+  return entries;
+}
+
+schematic_view::legend_layout schematic_view::lay_out_legend() const {
+  const double gap = scaled(8, *this), line_height = fontMetrics().height() + scaled(10, *this);
+  legend_layout legend{.entries = legend_entries()};
+  double x = gap, top = 0;
+  const auto make_room = [&](double wanted) {
+    if (x == gap || x + wanted <= width() - gap) return;
+    x = gap;
+    top += line_height;
+  };
+  for (legend_entry& it : legend.entries) {
+    const double wanted = it.sign_width + gap + fontMetrics().horizontalAdvance(it.text);
+    make_room(wanted);
+    it.place = {x, top + line_height / 2};
+    x += wanted + 2 * gap;
   }
-  if (any([](const auto& one) { return one.loads > 0; })) {
-    draw_load(painter, {x + 5, middle + 5}, colour_of(load_look, palette()));
-    x += 10 + gap;
-    text("load");
+  if (colouring_) {
+    make_room(scale_width());
+    legend.scale = {x, top, width() - gap - x, line_height};
   }
-  if (colouring_) paint_scale(painter, strip.adjusted(x - strip.left(), 0, -gap, 0));
+  legend.height = top + line_height;
+  return legend;
+}
+
+void schematic_view::paint_legend(QPainter& painter, const legend_layout& legend, QPointF corner) {
+  painter.save();
+  painter.setFont(font());
+  painter.setPen(palette().mid().color());
+  painter.drawLine(corner, corner + QPointF(width(), 0));
+  const double gap = scaled(8, *this), line_height = painter.fontMetrics().height();
+  for (const legend_entry& it : legend.entries) {
+    const QPointF left = corner + it.place;
+    it.draw_sign(painter, left);
+    painter.setPen(palette().text().color());
+    painter.drawText(QRectF(left.x() + it.sign_width + gap, left.y() - line_height / 2, width(), line_height),
+                     Qt::AlignVCenter | Qt::AlignLeft, it.text);
+  }
+  if (colouring_) paint_scale(painter, legend.scale.translated(corner));
   painter.restore();
+}
+
+double schematic_view::scale_width() const {
+  const double gap = scaled(6, *this);
+  double width = scaled(150, *this);
+  for (const QString& text : {colouring_->title, number_text(colouring_->least), number_text(colouring_->greatest)})
+    width += fontMetrics().horizontalAdvance(text) + gap;
+  return width;
 }
 
 // From the right: maximum, colours, minimum, title.

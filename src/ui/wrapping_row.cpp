@@ -56,6 +56,7 @@ void wrapping_row::setGeometry(const QRect& area) {
 int wrapping_row::lay_out(const QRect& area, bool move) const {
   int x = area.x(), y = area.y(), line_height = 0;
   for (QLayoutItem* item : items_) {
+    if (item->isEmpty()) continue;
     const QSize size = item->sizeHint();
     if (line_height > 0 && x + size.width() > area.x() + area.width()) {
       x = area.x();
@@ -67,6 +68,18 @@ int wrapping_row::lay_out(const QRect& area, bool move) const {
     line_height = std::max(line_height, size.height());
   }
   return y + line_height - area.y();
+}
+
+QWidget* in_wrapping_row(std::initializer_list<QWidget*> widgets) {
+  auto* part = new QWidget;
+  auto* row = new wrapping_row(part);
+  int height = 0;
+  for (QWidget* it : widgets) {
+    row->addWidget(it);
+    height = std::max(height, it->sizeHint().height());
+  }
+  for (QWidget* it : widgets) it->setMinimumHeight(height);
+  return part;
 }
 
 } // namespace vesk

@@ -3,6 +3,7 @@
 
 #include <QLayout>
 #include <QList>
+#include <initializer_list>
 
 namespace vesk {
 
@@ -30,5 +31,8 @@ private:
 
   QList<QLayoutItem*> items_;
 };
+
+// A widget with these in one such row. Labels are as high as the fields beside them.
+QWidget* in_wrapping_row(std::initializer_list<QWidget*> widgets);
 
 } // namespace vesk

@@ -1,5 +1,7 @@
 #include "accessible.h"
 
+#include <QAbstractButton>
+#include <QAbstractItemView>
 #include <QAbstractSpinBox>
 #include <QAccessible>
 #include <QComboBox>
@@ -13,6 +15,14 @@
 namespace vesk {
 
 namespace {
+
+bool is_cut_off(const QWidget* control) {
+  if (const auto* label = qobject_cast<const QLabel*>(control); label && label->wordWrap())
+    return label->heightForWidth(label->width()) > label->height();
+  const bool is_text = qobject_cast<const QLabel*>(control) || qobject_cast<const QAbstractButton*>(control);
+  return is_text && (control->width() < control->minimumSizeHint().width() ||
+                     control->height() < control->minimumSizeHint().height());
+}
 
 // The line inside a list or number field is announced by the field's name.
 bool is_part_of_another(const QWidget* control) {
@@ -68,6 +78,27 @@ void expect_accessible(QWidget* window) {
   for (int page = pages->count(); page-- > 0;) {
     pages->setCurrentIndex(page);
     expect_accessible_as_shown(window);
+  }
+}
+
+void expect_in_reach_as_shown(QWidget* window) {
+  for (QWidget* control : window->findChildren<QWidget*>()) {
+    const bool is_known = qobject_cast<QLabel*>(control) || qobject_cast<QAbstractButton*>(control) ||
+                          qobject_cast<QLineEdit*>(control) || qobject_cast<QComboBox*>(control) ||
+                          qobject_cast<QAbstractItemView*>(control);
+    if (!is_known || !control->isVisible() || control->window() != window || control->objectName().startsWith("qt_") ||
+        control->objectName().startsWith("ScrollLeft") || control->objectName().startsWith("ScrollRight"))
+      continue;
+    const std::string name = window->objectName().toStdString() + ": " + control->metaObject()->className() + " " +
+                             control->objectName().toStdString() + " \"" +
+                             control->property("text").toString().toStdString() + "\"";
+    const QRect place(control->mapTo(window, QPoint()), control->size());
+    EXPECT_TRUE(window->rect().contains(place))
+        << name << " is at " << place.x() << ", " << place.y() << ", " << place.width() << " by " << place.height();
+    EXPECT_TRUE(control->visibleRegion().boundingRect().size() == control->size() ||
+                qobject_cast<QAbstractItemView*>(control))
+        << name << " is covered";
+    EXPECT_FALSE(is_cut_off(control)) << name;
   }
 }
 

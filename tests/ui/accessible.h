@@ -9,4 +9,7 @@ namespace vesk {
 // page in turn.
 void expect_accessible(QWidget* window);
 
+// Every control of the window as it is shown lies in it, uncovered, and no text is cut.
+void expect_in_reach_as_shown(QWidget* window);
+
 } // namespace vesk

@@ -81,6 +81,16 @@ protected:
   running_program program;
 };
 
+TEST_F(ResultsWindow, FitsIntoFiveHundredPixels) {
+  run();
+  results()->resize(500, 620);
+  for (const page wanted : {time_series, agreement, table, compare, along_the_river, map_of_network}) {
+    show(wanted, ("results_500_" + std::to_string(wanted)).c_str());
+    EXPECT_EQ(results()->width(), 500);
+    expect_in_reach_as_shown(results());
+  }
+}
+
 // The sample's own comparison, as (period, estimate) -> columns.
 std::map<std::string, std::vector<double>> comparison_of_sample(const temporary_folder& folder) {
   const std::string out = folder.file("compared.csv");

@@ -1,49 +1,17 @@
+// The windows of the network's editors in little room: at 700 by 500 pixels, and with letters of twice the size.
+#include "accessible.h"
 // The network's editors in little space: at 700 by 500 pixels, and with text at twice the size.
 #include "app/forms.h"
 #include "driver.h"
 #include "ui/grid_view.h"
 #include "ui/tree_view.h"
 
-#include <QAbstractButton>
-#include <QAction>
 #include <QApplication>
-#include <QComboBox>
-#include <QLabel>
-#include <QLineEdit>
 #include <QTabWidget>
 #include <QTest>
 
 namespace vesk {
 namespace {
-
-bool is_cut_off(const QWidget* control) {
-  if (const auto* label = qobject_cast<const QLabel*>(control); label && label->wordWrap())
-    return label->heightForWidth(label->width()) > label->height();
-  const bool is_text = qobject_cast<const QLabel*>(control) || qobject_cast<const QAbstractButton*>(control);
-  return is_text && (control->width() < control->minimumSizeHint().width() ||
-                     control->height() < control->minimumSizeHint().height());
-}
-
-void expect_in_reach_as_shown(QWidget* window) {
-  for (QWidget* control : window->findChildren<QWidget*>()) {
-    const bool is_known = qobject_cast<QLabel*>(control) || qobject_cast<QAbstractButton*>(control) ||
-                          qobject_cast<QLineEdit*>(control) || qobject_cast<QComboBox*>(control) ||
-                          qobject_cast<QAbstractItemView*>(control);
-    if (!is_known || !control->isVisible() || control->window() != window || control->objectName().startsWith("qt_") ||
-        control->objectName().startsWith("ScrollLeft") || control->objectName().startsWith("ScrollRight"))
-      continue;
-    const std::string name = window->objectName().toStdString() + ": " + control->metaObject()->className() + " " +
-                             control->objectName().toStdString() + " \"" +
-                             control->property("text").toString().toStdString() + "\"";
-    const QRect place(control->mapTo(window, QPoint()), control->size());
-    EXPECT_TRUE(window->rect().contains(place))
-        << name << " is at " << place.x() << ", " << place.y() << ", " << place.width() << " by " << place.height();
-    EXPECT_TRUE(control->visibleRegion().boundingRect().size() == control->size() ||
-                qobject_cast<QAbstractItemView*>(control))
-        << name << " is covered";
-    EXPECT_FALSE(is_cut_off(control)) << name;
-  }
-}
 
 struct small_window {
   const char* command;

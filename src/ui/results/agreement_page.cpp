@@ -11,10 +11,10 @@
 #include "ui/results/table_page.h"
 #include "ui/texts.h"
 #include "ui/wheel_guard.h"
+#include "ui/wrapping_row.h"
 
 #include <QCheckBox>
 #include <QComboBox>
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QScopedValueRollback>
@@ -22,6 +22,12 @@
 #include <QVBoxLayout>
 
 namespace vesk {
+
+namespace {
+
+constexpr int letters_in_sight = 24; // of a measured series' name
+
+} // namespace
 
 agreement_page::agreement_page(results_session& session, user_questions& questions)
     : session_(session), questions_(questions), list_(session), series_(new QComboBox),
@@ -32,6 +38,7 @@ agreement_page::agreement_page(results_session& session, user_questions& questio
   setObjectName("AgreementPage");
   series_->setObjectName("MeasuredSeriesBox");
   series_->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+  series_->setMinimumContentsLength(letters_in_sight);
   ignore_wheel(*series_);
   view_->setObjectName("ScoreTable");
   whole_->setObjectName("WholePeriodCheckBox");
@@ -43,10 +50,6 @@ agreement_page::agreement_page(results_session& session, user_questions& questio
   edit_->setObjectName("EditMeasuredButton");
   remove_->setObjectName("RemoveMeasuredButton");
   for (QPushButton* it : {add, edit_, remove_, save_}) it->setAutoDefault(false);
-  auto* row = new QHBoxLayout;
-  row->addWidget(label);
-  row->addWidget(series_, 1);
-  for (QPushButton* it : {add, edit_, remove_}) row->addWidget(it);
   auto* pictures = new QSplitter(Qt::Horizontal);
   pictures->setChildrenCollapsible(false);
   pictures->addWidget(chart_);
@@ -58,15 +61,11 @@ agreement_page::agreement_page(results_session& session, user_questions& questio
   halves->addWidget(pictures);
   halves->addWidget(view_);
   halves->setSizes({scaled(330, *this), scaled(200, *this)});
-  auto* end = new QHBoxLayout;
-  end->addWidget(whole_);
-  end->addStretch(1);
-  end->addWidget(save_);
   auto* column = new QVBoxLayout(this);
-  column->addLayout(row);
+  column->addWidget(in_wrapping_row({label, series_, add, edit_, remove_}));
   column->addWidget(halves, 1);
   column->addWidget(note_);
-  column->addLayout(end);
+  column->addWidget(in_wrapping_row({whole_, save_}));
   connect(series_, &QComboBox::currentIndexChanged, this, [this](int position) {
     if (!is_filling_ && position >= 0) attempt([&] { list_.look(static_cast<std::size_t>(position)); });
   });

@@ -6,9 +6,9 @@
 #include "ui/measures.h"
 #include "ui/results/chart_stack.h"
 #include "ui/results/table_page.h"
+#include "ui/wrapping_row.h"
 #include "viewer/series_charts.h"
 
-#include <QHBoxLayout>
 #include <QPushButton>
 #include <QSplitter>
 #include <QVBoxLayout>
@@ -36,13 +36,9 @@ compare_page::compare_page(results_session& session, series_store& store)
   halves->addWidget(charts_);
   halves->addWidget(view_);
   halves->setSizes({scaled(420, *this), scaled(140, *this)});
-  auto* row = new QHBoxLayout;
-  row->addWidget(previous_);
-  row->addStretch(1);
-  row->addWidget(save_);
   auto* column = new QVBoxLayout(this);
   column->addWidget(halves, 1);
-  column->addLayout(row);
+  column->addWidget(in_wrapping_row({previous_, save_}));
 }
 
 fs::path compare_page::previous_run() const {

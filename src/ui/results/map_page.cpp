@@ -6,9 +6,9 @@
 #include "ui/results/variable_box.h"
 #include "ui/schematic_view.h"
 #include "ui/texts.h"
+#include "ui/wrapping_row.h"
 #include "viewer/river_course.h"
 
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QTimer>
@@ -45,30 +45,27 @@ map_page::map_page(results_session& session, network_watch::data_source data_set
       watch_(std::move(data_set), [this] { attempt([this] { show_all(); }); }) {
   setObjectName("MapPage");
   view_->setAccessibleName("Map of the network");
-  auto* row = new QHBoxLayout;
   auto* label = new QLabel("Sho&w");
   label->setBuddy(variable_);
-  row->addWidget(label);
-  row->addWidget(variable_);
-  row->addStretch(1);
   const auto add = [&](const char* text, const char* tip, const char* name, auto command) {
     auto* button = new QPushButton(text);
     button->setObjectName(name);
     button->setToolTip(tip);
     button->setAutoDefault(false);
     connect(button, &QPushButton::clicked, this, [command] { attempt(command); });
-    row->addWidget(button);
+    return button;
   };
   const auto picture = [this] {
     return picture_output{
         [this](const QString& name) { return view_->save(name); },
         [this](QPaintDevice& device, const QRect& target) { return view_->paint_on(device, target); }};
   };
-  add("Fit", "Show the whole network (Home)", "MapFitButton", [this] { view_->fit(); });
-  add("&Print", "Print the map", "MapPrintButton", [picture] { print_picture(picture()); });
-  add("Save as...", "Save as PNG, SVG, PDF or CSV", "MapSaveButton", [picture] { save_picture(picture()); });
+  auto* fit = add("Fit", "Show the whole network (Home)", "MapFitButton", [this] { view_->fit(); });
+  auto* print = add("&Print", "Print the map", "MapPrintButton", [picture] { print_picture(picture()); });
+  auto* save =
+      add("Save as...", "Save as PNG, SVG, PDF or CSV", "MapSaveButton", [picture] { save_picture(picture()); });
   auto* column = new QVBoxLayout(this);
-  column->addLayout(row);
+  column->addWidget(in_wrapping_row({label, variable_, fit, print, save}));
   column->addWidget(view_, 1);
   column->addWidget(note_);
   store_.OnChange = [this] { show_all(); };

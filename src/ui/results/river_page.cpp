@@ -10,6 +10,7 @@
 #include "ui/schematic_view.h"
 #include "ui/texts.h"
 #include "ui/wheel_guard.h"
+#include "ui/wrapping_row.h"
 
 #include <QCheckBox>
 #include <QDateTimeEdit>
@@ -90,19 +91,13 @@ QWidget* river_page::make_choices() {
   auto* part = new QWidget;
   auto* lines = new QVBoxLayout(part);
   lines->setContentsMargins(0, 0, 0, 0);
-  const auto line = [&](std::initializer_list<QWidget*> widgets) {
-    auto* row = new QHBoxLayout;
-    for (QWidget* one : widgets) row->addWidget(one);
-    row->addStretch(1);
-    lines->addLayout(row);
-  };
   const auto label = [](const char* text, QWidget* of) {
     auto* made = new QLabel(text);
     made->setBuddy(of);
     return made;
   };
-  line({label("&From", from_), from_, label("to", to_), to_});
-  line({label("Sho&w", variable_), variable_, band_, begin_, label("to", end_), end_});
+  lines->addWidget(in_wrapping_row({label("&From", from_), from_, label("to", to_), to_}));
+  lines->addWidget(in_wrapping_row({label("Sho&w", variable_), variable_, band_, begin_, label("to", end_), end_}));
   band_->setObjectName("RangeBox");
   band_->setToolTip("Also show the minimum, mean and maximum of each segment over this period");
   connect(variable_, &QComboBox::currentIndexChanged, this, [this] { attempt([this] { set_cursor(); }); });

@@ -8,11 +8,11 @@
 #include "ui/questions.h"
 #include "ui/texts.h"
 #include "ui/wheel_guard.h"
+#include "ui/wrapping_row.h"
 
 #include <QApplication>
 #include <QClipboard>
 #include <QComboBox>
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -42,14 +42,8 @@ table_page::table_page(results_session& session, series_store& store)
   copy->setToolTip("Copy the selected cells with their headers (Ctrl+C copies them without)");
   auto* save = new QPushButton("Save as CSV...");
   for (QPushButton* it : {copy, save}) it->setAutoDefault(false);
-  auto* row = new QHBoxLayout;
-  row->addWidget(label);
-  row->addWidget(order_);
-  row->addStretch(1);
-  row->addWidget(copy);
-  row->addWidget(save);
   auto* column = new QVBoxLayout(this);
-  column->addLayout(row);
+  column->addWidget(in_wrapping_row({label, order_, copy, save}));
   column->addWidget(view_, 1);
   column->addWidget(note_);
   connect(order_, &QComboBox::currentIndexChanged, this, [this] { attempt([this] { set_results(); }); });
