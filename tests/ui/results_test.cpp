@@ -12,6 +12,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QElapsedTimer>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
@@ -89,6 +90,32 @@ TEST_F(ResultsWindow, FitsIntoFiveHundredPixels) {
     EXPECT_EQ(results()->width(), 500);
     expect_in_reach_as_shown(results());
   }
+}
+
+// Dots of a run that goes on take at most a hundredth of the time to draw.
+TEST_F(ResultsWindow, LiveDotsLeaveTimeToTheRun) {
+  run();
+  class : public QObject {
+    bool eventFilter(QObject*, QEvent* event) override {
+      count += event->type() == QEvent::Paint;
+      return false;
+    }
+
+  public:
+    int count = 0;
+  } paints;
+  QElapsedTimer watch;
+  watch.start();
+  results()->sample(41000, {{0, 0, "DO, row 1"}}, [](int, int) { return 8.0; });
+  QTest::qWait(1);
+  for (QWidget* it : find<QWidget>(results(), "TimeSeriesView")->findChildren<QWidget*>())
+    if (it->inherits("QCustomPlot")) it->installEventFilter(&paints);
+  for (int i = 1; i < 100; ++i) {
+    results()->sample(41000 + i, {{0, 0, "DO, row 1"}}, [](int, int) { return 8.0; });
+    QTest::qWait(5);
+  }
+  EXPECT_LT(paints.count, 5 + watch.elapsed() / 25);
+  take_picture(results(), "results_live");
 }
 
 // The sample's own comparison, as (period, estimate) -> columns.

@@ -35,6 +35,7 @@ namespace fs = std::filesystem;
 
 constexpr int usual_width = 1040, usual_height = 700, choice_width = 260, screen_margin = 60;
 constexpr int look_milliseconds = 2000; // between checks for changed files
+constexpr int time_for_the_run = 99;    // for each that goes into drawing its dots
 
 const file_dialog results_dialog{file_dialog::kind::open, "Open results", "Results (*.nc)|*.nc;*.nc4;*.cdf|All files|*",
                                  "nc"};
@@ -167,7 +168,21 @@ void results_window::open(const fs::path& file) {
 
 void results_window::sample(double date_time, const std::vector<live_cell>& cells,
                             const std::function<std::optional<double>(int row, int column)>& read) {
-  if (live_.sample(date_time, cells, read) && pages_->currentIndex() == 0) show_page();
+  if (live_.sample(date_time, cells, read) && pages_->currentIndex() == 0) draw_samples();
+}
+
+void results_window::draw_samples() {
+  const auto begin = std::chrono::steady_clock::now();
+  if (begin < no_samples_drawn_before_) return;
+  no_samples_drawn_before_ = begin + std::chrono::hours(1); // until the charts, which draw later, are done
+  show_page();
+  QMetaObject::invokeMethod(
+      this,
+      [this, begin] {
+        const auto end = std::chrono::steady_clock::now();
+        no_samples_drawn_before_ = end + time_for_the_run * (end - begin);
+      },
+      Qt::QueuedConnection);
 }
 
 void results_window::ask_and_open() {

@@ -8,6 +8,7 @@
 #include "viewer/series_store.h"
 
 #include <QWidget>
+#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <vector>
@@ -36,7 +37,8 @@ public:
   void open(const std::filesystem::path& file);
   void ask_and_open();
 
-  // Cells of the results grid during a run, shown as dots until its file is opened. See live_samples.
+  // Cells of the results grid during a run, shown as dots until its file is opened. See live_samples. Where drawing takes
+  // long, they are drawn less often, so that the run keeps 99 % of the time.
   void sample(double date_time, const std::vector<live_cell>& cells,
               const std::function<std::optional<double>(int row, int column)>& read);
 
@@ -56,6 +58,7 @@ private:
   void show_results();
   void show_choice();
   void show_page();
+  void draw_samples();
   void look_at_files();
   void say(const QString& message);
 
@@ -64,6 +67,7 @@ private:
   results_session session_;
   series_store store_;
   live_samples live_;
+  std::chrono::steady_clock::time_point no_samples_drawn_before_;
   std::vector<results_view*> views_; // in tab order
   QTabWidget* pages_;
   scenario_list* scenarios_ = nullptr;
