@@ -1,6 +1,5 @@
-// The windows of the network's editors in little room: at 700 by 500 pixels, and with letters of twice the size.
-#include "accessible.h"
 // The network's editors in little space: at 700 by 500 pixels, and with text at twice the size.
+#include "accessible.h"
 #include "app/forms.h"
 #include "driver.h"
 #include "ui/grid_view.h"
