@@ -18,16 +18,21 @@ class xml_parse_error : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// Initializes the XML library, once per process. False if that fails; then everything below fails. Main thread.
-bool initialize_xml();
-void terminate_xml();
+// Reads the index. Programs with a documentation menu supply one; others do not load the XML library. Main thread.
+class documentation_index {
+public:
+  using entry_taker = std::function<void(const std::string& name, const std::string& file)>;
 
-// Reads the index: for each element `document`, at any depth and in document order, calls `add` with its caption
-// (attribute `name`) and its file or link (attribute `file`), both UTF-8 and never empty. The file is validated against
-// its internal grammar; nothing outside it is read. Throws xml_parse_error before any call of `add`, and xml_error at
-// an element that lacks an attribute.
-void read_documentation_index(const std::filesystem::path& file,
-                              const std::function<void(const std::string& name, const std::string& file)>& add);
+  virtual ~documentation_index() = default;
+  // Initializes the XML library, once per process. False if that fails; then `read` fails, too.
+  virtual bool initialize() = 0;
+  virtual void terminate() = 0;
+  // For each element `document`, at any depth and in document order, calls `add` with its caption (attribute `name`)
+  // and its file or link (attribute `file`), both UTF-8 and never empty. The file is validated against its internal
+  // grammar; nothing outside it is read. Throws xml_parse_error before any call of `add`, and xml_error at an element
+  // that lacks an attribute.
+  virtual void read(const std::filesystem::path& file, const entry_taker& add) = 0;
+};
 
 // The folder of "documentation.xml" and its documents, ending in a separator: next to the executable, otherwise
 // <prefix>/share/doc/vesk/.

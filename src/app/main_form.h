@@ -91,6 +91,7 @@ public:
   std::string_view& priority_word = runs_.priority_word;
   std::string& program_directory = outside_.program_directory;
   std::string& documentation_directory = outside_.documentation_directory;
+  std::unique_ptr<documentation_index>& document_index = outside_.document_index;
   std::map<std::string, std::string>& documentation_links = outside_.documentation_links;
   decltype(outside_programs::start_outside_program)& start_outside_program = outside_.start_outside_program;
   decltype(outside_programs::open_outside)& open_outside = outside_.open_outside;

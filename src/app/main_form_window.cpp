@@ -1,5 +1,4 @@
 // The main window's start and end.
-#include "app/documentation.h"
 #include "app/file_names.h"
 #include "app/main_form.h"
 #include "platform/letter_case.h"
@@ -30,7 +29,7 @@ void TPreveskMainForm::restore_geometry() {
 }
 
 void TPreveskMainForm::FormShow(std::span<const std::string> arguments) {
-  initialize_xml(); // if this fails, reading the index for the menu reports it
+  if (document_index) document_index->initialize(); // if this fails, reading the index for the menu reports it
   populate_documentation_menu();
   ui_.hide_splash();
   update_caption();
@@ -50,7 +49,7 @@ void TPreveskMainForm::FormShow(std::span<const std::string> arguments) {
 
 // A running job is neither cancelled nor awaited.
 void TPreveskMainForm::FormClose() {
-  terminate_xml();
+  if (document_index) document_index->terminate();
   const window_geometry now = ui_.geometry();
   settings.ResultsTableHeight = now.results_table_height;
   settings.MainFormLeft = now.left;

@@ -1,6 +1,5 @@
 #include "app/outside_programs.h"
 
-#include "app/documentation.h"
 #include "platform/file_io.h"
 #include "platform/program_paths.h"
 
@@ -52,12 +51,13 @@ outside_programs::outside_programs(user_interface& ui)
       documentation_directory(vesk::documentation_directory().string()), ui_(ui) {}
 
 void outside_programs::populate_documentation_menu() {
+  if (!document_index) return;
   try {
-    read_documentation_index(documentation_directory + "documentation.xml",
-                             [this](const std::string& name, const std::string& file) {
-                               ui_.add_documentation_item(name);
-                               documentation_links[name] = file;
-                             });
+    document_index->read(documentation_directory + "documentation.xml",
+                         [this](const std::string& name, const std::string& file) {
+                           ui_.add_documentation_item(name);
+                           documentation_links[name] = file;
+                         });
   } catch (const xml_error& error) {
     ui_.add_info_line(std::string("Unable to populate document menu") + error.what(), icon_plain);
   } catch (const xml_parse_error& error) {

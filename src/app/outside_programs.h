@@ -3,12 +3,14 @@
 // The program does not wait for any of them. Main thread only.
 #pragma once
 
+#include "app/documentation.h"
 #include "app/user_interface.h"
 #include "platform/processes.h"
 
 #include <filesystem>
 #include <functional>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -21,6 +23,7 @@ public:
   // Both folders end in a separator.
   std::string program_directory;
   std::string documentation_directory;                    // for the index and its documents
+  std::unique_ptr<documentation_index> document_index;    // null: the menu stays empty
   std::map<std::string, std::string> documentation_links; // by menu caption: a file in that folder, or a link
 
   // Start a program (arguments, working folder; false: could not be started) and open a document (file or link,

@@ -1,5 +1,6 @@
 #include "ui/main_window.h"
 
+#include "documents/xml_documentation_index.h"
 #include "platform/file_io.h"
 #include "platform/safe_file.h"
 #include "query/import_query.h"
@@ -76,6 +77,7 @@ main_window::main_window(const std::filesystem::path& settings_file)
     : form_(std::make_unique<TPreveskMainForm>(*this, settings_file)) {
   form_->record_head = head_of_records();
   form_->serve_a_window();
+  form_->document_index = std::make_unique<xml_documentation_index>();
   setObjectName("PreveskMainForm");
   setWindowIcon(program_image());
   lay_out();

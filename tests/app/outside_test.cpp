@@ -1,6 +1,6 @@
-#include "app/documentation.h"
 #include "app/main_form.h"
 #include "behaviour_catalogue.h"
+#include "documents/xml_documentation_index.h"
 #include "noting_interface.h"
 #include "temporary_folder.h"
 
@@ -17,7 +17,8 @@ using lines = std::vector<std::string>;
 class Outside : public testing::Test {
 protected:
   Outside() {
-    initialize_xml();
+    form.document_index = std::make_unique<xml_documentation_index>();
+    form.document_index->initialize();
     form.program_directory = form.documentation_directory = folder.path.string() + "/";
     form.start_outside_program = [this](const lines& arguments, const std::filesystem::path& in) {
       started = arguments;
@@ -28,7 +29,7 @@ protected:
       opened.push_back(what + " in " + in.string());
     };
   }
-  ~Outside() override { terminate_xml(); }
+  ~Outside() override { form.document_index->terminate(); }
 
   // Fills the menu from an index with the given content after a grammar.
   void populate(const std::string& content) {
@@ -99,7 +100,7 @@ TEST_F(Outside, AnIndexThatCannotBeUsedEndsInOneLine) {
 TEST_F(Outside, TheShippedIndexNamesFilesThatAreThere) {
   int count = 0;
   const std::filesystem::path documents = DOCUMENTS;
-  read_documentation_index(documents / "documentation.xml", [&](const std::string&, const std::string& file) {
+  form.document_index->read(documents / "documentation.xml", [&](const std::string&, const std::string& file) {
     EXPECT_TRUE(std::filesystem::exists(documents / file)) << file;
     ++count;
   });
