@@ -3,7 +3,6 @@
 #include "app/run_control.h"
 #include "editors/long_work.h"
 #include "platform/file_lookup.h"
-#include "query/import_query.h"
 
 #include <algorithm>
 
@@ -48,10 +47,7 @@ struct passed_progress final : query_progress {
 
 query_executor run_control::executor() const {
   if (execute_query) return execute_query;
-  return [folder = documents_.folder()](const import_query_descriptor& query, const prevesk_dataset_data_type& data_set,
-                                        point_list& points) {
-    return import_query(query, folder).execute(data_set, points);
-  };
+  return executor_of_a_pass(documents_.folder());
 }
 
 std::optional<prevesk_dataset_data_type>

@@ -2,6 +2,7 @@
 
 #include "dataset/series.h"
 
+#include <memory>
 #include <string>
 #include <utility>
 
@@ -53,6 +54,17 @@ void execute_query(prevesk_dataset_data_type& data, const series_ref& ref, const
 }
 
 } // namespace
+
+query_executor executor_of_a_pass(const std::filesystem::path& folder) {
+  return [folder, last = std::make_shared<query_engine>()](
+             const import_query_descriptor& descriptor, const prevesk_dataset_data_type& data_set, point_list& points) {
+    import_query query(descriptor, folder);
+    query.engine.take_connection(*last); // opened anew if the file has changed
+    const query_report report = query.execute(data_set, points);
+    last->take_connection(query.engine);
+    return report;
+  };
+}
 
 // Only series with a query to run are changed: the others, tens of thousands in a large model, go on sharing their
 // points.

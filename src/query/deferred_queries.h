@@ -6,6 +6,7 @@
 #include "query/import_query.h"
 #include "query/query_exceptions.h"
 
+#include <filesystem>
 #include <functional>
 #include <stdexcept>
 
@@ -19,6 +20,10 @@ class live_query_exception : public query_exception {
 // Fills `points` from the query's source. Throws query_exception.
 using query_executor =
     std::function<query_report(const import_query_descriptor&, const prevesk_dataset_data_type&, point_list&)>;
+
+// For the queries of one pass over a data set whose file is in `folder`, in one thread. Consecutive queries of one file
+// share what is known of it; between them it is closed if it holds several tables, and all is closed with the executor.
+query_executor executor_of_a_pass(const std::filesystem::path& folder);
 
 // Receives progress and reports while queries are executed.
 class query_progress {

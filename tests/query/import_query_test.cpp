@@ -579,6 +579,31 @@ TEST_F(ImportQuery, DisconnectingLetsAFileOfSeveralTablesGo) {
   }
 }
 
+// The pass reads the file of the first query again only after it has changed, here to other types in another order.
+TEST_F(ImportQuery, AFileThatChangesWithinAPassIsReadAgain) {
+  const auto write = [&](const std::string& sql) {
+    fs::remove(folder.path / "a.sqlite");
+    fill_database("a.sqlite", sql);
+  };
+  import_query_descriptor query = query_on("a.sqlite", "t", "v");
+  query.table_name = "d";
+  const query_executor execute = executor_of_a_pass(folder.path);
+  const auto first_value = [&] {
+    point_list points;
+    execute(query, model_of_2009(), points);
+    EXPECT_FALSE(is_open(folder.path / "a.sqlite"));
+    return points.empty() ? 0 : points[0].value;
+  };
+  write("CREATE TABLE d(t TEXT, v REAL); INSERT INTO d VALUES ('2009-01-02', 1)");
+  EXPECT_EQ(first_value(), 1);
+  EXPECT_EQ(first_value(), 1);
+  write("CREATE TABLE d(v INTEGER, other TEXT, t DATE); INSERT INTO d VALUES (2, 'x', '2009-01-03')");
+  EXPECT_EQ(first_value(), 2);
+  query = query_on("b.csv", "t", "v");
+  folder.write("b.csv", "t,v\n2009-01-02,3\n");
+  EXPECT_EQ(first_value(), 3);
+}
+
 TEST_F(ImportQuery, BuildsNothingFromWhatIsNotValidated) {
   import_query_descriptor query = query_on("ORDERS.DB", "Sale Date", "Total Invoice");
   query.conditions = {{"Ship VIA", 0, 0, "DHL"}};
