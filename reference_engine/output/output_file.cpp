@@ -47,7 +47,7 @@ OutputFile::OutputFile(const std::filesystem::path& base, std::filesystem::path 
 
 OutputFile::~OutputFile() {
   if (!part_.empty()) unlink(part_.c_str());
-  close(file_);
+  if (file_ >= 0) close(file_);
 }
 
 // False on failure, with the cause in errno.
@@ -61,12 +61,23 @@ std::filesystem::path OutputFile::temporary() const {
   return text("/proc/self/fd/", file_);
 }
 
+void OutputFile::write_at(std::uint64_t offset, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t written = pwrite(file_, bytes.data(), bytes.size(), static_cast<off_t>(offset));
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) throw WriteError(final_.string(), errno);
+    offset += static_cast<std::uint64_t>(written);
+    bytes.remove_prefix(static_cast<std::size_t>(written));
+  }
+}
+
 void OutputFile::publish() {
   struct stat named {
   }, written{};
   if (lstat(part_.c_str(), &named) == 0 && fstat(file_, &written) == 0 &&
       (named.st_dev != written.st_dev || named.st_ino != written.st_ino))
     throw WriteError(final_.string(), "another program has replaced " + part_.string());
+  if (close(std::exchange(file_, -1)) != 0) throw WriteError(final_.string(), errno); // a server may say so late
   std::error_code error;
   std::filesystem::rename(part_, final_, error);
   if (error) throw WriteError(final_.string(), error.value());
