@@ -1,5 +1,6 @@
 #include "console/chosen_results.h"
 
+#include "dataset/any_case.h"
 #include "results/measured_series.h"
 #include "results/results_file.h"
 #include "runs/csv_table.h"
@@ -47,6 +48,13 @@ std::size_t find_segment(std::string_view item, std::string_view segment, const 
   }
 }
 
+// As the data set writes it, since engines compare letter by letter; as given if there is no such output.
+std::string name_of_output(std::string_view name, const prevesk_dataset_data_type& data) {
+  for (const output_control_type& output : data.output_controls)
+    if (equal_names(output.description, name)) return output.description.str();
+  return std::string(name);
+}
+
 std::string digits_of(double value) {
   char digits[32];
   return std::isnan(value) ? "" : std::string(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
@@ -62,7 +70,7 @@ std::vector<chosen_series> read_chosen_series(std::string_view text, const preve
     if (at == item.npos || at == 0) refuse(item, "expected VARIABLE@SEGMENT, such as DO@24 or {name}@{name}.");
     const std::string_view name = item.substr(0, at);
     const bool named = in_braces(name);
-    series.push_back({std::string(named ? name.substr(1, name.size() - 2) : name), named,
+    series.push_back({named ? name_of_output(name.substr(1, name.size() - 2), data) : std::string(name), named,
                       find_segment(item, item.substr(at + 1), data)});
   }
   return series;

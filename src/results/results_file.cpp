@@ -1,8 +1,8 @@
 #include "results/results_file.h"
 
+#include "dataset/any_case.h"
 #include "dataset/text_encoding.h"
 #include "platform/helper_program.h"
-#include "platform/letter_case.h"
 #include "platform/nearest_name.h"
 #include "query/cancellation.h"
 #include "results/cf_time.h"
@@ -173,9 +173,8 @@ std::size_t results_file::find_variable(std::string_view name) const {
   std::size_t at = find([&](const results_variable& it) { return it.name == name; });
   if (at == variables_.size()) at = find([&](const results_variable& it) { return it.long_name == name; });
   if (at == variables_.size())
-    at = find([&](const results_variable& it) {
-      return equal_in_any_case(it.name, name) || equal_in_any_case(it.long_name, name);
-    });
+    at =
+        find([&](const results_variable& it) { return equal_names(it.name, name) || equal_names(it.long_name, name); });
   if (at < variables_.size()) return at;
   std::vector<std::string_view> names;
   for (const results_variable& it : variables_) names.push_back(it.name);

@@ -1,7 +1,7 @@
 #include "runs/value_path.h"
 
+#include "dataset/any_case.h"
 #include "dataset/text_encoding.h"
-#include "platform/letter_case.h"
 #include "platform/nearest_name.h"
 
 #include <algorithm>
@@ -95,10 +95,12 @@ public:
 private:
   std::size_t by_number(std::string_view token) const {
     std::int64_t wanted = 0;
+    constexpr std::int64_t beyond_all = std::int64_t{1} << 40; // differences of greater numbers could overflow
     const bool too_large = std::from_chars(token.data(), token.data() + token.size(), wanted).ec != std::errc();
+    if (too_large || wanted > beyond_all) wanted = beyond_all;
     std::size_t nearest = 0;
     for (std::size_t i = 0; i < size_; ++i) {
-      if (!too_large && number(i) == wanted) return i;
+      if (number(i) == wanted) return i;
       if (std::abs(number(i) - wanted) < std::abs(number(nearest) - wanted)) nearest = i;
     }
     const std::string its_name = name(nearest);
@@ -107,16 +109,17 @@ private:
   }
 
   std::size_t by_name(std::string_view wanted) const {
+    const std::string capitals = in_capitals(wanted);
     std::vector<std::string> names;
     std::vector<std::size_t> found;
     for (std::size_t i = 0; i < size_; ++i) {
-      names.push_back(upper_case(name(i)));
-      if (equal_in_any_case(names.back(), wanted)) found.push_back(i);
+      names.push_back(in_capitals(name(i)));
+      if (names.back() == capitals) found.push_back(i);
     }
     if (found.size() == 1) return found.front();
     if (found.empty()) {
       const std::vector<std::string_view> views(names.begin(), names.end());
-      const std::string_view nearest = nearest_name(upper_case(wanted), views);
+      const std::string_view nearest = nearest_name(capitals, views);
       const auto at = static_cast<std::size_t>(std::ranges::find(names, nearest) - names.begin());
       fail("no " + std::string(list_.noun) + " has the name {" + std::string(wanted) + "}; the nearest is {" +
            name(at) + "}.");

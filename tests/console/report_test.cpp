@@ -1,9 +1,11 @@
 // What programs read of vesk-run: the record of a run, its place, and the exit status that goes with it.
 #include "app/catalogue_source.h"
 #include "behaviour_catalogue.h"
+#include "console/chosen_results.h"
 #include "dataset/vki_file.h"
 #include "platform/output_lock.h"
 #include "run_program.h"
+#include "sample_data_set.h"
 #include "temporary_folder.h"
 #include "written_results.h"
 
@@ -256,6 +258,12 @@ TEST_F(Report, SeriesAreCutOutOfTheResultsOfAnotherEngine) {
   const program_result stale = run({file, "-RUN", "--output-dir", folder.file("out"), "--results=DO@0"});
   EXPECT_EQ(stale.status, 65);
   EXPECT_NE(stale.err.find("it has not written " + folder.file("out/a.nc") + "."), std::string::npos) << stale.err;
+}
+
+TEST_F(Report, SeriesInBracesAreGivenToTheEngineAsTheDataSetWritesThem) {
+  prevesk_dataset_data_type data = sample_data_set();
+  data.output_controls.edit(0).description = "Sauerstoff, gel\u00f6st";
+  EXPECT_EQ(text_of(read_chosen_series("{SAUERSTOFF, GEL\u00d6ST}@0,do@1", data)), "{Sauerstoff, gel\u00f6st}@0,do@1");
 }
 
 TEST_F(Report, ListsWhatCanBeSet) {

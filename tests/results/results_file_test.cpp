@@ -91,12 +91,12 @@ TEST_F(ResultsFile, BandsAreThoseOfTheSeries) {
 
 TEST_F(ResultsFile, NamesLeadToVariablesAndSegments) {
   const results_file results = open({.define = [](int id, int data) {
-    nc_put_att_text(id, data, "long_name", 16, "Dissolved oxygen");
+    nc_put_att_text(id, data, "long_name", 17, "Gel\u00f6ster oxygen");
     int other = 0, shape[] = {0, 1};
     nc_def_var(id, "BOD", NC_FLOAT, 2, shape, &other);
   }});
   EXPECT_EQ(results.find_variable("BOD"), 1u);
-  EXPECT_EQ(results.find_variable("dissolved Oxygen"), 0u);
+  EXPECT_EQ(results.find_variable("GEL\u00d6STER Oxygen"), 0u);
   EXPECT_EQ(refusal([&] { results.find_variable("BOT"); }), "has no variable \"BOT\"; the nearest is \"BOD\".");
   EXPECT_EQ(results.find_segment("s3"), 2u);
   EXPECT_EQ(results.find_segment("4"), 3u);

@@ -11,7 +11,7 @@ namespace {
 // The sample with unique item names.
 prevesk_dataset_data_type river() {
   prevesk_dataset_data_type data = sample_data_set();
-  data.parameters.edit(1).description = "Reaeration rate";
+  data.parameters.edit(1).description = "R\u00e9a\u00e9ration rate";
   data.systems.edit(1).description = "Nitrate";
   data.systems.edit(1).boundaries.edit(1).segment = 0;
   data.constant_groups.edit(0).constants.edit(1).isc = 32;
@@ -51,7 +51,7 @@ TEST(SetValues, ReachNumbersOfEveryKindOfRecord) {
       {"constant.{cbod DECAY, 20.5 c}*=2", "constant.32", 2 * 1.024}, // unused: from the default, and then used
       {"parameter.11.scale+=0.5", "parameter.11.scale", 1.25},
       {"segment.{reach 2}.volume*=0.5", "segment.1.volume", 1000.5},
-      {"segment.1.parameter.{Reaeration rate}=3", "segment.1.parameter.11", 3},
+      {"segment.1.parameter.{R\u00c9A\u00c9RATION RATE}=3", "segment.1.parameter.11", 3},
       {"segment.0.system.21.initial=7e-1", "segment.0.system.21.initial", 0.7},
       {"segment.0.system.21.dissolved=+1", "segment.0.system.21.dissolved", 1},
       {"system.20.scalw*=2", "system.20.scalw", 8},
@@ -99,12 +99,14 @@ TEST(SetValues, AreRefusedInOneSentence) {
             "constant.33: there is no constant 33; the nearest is 32 (CBOD decay, 20.5 C).");
   EXPECT_EQ(
       failure_of("segment.99999999999999999999.volume=1"),
-      "segment.99999999999999999999.volume: there is no segment 99999999999999999999; the nearest is 0 (Reach 1).");
+      "segment.99999999999999999999.volume: there is no segment 99999999999999999999; the nearest is 2 (Reach 3).");
   EXPECT_EQ(failure_of("exchange.1.0=two.csv"), "exchange.1.0: there is no exchange function.");
   EXPECT_EQ(failure_of("constant.{CBOD decoy}=1"),
             "constant.{CBOD decoy}: no constant has the name {CBOD decoy}; the nearest is {CBOD decay, 20.5 C}.");
   EXPECT_EQ(failure_of("flow.5.{main stem}*=2"),
             "flow.5.{main stem}: 2 items have the name {main stem}, such as flow function 0 and 1; give the number.");
+  EXPECT_EQ(failure_of("segment.9223372036854775807.volume=1"),
+            "segment.9223372036854775807.volume: there is no segment 9223372036854775807; the nearest is 2 (Reach 3).");
   EXPECT_EQ(failure_of("constant.31"), "\"constant.31\": expected PATH=VALUE, PATH*=VALUE or PATH+=VALUE.");
   EXPECT_EQ(failure_of("constant 31=1"),
             "\"constant 31=\": expected a path and =, *= or +=, found \" 31=\" after constant.");
