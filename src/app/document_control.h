@@ -91,6 +91,7 @@ private:
   load_result load(const std::string& name, load_kind kind = load_kind::data_file);
   bool read_into_new_data_sets(const std::string& name, load_kind kind, reading_losses& losses);
   void report_losses(const std::string& name, const reading_losses& losses);
+  void report_file_failure(const std::string& file, const std::string& sentence, failure_kind kind);
   bool read_project(const std::string& name);
   bool may_replace(const std::string& name);
   bool save_to_file_name();

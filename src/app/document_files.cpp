@@ -103,12 +103,18 @@ void document_control::ask_and_open() {
   if (const auto name = ui_.ask_file(open_dialog)) open_file(*name);
 }
 
+// The box shows the sentence alone; the record of a run, which is read elsewhere, has the file's name as well.
+void document_control::report_file_failure(const std::string& file, const std::string& sentence, failure_kind kind) {
+  form_.note_failure(file + ": " + sentence, kind);
+  ui_.message_box("Error", sentence, box_buttons::ok);
+}
+
 document_control::load_result document_control::load(const std::string& name, load_kind kind) {
   commit_snapshot();
   reading_losses losses;
   try {
     if (!read_into_new_data_sets(name, kind, losses)) {
-      form_.report_failure("Cannot open file.", failure_kind::missing_input);
+      report_file_failure(name, "Cannot open file.", failure_kind::missing_input);
       form_.update_menus();
       return load_result::cannot_open;
     }
@@ -222,7 +228,7 @@ bool document_control::save_to_file_name() {
     form_.note_used_file(file_name);
     saved = true;
   } catch (const file_open_exception& error) {
-    form_.report_failure("Cannot open file for writing.", kind_of_writing_failure(error));
+    report_file_failure(file_name, "Cannot open file for writing.", kind_of_writing_failure(error));
   } catch (const std::exception& error) {
     form_.report_failure(error.what(), kind_of_writing_failure(error));
   }
