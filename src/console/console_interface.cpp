@@ -68,7 +68,8 @@ void console_interface::write(const std::string& text) {
 }
 
 void console_interface::say_failure(const std::string& text) {
-  print(err_, "vesk-run: " + text);
+  const bool names_row = row_.empty() || text.find(row_) != std::string::npos;
+  print(err_, "vesk-run: " + (names_row ? text : row_ + ": " + text));
 }
 
 void console_interface::say(const std::string& text) {

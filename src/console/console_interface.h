@@ -21,6 +21,7 @@ public:
 
   // The subject of the following messages: put before the text of a box that does not contain it.
   void set_subject(const std::string& subject) override { subject_ = subject; }
+  void set_row(const std::string& row) { row_ = row; } // "row 3", named in each failure; empty: none
 
   // Prints one line about a failure.
   void say_failure(const std::string& text);
@@ -70,7 +71,7 @@ private:
   settings settings_;
   std::FILE* out_;
   std::FILE* err_;
-  std::string subject_;
+  std::string subject_, row_;
   bool progress_runs_ = false;
   bool bar_is_drawn_ = false;
   bool lost_output_ = false;

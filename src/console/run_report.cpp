@@ -1,6 +1,9 @@
 #include "console/run_report.h"
 
 #include <cerrno>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -9,6 +12,7 @@ namespace vesk {
 namespace {
 
 constexpr const char* memory_name = "the report of a run";
+constexpr std::size_t size_bytes = sizeof(std::uint64_t); // before each report
 constexpr char whole_mark = 'w', part_mark = 'p';
 
 } // namespace
@@ -18,19 +22,29 @@ run_report::run_report() : memory_(memfd_create("vesk-run", MFD_CLOEXEC)) {
   if (!memory_.is_open()) throw file_exception("create", memory_name, errno);
 }
 
+// Each report follows those before it: a child that ends while it writes leaves the last one whole.
 void run_report::put(const std::filesystem::path& record_file, const std::string& json, bool whole) {
-  if (ftruncate(memory_.get(), 0) != 0 || lseek(memory_.get(), 0, SEEK_SET) != 0)
-    throw file_exception("write", memory_name, errno);
-  write_all(memory_.get(), std::string(1, whole ? whole_mark : part_mark) + record_file.native() + '\0', json,
-            memory_name);
+  const std::string file = record_file.native() + '\0';
+  const std::uint64_t size = 1 + file.size() + json.size();
+  std::string head(size_bytes, '\0');
+  std::memcpy(head.data(), &size, size_bytes);
+  write_all(memory_.get(), head + (whole ? whole_mark : part_mark) + file, json, memory_name);
 }
 
 run_report::content run_report::get() const {
   lseek(memory_.get(), 0, SEEK_SET);
   const std::string all = read_to_end(memory_.get(), memory_name);
-  const std::size_t end = all.find('\0');
-  if (end == all.npos) return {};
-  return {all[0] == whole_mark, all.substr(1, end - 1), all.substr(end + 1)};
+  content last;
+  for (std::string_view rest = all; rest.size() > size_bytes;) {
+    std::uint64_t size = 0;
+    std::memcpy(&size, rest.data(), size_bytes);
+    rest.remove_prefix(size_bytes);
+    if (rest.size() < size) break;
+    const std::size_t end = rest.find('\0');
+    last = {rest[0] == whole_mark, rest.substr(1, end - 1), std::string(rest.substr(end + 1, size - end - 1))};
+    rest.remove_prefix(size);
+  }
+  return last;
 }
 
 } // namespace vesk

@@ -13,7 +13,8 @@ class run_report {
 public:
   run_report(); // throws file_exception
 
-  // The record so far, or the whole one, and the file that it belongs in. Takes the place of the one before.
+  // The record so far, or the whole one, and the file that it belongs in. Throws file_exception; then the one before
+  // stays.
   void put(const std::filesystem::path& record_file, const std::string& json, bool whole);
 
   struct content {
@@ -21,7 +22,7 @@ public:
     std::filesystem::path record_file;
     std::string json;
   };
-  content get() const;
+  content get() const; // the last one
 
 private:
   file_descriptor memory_;

@@ -62,7 +62,7 @@ private:
   step list_paths();
   bool prepare_rows();
   int run_row(std::size_t row);
-  int work_on_row(std::size_t row, const record_taker& take_record);
+  int work_on_row(const record_taker& take_record);
   int end(step result);
   int status_of(step result) const;
   int reported_status_of(step result) const;

@@ -46,6 +46,7 @@ int session::run_rows(const std::function<std::optional<std::size_t>()>& next_ro
     }
     return first;
   } catch (const std::exception& error) {
+    ui_.set_row("");
     fail(error.what(), kind_of_failure(error));
     if (!ready) return end(step::failed);
     return first != 0 ? first : reported_status_of(step::failed);
@@ -56,16 +57,16 @@ int session::run_row(std::size_t row) {
   form_.record_head.row = static_cast<std::int64_t>(row);
   form_.record_head.started = utc_now();
   row_ = row;
+  ui_.set_row("row " + std::to_string(row));
   return run_supervised(options_, ui_, form_.record_head,
-                        [&](const record_taker& take_record) { return work_on_row(row, take_record); });
+                        [&](const record_taker& take_record) { return work_on_row(take_record); });
 }
 
 // In the child.
-int session::work_on_row(std::size_t row, const record_taker& take_record) {
+int session::work_on_row(const record_taker& take_record) {
   watch_interrupts();
   report_engine_crashes("vesk-run");
   take_record_ = take_record;
-  ui_.set_subject("row " + std::to_string(row));
   step result = step::failed;
   try {
     make_output_folder();

@@ -7,6 +7,7 @@
 
 #include <csignal>
 #include <cstring>
+#include <sysexits.h>
 
 namespace vesk {
 
@@ -39,10 +40,12 @@ run_end end_of(const child_end& child, const console_options& options) {
   return end;
 }
 
-// The status that goes with a record that cannot be written.
+// The status that goes with a record that cannot be written. An output folder that is no folder, or cannot be written
+// to, has been reported already.
 int status_without_record(int status, console_interface& ui, const file_exception& error) {
-  ui.say_failure(error.what());
-  return status != 0 ? status : status_of(kind_of_writing_failure(error));
+  const int its_status = status_of(kind_of_writing_failure(error));
+  if (status != EX_CANTCREAT || its_status != status) ui.say_failure(error.what());
+  return status != 0 ? status : its_status;
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 #include "app/catalogue_source.h"
 #include "behaviour_catalogue.h"
 #include "console/chosen_results.h"
+#include "console/run_report.h"
 #include "dataset/vki_file.h"
 #include "platform/output_lock.h"
 #include "run_program.h"
@@ -15,6 +16,7 @@
 #include <cmath>
 #include <csignal>
 #include <optional>
+#include <sys/resource.h>
 
 namespace vesk {
 namespace {
@@ -151,8 +153,7 @@ TEST_F(Report, WhatCannotEvenStartHasItsStatus) {
   EXPECT_EQ(run({file, "-RUN", "--time-limit=1"}).status, 2);
   const program_result taken = run({file, "-RUN", "--output-dir", folder.file("plain")});
   EXPECT_EQ(taken.status, 73);
-  EXPECT_TRUE(taken.err.starts_with("vesk-run: Cannot create folder " + folder.file("plain") + ": Not a directory.\n"))
-      << taken.err;
+  EXPECT_EQ(taken.err, "vesk-run: Cannot create folder " + folder.file("plain") + ": Not a directory.\n");
   const output_lock lock(folder.path / "river");
   EXPECT_EQ(run({file, "-RUN", "--record", folder.file("busy.json")}).status, 75);
   EXPECT_EQ(record("busy.json")["class"], "temporary");
@@ -230,8 +231,11 @@ TEST_F(Report, ARowThatCrashesLeavesTheOthers) {
   const program_result result = run({make_file("crashes"), "-RUN", "--set-from", folder.file("rows.csv"), "--rows",
                                      "0-1", "--output-dir", folder.file("out")});
   EXPECT_EQ(result.status, 70);
-  for (const char* row : {"0", "1"})
-    EXPECT_EQ(record("out/" + std::string(row) + "/river.run.json")["status"], 70) << result.err;
+  for (const std::string row : {"0", "1"}) {
+    EXPECT_EQ(record("out/" + row + "/river.run.json")["status"], 70) << result.err;
+    EXPECT_NE(result.err.find("vesk-run: row " + row + ": The run was ended by signal SEGV"), std::string::npos)
+        << result.err;
+  }
 }
 
 TEST_F(Report, SeriesAreCutOutOfTheResultsOfAnotherEngine) {
@@ -269,6 +273,25 @@ TEST_F(Report, SeriesInBracesAreGivenToTheEngineAsTheDataSetWritesThem) {
   prevesk_dataset_data_type data = sample_data_set();
   data.output_controls.edit(0).description = "Sauerstoff, gel\u00f6st";
   EXPECT_EQ(text_of(read_chosen_series("{SAUERSTOFF, GEL\u00d6ST}@0,do@1", data)), "{Sauerstoff, gel\u00f6st}@0,do@1");
+}
+
+// As when the child is killed while it writes.
+TEST(RunReport, TheLastWholeOneCounts) {
+  run_report report;
+  EXPECT_EQ(report.get().json, "");
+  report.put("a.run.json", "{}", false);
+  report.put("b.run.json", "{1}", true);
+  rlimit before{};
+  getrlimit(RLIMIT_FSIZE, &before);
+  const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+  const rlimit little{.rlim_cur = 100, .rlim_max = before.rlim_max};
+  setrlimit(RLIMIT_FSIZE, &little);
+  EXPECT_THROW(report.put("c.run.json", std::string(200, '3'), false), file_exception);
+  setrlimit(RLIMIT_FSIZE, &before);
+  std::signal(SIGXFSZ, handler);
+  EXPECT_EQ(report.get().record_file, "b.run.json");
+  EXPECT_EQ(report.get().json, "{1}");
+  EXPECT_TRUE(report.get().whole);
 }
 
 TEST_F(Report, ListsWhatCanBeSet) {
