@@ -38,6 +38,9 @@ class Record:
             raise ValueError(f"{os.fspath(file)}: not a run record.") from None
         return cls(content, os.fspath(file))
 
+    def __repr__(self) -> str:
+        return f"Record({self.file!r}, {self.content.get('class')}, status {self.content.get('status')})"
+
     def __getitem__(self, name: str) -> Any:
         return self.content[name]
 
