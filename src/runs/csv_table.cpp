@@ -90,6 +90,8 @@ std::size_t csv_table::column(std::string_view name) const {
 
 csv_table read_csv_table(const std::filesystem::path& file) {
   const std::string text = read_to_end(open_for_reading(file).get(), file.native());
+  if (text.find('\0') != text.npos)
+    throw value_error(file.native() + " has null characters, as in UTF-16; save it as CSV in UTF-8.");
   std::string_view rest = text;
   if (rest.starts_with("\xef\xbb\xbf")) rest.remove_prefix(3);
   csv_table table{.file = file.native(), .header = {}, .rows = {}};
@@ -106,7 +108,8 @@ csv_table read_csv_table(const std::filesystem::path& file) {
 }
 
 std::string csv_field(const std::string& text) {
-  if (text.find_first_of(",\"\r\n") == text.npos) return text;
+  const bool has_outer_blanks = without_blanks(text).size() < text.size(); // which the reader would drop
+  if (!has_outer_blanks && text.find_first_of(",\"\r\n") == text.npos) return text;
   std::string quoted = "\"";
   for (const char c : text) quoted += c == '"' ? "\"\"" : std::string(1, c);
   return quoted + '"';

@@ -67,20 +67,28 @@ json hashes_json(const data_set_hashes& hashes) {
   return {{"sha256", hashes.sha256}, {"lists", std::move(lists)}};
 }
 
+// Throws a JSON exception unless it is a whole number from 0, since a conversion of others may be undefined.
+std::uint64_t whole_number(const json& it) {
+  return it.get_ref<const json::number_unsigned_t&>();
+}
+std::uint64_t whole_number(const json& it, const char* name) {
+  return it.contains(name) ? whole_number(it.at(name)) : 0;
+}
+
 data_set_hashes read_hashes(const json& data_set) {
   data_set_hashes result{.lists = {}, .sha256 = data_set.at("sha256")};
   for (const auto& [name, list] : data_set.at("lists").items()) {
     if (list.is_array())
       result.lists.push_back({name, list.size(), list.get<std::vector<std::string>>()});
     else
-      result.lists.push_back({name, list.at("records"), {list.at("sha256").get<std::string>()}});
+      result.lists.push_back({name, whole_number(list.at("records")), {list.at("sha256").get<std::string>()}});
   }
   return result;
 }
 
 recorded_file read_file(const json& it) {
   return {.file = it.at("file"),
-          .bytes = it.value("bytes", std::uint64_t{}),
+          .bytes = whole_number(it, "bytes"),
           .modified = it.value("modified", std::string()),
           .sha256 = it.value("sha256", std::string())};
 }
@@ -193,8 +201,8 @@ past_run read_run_record(const fs::path& file) {
     for (const json& it : record.value("queries", json::array()))
       run.queries.push_back({.series = it.value("series", std::string()),
                              .source = read_file(it.at("source")),
-                             .rows = it.value("rows", std::uint64_t{}),
-                             .points = it.value("points", std::uint64_t{})});
+                             .rows = whole_number(it, "rows"),
+                             .points = whole_number(it, "points")});
     return run;
   } catch (const nlohmann::json::exception&) {
     throw refuse("the record contains no hashes of a data set.");

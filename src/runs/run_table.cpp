@@ -46,7 +46,7 @@ run_table::run_table(csv_table table, const csv_table* parameters, const prevesk
       const value_ref ref = find_value(data, path.substr(0, end_of_path(path)));
       if (!known.insert(ref.path).second) throw value_error(ref.path + " is set by more than one column.");
     } catch (const value_error& error) {
-      throw value_error(table_.file + ", column " + table_.header[i] + ": " + error.what());
+      throw value_error(table_.file + cause_in_column(i, error.what()));
     }
   }
   if (folder_column_ == table_.header.size()) return;
@@ -54,6 +54,16 @@ run_table::run_table(csv_table table, const csv_table* parameters, const prevesk
   for (std::size_t row = 0; row < size(); ++row)
     if (!folders.insert(folder(row)).second)
       throw value_error(table_.file + ": two rows have the " + table_.header[folder_column_] + " " + folder(row) + ".");
+}
+
+std::string run_table::cause_in_column(std::size_t column, std::string_view cause) const {
+  const std::string& name = table_.header[column];
+  const std::size_t separator = name.find_first_of(";\t");
+  if (table_.header.size() == 1 && separator != name.npos)
+    return std::string(", line 1: expected commas between the columns, found ") +
+           (name[separator] == ';' ? "semicolons." : "tabs.");
+  if (cause.starts_with(name + ": ")) cause.remove_prefix(name.size() + 2); // it is named once
+  return ", column " + name + ": " + std::string(cause);
 }
 
 std::string run_table::folder(std::size_t row) const {
@@ -107,7 +117,7 @@ std::vector<std::size_t> parse_row_numbers(const std::string& text) {
     const std::size_t hyphen = range.find('-');
     const std::size_t first = number_of(range.substr(0, hyphen));
     const std::size_t last = hyphen == range.npos ? first : number_of(range.substr(hyphen + 1));
-    if (last < first || last - first > most)
+    if (last < first || last - first >= most - rows.size())
       throw value_error("Expected the numbers of rows, as in 0-24, found \"" + text + "\".");
     for (std::size_t row = first; row <= last; ++row) rows.push_back(row);
     begin = end + 1;

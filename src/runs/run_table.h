@@ -11,6 +11,7 @@
 #include <iosfwd>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace vesk {
@@ -40,6 +41,8 @@ public:
   void require(std::size_t row) const;
 
 private:
+  std::string cause_in_column(std::size_t column, std::string_view cause) const;
+
   csv_table table_;
   std::size_t folder_column_;      // table_.header.size(): none
   std::vector<std::string> paths_; // of the columns, with their operators; empty for the folder column

@@ -145,7 +145,17 @@ std::string_view pattern_up_to(std::string_view pattern, std::size_t count) {
   return pattern.substr(0, end);
 }
 
+std::string without_middle(const std::string& sentence) {
+  constexpr std::size_t longest = 3000, last = 500; // bytes
+  if (sentence.size() <= longest) return sentence;
+  std::size_t rest = sentence.size() - last;
+  while (rest < sentence.size() && (sentence[rest] & 0xc0) == 0x80) ++rest; // not within a character
+  return sentence.substr(0, whole_characters(sentence, longest - last)) + " ... " + sentence.substr(rest);
+}
+
 } // namespace
+
+value_error::value_error(const std::string& sentence) : std::runtime_error(without_middle(sentence)) {}
 
 std::size_t end_of_path(std::string_view text) {
   bool in_name = false;

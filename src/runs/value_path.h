@@ -14,9 +14,11 @@
 
 namespace vesk {
 
-// An error in a path, a value, or a row of values: one sentence.
+// An error in a path, a value, or a row of values: one sentence. The middle of a very long one, such as one that quotes a
+// field of a megabyte, is left out.
 class value_error : public std::runtime_error {
-  using std::runtime_error::runtime_error;
+public:
+  explicit value_error(const std::string& sentence);
 };
 
 // A value or series of a data set; valid for any copy with the same lists.
