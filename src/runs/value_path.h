@@ -14,8 +14,8 @@
 
 namespace vesk {
 
-// An error in a path, a value, or a row of values: one sentence. The middle of a very long one, such as one that quotes a
-// field of a megabyte, is left out.
+// An error in a path, a value, or a row of values: one sentence. The middle of a very long one, such as one that quotes
+// a field of a megabyte, is left out.
 class value_error : public std::runtime_error {
 public:
   explicit value_error(const std::string& sentence);

@@ -37,8 +37,8 @@ public:
   void open(const std::filesystem::path& file);
   void ask_and_open();
 
-  // Cells of the results grid during a run, shown as dots until its file is opened. See live_samples. Where drawing takes
-  // long, they are drawn less often, so that the run keeps 99 % of the time.
+  // Cells of the results grid during a run, shown as dots until its file is opened. See live_samples. Where drawing
+  // takes long, they are drawn less often, so that the run keeps 99 % of the time.
   void sample(double date_time, const std::vector<live_cell>& cells,
               const std::function<std::optional<double>(int row, int column)>& read);
 
