@@ -21,7 +21,7 @@ namespace vesk {
 class table_view {
 public:
   virtual ~table_view() = default;
-  virtual void columns_changed() {}                // and everything else with them
+  virtual void columns_changed() {}                // rows_changed follows
   virtual void rows_changed() {}                   // count, order or all values
   virtual void cells_changed(const cell_range&) {} // values
   virtual void active_cell_changed() {}

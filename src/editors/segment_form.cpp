@@ -166,7 +166,11 @@ TSegmentForm::TSegmentForm(editor_host& host)
   panels_of_pages_[0]->table.OnRowsChanged = [this] { rows_changed(); };
   for (editor_panel* entered : panels_of_pages_)
     entered->table.OnEnteringRow = [this](std::size_t row) { // the pages share the active row
-      for (editor_panel* other : panels_of_pages_) other->table.set_active(row, other->table.active_column());
+      for (editor_panel* other : panels_of_pages_) {
+        if (other->table.active_row() == row) continue;
+        other->table.set_selection(std::nullopt);
+        other->table.set_active(row, other->table.active_column());
+      }
     };
 }
 
@@ -246,7 +250,7 @@ void TSegmentForm::rows_changed() {
   records_are_whole_ = true;
   if (data.segments.size() < segment_count_) bottom_segment_refresh();
   segment_count_ = data.segments.size();
-  segment_grids_refresh();
+  value_pages_refresh(); // the segments' own page shows its rows already
   if (moved.total() != 0)
     set_message(in_words(moved) + (moved.total() == 1 ? " now names" : " now name") + " another segment.");
 }
@@ -260,7 +264,12 @@ segment_references TSegmentForm::moved_references() const {
 }
 
 void TSegmentForm::segment_grids_refresh() {
-  for (editor_panel* panel : panels_of_pages_) panel->table.display_rows();
+  panels_of_pages_[0]->table.display_rows();
+  value_pages_refresh();
+}
+
+void TSegmentForm::value_pages_refresh() {
+  for (std::size_t page = 1; page < panels_of_pages_.size(); ++page) panels_of_pages_[page]->table.display_rows();
 }
 
 void TSegmentForm::InsertButtonClick() {

@@ -104,6 +104,7 @@ private:
   std::size_t bottom_segment_refresh();
   void rows_changed(); // the number of segments; brings the records and the grids into line
   void segment_grids_refresh();
+  void value_pages_refresh();
   segment_references moved_references() const; // by the present change
   void change_network(const std::string& label, const std::function<void(prevesk_dataset_data_type&)>& work);
   void load_factors();

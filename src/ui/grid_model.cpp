@@ -137,7 +137,6 @@ QVariant grid_model::headerData(int section, Qt::Orientation orientation, int ro
 
 void grid_model::columns_changed() {
   emit columns_replaced();
-  rows_changed();
 }
 
 void grid_model::rows_changed() {

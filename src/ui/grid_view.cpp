@@ -62,7 +62,6 @@ grid_view::grid_view(TFillCalcTable& table, const QString& accessible_name, QWid
   });
   connect(verticalScrollBar(), &QScrollBar::valueChanged, this, [this] { widen_to_contents(); });
   take_size();
-  take_active_cell();
 }
 
 // While the table is hidden, Qt's own size hint of a column visits all its rows.
@@ -91,7 +90,9 @@ int grid_view::usual_width(int column) const {
   return fontMetrics().horizontalAdvance(usual_text(type)) + margins + mark;
 }
 
+// New columns of a hidden page count for the first size of its window; to measure all pages at each new row is slow.
 void grid_view::widen_to_contents() {
+  if (!isVisible() && !asked_for_.empty()) return;
   asked_for_.resize(static_cast<std::size_t>(model_->columnCount()));
   for (int column = 0; column < std::min(model_->columnCount(), columns_to_fit); ++column) {
     const int wanted = std::min(width_in_sight(column), scaled(widest_column, *this));
@@ -100,6 +101,13 @@ void grid_view::widen_to_contents() {
     before = wanted;
     if (wanted > columnWidth(column)) setColumnWidth(column, wanted);
   }
+}
+
+void grid_view::showEvent(QShowEvent* event) {
+  QTableView::showEvent(event);
+  widen_to_contents();
+  take_block();
+  take_active_cell();
 }
 
 void grid_view::take_size() {
@@ -120,8 +128,9 @@ QSize grid_view::sizeHint() const {
           horizontalHeader()->sizeHint().height() + rows * verticalHeader()->defaultSectionSize() + frame};
 }
 
+// To look for the position of a row takes the toolkit a walk through all rows before it: nothing for a hidden page.
 void grid_view::take_active_cell() {
-  if (model_->columnCount() == 0) return;
+  if (!isVisible() || model_->columnCount() == 0) return;
   const QScopedValueRollback guard(taking_, true);
   const QModelIndex active =
       model_->index(static_cast<int>(table().active_row()), static_cast<int>(table().active_column()));
@@ -133,7 +142,8 @@ void grid_view::take_active_cell() {
 // A reset of the model clears the view's selection, not the table's.
 void grid_view::take_block() {
   const cell_range block = table().selection();
-  if (!block.contains(table().active_row(), table().active_column()) || model_->columnCount() == 0) return;
+  if (!isVisible() || model_->columnCount() == 0) return;
+  if (!block.contains(table().active_row(), table().active_column())) return;
   const auto at = [this](std::size_t row, std::size_t column) {
     return model_->index(static_cast<int>(row), static_cast<int>(column));
   };
@@ -141,7 +151,6 @@ void grid_view::take_block() {
   selectionModel()->setCurrentIndex(at(table().active_row(), table().active_column()), QItemSelectionModel::NoUpdate);
   selectionModel()->select(QItemSelection(at(block.top, block.left), at(block.bottom, block.right)),
                            QItemSelectionModel::ClearAndSelect);
-  scrollTo(currentIndex());
 }
 
 void grid_view::currentChanged(const QModelIndex& current, const QModelIndex& previous) {

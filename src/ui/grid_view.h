@@ -29,8 +29,10 @@ signals:
 
 protected:
   // No cell in sight and no label is cut. What has been made narrower by hand stays so until a cell needs more than any
-  // before.
+  // before. A hidden grid is only measured for new columns, and again when it is shown; then it also takes the table's
+  // active cell and selection.
   void widen_to_contents();
+  void showEvent(QShowEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
   QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex& index, const QEvent* event) const override;
   bool focusNextPrevChild(bool next) override;

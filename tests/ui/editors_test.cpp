@@ -373,11 +373,13 @@ TEST(Editors, PagesShareTheActiveRowAndTheButtonsBelow) {
                 EXPECT_TRUE(values->hasFocus());
                 EXPECT_EQ(values->currentIndex().row(), 4);
                 QTest::keyClick(values, Qt::Key_Down);
-                EXPECT_EQ(grid->currentIndex().row(), 5);
+                EXPECT_EQ(grid->table().active_row(), 5U);
                 EXPECT_TRUE(press(dialog, "Insert"));
                 EXPECT_EQ(values->model().rowCount(), segments + 1);
                 EXPECT_TRUE(text_of(dialog, "MessageLabel").endsWith(" now name another segment."));
                 QTest::keyClick(values, Qt::Key_Tab, Qt::ControlModifier | Qt::ShiftModifier);
+                EXPECT_EQ(grid->currentIndex(), grid->model().index(5, 2));
+                EXPECT_EQ(grid->selectionModel()->selectedIndexes(), QModelIndexList{grid->currentIndex()});
                 auto* factor = find<QLineEdit>(dialog, "VolumeScaleFactorField");
                 factor->setFocus();
                 factor->selectAll();

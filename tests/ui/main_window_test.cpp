@@ -286,6 +286,16 @@ TEST(MainWindow, GridColumnsGrowWithTheNumbersInSightAndKeepWhatTheUserGaveThem)
   grid.scrollToBottom();
   grid.repaint_cells();
   EXPECT_EQ(grid.columnWidth(0), 70);
+
+  double value = 1;
+  results_table hidden(nullptr, [&](int, int) { return value; });
+  hidden.initialize_grid({"one"}, 10);
+  const int narrow = hidden.columnWidth(0);
+  value = 987654321;
+  hidden.table().display_rows();
+  EXPECT_EQ(hidden.columnWidth(0), narrow);
+  hidden.show();
+  EXPECT_GT(hidden.columnWidth(0), narrow);
 }
 
 TEST(MainWindow, SaveAsCutsNothingOffANameAndAsksAboutTheFileThatItWillWrite) {
