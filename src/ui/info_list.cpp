@@ -42,6 +42,7 @@ protected:
   void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {
     QStyledItemDelegate::initStyleOption(option, index);
     option->text = index.data(info_lines::whole_text).toString();
+    if (!index.data(info_lines::named_file).toString().isEmpty()) option->font.setUnderline(true);
     if (!index.data(info_lines::is_heading).toBool()) return;
     option->font.setBold(true);
     option->backgroundBrush = option->palette.alternateBase();
@@ -77,6 +78,10 @@ void info_lines::end_section(const std::string& outcome) {
   heading_ = -1;
 }
 
+void info_lines::set_file_of_newest(const QString& file) {
+  if (!lines_.empty()) lines_.back().file = file;
+}
+
 void info_lines::clear() {
   beginResetModel();
   lines_.clear();
@@ -109,7 +114,9 @@ QVariant info_lines::data(const QModelIndex& index, int role) const {
   case whole_text:
   case Qt::AccessibleTextRole: return whole(at);
   case is_heading: return at.icon == heading_icon;
-  case Qt::ToolTipRole: return tool_tip(at.text);
+  case named_file: return at.file;
+  case Qt::ToolTipRole:
+    return tool_tip(at.file.isEmpty() ? at.text : at.text + "\nA double click or Enter shows these results.");
   case Qt::DecorationRole:
     if (at.icon < 0 || at.icon >= static_cast<int>(icons_.size())) return {};
     return icons_[static_cast<std::size_t>(at.icon)];
@@ -135,6 +142,10 @@ info_list::info_list(QWidget* parent) : QTreeView(parent) {
   catch_up_soon_.setSingleShot(true);
   catch_up_soon_.setInterval(catch_up_milliseconds);
   connect(&catch_up_soon_, &QTimer::timeout, this, [this] { catch_up(); });
+  connect(this, &QTreeView::activated, this, [this](const QModelIndex& line) {
+    const QString file = line.data(info_lines::named_file).toString();
+    if (OnFileChosen && !file.isEmpty()) OnFileChosen(file);
+  });
   auto* copy = new QAction("&Copy", this);
   copy->setShortcut(QKeySequence::Copy);
   copy->setShortcutContext(Qt::WidgetShortcut);

@@ -6,6 +6,7 @@
 #include <QTimer>
 #include <QTreeView>
 #include <array>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -14,7 +15,11 @@ namespace vesk {
 // The lines in order of arrival, with icon numbers. Headings separate the jobs.
 class info_lines final : public QAbstractListModel {
 public:
-  enum line_role : int { whole_text = Qt::UserRole, is_heading }; // `whole_text`: with the icon's word
+  enum line_role : int {
+    whole_text = Qt::UserRole, // with the icon's word
+    is_heading,
+    named_file // the file that the line is about; empty: none
+  };
 
   info_lines();
 
@@ -22,6 +27,7 @@ public:
   void begin_section(const std::string& heading);
   // Appends the outcome to the heading, or as a separate line if the heading was cleared.
   void end_section(const std::string& outcome);
+  void set_file_of_newest(const QString& file);
   void clear();
   QString all_text() const; // one line each, with line ends
 
@@ -33,6 +39,7 @@ private:
   struct line {
     QString text;
     int icon;
+    QString file = {};
   };
   QString whole(const line& of) const;
   void push(line added);
@@ -53,6 +60,9 @@ public:
   void begin_section(const std::string& heading);
   void end_section(const std::string& outcome);
   void select_last();
+  // The newest line leads to this file, by a double click or Enter.
+  void set_file_of_newest(const QString& file) { lines_.set_file_of_newest(file); }
+  std::function<void(const QString& file)> OnFileChosen; // may be empty
   void clear();
   void copy_selected() const;
   QString all_text() const { return lines_.all_text(); }

@@ -114,6 +114,7 @@ void main_window::lay_out() {
   auto* messages = new message_panel(
       splitter_, [this](const std::string& text) { save_messages(text); }, form_->settings.WrapMessages);
   InfoListView = messages->list();
+  InfoListView->OnFileChosen = [this](const QString& file) { attempt([&] { show_results(stored(file), false); }); };
   ResultsTable =
       new results_table(splitter_, [this](int row, int cell) { return form_->ResultsTableGetCellData(row, cell); });
   ResultsTable->hide();
@@ -155,6 +156,7 @@ void main_window::closeEvent(QCloseEvent* event) {
   event->accept();
   if (std::exchange(has_closed_, true)) return;
   attempt([this] { form_->FormClose(); });
+  if (results_) attempt([this] { results_->save_settings(); });
   QCoreApplication::quit();
 }
 
@@ -359,6 +361,7 @@ void main_window::dropEvent(QDropEvent* event) {
 }
 
 bool main_window::show_results(const std::string& file, bool after_run) {
+  if (after_run) InfoListView->set_file_of_newest(shown(file)); // the line that names what was written
   const bool is_open = results_ && results_->isVisible();
   if (after_run && !is_open && !form_->settings.ShowResultsAfterRun) return true;
   if (!results_) {

@@ -57,7 +57,8 @@ int wrapping_row::lay_out(const QRect& area, bool move) const {
   int x = area.x(), y = area.y(), line_height = 0;
   for (QLayoutItem* item : items_) {
     if (item->isEmpty()) continue;
-    const QSize size = item->sizeHint();
+    const int most = std::max(area.width(), item->minimumSize().width());
+    const QSize size(std::min(item->sizeHint().width(), most), item->sizeHint().height());
     if (line_height > 0 && x + size.width() > area.x() + area.width()) {
       x = area.x();
       y += line_height + spacing();

@@ -7,8 +7,8 @@
 
 namespace vesk {
 
-// Places its items from left to right at their preferred sizes, with the style's usual button spacing. Owns the items,
-// as every Qt layout does.
+// Places its items from left to right at their preferred sizes, or at the window's width if that is less, with the
+// style's usual button spacing. Owns the items, as every Qt layout does.
 class wrapping_row final : public QLayout {
 public:
   explicit wrapping_row(QWidget* parent);

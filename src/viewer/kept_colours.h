@@ -19,9 +19,6 @@ public:
 
   // `settings`: the file that they are kept in; empty: none.
   explicit kept_colours(std::filesystem::path settings);
-  ~kept_colours() { save(); }
-  kept_colours(const kept_colours&) = delete;
-  kept_colours& operator=(const kept_colours&) = delete;
 
   // A colour for each of some series that are shown together, each one once. Every series has the colour that it had
   // before, unless another one here has it and others are free.

@@ -43,6 +43,8 @@ public:
   // Why part of the choice is not shown: one sentence; empty: all is shown.
   const std::string& note() const { return note_; }
 
+  void save_colours() { colours_.save(); }
+
   // Any of the above has changed.
   void listen(std::function<void()> changed) { listeners_.push_back(std::move(changed)); }
 

@@ -2,6 +2,7 @@
 #include "accessible.h"
 #include "dataset/series.h"
 #include "driver.h"
+#include "platform/settings_file.h"
 #include "run_program.h"
 #include "typist.h"
 #include "ui/chart_view.h"
@@ -21,6 +22,7 @@
 #include <QSpinBox>
 #include <QTabWidget>
 #include <QTest>
+#include <QTreeView>
 #include <QTreeWidget>
 #include <cmath>
 #include <map>
@@ -82,6 +84,21 @@ protected:
   running_program program;
 };
 
+TEST_F(ResultsWindow, IsOpenedByTheLineThatNamesItsFile) {
+  run();
+  results()->close();
+  auto* list = find<QTreeView>(&program.window(), "InfoListView");
+  const auto enter = [&](int from_end) {
+    list->setCurrentIndex(list->model()->index(list->model()->rowCount() - from_end, 0));
+    QTest::keyClick(list, Qt::Key_Return);
+    return results() != nullptr;
+  };
+  EXPECT_FALSE(enter(2));
+  EXPECT_TRUE(enter(1));
+  EXPECT_TRUE(wait_for([this] { return is_idle(); }));
+  EXPECT_EQ(results()->session().scenarios().size(), 1U);
+}
+
 TEST_F(ResultsWindow, FitsIntoFiveHundredPixels) {
   run();
   results()->resize(500, 620);
@@ -90,6 +107,9 @@ TEST_F(ResultsWindow, FitsIntoFiveHundredPixels) {
     EXPECT_EQ(results()->width(), 500);
     expect_in_reach_as_shown(results());
   }
+  program.window().close(); // which saves the colours
+  EXPECT_EQ(settings_file(program.form().settings.file()).get("SOFTWARE\\TALMO\\VESK\\7.0\\SeriesColours", "Series1"),
+            "0\tNH4\tkm 212 Weldon rapids");
 }
 
 // Dots of a run that goes on take at most a hundredth of the time to draw.
@@ -248,7 +268,11 @@ TEST_F(ResultsWindow, ShowsTheRiverFromOneEndToTheOtherAndItsMap) {
   EXPECT_EQ(find<QLabel>(page, "RiverNote")->text(), "Click the segment where the way ends.");
   click(9);
   EXPECT_EQ(ways->topLevelItem(0)->text(3), "5-10");
-  EXPECT_TRUE(find<QSpinBox>(page, "FromSegment")->text().startsWith("5: km "));
+  const auto* from = find<QSpinBox>(page, "FromSegment");
+  EXPECT_TRUE(from->text().startsWith("5: km "));
+  EXPECT_TRUE(wait_for([&] { // with the arrows
+    return from->width() > from->fontMetrics().horizontalAdvance(from->text()) + 20;
+  }));
   click(20, Qt::ControlModifier);
   EXPECT_EQ(ways->topLevelItemCount(), 0);
   EXPECT_EQ(find<QLabel>(page, "RiverNote")->text(),

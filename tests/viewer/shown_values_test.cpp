@@ -50,6 +50,7 @@ TEST_F(ShownValues, KeepTheirColoursFromStartToStart) {
     kept_colours first(settings);
     EXPECT_THAT(first.colours_of({{"DO", "s1"}, {"DO", "s=2"}}), ElementsAre(0, 1));
     EXPECT_THAT(first.colours_of({{"BOD", "s1"}, {"DO", "s=2"}}), ElementsAre(0, 1)); // the first one shown is free
+    first.save();
   }
   kept_colours second(settings);
   EXPECT_THAT(second.colours_of({{"NH4", "s1"}, {"DO", "s=2"}, {"BOD", "s1"}}), ElementsAre(2, 1, 0));

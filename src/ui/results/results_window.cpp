@@ -216,9 +216,9 @@ void results_window::look_at_files() {
     std::error_code missing;
     const bool exists = fs::exists(it.path, missing);
     can_reload = can_reload || exists;
-    if (changed.isEmpty())
-      changed = shown(it.path.string()) +
-                (exists ? " has changed since it was opened." : " was deleted; its values can still be shown.");
+    if (!changed.isEmpty()) changed += '\n';
+    changed += shown(it.path.string()) +
+               (exists ? " has changed since it was opened." : " was deleted; its values can still be shown.");
   }
   age_->setText(changed);
   age_->setVisible(!changed.isEmpty());

@@ -45,6 +45,8 @@ public:
   // The first measured series was added, which created the file. May be empty.
   std::function<void(const std::filesystem::path&)> OnNewMeasuredFile;
 
+  void save_settings() { store_.save_colours(); }
+
   results_session& session() { return session_; }
   const series_store& series() const { return store_; }
 

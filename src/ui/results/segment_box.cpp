@@ -28,6 +28,19 @@ segment_box::segment_box(const QString& name, const QString& object_name) {
   setRange(1, 1);
   setMinimumWidth(scaled(170, *this));
   ignore_wheel(*this);
+  connect(this, &QSpinBox::textChanged, this, [this] { name_changed(); });
+}
+
+void segment_box::name_changed() {
+  setToolTip(tool_tip(text()));
+  updateGeometry();
+}
+
+// The toolkit leaves room for 18 letters.
+QSize segment_box::sizeHint() const {
+  const QSize usual = QSpinBox::sizeHint();
+  const int arrows = scaled(40, *this), most = std::max(usual.width(), scaled(320, *this));
+  return {std::clamp(fontMetrics().horizontalAdvance(text()) + arrows, usual.width(), most), usual.height()};
 }
 
 void segment_box::set_network(std::shared_ptr<const network_graph> network) {
@@ -36,11 +49,13 @@ void segment_box::set_network(std::shared_ptr<const network_graph> network) {
   const std::size_t count = network_ ? network_->segments.size() : 0;
   setEnabled(count > 0);
   setRange(1, static_cast<int>(std::clamp<std::size_t>(count, 1, std::numeric_limits<int>::max())));
+  name_changed();
 }
 
 void segment_box::show_segment(segment_number segment) {
   const QSignalBlocker quiet(this);
   setValue(static_cast<int>(segment) + 1);
+  name_changed();
 }
 
 QString segment_box::textFromValue(int value) const {

@@ -16,12 +16,16 @@ public:
   void show_segment(segment_number segment);
   segment_number segment() const { return static_cast<segment_number>(value() - 1); }
 
+  QSize sizeHint() const override; // with room for the name
+
 protected:
   QString textFromValue(int value) const override;
   int valueFromText(const QString& text) const override;
   QValidator::State validate(QString& text, int& position) const override;
 
 private:
+  void name_changed();
+
   std::shared_ptr<const network_graph> network_;
 };
 
