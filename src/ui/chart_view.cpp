@@ -192,9 +192,8 @@ void chart_view::take_series() {
   } else {
     plot_->xAxis->setTicker(QSharedPointer<QCPAxisTicker>(new QCPAxisTicker));
   }
-  const int entries = plot_->legend->itemCount();
-  plot_->legend->setVisible(kind_ != kind::beside_a_grid && entries > 0 &&
-                            (kind_ == kind::window || entries <= most_in_legend));
+  if (kind_ == kind::row && plot_->legend->itemCount() > most_in_legend) plot_->legend->clearItems(); // also its room
+  plot_->legend->setVisible(kind_ != kind::beside_a_grid && plot_->legend->itemCount() > 0);
   QCPGraph* mark = plot_->addGraph();
   mark->removeFromLegend();
   mark->setLineStyle(QCPGraph::lsNone);

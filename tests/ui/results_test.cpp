@@ -1,5 +1,6 @@
 // The results window: a run of the sample, viewed as a user would.
 #include "accessible.h"
+#include "charts/general_graph_data.h"
 #include "dataset/series.h"
 #include "driver.h"
 #include "platform/settings_file.h"
@@ -83,6 +84,29 @@ protected:
   temporary_folder folder;
   running_program program;
 };
+
+TEST(ChartRow, KeepsItsRoomWithMoreSeriesThanALegendCanName) {
+  TGraphForm form;
+  for (int i = 0; i < 30; ++i) {
+    auto data = std::make_unique<general_graph_data>(2);
+    data->x = data->y = {0, 1};
+    data->label = "Ammonium nitrogen, g N/m3, row " + std::to_string(i);
+    form.add_series(std::move(data));
+  }
+  chart_view row(nullptr, chart_view::kind::row);
+  row.resize(600, 300);
+  row.show_graph(&form);
+  row.show();
+  const auto height_of_points = [&] {
+    int top = row.height(), bottom = 0;
+    for (int y = 0; y < row.height(); y += 3)
+      for (int x = 0; x < row.width(); x += 3)
+        if (form.point_at(x, y, 3)) top = std::min(top, y), bottom = y;
+    return bottom - top;
+  };
+  QTest::qWait(100); // it is drawn several times until its ticks are known
+  EXPECT_GT(height_of_points(), 150);
+}
 
 TEST_F(ResultsWindow, IsOpenedByTheLineThatNamesItsFile) {
   run();
