@@ -18,7 +18,7 @@ public:
   enum line_role : int {
     whole_text = Qt::UserRole, // with the icon's word
     is_heading,
-    named_file // the file that the line is about; empty: none
+    named_file // the file shown by a double click on the line; empty: none
   };
 
   info_lines();
