@@ -53,8 +53,24 @@ void prevesk_dataset_data_type::resize_segments(std::size_t count) {
   reconcile_segments();
 }
 
+bool prevesk_dataset_data_type::has_lists_of_catalogue() const {
+  const catalogue_model* rows = catalogue() ? catalogue()->find_model(model_type) : nullptr;
+  if (!rows) return false;
+  const auto same_parameter = [](const parameter_data_type& one, const catalogue_parameter& row) {
+    return one.isc == row.isc;
+  };
+  const auto same_system = [](const system_data_type& one, const catalogue_system& row) {
+    return one.isc == row.model_system_id;
+  };
+  return std::equal(parameters.begin(), parameters.end(), rows->parameters.begin(), rows->parameters.end(),
+                    same_parameter) &&
+         std::equal(systems.begin(), systems.end(), rows->systems.begin(), rows->systems.end(), same_system);
+}
+
+// A fill drops what its catalogue lacks. So it is only done where it drops nothing: the catalogue can have been
+// exchanged for one without the model, or with other systems in it.
 void prevesk_dataset_data_type::reconcile_segments(segment_range which) {
-  if (!catalogue()) {
+  if (!has_lists_of_catalogue()) {
     for (std::size_t i = which.first; i < std::min(which.end, segments.size()); ++i) {
       if (segments[i].parameters.size() != parameters.size()) segments.edit(i).parameters.resize(parameters.size());
       if (segments[i].systems.size() != systems.size()) segments.edit(i).systems.resize(systems.size());

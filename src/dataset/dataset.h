@@ -116,7 +116,9 @@ public:
   // removed.
   void resize_segments(std::size_t count);
 
-  // Gives these segments lists of the right length; the others are known to have them.
+  // Gives these segments lists of the right length; the others are known to have them. Their values and all else that
+  // the user has entered are kept. Restores the catalogue's descriptions and limits where its model has the parameters
+  // and systems of this data set.
   void reconcile_segments(segment_range which = {});
 
   // Gives an empty series two points of value 0, at the default moment and at the data set's end. Leaves other series
@@ -173,6 +175,8 @@ private:
 
   // The catalogue's model for `model_type`; a model without rows if the catalogue lacks it.
   const catalogue_model& model() const;
+  // The catalogue has the model, with the same parameters and systems in the same order.
+  bool has_lists_of_catalogue() const;
 
   catalogue_link catalogue_;
 };

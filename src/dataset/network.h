@@ -1,7 +1,8 @@
 // Changes to a data set's network: segments are inserted and erased, and references to them are adjusted.
 //
 // After every change each segment has as many parameter and system records as the model; `verify` checks that.
-// Positions count from 0. Throws catalogue_exception if the data set's catalogue lacks something that is needed.
+// A catalogue that lacks the model, or has other parameters or systems for it, takes nothing away. Positions count from
+// 0.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -30,8 +31,8 @@ void insert_segment(prevesk_dataset_data_type& data, std::size_t position);
 // end, which are set to the last segment.
 void erase_segment(prevesk_dataset_data_type& data, std::size_t position);
 
-// Gives every segment one record for each parameter and system of the data set, keeping existing values. Restores the
-// catalogue's descriptions. The segments that are not in `which` are known to have their records.
+// Gives every segment one record for each parameter and system of the data set, keeping existing values. The segments
+// that are not in `which` are known to have their records. See `reconcile_segments`.
 void reconcile_segment_records(prevesk_dataset_data_type& data, segment_range which = {});
 
 // Sets bottom references past the end to the last segment. Returns how many.

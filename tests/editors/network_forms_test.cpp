@@ -84,6 +84,42 @@ TEST_F(Segments, CombosShowPositionsAndKeepWhatTheyDoNotKnow) {
   EXPECT_EQ(host.data.segments[0].segment_type, 9U);
 }
 
+// The catalogue may have been exchanged for one that does not fit.
+TEST_F(Segments, ACatalogueWithOtherListsTakesNothingAway) {
+  loads_data_type load;
+  load.points = {{{150754, 0}, 3}};
+  for (std::size_t system = 0; system < 2; ++system) host.data.systems.edit(system).loads.push_back(load);
+  host.data.parameters.edit(1).used = true;
+  host.data.segments.edit(1).parameters.set(0, {0, 21.5});
+  host.data.segments.edit(1).systems.set(1, {0, 4, 0.5});
+  const prevesk_dataset_data_type before = host.data;
+  const auto without_the_last = [](catalogue_model& model) { model.systems.pop_back(); };
+  const auto with_one_in_front = [](catalogue_model& model) {
+    model.systems.insert(model.systems.begin(), {9, "Phosphorus"});
+    model.parameters.insert(model.parameters.begin(), {8, 0, 1, 0, "Wind"});
+  };
+  const auto without_the_model = [](catalogue_model& model) { model.model_id = 99; };
+  for (const std::function<void(catalogue_model&)>& change :
+       {std::function<void(catalogue_model&)>(without_the_last), {with_one_in_front}, {without_the_model}}) {
+    host.data = before;
+    model_catalogue other = *before.catalogue();
+    change(other.models[0]);
+    host.data.set_catalogue(std::make_shared<const model_catalogue>(other));
+    TSegmentForm form(host);
+    shown(form);
+    form.InsertButtonClick();
+    host.clipboard = "One";
+    form.PasteButtonClick(*form.panels()[0]);
+    form.insert_and_renumber_click();
+    EXPECT_EQ(verify(host.data), "");
+    EXPECT_EQ(host.data.segments[3], before.segments[1]);
+    EXPECT_EQ(host.data.segments[1].systems[1].fraction_dissolved, 1);
+    form.delete_and_renumber_click();
+    EXPECT_EQ(host.data.systems, before.systems);
+    EXPECT_EQ(host.data.parameters, before.parameters);
+  }
+}
+
 // A name may be in Windows-1252, and contain any script.
 TEST_F(Segments, NamesOfAllScriptsAreFoundAndShown) {
   host.data.segments.edit(0).name = "M\xfchle";
