@@ -200,10 +200,10 @@ void TFillCalcTable::delete_selected_rows() {
   const cell_range block = selection();
   if (!content_->has_free_rows() || block.top >= content_->row_count()) return;
   const std::size_t count = std::min(block.bottom + 1, content_->row_count()) - block.top;
+  set_active(block.top, active_column_); // before the rows go, so that tables with the same active row go there too
   change one(*this, "Delete " + counted(count, "row"));
   content_->erase_rows(block.top, count);
   selection_.reset();
-  active_row_ = block.top;
   display_rows(false);
   if (OnRowsChanged) OnRowsChanged();
   one.complete();

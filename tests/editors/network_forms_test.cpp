@@ -49,6 +49,14 @@ TEST_F(Segments, RowsComeAndGoWithTheirRecords) {
   EXPECT_EQ(verify(host.data), "");
   for (int i = 0; i < 4; ++i) form.DeleteButtonClick();
   EXPECT_TRUE(host.data.segments.empty());
+
+  host.data.resize_segments(12); // a block that was selected downwards
+  shown(form);
+  table.set_active(8, 0);
+  table.set_selection(cell_range{3, 0, 8, 0});
+  form.delete_selected_rows(*form.panels()[0]);
+  for (const auto& panel : form.panels()) EXPECT_EQ(panel->table.active_row(), 3U) << panel->name;
+  table.delete_all_rows();
   EXPECT_THAT(form.status(*form.panels()[0]), HasSubstr("choose Insert"));
 }
 
