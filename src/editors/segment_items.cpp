@@ -51,6 +51,7 @@ std::optional<std::size_t> segment_items::find(std::string_view text) const {
       equal_names(without_blanks(rest.substr(1)), without_blanks(name(number - 1))))
     return number - 1;
   if (equal_names(text, last_)) return n;
+  if (text.empty()) return std::nullopt; // a blank field is not the name of a segment without a name
   const auto found = names().find(in_capitals(text));
   return found != names().end() && found->second < n ? std::optional(found->second) : std::nullopt;
 }

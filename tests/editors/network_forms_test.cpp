@@ -194,6 +194,8 @@ TEST_F(Segments, PastedBottomsAreAmongTheRowsThatCome) {
   EXPECT_THAT(paste(line("Oak City", "1: weldon") + line("", "None") + line("Bed", "5: Bed") + line("Mud", "0")),
               ElementsAre(2, -1, 0, -1, 4, -1));
   EXPECT_THAT(paste(line("Oak City", "4: ")), ElementsAre(2, -1, 3, -1, 4, -1)); // a segment without a name
+  EXPECT_THAT(paste(line("Oak City", "")), ElementsAre(2, -1, 3, -1, 4, -1));
+  EXPECT_THAT(host.boxes.back(), HasSubstr("Line 1, column 8: "));
   EXPECT_THAT(paste(line("Oak City", "5: Mud")), ElementsAre(2, -1, 3, -1, 4, -1));
   EXPECT_THAT(host.boxes.back(), HasSubstr("Line 1, column 8: \"5: Mud\" is not in the list. Nothing was pasted."));
   std::string muddy = line("Mud", "mud");

@@ -108,6 +108,10 @@ TEST_F(OddNetwork, PairsArePastedInAnySpellingOrNotAtAll) {
     EXPECT_THAT(pasted(form, text), AllOf(HasSubstr(where), EndsWith("Nothing was pasted."))) << text;
     EXPECT_EQ(print(form.panels()[2]->table), as_it_was) << text;
   }
+  host.data.segments.edit(2).name = " ";
+  EXPECT_THAT(pasted(form, "\t2\t1\n"), HasSubstr("Line 1, column 1: "));
+  EXPECT_FALSE(form.panels()[2]->table.enter(0, 0, ""));
+  form.panels()[2]->table.give_up_refused();
   host.data.segments.edit(2).name = "halifax";
   EXPECT_THAT(pasted(form, "Halifax\t1\t1\n"),
               HasSubstr("Line 1, column 1: \"Halifax\" is the name of segments 2 and 3; write the number, or "
