@@ -2,7 +2,8 @@
 #include "app/failure_kinds.h"
 #include "app/run_control.h"
 #include "editors/long_work.h"
-#include "platform/file_lookup.h"
+#include "query/import_query.h"
+#include "query/source_file.h"
 
 #include <algorithm>
 
@@ -27,7 +28,7 @@ struct passed_progress final : query_progress {
   }
   void executed(const std::string& series, const import_query_descriptor& query, const query_report& report) override {
     if (report.points == 0) ++without_points;
-    const std::filesystem::path found = find_file(query.file_name, folder);
+    const std::filesystem::path found = find_source_file(query.file_name, folder);
     executed_queries.push_back(
         {.series = series,
          .source = {.file = found.empty() ? query.file_name : std::filesystem::absolute(found).native()},

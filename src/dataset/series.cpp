@@ -42,7 +42,7 @@ time_series_block& edit_block(prevesk_dataset_data_type& data, const series_ref&
 
 template <class Record>
 std::string segment_label(const char* kind, const system_data_type& system, const Record& record) {
-  return std::string(kind) + " for system '" + system.description.str() +
+  return std::string(kind) + " for system '" + shown_text(system.description) +
          "' segment id: " + std::to_string(record.segment);
 }
 
@@ -115,7 +115,7 @@ std::string query_label(const prevesk_dataset_data_type& data, const series_ref&
   switch (ref.kind) {
   case series_kind::print_intervals: return "Print Interval";
   case series_kind::time_steps: return "Time step";
-  case series_kind::time_function: return "Time function: " + data.time_functions[ref.index].description.str();
+  case series_kind::time_function: return "Time function: " + shown_text(data.time_functions[ref.index].description);
   case series_kind::load:
     return segment_label("Loads", data.systems[ref.owner], data.systems[ref.owner].loads[ref.index]);
   case series_kind::boundary:

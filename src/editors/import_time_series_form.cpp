@@ -3,6 +3,7 @@
 #include "charts/graph_form.h"
 #include "platform/counted.h"
 #include "query/query_log.h"
+#include "query/source_file.h"
 
 #include <algorithm>
 
@@ -455,12 +456,13 @@ const point_list& TImportTimeSeriesForm::target_points() const {
 
 // One step of the history, including the sorting of the points.
 void TImportTimeSeriesForm::store(const char* label, std::optional<filling> filled) {
-  query present = stored_query();
+  query present = in_utf8(stored_query(), host_.data_folder()); // as it was when the dialog was opened
   // Opening a file that is one table also stores the file's name as the table; that alone is not a change.
   if (working_query.source_kind == source_one_table && present.file_name == working_query.stored.file_name)
     present.table_name = working_query.stored.table_name;
   const bool is_other_query = present != working_query.stored;
-  point_list points = filled ? std::move(filled->points) : target_points();
+  point_list points = target_points();
+  if (filled) points = std::move(filled->points);
   sort_by_moment(points);
   const bool is_step = is_other_query || points != target_points();
   if (is_step) host_.begin_step(editor_caption_ + ": " + label, {});

@@ -1,7 +1,8 @@
 #include "editors/source_ages.h"
 
+#include "dataset/text_encoding.h"
 #include "platform/file_identity.h"
-#include "platform/file_lookup.h"
+#include "query/source_file.h"
 
 #include <algorithm>
 
@@ -31,7 +32,7 @@ std::optional<std::int64_t> last_written(std::filesystem::path file) {
 std::optional<std::int64_t> source_ages::written(const std::string& file, const std::filesystem::path& folder) {
   const auto [place, is_new] = written_.try_emplace(file);
   if (is_new)
-    if (const auto found = find_file(file, folder); !found.empty()) place->second = last_written(found);
+    if (const auto found = find_source_file(file, folder); !found.empty()) place->second = last_written(found);
   return place->second;
 }
 
@@ -44,7 +45,8 @@ std::string source_ages::sentence(const stored_series& series, const file_origin
     filled = time_of(origin.identity) + together;
   }
   const auto source = written(file, origin.file.parent_path());
-  return source && *source > filled ? file + " has changed since this series was filled from it." : std::string();
+  return source && *source > filled ? shown_text(file) + " has changed since this series was filled from it."
+                                    : std::string();
 }
 
 } // namespace vesk

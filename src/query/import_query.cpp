@@ -1,9 +1,12 @@
 #include "query/import_query.h"
 
+#include "dataset/text_encoding.h"
 #include "platform/counted.h"
 #include "query/query_log.h"
+#include "query/source_file.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace vesk {
 
@@ -18,6 +21,9 @@ Enumeration meaning_of(std::uint32_t number, Enumeration last, const import_quer
 }
 
 } // namespace
+
+import_query::import_query(import_query_descriptor query, const std::filesystem::path& data_folder)
+    : stored(in_utf8(std::move(query), data_folder)), engine(data_folder) {}
 
 void import_query::set_file(const std::string& name) {
   stored.file_name = name;
@@ -303,8 +309,9 @@ query_report import_query::execute(const prevesk_dataset_data_type& data, point_
 }
 
 std::string in_words(const std::string& series, const import_query_descriptor& query, const query_report& report) {
-  std::string line = series + ": " + query.file_name;
-  if (query.table_name != query.file_name && !query.table_name.empty()) line += " [" + query.table_name + "]";
+  std::string line = series + ": " + shown_text(query.file_name);
+  if (query.table_name != query.file_name && !query.table_name.empty())
+    line += " [" + shown_text(query.table_name) + "]";
   if (report.rows == 0)
     return line + ", no rows found. Check the conditions, and that the table covers the time of the run.";
   line += ", " + counted(report.rows, "row") + ", " + counted(report.points, "point");

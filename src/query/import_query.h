@@ -22,8 +22,8 @@ inline constexpr std::size_t most_listed = 10'000;
 // Can be copied and assigned; a copy opens its source anew.
 class import_query {
 public:
-  explicit import_query(import_query_descriptor query = {}, const std::filesystem::path& data_folder = {})
-      : stored(std::move(query)), engine(data_folder) {}
+  // Its texts become UTF-8; see source_file.h.
+  explicit import_query(import_query_descriptor query = {}, const std::filesystem::path& data_folder = {});
 
   // The members of a condition that are not stored.
   struct condition_choice {

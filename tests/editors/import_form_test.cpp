@@ -176,6 +176,22 @@ TEST_F(Import, OkStoresTheQueryOnlyAndNothingWithoutAChange) {
   EXPECT_EQ(host.undo_label(), "Print Interval: Query");
 }
 
+TEST_F(Import, TextsOfOldDataFilesStayAsTheyAreWithoutAChange) {
+  folder.write("gauges.csv", "Date_Time,Größe,Ort\n2012-10-02,1,Köln\n");
+  series().query.edit().file_name = "gauges.csv";
+  series().query.edit().date_time_field = "Date_Time";
+  series().query.edit().value_field = "Gr\xf6\xdf\x65";
+  series().query.edit().conditions = {{"Ort", 0, 0, "K\xf6ln"}};
+  in_dialog([&](TImportTimeSeriesForm& dialog) {
+    EXPECT_EQ(dialog.value_field(), 1U);
+    EXPECT_EQ(dialog.ConditionTable.text(0, 3), "Köln");
+    EXPECT_THAT(dialog.sql(), HasSubstr("Ort='Köln'"));
+    return by_ok(dialog);
+  });
+  EXPECT_EQ(host.undo_label(), "");
+  EXPECT_EQ(series().query->conditions[0].value_text, "K\xf6ln");
+}
+
 TEST_F(Import, AChangeOfTableKeepsItsOwnFieldsAndErasesTheConditions) {
   write_sqlite(folder.file("rivers.sqlite"),
                "CREATE TABLE a(day TEXT, flow REAL); CREATE TABLE b(day TEXT, result REAL);"

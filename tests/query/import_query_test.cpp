@@ -345,6 +345,27 @@ TEST_F(ImportQuery, EveryOfferedValueSelectsItsRows) {
   EXPECT_EQ(live.choices[0].values.size(), 3U); // still to be chosen from
 }
 
+// Old data files have names and values in Windows-1252, sources in UTF-8.
+TEST_F(ImportQuery, TextsOfOldDataFilesAreFoundInTheirSource) {
+  folder.write("Zuflüsse.csv", "Tag,Größe,Ort\n2009-01-02,1,Köln\n2009-01-03,2,Bonn\n");
+  import_query_descriptor query = query_on("Zufl\xfcsse.csv", "Tag", "Gr\xf6\xdf\x65");
+  query.conditions = {{"Ort", 0, 0, "K\xf6ln"}};
+  EXPECT_EQ(failure_of(query, folder.path), "none");
+  point_list points;
+  import_query live(query, folder.path);
+  const query_report report = live.execute(model_of_2009(), points);
+  EXPECT_EQ(in_words("März", query, report), "März: Zuflüsse.csv, 1 row, 1 point");
+  live.validate();
+  EXPECT_NE(live.build_sql(model_of_2009()).find("'Zuflüsse.csv' WHERE (Ort='Köln')"), std::string::npos);
+  fs::rename(folder.path / "Zuflüsse.csv", folder.path / "Zufl\xfcsse.csv"); // the bytes of the name, too
+  EXPECT_EQ(failure_of(query, folder.path), "none");
+  fill_database("orte.sqlite", "CREATE TABLE Köln(Tag TEXT, Größe REAL); INSERT INTO Köln VALUES ('2009-01-02', 1)");
+  query.file_name = "orte.sqlite";
+  query.table_name = "K\xf6ln";
+  query.conditions.clear();
+  EXPECT_EQ(failure_of(query, folder.path), "none");
+}
+
 // Each value of each column's list, in columns that hold more than what they are declared for.
 TEST_F(ImportQuery, OfferedValuesOfMixedColumnsSelectTheirRows) {
   std::mt19937_64 random(17);
