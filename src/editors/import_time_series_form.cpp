@@ -15,7 +15,6 @@ namespace fs = std::filesystem;
 
 constexpr const char* error_title = "Error";
 constexpr const char* import_error_title = "Import error";
-constexpr const char* no_failure_text = nullptr;
 
 const file_dialog source_dialog{
     file_dialog::kind::open, "Select file",
@@ -56,6 +55,13 @@ void choose_field(const import_query& source, std::string& field, std::string_vi
 void choose_fields(import_query& source) {
   choose_field(source, source.stored.date_time_field, "DATE_TIME");
   choose_field(source, source.stored.value_field, "RESULT");
+}
+
+// A query that names no fields yet gets the usual ones, as if chosen.
+void read_lists(import_query& source) {
+  source.read_lists();
+  if (source.stored.date_time_field.empty()) choose_field(source, source.stored.date_time_field, "DATE_TIME");
+  if (source.stored.value_field.empty()) choose_field(source, source.stored.value_field, "RESULT");
 }
 
 void take_table(import_query& source, const std::string& table) {
@@ -105,7 +111,7 @@ void TImportTimeSeriesForm::begin(const series_ref& target, std::string editor_c
 // Background reads.
 
 template <class Work>
-auto TImportTimeSeriesForm::work_on_query(const char* title, Work work, std::string when_cancelled) {
+auto TImportTimeSeriesForm::work_on_query(const char* title, Work work, read_stops stops) {
   using value = std::invoke_result_t<Work&, import_query&, const prevesk_dataset_data_type&>;
   struct outcome {
     import_query worked_on;
@@ -127,29 +133,34 @@ auto TImportTimeSeriesForm::work_on_query(const char* title, Work work, std::str
       working_query = std::move(came->worked_on);
       result.emplace(std::move(came->result));
     } else if (host_.generation() == generation) {
-      message_ = std::move(when_cancelled);
+      message_ = std::move(stops.when_cancelled);
     } else {
-      message_ = "The data set was replaced while the table was read. Repeat the command.";
+      message_ = std::move(stops.when_replaced);
     }
   } catch (const std::exception& error) {
-    if (title == no_failure_text)
-      message_ = "The table could not be read. Run query shows why.";
-    else
-      host_.questions().message_box(title, error.what(), box_buttons::ok);
+    host_.questions().message_box(title, error.what(), box_buttons::ok);
   }
   show_lists();
   return result;
 }
 
 // An incomplete query is not an error here. The command that needs the source reports failures.
+// What was read before it is kept: the tables of a workbook are shown even if the query's own is not among them.
 void TImportTimeSeriesForm::FormShow() {
   if (working_query.stored.file_name.empty()) return say("Select the file that holds the data.");
-  work_on_query(no_failure_text, [](import_query& source, const prevesk_dataset_data_type&) {
-    source.read_lists();
-    if (source.stored.date_time_field.empty()) choose_field(source, source.stored.date_time_field, "DATE_TIME");
-    if (source.stored.value_field.empty()) choose_field(source, source.stored.value_field, "RESULT");
-    return true;
-  });
+  const auto is_read = work_on_query(
+      error_title,
+      [](import_query& source, const prevesk_dataset_data_type&) {
+        try {
+          read_lists(source);
+          return true;
+        } catch (const query_exception&) {
+          return false;
+        }
+      },
+      {"Cancelled. The table was not read; Run query reads it.",
+       "The data set was replaced while the table was read. Run query reads it."});
+  if (is_read && !*is_read) say("The table could not be read. Run query shows why.");
 }
 
 // While refused, a condition shows the typed text but keeps its old value.
@@ -188,7 +199,7 @@ void TImportTimeSeriesForm::refresh_values(std::size_t condition) {
         source.refresh_values(condition);
         return source.choices[condition].selected_value >= 0;
       },
-      "Cancelled. The values of " + field + " were not read.");
+      {"Cancelled. The values of " + field + " were not read."});
   if (has_value && !*has_value && !typed.empty()) say(field + " has no value \"" + typed + "\" in this table.");
 }
 
@@ -240,7 +251,8 @@ std::string TImportTimeSeriesForm::sql() const {
 
 std::string TImportTimeSeriesForm::sql_hint() const {
   const bool is_unread = !working_query.stored.file_name.empty() && working_query.field_names.empty();
-  return is_unread ? "The table could not be read. Run query shows why." : "Choose a value for each condition.";
+  return is_unread ? "The table has not been read. Run query reads it, or shows why it cannot."
+                   : "Choose a value for each condition.";
 }
 
 std::string TImportTimeSeriesForm::message() const {
@@ -348,6 +360,7 @@ void TImportTimeSeriesForm::RunQueryButtonClick() {
   if (!nothing_is_refused()) return;
   clear_results();
   auto rows = work_on_query(error_title, [](import_query& source, const prevesk_dataset_data_type& data) {
+    if (source.field_names.empty()) read_lists(source); // the first reading has failed or was cancelled
     return read_shown_rows(source, data);
   });
   if (!rows) return;

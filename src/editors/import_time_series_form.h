@@ -93,10 +93,20 @@ public:
   void copy_results(bool with_headers); // the selected cells
 
 private:
+  // The messages about a reading that did not end.
+  struct read_stops {
+    std::string when_cancelled = "Cancelled. Nothing was changed.";
+    std::string when_replaced = "The data set was replaced while the table was read. Repeat the command.";
+  };
+
   // Runs work(query, data) on a copy of the working query in the background, then keeps the query and returns the
   // value. Returns nothing after Cancel and after a failure, shown under `title`; the working query is then unchanged.
   template <class Work>
-  auto work_on_query(const char* title, Work work, std::string when_cancelled = "Cancelled. Nothing was changed.");
+  auto work_on_query(const char* title, Work work, read_stops stops);
+  template <class Work>
+  auto work_on_query(const char* title, Work work) {
+    return work_on_query(title, std::move(work), read_stops());
+  }
   bool open_source(const std::string& file_name);
   void refresh_values(std::size_t condition);
   void show_lists(); // the conditions and everything else, after a change

@@ -402,8 +402,37 @@ TEST_F(Import, ListsAreReadForTheirOwnRowAlone) {
   host.boxes.clear();
   in_dialog([&](TImportTimeSeriesForm& dialog) {
     EXPECT_EQ(dialog.message(), "The table could not be read. Run query shows why.");
-    EXPECT_EQ(dialog.sql() + dialog.sql_hint(), dialog.message());
+    EXPECT_THAT(dialog.sql() + dialog.sql_hint(), StartsWith("The table has not been read."));
     EXPECT_THAT(host.boxes, IsEmpty());
+    dialog.RunQueryButtonClick();
+    EXPECT_THAT(host.boxes, ElementsAre(StartsWith("Error: gone.csv: no such file")));
+    return false;
+  });
+}
+
+// A table that is gone is replaced by one of those that there are.
+TEST_F(Import, WhatCouldBeReadAtTheOpeningIsShown) {
+  write_sqlite(folder.file("rivers.sqlite"),
+               "CREATE TABLE a(day TEXT, flow REAL); CREATE TABLE b(day TEXT, result REAL);"
+               "INSERT INTO b VALUES ('2012-10-01', 1)");
+  series().query.edit().file_name = "rivers.sqlite";
+  series().query.edit().table_name = "renamed";
+  in_dialog([&](TImportTimeSeriesForm& dialog) {
+    EXPECT_THAT(host.boxes, IsEmpty());
+    EXPECT_THAT(dialog.tables(), ElementsAre("a", "b"));
+    EXPECT_EQ(dialog.table(), std::nullopt);
+    dialog.TableListChange(1);
+    EXPECT_EQ(dialog.value_field(), 1U);
+    return false;
+  });
+  series().query.edit().table_name = "b";
+  host.cancels_long_work = true;
+  in_dialog([&](TImportTimeSeriesForm& dialog) {
+    EXPECT_EQ(dialog.message(), "Cancelled. The table was not read; Run query reads it.");
+    host.cancels_long_work = false;
+    dialog.DateTimeFieldChange(0); // no list yet
+    dialog.RunQueryButtonClick();
+    EXPECT_EQ(dialog.value_field(), 1U);
     return false;
   });
 }
