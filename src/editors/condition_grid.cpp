@@ -98,7 +98,10 @@ void condition_grid::set_value(std::size_t row, std::size_t column, const cell_v
   switch (column) {
   case conjunction_column: query_.stored.conditions[row].conjunction = static_cast<std::uint32_t>(item); return;
   case comparison_column: query_.stored.conditions[row].comparison = static_cast<std::uint32_t>(item); return;
-  case field_column: query_.choose_field(row, item); break;
+  case field_column:
+    if (query_.field_names[item] == query_.stored.conditions[row].field_name) return; // chosen again
+    query_.choose_field(row, item);
+    break;
   default:
     if (item != row_items::typed_item) return query_.choose_value(row, item);
     query_.enter_value(row, values_->typed());

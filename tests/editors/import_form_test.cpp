@@ -235,6 +235,8 @@ TEST_F(Import, ConditionsAreEditedInTheirTable) {
     EXPECT_FALSE(table.enter(0, 3, "C"));
     table.give_up_refused();
     EXPECT_TRUE(table.enter(0, 3, "A"));
+    EXPECT_TRUE(table.enter(0, 1, "Site", true)); // chosen again from the list
+    EXPECT_EQ(dialog.stored().conditions[0].value_text, "A");
     dialog.InsertButtonClick();
     EXPECT_EQ(table.active_row(), 1U);
     EXPECT_TRUE(table.enter(1, 0, "OR") && table.enter(1, 2, ">=") && table.enter(1, 3, "10/3/2012"));
