@@ -114,7 +114,7 @@ bool result_set::is_missing(std::size_t field) const {
   const int type = sqlite3_column_type(statement_, static_cast<int>(field));
   if (type != SQLITE_TEXT) return type == SQLITE_NULL;
   const std::string mark = text(field);
-  return mark.find_first_not_of(' ') == mark.npos || marks_missing(mark);
+  return is_blank(mark) || marks_missing(mark);
 }
 
 bool result_set::is_comparable(std::size_t field) const {
@@ -122,7 +122,8 @@ bool result_set::is_comparable(std::size_t field) const {
   const bool is_value = type == SQLITE_INTEGER || type == SQLITE_FLOAT;
   const double number = is_value ? sqlite3_column_double(statement_, static_cast<int>(field)) : 0;
   if (is_date_or_time(fields_[field].type)) return is_value && is_date_time_number(number);
-  return !is_number(fields_[field].type) || (is_value && std::isfinite(number));
+  if (is_number(fields_[field].type)) return is_value && std::isfinite(number);
+  return type != SQLITE_NULL && (type != SQLITE_TEXT || !is_blank(text(field)));
 }
 
 void result_set::refuse(std::size_t field, const std::string& text, const char* wanted) const {

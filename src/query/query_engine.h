@@ -52,8 +52,8 @@ public:
 
   // A value of the present row.
   bool is_missing(std::size_t field) const; // null, or a text that says so, such as NA
-  // Whether a condition can compare its field with this value: not in a field of numbers or dates with a text or with
-  // nothing, and not with a number that is not a date. An empty text means no text.
+  // Whether a condition can compare its field with this value: not with a null or a blank text, and in a field of
+  // numbers or dates not with a text, nor with a number that is not a date.
   bool is_comparable(std::size_t field) const;
   // Days since 30 December 1899. Throws query_engine_exception, as `refuse` does, for what is not a date.
   double date_and_time(std::size_t field) const;

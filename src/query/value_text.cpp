@@ -40,6 +40,10 @@ std::optional<double> moment_literal(std::string_view text) {
   return {};
 }
 
+bool is_blank(std::string_view text) {
+  return text.find_first_not_of(' ') == text.npos;
+}
+
 std::string not_of_its_kind(std::string_view text, const char* wanted) {
   constexpr std::size_t most = 60;
   std::size_t size = std::min(text.size(), most);

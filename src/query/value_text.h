@@ -18,6 +18,9 @@ std::string integer_text(std::int64_t value, field_type type);
 // The same of any value; empty for null.
 std::string value_text(const table_value& value, field_type type);
 
+// Empty, or nothing but blanks: no value.
+bool is_blank(std::string_view text);
+
 // The date-time number that such a text means, a date, a time or both, or another one that a person would write: dates
 // are month/day/year, year-month-day or with the month's name. Nothing for any other text.
 std::optional<double> moment_literal(std::string_view text);

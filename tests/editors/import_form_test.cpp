@@ -254,6 +254,24 @@ TEST_F(Import, ConditionsAreEditedInTheirTable) {
   EXPECT_EQ(read_back(), "2:2 ");
 }
 
+// The rows without an entry are not those that the user has chosen.
+TEST_F(Import, AConditionWithoutAValueSelectsNothing) {
+  folder.write("gauges.csv", "Date_Time,Site,Result\n2012-10-02,,1\n2012-10-03,A,2\n2012-10-04, ,4\n");
+  in_dialog([&](TImportTimeSeriesForm& dialog) {
+    browse(dialog, "gauges.csv");
+    TFillCalcTable& table = dialog.ConditionTable;
+    dialog.InsertButtonClick();
+    EXPECT_TRUE(table.enter(0, 1, "Site"));
+    EXPECT_EQ(table.content().columns()[3].type.items->size(), 1U);
+    EXPECT_EQ(dialog.sql(), "");
+    EXPECT_FALSE(dialog.ImportButtonClick());
+    EXPECT_THAT(host.boxes.back(), HasSubstr("on field 'Site' which has no selected value"));
+    EXPECT_TRUE(table.enter(0, 2, ">=") && table.enter(0, 3, "A")); // leaves out the rows without a site
+    return dialog.ImportButtonClick();
+  });
+  EXPECT_EQ(read_back(), "2:2 ");
+}
+
 // A value outside the list is looked up in the table.
 TEST_F(Import, ValuesBeyondTheListCanBeTyped) {
   std::string text = "Day,Flow\n";

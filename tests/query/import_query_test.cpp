@@ -413,10 +413,16 @@ TEST_F(ImportQuery, OfferedValuesOfMixedColumnsSelectTheirRows) {
       std::vector<double> selected;
       for (const auto& point : points) selected.push_back(point.value);
       EXPECT_EQ(selected, shown[value]) << live.field_names[field] << " = " << value;
+      EXPECT_NE(value.find_first_not_of(' '), value.npos) << live.field_names[field];
       ++offered;
     }
   }
   EXPECT_GT(offered, 70U);
+  for (const char* blank : {"", " "}) {
+    live.stored.conditions = {{"s", 0, 0, blank}};
+    EXPECT_EQ(failure_of(live.stored, folder.path),
+              "Query 'New Query' contains query condition on field 's' which has no selected value");
+  }
   live.stored.conditions = {{"n", 0, 0, "x"}};
   EXPECT_EQ(failure_of(live.stored, folder.path),
             "Query 'New Query' contains query condition on field 'n' which has no selected value");

@@ -46,7 +46,7 @@ int guarded(sqlite3_vtab* table, Work work) noexcept {
 
 // The moment that a text means; nothing when it says that there is none. `field`: named when it means nothing.
 std::optional<double> moment_of_text(std::string_view text, const module_table& table, const std::string& field) {
-  if (text.find_first_not_of(' ') == text.npos || marks_missing(text)) return {};
+  if (is_blank(text) || marks_missing(text)) return {};
   if (const auto moment = moment_literal(text)) return moment;
   throw table_source_exception(table.source.file(), table.source.tables()[table.table], field,
                                not_of_its_kind(text, "a date"));
@@ -77,7 +77,8 @@ void look_for(std::vector<sought_value>& sought, attached_cursor& at, const modu
     const bool is_date = is_date_or_time(type);
     const table_value value = is_date ? value_of(at, table, wanted.position) : at.rows->value(wanted.position);
     const bool is_text = value.kind() == value_kind::text;
-    if ((is_date || is_number(type)) && (is_text || value.is_null())) continue; // nothing to compare with
+    if (value.is_null() || (is_text && (is_date || is_number(type) || is_blank(value.text()))))
+      continue; // nothing to compare with
     wanted.found = is_text ? value.text() == wanted.text : value_text(value, type) == wanted.text;
   }
 }
