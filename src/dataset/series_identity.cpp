@@ -23,6 +23,18 @@ std::array<std::string, 2> parts_of(const prevesk_dataset_data_type& data, const
   }
 }
 
+// Whether they are the series' parts. Functions are compared without a copy of their names: there may be 100,000.
+bool has_parts(const prevesk_dataset_data_type& data, const series_ref& ref, const std::array<std::string, 2>& parts) {
+  const auto function = [&](const auto& field) {
+    return field.description.str() == parts[0] && field.functions[ref.index].description.str() == parts[1];
+  };
+  switch (ref.kind) {
+  case series_kind::exchange_function: return function(data.exchange_fields[ref.owner]);
+  case series_kind::flow_function: return function(data.flow_fields[ref.owner]);
+  default: return parts_of(data, ref) == parts;
+  }
+}
+
 std::string record_name(const prevesk_dataset_data_type& data, const system_data_type& system, std::int32_t segment) {
   const bool exists = segment >= 0 && static_cast<std::size_t>(segment) < data.segments.size();
   const std::string name = exists ? shown_text(data.segments[static_cast<std::size_t>(segment)].name.str()) : "";
@@ -41,7 +53,7 @@ series_identity identity_of(const prevesk_dataset_data_type& data, const series_
   series_identity identity{ref.kind, parts_of(data, ref)};
   for_each_series(data, ref.kind, [&](const series_ref& one) {
     if (one == ref) identity.place = identity.count;
-    if (parts_of(data, one) == identity.parts) ++identity.count;
+    if (has_parts(data, one, identity.parts)) ++identity.count;
   });
   return identity;
 }
@@ -50,7 +62,7 @@ std::optional<series_ref> find_series(const prevesk_dataset_data_type& data, con
   std::optional<series_ref> found;
   std::size_t count = 0;
   for_each_series(data, identity.kind, [&](const series_ref& one) {
-    if (parts_of(data, one) == identity.parts && count++ == identity.place) found = one;
+    if (has_parts(data, one, identity.parts) && count++ == identity.place) found = one;
   });
   return count == identity.count ? found : std::nullopt;
 }

@@ -4,6 +4,7 @@
 #include "dataset/text_encoding.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace vesk {
 
@@ -151,6 +152,7 @@ TExchangesFlowsForm::TExchangesFlowsForm(editor_host& host)
       series_panel_(add_panel("TimeFunctionFillCalcTable", points_, series_buttons, &points_)) {
   function_panel_.empty_hint = "No functions: choose Insert for the first one.";
   field_panel_.table.OnEnteringRow = [this](std::size_t) { enter_field(); };
+  field_panel_.table.OnDoneEdit = [this](std::size_t) { note_function(); }; // its field may have another name
   function_panel_.table.OnEnteringRow = [this](std::size_t) { enter_function(); };
   function_panel_.table.OnDoneEdit = [this](std::size_t) { show_details(); };
   function_panel_.table.OnRowsChanged = [this] {
@@ -168,6 +170,7 @@ void TExchangesFlowsForm::grid_entered(std::size_t position) {
 
 void TExchangesFlowsForm::FormShow() {
   shown_field_.reset();
+  shown_function_.reset();
   editor::FormShow();
 }
 
@@ -181,7 +184,25 @@ void TExchangesFlowsForm::take_content() {
   field_panel_.label = exchange_mode ? "Exchange Fields" : "Flow Fields";
   pair_panel_.label = exchange_mode ? "Exchange Function Pairs" : "Flow Function Pairs";
   series_panel_.label = "Time/value pairs";
+  follow_function();
   show_functions();
+}
+
+// Undo or a job may have put another one at its position. The details then stay as they are, and so does the block that
+// is selected in them.
+void TExchangesFlowsForm::follow_function() {
+  const prevesk_dataset_data_type* data = host().data_set();
+  const auto found = data && shown_function_ ? find_series(*data, *shown_function_) : std::nullopt;
+  if (!found) return;
+  const auto go_to = [](editor_panel& panel, std::size_t row) {
+    panel.table.set_active(row, panel.table.active_column());
+  };
+  is_following_ = true;
+  go_to(field_panel_, found->owner);
+  with_grids([this](auto& grids) { function_panel_.table.show(grids.functions); });
+  go_to(function_panel_, found->index);
+  is_following_ = false;
+  shown_field_ = found->owner;
 }
 
 // Whether a detail has a refused entry, which must not be replaced by other rows; then returns the master to `row`.
@@ -196,11 +217,13 @@ bool TExchangesFlowsForm::stays_at(editor_panel& master, std::size_t row,
 }
 
 void TExchangesFlowsForm::enter_field() {
+  if (is_following_) return;
   if (!stays_at(field_panel_, shown_field_.value_or(0), {&function_panel_, &pair_panel_, &series_panel_}))
     show_functions();
 }
 
 void TExchangesFlowsForm::enter_function() {
+  if (is_following_) return;
   if (!stays_at(function_panel_, points_.ref() ? points_.ref()->index : 0, {&pair_panel_, &series_panel_}))
     show_details();
 }
@@ -219,7 +242,7 @@ void TExchangesFlowsForm::show_functions() {
 
 void TExchangesFlowsForm::show_details(details position) {
   const std::optional<series_ref> series = active_series();
-  if (points_.ref() != series) position = details::from_their_first_row;
+  if (note_function()) position = details::from_their_first_row;
   points_.set_series(series);
   if (position == details::from_their_first_row)
     for (editor_panel* detail : {&pair_panel_, &series_panel_}) {
@@ -239,6 +262,12 @@ void TExchangesFlowsForm::show_details(details position) {
   }
   refresh_series();
   refresh_texts();
+}
+
+bool TExchangesFlowsForm::note_function() {
+  const std::optional<series_ref> series = active_series();
+  auto function = series ? std::optional(identity_of(*host().data_set(), *series)) : std::nullopt;
+  return std::exchange(shown_function_, function) != function;
 }
 
 std::optional<series_ref> TExchangesFlowsForm::active_series() const {

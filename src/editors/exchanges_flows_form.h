@@ -3,6 +3,7 @@
 // One dialog with two modes; four grids from master to detail, and one row of buttons that acts on the active grid.
 #pragma once
 
+#include "dataset/series_identity.h"
 #include "editors/editor.h"
 #include "editors/record_grid.h"
 #include "editors/segment_items.h"
@@ -54,12 +55,14 @@ private:
     return exchange_mode ? visit(exchanges_) : visit(flows_);
   }
 
+  void follow_function(); // the shown one, into a data set that has come in place of the last
   void enter_field();
   void enter_function();
   void show_functions(); // from the first one after a change of field
   enum class details { from_their_first_row, as_they_are };
   // A change of function always shows them from the first row.
   void show_details(details position = details::from_their_first_row);
+  bool note_function(); // the active one becomes the shown one; true: it was another
   bool stays_at(editor_panel& master, std::size_t row, std::initializer_list<editor_panel*> its_details);
   bool has_field() const;                      // whether a field is active
   std::string description_of_field() const;    // of the active one; empty without one
@@ -72,6 +75,8 @@ private:
   series_grid points_;
   std::size_t active_grid_ = field_grid;
   std::optional<std::size_t> shown_field_; // nothing: before the form is shown
+  std::optional<series_identity> shown_function_;
+  bool is_following_ = false; // the grids go to a function without its details
   editor_panel& field_panel_;
   editor_panel& function_panel_;
   editor_panel& pair_panel_;

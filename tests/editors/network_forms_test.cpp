@@ -358,6 +358,33 @@ TEST_F(ExchangesFlows, KeepTheFunctionInView) {
   EXPECT_EQ(function_panel.label + ", " + form.panels()[2]->label, "Functions, Flow Function Pairs");
 }
 
+// Another function may be at its position.
+TEST_F(ExchangesFlows, TheShownFunctionIsFollowedThroughUndoAndJobs) {
+  host.data.flow_fields.edit(0).functions.resize(3);
+  for (std::size_t i = 0; i < 3; ++i) {
+    flow_function_data_type& function = host.data.flow_fields.edit(0).functions.edit(i);
+    function.description = "Flow " + std::to_string(i);
+    function.pairs = {{1, no_segment, 0}, {1, 0, 1}, {1, 1, 2}};
+  }
+  TExchangesFlowsForm form(host);
+  form.exchange_mode = false;
+  shown(form);
+  TFillCalcTable &functions = form.panels()[1]->table, &pairs = form.panels()[2]->table;
+  form.InsertRowButtonClick(*form.panels()[1]); // in front of all
+  functions.set_active(2, 0);
+  pairs.set_active(2, 0);
+  pairs.set_selection(cell_range{1, 0, 2, 0});
+  form.undo();
+  EXPECT_EQ(functions.text(functions.active_row(), 0), "Flow 1");
+  EXPECT_THAT(form.panels()[2]->label, HasSubstr("Flow 1"));
+  EXPECT_EQ(pairs.selection(), (cell_range{1, 0, 2, 0}));
+  prevesk_dataset_data_type of_job = host.data;
+  of_job.flow_fields.edit(0).functions.erase(1, 1); // and Flow 2 takes its place
+  host.replace_data(of_job);
+  EXPECT_EQ(functions.active_row(), 1U);
+  EXPECT_EQ(pairs.selection(), (cell_range{0, 0, 0, 0}));
+}
+
 TEST_F(ExchangesFlows, PairsThatMoveNothingAreMarked) {
   host.data.exchange_fields.edit(0).functions.resize(1);
   host.data.exchange_fields.edit(0).functions.edit(0).pairs = {
