@@ -233,6 +233,7 @@ void TExchangesFlowsForm::show_functions() {
   const bool another = shown_field_ != row;
   shown_field_ = row;
   function_panel_.label = has_field() ? description_of_field() + " functions" : "Functions";
+  if (another) function_panel_.table.set_selection(std::nullopt);
   with_grids([this](auto& grids) { function_panel_.table.show(grids.functions); });
   if (another && function_panel_.table.active_row() != 0)
     function_panel_.table.set_active(0, function_panel_.table.active_column()); // this shows the details

@@ -385,6 +385,18 @@ TEST_F(ExchangesFlows, TheShownFunctionIsFollowedThroughUndoAndJobs) {
   EXPECT_EQ(pairs.selection(), (cell_range{0, 0, 0, 0}));
 }
 
+// What was selected in one field is not selected in the next.
+TEST_F(ExchangesFlows, ABlockOfFunctionsBelongsToItsField) {
+  for (std::size_t field = 0; field < 2; ++field) host.data.flow_fields.edit(field).functions.resize(3);
+  TExchangesFlowsForm form(host);
+  form.exchange_mode = false;
+  TFillCalcTable& fields = shown(form);
+  TFillCalcTable& functions = form.panels()[1]->table;
+  functions.set_selection(cell_range{0, 0, 2, 0}); // upwards: the active row is the first
+  fields.set_active(1, 0);
+  EXPECT_EQ(functions.selection(), (cell_range{0, 0, 0, 0}));
+}
+
 TEST_F(ExchangesFlows, PairsThatMoveNothingAreMarked) {
   host.data.exchange_fields.edit(0).functions.resize(1);
   host.data.exchange_fields.edit(0).functions.edit(0).pairs = {
