@@ -3,6 +3,8 @@
 #include "dataset/text_encoding.h"
 #include "platform/counted.h"
 
+#include <algorithm>
+
 namespace vesk {
 
 namespace {
@@ -94,6 +96,8 @@ void tree_series_form::select(std::optional<node> which) {
   selected_ = which;
   const auto record = selected_record();
   identity_ = record ? std::optional(identity_of(*host().data_set(), *record)) : std::nullopt;
+  if (selected_ && selected_->group && *selected_->group < group_count())
+    system_ = host().data_set()->systems[*selected_->group].isc;
   series_panel_.table.set_selection(std::nullopt);
   series_panel_.table.set_active(0, series_panel_.table.active_column());
   show_selected();
@@ -126,21 +130,31 @@ std::string tree_series_form::hint() const {
 void tree_series_form::take_content() {
   systems_.take_formats(host());
   points_.take_format();
-  follow_record();
+  follow_selected();
   system_panel_.table.show(systems_);
   refresh_tree();
   show_selected();
 }
 
-// Another record, with other points, may be at its position.
-void tree_series_form::follow_record() {
+// Another record, with other points, may be at its position; and another system at that of a system.
+void tree_series_form::follow_selected() {
   const prevesk_dataset_data_type* data = host().data_set();
-  const auto record = data && selected_ && selected_->item && identity_ ? find_series(*data, *identity_) : std::nullopt;
-  selected_ = record ? std::optional(node{record->owner, record->index}) : std::nullopt;
+  if (!data || !selected_) return selected_.reset();
+  if (selected_->item) {
+    const auto record = identity_ ? find_series(*data, *identity_) : std::nullopt;
+    selected_ = record ? std::optional(node{record->owner, record->index}) : std::nullopt;
+  } else if (selected_->group) {
+    const auto has_number = [this](const system_data_type& system) { return system.isc == system_; };
+    const auto& systems = data->systems;
+    if (*selected_->group < systems.size() && has_number(systems[*selected_->group])) return;
+    const auto found = std::find_if(systems.begin(), systems.end(), has_number);
+    if (found == systems.end()) return selected_.reset();
+    selected_ = node{static_cast<std::size_t>(found - systems.begin()), std::nullopt};
+  }
 }
 
 void tree_series_form::records_changed() {
-  selected_.reset();
+  if (selected_ && selected_->item) selected_.reset();
   refresh_tree();
   show_selected();
 }

@@ -68,12 +68,12 @@ protected:
   std::int32_t segment_of(const series_ref& ref) const; // of the record; `ref` must name one
   bool is_segment(std::int32_t segment) const;          // whether it is in the network
   std::string segment_name(std::int32_t segment) const; // empty outside the network
-  void records_changed();                               // of the tree; clears the selection
+  void records_changed();                               // of the tree; no record is selected afterwards
 
 private:
   copy_targets chosen_targets() const;
   std::string copies_in_words(std::size_t added, std::size_t replaced) const;
-  void follow_record(); // finds the selected one in the new data set
+  void follow_selected(); // finds the selected node in the new data set
   void show_selected();
   std::string hint() const;                           // for the empty series
   std::string full_name(const series_ref& ref) const; // "segment 5 (Halifax), Oxygen"
@@ -81,6 +81,7 @@ private:
   const traits traits_;
   std::optional<node> selected_;
   std::optional<series_identity> identity_; // of the selected record
+  std::uint32_t system_ = 0;                // the number of the selected system
   series_grid points_;
   record_grid<system_data_type> systems_;
   editor_panel& series_panel_;

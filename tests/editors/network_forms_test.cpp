@@ -535,6 +535,22 @@ TEST_F(Trees, TheSelectedRecordIsFollowedThroughUndoAndJobs) {
   of_job.systems.edit(0).loads.edit(1).segment = 0;
   host.replace_data(of_job);
   EXPECT_EQ(form.selected(), std::nullopt);
+
+  using node = editor_tree::node;
+  for (const node& stays : {node{1, {}}, node{}}) { // a system and the root
+    form.select(stays);
+    form.add_all_loads(1);
+    EXPECT_EQ(form.selected(), stays);
+    form.undo();
+    EXPECT_EQ(form.selected(), stays);
+  }
+  form.select(node{1, {}});
+  of_job.systems.erase(0, 1);
+  host.replace_data(of_job);
+  EXPECT_EQ(form.selected(), (node{0, {}}));
+  of_job.systems.clear();
+  host.replace_data(of_job);
+  EXPECT_EQ(form.selected(), std::nullopt);
 }
 
 TEST_F(Trees, BoundariesNameTheirSegmentAlsoWhenThereIsNone) {
