@@ -55,9 +55,9 @@ void TEditProjectForm::BrowseButtonClick() {
   if (row >= names_.row_count()) return;
   const auto name = host().questions().ask_file(browse_dialog);
   if (!name || host().generation() != generation) return;
-  host().begin_step(caption() + ": Browse", {});
+  history_step step = begin_step("Browse");
   names_.set_value(row, 0, *name);
-  end_step(true);
+  step.end();
   panel_.table.display_rows();
 }
 

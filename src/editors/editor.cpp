@@ -89,6 +89,10 @@ bool editor::FormCloseQuery(bool by_ok) {
   return false;
 }
 
+history_step editor::begin_step(const std::string& label) {
+  return {host_, caption() + ": " + label, [this](bool completed) { end_step(completed); }};
+}
+
 // A failed step also replaces the data set, with the state before the step.
 void editor::end_step(bool completed) {
   takes_step([&] { host_.end_step(completed); });
@@ -248,23 +252,18 @@ void editor::ImportButtonClick(editor_panel& panel) {
 
 void editor::keep_these_points(editor_panel& panel) {
   if (!may_go_on() || !panel.series || !panel.series->is_deferred()) return;
-  panel.table.OnBeginChange("Keep these points");
+  history_step step(panel.table, "Keep these points");
   edit_series(*host_.data_set(), *panel.series->ref()).query.edit().deferred = false;
-  panel.table.OnEndChange(true);
+  step.end();
   set_message("The query is kept, but runs no longer execute it.");
 }
 
 void editor::edit_points(editor_panel& panel, const std::string& label,
                          const std::function<void(point_list&)>& change) {
-  panel.table.OnBeginChange(label);
-  try {
-    change(edit_series(*host_.data_set(), *panel.series->ref()).points);
-  } catch (...) {
-    panel.table.OnEndChange(false);
-    throw;
-  }
+  history_step step(panel.table, label);
+  change(edit_series(*host_.data_set(), *panel.series->ref()).points);
   panel.table.display_rows();
-  panel.table.OnEndChange(true);
+  step.end();
 }
 
 void editor::regular_times_click(editor_panel& panel) {

@@ -9,6 +9,7 @@
 #include "editors/editor_host.h"
 #include "editors/entry_field.h"
 #include "editors/form.h"
+#include "editors/history_step.h"
 #include "editors/regular_times_form.h"
 #include "editors/series_grid.h"
 #include "editors/source_ages.h"
@@ -208,7 +209,8 @@ protected:
   void go_to_row(editor_panel& panel, std::size_t row);
   // Selects the next node of the tree, starting after the selected one and wrapping around. False: none found.
   bool select_next_node(const std::function<bool(const editor_tree::node&)>& is_wanted);
-  bool may_go_on(); // no entry is refused; otherwise returns to it
+  bool may_go_on();                                  // no entry is refused; otherwise returns to it
+  history_step begin_step(const std::string& label); // of the history; not of one table
   void end_step(bool completed);
   void set_message(std::string message);
   std::string source_age(const stored_series& series) const; // of the data set; see source_ages

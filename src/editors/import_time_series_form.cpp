@@ -1,6 +1,7 @@
 #include "editors/import_time_series_form.h"
 
 #include "charts/graph_form.h"
+#include "editors/history_step.h"
 #include "platform/counted.h"
 #include "query/query_log.h"
 #include "query/source_file.h"
@@ -148,18 +149,17 @@ auto TImportTimeSeriesForm::work_on_query(const char* title, Work work, read_sto
 // What was read before it is kept: the tables of a workbook are shown even if the query's own is not among them.
 void TImportTimeSeriesForm::FormShow() {
   if (working_query.stored.file_name.empty()) return say("Select the file that holds the data.");
-  const auto is_read = work_on_query(
-      error_title,
-      [](import_query& source, const prevesk_dataset_data_type&) {
-        try {
-          read_lists(source);
-          return true;
-        } catch (const query_exception&) {
-          return false;
-        }
-      },
-      {"Cancelled. The table was not read; Run query reads it.",
-       "The data set was replaced while the table was read. Run query reads it."});
+  const auto is_read = work_on_query(error_title,
+                                     [](import_query& source, const prevesk_dataset_data_type&) {
+                                       try {
+                                         read_lists(source);
+                                         return true;
+                                       } catch (const query_exception&) {
+                                         return false;
+                                       }
+                                     },
+                                     {"Cancelled. The table was not read; Run query reads it.",
+                                      "The data set was replaced while the table was read. Run query reads it."});
   if (is_read && !*is_read) say("The table could not be read. Run query shows why.");
 }
 
@@ -193,13 +193,12 @@ void TImportTimeSeriesForm::refresh_values(std::size_t condition) {
   const std::string field = working_query.stored.conditions[condition].field_name;
   trace_query("TCT_VALUES FOR ROW" + std::to_string(condition + 1) + ", FIELD:" + field +
               "with that=" + working_query.stored.name);
-  const auto has_value = work_on_query(
-      error_title,
-      [condition](import_query& source, const prevesk_dataset_data_type&) {
-        source.refresh_values(condition);
-        return source.choices[condition].selected_value >= 0;
-      },
-      {"Cancelled. The values of " + field + " were not read."});
+  const auto has_value = work_on_query(error_title,
+                                       [condition](import_query& source, const prevesk_dataset_data_type&) {
+                                         source.refresh_values(condition);
+                                         return source.choices[condition].selected_value >= 0;
+                                       },
+                                       {"Cancelled. The values of " + field + " were not read."});
   if (has_value && !*has_value && !typed.empty()) say(field + " has no value \"" + typed + "\" in this table.");
 }
 
@@ -478,12 +477,13 @@ void TImportTimeSeriesForm::store(const char* label, std::optional<filling> fill
   if (filled) points = std::move(filled->points);
   sort_by_moment(points);
   const bool is_step = is_other_query || points != target_points();
-  if (is_step) host_.begin_step(editor_caption_ + ": " + label, {});
+  std::optional<history_step> step;
+  if (is_step) step.emplace(host_, editor_caption_ + ": " + label);
   if (filled) edit_series(*host_.data_set(), target_).filled = filled->report.as_of;
-  if (!is_step) return;
+  if (!step) return;
   edit_series(*host_.data_set(), target_).points = std::move(points);
   if (is_other_query) edit_series(*host_.data_set(), target_).query.edit() = working_query.stored;
-  host_.end_step(true);
+  step->end();
 }
 
 } // namespace vesk

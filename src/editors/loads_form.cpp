@@ -57,14 +57,9 @@ loads_data_type TLoadsForm::new_load(std::size_t segment) const {
 
 void TLoadsForm::change_loads(std::size_t system, const std::string& label,
                               const std::function<void(shared_list<loads_data_type>&)>& change) {
-  host().begin_step(caption() + ": " + label, {});
-  try {
-    change(host().data_set()->systems.edit(system).loads);
-  } catch (...) {
-    end_step(false);
-    throw;
-  }
-  end_step(true);
+  history_step step = begin_step(label);
+  change(host().data_set()->systems.edit(system).loads);
+  step.end();
   records_changed();
 }
 

@@ -282,14 +282,9 @@ void TSegmentForm::DeleteButtonClick() {
 
 void TSegmentForm::change_network(const std::string& label,
                                   const std::function<void(prevesk_dataset_data_type&)>& work) {
-  host().begin_step(caption() + ": " + label, {});
-  try {
-    work(*host().data_set());
-  } catch (...) {
-    end_step(false);
-    throw;
-  }
-  end_step(true);
+  history_step step = begin_step(label);
+  work(*host().data_set());
+  step.end();
   segment_count_ = segments_.row_count();
   segment_grids_refresh();
   refresh_texts();

@@ -49,10 +49,10 @@ void TSystemForm::choose_mass_balance_system(std::size_t row) {
   shared_list<system_data_type>& systems = host().data_set()->systems;
   const auto has_it = [](const system_data_type& system) { return system.jmass; };
   if (systems[row].jmass && std::ranges::count_if(systems, has_it) == 1) return;
-  host().begin_step(caption() + ": Mass balance", {});
+  history_step step = begin_step("Mass balance");
   for (std::size_t i = 0; i < systems.size(); ++i)
     if (systems[i].jmass != (i == row)) systems.edit(i).jmass = i == row;
-  end_step(true);
+  step.end();
   panel().table.display_rows();
   refresh_texts();
 }

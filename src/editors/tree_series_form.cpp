@@ -223,16 +223,10 @@ void tree_series_form::copy_record(const series_ref& source) {
   const std::uint64_t generation = host().generation();
   if (!host().questions().show_form(copy_form_) || host().generation() != generation) return;
 
-  copy_counts counts;
-  host().begin_step(caption() + ": Copy", {});
-  try {
-    counts = copy_series(*host().data_set(), source, chosen_targets());
-  } catch (...) {
-    end_step(false);
-    throw;
-  }
+  history_step step = begin_step("Copy");
+  const copy_counts counts = copy_series(*host().data_set(), source, chosen_targets());
   const bool any = counts.added + counts.replaced > 0;
-  end_step(any);
+  step.end(any);
   refresh_tree();
   show_selected();
   set_message(any ? "Copied: " + copies_in_words(counts.added, counts.replaced) + "."
@@ -242,9 +236,9 @@ void tree_series_form::copy_record(const series_ref& source) {
 void tree_series_form::ChoiceChange(std::size_t position) {
   const std::optional<series_ref> ref = selected_record();
   if (!ref || !may_go_on() || position == InterpolationTypeComboBox.position) return refresh_texts();
-  host().begin_step(caption() + ": Interpolation", {});
+  history_step step = begin_step("Interpolation");
   edit_interpolation(*host().data_set(), *ref) = static_cast<std::uint32_t>(position);
-  end_step(true);
+  step.end();
   show_selected();
 }
 

@@ -153,6 +153,22 @@ TEST_F(Editors, EveryOperationIsOneStep) {
   EXPECT_EQ(host.undo_label(), "Print Interval: Paste");
 }
 
+TEST_F(Editors, AStepThatFailsHalfwayIsTakenBack) {
+  TTimeFunctionsForm form(host);
+  TFillCalcTable& table = shown(form);
+  const prevesk_dataset_data_type before = host.data;
+  const auto fail = [&](auto& owner) {
+    history_step step(owner, "Half");
+    host.data.time_functions.clear();
+    throw std::bad_alloc();
+  };
+  EXPECT_THROW(fail(table), std::bad_alloc);
+  EXPECT_EQ(host.data, before);
+  EXPECT_THROW(fail(static_cast<editor_host&>(host)), std::bad_alloc);
+  EXPECT_EQ(host.data, before);
+  EXPECT_EQ(host.undo_label(), "");
+}
+
 TEST_F(Editors, ARefusedEntryHoldsUpEveryCommandButCancel) {
   TPrintIntervalForm form(host);
   TFillCalcTable& table = shown(form);
