@@ -234,6 +234,8 @@ QBoxLayout* import_dialog::end_row() {
   auto* import = button("I&mport", "ImportButton", "Fill the series, store the query and close", nullptr);
   auto* ok = button("OK", "OkButton", "Store the query without importing, and close (Ctrl+Enter)", nullptr);
   auto* cancel = button("Cancel", "CancelButton", "Close and change nothing", nullptr);
+  // A click does not take the focus from a file name that cannot be read, as its box would swallow the click.
+  cancel->setFocusPolicy(Qt::TabFocus);
   connect(import, &QPushButton::clicked, this, [this] {
     bool is_done = false;
     run([&] { is_done = form_.ImportButtonClick(); });

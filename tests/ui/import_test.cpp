@@ -16,6 +16,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QProgressBar>
+#include <QPushButton>
 #include <QTableView>
 #include <QTest>
 #include <QTimer>
@@ -228,6 +229,26 @@ void type_file_name(QWidget* dialog, const std::string& name) {
   auto* edit = find<QLineEdit>(dialog, "FileNameEdit");
   edit->setText(QString::fromStdString(name));
   edit->setModified(true);
+}
+
+TEST_F(ImportSeries, IsCancelledByOneClickWhateverIsTyped) {
+  const auto in_import = [&](QWidget* window) {
+    if (window->objectName() != "ImportTimeSeriesForm") return false;
+    auto* file = find<QLineEdit>(window, "FileNameEdit");
+    file->setFocus();
+    QTest::keyClicks(file, "none.csv");
+    auto* cancel = find<QPushButton>(window, "CancelButton");
+    QTest::mousePress(cancel, Qt::LeftButton);
+    QApplication::processEvents();
+    EXPECT_EQ(QApplication::activeModalWidget(), window);
+    QTest::mouseRelease(cancel, Qt::LeftButton);
+    return !window->isVisible();
+  };
+  with_dialog([&] { program.trigger("TimeFunctionsItem"); },
+              [&](QWidget* dialog) {
+                with_dialog([&] { press(dialog, "Import"); }, in_import);
+                return press(dialog, "Cancel");
+              });
 }
 
 // Changes to a table that is open in the dialog.
