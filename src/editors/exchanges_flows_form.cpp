@@ -174,7 +174,14 @@ void TExchangesFlowsForm::FormShow() {
   editor::FormShow();
 }
 
+bool TExchangesFlowsForm::FormCloseQuery(bool by_ok) {
+  const bool closes = editor::FormCloseQuery(by_ok);
+  if (closes) segments_->forget();
+  return closes;
+}
+
 void TExchangesFlowsForm::take_content() {
+  segments_->forget();
   with_grids([this](auto& grids) {
     grids.fields.take_formats(host());
     grids.pairs.take_formats(host());

@@ -26,6 +26,7 @@ public:
   void grid_entered(std::size_t position) override;
 
   void FormShow() override; // selects the first function
+  bool FormCloseQuery(bool by_ok) override;
   bool is_about_segments() const override { return true; }
   std::optional<std::size_t> segment_in_focus() const override; // the first of the active pair
 

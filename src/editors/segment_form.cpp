@@ -208,7 +208,14 @@ void TSegmentForm::data_set_replaced() {
   editor::data_set_replaced();
 }
 
+bool TSegmentForm::FormCloseQuery(bool by_ok) {
+  const bool closes = editor::FormCloseQuery(by_ok);
+  if (closes) BottomSegmentComboBoxField->forget();
+  return closes;
+}
+
 void TSegmentForm::take_content() {
+  BottomSegmentComboBoxField->forget();
   segments_.take_formats(host());
   for (segment_value_grid* page : {&parameters_, &concentrations_, &fractions_}) page->take_columns();
   const std::size_t pulled = bottom_segment_refresh();

@@ -90,6 +90,7 @@ public:
   void delete_and_renumber_click();
 
   void FormShow() override;
+  bool FormCloseQuery(bool by_ok) override;
   void data_set_replaced() override;
 
 protected:

@@ -32,6 +32,9 @@ public:
   // column. Null: back to the data set's segments.
   void expect(const coming_rows* rows);
 
+  // Drops the index of names, which would keep a closed network in memory.
+  void forget() { expect(nullptr); }
+
   // Converts between references of records and items. A reference past the end is an item beyond the last; a negative
   // one is the last item.
   double item_of_reference(std::int32_t reference) const;

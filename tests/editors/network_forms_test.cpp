@@ -150,6 +150,21 @@ TEST_F(Segments, NamesOfAllScriptsAreFoundAndShown) {
   EXPECT_EQ(loads.panels()[0]->label, "Time functions for segment 2 (Мост), Sauerstoff gölöst");
 }
 
+// A large network must not stay in memory for the names of its segments.
+TEST_F(Segments, TheirNamesAreForgottenWithTheForm) {
+  host.data.flow_fields.edit(0).functions.resize(1);
+  host.data.flow_fields.edit(0).functions.edit(0).pairs = {{1, 0, 1}};
+  TSegmentForm form(host);
+  TExchangesFlowsForm flows(host);
+  EXPECT_TRUE(shown(form).enter(0, 7, "halifax"));
+  EXPECT_TRUE(shown(flows, 2).enter(0, 0, "halifax"));
+  EXPECT_TRUE(form.FormCloseQuery(true) && flows.FormCloseQuery(false));
+  host.forget_steps();
+  const segment_data_type* first = &host.data.segments[0];
+  host.data.segments.edit(0).volume = 1; // copies what somebody else still holds
+  EXPECT_EQ(&host.data.segments[0], first);
+}
+
 TEST_F(Segments, ParametersGoBackToTheCataloguesDefault) {
   host.data.parameters.edit(0).default_value = 20;
   host.data.parameters.edit(0).used = true;
