@@ -345,6 +345,12 @@ TEST_F(Import, AJobThatEndsUnderTheDialogTakesNothingWithIt) {
   });
   EXPECT_EQ(read_back(), "0:5 1:1 2:2 ");
   EXPECT_EQ(host.data.description, "of a job");
+  in_dialog([&](TImportTimeSeriesForm& dialog) {
+    host.replace_data(of_job);
+    editor.data_set_replaced();
+    return by_ok(dialog);
+  });
+  EXPECT_THAT(editor.message(), StartsWith("A job has replaced the data set."));
 
   host.data.time_functions.resize(1);
   TImportTimeSeriesForm& dialog = host.import_form();
