@@ -76,12 +76,16 @@ bool any_of(const List& list, const Property& has) {
   return std::any_of(list.begin(), list.end(), has);
 }
 
-// Adds `by` to every reference at or after `position`. The largest number stays: it names no segment, and one more
-// would be below 0.
-void shift_references(prevesk_dataset_data_type& data, std::size_t position, std::int32_t by) {
-  const auto moves = [position](std::int32_t reference) {
+// The references that a shift changes. The largest number stays: it names no segment, and one more would be below 0.
+auto moves_from(std::size_t position) {
+  return [position](std::int32_t reference) {
     return at_or_after(reference, position) && reference != std::numeric_limits<std::int32_t>::max();
   };
+}
+
+// Adds `by` to every reference at or after `position`.
+void shift_references(prevesk_dataset_data_type& data, std::size_t position, std::int32_t by) {
+  const auto moves = moves_from(position);
   const auto shift_pairs = [&](auto& fields) {
     for (std::size_t f = 0; f < fields.size(); ++f)
       for (std::size_t i = 0; i < fields[f].functions.size(); ++i) {
@@ -190,7 +194,7 @@ segment_references references_to_appended(const prevesk_dataset_data_type& data,
 }
 
 segment_references insert_and_renumber(prevesk_dataset_data_type& data, std::size_t position) {
-  const segment_references moved = references_from(data, position);
+  const segment_references moved = count_references(data, moves_from(position));
   shift_references(data, position, 1);
   insert_segment(data, position);
   return moved;

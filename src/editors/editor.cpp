@@ -99,7 +99,8 @@ void editor::end_step(bool completed) {
 }
 
 void editor::data_set_replaced() {
-  if (!takes_step_) message_ = "A job has replaced the data set. Undo restores the previous one.";
+  if (!takes_step_)
+    message_ = "A job has replaced the data set. If it changed the input, Undo restores the previous one.";
   ages_.forget();
   for (const auto& panel : panels_) panel->table.give_up_refused();
   take_content();
@@ -392,7 +393,7 @@ void editor::go_to_segment(std::size_t segment) {
   if (!data || segment >= data->segments.size() || !may_go_on()) return;
   if (!select_segment(segment))
     set_message("No row here refers to segment " + std::to_string(segment + 1) + " (" +
-                data->segments[segment].name.str() + ").");
+                shown_text(data->segments[segment].name) + ").");
 }
 
 void editor::go_to_row(editor_panel& panel, std::size_t row) {

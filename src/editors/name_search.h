@@ -9,7 +9,7 @@
 
 namespace vesk {
 
-// Whether `name` contains `wanted`, ignoring the case of A to Z.
+// Whether `name` contains `wanted`, ignoring the case of letters in any script.
 bool contains_in_any_case(std::string_view name, std::string_view wanted);
 
 // The first of `count` names that contains `wanted`, starting at position `from` and wrapping around. Nothing if none

@@ -271,7 +271,8 @@ TEST_F(Editors, TimeFunctionsShowTheSeriesOfTheActiveRow) {
   host.data.time_functions.clear();
   form.data_set_replaced();
   EXPECT_EQ(detail.label, "Time/value pairs");
-  EXPECT_EQ(form.message(), "A job has replaced the data set. Undo restores the previous one.");
+  EXPECT_EQ(form.message(),
+            "A job has replaced the data set. If it changed the input, Undo restores the previous one.");
   form.InsertRowButtonClick(*form.panels()[1]); // nothing to insert into
 }
 

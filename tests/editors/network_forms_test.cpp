@@ -145,6 +145,8 @@ TEST_F(Segments, NamesOfAllScriptsAreFoundAndShown) {
   EXPECT_EQ(form.panels()[2]->table.content().columns()[0].header, "Sauerstoff gölöst");
   TLoadsForm loads(host);
   shown(loads);
+  loads.go_to_segment(0);
+  EXPECT_EQ(loads.message(), "Nothing here names segment 1 (Mühle).");
   loads.add_all_loads(0);
   loads.select(editor_tree::node{0, 1});
   EXPECT_EQ(loads.panels()[0]->label, "Time functions for segment 2 (Мост), Sauerstoff gölöst");
@@ -533,7 +535,8 @@ TEST_F(Trees, AJobThatEndsUnderTheSelectionOfSegmentsLosesNothing) {
   host.answer = box_answer::yes;
   form.delete_load(0, 0);
   EXPECT_EQ(form.item_count(0), 0U);
-  EXPECT_EQ(form.message(), "A job has replaced the data set. Undo restores the previous one.");
+  EXPECT_EQ(form.message(),
+            "A job has replaced the data set. If it changed the input, Undo restores the previous one.");
 }
 
 // Another load may be at its position.

@@ -502,7 +502,7 @@ TEST(Editors, AJobMayEndUnderThem) {
                 grid->table().enter(1, 2, "no number");
                 end_a_job(dialog);
                 EXPECT_EQ(text_of(dialog, "MessageLabel"),
-                          "A job has replaced the data set. Undo restores the previous one.");
+                          "A job has replaced the data set. If it changed the input, Undo restores the previous one.");
                 EXPECT_FALSE(grid->table().refused());
                 grid->table().enter(0, 2, "0.5");
                 return press(dialog, "OK");
