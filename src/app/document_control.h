@@ -1,11 +1,13 @@
 // The data set being edited: its snapshot, its file, and its Undo history.
 //
 // There is no dirty flag: New, Open and Import replace the data set without asking. Only two actions ask first: opening
-// a project, and saving over a file that is not the data set's origin.
+// a project, and saving over a file that is not the data set's origin. With kept work, unsaved changes are kept in a
+// file instead.
 #pragma once
 
 #include "app/catalogue_source.h"
 #include "app/history.h"
+#include "app/kept_work.h"
 #include "app/main_form_services.h"
 #include "app/user_interface.h"
 #include "dataset/dataset.h"
@@ -60,14 +62,24 @@ public:
   document present() const; // there must be a data set
   // `with_caption`: also updates the title, which is not wanted after a failed Open.
   void replace(document next, bool with_caption = true);
+  // The same for another document, which gets a new number; unsaved changes of the present one are kept.
+  void replace_by_another(document next, bool with_caption = true);
   void take_content(const prevesk_dataset_data_type& content); // keeps names and number
   std::uint64_t generation() const { return generation_; }     // raised by each replacement
   // After a question to the user: true if the end of a job has replaced the data set in the meantime. An info line then
   // says so, and what was not done.
   bool is_replaced_since(std::uint64_t generation, const std::string& what_was_left);
   std::uint64_t document_number() const { return document_number_; }
-  std::uint64_t new_document_number() { return ++last_document_; }
   std::string name_of_document() const; // for messages
+
+  // Kept work; see kept_work. Without a folder nothing is kept. Failures give a line in the info list.
+  void keep_work_in(const std::filesystem::path& folder);
+  void report_left_work();   // by programs that have ended
+  void renew_unsaved_copy(); // to be called often
+  void note_saved();         // the data set is as last opened or saved
+  void leave_unsaved_work(); // at the end of the program
+  std::vector<kept_file> kept_files() const;
+  void open_kept(const kept_file& kept); // under the name of its original, without an origin
 
   // History.
   void keep_no_history() { keeps_history_ = false; }
@@ -86,8 +98,8 @@ public:
 
 private:
   enum class load_result { loaded, cannot_open, refused }; // refused: data set and name are unchanged
-  // If a member of a project cannot be opened, it is refused without a message.
-  enum class load_kind { data_file, project_member };
+  // If a file that the user has not named cannot be opened, it is refused without a message.
+  enum class load_kind { data_file, not_named };
   load_result load(const std::string& name, load_kind kind = load_kind::data_file);
   bool read_into_new_data_sets(const std::string& name, load_kind kind, reading_losses& losses);
   void report_losses(const std::string& name, const reading_losses& losses);
@@ -96,6 +108,10 @@ private:
   bool may_replace(const std::string& name);
   bool save_to_file_name();
   void go_to(document step, const std::string& line);
+  bool has_unsaved_changes() const;
+  std::string original() const; // absolute path of the data file; empty without one
+  void keep_unsaved_changes(bool for_next_start);
+  std::unique_ptr<earlier_version> hold_earlier_version(); // of the file to be saved; null: there is nothing to keep
 
   user_interface& ui_;
   main_form_services& form_;
@@ -112,6 +128,9 @@ private:
     std::string label, merge_key;
   };
   std::optional<open_step> open_step_; // between begin_step and end_step
+
+  std::unique_ptr<kept_work> kept_;                  // null: nothing is kept
+  std::shared_ptr<prevesk_dataset_data_type> saved_; // as in `document`
 };
 
 } // namespace vesk

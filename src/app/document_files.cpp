@@ -68,8 +68,9 @@ void document_control::take_present_catalogue() {
 }
 
 void document_control::begin_document(const std::string& its_file_name, const std::string& its_import_file_name) {
-  replace({prevesk_dataset_data_type(catalogue_.get()), its_file_name, its_import_file_name, ++last_document_});
+  replace_by_another({prevesk_dataset_data_type(catalogue_.get()), its_file_name, its_import_file_name});
   *backup_data_set = *current_data_set;
+  note_saved();
 }
 
 void document_control::new_data_set() {
@@ -154,11 +155,11 @@ void document_control::report_losses(const std::string& name, const reading_loss
 }
 
 // Replaces both data sets and the file name. A damaged file throws, and nothing changes. A file that cannot be opened
-// gives new, empty data sets with its name, and false; a member of a project throws in this case too.
+// gives new, empty data sets with its name, and false; a file that the user has not named throws in this case too.
 bool document_control::read_into_new_data_sets(const std::string& name, load_kind kind, reading_losses& losses) {
   const busy_cursor busy(ui_);
   const prevesk_dataset_data_type empty(catalogue_.get());
-  document fresh{empty, name, import_file_name, last_document_ + 1};
+  document fresh{empty, name, import_file_name};
   bool opened = true;
   try {
     losses = read_or_miss(name, fresh.data_set, kind == load_kind::data_file, opened);
@@ -166,9 +167,9 @@ bool document_control::read_into_new_data_sets(const std::string& name, load_kin
     if (current_data_set) current_data_set->apply_thread_defaults(); // reading has changed them
     throw;
   }
-  ++last_document_;
-  replace(std::move(fresh), opened);
+  replace_by_another(std::move(fresh), opened);
   *backup_data_set = empty;
+  note_saved();
   if (opened) form_.update_menus();
   return opened;
 }
@@ -221,9 +222,12 @@ bool document_control::save_to_file_name() {
   bool saved = false;
   try {
     const busy_cursor busy(ui_);
+    const auto earlier = hold_earlier_version();
     current_data_set->origin = save_data_file(file_name, *current_data_set);
     current_data_set->file_version = prevesk_dataset_data_type::current_file_version(); // as written
     steps_.set_file(document_number_, file_name, current_data_set->origin);
+    if (earlier) earlier->keep();
+    note_saved();
     form_.update_caption();
     form_.note_used_file(file_name);
     saved = true;

@@ -7,7 +7,7 @@
 namespace vesk {
 
 document document_control::present() const {
-  return {*current_data_set, file_name, import_file_name, document_number_};
+  return {*current_data_set, file_name, import_file_name, document_number_, saved_};
 }
 
 std::filesystem::path document_control::folder() const {
@@ -30,6 +30,7 @@ void document_control::replace(document next, bool with_caption) {
   file_name = std::move(next.file_name);
   import_file_name = std::move(next.import_file_name);
   document_number_ = next.number;
+  saved_ = std::move(next.saved);
   ++generation_;
   current_data_set->apply_thread_defaults();
   ui_.data_set_replaced();

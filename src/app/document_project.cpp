@@ -72,16 +72,18 @@ bool document_control::read_project(const std::string& name) {
       continue;
     }
     const std::string data_file = absolute_member(line, name);
-    if (load(data_file, load_kind::project_member) == load_result::refused) {
+    if (load(data_file, load_kind::not_named) == load_result::refused) {
       ui_.message_box("Error", "Failed to open " + data_file, box_buttons::ok);
       return false;
     }
   }
   if (current_data_set) {
+    const bool has_unsaved = has_unsaved_changes();
     prevesk_dataset_data_type with_members = *current_data_set;
     with_members.project_files.clear();
     for (const project_component& member : members) with_members.project_files.push_back(member);
     take_content(with_members);
+    if (!has_unsaved) note_saved();
   }
   return true;
 }

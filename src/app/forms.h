@@ -1,6 +1,7 @@
 // The forms of the program: one object each, for the life of the main form.
 #pragma once
 
+#include "app/kept_work_form.h"
 #include "editors/boundary_form.h"
 #include "editors/constants_form.h"
 #include "editors/edit_project_form.h"
@@ -58,6 +59,7 @@ struct program_forms {
   TEditProjectForm project;
   TPreferenceConfigurationForm preferences;
   TAboutBox about;
+  TKeptWorkForm kept_work;
   TFillCalculateForm fill_calculate;
   TImportTimeSeriesForm import_time_series;
 };

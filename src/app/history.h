@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <memory>
 #include <string>
 
 namespace vesk {
@@ -22,6 +23,8 @@ struct document {
   // Number of the document: New, Open and Import begin a new one. Shows whether a job's result belongs to the document
   // for which the job was started.
   std::uint64_t number = 0;
+  // What was last opened or saved, one for all steps of the document; null: nothing, or it is not needed.
+  std::shared_ptr<prevesk_dataset_data_type> saved = {};
 };
 
 class history {

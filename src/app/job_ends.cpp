@@ -14,17 +14,6 @@ namespace vesk {
 
 namespace {
 
-// Whether two data sets differ only in what a validity check sets.
-bool same_input(prevesk_dataset_data_type a, const prevesk_dataset_data_type& b) {
-  a.max_num_segments = b.max_num_segments;
-  a.max_num_ef_functions = b.max_num_ef_functions;
-  a.max_num_time_breaks = b.max_num_time_breaks;
-  a.max_num_boundaries = b.max_num_boundaries;
-  a.max_num_loads = b.max_num_loads;
-  a.validation_results = b.validation_results;
-  return same_content(std::move(a), b);
-}
-
 std::string size_in_words(std::uint64_t bytes) {
   constexpr std::uint64_t thousand = 1000;
   const char* const units[] = {"bytes", "kB", "MB", "GB", "TB"};
@@ -189,13 +178,16 @@ void run_control::take_back(model_thread& ended) {
   document next = documents_.present();
   next.data_set = ended.data_set();
   next.data_set.origin = same_document ? before.data_set.origin : file_origin();
-  if (!same_document) next.number = documents_.new_document_number();
-  documents_.replace(std::move(next));
+  if (same_document)
+    documents_.replace(std::move(next));
+  else
+    documents_.replace_by_another(std::move(next));
   // Cancel in an open dialog now returns to the result. The settings dialog, which has loaded a restart file, cancels
   // that too.
   if (last_job_.code != job_code::load_restart_file) *documents_.backup_data_set = *documents_.current_data_set;
   report_what_was_replaced(before, same_document, edited);
   const bool had_step = last_job_.code == job_code::import_file && same_document && !edited;
+  if (had_step) documents_.note_saved(); // as its text file has it
   if (!had_step && !same_input(before.data_set, *documents_.current_data_set))
     documents_.add_step(std::move(before), job_start_->label);
   job_start_.reset();

@@ -92,7 +92,10 @@ void TPreveskMainForm::Setdatabasefolder1Click() {
 
 void TPreveskMainForm::serve_a_window() {
   keeps_previous_results = true;
-  if (const fs::path state = state_directory(); !state.empty()) marks_folder_ = state / "open";
+  const fs::path state = state_directory();
+  if (state.empty()) return;
+  marks_folder_ = state / "open";
+  documents_.keep_work_in(state);
 }
 
 // Follows the name of the open file, however it came to be: Open, Save as, Undo, an engine.

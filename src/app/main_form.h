@@ -110,7 +110,7 @@ public:
   void save_settings() { settings.save_all(); }
 
   // For a front end with a window; call it before the window is shown. Runs then keep the results of the run before,
-  // and a file that is open in another window is reported.
+  // unsaved work and earlier versions of data files are kept, and a file that is open in another window is reported.
   void serve_a_window();
 
   // Start.
@@ -190,6 +190,7 @@ public:
   bool open_project_file(const std::string& name) { return documents_.open_project_file(name); }
   void SaveItemClick() { save(); }
   void SaveasItemClick() { documents_.ask_name_and_save(); }
+  void KeptWorkItemClick(); // lists unsaved work and earlier versions, and opens the chosen file
   bool save() { return documents_.save(); }
   bool save_as(const std::string& name) { return documents_.save_as(name); }
   void ImportItemClick() { runs_.ask_and_import(); }
@@ -234,7 +235,10 @@ public:
   void ExectutealldeferredqueriesItemClick() { runs_.ask_and_execute_all_deferred_queries(); }
   bool change_priority(int position) { return runs_.change_priority(position); }
   void PriorityTrackBarChange(int position) { runs_.move_priority_track_bar(position); }
-  void UpdateTimerTimer() { runs_.show_news(); }
+  void UpdateTimerTimer() {
+    runs_.show_news();
+    documents_.renew_unsaved_copy();
+  }
   std::optional<double> ResultsTableGetCellData(int row, int column) const { return runs_.results_cell(row, column); }
   double simulation_time() const { return runs_.simulation_time(); }
   std::filesystem::path results_base() const { return std::filesystem::path(runs_.results_name()).replace_extension(); }

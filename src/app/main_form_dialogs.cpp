@@ -128,6 +128,14 @@ void TPreveskMainForm::EditProjectItemClick() {
   update_menus();
 }
 
+void TPreveskMainForm::KeptWorkItemClick() {
+  TKeptWorkForm& kept = forms_->kept_work;
+  kept.files = documents_.kept_files();
+  kept.selected = 0;
+  if (ui_.show_form(kept) && kept.selected < kept.files.size())
+    documents_.open_kept(kept_file(kept.files[kept.selected]));
+}
+
 void TPreveskMainForm::PreferencesItemClick() {
   ui_.show_form(forms_->preferences);
   if (settings.RunTimeGridAlwaysVisible)

@@ -36,6 +36,7 @@ void TPreveskMainForm::FormShow(std::span<const std::string> arguments) {
   update_menus();
   if (settings.RunTimeGridAlwaysVisible) ui_.show_results_grid(true);
   check_database();
+  documents_.report_left_work();
   const command_line_requests requests = walk_command_line(arguments);
   run_on_start = requests.run;
   if (requests.quit) quit_after_run = true;
@@ -49,6 +50,7 @@ void TPreveskMainForm::FormShow(std::span<const std::string> arguments) {
 
 // A running job is neither cancelled nor awaited.
 void TPreveskMainForm::FormClose() {
+  documents_.leave_unsaved_work();
   if (document_index) document_index->terminate();
   const window_geometry now = ui_.geometry();
   settings.ResultsTableHeight = now.results_table_height;

@@ -1,6 +1,7 @@
 #include "dataset/same_content.h"
 
 #include <cmath>
+#include <utility>
 
 namespace vesk {
 
@@ -13,6 +14,16 @@ bool same_content(prevesk_dataset_data_type a, prevesk_dataset_data_type b) {
         &data_set::min_dt})
     if (std::isnan(a.*member) && std::isnan(b.*member)) a.*member = b.*member = 0;
   return a == b;
+}
+
+bool same_input(prevesk_dataset_data_type a, const prevesk_dataset_data_type& b) {
+  a.max_num_segments = b.max_num_segments;
+  a.max_num_ef_functions = b.max_num_ef_functions;
+  a.max_num_time_breaks = b.max_num_time_breaks;
+  a.max_num_boundaries = b.max_num_boundaries;
+  a.max_num_loads = b.max_num_loads;
+  a.validation_results = b.validation_results;
+  return same_content(std::move(a), b);
 }
 
 } // namespace vesk

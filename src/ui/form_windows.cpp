@@ -10,6 +10,7 @@
 #include "ui/fill_calculate_dialog.h"
 #include "ui/graph_window.h"
 #include "ui/import_dialog.h"
+#include "ui/kept_work_dialog.h"
 #include "ui/network_window.h"
 #include "ui/parameters_dialog.h"
 #include "ui/preferences_dialog.h"
@@ -50,6 +51,7 @@ form_windows::window form_windows::make(form& wanted) {
   }
   if (auto* preferences = dynamic_cast<TPreferenceConfigurationForm*>(&wanted))
     return {new preferences_dialog(&parent_, *preferences)};
+  if (auto* kept = dynamic_cast<TKeptWorkForm*>(&wanted)) return {new kept_work_dialog(&parent_, *kept)};
   if (const auto* about = dynamic_cast<TAboutBox*>(&wanted))
     return {new about_box(&parent_, about->edition_name, about->engine)};
   return {};

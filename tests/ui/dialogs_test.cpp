@@ -12,6 +12,7 @@
 #include <QTabWidget>
 #include <QTableView>
 #include <QTest>
+#include <QTreeWidget>
 #include <map>
 
 namespace vesk {
@@ -74,6 +75,24 @@ TEST(Dialogs, TheProjectListIsEditedInPlaceAndRefusesBlanks) {
                 return press(dialog, "OK");
               });
   EXPECT_EQ(files.size(), 1U);
+}
+
+TEST(Dialogs, KeptFilesAreListedAndOpened) {
+  running_program program;
+  program.form().open_file(SAMPLE);
+  program.form().current_data_set->comments = "typed";
+  program.form().new_data_set();
+  with_dialog([&] { program.trigger("KeptWorkItem"); },
+              [&](QWidget* dialog) {
+                const auto* item = find<QTreeWidget>(dialog, "KeptFilesList")->topLevelItem(0);
+                EXPECT_EQ(item->text(0), "roanoke.vki");
+                EXPECT_EQ(item->text(1), "Unsaved changes");
+                expect_accessible(dialog);
+                take_picture(dialog, "kept_work");
+                return press(dialog, "Open");
+              });
+  EXPECT_EQ(program.form().current_data_set->comments, "typed");
+  EXPECT_EQ(program.form().file_name, SAMPLE);
 }
 
 TEST(Dialogs, AboutTellsProductVersionAndEdition) {
