@@ -226,10 +226,10 @@ bool document_control::save_to_file_name() {
     current_data_set->origin = save_data_file(file_name, *current_data_set);
     current_data_set->file_version = prevesk_dataset_data_type::current_file_version(); // as written
     steps_.set_file(document_number_, file_name, current_data_set->origin);
-    if (earlier) earlier->keep();
-    note_saved();
     form_.update_caption();
     form_.note_used_file(file_name);
+    if (earlier) earlier->keep();
+    note_saved();
     saved = true;
   } catch (const file_open_exception& error) {
     report_file_failure(file_name, "Cannot open file for writing.", kind_of_writing_failure(error));

@@ -50,7 +50,6 @@ void TPreveskMainForm::FormShow(std::span<const std::string> arguments) {
 
 // A running job is neither cancelled nor awaited.
 void TPreveskMainForm::FormClose() {
-  documents_.leave_unsaved_work();
   if (document_index) document_index->terminate();
   const window_geometry now = ui_.geometry();
   settings.ResultsTableHeight = now.results_table_height;
@@ -61,6 +60,7 @@ void TPreveskMainForm::FormClose() {
   // The window of a batch run is minimised; the next start must not be.
   if (!minimised_by_request_ || now.state != window_geometry::window_minimised)
     settings.MainFormWindowState = now.state;
+  documents_.leave_unsaved_work();
 }
 
 command_line_requests TPreveskMainForm::walk_command_line(std::span<const std::string> arguments) {
