@@ -246,7 +246,7 @@ void editor::ImportButtonClick(editor_panel& panel) {
   panel.table.display_rows();
   refresh_series();
   ages_.forget();
-  refresh_tree(); // a mark for a newer source disappears
+  refresh_tree();                                                      // a mark for a newer source disappears
   if (by_ok && !dialog.report().empty()) set_message(dialog.report()); // else one that came meanwhile stays
   refresh_texts();
 }

@@ -128,7 +128,7 @@ QSize grid_view::sizeHint() const {
           horizontalHeader()->sizeHint().height() + rows * verticalHeader()->defaultSectionSize() + frame};
 }
 
-// To look for the position of a row takes the toolkit a walk through all rows before it: nothing for a hidden page.
+// Qt walks through all rows before a row to find its position: too much for a hidden page.
 void grid_view::take_active_cell() {
   if (!isVisible() || model_->columnCount() == 0) return;
   const QScopedValueRollback guard(taking_, true);

@@ -36,7 +36,7 @@ void segment_box::name_changed() {
   updateGeometry();
 }
 
-// The toolkit leaves room for 18 letters.
+// Qt leaves room for 18 letters.
 QSize segment_box::sizeHint() const {
   const QSize usual = QSpinBox::sizeHint();
   const int arrows = scaled(40, *this), most = std::max(usual.width(), scaled(320, *this));
