@@ -447,6 +447,10 @@ bool TImportTimeSeriesForm::ImportButtonClick() {
                               });
   if (!filled) return false;
   report_ = in_words("Imported", working_query.stored, filled->report) + (filled->report.rows > 0 ? "." : "");
+  const std::size_t removed = filled->points.empty() ? target_points().size() : 0;
+  if (removed > 0)
+    report_ += " " + counted(removed, "point") +
+               (removed == 1 ? " was removed; Undo restores it." : " were removed; Undo restores them.");
   store("Import", std::move(filled));
   return true;
 }

@@ -5,6 +5,7 @@
 #include "editors/catalogue_tip.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace vesk {
 
@@ -252,22 +253,31 @@ std::size_t TSegmentForm::bottom_segment_refresh() {
 
 void TSegmentForm::rows_changed() {
   prevesk_dataset_data_type& data = *host().data_set();
-  const segment_references moved = moved_references();
+  const std::string renamed = what_references_now_name();
   reconcile_segment_records(data, records_are_whole_ ? segments_.come : segment_range{});
   records_are_whole_ = true;
   if (data.segments.size() < segment_count_) bottom_segment_refresh();
   segment_count_ = data.segments.size();
   value_pages_refresh(); // the segments' own page shows its rows already
-  if (moved.total() != 0)
-    set_message(in_words(moved) + (moved.total() == 1 ? " now names" : " now name") + " another segment.");
+  if (!renamed.empty()) set_message(renamed);
 }
 
-segment_references TSegmentForm::moved_references() const {
+// After a change of the number of rows, before bottom references past the end are set to the last segment.
+std::string TSegmentForm::what_references_now_name() const {
   const prevesk_dataset_data_type& data = *host().data_set();
   const std::size_t count = data.segments.size(), first = segments_.come.first;
   if (count == segment_count_) return {};
-  return first == segment_count_ ? references_to_appended(data, first)
-                                 : references_between(data, first, std::max(count, segment_count_));
+  const auto sentence = [](const segment_references& which, const char* what) {
+    if (which.total() == 0) return std::string();
+    return in_words(which) + (which.total() == 1 ? " now names " : " now name ") + what + ".";
+  };
+  constexpr const char* another = "another segment";
+  if (first == segment_count_) return sentence(references_to_appended(data, first), another);
+  segment_references moved = references_between(data, first, count);
+  segment_references lost = references_between(data, count, std::max(count, segment_count_));
+  moved.bottoms += std::exchange(lost.bottoms, 0);
+  const std::string of_moved = sentence(moved, another), of_lost = sentence(lost, "a segment that no longer exists");
+  return of_moved + (of_moved.empty() || of_lost.empty() ? "" : " ") + of_lost;
 }
 
 void TSegmentForm::segment_grids_refresh() {

@@ -106,7 +106,7 @@ private:
   void rows_changed(); // the number of segments; brings the records and the grids into line
   void segment_grids_refresh();
   void value_pages_refresh();
-  segment_references moved_references() const; // by the present change
+  std::string what_references_now_name() const;
   void change_network(const std::string& label, const std::function<void(prevesk_dataset_data_type&)>& work);
   void load_factors();
 

@@ -272,6 +272,18 @@ TEST_F(Import, AConditionWithoutAValueSelectsNothing) {
   EXPECT_EQ(read_back(), "2:2 ");
 }
 
+TEST_F(Import, WithoutRowsSaysHowManyPointsWent) {
+  folder.write("gauges.csv", "Date_Time,Result\n1999-10-02,1\n");
+  in_dialog([&](TImportTimeSeriesForm& dialog) {
+    browse(dialog, "gauges.csv");
+    EXPECT_TRUE(dialog.ImportButtonClick());
+    EXPECT_THAT(dialog.report(), HasSubstr("no rows found."));
+    EXPECT_THAT(dialog.report(), HasSubstr(" 1 point was removed; Undo restores it."));
+    return true;
+  });
+  EXPECT_EQ(read_back(), "");
+}
+
 // A value outside the list is looked up in the table.
 TEST_F(Import, ValuesBeyondTheListCanBeTyped) {
   std::string text = "Day,Flow\n";

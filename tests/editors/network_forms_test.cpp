@@ -241,7 +241,7 @@ TEST_F(Segments, SaysWhatNamesAnotherSegmentAndRenumbers) {
   host.undo();
   table.set_active(2, 0);
   form.DeleteButtonClick(); // the last one
-  EXPECT_EQ(form.message(), "1 pair now names another segment.");
+  EXPECT_EQ(form.message(), "1 pair now names a segment that no longer exists.");
   EXPECT_TRUE(table.extend_on_down(move_command::down));
   EXPECT_EQ(verify(host.data), "");
   EXPECT_EQ(form.message(), "1 pair now names another segment.");
