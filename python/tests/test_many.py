@@ -56,7 +56,7 @@ def test_resuming_runs_what_is_missing_or_changed(copy, tmp_path):
     assert resumed() == [True, True, True, False]
     (folder / "0/roanoke.results.csv").unlink()
     (folder / "1/roanoke.run.json").write_text('{"format": "vesk run record", "version": 2}')
-    assert "another version" in table_of(folder)[1].stderr and table_of(folder)[1].returncode == 1
+    assert "unsupported record version" in table_of(folder)[1].stderr and table_of(folder)[1].returncode == 1
     assert resumed() == [False, False, True, False]
     assert resumed([[0.1, 1.0], [0.2, 1.5], [0.3, 1.0]]) == [True, False, True]
     assert resumed(queries=False) == [False] * 4

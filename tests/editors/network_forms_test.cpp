@@ -146,7 +146,7 @@ TEST_F(Segments, NamesOfAllScriptsAreFoundAndShown) {
   TLoadsForm loads(host);
   shown(loads);
   loads.go_to_segment(0);
-  EXPECT_EQ(loads.message(), "Nothing here names segment 1 (Mühle).");
+  EXPECT_EQ(loads.message(), "No row here refers to segment 1 (Mühle).");
   loads.add_all_loads(0);
   loads.select(editor_tree::node{0, 1});
   EXPECT_EQ(loads.panels()[0]->label, "Time functions for segment 2 (Мост), Sauerstoff gölöst");
