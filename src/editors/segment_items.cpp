@@ -57,7 +57,7 @@ std::optional<std::size_t> segment_items::find(std::string_view text) const {
 }
 
 std::string segment_items::ambiguity(std::string_view text) const {
-  if (text.empty()) return {}; // a blank field names none of the segments without a name
+  if (text.empty()) return {};    // a blank field names none of the segments without a name
   constexpr std::size_t most = 3; // that are listed
   const std::string wanted = in_capitals(text);
   const auto found = names().find(wanted);
