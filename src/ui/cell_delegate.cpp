@@ -136,6 +136,12 @@ void cell_delegate::setModelData(QWidget* editor, QAbstractItemModel* model, con
   }
 }
 
+// A refused entry is usually in the active cell; it is red, not in the colour of a selection.
+void cell_delegate::initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const {
+  QStyledItemDelegate::initStyleOption(option, index);
+  if (static_cast<const grid_model*>(index.model())->is_refused(index)) option->state &= ~QStyle::State_Selected;
+}
+
 void cell_delegate::paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const {
   if (kind_of(index) != cell_kind::check) return QStyledItemDelegate::paint(painter, option, index);
   QStyleOptionViewItem cell(option);

@@ -384,7 +384,7 @@ void editor_window::take_first_size() {
     if (one->orientation() == Qt::Horizontal) left = std::max(left, one->widget(0)->sizeHint().width());
   left = std::min(left, std::max(width() / 2, width() - scaled(series_width, *this)));
   for (QSplitter* one : splitters_)
-    one->setSizes(one->orientation() == Qt::Horizontal ? QList{left, width()}
+    one->setSizes(one->orientation() == Qt::Horizontal ? QList{left, width() - left} // they are shares
                                                        : QList{one->widget(0)->sizeHint().height(), height()});
 }
 

@@ -22,6 +22,7 @@ public:
 
   TFillCalcTable& table() { return table_; }
   const TFillCalcTable& table() const { return table_; }
+  bool is_refused(const QModelIndex& index) const; // whether the cell shows a refused entry
   // Of cells neither refused nor marked; invalid: the palette's own.
   void set_background(const QColor& background);
 
@@ -45,7 +46,6 @@ signals:
 
 private:
   cell_kind kind_of(const QModelIndex& index) const;
-  bool is_refused(const QModelIndex& index) const;
   bool is_for_reading(const QModelIndex& index) const;
   struct colours {
     QVariant ground, text; // invalid: the palette's own
