@@ -13,7 +13,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     index.read(folder.write("documentation.xml", fuzz::as_text(bytes, size)),
                [](const std::string& name, const std::string& file) {
                  fuzz::demand(!name.empty() && !file.empty(), "an entry lacks something");
-                 fuzz::demand(is_utf8(name) && is_utf8(file), "an entry is no UTF-8");
+                 fuzz::demand(is_utf8(name) && is_utf8(file), "an entry is not valid UTF-8");
                });
   } catch (const xml_error& refusal) {
     fuzz::demand_sentence(std::string(refusal.what()) + ".", "");

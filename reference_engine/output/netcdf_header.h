@@ -15,7 +15,7 @@
 
 namespace reference_engine {
 
-// Values of the format that stand for a missing one.
+// NetCDF's default fill values: they mark missing values.
 constexpr float netcdf_missing_float = 0x1.ep+122F;
 constexpr double netcdf_missing_double = 0x1.ep+122;
 

@@ -21,7 +21,7 @@ namespace {
 std::string variable_name(const OutputVariable& variable, const std::vector<std::string>& taken) {
   std::string name;
   for (const char c : variable.name) name += std::isalnum(static_cast<unsigned char>(c)) != 0 ? c : '_';
-  constexpr std::size_t longest = 200; // of 256 that the NetCDF library reads, with what is added below
+  constexpr std::size_t longest = 200; // bytes; NetCDF allows 256, and more is added below
   name.resize(std::min(name.size(), longest));
   if (name.empty() || std::isalpha(static_cast<unsigned char>(name.front())) == 0) name = "output_" + name;
   if (std::find(taken.begin(), taken.end(), name) != taken.end()) name += text("_", variable.isc);

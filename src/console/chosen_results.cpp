@@ -48,7 +48,8 @@ std::size_t find_segment(std::string_view item, std::string_view segment, const 
   }
 }
 
-// As the data set writes it, since engines compare letter by letter; as given if there is no such output.
+// The name as spelled in the data set, because engines compare names case-sensitively. An unknown name is returned as
+// it is.
 std::string name_of_output(std::string_view name, const prevesk_dataset_data_type& data) {
   for (const output_control_type& output : data.output_controls)
     if (equal_names(output.description, name)) return output.description.str();

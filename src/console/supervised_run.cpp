@@ -40,8 +40,7 @@ run_end end_of(const child_end& child, const console_options& options) {
   return end;
 }
 
-// The status that goes with a record that cannot be written. An output folder that is no folder, or cannot be written
-// to, has been reported already.
+// The exit status when the record cannot be written. An unusable output folder has already been reported.
 int status_without_record(int status, console_interface& ui, const file_exception& error) {
   const int its_status = status_of(kind_of_writing_failure(error));
   if (status != EX_CANTCREAT || its_status != status) ui.say_failure(error.what());

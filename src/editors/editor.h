@@ -48,7 +48,7 @@ struct editor_panel {
   const unsigned buttons;
   series_grid* const series; // null: not a series
   std::string label;         // above the grid
-  std::string empty_hint;    // shown instead of the status while there are no rows
+  std::string empty_hint;    // replaces the status when the grid is empty
 };
 
 // A combo box above the first grid that selects its content.

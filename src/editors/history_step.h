@@ -32,7 +32,7 @@ public:
   history_step(const history_step&) = delete;
   history_step& operator=(const history_step&) = delete;
 
-  void end(bool completed = true) { // not completed: there is no step, and the data set is restored
+  void end(bool completed = true) { // false: adds no step and restores the data set
     is_ended_ = true;
     end_(completed);
   }

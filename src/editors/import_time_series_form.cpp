@@ -349,7 +349,7 @@ void TImportTimeSeriesForm::InsertButtonClick() {
 void TImportTimeSeriesForm::DeleteButtonClick() {
   if (!nothing_is_refused()) return;
   const std::size_t row = ConditionTable.active_row();
-  if (row >= working_query.stored.conditions.size()) return say("There is no condition to delete.");
+  if (row >= working_query.stored.conditions.size()) return say("No condition to delete.");
   working_query.remove_condition(row);
   message_.clear();
   show_lists();
@@ -407,7 +407,7 @@ void TImportTimeSeriesForm::copy_results(bool with_headers) {
 bool TImportTimeSeriesForm::has_target() {
   const auto found = find_series(*host_.data_set(), identity_);
   if (!found) {
-    say("A job has replaced the data set, and this series is no longer in it. Only Cancel is possible.");
+    say("A job has replaced the data set, which no longer contains this series. Choose Cancel.");
     return false;
   }
   target_ = *found;

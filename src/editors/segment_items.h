@@ -14,8 +14,8 @@ namespace vesk {
 // made on demand; the index of names on the first bare name.
 class segment_items final : public item_list {
 public:
-  // `last`: the item after the segments, "Boundary" or "None". `none`: the only item while there are no segments;
-  // empty: `last`.
+  // `last`: the item after the segments, "Boundary" or "None". `none`: the only item of an empty network; if it is
+  // empty, `last` is used.
   segment_items(editor_host& host, std::string last, std::string none = {})
       : host_(host), last_(std::move(last)), none_(none.empty() ? last_ : std::move(none)) {}
 

@@ -369,7 +369,7 @@ TEST_F(Import, AJobThatEndsUnderTheDialogTakesNothingWithIt) {
   dialog.begin({series_kind::time_function, 0, 0}, "Time Functions");
   host.open = &dialog;
   host.replace_data(of_job); // it has no time function
-  EXPECT_THAT(dialog.message(), HasSubstr("Only Cancel is possible."));
+  EXPECT_THAT(dialog.message(), HasSubstr("no longer contains this series. Choose Cancel."));
   EXPECT_FALSE(dialog.ImportButtonClick());
   EXPECT_FALSE(dialog.FormCloseQuery(true));
   EXPECT_TRUE(dialog.FormCloseQuery(false));
@@ -403,7 +403,7 @@ TEST_F(Import, AfterAJobTheSeriesIsFilledWhereverItNowIs) {
   dialog.begin({series_kind::flow_function, 0, 1}, "Flows"); // two have the same name
   functions().erase(0, 1);
   host.replace_data(prevesk_dataset_data_type(host.data));
-  EXPECT_THAT(dialog.message(), HasSubstr("this series is no longer in it. Only Cancel is possible."));
+  EXPECT_THAT(dialog.message(), HasSubstr("which no longer contains this series. Choose Cancel."));
   EXPECT_FALSE(dialog.ImportButtonClick() || dialog.FormCloseQuery(true));
 }
 
