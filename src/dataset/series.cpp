@@ -172,4 +172,18 @@ bool moments_unique(const point_list& points) {
   return std::adjacent_find(points.begin(), points.end(), same_moment) == points.end();
 }
 
+// Only the series that move are edited, so that the others keep sharing their points with copies.
+void move_default_points(prevesk_dataset_data_type& data, const prevesk_dataset_data_type& before) {
+  const auto defaults_of = [](const prevesk_dataset_data_type& of) {
+    return point_list{{moment_type::from_date_time(of.start_date_time()), 0},
+                      {moment_type::from_date_time(of.end_date_time()), 0}};
+  };
+  const point_list old_points = defaults_of(before), new_points = defaults_of(data);
+  if (old_points == new_points) return;
+  for_each_series(data, [&](const series_ref& ref) {
+    if (ref.kind != series_kind::time_steps && find_series(data, ref)->points == old_points)
+      edit_series(data, ref).points = new_points;
+  });
+}
+
 } // namespace vesk

@@ -51,6 +51,10 @@ std::size_t sort_by_moment(point_list& points, std::size_t row = 0);
 // True if no two neighbours have the same date and time.
 bool moments_unique(const point_list& points);
 
+// Gives the series that still have their default points for the period of `before` those for the period of `data`, but
+// not the time steps, which have none. Default points are all zero, so no value of a series changes.
+void move_default_points(prevesk_dataset_data_type& data, const prevesk_dataset_data_type& before);
+
 // The position of a run's interpolation in the series; null for time steps, which are never interpolated, and if the
 // data set has no such series. Valid until the data set is changed.
 const series_cursors* find_cursors(const prevesk_dataset_data_type& data, const series_ref& ref);

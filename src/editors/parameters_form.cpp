@@ -1,5 +1,7 @@
 #include "editors/parameters_form.h"
 
+#include "dataset/series.h"
+
 #include <algorithm>
 #include <tuple>
 
@@ -212,6 +214,7 @@ bool TParametersForm::OkButtonClick() {
     if (!(this->*row.field).refusal().empty()) return false;
   data_type next = *data;
   write_back(next);
+  move_default_points(next, *data); // those of a period that the user had yet to enter would be outside the run
   *data = std::move(next);
   reads_hydrodynamic_file_ =
       data->flow_option == hydrodynamic_linkage && !data->hydrodynamic_file.empty() && reinitialize_from_hyd_file_;

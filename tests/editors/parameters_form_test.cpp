@@ -77,6 +77,26 @@ TEST_F(ParametersForm, WritesBackWhatWasEntered) {
   EXPECT_EQ(moment_type().date, date_time_origin + static_cast<std::int32_t>(start) + 1); // the seed
 }
 
+// A look at the settings before the period is entered has added them; they would refuse OK in their windows.
+TEST_F(ParametersForm, UntouchedDefaultPointsMoveWithThePeriod) {
+  host.data.apply_seed();
+  host.data.give_default_points();
+  exchange_function_data_type typed;
+  typed.points = host.data.print_intervals.points;
+  typed.points.edit(1).value = 1;
+  host.data.exchange_fields.edit(0).functions.push_back(typed);
+  host.data.time_steps.points = host.data.print_intervals.points;
+  const prevesk_dataset_data_type before = host.data;
+  form.FormShow();
+  EXPECT_TRUE(form.StartTimeField.enter("0:00"));
+  EXPECT_TRUE(form.EndDateField.enter("2013-01-01"));
+  EXPECT_TRUE(form.FormCloseQuery(true));
+  const auto day = [](double date) { return date_time_origin + static_cast<std::int32_t>(date); };
+  EXPECT_EQ(host.data.print_intervals.points, (point_list{{{day(start), 0}, 0}, {{day(end) - 273, 0}, 0}}));
+  EXPECT_EQ(host.data.exchange_fields, before.exchange_fields);
+  EXPECT_EQ(host.data.time_steps, before.time_steps);
+}
+
 TEST_F(ParametersForm, AnotherModelDropsWhatBelongedToTheFirst) {
   EXPECT_THAT(form.model_names, ElementsAre("River", "Lake"));
   EXPECT_EQ(form.ModelTypeComboBox, 0);
