@@ -55,31 +55,40 @@ boundary_changes changes_of_boundaries(const prevesk_dataset_data_type& before,
     std::vector<difference> of_segments(segments);
     count(before.systems[s].boundaries, -1, of_segments);
     count(after.systems[s].boundaries, 1, of_segments);
-    bool changed = false;
+    bool adds = false, removes = false;
     for (std::size_t i = 0; i < segments; ++i) {
       if (of_segments[i].records == 0) continue;
-      changed = true;
       const bool is_new = of_segments[i].records > 0;
+      (is_new ? adds : removes) = true;
       (is_new ? added : removed)[i] = true;
       if (!is_new) changes.points += static_cast<std::size_t>(-of_segments[i].points);
     }
-    if (changed) ++changes.systems;
+    changes.added.systems += adds;
+    changes.removed.systems += removes;
+    changes.systems += adds || removes;
   }
-  changes.added = positions(added);
-  changes.removed = positions(removed);
+  changes.added.segments = positions(added);
+  changes.removed.segments = positions(removed);
   return changes;
 }
 
 std::string in_words(const boundary_changes& changes, const prevesk_dataset_data_type& data) {
-  const std::size_t more = changes.added.size(), fewer = changes.removed.size();
-  if (more == 0 && fewer == 0) return {};
+  const auto& [added, removed, points, systems] = changes;
+  const std::size_t more = added.segments.size(), fewer = removed.segments.size();
+  const auto place = [&data](const std::vector<std::size_t>& segments, std::size_t in_systems) {
+    return ": " + named(segments, data) + ", " + counted(in_systems, "system");
+  };
+  const bool has_both = more != 0 && fewer != 0, about_the_same = has_both && added.segments == removed.segments;
   std::string text;
   if (more != 0) text = counted(more, "boundary", "boundaries") + " added";
-  if (fewer != 0)
-    text += (more != 0 ? ", " + std::to_string(fewer) : counted(fewer, "boundary", "boundaries")) + " removed with " +
-            (fewer == 1 ? "its " : "their ") + counted(changes.points, "point");
-  return text + ": " + named(fewer != 0 ? changes.removed : changes.added, data) + ", " +
-         counted(changes.systems, "system");
+  if (more != 0 && !about_the_same) text += place(added.segments, added.systems);
+  if (fewer == 0) return text;
+  text += (about_the_same ? ", "
+           : has_both     ? "; "
+                          : "") +
+          (has_both ? std::to_string(fewer) : counted(fewer, "boundary", "boundaries")) + " removed with " +
+          (fewer == 1 ? "its " : "their ") + counted(points, "point");
+  return text + place(removed.segments, about_the_same ? systems : removed.systems);
 }
 
 } // namespace vesk

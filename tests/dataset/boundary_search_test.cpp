@@ -82,7 +82,10 @@ TEST(BoundarySearch, SaysWhichSegmentsGotOrLostBoundaries) {
     data.find_boundaries();
     return in_words(changes_of_boundaries(before, data), data);
   };
-  EXPECT_EQ(search(), "1 boundary added, 1 removed with its 365 points: segment 5 (Halifax), 1 system");
+  EXPECT_EQ(search(), "1 boundary added: segment 3 (Vesk Segment), 1 system; "
+                      "1 removed with its 365 points: segment 5 (Halifax), 1 system");
+  EXPECT_EQ(in_words({.added = {{4}, 1}, .removed = {{4}, 3}, .points = 365, .systems = 4}, data),
+            "1 boundary added, 1 removed with its 365 points: segment 5 (Halifax), 4 systems");
   EXPECT_EQ(search(), "");
   auto& pairs = data.flow_fields.edit(0).functions.edit(0).pairs;
   pairs = {{1, -1, 0}, {1, 2, -1}, {1, 4, -1}};
