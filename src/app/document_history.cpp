@@ -85,6 +85,7 @@ void document_control::go_to(document step, const std::string& line) {
   const bool is_another = step.number != document_number_;
   replace(std::move(step));
   form_.update_menus();
+  if (steps_.is_editing()) return; // the dialog says it, and the results of runs stay in sight
   ui_.add_info_line(line + (is_another ? ". Open again: " + name_of_document() : std::string()) + ".", icon_plain);
 }
 

@@ -47,11 +47,13 @@ void history::set_file(std::uint64_t document_number, const std::string& file_na
 }
 
 void history::begin_editing() {
+  is_editing_ = true;
   undo_floor_ = undo_.size();
   redo_floor_ = redo_.size();
 }
 
 void history::end_editing() {
+  is_editing_ = false;
   undo_floor_ = redo_floor_ = 0;
 }
 

@@ -52,6 +52,7 @@ public:
   // Between these two calls, Undo and Redo stop at the state of the first. Not nestable.
   void begin_editing();
   void end_editing();
+  bool is_editing() const { return is_editing_; }
   bool has_edits() const { return undo_.size() > undo_floor_; } // steps added since begin_editing and not undone
 
   // Labels of the next step; empty if there is none.
@@ -80,7 +81,8 @@ private:
   void drop_beyond_limit();
 
   std::size_t limit_;
-  std::deque<step> undo_, redo_;                // the next step is last; dropped at both ends
+  std::deque<step> undo_, redo_; // the next step is last; dropped at both ends
+  bool is_editing_ = false;
   std::size_t undo_floor_ = 0, redo_floor_ = 0; // steps that cannot be reached now
 };
 

@@ -161,11 +161,15 @@ void editor::InsertRowButtonClick(editor_panel& panel) {
 }
 
 void editor::DeleteRowButtonClick(editor_panel& panel) {
-  if (may_go_on()) panel.table.delete_active_row();
+  if (!may_go_on()) return;
+  if (panel.table.content().row_count() == 0) return set_message(nothing_to_delete);
+  panel.table.delete_active_row();
 }
 
 void editor::DeleteAllButtonClick(editor_panel& panel) {
-  if (may_go_on()) panel.table.delete_all_rows();
+  if (!may_go_on()) return;
+  if (panel.table.content().row_count() == 0) return set_message(nothing_to_delete);
+  panel.table.delete_all_rows();
 }
 
 void editor::delete_selected_rows(editor_panel& panel) {
@@ -174,8 +178,11 @@ void editor::delete_selected_rows(editor_panel& panel) {
 
 std::string editor::reason_against(panel_buttons button, const editor_panel& panel) const {
   constexpr unsigned row_buttons = insert_button | delete_button | delete_all_button;
-  if (panel.buttons & button)
-    return (button & row_buttons) && !panel.table.content().has_free_rows() ? panel.empty_hint : std::string();
+  if (panel.buttons & button) {
+    const bool has_rows = panel.table.content().has_free_rows() || !(button & row_buttons);
+    const bool has_series = !panel.series || panel.series->series();
+    return has_rows && has_series ? std::string() : panel.empty_hint;
+  }
   if (button & row_buttons) return "The rows of this grid are fixed: first select a grid whose rows can be changed.";
   if (button == fill_calc_button) return "This grid has no numbers to fill: first select another grid.";
   if (button == graph_button) return "Only a series can be drawn: first select the grid of times and values.";
@@ -457,11 +464,19 @@ void editor::refresh_from_source(editor_panel& panel) {
 }
 
 void editor::undo() {
-  if (may_go_on()) takes_step([this] { host_.undo(); });
+  take_step("Undone", host_.undo_label(), &editor_host::undo);
 }
 
 void editor::redo() {
-  if (may_go_on()) takes_step([this] { host_.redo(); });
+  take_step("Redone", host_.redo_label(), &editor_host::redo);
+}
+
+// The label of a step begins with the window's caption, which the window need not repeat.
+void editor::take_step(const std::string& done, std::string label, void (editor_host::*step)()) {
+  if (!may_go_on() || label.empty()) return;
+  takes_step([&] { (host_.*step)(); });
+  if (const std::string prefix = caption() + ": "; label.starts_with(prefix)) label.erase(0, prefix.size());
+  set_message(done + ": " + label + "." + (message_.empty() ? "" : " " + message_)); // the step may have set one
 }
 
 void editor::takes_step(const std::function<void()>& step) {

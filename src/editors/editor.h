@@ -213,6 +213,7 @@ protected:
   history_step begin_step(const std::string& label); // of the history; not of one table
   void end_step(bool completed);
   void set_message(std::string message);
+  static constexpr const char* nothing_to_delete = "There is nothing to delete.";
   std::string source_age(const stored_series& series) const; // of the data set; see source_ages
   void refresh_texts();                                      // after labels were changed
   void refresh_series();
@@ -221,7 +222,8 @@ protected:
 private:
   // Changes the points of the panel's series in one step.
   void edit_points(editor_panel& panel, const std::string& label, const std::function<void(point_list&)>& change);
-  bool nothing_is_refused();                          // otherwise returns to it
+  bool nothing_is_refused();                                                               // otherwise returns to it
+  void take_step(const std::string& done, std::string label, void (editor_host::*step)()); // Undo or Redo
   void takes_step(const std::function<void()>& step); // replaces the data set without a job
   editor_panel* named_panel(const editor_panel* focused) const;
   void say(const std::string& title, const std::string& sentence);

@@ -94,17 +94,31 @@ int grid_view::usual_width(int column) const {
 void grid_view::widen_to_contents() {
   if (!isVisible() && !asked_for_.empty()) return;
   asked_for_.resize(static_cast<std::size_t>(model_->columnCount()));
+  given_.resize(asked_for_.size());
   for (int column = 0; column < std::min(model_->columnCount(), columns_to_fit); ++column) {
     const int wanted = std::min(width_in_sight(column), scaled(widest_column, *this));
     int& before = asked_for_[static_cast<std::size_t>(column)];
     if (wanted <= before) continue;
     before = wanted;
-    if (wanted > columnWidth(column)) setColumnWidth(column, wanted);
+    if (wanted <= columnWidth(column)) continue;
+    setColumnWidth(column, wanted);
+    given_[static_cast<std::size_t>(column)] = wanted;
   }
+}
+
+// Back to the usual width, for `widen_to_contents`. A name that was undone would keep the other columns off the screen.
+void grid_view::narrow_to_contents() {
+  const int columns = std::min({model_->columnCount(), columns_to_fit, static_cast<int>(given_.size())});
+  for (int column = 0; column < columns; ++column) {
+    if (columnWidth(column) != given_[static_cast<std::size_t>(column)]) continue;
+    setColumnWidth(column, horizontalHeader()->defaultSectionSize());
+  }
+  asked_for_.clear();
 }
 
 void grid_view::showEvent(QShowEvent* event) {
   QTableView::showEvent(event);
+  if (!event->spontaneous()) narrow_to_contents();
   widen_to_contents();
   take_block();
   take_active_cell();

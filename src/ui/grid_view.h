@@ -30,7 +30,7 @@ signals:
 protected:
   // No cell in sight and no label is cut. What has been made narrower by hand stays so until a cell needs more than any
   // before. A hidden grid is only measured for new columns, and again when it is shown; then it also takes the table's
-  // active cell and selection.
+  // active cell and selection, and columns lose the room for content that has gone.
   void widen_to_contents();
   void showEvent(QShowEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
@@ -46,6 +46,7 @@ private:
   void take_active_cell(); // from the table
   void take_block();       // the selected cells, from the table
   void take_size();        // of new rows or columns
+  void narrow_to_contents();
   int width_in_sight(int column) const;
   int usual_width(int column) const;
   void move_active(int rows, int columns);
@@ -54,6 +55,7 @@ private:
   grid_model* model_;
   const tab_key tab_;
   std::vector<int> asked_for_; // widest content of each column since the columns changed
+  std::vector<int> given_;     // width of each column for its content; one that differs is the user's
   bool taking_ = false;        // from the table; changes are not sent back meanwhile
 };
 

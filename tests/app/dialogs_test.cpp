@@ -103,7 +103,9 @@ TEST_F(Dialogs, CancelTakesStepsBackAndUndoBringsThemAgain) {
   ui.in_form = [&] {
     EXPECT_EQ(form.undo_label(), ""); // not beyond the opening
     for (int i = 0; i < 3; ++i) editor.InsertRowButtonClick(*editor.panels()[0]);
+    const lines before = ui.lines;
     form.undo();
+    EXPECT_EQ(ui.lines, before); // the dialog says it
   };
   form.PrintIntervalItemClick();
   EXPECT_EQ(form.current_data_set->print_intervals.points.size(), points);

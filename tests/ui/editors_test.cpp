@@ -228,7 +228,7 @@ TEST(Editors, UndoTakesBackTypingFirstThenSteps) {
                 undo(line); // nothing typed is left
                 EXPECT_EQ(value(), "0.15");
                 EXPECT_TRUE(find<QPushButton>(dialog, "RedoButton")->isEnabled());
-                EXPECT_EQ(text_of(dialog, "MessageLabel"), ""); // only a job's end sets a message
+                EXPECT_EQ(text_of(dialog, "MessageLabel"), "Undone: Edit."); // and nothing about a job
                 return press(dialog, "OK");
               });
 }
@@ -248,6 +248,29 @@ TEST(Editors, TheSelectedBlockOutlivesAResetOfTheRows) {
                 EXPECT_EQ(grid->currentIndex(), grid->model().index(0, 2));
                 EXPECT_TRUE(press(dialog, "Delete")); // the block no longer exists
                 EXPECT_EQ(grid->table().selection().rows(), 1U);
+                return press(dialog, "Cancel");
+              });
+}
+
+TEST(Editors, ALongNameThatWasCancelledWidensNoColumn) {
+  running_program program;
+  program.form().open_file(SAMPLE);
+  int usual = 0;
+  with_dialog([&] { program.trigger("SegmentsItem"); },
+              [&](QWidget* dialog) {
+                grid_view* grid = grid_of(dialog, "SegmentFillCalcTable");
+                usual = grid->columnWidth(0);
+                grid->setColumnWidth(1, 200);
+                grid->table().enter(0, 0, std::string(100, 'w'));
+                grid->table().insert_row_at_active();
+                EXPECT_GT(grid->columnWidth(0), usual);
+                return press(dialog, "Cancel");
+              });
+  with_dialog([&] { program.trigger("SegmentsItem"); },
+              [&](QWidget* dialog) {
+                grid_view* grid = grid_of(dialog, "SegmentFillCalcTable");
+                EXPECT_EQ(grid->columnWidth(0), usual);
+                EXPECT_EQ(grid->columnWidth(1), 200); // the user's
                 return press(dialog, "Cancel");
               });
 }
