@@ -11,12 +11,6 @@ namespace vesk {
 
 namespace {
 
-constexpr std::size_t outside = static_cast<std::size_t>(-1); // for a reference below 0
-
-std::size_t position_of(std::int32_t reference) {
-  return reference < 0 ? outside : static_cast<std::size_t>(reference);
-}
-
 bool at_or_after(std::int32_t reference, std::size_t position) {
   return reference >= 0 && static_cast<std::size_t>(reference) >= position;
 }
@@ -113,9 +107,9 @@ void shift_references(prevesk_dataset_data_type& data, std::size_t position, std
   shift_records(&system_data_type::boundaries);
 }
 
-// Removes the records that refer to the segment, and sets bottom references to it to none.
-void remove_references(prevesk_dataset_data_type& data, std::size_t position) {
-  const auto is_it = [position](std::int32_t reference) { return position_of(reference) == position; };
+// Removes the records with a reference that has the property, and sets such bottom references to none.
+template <class Property>
+void remove_references(prevesk_dataset_data_type& data, const Property& is_it) {
   const auto remove_pairs = [&](auto& fields) {
     for (std::size_t f = 0; f < fields.size(); ++f)
       for (std::size_t i = 0; i < fields[f].functions.size(); ++i) {
@@ -159,11 +153,18 @@ void insert_segment(prevesk_dataset_data_type& data, std::size_t position) {
   reconcile_segment_records(data);
 }
 
-void erase_segment(prevesk_dataset_data_type& data, std::size_t position) {
-  if (position >= data.segments.size()) return;
-  data.segments.erase(position);
+namespace {
+
+void erase_segments(prevesk_dataset_data_type& data, std::size_t first, std::size_t count) {
+  data.segments.erase(first, count);
   reconcile_segment_records(data);
   pull_bottom_references(data);
+}
+
+} // namespace
+
+void erase_segment(prevesk_dataset_data_type& data, std::size_t position) {
+  if (position < data.segments.size()) erase_segments(data, position, 1);
 }
 
 void reconcile_segment_records(prevesk_dataset_data_type& data, segment_range which) {
@@ -200,13 +201,14 @@ segment_references insert_and_renumber(prevesk_dataset_data_type& data, std::siz
   return moved;
 }
 
-segment_references erase_and_renumber(prevesk_dataset_data_type& data, std::size_t position) {
-  if (position >= data.segments.size()) return {};
-  const segment_references removed =
-      count_references(data, [position](std::int32_t reference) { return position_of(reference) == position; });
-  remove_references(data, position);
-  shift_references(data, position + 1, -1);
-  erase_segment(data, position);
+segment_references erase_and_renumber(prevesk_dataset_data_type& data, std::size_t first, std::size_t count) {
+  if (first >= data.segments.size()) return {};
+  count = std::min(count, data.segments.size() - first);
+  const auto erased = names_between(first, first + count);
+  const segment_references removed = count_references(data, erased);
+  remove_references(data, erased);
+  shift_references(data, first + count, -static_cast<std::int32_t>(count));
+  erase_segments(data, first, count);
   return removed;
 }
 

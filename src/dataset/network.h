@@ -51,9 +51,10 @@ segment_references references_to_appended(const prevesk_dataset_data_type& data,
 // Like `insert_segment`, but all references still refer to the same segments. Returns how many were changed.
 segment_references insert_and_renumber(prevesk_dataset_data_type& data, std::size_t position);
 
-// Erases one segment with its pairs, loads and boundaries, and sets bottom references to it to none. All other
-// references still refer to the same segments. Returns how many were removed or set to none.
-segment_references erase_and_renumber(prevesk_dataset_data_type& data, std::size_t position);
+// Erases `count` segments from `first` on, as far as they exist, with their pairs, loads and boundaries, and sets
+// bottom references to them to none. All other references still refer to the same segments. Returns how many were
+// removed or set to none.
+segment_references erase_and_renumber(prevesk_dataset_data_type& data, std::size_t first, std::size_t count = 1);
 
 // The first fault in the network's records, as a sentence; empty if there is none.
 std::string verify(const prevesk_dataset_data_type& data);

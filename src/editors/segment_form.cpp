@@ -187,10 +187,11 @@ std::vector<editor_command> TSegmentForm::common_commands() {
           {"Insert and re&number", "InsertAndRenumberButton", [this] { insert_and_renumber_click(); },
            "Insert a segment before the active one. Pairs, loads and boundaries keep their segments."},
           {"De&lete and renumber", "DeleteAndRenumberButton", [this] { delete_and_renumber_click(); },
-           "Delete the active segment with its pairs, loads and boundaries. The others keep their segments."}};
+           "Delete the selected segments with their pairs, loads and boundaries. The others keep their segments."}};
 }
 
 void TSegmentForm::FormShow() {
+  page_ = 0;
   load_factors();
   editor::FormShow();
 }
@@ -318,14 +319,23 @@ void TSegmentForm::insert_and_renumber_click() {
 }
 
 void TSegmentForm::delete_and_renumber_click() {
-  const std::size_t row = panels_of_pages_[0]->table.active_row();
-  if (!may_go_on() || row >= segments_.row_count()) return;
-  const std::string name = std::to_string(row + 1) + " (" + shown_text(host().data_set()->segments[row].name) + ")";
+  if (!may_go_on()) return;
+  const cell_range rows = panels_of_pages_[page_]->table.selection();
+  if (rows.top >= segments_.row_count()) return set_message(nothing_to_delete);
+  const std::size_t count = std::min(rows.bottom + 1, segments_.row_count()) - rows.top;
+  const std::string what = count > 1 ? "Segments " + std::to_string(rows.top + 1) + " to " +
+                                           std::to_string(rows.top + count) + " were deleted"
+                                     : "Segment " + std::to_string(rows.top + 1) + " (" +
+                                           shown_text(host().data_set()->segments[rows.top].name) + ") was deleted";
+  select_segment(rows.top); // before they go, as their rows do in every page
   segment_references removed;
   change_network("Delete and renumber",
-                 [&](prevesk_dataset_data_type& data) { removed = erase_and_renumber(data, row); });
-  set_message("Segment " + name + " was deleted" +
-              (removed.total() != 0 ? ", with all that referred to it: " + in_words(removed) : std::string()) + ".");
+                 [&](prevesk_dataset_data_type& data) { removed = erase_and_renumber(data, rows.top, count); });
+  set_message(what +
+              (removed.total() == 0 ? std::string()
+                                    : ", with all that referred to " + std::string(count > 1 ? "them" : "it") + ": " +
+                                          in_words(removed)) +
+              ".");
 }
 
 void TSegmentForm::accepted() {

@@ -83,7 +83,9 @@ public:
   bool is_about_segments() const override { return true; }
   std::optional<std::size_t> segment_in_focus() const override;
 
-  // For any page: they act on the first page's active row.
+  void grid_entered(std::size_t page) override { page_ = page; }
+
+  // For any page: they act on the first page's active row, the last one on all selected rows of the page in use.
   void InsertButtonClick();
   void DeleteButtonClick();
   void insert_and_renumber_click();
@@ -113,6 +115,7 @@ private:
   // The combo of types shows positions, the records store the catalogue's identifiers.
   std::unordered_map<std::uint32_t, std::size_t> type_id_to_item;
   std::vector<std::uint32_t> item_to_type_id;
+  std::size_t page_ = 0;           // that was entered last
   std::size_t segment_count_ = 0;  // before the current change
   bool records_are_whole_ = false; // each segment has one record for each parameter and system
   std::shared_ptr<segment_items> BottomSegmentComboBoxField;

@@ -84,6 +84,12 @@ TEST(Network, RenumberingKeepsWhatReferencesName) {
   EXPECT_EQ(in_words(erase_and_renumber(data, 0)), "");
   EXPECT_EQ(data, copy);
 
+  auto two_at_once = data;
+  EXPECT_EQ(in_words(erase_and_renumber(two_at_once, 1, 2)), "4 pairs and 1 load");
+  EXPECT_EQ(pairs_by_name(two_at_once), "S4>S5 S5>outside load S5 boundary S5 ");
+  erase_and_renumber(two_at_once, 1, 9); // more than there are
+  EXPECT_EQ(two_at_once.segments.size(), 1U);
+
   EXPECT_EQ(in_words(erase_and_renumber(data, 4)), "2 pairs, 1 bottom reference, 1 load and 2 boundaries");
   EXPECT_EQ(pairs_by_name(data), "S1>S2 S2>S3 S3>S4 S2=S4 load S3 ");
   EXPECT_EQ(in_words(erase_and_renumber(data, 1)), "3 pairs");

@@ -258,6 +258,23 @@ TEST_F(Segments, SaysWhatNamesAnotherSegmentAndRenumbers) {
   form.delete_and_renumber_click();
   EXPECT_EQ(form.message(), "Segment 1 (Weldon) was deleted, with all that referred to it: 2 pairs.");
   EXPECT_EQ(host.data.flow_fields[0].functions[0].pairs.size(), 1U);
+  form.undo();
+  EXPECT_EQ(form.message(), "Undone: Delete and renumber.");
+  const std::size_t segments = host.data.segments.size();
+  editor_panel& values = *form.panels()[1]; // in whose page the rows are selected
+  form.grid_entered(1);
+  values.table.set_active(2, 0);
+  values.table.set_selection(cell_range{1, 0, 2, 1});
+  form.delete_and_renumber_click();
+  EXPECT_EQ(form.message(), "Segments 2 to 3 were deleted, with all that referred to them: 2 pairs.");
+  EXPECT_EQ(host.data.segments.size(), segments - 2);
+  EXPECT_EQ(table.active_row(), 1U);
+  EXPECT_EQ(host.undo_label(), "Segments: Delete and renumber");
+  form.DeleteAllButtonClick(*form.panels()[0]);
+  form.DeleteButtonClick();
+  EXPECT_EQ(form.message(), "There is nothing to delete.");
+  form.delete_and_renumber_click();
+  EXPECT_EQ(form.message(), "There is nothing to delete.");
 }
 
 TEST_F(Segments, FactorsAreWrittenOnOkAlone) {
