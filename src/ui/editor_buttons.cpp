@@ -91,7 +91,7 @@ editor_panel& editor_buttons::panel_of(panel_buttons button) const {
 
 void editor_buttons::show_state() {
   for (const shown_button& one : buttons_) {
-    const std::string reason = panel_ ? std::string() : form_.reason_against(one.button, panel_of(one.button));
+    const std::string reason = form_.reason_against(one.button, panel_of(one.button));
     one.control->setEnabled(reason.empty());
     one.control->setToolTip(reason.empty() ? QString(one.hint) : tool_tip(shown(reason)));
   }

@@ -96,6 +96,7 @@ editor_panel_view* editor_window::make_panel(editor_panel& panel, const QString&
     buttons = new editor_buttons(form_, panel, [this](editor_panel& on, const std::function<void()>& command) {
       run([&] { go_to_panel(on), command(); });
     });
+    own_buttons_.push_back(buttons);
     if (panels_.empty())
       for (const editor_command& command : form_.extra_commands()) buttons->add_command(command, panel);
   }
@@ -329,6 +330,7 @@ void editor_window::texts_changed() {
   for (entry_edit* edit : fields_)
     if (!edit->isModified()) edit->show_field();
   for (editor_panel_view* panel : panels_) panel->texts_changed();
+  for (editor_buttons* buttons : own_buttons_) buttons->show_state();
   if (const auto active = form_.active_grid()) {
     for (std::size_t i = 0; i < panels_.size(); ++i) panels_[i]->mark_as_active(i == *active);
     shared_buttons_->show_state();

@@ -75,9 +75,10 @@ private:
   QTabWidget* pages_ = nullptr; // null: a single page
   std::vector<int> page_of_panel_;
   std::vector<editor_panel_view*> panels_;
-  std::vector<QSplitter*> splitters_; // the first part of each has a fixed size, the second gets the rest
-  editor_buttons* shared_buttons_ = nullptr;
-  tree_view* tree_ = nullptr; // in front of the first panel; null: none
+  std::vector<QSplitter*> splitters_;        // the first part of each has a fixed size, the second gets the rest
+  editor_buttons* shared_buttons_ = nullptr; // of the active panel
+  std::vector<editor_buttons*> own_buttons_; // of single panels
+  tree_view* tree_ = nullptr;                // in front of the first panel; null: none
   QLabel* message_;
   QAction* next_mark_;
   QPushButton* undo_;

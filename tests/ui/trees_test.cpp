@@ -74,12 +74,16 @@ TEST_F(Trees, AreWorkedByKeyboard) {
     EXPECT_TRUE(tree->hasFocus());
     EXPECT_TRUE(tree->isExpanded(index_of(tree, {0, {}})));
     EXPECT_FALSE(combo->isVisible());
+    auto* insert = find<QPushButton>(dialog, "InsertRowButton");
+    EXPECT_FALSE(insert->isEnabled()); // no series to act on
+    EXPECT_FALSE(insert->toolTip().isEmpty());
     take_picture(dialog, "loads_nothing_selected");
     key(Qt::Key_Home);
     key(Qt::Key_Down, {});
     EXPECT_FALSE(combo->isVisible());
     key(Qt::Key_Down, {}); // the first load
     EXPECT_TRUE(combo->isVisible());
+    EXPECT_TRUE(insert->isEnabled());
     EXPECT_TRUE(find<QLabel>(dialog, "TimeFunctionsLabel")->text().startsWith("Time functions for segment "));
     take_picture(dialog, "loads_selected");
     QTest::keyClick(combo, Qt::Key_Down);
