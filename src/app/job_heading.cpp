@@ -31,15 +31,23 @@ std::string result_of(const job_outcome& job) {
   return "finished";
 }
 
-} // namespace
-
-std::string heading_of_job(job_code code, const std::string& file) {
+std::string heading(const char* what, const std::string& file) {
   const std::time_t now = std::time(nullptr);
   std::tm parts{};
   localtime_r(&now, &parts);
   char time[16] = "";
   std::strftime(time, sizeof time, "%H:%M:%S", &parts);
-  return name_of(code) + (file.empty() ? "the unnamed data set" : leaf_of(file)) + ", " + time;
+  return what + (file.empty() ? std::string("the unnamed data set") : leaf_of(file)) + ", " + time;
+}
+
+} // namespace
+
+std::string heading_of_job(job_code code, const std::string& file) {
+  return heading(name_of(code), file);
+}
+
+std::string heading_of_queries(const std::string& file) {
+  return heading("Deferred queries of ", file);
 }
 
 std::string outcome_in_words(const job_outcome& job, double seconds) {

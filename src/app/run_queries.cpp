@@ -1,11 +1,13 @@
 // Deferred queries, executed before a run or by the user's command.
 #include "app/failure_kinds.h"
+#include "app/job_heading.h"
 #include "app/run_control.h"
 #include "editors/long_work.h"
 #include "query/import_query.h"
 #include "query/source_file.h"
 
 #include <algorithm>
+#include <chrono>
 
 namespace vesk {
 
@@ -98,7 +100,15 @@ run_control::run_queries(const prevesk_dataset_data_type& data_set, bool clear_f
 }
 
 bool run_control::execute_all_deferred_queries() {
+  const bool is_alone = !active_thread; // otherwise heading and progress bar are those of the running job
+  const auto began = std::chrono::steady_clock::now();
+  if (is_alone) ui_.begin_job_messages(heading_of_queries(documents_.file_name));
   const auto filled = run_queries(*documents_.current_data_set, true);
+  const std::chrono::duration<double> took = std::chrono::steady_clock::now() - began;
+  if (is_alone) {
+    ui_.end_job_messages(filled ? outcome_in_words({}, took.count()) : "not executed");
+    clear_progress();
+  }
   if (!filled) return false;
   executed_.clear(); // they are plain series from now on
   documents_.as_step("Execute all deferred queries", [&] { documents_.take_content(*filled); });
