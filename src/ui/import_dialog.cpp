@@ -196,9 +196,13 @@ QWidget* import_dialog::condition_part() {
   column->addWidget(caption("&Conditions", conditions_));
   column->addWidget(conditions_, 1);
   auto* row = new QHBoxLayout;
-  row->addWidget(button("&Insert", "InsertButton", "Add a condition", &TImportTimeSeriesForm::InsertButtonClick));
-  row->addWidget(
-      button("&Delete", "DeleteButton", "Delete the active condition", &TImportTimeSeriesForm::DeleteButtonClick));
+  QPushButton* of_conditions[] = {
+      button("&Insert", "InsertButton", "Add a condition", &TImportTimeSeriesForm::InsertButtonClick),
+      button("&Delete", "DeleteButton", "Delete the active condition", &TImportTimeSeriesForm::DeleteButtonClick)};
+  for (QPushButton* one : of_conditions) {
+    connect(one, &QPushButton::clicked, conditions_, [this] { conditions_->setFocus(); }); // on the active condition
+    row->addWidget(one);
+  }
   row->addWidget(value_note_, 1);
   column->addLayout(row);
   return part;

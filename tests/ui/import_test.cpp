@@ -184,6 +184,8 @@ TEST_F(ImportSeries, NeverWithAConditionThatShowsARefusedEntry) {
     EXPECT_TRUE(form().FileNameEditChange("gauges.csv"));
     EXPECT_TRUE(press(window, "Insert"));
     auto* conditions = find<QTableView>(window, "ConditionTable");
+    EXPECT_EQ(window->focusWidget(), conditions);
+    EXPECT_EQ(conditions->currentIndex(), conditions->model()->index(0, 1)); // the new condition's field
     EXPECT_TRUE(form().ConditionTable.enter(0, 1, "SITE"));
     EXPECT_TRUE(wait_for([this] { return form().ConditionTable.enter(0, 3, "A"); })); // after the values have been read
     EXPECT_FALSE(form().ConditionTable.enter(0, 3, "C"));
