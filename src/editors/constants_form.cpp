@@ -10,7 +10,7 @@ namespace vesk {
 
 namespace {
 
-enum : std::size_t { value_column = 2 };
+enum : std::size_t { used_column = 1, value_column = 2 };
 
 std::vector<record_column<constant_data_type>> columns() {
   using constant = constant_data_type;
@@ -46,6 +46,9 @@ TConstantsForm::TConstantsForm(editor_host& host)
                          ? range_finding(constant.value, constant.minimum, constant.maximum)
                          : std::string()};
   };
+  panel().table.OnDoneEdit = [this](std::size_t column) {
+    if (column == used_column) note_value_in_use((*constants())[panel().table.active_row()]);
+  };
   records().tip_of = [](const constant_data_type& constant, std::size_t column) -> std::string {
     if (column != value_column) return {};
     return catalogue_tip(constant.default_value, constant.minimum, constant.maximum);
@@ -53,6 +56,14 @@ TConstantsForm::TConstantsForm(editor_host& host)
   records().default_of = [](const constant_data_type& constant, std::size_t column) {
     return column == value_column ? std::optional<cell_value>(constant.default_value) : std::nullopt;
   };
+}
+
+// A new model shows 0 for each constant, which is not what a run has had for it until now.
+void TConstantsForm::note_value_in_use(const constant_data_type& constant) {
+  if (!constant.used || constant.value != 0 || constant.default_value == 0) return set_message({});
+  set_message("\"" + shown_text(constant.description) + "\" is now used with the value 0. The catalogue's default is " +
+              entry_text(number_cell({}), constant.default_value) +
+              ": \"Back to the default\" in the menu of the value sets it.");
 }
 
 const shared_list<constant_data_type>* TConstantsForm::constants() const {

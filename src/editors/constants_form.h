@@ -19,7 +19,8 @@ protected:
   void take_content() override;
 
 private:
-  const shared_list<constant_data_type>* constants() const; // of the chosen group; null without one
+  void note_value_in_use(const constant_data_type& constant); // says so if it has just come into use as 0
+  const shared_list<constant_data_type>* constants() const;   // of the chosen group; null without one
 };
 
 } // namespace vesk

@@ -31,7 +31,9 @@ bool entry_field::enter(std::string_view text) {
   refusal_ = std::move(entry.refusal);
   if (!refusal_.empty()) return false;
   value_ = expression_number(type_, entry.value);
-  text_ = value_text_ = entry_text(type_, entry.value);
+  // A duration keeps its unit: "1 s" would be 1.1574074074074073e-05 days.
+  if (!type_.is_duration) text_ = entry_text(type_, entry.value);
+  value_text_ = text_;
   return true;
 }
 

@@ -145,8 +145,10 @@ TEST_F(Editors, EveryOperationIsOneStep) {
   EXPECT_EQ(print(table), "10/03/2012|12:00|1.0000\n10/13/2012|00:00|1.5000\n");
   form.undo();
   form.undo();
+  EXPECT_EQ(form.message(), "Undone: Paste.");
   EXPECT_EQ(print(table), before);
   form.redo();
+  EXPECT_EQ(form.message(), "Redone: Paste.");
   EXPECT_EQ(print(table), "10/03/2012|12:00|2.0000\n10/13/2012|00:00|3.0000\n");
   host.expression.reset();
   form.FillCalcButtonClick(panel);
@@ -200,6 +202,9 @@ TEST_F(Editors, RegularTimesAndInterpolation) {
   EXPECT_EQ(table.text(2, 2), "0.4000");
   EXPECT_EQ(host.undo_label(), "Print Interval: Interpolate between");
   host.on_regular_times = [](TRegularTimesForm& times) {
+    times.StepField.enter("1 s");
+    EXPECT_EQ(times.StepField.text(), "1 s");
+    EXPECT_EQ(times.StepField.value(), 1 / 86400.0);
     times.EndDateField.enter("2011-10-06");
     EXPECT_EQ(times.message(), "The end is before the start.");
     return times.FormCloseQuery(true);
@@ -397,6 +402,12 @@ TEST_F(Editors, ConstantsAreShownByGroup) {
   table.set_active(0, 2);
   form.back_to_default(*form.panels()[0]);
   EXPECT_EQ(host.data.constant_groups[1].constants[0].value, 0.1);
+  table.enter(0, 2, "0");
+  table.click(0, 1);
+  EXPECT_EQ(form.message(), "");
+  table.click(0, 1); // used again
+  EXPECT_EQ(form.message(), "\"Reaeration rate\" is now used with the value 0. The catalogue's default is 0.1: "
+                            "\"Back to the default\" in the menu of the value sets it.");
   form.FormShow();
   EXPECT_EQ(form.choice()->position, 0U);
   EXPECT_EQ(table.active_column(), 2U); // stays
