@@ -204,6 +204,11 @@ TFillCalcTable::paste_outcome TFillCalcTable::do_paste(std::string_view text) {
   change one(*this, "Paste");
   refused_.reset();
   if (content_->has_free_rows()) content_->resize(coming);
+  if (replaces_all) { // the pasted rows are the ones that are selected now
+    selection_->bottom = coming - 1;
+    selection_->right =
+        std::max(selection_->right, std::min(selection_->left + lines.field_count(0), content_->columns().size()) - 1);
+  }
   for (const auto& cell : reader.numbers) content_->set_value(cell.row, cell.column, cell.value);
   for (const auto& cell : reader.texts) content_->set_value(cell.row, cell.column, cell.value);
   display_rows(false);

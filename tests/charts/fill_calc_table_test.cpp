@@ -156,6 +156,10 @@ TEST_F(FillCalcTable, APasteOverAllRowsReplacesThem) {
   table.set_selection(cell_range{0, 0, 2, 2});
   EXPECT_EQ(table.do_paste("2012-10-01 12:30\t8\n").refusal, ""); // date and time in one field
   EXPECT_EQ(print(table), "10/01/2012|12:30|8.00|a|Linear|0|7\n");
+  table.set_selection(cell_range{0, 0, 0, 0});
+  const std::string line = "2012-10-01\t12:30\t8\n";
+  EXPECT_EQ(table.do_paste(line + line + line + line).refusal, "");
+  EXPECT_EQ(table.selection(), (cell_range{0, 0, 3, 2})); // what was pasted
 }
 
 TEST_F(FillCalcTable, AGridWithFixedRowsTakesNoMoreLines) {
