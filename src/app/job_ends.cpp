@@ -2,6 +2,7 @@
 #include "app/file_names.h"
 #include "app/job_heading.h"
 #include "app/run_control.h"
+#include "dataset/findings_list.h"
 #include "dataset/same_content.h"
 #include "platform/counted.h"
 #include "platform/file_io.h"
@@ -151,8 +152,20 @@ void run_control::validity_end() {
     ui_.message_box("Validity check failed", "Problems were detected", box_buttons::ok);
   for (const validation_information& finding : documents_.current_data_set->validation_results)
     ui_.add_info_line(finding.message, finding.severity);
+  // Without a period every series is outside it. Printed lines are for programs, which expect only the limits.
+  if (documents_.current_data_set->period_fault().empty() && !ui_.boxes_stay_in_sight()) list_marks();
   active_thread = nullptr;
   form_.update_menus();
+}
+
+void run_control::list_marks() {
+  constexpr std::size_t most = 50;
+  const std::vector<std::string> marks = list_findings(*documents_.current_data_set);
+  if (marks.empty()) return;
+  ui_.add_info_line("Not limits of the engine, but worth a look; their cells are marked in the windows of Data:",
+                    icon_plain);
+  for (std::size_t i = 0; i < std::min(marks.size(), most); ++i) ui_.add_info_line(marks[i], icon_note);
+  if (marks.size() > most) ui_.add_info_line("And " + std::to_string(marks.size() - most) + " more.", icon_plain);
 }
 
 void run_control::copy_back_end() {

@@ -127,6 +127,7 @@ private:
   void run_end();
   void import_export_end();
   void validity_end();
+  void list_marks(); // what the editors mark, after the findings of a validity check
   void copy_back_end();
   void clear_progress();
 

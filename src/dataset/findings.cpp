@@ -14,6 +14,8 @@ std::string number_text(double value) {
   return {text.data(), std::to_chars(text.data(), text.data() + text.size(), value).ptr};
 }
 
+} // namespace
+
 bool is_used(const prevesk_dataset_data_type& data, const series_ref& ref) {
   switch (ref.kind) {
   case series_kind::time_function: return data.time_functions[ref.index].used;
@@ -24,8 +26,6 @@ bool is_used(const prevesk_dataset_data_type& data, const series_ref& ref) {
   default: return true;
   }
 }
-
-} // namespace
 
 point_finding check_point(const stored_series& series, const series_ref& ref, std::size_t row) {
   using part = point_finding::part;
@@ -40,6 +40,18 @@ point_finding check_point(const stored_series& series, const series_ref& ref, st
   if (!std::isfinite(point.value)) return {part::value, "The value is not a finite number."};
   const bool interval = ref.kind == series_kind::print_intervals || ref.kind == series_kind::time_steps;
   if (interval && !(point.value > 0)) return {part::value, "The bundled engine refuses an interval of 0 or less."};
+  return {};
+}
+
+std::string pair_end_finding(std::int32_t end, std::int32_t other, std::size_t segments) {
+  if (end >= 0 && static_cast<std::size_t>(end) >= segments)
+    return "There is no segment " + std::to_string(std::int64_t{end} + 1) + ".";
+  if (end < no_segment)
+    return "The stored number is " + std::to_string(end) +
+           ", which makes no boundary. Choose a segment here, and then \"Boundary\".";
+  if (end == other)
+    return end == no_segment ? "Both sides are outside the network, so this pair makes no boundary."
+                             : "Both sides are the same segment.";
   return {};
 }
 

@@ -14,8 +14,14 @@ struct point_finding {
   std::string sentence;
 };
 
+// Whether a run uses the series: its field or function is used, or its system is not bypassed.
+bool is_used(const prevesk_dataset_data_type& data, const series_ref& ref);
+
 // Takes the same time for a series of any length.
 point_finding check_point(const stored_series& series, const series_ref& ref, std::size_t row);
+
+// A warning about one end of a pair, with the other, in a network of `segments`; empty: none.
+std::string pair_end_finding(std::int32_t end, std::int32_t other, std::size_t segments);
 
 // A value outside the catalogue's range, which is used only if minimum is below maximum. Empty if within.
 std::string range_finding(double value, double minimum, double maximum);

@@ -68,19 +68,6 @@ std::int32_t end_of(const flow_pair_record_type& pair, std::size_t column) {
   return column == 0 ? pair.from_segment : pair.to_segment;
 }
 
-// A warning about one end of a pair, in a network of `segments`; empty: none.
-std::string finding_of_end(std::int32_t end, std::int32_t other, std::size_t segments) {
-  if (end >= 0 && static_cast<std::size_t>(end) >= segments)
-    return "There is no segment " + std::to_string(std::int64_t{end} + 1) + ".";
-  if (end < no_segment)
-    return "The stored number is " + std::to_string(end) +
-           ", which makes no boundary. Choose a segment here, and then \"Boundary\".";
-  if (end == other)
-    return end == no_segment ? "Both sides are outside the network, so this pair makes no boundary."
-                             : "Both sides are the same segment.";
-  return {};
-}
-
 std::string with_names(const std::string& text, const std::string& field, const std::string& function) {
   return text + " for " + field + ", " + function;
 }
@@ -134,7 +121,7 @@ Grids TExchangesFlowsForm::make_grids(
     const prevesk_dataset_data_type* data = this->host().data_set();
     return {column > 1 || !data
                 ? std::string()
-                : finding_of_end(end_of(pair, column), end_of(pair, 1 - column), data->segments.size())};
+                : pair_end_finding(end_of(pair, column), end_of(pair, 1 - column), data->segments.size())};
   };
   return grids;
 }

@@ -270,6 +270,8 @@ TEST_F(RunControl, EveryJobCanBeCancelledWhateverTheDataSetAndLeavesNoProgress) 
 }
 
 TEST_F(RunControl, TheValidityCheckListsWhatItFinds) {
+  const std::string marks_follow =
+      "0 Not limits of the engine, but worth a look; their cells are marked in the windows of Data:";
   make_data("returns"); // the engine's limit is one segment, none of anything else
   form.current_data_set->segments.resize(2);
   form.current_data_set->time_steps.points.push_back({});
@@ -277,7 +279,9 @@ TEST_F(RunControl, TheValidityCheckListsWhatItFinds) {
   finish();
   EXPECT_EQ(ui.boxes, lines{"Validity check failed: Problems were detected"});
   EXPECT_EQ(ui.lines, (lines{"2 Maximum of 1 segments exceeded", "2 Tracer system has no boundaries.",
-                             "2 Maximum of 0 time/value pairs for time steps exceeded"}));
+                             "2 Maximum of 0 time/value pairs for time steps exceeded", marks_follow,
+                             "1 Print Interval: This series is used, but it has no points.",
+                             "1 Time Step, row 1: The bundled engine refuses an interval of 0 or less."}));
   EXPECT_FALSE(form.last_job().checked);
 
   ui.boxes.clear();
@@ -287,7 +291,9 @@ TEST_F(RunControl, TheValidityCheckListsWhatItFinds) {
   form.start_validity_check();
   finish();
   EXPECT_EQ(ui.boxes, lines{"Validity check passed: No problems were detected"});
-  EXPECT_EQ(ui.lines, lines{"1 BYPASSED Tracer system has no boundaries."});
+  EXPECT_EQ(ui.lines, (lines{"1 BYPASSED Tracer system has no boundaries.", marks_follow,
+                             "1 Print Interval: This series is used, but it has no points.",
+                             "1 Time Step: This series is used, but it has no points."}));
 }
 
 TEST_F(RunControl, AnImportIsFollowedByTheRunThatWasAskedFor) {
@@ -352,6 +358,7 @@ TEST_F(RunControl, QueriesOfARunLeaveTheDataSetAndThoseOfTheCommandChangeIt) {
   EXPECT_EQ(executed, 2);
   EXPECT_TRUE(form.current_data_set->time_steps.points.empty());
   EXPECT_FALSE(form.execute_all_deferred_queries()); // fails at the second: both are as before
+  EXPECT_TRUE(ui.headings.back().ends_with(": not executed")) << ui.headings.back();
   EXPECT_TRUE(form.current_data_set->print_intervals.points.empty());
   EXPECT_TRUE(form.current_data_set->print_intervals.query->deferred);
   ui.take_boxes();
@@ -364,6 +371,9 @@ TEST_F(RunControl, QueriesOfARunLeaveTheDataSetAndThoseOfTheCommandChangeIt) {
                                "query results\r\n in the appropriate tables within the VKI file. Are you sure "
                                "that\r\n you wish to do this?"));
   EXPECT_FALSE(form.current_data_set->time_steps.query->deferred);
+  EXPECT_TRUE(ui.headings.back().starts_with("Deferred queries of ")) << ui.headings.back();
+  EXPECT_NE(ui.headings.back().find(": finished, "), std::string::npos) << ui.headings.back();
+  EXPECT_EQ(ui.shown.end()[-3], "progress 0");
 }
 
 TEST_F(RunControl, CancelledQueriesLeaveEverythingAsItWas) {

@@ -2,6 +2,7 @@
 #include "temporary_folder.h"
 
 #include "dataset/any_case.h"
+#include "dataset/findings_list.h"
 #include "dataset/text_encoding.h"
 #include "dataset/unshared_bytes.h"
 #include "dataset/vki_file.h"
@@ -76,6 +77,53 @@ TEST(DataSet, EmptySeriesGetTwoPointsOverTheRunAndOthersStay) {
   point_list one{{{1, 2}, 3}};
   data.ensure_default_points(one);
   EXPECT_EQ(one.size(), 1u);
+}
+
+TEST(DataSet, WhatIsSuspiciousIsListedOncePerPlace) {
+  prevesk_dataset_data_type data;
+  data.seed_date = 36526;
+  data.seed_time = data.end_time = 0;
+  data.end_date = 36530;
+  data.apply_seed();
+  data.segments.resize(2);
+  data.segments.edit(1).name = "Weir";
+  parameter_data_type depth;
+  depth.description = "Depth";
+  depth.used = true;
+  depth.minimum = 1;
+  depth.maximum = 9;
+  data.parameters.push_back(depth);
+  for (std::size_t i = 0; i < 2; ++i) data.segments.edit(i).parameters.resize(1);
+  data.give_default_points();
+  data.time_steps.points = {{{year_2000, 0}, 1}};
+  flow_function_data_type flow;
+  flow.points = {{{year_2000, 0}, 1}, {{year_2000, 0}, 2}};
+  flow.pairs = {{1, no_segment, 0}, {1, 0, 7}, {1, 1, 1}};
+  data.flow_fields.edit(0).used = true;
+  data.flow_fields.edit(0).functions.push_back(flow);
+  data.flow_fields.edit(1).functions.push_back(flow);
+  system_data_type system;
+  system.description = "Salt";
+  loads_data_type load;
+  load.segment = 1;
+  load.points = {{{year_2000 + 99, 0}, 1}};
+  system.loads.push_back(load);
+  load.segment = 500;
+  load.points = {{{year_2000, 0}, 1}};
+  system.loads.push_back(load);
+  data.systems.push_back(system);
+  time_function_data_type unused;
+  data.time_functions.push_back(unused);
+  EXPECT_EQ(list_findings(data),
+            (std::vector<std::string>{
+                "Parameter Depth, segment 1 (Vesk Segment): The value is outside the catalogue's range, from 1 to 9. 2 "
+                "segments in all.",
+                "Flows, Surface Water Function #1, pair 2: There is no segment 8. 2 pairs in all.",
+                "Flows, Pore Water: This field is not used: its functions and pairs have no effect on a run.",
+                "Print Interval, row 1: The bundled engine refuses an interval of 0 or less. 2 rows in all.",
+                "Load, Segment 2 (Weir), Salt: This series is used, but it begins after the end of the run.",
+                "Load, Segment 501 (), Salt: There is no segment 501.",
+                "Flows, Surface Water Function #1, row 1: Another row has the same date and time. 2 rows in all."}));
 }
 
 TEST(DataSet, TheLimitsAreCheckedInOneOrderAndWhatIsUnusedIsOnlyNoted) {
