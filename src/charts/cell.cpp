@@ -99,10 +99,12 @@ public:
   // A number of one to `most` digits; -1 if there is none.
   int number(std::size_t most, std::size_t* digits = nullptr) {
     std::size_t length = 0;
-    while (length < rest_.size() && rest_[length] >= '0' && rest_[length] <= '9') ++length;
-    if (length == 0 || length > most) return -1;
     int result = 0;
-    std::from_chars(rest_.data(), rest_.data() + length, result);
+    for (; length < rest_.size() && rest_[length] >= '0' && rest_[length] <= '9'; ++length) {
+      if (length == most) return -1;
+      result = result * 10 + (rest_[length] - '0');
+    }
+    if (length == 0) return -1;
     rest_.remove_prefix(length);
     if (digits) *digits = length;
     return result;

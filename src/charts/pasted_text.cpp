@@ -7,7 +7,8 @@ namespace vesk {
 
 namespace {
 
-bool ends_field(std::string_view text, std::size_t i) {
+// Inline, since it is called for each character.
+inline bool ends_field(std::string_view text, std::size_t i) {
   if (i == text.size() || text[i] == '\t' || text[i] == '\n') return true;
   return text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n';
 }
