@@ -108,12 +108,12 @@ public:
 
   void run() {
     const std::string content = read_file(file_);
-    if (form_ == restart_form) check_label(content);
+    const auto label = form_ == restart_form ? checked_label(content) : std::nullopt;
     parse(content);
+    if (form_ == restart_form) check_state(label, content.ends_with('\n'));
     if (form_ == input_form) switch_outputs_off_after_model();
     for (; next_ < statements_.size(); ++next_) {
-      constexpr std::size_t between_questions = 1024;
-      if (next_ % between_questions == 0) host_.stop_if_cancelled();
+      stop_if_cancelled(next_);
       put(statements_[next_]);
     }
   }
@@ -121,6 +121,11 @@ public:
 private:
   [[noreturn]] void fail(std::size_t line, const std::string& cause) const {
     throw InputError(text(file_, ", line ", line, ": ", cause, "."));
+  }
+
+  void stop_if_cancelled(std::size_t statement) const {
+    constexpr std::size_t between_questions = 1024;
+    if (statement % between_questions == 0) host_.stop_if_cancelled();
   }
 
   void parse(std::string_view rest) {
@@ -137,16 +142,16 @@ private:
     if (statements_.empty()) throw InputError(text(file_, ": contains no keyword."));
   }
 
-  // A state of another network is refused. One of another time only gets a warning: users may want to start a run from
-  // a likely state.
-  void check_label(const std::string& content) {
+  // The label, if there is one. A state of another network is refused. One of another time only gets a warning: users
+  // may want to start a run from a likely state.
+  std::optional<RestartLabel> checked_label(const std::string& content) {
     std::optional<RestartLabel> label;
     try {
       label = read_restart_label(content);
     } catch (const InputError& error) {
       fail(1, error.what());
     }
-    if (!label) return;
+    if (!label) return label;
     const auto segments = static_cast<std::size_t>(host_.count("NUMSEG")),
                systems = static_cast<std::size_t>(host_.count("NUMSYS"));
     if (label->segments != segments || label->systems != systems)
@@ -156,6 +161,34 @@ private:
     if (label->moment.days_since(start) != 0)
       host_.warning(text(file_, " holds the state of ", label->moment.iso(' '), ", but the simulation starts at ",
                          start.iso(' '), ". To continue the run that wrote it, set the start to that date and time."));
+    return label;
+  }
+
+  // Before anything is put: half a state would give results that look right. A file without a label, written by hand,
+  // may hold only some of the values.
+  void check_state(const std::optional<RestartLabel>& label, bool last_line_ends) {
+    std::vector<bool> volumes(label ? label->segments : 0);
+    std::vector<bool> concentrations(volumes.size() * (label ? label->systems : 0));
+    for (std::size_t i = 0; i < statements_.size(); ++i) {
+      stop_if_cancelled(i);
+      const Statement& it = statements_[i];
+      const bool is_volume = it.row->name == "VOLUME";
+      for (std::size_t k = 0; k < index_count(*it.row); ++k) check_index(it, k);
+      if (is_volume && !(it.value.reals[0] > 0))
+        fail(it.line, text("expected a volume above 0, found ", it.value.reals[0]));
+      if (!label) continue;
+      const auto first = static_cast<std::size_t>(it.indices[0] - 1), second = static_cast<std::size_t>(it.indices[1]);
+      if (is_volume)
+        volumes[first] = true;
+      else
+        concentrations[first * label->segments + second - 1] = true;
+    }
+    const auto held = std::ranges::count(volumes, true), values = std::ranges::count(concentrations, true);
+    if (std::cmp_less(held, volumes.size()) || std::cmp_less(values, concentrations.size()))
+      throw InputError(text(file_, ": holds ", held, " of ", volumes.size(), " volumes and ", values, " of ",
+                            concentrations.size(), " concentrations, so a part of the file is missing."));
+    if (label && !last_line_ends)
+      fail(statements_.back().line, "the line does not end, so its last digits may be missing");
   }
 
   // The model comes first, since choosing it empties the data set. A new data set has all outputs on; the file lists
@@ -260,7 +293,12 @@ private:
 } // namespace
 
 void import_script(Host& host, const std::string& file, Form form) {
-  Importer(host, file, form).run();
+  try {
+    Importer(host, file, form).run();
+  } catch (const InputError& error) {
+    if (form != restart_form) throw;
+    throw InputError(text(error.what(), " Nothing was loaded."));
+  }
   if (form == network_form) host.put("FINDBOUND");
 }
 

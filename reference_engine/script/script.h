@@ -18,7 +18,8 @@ struct Limits {
 };
 
 // Puts a file's values into the data set. Throws InputError with file, line and cause. Nothing is put before the whole
-// file has been read and every line is well-formed; an error in a later check leaves the data set partly filled.
+// file has been read and every line is well-formed; an error in a later check leaves the data set partly filled,
+// except by a restart file, whose values are all checked first.
 void import_script(Host& host, const std::string& file, Form form);
 
 // Writes the data set to a file, and lists in info lines what the form can't contain.

@@ -258,6 +258,30 @@ TEST_F(RunTest, RestartFileIsOfTheSameModelAndTime) {
               HasSubstr("line 1: \"2008-02-30 18:00:00 of 2 segments, 3 systems\" does not give"));
 }
 
+TEST_F(RunTest, DamagedRestartFileLoadsNothing) {
+  EXPECT_EQ(after("ICRD 1"), "");
+  const std::string whole = content("river.rst");
+  const auto refusal = [&](const std::string& file) {
+    std::ofstream(folder / "river.rst") << file;
+    host.load("VOLUME 1 7\nVOLUME 2 7\nINITC 1 1 7");
+    load_restart();
+    EXPECT_EQ(host.return_code, 3);
+    for (const char* key : {"VOLUME 1", "VOLUME 2", "INITC 1 1"}) EXPECT_EQ(host.number(key), 7) << file;
+    return host.failures.back().substr((folder / "river.rst").string().size());
+  };
+  const std::size_t second = whole.find("VOLUME 2");
+  EXPECT_EQ(refusal(whole.substr(0, second)),
+            ": holds 1 of 2 volumes and 0 of 6 concentrations, so a part of the file is missing. Nothing was loaded.");
+  EXPECT_EQ(refusal(whole.substr(0, second) + whole.substr(whole.find("INITC")) + "VOLUME 1 5\n"),
+            ": holds 1 of 2 volumes and 6 of 6 concentrations, so a part of the file is missing. Nothing was loaded.");
+  EXPECT_EQ(refusal(whole.substr(0, whole.size() - 1)),
+            ", line 9: the line does not end, so its last digits may be missing. Nothing was loaded.");
+  for (const char* last : {"VOLUME 2 -5", "VOLUME 2 0"})
+    EXPECT_THAT(refusal("VOLUME 1 5\n" + std::string(last)),
+                HasSubstr("expected a volume above 0, found ")); // no label
+  EXPECT_EQ(refusal(whole + "INITC 1 3 5\n"), ", line 10: there is no segment 3: NUMSEG says 2. Nothing was loaded.");
+}
+
 // The engine asks before each of the 200 steps.
 TEST_F(RunTest, CancelEndsWithinOneStepAndKeepsWhatWasComputedBesideTheResults) {
   EXPECT_EQ(after("JMAS 1"), "");
