@@ -2,8 +2,10 @@
 #include "console/session.h"
 #include "console/supervised_run.h"
 #include "engine/engine_watch.h"
+#include "platform/file_io.h"
 #include "platform/program_start.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <exception>
 #include <functional>
@@ -12,6 +14,7 @@
 #include <sys/prctl.h>
 #include <sysexits.h>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -38,10 +41,13 @@ bool stop_with_parent() {
   return getppid() == parent;
 }
 
-// The numbers of rows as they are asked for: standard input may be written while rows run.
-std::function<std::optional<std::size_t>()> next_row_of(const std::string& rows) {
-  if (rows == "-") return [] { return read_row_number(std::cin); };
-  return [numbers = parse_row_numbers(rows), next = std::size_t{0}]() mutable -> std::optional<std::size_t> {
+// The numbers of rows as they are asked for: standard input may be written while rows run. All others are checked
+// before anything is begun, since each row gets a folder.
+std::function<std::optional<std::size_t>()> next_row_of(const console_options& options) {
+  if (*options.rows == "-") return [] { return read_row_number(std::cin); };
+  std::vector<std::size_t> rows = parse_row_numbers(*options.rows);
+  run_table(read_csv_table(*options.set_from)).require(std::ranges::max(rows), "--rows asks for " + *options.rows);
+  return [numbers = std::move(rows), next = std::size_t{0}]() mutable -> std::optional<std::size_t> {
     if (next == numbers.size()) return {};
     return numbers[next++];
   };
@@ -54,6 +60,7 @@ void choose_row(console_options& options, run_record& head) {
   head.row = static_cast<std::int64_t>(rows.front());
   if (!options.output_dir) return;
   const run_table table(read_csv_table(*options.set_from));
+  table.require(rows.front(), "--row asks for " + *options.row);
   options.output_dir = (std::filesystem::path(*options.output_dir) / table.folder(rows.front())).native();
 }
 
@@ -82,7 +89,7 @@ int main(int argc, char** argv) {
   run_record head = record_of_this_program("vesk-run", VESK_VERSION, {argv, argv + argc});
   head.started = utc_now();
   try {
-    if (options.rows) return session(options, ui, head).run_rows(next_row_of(*options.rows));
+    if (options.rows) return session(options, ui, head).run_rows(next_row_of(options));
     if (options.row) choose_row(options, head);
     if (!options.reports()) return work(options, ui, head, {});
     return run_supervised(options, ui, head,
@@ -90,6 +97,9 @@ int main(int argc, char** argv) {
   } catch (const value_error& error) { // a wrong row; nothing was begun
     ui.say_failure(error.what());
     return options.reports() ? EX_USAGE : exit_usage;
+  } catch (const file_exception& error) { // the table cannot be read
+    ui.say_failure(error.what());
+    return options.reports() ? EX_NOINPUT : exit_failure;
   } catch (const std::exception& error) { // no process or no memory for it
     ui.say_failure(error.what());
     return EX_TEMPFAIL;

@@ -221,8 +221,9 @@ private:
       options_.time_limit_text = argument_of(name, value);
       options_.time_limit = parse_seconds(options_.time_limit_text);
     } else if (name == "--rows") {
-      options_.rows = text_of(name, value);
-      if (options_.rows != "-") check_value(name, *options_.rows);
+      options_.rows = text_of(name, value); // "-": standard input
+    } else if (name == "--row") {
+      options_.row = text_of(name, value); // a hyphen before it is not the beginning of a file's name
     } else if (name == "--log") {
       options_.log = true;
       options_.log_directory = value;

@@ -61,7 +61,8 @@ private:
   step fail(const std::string& text, failure_kind kind); // notes and reports it
   step list_paths();
   bool prepare_rows();
-  int run_row(std::size_t row);
+  bool row_is_in_table(std::size_t row); // reports if not
+  int run_row(std::size_t row, const std::filesystem::path& folder);
   int work_on_row(const record_taker& take_record);
   int end(step result);
   int status_of(step result) const;

@@ -32,18 +32,19 @@ bool session::prepare_rows() {
 }
 
 int session::run_rows(const std::function<std::optional<std::size_t>()>& next_row) {
-  bool ready = false;
+  bool ready = false, any = false;
   int first = 0;
   try {
     ready = prepare_rows();
     if (!ready) return end(step::failed);
     const std::string folder = *options_.output_dir;
     while (const auto row = next_row()) {
-      options_.output_dir = (std::filesystem::path(folder) / table_->folder(*row)).native();
-      const int status = run_row(*row);
+      any = true;
+      const int status = row_is_in_table(*row) ? run_row(*row, folder) : vesk::status_of(failure_kind::usage);
       if (first == 0) first = status;
       if (supervision_was_interrupted()) break;
     }
+    if (!any) ui_.say("Standard input gave no numbers of rows, so nothing was run.");
     return first;
   } catch (const std::exception& error) {
     ui_.set_row("");
@@ -53,7 +54,20 @@ int session::run_rows(const std::function<std::optional<std::size_t>()>& next_ro
   }
 }
 
-int session::run_row(std::size_t row) {
+// Only numbers from standard input may be wrong: others have been checked.
+bool session::row_is_in_table(std::size_t row) {
+  try {
+    table_->require(row, "standard input asks for " + std::to_string(row));
+    return true;
+  } catch (const value_error& error) {
+    ui_.set_row("");
+    ui_.say_failure(error.what());
+    return false;
+  }
+}
+
+int session::run_row(std::size_t row, const std::filesystem::path& folder) {
+  options_.output_dir = (folder / table_->folder(row)).native();
   form_.record_head.row = static_cast<std::int64_t>(row);
   form_.record_head.started = utc_now();
   row_ = row;

@@ -1,5 +1,6 @@
 #include "runs/csv_table.h"
 
+#include "platform/counted.h"
 #include "platform/file_io.h"
 #include "runs/value_path.h"
 
@@ -31,8 +32,9 @@ public:
     return true;
   }
 
-  [[noreturn]] void fail(const std::string& cause) const {
-    throw value_error(file_ + ", line " + std::to_string(line_) + ": " + cause);
+  [[noreturn]] void fail(const std::string& cause) const { fail_in(line_, cause); }
+  [[noreturn]] void fail_in(std::size_t line, const std::string& cause) const {
+    throw value_error(file_ + ", line " + std::to_string(line) + ": " + cause);
   }
 
 private:
@@ -82,7 +84,43 @@ private:
   std::size_t line_ = 0, next_line_ = 1;
 };
 
+// A name in braces that was split at its comma, such as "{a, b}"; empty: none.
+std::string split_name(const std::vector<std::string>& fields) {
+  for (std::size_t i = 0; i < fields.size(); ++i) {
+    const std::size_t brace = fields[i].rfind('{');
+    if (brace == std::string::npos || fields[i].find('}', brace) != std::string::npos) continue;
+    std::string name = fields[i].substr(brace);
+    for (std::size_t k = i + 1; k < fields.size(); ++k) {
+      const std::size_t end = fields[k].find_first_of("{}");
+      name += ", " + fields[k].substr(0, end == std::string::npos ? end : end + 1);
+      if (end == std::string::npos) continue;
+      if (fields[k][end] == '}') return name;
+      break;
+    }
+  }
+  return {};
+}
+
+void require_whole_names(const csv_reader& lines, const std::vector<std::string>& fields) {
+  if (const std::string name = split_name(fields); !name.empty())
+    lines.fail("the comma in " + name + " separates columns: put quotation marks around the whole path.");
+}
+
+void require_fields(const csv_reader& lines, const csv_table& table, const std::vector<std::string>& fields) {
+  if (fields.size() == table.header.size()) return;
+  require_whole_names(lines, fields);
+  if (const std::string fault = separator_fault(table); !fault.empty()) lines.fail_in(1, fault);
+  lines.fail("expected " + counted(table.header.size(), "field") + ", found " + std::to_string(fields.size()) + ".");
+}
+
 } // namespace
+
+std::string separator_fault(const csv_table& table) {
+  const std::size_t separator = table.header.size() == 1 ? table.header[0].find_first_of(";\t") : std::string::npos;
+  if (separator == std::string::npos) return {};
+  return std::string("expected commas between the columns, found ") +
+         (table.header[0][separator] == ';' ? "semicolons" : "tabs") + ". Numbers have a decimal point, as in 0.1.";
+}
 
 std::size_t csv_table::column(std::string_view name) const {
   return static_cast<std::size_t>(std::ranges::find(header, name) - header.begin());
@@ -98,12 +136,11 @@ csv_table read_csv_table(const std::filesystem::path& file) {
   csv_reader lines(rest, table.file);
   if (!lines.next(table.header))
     throw value_error(table.file + " is empty; expected a line with the names of columns.");
+  require_whole_names(lines, table.header);
   for (std::size_t i = 0; i < table.header.size(); ++i)
     if (table.column(table.header[i]) < i) lines.fail("the column " + table.header[i] + " occurs more than once.");
   for (std::vector<std::string> fields; lines.next(fields); table.rows.push_back(fields))
-    if (fields.size() != table.header.size())
-      lines.fail("expected " + std::to_string(table.header.size()) + " fields, found " + std::to_string(fields.size()) +
-                 ".");
+    require_fields(lines, table, fields);
   return table;
 }
 

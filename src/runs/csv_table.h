@@ -22,6 +22,9 @@ struct csv_table {
 // lines are ignored. Throws value_error, which names the line, and file_exception.
 csv_table read_csv_table(const std::filesystem::path& file);
 
+// Why a header of one column seems to have been written with semicolons or tabs; empty if it does not.
+std::string separator_fault(const csv_table& table);
+
 // The field, quoted if necessary.
 std::string csv_field(const std::string& text);
 

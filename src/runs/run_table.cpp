@@ -18,10 +18,11 @@ std::string path_of(const std::string& column, const csv_table* parameters) {
   return column;
 }
 
-std::size_t number_of(std::string_view text) {
+// `text`: what the user gave, of which `digits` is a part.
+std::size_t number_of(std::string_view digits, std::string_view text) {
   std::size_t number = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  if (error != std::errc() || end != text.data() + text.size())
+  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+  if (error != std::errc() || end != digits.data() + digits.size())
     throw value_error("Expected the numbers of rows, as in 0-24, found \"" + std::string(text) + "\".");
   return number;
 }
@@ -57,11 +58,8 @@ run_table::run_table(csv_table table, const csv_table* parameters, const prevesk
 }
 
 std::string run_table::cause_in_column(std::size_t column, std::string_view cause) const {
+  if (const std::string fault = separator_fault(table_); !fault.empty()) return ", line 1: " + fault;
   const std::string& name = table_.header[column];
-  const std::size_t separator = name.find_first_of(";\t");
-  if (table_.header.size() == 1 && separator != name.npos)
-    return std::string(", line 1: expected commas between the columns, found ") +
-           (name[separator] == ';' ? "semicolons." : "tabs.");
   if (cause.starts_with(name + ": ")) cause.remove_prefix(name.size() + 2); // it is named once
   return ", column " + name + ": " + std::string(cause);
 }
@@ -77,14 +75,15 @@ std::string run_table::folder(std::size_t row) const {
 }
 
 std::vector<value_assignment> run_table::assignments(const prevesk_dataset_data_type& data, std::size_t row) const {
-  require(row);
+  require(row, "there is no row " + std::to_string(row));
   std::vector<value_assignment> result;
   for (std::size_t i = 0; i < paths_.size(); ++i) {
     if (i == folder_column_) continue;
     try {
       result.push_back(parse_assignment(data, paths_[i], table_.rows[row][i]));
     } catch (const value_error& error) {
-      throw value_error(table_.file + ", row " + std::to_string(row) + ": " + error.what());
+      const std::string id = folder_column_ < table_.header.size() ? " (" + folder(row) + ")" : "";
+      throw value_error(table_.file + ", row " + std::to_string(row) + id + ": " + error.what());
     }
   }
   return result;
@@ -102,10 +101,14 @@ std::vector<series_ref> run_table::series_from_files(const prevesk_dataset_data_
   return result;
 }
 
-void run_table::require(std::size_t row) const {
+void run_table::require(std::size_t row, std::string_view wanted) const {
   if (row < size()) return;
-  throw value_error(table_.file + " has no row " + std::to_string(row) + "; it has " + std::to_string(size()) +
-                    ", counted from 0.");
+  const std::string last = std::to_string(size() - 1);
+  const std::string numbers =
+      size() == 0   ? " has no rows"
+      : size() == 1 ? " has 1 row, 0"
+                    : " has " + std::to_string(size()) + " rows, 0 " + (size() == 2 ? "and " : "to ") + last;
+  throw value_error(table_.file + numbers + "; " + std::string(wanted) + ".");
 }
 
 std::vector<std::size_t> parse_row_numbers(const std::string& text) {
@@ -115,10 +118,11 @@ std::vector<std::size_t> parse_row_numbers(const std::string& text) {
     const std::size_t end = std::min(text.find(',', begin), text.size());
     const std::string_view range = std::string_view(text).substr(begin, end - begin);
     const std::size_t hyphen = range.find('-');
-    const std::size_t first = number_of(range.substr(0, hyphen));
-    const std::size_t last = hyphen == range.npos ? first : number_of(range.substr(hyphen + 1));
-    if (last < first || last - first >= most - rows.size())
-      throw value_error("Expected the numbers of rows, as in 0-24, found \"" + text + "\".");
+    const std::size_t first = number_of(range.substr(0, hyphen), text);
+    const std::size_t last = hyphen == range.npos ? first : number_of(range.substr(hyphen + 1), text);
+    if (last < first) throw value_error("Rows " + std::string(range) + ": the first one is greater than the last.");
+    if (last - first >= most - rows.size())
+      throw value_error("Rows " + text + ": more than " + std::to_string(most) + " in one call.");
     for (std::size_t row = first; row <= last; ++row) rows.push_back(row);
     begin = end + 1;
   }
@@ -128,7 +132,7 @@ std::vector<std::size_t> parse_row_numbers(const std::string& text) {
 std::optional<std::size_t> read_row_number(std::istream& numbers) {
   std::string word;
   if (!(numbers >> word)) return {};
-  return number_of(word);
+  return number_of(word, word);
 }
 
 } // namespace vesk

@@ -37,8 +37,8 @@ public:
   // The series that columns set from files.
   std::vector<series_ref> series_from_files(const prevesk_dataset_data_type& data) const;
 
-  // Throws value_error if the row does not exist.
-  void require(std::size_t row) const;
+  // Throws value_error if the row does not exist. `wanted`: the end of its sentence, such as "--row asks for 7".
+  void require(std::size_t row, std::string_view wanted) const;
 
 private:
   std::string cause_in_column(std::size_t column, std::string_view cause) const;

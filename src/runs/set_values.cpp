@@ -34,8 +34,8 @@ std::optional<double> date_and_time(std::string_view text) {
 }
 
 [[noreturn]] void refuse(const value_assignment& it, const std::string& expected) {
-  throw value_error(it.ref.path + ": expected " + expected + ", found \"" + std::string(text_of(it.how)) + it.text +
-                    "\".");
+  throw value_error(it.ref.path + ": expected " + expected + ", found " +
+                    (it.text.empty() ? "nothing" : "\"" + it.text + "\"") + ".");
 }
 
 void parse_value(value_assignment& it) {
@@ -47,13 +47,16 @@ void parse_value(value_assignment& it) {
     break;
   case path_kind::date: {
     const auto date = date_and_time(it.text);
-    if (it.how != assignment_operator::set || !date) refuse(it, "= and a date such as 2011-10-01 or 2011-10-01T06:30");
+    if (it.how != assignment_operator::set)
+      throw value_error(it.ref.path + ": a date is set by =, not by " + std::string(text_of(it.how)) + ".");
+    if (!date) refuse(it, "a date such as 2011-10-01 or 2011-10-01T06:30");
     it.number = *date;
     break;
   }
   case path_kind::series:
-    if (it.how == assignment_operator::set ? it.text.empty() || number : !number)
-      refuse(it, "*= or += and a finite number, or = and a file of dates and values");
+    if (it.how == assignment_operator::set && (it.text.empty() || number))
+      refuse(it, "a file of dates and values (a number needs *= or +=)");
+    if (it.how != assignment_operator::set && !number) refuse(it, "a finite number");
     it.number = number.value_or(0);
     break;
   }

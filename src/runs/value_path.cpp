@@ -68,11 +68,34 @@ std::string filled_pattern(const value_row& row, const std::vector<std::string_v
   return joined(filled);
 }
 
-[[noreturn]] void refuse_unknown(std::string_view path, const std::vector<std::string_view>& tokens) {
+bool exists(const data_set& data, std::string_view path) {
+  try {
+    find_value(data, path);
+    return true;
+  } catch (const value_error&) { // no such item
+    return false;
+  }
+}
+
+// "constant, parameter, segment and start"
+std::string first_words() {
+  std::vector<std::string_view> words;
+  for (const value_row& row : value_rows())
+    if (const auto word = split(row.pattern).front(); std::ranges::count(words, word) == 0) words.push_back(word);
+  std::string text;
+  for (std::size_t i = 0; i < words.size(); ++i)
+    text.append(i == 0 ? "" : i + 1 == words.size() ? " or " : ", ").append(words[i]);
+  return text;
+}
+
+[[noreturn]] void refuse_unknown(const data_set& data, std::string_view path,
+                                 const std::vector<std::string_view>& tokens) {
   std::vector<std::string> candidates;
   for (const value_row& row : value_rows()) candidates.push_back(filled_pattern(row, tokens));
   const std::vector<std::string_view> views(candidates.begin(), candidates.end());
-  throw value_error("Unknown path " + std::string(path) + "; the nearest is " + std::string(nearest_name(path, views)) +
+  const std::string hint = exists(data, nearest_name(path, views)) ? nearest_hint(path, views) : std::string();
+  throw value_error("Unknown path " + std::string(path) +
+                    (hint.empty() ? "; paths begin with " + first_words() + ", and --list-paths lists them" : hint) +
                     ".");
 }
 
@@ -179,7 +202,7 @@ value_ref find_value(const data_set& data, std::string_view path) {
   const auto tokens = split(path);
   const auto rows = value_rows();
   const auto row = std::ranges::find_if(rows, [&](const value_row& it) { return matches(it, tokens); });
-  if (row == rows.end()) refuse_unknown(path, tokens);
+  if (row == rows.end()) refuse_unknown(data, path, tokens);
   value_ref ref{.row = &*row};
   std::vector<std::string> numbered(tokens.begin(), tokens.end());
   std::size_t depth = 0;

@@ -208,7 +208,7 @@ TEST_F(Report, RowsRunOneByOneAndAllOfThem) {
   EXPECT_EQ(result.out, "run\nrun\n");
   EXPECT_EQ(result.status, 64);
   EXPECT_EQ(record("out/bad/river.run.json")["cause"]["text"],
-            folder.file("rows.csv") + ", row 1: segment.0.volume: expected a finite number, found \"=x\".");
+            folder.file("rows.csv") + ", row 1 (bad): segment.0.volume: expected a finite number, found \"x\".");
   const json low = record("out/low/river.run.json"), high = record("out/high/river.run.json");
   EXPECT_EQ(low["row"], 0);
   EXPECT_EQ(high["values"].size(), 3U);
@@ -221,8 +221,12 @@ TEST_F(Report, RowsRunOneByOneAndAllOfThem) {
   EXPECT_EQ(one["data_set"], high["data_set"]);
   EXPECT_EQ(one["row"], 2);
 
-  EXPECT_EQ(run(with({"--row=3"})).err,
-            "vesk-run: " + folder.file("rows.csv") + " has no row 3; it has 3, counted from 0.\n");
+  const std::string rows = "vesk-run: " + folder.file("rows.csv") + " has 3 rows, 0 to 2; ";
+  EXPECT_EQ(run(with({"--row=3"})).err, rows + "--row asks for 3.\n");
+  const program_result beyond = run(with({"--rows=0-9"})); // nothing is run
+  EXPECT_EQ(beyond.err + beyond.out, rows + "--rows asks for 0-9.\n");
+  EXPECT_EQ(beyond.status, 64);
+  for (const char* missing : {"out/3", "out/9"}) EXPECT_FALSE(std::filesystem::exists(folder.path / missing));
   EXPECT_EQ(run(with({"--rows=0", "--save", folder.file("x.vki")})).status, 64);
 }
 

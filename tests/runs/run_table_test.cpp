@@ -57,21 +57,29 @@ TEST_F(RunTable, WhatIsWrongIsNamed) {
     return failure_of([&] { run_table(table(text), nullptr, data).assignments(data, 0); });
   };
   EXPECT_EQ(failure(""), " is empty; expected a line with the names of columns.");
-  EXPECT_EQ(failure("max_dt\n"), " has no row 0; it has 0, counted from 0.");
+  EXPECT_EQ(failure("max_dt\n"), " has no rows; there is no row 0.");
   EXPECT_EQ(failure(std::string("m\0a\0", 4)), " has null characters, as in UTF-16; save it as CSV in UTF-8.");
   EXPECT_EQ(failure("max_dt,min_dt\n1\n"), ", line 2: expected 2 fields, found 1.");
+  EXPECT_EQ(failure("max_dt\n1,2\n"), ", line 2: expected 1 field, found 2.");
+  EXPECT_EQ(failure("id;max_dt\na;0,1\n"), ", line 1: expected commas between the columns, found semicolons. Numbers "
+                                           "have a decimal point, as in 0.1.");
+  EXPECT_EQ(
+      failure("id,constant.{CBOD rate, a, 1/day}*=\na,1\n"),
+      ", line 1: the comma in {CBOD rate, a, 1/day} separates columns: put quotation marks around the whole path.");
   EXPECT_EQ(failure("max_dt\n\"1\n"), ", line 2: a quotation mark is not closed.");
   EXPECT_EQ(failure("max_dt\n1\"\n"), ", line 2: a quotation mark inside a field that is not quoted.");
   EXPECT_EQ(failure("max_dt,max_dt\n1,1\n"), ", line 1: the column max_dt occurs more than once.");
   EXPECT_EQ(failure("max_dt,max_dt*=\n1,1\n"), ", column max_dt*=: max_dt is set by more than one column.");
   EXPECT_EQ(failure("maxdt\n1\n"), ", column maxdt: Unknown path maxdt; the nearest is max_dt.");
-  EXPECT_EQ(failure("id;max_dt\na;1\n"), ", line 1: expected commas between the columns, found semicolons.");
+  EXPECT_EQ(failure("id;max_dt\na;1\n"), ", line 1: expected commas between the columns, found semicolons. Numbers "
+                                         "have a decimal point, as in 0.1.");
   EXPECT_EQ(failure("segment.9.volume\n1\n"),
             ", column segment.9.volume: there is no segment 9; the nearest is 2 (Reach 3).");
   const std::string long_value = failure("max_dt\n" + std::string(1 << 20, 'x') + "\n");
   EXPECT_LT(long_value.size(), 4000U);
   EXPECT_TRUE(long_value.ends_with("xxx\"."));
-  EXPECT_EQ(failure("max_dt\ninf\n"), ", row 0: max_dt: expected a finite number, found \"=inf\".");
+  EXPECT_EQ(failure("max_dt\ninf\n"), ", row 0: max_dt: expected a finite number, found \"inf\".");
+  EXPECT_EQ(failure("id,max_dt\na,\n"), ", row 0 (a): max_dt: expected a finite number, found nothing.");
   EXPECT_EQ(failure("id,max_dt\n../a,1\n"),
             ", row 0: \"../a\" cannot name a folder; use letters, digits, points, hyphens and underscores.");
   EXPECT_EQ(failure("row,max_dt\na,1\na,2\n"), ": two rows have the row a.");
@@ -89,6 +97,8 @@ TEST_F(RunTable, RowNumbers) {
   EXPECT_EQ(parse_row_numbers("0,4,7-9"), (numbers{0, 4, 7, 8, 9}));
   for (const char* wrong : {"", "a", "3-", "-3", "5-4", "1,", "0-99999999999", "0-5000000,0-5000000"})
     EXPECT_THROW(parse_row_numbers(wrong), value_error) << wrong;
+  EXPECT_EQ(failure_of([] { parse_row_numbers("1,5-0"); }), "Rows 5-0: the first one is greater than the last.");
+  EXPECT_EQ(failure_of([] { parse_row_numbers("-1"); }), "Expected the numbers of rows, as in 0-24, found \"-1\".");
 }
 
 TEST_F(RunTable, TheListOfParametersIsATableOfThem) {

@@ -93,6 +93,10 @@ TEST(SetValues, SeriesAreScaledMovedOrReadFromAFile) {
 
 TEST(SetValues, AreRefusedInOneSentence) {
   EXPECT_EQ(failure_of("constnt.31=1"), "Unknown path constnt.31; the nearest is constant.31.");
+  EXPECT_EQ(failure_of("konstant.99=1"), // constant.99 does not exist either
+            "Unknown path konstant.99; paths begin with constant, parameter, segment, system, time_function, flow, "
+            "exchange, print_intervals, time_steps, start, end, max_dt, min_dt, fraction_of_max_time_step, "
+            "volume_scale_factor or volume_conversion_factor, and --list-paths lists them.");
   EXPECT_EQ(failure_of("segment.1.system.20.initail=1"),
             "Unknown path segment.1.system.20.initail; the nearest is segment.1.system.20.initial.");
   EXPECT_EQ(failure_of("constant.33=1"),
@@ -110,13 +114,14 @@ TEST(SetValues, AreRefusedInOneSentence) {
   EXPECT_EQ(failure_of("constant.31"), "\"constant.31\": expected PATH=VALUE, PATH*=VALUE or PATH+=VALUE.");
   EXPECT_EQ(failure_of("constant 31=1"),
             "\"constant 31=\": expected a path and =, *= or +=, found \" 31=\" after constant.");
-  EXPECT_EQ(failure_of("constant.31=nan"), "constant.31: expected a finite number, found \"=nan\".");
-  EXPECT_EQ(failure_of("constant.31*=1,5"), "constant.31: expected a finite number, found \"*=1,5\".");
+  EXPECT_EQ(failure_of("constant.31=nan"), "constant.31: expected a finite number, found \"nan\".");
+  EXPECT_EQ(failure_of("constant.31*=1,5"), "constant.31: expected a finite number, found \"1,5\".");
   EXPECT_EQ(failure_of("segment.0.volume*=1e308"), "segment.0.volume: the result is not a finite number.");
   EXPECT_EQ(failure_of("start=31/12/2000"),
-            "start: expected = and a date such as 2011-10-01 or 2011-10-01T06:30, found \"=31/12/2000\".");
-  EXPECT_EQ(failure_of("time_function.1=5"), "time_function.1: expected *= or += and a finite number, or = and a file "
-                                             "of dates and values, found \"=5\".");
+            "start: expected a date such as 2011-10-01 or 2011-10-01T06:30, found \"31/12/2000\".");
+  EXPECT_EQ(failure_of("start+=1"), "start: a date is set by =, not by +=.");
+  EXPECT_EQ(failure_of("time_function.1=5"),
+            "time_function.1: expected a file of dates and values (a number needs *= or +=), found \"5\".");
   EXPECT_EQ(failure_of("constant.31=100"),
             "constant.31 (Temperature coefficient): The value is outside the catalogue's range, from -1 to 99. Use "
             "--beyond-limits to set it all the same.");
