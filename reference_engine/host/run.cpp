@@ -52,6 +52,9 @@ public:
   void go() {
     host_.info(text("Running ", library_, " with ", state_.volume.size(), " segments from ", input_.start.iso(' '),
                     " over ", input_.days, " days by ", technique_name(input_.technique), "."));
+    if (input_.outputs.empty())
+      host_.info(text("No output is on for ", input_.base.filename().string(),
+                      ".nc, so the results window has nothing to show: check Output in Data > Output control."));
     if (input_.debug > 0) report_network();
     warn_of_exceedances();
     try {

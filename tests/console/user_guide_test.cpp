@@ -42,6 +42,8 @@ TEST(UserGuide, TheModelThatIsBuiltFromTextRuns) {
     EXPECT_EQ(result.status, 0) << result.err;
   };
   run({"-IMPORT", folder.file("chain.inp"), "--save", folder.file("chain.vki"), "-RUN"});
+  const program_result shown = run_program(VESK_RESULTS, {"list", folder.file("chain.nc")});
+  EXPECT_NE(shown.out.find("tracer"), std::string::npos) << shown.out << shown.err;
   const std::string table = folder.read("chain_tracer.csv");
   EXPECT_TRUE(table.ends_with("\n2024-07-01T00:00:00,5,6,6\n")) << table; // inflow 5, 172.8 kg in 172,800 m3 a day
 

@@ -114,7 +114,9 @@ void content::find_segments() {
     most = is_segment ? static_cast<int>(variables_.size()) + 1 : count;
     segment_dimension_ = dimension;
   }
-  if (most == 0) refuse("has no variable over time and segments");
+  if (most == 0)
+    refuse("has no variable over time and segments. If it comes from a run of this program, no output is on for the "
+           "results file: check Output in Data > Output control, and run again");
   std::size_t size = 0;
   check(nc_inq_dimlen(file_, segment_dimension_, &size));
   segments_ = size;
