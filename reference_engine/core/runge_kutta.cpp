@@ -294,7 +294,7 @@ bool RungeKutta::advance_class(const Equations& equations, std::size_t which, co
     for (std::size_t r = 0; r < rows_.size(); ++r) {
       double& value = rows_[r].next[gaining[k] - begin];
       value += per_gram * gain_[stage][its_class.systems()[r]][k];
-      beyond = beyond || !(value <= rows_[r].most);
+      beyond = beyond || !(value >= 0 && value <= rows_[r].most);
     }
   }
   if (!last || !beyond) return false;
