@@ -87,7 +87,7 @@ template <bool reacts>
   return reacts ? advance_all<true>(count, shares, rows) : advance_all<false>(count, shares, rows);
 }
 
-template <std::size_t rows, bool is_last, bool reacts, bool moves>
+template <std::size_t rows, StageResult to, bool reacts, bool moves>
 [[gnu::always_inline]] inline bool stage_rows(std::size_t count, const StageShares& given, const StageRow* in) {
   constexpr double third = 1.0 / 3;
   const StageShares shares = given;
@@ -105,7 +105,7 @@ template <std::size_t rows, bool is_last, bool reacts, bool moves>
       if constexpr (reacts && !moves) change += shares.days * vector(row[r].rate + k);
       Vector base = vector(row[r].earlier[0] + k);
       if constexpr (moves) base *= vector(shares.ratios[0] + k);
-      if constexpr (is_last) {
+      if constexpr (to == StageResult::sum) {
         Vector one = vector(row[r].earlier[1] + k), two = vector(row[r].earlier[2] + k);
         if constexpr (moves) one *= vector(shares.ratios[1] + k);
         if constexpr (moves) two *= vector(shares.ratios[2] + k);
@@ -113,7 +113,7 @@ template <std::size_t rows, bool is_last, bool reacts, bool moves>
       }
       const Vector result = base + shares.reach * change;
       *reinterpret_cast<Vector*>(row[r].next + k) = result;
-      if constexpr (is_last) inside &= (result >= 0) & (result <= row[r].most);
+      if constexpr (to != StageResult::stage) inside &= (result >= 0) & (result <= row[r].most);
     }
   }
   bool all_inside = (inside[0] & inside[1] & inside[2] & inside[3]) != 0;
@@ -126,44 +126,45 @@ template <std::size_t rows, bool is_last, bool reacts, bool moves>
         return moves ? row[r].earlier[stage][i] * shares.ratios[stage][i] : row[r].earlier[stage][i];
       };
       double base = earlier(0);
-      if constexpr (is_last) base = third * ((*now - base) + (earlier(1) + (earlier(2) + earlier(2))));
+      if constexpr (to == StageResult::sum) base = third * ((*now - base) + (earlier(1) + (earlier(2) + earlier(2))));
       const double result = base + shares.reach * change;
       row[r].next[i] = result;
-      if constexpr (is_last) all_inside = all_inside && result >= 0 && result <= row[r].most;
+      if constexpr (to != StageResult::stage) all_inside = all_inside && result >= 0 && result <= row[r].most;
     }
   }
   return !all_inside;
 }
 
-template <bool is_last, bool reacts, bool moves>
+template <StageResult to, bool reacts, bool moves>
 [[gnu::always_inline]] inline bool stage_all(std::size_t count, const StageShares& shares,
                                              std::span<const StageRow> rows) {
-  constexpr std::size_t most = is_last ? 2 : most_rows; // each earlier one takes an address
+  constexpr std::size_t most = to == StageResult::sum ? 2 : most_rows; // each earlier one takes an address
   bool any_outside = false;
   while (!rows.empty()) {
     const std::size_t together = rows.size() == most_rows + 1 ? 2 : std::min(rows.size(), most);
-    const bool outside = together == 3   ? stage_rows<3, is_last, reacts, moves>(count, shares, rows.data())
-                         : together == 2 ? stage_rows<2, is_last, reacts, moves>(count, shares, rows.data())
-                                         : stage_rows<1, is_last, reacts, moves>(count, shares, rows.data());
+    const bool outside = together == 3   ? stage_rows<3, to, reacts, moves>(count, shares, rows.data())
+                         : together == 2 ? stage_rows<2, to, reacts, moves>(count, shares, rows.data())
+                                         : stage_rows<1, to, reacts, moves>(count, shares, rows.data());
     any_outside = any_outside || outside;
     rows = rows.subspan(together);
   }
   return any_outside;
 }
 
-template <bool is_last>
-[[gnu::always_inline]] inline bool stage_at(std::size_t count, const StageShares& shares,
+template <StageResult to>
+[[gnu::always_inline]] inline bool stage_to(std::size_t count, const StageShares& shares,
                                             std::span<const StageRow> rows, bool reacts, bool moves) {
-  if (reacts && moves) return stage_all<is_last, true, true>(count, shares, rows);
-  if (reacts) return stage_all<is_last, true, false>(count, shares, rows);
-  if (moves) return stage_all<is_last, false, true>(count, shares, rows);
-  return stage_all<is_last, false, false>(count, shares, rows);
+  if (reacts && moves) return stage_all<to, true, true>(count, shares, rows);
+  if (reacts) return stage_all<to, true, false>(count, shares, rows);
+  if (moves) return stage_all<to, false, true>(count, shares, rows);
+  return stage_all<to, false, false>(count, shares, rows);
 }
 
 [[gnu::always_inline]] inline bool any_stage(std::size_t count, const StageShares& shares,
-                                             std::span<const StageRow> rows, bool is_last, bool reacts, bool moves) {
-  return is_last ? stage_at<true>(count, shares, rows, reacts, moves)
-                 : stage_at<false>(count, shares, rows, reacts, moves);
+                                             std::span<const StageRow> rows, StageResult to, bool reacts, bool moves) {
+  if (to == StageResult::stage) return stage_to<StageResult::stage>(count, shares, rows, reacts, moves);
+  if (to == StageResult::end) return stage_to<StageResult::end>(count, shares, rows, reacts, moves);
+  return stage_to<StageResult::sum>(count, shares, rows, reacts, moves);
 }
 
 [[gnu::always_inline]] inline void set_all_loop(std::size_t count, double value, double* out) {
@@ -357,9 +358,9 @@ template <class Own>
 bool advance(std::size_t count, const AdvanceShares& shares, std::span<AdvanceRow> rows, bool reacts) {
   return Dispatch<&advance_rows_of_any_number>::best(count, shares, rows, reacts);
 }
-bool advance_stage(std::size_t count, const StageShares& shares, std::span<const StageRow> rows, bool is_last,
+bool advance_stage(std::size_t count, const StageShares& shares, std::span<const StageRow> rows, StageResult result,
                    bool reacts, bool volumes_change) {
-  return Dispatch<&any_stage>::best(count, shares, rows, is_last, reacts, volumes_change);
+  return Dispatch<&any_stage>::best(count, shares, rows, result, reacts, volumes_change);
 }
 void set_all(std::size_t count, double value, double* out) {
   Dispatch<&set_all_loop>::best(count, value, out);

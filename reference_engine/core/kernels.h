@@ -50,12 +50,15 @@ struct StageRow {
   double most;                          // limit of the results
 };
 
+// What a stage leads to: the next one, the end of the step, or a sum of all stages that is the end of the step.
+enum class StageResult { stage, end, sum };
+
 // For each row, with change = lower now[-1] - out now + upper now[+1] + per_rate rate and earlier masses by the ratios:
-//     next = earlier[0] + reach change, and after the last stage
+//     next = earlier[0] + reach change, and with a sum
 //     next = (now - earlier[0] + earlier[1] + 2 earlier[2]) / 3 + reach change
-// After the last stage true when a result is below 0, above its limit or not a number. Every processor gives the same
+// At the end of the step true when a result is below 0, above its limit or not a number. Every processor gives the same
 // digits, however rows are grouped.
-bool advance_stage(std::size_t count, const StageShares& shares, std::span<const StageRow> rows, bool is_last,
+bool advance_stage(std::size_t count, const StageShares& shares, std::span<const StageRow> rows, StageResult result,
                    bool reacts, bool volumes_change);
 
 // Loops over consecutive links and segments. Arrays of one call do not overlap, unless it says so.

@@ -7,17 +7,27 @@ namespace reference_engine {
 
 namespace {
 
-constexpr std::size_t block = 256; // segments of a tile, or of a stretch in a tile of all
+constexpr std::size_t block = 128; // segments of a tile, or of a stretch in a tile of all
 
-// Kutta's tableau (Hairer, Norsett, Wanner, Solving Ordinary Differential Equations I, 1993, table 1.2): the moment of
-// each stage and its weight in the result, as shares of the step.
-constexpr std::array<double, 4> moments = {0, 0.5, 0.5, 1}, weights = {1.0 / 6, 1.0 / 3, 1.0 / 3, 1.0 / 6};
-// How far a stage's rates carry: to the next stage, or with their weight to the result.
-constexpr std::array<double, 4> reach = {0.5, 0.5, 1, 1.0 / 6};
-// Which of three moments a stage has.
+// Which of three moments a stage of the classic method has.
 constexpr std::array<std::size_t, 4> moment_of = {0, 1, 1, 2};
 
 } // namespace
+
+// Kutta's tableau (Hairer, Norsett, Wanner, Solving Ordinary Differential Equations I, 1993, table 1.2).
+constexpr RungeKutta::Tableau RungeKutta::classic = {.moments = {0, 0.5, 0.5, 1},
+                                                     .weights = {1.0 / 6, 1.0 / 3, 1.0 / 3, 1.0 / 6},
+                                                     .reach = {0.5, 0.5, 1, 1.0 / 6},
+                                                     .array = {0, 1, 2, 3},
+                                                     .is_linear = false};
+// Where y' = A y + b(t) with a constant A and b linear in time, the classic result for a step of h is that of these
+// four stages, but for rounding: y + h A (y + h A / 2 (y + h A / 3 (y + h A / 4 y))), and b at the moments below
+// (Jameson, Schmidt, Turkel, AIAA paper 81-1259, 1981). No stage but the last is needed for it.
+constexpr RungeKutta::Tableau RungeKutta::linear = {.moments = {0, 1.0 / 4, 1.0 / 3, 1.0 / 2},
+                                                    .weights = {0, 0, 0, 1},
+                                                    .reach = {1.0 / 4, 1.0 / 3, 1.0 / 2, 1},
+                                                    .array = {0, 1, 2, 1},
+                                                    .is_linear = true};
 
 StepLimit RungeKutta::limit(Equations& equations, const State& state, double days, double enough) {
   equations.move_to(state.day + days);
@@ -46,6 +56,7 @@ void RungeKutta::step(Equations& equations, State& state, double days, Balances&
   const Balances before = balances;
   volumes_change_ = exceeds_ = false;
   is_steady_ = in_tiles && (flows_vary_ ? equations.line_is_steady() : equations.is_steady());
+  tableau_ = is_steady_ && !flows_vary_ && !equations.kinetics().reacts() ? linear : classic;
   const bool stays_above_0 =
       in_tiles ? step_in_tiles(equations, state, days, balances) : step_in_stages(equations, state, days, balances);
   if (!stays_above_0 && !problem.negative_allowed) {
@@ -70,9 +81,7 @@ void RungeKutta::allocate(const Equations& equations, std::size_t stage_size) {
     for (auto& gain : gain_) gain.assign(systems, std::vector<double>(equations.gaining().size()));
     constexpr std::size_t longest = block + 2 * stages; // stretch
     for (Stretch& it : networks_) it.classes.resize(equations.classes().size());
-    shares_.classes.resize(equations.classes().size());
-    for (Shares::OfClass& it : shares_.classes)
-      for (auto* values : {&it.out, &it.lower, &it.upper}) values->resize(longest);
+    shares_.resize(equations.classes().size(), longest);
     for (auto* values :
          {&shares_.per_volume, &shares_.per_rate, &shares_.ratios[0], &shares_.ratios[1], &shares_.ratios[2]})
       values->resize(longest);
@@ -86,13 +95,20 @@ void RungeKutta::allocate(const Equations& equations, std::size_t stage_size) {
   for (auto& volume : volume_) volume.resize(stage_size - 2);
 }
 
+void RungeKutta::Shares::resize(std::size_t class_count, std::size_t size) {
+  classes.resize(class_count);
+  for (OfClass& it : classes)
+    for (auto* values : {&it.out, &it.lower, &it.upper}) values->resize(size);
+}
+
 bool RungeKutta::step_in_tiles(Equations& equations, const State& state, double days, Balances& balances) {
   for (std::size_t k = 0; k < stages; ++k) {
-    equations.move_to(state.day + moments[k] * days);
+    equations.move_to(state.day + tableau_.moments[k] * days);
     take_sources(equations, k, days, balances);
     if (flows_vary_) equations.keep(moments_[moment_of[k]]);
   }
   const std::size_t count = state.volume.size();
+  if (tableau_.is_linear) find_all_shares(equations, state, days);
   bool stays_above_0 = true;
   for (std::size_t begin = 0; begin < count; begin += block) {
     const std::size_t end = std::min(begin + block, count);
@@ -100,7 +116,8 @@ bool RungeKutta::step_in_tiles(Equations& equations, const State& state, double 
                     .end = end,
                     .first = begin > stages ? begin - stages : 0,
                     .last = std::min(end + stages, count)};
-    const bool fine = step_tile(equations, tile, state, days, balances);
+    const bool fine = tableau_.is_linear ? step_linear_tile(equations, tile, state, days, balances)
+                                         : step_tile(equations, tile, state, days, balances);
     stays_above_0 = stays_above_0 && fine;
   }
   return stays_above_0;
@@ -109,9 +126,7 @@ bool RungeKutta::step_in_tiles(Equations& equations, const State& state, double 
 bool RungeKutta::step_tile(Equations& equations, const Tile& tile, const State& state, double days,
                            Balances& balances) {
   const auto network_of = [&](std::size_t stage) { return flows_vary_ ? moment_of[stage] : 0; };
-  const auto below = [&](std::size_t margin) { return tile.begin > margin ? tile.begin - margin : 0; };
-  const auto above = [&](std::size_t margin) { return std::min(tile.end + margin, state.volume.size()); };
-  const std::size_t begin = below(stages - 1), end = above(stages - 1);
+  const auto [begin, end] = tile.with_margin(stages - 1, state.volume.size());
   bool moves = false;
   for (std::size_t m = 0; m < (flows_vary_ ? moments_.size() : 1); ++m) {
     if (flows_vary_) equations.exchange(moments_[m]);
@@ -122,7 +137,7 @@ bool RungeKutta::step_tile(Equations& equations, const Tile& tile, const State& 
   if (moves) {
     std::copy_n(&state.volume[tile.first], tile.last - tile.first, volume_[0].begin());
     for (std::size_t k = 0; k + 1 < stages; ++k)
-      change_volumes(equations.problem(), state, reach[k] * days, networks_[network_of(k)].water, begin,
+      change_volumes(equations.problem(), state, tableau_.reach[k] * days, networks_[network_of(k)].water, begin,
                      &volume_[k + 1][begin - tile.first]);
     keep_new_volumes(tile, state);
   }
@@ -132,13 +147,25 @@ bool RungeKutta::step_tile(Equations& equations, const Tile& tile, const State& 
   const bool exchanges = flows_vary_ && next_linked != linked.end() && *next_linked < end; // else all is in the layers
   bool stays_above_0 = true;
   for (std::size_t k = 0; k < stages; ++k) {
-    const std::size_t margin = stages - 1 - k, network = network_of(k);
-    const Part part{k, tile, below(margin), above(margin), moves, days};
+    const std::size_t network = network_of(k);
+    const auto [from, to] = tile.with_margin(stages - 1 - k, state.volume.size());
     if (exchanges) equations.exchange(moments_[network]);
     if (k == 0 || moves || network != network_of(k - 1))
-      find_shares(equations, {k, tile, begin, end, moves, days}, networks_[network], state);
-    const bool fine = advance_part(equations, part, state, balances);
+      find_shares(equations, {k, tile, begin, end, moves, days, shares_}, networks_[network], state);
+    const bool fine = advance_part(equations, {k, tile, from, to, moves, days, shares_}, state, balances);
     if (exchanges) equations.exchange(moments_[network]);
+    stays_above_0 = stays_above_0 && fine;
+  }
+  return stays_above_0;
+}
+
+bool RungeKutta::step_linear_tile(Equations& equations, const Tile& tile, const State& state, double days,
+                                  Balances& balances) {
+  fill_first_stage(equations, tile, state);
+  bool stays_above_0 = true;
+  for (std::size_t k = 0; k < stages; ++k) {
+    const auto [from, to] = tile.with_margin(stages - 1 - k, state.volume.size());
+    const bool fine = advance_part(equations, {k, tile, from, to, false, days, all_shares_}, state, balances);
     stays_above_0 = stays_above_0 && fine;
   }
   return stays_above_0;
@@ -152,7 +179,7 @@ bool RungeKutta::step_in_stages(Equations& equations, const State& state, double
   part_moves_.assign(count / block + 1, false);
   bool stays_above_0 = true;
   for (std::size_t k = 0; k < stages; ++k) {
-    equations.move_to(state.day + moments[k] * days);
+    equations.move_to(state.day + tableau_.moments[k] * days);
     equations.set_volumes(volume_[k]);
     take_sources(equations, k, days, balances);
     for (const TransportClass& it : equations.classes())
@@ -163,10 +190,11 @@ bool RungeKutta::step_in_stages(Equations& equations, const State& state, double
       Stretch& network = networks_[0];
       take_network(equations, begin, end, network);
       if (k + 1 < stages && !network.water.steady) {
-        change_volumes(equations.problem(), state, reach[k] * days, network.water, begin, &volume_[k + 1][begin]);
+        change_volumes(equations.problem(), state, tableau_.reach[k] * days, network.water, begin,
+                       &volume_[k + 1][begin]);
         part_moves_[begin / block] = true;
       }
-      const Part part{k, all, begin, end, part_moves_[begin / block], days};
+      const Part part{k, all, begin, end, part_moves_[begin / block], days, shares_};
       find_shares(equations, part, network, state);
       const bool fine = advance_part(equations, part, state, balances);
       stays_above_0 = stays_above_0 && fine;
@@ -197,10 +225,12 @@ void RungeKutta::take_sources(const Equations& equations, std::size_t stage, dou
   for (const TransportClass& it : equations.classes()) {
     for (const std::size_t system : it.systems()) {
       std::ranges::fill(gain_[stage][system], 0.0);
-      balances.systems[system].moved.add(equations.add_sources(system, gain_[stage][system]), weights[stage] * days);
+      balances.systems[system].moved.add(equations.add_sources(system, gain_[stage][system]),
+                                         tableau_.weights[stage] * days);
     }
   }
-  balances.water.add(equations.network().water_in(), equations.network().water_released(), weights[stage] * days);
+  balances.water.add(equations.network().water_in(), equations.network().water_released(),
+                     tableau_.weights[stage] * days);
 }
 
 void RungeKutta::take_network(const Equations& equations, std::size_t begin, std::size_t end, Stretch& into) const {
@@ -226,15 +256,35 @@ void RungeKutta::find_shares(const Equations& equations, const Part& part, const
   }
   shares_.next_per_volume = per_volume;
   shares_.begin = part.begin;
-  for (std::size_t c = 0; c < shares_.classes.size(); ++c) {
-    Shares::OfClass& it = shares_.classes[c];
+  find_class_shares(equations, part.begin, part.end, part.days, per_volume, network, shares_, 0);
+}
+
+void RungeKutta::find_class_shares(const Equations& equations, std::size_t begin, std::size_t end, double days,
+                                   const double* per_volume, const Stretch& network, Shares& into,
+                                   std::size_t at) const {
+  for (std::size_t c = 0; c < into.classes.size(); ++c) {
+    Shares::OfClass& it = into.classes[c];
     const Coefficients& its = network.classes[c];
-    set_left_shares(count, part.days, per_volume, its.up.data(), its.down.data(),
-                    {it.out.data(), it.lower.data(), it.upper.data()});
-    equations.classes()[c].visit_leaving(
-        equations.network(), part.begin, part.end, [&](std::size_t segment, double amount) {
-          it.out[segment - part.begin] += part.days * per_volume[segment - part.begin] * amount;
-        });
+    set_left_shares(end - begin, days, per_volume, its.up.data(), its.down.data(),
+                    {&it.out[at], &it.lower[at], &it.upper[at]});
+    equations.classes()[c].visit_leaving(equations.network(), begin, end, [&](std::size_t segment, double amount) {
+      it.out[at + segment - begin] += days * per_volume[segment - begin] * amount;
+    });
+  }
+}
+
+void RungeKutta::find_all_shares(const Equations& equations, const State& state, double days) {
+  all_shares_.next_per_volume = state.per_volume.data();
+  if (version_ == equations.version() && volume_version_ == state.volume_version && days_ == days) return;
+  version_ = equations.version();
+  volume_version_ = state.volume_version;
+  days_ = days;
+  const std::size_t count = state.volume.size();
+  all_shares_.resize(equations.classes().size(), count);
+  for (std::size_t begin = 0; begin < count; begin += block) {
+    const std::size_t end = std::min(begin + block, count);
+    take_network(equations, begin, end, networks_[0]);
+    find_class_shares(equations, begin, end, days, &state.per_volume[begin], networks_[0], all_shares_, begin);
   }
 }
 
@@ -247,7 +297,7 @@ bool RungeKutta::advance_part(Equations& equations, const Part& part, const Stat
   }
   if (reacts) equations.kinetics().rates(part.begin, part.end, now_rows_.data(), rate_rows_.data());
   bool below_0 = false;
-  for (std::size_t c = 0; c < shares_.classes.size(); ++c)
+  for (std::size_t c = 0; c < part.shares.classes.size(); ++c)
     below_0 = advance_class(equations, c, part, state) || below_0;
   add_to_balances(equations, part, state, balances);
   return !below_0;
@@ -257,13 +307,13 @@ bool RungeKutta::advance_part(Equations& equations, const Part& part, const Stat
 const double* RungeKutta::stage_values(std::size_t stage, std::size_t system, const Tile& tile,
                                        const State& state) const {
   if (stage == 0 && tile.first > 0 && tile.last < state.volume.size()) return &state.of(system)[tile.first - 1];
-  return &stage_[stage][system * stage_size_];
+  return &stage_[tableau_.array[stage]][system * stage_size_];
 }
 
 bool RungeKutta::advance_class(const Equations& equations, std::size_t which, const Part& part, const State& state) {
   const TransportClass& its_class = equations.classes()[which];
   const std::size_t stage = part.stage, begin = part.begin, end = part.end;
-  const std::size_t at = part.tile.at(begin), model_size = next_volume_.size(), offset = begin - shares_.begin;
+  const std::size_t at = part.tile.at(begin), model_size = next_volume_.size(), offset = begin - part.shares.begin;
   const bool last = stage + 1 == stages;
   const auto next_of = [&](std::size_t system) {
     return last ? &next_[system * model_size + begin] : values(stage + 1, system) + at;
@@ -277,20 +327,25 @@ bool RungeKutta::advance_class(const Equations& equations, std::size_t which, co
          .rate = rate_rows_[system],
          .next = next_of(system),
          .most = limits(problem, system).most});
-  const Shares::OfClass& it = shares_.classes[which];
-  const auto from = [offset](const std::vector<double>& values) { return values.data() + offset; };
-  const StageShares shares{.out = from(it.out),
-                           .lower = from(it.lower),
-                           .upper = from(it.upper),
-                           .ratios = {from(shares_.ratios[0]), from(shares_.ratios[1]), from(shares_.ratios[2])},
-                           .per_rate = from(shares_.per_rate),
-                           .days = part.days,
-                           .reach = reach[stage]};
-  bool beyond = advance_stage(end - begin, shares, rows_, last, equations.kinetics().reacts(), part.volumes_change);
+  const Shares::OfClass& it = part.shares.classes[which];
+  const auto from = [offset](const std::vector<double>& values) {
+    return values.empty() ? nullptr : values.data() + offset;
+  };
+  const StageShares shares{
+      .out = from(it.out),
+      .lower = from(it.lower),
+      .upper = from(it.upper),
+      .ratios = {from(part.shares.ratios[0]), from(part.shares.ratios[1]), from(part.shares.ratios[2])},
+      .per_rate = from(part.shares.per_rate),
+      .days = part.days,
+      .reach = tableau_.reach[stage]};
+  const StageResult result = !last ? StageResult::stage : tableau_.is_linear ? StageResult::end : StageResult::sum;
+  bool beyond = advance_stage(end - begin, shares, rows_, result, equations.kinetics().reacts(), part.volumes_change);
   const auto gaining = equations.gaining();
   for (auto k = static_cast<std::size_t>(std::ranges::lower_bound(gaining, begin) - gaining.begin());
        k < gaining.size() && gaining[k] < end; ++k) {
-    const double per_gram = reach[stage] * part.days * shares_.next_per_volume[gaining[k] - shares_.begin];
+    const double per_gram =
+        tableau_.reach[stage] * part.days * part.shares.next_per_volume[gaining[k] - part.shares.begin];
     for (std::size_t r = 0; r < rows_.size(); ++r) {
       double& value = rows_[r].next[gaining[k] - begin];
       value += per_gram * gain_[stage][its_class.systems()[r]][k];
@@ -306,9 +361,10 @@ bool RungeKutta::advance_class(const Equations& equations, std::size_t which, co
 
 // What the segments that the tile finishes lost and reacted by this stage.
 void RungeKutta::add_to_balances(const Equations& equations, const Part& part, const State& state, Balances& balances) {
+  if (tableau_.weights[part.stage] == 0) return;
   const Tile& tile = part.tile;
   const std::size_t from = std::max(part.begin, tile.begin), to = std::min(part.end, tile.end);
-  const double days = weights[part.stage] * part.days;
+  const double days = tableau_.weights[part.stage] * part.days;
   const double* const volume = part.volumes_change ? &volume_[part.stage][from - tile.first] : &state.volume[from];
   for (const TransportClass& it : equations.classes()) {
     for (const std::size_t system : it.systems()) {

@@ -130,7 +130,7 @@ TEST(Transport, TechniquesAgreeOnAnyNumbering) {
 
 // A chain that is longer than what is worked out at once, with loads at the seams. Euler against a plain loop;
 // Runge-Kutta, with steady and with changing flows, against the same chain with a far exchange of nothing, which it
-// does not divide into tiles.
+// does not divide into tiles; without reactions also by another form of the method, here with sources that change.
 TEST(Transport, LongChainsHaveNoSeams) {
   constexpr std::size_t n = 1100;
   constexpr double flow = 3, mixing = 0.4, days = 0.05;
@@ -161,13 +161,18 @@ TEST(Transport, LongChainsHaveNoSeams) {
   model.problem.balance_system = decaying;
   const Model in_tiles = model;
   model.exchange(0, static_cast<int>(n) - 1, 0);
-  enum Flows { steady, changing, filling, all_kinds };
-  for (int kind = steady; kind < all_kinds; ++kind) {
+  enum Kind { without_reactions, steady, changing, filling, all_kinds };
+  for (int kind = without_reactions; kind < all_kinds; ++kind) {
     std::vector<State> ends;
     std::vector<MassBalance> balances;
     for (Model it : {in_tiles, model}) {
+      if (kind == without_reactions) it.problem.constants.clear();
       ends.push_back(it.run(runge_kutta, {0, 1, 2}, 40, [&](double day) {
-        if (kind == steady) return;
+        if (kind == without_reactions) {
+          it.boundary(conservative, 0) = static_cast<float>(4 + day);
+          it.forcing.loads[256 * 3 + conservative] = static_cast<float>(0.003 - 0.001 * day);
+        }
+        if (kind <= steady) return;
         for (float& value : it.forcing.flows) value = static_cast<float>(1 + 0.2 * day);
         it.forcing.exchanges[3 * fields_per_function] = static_cast<float>(2 - day);
         if (kind == filling) it.forcing.flows[700 * fields_per_function] = static_cast<float>(1 + 0.1 * day);
