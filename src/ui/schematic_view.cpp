@@ -1,8 +1,9 @@
 #include "ui/schematic_view.h"
 
 #include "network/segment_text.h"
-#include "ui/appearance.h"
 #include "ui/measures.h"
+#include "ui/schematic_legend.h"
+#include "ui/schematic_signs.h"
 #include "ui/texts.h"
 #include "ui/value_colours.h"
 
@@ -26,31 +27,8 @@ namespace {
 
 constexpr double smallest_scale = 0.02, greatest_scale = 8;
 constexpr double scale_for_text = 0.5, scale_for_marks = 0.2; // below these scales they would be dots
-constexpr double arrow_length = 9, arrow_width = 4;
 constexpr int click_reach = 3; // greatest movement, in pixels, that still counts as a click
-
-// Distinguished by dashes as well as by colour.
-struct line_style {
-  QColor light, dark;
-  Qt::PenStyle style;
-  double width;
-};
-const line_style looks[] = {
-    {QColor(0x1F, 0x4E, 0x9E), QColor(0x8A, 0xB4, 0xF0), Qt::SolidLine, 1.6},   // flow
-    {QColor(0x8A, 0x5A, 0x10), QColor(0xD8, 0xB0, 0x60), Qt::DashDotLine, 1.2}, // solids
-    {QColor(0x20, 0x7A, 0x3C), QColor(0x80, 0xD0, 0x98), Qt::DashLine, 1.2},    // exchange
-    {QColor(0x80, 0x80, 0x80), QColor(0xA0, 0xA0, 0xA0), Qt::DotLine, 1},       // bottom
-};
-const line_style load_look = {QColor(0xB0, 0x30, 0x20), QColor(0xF0, 0x90, 0x80), Qt::SolidLine, 1};
 constexpr int way_width = 4;
-
-QColor colour_of(const line_style& look, const QPalette& palette) {
-  return is_dark(palette) ? look.dark : look.light;
-}
-
-const line_style& look_of(schematic_line::kind what) {
-  return looks[static_cast<std::size_t>(what)];
-}
 
 QPointF point(const schematic_point& of) {
   return {of.x, of.y};
@@ -58,35 +36,6 @@ QPointF point(const schematic_point& of) {
 
 QRectF rectangle_of(const schematic_box& box) {
   return {box.middle.x - box_width / 2, box.middle.y - box_height / 2, box_width, box_height};
-}
-
-void draw_arrow_head(QPainter& painter, QPointF tip, QPointF from, const QColor& colour) {
-  const QPointF along = tip - from;
-  const double length = std::hypot(along.x(), along.y());
-  if (length < 1e-6) return;
-  const QPointF unit = along / length, aside(-unit.y(), unit.x());
-  const QPointF base = tip - unit * arrow_length;
-  painter.setPen(Qt::NoPen);
-  painter.setBrush(colour);
-  painter.drawPolygon(QPolygonF({tip, base + aside * arrow_width, base - aside * arrow_width}));
-}
-
-// A triangle on the upper edge, with its tip in the box.
-void draw_load(QPainter& painter, QPointF tip, const QColor& colour) {
-  painter.setPen(Qt::NoPen);
-  painter.setBrush(colour);
-  painter.drawPolygon(QPolygonF({tip, tip + QPointF(-5, -9), tip + QPointF(5, -9)}));
-}
-
-void draw_short_arrow(QPainter& painter, QPointF from, QPointF to, const QColor& colour, bool both = false) {
-  painter.setPen(QPen(colour, 1.6));
-  painter.drawLine(from, to);
-  draw_arrow_head(painter, to, from, colour);
-  if (both) draw_arrow_head(painter, from, to, colour);
-}
-
-QString number_text(double value) {
-  return QString::number(value, 'g', 4);
 }
 
 QString ending_of(const QString& file_name) {
@@ -152,7 +101,7 @@ void schematic_view::set_way(std::vector<segment_number> segments) {
 // The visible part.
 
 QRectF schematic_view::picture_area() const {
-  return QRectF(rect()).adjusted(0, 0, 0, -lay_out_legend().height);
+  return QRectF(rect()).adjusted(0, 0, 0, -schematic_legend(shown_.get(), colouring_, *this).height());
 }
 
 void schematic_view::fit() {
@@ -346,7 +295,7 @@ void schematic_view::paint_all(QPainter& painter) {
   painter.scale(scale_, scale_);
   paint_picture(painter);
   painter.restore();
-  paint_legend(painter, lay_out_legend(), area.bottomLeft());
+  schematic_legend(shown_.get(), colouring_, *this).paint(painter, area.bottomLeft());
 }
 
 void schematic_view::paint_picture(QPainter& painter) {
@@ -373,13 +322,14 @@ void schematic_view::paint_picture(QPainter& painter) {
 }
 
 void schematic_view::paint_line(QPainter& painter, const schematic_line& line, bool on_way) {
-  const line_style& look = look_of(line.what);
-  const QColor colour = colour_of(look, palette());
+  QPen pen = line_pen(line.what, palette());
+  const QColor colour = pen.color();
+  if (on_way) pen.setWidthF(way_width);
   QPainterPath path(point(line.curve.front()));
   for (std::size_t i = 1; i + 2 < line.curve.size(); i += 3)
     path.cubicTo(point(line.curve[i]), point(line.curve[i + 1]), point(line.curve[i + 2]));
   painter.setBrush(Qt::NoBrush);
-  painter.setPen(QPen(colour, on_way ? way_width : look.width, look.style));
+  painter.setPen(pen);
   painter.drawPath(path);
   if (scale_ < scale_for_marks || line.what == schematic_line::kind::bottom) return;
   const auto& curve = line.curve;
@@ -423,124 +373,14 @@ void schematic_view::paint_box(QPainter& painter, const schematic_box& box, bool
 void schematic_view::paint_marks(QPainter& painter, const schematic_box& box) {
   const network_segment& it = shown_->network.segments[box.segment];
   const QRectF place = rectangle_of(box);
-  const QColor flow = colour_of(look_of(schematic_line::kind::flow), palette());
-  const QColor exchange = colour_of(look_of(schematic_line::kind::exchange), palette());
+  const QColor flow = line_pen(schematic_line::kind::flow, palette()).color();
+  const QColor exchange = line_pen(schematic_line::kind::exchange, palette()).color();
   const QPointF left(place.left() + 14, place.top()), right(place.right() - 14, place.top());
   if (it.flows_in) draw_short_arrow(painter, left + QPointF(0, -20), left, flow);
   if (it.flows_out) draw_short_arrow(painter, right, right + QPointF(0, -20), flow);
   if (it.exchanges_outside)
     draw_short_arrow(painter, right + QPointF(-18, 0), right + QPointF(-18, -20), exchange, true);
-  if (it.loads > 0) draw_load(painter, {place.left() + 34, place.top() + 1}, colour_of(load_look, palette()));
-}
-
-std::vector<schematic_view::legend_entry> schematic_view::legend_entries() const {
-  std::vector<legend_entry> entries;
-  if (!shown_) return entries;
-  const double line_width = scaled(34, *this);
-  const auto has_line = [&](schematic_line::kind what) {
-    return std::ranges::find(shown_->picture.lines, what, &schematic_line::what) != shown_->picture.lines.end();
-  };
-  const char* const names[] = {"flow", "solids", "exchange", "above its bottom"};
-  for (int kind = 0; kind < 4; ++kind) {
-    const auto what = static_cast<schematic_line::kind>(kind);
-    if (!has_line(what)) continue;
-    entries.push_back({names[kind], line_width, [this, what, line_width](QPainter& painter, QPointF from) {
-                         const QColor colour = colour_of(look_of(what), palette());
-                         const QPointF to = from + QPointF(line_width, 0);
-                         painter.setPen(QPen(colour, look_of(what).width, look_of(what).style));
-                         painter.drawLine(from, to);
-                         if (what != schematic_line::kind::bottom) draw_arrow_head(painter, to, from, colour);
-                         if (what == schematic_line::kind::exchange) draw_arrow_head(painter, from, to, colour);
-                       }});
-  }
-  const auto any = [&](auto property) { return std::ranges::any_of(shown_->network.segments, property); };
-  if (any([](const auto& one) { return one.flows_in || one.flows_out || one.exchanges_outside; }))
-    entries.push_back({"boundary", 8, [this](QPainter& painter, QPointF left) {
-                         const QPointF middle = left + QPointF(4, 0), half(0, fontMetrics().height() * 0.5);
-                         draw_short_arrow(painter, middle - half, middle + half,
-                                          colour_of(look_of(schematic_line::kind::flow), palette()));
-                       }});
-  if (any([](const auto& one) { return one.loads > 0; }))
-    entries.push_back({"load", 10, [this](QPainter& painter, QPointF left) {
-                         draw_load(painter, left + QPointF(5, 5), colour_of(load_look, palette()));
-                       }});
-  return entries;
-}
-
-schematic_view::legend_layout schematic_view::lay_out_legend() const {
-  const double gap = scaled(8, *this), line_height = fontMetrics().height() + scaled(10, *this);
-  legend_layout legend{.entries = legend_entries()};
-  double x = gap, top = 0;
-  const auto make_room = [&](double wanted) {
-    if (x == gap || x + wanted <= width() - gap) return;
-    x = gap;
-    top += line_height;
-  };
-  for (legend_entry& it : legend.entries) {
-    const double wanted = it.sign_width + gap + fontMetrics().horizontalAdvance(it.text);
-    make_room(wanted);
-    it.place = {x, top + line_height / 2};
-    x += wanted + 2 * gap;
-  }
-  if (colouring_) {
-    make_room(scale_width());
-    legend.scale = {x, top, width() - gap - x, line_height};
-  }
-  legend.height = top + line_height;
-  return legend;
-}
-
-void schematic_view::paint_legend(QPainter& painter, const legend_layout& legend, QPointF corner) {
-  painter.save();
-  painter.setFont(font());
-  painter.setPen(palette().mid().color());
-  painter.drawLine(corner, corner + QPointF(width(), 0));
-  const double gap = scaled(8, *this), line_height = painter.fontMetrics().height();
-  for (const legend_entry& it : legend.entries) {
-    const QPointF left = corner + it.place;
-    it.draw_sign(painter, left);
-    painter.setPen(palette().text().color());
-    painter.drawText(QRectF(left.x() + it.sign_width + gap, left.y() - line_height / 2, width(), line_height),
-                     Qt::AlignVCenter | Qt::AlignLeft, it.text);
-  }
-  if (colouring_) paint_scale(painter, legend.scale.translated(corner));
-  painter.restore();
-}
-
-double schematic_view::scale_width() const {
-  const double gap = scaled(6, *this);
-  double width = scaled(150, *this);
-  for (const QString& text : {colouring_->title, number_text(colouring_->least), number_text(colouring_->greatest)})
-    width += fontMetrics().horizontalAdvance(text) + gap;
-  return width;
-}
-
-// From the right: maximum, colours, minimum, title.
-void schematic_view::paint_scale(QPainter& painter, const QRectF& place) {
-  const double gap = scaled(6, *this), bar = scaled(150, *this);
-  const QString least = number_text(colouring_->least), greatest = number_text(colouring_->greatest);
-  double right = place.right();
-  const auto text = [&](const QString& what) {
-    const double width = std::min<double>(painter.fontMetrics().horizontalAdvance(what), right - place.left());
-    if (width <= 0) return;
-    painter.setPen(palette().text().color());
-    painter.drawText(QRectF(right - width - 1, place.top(), width + 1, place.height()),
-                     Qt::AlignVCenter | Qt::AlignRight,
-                     painter.fontMetrics().elidedText(what, Qt::ElideRight, static_cast<int>(width + 1)));
-    right -= width + gap;
-  };
-  text(greatest);
-  const QRectF colours(right - bar, place.top() + place.height() * 0.25, bar, place.height() * 0.5);
-  constexpr int pieces = 60;
-  for (int i = 0; i < pieces; ++i)
-    painter.fillRect(QRectF(colours.left() + bar * i / pieces, colours.top(), bar / pieces + 1, colours.height()),
-                     colour_on_scale((i + 0.5) / pieces));
-  painter.setPen(palette().text().color());
-  painter.setBrush(Qt::NoBrush);
-  painter.drawRect(colours);
-  right = colours.left() - gap;
-  text(least);
-  text(colouring_->title);
+  if (it.loads > 0) draw_load(painter, {place.left() + 34, place.top() + 1}, load_colour(palette()));
 }
 
 // Saving and printing.

@@ -5,7 +5,6 @@
 #include "network/schematic.h"
 
 #include <QWidget>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -82,29 +81,11 @@ private:
   void describe();
   QRectF picture_area() const; // without the strip of the legend
 
-  // A sign of the picture and what it means. In a narrow widget they take several lines.
-  struct legend_entry {
-    QString text;
-    double sign_width;
-    std::function<void(QPainter& painter, QPointF left)> draw_sign;
-    QPointF place = {}; // left, in the middle of its line
-  };
-  struct legend_layout {
-    std::vector<legend_entry> entries;
-    QRectF scale = {}; // of the colours; empty: none
-    double height = 0;
-  };
-  std::vector<legend_entry> legend_entries() const;
-  legend_layout lay_out_legend() const; // from the upper left corner of its strip
-  double scale_width() const;
-
   void paint_all(QPainter& painter);
   void paint_picture(QPainter& painter);
   void paint_line(QPainter& painter, const schematic_line& line, bool on_way);
   void paint_box(QPainter& painter, const schematic_box& box, bool on_way);
   void paint_marks(QPainter& painter, const schematic_box& box);
-  void paint_legend(QPainter& painter, const legend_layout& legend, QPointF corner);
-  void paint_scale(QPainter& painter, const QRectF& place);
 
   std::shared_ptr<const drawn_network> shown_;
   std::optional<colouring> colouring_;
