@@ -63,6 +63,13 @@ void document_control::renew_unsaved_copy() {
 
 void document_control::report_left_work() {
   if (!kept_) return;
+  try {
+    kept_->prepare();
+  } catch (const std::exception& error) {
+    ui_.add_info_line("Unsaved changes cannot be kept: save them before you close the window. " +
+                          std::string(error.what()),
+                      icon_note);
+  }
   for (const kept_file& left : kept_->take_over())
     ui_.add_info_line("Vesk ended with " + in_words(left) + " (" + time_in_words(left.time) +
                           "). File > Unsaved work and earlier versions opens them.",

@@ -93,7 +93,7 @@ void kept_folder::place::remove() const noexcept {
   unlink(note.c_str());
 }
 
-void kept_folder::make_folder() const {
+void kept_folder::prepare() const {
   std::error_code error;
   fs::create_directories(folder_.parent_path(), error);
   if (mkdir(folder_.c_str(), S_IRWXU) != 0 && errno != EEXIST)
@@ -104,11 +104,12 @@ void kept_folder::make_folder() const {
     throw file_open_exception("open", folder_.native(), errno);
   if (status.st_uid != geteuid()) throw file_open_exception("use", folder_.native(), EPERM);
   if ((status.st_mode & 0777) != S_IRWXU) fchmod(folder.get(), S_IRWXU);
+  if (access(folder_.c_str(), W_OK) != 0) throw file_open_exception("write to", folder_.native(), errno);
 }
 
 kept_folder::place kept_folder::new_place(const std::string& original, bool owned) const {
   constexpr int most_tries = 1000;
-  make_folder();
+  prepare();
   const std::string name = stem_of(original) + local_time(std::chrono::system_clock::now(), "-%Y%m%d-%H%M%S");
   for (int number = 1;; ++number) {
     place found;

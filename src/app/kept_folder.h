@@ -32,13 +32,16 @@ public:
 
   kept_folder(std::filesystem::path folder, kept_kind kind) : folder_(std::move(folder)), kind_(kind) {}
 
+  // Creates the folder if needed. Throws file_exception if nothing can be kept there.
+  void prepare() const;
+
   // A name that is not in use, with its note. The file itself is still missing.
   struct place {
     std::filesystem::path file, note;
     file_descriptor lock; // of the note; not open if no program owns the copy
     void remove() const noexcept;
   };
-  // Creates the folder if needed. `owned`: by this program. Throws file_exception.
+  // `owned`: by this program. Throws file_exception.
   place new_place(const std::string& original, bool owned) const;
 
   // From now on no program owns the copy. Throws file_exception.
@@ -56,7 +59,6 @@ public:
   const std::filesystem::path& path() const { return folder_; }
 
 private:
-  void make_folder() const;
   kept_file examine(const std::filesystem::path& file, const std::filesystem::path& note) const;
 
   std::filesystem::path folder_;

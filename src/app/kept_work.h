@@ -57,6 +57,9 @@ public:
   // Writes the copy and keeps it. `for_next_start`: the next program finds it by take_over. Throws file_exception.
   std::filesystem::path keep(const data_set& data, const std::string& original, bool for_next_start);
 
+  // Throws file_exception if no unsaved work can be kept.
+  void prepare() const { unsaved_.prepare(); }
+
   // What ended programs have left. Removes what is beyond the limits.
   std::vector<kept_file> take_over();
 

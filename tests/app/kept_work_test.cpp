@@ -159,6 +159,10 @@ TEST_F(KeptWork, WhatCannotBeKeptHoldsUpNothing) {
   form->new_data_set();
   EXPECT_EQ(ui.lines.size(), 2U);
   EXPECT_TRUE(ui.lines[1].starts_with("1 Unsaved changes to river.vki could not be kept. Cannot ")) << ui.lines[1];
+  form->FormShow({});
+  EXPECT_TRUE(std::ranges::any_of(ui.lines, [](const std::string& line) {
+    return line.starts_with("1 Unsaved changes cannot be kept: save them before you close the window. Cannot ");
+  }));
   EXPECT_TRUE(fs::is_empty(folder.path / "elsewhere"));
   EXPECT_EQ(ui.boxes, lines{});
 }
