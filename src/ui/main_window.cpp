@@ -4,6 +4,7 @@
 #include "platform/file_io.h"
 #include "platform/safe_file.h"
 #include "query/import_query.h"
+#include "ui/copied_cells.h"
 #include "ui/form_windows.h"
 #include "ui/front_page.h"
 #include "ui/guard.h"
@@ -212,7 +213,7 @@ std::string main_window::clipboard_text() {
 }
 
 void main_window::set_clipboard_text(const std::string& text) {
-  QApplication::clipboard()->setText(shown(text));
+  copy_cells(text);
 }
 
 // The window itself.

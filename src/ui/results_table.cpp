@@ -1,11 +1,11 @@
 #include "ui/results_table.h"
 
+#include "ui/copied_cells.h"
 #include "ui/measures.h"
 #include "ui/texts.h"
 
 #include <QAction>
 #include <QApplication>
-#include <QClipboard>
 #include <QHeaderView>
 
 namespace vesk {
@@ -43,7 +43,7 @@ results_table::results_table(QWidget* parent, result_cells::reader read)
     copy->setShortcutContext(Qt::WidgetShortcut);
     connect(copy, &QAction::triggered, this, [this, with_headers] {
       const std::string cells = table().do_copy(with_headers);
-      if (!cells.empty()) QApplication::clipboard()->setText(shown(cells));
+      if (!cells.empty()) copy_cells(cells);
     });
     addAction(copy);
   };

@@ -1,10 +1,12 @@
 #include "charts/fill_calc_table.h"
 
+#include "charts/cells_html.h"
 #include "charts/expression.h"
 #include "charts/pasted_text.h"
 #include "number_grid.h"
 #include "print_table.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <limits>
 
@@ -114,6 +116,11 @@ TEST_F(FillCalcTable, CopiesExactValues) {
   EXPECT_EQ(table.do_copy(true).substr(0, 16), "Date\tTime\tValue\n");
   EXPECT_EQ(table.do_paste(text).refusal, "");
   EXPECT_EQ(content.writes, 0);
+  EXPECT_THAT(html_of_cells(text), testing::HasSubstr("<td sdval=\"40908\" sdnum=\"1033;1033;YYYY-MM-DD\""));
+  EXPECT_THAT(html_of_cells(text),
+              testing::HasSubstr("<td sdval=\"1.005\" sdnum=\"1033;\" x:num=\"1.005\">1.005</td>"));
+  EXPECT_THAT(html_of_cells("\"a\tb\"\t<5&\t2012-13-01\n"),
+              testing::HasSubstr("<tr><td>a\tb</td><td>&lt;5&amp;</td><td>2012-13-01</td></tr>"));
   content.rows[0][3] = std::string("\"5 m\" pond\tof Wörth");
   content.rows[1][3] = std::string("\"quoted\"");
   content.rows[2][3] = std::string(200, 'x'); // more than can be typed
