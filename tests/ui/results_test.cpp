@@ -239,6 +239,18 @@ TEST_F(ResultsWindow, SavesEveryPictureAndSurvivesBadFiles) {
         [&](QWidget* dialog) { return choose_file(dialog, file); });
     EXPECT_GT(fs::file_size(folder.path / (std::string("chart.") + ending)), 1000U) << ending;
   }
+  choose("DO", oak_city);
+  results()->activateWindow();
+  EXPECT_TRUE(wait_for([this] { return results()->isActiveWindow(); }));
+  for (const page each :
+       {time_series, agreement, table, along_the_river, map_of_network}) { // one file: nothing to compare
+    show(each, "");
+    const QString file = QString::fromStdString(folder.file("page.csv"));
+    find<QListView>(results(), "VariableList")->setFocus(); // the keys work outside the page as well
+    with_dialog([this] { QTest::keyClick(results(), Qt::Key_S, Qt::ControlModifier); },
+                [&](QWidget* dialog) { return choose_file(dialog, file); });
+    EXPECT_TRUE(fs::remove(folder.path / "page.csv")) << each;
+  }
   auto* message = find<QLabel>(results(), "MessageLabel");
   folder.write("text.nc", "nothing of the kind");
   program.form().open_file(folder.file("text.nc")); // as on the command line

@@ -13,6 +13,7 @@
 #include "ui/wheel_guard.h"
 #include "ui/wrapping_row.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
@@ -92,6 +93,18 @@ void agreement_page::set_results() {
 
 void agreement_page::set_cursor() {
   chart_->set_cursor(session_.scenarios().empty() ? std::nullopt : std::optional(session_.cursor() - days_to_1970));
+}
+
+chart_stack& agreement_page::chart_in_use() const {
+  return scatter_->isAncestorOf(QApplication::focusWidget()) ? *scatter_ : *chart_;
+}
+
+void agreement_page::print() {
+  chart_in_use().print();
+}
+
+void agreement_page::save() {
+  chart_in_use().save();
 }
 
 QString agreement_page::why_empty() const {

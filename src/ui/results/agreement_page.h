@@ -23,6 +23,8 @@ public:
 
   void set_results() override;
   void set_cursor() override;
+  void print() override;
+  void save() override;
   agreement_list& list() { return list_; }
 
 private:
@@ -31,6 +33,7 @@ private:
   void edit(bool is_new);
   void remove();
   QString why_empty() const;
+  chart_stack& chart_in_use() const; // with the focus, or the first one
 
   results_session& session_;
   user_questions& questions_;

@@ -71,13 +71,9 @@ void chart_stack::make_tools() {
       ->setCheckable(true);
   tools_->addSeparator();
   print_ = tools_->addAction("Print", this, [this] { print_picture(picture()); });
-  print_->setShortcut(QKeySequence::Print);
   print_->setToolTip("Print the charts (Ctrl+P)");
   save_ = tools_->addAction("Save as...", this, [this] { save_picture(picture()); });
-  save_->setShortcut(QKeySequence::Save);
   save_->setToolTip("Save as PNG, SVG, PDF or CSV (Ctrl+S)");
-  for (QAction* action : {print_, save_}) action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
-  for (QAction* action : {print_, save_}) addAction(action);
   for (QAction* action : tools_->actions())
     if (auto* button = qobject_cast<QToolButton*>(tools_->widgetForAction(action))) {
       button->setFocusPolicy(Qt::TabFocus);
@@ -115,6 +111,14 @@ void chart_stack::show_charts(std::vector<std::unique_ptr<TGraphForm>> charts, c
 void chart_stack::set_cursor(std::optional<double> x) {
   rows_.set_cursor(x);
   for (std::size_t row = 0; row < rows_.size(); ++row) charts_[row]->cursor_changed();
+}
+
+void chart_stack::print() {
+  print_->trigger();
+}
+
+void chart_stack::save() {
+  save_->trigger();
 }
 
 void chart_stack::refresh() {

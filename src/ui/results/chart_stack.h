@@ -28,6 +28,9 @@ public:
   void set_cursor(std::optional<double> x);
   chart_rows& rows() { return rows_; }
 
+  void print(); // these do nothing without charts
+  void save();
+
 signals:
   void x_clicked(double x);
 

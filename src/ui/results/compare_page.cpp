@@ -4,7 +4,6 @@
 #include "ui/grid_view.h"
 #include "ui/guard.h"
 #include "ui/measures.h"
-#include "ui/results/chart_stack.h"
 #include "ui/results/table_page.h"
 #include "ui/wrapping_row.h"
 #include "viewer/series_charts.h"

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "charts/fill_calc_table.h"
+#include "ui/results/chart_stack.h"
 #include "ui/results/results_view.h"
 #include "viewer/differences.h"
 
@@ -12,7 +13,6 @@ class QPushButton;
 
 namespace vesk {
 
-class chart_stack;
 class grid_view;
 
 class compare_page final : public results_view {
@@ -22,6 +22,8 @@ public:
 
   void set_results() override;
   void set_cursor() override;
+  void print() override { charts_->print(); }
+  void save() override { charts_->save(); }
 
 private:
   std::filesystem::path previous_run() const; // of the baseline, if it is kept and not open; empty: none

@@ -55,15 +55,9 @@ map_page::map_page(results_session& session, network_watch::data_source data_set
     connect(button, &QPushButton::clicked, this, [command] { attempt(command); });
     return button;
   };
-  const auto picture = [this] {
-    return picture_output{
-        [this](const QString& name) { return view_->save(name); },
-        [this](QPaintDevice& device, const QRect& target) { return view_->paint_on(device, target); }};
-  };
   auto* fit = add("Fit", "Show the whole network (Home)", "MapFitButton", [this] { view_->fit(); });
-  auto* print = add("&Print", "Print the map", "MapPrintButton", [picture] { print_picture(picture()); });
-  auto* save =
-      add("Save as...", "Save as PNG, SVG, PDF or CSV", "MapSaveButton", [picture] { save_picture(picture()); });
+  auto* print = add("&Print", "Print the map (Ctrl+P)", "MapPrintButton", [this] { this->print(); });
+  auto* save = add("Save as...", "Save as PNG, SVG, PDF or CSV (Ctrl+S)", "MapSaveButton", [this] { this->save(); });
   auto* column = new QVBoxLayout(this);
   column->addWidget(in_wrapping_row({label, variable_, fit, print, save}));
   column->addWidget(view_, 1);
@@ -79,6 +73,19 @@ map_page::map_page(results_session& session, network_watch::data_source data_set
     });
   });
   clock->start(look_milliseconds);
+}
+
+picture_output map_page::picture() const {
+  return {[this](const QString& name) { return view_->save(name); },
+          [this](QPaintDevice& device, const QRect& target) { return view_->paint_on(device, target); }};
+}
+
+void map_page::print() {
+  print_picture(picture());
+}
+
+void map_page::save() {
+  save_picture(picture());
 }
 
 void map_page::set_results() {

@@ -9,6 +9,7 @@ class QLabel;
 
 namespace vesk {
 
+struct picture_output;
 class schematic_view;
 class variable_box;
 
@@ -18,9 +19,12 @@ public:
 
   void set_results() override;
   void set_cursor() override;
+  void print() override;
+  void save() override;
 
 private:
   void show_all();
+  picture_output picture() const;
 
   results_session& session_;
   variable_box* variable_;

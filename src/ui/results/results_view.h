@@ -11,6 +11,10 @@ class results_view : public QWidget {
 public:
   virtual void set_results() = 0; // scenarios, their names, the baseline, the choice or loaded values have changed
   virtual void set_cursor() = 0;  // the session's cursor has moved
+
+  // Ctrl+P and Ctrl+S anywhere in the window.
+  virtual void print() {}
+  virtual void save() {}
 };
 
 } // namespace vesk

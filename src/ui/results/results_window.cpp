@@ -97,7 +97,7 @@ results_window::results_window(user_questions& questions, std::function<const pr
                    {},
                    [this] {
                      cursor_->show_cursor();
-                     if (auto* view = static_cast<results_view*>(pages_->currentWidget())) view->set_cursor();
+                     if (pages_->count() > 0) page().set_cursor();
                    }});
   store_.listen([this] { show_page(); });
   session_.OnMessage = [this](const std::string& message) { say(shown(message)); };
@@ -112,6 +112,8 @@ results_window::results_window(user_questions& questions, std::function<const pr
   bind(QKeySequence::Open, [this] { ask_and_open(); });
   bind(Qt::Key_F5, [this] { session_.reload_changed(); });
   bind(QKeySequence::Close, [this] { close(); });
+  bind(QKeySequence::Print, [this] { page().print(); });
+  bind(QKeySequence::Save, [this] { page().save(); });
   auto* watch = new QTimer(this);
   connect(watch, &QTimer::timeout, this, [this] { attempt([this] { look_at_files(); }); });
   watch->start(look_milliseconds);
@@ -202,9 +204,12 @@ void results_window::show_results() {
   look_at_files();
 }
 
+results_view& results_window::page() const {
+  return *static_cast<results_view*>(pages_->currentWidget());
+}
+
 void results_window::show_page() {
-  auto* view = static_cast<results_view*>(pages_->currentWidget());
-  if (view && isVisible()) view->set_results();
+  if (pages_->count() > 0 && isVisible()) page().set_results();
 }
 
 // A replaced file stays readable, so the user chooses when to reload.

@@ -59,6 +59,7 @@ private:
   QWidget* choice_part();
   void show_results();
   void show_choice();
+  results_view& page() const; // that is in front
   void show_page();
   void draw_samples();
   void look_at_files();

@@ -4,7 +4,6 @@
 #include "ui/guard.h"
 #include "ui/measures.h"
 #include "ui/plain_label.h"
-#include "ui/results/chart_stack.h"
 #include "ui/results/segment_box.h"
 #include "ui/results/variable_box.h"
 #include "ui/schematic_view.h"

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "ui/network_watch.h"
+#include "ui/results/chart_stack.h"
 #include "ui/results/results_view.h"
 #include "viewer/profile_store.h"
 #include "viewer/river_course.h"
@@ -14,7 +15,6 @@ class QTreeWidget;
 
 namespace vesk {
 
-class chart_stack;
 class schematic_view;
 class segment_box;
 class variable_box;
@@ -25,6 +25,8 @@ public:
 
   void set_results() override;
   void set_cursor() override;
+  void print() override { charts_->print(); }
+  void save() override { charts_->save(); }
 
 private:
   QWidget* make_choices();

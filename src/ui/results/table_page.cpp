@@ -2,6 +2,7 @@
 
 #include "charts/csv_text.h"
 #include "platform/safe_file.h"
+#include "ui/copied_cells.h"
 #include "ui/grid_view.h"
 #include "ui/guard.h"
 #include "ui/plain_label.h"
@@ -10,8 +11,6 @@
 #include "ui/wheel_guard.h"
 #include "ui/wrapping_row.h"
 
-#include <QApplication>
-#include <QClipboard>
 #include <QComboBox>
 #include <QLabel>
 #include <QPushButton>
@@ -41,16 +40,19 @@ table_page::table_page(results_session& session, series_store& store)
   auto* copy = new QPushButton("Cop&y");
   copy->setToolTip("Copy the selected cells with their headers (Ctrl+C copies them without)");
   auto* save = new QPushButton("Save as CSV...");
+  save->setToolTip("Save the values of the chosen series (Ctrl+S)");
   for (QPushButton* it : {copy, save}) it->setAutoDefault(false);
   auto* column = new QVBoxLayout(this);
   column->addWidget(in_wrapping_row({label, order_, copy, save}));
   column->addWidget(view_, 1);
   column->addWidget(note_);
   connect(order_, &QComboBox::currentIndexChanged, this, [this] { attempt([this] { set_results(); }); });
-  connect(copy, &QPushButton::clicked, this, [this] {
-    attempt([this] { QApplication::clipboard()->setText(QString::fromStdString(table_.do_copy(true))); });
-  });
-  connect(save, &QPushButton::clicked, this, [this] { attempt([this] { save_grid(content_); }); });
+  connect(copy, &QPushButton::clicked, this, [this] { attempt([this] { copy_cells(table_.do_copy(true)); }); });
+  connect(save, &QPushButton::clicked, this, [this] { attempt([this] { this->save(); }); });
+}
+
+void table_page::save() {
+  save_grid(content_);
 }
 
 // Must precede the table that it shows.

@@ -22,6 +22,7 @@ public:
 
   void set_results() override;
   void set_cursor() override; // selects the row of that time
+  void save() override;
 
 private:
   results_session& session_;

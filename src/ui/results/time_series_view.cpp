@@ -5,7 +5,6 @@
 #include "ui/guard.h"
 #include "ui/measures.h"
 #include "ui/plain_label.h"
-#include "ui/results/chart_stack.h"
 #include "ui/texts.h"
 #include "viewer/series_charts.h"
 

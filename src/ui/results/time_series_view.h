@@ -1,6 +1,7 @@
 // The page "Time series": the chosen series as charts, one per unit, and a legend with their values at the cursor.
 #pragma once
 
+#include "ui/results/chart_stack.h"
 #include "ui/results/results_view.h"
 #include "viewer/live_samples.h"
 #include "viewer/series_store.h"
@@ -13,8 +14,6 @@ class QTreeWidget;
 
 namespace vesk {
 
-class chart_stack;
-
 class time_series_view final : public results_view {
 public:
   // The arguments must outlive it.
@@ -22,6 +21,8 @@ public:
 
   void set_results() override;
   void set_cursor() override;
+  void print() override { charts_->print(); }
+  void save() override { charts_->save(); }
 
 private:
   void show_charts();
