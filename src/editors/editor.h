@@ -210,6 +210,7 @@ protected:
   // Selects the next node of the tree, starting after the selected one and wrapping around. False: none found.
   bool select_next_node(const std::function<bool(const editor_tree::node&)>& is_wanted);
   bool may_go_on();                                  // no entry is refused; otherwise returns to it
+  bool is_in_history() const { return takes_step_; } // Undo, Redo or a failed step is replacing the data set
   history_step begin_step(const std::string& label); // of the history; not of one table
   void end_step(bool completed);
   void set_message(std::string message);

@@ -141,7 +141,10 @@ TExchangesFlowsForm::TExchangesFlowsForm(editor_host& host)
   field_panel_.table.OnEnteringRow = [this](std::size_t) { enter_field(); };
   field_panel_.table.OnDoneEdit = [this](std::size_t) { note_function(); }; // its field may have another name
   function_panel_.table.OnEnteringRow = [this](std::size_t) { enter_function(); };
-  function_panel_.table.OnDoneEdit = [this](std::size_t) { show_details(); };
+  function_panel_.table.OnDoneEdit = [this](std::size_t) {
+    note_function(); // the same one, by its new name
+    show_details(details::as_they_are);
+  };
   function_panel_.table.OnRowsChanged = [this] {
     show_details();
     field_panel_.table.invalidate_row(field_panel_.table.active_row()); // its mark
@@ -187,7 +190,14 @@ void TExchangesFlowsForm::take_content() {
 void TExchangesFlowsForm::follow_function() {
   const prevesk_dataset_data_type* data = host().data_set();
   const auto found = data && shown_function_ ? find_series(*data, *shown_function_) : std::nullopt;
-  if (!found) return;
+  if (!found) {
+    // Undo of an entry has only changed its name, or that of its field.
+    const std::optional<series_ref> series = active_series();
+    if (is_in_history() && shown_function_ && series && series == points_.ref() &&
+        series_count(*data, series->kind, series->owner) == shown_count_)
+      note_function();
+    return;
+  }
   const auto go_to = [](editor_panel& panel, std::size_t row) {
     panel.table.set_active(row, panel.table.active_column());
   };
@@ -262,6 +272,7 @@ void TExchangesFlowsForm::show_details(details position) {
 bool TExchangesFlowsForm::note_function() {
   const std::optional<series_ref> series = active_series();
   auto function = series ? std::optional(identity_of(*host().data_set(), *series)) : std::nullopt;
+  shown_count_ = series ? series_count(*host().data_set(), series->kind, series->owner) : 0;
   return std::exchange(shown_function_, function) != function;
 }
 

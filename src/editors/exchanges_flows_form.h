@@ -77,7 +77,8 @@ private:
   std::size_t active_grid_ = field_grid;
   std::optional<std::size_t> shown_field_; // nothing: before the form is shown
   std::optional<series_identity> shown_function_;
-  bool is_following_ = false; // the grids go to a function without its details
+  std::size_t shown_count_ = 0; // of functions in its field
+  bool is_following_ = false;   // the grids go to a function without its details
   editor_panel& field_panel_;
   editor_panel& function_panel_;
   editor_panel& pair_panel_;

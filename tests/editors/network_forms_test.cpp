@@ -413,6 +413,11 @@ TEST_F(ExchangesFlows, TheShownFunctionIsFollowedThroughUndoAndJobs) {
   EXPECT_EQ(functions.text(functions.active_row(), 0), "Flow 1");
   EXPECT_THAT(form.panels()[2]->label, HasSubstr("Flow 1"));
   EXPECT_EQ(pairs.selection(), (cell_range{1, 0, 2, 0}));
+  EXPECT_TRUE(functions.enter(1, 0, "Renamed"));
+  EXPECT_TRUE(form.panels()[0]->table.enter(0, 0, "Surface"));
+  for (int step = 0; step < 2; ++step) form.undo();
+  EXPECT_EQ(functions.text(1, 0), "Flow 1");
+  EXPECT_EQ(pairs.selection(), (cell_range{1, 0, 2, 0}));
   prevesk_dataset_data_type of_job = host.data;
   of_job.flow_fields.edit(0).functions.erase(1, 1); // and Flow 2 takes its place
   host.replace_data(of_job);
