@@ -32,7 +32,7 @@ public:
 };
 
 std::string name_of(const prevesk_dataset_data_type& data, const series_ref& ref) {
-  const std::string name = series_name(data, ref);
+  std::string name = series_name(data, ref);
   switch (ref.kind) {
   case series_kind::time_function: return "Time function " + name;
   case series_kind::load: return "Load, " + name;
