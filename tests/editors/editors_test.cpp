@@ -415,6 +415,10 @@ TEST_F(Editors, ConstantsAreShownByGroup) {
   form.data_set_replaced();
   EXPECT_THAT(form.choice()->items, IsEmpty());
   EXPECT_EQ(form.status(*form.panels()[0]), "The model has none of these.");
+  host.expression = "1";
+  form.FillCalcButtonClick(*form.panels()[0]); // asks for no expression
+  EXPECT_EQ(form.message(), "There are no rows to fill.");
+  EXPECT_THAT(host.boxes, IsEmpty());
 }
 
 // Reads and changes every cell of every editor, then undoes the change; nothing else changes.
