@@ -13,6 +13,9 @@ prevesk_dataset_data_type make_large_network(std::size_t segments) {
     segment_data_type& segment = data.segments.edit(i);
     segment.name = "Reach " + std::to_string(i + 1);
     segment.volume = 1e6 + static_cast<double>(i);
+    // As after reading a file: numbers are shared, values are not.
+    segment.parameters.set_values(0, static_cast<double>(i));
+    segment.systems.set_values(0, {static_cast<double>(i), 1.0});
   }
   return data;
 }

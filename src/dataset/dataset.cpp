@@ -71,9 +71,18 @@ bool prevesk_dataset_data_type::has_lists_of_catalogue() const {
 // exchanged for one without the model, or with other systems in it.
 void prevesk_dataset_data_type::reconcile_segments(segment_range which) {
   if (!has_lists_of_catalogue()) {
+    segment_data_type fresh; // its lists are shared by all segments that have none
+    fresh.parameters.resize(parameters.size());
+    fresh.systems.resize(systems.size());
+    const auto lengthen = [](auto& items, const auto& whole) {
+      if (items.empty())
+        items = whole;
+      else
+        items.resize(whole.size());
+    };
     for (std::size_t i = which.first; i < std::min(which.end, segments.size()); ++i) {
-      if (segments[i].parameters.size() != parameters.size()) segments.edit(i).parameters.resize(parameters.size());
-      if (segments[i].systems.size() != systems.size()) segments.edit(i).systems.resize(systems.size());
+      if (segments[i].parameters.size() != parameters.size()) lengthen(segments.edit(i).parameters, fresh.parameters);
+      if (segments[i].systems.size() != systems.size()) lengthen(segments.edit(i).systems, fresh.systems);
     }
     return;
   }

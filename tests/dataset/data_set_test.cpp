@@ -126,6 +126,21 @@ TEST(DataSet, WhatIsSuspiciousIsListedOncePerPlace) {
                 "Flows, Surface Water Function #1, row 1: Another row has the same date and time. 2 rows in all."}));
 }
 
+TEST(DataSet, SegmentsThatGetTheirFirstListsShareThemAndOthersKeepTheirValues) {
+  prevesk_dataset_data_type data;
+  data.parameters.resize(1);
+  data.resize_segments(3);
+  data.segments.edit(0).parameters.set(0, {7, 2.5});
+  data.parameters.resize(2);
+  data.systems.resize(1);
+  data.resize_segments(4);
+  EXPECT_EQ(data.segments[0].parameters[0], segment_parameter_data_record_type(7, 2.5));
+  EXPECT_EQ(data.segments[0].parameters[1], segment_parameter_data_record_type(0, 0.0));
+  EXPECT_EQ(data.segments[3].parameters.size(), 2u);
+  EXPECT_TRUE(data.segments[3].systems.values().shares_with(data.segments[0].systems.values()));
+  EXPECT_TRUE(data.segments[3].systems.isc_numbers().shares_with(data.segments[0].systems.isc_numbers()));
+}
+
 TEST(DataSet, TheLimitsAreCheckedInOneOrderAndWhatIsUnusedIsOnlyNoted) {
   prevesk_dataset_data_type data; // all limits are 0
   const auto with_point = [](auto series) {
