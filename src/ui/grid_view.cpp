@@ -14,6 +14,7 @@
 #include <QScrollBar>
 #include <QStyle>
 #include <algorithm>
+#include <utility>
 
 namespace vesk {
 
@@ -36,6 +37,18 @@ const char* usual_text(const cell_type& type) {
   }
 }
 
+// Qt's own header measures up to 200 row numbers after each change of their number. The last one is the longest.
+class row_numbers final : public QHeaderView {
+public:
+  explicit row_numbers(QWidget* parent) : QHeaderView(Qt::Vertical, parent) {
+    setSectionsClickable(true);
+    setHighlightSections(true);
+  }
+  QSize sizeHint() const override {
+    return count() == 0 ? QHeaderView::sizeHint() : sectionSizeFromContents(count() - 1);
+  }
+};
+
 } // namespace
 
 grid_view::grid_view(TFillCalcTable& table, const QString& accessible_name, QWidget* parent, tab_key tab)
@@ -47,6 +60,7 @@ grid_view::grid_view(TFillCalcTable& table, const QString& accessible_name, QWid
                   QAbstractItemView::EditKeyPressed);
   setTabKeyNavigation(false);
   setWordWrap(false);
+  setVerticalHeader(new row_numbers(this));
   verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
   verticalHeader()->setDefaultSectionSize(scaled(row_height, *this));
   horizontalHeader()->setDefaultSectionSize(scaled(column_width, *this));
@@ -60,7 +74,7 @@ grid_view::grid_view(TFillCalcTable& table, const QString& accessible_name, QWid
     take_size();
     take_block();
   });
-  connect(verticalScrollBar(), &QScrollBar::valueChanged, this, [this] { widen_to_contents(); });
+  connect(verticalScrollBar(), &QScrollBar::valueChanged, this, [this] { widen_soon(); });
   take_size();
 }
 
@@ -116,6 +130,19 @@ void grid_view::narrow_to_contents() {
   asked_for_.clear();
 }
 
+// Once before the next paint: a row that is appended resets the model and then scrolls to it.
+void grid_view::widen_soon() {
+  if (!isVisible()) return widen_to_contents();
+  if (std::exchange(will_widen_, true)) return;
+  QMetaObject::invokeMethod(
+      this,
+      [this] {
+        will_widen_ = false;
+        widen_to_contents();
+      },
+      Qt::QueuedConnection);
+}
+
 void grid_view::showEvent(QShowEvent* event) {
   QTableView::showEvent(event);
   if (!event->spontaneous()) narrow_to_contents();
@@ -125,7 +152,7 @@ void grid_view::showEvent(QShowEvent* event) {
 }
 
 void grid_view::take_size() {
-  widen_to_contents();
+  widen_soon();
   const int digits = table().content().has_free_rows() ? least_digits_of_series : least_digits;
   const QString longest = QString::number(model_->rowCount()).rightJustified(digits, '0');
   verticalHeader()->setMinimumWidth(fontMetrics().horizontalAdvance(longest) + scaled(10, *this));

@@ -47,6 +47,7 @@ private:
   void take_block();       // the selected cells, from the table
   void take_size();        // of new rows or columns
   void narrow_to_contents();
+  void widen_soon();
   int width_in_sight(int column) const;
   int usual_width(int column) const;
   void move_active(int rows, int columns);
@@ -56,6 +57,7 @@ private:
   const tab_key tab_;
   std::vector<int> asked_for_; // widest content of each column since the columns changed
   std::vector<int> given_;     // width of each column for its content; one that differs is the user's
+  bool will_widen_ = false;    // when the pending events are processed
   bool taking_ = false;        // from the table; changes are not sent back meanwhile
 };
 

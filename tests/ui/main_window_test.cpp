@@ -6,6 +6,7 @@
 
 #include <QAbstractItemModel>
 #include <QAction>
+#include <QApplication>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
@@ -280,10 +281,12 @@ TEST(MainWindow, GridColumnsGrowWithTheNumbersInSightAndKeepWhatTheUserGaveThem)
   const auto needed = [&] { return grid.fontMetrics().horizontalAdvance(cell(&grid, 999, 0)); };
   EXPECT_LT(grid.columnWidth(0), needed());
   grid.scrollToBottom();
+  QApplication::processEvents();
   EXPECT_GT(grid.columnWidth(0), needed());
   grid.setColumnWidth(0, 70);
   grid.scrollToTop();
   grid.scrollToBottom();
+  QApplication::processEvents();
   grid.repaint_cells();
   EXPECT_EQ(grid.columnWidth(0), 70);
 
