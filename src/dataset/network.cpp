@@ -215,12 +215,12 @@ segment_references erase_and_renumber(prevesk_dataset_data_type& data, std::size
 std::string verify(const prevesk_dataset_data_type& data) {
   for (std::size_t i = 0; i < data.segments.size(); ++i) {
     const segment_data_type& segment = data.segments[i];
-    const std::string name = "Segment " + std::to_string(i + 1);
+    const auto finding = [i](const char* what) { return "Segment " + std::to_string(i + 1) + what; };
     if (segment.parameters.size() != data.parameters.size())
-      return name + " does not have one record for each parameter.";
-    if (segment.systems.size() != data.systems.size()) return name + " does not have one record for each system.";
+      return finding(" does not have one record for each parameter.");
+    if (segment.systems.size() != data.systems.size()) return finding(" does not have one record for each system.");
     if (at_or_after(segment.bottom_segment, data.segments.size()))
-      return name + " has a bottom segment past the last one.";
+      return finding(" has a bottom segment past the last one.");
   }
   return {};
 }

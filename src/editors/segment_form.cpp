@@ -226,7 +226,7 @@ void TSegmentForm::take_content() {
                 "References past the last segment now refer to it: " + in_words({.bottoms = pulled}) + ".");
   segment_types_fill();
   segment_count_ = segments_.row_count();
-  records_are_whole_ = false;
+  records_are_whole_ = host().data_set() && verify(*host().data_set()).empty();
   panels_of_pages_[0]->table.show(segments_);
   panels_of_pages_[1]->table.show(parameters_);
   panels_of_pages_[2]->table.show(concentrations_);
