@@ -57,14 +57,19 @@ protected:
     with_dialog([&] { program.trigger(command); },
                 [&](QWidget* shown_dialog) {
                   dialog = shown_dialog;
+                  activate(); // else no field is notified that it loses the focus
                   work();
                   return press(dialog, copies ? "Cancel" : "OK");
                 });
   }
 
-  grid_view* enter(const char* name) {
-    dialog->activateWindow(); // only an active window has shortcuts
+  void activate() {
+    dialog->activateWindow();
     EXPECT_TRUE(wait_for([&] { return dialog->isActiveWindow(); }));
+  }
+
+  grid_view* enter(const char* name) {
+    activate(); // only an active window has shortcuts
     auto* grid = find<grid_view>(dialog, name);
     auto* pages = dialog->findChild<QTabWidget*>();
     for (int page = 0; pages && page < pages->count(); ++page)
