@@ -9,6 +9,7 @@
 
 #include <QApplication>
 #include <QScrollBar>
+#include <QWindow>
 #include <chrono>
 #include <cmath>
 #include <functional>
@@ -41,12 +42,16 @@ private:
   std::vector<grid_column> columns_;
 };
 
+// Before a window is on the screen, Qt paints nothing.
+void show_painted(QWidget& widget) {
+  widget.resize(width, height);
+  widget.show();
+  while (!widget.windowHandle()->isExposed()) QApplication::processEvents();
+  QApplication::processEvents();
+}
+
 struct shown_grid {
-  shown_grid() : view(table, "Grid", nullptr) {
-    view.resize(width, height);
-    view.show();
-    view.viewport()->repaint();
-  }
+  shown_grid() : view(table, "Grid", nullptr) { show_painted(view); }
 
   million_rows content;
   TFillCalcTable table{content};
@@ -72,7 +77,7 @@ void scroll_grid(benchmark::State& state) {
   for (auto _ : state)
     time(state, [&] {
       bar->setValue(bar->value() + bar->pageStep());
-      grid.view.viewport()->repaint();
+      QApplication::processEvents();
     });
 }
 
@@ -81,7 +86,7 @@ void repaint_column(benchmark::State& state) {
   for (auto _ : state)
     time(state, [&] {
       grid.view.model().cells_changed({0, 3, rows - 1, 3});
-      grid.view.viewport()->repaint();
+      QApplication::processEvents();
     });
 }
 
@@ -107,9 +112,7 @@ void open_tree(benchmark::State& state) {
       tree = std::make_unique<tree_view>(
           form, [](const std::function<void()>& command) { command(); }, nullptr);
       tree->tree_changed();
-      tree->resize(width, height);
-      tree->show();
-      tree->viewport()->repaint();
+      show_painted(*tree);
     });
   }
 }
