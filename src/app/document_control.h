@@ -105,6 +105,7 @@ private:
   void report_losses(const std::string& name, const reading_losses& losses);
   void report_file_failure(const std::string& file, const std::string& sentence, failure_kind kind);
   bool read_project(const std::string& name);
+  void report_project_without_data(const std::string& name, bool has_count, std::size_t members);
   bool may_replace(const std::string& name);
   bool save_to_file_name();
   void go_to(document step, const std::string& line);

@@ -1,6 +1,7 @@
 // Projects: a text file that lists a data file and other files that belong to it.
 #include "app/document_control.h"
 #include "app/file_names.h"
+#include "platform/counted.h"
 
 #include <filesystem>
 #include <fstream>
@@ -63,6 +64,8 @@ bool document_control::read_project(const std::string& name) {
   if (constexpr std::string_view byte_order_mark = "\xef\xbb\xbf"; line.starts_with(byte_order_mark))
     line.erase(0, byte_order_mark.size()); // from a text editor
   const std::size_t count = leading_number(line);
+  const bool has_count = !line.empty() && line[0] >= '0' && line[0] <= '9';
+  bool has_data_file = false;
   std::vector<project_component> members;
   for (std::size_t i = 0; i < count; ++i) {
     if (!read_line(file, line)) break; // fewer lines than announced
@@ -76,7 +79,9 @@ bool document_control::read_project(const std::string& name) {
       ui_.message_box("Error", "Failed to open " + data_file, box_buttons::ok);
       return false;
     }
+    has_data_file = true;
   }
+  if (!has_data_file) report_project_without_data(name, has_count, members.size());
   if (current_data_set) {
     const bool has_unsaved = has_unsaved_changes();
     prevesk_dataset_data_type with_members = *current_data_set;
@@ -86,6 +91,23 @@ bool document_control::read_project(const std::string& name) {
     if (!has_unsaved) note_saved();
   }
   return true;
+}
+
+// Such a project changes the list of the data set that is open, even one whose first line is not a number. So damage
+// looks like a project with an empty list.
+void document_control::report_project_without_data(const std::string& name, bool has_count, std::size_t members) {
+  std::string text = leaf_of(name) + (has_count ? " names no data file (.vki): "
+                                                : " is not a project: its first line is not the number of its files; ");
+  if (!current_data_set) return ui_.add_info_line(text + "no data set was opened.", icon_note);
+  text +=
+      (file_name.empty() ? "the unnamed data set" : leaf_of(file_name)) + " stays open, and its list of related files ";
+  const std::size_t before = current_data_set->project_files.size();
+  if (before == 0 && members == 0)
+    text += "is still empty.";
+  else
+    text += "now has " + counted(members, "name") + ", " + std::to_string(before) + " before." +
+            (keeps_history() ? " Undo restores it." : "");
+  ui_.add_info_line(text, icon_note);
 }
 
 void document_control::ask_and_open_project() {

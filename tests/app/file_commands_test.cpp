@@ -227,12 +227,21 @@ TEST_F(FileCommands, AProjectOpensItsDataFileAndKeepsTheOtherMembers) {
   EXPECT_EQ(first_segment(), "upper");
   EXPECT_EQ(form.file_name, folder.file("a.VKI"));
   EXPECT_EQ(form.current_data_set->project_files, (shared_list<short_text>{"map.shp", "observed\\do.db"}));
+  EXPECT_EQ(ui.lines, lines{});
   folder.write("empty.vkp", "0\nmap.shp\n");
   form.open_file(folder.file("empty.vkp"));
   EXPECT_TRUE(form.current_data_set->project_files.empty());
   folder.write("huge.vkp", "99999999999999999999\nmap.shp");
   form.open_file(folder.file("huge.vkp"));
   EXPECT_EQ(form.current_data_set->project_files, (shared_list<short_text>{"map.shp"}));
+  folder.write("noise.vkp", "abc\na.VKI\n");
+  form.open_file(folder.file("noise.vkp"));
+  EXPECT_EQ(ui.lines, (lines{"1 empty.vkp names no data file (.vki): a.VKI stays open, and its list of related files "
+                             "now has 0 names, 2 before. Undo restores it.",
+                             "1 huge.vkp names no data file (.vki): a.VKI stays open, and its list of related files "
+                             "now has 1 name, 0 before. Undo restores it.",
+                             "1 noise.vkp is not a project: its first line is not the number of its files; a.VKI stays "
+                             "open, and its list of related files now has 0 names, 1 before. Undo restores it."}));
   EXPECT_EQ(ui.boxes, lines{});
   form.open_file(folder.file("missing.vkp"));
   EXPECT_EQ(ui.boxes,
