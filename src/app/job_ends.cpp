@@ -3,6 +3,7 @@
 #include "app/job_heading.h"
 #include "app/run_control.h"
 #include "dataset/findings_list.h"
+#include "dataset/network.h"
 #include "dataset/same_content.h"
 #include "platform/counted.h"
 #include "platform/file_io.h"
@@ -50,6 +51,19 @@ std::string written_in_words(const std::vector<recorded_file>& files, const std:
                               std::filesystem::equivalent(folder, data_folder, ignored);
   const bool spelled_out = !is_data_folder || text.size() + folder.native().size() <= fits;
   return text + (spelled_out ? ", in " + folder.native() : ", in the folder of the data file") + ".";
+}
+
+// Empty: no segment went.
+std::string removed_segments_in_words(const prevesk_dataset_data_type& before, const prevesk_dataset_data_type& after) {
+  const std::size_t had = before.segments.size(), left = after.segments.size();
+  if (left >= had) return {};
+  std::string text = counted(had - left, "segment was", "segments were") + " removed with all data: the data set had " +
+                     std::to_string(had) + ", the file has " + std::to_string(left) + ".";
+  const segment_references lost = references_from(after, left);
+  if (lost.total() > 0)
+    text += " " + in_words(lost) + (lost.total() == 1 ? " still names one" : " still name some") +
+            " of them: correct or delete " + (lost.total() == 1 ? "it." : "them.");
+  return text;
 }
 
 } // namespace
@@ -199,6 +213,7 @@ void run_control::take_back(model_thread& ended) {
   // that too.
   if (last_job_.code != job_code::load_restart_file) *documents_.backup_data_set = *documents_.current_data_set;
   report_what_was_replaced(before, same_document, edited);
+  report_removed_segments(before.data_set);
   const bool had_step = last_job_.code == job_code::import_file && same_document && !edited;
   if (had_step) documents_.note_saved(); // as its text file has it
   if (!had_step && !same_input(before.data_set, *documents_.current_data_set))
@@ -216,6 +231,13 @@ void run_control::drop_result() {
                         (left_empty ? " Undo brings " + replaced_by_import_ + " back." : ""),
                     icon_note);
   job_start_.reset();
+}
+
+void run_control::report_removed_segments(const prevesk_dataset_data_type& before) {
+  const bool is_network = last_job_.code == job_code::read_hyd_file || last_job_.code == job_code::import_network;
+  const std::string text = is_network ? removed_segments_in_words(before, *documents_.current_data_set) : std::string();
+  if (!text.empty())
+    ui_.add_info_line(text + (documents_.keeps_history() ? " Undo restores the segments." : ""), icon_note);
 }
 
 // What the user would miss, and how to restore it. Without a history it cannot be restored, so there is no line.

@@ -135,6 +135,7 @@ private:
   void note_start_of_job(job_code code, const std::string& name);
   void take_back(model_thread& ended);
   void drop_result();
+  void report_removed_segments(const prevesk_dataset_data_type& before); // by a new network
   void report_what_was_replaced(const document& before, bool same_document, bool edited);
 
   // job_front_end

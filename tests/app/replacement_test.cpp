@@ -227,10 +227,20 @@ TEST_F(Replacement, AResultIsAStepAndKeepsTheOriginOfItsDocument) {
   EXPECT_EQ(open_now(), "a.vki with a.vki"); // the name, too
   EXPECT_EQ(form.current_data_set->segments[0].name, "Vesk Segment");
 
+  form.current_data_set->resize_segments(3);
+  form.current_data_set->systems.edit(0).loads.resize(1);
+  form.current_data_set->systems.edit(0).loads.edit(0).segment = 2;
+  form.start_import_network("one-segment.vkn");
+  finish();
+  EXPECT_EQ(ui.lines.back(),
+            "1 2 segments were removed with all data: the data set had 3, the file has 1. 1 load still "
+            "names one of them: correct or delete it. Undo restores the segments.");
+  form.UndoItemClick();
+  EXPECT_EQ(form.current_data_set->segments.size(), 3U);
   form.start_validity_check(); // finds limits, changes nothing
   finish();
   EXPECT_EQ(form.current_data_set->max_num_segments, 1U);
-  EXPECT_EQ(steps(), "|Import network renames.vkn");
+  EXPECT_EQ(steps(), "|Import network one-segment.vkn");
 
   // Not-a-number differs from itself, but is no edit.
   form.current_data_set->end_date = form.current_data_set->skip_time = std::numeric_limits<double>::quiet_NaN();
@@ -239,7 +249,7 @@ TEST_F(Replacement, AResultIsAStepAndKeepsTheOriginOfItsDocument) {
   finish();
   form.SystemsItemClick();
   for (const std::string& line : ui.lines) EXPECT_EQ(line.find("edited"), line.npos) << line;
-  EXPECT_EQ(steps(), "|Import network renames.vkn");
+  EXPECT_EQ(steps(), "|Import network one-segment.vkn");
 
   form.start_load_restart_file("code-5.rst");
   finish();
