@@ -435,7 +435,19 @@ bool TImportTimeSeriesForm::ImportButtonClick() {
   if (answer != box_answer::ok || host_.generation() != generation) return false;
   clear_results();
   if (deferred) {
-    report_ = "The query is stored. It fills the series before each run.";
+    // Stored whatever comes of it: the file may be written only later.
+    const auto fault = work_on_query(import_error_title, [](import_query& source, const prevesk_dataset_data_type&) {
+      try {
+        source.validate();
+        return std::string();
+      } catch (const query_exception& error) {
+        return std::string(error.what());
+      }
+    });
+    if (!fault) return false;
+    report_ = fault->empty() ? "The query is stored. It fills the series before each run."
+                             : "The query is stored, but it would fail now: " + *fault +
+                                   (fault->ends_with('.') ? "" : ".") + " No run starts before it is corrected.";
     store("Import");
     return true;
   }

@@ -11,6 +11,7 @@
 namespace vesk {
 namespace {
 
+using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -146,6 +147,23 @@ TEST_F(Import, ADeferredQueryIsStoredAndTheGridShowsIt) {
   EXPECT_EQ(read_back(), "0:7 ");
   EXPECT_TRUE(series().query->deferred);
   EXPECT_THAT(editor.deferred_note(*editor.panels()[0]), StartsWith("Filled by its query"));
+  EXPECT_EQ(editor.message(), "The query is stored. It fills the series before each run.");
+}
+
+TEST_F(Import, ADeferredQueryThatCannotWorkIsStoredWithTheReason) {
+  for (const bool file_is_gone : {false, true}) {
+    in_dialog([&](TImportTimeSeriesForm& dialog) {
+      if (!file_is_gone) browse(dialog, "gauges.csv");
+      for (const import_option& option : TImportTimeSeriesForm::options())
+        if (option.member == &import_query_descriptor::deferred) dialog.OptionClick(option, true);
+      if (!file_is_gone) dialog.InsertButtonClick(); // a condition without a value
+      if (file_is_gone) std::filesystem::remove(folder.path / "gauges.csv");
+      return dialog.ImportButtonClick();
+    });
+    EXPECT_TRUE(series().query->deferred);
+    EXPECT_THAT(editor.message(), AllOf(StartsWith("The query is stored, but it would fail now: "),
+                                        HasSubstr(file_is_gone ? "gauges.csv: no such file" : "no selected value")));
+  }
 }
 
 TEST_F(Import, OkStoresTheQueryOnlyAndNothingWithoutAChange) {
