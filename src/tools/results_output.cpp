@@ -1,28 +1,19 @@
 #include "tools/results_output.h"
 
 #include "dataset/text_encoding.h"
+#include "platform/single_precision.h"
 
 #include <nlohmann/json.hpp>
 
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <cstdlib>
 
 namespace vesk {
 
 namespace {
 
 using nlohmann::ordered_json;
-
-// A number that results hold in single precision, 0.1F for instance, as the double that prints like it.
-double as_printed(double value) {
-  const auto single = static_cast<float>(std::abs(value) <= 3e38 ? value : 0.0);
-  if (double{single} != value) return value;
-  std::array<char, 64> text{};
-  std::to_chars(text.data(), text.data() + text.size() - 1, single);
-  return std::strtod(text.data(), nullptr);
-}
 
 std::string number_text(double value) {
   if (std::isnan(value)) return {};
@@ -79,7 +70,7 @@ ordered_json json_of(const results_variable& it) {
 std::vector<double> values_of(const results_file& results, std::size_t variable, position_range times,
                               position_range segments) {
   std::vector<double> values = results.slice(variable, times, segments);
-  for (double& value : values) value = as_printed(value);
+  for (double& value : values) value = as_printed_in_single(value);
   return values;
 }
 
@@ -108,7 +99,8 @@ std::string listing(const results_file& results, output_format format) {
     ordered_json segments = ordered_json::array(), variables = ordered_json::array();
     for (std::size_t i = 0; i < results.segments(); ++i) {
       segments.push_back({{"number", i + 1}, {"name", results.segment_name(i)}});
-      if (!results.lengths().empty()) segments.back()["length"] = number_json(as_printed(results.lengths()[i]));
+      if (!results.lengths().empty())
+        segments.back()["length"] = number_json(as_printed_in_single(results.lengths()[i]));
     }
     for (const results_variable& it : results.variables()) variables.push_back(json_of(it));
     return json_text(
@@ -132,7 +124,7 @@ std::string listing(const results_file& results, output_format format) {
     rows.text("variable").number(++i).text(it.name).text(it.long_name).text(it.units).text("").end_row();
   for (std::size_t i = 0; i < results.segments(); ++i) {
     rows.text("segment").number(i + 1).text(results.segment_name(i)).text("").text("");
-    rows.number(results.lengths().empty() ? std::nan("") : as_printed(results.lengths()[i])).end_row();
+    rows.number(results.lengths().empty() ? std::nan("") : as_printed_in_single(results.lengths()[i])).end_row();
   }
   return rows.take();
 }

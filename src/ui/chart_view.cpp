@@ -1,6 +1,7 @@
 #undef QT_NO_FOREACH // the chart library's header uses it
 #include "ui/chart_view.h"
 
+#include "platform/single_precision.h"
 #include "ui/measures.h"
 #include "ui/texts.h"
 #include "viewer/kept_colours.h"
@@ -395,9 +396,12 @@ bool save_values(const std::vector<const TGraphForm*>& graphs, const QString& fi
       if (one->is_hidden()) continue;
       QByteArray label = QByteArray::fromStdString(one->label);
       label = "\"" + label.replace("\"", "\"\"") + "\"";
+      const bool is_single = are_in_single_precision(one->y);
       for (std::size_t i = 0; i < one->x.size(); ++i) {
         text += label + "," + x_text(*graph, one->x[i], "yyyy-MM-ddTHH:mm:ss").toUtf8() + "," +
-                QByteArray::number(one->y[i], 'g', QLocale::FloatingPointShortest) + "\n";
+                QByteArray::number(is_single ? as_printed_in_single(one->y[i]) : one->y[i], 'g',
+                                   QLocale::FloatingPointShortest) +
+                "\n";
       }
     }
   return file.write(text) == text.size() && file.commit();

@@ -1,5 +1,7 @@
 #include "viewer/series_table.h"
 
+#include "platform/single_precision.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -28,6 +30,8 @@ void series_table::show(std::shared_ptr<const std::vector<double>> times, std::v
       return std::ranges::find(segments, it.segment) - segments.begin();
     });
   }
+  are_single_.clear();
+  for (const shown_series& it : series_) are_single_.push_back(are_in_single_precision(*it.values));
   columns_.clear();
   columns_.push_back(column_of("Date", {.kind = cell_kind::date}));
   columns_.push_back(column_of("Time", {.kind = cell_kind::time}));
@@ -51,7 +55,8 @@ cell_value series_table::value(std::size_t row, std::size_t column) const {
   if (it.times.get() != times_.get()) at = nearest_time(*it.times, time);
   if (at >= it.values->size() || std::abs((*it.times)[at] - time) > half_a_second) return {};
   const double found = (*it.values)[at];
-  return std::isfinite(found) ? cell_value(found) : cell_value();
+  if (!std::isfinite(found)) return {};
+  return are_single_[column - first_value_column] ? as_printed_in_single(found) : found;
 }
 
 } // namespace vesk

@@ -27,6 +27,7 @@ public:
 private:
   std::shared_ptr<const std::vector<double>> times_;
   std::vector<shown_series> series_;
+  std::vector<bool> are_single_; // of each series: its values come from single precision
   std::vector<grid_column> columns_;
 };
 
