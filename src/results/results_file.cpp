@@ -126,7 +126,7 @@ std::string results_file::ask(const request& asked) const {
   }
   std::string bytes = receive(static_cast<std::uint64_t>(asked.wanted));
   // The file was modified in place, for example by another run: old and new values would be mixed.
-  if (identity_of(file_.get()) != identity_) fail("has changed since it was opened; open it again");
+  if (!is_intact()) fail("has changed since it was opened; open it again");
   return bytes;
 }
 
@@ -224,6 +224,10 @@ results_bands results_file::bands(std::size_t variable, position_range times) co
   };
   const auto counts = part(3);
   return {part(0), part(1), part(2), {counts.begin(), counts.end()}};
+}
+
+bool results_file::is_intact() const {
+  return identity_of(file_.get()) == identity_;
 }
 
 bool results_file::is_current() const {

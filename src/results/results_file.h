@@ -81,6 +81,9 @@ public:
 
   results_bands bands(std::size_t variable, position_range times) const;
 
+  // Whether values can still be read: the file that was opened, which may be deleted, was not modified.
+  bool is_intact() const;
+
   // False if the name now refers to another file or none, or if the file was modified.
   bool is_current() const;
 

@@ -70,7 +70,16 @@ void results_session::open(const fs::path& file) {
           take(path, std::move(opened), std::move(names));
         };
       },
-      [this](const std::string& failure) { say(failure); });
+      [this, path](const std::string& failure) {
+        refused_ = {path, identity_of(path)};
+        say(failure);
+      });
+}
+
+void results_session::forget_outdated_message() {
+  if (!refused_ || identity_of(refused_->path) == refused_->identity) return;
+  refused_.reset();
+  say({});
 }
 
 void results_session::reload_changed() {
@@ -79,6 +88,10 @@ void results_session::reload_changed() {
 }
 
 void results_session::take(const fs::path& path, std::shared_ptr<const results_file> file, name_positions names) {
+  if (refused_ && refused_->path == path) {
+    refused_.reset();
+    say({});
+  }
   const bool is_first = scenarios_.empty();
   const auto known = std::ranges::find(scenarios_, path, &scenario::path);
   scenario& it = known != scenarios_.end() ? *known : scenarios_.emplace_back();

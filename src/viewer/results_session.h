@@ -53,6 +53,8 @@ public:
   // Opens the file in the background, or reloads it if it is open; the scenario then keeps its name.
   void open(const std::filesystem::path& file);
   void reload_changed(); // reloads the files replaced since they were opened
+  // Withdraws the message about a file that could not be opened, if it is no longer the file that was refused.
+  void forget_outdated_message();
   void close(std::size_t scenario);
   void rename(std::size_t scenario, const std::string& name); // an empty name: the file's stem
   void set_baseline(std::size_t scenario);
@@ -94,12 +96,18 @@ private:
   void tell(std::function<void()> listener::*what);
   void say(const std::string& message) const;
 
+  struct refused_file {
+    std::filesystem::path path;
+    std::optional<file_identity> identity; // nothing: it did not exist
+  };
+
   std::vector<listener> listeners_;
   std::vector<scenario> scenarios_;
   std::size_t baseline_ = 0;
   std::uint64_t last_number_ = 0;
   double cursor_ = 0;
-  reading_thread reader_; // last member: its remaining work uses the others
+  std::optional<refused_file> refused_; // what the last message is about
+  reading_thread reader_;               // last member: its remaining work uses the others
 };
 
 // The position of the time nearest to `date_time`; `times` ascending, not empty.

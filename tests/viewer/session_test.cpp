@@ -61,6 +61,28 @@ TEST_F(OpenSession, RefusesBadFilesWithASentenceAndGoesOn) {
   EXPECT_EQ(session.scenarios().size(), 2U);
 }
 
+TEST_F(OpenSession, WithdrawsAMessageWhenTheFileIsNoLongerTheRefusedOne) {
+  open("river.nc");
+  const auto refused = [&] {
+    folder.write("river.nc", "cut off"); // in place, as by a copy that fails
+    session.reload_changed();
+    settle();
+    session.forget_outdated_message();
+    return messages.back();
+  };
+  EXPECT_THAT(refused(), testing::HasSubstr("river.nc"));
+  EXPECT_FALSE(session.baseline_file()->is_intact());
+  fs::remove(folder.path / "river.nc");
+  session.forget_outdated_message();
+  EXPECT_EQ(messages.back(), "");
+  refused();
+  written("river.nc");
+  session.reload_changed();
+  settle();
+  EXPECT_EQ(messages.back(), "");
+  EXPECT_TRUE(session.baseline_file()->is_intact());
+}
+
 TEST_F(OpenSession, ReadsAChangedFileAgainWhenAsked) {
   open("river.nc");
   const std::uint64_t before = session.scenarios()[0].number;

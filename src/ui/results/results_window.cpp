@@ -214,6 +214,7 @@ void results_window::show_page() {
 
 // A replaced file stays readable, so the user chooses when to reload.
 void results_window::look_at_files() {
+  session_.forget_outdated_message();
   QString changed;
   bool can_reload = false;
   for (const scenario& it : session_.scenarios()) {
@@ -223,7 +224,9 @@ void results_window::look_at_files() {
     can_reload = can_reload || exists;
     if (!changed.isEmpty()) changed += '\n';
     changed += shown(it.path.string()) +
-               (exists ? " has changed since it was opened." : " was deleted; its values can still be shown.");
+               (exists                 ? " has changed since it was opened."
+                : it.file->is_intact() ? " was deleted; its values can still be shown."
+                                       : " was changed and then deleted; only what is shown now can still be shown.");
   }
   age_->setText(changed);
   age_->setVisible(!changed.isEmpty());
