@@ -27,6 +27,7 @@
 #include <QTreeWidget>
 #include <cmath>
 #include <map>
+#include <regex>
 #include <sstream>
 
 namespace vesk {
@@ -239,6 +240,8 @@ TEST_F(ResultsWindow, SavesEveryPictureAndSurvivesBadFiles) {
         [&](QWidget* dialog) { return choose_file(dialog, file); });
     EXPECT_GT(fs::file_size(folder.path / (std::string("chart.") + ending)), 1000U) << ending;
   }
+  const std::string values = folder.read("chart.csv"); // of single precision: 9 digits at most
+  EXPECT_FALSE(std::regex_search(values, std::regex("\\.[0-9]{13}"))) << values.substr(0, 300);
   choose("DO", oak_city);
   results()->activateWindow();
   EXPECT_TRUE(wait_for([this] { return results()->isActiveWindow(); }));
