@@ -138,7 +138,9 @@ bool TFillCalcTable::enter(std::size_t row, std::size_t column, std::string_view
   content_->set_value(row, column, entry.value);
   const std::size_t place = content_->sort(row);
   if (place == row) {
-    if (view_) view_->cells_changed({row, 0, row, content_->columns().size() - 1});
+    cell_range changed{row, 0, row, content_->columns().size() - 1};
+    if (content_->has_free_rows()) changed.top = 0, changed.bottom = content_->row_count() - 1; // others may have moved
+    if (view_) view_->cells_changed(changed);
   } else {
     if (view_) view_->rows_changed();
     if (row == active_row_) set_active(place, active_column_);

@@ -49,6 +49,20 @@ public:
   }
 };
 
+bool is_move(int key) {
+  switch (key) {
+  case Qt::Key_Left:
+  case Qt::Key_Right:
+  case Qt::Key_Up:
+  case Qt::Key_Down:
+  case Qt::Key_Home:
+  case Qt::Key_End:
+  case Qt::Key_PageUp:
+  case Qt::Key_PageDown: return true;
+  default: return false;
+  }
+}
+
 } // namespace
 
 grid_view::grid_view(TFillCalcTable& table, const QString& accessible_name, QWidget* parent, tab_key tab)
@@ -151,6 +165,18 @@ void grid_view::showEvent(QShowEvent* event) {
   take_active_cell();
 }
 
+// A reset removes the open editor. Qt then passes the focus on as Tab does, although the user goes on in this grid.
+void grid_view::reset() {
+  const QWidget* focused = QApplication::focusWidget();
+  const bool had_focus = focused && isAncestorOf(focused);
+  {
+    const QScopedValueRollback guard(resetting_, true);
+    QTableView::reset();
+  }
+  const QScopedValueRollback guard(taking_, true); // without an active cell, Qt takes the first one
+  if (had_focus) setFocus();
+}
+
 void grid_view::take_size() {
   widen_soon();
   const int digits = table().content().has_free_rows() ? least_digits_of_series : least_digits;
@@ -216,15 +242,22 @@ void grid_view::selectionChanged(const QItemSelection& selected, const QItemSele
   emit selection_moved();
 }
 
-// While an entry is refused, here or in another grid, no other cell can be edited.
+std::optional<QModelIndex> grid_view::refused_cell() const {
+  const auto& refused = table().refused();
+  if (!refused) return std::nullopt;
+  return model_->index(static_cast<int>(refused->row), static_cast<int>(refused->column));
+}
+
+// While an entry is refused, here or in another grid, no other cell can be edited. Text typed elsewhere is ignored as a
+// whole: it is not meant for the refused cell.
 bool grid_view::edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) {
   if (trigger == NoEditTriggers || trigger == CurrentChanged) return QTableView::edit(index, trigger, event);
-  const auto& refused = table().refused();
-  const bool itself =
-      refused && static_cast<int>(refused->row) == index.row() && static_cast<int>(refused->column) == index.column();
+  const auto refused = refused_cell();
+  const bool itself = refused == index;
   const bool would_edit = editTriggers() & trigger;
   if (refused && !itself) {
-    if (would_edit) table().set_active(refused->row, refused->column);
+    if (would_edit && trigger != AnyKeyPressed) setCurrentIndex(*refused);
+    if (trigger == AnyKeyPressed) QApplication::beep();
     return false;
   }
   if (would_edit && !itself && !table().allows_edit()) return false;
@@ -263,7 +296,14 @@ void grid_view::show_menu() {
   QApplication::sendEvent(this, &event);
 }
 
+// Keys lead to a refused entry and stay there until it is corrected or given up.
+QModelIndex grid_view::moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) {
+  if (const auto refused = refused_cell()) return *refused;
+  return QTableView::moveCursor(action, modifiers);
+}
+
 void grid_view::move_active(int rows, int columns) {
+  if (const auto refused = refused_cell()) return setCurrentIndex(*refused);
   const QModelIndex now = currentIndex();
   const QModelIndex next = model_->index(std::clamp(now.row() + rows, 0, std::max(model_->rowCount() - 1, 0)),
                                          std::clamp(now.column() + columns, 0, std::max(model_->columnCount() - 1, 0)));
@@ -280,6 +320,7 @@ QItemSelectionModel::SelectionFlags grid_view::selectionCommand(const QModelInde
 
 // F6 leaves every grid.
 bool grid_view::focusNextPrevChild(bool next) {
+  if (resetting_) return true;
   if (tab_ == tab_key::leaves_grid) return QTableView::focusNextPrevChild(next);
   move_active(0, next ? 1 : -1);
   return true;
@@ -302,13 +343,19 @@ void grid_view::keyPressEvent(QKeyEvent* event) {
   case Qt::Key_Down: {
     bool appended = false;
     commit_open_editor(); // Down also commits the open entry
-    if (event->modifiers() == Qt::NoModifier) attempt([&] { appended = table().extend_on_down(move_command::down); });
+    if (!(event->modifiers() & ~Qt::KeypadModifier))
+      attempt([&] { appended = table().extend_on_down(move_command::down); });
     if (appended) return;
     break;
   }
   default: break;
   }
+  const QModelIndex before = currentIndex();
   QTableView::keyPressEvent(event);
+  // A move that ends where it began drops the selection as any other does; Qt would keep it.
+  if (is_move(event->key()) && !(event->modifiers() & Qt::ShiftModifier) && before.isValid() &&
+      currentIndex() == before && state() != EditingState)
+    selectionModel()->select(before, QItemSelectionModel::ClearAndSelect);
 }
 
 } // namespace vesk

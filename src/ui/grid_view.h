@@ -4,6 +4,7 @@
 #include "ui/grid_model.h"
 
 #include <QTableView>
+#include <optional>
 #include <vector>
 
 namespace vesk {
@@ -19,7 +20,7 @@ public:
             tab_key tab = tab_key::moves_in_grid);
 
   grid_model& model() { return *model_; }
-  TFillCalcTable& table() { return model_->table(); }
+  TFillCalcTable& table() const { return model_->table(); }
   void commit_open_editor();                      // commits the open entry
   void keyboardSearch(const QString&) override {} // Qt's would read all rows
   QSize sizeHint() const override;                // all columns, and as many rows as fit on any screen
@@ -33,9 +34,11 @@ protected:
   // active cell and selection, and columns lose the room for content that has gone.
   void widen_to_contents();
   void showEvent(QShowEvent* event) override;
+  void reset() override;
   void keyPressEvent(QKeyEvent* event) override;
   QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex& index, const QEvent* event) const override;
   bool focusNextPrevChild(bool next) override;
+  QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
   bool edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) override;
   void commitData(QWidget* editor) override;
   void closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint) override;
@@ -51,6 +54,7 @@ private:
   int width_in_sight(int column) const;
   int usual_width(int column) const;
   void move_active(int rows, int columns);
+  std::optional<QModelIndex> refused_cell() const;
   void show_menu(); // at the active cell
 
   grid_model* model_;
@@ -59,6 +63,7 @@ private:
   std::vector<int> given_;     // width of each column for its content; one that differs is the user's
   bool will_widen_ = false;    // when the pending events are processed
   bool taking_ = false;        // from the table; changes are not sent back meanwhile
+  bool resetting_ = false;
 };
 
 } // namespace vesk

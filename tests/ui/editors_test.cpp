@@ -203,6 +203,65 @@ TEST(Editors, ARefusedEntryStaysInItsCellWithTheReason) {
               });
 }
 
+// All keys go where the focus is, as a user's do.
+TEST(Editors, KeysReachTheGridAfterARowHasMovedOrAnEntryWasRefused) {
+  running_program program;
+  program.form().open_file(SAMPLE);
+  const auto press_key = [](Qt::Key key, Qt::KeyboardModifiers with = {}) {
+    QTest::keyClick(QApplication::focusWidget(), key, with);
+    QApplication::processEvents();
+  };
+  const auto type_keys = [](const char* text) {
+    for (const char* c = text; *c; ++c) QTest::keyClick(QApplication::focusWidget(), *c);
+  };
+  with_dialog([&] { program.trigger("TimeFunctionsItem"); },
+              [&](QWidget* dialog) {
+                auto* grid = grid_of(dialog, "TFFillCalcTable");
+                const auto active = [&] {
+                  return std::pair(grid->currentIndex().row(), grid->currentIndex().column());
+                };
+                const auto cell = [&](int row, int column) {
+                  return grid->model().index(row, column).data(Qt::EditRole).toString();
+                };
+                enter(dialog, grid);
+                grid->table().set_active(2, 0);
+                const QString value = cell(2, 2);
+                type_keys("2011-09-20");
+                press_key(Qt::Key_Return); // the row moves down
+                EXPECT_TRUE(QApplication::focusWidget() == grid);
+                const int now = active().first - 1; // Enter goes to the row below it
+                EXPECT_GT(now, 2);
+                EXPECT_EQ(cell(now, 2), value);
+                press_key(Qt::Key_Home, Qt::ControlModifier);
+                EXPECT_EQ(active(), std::pair(0, 0));
+                type_keys("2011-09-25");
+                press_key(Qt::Key_Tab);
+                EXPECT_EQ(active().second, 1);
+                EXPECT_EQ(cell(active().first, 0), "09/25/2011");
+                press_key(Qt::Key_Home, Qt::ControlModifier);
+                press_key(Qt::Key_Right);
+                press_key(Qt::Key_Right);
+                type_keys("abc");
+                press_key(Qt::Key_Return);
+                press_key(Qt::Key_Down);
+                EXPECT_EQ(active(), std::pair(0, 2));
+                grid->setCurrentIndex(grid->model().index(5, 2)); // by the mouse
+                const QString other = cell(5, 2);
+                type_keys("31");
+                EXPECT_EQ(cell(5, 2), other);
+                press_key(Qt::Key_Home, Qt::ControlModifier);
+                type_keys("25.5");
+                press_key(Qt::Key_Return);
+                EXPECT_EQ(cell(0, 2), "25.5");
+                EXPECT_EQ(active(), std::pair(1, 2));
+                press_key(Qt::Key_Home, Qt::ControlModifier);
+                press_key(Qt::Key_A, Qt::ControlModifier);
+                press_key(Qt::Key_Home, Qt::ControlModifier);
+                EXPECT_EQ(grid->table().selection().rows(), 1U);
+                return press(dialog, "Cancel");
+              });
+}
+
 TEST(Editors, UndoTakesBackTypingFirstThenSteps) {
   running_program program;
   program.form().open_file(SAMPLE);
