@@ -22,6 +22,7 @@ namespace vesk {
 namespace {
 
 constexpr double seconds_in_a_day = 86400;
+constexpr double least_drag = 3;                     // pixels; less is a click
 constexpr double click_reach = 8;                    // pixels around a point
 constexpr int shown_points = 400, shown_in_row = 60; // with fewer visible, each is drawn as a dot
 constexpr std::string_view zoom_hint =
@@ -312,6 +313,7 @@ bool chart_view::mouse(QEvent* event) {
   const auto* mouse = static_cast<QMouseEvent*>(event);
   const QPointF at = mouse->position();
   if (press) {
+    pressed_at_ = at;
     if (mouse->button() == Qt::LeftButton)
       graph_->press(TGraphForm::mouse_button::left, at.x(), at.y());
     else if (mouse->button() == Qt::RightButton)
@@ -323,7 +325,7 @@ bool chart_view::mouse(QEvent* event) {
     if (graph_->zoom_levels() != levels) {
       emit bounds_moved();
       schedule();
-    } else if (was_zooming && mouse->button() == Qt::LeftButton) {
+    } else if (was_zooming && mouse->button() == Qt::LeftButton && (at - pressed_at_).manhattanLength() < least_drag) {
       const auto point = graph_->point_at(at.x(), at.y(), click_reach);
       if (point && point->series == 0) emit point_clicked(point->point);
       emit x_clicked(graph_->x_at(at.x()));

@@ -74,6 +74,7 @@ private:
   const kind kind_;
   QCustomPlot* plot_;
   QCPItemRect* band_;
+  QPointF pressed_at_;
   QCPItemStraightLine* cursor_;
   QCPTextElement* header_ = nullptr; // null in a row
   TGraphForm* graph_ = nullptr;
