@@ -23,13 +23,14 @@ void entry_field::follow(double value) {
 
 bool entry_field::enter(std::string_view text) {
   if (text == text_) return refusal_.empty();
-  touched_ = true;
   refusal_.clear();
   text_ = text;
-  if (text == value_text_) return true;
-  cell_entry entry = read_entry(type_, text);
+  cell_entry entry;
+  if (text != value_text_) entry = read_entry(type_, text);
   refusal_ = std::move(entry.refusal);
   if (!refusal_.empty()) return false;
+  touched_ = true;
+  if (text == value_text_) return true;
   value_ = expression_number(type_, entry.value);
   // A duration keeps its unit: "1 s" would be 1.1574074074074073e-05 days.
   if (!type_.is_duration) text_ = entry_text(type_, entry.value);

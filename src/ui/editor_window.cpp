@@ -214,6 +214,7 @@ QWidget* editor_window::make_fields() {
     label->setBuddy(edit);
     connect(edit, &entry_edit::entered, this,
             [this, field] { attempt([this, field] { form_.field_entered(*field); }); });
+    connect(edit, &entry_edit::given_up, this, [this] { texts_changed(); });
     row->addWidget(label);
     row->addWidget(edit);
     fields_.push_back(edit);
@@ -409,7 +410,7 @@ void editor_window::keyPressEvent(QKeyEvent* event) {
 
 void editor_window::done(int result) {
   if (result == Accepted) take_typed();
-  bool may_close = true;
+  bool may_close = result != Accepted; // entries are not lost if OK fails
   attempt([&] { may_close = form_.FormCloseQuery(result == Accepted); });
   if (may_close) QDialog::done(result);
 }

@@ -41,6 +41,10 @@ bool entry_edit::take() {
 void entry_edit::keyPressEvent(QKeyEvent* event) {
   const bool edited = text() != shown(field_.text()) || !field_.refusal().empty();
   if (event->key() != Qt::Key_Escape || !edited) return QLineEdit::keyPressEvent(event);
+  give_up();
+}
+
+void entry_edit::give_up() {
   field_.restore();
   show_field();
   emit given_up();

@@ -18,6 +18,7 @@ public:
   void set_hint(const QString& hint); // shown unless the entry is refused
   void show_field();                  // as the form has it
   bool take();                        // passes the text to the form; false: refused
+  void give_up();                     // restores the text of the form's value
 
 signals:
   void entered();  // by the user, accepted or not

@@ -62,14 +62,15 @@ void fields_dialog::show_message() {
 }
 
 void fields_dialog::done(int result) {
-  bool may_close = true;
+  bool all_taken = true;
   if (result == Accepted)
     for (entry_edit* edit : entries_) {
       if (edit->take()) continue;
-      if (may_close) edit->setFocus();
-      may_close = false;
+      if (all_taken) edit->setFocus();
+      all_taken = false;
     }
-  attempt([&] { may_close = form_.FormCloseQuery(result == Accepted) && may_close; });
+  bool may_close = result != Accepted; // entries are not lost if OK fails
+  attempt([&] { may_close = form_.FormCloseQuery(result == Accepted) && all_taken; });
   show_message();
   if (may_close) QDialog::done(result);
 }

@@ -6,6 +6,7 @@
 #include <QDialogButtonBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QShowEvent>
 #include <QVBoxLayout>
 
 namespace vesk {
@@ -32,10 +33,11 @@ fill_calculate_dialog::fill_calculate_dialog(QWidget* parent, TFillCalculateForm
 }
 
 void fill_calculate_dialog::showEvent(QShowEvent* event) {
+  QDialog::showEvent(event);
+  if (event->spontaneous()) return; // it was minimised
   FillCalculateEdit->setText(shown(form_.FillCalculateEdit));
   FillCalculateEdit->selectAll();
   FillCalculateEdit->setFocus();
-  QDialog::showEvent(event);
 }
 
 void fill_calculate_dialog::done(int result) {

@@ -335,7 +335,7 @@ void import_dialog::keyPressEvent(QKeyEvent* event) {
 void import_dialog::done(int result) {
   if (result == Accepted && !take_what_is_typed()) return;
   pending_.clear();
-  bool may_close = true;
+  bool may_close = result != Accepted; // entries are not lost if OK fails
   attempt([&] { may_close = form_.FormCloseQuery(result == Accepted); });
   if (may_close) QDialog::done(result);
 }

@@ -256,7 +256,8 @@ void parameters_dialog::show_all() {
   DatasetNameEdit->setText(shown(form_.DatasetNameEdit));
   {
     const QSignalBlocker quiet(CommentsMemo); // filling it is not an edit
-    CommentsMemo->setPlainText(shown(form_.CommentsMemo));
+    const QString comments = shown(form_.CommentsMemo);
+    if (CommentsMemo->toPlainText() != comments) CommentsMemo->setPlainText(comments); // which moves the cursor
   }
   NpsFileNameEdit->setText(shown(form_.NpsFileNameEdit));
   HydrodynamicLinkageFileEdit->setText(shown(form_.HydrodynamicLinkageFileEdit));
@@ -300,6 +301,8 @@ void parameters_dialog::enable() {
   NpsFileNameEdit->setEnabled(enabled.nps_file);
   for (const char* name : {"BedCompactionTimeStepField", "BedCompactionTimeStepLabel"})
     findChild<QWidget*>(name)->setEnabled(enabled.bed_compaction_time_step);
+  for (entry_edit* edit : entries_) // nobody could correct it
+    if (!edit->isEnabled() && !edit->field().refusal().empty()) edit->give_up();
   BrowseHydButton->setEnabled(enabled.hydrodynamic_file);
   HydrodynamicLinkageFileEdit->setEnabled(enabled.hydrodynamic_file);
   ok_->setEnabled(enabled.ok);
@@ -311,6 +314,8 @@ void parameters_dialog::enable() {
 
 void parameters_dialog::reload() {
   attempt([this] {
+    for (entry_edit* edit : entries_)
+      if (edit->isModified()) edit->take();
     take_all();
     form_.data_set_replaced();
   });
@@ -333,16 +338,17 @@ void parameters_dialog::go_to(entry_edit& edit) {
 }
 
 void parameters_dialog::done(int result) {
-  bool may_close = true;
+  bool all_taken = true;
   if (result == Accepted) {
     for (entry_edit* edit : entries_) {
       if (edit->take()) continue;
-      if (may_close) go_to(*edit);
-      may_close = false;
+      if (all_taken) go_to(*edit);
+      all_taken = false;
     }
     take_all();
   }
-  attempt([&] { may_close = form_.FormCloseQuery(result == Accepted) && may_close; });
+  bool may_close = result != Accepted; // entries are not lost if OK fails
+  attempt([&] { may_close = form_.FormCloseQuery(result == Accepted) && all_taken; });
   enable();
   if (may_close) QDialog::done(result);
 }

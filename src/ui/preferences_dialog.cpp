@@ -11,6 +11,7 @@
 #include <QFormLayout>
 #include <QGroupBox>
 #include <QLabel>
+#include <QShowEvent>
 #include <QSpinBox>
 #include <QTabWidget>
 #include <QVBoxLayout>
@@ -107,6 +108,8 @@ QWidget* preferences_dialog::running_page() {
 }
 
 void preferences_dialog::showEvent(QShowEvent* event) {
+  QDialog::showEvent(event);
+  if (event->spontaneous()) return; // it was minimised
   form_.FormShow();
   LoggingEnabledCheckBox->setChecked(form_.LoggingEnabledCheckBox);
   DiagnosticLevelComboBox->setCurrentIndex(form_.DiagnosticLevelComboBox);
@@ -114,7 +117,6 @@ void preferences_dialog::showEvent(QShowEvent* event) {
   ShowResultsCheckBox->setChecked(form_.ShowResultsCheckBox);
   findChild<QTabWidget*>("PreferencePages")->setCurrentIndex(0);
   LoggingEnabledCheckBox->setFocus();
-  QDialog::showEvent(event);
 }
 
 void preferences_dialog::take_over() {
