@@ -88,7 +88,8 @@ grid_view::grid_view(TFillCalcTable& table, const QString& accessible_name, QWid
     take_size();
     take_block();
   });
-  connect(verticalScrollBar(), &QScrollBar::valueChanged, this, [this] { widen_soon(); });
+  for (QScrollBar* bar : {verticalScrollBar(), horizontalScrollBar()})
+    connect(bar, &QScrollBar::valueChanged, this, [this] { widen_soon(columns_to_measure::in_sight); });
   take_size();
 }
 
@@ -119,11 +120,14 @@ int grid_view::usual_width(int column) const {
 }
 
 // New columns of a hidden page count for the first size of its window; to measure all pages at each new row is slow.
-void grid_view::widen_to_contents() {
+void grid_view::widen_to_contents(columns_to_measure which) {
   if (!isVisible() && !asked_for_.empty()) return;
   asked_for_.resize(static_cast<std::size_t>(model_->columnCount()));
   given_.resize(asked_for_.size());
   for (int column = 0; column < std::min(model_->columnCount(), columns_to_fit); ++column) {
+    const int left = columnViewportPosition(column);
+    if (which == columns_to_measure::in_sight && (left >= viewport()->width() || left + columnWidth(column) <= 0))
+      continue;
     const int wanted = std::min(width_in_sight(column), scaled(widest_column, *this));
     int& before = asked_for_[static_cast<std::size_t>(column)];
     if (wanted <= before) continue;
@@ -145,22 +149,19 @@ void grid_view::narrow_to_contents() {
 }
 
 // Once before the next paint: a row that is appended resets the model and then scrolls to it.
-void grid_view::widen_soon() {
-  if (!isVisible()) return widen_to_contents();
-  if (std::exchange(will_widen_, true)) return;
+void grid_view::widen_soon(columns_to_measure which) {
+  if (!isVisible()) return widen_to_contents(which);
+  const bool is_waiting = will_widen_.has_value();
+  if (!is_waiting || which == columns_to_measure::all) will_widen_ = which;
+  if (is_waiting) return;
   QMetaObject::invokeMethod(
-      this,
-      [this] {
-        will_widen_ = false;
-        widen_to_contents();
-      },
-      Qt::QueuedConnection);
+      this, [this] { widen_to_contents(*std::exchange(will_widen_, std::nullopt)); }, Qt::QueuedConnection);
 }
 
 void grid_view::showEvent(QShowEvent* event) {
   QTableView::showEvent(event);
   if (!event->spontaneous()) narrow_to_contents();
-  widen_to_contents();
+  widen_to_contents(columns_to_measure::all);
   take_block();
   take_active_cell();
 }
@@ -178,7 +179,7 @@ void grid_view::reset() {
 }
 
 void grid_view::take_size() {
-  widen_soon();
+  widen_soon(columns_to_measure::all);
   const int digits = table().content().has_free_rows() ? least_digits_of_series : least_digits;
   const QString longest = QString::number(model_->rowCount()).rightJustified(digits, '0');
   verticalHeader()->setMinimumWidth(fontMetrics().horizontalAdvance(longest) + scaled(10, *this));

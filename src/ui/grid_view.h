@@ -32,7 +32,9 @@ protected:
   // No cell in sight and no label is cut. What has been made narrower by hand stays so until a cell needs more than any
   // before. A hidden grid is only measured for new columns, and again when it is shown; then it also takes the table's
   // active cell and selection, and columns lose the room for content that has gone.
-  void widen_to_contents();
+  // While the user scrolls, only the columns in sight are measured.
+  enum class columns_to_measure { all, in_sight };
+  void widen_to_contents(columns_to_measure which);
   void showEvent(QShowEvent* event) override;
   void reset() override;
   void keyPressEvent(QKeyEvent* event) override;
@@ -50,7 +52,7 @@ private:
   void take_block();       // the selected cells, from the table
   void take_size();        // of new rows or columns
   void narrow_to_contents();
-  void widen_soon();
+  void widen_soon(columns_to_measure which);
   int width_in_sight(int column) const;
   int usual_width(int column) const;
   void move_active(int rows, int columns);
@@ -59,10 +61,10 @@ private:
 
   grid_model* model_;
   const tab_key tab_;
-  std::vector<int> asked_for_; // widest content of each column since the columns changed
-  std::vector<int> given_;     // width of each column for its content; one that differs is the user's
-  bool will_widen_ = false;    // when the pending events are processed
-  bool taking_ = false;        // from the table; changes are not sent back meanwhile
+  std::vector<int> asked_for_;                   // widest content of each column since the columns changed
+  std::vector<int> given_;                       // width of each column for its content; one that differs is the user's
+  std::optional<columns_to_measure> will_widen_; // when the pending events are processed
+  bool taking_ = false;                          // from the table; changes are not sent back meanwhile
   bool resetting_ = false;
 };
 

@@ -60,7 +60,7 @@ void results_table::initialize_grid(const std::vector<std::string>& column_label
 
 void results_table::repaint_cells() {
   if (!isVisible()) return;
-  widen_to_contents();
+  widen_to_contents(columns_to_measure::all);
   viewport()->update();
 }
 
