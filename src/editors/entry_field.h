@@ -27,7 +27,7 @@ public:
 
   double value() const { return value_; }
   const std::string& text() const { return text_; }
-  const std::string& refusal() const { return refusal_; } // empty: accepted
+  const std::string& refusal() const { return refusal_; }        // empty: accepted
   bool touched() const { return touched_ || !refusal_.empty(); } // by the user, since the last load
 
 private:
