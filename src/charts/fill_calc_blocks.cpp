@@ -7,7 +7,10 @@
 #include "platform/counted.h"
 
 #include <algorithm>
+#include <array>
 #include <limits>
+#include <optional>
+#include <span>
 
 namespace vesk {
 
@@ -220,27 +223,50 @@ TFillCalcTable::paste_outcome TFillCalcTable::do_paste(std::string_view text) {
 
 namespace {
 
-// Evaluates the formula for the cells of one column, and keeps the results that differ from the present value. Ends
-// with a sentence at the first result that its cell refuses. All cells are read first, not one before each evaluation:
-// the memory of many records is then fetched at the same time, which for a million of them halves the time.
-std::string compute_column(const grid& content, std::size_t column, const cell_range& block, expression& formula,
-                           std::vector<placed<double>>& changes) {
+// Replaces the cells of one column by the results of the formula, and keeps in `old` what they had. Ends with a
+// sentence at the first result that its cell refuses. Some hundred cells are read, then computed, then written: the
+// memory of many records is fetched at the same time, and is in the cache when they are written.
+std::string compute_column(grid& content, std::size_t column, const cell_range& block, expression& formula,
+                           std::vector<placed<double>>& old) {
   const cell_type& type = content.columns()[column].type;
-  std::vector<double> present(block.rows());
-  for (std::size_t i = 0; i < present.size(); ++i) present[i] = number(content.value(block.top + i, column));
-  for (std::size_t i = 0; i < present.size(); ++i) {
-    const std::size_t row = block.top + i;
-    const double result = formula.evaluate({.x = expression_number(type, present[i]),
-                                            .row = static_cast<double>(row + 1),
-                                            .i = static_cast<double>(i + 1),
-                                            .n = static_cast<double>(block.rows())});
-    const cell_entry entry = computed_entry(type, result);
-    if (!entry.accepted()) return "Row " + std::to_string(row + 1) + ": " + entry.refusal + ". Nothing was filled.";
-    const double value = std::get<double>(entry.value);
-    if (value != present[i])
-      changes.push_back({static_cast<std::uint32_t>(row), static_cast<std::uint32_t>(column), value});
+  std::array<double, 512> present{}, results{};
+  for (std::size_t begin = 0; begin < block.rows(); begin += present.size()) {
+    const std::size_t count = std::min(present.size(), block.rows() - begin), first = block.top + begin;
+    for (std::size_t k = 0; k < count; ++k) present[k] = number(content.value(first + k, column));
+    for (std::size_t k = 0; k < count; ++k) {
+      const double result = formula.evaluate({.x = expression_number(type, present[k]),
+                                              .row = static_cast<double>(first + k + 1),
+                                              .i = static_cast<double>(begin + k + 1),
+                                              .n = static_cast<double>(block.rows())});
+      const cell_entry entry = computed_entry(type, result);
+      if (!entry.accepted())
+        return "Row " + std::to_string(first + k + 1) + ": " + entry.refusal + ". Nothing was filled.";
+      results[k] = std::get<double>(entry.value);
+    }
+    for (std::size_t k = 0; k < count; ++k) {
+      if (results[k] == present[k]) continue;
+      old.push_back({static_cast<std::uint32_t>(first + k), static_cast<std::uint32_t>(column), present[k]});
+      content.set_value(first + k, column, results[k]);
+    }
   }
   return {};
+}
+
+// All columns, or none: after a refusal all cells have their old values again.
+std::string compute_columns(grid& content, std::span<const std::size_t> columns, const cell_range& block,
+                            expression& formula) {
+  std::vector<placed<double>> old;
+  old.reserve(columns.size() * block.rows());
+  std::string refusal;
+  try {
+    for (const std::size_t c : columns)
+      if (refusal.empty()) refusal = compute_column(content, c, block, formula, old);
+  } catch (const expression_exception& error) {
+    refusal = error.what();
+  }
+  if (!refusal.empty())
+    for (const auto& cell : old) content.set_value(cell.row, cell.column, cell.value);
+  return refusal;
 }
 
 } // namespace
@@ -254,22 +280,17 @@ std::string TFillCalcTable::calculate_selection(std::string_view text) {
     if (takes_blocks(c)) (content_->columns()[c].type.kind == cell_kind::text ? texts : numbers).push_back(c);
   if (numbers.empty() && texts.empty()) return "The selected cells cannot be changed.";
 
-  std::vector<placed<double>> changes;
-  if (!numbers.empty()) {
-    try {
-      expression formula(text);
-      changes.reserve(numbers.size() * block.rows());
-      for (const std::size_t c : numbers)
-        if (std::string refusal = compute_column(*content_, c, block, formula, changes); !refusal.empty())
-          return refusal;
-    } catch (const expression_exception& error) {
-      return error.what();
-    }
+  std::optional<expression> formula;
+  try {
+    if (!numbers.empty()) formula.emplace(text);
+  } catch (const expression_exception& error) {
+    return error.what();
   }
 
   change one(*this, "Fill/Calc");
+  if (formula)
+    if (std::string refusal = compute_columns(*content_, numbers, block, *formula); !refusal.empty()) return refusal;
   refused_.reset();
-  for (const auto& cell : changes) content_->set_value(cell.row, cell.column, cell.value);
   if (numbers.empty())
     for (const std::size_t c : texts) {
       const cell_value value = read_entry(content_->columns()[c].type, text).value;

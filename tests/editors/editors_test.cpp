@@ -150,6 +150,13 @@ TEST_F(Editors, EveryOperationIsOneStep) {
   form.redo();
   EXPECT_EQ(form.message(), "Redone: Paste.");
   EXPECT_EQ(print(table), "10/03/2012|12:00|2.0000\n10/13/2012|00:00|3.0000\n");
+  host.expression = "x / (2 - i)"; // refused in the second row
+  table.set_selection(cell_range{0, 2, 1, 2});
+  host.boxes.clear();
+  form.FillCalcButtonClick(panel);
+  EXPECT_THAT(host.boxes, ElementsAre(HasSubstr("Row 2: the result is not a finite number. Nothing was filled.")));
+  EXPECT_EQ(print(table), "10/03/2012|12:00|2.0000\n10/13/2012|00:00|3.0000\n");
+  EXPECT_EQ(table.selection().rows(), 2U);
   host.expression.reset();
   form.FillCalcButtonClick(panel);
   EXPECT_EQ(host.undo_label(), "Print Interval: Paste");
