@@ -243,12 +243,12 @@ TEST_F(ResultsWindow, SavesEveryPictureAndSurvivesBadFiles) {
   const std::string values = folder.read("chart.csv"); // of single precision: 9 digits at most
   EXPECT_FALSE(std::regex_search(values, std::regex("\\.[0-9]{13}"))) << values.substr(0, 300);
   choose("DO", oak_city);
-  results()->activateWindow();
-  EXPECT_TRUE(wait_for([this] { return results()->isActiveWindow(); }));
   for (const page each :
        {time_series, agreement, table, along_the_river, map_of_network}) { // one file: nothing to compare
     show(each, "");
     const QString file = QString::fromStdString(folder.file("page.csv"));
+    results()->activateWindow();
+    EXPECT_TRUE(wait_for([this] { return results()->isActiveWindow(); }));
     find<QListView>(results(), "VariableList")->setFocus(); // the keys work outside the page as well
     with_dialog([this] { QTest::keyClick(results(), Qt::Key_S, Qt::ControlModifier); },
                 [&](QWidget* dialog) { return choose_file(dialog, file); });
