@@ -19,6 +19,19 @@ namespace vesk {
 
 namespace {
 
+// Sets a flag while it lives.
+class during {
+public:
+  explicit during(bool& flag) : flag_(flag), before_(std::exchange(flag, true)) {}
+  ~during() { flag_ = before_; }
+  during(const during&) = delete;
+  during& operator=(const during&) = delete;
+
+private:
+  bool& flag_;
+  const bool before_;
+};
+
 // Consecutive cells typed into one series are one step.
 std::string merge_key(std::string_view class_name, const series_ref& ref) {
   std::string key(class_name);
@@ -95,7 +108,8 @@ history_step editor::begin_step(const std::string& label) {
 
 // A failed step also replaces the data set, with the state before the step.
 void editor::end_step(bool completed) {
-  takes_step([&] { host_.end_step(completed); });
+  const during own_step(takes_step_);
+  host_.end_step(completed);
 }
 
 void editor::data_set_replaced() {
@@ -476,20 +490,12 @@ void editor::redo() {
 // The label of a step begins with the window's caption, which the window need not repeat.
 void editor::take_step(const std::string& done, std::string label, void (editor_host::*step)()) {
   if (!may_go_on() || label.empty()) return;
-  takes_step([&] { (host_.*step)(); });
+  {
+    const during own_step(takes_step_);
+    (host_.*step)();
+  }
   if (const std::string prefix = caption() + ": "; label.starts_with(prefix)) label.erase(0, prefix.size());
   set_message(done + ": " + label + "." + (message_.empty() ? "" : " " + message_)); // the step may have set one
-}
-
-void editor::takes_step(const std::function<void()>& step) {
-  const bool before = std::exchange(takes_step_, true);
-  try {
-    step();
-  } catch (...) {
-    takes_step_ = before;
-    throw;
-  }
-  takes_step_ = before;
 }
 
 // Texts.

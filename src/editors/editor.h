@@ -225,7 +225,6 @@ private:
   void edit_points(editor_panel& panel, const std::string& label, const std::function<void(point_list&)>& change);
   bool nothing_is_refused();                                                               // otherwise returns to it
   void take_step(const std::string& done, std::string label, void (editor_host::*step)()); // Undo or Redo
-  void takes_step(const std::function<void()>& step); // replaces the data set without a job
   editor_panel* named_panel(const editor_panel* focused) const;
   void say(const std::string& title, const std::string& sentence);
   bool find_in_tree(const std::string& wanted);
