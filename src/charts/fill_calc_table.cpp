@@ -151,7 +151,7 @@ bool TFillCalcTable::enter(std::size_t row, std::size_t column, std::string_view
 }
 
 void TFillCalcTable::click(std::size_t row, std::size_t column) {
-  if (!is_editable(row, column) || refused_ || !allows_edit()) return;
+  if (!is_editable(row, column) || !allows_edit() || refused_) return;
   if (content_->columns()[column].typed_only) {
     if (OnClick) OnClick(row, column);
     return;

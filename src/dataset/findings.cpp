@@ -37,7 +37,7 @@ point_finding check_point(const stored_series& series, const series_ref& ref, st
   const bool repeats = (row > 0 && moment == static_cast<const moment_type&>(points[row - 1])) ||
                        (row + 1 < points.size() && moment == static_cast<const moment_type&>(points[row + 1]));
   if (repeats) return {part::moment, "Another row has the same date and time."};
-  if (!std::isfinite(point.value)) return {part::value, "The value is not a finite number."};
+  if (!std::isfinite(point.value)) return {part::value, not_finite_finding};
   const bool interval = ref.kind == series_kind::print_intervals || ref.kind == series_kind::time_steps;
   if (interval && !(point.value > 0)) return {part::value, "The bundled engine refuses an interval of 0 or less."};
   return {};

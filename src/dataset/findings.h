@@ -14,6 +14,8 @@ struct point_finding {
   std::string sentence;
 };
 
+inline constexpr const char* not_finite_finding = "The value is not a finite number.";
+
 // Whether a run uses the series: its field or function is used, or its system is not bypassed.
 bool is_used(const prevesk_dataset_data_type& data, const series_ref& ref);
 

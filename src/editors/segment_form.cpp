@@ -5,6 +5,7 @@
 #include "editors/catalogue_tip.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace vesk {
@@ -75,6 +76,7 @@ cell_mark segment_value_grid::mark(std::size_t row, std::size_t column) const {
   const cell_value shown = value(row, column);
   const double* number = std::get_if<double>(&shown);
   if (!number) return {};
+  if (!std::isfinite(*number)) return {not_finite_finding};
   if (shown_ == content::fractions_dissolved)
     return {*number >= 0 && *number <= 1 ? "" : "A dissolved fraction must lie between 0 and 1."};
   const parameter_data_type* of = parameter(column);
