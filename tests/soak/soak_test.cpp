@@ -137,9 +137,7 @@ protected:
   }
 
   void prepare(kind job) {
-    ui.lines.clear();
-    ui.boxes.clear();
-    ui.shown.clear();
+    for (auto* noted : {&ui.lines, &ui.boxes, &ui.headings, &ui.shown, &ui.series, &ui.results}) noted->clear();
     if (!form.current_data_set) form.new_data_set();
     *form.current_data_set = job == linked_run ? linked : river;
     form.current_data_set->solution_type = random(1, 3);
