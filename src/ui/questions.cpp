@@ -182,6 +182,10 @@ std::optional<std::string> ask_for_file(const file_dialog& dialog, const QString
   return {};
 }
 
+void note_opened_file(const QString& file) {
+  if (last_folder.isEmpty()) last_folder = QFileInfo(file).absolutePath();
+}
+
 std::optional<std::string> ask_for_folder(const std::string& title, const std::string& start) {
   QFileDialog box(window_in_front(), shown(title), shown(start));
   box.setObjectName("folder_dialog");

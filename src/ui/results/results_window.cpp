@@ -165,6 +165,7 @@ void results_window::showEvent(QShowEvent* event) {
 void results_window::open(const fs::path& file) {
   say({});
   live_.clear();
+  note_opened_file(shown(file.native()));
   session_.open(file);
 }
 
