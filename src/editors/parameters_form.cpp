@@ -53,7 +53,8 @@ std::vector<entry_field*> TParametersForm::entry_fields() {
 void TParametersForm::FormShow() {
   if (!host_.data_set()) return;
   saved_model_type_ = host_.data_set()->model_type;
-  reinitialize_from_hyd_file_ = reads_hydrodynamic_file_ = comments_edited_ = was_replaced_ = false;
+  reinitialize_from_hyd_file_ = reads_hydrodynamic_file_ = comments_edited_ = was_replaced_ = asked_for_restart_ =
+      false;
   shown_ = controls_of(*host_.data_set());
   static_cast<parameters_controls&>(*this) = shown_;
   show_numbers(true);
@@ -133,6 +134,7 @@ void TParametersForm::BrowseNpsButtonClick() {
 }
 
 void TParametersForm::LoadRestartFileButtonClick() {
+  asked_for_restart_ = true;
   host_.start_load_restart_file();
 }
 
@@ -187,7 +189,11 @@ std::string TParametersForm::message() const {
            plural(loads, "load", "loads") + ", " + plural(boundaries, "boundary", "boundaries") + ", " +
            plural(constants, "constant", "constants") + ".";
   }
-  return was_replaced_ ? "A job has replaced the data set. Your entries were kept." : "";
+  if (!was_replaced_) return {};
+  return std::string(asked_for_restart_
+                         ? "Reading the restart file has ended: the messages of the main window say what was loaded."
+                         : "A job has replaced the data set.") +
+         " Your entries were kept.";
 }
 
 bool TParametersForm::FormCloseQuery(bool by_ok) {

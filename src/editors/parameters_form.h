@@ -88,7 +88,8 @@ private:
   parameters_controls shown_; // as last filled; differences are the user's entries
   std::uint32_t saved_model_type_ = 0;
   bool reinitialize_from_hyd_file_ = false, reads_hydrodynamic_file_ = false, comments_edited_ = false;
-  bool was_replaced_ = false;
+  bool was_replaced_ = false;      // the data set, by a job
+  bool asked_for_restart_ = false; // the user has had a restart file loaded
 };
 
 } // namespace vesk

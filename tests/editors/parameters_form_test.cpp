@@ -155,7 +155,8 @@ TEST_F(ParametersForm, ALoadedRestartFileKeepsWhatTheUserHasTouched) {
   EXPECT_EQ(form.StartDateField.text(), "10/31/2012");
   EXPECT_EQ(form.EndDateField.text(), "01/01/2013");
   EXPECT_EQ(form.HydroSkipTimeField.text(), "06:00"); // follows the start entered by the user
-  EXPECT_EQ(form.message(), "A job has replaced the data set. Your entries were kept.");
+  EXPECT_EQ(form.message(), "Reading the restart file has ended: the messages of the main window say what was loaded. "
+                            "Your entries were kept.");
   EXPECT_TRUE(form.FormCloseQuery(true));
   EXPECT_EQ(host.data.model_name, model);
   EXPECT_EQ(host.data.flow_option, 4U);
