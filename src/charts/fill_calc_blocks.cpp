@@ -272,7 +272,7 @@ std::string compute_columns(grid& content, std::span<const std::size_t> columns,
 } // namespace
 
 std::string TFillCalcTable::calculate_selection(std::string_view text) {
-  if (shown_as_empty_ || content_->row_count() == 0) return "There are no rows to fill.";
+  if (shown_as_empty_ || content_->row_count() == 0) return nothing_to_fill;
   cell_range block = selection();
   block.bottom = std::min(block.bottom, content_->row_count() - 1);
   std::vector<std::size_t> numbers, texts; // columns

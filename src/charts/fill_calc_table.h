@@ -113,6 +113,7 @@ public:
   // Fills the selected cells from an expression (see expression.h). Returns a sentence that says why nothing was
   // written; empty on success. If only text cells are selected they get the text itself.
   std::string calculate_selection(std::string_view expression);
+  static constexpr const char* nothing_to_fill = "This table has no rows to fill.";
 
   // The rows as a series, with times as days since 1970; null if there are none. Columns count from 1, because the row
   // header is column 0.

@@ -43,9 +43,12 @@ point_finding check_point(const stored_series& series, const series_ref& ref, st
   return {};
 }
 
+std::string missing_segment_finding(std::int32_t segment) {
+  return "Segment " + std::to_string(std::int64_t{segment} + 1) + " does not exist.";
+}
+
 std::string pair_end_finding(std::int32_t end, std::int32_t other, std::size_t segments) {
-  if (end >= 0 && static_cast<std::size_t>(end) >= segments)
-    return "There is no segment " + std::to_string(std::int64_t{end} + 1) + ".";
+  if (end >= 0 && static_cast<std::size_t>(end) >= segments) return missing_segment_finding(end);
   if (end < no_segment)
     return "The stored number is " + std::to_string(end) +
            ", which makes no boundary. Choose a segment here, and then \"Boundary\".";

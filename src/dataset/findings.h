@@ -22,6 +22,8 @@ bool is_used(const prevesk_dataset_data_type& data, const series_ref& ref);
 // Takes the same time for a series of any length.
 point_finding check_point(const stored_series& series, const series_ref& ref, std::size_t row);
 
+std::string missing_segment_finding(std::int32_t segment); // segment: its position, from 0
+
 // A warning about one end of a pair, with the other, in a network of `segments`; empty: none.
 std::string pair_end_finding(std::int32_t end, std::int32_t other, std::size_t segments);
 

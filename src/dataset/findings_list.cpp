@@ -49,7 +49,7 @@ std::string segment_finding(const prevesk_dataset_data_type& data, const series_
   const std::int32_t segment =
       ref.kind == series_kind::load ? system.loads[ref.index].segment : system.boundaries[ref.index].segment;
   if (segment >= 0 && static_cast<std::size_t>(segment) < data.segments.size()) return {};
-  return "There is no segment " + std::to_string(std::int64_t{segment} + 1) + ".";
+  return missing_segment_finding(segment);
 }
 
 void list_series(const prevesk_dataset_data_type& data, const series_ref& ref, finding_lines& found) {

@@ -234,7 +234,7 @@ void editor::PasteButtonClick(editor_panel& panel) {
 void editor::FillCalcButtonClick(editor_panel& panel) {
   if (!may_go_on()) return;
   if (panel.table.is_shown_as_empty())
-    return set_message("There are no rows to fill."); // before an expression is asked
+    return set_message(TFillCalcTable::nothing_to_fill); // instead of asking for an expression
   TFillCalculateForm& dialog = host_.fill_calculate_form();
   const std::uint64_t generation = host_.generation();
   if (!host_.questions().show_form(dialog) || host_.generation() != generation) return;

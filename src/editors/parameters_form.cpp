@@ -191,7 +191,7 @@ std::string TParametersForm::message() const {
   }
   if (!was_replaced_) return {};
   return std::string(asked_for_restart_
-                         ? "Reading the restart file has ended: the messages of the main window say what was loaded."
+                         ? "The restart file has been processed. See the result in the messages of the main window."
                          : "A job has replaced the data set.") +
          " Your entries were kept.";
 }

@@ -1,5 +1,6 @@
 #include "editors/tree_series_form.h"
 
+#include "dataset/findings.h"
 #include "dataset/text_encoding.h"
 #include "platform/counted.h"
 
@@ -48,10 +49,9 @@ std::string tree_series_form::item_text(std::size_t system, std::size_t item) co
 // The tip identifies the segment, since names may be empty or duplicated.
 std::string tree_series_form::item_tip(std::size_t system, std::size_t item) const {
   const std::int32_t segment = segment_of({traits_.kind, system, item});
-  const std::string number = std::to_string(static_cast<std::int64_t>(segment) + 1);
-  if (!is_segment(segment)) return "There is no segment " + number + ".";
+  if (!is_segment(segment)) return missing_segment_finding(segment);
   const std::string age = source_age(*find_series(*host().data_set(), {traits_.kind, system, item}));
-  return "Segment " + number + (age.empty() ? std::string() : "\n" + age);
+  return "Segment " + std::to_string(segment + 1) + (age.empty() ? std::string() : "\n" + age);
 }
 
 bool tree_series_form::item_mark(std::size_t system, std::size_t item) const {

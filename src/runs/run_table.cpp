@@ -75,7 +75,7 @@ std::string run_table::folder(std::size_t row) const {
 }
 
 std::vector<value_assignment> run_table::assignments(const prevesk_dataset_data_type& data, std::size_t row) const {
-  require(row, "there is no row " + std::to_string(row));
+  require(row, "row " + std::to_string(row) + " was requested");
   std::vector<value_assignment> result;
   for (std::size_t i = 0; i < paths_.size(); ++i) {
     if (i == folder_column_) continue;

@@ -53,7 +53,7 @@ public:
   // Opens the file in the background, or reloads it if it is open; the scenario then keeps its name.
   void open(const std::filesystem::path& file);
   void reload_changed(); // reloads the files replaced since they were opened
-  // Withdraws the message about a file that could not be opened, if it is no longer the file that was refused.
+  // Clears the message about a file that could not be opened once that file has changed or was deleted.
   void forget_outdated_message();
   void close(std::size_t scenario);
   void rename(std::size_t scenario, const std::string& name); // an empty name: the file's stem

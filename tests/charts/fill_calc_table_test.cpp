@@ -166,7 +166,7 @@ TEST_F(FillCalcTable, APasteOverAllRowsReplacesThem) {
   table.set_selection(cell_range{0, 0, 0, 0});
   const std::string line = "2012-10-01\t12:30\t8\n";
   EXPECT_EQ(table.do_paste(line + line + line + line).refusal, "");
-  EXPECT_EQ(table.selection(), (cell_range{0, 0, 3, 2})); // what was pasted
+  EXPECT_EQ(table.selection(), (cell_range{0, 0, 3, 2})); // the pasted rows
 }
 
 TEST_F(FillCalcTable, AGridWithFixedRowsTakesNoMoreLines) {

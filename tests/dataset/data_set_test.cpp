@@ -118,11 +118,11 @@ TEST(DataSet, WhatIsSuspiciousIsListedOncePerPlace) {
             (std::vector<std::string>{
                 "Parameter Depth, segment 1 (Vesk Segment): The value is outside the catalogue's range, from 1 to 9. 2 "
                 "segments in all.",
-                "Flows, Surface Water Function #1, pair 2: There is no segment 8. 2 pairs in all.",
+                "Flows, Surface Water Function #1, pair 2: Segment 8 does not exist. 2 pairs in all.",
                 "Flows, Pore Water: This field is not used: its functions and pairs have no effect on a run.",
                 "Print Interval, row 1: The bundled engine refuses an interval of 0 or less. 2 rows in all.",
                 "Load, Segment 2 (Weir), Salt: This series is used, but it begins after the end of the run.",
-                "Load, Segment 501 (), Salt: There is no segment 501.",
+                "Load, Segment 501 (), Salt: Segment 501 does not exist.",
                 "Flows, Surface Water Function #1, row 1: Another row has the same date and time. 2 rows in all."}));
 }
 

@@ -424,7 +424,7 @@ TEST_F(Editors, ConstantsAreShownByGroup) {
   EXPECT_EQ(form.status(*form.panels()[0]), "The model has none of these.");
   host.expression = "1";
   form.FillCalcButtonClick(*form.panels()[0]); // asks for no expression
-  EXPECT_EQ(form.message(), "There are no rows to fill.");
+  EXPECT_EQ(form.message(), "This table has no rows to fill.");
   EXPECT_THAT(host.boxes, IsEmpty());
 }
 

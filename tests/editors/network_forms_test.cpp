@@ -320,7 +320,7 @@ TEST_F(ExchangesFlows, FourGridsFollowEachOther) {
   EXPECT_THAT(host.boxes.back(), HasSubstr("Atlantis"));
   host.data.flow_fields.edit(0).functions.edit(1).pairs.edit(1).to_segment = 3; // one past the end
   EXPECT_EQ(pairs.table.text(1, 1), "4");
-  EXPECT_EQ(pairs.table.tool_tip(1, 1), "There is no segment 4.");
+  EXPECT_EQ(pairs.table.tool_tip(1, 1), "Segment 4 does not exist.");
   pairs.table.set_selection(cell_range{0, 0, 1, 2});
   const std::string copied = pairs.table.do_copy();
   EXPECT_EQ(pairs.table.do_paste(copied).refusal, "");
@@ -602,7 +602,7 @@ TEST_F(Trees, BoundariesNameTheirSegmentAlsoWhenThereIsNone) {
   TBoundaryForm form(host);
   shown(form);
   EXPECT_EQ(form.item_text(0, 0), "");
-  EXPECT_EQ(form.item_tip(0, 0), "There is no segment 9.");
+  EXPECT_EQ(form.item_tip(0, 0), "Segment 9 does not exist.");
   EXPECT_TRUE(form.item_mark(0, 0));
   form.go_to_next_mark();
   EXPECT_EQ(form.selected(), (editor_tree::node{0, 0}));

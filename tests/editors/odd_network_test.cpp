@@ -67,7 +67,7 @@ TEST_F(OddNetwork, PairsOutsideItAreShownMarkedAndKept) {
                                 ? "2147483648|1: Weldon|1.0000|1.0000\n1: Weldon|1: Weldon|1.0000|1.0000\n"
                                 : "Boundary|Boundary|0.5000\n2: Halifax|2: Halifax|1.0000\n"
                                   "Boundary|Boundary|1.0000\n4|2147483648|1.0000\n1: Weldon|3: Oak City|1.0000\n");
-    EXPECT_EQ(pairs.tool_tip(exchanges ? 0 : 3, exchanges ? 0 : 1), "There is no segment 2147483648.");
+    EXPECT_EQ(pairs.tool_tip(exchanges ? 0 : 3, exchanges ? 0 : 1), "Segment 2147483648 does not exist.");
     pairs.set_selection(cell_range{0, 0, pairs.row_limit() - 1, pairs.content().columns().size() - 1});
     form.CopyButtonClick(*form.panels()[2]); // pasting it back changes nothing
     EXPECT_TRUE(form.FormCloseQuery(true));
@@ -157,8 +157,8 @@ TEST_F(OddNetwork, LoadsOutsideItAreNamedByNumberAndCanBeDeleted) {
   TLoadsForm form(host);
   shown(form);
   EXPECT_EQ(form.item_text(0, 0), "");
-  EXPECT_EQ(form.item_tip(0, 0), "There is no segment -2.");
-  EXPECT_EQ(form.item_tip(0, 2), "There is no segment 2147483648.");
+  EXPECT_EQ(form.item_tip(0, 0), "Segment -2 does not exist.");
+  EXPECT_EQ(form.item_tip(0, 2), "Segment 2147483648 does not exist.");
   EXPECT_TRUE(form.item_mark(0, 3));
   form.add_all_loads(0);
   EXPECT_THAT(loaded(0), ElementsAre(-3, 1, largest, 3, 1, 0, 2));

@@ -155,7 +155,7 @@ TEST_F(ParametersForm, ALoadedRestartFileKeepsWhatTheUserHasTouched) {
   EXPECT_EQ(form.StartDateField.text(), "10/31/2012");
   EXPECT_EQ(form.EndDateField.text(), "01/01/2013");
   EXPECT_EQ(form.HydroSkipTimeField.text(), "06:00"); // follows the start entered by the user
-  EXPECT_EQ(form.message(), "Reading the restart file has ended: the messages of the main window say what was loaded. "
+  EXPECT_EQ(form.message(), "The restart file has been processed. See the result in the messages of the main window. "
                             "Your entries were kept.");
   EXPECT_TRUE(form.FormCloseQuery(true));
   EXPECT_EQ(host.data.model_name, model);

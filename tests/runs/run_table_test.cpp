@@ -57,7 +57,7 @@ TEST_F(RunTable, WhatIsWrongIsNamed) {
     return failure_of([&] { run_table(table(text), nullptr, data).assignments(data, 0); });
   };
   EXPECT_EQ(failure(""), " is empty; expected a line with the names of columns.");
-  EXPECT_EQ(failure("max_dt\n"), " has no rows; there is no row 0.");
+  EXPECT_EQ(failure("max_dt\n"), " has no rows; row 0 was requested.");
   EXPECT_EQ(failure(std::string("m\0a\0", 4)), " has null characters, as in UTF-16; save it as CSV in UTF-8.");
   EXPECT_EQ(failure("max_dt,min_dt\n1\n"), ", line 2: expected 2 fields, found 1.");
   EXPECT_EQ(failure("max_dt\n1,2\n"), ", line 2: expected 1 field, found 2.");
